@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/platform/Archive.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+
+#include <KvxDevCommon01/platform/CodePage.h>
+#include <KvxDevCommon01/platform/FileException.h>
+
+namespace {
+
+// Marks of the string and count forms.
+constexpr std::uint8_t kLongLength8 = 0xFF;
+constexpr std::uint16_t kLongLength16 = 0xFFFF;
+constexpr std::uint16_t kWideMarker = 0xFFFE;
+
+[[noreturn]] void ThrowEndOfFile() {
+    throw CFileException(CFileException::endOfFile);
+}
+
+void ReverseEach(std::byte* values, std::size_t width, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) std::reverse(values + i * width, values + (i + 1) * width);
+}
+
+/// Reads piece by piece, so that a length stated by a source without an end takes no memory before its text
+/// comes.
+template <typename Text>
+Text ReadText(CArchive& archive, std::size_t length) {
+    constexpr std::size_t kPiece = 1 << 16;
+    Text text;
+    while (text.size() < length) {
+        const std::size_t start = text.size();
+        text.resize(start + std::min(length - start, kPiece));
+        archive.ReadNumbers(text.data() + start, text.size() - start);
+    }
+    return text;
+}
+
+std::uint32_t CheckedLength(std::size_t length) {
+    if (length > 0x7FFFFFFF) throw CFileException(CFileException::genericException);
+    return static_cast<std::uint32_t>(length);
+}
+
+}  // namespace
+
+CArchive::CArchive(kvx::ByteStream& stream, Mode mode, std::size_t bufferSize)
+    : stream_(stream),
+      mode_(mode),
+      capacity_(std::max<std::size_t>(bufferSize, 16)),
+      buffer_(std::make_unique_for_overwrite<std::byte[]>(capacity_)) {}
+
+CArchive::~CArchive() = default;
+
+std::size_t CArchive::Read(void* data, std::size_t size) {
+    if (mode_ != load) throw CFileException(CFileException::genericException);
+    auto* target = static_cast<std::byte*>(data);
+    std::size_t done = 0;
+    while (done < size) {
+        if (begin_ == end_) {
+            if (size - done >= capacity_) return done + stream_.Read(target + done, size - done);
+            begin_ = 0;
+            end_ = stream_.Read(buffer_.get(), capacity_);
+            if (end_ == 0) break;
+        }
+        const std::size_t count = std::min(size - done, end_ - begin_);
+        std::memcpy(target + done, buffer_.get() + begin_, count);
+        begin_ += count;
+        done += count;
+    }
+    return done;
+}
+
+void CArchive::ReadExact(void* data, std::size_t size) {
+    if (Read(data, size) != size) ThrowEndOfFile();
+}
+
+void CArchive::Write(const void* data, std::size_t size) {
+    if (mode_ != store) throw CFileException(CFileException::genericException);
+    if (size == 0) return;
+    if (size > capacity_ - end_) Flush();
+    if (size >= capacity_) {
+        stream_.Write(data, size);
+        return;
+    }
+    std::memcpy(buffer_.get() + end_, data, size);
+    end_ += size;
+}
+
+void CArchive::Flush() {
+    if (mode_ != store || end_ == 0) return;
+    stream_.Write(buffer_.get(), end_);
+    end_ = 0;
+}
+
+std::uint64_t CArchive::Remaining() const {
+    if (mode_ != load) return 0;
+    const std::uint64_t buffered = end_ - begin_;
+    const std::uint64_t behind = stream_.Remaining();
+    return behind > UINT64_MAX - buffered ? UINT64_MAX : behind + buffered;
+}
+
+void CArchive::RequireRemaining(std::int64_t count, std::size_t itemSize) const {
+    if (count > 0 && static_cast<std::uint64_t>(count) > Remaining() / itemSize) ThrowEndOfFile();
+}
+
+void CArchive::WriteLittleEndian(const void* values, std::size_t width, std::size_t count) {
+    if constexpr (std::endian::native == std::endian::little) {
+        Write(values, width * count);
+    } else {
+        std::array<std::byte, 1024> block;
+        const auto* source = static_cast<const std::byte*>(values);
+        const std::size_t perBlock = block.size() / width;
+        for (std::size_t i = 0; i < count; i += perBlock) {
+            const std::size_t part = std::min(perBlock, count - i);
+            std::memcpy(block.data(), source + i * width, part * width);
+            ReverseEach(block.data(), width, part);
+            Write(block.data(), part * width);
+        }
+    }
+}
+
+void CArchive::ReadLittleEndian(void* values, std::size_t width, std::size_t count) {
+    ReadExact(values, width * count);
+    if constexpr (std::endian::native != std::endian::little) {
+        ReverseEach(static_cast<std::byte*>(values), width, count);
+    }
+}
+
+CArchive& CArchive::operator<<(const CString& text) {
+    const std::u16string units = kvx::ToUtf16(text);
+    const std::uint32_t length = CheckedLength(units.size());
+    *this << kLongLength8 << kWideMarker;
+    if (length < kLongLength8) {
+        *this << static_cast<std::uint8_t>(length);
+    } else if (length < kWideMarker) {
+        *this << kLongLength8 << static_cast<std::uint16_t>(length);
+    } else {
+        *this << kLongLength8 << kLongLength16 << length;
+    }
+    WriteNumbers(units.data(), units.size());
+    return *this;
+}
+
+CArchive& CArchive::operator>>(CString& text) {
+    text.clear();
+    bool isWide = false;
+    std::uint32_t length = 0;
+    const auto readLength = [&] {
+        std::uint8_t length8 = 0;
+        *this >> length8;
+        length = length8;
+        if (length8 != kLongLength8) return;
+        std::uint16_t length16 = 0;
+        *this >> length16;
+        if (length16 == kWideMarker && !isWide) {
+            isWide = true;
+            return;
+        }
+        length = length16;
+        if (length16 == kLongLength16) *this >> length;
+    };
+    readLength();
+    if (isWide) readLength();
+
+    RequireRemaining(length, isWide ? sizeof(char16_t) : 1);
+    if (isWide) {
+        text = kvx::FromUtf16(ReadText<std::u16string>(*this, length));
+    } else {
+        text = kvx::DecodeCodePage(ReadText<std::string>(*this, length), 0).value_or(CString());
+    }
+    return *this;
+}
+
+CArchive& CArchive::operator<<(const CStringArray& texts) {
+    const std::uint32_t count = CheckedLength(texts.size());
+    if (count < kLongLength16) {
+        *this << static_cast<std::uint16_t>(count);
+    } else {
+        *this << kLongLength16 << count;
+    }
+    for (const CString& text : texts) *this << text;
+    return *this;
+}
+
+CArchive& CArchive::operator>>(CStringArray& texts) {
+    texts.clear();
+    std::uint16_t count16 = 0;
+    *this >> count16;
+    std::uint32_t count = count16;
+    if (count16 == kLongLength16) *this >> count;
+    RequireRemaining(count, 1);
+    CStringArray loaded;
+    for (std::uint32_t i = 0; i < count; ++i) *this >> loaded.emplace_back();
+    texts = std::move(loaded);
+    return *this;
+}

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+//
+// CArchive: the binary stream into which every container and record serialises itself. It loads or stores, is
+// little-endian by construction, buffers small pieces and passes large blocks straight through. Loading
+// throws CFileException with cause endOfFile (host error -1) as soon as the source holds less than was asked
+// for; storing throws when the target refuses. One archive belongs to one thread at a time.
+#pragma once
+
+#include <bit>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/platform/Types.h>
+
+class KVX_API CArchive {
+public:
+    enum Mode { store = 0, load = 1 };
+
+    /// The archive does not own `stream`, which must outlive it. `bufferSize` is in bytes.
+    CArchive(kvx::ByteStream& stream, Mode mode, std::size_t bufferSize = 4096);
+    /// Drops what a storing archive has not flushed: call Flush, which can report a failure.
+    ~CArchive();
+    CArchive(const CArchive&) = delete;
+    CArchive& operator=(const CArchive&) = delete;
+
+    int IsLoading() const { return mode_ == load; }
+    int IsStoring() const { return mode_ == store; }
+
+    /// Reads up to `size` bytes and returns how many came; fewer only at the end of the source.
+    std::size_t Read(void* data, std::size_t size);
+    /// Reads exactly `size` bytes or throws the end-of-file exception.
+    void ReadExact(void* data, std::size_t size);
+    void Write(const void* data, std::size_t size);
+    /// Hands everything stored so far to the stream.
+    void Flush();
+
+    /// Number of bytes that can still be loaded.
+    std::uint64_t Remaining() const;
+    /// Throws the end-of-file exception unless `count` items of at least `itemSize` (> 0) bytes can still be
+    /// loaded; called before storage is sized from a count that a file states. A negative count passes.
+    void RequireRemaining(std::int64_t count, std::size_t itemSize) const;
+
+    /// One little-endian number of the value's own width.
+    template <typename Number>
+    requires(std::is_arithmetic_v<Number> && !std::same_as<Number, bool>) CArchive& operator<<(Number value) {
+        WriteNumbers(&value, 1);
+        return *this;
+    }
+    template <typename Number>
+    requires(std::is_arithmetic_v<Number> && !std::same_as<Number, bool>) CArchive& operator>>(
+        Number& value) {
+        ReadNumbers(&value, 1);
+        return *this;
+    }
+
+    /// `count` little-endian numbers.
+    template <typename Number>
+    requires std::is_arithmetic_v<Number>
+    void WriteNumbers(const Number* values, std::size_t count) {
+        WriteLittleEndian(values, sizeof(Number), count);
+    }
+    /// `count` little-endian numbers, or the end-of-file exception.
+    template <typename Number>
+    requires std::is_arithmetic_v<Number>
+    void ReadNumbers(Number* values, std::size_t count) { ReadLittleEndian(values, sizeof(Number), count); }
+
+    /// A string: the wide marker FF FE FF, the length in code units (8 bits, or FF and 16 bits, or FF FFFF
+    /// and 32 bits), then UTF-16LE units. A string without the marker is read as bytes of the system's code
+    /// page.
+    CArchive& operator<<(const CString& text);
+    CArchive& operator>>(CString& text);
+
+    /// A string array: the count (16 bits, or FFFF and 32 bits), then each string.
+    CArchive& operator<<(const CStringArray& texts);
+    CArchive& operator>>(CStringArray& texts);
+
+private:
+    void WriteLittleEndian(const void* values, std::size_t width, std::size_t count);
+    void ReadLittleEndian(void* values, std::size_t width, std::size_t count);
+
+    kvx::ByteStream& stream_;
+    Mode mode_;
+    std::size_t capacity_;
+    std::unique_ptr<std::byte[]> buffer_;
+    std::size_t begin_ = 0;  // loading: first byte of the buffer not yet delivered
+    std::size_t end_ = 0;    // loading: end of the valid bytes; storing: number of bytes waiting
+};

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+//
+// Where an archive's bytes come from and go to: the seam under CArchive, with a memory block as its simplest
+// form (files are in File.h). One stream belongs to one thread at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include <KvxDevCommon01/Export.h>
+
+namespace kvx {
+
+class KVX_API ByteStream {
+public:
+    virtual ~ByteStream();
+
+    /// Reads up to `size` bytes; fewer only at the end. Throws CFileException when the host refuses.
+    virtual std::size_t Read(void* data, std::size_t size) = 0;
+
+    /// Writes `size` bytes or throws CFileException.
+    virtual void Write(const void* data, std::size_t size) = 0;
+
+    /// Number of bytes that Read can still deliver; the largest number for a source without an end (a pipe).
+    virtual std::uint64_t Remaining() const = 0;
+
+protected:
+    ByteStream() = default;
+    ByteStream(const ByteStream&) = default;
+    ByteStream& operator=(const ByteStream&) = default;
+};
+
+/// A growing block of memory: what was written can be read from the start.
+class KVX_API MemoryStream : public ByteStream {
+public:
+    MemoryStream() = default;
+    /// A stream that delivers a copy of `bytes`.
+    explicit MemoryStream(std::span<const std::byte> bytes);
+
+    std::size_t Read(void* data, std::size_t size) override;
+    void Write(const void* data, std::size_t size) override;
+    std::uint64_t Remaining() const override;
+
+    /// Everything written or given so far, read or not.
+    std::span<const std::byte> Bytes() const { return bytes_; }
+
+private:
+    std::vector<std::byte> bytes_;
+    std::size_t readPosition_ = 0;
+};
+
+}  // namespace kvx

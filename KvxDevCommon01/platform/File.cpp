@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/platform/File.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Path.h>
+
+namespace kvx {
+namespace {
+
+constexpr std::uint64_t kEndless = std::numeric_limits<std::uint64_t>::max();
+// The host may cut larger requests short anyway.
+constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
+
+std::string HostPathOrThrow(std::wstring_view path) {
+    if (std::optional<std::string> host = HostPath(path)) return *std::move(host);
+    throw CFileException(path.empty() ? CFileException::badPath : CFileException::fileNotFound, -1, path);
+}
+
+/// What a symbolic link finally names, so that the link survives the replacement of the file behind it.
+std::string ResolveLinks(const std::string& path) {
+    if (char* resolved = ::realpath(path.c_str(), nullptr)) {
+        std::string result = resolved;
+        std::free(resolved);
+        return result;
+    }
+    return path;
+}
+
+/// Creates a file that did not exist beside `target`, stores its name in `*name` and returns its handle, or
+/// -1 with errno set.
+int CreateNeighbour(const std::string& target, std::string* name) {
+    static std::atomic<unsigned int> serial = 0;
+    for (;;) {
+        *name = target + "." + std::to_string(::getpid()) + "-" + std::to_string(++serial) + ".tmp";
+        const int handle = ::open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (handle >= 0 || errno != EEXIST) return handle;
+    }
+}
+
+/// Makes the renaming of a file durable; a folder that cannot be opened for that is not an error.
+void SyncFolderOf(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const int handle = ::open(folder.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY);
+    if (handle < 0) return;
+    ::fsync(handle);
+    ::close(handle);
+}
+
+}  // namespace
+
+InputFile::InputFile(std::wstring_view path) : path_(path) {
+    const std::string host = HostPathOrThrow(path);
+    handle_ = ::open(host.c_str(), O_RDONLY | O_CLOEXEC);
+    if (handle_ < 0) throw CFileException::FromHostError(errno, path);
+    struct stat status = {};
+    int error = ::fstat(handle_, &status) == 0 ? 0 : errno;
+    if (error == 0 && S_ISDIR(status.st_mode)) error = EISDIR;
+    if (error != 0) {
+        ::close(handle_);
+        throw CFileException::FromHostError(error, path);
+    }
+    size_ = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : kEndless;
+}
+
+InputFile::~InputFile() {
+    ::close(handle_);
+}
+
+std::size_t InputFile::Read(void* data, std::size_t size) {
+    auto* target = static_cast<char*>(data);
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count = ::read(handle_, target + done, std::min(size - done, kLargestTransfer));
+        if (count == 0) break;
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            throw CFileException::FromHostError(errno, path_);
+        }
+        done += static_cast<std::size_t>(count);
+    }
+    position_ += done;
+    return done;
+}
+
+void InputFile::Write(const void*, std::size_t) {
+    throw CFileException(CFileException::accessDenied, -1, path_);
+}
+
+std::uint64_t InputFile::Remaining() const {
+    if (size_ == kEndless) return kEndless;
+    return size_ > position_ ? size_ - position_ : 0;
+}
+
+OutputFile::OutputFile(std::wstring_view path)
+    : path_(path), targetPath_(ResolveLinks(HostPathOrThrow(path))) {
+    struct stat status = {};
+    const bool exists = ::stat(targetPath_.c_str(), &status) == 0;
+    if (exists && S_ISDIR(status.st_mode)) throw CFileException::FromHostError(EISDIR, path);
+    if (exists && !S_ISREG(status.st_mode)) {
+        // A device or pipe is written in place: renaming a file over it would replace it.
+        handle_ = ::open(targetPath_.c_str(), O_WRONLY | O_CLOEXEC);
+        if (handle_ < 0) throw CFileException::FromHostError(errno, path);
+        return;
+    }
+    if (exists && ::access(targetPath_.c_str(), W_OK) != 0) throw CFileException::FromHostError(errno, path);
+    handle_ = CreateNeighbour(targetPath_, &temporaryPath_);
+    if (handle_ < 0) {
+        // What is missing when a new file cannot be created is its folder.
+        if (errno == ENOENT) throw CFileException(CFileException::badPath, ENOENT, path);
+        throw CFileException::FromHostError(errno, path);
+    }
+    if (exists) ::fchmod(handle_, status.st_mode & static_cast<mode_t>(07777));
+}
+
+OutputFile::~OutputFile() {
+    Discard();
+}
+
+std::size_t OutputFile::Read(void*, std::size_t) {
+    return 0;
+}
+
+void OutputFile::Write(const void* data, std::size_t size) {
+    const auto* source = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t count = ::write(handle_, source, std::min(size, kLargestTransfer));
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            throw CFileException::FromHostError(errno, path_);
+        }
+        source += count;
+        size -= static_cast<std::size_t>(count);
+    }
+}
+
+std::uint64_t OutputFile::Remaining() const {
+    return 0;
+}
+
+void OutputFile::Commit() {
+    if (handle_ < 0) return;
+    // A device has nothing to flush and says so with EINVAL or ENOTSUP.
+    if (::fsync(handle_) != 0 && errno != EINVAL && errno != ENOTSUP) {
+        throw CFileException::FromHostError(errno, path_);
+    }
+    const int handle = std::exchange(handle_, -1);
+    if (::close(handle) != 0) {
+        const int error = errno;
+        Discard();
+        throw CFileException::FromHostError(error, path_);
+    }
+    if (temporaryPath_.empty()) return;
+    if (std::rename(temporaryPath_.c_str(), targetPath_.c_str()) != 0) {
+        const int error = errno;
+        Discard();
+        throw CFileException::FromHostError(error, path_);
+    }
+    temporaryPath_.clear();
+    SyncFolderOf(targetPath_);
+}
+
+void OutputFile::Discard() noexcept {
+    if (handle_ >= 0) ::close(std::exchange(handle_, -1));
+    if (!temporaryPath_.empty()) ::unlink(temporaryPath_.c_str());
+    temporaryPath_.clear();
+}
+
+}  // namespace kvx

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+//
+// Host files as byte streams. Reading shares the file with everybody; writing goes to a temporary neighbour
+// that replaces the target only on Commit, so that a crash or a full disk leaves the old file whole.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/platform/ByteStream.h>
+
+namespace kvx {
+
+/// A file open for reading. Constructors and reads throw CFileException (a folder counts as access denied).
+class KVX_API InputFile : public ByteStream {
+public:
+    explicit InputFile(std::wstring_view path);
+    ~InputFile() override;
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    std::size_t Read(void* data, std::size_t size) override;
+    /// Always throws: the file is open for reading only.
+    void Write(const void* data, std::size_t size) override;
+    std::uint64_t Remaining() const override;
+
+private:
+    std::wstring path_;
+    int handle_;
+    std::uint64_t size_;
+    std::uint64_t position_ = 0;
+};
+
+/// A file being written. Without Commit the target keeps its old content and the temporary file disappears.
+class KVX_API OutputFile : public ByteStream {
+public:
+    explicit OutputFile(std::wstring_view path);
+    ~OutputFile() override;
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Always delivers nothing: the file is open for writing only.
+    std::size_t Read(void* data, std::size_t size) override;
+    void Write(const void* data, std::size_t size) override;
+    std::uint64_t Remaining() const override;
+
+    /// Flushes to the disk and puts the new file in the target's place; keeps an existing target's
+    /// permissions.
+    void Commit();
+
+private:
+    void Discard() noexcept;
+
+    std::wstring path_;
+    std::string targetPath_;
+    std::string temporaryPath_;
+    int handle_;
+};
+
+}  // namespace kvx

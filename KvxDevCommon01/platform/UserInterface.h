@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+//
+// The one place where the library meets a person: message boxes and file dialogs go through a host object
+// that an application replaces with its own. The built-in host writes to the terminal and never blocks when
+// there is none. Set the host before other threads start.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/Export.h>
+
+namespace kvx {
+
+/// A message with the button and icon flags of the platform message box.
+struct MessageRequest {
+    std::wstring text;
+    std::vector<std::wstring> details;
+    std::wstring caption;
+    unsigned int type = 0;
+};
+
+/// A file dialog. The dialog stays open while `accept` refuses a chosen path.
+struct FileDialogRequest {
+    bool save = false;
+    bool multiple = false;
+    std::wstring filter;            ///< "name|*.ext|...||"
+    std::wstring defaultExtension;  ///< with its dot
+    std::wstring initialDirectory;
+    std::function<bool(const std::wstring& path)> accept;  ///< empty accepts everything
+};
+
+class KVX_API UserInterface {
+public:
+    virtual ~UserInterface();
+    /// Shows the message and returns the pressed button's identifier (1 OK, 2 cancel, 6 yes, 7 no ...).
+    virtual int ShowMessage(const MessageRequest& request) = 0;
+    /// Returns the chosen and accepted paths; empty when the person cancelled.
+    virtual std::vector<std::wstring> ChooseFiles(const FileDialogRequest& request) = 0;
+
+protected:
+    UserInterface() = default;
+    UserInterface(const UserInterface&) = default;
+    UserInterface& operator=(const UserInterface&) = default;
+};
+
+/// The host in use; the built-in one until an application sets its own.
+KVX_API UserInterface& CurrentUserInterface();
+
+/// Replaces the host (null: the built-in one again) and returns the one used before, null for the built-in.
+/// The caller keeps ownership of `host`, which must live until it is replaced.
+KVX_API UserInterface* SetUserInterface(UserInterface* host);
+
+}  // namespace kvx
