@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/FileException.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <string>
+
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+template <typename File>
+int CauseOfOpening(const std::wstring& path) {
+    try {
+        const File file(path);
+        return CFileException::none;
+    } catch (const CFileException& e) {
+        EXPECT_EQ(e.m_strFileName, path);
+        return e.m_cause;
+    }
+}
+
+TEST(OutputFile, TheTargetAppearsOnCommitOnly) {
+    const TempFolder folder;
+    {
+        kvx::OutputFile file((folder / "new.bin").wstring());
+        file.Write("abc", 3);
+        EXPECT_FALSE(exists(folder / "new.bin"));
+        file.Commit();
+    }
+    EXPECT_EQ(folder.Read("new.bin"), "abc");
+    EXPECT_EQ(folder.Count(), 1U);
+}
+
+TEST(OutputFile, WithoutCommitTheOldFileStaysWhole) {
+    const TempFolder folder;
+    folder.Write("kept.bin", "old content");
+    {
+        kvx::OutputFile file((folder / "kept.bin").wstring());
+        file.Write("new", 3);
+    }
+    EXPECT_EQ(folder.Read("kept.bin"), "old content");
+    EXPECT_EQ(folder.Count(), 1U);
+}
+
+TEST(OutputFile, ReplacingKeepsPermissionsAndFollowsLinks) {
+    const TempFolder folder;
+    folder.Write("real.bin", "old");
+    ::chmod((folder / "real.bin").c_str(), 0640);
+    create_symlink(folder / "real.bin", folder / "link.bin");
+    kvx::OutputFile file((folder / "link.bin").wstring());
+    file.Write("new", 3);
+    file.Commit();
+    EXPECT_EQ(folder.Read("real.bin"), "new");
+    EXPECT_TRUE(is_symlink(folder / "link.bin"));
+    struct stat status = {};
+    ASSERT_EQ(::stat((folder / "real.bin").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
+TEST(OutputFile, AFullDiskIsReportedAndLeavesNothingBehind) {
+    kvx::OutputFile file(L"/dev/full");
+    try {
+        file.Write("x", 1);
+        ADD_FAILURE() << "the full device took a byte";
+    } catch (const CFileException& e) {
+        EXPECT_EQ(e.m_cause, CFileException::diskFull);
+        EXPECT_EQ(e.m_lOsError, ENOSPC);
+    }
+}
+
+TEST(File, OpeningReportsTheCause) {
+    const TempFolder folder;
+    folder.Write("plain.bin", "x");
+    const std::wstring root = folder.Path().wstring();
+    EXPECT_EQ(CauseOfOpening<kvx::InputFile>(root + L"/missing.bin"), CFileException::fileNotFound);
+    EXPECT_EQ(CauseOfOpening<kvx::InputFile>(root + L"/plain.bin/below"), CFileException::badPath);
+    EXPECT_EQ(CauseOfOpening<kvx::InputFile>(root), CFileException::accessDenied);
+    EXPECT_EQ(CauseOfOpening<kvx::InputFile>(L"Q:\\Q7Data\\a.vdf2"), CFileException::fileNotFound);
+    EXPECT_EQ(CauseOfOpening<kvx::InputFile>(L""), CFileException::badPath);
+    EXPECT_EQ(CauseOfOpening<kvx::InputFile>(root + L"\\plain.bin"), CFileException::none);
+    EXPECT_EQ(CauseOfOpening<kvx::OutputFile>(root + L"/missing/new.bin"), CFileException::badPath);
+    EXPECT_EQ(CauseOfOpening<kvx::OutputFile>(root), CFileException::accessDenied);
+    EXPECT_EQ(folder.Count(), 1U);
+}
+
+TEST(InputFile, RemainingCountsDownToTheEnd) {
+    const TempFolder folder;
+    folder.Write("five.bin", "12345");
+    kvx::InputFile file((folder / "five.bin").wstring());
+    char buffer[8] = {};
+    EXPECT_EQ(file.Remaining(), 5U);
+    EXPECT_EQ(file.Read(buffer, 2), 2U);
+    EXPECT_EQ(file.Remaining(), 3U);
+    EXPECT_EQ(file.Read(buffer, sizeof(buffer)), 3U);
+    EXPECT_EQ(std::string(buffer, 3), "345");
+    EXPECT_EQ(file.Remaining(), 0U);
+    EXPECT_EQ(file.Read(buffer, 1), 0U);
+}
+
+TEST(FileException, HostErrorsMapToCauses) {
+    const std::pair<int, int> cases[] = {
+        {ENOENT, CFileException::fileNotFound},
+        {ENOTDIR, CFileException::badPath},
+        {EMFILE, CFileException::tooManyOpenFiles},
+        {EACCES, CFileException::accessDenied},
+        {EROFS, CFileException::accessDenied},
+        {EBADF, CFileException::invalidFile},
+        {EIO, CFileException::hardIO},
+        {ENOSPC, CFileException::diskFull},
+        {EDQUOT, CFileException::diskFull},
+        {E2BIG, CFileException::genericException},
+    };
+    for (const auto& [error, cause] : cases) {
+        const CFileException e = CFileException::FromHostError(error, L"測定.vdf2");
+        EXPECT_EQ(e.m_cause, cause) << error;
+        EXPECT_EQ(e.m_lOsError, error);
+        EXPECT_NE(std::string(e.what()).find("測定.vdf2"), std::string::npos);
+    }
+}
+
+}  // namespace
