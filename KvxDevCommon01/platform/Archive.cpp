@@ -20,7 +20,7 @@ constexpr std::uint16_t kWideMarker = 0xFFFE;
     throw CFileException(CFileException::endOfFile);
 }
 
-void ReverseEach(std::byte* values, std::size_t width, std::size_t count) {
+[[maybe_unused]] void ReverseEach(std::byte* values, std::size_t width, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) std::reverse(values + i * width, values + (i + 1) * width);
 }
 

@@ -18,6 +18,15 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/platform/Types.h>
 
+namespace kvx {
+
+/// What an archive holds as plain numbers of a fixed width; truth values are stored as 32-bit integers
+/// instead.
+template <typename T>
+concept ArchiveNumber = std::is_arithmetic_v<T> && !std::same_as<T, bool>;
+
+}  // namespace kvx
+
 class KVX_API CArchive {
 public:
     enum Mode { store = 0, load = 1 };
@@ -46,29 +55,30 @@ public:
     /// loaded; called before storage is sized from a count that a file states. A negative count passes.
     void RequireRemaining(std::int64_t count, std::size_t itemSize) const;
 
-    /// One little-endian number of the value's own width.
-    template <typename Number>
-    requires(std::is_arithmetic_v<Number> && !std::same_as<Number, bool>) CArchive& operator<<(Number value) {
+    /// One little-endian number of the value's own width. A short read leaves `value` as it was.
+    template <kvx::ArchiveNumber Number>
+    CArchive& operator<<(Number value) {
         WriteNumbers(&value, 1);
         return *this;
     }
-    template <typename Number>
-    requires(std::is_arithmetic_v<Number> && !std::same_as<Number, bool>) CArchive& operator>>(
-        Number& value) {
-        ReadNumbers(&value, 1);
+    template <kvx::ArchiveNumber Number>
+    CArchive& operator>>(Number& value) {
+        Number loaded;
+        ReadNumbers(&loaded, 1);
+        value = loaded;
         return *this;
     }
 
     /// `count` little-endian numbers.
-    template <typename Number>
-    requires std::is_arithmetic_v<Number>
+    template <kvx::ArchiveNumber Number>
     void WriteNumbers(const Number* values, std::size_t count) {
         WriteLittleEndian(values, sizeof(Number), count);
     }
     /// `count` little-endian numbers, or the end-of-file exception.
-    template <typename Number>
-    requires std::is_arithmetic_v<Number>
-    void ReadNumbers(Number* values, std::size_t count) { ReadLittleEndian(values, sizeof(Number), count); }
+    template <kvx::ArchiveNumber Number>
+    void ReadNumbers(Number* values, std::size_t count) {
+        ReadLittleEndian(values, sizeof(Number), count);
+    }
 
     /// A string: the wide marker FF FE FF, the length in code units (8 bits, or FF and 16 bits, or FF FFFF
     /// and 32 bits), then UTF-16LE units. A string without the marker is read as bytes of the system's code
