@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+//
+// Every public header of the library, lowest floor first.
+#pragma once
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/platform/Archive.h>
+#include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/CodePage.h>
+#include <KvxDevCommon01/platform/DateTime.h>
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Path.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/platform/Types.h>
+#include <KvxDevCommon01/platform/UserInterface.h>
+#include <KvxDevCommon01/resources/StringTable.h>
