@@ -1,0 +1,592 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/data/DataArray.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/data/detail/ArrayFamily.h>
+#include <KvxDevCommon01/data/detail/Block.h>
+#include <KvxDevCommon01/data/detail/LaneSum.h>
+#include <KvxDevCommon01/data/detail/Layout.h>
+#include <KvxDevCommon01/data/detail/RangeScan.h>
+#include <KvxDevCommon01/data/detail/Ring.h>
+
+namespace kvx {
+namespace {
+
+constexpr __int64 kBlock = 1024;
+
+constexpr __int64 WholeBlocks(__int64 count) {
+    return count < 1 ? kBlock : ((count - 1) / kBlock + 1) * kBlock;
+}
+
+/// The largest count whose whole blocks have a size in bytes.
+template <typename Element>
+constexpr __int64 kMaxArrayCount = kMaxCount<Element> / kBlock* kBlock;
+
+template <class From, class To, class Convert>
+int ConvertInto(const From& from, To& to, Convert convert) {
+    using Element = std::remove_pointer_t<decltype(to.GetData())>;
+    if (!to.SetData(from.GetNum(), static_cast<const Element*>(nullptr))) return 0;
+    std::transform(from.GetData(), from.GetData() + from.GetNum(), to.GetData(), convert);
+    return 1;
+}
+
+}  // namespace
+
+// ---- Array
+// ----------------------------------------------------------------------------------------------------------
+
+template <class Self, typename Element>
+Array<Self, Element>::Array(__int64 num, Element value) {
+    SetData(num, value);
+}
+
+template <class Self, typename Element>
+Array<Self, Element>::Array(__int64 num, const Element* data) {
+    SetData(num, data);
+}
+
+template <class Self, typename Element>
+Array<Self, Element>::Array(const Array& other) {
+    SetData(other.count_, other.data_);
+}
+
+template <class Self, typename Element>
+Array<Self, Element>::Array(Array&& other) noexcept
+    : count_(std::exchange(other.count_, 0)),
+      capacity_(std::exchange(other.capacity_, 0)),
+      data_(std::exchange(other.data_, nullptr)) {}
+
+template <class Self, typename Element>
+Array<Self, Element>::~Array() {
+    std::free(data_);
+}
+
+template <class Self, typename Element>
+Array<Self, Element>& Array<Self, Element>::operator=(const Array& other) {
+    if (this == &other) return *this;
+    if (count_ == other.count_ && data_ && other.data_) {
+        std::copy_n(other.data_, count_, data_);
+    } else {
+        SetData(other.count_, other.data_);
+    }
+    return *this;
+}
+
+template <class Self, typename Element>
+Array<Self, Element>& Array<Self, Element>::operator=(Array&& other) noexcept {
+    if (this == &other) return *this;
+    std::free(data_);
+    count_ = std::exchange(other.count_, 0);
+    capacity_ = std::exchange(other.capacity_, 0);
+    data_ = std::exchange(other.data_, nullptr);
+    return *this;
+}
+
+template <class Self, typename Element>
+void Array<Self, Element>::Free() {
+    std::free(data_);
+    data_ = nullptr;
+    count_ = 0;
+    capacity_ = 0;
+}
+
+template <class Self, typename Element>
+int Array<Self, Element>::SetData(__int64 num, const Element* data) {
+    Array keptAlive;
+    if (LiesInside<Element>(data, data_, capacity_)) keptAlive = std::move(*this);
+    Free();
+    if (!Resize(num)) return 0;
+    if (data) std::copy_n(data, num, data_);
+    return 1;
+}
+
+template <class Self, typename Element>
+int Array<Self, Element>::SetData(__int64 num, Element value) {
+    Free();
+    if (!Resize(num)) return 0;
+    Fill(value);
+    return 1;
+}
+
+template <class Self, typename Element>
+int Array<Self, Element>::Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num) {
+    const Array& source = src;
+    if (srcStart < 0 || dstStart < 0 || num < 1 || num > count_ || num > source.count_) return 0;
+    const Ring<const Element> from{source.data_, source.count_, srcStart % source.count_};
+    const Ring<Element> to{data_, count_, dstStart % count_};
+    const auto copyRun = [](__int64 length, const Element* in, Element* out) {
+        std::copy_n(in, length, out);
+    };
+    if (&source != this) {
+        WalkRings(num, copyRun, from, to);
+        return 1;
+    }
+    const std::unique_ptr<Element[]> taken(new (std::nothrow) Element[static_cast<std::size_t>(num)]);
+    if (!taken) return 0;
+    const Ring<Element> buffer{taken.get(), num, 0};
+    WalkRings(num, copyRun, from, buffer);
+    WalkRings(num, copyRun, Ring<const Element>{taken.get(), num, 0}, to);
+    return 1;
+}
+
+template <class Self, typename Element>
+bool Array<Self, Element>::Resize(__int64 count) {
+    if (count < 0 || count > kMaxArrayCount<Element>) {
+        Free();
+        return false;
+    }
+    const __int64 wanted = WholeBlocks(count);
+    if (wanted != capacity_) {
+        auto* block = data_ ? static_cast<Element*>(std::realloc(data_, ByteSize<Element>(wanted)))
+                            : AllocateZeroed<Element>(wanted);
+        if (!block) {
+            Free();
+            return false;
+        }
+        if (data_ && wanted > capacity_)
+            std::memset(block + capacity_, 0, ByteSize<Element>(wanted - capacity_));
+        data_ = block;
+        capacity_ = wanted;
+    }
+    count_ = count;
+    return true;
+}
+
+template <class Self, typename Element>
+bool Array<Self, Element>::Grow(__int64 extra) {
+    if (extra > kMaxArrayCount<Element> - count_) {
+        Free();
+        return false;
+    }
+    return Resize(count_ + extra);
+}
+
+template <class Self, typename Element>
+bool Array<Self, Element>::Fill(Element value) {
+    std::fill_n(data_, count_, value);
+    return !IsEmpty();
+}
+
+template <class Self, typename Element>
+void Array<Self, Element>::SerializeElements(CArchive& archive, Generation generation) {
+    if (archive.IsStoring()) {
+        const std::int32_t count = ArchiveCount(count_);
+        StoreVersion(archive, generation);
+        archive << count;
+        archive.WriteNumbers(data_, static_cast<std::size_t>(count));
+        return;
+    }
+    LoadOrEmpty(*this, [&] {
+        SkipVersion(archive, generation);
+        const __int64 count = LoadCount(archive);
+        archive.RequireRemaining(count, sizeof(Element));
+        if (Resize(count)) archive.ReadNumbers(data_, static_cast<std::size_t>(count));
+    });
+}
+
+// ---- GrowingArray
+// ---------------------------------------------------------------------------------------------------
+
+template <class Self, typename Element>
+int GrowingArray<Self, Element>::Append(__int64 num, const Element* data) {
+    if (num < 0 || (num > 0 && !data)) return 0;
+    const bool isOwn = LiesInside<Element>(data, this->data_, this->capacity_);
+    const auto offset = isOwn ? data - this->data_ : 0;
+    const __int64 end = this->count_;
+    if (!this->Grow(num)) return 0;
+    std::copy_n(isOwn ? this->data_ + offset : data, num, this->data_ + end);
+    return 1;
+}
+
+template <class Self, typename Element>
+int GrowingArray<Self, Element>::Append(const Self& other) {
+    const __int64 num = other.GetNum();
+    const __int64 end = this->count_;
+    if (!this->Grow(num)) return 0;
+    std::copy_n(other.GetData(), num, this->data_ + end);
+    return 1;
+}
+
+template <class Self, typename Element>
+void GrowingArray<Self, Element>::Zero() {
+    this->Fill(Element{});
+}
+
+// ---- FloatingArray
+// --------------------------------------------------------------------------------------------------
+
+template <class Self, typename Element>
+int FloatingArray<Self, Element>::SetData(Element value) {
+    return this->Fill(value);
+}
+
+template <class Self, typename Element>
+int FloatingArray<Self, Element>::IsAllZero() const {
+    return !this->IsEmpty() && AreAllZero(this->data_, this->count_);
+}
+
+// ---- IntegerArray
+// ---------------------------------------------------------------------------------------------------
+
+template <class Self, typename Element>
+int IntegerArray<Self, Element>::SetDataAll(Element value) {
+    return this->Fill(value);
+}
+
+template <class Self, typename Element>
+__int64 IntegerArray<Self, Element>::Search(Element value, __int64 start) const {
+    if (!this->IsInside(start)) return -1;
+    Element* const end = this->data_ + this->count_;
+    Element* const found = std::find(this->data_ + start, end, value);
+    return found == end ? -1 : found - this->data_;
+}
+
+// ---- Int64Array
+// -----------------------------------------------------------------------------------------------------
+
+template <class Self, typename Element>
+int Int64Array<Self, Element>::RemoveAll() {
+    return this->Resize(0);
+}
+
+template <class Self, typename Element>
+int Int64Array<Self, Element>::GetDataArrayLong(CDataArrayLong* out) const {
+    using Narrow = std::numeric_limits<std::int32_t>;
+    return out && ConvertInto(*this, *out, [](Element value) {
+               return static_cast<std::int32_t>(std::clamp<Element>(value, Narrow::min(), Narrow::max()));
+           });
+}
+
+template <class Self, typename Element>
+int Int64Array<Self, Element>::SetDataArrayLong(const CDataArrayLong& in) {
+    return ConvertInto(in, *this, [](std::int32_t value) { return Element{value}; });
+}
+
+// clang-format off
+#define KVX_INSTANTIATE(Class, Element) template class Array<Class, Element>;
+KVX_ALL_ARRAYS(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+#define KVX_INSTANTIATE(Class, Element) template class GrowingArray<Class, Element>;
+KVX_GROWING_ARRAYS(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+#define KVX_INSTANTIATE(Class, Element) template class FloatingArray<Class, Element>;
+KVX_FLOATING_ARRAYS(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+#define KVX_INSTANTIATE(Class, Element) template class IntegerArray<Class, Element>;
+KVX_INTEGER_ARRAYS(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+#define KVX_INSTANTIATE(Class, Element) template class Int64Array<Class, Element>;
+KVX_INT64_ARRAYS(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+// clang-format on
+
+}  // namespace kvx
+
+// ---- CDataArrayDouble
+// -----------------------------------------------------------------------------------------------
+
+using kvx::kNoValue;
+using kvx::LaneSum;
+using kvx::Ring;
+using kvx::WalkRings;
+
+namespace {
+
+double Square(double value) {
+    return value * value;
+}
+
+/// Applies dst[i] = combine(dst[i], src[i]) to `count` elements.
+template <class Combine>
+void CombineRun(__int64 count, double* dst, const double* src, Combine combine) {
+    for (__int64 i = 0; i < count; ++i) dst[i] = combine(dst[i], src[i]);
+}
+
+template <class Combine>
+void CombineCommon(CDataArrayDouble& dst, const CDataArrayDouble& src, Combine combine) {
+    CombineRun(std::min(dst.GetNum(), src.GetNum()), dst.GetData(), src.GetData(), combine);
+}
+
+bool IsIndexOf(const CDataArrayDouble& array, __int64 index) {
+    return index >= 0 && index < array.GetNum();
+}
+
+template <class Combine>
+int CombineRings(CDataArrayDouble& dst, __int64 dstStart, const CDataArrayDouble& src, __int64 srcStart,
+                 __int64 num, Combine combine) {
+    if (!IsIndexOf(dst, dstStart) || !IsIndexOf(src, srcStart) || num < 1) return 0;
+    WalkRings(
+        num, [&](__int64 length, double* d, const double* s) { CombineRun(length, d, s, combine); },
+        Ring<double>{dst.GetData(), dst.GetNum(), dstStart},
+        Ring<const double>{src.GetData(), src.GetNum(), srcStart});
+    return 1;
+}
+
+template <class Combine>
+int CombineRings(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a, __int64 aStart,
+                 const CDataArrayDouble& b, __int64 bStart, __int64 num, Combine combine) {
+    if (!dst || !IsIndexOf(*dst, dstStart) || !IsIndexOf(a, aStart) || !IsIndexOf(b, bStart) || num < 1)
+        return 0;
+    WalkRings(
+        num,
+        [&](__int64 length, double* d, const double* x, const double* y) {
+            for (__int64 i = 0; i < length; ++i) d[i] = combine(x[i], y[i]);
+        },
+        Ring<double>{dst->GetData(), dst->GetNum(), dstStart},
+        Ring<const double>{a.GetData(), a.GetNum(), aStart},
+        Ring<const double>{b.GetData(), b.GetNum(), bStart});
+    return 1;
+}
+
+double Magnitude(const CDataArrayDoubleCplx& values, __int64 index) {
+    const double* imaginary = values.GetImaginary();
+    return CDataDoubleCplx(values.GetReal()[index], imaginary ? imaginary[index] : 0.0).GetAbs();
+}
+
+template <typename Element>
+int WriteRange(const Element* values, __int64 count, Element* min, Element* max, Element* pmin) {
+    kvx::RangeScan<Element> scan;
+    scan.Add(values, count);
+    if (!scan.HasFound()) return 0;
+    if (min) *min = scan.Min();
+    if (max) *max = scan.Max();
+    if (pmin) *pmin = scan.PositiveMin();
+    return 1;
+}
+
+}  // namespace
+
+CDataArrayDouble& CDataArrayDouble::operator=(const CDataArrayDoubleCplx& other) {
+    if (SetData(other.GetNum(), nullptr)) {
+        for (__int64 i = 0; i < count_; ++i) data_[i] = Magnitude(other, i);
+    }
+    return *this;
+}
+
+int CDataArrayDouble::SetDelta(double step, double offset) {
+    for (__int64 i = 0; i < count_; ++i) data_[i] = static_cast<double>(i) * step + offset;
+    return !IsEmpty();
+}
+
+int CDataArrayDouble::AddArr(const CDataArrayDouble& src, __int64 srcStart, __int64 dstStart, __int64 num) {
+    return CombineRings(*this, dstStart, src, srcStart, num, std::plus<>());
+}
+
+int CDataArrayDouble::MulArr(const CDataArrayDouble& src, __int64 srcStart, __int64 dstStart, __int64 num) {
+    return CombineRings(*this, dstStart, src, srcStart, num, std::multiplies<>());
+}
+
+int CDataArrayDouble::AddArr(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a,
+                             __int64 aStart, const CDataArrayDouble& b, __int64 bStart, __int64 num) {
+    return CombineRings(dst, dstStart, a, aStart, b, bStart, num, std::plus<>());
+}
+
+int CDataArrayDouble::MulArr(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a,
+                             __int64 aStart, const CDataArrayDouble& b, __int64 bStart, __int64 num) {
+    return CombineRings(dst, dstStart, a, aStart, b, bStart, num, std::multiplies<>());
+}
+
+int CDataArrayDouble::MulAdd(CDataArrayDouble* dst, const CDataArrayDouble& src, double k) {
+    if (!dst) return 0;
+    CombineCommon(*dst, src, [k](double d, double s) { return d + s * k; });
+    return 1;
+}
+
+CDataArrayDouble& CDataArrayDouble::operator+=(double k) {
+    for (__int64 i = 0; i < count_; ++i) data_[i] += k;
+    return *this;
+}
+
+CDataArrayDouble& CDataArrayDouble::operator*=(double k) {
+    for (__int64 i = 0; i < count_; ++i) data_[i] *= k;
+    return *this;
+}
+
+CDataArrayDouble& CDataArrayDouble::operator/=(double k) {
+    return k == 0.0 ? *this : *this *= 1.0 / k;
+}
+
+CDataArrayDouble& CDataArrayDouble::operator+=(const CDataArrayDouble& other) {
+    CombineCommon(*this, other, std::plus<>());
+    return *this;
+}
+
+CDataArrayDouble& CDataArrayDouble::operator*=(const CDataArrayDouble& other) {
+    CombineCommon(*this, other, std::multiplies<>());
+    return *this;
+}
+
+CDataArrayDouble& CDataArrayDouble::operator/=(const CDataArrayDouble& other) {
+    CombineCommon(*this, other, std::divides<>());
+    return *this;
+}
+
+CDataArrayDouble& CDataArrayDouble::operator+=(const CDataArrayDoubleCplx& other) {
+    if (IsEmpty()) return *this = other;
+    const __int64 common = std::min(count_, other.GetNum());
+    for (__int64 i = 0; i < common; ++i) data_[i] += Magnitude(other, i);
+    return *this;
+}
+
+int CDataArrayDouble::operator==(const CDataArrayDouble& other) const {
+    return data_ && other.data_ && std::equal(data_, data_ + count_, other.data_, other.data_ + other.count_);
+}
+
+double CDataArrayDouble::GetSum() const {
+    LaneSum<double> sum;
+    sum.Add(data_, count_, [](double value) { return value; });
+    return sum.Total();
+}
+
+double CDataArrayDouble::GetAve() const {
+    return IsEmpty() ? 0.0 : GetSum() / static_cast<double>(count_);
+}
+
+double CDataArrayDouble::GetSqSum(__int64 start, __int64 num) const {
+    if (IsEmpty() || num > count_) return 0.0;
+    LaneSum<double> sum;
+    WalkRings(
+        num < 1 ? count_ : num,
+        [&](__int64 length, const double* values) { sum.Add(values, length, Square); },
+        Ring<const double>{data_, count_, kvx::WrapIndex(start, count_)});
+    return sum.Total();
+}
+
+double CDataArrayDouble::CalcRms(__int64 start, __int64 num) const {
+    if (IsEmpty()) return 0.0;
+    return std::sqrt(GetSqSum(start, num) / static_cast<double>(num < 1 ? count_ : num));
+}
+
+double CDataArrayDouble::GetAbsMax(__int64 start, __int64 num) const {
+    if (!IsInside(start) || num < 0) return 0.0;
+    const __int64 rest = count_ - start;
+    const double* end = data_ + start + (num == 0 ? rest : std::min(num, rest));
+    double largest = 0.0;
+    for (const double* value = data_ + start; value != end; ++value) {
+        largest = std::abs(*value) > largest ? std::abs(*value) : largest;
+    }
+    return largest;
+}
+
+int CDataArrayDouble::GetMinMax(__int64 start, double* min, double* max) const {
+    return GetMinMaxAndPMin(start, 0, min, max, nullptr);
+}
+
+int CDataArrayDouble::GetMinMaxAndPMin(__int64 start, double* min, double* max, double* pmin) const {
+    return GetMinMaxAndPMin(start, 0, min, max, pmin);
+}
+
+int CDataArrayDouble::GetMinMaxAndPMin(__int64 start, __int64 end, double* min, double* max,
+                                       double* pmin) const {
+    const __int64 last = end == 0 ? count_ - 1 : std::min(end, count_ - 1);
+    if (!IsInside(start) || last < start) return 0;
+    return WriteRange(data_ + start, last - start + 1, min, max, pmin);
+}
+
+int CDataArrayDouble::IsSorted() const {
+    const auto isNotBelow = [](double value, double next) { return !(value < next); };
+    return !IsEmpty() && std::adjacent_find(data_, data_ + count_, isNotBelow) == data_ + count_;
+}
+
+int CDataArrayDouble::Clip(double a, double b) {
+    const double low = std::min(a, b);
+    const double high = std::max(a, b);
+    for (__int64 i = 0; i < count_; ++i) {
+        const double value = data_[i] < low ? low : data_[i];
+        data_[i] = value > high ? high : value;
+    }
+    return !IsEmpty();
+}
+
+int CDataArrayDouble::SetLarge(const CDataArrayDouble& other) {
+    CombineCommon(*this, other, [](double a, double b) { return a < b ? b : a; });
+    return !IsEmpty() && !other.IsEmpty();
+}
+
+int CDataArrayDouble::SetSmall(const CDataArrayDouble& other) {
+    CombineCommon(*this, other, [](double a, double b) { return b < a ? b : a; });
+    return !IsEmpty() && !other.IsEmpty();
+}
+
+void CDataArrayDouble::Reverse() {
+    std::reverse(data_, data_ + count_);
+}
+
+int CDataArrayDouble::GetDataArrayFloat(CDataArrayFloat* out) const {
+    return out && kvx::ConvertInto(*this, *out, [](double value) {
+               return value == kNoValue<double> ? kNoValue<float> : static_cast<float>(value);
+           });
+}
+
+int CDataArrayDouble::SetDataArrayFloat(const CDataArrayFloat& in) {
+    return kvx::ConvertInto(in, *this, [](float value) {
+        return value == kNoValue<float> ? kNoValue<double> : static_cast<double>(value);
+    });
+}
+
+void CDataArrayDouble::Serialize(CArchive& archive) {
+    SerializeElements(archive, kvx::Generation::current);
+}
+
+// ---- CDataArrayFloat
+// ------------------------------------------------------------------------------------------------
+
+void CDataArrayFloat::Serialize(CArchive& archive) {
+    SerializeElements(archive, kvx::Generation::current);
+}
+
+void CDataArrayFloat::Serialize1st(CArchive& archive) {
+    SerializeElements(archive, kvx::Generation::first);
+}
+
+// ---- CDataArrayLong
+// -------------------------------------------------------------------------------------------------
+
+void CDataArrayLong::Reverse() {
+    std::reverse(data_, data_ + count_);
+}
+
+int CDataArrayLong::GetMinMax(__int64 start, std::int32_t* min, std::int32_t* max) const {
+    return IsInside(start) && WriteRange<std::int32_t>(data_ + start, count_ - start, min, max, nullptr);
+}
+
+__int64 CDataArrayLong::SearchRev(std::int32_t value, __int64 start) const {
+    __int64 index = start == -1 ? count_ - 1 : start;
+    if (!IsInside(index)) return -1;
+    while (index >= 0 && data_[index] != value) --index;
+    return index;
+}
+
+void CDataArrayLong::Serialize(CArchive& archive) {
+    SerializeElements(archive, kvx::Generation::current);
+}
+
+void CDataArrayLong::Serialize1st(CArchive& archive) {
+    SerializeElements(archive, kvx::Generation::first);
+}
+
+// ---- CDataArrayBool
+// -------------------------------------------------------------------------------------------------
+
+int CDataArrayBool::SetDataValue(int value, __int64 index) {
+    if (index < 0) return Fill(value);
+    if (!IsInside(index)) return 0;
+    data_[index] = value;
+    return 1;
+}
+
+void CDataArrayBool::Serialize(CArchive& archive) {
+    SerializeElements(archive, kvx::Generation::current);
+}
+
+void CDataArrayBool::Serialize1st(CArchive& archive) {
+    SerializeElements(archive, kvx::Generation::first);
+}

@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: MIT
+//
+// The one-dimensional arrays: CDataArrayDouble, CDataArrayFloat, CDataArrayLong, CDataArrayLongLong,
+// CDataArrayIntPtr and CDataArrayBool. Each owns a block of elements whose capacity is always the count
+// rounded up to whole blocks of 1024, zero-filled when it is allocated. Operations return 1 for success and 0
+// for failure and never throw, archive serialisation excepted; an allocation that fails leaves the array
+// empty. Not thread-safe: an array belongs to one thread at a time.
+//
+// What members share is written once in the layers of namespace kvx, from Array (all six) upwards; each
+// public class adds what only it can do.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/platform/Types.h>
+
+class CArchive;
+class CDataArrayDouble;
+class CDataArrayFloat;
+class CDataArrayLong;
+class CDataArrayDoubleCplx;
+
+namespace kvx {
+
+/// The no-value marker: the most negative finite value of a type marks a sample that holds no data.
+template <typename Element>
+inline constexpr Element kNoValue = std::numeric_limits<Element>::lowest();
+
+enum class Generation : int;
+
+/// Storage, access, filling and the ring copy: what all arrays do. `Self` is the public class.
+template <class Self, typename Element>
+class KVX_API Array {
+public:
+    Array() = default;
+    /// `num` elements of `value`; empty when `num` is negative or the memory is not there.
+    Array(__int64 num, Element value);
+    /// `num` elements copied from `data`, or zeros when `data` is null; empty on failure.
+    Array(__int64 num, const Element* data);
+    Array(const Array& other);
+    Array(Array&& other) noexcept;
+    ~Array();
+
+    /// Copies in place when both counts are equal, else into a fresh block; empty when that cannot be had.
+    Array& operator=(const Array& other);
+    Array& operator=(Array&& other) noexcept;
+
+    __int64 GetNum() const { return count_; }
+    /// The live block; null when there is none. An array of count 0 may own a block.
+    Element* GetData() const { return data_; }
+
+    /// The element, or for an index outside the array a spare element that harmlessly takes what is written
+    /// to it.
+    Element& operator[](__int64 index) { return IsInside(index) ? data_[index] : spare_; }
+    /// The element, or 0 for an index outside the array.
+    Element operator[](__int64 index) const { return IsInside(index) ? data_[index] : Element{}; }
+
+    /// Releases the block.
+    void Free();
+
+    /// Makes the array `num` elements copied from `data`, or zeros when `data` is null. `data` may lie in
+    /// this array.
+    int SetData(__int64 num, const Element* data);
+    /// Makes the array `num` elements of `value`.
+    int SetData(__int64 num, Element value);
+
+    /// Copies `num` > 0 elements from `src` on from `srcStart` to here on from `dstStart`, both arrays taken
+    /// as rings. Starts are >= 0 and may lie past the end; `num` is at most both counts. Copying within one
+    /// array acts as if everything were read before anything is written.
+    int Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num);
+
+protected:
+    /// Makes room for `count` elements and makes that the count: elements that stay keep their values, a new
+    /// or longer block is zero-filled behind them. On failure the array is empty.
+    bool Resize(__int64 count);
+    /// Resize by `extra` >= 0 elements.
+    bool Grow(__int64 extra);
+    bool Fill(Element value);
+    bool IsEmpty() const { return count_ == 0; }
+    bool IsInside(__int64 index) const { return index >= 0 && index < count_; }
+    /// Version word (current generation only), 32-bit count, raw elements.
+    void SerializeElements(CArchive& archive, Generation generation);
+
+    // count_ <= capacity_, capacity_ a multiple of 1024; without a block both are 0.
+    __int64 count_ = 0;
+    __int64 capacity_ = 0;
+    Element* data_ = nullptr;
+    Element spare_{};
+};
+
+/// Arrays that grow at their end.
+template <class Self, typename Element>
+class KVX_API GrowingArray : public Array<Self, Element> {
+public:
+    using Array<Self, Element>::Array;
+
+    int Append(Element value) {
+        if (this->count_ < this->capacity_) {
+            ++this->count_;
+        } else if (!this->Grow(1)) {
+            return 0;
+        }
+        this->data_[this->count_ - 1] = value;
+        return 1;
+    }
+    /// Appends `num` elements of `data`, which may lie in this array. Fails, without a change, when `num` is
+    /// negative or `data` is null.
+    int Append(__int64 num, const Element* data);
+    /// Appends the elements of another array, or of this one.
+    int Append(const Self& other);
+
+    /// Sets all elements to 0.
+    void Zero();
+};
+
+/// Arrays of floating-point numbers.
+template <class Self, typename Element>
+class KVX_API FloatingArray : public GrowingArray<Self, Element> {
+public:
+    using GrowingArray<Self, Element>::GrowingArray;
+    using GrowingArray<Self, Element>::SetData;
+
+    /// Sets all elements to `value`; fails on an empty array.
+    int SetData(Element value);
+
+    /// 1 when there are elements and all are exactly zero; a NaN is not.
+    int IsAllZero() const;
+};
+
+/// Arrays of integers.
+template <class Self, typename Element>
+class KVX_API IntegerArray : public GrowingArray<Self, Element> {
+public:
+    using GrowingArray<Self, Element>::GrowingArray;
+
+    /// Sets all elements to `value`; fails on an empty array.
+    int SetDataAll(Element value);
+
+    /// The first index >= `start` that holds `value`; -1 when none does or `start` is outside the array.
+    __int64 Search(Element value, __int64 start) const;
+};
+
+/// Arrays of 64-bit integers.
+template <class Self, typename Element>
+class KVX_API Int64Array : public IntegerArray<Self, Element> {
+public:
+    using IntegerArray<Self, Element>::IntegerArray;
+
+    /// Removes all elements; one block stays for those to come. Fails when that block cannot be had.
+    int RemoveAll();
+
+    /// Makes `out` this array; values outside 32 bits become the nearest 32-bit value. Fails when `out` is
+    /// null or cannot be sized.
+    int GetDataArrayLong(CDataArrayLong* out) const;
+    int SetDataArrayLong(const CDataArrayLong& in);
+};
+
+}  // namespace kvx
+
+/// 64-bit floating point: the array of waveforms, spectra and frequency axes.
+class KVX_API CDataArrayDouble : public kvx::FloatingArray<CDataArrayDouble, double> {
+public:
+    using FloatingArray::FloatingArray;
+    /// As long as `other`, each element the magnitude of one of its; a missing imaginary part counts as 0.
+    CDataArrayDouble& operator=(const CDataArrayDoubleCplx& other);
+
+    /// Element i becomes i * step + offset; fails on an empty array.
+    int SetDelta(double step, double offset);
+
+    /// this[d] += src[s] for `num` > 0 steps, d on from `dstStart`, s on from `srcStart`, each index
+    /// restarting at 0 on reaching its own count. Fails when a start is outside its array. The steps are
+    /// taken in order: with `src` this very array a step sees what the steps before it wrote.
+    int AddArr(const CDataArrayDouble& src, __int64 srcStart, __int64 dstStart, __int64 num);
+    /// this[d] *= src[s], walked as in AddArr.
+    int MulArr(const CDataArrayDouble& src, __int64 srcStart, __int64 dstStart, __int64 num);
+    /// dst[d] = a[i] + b[j] on three rings, walked as in the member AddArr; fails when `dst` is null.
+    static int AddArr(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a, __int64 aStart,
+                      const CDataArrayDouble& b, __int64 bStart, __int64 num);
+    /// dst[d] = a[i] * b[j], walked as in AddArr.
+    static int MulArr(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a, __int64 aStart,
+                      const CDataArrayDouble& b, __int64 bStart, __int64 num);
+    /// dst += src * k over the elements both have; fails only when `dst` is null.
+    static int MulAdd(CDataArrayDouble* dst, const CDataArrayDouble& src, double k);
+
+    CDataArrayDouble& operator+=(double k);
+    CDataArrayDouble& operator*=(double k);
+    /// Multiplies by 1 / k; nothing happens when `k` is 0.
+    CDataArrayDouble& operator/=(double k);
+    // Element by element, over as many elements as both arrays have.
+    CDataArrayDouble& operator+=(const CDataArrayDouble& other);
+    CDataArrayDouble& operator*=(const CDataArrayDouble& other);
+    CDataArrayDouble& operator/=(const CDataArrayDouble& other);
+    /// Adds the magnitudes of `other` over the elements both have; an empty array is assigned them.
+    CDataArrayDouble& operator+=(const CDataArrayDoubleCplx& other);
+
+    /// 1 when both arrays have a block, the same count and equal elements: arrays without a block equal
+    /// nothing.
+    int operator==(const CDataArrayDouble& other) const;
+    int operator!=(const CDataArrayDouble& other) const { return !(*this == other); }
+
+    /// The plain sum, in a fixed order of additions (eight lanes); 0 for an empty array.
+    double GetSum() const;
+    double GetAve() const;
+    /// Sum of squares of `num` elements on from `start`, on the ring. `num` < 1 means all; `start` may be any
+    /// index, negative ones counting from the end. 0 for an empty array or `num` above the count.
+    double GetSqSum(__int64 start, __int64 num) const;
+    /// Root mean square of the same elements.
+    double CalcRms(__int64 start, __int64 num) const;
+    /// Largest absolute value of `num` elements on from `start`, cut off at the end; `num` 0 means to the
+    /// end. NaNs are passed over. 0 when no element is in that range.
+    double GetAbsMax(__int64 start, __int64 num) const;
+    /// Smallest and largest value from `start` to the end without the no-value marker; either pointer may be
+    /// null. NaNs are passed over unless there is nothing else. Fails, writing nothing, when `start` is
+    /// outside the array or only markers are found.
+    int GetMinMax(__int64 start, double* min, double* max) const;
+    /// Likewise, and in `pmin` the smallest value above 0 (2.2250738585072014e-308 when none is).
+    int GetMinMaxAndPMin(__int64 start, double* min, double* max, double* pmin) const;
+    /// Likewise over the elements `start` to `end`, `end` included; 0 or an index past the end means the
+    /// last.
+    int GetMinMaxAndPMin(__int64 start, __int64 end, double* min, double* max, double* pmin) const;
+    /// 1 when there are elements and each is strictly smaller than its successor; a NaN beside another
+    /// element is not.
+    int IsSorted() const;
+
+    /// Clamps every element to the range between `a` and `b`, given in either order; fails on an empty array.
+    int Clip(double a, double b);
+    /// Element-wise maximum with `other`, over as many elements as both have; fails when either is empty.
+    int SetLarge(const CDataArrayDouble& other);
+    /// Element-wise minimum, likewise.
+    int SetSmall(const CDataArrayDouble& other);
+    void Reverse();
+
+    /// Makes `out` this array rounded to float; the no-value marker becomes the float marker. Fails when
+    /// `out` is null or cannot be sized.
+    int GetDataArrayFloat(CDataArrayFloat* out) const;
+    /// The inverse: makes this array `in`, the float marker becoming the double one.
+    int SetDataArrayFloat(const CDataArrayFloat& in);
+
+    /// Version word 1, 32-bit count, elements. See SerializeElements for what loading promises.
+    void Serialize(CArchive& archive);
+};
+
+/// 32-bit floating point.
+class KVX_API CDataArrayFloat : public kvx::FloatingArray<CDataArrayFloat, float> {
+public:
+    using FloatingArray::FloatingArray;
+
+    void Serialize(CArchive& archive);
+    /// The first generation of the layout: no version word.
+    void Serialize1st(CArchive& archive);
+};
+
+/// 32-bit signed integers.
+class KVX_API CDataArrayLong : public kvx::IntegerArray<CDataArrayLong, std::int32_t> {
+public:
+    using IntegerArray::IntegerArray;
+
+    void Reverse();
+    /// As CDataArrayDouble::GetMinMax; the marker is -2147483648.
+    int GetMinMax(__int64 start, std::int32_t* min, std::int32_t* max) const;
+    /// The last index <= `start` that holds `value`, `start` -1 meaning the last element; -1 when none does
+    /// or `start` is outside the array.
+    __int64 SearchRev(std::int32_t value, __int64 start) const;
+
+    void Serialize(CArchive& archive);
+    /// The first generation of the layout: no version word.
+    void Serialize1st(CArchive& archive);
+};
+
+/// 64-bit signed integers.
+class KVX_API CDataArrayLongLong : public kvx::Int64Array<CDataArrayLongLong, std::int64_t> {
+public:
+    using Int64Array::Int64Array;
+};
+
+/// Pointer-sized signed integers, 64 bits on every platform.
+class KVX_API CDataArrayIntPtr : public kvx::Int64Array<CDataArrayIntPtr, std::int64_t> {
+public:
+    using Int64Array::Int64Array;
+};
+
+/// Truth values, 0 or not 0, in 32 bits each.
+class KVX_API CDataArrayBool : public kvx::Array<CDataArrayBool, int> {
+public:
+    using Array::Array;
+
+    /// Sets the element at `index`, or every element when `index` is negative. Fails on an empty array and
+    /// past its end.
+    int SetDataValue(int value, __int64 index);
+
+    void Serialize(CArchive& archive);
+    /// The first generation of the layout: no version word.
+    void Serialize1st(CArchive& archive);
+};

@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/data/DataCplx.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/detail/Block.h>
+#include <KvxDevCommon01/data/detail/CplxRuns.h>
+#include <KvxDevCommon01/data/detail/Layout.h>
+
+namespace kvx {
+
+// ---- CplxValue
+// ------------------------------------------------------------------------------------------------------
+
+template <class Self, typename Real>
+void CplxValue<Self, Real>::SerializeParts(CArchive& archive, Generation generation) {
+    if (archive.IsStoring()) {
+        StoreVersion(archive, generation);
+        archive << re_ << im_;
+        return;
+    }
+    Zero();
+    SkipVersion(archive, generation);
+    Real re = 0;
+    Real im = 0;
+    archive >> re >> im;
+    SetData(re, im);
+}
+
+// ---- CplxArray
+// ------------------------------------------------------------------------------------------------------
+
+template <class Self, typename Real>
+CplxArray<Self, Real>::CplxArray(int isComplex, __int64 num) {
+    Create(isComplex, num);
+}
+
+template <class Self, typename Real>
+CplxArray<Self, Real>::CplxArray(const CplxArray& other) {
+    *this = other;
+}
+
+template <class Self, typename Real>
+CplxArray<Self, Real>::CplxArray(CplxArray&& other) noexcept
+    : isComplex_(std::exchange(other.isComplex_, 0)),
+      count_(std::exchange(other.count_, 0)),
+      byteSize_(std::exchange(other.byteSize_, 0)),
+      real_(std::exchange(other.real_, nullptr)),
+      imaginary_(std::exchange(other.imaginary_, nullptr)) {}
+
+template <class Self, typename Real>
+CplxArray<Self, Real>::~CplxArray() {
+    Free();
+}
+
+template <class Self, typename Real>
+CplxArray<Self, Real>& CplxArray<Self, Real>::operator=(const CplxArray& other) {
+    if (this == &other) return *this;
+    if (isComplex_ != other.isComplex_ || count_ != other.count_) {
+        Free();
+        Create(other.isComplex_, other.count_);
+    }
+    if (real_) std::copy_n(other.real_, count_, real_);
+    if (imaginary_) std::copy_n(other.imaginary_, count_, imaginary_);
+    return *this;
+}
+
+template <class Self, typename Real>
+CplxArray<Self, Real>& CplxArray<Self, Real>::operator=(CplxArray&& other) noexcept {
+    if (this == &other) return *this;
+    Free();
+    isComplex_ = std::exchange(other.isComplex_, 0);
+    count_ = std::exchange(other.count_, 0);
+    byteSize_ = std::exchange(other.byteSize_, 0);
+    real_ = std::exchange(other.real_, nullptr);
+    imaginary_ = std::exchange(other.imaginary_, nullptr);
+    return *this;
+}
+
+template <class Self, typename Real>
+int CplxArray<Self, Real>::Create(int isComplex, __int64 num) {
+    if (num < 1) return 0;
+    Free();
+    real_ = AllocateZeroed<Real>(num);
+    if (isComplex) imaginary_ = AllocateZeroed<Real>(num);
+    if (!real_ || (isComplex && !imaginary_)) {
+        Free();
+        return 0;
+    }
+    isComplex_ = isComplex;
+    count_ = num;
+    byteSize_ = num * __int64{sizeof(Real)};
+    return 1;
+}
+
+template <class Self, typename Real>
+void CplxArray<Self, Real>::Free() {
+    std::free(real_);
+    std::free(imaginary_);
+    real_ = nullptr;
+    imaginary_ = nullptr;
+    isComplex_ = 0;
+    count_ = 0;
+    byteSize_ = 0;
+}
+
+template <class Self, typename Real>
+void CplxArray<Self, Real>::Zero() {
+    FillParts(*this, Real(0));
+}
+
+template <class Self, typename Real>
+int CplxArray<Self, Real>::SetReal(const Real* src) {
+    if (!src || !real_) return 0;
+    std::memmove(real_, src, static_cast<std::size_t>(byteSize_));
+    return 1;
+}
+
+template <class Self, typename Real>
+int CplxArray<Self, Real>::SetImaginary(const Real* src) {
+    if (!src || !imaginary_) return 0;
+    std::memmove(imaginary_, src, static_cast<std::size_t>(byteSize_));
+    return 1;
+}
+
+template <class Self, typename Real>
+int CplxArray<Self, Real>::operator==(const Self& other) const {
+    return !isComplex_ == !other.isComplex_ && count_ == other.count_;
+}
+
+template <class Self, typename Real>
+int CplxArray<Self, Real>::IsAllZero() const {
+    return real_ && AreAllZero(real_, count_) && (!imaginary_ || AreAllZero(imaginary_, count_));
+}
+
+template <class Self, typename Real>
+void CplxArray<Self, Real>::AssignReal(__int64 num, const Real* values) {
+    const int isComplex = isComplex_;
+    Free();
+    if (Create(isComplex, num)) std::copy_n(values, num, real_);
+}
+
+template <class Self, typename Real>
+void CplxArray<Self, Real>::SerializeBlocks(CArchive& archive, Generation generation) {
+    if (archive.IsStoring()) {
+        const std::int32_t count = ArchiveCount(count_);
+        StoreVersion(archive, generation);
+        archive << std::int32_t{isComplex_} << count;
+        archive.WriteNumbers(real_, static_cast<std::size_t>(count));
+        if (imaginary_) archive.WriteNumbers(imaginary_, static_cast<std::size_t>(count));
+        return;
+    }
+    LoadOrEmpty(*this, [&] {
+        SkipVersion(archive, generation);
+        std::int32_t isComplex = 0;
+        archive >> isComplex;
+        const __int64 count = LoadCount(archive);
+        archive.RequireRemaining(count, isComplex ? 2 * sizeof(Real) : sizeof(Real));
+        if (!Create(isComplex, count)) return;
+        archive.ReadNumbers(real_, static_cast<std::size_t>(count));
+        if (imaginary_) archive.ReadNumbers(imaginary_, static_cast<std::size_t>(count));
+    });
+}
+
+template class CplxValue<CDataDoubleCplx, double>;
+template class CplxValue<CDataCplx, float>;
+template class CplxArray<CDataArrayDoubleCplx, double>;
+template class CplxArray<CDataArrayCplx, float>;
+
+}  // namespace kvx
+
+// ---- the public classes
+// ---------------------------------------------------------------------------------------------
+
+void CDataDoubleCplx::Serialize(CArchive& archive) {
+    SerializeParts(archive, kvx::Generation::current);
+}
+
+void CDataCplx::Serialize(CArchive& archive) {
+    SerializeParts(archive, kvx::Generation::current);
+}
+
+void CDataCplx::Serialize1st(CArchive& archive) {
+    SerializeParts(archive, kvx::Generation::first);
+}
+
+CDataArrayDoubleCplx& CDataArrayDoubleCplx::operator=(const CDataArrayDouble& other) {
+    AssignReal(other.GetNum(), other.GetData());
+    return *this;
+}
+
+int CDataArrayDoubleCplx::SetData(double value) {
+    return kvx::FillParts(*this, value);
+}
+
+int CDataArrayDoubleCplx::Copy(const CDataArrayDoubleCplx& src, __int64 srcStart, __int64 dstStart,
+                               __int64 num) {
+    return kvx::CopyParts(*this, dstStart, src, srcStart, num);
+}
+
+CDataArrayDoubleCplx& CDataArrayDoubleCplx::operator+=(const CDataArrayDoubleCplx& other) {
+    const __int64 common = std::min(count_, other.count_);
+    const auto add = [common](double* to, const double* from) {
+        for (__int64 i = 0; to && from && i < common; ++i) to[i] += from[i];
+    };
+    add(real_, other.real_);
+    add(imaginary_, other.imaginary_);
+    return *this;
+}
+
+CDataArrayDoubleCplx& CDataArrayDoubleCplx::operator*=(double k) {
+    kvx::ScaleParts(*this, k);
+    return *this;
+}
+
+CDataArrayDoubleCplx& CDataArrayDoubleCplx::operator/=(double k) {
+    return k == 0.0 ? *this : *this *= 1.0 / k;
+}
+
+int CDataArrayDoubleCplx::GetDataArrayCplx(CDataArrayCplx* out) const {
+    if (!out) return 0;
+    kvx::ConvertParts(*this, *out);
+    return 1;
+}
+
+int CDataArrayDoubleCplx::SetDataArrayCplx(const CDataArrayCplx& in) {
+    Free();
+    return kvx::ConvertParts(in, *this);
+}
+
+void CDataArrayDoubleCplx::Serialize(CArchive& archive) {
+    SerializeBlocks(archive, kvx::Generation::current);
+}
+
+CDataArrayCplx& CDataArrayCplx::operator=(const CDataArrayFloat& other) {
+    AssignReal(other.GetNum(), other.GetData());
+    return *this;
+}
+
+void CDataArrayCplx::Serialize(CArchive& archive) {
+    SerializeBlocks(archive, kvx::Generation::current);
+}
+
+void CDataArrayCplx::Serialize1st(CArchive& archive) {
+    SerializeBlocks(archive, kvx::Generation::first);
+}

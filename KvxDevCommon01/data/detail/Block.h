@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+//
+// Element blocks of the containers: zero-filled memory that is asked for without exceptions, and the
+// questions that keep absurd counts and pointers into one's own block harmless.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <limits>
+
+#include <KvxDevCommon01/platform/Types.h>
+
+namespace kvx {
+
+/// Largest number of elements whose size in bytes can be told.
+template <typename Element>
+inline constexpr __int64 kMaxCount = std::numeric_limits<std::ptrdiff_t>::max() / __int64{sizeof(Element)};
+
+/// Size in bytes of `count` elements, 0 <= count <= kMaxCount.
+template <typename Element>
+std::size_t ByteSize(__int64 count) {
+    return static_cast<std::size_t>(count) * sizeof(Element);
+}
+
+/// `count` zeros for std::free to release; null when count < 1 or the memory is not there.
+template <typename Element>
+Element* AllocateZeroed(__int64 count) {
+    if (count < 1 || count > kMaxCount<Element>) return nullptr;
+    return static_cast<Element*>(std::calloc(static_cast<std::size_t>(count), sizeof(Element)));
+}
+
+/// Whether `address` lies inside the `count` elements at `block`.
+template <typename Element>
+bool LiesInside(const Element* address, const Element* block, __int64 count) {
+    const std::less<const Element*> before;
+    return count > 0 && !before(address, block) && before(address, block + count);
+}
+
+/// Whether every one of the `count` values is exactly zero; a NaN is not.
+template <typename Element>
+bool AreAllZero(const Element* values, __int64 count) {
+    return std::all_of(values, values + count, [](Element value) { return value == 0; });
+}
+
+}  // namespace kvx

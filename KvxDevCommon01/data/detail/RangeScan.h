@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+//
+// The search for the smallest, the largest and the smallest positive value of a run, without the no-value
+// marker.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/platform/Types.h>
+
+namespace kvx {
+
+/// What a search has seen so far. NaNs are no candidates beside numbers; a run of nothing but NaNs has NaN
+/// for its minimum and maximum.
+template <typename Element>
+class RangeScan {
+public:
+    void Add(const Element* values, __int64 count) {
+        std::array<Extremes, kLanes> lanes;
+        __int64 i = 0;
+        for (; count - i >= static_cast<__int64>(kLanes); i += static_cast<__int64>(kLanes)) {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                lanes[lane].Include(values[i + static_cast<__int64>(lane)]);
+            }
+        }
+        for (; i < count; ++i) lanes[0].Include(values[i]);
+
+        Extremes run;
+        for (const Extremes& lane : lanes) run.Merge(lane);
+        if constexpr (Limits::has_quiet_NaN) {
+            const auto isNan = [](Element value) { return std::isnan(value); };
+            if (!run.HasNumber()) holdsNan_ = holdsNan_ || std::any_of(values, values + count, isNan);
+        }
+        extremes_.Merge(run);
+    }
+
+    /// Joins what another search has found.
+    void Merge(const RangeScan& other) {
+        extremes_.Merge(other.extremes_);
+        holdsNan_ = holdsNan_ || other.holdsNan_;
+    }
+
+    /// Whether anything but markers was seen.
+    bool HasFound() const { return extremes_.HasNumber() || holdsNan_; }
+
+    Element Min() const { return extremes_.HasNumber() ? extremes_.low : kNan; }
+    Element Max() const { return extremes_.HasNumber() ? extremes_.high : kNan; }
+
+    /// The smallest value above 0, or the smallest normal number when no value is.
+    Element PositiveMin() const {
+        return extremes_.HasNumber() && extremes_.high > 0 ? extremes_.positiveLow
+                                                           : std::numeric_limits<Element>::min();
+    }
+
+private:
+    using Limits = std::numeric_limits<Element>;
+    static constexpr std::size_t kLanes = 4;
+    static constexpr Element kTop = Limits::has_infinity ? Limits::infinity() : Limits::max();
+    static constexpr Element kBottom = Limits::has_infinity ? -Limits::infinity() : Limits::lowest();
+    static constexpr Element kNan = Limits::quiet_NaN();
+
+    struct Extremes {
+        Element low = kTop;
+        Element high = kBottom;
+        Element positiveLow = kTop;
+
+        // Selections instead of branches, so that the loop over the lanes becomes vector code.
+        void Include(Element value) {
+            const Element forLow = value == kNoValue<Element> ? kTop : value;
+            const Element forHigh = value == kNoValue<Element> ? kBottom : value;
+            const Element forPositive = value > 0 ? value : kTop;
+            low = forLow < low ? forLow : low;
+            high = forHigh > high ? forHigh : high;
+            positiveLow = forPositive < positiveLow ? forPositive : positiveLow;
+        }
+        void Merge(const Extremes& other) {
+            low = std::min(low, other.low);
+            high = std::max(high, other.high);
+            positiveLow = std::min(positiveLow, other.positiveLow);
+        }
+        bool HasNumber() const { return low <= high; }
+    };
+
+    Extremes extremes_;
+    bool holdsNan_ = false;
+};
+
+}  // namespace kvx
