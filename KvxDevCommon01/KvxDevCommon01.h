@@ -15,3 +15,9 @@
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
 #include <KvxDevCommon01/resources/StringTable.h>
+#include <KvxDevCommon01/resources/TextId.h>
+#include <KvxDevCommon01/text/Character.h>
+#include <KvxDevCommon01/text/ConvData.h>
+#include <KvxDevCommon01/text/ItemInfo.h>
+#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/UnitCtrlList.h>
