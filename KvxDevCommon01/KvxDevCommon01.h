@@ -19,5 +19,7 @@
 #include <KvxDevCommon01/text/Character.h>
 #include <KvxDevCommon01/text/ConvData.h>
 #include <KvxDevCommon01/text/ItemInfo.h>
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
