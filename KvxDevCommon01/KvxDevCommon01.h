@@ -4,6 +4,7 @@
 #pragma once
 
 #include <KvxDevCommon01/Export.h>
+
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/CodePage.h>
@@ -14,12 +15,17 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
+
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
+
 #include <KvxDevCommon01/text/Character.h>
 #include <KvxDevCommon01/text/ConvData.h>
 #include <KvxDevCommon01/text/ItemInfo.h>
+
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
+
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
+
