@@ -28,4 +28,3 @@
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
-
