@@ -28,3 +28,15 @@
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
+
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/dsp/MatFFT.h>
+#include <KvxDevCommon01/dsp/MatSpec.h>
+#include <KvxDevCommon01/dsp/MatWIND.h>
+#include <KvxDevCommon01/dsp/PsdProfile.h>
+#include <KvxDevCommon01/dsp/RandomWave.h>
+
+#include <KvxDevCommon01/files/ComFileErr.h>
+#include <KvxDevCommon01/files/ComFileFunc.h>
+#include <KvxDevCommon01/files/ComHdr.h>

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/MatFFT.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+namespace kvx {
+namespace {
+
+constexpr __int64 kSmallestBlock = 2;
+constexpr __int64 kLargestBlock = 131072;
+
+bool IsBlockSize(__int64 size) {
+    return size >= kSmallestBlock && size <= kLargestBlock &&
+           std::has_single_bit(static_cast<std::uint64_t>(size));
+}
+
+}  // namespace
+
+bool BlockCut::IsValid() const {
+    return IsBlockSize(size) && overlap >= 0 && overlap < size;
+}
+
+__int64 BlockCut::Count(__int64 samples) const {
+    if (!IsValid() || samples < size) return 0;
+    return (samples - size) / (size - overlap) + 1;
+}
+
+int BlockTransform::SetWindow(const CDataArrayDouble& window) {
+    const __int64 size = window.GetNum();
+    sum_ = window.GetSum();
+    squareSum_ = window.GetSqSum(0, size);
+    if (IsBlockSize(size) && sum_ != 0.0 && std::isfinite(sum_) && std::isfinite(squareSum_) &&
+        window_.SetData(size, window.GetData()) && real_.SetData(size, nullptr) &&
+        imaginary_.SetData(size, nullptr)) {
+        return 1;
+    }
+    *this = BlockTransform();
+    return 0;
+}
+
+int BlockTransform::Transform(const double* samples) {
+    if (samples == nullptr || GetSize() == 0) return 0;
+    double* const real = real_.GetData();
+    double* const imaginary = imaginary_.GetData();
+    std::transform(samples, samples + GetSize(), window_.GetData(), real,
+                   [](double x, double w) { return x * w; });
+    return CMatFFT::XfrRfft(real, imaginary, GetSize(), real, imaginary, GetNumLines());
+}
+
+int AveragedSpectrum::Begin(const CDataArrayDouble& window, __int64 overlap) {
+    cut_ = {window.GetNum(), overlap};
+    blockCount_ = 0;
+    if (cut_.IsValid() && transform_.SetWindow(window) &&
+        powerSum_.SetData(transform_.GetNumLines(), nullptr))
+        return 1;
+    cut_ = {};
+    return 0;
+}
+
+__int64 AveragedSpectrum::Add(const CDataArrayDouble& signal) {
+    const double* const re = transform_.GetReal();
+    const double* const im = transform_.GetImaginary();
+    double* const sum = powerSum_.GetData();
+    const __int64 lineCount = transform_.GetNumLines();
+    const __int64 added = cut_.ForEach(signal, [&](const double* block) {
+        transform_.Transform(block);
+        for (__int64 k = 0; k < lineCount; ++k) sum[k] += re[k] * re[k] + im[k] * im[k];
+    });
+    blockCount_ += added;
+    return added;
+}
+
+int AveragedSpectrum::GetPower(double dcFactor, double factor, CDataArrayDouble* power) const {
+    if (power == nullptr || blockCount_ == 0) return 0;
+    if (!power->SetData(powerSum_.GetNum(), powerSum_.GetData())) return 0;
+    *power *= factor / static_cast<double>(blockCount_);
+    (*power)[0] = powerSum_[0] * (dcFactor / static_cast<double>(blockCount_));
+    return 1;
+}
+
+int AveragedSpectrum::GetPsd(double rateHz, CDataArrayDouble* psd) const {
+    if (!(rateHz > 0.0)) return 0;
+    const double dcFactor = 1.0 / (rateHz * transform_.GetSquareSum());
+    return GetPower(dcFactor, 2.0 * dcFactor, psd);
+}
+
+int AveragedSpectrum::GetAmplitude(CDataArrayDouble* amp) const {
+    const double dcFactor = 1.0 / (transform_.GetSum() * transform_.GetSum());
+    if (!GetPower(dcFactor, 4.0 * dcFactor, amp)) return 0;
+    std::transform(amp->GetData(), amp->GetData() + amp->GetNum(), amp->GetData(),
+                   [](double p) { return std::sqrt(p); });
+    return 1;
+}
+
+int CalcBlockSpectrum(CDataArrayDoubleCplx* spec, const CDataArrayDouble& signal, __int64 start,
+                      const CDataArrayDouble& window) {
+    BlockTransform transform;
+    if (spec == nullptr || !transform.SetWindow(window)) return 0;
+    const __int64 size = transform.GetSize();
+    if (start < 0 || signal.GetNum() < size || start > signal.GetNum() - size) return 0;
+    if (!transform.Transform(signal.GetData() + start) || !spec->Create(1, transform.GetNumLines())) return 0;
+    spec->SetReal(transform.GetReal());
+    spec->SetImaginary(transform.GetImaginary());
+    *spec *= 2.0 / transform.GetSum();
+    spec->GetReal()[0] *= 0.5;
+    spec->GetImaginary()[0] *= 0.5;
+    return 1;
+}
+
+}  // namespace kvx

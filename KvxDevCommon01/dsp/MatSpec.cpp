@@ -1,0 +1,337 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/dsp/MatSpec.h>
+#include <KvxDevCommon01/dsp/detail/ProfileSegment.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <optional>
+
+namespace {
+
+bool HasLines(const CDataArrayDouble& array) {
+    return array.GetNum() >= 1 && array.GetData() != nullptr;
+}
+
+bool HasLines(const CDataArrayDoubleCplx& array) {
+    return array.GetNum() >= 1 && array.GetReal() != nullptr;
+}
+
+bool Match(const auto* out, const auto& in) {
+    return out != nullptr && HasLines(*out) && HasLines(in) && out->GetNum() == in.GetNum();
+}
+
+/// The imaginary part of a line, 0 without a block of it.
+double ImaginaryAt(const double* imaginary, __int64 k) {
+    return imaginary != nullptr ? imaginary[k] : 0.0;
+}
+
+/// Gives `spec` an imaginary block, keeping its real one.
+bool AttachImaginary(CDataArrayDoubleCplx* spec) {
+    if (spec->GetImaginary() != nullptr) return true;
+    CDataArrayDoubleCplx complex(1, spec->GetNum());
+    if (!complex.SetReal(spec->GetReal())) return false;
+    *spec = complex;
+    return HasLines(*spec) && spec->GetImaginary() != nullptr;
+}
+
+bool AttachZeroImaginary(CDataArrayDoubleCplx* spec) {
+    if (!AttachImaginary(spec)) return false;
+    std::fill_n(spec->GetImaginary(), spec->GetNum(), 0.0);
+    return true;
+}
+
+/// Sets out[k] = of(k) with the factor of the line: `dcFactor` on the line dc, else `factor`.
+template <class Value>
+void SetLines(double* out, __int64 count, __int64 dc, double dcFactor, double factor, Value of) {
+    for (__int64 k = 0; k < count; ++k) out[k] = of(k, k == dc ? dcFactor : factor);
+}
+
+/// Squared magnitudes of a spectrum with the factor of each line.
+void SetPowers(CDataArrayDouble* out, const CDataArrayDoubleCplx& spec, __int64 dc, double dcFactor,
+               double factor) {
+    const double* const re = spec.GetReal();
+    const double* const im = spec.GetImaginary();
+    if (im == nullptr) {
+        SetLines(out->GetData(), spec.GetNum(), dc, dcFactor, factor,
+                 [=](__int64 k, double f) { return re[k] * re[k] * f; });
+    } else {
+        SetLines(out->GetData(), spec.GetNum(), dc, dcFactor, factor,
+                 [=](__int64 k, double f) { return (re[k] * re[k] + im[k] * im[k]) * f; });
+    }
+}
+
+/// Lines first..last, both included.
+struct LineRange {
+    __int64 first;
+    __int64 last;
+
+    /// Nothing when the range holds no line of `count`.
+    static std::optional<LineRange> Of(__int64 count, __int64 first, __int64 last) {
+        if (count < 1 || first < 0 || last < 0) return std::nullopt;
+        const __int64 end = last == 0 || last >= count ? count - 1 : last;
+        if (first > end) return std::nullopt;
+        return LineRange{first, end};
+    }
+
+    /// Sum over the range of term(k).
+    template <class Term>
+    double Sum(Term term) const {
+        double sum = 0.0;
+        for (__int64 k = first; k <= last; ++k) sum += term(k);
+        return sum;
+    }
+};
+
+/// Square root of a sum of powers, 0 for a negative one; a NaN stays.
+double RootOfPower(double power) {
+    return power < 0.0 ? 0.0 : std::sqrt(power);
+}
+
+void SetRandomPhase(double* re, double* im, __int64 k, double amp, std::uint32_t* seed) {
+    const double phase = 2.0 * std::numbers::pi * CMatBasic::GenRandom(seed);
+    re[k] = amp * std::cos(phase);
+    im[k] = amp * std::sin(phase);
+}
+
+/// Segment i of the profile.
+kvx::ProfileSegment SegmentAt(const CDataArrayDouble& freq, const CDataArrayDouble& level, __int64 i) {
+    return {freq[i], level[i], freq[i + 1], level[i + 1]};
+}
+
+/// Whether a blended gain has come to 1 from the side that its slope starts on.
+bool ReachedUnity(double gain, double slope) {
+    return slope > 0.0 ? gain >= 1.0 : gain <= 1.0;
+}
+
+}  // namespace
+
+int CMatSpec::CnvCplxToPow(CDataArrayDouble* pow, const CDataArrayDoubleCplx& spec, __int64 dc) {
+    if (!Match(pow, spec)) return 0;
+    SetPowers(pow, spec, dc, 1.0, 0.5);
+    return 1;
+}
+
+int CMatSpec::CnvCplxToPsd(CDataArrayDouble* psd, const CDataArrayDoubleCplx& spec, double df, __int64 dc) {
+    if (!Match(psd, spec) || !(df > 0.0)) return 0;
+    SetPowers(psd, spec, dc, 1.0 / df, 0.5 / df);
+    return 1;
+}
+
+int CMatSpec::CnvPowToPsd(CDataArrayDouble* psd, const CDataArrayDouble& pow, double df) {
+    if (!Match(psd, pow) || !(df > 0.0)) return 0;
+    std::transform(pow.GetData(), pow.GetData() + pow.GetNum(), psd->GetData(),
+                   [df](double p) { return p / df; });
+    return 1;
+}
+
+int CMatSpec::CnvAmpToPsd(double* psd, const double* amp, __int64 n, double df, __int64 dc) {
+    if (psd == nullptr || amp == nullptr || n < 1 || !(df > 0.0)) return 0;
+    SetLines(psd, n, dc, 1.0 / df, 0.5 / df,
+             [amp](__int64 k, double factor) { return amp[k] * amp[k] * factor; });
+    return 1;
+}
+
+int CMatSpec::CnvAmpToPsd(CDataArrayDouble* psd, const CDataArrayDouble& amp, double df, __int64 dc) {
+    return Match(psd, amp) ? CnvAmpToPsd(psd->GetData(), amp.GetData(), amp.GetNum(), df, dc) : 0;
+}
+
+int CMatSpec::CnvAmpToPsd(CDataArrayDoubleCplx* psd, const CDataArrayDoubleCplx& amp, double df, __int64 dc) {
+    if (!Match(psd, amp) || !(df > 0.0) || !AttachZeroImaginary(psd)) return 0;
+    return CnvAmpToPsd(psd->GetReal(), amp.GetReal(), amp.GetNum(), df, dc);
+}
+
+int CMatSpec::CnvPsdToAmp(double* amp, const double* psd, __int64 n, double df, __int64 dc) {
+    if (amp == nullptr || psd == nullptr || n < 1 || !(df > 0.0)) return 0;
+    SetLines(amp, n, dc, df, 2.0 * df,
+             [psd](__int64 k, double factor) { return std::sqrt(psd[k] * factor); });
+    return 1;
+}
+
+int CMatSpec::CnvPsdToAmp(CDataArrayDouble* amp, const CDataArrayDouble& psd, double df, __int64 dc) {
+    return Match(amp, psd) ? CnvPsdToAmp(amp->GetData(), psd.GetData(), psd.GetNum(), df, dc) : 0;
+}
+
+int CMatSpec::CnvPsdToAmp(CDataArrayDoubleCplx* amp, const CDataArrayDoubleCplx& psd, double df, __int64 dc) {
+    if (!Match(amp, psd) || !(df > 0.0) || !AttachZeroImaginary(amp)) return 0;
+    return CnvPsdToAmp(amp->GetReal(), psd.GetReal(), psd.GetNum(), df, dc);
+}
+
+int CMatSpec::CalcCrossPow(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& a,
+                           const CDataArrayDoubleCplx& b, __int64 dc) {
+    if (!Match(out, a) || !Match(out, b) || !AttachImaginary(out)) return 0;
+    double* const re = out->GetReal();
+    double* const im = out->GetImaginary();
+    for (__int64 k = 0; k < out->GetNum(); ++k) {
+        const double factor = k == dc ? 1.0 : 0.5;
+        const double aRe = a.GetReal()[k], aIm = ImaginaryAt(a.GetImaginary(), k);
+        const double bRe = b.GetReal()[k], bIm = ImaginaryAt(b.GetImaginary(), k);
+        re[k] = (aRe * bRe + aIm * bIm) * factor;
+        im[k] = (aIm * bRe - aRe * bIm) * factor;
+    }
+    return 1;
+}
+
+int CMatSpec::CalcXfr(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& autoPow,
+                      const CDataArrayDoubleCplx& crossPow) {
+    if (!Match(out, autoPow) || !Match(out, crossPow) || !AttachImaginary(out)) return 0;
+    double* const re = out->GetReal();
+    double* const im = out->GetImaginary();
+    for (__int64 k = 0; k < out->GetNum(); ++k) {
+        const double divisor = autoPow.GetReal()[k];
+        const double crossRe = crossPow.GetReal()[k], crossIm = ImaginaryAt(crossPow.GetImaginary(), k);
+        re[k] = divisor != 0.0 ? crossRe / divisor : 0.0;
+        im[k] = divisor != 0.0 ? crossIm / divisor : 0.0;
+    }
+    return 1;
+}
+
+double CMatSpec::CalcFouSumPow(const CDataArrayDoubleCplx& spec, __int64 first, __int64 last, __int64 dc) {
+    if (!HasLines(spec)) return 0.0;
+    const auto range = LineRange::Of(spec.GetNum(), first, last);
+    if (!range) return 0.0;
+    const double* const re = spec.GetReal();
+    const double* const im = spec.GetImaginary();
+    const double sum = range->Sum([=](__int64 k) {
+        const double imaginary = ImaginaryAt(im, k);
+        return (re[k] * re[k] + imaginary * imaginary) * (k == dc ? 2.0 : 1.0);
+    });
+    return 0.5 * sum;
+}
+
+double CMatSpec::CalcFouRms(const CDataArrayDoubleCplx& spec, __int64 first, __int64 last, __int64 dc) {
+    return std::sqrt(CalcFouSumPow(spec, first, last, dc));
+}
+
+double CMatSpec::CalcAmpRms(const double* amp, __int64 n, __int64 first, __int64 last, __int64 dc) {
+    const auto range = LineRange::Of(n, first, last);
+    if (amp == nullptr || !range) return 0.0;
+    return std::sqrt(range->Sum([=](__int64 k) { return amp[k] * amp[k] * (k == dc ? 1.0 : 0.5); }));
+}
+
+double CMatSpec::CalcAmpRms(const CDataArrayDouble& amp, __int64 first, __int64 last, __int64 dc) {
+    return CalcAmpRms(amp.GetData(), amp.GetNum(), first, last, dc);
+}
+
+double CMatSpec::CalcAmpRms(const CDataArrayDoubleCplx& amp, __int64 first, __int64 last, __int64 dc) {
+    return CalcAmpRms(amp.GetReal(), amp.GetNum(), first, last, dc);
+}
+
+double CMatSpec::CalcPowRms(const double* pow, __int64 n, __int64 first, __int64 last) {
+    return CalcPsdRms(pow, n, 1.0, first, last);
+}
+
+double CMatSpec::CalcPowRms(const CDataArrayDouble& pow, __int64 first, __int64 last) {
+    return CalcPowRms(pow.GetData(), pow.GetNum(), first, last);
+}
+
+double CMatSpec::CalcPowRms(const CDataArrayDoubleCplx& pow, __int64 first, __int64 last) {
+    return CalcPowRms(pow.GetReal(), pow.GetNum(), first, last);
+}
+
+double CMatSpec::CalcPsdRms(const double* psd, __int64 n, double df, __int64 first, __int64 last) {
+    const auto range = LineRange::Of(n, first, last);
+    if (psd == nullptr || !range || !(df > 0.0)) return 0.0;
+    return RootOfPower(df * range->Sum([psd](__int64 k) { return psd[k]; }));
+}
+
+double CMatSpec::CalcPsdRms(const CDataArrayDouble& psd, double df, __int64 first, __int64 last) {
+    return CalcPsdRms(psd.GetData(), psd.GetNum(), df, first, last);
+}
+
+double CMatSpec::CalcPsdRms(const CDataArrayDoubleCplx& psd, double df, __int64 first, __int64 last) {
+    return CalcPsdRms(psd.GetReal(), psd.GetNum(), df, first, last);
+}
+
+double CMatSpec::CalcPsdRms(const CDataArrayDouble& psd, const CDataArrayDouble& freq, __int64 first,
+                            __int64 last) {
+    if (!Match(&psd, freq)) return 0.0;
+    const auto range = LineRange::Of(psd.GetNum(), first, last);
+    if (!range) return 0.0;
+    double power = 0.0;
+    for (__int64 i = range->first; i < range->last; ++i) {
+        const kvx::ProfileSegment segment = SegmentAt(freq, psd, i);
+        if (segment.f1 > 0.0 && segment.f2 > 0.0 && segment.p1 > 0.0) power += segment.Area();
+    }
+    return power > 0.0 ? std::sqrt(power) : 0.0;
+}
+
+int CMatSpec::ChangePsdLevel(double rms, const CDataArrayDouble& freq, CDataArrayDouble* psd) {
+    if (!Match(psd, freq) || !(rms > 0.0)) return 0;
+    const double current = CalcPsdRms(*psd, freq, 0, 0);
+    if (!(current > 0.0)) return 0;
+    if (current == rms) return 1;
+    const double ratio = rms / current;
+    *psd *= ratio * ratio;
+    return 1;
+}
+
+int CMatSpec::ChangePsdLevel(double fLow, double fHigh, double level, const CDataArrayDouble& freq,
+                             CDataArrayDouble* psd) {
+    if (!Match(psd, freq)) return 0;
+    for (__int64 i = 0; i < freq.GetNum(); ++i) {
+        if (fLow <= freq[i] && freq[i] <= fHigh) (*psd)[i] = level;
+    }
+    return 1;
+}
+
+int CMatSpec::ChangePsdLevelRatio(double fLow, double fHigh, double ratio, const CDataArrayDouble& freq,
+                                  CDataArrayDouble* psd, double slope) {
+    if (!Match(psd, freq) || !(fLow > 0.0) || !(fHigh > 0.0) || !(ratio > 0.0)) return 0;
+    const __int64 count = freq.GetNum();
+    double* const p = psd->GetData();
+    __int64 below = -1;
+    __int64 above = count;
+    for (__int64 i = 0; i < count && above == count; ++i) {
+        if (freq[i] < fLow) {
+            below = i;
+        } else if (freq[i] > fHigh) {
+            above = i;
+        } else if (freq[i] >= fLow) {
+            p[i] *= ratio;
+        }
+    }
+    if (slope == 0.0) return 1;
+
+    for (__int64 i = below; i >= 0; --i) {
+        if (!(freq[i] > 0.0)) continue;
+        const double gain = ratio * std::pow(fLow / freq[i], slope);
+        if (ReachedUnity(gain, slope)) break;
+        p[i] *= gain;
+    }
+    if (above < count) {
+        const double gain = ratio * std::pow(freq[above] / fHigh, slope);
+        if (!ReachedUnity(gain, slope)) p[above] *= gain;
+    }
+    return 1;
+}
+
+int CMatSpec::GenRandomPhaseSpec(CDataArrayDoubleCplx* out, const CDataArrayDouble& amp,
+                                 std::uint32_t* seed) {
+    if (!Match(out, amp) || seed == nullptr || !AttachImaginary(out)) return 0;
+    for (__int64 k = 0; k < out->GetNum(); ++k) {
+        SetRandomPhase(out->GetReal(), out->GetImaginary(), k, amp[k], seed);
+    }
+    return 1;
+}
+
+int CMatSpec::GenRandomPhaseSpec(CDataArrayDoubleCplx* out, double amp, std::uint32_t* seed) {
+    if (out == nullptr || !HasLines(*out) || seed == nullptr || !AttachImaginary(out)) return 0;
+    for (__int64 k = 0; k < out->GetNum(); ++k) {
+        SetRandomPhase(out->GetReal(), out->GetImaginary(), k, amp, seed);
+    }
+    return 1;
+}
+
+int CMatSpec::GetLevelFromFreq(double f, __int64 index, const CDataArrayDouble& freq,
+                               const CDataArrayDouble& level, double* out) {
+    if (out == nullptr || !Match(&freq, level) || index < 0 || index >= freq.GetNum() - 1) return 0;
+    const kvx::ProfileSegment segment = SegmentAt(freq, level, index);
+    if (!(segment.f1 <= f && f <= segment.f2)) return 0;
+    *out = segment.LevelAt(f);
+    return 1;
+}

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+//
+// The sine table of the signal processing and the twiddle factors read from it. All are built on first use,
+// behind a once-guard, and only read from then on; any thread may ask for them.
+#pragma once
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/dsp/kernels/FftKernels.h>
+
+#include <cstdint>
+
+namespace kvx {
+
+/// Entries of the sine table to the half turn: entry k is sin(k pi/65536).
+inline constexpr std::int64_t kSineHalfTurn = 65536;
+
+/// Entries of the sine table, which covers [0, 3 pi/2).
+inline constexpr std::int64_t kSineCount = 98304;
+
+/// The largest transform, of 2^17 points.
+inline constexpr std::int64_t kMaxLog2Size = 17;
+
+/// The sine table. Exactly symmetric: sin(pi - x) and sin x, cos x and sin(pi/2 + x) are the same bits.
+KVX_API const double* SineTable();
+
+/// Twiddle factors of all transforms up to 2^log2Size points, log2Size <= kMaxLog2Size.
+KVX_API TwiddleTables TwiddlesUpTo(std::int64_t log2Size);
+
+}  // namespace kvx
