@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/text/ItemInfo.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+std::vector<std::int32_t> Codes(const CItemInfoList& list) {
+    std::vector<std::int32_t> codes;
+    CItemInfo item;
+    for (__int64 i = 0; list.GetItem(i, &item); ++i) codes.push_back(item.GetCode());
+    return codes;
+}
+
+CItemInfoList ListOf(std::initializer_list<std::int32_t> codes) {
+    CItemInfoList list;
+    for (const std::int32_t code : codes) EXPECT_EQ(list.Append(code, L"item"), 1);
+    return list;
+}
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(ItemInfoList, ItemsComeBackAsTheyWerePut) {
+    CItemInfoList list;
+    EXPECT_EQ(list.Append(1, L"2D"), 1);
+    EXPECT_EQ(list.Append(CItemInfo(4, L"map", 0)), 1);
+    CItemInfo item;
+    ASSERT_EQ(list.GetItem(1, &item), 1);
+    EXPECT_EQ(item.GetCode(), 4);
+    EXPECT_EQ(item.GetText(), L"map");
+    EXPECT_EQ(item.IsEnabled(), 0);
+    ASSERT_EQ(list.GetItem(0, &item), 1);
+    EXPECT_EQ(item, CItemInfo(1, L"2D", 1));
+}
+
+TEST(ItemInfoList, AnItemCanBePutAnywhereAndTakenOut) {
+    CItemInfoList list = ListOf({1, 2});
+    EXPECT_EQ(list.Insert(0, CItemInfo(10, L"")), 1);
+    EXPECT_EQ(list.Insert(3, CItemInfo(30, L"")), 1);
+    EXPECT_EQ(list.Insert(1, CItemInfo(20, L"")), 1);
+    EXPECT_THAT(Codes(list), ElementsAre(10, 20, 1, 2, 30));
+    EXPECT_EQ(list.Remove(2), 1);
+    EXPECT_EQ(list.Remove(3), 1);
+    EXPECT_THAT(Codes(list), ElementsAre(10, 20, 2));
+}
+
+TEST(ItemInfoList, PositionsOutsideTheListAreRefused) {
+    CItemInfoList list = ListOf({1, 2});
+    CItemInfo item(9, L"before");
+    for (const __int64 index : {-1, 2, 1000}) EXPECT_EQ(list.GetItem(index, &item), 0);
+    EXPECT_EQ(list.GetItem(0, nullptr), 0);
+    EXPECT_EQ(item, CItemInfo(9, L"before"));
+    EXPECT_EQ(list.Insert(-1, item), 0);
+    EXPECT_EQ(list.Insert(3, item), 0);
+    EXPECT_EQ(list.Remove(-1), 0);
+    EXPECT_EQ(list.Remove(2), 0);
+    EXPECT_EQ(list.GetNum(), 2);
+}
+
+TEST(ItemInfoList, FindingACodeGivesItsFirstPosition) {
+    const CItemInfoList list = ListOf({7, 5, 5});
+    EXPECT_EQ(list.Find(5), 1);
+    EXPECT_EQ(list.Find(6), -1);
+}
+
+TEST(ItemInfoList, ACopyIsIndependent) {
+    CItemInfoList list = ListOf({1});
+    const CItemInfoList copy = list;
+    list.Init();
+    EXPECT_THAT(Codes(list), IsEmpty());
+    EXPECT_THAT(Codes(copy), ElementsAre(1));
+}
+
+TEST(ItemInfoList, TextsComeFromTheStringTable) {
+    CItemInfoList list;
+    CItemInfo item;
+    EXPECT_EQ(list.AppendResource(3, 101), 1);
+    EXPECT_EQ(list.AppendResource(4, 100), 0) << "no such text";
+    ASSERT_EQ(list.GetNum(), 1);
+    ASSERT_EQ(list.GetItem(0, &item), 1);
+    EXPECT_EQ(item, CItemInfo(3, L"加速度"));
+}
+
+}  // namespace
