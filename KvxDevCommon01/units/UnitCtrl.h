@@ -180,10 +180,6 @@ private:
     Fields GetFields() const;
     void SetFields(const Fields& fields);
 
-    // Behind every conversion; `toStandard` gives its direction. Real is double or float.
-    template <typename Real>
-    int Convert(bool toStandard, Real* dst, const Real* src, __int64 num, double gain, int absolute) const;
-
     std::array<Member, kMembers> members_;
     int single_ = 1;
 };

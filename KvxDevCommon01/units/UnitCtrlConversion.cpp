@@ -3,69 +3,110 @@
 #include <array>
 #include <span>
 
+#include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/detail/UnitConversion.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
+namespace {
+
 using kvx::detail::ConversionStep;
 using kvx::detail::Direction;
 
-template <typename Real>
-int CUnitCtrl::Convert(bool toStandard, Real* dst, const Real* src, __int64 num, double gain,
-                       int absolute) const {
-    if (dst == nullptr || src == nullptr || num < 0) return 0;
-
-    std::array<ConversionStep, kMembers> steps;
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < kMembers; ++i) {
-        const Member& member = members_[i];
-        const bool used = i == 0 || (!single_ && (i == 1 || member.unit != UNIT_NONE));
-        const auto* row = kvx::detail::FindUnitRow(member.unit);
-        if (!used || row == nullptr) continue;
-        ConversionStep& step = steps[count++];
-        step = {*row, member.calc};
-        if (GetDimCode(member.unit) == DIM_TEMPERATURE && !absolute)
-            step.row.kind = kvx::detail::UnitKind::same;
+/// A descriptor's conversion in one direction, the rows of its members found.
+class Conversion {
+public:
+    Conversion(const CUnitCtrl& descriptor, Direction direction, int absolute) : direction_(direction) {
+        std::array<CUnitCtrl::UNIT_CODE, 4> units;
+        std::array<CUnitCtrl::UNIT_CALC, 4> calcs;
+        int single = 0;
+        descriptor.GetInfo(&units[0], &calcs[0], &single, &units[1], &calcs[1], &units[2], &calcs[2],
+                           &units[3], &calcs[3]);
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            const bool used = i == 0 || (!single && (i == 1 || units[i] != CUnitCtrl::UNIT_NONE));
+            const auto* row = kvx::detail::FindUnitRow(units[i]);
+            if (!used || row == nullptr) continue;
+            ConversionStep& step = steps_[count_++];
+            step = {*row, calcs[i]};
+            const bool temperature = CUnitCtrl::GetDimCode(units[i]) == CUnitCtrl::DIM_TEMPERATURE;
+            if (temperature && !absolute) step.row.kind = kvx::detail::UnitKind::same;
+        }
+        if (direction == Direction::toStandard) std::ranges::reverse(std::span(steps_).first(count_));
     }
-    const auto used = std::span(steps).first(count);
-    if (toStandard) std::ranges::reverse(used);
-    kvx::detail::ConvertAll<Real>(used, toStandard ? Direction::toStandard : Direction::toUnit, src, dst,
-                                  static_cast<std::size_t>(num), gain);
-    return 1;
-}
+
+    template <typename Real>
+    Real Value(Real value, double gain) const {
+        Buffer(&value, &value, 1, gain);
+        return value;
+    }
+
+    template <typename Real>
+    int Buffer(Real* dst, const Real* src, __int64 num, double gain) const {
+        if (dst == nullptr || src == nullptr || num < 0) return 0;
+        kvx::detail::ConvertAll<Real>(std::span(steps_).first(count_), direction_, src, dst,
+                                      static_cast<std::size_t>(num), gain);
+        return 1;
+    }
+
+    template <typename Array>
+    int InPlace(Array* array, double gain) const {
+        if (array == nullptr) return 0;
+        auto* data = array->GetData();
+        return data == nullptr || Buffer(data, data, array->GetNum(), gain);
+    }
+
+private:
+    Direction direction_;
+    std::array<ConversionStep, 4> steps_;
+    std::size_t count_ = 0;
+};
+
+}  // namespace
 
 double CUnitCtrl::ConvDtoI(double value, double gain, int absolute) const {
-    Convert(false, &value, &value, 1, gain, absolute);
-    return value;
+    return Conversion(*this, Direction::toUnit, absolute).Value(value, gain);
 }
 
 float CUnitCtrl::ConvDtoI(float value, double gain, int absolute) const {
-    Convert(false, &value, &value, 1, gain, absolute);
-    return value;
+    return Conversion(*this, Direction::toUnit, absolute).Value(value, gain);
 }
 
 int CUnitCtrl::ConvDtoI(double* dst, const double* src, __int64 num, double gain, int absolute) const {
-    return Convert(false, dst, src, num, gain, absolute);
+    return Conversion(*this, Direction::toUnit, absolute).Buffer(dst, src, num, gain);
 }
 
 int CUnitCtrl::ConvDtoI(float* dst, const float* src, __int64 num, double gain, int absolute) const {
-    return Convert(false, dst, src, num, gain, absolute);
+    return Conversion(*this, Direction::toUnit, absolute).Buffer(dst, src, num, gain);
+}
+
+int CUnitCtrl::ConvDtoI(CDataArrayDouble* array, double gain, int absolute) const {
+    return Conversion(*this, Direction::toUnit, absolute).InPlace(array, gain);
+}
+
+int CUnitCtrl::ConvDtoI(CDataArrayFloat* array, double gain, int absolute) const {
+    return Conversion(*this, Direction::toUnit, absolute).InPlace(array, gain);
 }
 
 double CUnitCtrl::ConvItoD(double value, double gain, int absolute) const {
-    Convert(true, &value, &value, 1, gain, absolute);
-    return value;
+    return Conversion(*this, Direction::toStandard, absolute).Value(value, gain);
 }
 
 float CUnitCtrl::ConvItoD(float value, double gain, int absolute) const {
-    Convert(true, &value, &value, 1, gain, absolute);
-    return value;
+    return Conversion(*this, Direction::toStandard, absolute).Value(value, gain);
 }
 
 int CUnitCtrl::ConvItoD(double* dst, const double* src, __int64 num, double gain, int absolute) const {
-    return Convert(true, dst, src, num, gain, absolute);
+    return Conversion(*this, Direction::toStandard, absolute).Buffer(dst, src, num, gain);
 }
 
 int CUnitCtrl::ConvItoD(float* dst, const float* src, __int64 num, double gain, int absolute) const {
-    return Convert(true, dst, src, num, gain, absolute);
+    return Conversion(*this, Direction::toStandard, absolute).Buffer(dst, src, num, gain);
+}
+
+int CUnitCtrl::ConvItoD(CDataArrayDouble* array, double gain, int absolute) const {
+    return Conversion(*this, Direction::toStandard, absolute).InPlace(array, gain);
+}
+
+int CUnitCtrl::ConvItoD(CDataArrayFloat* array, double gain, int absolute) const {
+    return Conversion(*this, Direction::toStandard, absolute).InPlace(array, gain);
 }
