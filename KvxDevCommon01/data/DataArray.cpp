@@ -176,7 +176,7 @@ bool Array<Self, Element>::Fill(Element value) {
 }
 
 template <class Self, typename Element>
-void Array<Self, Element>::SerializeElements(CArchive& archive, Generation generation) {
+void Array<Self, Element>::SerializeLayout(CArchive& archive, Generation generation) {
     if (archive.IsStoring()) {
         const std::int32_t count = ArchiveCount(count_);
         StoreVersion(archive, generation);
@@ -352,14 +352,10 @@ double Magnitude(const CDataArrayDoubleCplx& values, __int64 index) {
 }
 
 template <typename Element>
-int WriteRange(const Element* values, __int64 count, Element* min, Element* max, Element* pmin) {
+int FindRange(const Element* values, __int64 count, Element* min, Element* max, Element* pmin) {
     kvx::RangeScan<Element> scan;
     scan.Add(values, count);
-    if (!scan.HasFound()) return 0;
-    if (min) *min = scan.Min();
-    if (max) *max = scan.Max();
-    if (pmin) *pmin = scan.PositiveMin();
-    return 1;
+    return scan.Write(min, max, pmin);
 }
 
 }  // namespace
@@ -488,7 +484,7 @@ int CDataArrayDouble::GetMinMaxAndPMin(__int64 start, __int64 end, double* min, 
                                        double* pmin) const {
     const __int64 last = end == 0 ? count_ - 1 : std::min(end, count_ - 1);
     if (!IsInside(start) || last < start) return 0;
-    return WriteRange(data_ + start, last - start + 1, min, max, pmin);
+    return FindRange(data_ + start, last - start + 1, min, max, pmin);
 }
 
 int CDataArrayDouble::IsSorted() const {
@@ -533,18 +529,18 @@ int CDataArrayDouble::SetDataArrayFloat(const CDataArrayFloat& in) {
 }
 
 void CDataArrayDouble::Serialize(CArchive& archive) {
-    SerializeElements(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 // ---- CDataArrayFloat
 // ------------------------------------------------------------------------------------------------
 
 void CDataArrayFloat::Serialize(CArchive& archive) {
-    SerializeElements(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 void CDataArrayFloat::Serialize1st(CArchive& archive) {
-    SerializeElements(archive, kvx::Generation::first);
+    SerializeLayout(archive, kvx::Generation::first);
 }
 
 // ---- CDataArrayLong
@@ -555,7 +551,7 @@ void CDataArrayLong::Reverse() {
 }
 
 int CDataArrayLong::GetMinMax(__int64 start, std::int32_t* min, std::int32_t* max) const {
-    return IsInside(start) && WriteRange<std::int32_t>(data_ + start, count_ - start, min, max, nullptr);
+    return IsInside(start) && FindRange<std::int32_t>(data_ + start, count_ - start, min, max, nullptr);
 }
 
 __int64 CDataArrayLong::SearchRev(std::int32_t value, __int64 start) const {
@@ -566,11 +562,11 @@ __int64 CDataArrayLong::SearchRev(std::int32_t value, __int64 start) const {
 }
 
 void CDataArrayLong::Serialize(CArchive& archive) {
-    SerializeElements(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 void CDataArrayLong::Serialize1st(CArchive& archive) {
-    SerializeElements(archive, kvx::Generation::first);
+    SerializeLayout(archive, kvx::Generation::first);
 }
 
 // ---- CDataArrayBool
@@ -584,9 +580,9 @@ int CDataArrayBool::SetDataValue(int value, __int64 index) {
 }
 
 void CDataArrayBool::Serialize(CArchive& archive) {
-    SerializeElements(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 void CDataArrayBool::Serialize1st(CArchive& archive) {
-    SerializeElements(archive, kvx::Generation::first);
+    SerializeLayout(archive, kvx::Generation::first);
 }

@@ -72,6 +72,9 @@ public:
     int Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num);
 
 protected:
+    template <class, class, class>
+    friend class CellMatrix;
+
     /// Makes room for `count` elements and makes that the count: elements that stay keep their values, a new
     /// or longer block is zero-filled behind them. On failure the array is empty.
     bool Resize(__int64 count);
@@ -80,8 +83,9 @@ protected:
     bool Fill(Element value);
     bool IsEmpty() const { return count_ == 0; }
     bool IsInside(__int64 index) const { return index >= 0 && index < count_; }
-    /// Version word (current generation only), 32-bit count, raw elements.
-    void SerializeElements(CArchive& archive, Generation generation);
+    /// Version word (current generation only), 32-bit count, raw elements. An array whose loading fails is
+    /// empty; a count that cannot be stored in 32 bits throws before anything is written.
+    void SerializeLayout(CArchive& archive, Generation generation);
 
     // count_ <= capacity_, capacity_ a multiple of 1024; without a block both are 0.
     __int64 count_ = 0;
@@ -238,7 +242,7 @@ public:
     /// The inverse: makes this array `in`, the float marker becoming the double one.
     int SetDataArrayFloat(const CDataArrayFloat& in);
 
-    /// Version word 1, 32-bit count, elements. See SerializeElements for what loading promises.
+    /// Version word 1, 32-bit count, elements. An array whose loading fails is empty.
     void Serialize(CArchive& archive);
 };
 

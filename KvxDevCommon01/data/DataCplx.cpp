@@ -17,7 +17,7 @@ namespace kvx {
 // ------------------------------------------------------------------------------------------------------
 
 template <class Self, typename Real>
-void CplxValue<Self, Real>::SerializeParts(CArchive& archive, Generation generation) {
+void CplxValue<Self, Real>::SerializeLayout(CArchive& archive, Generation generation) {
     if (archive.IsStoring()) {
         StoreVersion(archive, generation);
         archive << re_ << im_;
@@ -91,7 +91,7 @@ int CplxArray<Self, Real>::Create(int isComplex, __int64 num) {
         Free();
         return 0;
     }
-    isComplex_ = isComplex;
+    isComplex_ = isComplex ? 1 : 0;
     count_ = num;
     byteSize_ = num * __int64{sizeof(Real)};
     return 1;
@@ -129,7 +129,7 @@ int CplxArray<Self, Real>::SetImaginary(const Real* src) {
 
 template <class Self, typename Real>
 int CplxArray<Self, Real>::operator==(const Self& other) const {
-    return !isComplex_ == !other.isComplex_ && count_ == other.count_;
+    return isComplex_ == other.isComplex_ && count_ == other.count_;
 }
 
 template <class Self, typename Real>
@@ -145,7 +145,7 @@ void CplxArray<Self, Real>::AssignReal(__int64 num, const Real* values) {
 }
 
 template <class Self, typename Real>
-void CplxArray<Self, Real>::SerializeBlocks(CArchive& archive, Generation generation) {
+void CplxArray<Self, Real>::SerializeLayout(CArchive& archive, Generation generation) {
     if (archive.IsStoring()) {
         const std::int32_t count = ArchiveCount(count_);
         StoreVersion(archive, generation);
@@ -177,15 +177,15 @@ template class CplxArray<CDataArrayCplx, float>;
 // ---------------------------------------------------------------------------------------------
 
 void CDataDoubleCplx::Serialize(CArchive& archive) {
-    SerializeParts(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 void CDataCplx::Serialize(CArchive& archive) {
-    SerializeParts(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 void CDataCplx::Serialize1st(CArchive& archive) {
-    SerializeParts(archive, kvx::Generation::first);
+    SerializeLayout(archive, kvx::Generation::first);
 }
 
 CDataArrayDoubleCplx& CDataArrayDoubleCplx::operator=(const CDataArrayDouble& other) {
@@ -233,7 +233,7 @@ int CDataArrayDoubleCplx::SetDataArrayCplx(const CDataArrayCplx& in) {
 }
 
 void CDataArrayDoubleCplx::Serialize(CArchive& archive) {
-    SerializeBlocks(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 CDataArrayCplx& CDataArrayCplx::operator=(const CDataArrayFloat& other) {
@@ -242,9 +242,9 @@ CDataArrayCplx& CDataArrayCplx::operator=(const CDataArrayFloat& other) {
 }
 
 void CDataArrayCplx::Serialize(CArchive& archive) {
-    SerializeBlocks(archive, kvx::Generation::current);
+    SerializeLayout(archive, kvx::Generation::current);
 }
 
 void CDataArrayCplx::Serialize1st(CArchive& archive) {
-    SerializeBlocks(archive, kvx::Generation::first);
+    SerializeLayout(archive, kvx::Generation::first);
 }

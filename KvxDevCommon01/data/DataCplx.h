@@ -107,10 +107,13 @@ public:
     int operator!=(const Self& z) const { return !(*this == z); }
 
 protected:
-    void SerializeParts(CArchive& archive, Generation generation);
+    template <class, class, typename>
+    friend class CplxMatrix;
+
+    /// Version word (current generation only), re, im. A value whose loading fails is 0.
+    void SerializeLayout(CArchive& archive, Generation generation);
 
 private:
-    static Real Root(double value) { return static_cast<Real>(std::sqrt(value)); }
     Self& AsSelf() { return static_cast<Self&>(*this); }
 
     Real re_ = 0;
@@ -141,8 +144,8 @@ Real CplxValue<Self, Real>::GetAbs() const {
     const Real im = std::abs(im_);
     if (re == 0) return im;
     if (im == 0) return re;
-    const double larger{std::max(re, im)};
-    const double ratio = double{std::min(re, im)} / larger;
+    const auto larger = static_cast<double>(std::max(re, im));
+    const auto ratio = static_cast<double>(std::min(re, im)) / larger;
     return static_cast<Real>(larger * std::sqrt(1.0 + ratio * ratio));
 }
 
@@ -166,7 +169,8 @@ template <class Self, typename Real>
 Self CplxValue<Self, Real>::Sqrt(const Self& z) {
     constexpr Real kHalfRoot = Real(0.7071067811865476);
     const Real magnitude = z.GetAbs();
-    const Real s = Root(std::abs(double{z.re_}) + double{magnitude});
+    const Real s =
+        static_cast<Real>(std::sqrt(static_cast<double>(std::abs(z.re_)) + static_cast<double>(magnitude)));
     if (magnitude == 0 || s == 0) return z;
     if (z.re_ >= 0) return Self(s * kHalfRoot, z.im_ * kHalfRoot / s);
     const Real im = s * kHalfRoot;
@@ -215,12 +219,16 @@ public:
     int IsAllZero() const;
 
 protected:
+    template <class, class, class>
+    friend class CellMatrix;
+
     /// Keeps the flag, takes count and real parts from a block of `num` values; empty when `num` < 1.
     void AssignReal(__int64 num, const Real* values);
-    /// Version word (current generation only), 32-bit flag, 32-bit count, the blocks.
-    void SerializeBlocks(CArchive& archive, Generation generation);
+    /// Version word (current generation only), 32-bit flag, 32-bit count, the blocks. An array whose loading
+    /// fails is empty.
+    void SerializeLayout(CArchive& archive, Generation generation);
 
-    int isComplex_ = 0;
+    int isComplex_ = 0;  // 0 or 1
     __int64 count_ = 0;
     __int64 byteSize_ = 0;  // of one block
     Real* real_ = nullptr;

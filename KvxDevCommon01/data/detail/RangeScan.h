@@ -48,13 +48,16 @@ public:
     /// Whether anything but markers was seen.
     bool HasFound() const { return extremes_.HasNumber() || holdsNan_; }
 
-    Element Min() const { return extremes_.HasNumber() ? extremes_.low : kNan; }
-    Element Max() const { return extremes_.HasNumber() ? extremes_.high : kNan; }
-
-    /// The smallest value above 0, or the smallest normal number when no value is.
-    Element PositiveMin() const {
-        return extremes_.HasNumber() && extremes_.high > 0 ? extremes_.positiveLow
-                                                           : std::numeric_limits<Element>::min();
+    /// Writes minimum, maximum and the smallest value above 0 (the smallest normal number when none is)
+    /// through those pointers that are not null; 0, writing nothing, when only markers were seen.
+    int Write(Element* min, Element* max, Element* positiveMin) const {
+        if (!HasFound()) return 0;
+        const bool hasNumber = extremes_.HasNumber();
+        if (min) *min = hasNumber ? extremes_.low : kNan;
+        if (max) *max = hasNumber ? extremes_.high : kNan;
+        if (positiveMin)
+            *positiveMin = hasNumber && extremes_.high > 0 ? extremes_.positiveLow : Limits::min();
+        return 1;
     }
 
 private:

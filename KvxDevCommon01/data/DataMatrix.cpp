@@ -1,0 +1,740 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/data/DataMatrix.h>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <utility>
+
+#include <KvxDevCommon01/data/detail/Block.h>
+#include <KvxDevCommon01/data/detail/CplxRuns.h>
+#include <KvxDevCommon01/data/detail/Layout.h>
+#include <KvxDevCommon01/data/detail/MatrixFamily.h>
+#include <KvxDevCommon01/data/detail/RangeScan.h>
+
+namespace kvx {
+namespace {
+
+// ---- what differs between real and complex cells
+// --------------------------------------------------------------------
+
+template <class Cell>
+bool MakeCell(RealCells, Cell& cell, __int64 num) {
+    return cell.SetData(num, nullptr);
+}
+
+template <class Cell>
+bool MakeCell(CplxCells kind, Cell& cell, __int64 num) {
+    return cell.Create(kind.complexFlag, num);
+}
+
+template <class Cell>
+bool IsWhole(RealCells, const Cell& cell, __int64 num) {
+    return cell.GetNum() == num && cell.GetData();
+}
+
+template <class Cell>
+bool IsWhole(CplxCells kind, const Cell& cell, __int64 num) {
+    return cell.GetNum() == num && cell.IsComplex() == kind.complexFlag;
+}
+
+template <class Cell>
+bool CopyCell(RealCells, Cell& dst, __int64 dstStart, const Cell& src, __int64 srcStart, __int64 num) {
+    return dst.Copy(src, srcStart, dstStart, num);
+}
+
+template <class Cell>
+bool CopyCell(CplxCells, Cell& dst, __int64 dstStart, const Cell& src, __int64 srcStart, __int64 num) {
+    return CopyParts(dst, dstStart, src, srcStart, num);
+}
+
+void StoreKind(CArchive&, RealCells) {}
+void StoreKind(CArchive& archive, CplxCells kind) {
+    archive << std::int32_t{kind.complexFlag};
+}
+
+void LoadKind(CArchive&, RealCells&) {}
+void LoadKind(CArchive& archive, CplxCells& kind) {
+    std::int32_t isComplex = 0;
+    archive >> isComplex;
+    kind.complexFlag = isComplex ? 1 : 0;
+}
+
+/// The fewest bytes that a cell of `num` samples takes in an archive.
+template <class Cell>
+std::size_t CellBytes(RealCells, __int64 num, Generation generation) {
+    using Element = std::remove_pointer_t<decltype(std::declval<Cell>().GetData())>;
+    const std::size_t words = generation == Generation::current ? 2 : 1;
+    return words * sizeof(std::int32_t) + ByteSize<Element>(num);
+}
+
+template <class Cell>
+std::size_t CellBytes(CplxCells kind, __int64 num, Generation generation) {
+    using Real = std::remove_pointer_t<decltype(std::declval<Cell>().GetReal())>;
+    const std::size_t words = generation == Generation::current ? 3 : 2;
+    return words * sizeof(std::int32_t) + ByteSize<Real>(num) * (kind.complexFlag ? 2 : 1);
+}
+
+/// Whether a matrix of that kind may have cells of `num` samples: a block of a real array may be empty.
+bool CanHold(RealCells, __int64 num) {
+    return num >= 0;
+}
+bool CanHold(CplxCells, __int64 num) {
+    return num > 0;
+}
+
+/// Runs `action(cell, index)` on every cell, up to the first for which it fails.
+template <class Cell, class Action>
+bool TryEach(Cell* cells, __int64 count, Action action) {
+    for (__int64 i = 0; i < count; ++i) {
+        if (!action(cells[i], i)) return false;
+    }
+    return true;
+}
+
+/// rows x cols values made by their default constructor; null when there are none or the memory is not there.
+template <class Value>
+std::unique_ptr<Value[]> NewValues(const MatrixShape& shape) {
+    if (shape.cells < 1) return nullptr;
+    return std::unique_ptr<Value[]>(new (std::nothrow) Value[static_cast<std::size_t>(shape.cells)]);
+}
+
+/// The shape rows x cols; without cells when a count is below 1 or there are more cells than memory can be
+/// told.
+template <class Value>
+MatrixShape ShapeFor(__int64 rows, __int64 cols) {
+    if (rows < 1 || cols < 1 || cols > kMaxCount<Value> / rows) return {};
+    return {rows, cols, rows * cols};
+}
+
+}  // namespace
+
+// ---- CellMatrix
+// -----------------------------------------------------------------------------------------------------
+
+template <class Self, class Cell, class Kind>
+CellMatrix<Self, Cell, Kind>::CellMatrix(const CellMatrix& other) : CellMatrix() {
+    *this = other;
+}
+
+template <class Self, class Cell, class Kind>
+CellMatrix<Self, Cell, Kind>::CellMatrix(CellMatrix&& other) noexcept : CellMatrix() {
+    Swap(other);
+}
+
+template <class Self, class Cell, class Kind>
+CellMatrix<Self, Cell, Kind>::~CellMatrix() = default;
+
+template <class Self, class Cell, class Kind>
+CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(const CellMatrix& other) {
+    if (this == &other) return *this;
+    const bool hasShape = shape_ == other.shape_ && num_ == other.num_ && CellKind() == other.CellKind();
+    if (!hasShape && !Allocate(other.CellKind(), other.shape_.rows, other.shape_.cols, other.num_))
+        return *this;
+    KeepIf(TryEach(begin(), shape_.cells, [&](Cell& cell, __int64 i) {
+        cell = other.begin()[i];
+        return cell.GetNum() == other.begin()[i].GetNum();
+    }));
+    return *this;
+}
+
+template <class Self, class Cell, class Kind>
+CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(CellMatrix&& other) noexcept {
+    CellMatrix taken(std::move(other));
+    Swap(taken);
+    return *this;
+}
+
+template <class Self, class Cell, class Kind>
+void CellMatrix<Self, Cell, Kind>::Free() {
+    CellMatrix empty;
+    Swap(empty);
+}
+
+template <class Self, class Cell, class Kind>
+int CellMatrix<Self, Cell, Kind>::Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num) {
+    const CellMatrix& source = src;
+    if (shape_ != source.shape_) return 0;
+    return TryEach(begin(), shape_.cells, [&](Cell& cell, __int64 i) {
+        return CopyCell(CellKind(), cell, dstStart, source.begin()[i], srcStart, num == 0 ? num_ : num);
+    });
+}
+
+template <class Self, class Cell, class Kind>
+int CellMatrix<Self, Cell, Kind>::operator==(const Self& other) const {
+    const CellMatrix& matrix = other;
+    return shape_ == matrix.shape_ && num_ == matrix.num_ && CellKind() == matrix.CellKind();
+}
+
+template <class Self, class Cell, class Kind>
+int CellMatrix<Self, Cell, Kind>::CreateCells(Kind kind, __int64 rows, __int64 cols, __int64 num) {
+    if (rows < 1 || cols < 1 || num < 1) return 0;
+    if (!Allocate(kind, rows, cols, num)) return 0;
+    return KeepIf(
+        TryEach(begin(), shape_.cells, [&](Cell& cell, __int64) { return MakeCell(kind, cell, num); }));
+}
+
+template <class Self, class Cell, class Kind>
+bool CellMatrix<Self, Cell, Kind>::Allocate(Kind kind, __int64 rows, __int64 cols, __int64 num) {
+    Free();
+    const MatrixShape shape = ShapeFor<Cell>(rows, cols);
+    cells_ = NewValues<Cell>(shape);
+    if (!cells_) return false;
+    CellKind() = kind;
+    shape_ = shape;
+    num_ = num;
+    return true;
+}
+
+template <class Self, class Cell, class Kind>
+int CellMatrix<Self, Cell, Kind>::KeepIf(bool done) {
+    if (!done) Free();
+    return done;
+}
+
+template <class Self, class Cell, class Kind>
+void CellMatrix<Self, Cell, Kind>::Swap(CellMatrix& other) noexcept {
+    std::swap(CellKind(), other.CellKind());
+    std::swap(shape_, other.shape_);
+    std::swap(num_, other.num_);
+    std::swap(cells_, other.cells_);
+}
+
+template <class Self, class Cell, class Kind>
+bool CellMatrix<Self, Cell, Kind>::AreCellsWhole() const {
+    return std::all_of(begin(), end(), [this](const Cell& cell) { return IsWhole(CellKind(), cell, num_); });
+}
+
+template <class Self, class Cell, class Kind>
+void CellMatrix<Self, Cell, Kind>::SerializeLayout(CArchive& archive, Generation generation) {
+    if (archive.IsStoring()) {
+        if (!AreCellsWhole()) throw CFileException(CFileException::genericException);
+        const std::int32_t rows = ArchiveCount(shape_.rows);
+        const std::int32_t cols = ArchiveCount(shape_.cols);
+        const std::int32_t num = ArchiveCount(num_);
+        StoreVersion(archive, generation);
+        StoreKind(archive, CellKind());
+        archive << rows << cols << num;
+        for (Cell& cell : *this) cell.SerializeLayout(archive, generation);
+        return;
+    }
+    LoadOrEmpty(*this, [&] {
+        SkipVersion(archive, generation);
+        Kind kind;
+        LoadKind(archive, kind);
+        const __int64 rows = LoadCount(archive);
+        const __int64 cols = LoadCount(archive);
+        const __int64 num = LoadCount(archive);
+        if (rows < 1 || cols < 1 || !CanHold(kind, num)) return;
+        archive.RequireRemaining(rows * cols, CellBytes<Cell>(kind, num, generation));
+        if (!Allocate(kind, rows, cols, num)) return;
+        for (Cell& cell : *this) cell.SerializeLayout(archive, generation);
+        KeepIf(AreCellsWhole());
+    });
+}
+
+// ---- ArrayMatrix
+// ----------------------------------------------------------------------------------------------------
+
+template <class Self, class Cell, typename Element>
+ArrayMatrix<Self, Cell, Element>::ArrayMatrix(__int64 rows, __int64 cols, __int64 num) {
+    Create(rows, cols, num);
+}
+
+template <class Self, class Cell, typename Element>
+int ArrayMatrix<Self, Cell, Element>::Create(__int64 rows, __int64 cols, __int64 num) {
+    return this->CreateCells(RealCells(), rows, cols, num);
+}
+
+template <class Self, class Cell, typename Element>
+int ArrayMatrix<Self, Cell, Element>::SetData(Element value) {
+    if (this->num_ < 1) return 0;
+    for (Cell& cell : *this) std::fill_n(cell.GetData(), cell.GetNum(), value);
+    return 1;
+}
+
+template <class Self, class Cell, typename Element>
+int ArrayMatrix<Self, Cell, Element>::SetData(__int64 num, const Element* data) {
+    if (!this->cells_) return 0;
+    const Cell model(num, data);
+    this->num_ = num;
+    const bool isDone = IsWhole(RealCells(), model, num) &&
+                        TryEach(this->begin(), this->shape_.cells, [&](Cell& cell, __int64) {
+                            cell = model;
+                            return IsWhole(RealCells(), cell, num);
+                        });
+    return this->KeepIf(isDone);
+}
+
+// ---- NumberMatrix
+// ---------------------------------------------------------------------------------------------------
+
+template <class Self, class Cell, typename Element>
+void NumberMatrix<Self, Cell, Element>::Zero() {
+    for (Cell& cell : *this) cell.Zero();
+}
+
+// ---- SnapshotMatrix
+// -------------------------------------------------------------------------------------------------
+
+template <class Self, class Cell, typename Element>
+int SnapshotMatrix<Self, Cell, Element>::Append(const Cell& snapshot) {
+    if (!this->cells_ || snapshot.GetNum() != this->shape_.cells) return 0;
+    ++this->num_;
+    return this->KeepIf(TryEach(this->begin(), this->shape_.cells,
+                                [&](Cell& cell, __int64 i) { return cell.Append(snapshot[i]); }));
+}
+
+// ---- CplxArrayMatrix
+// ------------------------------------------------------------------------------------------------
+
+template <class Self, class Cell, class Line, typename Real>
+CplxArrayMatrix<Self, Cell, Line, Real>::CplxArrayMatrix(int isComplex, __int64 rows, __int64 cols,
+                                                         __int64 num) {
+    Create(isComplex, rows, cols, num);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::Create(int isComplex, __int64 rows, __int64 cols, __int64 num) {
+    return this->CreateCells(CplxCells{isComplex ? 1 : 0}, rows, cols, num);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+void CplxArrayMatrix<Self, Cell, Line, Real>::Zero() {
+    for (Cell& cell : *this) cell.Zero();
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::SetData(Real value) {
+    for (Cell& cell : *this) FillParts(cell, value);
+    return this->cells_ != nullptr;
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::SetArrayPtr(__int64 row, __int64 col, const Cell& values) {
+    Cell* cell = this->GetArrayPtr(row, col);
+    if (!cell || !IsWhole(this->CellKind(), values, this->num_)) return 0;
+    *cell = values;
+    return IsWhole(this->CellKind(), *cell, this->num_);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+Self& CplxArrayMatrix<Self, Cell, Line, Real>::operator*=(Real k) {
+    for (Cell& cell : *this) ScaleParts(cell, k);
+    return static_cast<Self&>(*this);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+Self& CplxArrayMatrix<Self, Cell, Line, Real>::operator/=(Real k) {
+    return k == 0 ? static_cast<Self&>(*this) : *this *= 1 / k;
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::SetDataFromMtxCplx(const Line& m, __int64 line) {
+    return LoadLine(m, line, Parts::both);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::SetDataFromMtxCplxReal(const Line& m, __int64 line) {
+    return LoadLine(m, line, Parts::realOnly);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::SetMtxCplx(Line* m, __int64 line) const {
+    return StoreLine(m, line, Parts::both);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::SetMtxCplxReal(Line* m, __int64 line) const {
+    return StoreLine(m, line, Parts::realOnly);
+}
+
+template <class Self, class Cell, class Line, typename Real>
+bool CplxArrayMatrix<Self, Cell, Line, Real>::HoldsLine(__int64 line) const {
+    return line >= 0 && line < this->num_ && std::all_of(this->begin(), this->end(), [&](const Cell& cell) {
+               return line < cell.GetNum() && cell.IsComplex() == this->complexFlag;
+           });
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::LoadLine(const Line& m, __int64 line, Parts parts) {
+    if (m.GetNumRow() != this->shape_.rows || m.GetNumCol() != this->shape_.cols || !HoldsLine(line))
+        return 0;
+    const auto* value = m.GetDataPtr(0, 0);
+    for (Cell& cell : *this) {
+        cell.GetReal()[line] = value->GetReal();
+        if (parts == Parts::both && this->complexFlag) cell.GetImaginary()[line] = value->GetImaginary();
+        ++value;
+    }
+    return 1;
+}
+
+template <class Self, class Cell, class Line, typename Real>
+int CplxArrayMatrix<Self, Cell, Line, Real>::StoreLine(Line* m, __int64 line, Parts parts) const {
+    if (!m || !HoldsLine(line)) return 0;
+    const bool hasShape = m->GetNumRow() == this->shape_.rows && m->GetNumCol() == this->shape_.cols;
+    if (!hasShape && !m->Create(this->shape_.rows, this->shape_.cols)) return 0;
+    auto* value = m->GetDataPtr(0, 0);
+    for (const Cell& cell : *this) {
+        value->SetReal(cell.GetReal()[line]);
+        if (parts == Parts::both) value->SetImaginary(this->complexFlag ? cell.GetImaginary()[line] : 0);
+        ++value;
+    }
+    return 1;
+}
+
+// ---- CplxMatrix
+// -----------------------------------------------------------------------------------------------------
+
+template <class Self, class Value, typename Real>
+CplxMatrix<Self, Value, Real>::CplxMatrix(const CplxMatrix& other) {
+    *this = other;
+}
+
+template <class Self, class Value, typename Real>
+CplxMatrix<Self, Value, Real>::CplxMatrix(CplxMatrix&& other) noexcept {
+    Swap(other);
+}
+
+template <class Self, class Value, typename Real>
+CplxMatrix<Self, Value, Real>::~CplxMatrix() = default;
+
+template <class Self, class Value, typename Real>
+CplxMatrix<Self, Value, Real>& CplxMatrix<Self, Value, Real>::operator=(const CplxMatrix& other) {
+    if (this == &other) return *this;
+    if (shape_ != other.shape_) Create(other.shape_.rows, other.shape_.cols);
+    std::copy_n(other.begin(), shape_.cells, begin());
+    return *this;
+}
+
+template <class Self, class Value, typename Real>
+CplxMatrix<Self, Value, Real>& CplxMatrix<Self, Value, Real>::operator=(CplxMatrix&& other) noexcept {
+    CplxMatrix taken(std::move(other));
+    Swap(taken);
+    return *this;
+}
+
+template <class Self, class Value, typename Real>
+int CplxMatrix<Self, Value, Real>::Create(__int64 rows, __int64 cols) {
+    Free();
+    if (rows < 1 || cols < 1) return rows >= 0 || cols >= 0;
+    const MatrixShape shape = ShapeFor<Value>(rows, cols);
+    values_ = NewValues<Value>(shape);
+    if (!values_) return 0;
+    shape_ = shape;
+    return 1;
+}
+
+template <class Self, class Value, typename Real>
+void CplxMatrix<Self, Value, Real>::Free() {
+    values_.reset();
+    shape_ = {};
+}
+
+template <class Self, class Value, typename Real>
+void CplxMatrix<Self, Value, Real>::Zero() {
+    std::fill(begin(), end(), Value());
+}
+
+template <class Self, class Value, typename Real>
+int CplxMatrix<Self, Value, Real>::SetData(__int64 row, __int64 col, const Value& value) {
+    Value* target = GetDataPtr(row, col);
+    if (!target) return 0;
+    *target = value;
+    return 1;
+}
+
+template <class Self, class Value, typename Real>
+Real CplxMatrix<Self, Value, Real>::GetNormEuclid() const {
+    double sum = 0.0;
+    for (const Value& value : *this) sum += static_cast<double>(value.GetAbsSq());
+    return static_cast<Real>(std::sqrt(sum));
+}
+
+template <class Self, class Value, typename Real>
+int CplxMatrix<Self, Value, Real>::Add(const Self& a, const Self& b, Self* out) {
+    if (!out || a.shape_ != b.shape_ || a.shape_ != out->shape_) return 0;
+    std::transform(a.begin(), a.end(), b.begin(), out->begin(),
+                   [](const Value& x, const Value& y) { return Value::Add(x, y); });
+    return 1;
+}
+
+template <class Self, class Value, typename Real>
+int CplxMatrix<Self, Value, Real>::Mul(const Self& a, const Self& b, Self* out) {
+    if (!out || a.shape_.cols != b.shape_.rows) return 0;
+    if (out->shape_.rows != a.shape_.rows || out->shape_.cols != b.shape_.cols) return 0;
+    if (out == &a || out == &b) {
+        Self product;
+        if (!product.Create(out->shape_.rows, out->shape_.cols) || !Mul(a, b, &product)) return 0;
+        *out = std::move(product);
+        return 1;
+    }
+    Value* target = out->begin();
+    for (__int64 row = 0; row < a.shape_.rows; ++row) {
+        for (__int64 col = 0; col < b.shape_.cols; ++col) {
+            Value sum;
+            const Value* left = a.begin() + row * a.shape_.cols;
+            const Value* right = b.begin() + col;
+            for (__int64 k = 0; k < a.shape_.cols; ++k, ++left, right += b.shape_.cols) {
+                sum += Value::Mul(*left, *right);
+            }
+            *target++ = sum;
+        }
+    }
+    return 1;
+}
+
+template <class Self, class Value, typename Real>
+int CplxMatrix<Self, Value, Real>::Trans(const Self& a, Self* out) {
+    if (!out || out->shape_.rows != a.shape_.cols || out->shape_.cols != a.shape_.rows) return 0;
+    if (out == &a) {
+        for (__int64 row = 0; row < a.shape_.rows; ++row) {
+            for (__int64 col = 0; col < row; ++col)
+                std::swap(*out->GetDataPtr(row, col), *out->GetDataPtr(col, row));
+        }
+        return 1;
+    }
+    const Value* source = a.begin();
+    for (__int64 row = 0; row < a.shape_.rows; ++row) {
+        for (__int64 col = 0; col < a.shape_.cols; ++col) *out->GetDataPtr(col, row) = *source++;
+    }
+    return 1;
+}
+
+template <class Self, class Value, typename Real>
+int CplxMatrix<Self, Value, Real>::Conj(const Self& a, Self* out) {
+    if (!out || a.shape_ != out->shape_) return 0;
+    std::transform(a.begin(), a.end(), out->begin(), [](Value value) {
+        value.Conj();
+        return value;
+    });
+    return 1;
+}
+
+template <class Self, class Value, typename Real>
+int CplxMatrix<Self, Value, Real>::operator==(const Self& other) const {
+    return shape_ == other.shape_;
+}
+
+template <class Self, class Value, typename Real>
+void CplxMatrix<Self, Value, Real>::Swap(CplxMatrix& other) noexcept {
+    std::swap(shape_, other.shape_);
+    std::swap(values_, other.values_);
+}
+
+template <class Self, class Value, typename Real>
+void CplxMatrix<Self, Value, Real>::SerializeLayout(CArchive& archive, Generation generation) {
+    if (archive.IsStoring()) {
+        const std::int32_t rows = ArchiveCount(shape_.rows);
+        const std::int32_t cols = ArchiveCount(shape_.cols);
+        StoreVersion(archive, generation);
+        archive << rows << cols;
+        for (Value& value : *this) value.SerializeLayout(archive, generation);
+        return;
+    }
+    LoadOrEmpty(*this, [&] {
+        SkipVersion(archive, generation);
+        const __int64 rows = LoadCount(archive);
+        const __int64 cols = LoadCount(archive);
+        if (rows < 1 || cols < 1) return;
+        const std::size_t versionBytes = generation == Generation::current ? sizeof(kLayoutVersion) : 0;
+        archive.RequireRemaining(rows * cols, versionBytes + 2 * sizeof(Real));
+        Create(rows, cols);
+        for (Value& value : *this) value.SerializeLayout(archive, generation);
+    });
+}
+
+// clang-format off
+#define KVX_INSTANTIATE(Class, Cell)                        \
+    template class CellMatrix<Class, Cell, RealCells>; \
+    template class ArrayMatrix<Class, Cell, std::remove_pointer_t<decltype(Cell().GetData())>>;
+KVX_ARRAY_MATRICES(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+#define KVX_INSTANTIATE(Class, Cell) \
+    template class NumberMatrix<Class, Cell, std::remove_pointer_t<decltype(Cell().GetData())>>;
+KVX_NUMBER_MATRICES(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+#define KVX_INSTANTIATE(Class, Cell) \
+    template class SnapshotMatrix<Class, Cell, std::remove_pointer_t<decltype(Cell().GetData())>>;
+KVX_SNAPSHOT_MATRICES(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+template class CellMatrix<CDataArrayDoubleMtxCplx, CDataArrayDoubleCplx, CplxCells>;
+template class CellMatrix<CDataArrayMtxCplx,       CDataArrayCplx,       CplxCells>;
+template class CplxArrayMatrix<CDataArrayDoubleMtxCplx, CDataArrayDoubleCplx, CDataDoubleMtxCplx, double>;
+template class CplxArrayMatrix<CDataArrayMtxCplx,       CDataArrayCplx,       CDataMtxCplx,       float>;
+template class CplxMatrix<CDataDoubleMtxCplx, CDataDoubleCplx, double>;
+template class CplxMatrix<CDataMtxCplx,       CDataCplx,       float>;
+// clang-format on
+
+namespace {
+
+/// Searches the samples `start` to `last` of every cell; 0 when one of the searches finds nothing.
+template <class Cell, typename Element>
+int FindRange(const Cell* begin, const Cell* end, __int64 start, __int64 last, Element* min, Element* max,
+              Element* pmin) {
+    RangeScan<Element> whole;
+    for (const Cell* cell = begin; cell != end; ++cell) {
+        const __int64 stop = std::min(last, cell->GetNum() - 1);
+        if (start < 0 || stop < start) return 0;
+        RangeScan<Element> scan;
+        scan.Add(cell->GetData() + start, stop - start + 1);
+        if (!scan.HasFound()) return 0;
+        whole.Merge(scan);
+    }
+    return whole.Write(min, max, pmin);
+}
+
+/// Converts cell by cell into `to`, which has the shape of `from`.
+template <class From, class To, class ConvertCell>
+int ConvertCells(const From& from, To& to, ConvertCell convertCell) {
+    for (__int64 row = 0; row < from.GetNumRow(); ++row) {
+        for (__int64 col = 0; col < from.GetNumCol(); ++col) {
+            if (!convertCell(*from.GetArrayPtr(row, col), *to.GetArrayPtr(row, col))) {
+                to.Free();
+                return 0;
+            }
+        }
+    }
+    return 1;
+}
+
+}  // namespace
+}  // namespace kvx
+
+// ---- the public classes
+// ---------------------------------------------------------------------------------------------
+
+using kvx::Generation;
+
+CDataArrayMtxDouble& CDataArrayMtxDouble::operator*=(double k) {
+    for (CDataArrayDouble& cell : *this) cell *= k;
+    return *this;
+}
+
+CDataArrayMtxDouble& CDataArrayMtxDouble::operator/=(double k) {
+    return k == 0.0 ? *this : *this *= 1.0 / k;
+}
+
+double CDataArrayMtxDouble::CalcRms(__int64 row, __int64 col, __int64 start, __int64 num) const {
+    const CDataArrayDouble* cell = GetArrayPtr(row, col);
+    return cell ? cell->CalcRms(start, num) : 0.0;
+}
+
+int CDataArrayMtxDouble::GetMinMax(__int64 start, double* min, double* max) const {
+    return GetMinMaxAndPMin(start, 0, min, max, nullptr);
+}
+
+int CDataArrayMtxDouble::GetMinMaxAndPMin(__int64 start, double* min, double* max, double* pmin) const {
+    return GetMinMaxAndPMin(start, 0, min, max, pmin);
+}
+
+int CDataArrayMtxDouble::GetMinMaxAndPMin(__int64 start, __int64 end, double* min, double* max,
+                                          double* pmin) const {
+    return kvx::FindRange(this->begin(), this->end(), start, end == 0 ? num_ - 1 : end, min, max, pmin);
+}
+
+int CDataArrayMtxDouble::GetDataArrayMtxFloat(CDataArrayMtxFloat* out) const {
+    if (!out) return 0;
+    out->Free();
+    if (!cells_) return 1;
+    return out->Create(GetNumRow(), GetNumCol(), GetNum()) &&
+           kvx::ConvertCells(*this, *out, [](const CDataArrayDouble& from, CDataArrayFloat& to) {
+               return from.GetDataArrayFloat(&to);
+           });
+}
+
+int CDataArrayMtxDouble::SetDataArrayMtxFloat(const CDataArrayMtxFloat& in) {
+    Free();
+    if (in.GetNumRow() == 0) return 1;
+    return Create(in.GetNumRow(), in.GetNumCol(), in.GetNum()) &&
+           kvx::ConvertCells(in, *this, [](const CDataArrayFloat& from, CDataArrayDouble& to) {
+               return to.SetDataArrayFloat(from);
+           });
+}
+
+void CDataArrayMtxDouble::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataArrayMtxFloat::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataArrayMtxFloat::Serialize1st(CArchive& archive) {
+    SerializeLayout(archive, Generation::first);
+}
+
+CDataArrayMtxLong& CDataArrayMtxLong::operator+=(std::int32_t k) {
+    for (CDataArrayLong& cell : *this) {
+        std::int32_t* values = cell.GetData();
+        for (__int64 i = 0; i < cell.GetNum(); ++i) {
+            values[i] = static_cast<std::int32_t>(static_cast<std::uint32_t>(values[i]) +
+                                                  static_cast<std::uint32_t>(k));
+        }
+    }
+    return *this;
+}
+
+int CDataArrayMtxLong::GetMinMax(__int64 start, std::int32_t* min, std::int32_t* max) const {
+    std::int32_t* const none = nullptr;
+    return kvx::FindRange(this->begin(), this->end(), start, num_ - 1, min, max, none);
+}
+
+void CDataArrayMtxLong::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataArrayMtxLong::Serialize1st(CArchive& archive) {
+    SerializeLayout(archive, Generation::first);
+}
+
+void CDataArrayMtxBool::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataArrayMtxBool::Serialize1st(CArchive& archive) {
+    SerializeLayout(archive, Generation::first);
+}
+
+int CDataArrayDoubleMtxCplx::GetDataArrayMtxCplx(CDataArrayMtxCplx* out) const {
+    if (!out) return 0;
+    out->Free();
+    if (!cells_) return 1;
+    return out->Create(IsComplex(), GetNumRow(), GetNumCol(), GetNum()) &&
+           kvx::ConvertCells(*this, *out, [](const CDataArrayDoubleCplx& from, CDataArrayCplx& to) {
+               return kvx::ConvertParts(from, to);
+           });
+}
+
+int CDataArrayDoubleMtxCplx::SetDataArrayMtxCplx(const CDataArrayMtxCplx& in) {
+    Free();
+    if (in.GetNumRow() == 0) return 1;
+    return Create(in.IsComplex(), in.GetNumRow(), in.GetNumCol(), in.GetNum()) &&
+           kvx::ConvertCells(in, *this, [](const CDataArrayCplx& from, CDataArrayDoubleCplx& to) {
+               return kvx::ConvertParts(from, to);
+           });
+}
+
+void CDataArrayDoubleMtxCplx::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataArrayMtxCplx::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataArrayMtxCplx::Serialize1st(CArchive& archive) {
+    SerializeLayout(archive, Generation::first);
+}
+
+void CDataDoubleMtxCplx::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataMtxCplx::Serialize(CArchive& archive) {
+    SerializeLayout(archive, Generation::current);
+}
+
+void CDataMtxCplx::Serialize1st(CArchive& archive) {
+    SerializeLayout(archive, Generation::first);
+}
