@@ -312,9 +312,9 @@ std::span<const UnitRow> Units() {
 }
 
 std::span<const UnitRow> UnitsOfDimension(std::uint32_t dimension) {
-    const auto rows = std::ranges::equal_range(kUnits, dimension, {},
-                                               [](const UnitRow& row) { return DimensionOf(row.code); });
-    return {rows.begin(), rows.end()};
+    const auto dimensionOf = [](const UnitRow& row) { return DimensionOf(row.code); };
+    return {std::ranges::lower_bound(kUnits, dimension, {}, dimensionOf),
+            std::ranges::upper_bound(kUnits, dimension, {}, dimensionOf)};
 }
 
 const UnitRow* FindUnitRow(std::uint32_t code) {
