@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+//
+// Physical units: values are held in the standard unit of their dimension and converted where a person reads
+// or types them. Converts a shock level between units, then a spectral density, whose unit is a compound.
+#include <cstdio>
+
+#include <KvxDevCommon01/KvxDevCommon01.h>
+
+namespace {
+
+void Print(double standardValue, const CUnitCtrl& unit) {
+    const double shown = unit.ConvDtoI(standardValue, 1.0, 1);
+    std::printf("  %12.6g %s\n", shown, kvx::ToUtf8(kvx::PlainUnitName(unit)).c_str());
+}
+
+}  // namespace
+
+int main() {
+    const auto g = kvx::ParseUnit(L"g", CUnitCtrl::DIM_ACCELERATION);
+    const auto density = kvx::ParseUnit(L"g2/Hz");
+    if (!g || !density) return 1;
+
+    const double shock = g->ConvItoD(50.0, 1.0, 1);
+    std::puts("A shock of 50 g is");
+    for (const wchar_t* name : {L"m/s2", L"Gal", L"g"}) {
+        const auto unit = kvx::ParseUnit(name, CUnitCtrl::DIM_ACCELERATION);
+        if (!unit) return 1;
+        Print(shock, *unit);
+    }
+
+    const auto metric = kvx::ParseUnit(L"(m/s2)2/Hz");
+    if (!metric || *metric != *density) return 1;  // the same dimensions, so the values can be converted
+    std::puts("A density of 0.04 g2/Hz is");
+    Print(density->ConvItoD(0.04, 1.0, 1), *metric);
+
+    std::puts("Units of velocity:");
+    CItemInfoList units;
+    CUnitCtrl::GetUnitListByDimCode(CUnitCtrl::DIM_VELOCITY, &units);
+    for (__int64 i = 0; i < units.GetNum(); ++i) {
+        CItemInfo item;
+        if (!units.GetItem(i, &item)) return 1;
+        const CUnitCtrl unit = kvx::SingleUnit(static_cast<CUnitCtrl::UNIT_CODE>(item.GetCode()));
+        std::printf("  1 m/s = %10.6g %s\n", unit.ConvDtoI(1.0, 1.0, 1),
+                    kvx::ToUtf8(kvx::PlainUnitName(unit)).c_str());
+    }
+    return 0;
+}
