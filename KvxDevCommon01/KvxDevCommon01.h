@@ -39,6 +39,9 @@
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
 
+#include <KvxDevCommon01/files/ComDataBase.h>
+#include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/ComFileErr.h>
 #include <KvxDevCommon01/files/ComFileFunc.h>
 #include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/files/DataFile.h>

@@ -1,0 +1,329 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/files/ComDataBase.h>
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/resources/StringTable.h>
+#include <KvxDevCommon01/resources/TextId.h>
+
+namespace {
+
+constexpr std::int32_t kVersion = 1;
+
+/// The name of an unnamed row or column, from its 0-based index.
+CString DefaultName(kvx::TextId format, __int64 index) {
+    constexpr std::wstring_view kNumber = L"%.3Id";
+    CString number = std::to_wstring(index + 1);
+    if (number.size() < 3) number.insert(0, 3 - number.size(), L'0');
+    CString name(kvx::ResourceText(format));
+    if (const std::size_t place = name.find(kNumber); place != name.npos) {
+        name.replace(place, kNumber.size(), number);
+    }
+    return name;
+}
+
+/// Exactly `count` names: the given ones, then default ones.
+CStringArray CompleteNames(const CStringArray& given, __int64 count, kvx::TextId format) {
+    const auto total = static_cast<std::size_t>(count);
+    CStringArray names(given.begin(),
+                       given.begin() + static_cast<std::ptrdiff_t>(std::min(given.size(), total)));
+    names.reserve(total);
+    while (names.size() < total) names.push_back(DefaultName(format, static_cast<__int64>(names.size())));
+    return names;
+}
+
+// The first generation held samples and axis values in single precision, without version words.
+
+void LoadNarrow(CArchive& archive, CDataArrayDoubleMtxCplx& data) {
+    CDataArrayMtxCplx narrow;
+    narrow.Serialize1st(archive);
+    if (!data.SetDataArrayMtxCplx(narrow)) data.Free();
+    // Complex arrays widen the no-data marker like any number.
+    constexpr double kWideMarker = kvx::kNoValue<float>;
+    for (__int64 row = 0; row < data.GetNumRow(); ++row) {
+        for (__int64 col = 0; col < data.GetNumCol(); ++col) {
+            for (double* samples : {data.GetReal(row, col), data.GetImaginary(row, col)}) {
+                if (samples == nullptr) continue;
+                std::replace(samples, samples + data.GetNum(), kWideMarker, kvx::kNoValue<double>);
+            }
+        }
+    }
+}
+
+void LoadNarrow(CArchive& archive, CDataArrayDouble& axis) {
+    CDataArrayFloat narrow;
+    narrow.Serialize1st(archive);
+    if (!axis.SetDataArrayFloat(narrow)) axis.Free();
+}
+
+}  // namespace
+
+CComDataBase::CComDataBase(DATA_MODE mode) {
+    fields_.mode = mode;
+}
+
+CComDataBase::CComDataBase(double delta, __int64 rows, __int64 cols, __int64 nsamp, __int64 offset,
+                           int isComplex, const CUnitCtrl& hunit, const CUnitCtrl& unit,
+                           const CStringArray* rowNames, const CStringArray* colNames)
+    : CComDataBase() {
+    Create(delta, rows, cols, nsamp, offset, isComplex, hunit, unit, rowNames, colNames);
+}
+
+CComDataBase::CComDataBase(__int64 rows, __int64 cols, int isComplex, const CUnitCtrl& hunit,
+                           const CUnitCtrl& unit, const CDataArrayDouble& hdata, const CStringArray* rowNames,
+                           const CStringArray* colNames)
+    : CComDataBase() {
+    Create(rows, cols, isComplex, hunit, unit, hdata, rowNames, colNames);
+}
+
+CComDataBase::~CComDataBase() = default;
+
+CComDataBase::CComDataBase(const CComDataBase& other) : CComDataBase() {
+    *this = other;
+}
+
+CComDataBase& CComDataBase::operator=(const CComDataBase& other) {
+    if (this != &other && !LclCopy(other)) Free();
+    return *this;
+}
+
+CComDataBase::CComDataBase(CComDataBase&& other) noexcept : CComDataBase() {
+    *this = std::move(other);
+}
+
+CComDataBase& CComDataBase::operator=(CComDataBase&& other) noexcept {
+    if (this == &other) return *this;
+    fields_ = std::move(other.fields_);
+    data_ = std::move(other.data_);
+    hdata_ = std::move(other.hdata_);
+    other.Free();
+    return *this;
+}
+
+int CComDataBase::LclCopy(const CComDataBase& other) try {
+    const auto copy = [](const auto& source, auto& target) {
+        if (source == nullptr) {
+            target.reset();
+            return true;
+        }
+        if (target == nullptr) target = std::make_unique<std::remove_reference_t<decltype(*target)>>();
+        *target = *source;
+        return target->GetNum() == source->GetNum();
+    };
+    fields_ = other.fields_;
+    return copy(other.data_, data_) && copy(other.hdata_, hdata_);
+} catch (const std::bad_alloc&) {
+    return 0;
+}
+
+int CComDataBase::LclCreate(DATA_MODE mode, __int64 rows, __int64 cols, __int64 nsamp, int isComplex,
+                            const CUnitCtrl& hunit, const CUnitCtrl& unit, const CDataArrayDouble* hdata,
+                            const CStringArray* rowNames, const CStringArray* colNames) try {
+    // The arguments may be parts of this record, so they are copied before it is freed.
+    CComDataBase made(mode);
+    made.fields_.hunit = hunit;
+    made.fields_.unit = unit;
+    if (hdata != nullptr) made.hdata_ = std::make_unique<CDataArrayDouble>(*hdata);
+    const CStringArray givenRowNames = rowNames != nullptr ? *rowNames : CStringArray();
+    const CStringArray givenColNames = colNames != nullptr ? *colNames : CStringArray();
+    Free();
+
+    made.data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
+    if (!made.data_->Create(isComplex, rows, cols, nsamp) || !made.Check()) return 0;
+    made.fields_.rowNames = CompleteNames(givenRowNames, rows, kvx::kTextRowName);
+    made.fields_.colNames = CompleteNames(givenColNames, cols, kvx::kTextColumnName);
+    *this = std::move(made);
+    return 1;
+} catch (const std::bad_alloc&) {
+    Free();
+    return 0;
+}
+
+int CComDataBase::Create(double delta, __int64 rows, __int64 cols, __int64 nsamp, __int64 offset,
+                         int isComplex, const CUnitCtrl& hunit, const CUnitCtrl& unit,
+                         const CStringArray* rowNames, const CStringArray* colNames) {
+    if (!LclCreate(MODE_SPACING, rows, cols, nsamp, isComplex, hunit, unit, nullptr, rowNames, colNames))
+        return 0;
+    fields_.delta = delta;
+    fields_.offset = offset;
+    return 1;
+}
+
+int CComDataBase::Create(__int64 rows, __int64 cols, int isComplex, const CUnitCtrl& hunit,
+                         const CUnitCtrl& unit, const CDataArrayDouble& hdata, const CStringArray* rowNames,
+                         const CStringArray* colNames) {
+    return LclCreate(MODE_AXIS, rows, cols, hdata.GetNum(), isComplex, hunit, unit, &hdata, rowNames,
+                     colNames);
+}
+
+void CComDataBase::Free() {
+    fields_ = {};
+    data_.reset();
+    hdata_.reset();
+}
+
+void CComDataBase::Init() {
+    if (data_ != nullptr) data_->SetData(kvx::kNoValue<double>);
+}
+
+void CComDataBase::Zero() {
+    if (data_ != nullptr) data_->Zero();
+}
+
+__int64 CComDataBase::GetNumRow() const {
+    return data_ != nullptr ? data_->GetNumRow() : 0;
+}
+
+__int64 CComDataBase::GetNumCol() const {
+    return data_ != nullptr ? data_->GetNumCol() : 0;
+}
+
+__int64 CComDataBase::GetNsamp() const {
+    return data_ != nullptr ? data_->GetNum() : 0;
+}
+
+double* CComDataBase::GetReal(__int64 row, __int64 col) const {
+    return data_ != nullptr ? data_->GetReal(row, col) : nullptr;
+}
+
+double* CComDataBase::GetImaginary(__int64 row, __int64 col) const {
+    return data_ != nullptr ? data_->GetImaginary(row, col) : nullptr;
+}
+
+double CComDataBase::GetDelta() const {
+    return fields_.mode == MODE_SPACING ? fields_.delta : 0.0;
+}
+
+__int64 CComDataBase::GetOffset() const {
+    return fields_.mode == MODE_SPACING ? fields_.offset : 0;
+}
+
+CDataArrayDouble* CComDataBase::GetHData() const {
+    return fields_.mode == MODE_AXIS ? hdata_.get() : nullptr;
+}
+
+int CComDataBase::SetDelta(double delta) {
+    if (fields_.mode != MODE_SPACING) return 0;
+    fields_.delta = delta;
+    return 1;
+}
+
+int CComDataBase::SetOffset(__int64 offset) {
+    if (fields_.mode != MODE_SPACING) return 0;
+    fields_.offset = offset;
+    return 1;
+}
+
+int CComDataBase::LclSetNsamp(__int64 nsamp) {
+    if (data_->Create(data_->IsComplex(), data_->GetNumRow(), data_->GetNumCol(), nsamp)) return 1;
+    Free();
+    return 0;
+}
+
+int CComDataBase::SetNsamp(__int64 nsamp) {
+    if (fields_.mode != MODE_SPACING || data_ == nullptr) return 0;
+    return nsamp == data_->GetNum() || LclSetNsamp(nsamp);
+}
+
+int CComDataBase::SetHData(const CDataArrayDouble& hdata) {
+    if (fields_.mode != MODE_AXIS || data_ == nullptr || hdata_ == nullptr || hdata.GetNum() < 1) return 0;
+    if (hdata.GetNum() == data_->GetNum()) return 1;
+    if (!LclSetNsamp(hdata.GetNum())) return 0;
+    *hdata_ = hdata;
+    if (Check()) return 1;
+    Free();
+    return 0;
+}
+
+int CComDataBase::SetUnit(const CUnitCtrl& unit) {
+    fields_.unit = unit;
+    return 1;
+}
+
+int CComDataBase::SetHUnit(const CUnitCtrl& hunit) {
+    fields_.hunit = hunit;
+    return 1;
+}
+
+int CComDataBase::SetRowName(const CStringArray& names) try {
+    fields_.rowNames = CompleteNames(names, GetNumRow(), kvx::kTextRowName);
+    return 1;
+} catch (const std::bad_alloc&) {
+    return 0;
+}
+
+int CComDataBase::SetColName(const CStringArray& names) try {
+    fields_.colNames = CompleteNames(names, GetNumCol(), kvx::kTextColumnName);
+    return 1;
+} catch (const std::bad_alloc&) {
+    return 0;
+}
+
+int CComDataBase::Check() const {
+    if (fields_.mode > MODE_AXIS || GetNsamp() < 1) return 0;
+    return fields_.mode != MODE_AXIS || (hdata_ != nullptr && hdata_->GetNum() == GetNsamp());
+}
+
+void CComDataBase::Serialize(CArchive& archive) {
+    if (archive.IsStoring()) {
+        Store(archive);
+    } else {
+        LclLoad(archive, Generation::kCurrent);
+    }
+}
+
+void CComDataBase::Serialize1st(CArchive& archive) {
+    if (archive.IsStoring()) throw CFileException(CFileException::endOfFile);
+    LclLoad(archive, Generation::kFirst);
+}
+
+void CComDataBase::Store(CArchive& archive) const {
+    if (data_ == nullptr || (fields_.mode == MODE_AXIS && hdata_ == nullptr)) return;
+    archive << kVersion << static_cast<std::uint32_t>(fields_.mode);
+    for (CUnitCtrl unit : {fields_.hunit, fields_.unit}) unit.Serialize(archive);
+    archive << fields_.rowNames << fields_.colNames;
+    data_->Serialize(archive);
+    if (fields_.mode == MODE_SPACING) archive << fields_.delta << static_cast<std::int32_t>(fields_.offset);
+    if (fields_.mode == MODE_AXIS) hdata_->Serialize(archive);
+    archive.Flush();
+}
+
+void CComDataBase::LclLoad(CArchive& archive, Generation generation) try {
+    Free();
+    CComDataBase loaded;
+    loaded.LclLoadFields(archive, generation);
+    if (loaded.Check()) *this = std::move(loaded);
+} catch (const std::bad_alloc&) {
+    // The record stays empty.
+}
+
+void CComDataBase::LclLoadFields(CArchive& archive, Generation generation) {
+    const bool isFirst = generation == Generation::kFirst;
+    if (!isFirst) {
+        std::int32_t version = 0;  // all versions share one layout
+        archive >> version;
+    }
+    std::uint32_t mode = 0;
+    archive >> mode;
+    fields_.mode = static_cast<DATA_MODE>(mode);
+    for (CUnitCtrl* unit : {&fields_.hunit, &fields_.unit})
+        isFirst ? unit->Serialize1st(archive) : unit->Serialize(archive);
+    archive >> fields_.rowNames >> fields_.colNames;
+    data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
+    isFirst ? LoadNarrow(archive, *data_) : data_->Serialize(archive);
+    if (fields_.mode == MODE_SPACING) {
+        std::int32_t offset = 0;
+        archive >> fields_.delta >> offset;
+        fields_.offset = offset;
+    } else if (fields_.mode == MODE_AXIS) {
+        hdata_ = std::make_unique<CDataArrayDouble>();
+        isFirst ? LoadNarrow(archive, *hdata_) : hdata_->Serialize(archive);
+    }
+    fields_.rowNames = CompleteNames(fields_.rowNames, GetNumRow(), kvx::kTextRowName);
+    fields_.colNames = CompleteNames(fields_.colNames, GetNumCol(), kvx::kTextColumnName);
+}

@@ -1,0 +1,233 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/files/DataFile.h>
+
+#include <exception>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include <KvxDevCommon01/files/ComFileErr.h>
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Path.h>
+#include <KvxDevCommon01/platform/UserInterface.h>
+#include <KvxDevCommon01/resources/StringTable.h>
+#include <KvxDevCommon01/resources/TextId.h>
+
+using kvx::DataFileContent;
+using kvx::DataFileFailure;
+
+namespace {
+
+constexpr std::size_t kArchiveBufferSize = 64 * 1024;
+constexpr unsigned int kWarningIcon = 0x30;
+
+void ShowWarning(CString text) {
+    kvx::MessageRequest request;
+    request.text = std::move(text);
+    request.type = kWarningIcon;
+    kvx::CurrentUserInterface().ShowMessage(request);
+}
+
+/// Ends a load or store; caught where the public operation reports it.
+struct Refused {
+    DataFileFailure::Reason reason;
+};
+
+void LoadContent(const wchar_t* path, DataFileContent& content, DataFileFailure& failure) {
+    kvx::InputFile file(path);
+    CArchive archive(file, CArchive::load, kArchiveBufferSize);
+    const std::uint64_t size = archive.Remaining();
+    // Records run to the end of the file, so it must have one: pipes and devices do not.
+    if (size == std::numeric_limits<std::uint64_t>::max()) throw CFileException(CFileException::invalidFile);
+
+    const CComHdr::HDRCODE_TYPE type = CComHdr::GetHdrCodeType(path);
+    if (type == CComHdr::HDRCODE_UNKNOWN) throw Refused{DataFileFailure::kNotDataFile};
+    const bool isFirst = type == CComHdr::HDRCODE_FIRST;
+    isFirst ? content.header.Serialize1st(archive, 1, nullptr) : content.header.Serialize(archive);
+    if (!content.header.CheckGrpType(CComHdr::GRP_DATA)) throw Refused{DataFileFailure::kNotDataFile};
+    if (archive.Remaining() == 0) throw Refused{DataFileFailure::kNoRecord};
+    while (archive.Remaining() > 0) {
+        failure.record = static_cast<__int64>(content.records.size());
+        failure.offset = size - archive.Remaining();
+        CComDataBase& record = content.records.emplace_back();
+        isFirst ? record.Serialize1st(archive) : record.Serialize(archive);
+        if (!record.Check()) throw Refused{DataFileFailure::kBadRecord};
+    }
+}
+
+void StoreContent(const wchar_t* path, const DataFileContent& content, DataFileFailure& failure) {
+    CComHdr header = content.header;
+    const bool isHeader = header.GetMasterVersion(nullptr, nullptr, nullptr, nullptr, nullptr) != 0;
+    if (!isHeader || !header.CheckGrpType(CComHdr::GRP_DATA)) throw Refused{DataFileFailure::kNotDataFile};
+    if (content.records.empty()) throw Refused{DataFileFailure::kNoRecord};
+    for (const CComDataBase& record : content.records) {
+        failure.record = &record - content.records.data();
+        if (!record.Check()) throw Refused{DataFileFailure::kBadRecord};
+    }
+    failure.record = -1;
+
+    kvx::OutputFile file(path);
+    CArchive archive(file, CArchive::store, kArchiveBufferSize);
+    header.Serialize(archive);
+    for (const CComDataBase& record : content.records) record.Store(archive);
+    archive.Flush();
+    file.Commit();
+}
+
+CString MessageFor(const DataFileFailure& failure) {
+    CString text;
+    if (failure.reason == DataFileFailure::kNotDataFile) {
+        text = failure.error.m_strFileName + L'\n' + CString(kvx::ResourceText(kvx::kTextWrongFileKind));
+    } else {
+        CComFileErr::GetFileErrorString(&failure.error, &text, L"%s", nullptr);
+    }
+    return text;
+}
+
+/// Runs `work(path, failure)` and turns whatever it throws into a result and one report.
+template <typename Work>
+int Report(const wchar_t* path, DataFileFailure* reported, BOOL showMessage, Work work) try {
+    DataFileFailure failure;
+    const CString name = path != nullptr ? path : L"";
+    const auto fail = [&](DataFileFailure::Reason reason, int cause, std::int32_t osError) {
+        failure.reason = reason;
+        failure.error = CFileException(cause, osError, name);
+    };
+    try {
+        if (path == nullptr) throw CFileException(CFileException::badPath);
+        work(path, failure);
+        failure = {};
+    } catch (const Refused& e) {
+        fail(e.reason, CFileException::genericException, -1);
+    } catch (const CFileException& e) {
+        fail(DataFileFailure::kFileError, e.m_cause, e.m_lOsError);
+    } catch (const std::exception&) {
+        fail(DataFileFailure::kNoMemory, CFileException::genericException, -1);
+    }
+    if (reported != nullptr) *reported = failure;
+    if (failure.reason == DataFileFailure::kNone) return 1;
+    if (showMessage) ShowWarning(MessageFor(failure));
+    return 0;
+} catch (const std::exception&) {
+    return 0;  // no memory for the report either
+}
+
+bool Accepts(const std::wstring& path, CComDataFile::CHECK_FUNC check, __int64 user) {
+    const CComHdr::HDRCODE_TYPE type = CComHdr::GetHdrCodeType(path.c_str());
+    CComHdr header;
+    const bool isDataFile = type != CComHdr::HDRCODE_UNKNOWN &&
+                            header.LoadComHdr(path.c_str(), type == CComHdr::HDRCODE_FIRST) &&
+                            header.CheckGrpType(CComHdr::GRP_DATA);
+    if (!isDataFile) {
+        ShowWarning(CString(kvx::ResourceText(kvx::kTextWrongFileKind)));
+        return false;
+    }
+    return check == nullptr || check(path.c_str(), static_cast<std::int32_t>(header.GetAppType()), user) != 0;
+}
+
+/// The paths that the person chose; empty also when the dialog could not be made.
+CStringArray Choose(kvx::FileDialogRequest request, CComHdr::EXT_INFO_TYPE kind,
+                    const wchar_t* initialDir) try {
+    if (!CComDataFile::MakeFilter(kind, &request.filter)) return {};
+    CComHdr::GetExtInfo(kind, &request.defaultExtension, nullptr, nullptr);
+    if (initialDir != nullptr) request.initialDirectory = initialDir;
+    return kvx::CurrentUserInterface().ChooseFiles(request);
+} catch (const std::exception&) {
+    return {};
+}
+
+}  // namespace
+
+std::string DataFileFailure::Text() const {
+    const std::string name = "'" + kvx::ToUtf8(error.m_strFileName) + "'";
+    const std::string place =
+        record < 0 ? ""
+                   : "record " + std::to_string(record + 1) + " at byte " + std::to_string(offset) + ": ";
+    switch (reason) {
+        case kNone:
+            return "no error";
+        case kFileError:
+            return place + error.what();
+        case kNotDataFile:
+            return "this is not a data file: " + name;
+        case kNoRecord:
+            return "there is no record: " + name;
+        case kBadRecord:
+            return place + "the record is empty or damaged: " + name;
+        case kNoMemory:
+            return place + "there is not enough memory: " + name;
+    }
+    return {};
+}
+
+int CComDataFile::LoadDataFile(const wchar_t* path, DataFileContent* content, DataFileFailure* failure,
+                               BOOL showMessage) {
+    if (content == nullptr) return 0;
+    *content = {};
+    DataFileContent loaded;
+    const auto load = [&loaded](const wchar_t* source, DataFileFailure& reason) {
+        LoadContent(source, loaded, reason);
+    };
+    if (!Report(path, failure, showMessage, load)) return 0;
+    *content = std::move(loaded);
+    return 1;
+}
+
+int CComDataFile::StoreDataFile(const wchar_t* path, const DataFileContent& content, DataFileFailure* failure,
+                                BOOL showMessage) {
+    const auto store = [&content](const wchar_t* target, DataFileFailure& reason) {
+        StoreContent(target, content, reason);
+    };
+    return Report(path, failure, showMessage, store);
+}
+
+int CComDataFile::MakeFilter(CComHdr::EXT_INFO_TYPE kind, CString* filter) {
+    CString extension;
+    CString name;
+    if (filter == nullptr || !CComHdr::GetExtInfo(kind, &extension, &name, nullptr)) return 0;
+    const CString pattern = (extension.starts_with(L'.') ? L"*" : L"*.") + extension;
+    *filter = name + L" (" + pattern + L")|" + pattern + L"||";
+    return 1;
+}
+
+int CComDataFile::OpenDataFile(CComHdr::EXT_INFO_TYPE kind, const wchar_t* initialDir, CString* path) {
+    return OpenDataFileEx(kind, initialDir, path, nullptr, 0);
+}
+
+int CComDataFile::OpenDataFileEx(CComHdr::EXT_INFO_TYPE kind, const wchar_t* initialDir, CString* path,
+                                 CHECK_FUNC check, __int64 user) {
+    if (path == nullptr) return 0;
+    kvx::FileDialogRequest request;
+    request.accept = [=](const std::wstring& chosen) { return Accepts(chosen, check, user); };
+    CStringArray chosen = Choose(std::move(request), kind, initialDir);
+    if (chosen.empty()) return 0;
+    *path = std::move(chosen.front());
+    return 1;
+}
+
+int CComDataFile::OpenDataFileMulti(CComHdr::EXT_INFO_TYPE kind, const wchar_t* initialDir,
+                                    CStringArray* paths, CHECK_FUNC check, __int64 user) {
+    if (paths == nullptr) return 0;
+    kvx::FileDialogRequest request;
+    request.multiple = true;
+    request.accept = [=](const std::wstring& chosen) { return Accepts(chosen, check, user); };
+    CStringArray chosen = Choose(std::move(request), kind, initialDir);
+    if (chosen.empty()) return 0;
+    *paths = std::move(chosen);
+    return 1;
+}
+
+int CComDataFile::SaveDataFile(CComHdr::EXT_INFO_TYPE kind, const wchar_t* initialDir, CString* path) {
+    if (path == nullptr) return 0;
+    kvx::FileDialogRequest request;
+    request.save = true;
+    CStringArray chosen = Choose(std::move(request), kind, initialDir);
+    if (chosen.empty()) return 0;
+    *path = std::move(chosen.front());
+    if (kvx::SplitPath(*path).extension.empty()) {
+        CString extension;
+        CComHdr::GetExtInfo(kind, &extension, nullptr, nullptr);
+        *path += extension;
+    }
+    return 1;
+}
