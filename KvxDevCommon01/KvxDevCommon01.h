@@ -26,6 +26,7 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/data/DataMatrix.h>
+#include <KvxDevCommon01/data/RangeScan.h>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>

@@ -10,11 +10,11 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/detail/ArrayFamily.h>
 #include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/LaneSum.h>
 #include <KvxDevCommon01/data/detail/Layout.h>
-#include <KvxDevCommon01/data/detail/RangeScan.h>
 #include <KvxDevCommon01/data/detail/Ring.h>
 
 namespace kvx {

@@ -6,11 +6,11 @@
 #include <new>
 #include <utility>
 
+#include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/CplxRuns.h>
 #include <KvxDevCommon01/data/detail/Layout.h>
 #include <KvxDevCommon01/data/detail/MatrixFamily.h>
-#include <KvxDevCommon01/data/detail/RangeScan.h>
 
 namespace kvx {
 namespace {
