@@ -35,6 +35,7 @@
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
+#include <KvxDevCommon01/dsp/MatLib.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>

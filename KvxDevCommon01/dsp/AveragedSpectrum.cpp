@@ -62,12 +62,12 @@ int AveragedSpectrum::Begin(const CDataArrayDouble& window, __int64 overlap) {
     return 0;
 }
 
-__int64 AveragedSpectrum::Add(const CDataArrayDouble& signal) {
+__int64 AveragedSpectrum::Add(const double* signal, __int64 samples) {
     const double* const re = transform_.GetReal();
     const double* const im = transform_.GetImaginary();
     double* const sum = powerSum_.GetData();
     const __int64 lineCount = transform_.GetNumLines();
-    const __int64 added = cut_.ForEach(signal, [&](const double* block) {
+    const __int64 added = cut_.ForEach(signal, samples, [&](const double* block) {
         transform_.Transform(block);
         for (__int64 k = 0; k < lineCount; ++k) sum[k] += re[k] * re[k] + im[k] * im[k];
     });

@@ -25,9 +25,9 @@ struct BlockCut {
 
     /// Calls visit(first sample of the block) for each full block, and returns how many there were.
     template <class Visit>
-    __int64 ForEach(const CDataArrayDouble& signal, Visit visit) const {
-        const __int64 count = Count(signal.GetNum());
-        for (__int64 block = 0; block < count; ++block) visit(signal.GetData() + block * (size - overlap));
+    __int64 ForEach(const double* signal, __int64 samples, Visit visit) const {
+        const __int64 count = Count(samples);
+        for (__int64 block = 0; block < count; ++block) visit(signal + block * (size - overlap));
         return count;
     }
 };
@@ -72,7 +72,8 @@ public:
 
     /// Adds all full blocks of a signal to the average and returns their number. Signals may follow one
     /// another, as the shots of one test do; no block spans two of them.
-    __int64 Add(const CDataArrayDouble& signal);
+    __int64 Add(const CDataArrayDouble& signal) { return Add(signal.GetData(), signal.GetNum()); }
+    __int64 Add(const double* signal, __int64 samples);
 
     /// Blocks added so far.
     __int64 GetNumBlocks() const { return blockCount_; }

@@ -103,4 +103,27 @@ public:
     /// null output.
     static int GetLevelFromFreq(double f, __int64 index, const CDataArrayDouble& freq,
                                 const CDataArrayDouble& level, double* out);
+
+    /// The filters of FilteringPsd: low-pass (LPF) and high-pass (HPF) of the spectrum filters of CMatBasic.
+    enum PSD_FILTER : std::uint32_t {
+        FILTER_LPF1 = 1,
+        FILTER_HPF1 = 2,
+        FILTER_LPF2 = 3,  ///< `parameter` is the quality q
+        FILTER_HPF2 = 4,
+        FILTER_BW_LPF = 5,  ///< Butterworth; `parameter` is the order, 1..16
+        FILTER_BW_HPF = 6,
+        FILTER_LIN_LPF = 7,  ///< straight slope beyond the corner; `parameter` is the order of the amplitude
+        FILTER_LIN_HPF = 8,
+        FILTER_TRANC_LPF = 9,  ///< nothing beyond the corner
+        FILTER_TRANC_HPF = 10,
+    };
+
+    /// Shapes a breakpoint profile, straight on log-log axes, by a filter with the corner fc [Hz]: the level
+    /// is multiplied by the squared magnitude of the response. Points are added, one at fc and others where
+    /// the response bends, so that the profile follows the filtered one within 0.02 dB everywhere; cut-off
+    /// parts lose their points. Fails (0), changing nothing, for points other than PsdProfile takes, a filter
+    /// that is none of PSD_FILTER or has a corner or parameter out of range, and when less than two points
+    /// remain. Levels stay above 0.
+    static int FilteringPsd(double fc, int filter, CDataArrayDouble* freq, CDataArrayDouble* psd,
+                            double parameter);
 };

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/dsp/MatLib.h>
+#include <KvxDevCommon01/dsp/detail/AnalysisWindow.h>
+#include <KvxDevCommon01/dsp/detail/FrameConvolution.h>
+#include <KvxDevCommon01/dsp/detail/TrigTables.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
+namespace {
+
+/// Powers of two channels, summed over blocks; the products are output times the conjugate of the input.
+struct ChannelPowers {
+    explicit ChannelPowers(__int64 lineCount)
+        : input(lineCount, nullptr), output(lineCount, nullptr), cross(1, lineCount) {}
+
+    bool IsAllocated() const {
+        return input.GetData() != nullptr && output.GetData() != nullptr && cross.GetReal() != nullptr;
+    }
+
+    void Add(const kvx::BlockTransform& x, const kvx::BlockTransform& y) {
+        for (__int64 k = 0; k < cross.GetNum(); ++k) {
+            const double xRe = x.GetReal()[k];
+            const double xIm = x.GetImaginary()[k];
+            const double yRe = y.GetReal()[k];
+            const double yIm = y.GetImaginary()[k];
+            input.GetData()[k] += xRe * xRe + xIm * xIm;
+            output.GetData()[k] += yRe * yRe + yIm * yIm;
+            cross.GetReal()[k] += yRe * xRe + yIm * xIm;
+            cross.GetImaginary()[k] += yIm * xRe - yRe * xIm;
+        }
+    }
+
+    CDataArrayDouble input;
+    CDataArrayDouble output;
+    CDataArrayDoubleCplx cross;
+};
+
+}  // namespace
+
+int MatLibFFTSetMaxSample(int maxSample) {
+    if (maxSample < 1 || maxSample > 1 << kvx::kMaxLog2Size) return 0;
+    kvx::TwiddlesUpTo(std::bit_width(static_cast<unsigned>(maxSample) - 1U));
+    return 1;
+}
+
+int MatLibCvlFiltering(double* out, const double* in, __int64 count, int mode, const double* responseRe,
+                       const double* responseIm, __int64 lineCount, __int64 blockSize) {
+    return MatLibCvlFilteringModPeri(in, out, count, mode, responseRe, responseIm, lineCount, blockSize, 0,
+                                     count - 1);
+}
+
+int MatLibCvlFilteringModPeri(const double* in, double* out, __int64 count, int mode,
+                              const double* responseRe, const double* responseIm, __int64 lineCount,
+                              __int64 blockSize, __int64 first, __int64 last) {
+    if (in == nullptr || out == nullptr || responseRe == nullptr || responseIm == nullptr) return 0;
+    if (lineCount < 1 || blockSize < 1 || first < 0 || first > last || last >= count) return 0;
+    if (mode != MATLIB_ZERO && mode != MATLIB_PERIODIC && mode != MATLIB_HOLD) return 0;
+    const auto term = static_cast<CMatBasic::DATA_TERM>(mode + 1);
+    CDataArrayDoubleCplx response(1, blockSize / 2);
+    const __int64 given = std::min(lineCount, response.GetNum());
+    std::copy_n(responseRe, given, response.GetReal());
+    std::copy_n(responseIm, given, response.GetImaginary());
+
+    // In place, the stretch is filtered from a copy of the signal.
+    CDataArrayDouble copy;
+    if (out == in) {
+        if (!copy.SetData(count, in)) return 0;
+        in = copy.GetData();
+    }
+    // What lies before the stretch has its full weight once the stream has run for half a block.
+    if (!kvx::ConvolveFrames(out + first, last - first + 1, in, count, blockSize, response, term,
+                             first - blockSize / 4, blockSize / 2)) {
+        return 0;
+    }
+    std::copy_n(in, first, out);
+    std::copy_n(in + last + 1, count - last - 1, out + last + 1);
+    return 1;
+}
+
+int MatLibCalcPSD(double* psd, const double* wave, __int64 count, __int64 blockSize, __int64 overlap,
+                  int window) {
+    CDataArrayDouble windowSamples;
+    kvx::AveragedSpectrum spectrum;
+    CDataArrayDouble density;
+    if (psd == nullptr || wave == nullptr || !kvx::BlockCut{blockSize, overlap}.IsValid() ||
+        !kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
+        !spectrum.Begin(windowSamples, overlap) || spectrum.Add(wave, count) == 0 ||
+        !spectrum.GetPsd(1.0, &density)) {
+        return 0;
+    }
+    std::copy_n(density.GetData(), density.GetNum(), psd);
+    return 1;
+}
+
+int MatLibCalcXFR(double* xfrRe, double* xfrIm, double* coherence, const double* input, const double* output,
+                  __int64 count, __int64 blockSize, __int64 overlap, int window) {
+    const kvx::BlockCut cut{blockSize, overlap};
+    if (xfrRe == nullptr || xfrIm == nullptr || input == nullptr || output == nullptr ||
+        cut.Count(count) == 0) {
+        return 0;
+    }
+    CDataArrayDouble windowSamples;
+    kvx::BlockTransform inputTransform;
+    kvx::BlockTransform outputTransform;
+    ChannelPowers powers(blockSize / 2);
+    if (!powers.IsAllocated() || !kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
+        !inputTransform.SetWindow(windowSamples) || !outputTransform.SetWindow(windowSamples)) {
+        return 0;
+    }
+    cut.ForEach(input, count, [&](const double* block) {
+        inputTransform.Transform(block);
+        outputTransform.Transform(output + (block - input));
+        powers.Add(inputTransform, outputTransform);
+    });
+    for (__int64 k = 0; k < powers.cross.GetNum(); ++k) {
+        const double re = powers.cross.GetReal()[k];
+        const double im = powers.cross.GetImaginary()[k];
+        const double inputPower = powers.input[k];
+        const double outputPower = powers.output[k];
+        xfrRe[k] = inputPower == 0.0 ? 0.0 : re / inputPower;
+        xfrIm[k] = inputPower == 0.0 ? 0.0 : im / inputPower;
+        if (coherence != nullptr) {
+            const bool hasPower = inputPower != 0.0 && outputPower != 0.0;
+            coherence[k] =
+                hasPower ? (re / inputPower) * (re / outputPower) + (im / inputPower) * (im / outputPower)
+                         : 0.0;
+        }
+    }
+    return 1;
+}
