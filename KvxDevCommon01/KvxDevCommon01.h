@@ -7,14 +7,21 @@
 
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/Clock.h>
 #include <KvxDevCommon01/platform/CodePage.h>
 #include <KvxDevCommon01/platform/DateTime.h>
+#include <KvxDevCommon01/platform/Desktop.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Folder.h>
 #include <KvxDevCommon01/platform/Path.h>
+#include <KvxDevCommon01/platform/Profile.h>
+#include <KvxDevCommon01/platform/Program.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/platform/Thread.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
+#include <KvxDevCommon01/platform/Window.h>
 
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>

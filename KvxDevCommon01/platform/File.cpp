@@ -10,9 +10,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <limits>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/Path.h>
@@ -177,6 +179,21 @@ void OutputFile::Discard() noexcept {
     if (handle_ >= 0) ::close(std::exchange(handle_, -1));
     if (!temporaryPath_.empty()) ::unlink(temporaryPath_.c_str());
     temporaryPath_.clear();
+}
+
+bool CopyFile(std::wstring_view from, std::wstring_view to) {
+    try {
+        InputFile source(from);
+        OutputFile target(to);
+        std::vector<char> piece(std::size_t{64} << 10);
+        while (const std::size_t count = source.Read(piece.data(), piece.size())) {
+            target.Write(piece.data(), count);
+        }
+        target.Commit();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 }  // namespace kvx

@@ -59,4 +59,8 @@ private:
     int handle_;
 };
 
+/// Copies a file, replacing an existing target. False when the host refuses any of it; then the target is as
+/// it was.
+KVX_API bool CopyFile(std::wstring_view from, std::wstring_view to);
+
 }  // namespace kvx

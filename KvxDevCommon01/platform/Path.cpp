@@ -54,6 +54,7 @@ std::optional<std::wstring> JoinPath(const PathParts& parts) {
 std::optional<std::string> HostPath(std::wstring_view path) {
     if (path.empty() || path.find(L'\0') != path.npos) return std::nullopt;
     if (path.size() >= 2 && path[1] == L':' && IsDriveLetter(path[0])) return std::nullopt;
+    if (path.starts_with(L"\\\\")) return std::nullopt;
     std::string host = ToUtf8(path);
     std::replace(host.begin(), host.end(), '\\', '/');
     return host;

@@ -32,7 +32,8 @@ KVX_API PathParts SplitPath(std::wstring_view path);
 KVX_API std::optional<std::wstring> JoinPath(const PathParts& parts);
 
 /// The host's name for a path, UTF-8 on POSIX where backslashes become slashes; no value for a path that the
-/// host cannot have: empty, with an embedded NUL, or with a drive letter on a host without drives.
+/// host cannot have: empty, with an embedded NUL, and on a host without them with a drive letter or on
+/// another computer's share (two backslashes first).
 KVX_API std::optional<std::string> HostPath(std::wstring_view path);
 
 /// An environment variable as wide text; no value when it is not set.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/platform/Window.h>
 
 namespace kvx {
 
@@ -19,6 +20,7 @@ struct MessageRequest {
     std::vector<std::wstring> details;
     std::wstring caption;
     unsigned int type = 0;
+    HWND owner = nullptr;
 };
 
 /// A file dialog. The dialog stays open while `accept` refuses a chosen path.

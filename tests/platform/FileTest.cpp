@@ -100,6 +100,20 @@ TEST(InputFile, RemainingCountsDownToTheEnd) {
     EXPECT_EQ(file.Read(buffer, 1), 0U);
 }
 
+TEST(File, CopyingReplacesTheTargetOrLeavesItAsItWas) {
+    const TempFolder folder;
+    const std::string content(200'000, 'c');
+    folder.Write("from", content);
+    folder.Write("to", "old");
+    EXPECT_FALSE(kvx::CopyFile((folder / "absent").wstring(), (folder / "to").wstring()));
+    EXPECT_FALSE(kvx::CopyFile((folder / "from").wstring(), (folder / "absent" / "to").wstring()));
+    EXPECT_FALSE(kvx::CopyFile((folder / "from").wstring(), L"\\\\computer\\KVX$\\to"));
+    EXPECT_EQ(folder.Read("to"), "old");
+    EXPECT_TRUE(kvx::CopyFile((folder / "from").wstring(), (folder / "to").wstring()));
+    EXPECT_EQ(folder.Read("to"), content);
+    EXPECT_EQ(folder.Count(), 2U);
+}
+
 TEST(FileException, HostErrorsMapToCauses) {
     const std::pair<int, int> cases[] = {
         {ENOENT, CFileException::fileNotFound},

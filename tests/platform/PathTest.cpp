@@ -41,10 +41,12 @@ TEST(Path, JoiningAddsWhatIsMissingAndKeepsTheLimit) {
     EXPECT_EQ(kvx::JoinPath({L"", L"", std::wstring(261, L'n'), L""}), std::nullopt);
 }
 
-TEST(Path, TheHostSeesSlashesAndNoDrives) {
+TEST(Path, TheHostSeesSlashesAndNeitherDrivesNorShares) {
     EXPECT_EQ(kvx::HostPath(L"/opt/suite\\KVX\\Q7.ini"), "/opt/suite/KVX/Q7.ini");
     EXPECT_EQ(kvx::HostPath(L"データ\\波形.vdf2"), "データ/波形.vdf2");
     EXPECT_EQ(kvx::HostPath(L"C:\\KVX"), std::nullopt);
+    EXPECT_EQ(kvx::HostPath(L"\\\\computer\\KVX$\\x"), std::nullopt);
+    EXPECT_EQ(kvx::HostPath(L"//srv/x"), "//srv/x");
     EXPECT_EQ(kvx::HostPath(L""), std::nullopt);
     EXPECT_EQ(kvx::HostPath(std::wstring(L"a\0b", 3)), std::nullopt);
 }
