@@ -54,3 +54,9 @@
 #include <KvxDevCommon01/files/ComFileFunc.h>
 #include <KvxDevCommon01/files/ComHdr.h>
 #include <KvxDevCommon01/files/DataFile.h>
+
+#include <KvxDevCommon01/app/AppFunc.h>
+#include <KvxDevCommon01/app/ComThread.h>
+#include <KvxDevCommon01/app/Ptimer.h>
+#include <KvxDevCommon01/app/TickTimers.h>
+#include <KvxDevCommon01/app/WaitTimer.h>
