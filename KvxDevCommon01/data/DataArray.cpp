@@ -300,9 +300,7 @@ using kvx::WalkRings;
 
 namespace {
 
-double Square(double value) {
-    return value * value;
-}
+constexpr auto kSquare = [](double value) { return value * value; };
 
 /// Applies dst[i] = combine(dst[i], src[i]) to `count` elements.
 template <class Combine>
@@ -451,7 +449,7 @@ double CDataArrayDouble::GetSqSum(__int64 start, __int64 num) const {
     LaneSum<double> sum;
     WalkRings(
         num < 1 ? count_ : num,
-        [&](__int64 length, const double* values) { sum.Add(values, length, Square); },
+        [&](__int64 length, const double* values) { sum.Add(values, length, kSquare); },
         Ring<const double>{data_, count_, kvx::WrapIndex(start, count_)});
     return sum.Total();
 }
