@@ -4,6 +4,7 @@
 #include <span>
 
 #include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/DataMatrix.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/detail/UnitConversion.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
@@ -53,6 +54,17 @@ public:
         if (array == nullptr) return 0;
         auto* data = array->GetData();
         return data == nullptr || Buffer(data, data, array->GetNum(), gain);
+    }
+
+    template <typename Matrix>
+    int EveryCell(Matrix* matrix, double gain) const {
+        if (matrix == nullptr) return 0;
+        for (__int64 row = 0; row < matrix->GetNumRow(); ++row) {
+            for (__int64 col = 0; col < matrix->GetNumCol(); ++col) {
+                InPlace(matrix->GetArrayPtr(row, col), gain);
+            }
+        }
+        return 1;
     }
 
 private:
@@ -109,4 +121,20 @@ int CUnitCtrl::ConvItoD(CDataArrayDouble* array, double gain, int absolute) cons
 
 int CUnitCtrl::ConvItoD(CDataArrayFloat* array, double gain, int absolute) const {
     return Conversion(*this, Direction::toStandard, absolute).InPlace(array, gain);
+}
+
+int CUnitCtrl::ConvDtoI(CDataArrayMtxDouble* matrix, double gain, int absolute) const {
+    return Conversion(*this, Direction::toUnit, absolute).EveryCell(matrix, gain);
+}
+
+int CUnitCtrl::ConvDtoI(CDataArrayMtxFloat* matrix, double gain, int absolute) const {
+    return Conversion(*this, Direction::toUnit, absolute).EveryCell(matrix, gain);
+}
+
+int CUnitCtrl::ConvItoD(CDataArrayMtxDouble* matrix, double gain, int absolute) const {
+    return Conversion(*this, Direction::toStandard, absolute).EveryCell(matrix, gain);
+}
+
+int CUnitCtrl::ConvItoD(CDataArrayMtxFloat* matrix, double gain, int absolute) const {
+    return Conversion(*this, Direction::toStandard, absolute).EveryCell(matrix, gain);
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <iterator>
 #include <utility>
 
 #include <KvxDevCommon01/resources/StringTable.h>
@@ -127,25 +128,31 @@ bool ConvertAlike(UNIT a, UNIT b) {
            rowA->factor == rowB->factor && rowA->offset == rowB->offset;
 }
 
+/// The units whose name matches, those of the hinted dimension if there are any.
 template <typename Matches>
-std::vector<UNIT> UnitsWhose(Matches nameMatches, Hint hint) {
-    std::vector<UNIT> units;
-    for (const NamedUnit& named : NamedUnits()) {
-        if (nameMatches(named.name)) units.push_back(named.unit);
-    }
-    const auto isHinted = [hint](UNIT unit) { return CUnitCtrl::GetDimCode(unit) == hint; };
-    if (std::ranges::any_of(units, isHinted)) std::erase_if(units, std::not_fn(isHinted));
-    return units;
+std::vector<NamedUnit> UnitsWhose(Matches nameMatches, Hint hint) {
+    std::vector<NamedUnit> found;
+    std::ranges::copy_if(NamedUnits(), std::back_inserter(found), nameMatches, &NamedUnit::name);
+    const auto isHinted = [hint](const NamedUnit& named) {
+        return CUnitCtrl::GetDimCode(named.unit) == hint;
+    };
+    if (std::ranges::any_of(found, isHinted)) std::erase_if(found, std::not_fn(isHinted));
+    return found;
 }
 
-/// The units of a normalised name, those of the hinted dimension if there are any.
+/// The units of a normalised name; see the header for what counts as one.
 std::vector<UNIT> Lookup(std::wstring_view name, Hint hint) {
-    std::vector<UNIT> units = UnitsWhose([&](std::wstring_view known) { return known == name; }, hint);
-    if (!units.empty() || name.empty()) return units;
-    units = UnitsWhose([&](std::wstring_view known) { return EqualButForCase(name, known); }, hint);
-    const bool unambiguous =
-        std::ranges::all_of(units, [&](UNIT unit) { return ConvertAlike(unit, units.front()); });
-    return unambiguous ? units : std::vector<UNIT>{};
+    std::vector<NamedUnit> found = UnitsWhose([&](std::wstring_view known) { return known == name; }, hint);
+    if (found.empty()) {
+        found = UnitsWhose([&](std::wstring_view known) { return EqualButForCase(name, known); }, hint);
+        const bool ambiguous = std::ranges::any_of(found, [&](const NamedUnit& named) {
+            return named.name != found.front().name && !ConvertAlike(named.unit, found.front().unit);
+        });
+        if (ambiguous) found.clear();
+    }
+    std::vector<UNIT> units;
+    std::ranges::transform(found, std::back_inserter(units), &NamedUnit::unit);
+    return units;
 }
 
 struct ParsedMember {
@@ -155,16 +162,16 @@ struct ParsedMember {
 };
 using ParsedMembers = std::vector<ParsedMember>;
 
-std::optional<ParsedMembers> ParseMembers(std::wstring_view text, const Hint& hint);
+std::optional<ParsedMembers> ParseMembers(std::wstring_view text, Hint hint);
 
-std::optional<ParsedMembers> ParseName(std::wstring_view text, const Hint& hint) {
+std::optional<ParsedMembers> ParseName(std::wstring_view text, Hint hint) {
     const std::vector<UNIT> units = Lookup(text, hint);
     if (text.empty() || units.empty()) return std::nullopt;
     return ParsedMembers{{units.front()}};
 }
 
 /// A factor: "1", a name or a group in parentheses, the latter two perhaps squared.
-std::optional<ParsedMembers> ParseFactor(std::wstring_view text, const Hint& hint) {
+std::optional<ParsedMembers> ParseFactor(std::wstring_view text, Hint hint) {
     if (text == L"1") return ParsedMembers{};
     if (auto named = ParseName(text, hint)) return named;
 
@@ -194,15 +201,15 @@ std::vector<std::size_t> FactorEnds(std::wstring_view text) {
     return ends;
 }
 
-std::optional<ParsedMembers> ParseMembers(std::wstring_view text, const Hint& hint) {
+std::optional<ParsedMembers> ParseMembers(std::wstring_view text, Hint hint) {
     const std::vector<std::size_t> ends = FactorEnds(text);
     ParsedMembers members;
     std::size_t begin = 0;
     for (auto end = ends.begin(); end != ends.end(); ++end) {
         const bool divide = begin > 0 && text[begin - 1] == kQuotient;
         std::optional<ParsedMembers> factor;
-        // A name with operators of its own is taken whole, the longest first; behind a quotient only one
-        // factor is.
+        // A name with operators of its own is taken whole, the longest first. Behind a quotient it would mean
+        // something else: there only the next factor is divided by.
         for (auto last = divide ? end : ends.end() - 1; last != end && !factor; --last) {
             factor = ParseName(text.substr(begin, *last - begin), hint);
             if (factor) end = last;
@@ -228,14 +235,16 @@ CUnitCtrl::UNIT_CALC CalcOf(const ParsedMember& member) {
 }  // namespace
 
 std::vector<CUnitCtrl::UNIT_CODE> FindUnit(std::wstring_view plainText) {
+    if (plainText.size() > kMaxText) return {};
     return Lookup(Normalised(plainText), std::nullopt);
 }
 
 std::wstring PlainUnitName(const CUnitCtrl& unit) {
     CString name;
     unit.GetUnitName(&name);
-    for (const std::wstring_view markup : {L"#u", L"#l", L"#n"})
+    for (const std::wstring_view markup : {L"#u", L"#l", L"#n"}) {
         name = Replaced(std::move(name), markup, L"");
+    }
     if (name.starts_with(L' ')) {  // no unit as the first member
         name.erase(0, 1);
         if (name.starts_with(kQuotient)) name.insert(0, L"1");

@@ -4,8 +4,8 @@
 // descriptors. Pure functions, independent of the locale and safe from any thread.
 //
 // A name is looked up as it is written, in the unit table and among common other spellings ("um", "deg",
-// "ft", "Ohm"), and regardless of case only when that finds nothing and all that it then finds convert alike.
-// Case never turns a leading "m" into "M" or back: a milli must not become a mega.
+// "ft", "Ohm"). Only when that finds nothing is its case forgiven, as long as what is then found is one name
+// or converts alike. Case never turns a leading "m" into "M" or back: a milli must not become a mega.
 #pragma once
 
 #include <optional>

@@ -15,7 +15,7 @@ enum class UnitKind : std::uint8_t {
     times = 2,              ///< y = x f
     over = 3,               ///< y = x / f
     reciprocal = 4,         ///< y = 1 / x
-    reciprocalTimes = 5,    ///< y = 1 / (f x), back x = 1 / (y / f)
+    reciprocalTimes = 5,    ///< y = 1 / (f x), back 1 / (y / f): by convention no inverse unless f is 1
     reciprocalOver = 6,     ///< y = 1 / x / f, back x = 1 / (f y)
     timesPlus = 7,          ///< y = x f + o
     overPlus = 8,           ///< y = x / f + o

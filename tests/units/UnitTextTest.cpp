@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/units/UnitText.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "Units.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(FindUnit, GivesEveryUnitOfTheName) {
+    EXPECT_THAT(kvx::FindUnit(L"m/s2"), ElementsAre(0x00010004));
+    EXPECT_THAT(kvx::FindUnit(L"g"), ElementsAre(0x00010007, 0x0E000004));
+    EXPECT_THAT(kvx::FindUnit(L"G"), ElementsAre(0x00010008, 0x18000003));
+    EXPECT_THAT(kvx::FindUnit(L"rpm"), ElementsAre(0x00060004, 0x02000003));
+    EXPECT_THAT(kvx::FindUnit(L"dB"), ElementsAre(0x06000002, 0x06000003));
+    EXPECT_THAT(kvx::FindUnit(L""), ElementsAre(0x0F000001));
+    EXPECT_THAT(kvx::FindUnit(L"parsec"), IsEmpty());
+}
+
+TEST(FindUnit, AcceptsOtherSpellings) {
+    const struct {
+        const wchar_t* text;
+        std::uint32_t unit;
+    } cases[] = {
+        {L"m/s#u2#n", 0x00010004},    {L"m/s\u00B2", 0x00010004}, {L"m/s^2", 0x00010004},
+        {L" m / s2 ", 0x00010004},    {L"um", 0x00030009},        {L"\u00B5m", 0x00030009},
+        {L"\u03BCm", 0x00030009},     {L"usec", 0x0100000D},      {L"degC", 0x05000002},
+        {L"\u00B0C", 0x05000002},     {L"\u2103", 0x05000002},    {L"\uFF9FC", 0x05000002},
+        {L"deg C", 0x05000002},       {L"K", 0x05000001},         {L"N.m", 0x12000001},
+        {L"N*m", 0x12000001},         {L"N\u30FBm", 0x12000001},  {L"N\u00B7m", 0x12000001},
+        {L"Nm", 0x12000001},          {L"kgf.m", 0x12000003},     {L"g.cm2", 0x13000001},
+        {L"Ohm", 0x0C000002},         {L"MOhm", 0x0C000004},      {L"mohm", 0x0C000001},
+        {L"k\u2126", 0x0C000003},     {L"ft", 0x00030005},        {L"in/s", 0x00020006},
+        {L"mph", 0x0002000C},         {L"deg/s2", 0x00070002},    {L"\u00B0", 0x07000003},
+        {L"microstrain", 0x00050002},
+    };
+    for (const auto& c : cases)
+        EXPECT_THAT(kvx::FindUnit(c.text), ElementsAre(c.unit)) << kvx::ToUtf8(c.text);
+}
+
+TEST(FindUnit, ForgivesCaseOnlyWhereNothingElseCanBeMeant) {
+    EXPECT_THAT(kvx::FindUnit(L"hz"), ElementsAre(0x02000001));
+    EXPECT_THAT(kvx::FindUnit(L"RPM"), ElementsAre(0x00060004, 0x02000003)) << "one name of two units";
+    EXPECT_THAT(kvx::FindUnit(L"gAL"), ElementsAre(0x00010001, 0x00010002, 0x00010003)) << "all alike";
+    EXPECT_THAT(kvx::FindUnit(L"PA"), IsEmpty()) << "Pa or pA";
+    EXPECT_THAT(kvx::FindUnit(L"mPa"), IsEmpty()) << "a milli is not a mega";
+    EXPECT_THAT(kvx::FindUnit(L"Mg"), IsEmpty()) << "a mega is not a milli";
+}
+
+constexpr std::uint32_t kG = 0x00010007;
+
+TEST(ParseUnit, ReadsCompounds) {
+    constexpr std::uint32_t acc = 0x00010004, v = 0x04000002, hz = 0x02000001, s = 0x01000003, n = 0x00040001,
+                            m = 0x00030003, mm = 0x00030001;
+    const struct {
+        const wchar_t* text;
+        CUnitCtrl unit;
+    } cases[] = {
+        {L"", CUnitCtrl()},
+        {L" 1 ", CUnitCtrl()},
+        {L"g", Single(kG)},
+        {L"(g)", Single(kG)},
+        {L"g2/Hz", Make({kG, 0x010}, {hz, 0x100})},
+        {L"g^2/hz", Make({kG, 0x010}, {hz, 0x100})},
+        {L"G\u00B2/Hz", Make({0x00010008, 0x010}, {hz, 0x100})},
+        {L"(m/s2)2/Hz", Make({acc, 0x010}, {hz, 0x100})},
+        {L"(m/s#u2#n)#u2#n/Hz", Make({acc, 0x010}, {hz, 0x100})},
+        {L"m/s2/V", Make({acc}, {v, 0x100})},
+        {L"V/(m/s2)", Make({v}, {acc, 0x100})},
+        {L"V/m/s2", Make({v}, {m, 0x100}, {s, 0x110})},
+        {L"V.m/s2", Make({v}, {acc})},
+        {L"1/s", Make({s, 0x100})},
+        {L"1/(m/s2)2", Make({acc, 0x110})},
+        {L"(1/s)*V", Make({s, 0x100}, {v})},
+        {L"V/(N/mm)", Make({v}, {n, 0x100}, {mm})},
+        {L"(N/mm)2", Make({n, 0x010}, {mm, 0x110})},
+        {L"((N.s)/mm)/V", Make({n}, {s}, {mm, 0x100}, {v, 0x100})},
+        {L"kgf/cm2", Single(0x00080006)},
+        {L"rpm/m", Single(0x00070004)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(kvx::ToUtf8(c.text));
+        const std::optional<CUnitCtrl> unit = kvx::ParseUnit(c.text);
+        ASSERT_TRUE(unit.has_value());
+        EXPECT_EQ(InfoOf(*unit), InfoOf(c.unit));
+    }
+}
+
+TEST(ParseUnit, PrefersTheHintedDimension) {
+    const auto first = [](const wchar_t* text, std::optional<CUnitCtrl::DIM_CODE> hint) {
+        return InfoOf(*kvx::ParseUnit(text, hint)).members[0].unit;
+    };
+    EXPECT_EQ(first(L"g", std::nullopt), kG);
+    EXPECT_EQ(first(L"g", CUnitCtrl::DIM_MASS), 0x0E000004u);
+    EXPECT_EQ(first(L"G", std::nullopt), 0x00010008u);
+    EXPECT_EQ(first(L"G", CUnitCtrl::DIM_MAGNETIC_FLUX_DENSITY), 0x18000003u);
+    EXPECT_EQ(first(L"rpm", std::nullopt), 0x00060004u);
+    EXPECT_EQ(first(L"rpm", CUnitCtrl::DIM_FREQUENCY), 0x02000003u);
+    EXPECT_EQ(first(L"dB", std::nullopt), 0x06000002u);
+    EXPECT_EQ(first(L"PA", CUnitCtrl::DIM_PRESSURE), 0x00080001u) << "a hint settles the case";
+    EXPECT_EQ(first(L"Hz", CUnitCtrl::DIM_MASS), 0x02000001u) << "a hint forbids nothing";
+}
+
+TEST(ParseUnit, RefusesWhatItCannotRead) {
+    const std::wstring deep(200, L'(');
+    for (const std::wstring& text :
+         {std::wstring(L"furlong"), std::wstring(L"g/"), std::wstring(L"/Hz"), std::wstring(L"g//Hz"),
+          std::wstring(L"(g"), std::wstring(L"g)"), std::wstring(L")g("), std::wstring(L"()"),
+          std::wstring(L"(g)(V)"), std::wstring(L"2"), std::wstring(L"g3"), std::wstring(L"(g2)2"),
+          std::wstring(L"g-1"), std::wstring(L"V.A.s.g.N"), std::wstring(L"PA"), deep, deep + L"g",
+          std::wstring(257, L' ')}) {
+        EXPECT_FALSE(kvx::ParseUnit(text).has_value()) << kvx::ToUtf8(text);
+    }
+}
+
+TEST(PlainUnitName, HasNoMarkup) {
+    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl()), L"");
+    EXPECT_EQ(kvx::PlainUnitName(Single(0x00010004)), L"m/s2");
+    EXPECT_EQ(kvx::PlainUnitName(Make({0x00010004, 0x010}, {0x02000001, 0x100})), L"(m/s2)2/Hz");
+    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(Unit(0x0F000001), Unit(0x02000001), 1)), L"1/Hz");
+    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(Unit(0x0F000001), Unit(0x02000001), 0)), L"Hz");
+}
+
+void ExpectReadsBack(const CUnitCtrl& unit) {
+    const std::wstring text = kvx::PlainUnitName(unit);
+    SCOPED_TRACE(kvx::ToUtf8(text));
+    CUnitCtrl::DIM_CODE hint;
+    unit.GetDimCode(&hint, nullptr, nullptr, nullptr);
+    const std::optional<CUnitCtrl> back = kvx::ParseUnit(text, hint);
+    ASSERT_TRUE(back.has_value());
+    EXPECT_TRUE(*back == unit);
+    // The two dB rows share name and dimension; what is read back is the first.
+    if (InfoOf(unit).members[0].unit == 0x06000003) return;
+    EXPECT_EQ(back->ConvDtoI(8.5, 1, 1), unit.ConvDtoI(8.5, 1, 1));
+    EXPECT_EQ(kvx::PlainUnitName(*back), text);
+}
+
+TEST(PlainUnitName, OfEveryUnitReadsBackAsTheUnit) {
+    for (const CUnitCtrl& unit : AllUnits()) ExpectReadsBack(unit);
+}
+
+TEST(PlainUnitName, OfEveryFormOfCompoundReadsBackAsTheCompound) {
+    const std::uint32_t units[] = {0x00010004, 0x00020001, 0x12000001, 0x02000001, 0x0C000003, 0x05000001};
+    const std::uint32_t flags[] = {0x001, 0x010, 0x100, 0x110};
+    for (const std::uint32_t first : units) {
+        for (const std::uint32_t second : units) {
+            for (const std::uint32_t flag1 : flags) {
+                ExpectReadsBack(Make({first, flag1}));
+                for (const std::uint32_t flag2 : flags) {
+                    ExpectReadsBack(Make({first, flag1}, {second, flag2}));
+                    ExpectReadsBack(
+                        Make({first, flag1}, {second, flag2}, {0x04000001, flag1}, {0x01000001, flag2}));
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
