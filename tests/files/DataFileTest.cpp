@@ -1,0 +1,360 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/platform/UserInterface.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "tests/files/RecordSupport.h"
+#include "tests/support/TempFolder.h"
+
+namespace {
+
+using kvx::DataFileContent;
+using kvx::DataFileFailure;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// A person: answers file dialogs with paths in turn until the dialog accepts, and keeps what was shown.
+class Person final : public kvx::UserInterface {
+public:
+    Person() : previous_(kvx::SetUserInterface(this)) {}
+    ~Person() override { kvx::SetUserInterface(previous_); }
+
+    int ShowMessage(const kvx::MessageRequest& request) override {
+        messages.push_back(request.text);
+        return 1;
+    }
+    std::vector<std::wstring> ChooseFiles(const kvx::FileDialogRequest& request) override {
+        dialog = request;
+        std::vector<std::wstring> chosen;
+        for (const std::wstring& path : picks) {
+            if (request.accept && !request.accept(path)) continue;
+            chosen.push_back(path);
+            if (!request.multiple) break;
+        }
+        return chosen;
+    }
+
+    std::vector<std::wstring> picks;
+    std::vector<std::wstring> messages;
+    kvx::FileDialogRequest dialog;
+
+private:
+    kvx::UserInterface* previous_;
+};
+
+std::string CurrentHeader(CComHdr::EXT_INFO_TYPE type) {
+    CComHdr header(type, L"name");
+    return StoredBytes(header);
+}
+
+std::string FirstHeader(std::uint32_t code, std::uint32_t dataKind) {
+    return ByteImage().Text("RMOC").U32(code).U32(0).Zeros(308).U32(dataKind).Zeros(60).bytes;
+}
+
+std::string CurrentFile() {
+    return CurrentHeader(CComHdr::EXT_INFO_RANDOM_DATA) + WaveBytes() + SpectrumBytes();
+}
+std::string FirstFile() {
+    return FirstHeader(0, 1) + FirstWaveBytes() + FirstSpectrumBytes();
+}
+
+class DataFile : public testing::Test {
+protected:
+    std::wstring Path(const std::string& name = "file.vdf2") const { return (folder_ / name).wstring(); }
+
+    /// Loads the file; the outcome stays in content_ and failure_.
+    int Load() { return CComDataFile::LoadDataFile(Path().c_str(), &content_, &failure_); }
+    int Load(const std::string& bytes) {
+        folder_.Write("file.vdf2", bytes);
+        return Load();
+    }
+    int Store(const std::wstring& path) {
+        return CComDataFile::StoreDataFile(path.c_str(), content_, &failure_);
+    }
+    bool IsEmpty() const { return content_.records.empty() && content_.header == CComHdr(); }
+
+    TempFolder folder_;
+    DataFileContent content_;
+    DataFileFailure failure_;
+};
+
+TEST_F(DataFile, IsLoadedAndStoredByteForByte) {
+    ASSERT_EQ(Load(CurrentFile()), 1);
+    EXPECT_EQ(failure_.reason, DataFileFailure::kNone);
+    EXPECT_EQ(content_.header.GetName(), L"name");
+    ASSERT_EQ(content_.records.size(), 2U);
+    EXPECT_EQ(content_.records[0].GetReal(0, 1)[1], -4.5);
+    EXPECT_EQ(content_.records[1].GetImaginary(0, 0)[1], 0.25);
+
+    ASSERT_EQ(Store(Path("copy.vdf2")), 1);
+    EXPECT_EQ(folder_.Read("copy.vdf2"), CurrentFile());
+    EXPECT_EQ(folder_.Count(), 2U);
+}
+
+TEST_F(DataFile, OfTheFirstGenerationBecomesACurrentOne) {
+    ASSERT_EQ(Load(FirstFile()), 1);
+    EXPECT_EQ(content_.header.GetExtInfoType(CComHdr::HDRCODE_CURRENT), CComHdr::EXT_INFO_RANDOM_DATA);
+    ASSERT_EQ(content_.records.size(), 2U);
+    ASSERT_EQ(Store(Path()), 1);
+    EXPECT_EQ(folder_.Read("file.vdf2").substr(0, 8), CurrentFile().substr(0, 8));
+    EXPECT_THAT(folder_.Read("file.vdf2"), testing::EndsWith(SpectrumBytes()));
+}
+
+TEST_F(DataFile, CutShortAnywhereFailsAndSaysWhere) {
+    const struct {
+        std::string bytes;
+        std::size_t first, second;  // where the records begin
+    } files[] = {{CurrentFile(), 640, 640 + WaveBytes().size()},
+                 {FirstFile(), 384, 384 + FirstWaveBytes().size()}};
+    for (const auto& [bytes, first, second] : files) {
+        folder_.Write("file.vdf2", bytes);
+        for (std::size_t size = bytes.size(); size-- > 0;) {
+            resize_file(folder_ / "file.vdf2", size);
+            if (size == second) continue;  // a file of one record
+            ASSERT_EQ(Load(), 0) << size;
+            ASSERT_TRUE(IsEmpty()) << size;
+            const auto reason = size < 4        ? DataFileFailure::kNotDataFile
+                                : size == first ? DataFileFailure::kNoRecord
+                                                : DataFileFailure::kFileError;
+            ASSERT_EQ(failure_.reason, reason) << size;
+            const bool isShort = reason == DataFileFailure::kFileError;
+            ASSERT_EQ(failure_.error.m_cause == CFileException::endOfFile, isShort) << size;
+            ASSERT_EQ(failure_.record, size <= first ? -1 : size < second ? 0 : 1) << size;
+            ASSERT_EQ(failure_.offset, size <= first ? 0 : size < second ? first : second) << size;
+        }
+    }
+}
+
+TEST_F(DataFile, WithAnyByteDamagedIsWholeOrRefused) {
+    // The samples of the last record reach past 4096 bytes.
+    CComDataWave wave(1.0, 1, 1, 400, 0, CUnitCtrl(), nullptr, nullptr);
+    std::iota(wave.GetReal(0, 0), wave.GetReal(0, 0) + 400, 1.0);
+    const std::string bytes = CurrentFile() + StoredBytes(wave);
+    folder_.Write("file.vdf2", bytes);
+    std::fstream file(folder_ / "file.vdf2", std::ios::in | std::ios::out | std::ios::binary);
+    const auto put = [&file](std::size_t place, int byte) {
+        file.seekp(static_cast<std::streamoff>(place)).put(static_cast<char>(byte)).flush();
+    };
+    int loaded = 0;
+    for (std::size_t place = 0; place < 4096; ++place) {
+        for (const int flips : {0xFF, 0x01, 0x80}) {
+            put(place, bytes[place] ^ flips);
+            loaded += Load();
+            ASSERT_EQ(content_.records.size(), failure_.reason == DataFileFailure::kNone ? 3U : 0U) << place;
+        }
+        put(place, bytes[place]);
+    }
+    EXPECT_GT(loaded, 3 * 3000) << "damaged samples and texts are still samples and texts";
+    EXPECT_LT(loaded, 3 * 4096);
+}
+
+TEST_F(DataFile, HoldsWholeRecordsOfTheDataGroupAndNothingElse) {
+    const std::string record = WaveBytes();
+    std::string emptyRecord = record;
+    emptyRecord[4] = 9;
+    const struct {
+        std::string bytes;
+        DataFileFailure::Reason reason;
+        const char* text;
+    } cases[] = {
+        {CurrentHeader(CComHdr::EXT_INFO_GRAPH_COLOR) + record, DataFileFailure::kNotDataFile,
+         "not a data file"},
+        {FirstHeader(0x11001, 1001) + FirstWaveBytes(), DataFileFailure::kNotDataFile, "not a data file"},
+        {std::string(2000, 'x'), DataFileFailure::kNotDataFile, "not a data file"},
+        {"", DataFileFailure::kNotDataFile, "not a data file"},
+        {CurrentHeader(CComHdr::EXT_INFO_VIB_DATA), DataFileFailure::kNoRecord, "no record"},
+        {CurrentFile() + "x", DataFileFailure::kFileError, "record 3 at byte"},
+        {CurrentHeader(CComHdr::EXT_INFO_VIB_DATA) + emptyRecord, DataFileFailure::kBadRecord,
+         "record 1 at byte 640: the record is empty or damaged"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Load(c.bytes), 0) << c.text;
+        EXPECT_EQ(failure_.reason, c.reason) << c.text;
+        EXPECT_THAT(failure_.Text(), testing::AllOf(HasSubstr(c.text), HasSubstr("file.vdf2")));
+        EXPECT_TRUE(IsEmpty());
+    }
+}
+
+TEST_F(DataFile, ThatCannotBeReadGivesTheCause) {
+    const struct {
+        std::wstring path;
+        int cause;
+    } cases[] = {
+        {Path("missing.vdf2"), CFileException::fileNotFound},
+        {folder_.Path().wstring(), CFileException::accessDenied},
+        {L"/dev/zero", CFileException::invalidFile},  // without an end
+        {L"", CFileException::badPath},
+    };
+    for (const auto& c : cases) {
+        content_.records.resize(1);
+        EXPECT_EQ(CComDataFile::LoadDataFile(c.path.c_str(), &content_, &failure_), 0);
+        EXPECT_EQ(failure_.reason, DataFileFailure::kFileError);
+        EXPECT_EQ(failure_.error.m_cause, c.cause);
+        EXPECT_EQ(failure_.error.m_strFileName, c.path);
+        EXPECT_TRUE(IsEmpty());
+    }
+    EXPECT_EQ(CComDataFile::LoadDataFile(nullptr, &content_), 0);
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), nullptr), 0);
+    EXPECT_EQ(CComDataFile::StoreDataFile(nullptr, content_), 0);
+}
+
+TEST_F(DataFile, ThatCannotBeStoredLeavesTheOldOne) {
+    const std::string old = CurrentFile();
+    ASSERT_EQ(Load(old), 1);
+    const DataFileContent good = content_;
+    const auto expectRefused = [&](DataFileFailure::Reason reason, int cause, __int64 record) {
+        EXPECT_EQ(Store(Path()), 0);
+        EXPECT_EQ(failure_.reason, reason);
+        EXPECT_EQ(failure_.error.m_cause, cause);
+        EXPECT_EQ(failure_.record, record);
+        EXPECT_EQ(folder_.Read("file.vdf2"), old);
+        EXPECT_EQ(folder_.Count(), 1U);
+    };
+    content_.records.emplace_back();
+    expectRefused(DataFileFailure::kBadRecord, CFileException::genericException, 2);
+    content_.records.clear();
+    expectRefused(DataFileFailure::kNoRecord, CFileException::genericException, -1);
+    content_ = good;
+    content_.header.SetExtInfoType(CComHdr::EXT_INFO_GRAPH_COLOR);
+    expectRefused(DataFileFailure::kNotDataFile, CFileException::genericException, -1);
+    COMHDR_TAG tag = good.header.GetTag();
+    tag.Magic = 0;
+    content_.header = &tag;
+    expectRefused(DataFileFailure::kNotDataFile, CFileException::genericException, -1);
+
+    // A limit on the size of files acts like a disk that fills up while the records are written.
+    content_ = good;
+    rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = before;
+    small.rlim_cur = 1000;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    expectRefused(DataFileFailure::kFileError, CFileException::diskFull, -1);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+
+    const std::pair<std::wstring, int> places[] = {{Path("missing/file.vdf2"), CFileException::badPath},
+                                                   {folder_.Path().wstring(), CFileException::accessDenied},
+                                                   {L"/dev/full", CFileException::diskFull}};
+    for (const auto& [path, cause] : places) {
+        EXPECT_EQ(Store(path), 0);
+        EXPECT_EQ(failure_.error.m_cause, cause);
+    }
+}
+
+TEST_F(DataFile, TellsThePersonOnceAndOnlyWhenAsked) {
+    Person person;
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, nullptr, 0), 0);
+    EXPECT_TRUE(person.messages.empty());
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, nullptr, 1), 0);
+    folder_.Write("text.txt", "not a data file");
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path("text.txt").c_str(), &content_, nullptr, 1), 0);
+    ASSERT_EQ(Load(CurrentFile()), 1);
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, nullptr, 1), 1);
+    EXPECT_EQ(CComDataFile::StoreDataFile(folder_.Path().wstring().c_str(), content_, nullptr, 1), 0);
+    EXPECT_THAT(
+        person.messages,
+        ElementsAre(Path() + L"\nファイルが見つかりません", Path("text.txt") + L"\nファイル種別が不正です",
+                    folder_.Path().wstring() + L"\nファイルへのアクセスが拒否されました"));
+}
+
+TEST(DataFileDialog, FiltersNameTheKindAndItsPattern) {
+    CString filter = L"old";
+    EXPECT_EQ(CComDataFile::MakeFilter(CComHdr::EXT_INFO_VIB_DATA, &filter), 1);
+    EXPECT_EQ(filter, L"加振データファイル (*.vdf2)|*.vdf2||");
+    EXPECT_EQ(CComDataFile::MakeFilter(static_cast<CComHdr::EXT_INFO_TYPE>(328), &filter), 1);
+    EXPECT_EQ(filter, L"ページ復元情報ファイル (*.dat2)|*.dat2||");
+    EXPECT_EQ(CComDataFile::MakeFilter(CComHdr::EXT_INFO_NONE, &filter), 0);
+    EXPECT_EQ(CComDataFile::MakeFilter(CComHdr::EXT_INFO_VIB_DATA, nullptr), 0);
+}
+
+class DataFileDialogs : public testing::Test {
+protected:
+    DataFileDialogs() {
+        folder_.Write("random.vdf2", CurrentFile());
+        folder_.Write("shock.vdf", FirstHeader(0, 2));
+        folder_.Write("short.vdf", FirstHeader(0, 2).substr(0, 320));
+        folder_.Write("colours.gci2", CurrentHeader(CComHdr::EXT_INFO_GRAPH_COLOR));
+        folder_.Write("text.txt", "text");
+    }
+    std::wstring Path(const std::string& name) const { return (folder_ / name).wstring(); }
+    std::vector<std::wstring> All() const {
+        return {Path("text.txt"), Path("colours.gci2"), Path("short.vdf"), Path("shock.vdf"),
+                Path("random.vdf2")};
+    }
+
+    TempFolder folder_;
+    Person person_;
+};
+
+/// Accepts the application whose number `user` is.
+int OnlyApplication(const wchar_t* path, std::int32_t appType, __int64 user) {
+    EXPECT_NE(std::wstring(path).find(L".vdf"), std::wstring::npos) << "only data files are put to the check";
+    return appType == user;
+}
+
+TEST_F(DataFileDialogs, StayOpenUntilADataFileIsChosen) {
+    person_.picks = All();
+    CString path;
+    EXPECT_EQ(CComDataFile::OpenDataFile(CComHdr::EXT_INFO_VIB_DATA, L"C:\\data", &path), 1);
+    EXPECT_EQ(path, Path("shock.vdf"));
+    EXPECT_EQ(person_.messages, std::vector<std::wstring>(3, L"ファイル種別が不正です"));
+    EXPECT_EQ(person_.dialog.filter, L"加振データファイル (*.vdf2)|*.vdf2||");
+    EXPECT_EQ(person_.dialog.defaultExtension, L".vdf2");
+    EXPECT_EQ(person_.dialog.initialDirectory, L"C:\\data");
+    EXPECT_FALSE(person_.dialog.save || person_.dialog.multiple);
+}
+
+TEST_F(DataFileDialogs, LetTheCallerRefuseWithoutAMessage) {
+    person_.picks = {Path("shock.vdf"), Path("random.vdf2")};
+    CString path;
+    EXPECT_EQ(CComDataFile::OpenDataFileEx(CComHdr::EXT_INFO_VIB_DATA, nullptr, &path, OnlyApplication,
+                                           CComHdr::APP_RANDOM),
+              1);
+    EXPECT_EQ(path, Path("random.vdf2"));
+    EXPECT_TRUE(person_.messages.empty());
+}
+
+TEST_F(DataFileDialogs, OpenSeveralFilesAtOnce) {
+    person_.picks = All();
+    CStringArray paths;
+    EXPECT_EQ(CComDataFile::OpenDataFileMulti(CComHdr::EXT_INFO_VIB_DATA, L"", &paths, nullptr, 0), 1);
+    EXPECT_THAT(paths, ElementsAre(Path("shock.vdf"), Path("random.vdf2")));
+    EXPECT_TRUE(person_.dialog.multiple);
+}
+
+TEST_F(DataFileDialogs, LeaveTheOutputWhenNothingIsChosen) {
+    CString path = L"old";
+    CStringArray paths = {L"old"};
+    EXPECT_EQ(CComDataFile::OpenDataFile(CComHdr::EXT_INFO_VIB_DATA, nullptr, &path), 0);
+    EXPECT_EQ(CComDataFile::OpenDataFileMulti(CComHdr::EXT_INFO_VIB_DATA, nullptr, &paths, nullptr, 0), 0);
+    EXPECT_EQ(CComDataFile::SaveDataFile(CComHdr::EXT_INFO_VIB_DATA, nullptr, &path), 0);
+    person_.picks = {Path("random.vdf2")};
+    EXPECT_EQ(CComDataFile::OpenDataFile(CComHdr::EXT_INFO_NONE, nullptr, &path), 0) << "no such kind";
+    EXPECT_EQ(CComDataFile::OpenDataFile(CComHdr::EXT_INFO_VIB_DATA, nullptr, nullptr), 0);
+    EXPECT_EQ(path + paths[0], L"oldold");
+}
+
+TEST_F(DataFileDialogs, GiveANameToStoreUnderItsExtension) {
+    CString path;
+    person_.picks = {L"C:\\data.d\\new"};
+    EXPECT_EQ(CComDataFile::SaveDataFile(CComHdr::EXT_INFO_VIB_DATA, nullptr, &path), 1);
+    EXPECT_EQ(path, L"C:\\data.d\\new.vdf2");
+    EXPECT_TRUE(person_.dialog.save);
+    person_.picks = {L"new.other"};
+    EXPECT_EQ(CComDataFile::SaveDataFile(CComHdr::EXT_INFO_VIB_DATA, nullptr, &path), 1);
+    EXPECT_EQ(path, L"new.other");
+    EXPECT_EQ(CComDataFile::SaveDataFile(CComHdr::EXT_INFO_VIB_DATA, nullptr, nullptr), 0);
+}
+
+}  // namespace
