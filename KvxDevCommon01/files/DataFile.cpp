@@ -139,25 +139,28 @@ CStringArray Choose(kvx::FileDialogRequest request, CComHdr::EXT_INFO_TYPE kind,
 }  // namespace
 
 std::string DataFileFailure::Text() const {
-    const std::string name = "'" + kvx::ToUtf8(error.m_strFileName) + "'";
-    const std::string place =
-        record < 0 ? ""
-                   : "record " + std::to_string(record + 1) + " at byte " + std::to_string(offset) + ": ";
+    std::string text;
+    if (record >= 0)
+        text += "record " + std::to_string(record + 1) + " at byte " + std::to_string(offset) + ": ";
     switch (reason) {
         case kNone:
             return "no error";
         case kFileError:
-            return place + error.what();
+            return text + error.what();
         case kNotDataFile:
-            return "this is not a data file: " + name;
+            text += "this is not a data file";
+            break;
         case kNoRecord:
-            return "there is no record: " + name;
+            text += "there is no record";
+            break;
         case kBadRecord:
-            return place + "the record is empty or damaged: " + name;
+            text += "the record is empty or damaged";
+            break;
         case kNoMemory:
-            return place + "there is not enough memory: " + name;
+            text += "there is not enough memory";
+            break;
     }
-    return {};
+    return text + ": '" + kvx::ToUtf8(error.m_strFileName) + "'";
 }
 
 int CComDataFile::LoadDataFile(const wchar_t* path, DataFileContent* content, DataFileFailure* failure,
