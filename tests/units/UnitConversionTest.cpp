@@ -245,6 +245,8 @@ TEST(Conversion, CompoundsActByTheRatiosOfTheirMembers) {
         EXPECT_TRUE(std::isnan(c.unit.ConvDtoI(kNan, 1, 0)));
     }
     EXPECT_TRUE(std::isnan(cases[1].unit.ConvDtoI(kInf, 1, 0))) << "the ratio of infinities is no number";
+    EXPECT_TRUE(std::isnan(CUnitCtrl(Unit(0x04000002), Unit(0x0F000001), 1).ConvDtoI(kInf, 1, 0)))
+        << "a second member counts even when it is no unit";
 }
 
 TEST(Conversion, TheWayBackTakesTheMembersInReverse) {
