@@ -44,7 +44,7 @@ void LoadNarrow(CArchive& archive, CDataArrayDoubleMtxCplx& data) {
     narrow.Serialize1st(archive);
     if (!data.SetDataArrayMtxCplx(narrow)) data.Free();
     // Complex arrays widen the no-data marker like any number.
-    constexpr double kWideMarker = kvx::kNoValue<float>;
+    constexpr auto kWideMarker = static_cast<double>(kvx::kNoValue<float>);
     for (__int64 row = 0; row < data.GetNumRow(); ++row) {
         for (__int64 col = 0; col < data.GetNumCol(); ++col) {
             for (double* samples : {data.GetReal(row, col), data.GetImaginary(row, col)}) {

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+//
+// Damaged data files: loading gives the contents or a reason, and contents stored again load as the same.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <string>
+
+#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/platform/ByteStream.h>
+
+namespace {
+
+/// Loads bytes as a file, which lies in memory only.
+bool LoadBytes(std::span<const std::byte> bytes, kvx::DataFileContent* content) {
+    const int file = memfd_create("data file", 0);
+    if (file < 0 || write(file, bytes.data(), bytes.size()) != std::ssize(bytes)) std::abort();
+    kvx::DataFileFailure failure;
+    const std::wstring path = L"/proc/self/fd/" + std::to_wstring(file);
+    const bool isLoaded = CComDataFile::LoadDataFile(path.c_str(), content, &failure) != 0;
+    close(file);
+    if (isLoaded != (failure.reason == kvx::DataFileFailure::kNone) || failure.Text().empty()) std::abort();
+    return isLoaded;
+}
+
+kvx::MemoryStream Stored(kvx::DataFileContent& content) {
+    kvx::MemoryStream stream;
+    CArchive archive(stream, CArchive::store);
+    content.header.Serialize(archive);
+    for (const CComDataBase& record : content.records) record.Store(archive);
+    archive.Flush();
+    return stream;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    kvx::DataFileContent content;
+    if (!LoadBytes(std::as_bytes(std::span(data, size)), &content)) return 0;
+    kvx::DataFileContent again;
+    if (!LoadBytes(Stored(content).Bytes(), &again) || again.records.size() != content.records.size())
+        std::abort();
+    return 0;
+}
