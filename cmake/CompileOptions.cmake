@@ -7,6 +7,10 @@ function(kvx_compile_options target)
         target_compile_options(${target} PRIVATE
             -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion -Wformat=2
             -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wundef -Wimplicit-fallthrough)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+            # GCC 12 takes the concatenation of short strings for overlapping copies (GCC bug 105651).
+            target_compile_options(${target} PRIVATE -Wno-restrict)
+        endif()
         if(KVX_WARNINGS_AS_ERRORS)
             target_compile_options(${target} PRIVATE -Werror)
         endif()
