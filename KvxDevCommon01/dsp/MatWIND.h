@@ -29,10 +29,11 @@ public:
     static int GeneBlackmanHarris_61dB(CDataArrayDouble* window);
     /// The minimum three-term window of Harris (1978): side lobes below -67 dB.
     static int GeneBlackmanHarris_67dB(CDataArrayDouble* window);
-    /// The four-term window of Harris (1978) with side lobes below -74 dB.
+    /// The four-term window of Harris (1978) for -74 dB with the coefficients as first printed, whose side
+    /// lobes are in fact at -57 dB.
     static int GeneBlackmanHarris_74dB(CDataArrayDouble* window);
-    /// The -67 dB window times sin(x)/x, x = 2.4 pi (N - 2n)/N: the level of a line is right wherever between
-    /// two lines a sine lies.
+    /// The -67 dB window times sin(x)/x, x = 2.4 pi (N - 2n)/N: the level of a line is right within 1.2 %
+    /// (0.1 dB) wherever between two lines a sine lies.
     static int GeneFlatTop(CDataArrayDouble* window);
     /// Sets the N/2 samples from N/4 on to 1 and leaves the others as they are.
     static int GeneHalfRectangular(CDataArrayDouble* window);

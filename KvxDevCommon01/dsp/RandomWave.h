@@ -16,7 +16,7 @@ namespace kvx {
 /// How a random signal is made.
 struct RandomWaveSettings {
     /// Sampling rate [Hz]. What the profile holds above half of it is left out.
-    double rateHz;
+    double rateHz = 0.0;
     /// Rms that the signal is scaled to in the end; 0 leaves it as it comes, with that of the profile on
     /// average.
     double targetRms = 0.0;

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/dsp/MatFFT.h>
+#include <tests/dsp/Signals.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace {
+
+using Transform = int (*)(double*, double*, __int64, double*, double*, __int64);
+constexpr Transform kForward[] = {CMatFFT::WaveRfft, CMatFFT::XfrRfft};
+constexpr Transform kInverse[] = {CMatFFT::WaveIfft, CMatFFT::XfrIfft};
+constexpr Transform kTransforms[] = {CMatFFT::WaveRfft, CMatFFT::XfrRfft, CMatFFT::WaveIfft,
+                                     CMatFFT::XfrIfft};
+
+TEST(WaveRfft, ReadsPeakAmplitudesOfACosineASineAndAConstant) {
+    Wave wave(1024), work(1024), re(512), im(512);
+    for (std::size_t n = 0; n < wave.size(); ++n) {
+        const double angle = 2.0 * std::numbers::pi * static_cast<double>(n) / 1024.0;
+        wave[n] = std::cos(5.0 * angle) + 3.0 * std::sin(7.0 * angle) - 2.5;
+    }
+    ASSERT_EQ(CMatFFT::WaveRfft(wave.data(), work.data(), 1024, re.data(), im.data(), 512), 1);
+    for (std::size_t k = 0; k < 512; ++k) {
+        EXPECT_NEAR(re[k], k == 5 ? 1.0 : k == 0 ? -2.5 : 0.0, 4e-15) << k;
+        EXPECT_NEAR(im[k], k == 7 ? -3.0 : 0.0, 4e-15) << k;
+    }
+}
+
+/// Block sizes from 2^0 to 2^12.
+class TransformOfSize : public testing::TestWithParam<int> {
+protected:
+    const std::size_t size = std::size_t{1} << GetParam();
+    const __int64 N = __int64{1} << GetParam();
+    /// Of one value of the unscaled transform of noise.
+    const double tolerance = 1e-15 * std::sqrt(static_cast<double>(size)) * (GetParam() + 1);
+};
+
+TEST_P(TransformOfSize, ForwardLeavesTheWholeTransformInTheBlocksAndTheLinesAskedFor) {
+    const Wave input = Noise(size);
+    const DirectTransform direct(size);
+    const std::size_t asked = size / 2 + 1;
+    for (const Transform transform : kForward) {
+        const bool unscaled = transform == CMatFFT::XfrRfft;
+        Wave wave = input, work(size), re(asked + 1, 9.0), im(asked + 1, 9.0);
+        ASSERT_EQ(transform(wave.data(), work.data(), N, re.data(), im.data(), static_cast<__int64>(asked)),
+                  1);
+        EXPECT_EQ(work[0], 0.0);
+        EXPECT_EQ(re[asked], 9.0);
+        EXPECT_EQ(im[asked], 9.0);
+        for (std::size_t k = 0; k < size; k += 1 + size / 512) {
+            const Line exact = direct.At<double>(input, k);
+            EXPECT_NEAR(wave[k], unscaled ? static_cast<double>(exact.real()) : input[k],
+                        unscaled ? tolerance : 0.0)
+                << k;
+            EXPECT_NEAR(work[k], static_cast<double>(exact.imag()), tolerance) << k;
+            if (k >= asked) continue;
+            const double scale = unscaled ? 1.0 : (k == 0 ? 1.0 : 2.0) / static_cast<double>(N);
+            EXPECT_NEAR(re[k], scale * static_cast<double>(exact.real()), scale * tolerance) << k;
+            EXPECT_NEAR(im[k], scale * static_cast<double>(exact.imag()), scale * tolerance) << k;
+        }
+    }
+}
+
+TEST_P(TransformOfSize, InverseIsTheTimeBlockOfAnyNumberOfLines) {
+    for (std::size_t count = 1; count <= size; count += 1 + (size > 32 ? size / 5 : 0)) {
+        Wave re = Noise(count, 5), im = Noise(count, 6);
+        // The two-sided spectrum, built line after line: a later line overwrites an earlier one.
+        std::vector<Line> spectrum(size);
+        for (std::size_t k = 1; k < count; ++k) {
+            spectrum[k] = Line(re[k], im[k]);
+            spectrum[size - k] = std::conj(spectrum[k]);
+        }
+        const DirectTransform direct(size, 1);
+        for (const Transform transform : kInverse) {
+            const bool unscaled = transform == CMatFFT::XfrIfft;
+            const long double scale = unscaled ? 1.0L / static_cast<long double>(size) : 0.5L;
+            spectrum[0] = unscaled ? re[0] : 2.0 * re[0];
+            Wave wave(size, 9.0), work(size, 9.0);
+            const auto lineCount = static_cast<__int64>(count);
+            ASSERT_EQ(transform(wave.data(), work.data(), N, re.data(), im.data(), lineCount), 1);
+            for (std::size_t n = 0; n < size; n += 1 + size / 256) {
+                const Line exact = scale * direct.At<Line>(spectrum, n);
+                EXPECT_NEAR(wave[n], static_cast<double>(exact.real()), tolerance)
+                    << count << " lines, sample " << n;
+                EXPECT_NEAR(work[n], static_cast<double>(exact.imag()), tolerance)
+                    << count << " lines, sample " << n;
+            }
+        }
+    }
+}
+
+TEST_P(TransformOfSize, LinesMayBeTheBlocksThemselves) {
+    for (const __int64 count : {std::max<__int64>(1, N / 2), N}) {
+        for (int pair = 0; pair < 2; ++pair) {
+            Wave wave = Noise(size), work(size), re(size), im(size), timeBlock(size), zeros(size);
+            kForward[pair](wave.data(), work.data(), N, re.data(), im.data(), count);
+            kInverse[pair](timeBlock.data(), zeros.data(), N, re.data(), im.data(), count);
+            Wave same = Noise(size), sameWork(size);
+            ASSERT_EQ(kForward[pair](same.data(), sameWork.data(), N, same.data(), sameWork.data(), count),
+                      1);
+            EXPECT_TRUE(std::equal(re.begin(), re.begin() + count, same.begin()));
+            EXPECT_TRUE(std::equal(im.begin(), im.begin() + count, sameWork.begin()));
+            ASSERT_EQ(kInverse[pair](same.data(), sameWork.data(), N, same.data(), sameWork.data(), count),
+                      1);
+            EXPECT_EQ(same, timeBlock);
+            EXPECT_EQ(sameWork, zeros);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(PowersOfTwo, TransformOfSize, testing::Range(0, 13),
+                         [](const auto& test) { return std::to_string(1 << test.param); });
+
+TEST(Transforms, RefuseNullBlocksAndSizesThatTheyDoNotHave) {
+    for (const Transform transform : kTransforms) {
+        Wave a(16, 7.0), b(16, 7.0), c(16, 7.0), d(16, 7.0);
+        EXPECT_EQ(transform(nullptr, b.data(), 16, c.data(), d.data(), 8), 0);
+        EXPECT_EQ(transform(a.data(), nullptr, 16, c.data(), d.data(), 8), 0);
+        EXPECT_EQ(transform(a.data(), b.data(), 16, nullptr, d.data(), 8), 0);
+        EXPECT_EQ(transform(a.data(), b.data(), 16, c.data(), nullptr, 8), 0);
+        for (const __int64 size :
+             {0LL, -16LL, 3LL, 12LL, 262144LL, 1LL << 62, std::numeric_limits<long long>::min()}) {
+            EXPECT_EQ(transform(a.data(), b.data(), size, c.data(), d.data(), 8), 0) << size;
+        }
+        for (const __int64 count : {0LL, -1LL, 17LL, 1LL << 62}) {
+            EXPECT_EQ(transform(a.data(), b.data(), 16, c.data(), d.data(), count), 0) << count;
+        }
+        for (const Wave& block : {a, b, c, d}) EXPECT_EQ(block, Wave(16, 7.0));
+    }
+}
+
+TEST(Transforms, SpreadANaNInsteadOfHidingIt) {
+    Wave wave = Noise(64), work(64), re(32), im(32);
+    wave[13] = std::nan("");
+    ASSERT_EQ(CMatFFT::WaveRfft(wave.data(), work.data(), 64, re.data(), im.data(), 32), 1);
+    for (std::size_t k = 0; k < 32; ++k) EXPECT_TRUE(std::isnan(re[k] + im[k])) << k;
+}
+
+TEST(GetCosSinI, GoesRoundTheCircleInBothDirections) {
+    constexpr __int64 kHuge = std::numeric_limits<__int64>::max();
+    for (const __int64 size : {__int64{1}, __int64{4}, __int64{100}, __int64{131072}, kHuge}) {
+        for (const __int64 i :
+             {__int64{0}, __int64{1}, __int64{65536}, __int64{131071}, __int64{-200001}, kHuge, -kHuge - 1}) {
+            double cosine = 9.0, sine = 9.0;
+            ASSERT_EQ(CMatFFT::GetCosSinI(i, size, &cosine, &sine), 1);
+            const double angle =
+                2.0 * std::numbers::pi * static_cast<double>(i % size) / static_cast<double>(size);
+            // Half a step of the table unless the size divides its circle.
+            const double tolerance = 131072 % size == 0 ? 1e-15 : std::numbers::pi / 131072.0;
+            EXPECT_NEAR(cosine, std::cos(angle), tolerance) << i << '/' << size;
+            EXPECT_NEAR(sine, std::sin(angle), tolerance) << i << '/' << size;
+        }
+    }
+    double value = 9.0;
+    EXPECT_EQ(CMatFFT::GetCosSinI(1, 4, nullptr, &value), 1);
+    EXPECT_EQ(value, 1.0);
+    EXPECT_EQ(CMatFFT::GetCosSinI(2, 4, &value, nullptr), 1);
+    EXPECT_EQ(value, -1.0);
+    EXPECT_EQ(CMatFFT::GetCosSinI(1, 0, &value, &value), 0);
+    EXPECT_EQ(CMatFFT::GetCosSinI(1, -4, &value, &value), 0);
+    EXPECT_EQ(value, -1.0);
+}
+
+}  // namespace

@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/dsp/MatFFT.h>
+#include <KvxDevCommon01/dsp/MatSpec.h>
+#include <tests/dsp/Signals.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const double kNaN = std::nan("");
+
+/// Whether a complex array holds these values.
+bool Holds(const CDataArrayDoubleCplx& spectrum, const Wave& re, const Wave& im) {
+    return spectrum.GetNum() == Size(re) && spectrum.IsComplex() &&
+           std::equal(re.begin(), re.end(), spectrum.GetReal()) &&
+           std::equal(im.begin(), im.end(), spectrum.GetImaginary());
+}
+
+TEST(CMatSpec, TurnsAmplitudesIntoDensitiesAndPowersAndBack) {
+    const Wave amp{2, 1, 0, 4}, zeros(4);
+    struct Case {
+        __int64 dc;
+        Wave psd;
+    };
+    for (const auto& [dc, psd] :
+         {Case{0, {8, 1, 0, 16}}, Case{-1, {4, 1, 0, 16}}, Case{3, {4, 1, 0, 32}}, Case{4, {4, 1, 0, 16}}}) {
+        CDataArrayDouble out(4, 9.0);
+        CDataArrayDoubleCplx complexOut = ToSpectrum(amp, amp), realOut = ToSpectrum(amp);
+        ASSERT_EQ(CMatSpec::CnvAmpToPsd(&out, ToArray(amp), 0.5, dc), 1);
+        EXPECT_EQ(ToWave(out), psd) << "dc " << dc;
+        ASSERT_EQ(CMatSpec::CnvPsdToAmp(&out, out, 0.5, dc), 1);
+        EXPECT_EQ(ToWave(out), amp) << "dc " << dc;
+        ASSERT_EQ(CMatSpec::CnvCplxToPsd(&out, ToSpectrum(amp), 0.5, dc), 1);
+        EXPECT_EQ(ToWave(out), psd) << "dc " << dc;
+        ASSERT_EQ(CMatSpec::CnvCplxToPow(&out, ToSpectrum(amp), dc), 1);
+        ASSERT_EQ(CMatSpec::CnvPowToPsd(&out, out, 0.5), 1);
+        EXPECT_EQ(ToWave(out), psd) << "dc " << dc;
+        for (CDataArrayDoubleCplx* const inPlace : {&complexOut, &realOut}) {
+            ASSERT_EQ(CMatSpec::CnvAmpToPsd(inPlace, *inPlace, 0.5, dc), 1);
+            EXPECT_TRUE(Holds(*inPlace, psd, zeros)) << "dc " << dc;
+            ASSERT_EQ(CMatSpec::CnvPsdToAmp(inPlace, *inPlace, 0.5, dc), 1);
+            EXPECT_TRUE(Holds(*inPlace, amp, zeros)) << "dc " << dc;
+        }
+    }
+    CDataArrayDouble pow(2, 9.0);
+    ASSERT_EQ(CMatSpec::CnvCplxToPow(&pow, ToSpectrum({3, 3}, {4, 4}), 0), 1);
+    EXPECT_EQ(ToWave(pow), (Wave{25, 12.5}));
+}
+
+TEST(CMatSpec, FormsCrossPowersAndTransferFunctions) {
+    const CDataArrayDoubleCplx a = ToSpectrum({1, 1, 0}, {2, 2, 0}), b = ToSpectrum({3, 3, 5}, {-1, -1, 5});
+    CDataArrayDoubleCplx cross(0, 3), power(1, 3), transfer(0, 3), inPlace = a;
+    // (1 + 2i)(3 + i) = 1 + 7i
+    ASSERT_EQ(CMatSpec::CalcCrossPow(&cross, a, b, 0), 1);
+    EXPECT_TRUE(Holds(cross, {1, 0.5, 0}, {7, 3.5, 0}));
+    ASSERT_EQ(CMatSpec::CalcCrossPow(&power, a, a, 0), 1);
+    EXPECT_TRUE(Holds(power, {5, 2.5, 0}, {0, 0, 0}));
+    ASSERT_EQ(CMatSpec::CalcXfr(&transfer, power, cross), 1);
+    EXPECT_TRUE(Holds(transfer, {0.2, 0.2, 0}, {1.4, 1.4, 0}));
+    ASSERT_EQ(CMatSpec::CalcCrossPow(&inPlace, inPlace, b, 0), 1);
+    EXPECT_TRUE(Holds(inPlace, {1, 0.5, 0}, {7, 3.5, 0}));
+    ASSERT_EQ(CMatSpec::CalcXfr(&inPlace, power, ToSpectrum({5, 5, 5})), 1);
+    EXPECT_TRUE(Holds(inPlace, {1, 2, 0}, {0, 0, 0}));
+}
+
+TEST(CMatSpec, SumsPowersOverARangeOfLines) {
+    const Wave re{1, 2, 3, 4}, im{0, 2, 0, 2};
+    const CDataArrayDoubleCplx complex = ToSpectrum(re, im), real = ToSpectrum(re);
+    struct Case {
+        __int64 first, last;
+        double fourier, amplitude, plain;  // with and without imaginary parts, dc 0; without factors
+    };
+    for (const auto& [first, last, fourier, amplitude, plain] :
+         {Case{0, 0, 19.5, 15.5, 10}, Case{1, 2, 8.5, 6.5, 5}, Case{0, 3, 19.5, 15.5, 10},
+          Case{3, 99, 10, 8, 4}, Case{3, 2, 0, 0, 0}, Case{4, 0, 0, 0, 0}, Case{-1, 2, 0, 0, 0},
+          Case{0, -1, 0, 0, 0}}) {
+        SCOPED_TRACE(testing::Message() << first << ".." << last);
+        EXPECT_EQ(CMatSpec::CalcFouSumPow(complex, first, last, 0), fourier);
+        EXPECT_EQ(CMatSpec::CalcFouRms(complex, first, last, 0), std::sqrt(fourier));
+        EXPECT_EQ(CMatSpec::CalcFouSumPow(real, first, last, 0), amplitude);
+        EXPECT_EQ(CMatSpec::CalcAmpRms(ToArray(re), first, last, 0), std::sqrt(amplitude));
+        EXPECT_EQ(CMatSpec::CalcAmpRms(complex, first, last, 0), std::sqrt(amplitude));
+        EXPECT_EQ(CMatSpec::CalcPowRms(ToArray(re), first, last), std::sqrt(plain));
+        EXPECT_EQ(CMatSpec::CalcPowRms(complex, first, last), std::sqrt(plain));
+        EXPECT_EQ(CMatSpec::CalcPsdRms(ToArray(re), 2.5, first, last), std::sqrt(2.5 * plain));
+        EXPECT_EQ(CMatSpec::CalcPsdRms(complex, 2.5, first, last), std::sqrt(2.5 * plain));
+    }
+    EXPECT_EQ(CMatSpec::CalcPowRms(ToArray({-1}), 0, 0), 0.0);
+    EXPECT_TRUE(std::isnan(CMatSpec::CalcPowRms(ToArray({kNaN}), 0, 0)));
+}
+
+TEST(CMatSpec, KeepsTheMeanSquareOfAWave) {
+    Wave wave = Noise(512), work(512);
+    CDataArrayDoubleCplx lines(1, 257);
+    CMatFFT::WaveRfft(wave.data(), work.data(), 512, lines.GetReal(), lines.GetImaginary(), 257);
+    // The line at half the rate is its own twin; the scaling of waves doubles its power.
+    lines.GetReal()[256] *= std::numbers::sqrt2 / 2.0;
+    EXPECT_NEAR(CMatSpec::CalcFouRms(lines, 0, 0, 0), ToArray(wave).CalcRms(0, 0), 1e-15);
+}
+
+TEST(CMatSpec, FailsOnWhatDoesNotFitTogether) {
+    const CDataArrayDouble three(3, 1.0);
+    const CDataArrayDoubleCplx three2(1, 3), empty2;
+    CDataArrayDouble out(3, 9.0), shorter(2, 9.0);
+    CDataArrayDoubleCplx out2 = ToSpectrum({9, 9, 9}, {9, 9, 9}), shorter2(1, 2);
+    std::uint32_t seed = 5;
+    for (CDataArrayDouble* const bad : {static_cast<CDataArrayDouble*>(nullptr), &shorter}) {
+        EXPECT_EQ(CMatSpec::CnvCplxToPow(bad, three2, 0), 0);
+        EXPECT_EQ(CMatSpec::CnvCplxToPsd(bad, three2, 1.0, 0), 0);
+        EXPECT_EQ(CMatSpec::CnvPowToPsd(bad, three, 1.0), 0);
+        EXPECT_EQ(CMatSpec::CnvAmpToPsd(bad, three, 1.0, 0), 0);
+        EXPECT_EQ(CMatSpec::CnvPsdToAmp(bad, three, 1.0, 0), 0);
+        EXPECT_EQ(CMatSpec::ChangePsdLevel(1.0, three, bad), 0);
+        EXPECT_EQ(CMatSpec::ChangePsdLevel(1.0, 2.0, 1.0, three, bad), 0);
+        EXPECT_EQ(CMatSpec::ChangePsdLevelRatio(1.0, 2.0, 1.0, three, bad, 0.0), 0);
+        EXPECT_EQ(CMatSpec::GetLevelFromFreq(1.0, 0, three, shorter, bad == nullptr ? nullptr : &shorter[0]),
+                  0);
+    }
+    for (CDataArrayDoubleCplx* const bad : {static_cast<CDataArrayDoubleCplx*>(nullptr), &shorter2}) {
+        EXPECT_EQ(CMatSpec::CnvAmpToPsd(bad, three2, 1.0, 0), 0);
+        EXPECT_EQ(CMatSpec::CnvPsdToAmp(bad, three2, 1.0, 0), 0);
+        EXPECT_EQ(CMatSpec::CalcCrossPow(bad, three2, three2, 0), 0);
+        EXPECT_EQ(CMatSpec::CalcXfr(bad, three2, three2), 0);
+        EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(bad, three, &seed), 0);
+    }
+    EXPECT_EQ(CMatSpec::CalcCrossPow(&out2, three2, shorter2, 0), 0);
+    EXPECT_EQ(CMatSpec::CalcXfr(&out2, empty2, three2), 0);
+    EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(&out2, three, nullptr), 0);
+    EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(&out2, 1.0, nullptr), 0);
+    EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(nullptr, 1.0, &seed), 0);
+    for (const double df : {0.0, -1.0, kNaN}) {
+        EXPECT_EQ(CMatSpec::CnvCplxToPsd(&out, three2, df, 0), 0);
+        EXPECT_EQ(CMatSpec::CnvPowToPsd(&out, three, df), 0);
+        EXPECT_EQ(CMatSpec::CnvAmpToPsd(&out, three, df, 0), 0);
+        EXPECT_EQ(CMatSpec::CnvPsdToAmp(&out, three, df, 0), 0);
+        EXPECT_EQ(CMatSpec::CnvAmpToPsd(&out2, three2, df, 0), 0);
+        EXPECT_EQ(CMatSpec::CalcPsdRms(three, df, 0, 0), 0.0);
+    }
+    EXPECT_EQ(CMatSpec::CnvAmpToPsd(nullptr, out.GetData(), 3, 1.0, 0), 0);
+    EXPECT_EQ(CMatSpec::CnvPsdToAmp(out.GetData(), nullptr, 3, 1.0, 0), 0);
+    EXPECT_EQ(CMatSpec::CnvPsdToAmp(out.GetData(), out.GetData(), 0, 1.0, 0), 0);
+    EXPECT_EQ(CMatSpec::CalcAmpRms(nullptr, 1, 0, 0, 0), 0.0);
+    EXPECT_EQ(CMatSpec::CalcPowRms(nullptr, 1, 0, 0), 0.0);
+    EXPECT_EQ(CMatSpec::CalcFouRms(empty2, 0, 0, 0), 0.0);
+    EXPECT_EQ(CMatSpec::CalcPsdRms(three, shorter, 0, 0), 0.0);
+    EXPECT_EQ(ToWave(out), Wave(3, 9.0));
+    EXPECT_TRUE(Holds(out2, Wave(3, 9.0), Wave(3, 9.0)));
+    EXPECT_EQ(seed, 5U);
+}
+
+TEST(CalcPsdRmsOfAProfile, IsTheExactIntegralOfStraightLogarithmicLines) {
+    struct Case {
+        Wave freq, psd;
+        double power;
+        __int64 first = 0, last = 0;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {{10, 100}, {1, 1}, 90},
+        {{10, 100}, {1, 0.1}, 10 * std::log(10.0)},
+        {{10, 100}, {1, 10}, 0.1 / 2 * (1e4 - 1e2)},
+        {{10, 100}, {1, 0.01}, 100 * (0.1 - 0.01)},
+        {{10, 100, 100, 200}, {1, 1, 5, 5}, 90 + 500},
+        {{0, 10, 20}, {1, 1, 1}, 10},   // no logarithm at the lower end
+        {{10, 20, 30}, {0, 1, 1}, 10},  // likewise
+        {{10, 20}, {1, 0}, 10},         // no slope
+        {{10, 20}, {-1, -1}, 0},
+        {{10}, {1}, 0},
+        {{1, 2, 4, 8}, {1, 1, 1, 1}, 2, 1, 2},
+        {{1, 2, 4, 8}, {1, 1, 1, 1}, 6, 1, 99},
+        {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, 2, 2},
+        {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, -1, 2},
+    };
+    // clang-format on
+    for (const auto& [freq, psd, power, first, last] : cases) {
+        const double rms = CMatSpec::CalcPsdRms(ToArray(psd), ToArray(freq), first, last);
+        EXPECT_NEAR(rms * rms, power, 1e-12 * power)
+            << testing::PrintToString(freq) << testing::PrintToString(psd);
+    }
+}
+
+TEST(ChangePsdLevel, ScalesToAnRmsOrSetsABand) {
+    const CDataArrayDouble freq = ToArray({10, 100, 1000});
+    CDataArrayDouble psd = ToArray({1, 3, 0.5}), silent(3, 0.0), band(5, 1.0);
+    ASSERT_EQ(CMatSpec::ChangePsdLevel(7.5, freq, &psd), 1);
+    EXPECT_NEAR(CMatSpec::CalcPsdRms(psd, freq, 0, 0), 7.5, 1e-14);
+    EXPECT_NEAR(psd[1] / psd[0], 3.0, 1e-15);
+    const Wave before = ToWave(psd);
+    EXPECT_EQ(CMatSpec::ChangePsdLevel(CMatSpec::CalcPsdRms(psd, freq, 0, 0), freq, &psd), 1);
+    for (const double bad : {0.0, -1.0, kNaN}) EXPECT_EQ(CMatSpec::ChangePsdLevel(bad, freq, &psd), 0);
+    EXPECT_EQ(ToWave(psd), before);
+    EXPECT_EQ(CMatSpec::ChangePsdLevel(1.0, freq, &silent), 0);
+
+    ASSERT_EQ(CMatSpec::ChangePsdLevel(20.0, 40.0, 7.0, ToArray({10, 20, 30, 40, 50}), &band), 1);
+    EXPECT_EQ(ToWave(band), (Wave{1, 7, 7, 7, 1}));
+}
+
+TEST(ChangePsdLevelRatio, MultipliesTheBandAndBlendsItsEdges) {
+    const CDataArrayDouble freq = ToArray({0, 1, 2, 4, 8, 16, 32, 64, 128});
+    struct Case {
+        double fLow, fHigh, ratio, slope;
+        Wave expected;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {8, 16, 0.25, 0, {1, 1, 1, 1, 0.25, 0.25, 1, 1, 1}},
+        // Downward 0.25 (8/f): 0.5 at 4 Hz, 1 at 2 Hz. Upward 0.25 (f/16): 0.5 at 32 Hz, and no further.
+        {8, 16, 0.25, 1, {1, 1, 1, 0.5, 0.25, 0.25, 0.5, 1, 1}},
+        {8, 16, 0.125, 1, {1, 1, 0.5, 0.25, 0.125, 0.125, 0.25, 1, 1}},
+        {8, 16, 4, -1, {1, 1, 1, 2, 4, 4, 2, 1, 1}},
+        {8, 16, 4, 1, {1, 1, 1, 1, 4, 4, 1, 1, 1}},
+        // The blend passes over the line at 0 Hz, which has no gain.
+        {256, 512, 0x1p-9, 1, {1, 0.5, 0.25, 0.125, 0x1p-4, 0x1p-5, 0x1p-6, 0x1p-7, 0x1p-8}},
+        {0, 16, 2, 1, Wave(9, 1.0)}, {8, -1, 2, 1, Wave(9, 1.0)}, {8, 16, 0, 1, Wave(9, 1.0)}, {8, 16, kNaN, 1, Wave(9, 1.0)},
+    };
+    // clang-format on
+    for (const auto& [fLow, fHigh, ratio, slope, expected] : cases) {
+        CDataArrayDouble psd(9, 1.0);
+        EXPECT_EQ(CMatSpec::ChangePsdLevelRatio(fLow, fHigh, ratio, freq, &psd, slope),
+                  expected[8] == 1.0 && expected[4] == 1.0 ? 0 : 1);
+        EXPECT_EQ(ToWave(psd), expected) << fLow << ".." << fHigh << " ratio " << ratio << " slope " << slope;
+    }
+}
+
+TEST(GenRandomPhaseSpec, DrawsOnePhasePerLineInOrder) {
+    const Wave amp{1, 2, 3};
+    CDataArrayDoubleCplx out(0, 3), constant(1, 3);
+    std::uint32_t seed = 7, sameSeed = 7, expectedSeed = 7;
+    ASSERT_EQ(CMatSpec::GenRandomPhaseSpec(&out, ToArray(amp), &seed), 1);
+    ASSERT_EQ(CMatSpec::GenRandomPhaseSpec(&constant, 5.0, &sameSeed), 1);
+    for (std::size_t k = 0; k < 3; ++k) {
+        const auto phase = std::polar(1.0, 2.0 * std::numbers::pi * CMatBasic::GenRandom(&expectedSeed));
+        EXPECT_NEAR(out.GetReal()[k], amp[k] * phase.real(), 1e-15);
+        EXPECT_NEAR(out.GetImaginary()[k], amp[k] * phase.imag(), 1e-15);
+        EXPECT_NEAR(constant.GetReal()[k], 5.0 * phase.real(), 2e-15);
+    }
+    EXPECT_EQ(seed, expectedSeed);
+    EXPECT_EQ(sameSeed, expectedSeed);
+}
+
+TEST(GetLevelFromFreq, FollowsTheSegmentThatTheIndexNames) {
+    const CDataArrayDouble freq = ToArray({0, 10, 100, 1000, 1000, 2000}),
+                           level = ToArray({1, 3, 3, 0.03, 5, 0});
+    struct Case {
+        double f;
+        __int64 index;
+        double expected;
+    };
+    for (const auto& [f, index, expected] :
+         {Case{5, 0, 2}, Case{10, 0, 3}, Case{10, 1, 3}, Case{50, 1, 3}, Case{std::sqrt(1e5), 2, 0.3},
+          Case{1000, 2, 0.03}, Case{1000, 3, 0.03}, Case{1000, 4, 5}, Case{1500, 4, 2.5}, Case{2000, 4, 0}}) {
+        double out = 9.0;
+        ASSERT_EQ(CMatSpec::GetLevelFromFreq(f, index, freq, level, &out), 1) << f << " on " << index;
+        EXPECT_NEAR(out, expected, 1e-14) << f << " on " << index;
+    }
+    double out = 9.0;
+    for (const double f : {9.0, 101.0, kNaN})
+        EXPECT_EQ(CMatSpec::GetLevelFromFreq(f, 1, freq, level, &out), 0) << f;
+    for (const __int64 index : {-1, 5, 6})
+        EXPECT_EQ(CMatSpec::GetLevelFromFreq(50, index, freq, level, &out), 0) << index;
+    EXPECT_EQ(out, 9.0);
+}
+
+}  // namespace

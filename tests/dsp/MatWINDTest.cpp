@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/dsp/MatFFT.h>
+#include <KvxDevCommon01/dsp/MatWIND.h>
+#include <tests/dsp/Signals.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <string>
+
+namespace {
+
+constexpr double kTurn = 2.0 * std::numbers::pi;
+
+/// Equivalent noise bandwidths: F. J. Harris, Proc. IEEE 66 (1978); side lobes: A. H. Nuttall, IEEE Trans.
+/// ASSP 29 (1981). The last window keeps the misprint of its third and fourth coefficients (for 0.09892 and
+/// 0.00188), which raises its side lobes from -74.39 dB.
+struct PublishedWindow {
+    std::string name;
+    int (*generate)(CDataArrayDouble*);
+    double a0, a1, a2, a3, enbw, sideLobeDb;
+};
+
+// clang-format off
+const PublishedWindow kPublished[] = {
+    {"Rectangular",         CMatWIND::GeneRectangular,         1.0,     0.0,     0.0,     0.0,     1.0000, -13.26},
+    {"Hanning",             CMatWIND::GeneHanning,             0.5,     0.5,     0.0,     0.0,     1.5000, -31.47},
+    {"Hamming",             CMatWIND::GeneHamming,             0.54,    0.46,    0.0,     0.0,     1.3628, -42.67},
+    {"Blackman",            CMatWIND::GeneBlackman,            0.42,    0.5,     0.08,    0.0,     1.7268, -58.11},
+    {"BlackmanHarris",      CMatWIND::GeneBlackmanHarris,      0.35875, 0.48829, 0.14128, 0.01168, 2.0044, -92.00},
+    {"BlackmanHarris_61dB", CMatWIND::GeneBlackmanHarris_61dB, 0.44959, 0.49364, 0.05677, 0.0,     1.6108, -62.05},
+    {"BlackmanHarris_67dB", CMatWIND::GeneBlackmanHarris_67dB, 0.42323, 0.49755, 0.07922, 0.0,     1.7085, -70.83},
+    {"BlackmanHarris_74dB", CMatWIND::GeneBlackmanHarris_74dB, 0.40217, 0.49703, 0.09392, 0.00183, 1.7910, -56.66},
+};
+// clang-format on
+
+/// Highest side lobe over the main lobe [dB]: the highest line beyond the first minimum of the padded
+/// transform.
+double SideLobeDb(const CDataArrayDouble& window) {
+    Wave wave(16384), work(16384), level(8192);
+    std::copy_n(window.GetData(), window.GetNum(), wave.begin());
+    CMatFFT::XfrRfft(wave.data(), work.data(), 16384, wave.data(), work.data(), 8192);
+    for (std::size_t k = 0; k < level.size(); ++k) level[k] = std::hypot(wave[k], work[k]);
+    const auto minimum = std::is_sorted_until(level.begin(), level.end(), std::greater<>());
+    return 20.0 * std::log10(*std::max_element(minimum, level.end()) / level[0]);
+}
+
+class CosineWindow : public testing::TestWithParam<PublishedWindow> {};
+
+TEST_P(CosineWindow, IsItsSumOfCosinesWithPeriodN) {
+    const auto& [name, generate, a0, a1, a2, a3, enbw, sideLobeDb] = GetParam();
+    for (const __int64 count : {1, 2, 3, 8, 255, 256}) {
+        CDataArrayDouble window(count, 9.0), general(count, 9.0);
+        ASSERT_EQ(generate(&window), 1);
+        ASSERT_EQ(a3 == 0.0 ? CMatWIND::Gen3termCos(&general, a0, a1, a2)
+                            : CMatWIND::Gen4termCos(&general, a0, a1, a2, a3),
+                  1);
+        for (__int64 n = 0; n < count; ++n) {
+            const double phi = kTurn * static_cast<double>(n) / static_cast<double>(count);
+            const double expected = a0 - a1 * std::cos(phi) + a2 * std::cos(2 * phi) - a3 * std::cos(3 * phi);
+            EXPECT_NEAR(window[n], expected, 4e-15) << n << " of " << count;
+            EXPECT_EQ(general[n], window[n]);
+            EXPECT_EQ(window[n], window[(count - n) % count]) << n << " of " << count;
+        }
+    }
+}
+
+TEST_P(CosineWindow, HasItsPublishedFigures) {
+    CDataArrayDouble window(1024, 0.0);
+    ASSERT_EQ(GetParam().generate(&window), 1);
+    double enbw = 0.0, mean = 0.0;
+    ASSERT_EQ(CMatWIND::CalcWindENBW(window, &enbw, &mean), 1);
+    EXPECT_NEAR(mean, GetParam().a0, 1e-14);
+    EXPECT_NEAR(enbw, GetParam().enbw, 5e-5);
+    EXPECT_NEAR(SideLobeDb(window), GetParam().sideLobeDb, 0.1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Published, CosineWindow, testing::ValuesIn(kPublished),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(Generators, RefuseAnArrayWithoutSamples) {
+    CDataArrayDouble empty;
+    for (CDataArrayDouble* const window : {static_cast<CDataArrayDouble*>(nullptr), &empty}) {
+        for (const PublishedWindow& published : kPublished) EXPECT_EQ(published.generate(window), 0);
+        EXPECT_EQ(CMatWIND::GeneFlatTop(window), 0);
+        EXPECT_EQ(CMatWIND::GeneHalfRectangular(window), 0);
+        EXPECT_EQ(CMatWIND::GeneExponent(window, -1.0), 0);
+        EXPECT_EQ(CMatWIND::Gen3termCos(window, 1, 0, 0), 0);
+        EXPECT_EQ(CMatWIND::Gen4termCos(window, 1, 0, 0, 0), 0);
+        EXPECT_EQ(CMatWIND::AddKaiserBessel(window, 60.0), 0);
+    }
+}
+
+TEST(GeneFlatTop, IsTheNarrowWindowTimesACardinalSine) {
+    for (const __int64 count : {1, 2, 7, 8}) {
+        CDataArrayDouble window(count, 0.0), narrow(count, 0.0);
+        ASSERT_EQ(CMatWIND::GeneFlatTop(&window), 1);
+        CMatWIND::GeneBlackmanHarris_67dB(&narrow);
+        for (__int64 n = 0; n < count; ++n) {
+            const double x =
+                2.4 * std::numbers::pi * static_cast<double>(count - 2 * n) / static_cast<double>(count);
+            EXPECT_NEAR(window[n], narrow[n] * (x == 0.0 ? 1.0 : std::sin(x) / x), 1e-16)
+                << n << " of " << count;
+        }
+    }
+}
+
+TEST(GeneFlatTop, ReadsAmplitudesRightBetweenLines) {
+    CDataArrayDouble window(1024, 0.0);
+    CMatWIND::GeneFlatTop(&window);
+    // Eight times as many lines: line 4 stands half-way between two.
+    const Wave padded = ToWave(window);
+    const DirectTransform direct(8 * 1024);
+    for (const std::size_t k : {1U, 2U, 3U, 4U}) {
+        EXPECT_NEAR(
+            static_cast<double>(std::abs(direct.At<double>(padded, k) / direct.At<double>(padded, 0))), 1.0,
+            0.012);
+    }
+}
+
+TEST(GeneHalfRectangular, SetsTheMiddleHalfAndLeavesTheRest) {
+    using Case = std::pair<int, Wave>;
+    for (const auto& [count, expected] :
+         {Case{8, {7, 7, 1, 1, 1, 1, 7, 7}}, Case{7, {7, 1, 1, 1, 7, 7, 7}}, Case{1, {7}}}) {
+        CDataArrayDouble window(count, 7.0);
+        ASSERT_EQ(CMatWIND::GeneHalfRectangular(&window), 1);
+        EXPECT_EQ(ToWave(window), expected);
+    }
+}
+
+TEST(GeneExponent, DecaysByTheSameFactorFromSampleToSample) {
+    CDataArrayDouble window(5, 9.0);
+    ASSERT_EQ(CMatWIND::GeneExponent(&window, -std::numbers::ln2), 1);
+    for (__int64 n = 0; n < 5; ++n) EXPECT_NEAR(window[n], std::ldexp(1.0, -static_cast<int>(n)), 1e-16);
+}
+
+/// The taper's series with its factorials written out.
+long double Series(long double x) {
+    long double sum = 1.0L;
+    for (int k = 1; k <= 16; ++k)
+        sum += std::pow(std::pow(x / 2, static_cast<long double>(k)) / std::tgamma(k), k);
+    return sum;
+}
+
+TEST(AddKaiserBessel, TapersByItsOwnSeriesFromTheMiddle) {
+    using Case = std::pair<double, double>;
+    for (const auto& [attenuation, shape] :
+         {Case{60.0, 0.1102 * 51.3}, Case{120.0, 0.1102 * 111.3}, Case{21.0, 0.0}, Case{-5.0, 0.0},
+          Case{50.0, 0.5842 * std::pow(29.0, 0.4) + 0.07886 * 29.0}}) {
+        for (const __int64 count : {1, 2, 3, 16, 17}) {
+            CDataArrayDouble window(count, 2.0);
+            ASSERT_EQ(CMatWIND::AddKaiserBessel(&window, attenuation), 1);
+            const __int64 middle = count / 2;
+            for (__int64 n = 0; n < count; ++n) {
+                const double ratio =
+                    count == 1 ? 0.0 : static_cast<double>(n - middle) / static_cast<double>(middle);
+                const long double gain = Series(shape * std::sqrt(1.0 - ratio * ratio)) / Series(shape);
+                EXPECT_NEAR(window[n], static_cast<double>(2.0L * gain), 1e-12) << n << " of " << count;
+            }
+        }
+    }
+}
+
+TEST(AddKaiserBessel, RefusesAnAttenuationThatOverflowsItsSeries) {
+    CDataArrayDouble window(16, 2.0);
+    EXPECT_EQ(CMatWIND::AddKaiserBessel(&window, 1600.0), 1);
+    const Wave before = ToWave(window);
+    EXPECT_EQ(before[8], 2.0);
+    EXPECT_EQ(CMatWIND::AddKaiserBessel(&window, 3000.0), 0);
+    EXPECT_EQ(CMatWIND::AddKaiserBessel(&window, std::numeric_limits<double>::infinity()), 0);
+    EXPECT_EQ(ToWave(window), before);
+}
+
+TEST(CalcWindENBW, WritesTheOutputsThatAreWantedAndCanBeHad) {
+    double enbw = 9.0, mean = 9.0;
+    const CDataArrayDouble zeroMean = ToArray({1.0, -1.0});
+    EXPECT_EQ(CMatWIND::CalcWindENBW(CDataArrayDouble(), &enbw, &mean), 0);
+    EXPECT_EQ(CMatWIND::CalcWindENBW(zeroMean, &enbw, &mean), 0);
+    EXPECT_EQ(mean, 9.0);
+    EXPECT_EQ(CMatWIND::CalcWindENBW(zeroMean, nullptr, &mean), 1);
+    EXPECT_EQ(mean, 0.0);
+    EXPECT_EQ(CMatWIND::CalcWindENBW(ToArray({2.0}), &enbw, nullptr), 1);
+    EXPECT_EQ(enbw, 1.0);
+}
+
+TEST(SpecHanning, IsTheHannWindowOfMeanOneInTheTimeDomain) {
+    Wave wave = Noise(64), work(64), re(32), im(32), windowedRe(32), windowedIm(32);
+    CMatFFT::WaveRfft(wave.data(), work.data(), 64, re.data(), im.data(), 32);
+    for (std::size_t n = 0; n < 64; ++n) wave[n] *= 1.0 - std::cos(kTurn * static_cast<double>(n) / 64);
+    CMatFFT::WaveRfft(wave.data(), work.data(), 64, windowedRe.data(), windowedIm.data(), 32);
+    CDataArrayDoubleCplx spectrum = ToSpectrum(re, im);
+    ASSERT_EQ(CMatWIND::SpecHanning(&spectrum, spectrum), 1);
+    for (std::size_t k = 2; k < 31; ++k) {
+        EXPECT_NEAR(spectrum.GetReal()[k], windowedRe[k], 1e-15) << k;
+        EXPECT_NEAR(spectrum.GetImaginary()[k], windowedIm[k], 1e-15) << k;
+    }
+}
+
+TEST(SpecHanning, ExtrapolatesTheNeighboursOutside) {
+    struct Case {
+        Wave re, im, outRe, outIm;
+    };
+    for (const Case& c : {Case{{3}, {4}, {3}, {4}}, Case{{3, 5}, {4, 6}, {3, 0}, {4, 6}},
+                          Case{{3, 5, 9}, {4, 6, 10}, {3, 0, 0}, {4, 1, 7}},
+                          Case{{3, 5, 9, 1}, {4, 6, 10, 2}, {3, 0, 6, 0}, {4, 1, 6, -3}}}) {
+        CDataArrayDoubleCplx out(1, Size(c.re));
+        ASSERT_EQ(CMatWIND::SpecHanning(&out, ToSpectrum(c.re, c.im)), 1);
+        EXPECT_TRUE(std::equal(c.outRe.begin(), c.outRe.end(), out.GetReal()));
+        EXPECT_TRUE(std::equal(c.outIm.begin(), c.outIm.end(), out.GetImaginary()));
+    }
+}
+
+TEST(SpecHanning, TakesRealSpectraAndRefusesWhatDoesNotFit) {
+    CDataArrayDoubleCplx real(0, 3), complex = ToSpectrum({1, 2, 3}, {4, 5, 6}), longer(1, 4), empty;
+    EXPECT_EQ(CMatWIND::SpecHanning(&real, ToSpectrum({3, 5, 9})), 1);
+    EXPECT_EQ(CMatWIND::SpecHanning(&complex, ToSpectrum({3, 5, 9})), 1);
+    EXPECT_EQ(complex.GetImaginary()[1], 0.0);
+    EXPECT_EQ(CMatWIND::SpecHanning(&real, complex), 0);
+    EXPECT_EQ(CMatWIND::SpecHanning(&longer, complex), 0);
+    EXPECT_EQ(CMatWIND::SpecHanning(&empty, empty), 0);
+    EXPECT_EQ(CMatWIND::SpecHanning(nullptr, complex), 0);
+}
+
+}  // namespace

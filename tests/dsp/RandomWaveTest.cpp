@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/MatWIND.h>
+#include <KvxDevCommon01/dsp/RandomWave.h>
+#include <tests/dsp/Signals.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using kvx::GenerateRandomWave;
+using kvx::RandomWaveSettings;
+
+CDataArrayDouble Generate(__int64 count, const kvx::PsdProfile& profile, const RandomWaveSettings& settings,
+                          std::uint32_t seed) {
+    CDataArrayDouble wave(count, 0.0);
+    EXPECT_EQ(GenerateRandomWave(&wave, profile, settings, &seed), 1);
+    return wave;
+}
+
+TEST(GenerateRandomWave, HasTheDensityAndTheRmsOfItsProfile) {
+    const CDataArrayDouble wave = Generate(600000, ScreeningProfile(), {.rateHz = 5120.0}, 1);
+    // 117 s of a band some 1000 Hz wide: the rms scatters by 0.2 %.
+    EXPECT_NEAR(wave.CalcRms(0, 0) / ScreeningProfile().CalcRms(), 1.0, 0.01);
+
+    CDataArrayDouble window(2048, 0.0), psd;
+    CMatWIND::GeneHanning(&window);
+    kvx::AveragedSpectrum spectrum;
+    ASSERT_EQ(spectrum.Begin(window, 1024), 1);
+    ASSERT_EQ(spectrum.Add(wave), 584);
+    ASSERT_EQ(spectrum.GetPsd(5120.0, &psd), 1);
+    // One line scatters by some 4.3 % with 584 half-overlapping blocks; 4.5 of that are not met by chance.
+    for (__int64 k = 12; k <= 795; ++k) {
+        EXPECT_NEAR(psd[k] / ScreeningProfile().GetLevel(2.5 * static_cast<double>(k)), 1.0, 0.2)
+            << "line " << k;
+    }
+    EXPECT_LT(psd[4], 1e-5);
+    EXPECT_LT(psd[820], 1e-5);
+}
+
+TEST(GenerateRandomWave, IsGaussian) {
+    const CDataArrayDouble wave =
+        Generate(400000, ScreeningProfile(), {.rateHz = 5120.0, .targetRms = 1.0}, 99);
+    double third = 0.0, fourth = 0.0, beyondTwo = 0.0;
+    for (__int64 n = 0; n < wave.GetNum(); ++n) {
+        const double square = wave[n] * wave[n];
+        third += square * wave[n] / 400000.0;
+        fourth += square * square / 400000.0;
+        beyondTwo += square > 4.0 ? 1.0 / 400000.0 : 0.0;
+    }
+    EXPECT_NEAR(third, 0.0, 0.05);
+    EXPECT_NEAR(fourth, 3.0, 0.1);
+    EXPECT_NEAR(beyondTwo, 0.0455, 0.003);
+}
+
+TEST(GenerateRandomWave, HasTheSameVarianceEverywhereTheEndsIncluded) {
+    constexpr __int64 kCount = 2500, kPart = 125;
+    constexpr std::uint32_t kSeeds = 400;
+    kvx::PsdProfile profile;
+    profile.SetPoints(ToArray({100, 400}), ToArray({1, 1}));
+    Wave power(kCount / kPart);
+    for (std::uint32_t seed = 0; seed < kSeeds; ++seed) {
+        const CDataArrayDouble wave =
+            Generate(kCount, profile, {.rateHz = 1000.0, .frameSize = 1024}, 4001 * seed);
+        for (std::size_t i = 0; i < power.size(); ++i) {
+            power[i] += wave.GetSqSum(static_cast<__int64>(i) * kPart, kPart) / (kPart * kSeeds);
+        }
+    }
+    // 400 x 75 independent samples: 0.8 %.
+    for (std::size_t i = 0; i < power.size(); ++i) EXPECT_NEAR(power[i] / 300.0, 1.0, 0.04) << "part " << i;
+}
+
+TEST(GenerateRandomWave, RepeatsItselfForASeedAndOnlyForThat) {
+    const RandomWaveSettings settings{.rateHz = 5120.0, .targetRms = 2.0};
+    const CDataArrayDouble wave = Generate(5000, ScreeningProfile(), settings, 5);
+    EXPECT_TRUE(wave == Generate(5000, ScreeningProfile(), settings, 5));
+    EXPECT_FALSE(wave == Generate(5000, ScreeningProfile(), settings, 6));
+    EXPECT_NEAR(wave.CalcRms(0, 0), 2.0, 1e-14);
+    EXPECT_EQ(Generate(1, ScreeningProfile(), settings, 5).GetNum(), 1);
+}
+
+TEST(GenerateRandomWave, RefusesSettingsItCannotFollow) {
+    CDataArrayDouble wave(100, 7.0), empty;
+    std::uint32_t seed = 1;
+    const RandomWaveSettings good{.rateHz = 5120.0};
+    EXPECT_EQ(GenerateRandomWave(nullptr, ScreeningProfile(), good, &seed), 0);
+    EXPECT_EQ(GenerateRandomWave(&empty, ScreeningProfile(), good, &seed), 0);
+    EXPECT_EQ(GenerateRandomWave(&wave, ScreeningProfile(), good, nullptr), 0);
+    EXPECT_EQ(GenerateRandomWave(&wave, kvx::PsdProfile(), good, &seed), 0);
+    using Case = RandomWaveSettings;
+    for (const Case& bad : {Case{0.0, 0.0, 0}, Case{std::nan(""), 0.0, 0}, Case{30.0, 0.0, 0},
+                            Case{5120.0, -1.0, 0}, Case{5120.0, std::nan(""), 0}, Case{5120.0, 0.0, 1000},
+                            Case{5120.0, 0.0, 8}, Case{5120.0, 0.0, 262144}, Case{5120.0, 0.0, -1024}}) {
+        EXPECT_EQ(GenerateRandomWave(&wave, ScreeningProfile(), bad, &seed), 0)
+            << bad.rateHz << ' ' << bad.frameSize;
+    }
+    EXPECT_EQ(ToWave(wave), Wave(100, 7.0));
+}
+
+}  // namespace

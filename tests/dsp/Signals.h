@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+//
+// Test signals and the transform by its definition, in extended precision.
+#pragma once
+
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/dsp/PsdProfile.h>
+
+#include <cmath>
+#include <complex>
+#include <cstdint>
+#include <numbers>
+#include <span>
+#include <vector>
+
+using Wave = std::vector<double>;
+using Line = std::complex<long double>;
+
+inline std::int64_t Size(const Wave& wave) {
+    return static_cast<std::int64_t>(wave.size());
+}
+
+/// Uniform noise in [-1, 1).
+inline Wave Noise(std::size_t count, std::uint64_t seed = 1) {
+    Wave wave(count);
+    for (double& x : wave) {
+        seed = seed * 6364136223846793005U + 1442695040888963407U;
+        x = static_cast<double>(seed >> 11) * 0x1p-52 - 1.0;
+    }
+    return wave;
+}
+
+inline CDataArrayDouble ToArray(const Wave& wave) {
+    return CDataArrayDouble(Size(wave), wave.data());
+}
+inline Wave ToWave(const CDataArrayDouble& array) {
+    return Wave(array.GetData(), array.GetData() + array.GetNum());
+}
+
+/// A real spectrum, or with imaginary parts a complex one.
+inline CDataArrayDoubleCplx ToSpectrum(const Wave& re, const Wave& im = {}) {
+    CDataArrayDoubleCplx spectrum(im.empty() ? 0 : 1, Size(re));
+    spectrum.SetReal(re.data());
+    spectrum.SetImaginary(im.data());
+    return spectrum;
+}
+
+/// The screening profile of NAVMAT P-9492: 3 dB/octave up to 80 Hz, 0.04 g^2/Hz to 350 Hz, 3 dB/octave
+/// down; 6.06 g rms.
+inline kvx::PsdProfile ScreeningProfile() {
+    kvx::PsdProfile profile;
+    profile.SetPoints(ToArray({20, 80, 350, 2000}), ToArray({0.01, 0.04, 0.04, 0.007}));
+    return profile;
+}
+
+/// Sums by definition: sum over n of x[n] e^(sign 2 pi i k n/N).
+class DirectTransform {
+public:
+    explicit DirectTransform(std::size_t size, int sign = -1) : circle_(size) {
+        for (std::size_t k = 0; k < size; ++k) {
+            const long double turn = static_cast<long double>(k) / static_cast<long double>(size);
+            const long double angle = 2 * std::numbers::pi_v<long double> * turn;
+            circle_[k] = {std::cos(angle), sign * std::sin(angle)};
+        }
+    }
+
+    template <class Value>
+    Line At(std::span<const Value> x, std::size_t k) const {
+        Line sum = 0;
+        std::size_t angle = 0;
+        for (const Value& value : x) {
+            sum += static_cast<Line>(value) * circle_[angle];
+            angle = (angle + k) % circle_.size();
+        }
+        return sum;
+    }
+
+private:
+    std::vector<Line> circle_;
+};
