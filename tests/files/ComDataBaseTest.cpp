@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/files/RecordSupport.h"
+#include "tests/files/FileSupport.h"
 
 namespace {
 
@@ -340,11 +340,11 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ComDataBase, ContentsThatContradictEachOtherLoadAsEmpty) {
     const std::string spectrum = SpectrumBytes();
     const std::string axisOfOne =
-        spectrum.substr(0, spectrum.size() - 20) + ByteImage().U32(1).F64(10.0).bytes;
+        spectrum.substr(0, spectrum.size() - 20) + ByteImage().Words({1}).Doubles({10.0}).bytes;
     std::string unknownMode = WaveBytes();
     unknownMode[4] = 3;
     std::string noRows = WaveBytes();
-    noRows[noRows.find(ByteImage().U32(1).U32(0).U32(1).U32(2).U32(2).bytes) + 8] = 0;
+    noRows[noRows.find(ByteImage().Words({1, 0, 1, 2, 2}).bytes) + 8] = 0;
     for (const std::string& bytes : {axisOfOne, unknownMode, noRows}) {
         CComDataBase record = Wave();
         EXPECT_EQ(CauseOfLoading(bytes, [&](CArchive& archive) { record.Serialize(archive); }),

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/files/RecordSupport.h"
+#include "tests/files/FileSupport.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -57,7 +57,7 @@ std::string CurrentHeader(CComHdr::EXT_INFO_TYPE type) {
 }
 
 std::string FirstHeader(std::uint32_t code, std::uint32_t dataKind) {
-    return ByteImage().Text("RMOC").U32(code).U32(0).Zeros(308).U32(dataKind).Zeros(60).bytes;
+    return ByteImage().Text("RMOC").Words({code, 0}).Zeros(308).Words({dataKind}).Zeros(60).bytes;
 }
 
 std::string CurrentFile() {

@@ -23,7 +23,12 @@ Row RowOf(std::uint32_t value) {
     Row row = {value, 0, L"", L"", -1};
     const auto type = static_cast<CComHdr::EXT_INFO_TYPE>(value);
     EXPECT_EQ(CComHdr::GetExtInfo(type, &row.extension, &row.name, &row.flag), 1) << value;
-    row.code = CComHdr(type, nullptr).GetTag().HdrCode;
+    const CComHdr header(type, nullptr);
+    row.code = header.GetTag().HdrCode;
+    EXPECT_EQ(header.GetExtInfoType(CComHdr::HDRCODE_CURRENT), value);
+    CString extension, name;
+    EXPECT_EQ(header.GetExtInfo(&extension, &name), 1);
+    EXPECT_EQ(extension + name, row.extension + row.name) << "found by its code";
     return row;
 }
 
@@ -99,15 +104,7 @@ TEST(FileKinds, TheTableAddsUp) {
     EXPECT_EQ(flagsZero, 55);
 }
 
-TEST(FileKinds, EveryCodeFindsItsOwnRowAgain) {
-    for (std::uint32_t value = 1; value <= CComHdr::EXT_INFO_LAST; ++value) {
-        const Row row = RowOf(value);
-        const CComHdr header(static_cast<CComHdr::EXT_INFO_TYPE>(value), nullptr);
-        EXPECT_EQ(header.GetExtInfoType(CComHdr::HDRCODE_CURRENT), value);
-        CString extension, name;
-        EXPECT_EQ(header.GetExtInfo(&extension, &name), 1);
-        EXPECT_EQ(extension + name, row.extension + row.name);
-    }
+TEST(FileKinds, AnUnknownKindOrCodeTouchesNothing) {
     CString extension = L"untouched";
     EXPECT_EQ(CComHdr().GetExtInfo(&extension, nullptr), 0);
     EXPECT_EQ(CComHdr::GetExtInfo(CComHdr::EXT_INFO_NONE, &extension, nullptr, nullptr), 0);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tests of files share: bytes spelled out field by field, and storing to and loading from them.
+// What the tests of files share: layouts spelled out field by field, and storing to and loading from bytes.
 #pragma once
 
 #include <KvxDevCommon01/platform/Archive.h>
@@ -9,6 +9,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,23 +22,81 @@ struct ByteImage {
         for (int i = 0; i < width; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFF);
         return *this;
     }
-    ByteImage& U16(std::uint16_t value) { return U(value, 2); }
-    ByteImage& U32(std::uint32_t value) { return U(value, 4); }
-    ByteImage& F32(float value) { return U(std::bit_cast<std::uint32_t>(value), 4); }
-    ByteImage& F64(double value) { return U(std::bit_cast<std::uint64_t>(value), 8); }
+    ByteImage& Words(std::initializer_list<std::uint32_t> values) {
+        for (const std::uint32_t value : values) U(value, 4);
+        return *this;
+    }
+    ByteImage& Floats(std::initializer_list<float> values) {
+        for (const float value : values) U(std::bit_cast<std::uint32_t>(value), 4);
+        return *this;
+    }
+    ByteImage& Doubles(std::initializer_list<double> values) {
+        for (const double value : values) U(std::bit_cast<std::uint64_t>(value), 8);
+        return *this;
+    }
     ByteImage& Text(std::string_view text) {
         bytes += text;
         return *this;
     }
     ByteImage& Utf16(std::u16string_view text) {
-        for (const char16_t unit : text) U16(unit);
+        for (const char16_t unit : text) U(unit, 2);
         return *this;
     }
     ByteImage& Zeros(std::size_t count) {
         bytes.append(count, '\0');
         return *this;
     }
+    ByteImage& Names(std::initializer_list<std::u16string_view> names) {
+        U(names.size(), 2);
+        for (const std::u16string_view name : names) Text("\xFF\xFE\xFF").U(name.size(), 1).Utf16(name);
+        return *this;
+    }
+    /// A single unit as its record of 128 bytes.
+    ByteImage& Unit(std::uint32_t code) {
+        return Words({2, code, 1, 1, 0x0F000001, 1, 0x0F000001, 1, 0x0F000001, 1}).Zeros(88);
+    }
+    /// The same as the first generation held it.
+    ByteImage& FirstUnit(std::uint32_t code) { return Words({code, 1, 1, 0x0F000001, 1}); }
 };
+
+/// A waveform of one row and two columns, two samples each, on an axis of 0.5 s from index -1 on.
+inline std::string WaveBytes() {
+    ByteImage image;
+    image.Words({1, 1}).Unit(0x01000001).Unit(0x00010004).Names({u"row"}).Names({u"Data-Col-001", u"列"});
+    image.Words({1, 0, 1, 2, 2});  // the matrix, then its cells
+    image.Words({1, 0, 2}).Doubles({1.0, 2.0});
+    image.Words({1, 0, 2}).Doubles({3.0, -4.5});
+    return image.Doubles({0.5}).Words({0xFFFFFFFF}).bytes;
+}
+
+/// A complex spectrum of one cell at 10 and 12.5 Hz.
+inline std::string SpectrumBytes() {
+    ByteImage image;
+    image.Words({1, 2}).Unit(0x02000001).Unit(0x00010004).Names({u"Data-Row-001"}).Names({u"Data-Col-001"});
+    image.Words({1, 1, 1, 1, 2});
+    image.Words({1, 1, 2}).Doubles({1.0, 2.0, -1.0, 0.25});
+    return image.Words({1, 2}).Doubles({10.0, 12.5}).bytes;
+}
+
+/// The waveform as the first generation held it, its last sample without a value; texts are in the code page.
+inline std::string FirstWaveBytes() {
+    ByteImage image;
+    image.Words({1}).FirstUnit(0x01000001).FirstUnit(0x00010004);
+    image.U(1, 2).U(3, 1).Text("row").U(2, 2).U(0, 1).U(2, 1).Text("\x97\xF1");
+    image.Words({0, 1, 2, 2});
+    image.Words({0, 2}).Floats({1.0F, 2.0F});
+    image.Words({0, 2}).Floats({3.0F, -3.4028234663852886e38F});
+    return image.Doubles({0.5}).Words({0xFFFFFFFF}).bytes;
+}
+
+/// The spectrum as the first generation held it, without names.
+inline std::string FirstSpectrumBytes() {
+    ByteImage image;
+    image.Words({2}).FirstUnit(0x02000001).FirstUnit(0x00010004).Zeros(4);
+    image.Words({1, 1, 1, 2});
+    image.Words({1, 2}).Floats({1.0F, 2.0F, -1.0F, 0.25F});
+    return image.Words({2}).Floats({10.0F, 12.5F}).bytes;
+}
 
 /// Everything that reached the target of an archive; what the object did not flush is missing.
 template <typename Object>
