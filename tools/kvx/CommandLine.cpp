@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "CommandLine.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+#include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/FileException.h>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Output.h"
+
+namespace kvx::tool {
+namespace {
+
+/// Standard output without a buffer of its own, so that nothing can fail after the last Write.
+class StandardOutput : public ByteStream {
+public:
+    std::size_t Read(void*, std::size_t) override { return 0; }
+    void Write(const void* data, std::size_t size) override {
+        const auto* bytes = static_cast<const char*>(data);
+        while (size > 0) {
+            const ssize_t count = ::write(STDOUT_FILENO, bytes, size);
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) throw CFileException::FromHostError(errno, L"standard output");
+            bytes += count;
+            size -= static_cast<std::size_t>(count);
+        }
+    }
+    std::uint64_t Remaining() const override { return 0; }
+};
+
+int Report(const std::string& sentence, ExitStatus status) {
+    std::fprintf(stderr, "kvx: %s\n", sentence.c_str());
+    return status;
+}
+
+/// The parser's complaint as a sentence that points to the help of the command it is about.
+int ReportUsage(const CLI::App& app, std::string complaint) {
+    const auto commands = app.get_subcommands();
+    const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
+    while (complaint.ends_with('\n') || complaint.ends_with('.')) complaint.pop_back();
+    return Report(complaint + "; see 'kvx" + command + " --help'", kWrongUsage);
+}
+
+/// The parser would only say that something was not expected.
+void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
+    if (argc < 2) throw UsageError("a command is missing");
+    const std::string first = argv[1];
+    const auto named =
+        app.get_subcommands([&](const CLI::App* command) { return command->check_name(first); });
+    if (!first.starts_with('-') && named.empty()) {
+        throw UsageError("there is no command " + Quote(first));
+    }
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, const char* const* argv) {
+    CLI::App app("Imports, describes, analyses and exports vibration data files (.vdf2).", "kvx");
+    app.set_version_flag("--version", "kvx " KVX_VERSION);
+    app.require_subcommand(0, 1);
+    app.get_formatter()->column_width(28);
+    app.footer("'kvx COMMAND --help' tells more about a command and ends with an example.");
+    Action action;
+    for (const auto add :
+         {AddImport, AddInfo, AddPsd, AddSpectrum, AddExport, AddSynth, AddUnits, AddKinds}) {
+        add(app, &action);
+    }
+
+    StandardOutput out;
+    try {
+        try {
+            RequireCommand(app, argc, argv);
+            app.parse(argc, argv);
+        } catch (const CLI::CallForHelp&) {
+            action = [&](ByteStream& stream) { WriteText(stream, app.help()); };
+        } catch (const CLI::CallForVersion& version) {
+            const std::string text = version.what();
+            action = [text](ByteStream& stream) { WriteText(stream, text + "\n"); };
+        }
+        action(out);
+        return kDone;
+    } catch (const CLI::ParseError& error) {
+        return ReportUsage(app, error.what());
+    } catch (const UsageError& error) {
+        return ReportUsage(app, error.what());
+    } catch (const Failure& failure) {
+        return Report(failure.what(), kFailed);
+    } catch (const CFileException& error) {
+        // Every file is opened on behalf of a sentence of its own; what is left is standard output.
+        return Report("cannot write to standard output: " + Explain(error), kFailed);
+    } catch (const std::bad_alloc&) {
+        return Report("there is not enough memory", kFailed);
+    } catch (const std::exception& error) {
+        return Report(error.what(), kFailed);
+    }
+}
+
+}  // namespace kvx::tool

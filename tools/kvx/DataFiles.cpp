@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "DataFiles.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+
+namespace kvx::tool {
+namespace {
+
+std::string ReasonText(const DataFileFailure& failure) {
+    const std::string place = failure.record < 0 ? "" : "record " + std::to_string(failure.record + 1) + ": ";
+    switch (failure.reason) {
+        case DataFileFailure::kNone:
+            break;
+        case DataFileFailure::kFileError:
+            return place + Explain(failure.error);
+        case DataFileFailure::kNotDataFile:
+            return "it is not a vibration data file";
+        case DataFileFailure::kNoRecord:
+            return "it has a header but no record";
+        case DataFileFailure::kBadRecord:
+            return place + "it is empty or damaged";
+        case DataFileFailure::kNoMemory:
+            return place + "there is not enough memory";
+    }
+    return "the reason is not known";
+}
+
+}  // namespace
+
+DataFileContent LoadDataFile(const std::string& path) {
+    DataFileContent content;
+    DataFileFailure failure;
+    if (!CComDataFile::LoadDataFile(WidePath(path).c_str(), &content, &failure))
+        throw Reason(ReasonText(failure));
+    return content;
+}
+
+void StoreDataFile(const std::string& path, const std::wstring& text, std::vector<CComDataBase> records) {
+    const DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), std::move(records)};
+    DataFileFailure failure;
+    if (!CComDataFile::StoreDataFile(WidePath(path).c_str(), content, &failure))
+        throw Reason(ReasonText(failure));
+}
+
+std::vector<Channel> ListChannels(const DataFileContent& content) {
+    std::vector<Channel> channels;
+    for (std::size_t r = 0; r < content.records.size(); ++r) {
+        const CComDataBase& record = content.records[r];
+        for (__int64 row = 0; row < record.GetNumRow(); ++row) {
+            for (__int64 column = 0; column < record.GetNumCol(); ++column) {
+                std::wstring name = record.GetRowName()[static_cast<std::size_t>(row)];
+                if (record.GetNumCol() > 1)
+                    name += L"/" + record.GetColName()[static_cast<std::size_t>(column)];
+                channels.push_back({channels.size() + 1, r, row, column, std::move(name)});
+            }
+        }
+    }
+    return channels;
+}
+
+void AddChannelOptions(CLI::App& command, ChannelOptions* options) {
+    command
+        .add_option("--channels", options->channels,
+                    "Channels by name, number or range of numbers as 'kvx info' shows them: 1,3-4,top")
+        ->type_name("LIST");
+    command.add_option("--record", options->record, "Only the channels of this record, counted from 1")
+        ->type_name("N")
+        ->check(WholeNumber(1, 1'000'000));
+}
+
+std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options) {
+    if (options.record > content.records.size()) {
+        throw Reason("it has no record " + std::to_string(options.record) + ", only " +
+                     Count(std::ssize(content.records), "record"));
+    }
+    const std::vector<Channel> all = ListChannels(content);
+    std::vector<std::wstring> names;
+    for (const Channel& channel : all) names.push_back(channel.name);
+    std::vector<Channel> chosen;
+    for (const std::size_t at : ChooseChannels(options.channels, names)) {
+        if (options.record == 0 || all[at].record == options.record - 1) {
+            chosen.push_back(all[at]);
+        } else if (!options.channels.empty()) {
+            throw Reason("channel " + std::to_string(all[at].number) + " is in record " +
+                         std::to_string(all[at].record + 1) + ", not in record " +
+                         std::to_string(options.record));
+        }
+    }
+    std::ranges::stable_sort(chosen, {}, &Channel::record);
+    return chosen;
+}
+
+bool IsWaveform(const CComDataBase& record) {
+    return record.GetDataMode() == CComDataBase::MODE_SPACING && record.GetHUnit() == CUnitCtrl::DIM_TIME &&
+           record.GetImaginary(0, 0) == nullptr && record.GetDelta() > 0.0;
+}
+
+double RateOf(const CComDataBase& record) {
+    return 1.0 / record.GetDelta();
+}
+
+double Viewed(const CUnitCtrl& unit, double value) {
+    // A single temperature is a reading, not a difference; compounds only ever hold differences.
+    return value == kNoValue<double> ? value : unit.ConvDtoI(value, 1.0, unit.IsSingle());
+}
+
+CDataArrayDouble ViewedSamples(const CComDataBase& record, const double* samples) {
+    CDataArrayDouble viewed;
+    if (samples != nullptr && viewed.SetData(record.GetNsamp(), samples)) {
+        for (__int64 i = 0; i < viewed.GetNum(); ++i) viewed[i] = Viewed(record.GetUnit(), samples[i]);
+    }
+    if (viewed.GetNum() == 0) throw std::bad_alloc();
+    return viewed;
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+//
+// Data files as the commands see them: loading and storing with a reason on failure, and the channels of all
+// records under one numbering.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/files/DataFile.h>
+
+namespace CLI {
+class App;
+}
+
+namespace kvx::tool {
+
+/// Throws Reason.
+DataFileContent LoadDataFile(const std::string& path);
+
+/// Stores records as a vibration data file with the free text `text`, of which the header keeps 257
+/// characters. Throws Reason.
+void StoreDataFile(const std::string& path, const std::wstring& text, std::vector<CComDataBase> records);
+
+/// One cell of one record.
+struct Channel {
+    std::size_t number;  ///< from 1, through all records of the file, row by row
+    std::size_t record;  ///< 0-based
+    __int64 row;
+    __int64 column;
+    std::wstring name;
+};
+
+std::vector<Channel> ListChannels(const DataFileContent& content);
+
+/// Which channels a command works on.
+struct ChannelOptions {
+    std::string channels;    ///< as ChooseChannels takes it; empty for all
+    std::size_t record = 0;  ///< 1-based; 0 for all
+};
+void AddChannelOptions(CLI::App& command, ChannelOptions* options);
+
+/// The chosen channels, those of one record together and in the order of the records. Throws Reason.
+std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options);
+
+/// Whether the axis of the record is the time, evenly spaced, and the samples are real.
+bool IsWaveform(const CComDataBase& record);
+
+/// Sampling rate of a waveform, in hertz.
+double RateOf(const CComDataBase& record);
+
+/// The samples of a channel in the unit of its record; no-value markers stay what they are. Throws
+/// std::bad_alloc.
+CDataArrayDouble ViewedSamples(const CComDataBase& record, const double* samples);
+
+/// A value of the record's standard unit in the record's unit.
+double Viewed(const CUnitCtrl& unit, double value);
+
+}  // namespace kvx::tool

@@ -1,0 +1,315 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx export: records become a CSV table or, when they are waveforms, a WAV file.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Text.h>
+
+#include "Commands.h"
+#include "DataFiles.h"
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "Output.h"
+#include "Progress.h"
+#include "SoundFile.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+const std::map<std::string, WavSamples> kSampleNames = {{"float", WavSamples::floating},
+                                                        {"double", WavSamples::doubleFloating},
+                                                        {"pcm16", WavSamples::pcm16},
+                                                        {"pcm24", WavSamples::pcm24}};
+
+struct ExportOptions {
+    std::string input;
+    std::string output;
+    std::string units;
+    ChannelOptions channels;
+    WavSamples samples = WavSamples::floating;
+    std::optional<double> fullScale;
+};
+
+/// One channel to be written; values are converted as they are written.
+struct Column {
+    Channel channel;
+    const CComDataBase* record;
+    CUnitCtrl unit;
+    const double* real;
+    const double* imaginary;  ///< null in a real record
+};
+
+bool HaveSameAxis(const CComDataBase& a, const CComDataBase& b) {
+    if (a.GetDataMode() != b.GetDataMode() || a.GetNsamp() != b.GetNsamp() || a.GetHUnit() != b.GetHUnit()) {
+        return false;
+    }
+    if (a.GetHData() && b.GetHData()) return *a.GetHData() == *b.GetHData();
+    return a.GetDelta() == b.GetDelta() && a.GetOffset() == b.GetOffset();
+}
+
+std::vector<Column> MakeColumns(const DataFileContent& content, const ExportOptions& options) {
+    std::vector<Column> columns;
+    for (Channel& channel : SelectChannels(content, options.channels)) {
+        const CComDataBase& record = content.records[channel.record];
+        columns.push_back({std::move(channel), &record, record.GetUnit(), nullptr, nullptr});
+        Column& column = columns.back();
+        column.real = record.GetReal(column.channel.row, column.channel.column);
+        column.imaginary = record.GetImaginary(column.channel.row, column.channel.column);
+        if (!HaveSameAxis(*columns.front().record, record)) {
+            throw Reason("records " + std::to_string(columns.front().channel.record + 1) + " and " +
+                         std::to_string(column.channel.record + 1) +
+                         " differ in their axis; choose one with --record");
+        }
+    }
+    if (options.units.empty()) return columns;
+    const std::vector<std::string> units = SpreadList("--unit", options.units, columns.size());
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+        const CUnitCtrl stored = columns[c].unit;
+        CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
+        stored.GetDimCode(&dimension, nullptr, nullptr, nullptr);
+        columns[c].unit = RequireUnit(units[c], dimension);
+        if (!IsConvertible(stored, columns[c].unit)) {
+            throw UsageError("--unit: channel " + Quote(columns[c].channel.name) + " is in " +
+                             Quote(UnitText(stored)) + ", which does not convert to " + Quote(units[c]));
+        }
+    }
+    return columns;
+}
+
+// ---- CSV
+// ------------------------------------------------------------------------------------------------------------
+
+/// The shortest number in `unit` that is stored as the same value again: the digits that were imported. Where
+/// the conversion reaches no such number, the nearest one.
+std::string ExactNumber(const CUnitCtrl& unit, double stored) {
+    constexpr int kSafeDigits = 15;  // so many decimal digits survive being a double
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const int absolute = unit.IsSingle();
+    const double value = unit.ConvDtoI(stored, 1.0, absolute);
+    const auto storesAlike = [&](double candidate) {
+        return unit.ConvItoD(candidate, 1.0, absolute) == stored;
+    };
+    if (value == stored && storesAlike(value)) return FormatExact(value);
+    const std::string rounded = FormatNumber(value, kSafeDigits);
+    double parsed = 0.0;
+    std::from_chars(rounded.data(), rounded.data() + rounded.size(), parsed);
+    if (storesAlike(parsed)) return rounded;
+    for (const double candidate : {std::nextafter(value, -kInfinity), std::nextafter(value, kInfinity)}) {
+        if (!storesAlike(value) && storesAlike(candidate)) return FormatExact(candidate);
+    }
+    return FormatExact(value);
+}
+
+/// Collects text and passes it on in large pieces.
+class CsvWriter {
+public:
+    explicit CsvWriter(ByteStream& stream) : stream_(stream) { text_.reserve(2 * kPiece); }
+
+    void Add(std::string_view text) { text_ += text; }
+    /// A value stored in the standard unit, as a number in `unit`; nothing for the no-value marker.
+    void Add(const CUnitCtrl& unit, double stored) {
+        if (stored != kNoValue<double>) text_ += ExactNumber(unit, stored);
+    }
+    void EndLine() {
+        text_ += '\n';
+        if (text_.size() >= kPiece) Flush();
+    }
+    void Flush() {
+        stream_.Write(text_.data(), text_.size());
+        text_.clear();
+    }
+
+private:
+    static constexpr std::size_t kPiece = 1 << 16;
+    ByteStream& stream_;
+    std::string text_;
+};
+
+/// "name [unit]", in quotes where the comma rules want it.
+std::string CsvHeading(const std::wstring& name, const std::string& part, const CUnitCtrl& unit) {
+    std::string text = ToUtf8(name) + part + " [" + UnitText(unit) + "]";
+    std::ranges::replace_if(
+        text, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    if (text.find_first_of(",\"") == std::string::npos && text.front() != '#') return text;
+    std::string quoted = "\"";
+    for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
+    return quoted + "\"";
+}
+
+std::string AxisHeading(const CComDataBase& record) {
+    CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
+    record.GetHUnit().GetDimCode(&dimension, nullptr, nullptr, nullptr);
+    const bool isTime = dimension == CUnitCtrl::DIM_TIME;
+    const bool isFrequency = dimension == CUnitCtrl::DIM_FREQUENCY;
+    return CsvHeading(isTime ? L"time" : isFrequency ? L"frequency" : L"axis", "", CUnitCtrl(dimension));
+}
+
+void WriteCsv(const std::vector<Column>& columns, ByteStream& stream, Progress& progress) {
+    const CComDataBase& axis = *columns.front().record;
+    CsvWriter csv(stream);
+    csv.Add(AxisHeading(axis));
+    for (const Column& column : columns) {
+        csv.Add("," + CsvHeading(column.channel.name, column.imaginary ? " re" : "", column.unit));
+        if (column.imaginary) csv.Add("," + CsvHeading(column.channel.name, " im", column.unit));
+    }
+    csv.EndLine();
+    const CDataArrayDouble* axisValues = axis.GetHData();
+    for (__int64 i = 0; i < axis.GetNsamp(); ++i) {
+        csv.Add(FormatExact(axisValues ? axisValues->GetData()[i]
+                                       : static_cast<double>(axis.GetOffset() + i) * axis.GetDelta()));
+        for (const Column& column : columns) {
+            csv.Add(",");
+            csv.Add(column.unit, column.real[i]);
+            if (!column.imaginary) continue;
+            csv.Add(",");
+            csv.Add(column.unit, column.imaginary[i]);
+        }
+        csv.EndLine();
+        if (i % 4096 == 0)
+            progress.Update(static_cast<std::uint64_t>(i), static_cast<std::uint64_t>(axis.GetNsamp()));
+    }
+    csv.Flush();
+}
+
+// ---- WAV
+// ------------------------------------------------------------------------------------------------------------
+
+/// The rate as a WAV header holds it: whole, to the accuracy of a sampling clock.
+int WavRate(const CComDataBase& record) {
+    constexpr double kClockAccuracy = 1e-6;
+    const double rate = RateOf(record);
+    const double whole = std::round(rate);
+    if (whole < 1.0 || whole > std::numeric_limits<int>::max() ||
+        std::abs(rate / whole - 1.0) > kClockAccuracy) {
+        throw Reason("its rate of " + FormatNumber(rate, 10) + " Hz is not whole, as a WAV file needs it");
+    }
+    return static_cast<int>(whole);
+}
+
+/// The samples of a column over full scale; throws Reason where they do not fit.
+std::vector<double> WavChannel(const Column& column, const ExportOptions& options) {
+    const double fullScale = options.fullScale.value_or(1.0);
+    const bool isInteger = options.samples == WavSamples::pcm16 || options.samples == WavSamples::pcm24;
+    std::vector<double> values(column.real, column.real + column.record->GetNsamp());
+    double peak = 0.0;
+    for (double& value : values) {
+        if (value == kNoValue<double> || !std::isfinite(value)) {
+            throw Reason("sample " + std::to_string(&value - values.data() + 1) + " of channel " +
+                         Quote(column.channel.name) + " holds no value");
+        }
+        value = Viewed(column.unit, value);
+        peak = std::max(peak, std::abs(value));
+        value /= fullScale;
+    }
+    if (isInteger && peak > fullScale) {
+        throw Reason("channel " + Quote(column.channel.name) + " would be clipped: it reaches " +
+                     FormatNumber(peak) + " " + UnitText(column.unit) + " and full scale is " +
+                     FormatNumber(fullScale) + "; raise --full-scale");
+    }
+    return values;
+}
+
+std::vector<std::vector<double>> WavChannels(const std::vector<Column>& columns,
+                                             const ExportOptions& options) {
+    std::vector<std::vector<double>> channels;
+    for (const Column& column : columns) {
+        if (!IsWaveform(*column.record)) throw Reason("a WAV file holds time waveforms only; choose CSV");
+        channels.push_back(WavChannel(column, options));
+    }
+    return channels;
+}
+
+bool HasExtension(const std::string& path, std::string_view extension) {
+    std::string own = std::filesystem::path(path).extension().string();
+    std::ranges::transform(own, own.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return own == extension;
+}
+
+void RunExport(const ExportOptions& options, ByteStream& out) {
+    RequireAnotherFile(options.input, options.output);
+    const bool isWav = HasExtension(options.output, ".wav");
+    if (options.fullScale && !isWav) throw UsageError("--full-scale is for WAV files");
+    Progress progress("exporting " + options.input);
+    DataFileContent content;
+    std::vector<Column> columns;
+    std::vector<std::vector<double>> channels;
+    Doing("export", options.input, [&] {
+        content = LoadDataFile(options.input);
+        columns = MakeColumns(content, options);
+        if (isWav) {
+            WavRate(*columns.front().record);
+            channels = WavChannels(columns, options);
+        }
+    });
+    if (options.output == "-") {
+        WriteCsv(columns, out, progress);
+        return;
+    }
+    Doing("write", options.output, [&] {
+        if (isWav) {
+            WriteWavFile(options.output, channels, WavRate(*columns.front().record), options.samples,
+                         progress);
+            return;
+        }
+        OutputFile file(WidePath(options.output));
+        WriteCsv(columns, file, progress);
+        file.Commit();
+    });
+    WriteText(out, options.output + ": " + Count(std::ssize(columns), "channel") + " of " +
+                       Count(columns.front().record->GetNsamp(), "sample") + "\n");
+}
+
+}  // namespace
+
+void AddExport(CLI::App& app, Action* action) {
+    const auto options = std::make_shared<ExportOptions>();
+    CLI::App* command = app.add_subcommand("export", "Write records as a CSV table or a WAV file");
+    command->add_option("FILE", options->input, "Data file")->required();
+    command
+        ->add_option("-o,--output", options->output,
+                     "Output: .wav for sound, anything else for CSV, - for CSV on "
+                     "standard output")
+        ->required();
+    command->add_option("--unit", options->units, "Unit of the values, one for all channels or a list")
+        ->type_name("LIST");
+    AddChannelOptions(*command, &options->channels);
+    command
+        ->add_option("--samples", options->samples,
+                     "WAV samples: float, double, pcm16, pcm24 (default float)")
+        ->type_name("KIND")
+        ->transform(CLI::CheckedTransformer(kSampleNames).description(""));
+    command
+        ->add_option("--full-scale", options->fullScale,
+                     "Value that becomes full scale of the WAV file (default 1)")
+        ->type_name("VALUE")
+        ->check(PositiveNumber());
+    command->footer(
+        "CSV has a heading line, the time in s or the frequency in Hz, and every number with the digits "
+        "that\n"
+        "read back as the same value; complex channels take two columns.\n\n"
+        "Example:\n"
+        "  printf '0,0.1\\n0.5,0.3\\n1,-0.2\\n' > shaker.csv\n"
+        "  kvx import shaker.csv -o shaker.vdf2 --unit g --name top\n"
+        "  kvx export shaker.vdf2 -o - --unit m/s2\n"
+        "  kvx export shaker.vdf2 -o shaker.wav --samples pcm24 --full-scale 0.5");
+    command->callback([=] { *action = [=](ByteStream& out) { RunExport(*options, out); }; });
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+//
+// Pieces of the command line that several commands share.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kvx::tool {
+
+/// Checks of an option's text, with the complaint that the person reads.
+CLI::Validator PositiveNumber();
+CLI::Validator NonNegativeNumber();
+CLI::Validator FiniteNumber();
+CLI::Validator WholeNumber(std::int64_t least, std::int64_t most);
+
+/// A number as an argument writes it: decimal point, no blanks; throws UsageError ("'abc' is not a number").
+double ParseArgument(std::string_view text);
+
+/// The pieces of a comma list; one empty piece for an empty text.
+std::vector<std::string> SplitList(std::string_view list);
+
+/// `values` spread over `count` receivers: one for all, or one each; throws UsageError naming `option`
+/// otherwise.
+std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count);
+
+/// 0-based positions of the chosen channels, in the order of the choice. `choice` is a comma list of names,
+/// 1-based numbers and ranges "2-4"; empty chooses all. Throws Reason when it names a channel that is not
+/// there.
+std::vector<std::size_t> ChooseChannels(std::string_view choice, const std::vector<std::wstring>& names);
+
+}  // namespace kvx::tool

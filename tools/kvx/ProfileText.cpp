@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "ProfileText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+#include <system_error>
+
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/units/UnitText.h>
+
+#include "Failure.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+constexpr std::size_t kLongestProfile = 1 << 20;
+constexpr std::string_view kGaps = " \t,;\r";
+
+/// The next word of `*line`, which is left behind it; empty at the end.
+std::string_view TakeWord(std::string_view* line) {
+    const std::size_t begin = std::min(line->find_first_not_of(kGaps), line->size());
+    const std::size_t end = std::min(line->find_first_of(kGaps, begin), line->size());
+    const std::string_view word = line->substr(begin, end - begin);
+    line->remove_prefix(end);
+    return word;
+}
+
+/// A number above 0; throws Reason.
+double PositiveValue(std::string_view word, const char* what) {
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (word.empty()) throw Reason(std::string("the ") + what + " is missing");
+    if (error != std::errc() || end != word.data() + word.size())
+        throw Reason(Quote(word) + " is not a number");
+    if (!(value > 0.0) || !std::isfinite(value)) {
+        throw Reason(std::string("the ") + what + " " + Quote(word) + " is not a number above 0");
+    }
+    return value;
+}
+
+/// The unit whose density `text` names: g for "g2/Hz"; throws Reason.
+CUnitCtrl SignalUnit(std::string_view text) {
+    const std::optional<std::wstring> wide = FromUtf8(text);
+    const std::optional<CUnitCtrl> density = wide ? ParseUnit(*wide) : std::nullopt;
+    if (density) {
+        CUnitCtrl::UNIT_CODE code = CUnitCtrl::UNIT_NONE;
+        CUnitCtrl::UNIT_CALC calc = CUnitCtrl::CALC_PLAIN;
+        density->GetInfo(&code, &calc, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+        const CUnitCtrl unit = calc == CUnitCtrl::CALC_DIVIDE ? CUnitCtrl() : SingleUnit(code);
+        if (PlainUnitName(*DensityUnit(unit)) == PlainUnitName(*density)) return unit;
+    }
+    throw Reason(Quote(text) + " is not the unit of a density such as g2/Hz or (m/s2)2/Hz");
+}
+
+void ParseLine(std::string_view line, ProfileText* profile) {
+    line = line.substr(0, line.find('#'));
+    const std::string_view first = TakeWord(&line);
+    if (first.empty()) return;
+    if (first == "unit") {
+        const std::string_view unit = TakeWord(&line);
+        if (profile->signalUnit) throw Reason("the unit is stated twice");
+        profile->signalUnit = SignalUnit(unit);
+    } else {
+        const double frequency = PositiveValue(first, "frequency");
+        const double level = PositiveValue(TakeWord(&line), "level");
+        if (!profile->frequencies.empty() && frequency <= profile->frequencies.back()) {
+            throw Reason("the frequency " + Quote(first) + " is not above the one before");
+        }
+        profile->frequencies.push_back(frequency);
+        profile->levels.push_back(level);
+    }
+    if (const std::string_view rest = TakeWord(&line); !rest.empty())
+        throw Reason(Quote(rest) + " is too much");
+}
+
+}  // namespace
+
+ProfileText ParseProfileText(std::string_view text) {
+    ProfileText profile;
+    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    for (std::size_t number = 1; !text.empty(); ++number) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        try {
+            ParseLine(text.substr(0, end), &profile);
+        } catch (const Reason& reason) {
+            throw Reason("line " + std::to_string(number) + ": " + reason.what());
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    if (profile.frequencies.size() < 2) throw Reason("a profile needs two breakpoints or more");
+    return profile;
+}
+
+ProfileText ReadProfileText(const std::string& path) {
+    InputFile file(WidePath(path));
+    std::string text(kLongestProfile + 1, '\0');
+    text.resize(file.Read(text.data(), text.size()));
+    if (text.size() > kLongestProfile) throw Reason("it is too long for a profile");
+    return ParseProfileText(text);
+}
+
+}  // namespace kvx::tool

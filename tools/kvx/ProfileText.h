@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+//
+// Power spectral densities as text: breakpoints, one "frequency level" per line in ascending order, apart by
+// blanks, a comma or a semicolon; "#" begins a comment; a line "unit g2/Hz" states the unit of the levels.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/units/UnitCtrl.h>
+
+namespace kvx::tool {
+
+struct ProfileText {
+    std::vector<double> frequencies;      ///< [Hz], positive and strictly ascending, two or more
+    std::vector<double> levels;           ///< positive; in the square of the signal's unit per hertz
+    std::optional<CUnitCtrl> signalUnit;  ///< g of "unit g2/Hz"; no value without such a line
+};
+
+/// Throws Reason naming the line and what is wrong with it, or CFileException.
+ProfileText ReadProfileText(const std::string& path);
+
+ProfileText ParseProfileText(std::string_view text);
+
+}  // namespace kvx::tool

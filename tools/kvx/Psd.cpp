@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx psd: averaged power spectral densities.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/MatSpec.h>
+
+#include "Analysis.h"
+#include "Commands.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+__int64 CalculatePsd(const Signal& signal, double* real, double*) {
+    AveragedSpectrum average;
+    CDataArrayDouble psd;
+    if (!average.Begin(signal.window, signal.overlap)) throw std::bad_alloc();
+    average.Add(signal.samples);
+    if (!average.GetPsd(signal.rateHz, &psd)) throw std::bad_alloc();
+    std::copy_n(psd.GetData(), psd.GetNum(), real);
+    return average.GetNumBlocks();
+}
+
+double PsdRms(double* levels, __int64 count, __int64, double spacingHz, double) {
+    return CMatSpec::CalcPsdRms(levels, count, spacingHz, 0, 0);
+}
+
+}  // namespace
+
+void AddPsd(CLI::App& app, Action* action) {
+    const auto options = std::make_shared<AnalysisOptions>();
+    CLI::App* command = app.add_subcommand("psd", "Averaged power spectral density of time waveforms");
+    AddAnalysisOptions(*command, options.get());
+    AddOverlapOption(*command, options.get());
+    command->footer(
+        "One-sided density in the square of the channel's unit per hertz, averaged over all full blocks; no\n"
+        "mean or trend is removed. The rms is that of the lines in the band.\n\n"
+        "Example:\n"
+        "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
+        "  kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20\n"
+        "  kvx psd random.vdf2 -o random-psd.vdf2 --block 2048 --from 20 --to 2000");
+    const LineMethod method = {false, DensityUnit, CalculatePsd, PsdRms};
+    command->callback([=] { *action = [=](ByteStream& out) { RunAnalysis(*options, method, out); }; });
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx synth: a random waveform of a given power spectral density.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/dsp/PsdProfile.h>
+#include <KvxDevCommon01/dsp/RandomWave.h>
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/platform/Text.h>
+
+#include "Commands.h"
+#include "DataFiles.h"
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "Output.h"
+#include "ProfileText.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+struct SynthOptions {
+    std::string profile;
+    std::string output;
+    std::optional<double> rateHz;
+    double durationSeconds = 10.0;
+    std::optional<double> rms;
+    std::uint32_t seed = 1;
+    std::string unit;
+    std::string name = "random";
+};
+
+/// The profile in standard units, and the unit that the waveform is shown in.
+struct Target {
+    PsdProfile profile;
+    CUnitCtrl unit;
+    double topHz = 0.0;
+};
+
+Target ReadTarget(const SynthOptions& options) {
+    const ProfileText text = ReadProfileText(options.profile);
+    Target target;
+    std::optional<CUnitCtrl> given;
+    if (!options.unit.empty()) given = RequireUnit(options.unit);
+    target.unit = given ? *given : text.signalUnit.value_or(CUnitCtrl());
+    // Without a unit of their own the levels are in that of the waveform, squared per hertz.
+    const CUnitCtrl levelUnit = text.signalUnit.value_or(target.unit);
+    if (!IsConvertible(levelUnit, target.unit)) {
+        throw UsageError("--unit: the profile is for " + Quote(UnitText(levelUnit)) +
+                         ", which does not convert to " + Quote(options.unit));
+    }
+    const std::optional<CUnitCtrl> density = DensityUnit(levelUnit);
+    if (!density) throw UsageError("--unit: " + Quote(options.unit) + " is a compound, which has no density");
+    CDataArrayDouble frequencies(std::ssize(text.frequencies), text.frequencies.data());
+    CDataArrayDouble levels(std::ssize(text.levels), text.levels.data());
+    density->ConvItoD(&levels, 1.0, 0);
+    if (!target.profile.SetPoints(frequencies, levels)) throw std::bad_alloc();
+    target.topHz = text.frequencies.back();
+    return target;
+}
+
+/// The least power of two that leaves room above the profile for an anti-aliasing filter's slope.
+double DefaultRate(double topHz) {
+    return std::exp2(std::ceil(std::log2(2.56 * topHz)));
+}
+
+void RunSynth(const SynthOptions& options, ByteStream& out) {
+    RequireAnotherFile(options.profile, options.output);
+    const CStringArray names = {FromUtf8(options.name).value_or(L"")};
+    if (names.front().empty()) throw UsageError("--name: " + Quote(options.name) + " is empty or not UTF-8");
+    CComDataWave wave;
+    std::string summary;
+    std::wstring text;
+    Doing("synthesise", options.profile, [&] {
+        const Target target = ReadTarget(options);
+        text = FromUtf8(options.profile).value_or(L"");
+        const double rate = options.rateHz.value_or(DefaultRate(target.topHz));
+        const double count = std::round(rate * options.durationSeconds);
+        if (!(count >= 1.0 && count <= std::numeric_limits<std::int32_t>::max())) {
+            throw UsageError(FormatNumber(options.durationSeconds) + " s at " + FormatNumber(rate, 10) +
+                             " Hz are " + FormatNumber(count) + " samples; a record holds 1 to 2147483647");
+        }
+        RandomWaveSettings settings = {rate};
+        if (options.rms) settings.targetRms = target.unit.ConvItoD(*options.rms, 1.0, 0);
+        CDataArrayDouble samples(static_cast<__int64>(count), 0.0);
+        if (samples.GetNum() == 0) throw std::bad_alloc();
+        std::uint32_t seed = options.seed;
+        if (!GenerateRandomWave(&samples, target.profile, settings, &seed)) {
+            throw Reason("nothing of the profile lies below half the rate of " + FormatNumber(rate, 10) +
+                         " Hz");
+        }
+        if (target.topHz > rate / 2.0) {
+            Note("the profile above " + FormatNumber(rate / 2.0, 10) + " Hz, half the rate, is left out");
+        }
+        wave.Create(1.0 / rate, 1, 1, samples.GetNum(), 0, target.unit, &names, nullptr);
+        double* stored = wave.GetReal(0, 0);
+        if (stored == nullptr) throw std::bad_alloc();
+        std::copy_n(samples.GetData(), samples.GetNum(), stored);
+
+        const std::string unit = UnitText(target.unit);
+        const auto shown = [&](double value) {
+            return FormatNumber(target.unit.ConvDtoI(value, 1.0, 0)) + " " + unit;
+        };
+        const double rms = samples.CalcRms(0, 0);
+        const double peak = samples.GetAbsMax(0, 0);
+        summary = options.output + ": " + Count(samples.GetNum(), "sample") + " at " +
+                  FormatNumber(rate, 10) + " Hz (" + FormatNumber(count / rate, 7) + " s), seed " +
+                  std::to_string(options.seed) + "\n" +
+                  FormatTable({Align::left, Align::left}, {{"profile rms", shown(target.profile.CalcRms())},
+                                                           {"signal rms", shown(rms)},
+                                                           {"peak", shown(peak)},
+                                                           {"crest factor", FormatNumber(peak / rms, 4)}});
+    });
+    Doing("write", options.output, [&] {
+        std::vector<CComDataBase> records;
+        records.push_back(std::move(wave));
+        StoreDataFile(options.output, text, std::move(records));
+    });
+    WriteText(out, summary);
+}
+
+}  // namespace
+
+void AddSynth(CLI::App& app, Action* action) {
+    const auto options = std::make_shared<SynthOptions>();
+    CLI::App* command =
+        app.add_subcommand("synth", "Make a random waveform of a given power spectral density");
+    command
+        ->add_option("PROFILE", options->profile,
+                     "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
+        ->required();
+    command->add_option("-o,--output", options->output, "Data file to write (.vdf2)")->required();
+    command
+        ->add_option("--rate", options->rateHz,
+                     "Sampling rate; without it the power of two from 2.56 times the highest frequency on")
+        ->type_name("HZ")
+        ->check(PositiveNumber());
+    command->add_option("--duration", options->durationSeconds, "Length of the signal")
+        ->type_name("S")
+        ->check(PositiveNumber())
+        ->capture_default_str();
+    command->add_option("--rms", options->rms, "Scale the signal to this rms; without it that of the profile")
+        ->type_name("VALUE")
+        ->check(PositiveNumber());
+    command
+        ->add_option("--seed", options->seed, "Start of the random numbers; equal seeds make equal signals")
+        ->type_name("N")
+        ->check(WholeNumber(0, std::numeric_limits<std::uint32_t>::max()))
+        ->capture_default_str();
+    command->add_option("--unit", options->unit, "Unit of the signal; without it that of the profile")
+        ->type_name("UNIT");
+    command->add_option("--name", options->name, "Name of the channel")
+        ->type_name("NAME")
+        ->capture_default_str();
+    command->footer(
+        "The density runs straight between breakpoints on log-log axes. The noise is Gaussian and "
+        "stationary.\n\n"
+        "Example:\n"
+        "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
+        "  kvx synth profile.txt -o random.vdf2 --rms 3 --seed 7 --duration 4\n"
+        "  kvx info random.vdf2");
+    command->callback([=] { *action = [=](ByteStream& out) { RunSynth(*options, out); }; });
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+//
+// Recordings from text: comma, semicolon, tab or blank separated columns with or without headings and a time
+// column, decimal point or comma, UTF-8 or UTF-16 with a byte-order mark, and the measurement text files of
+// data loggers
+// (.lvm), whose header blocks are read for what they say of the columns. Numbers become the nearest double.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Progress.h"
+#include "Recording.h"
+
+namespace kvx::tool {
+
+/// What the person states because a text cannot say it.
+struct TextOptions {
+    /// Whether the first column is the time; without a statement headings and spacing decide.
+    std::optional<bool> firstColumnIsTime;
+    /// A comma inside a number is the decimal mark even where it could separate columns.
+    bool decimalComma = false;
+};
+
+/// Parses the bytes of a whole text file. Throws Reason naming the line and column of what is wrong.
+Recording ParseTextTable(std::string bytes, const TextOptions& options, Progress& progress);
+
+}  // namespace kvx::tool

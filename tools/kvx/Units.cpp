@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx units: the dimensions and units of the suite, and conversion between them.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/ItemInfo.h>
+#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/UnitText.h>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "Output.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+constexpr std::size_t kCodeDigits = 8;
+
+struct UnitsOptions {
+    std::string dimension;
+    std::string value;
+    std::string from;
+    std::string to;
+};
+
+struct DimensionName {
+    CUnitCtrl::DIM_CODE code;
+    std::string_view english;
+};
+
+// clang-format off
+constexpr std::array kDimensionNames = {
+    DimensionName{CUnitCtrl::DIM_ACCELERATION,          "acceleration"},
+    DimensionName{CUnitCtrl::DIM_VELOCITY,              "velocity"},
+    DimensionName{CUnitCtrl::DIM_DISPLACEMENT,          "displacement"},
+    DimensionName{CUnitCtrl::DIM_FORCE,                 "force"},
+    DimensionName{CUnitCtrl::DIM_STRAIN,                "strain"},
+    DimensionName{CUnitCtrl::DIM_ANGULAR_VELOCITY,      "angular velocity"},
+    DimensionName{CUnitCtrl::DIM_ANGULAR_ACCELERATION,  "angular acceleration"},
+    DimensionName{CUnitCtrl::DIM_PRESSURE,              "pressure"},
+    DimensionName{CUnitCtrl::DIM_TIME,                  "time"},
+    DimensionName{CUnitCtrl::DIM_FREQUENCY,             "frequency"},
+    DimensionName{CUnitCtrl::DIM_CHARGE,                "charge"},
+    DimensionName{CUnitCtrl::DIM_VOLTAGE,               "voltage"},
+    DimensionName{CUnitCtrl::DIM_TEMPERATURE,           "temperature"},
+    DimensionName{CUnitCtrl::DIM_RATIO,                 "ratio"},
+    DimensionName{CUnitCtrl::DIM_ANGLE,                 "angle"},
+    DimensionName{CUnitCtrl::DIM_CYCLES,                "cycles"},
+    DimensionName{CUnitCtrl::DIM_ENGINEERING_UNIT,      "engineering unit"},
+    DimensionName{CUnitCtrl::DIM_COUNT,                 "count"},
+    DimensionName{CUnitCtrl::DIM_CURRENT,               "current"},
+    DimensionName{CUnitCtrl::DIM_RESISTANCE,            "resistance"},
+    DimensionName{CUnitCtrl::DIM_STANDARD_DEVIATION,    "standard deviation"},
+    DimensionName{CUnitCtrl::DIM_MASS,                  "mass"},
+    DimensionName{CUnitCtrl::DIM_NONE,                  "none"},
+    DimensionName{CUnitCtrl::DIM_HEAT,                  "heat"},
+    DimensionName{CUnitCtrl::DIM_POWER,                 "power"},
+    DimensionName{CUnitCtrl::DIM_TORQUE,                "torque"},
+    DimensionName{CUnitCtrl::DIM_MOMENT_OF_INERTIA,     "moment of inertia"},
+    DimensionName{CUnitCtrl::DIM_CAPACITANCE,           "capacitance"},
+    DimensionName{CUnitCtrl::DIM_CONDUCTANCE,           "conductance"},
+    DimensionName{CUnitCtrl::DIM_INDUCTANCE,            "inductance"},
+    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX,         "magnetic flux"},
+    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX_DENSITY, "magnetic flux density"},
+};
+// clang-format on
+
+struct Dimension {
+    CUnitCtrl::DIM_CODE code;
+    std::string name;  ///< as the suite shows it
+    std::string english;
+};
+
+std::vector<Dimension> AllDimensions() {
+    std::vector<Dimension> dimensions;
+    CItemInfoList list;
+    CUnitCtrl::GetDimList(0, &list);
+    CItemInfo item;
+    for (__int64 i = 0; list.GetItem(i, &item); ++i) {
+        const auto code = static_cast<CUnitCtrl::DIM_CODE>(item.GetCode());
+        const auto row = std::ranges::find(kDimensionNames, code, &DimensionName::code);
+        dimensions.push_back(
+            {code, ToUtf8(item.GetText()), row == kDimensionNames.end() ? "" : std::string(row->english)});
+    }
+    return dimensions;
+}
+
+std::vector<CUnitCtrl> UnitsOf(CUnitCtrl::DIM_CODE dimension) {
+    std::vector<CUnitCtrl> units;
+    CItemInfoList list;
+    CUnitCtrl::GetUnitListByDimCode(dimension, &list);
+    CItemInfo item;
+    for (__int64 i = 0; list.GetItem(i, &item); ++i) {
+        units.push_back(SingleUnit(static_cast<CUnitCtrl::UNIT_CODE>(item.GetCode())));
+    }
+    return units;
+}
+
+std::string ListDimensions() {
+    std::vector<std::vector<std::string>> lines = {{"code", "dimension", "", "standard", "units"}};
+    for (const Dimension& dimension : AllDimensions()) {
+        std::string units;
+        for (const CUnitCtrl& unit : UnitsOf(dimension.code))
+            units += (units.empty() ? "" : " ") + UnitText(unit);
+        lines.push_back({HexCode(dimension.code, kCodeDigits), dimension.english, dimension.name,
+                         UnitText(CUnitCtrl(dimension.code)), units});
+    }
+    return FormatTable({Align::right, Align::left, Align::left, Align::left, Align::left}, lines);
+}
+
+/// The dimensions that a word means: by a name or a code, else as the dimension of a unit.
+std::vector<Dimension> FindDimensions(const std::string& word) {
+    std::vector<Dimension> dimensions = AllDimensions();
+    std::vector<Dimension> found;
+    std::ranges::copy_if(dimensions, std::back_inserter(found), [&](const Dimension& d) {
+        return word == d.name || word == d.english || word == HexCode(d.code, kCodeDigits);
+    });
+    if (!found.empty()) return found;
+    const std::vector<CUnitCtrl::UNIT_CODE> units = FindUnit(FromUtf8(word).value_or(L""));
+    std::ranges::copy_if(dimensions, std::back_inserter(found), [&](const Dimension& d) {
+        return std::ranges::any_of(units, [&](auto unit) { return CUnitCtrl::GetDimCode(unit) == d.code; });
+    });
+    if (found.empty())
+        throw Failure("no dimension and no unit is called " + Quote(word) + "; 'kvx units' lists them");
+    return found;
+}
+
+std::string DescribeDimension(const Dimension& dimension) {
+    const CUnitCtrl standard(dimension.code);
+    std::string text = dimension.english + " (" + dimension.name + "), code " +
+                       HexCode(dimension.code, kCodeDigits) + ", standard unit " + UnitText(standard) + "\n";
+    std::vector<std::vector<std::string>> lines = {{"code", "unit", "1 of it", ""}};
+    for (const CUnitCtrl& unit : UnitsOf(dimension.code)) {
+        CUnitCtrl::UNIT_CODE code = CUnitCtrl::UNIT_NONE;
+        unit.GetInfo(&code, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+        const double one = standard.ConvDtoI(unit.ConvItoD(1.0, 1.0, 1), 1.0, 1);
+        lines.push_back(
+            {HexCode(code, kCodeDigits), UnitText(unit), FormatNumber(one, 12), UnitText(standard)});
+    }
+    return text + FormatTable({Align::right, Align::left, Align::right, Align::left}, lines);
+}
+
+CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit) {
+    CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
+    unit.GetDimCode(&dimension, nullptr, nullptr, nullptr);
+    return dimension;
+}
+
+void RunConvert(const UnitsOptions& options, ByteStream& out) {
+    const double value = ParseArgument(options.value);
+    // Where one of the names means several units, the other one decides.
+    CUnitCtrl from = RequireUnit(options.from);
+    CUnitCtrl to = RequireUnit(options.to, DimensionOf(from));
+    if (!IsConvertible(from, to)) {
+        to = RequireUnit(options.to);
+        from = RequireUnit(options.from, DimensionOf(to));
+    }
+    if (!IsConvertible(from, to)) {
+        throw Failure(Quote(options.from) + " does not convert to " + Quote(options.to) +
+                      ": they are of different dimensions");
+    }
+    const int absolute = from.IsSingle();
+    const double converted = to.ConvDtoI(from.ConvItoD(value, 1.0, absolute), 1.0, absolute);
+    WriteText(out, FormatExact(converted) + " " + UnitText(to) + "\n");
+}
+
+void RunUnits(const UnitsOptions& options, ByteStream& out) {
+    if (options.dimension.empty()) {
+        WriteText(out, ListDimensions());
+        return;
+    }
+    std::string text;
+    for (const Dimension& dimension : FindDimensions(options.dimension)) {
+        text += (text.empty() ? "" : "\n") + DescribeDimension(dimension);
+    }
+    WriteText(out, text);
+}
+
+}  // namespace
+
+void AddUnits(CLI::App& app, Action* action) {
+    const auto options = std::make_shared<UnitsOptions>();
+    CLI::App* command = app.add_subcommand("units", "List dimensions and units, convert values");
+    command->require_subcommand(0, 1);
+    command->add_option("DIMENSION", options->dimension,
+                        "List the units of a dimension, given by its name, its code or one of its units");
+    CLI::App* convert = command->add_subcommand("convert", "Convert a value from one unit to another");
+    convert->add_option("VALUE", options->value, "The number to convert")->required();
+    convert->add_option("FROM", options->from, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...")->required();
+    convert->add_option("TO", options->to, "The unit wanted")->required();
+    convert->footer("Example:\n  kvx units convert 1 g m/s2\n  kvx units convert -40 degC degF");
+    command->footer(
+        "Example:\n"
+        "  kvx units\n"
+        "  kvx units acceleration\n"
+        "  kvx units convert 1 g m/s2\n"
+        "  kvx units convert 0.04 g2/Hz '(m/s2)2/Hz'");
+    command->callback([=] {
+        *action = [=](ByteStream& out) {
+            convert->parsed() ? RunConvert(*options, out) : RunUnits(*options, out);
+        };
+    });
+}
+
+}  // namespace kvx::tool

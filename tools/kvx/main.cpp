@@ -1,0 +1,6 @@
+// SPDX-License-Identifier: MIT
+#include "CommandLine.h"
+
+int main(int argc, char** argv) {
+    return kvx::tool::RunCommandLine(argc, argv);
+}
