@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+#include <string>
+
+#include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/platform/Archive.h>
+#include <KvxDevCommon01/platform/ByteStream.h>
+
+#include "ToolRun.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+/// The bytes of a settings file: a header of its kind and something behind it.
+std::string SettingsFile() {
+    kvx::MemoryStream stream;
+    CArchive archive(stream, CArchive::store);
+    CComHdr header(CComHdr::EXT_INFO_GRAPH_COLOR, L"colours");
+    header.Serialize(archive);
+    return {reinterpret_cast<const char*>(stream.Bytes().data()), stream.Bytes().size()};
+}
+
+/// `count` samples of a sine of amplitude 2 with eight samples per period, one per line.
+std::string SineTable(int count) {
+    std::ostringstream text;
+    text.precision(17);
+    for (int i = 0; i < count; ++i) text << 2.0 * std::sin(M_PI * i / 4.0) << "\n";
+    return text.str();
+}
+
+class Help : public testing::TestWithParam<const char*> {};
+
+TEST_P(Help, EndsWithAnExampleThatWorks) {
+    const TempFolder folder;
+    const std::string help = RunWell(folder, std::string("kvx ") + GetParam() + " --help");
+    const std::size_t example = help.find("\nExample:\n");
+    ASSERT_NE(example, std::string::npos) << help;
+    const std::string script = help.substr(help.find('\n', example + 1) + 1);
+    ASSERT_THAT(script, HasSubstr(std::string("  kvx ") + GetParam() + " "));
+    RunWell(folder, "set -e\n" + script);
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, Help,
+                         testing::Values("import", "info", "psd", "spectrum", "export", "synth", "units",
+                                         "kinds", "units convert"));
+
+struct WrongCase {
+    const char* command;
+    int status;
+    const char* sentence;
+};
+
+void PrintTo(const WrongCase& wrong, std::ostream* out) {
+    *out << wrong.command;
+}
+
+/// Wrong inputs and wrong usage, in a folder that holds one of each file that is needed to go wrong.
+class WrongUse : public testing::TestWithParam<WrongCase> {};
+
+TEST_P(WrongUse, IsToldInOneSentenceAndLeavesNothingBehind) {
+    const TempFolder folder;
+    folder.Write("a.csv", "a\n1\n2\n3\n4\n");
+    folder.Write("bad.csv", "a,b\n1,2\n3,abc\n");
+    folder.Write("empty.csv", "");
+    folder.Write("broken.wav", std::string("RIFF\x24\0\0\0WAVEfmt ", 16));
+    folder.Write("settings.gci2", SettingsFile());
+    folder.Write("profile.txt", "20 1\n100 1\n");
+    std::filesystem::create_directory(folder / "dir");
+    RunWell(folder, "kvx import a.csv -o a.vdf2 --rate 4 --unit g");
+    RunWell(folder, "head -c 900 a.vdf2 > short.vdf2; head -c 640 a.vdf2 > header.vdf2");
+    const std::string before = folder.Read("a.vdf2");
+    const std::size_t files = folder.Count();
+
+    const ToolResult result = RunShell(folder, GetParam().command);
+    EXPECT_EQ(result.status, GetParam().status);
+    EXPECT_THAT(result.err, testing::MatchesRegex("kvx: [^\n]*\n"));
+    EXPECT_THAT(result.err, StartsWith(std::string("kvx: ") + GetParam().sentence));
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(folder.Read("a.vdf2"), before);
+    EXPECT_EQ(folder.Count(), files);
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
+    WrongCase{"kvx", 2, "a command is missing; see 'kvx --help'"},
+    WrongCase{"kvx imprt a.csv", 2, "there is no command 'imprt'; see 'kvx --help'"},
+    WrongCase{"kvx info", 2, "FILE is required; see 'kvx info --help'"},
+    WrongCase{"kvx info a.vdf2 --jsn", 2, "The following argument was not expected: --jsn"},
+    WrongCase{"kvx import bad.csv -o x.vdf2", 1, "cannot import 'bad.csv': line 3, column 2: 'abc' is not a number\n"},
+    WrongCase{"kvx import none.csv -o x.vdf2", 1, "cannot import 'none.csv': the file does not exist\n"},
+    WrongCase{"kvx import dir -o x.vdf2", 1, "cannot import 'dir': it is a folder\n"},
+    WrongCase{"kvx import empty.csv -o x.vdf2", 1, "cannot import 'empty.csv': the file is empty\n"},
+    WrongCase{"kvx import broken.wav -o x.vdf2", 1, "cannot import 'broken.wav': it is a damaged sound file"},
+    WrongCase{"kvx import a.vdf2 -o x.vdf2", 1, "cannot import 'a.vdf2': it is neither a text table nor a sound file\n"},
+    WrongCase{"kvx import /dev/zero -o x.vdf2", 1, "cannot import '/dev/zero': it is neither a text table nor"},
+    WrongCase{"kvx import a.csv -o x.vdf2", 1, "cannot import 'a.csv': it has no time column; give the sampling rate"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate 0", 2, "--rate: '0' is not a number above 0"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate=-5", 2, "--rate: '-5' is not a number above 0"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate nan", 2, "--rate: 'nan' is not a number above 0"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --unit m/s3", 2, "'m/s3' is not a unit (did you mean "},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --unit g,g", 2, "--unit gives 2 values for 1 channel"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --name a,b", 2, "--name gives 2 names for 1 channel"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --channels 2", 1,
+              "cannot import 'a.csv': there is no channel '2' among its 1 channel\n"},
+    WrongCase{"kvx import a.csv -o a.csv --rate 1", 2, "the output 'a.csv' is the input file"},
+    WrongCase{"kvx import a.csv -o none/x.vdf2 --rate 1", 1, "cannot write 'none/x.vdf2': its folder does not exist\n"},
+    WrongCase{"kvx import a.csv -o dir --rate 1", 1, "cannot write 'dir': it is a folder\n"},
+    WrongCase{"kvx import a.csv -o /dev/full --rate 1", 1, "cannot write '/dev/full': the disk is full\n"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --full-scale 2", 1, "cannot import 'a.csv': --full-scale is for sound"},
+    WrongCase{"kvx info a.csv", 1, "cannot read 'a.csv': it is not a file of the suite\n"},
+    WrongCase{"kvx info short.vdf2", 1, "cannot read 'short.vdf2': record 1: the file ends too early\n"},
+    WrongCase{"kvx info header.vdf2", 1, "cannot read 'header.vdf2': it has a header but no record\n"},
+    WrongCase{"kvx info a.vdf2 > /dev/full", 1, "cannot write to standard output: the disk is full\n"},
+    WrongCase{"kvx kinds --help > /dev/full", 1, "cannot write to standard output: the disk is full\n"},
+    WrongCase{"kvx psd settings.gci2", 1, "cannot analyse 'settings.gci2': it is not a vibration data file\n"},
+    WrongCase{"kvx psd a.vdf2", 1, "cannot analyse 'a.vdf2': its 4 samples do not fill a block of 1024; choose a smaller"},
+    WrongCase{"kvx psd a.vdf2 --block 3", 2, "--block: 3 is not a power of two from 2 to 131072"},
+    WrongCase{"kvx psd a.vdf2 --block 4 --overlap 100", 2, "--overlap: 100 % leaves no step between blocks of 4"},
+    WrongCase{"kvx psd a.vdf2 --block 4 --overlap nan", 2, "--overlap: 'nan' is not a number"},
+    WrongCase{"kvx psd a.vdf2 --block 4 --window hat", 2, "--window: there is no window 'hat', only hann, "},
+    WrongCase{"kvx psd a.vdf2 --block 4 --from 3", 1, "cannot analyse 'a.vdf2': no line of it, 1 Hz apart up to 1 Hz, lies"},
+    WrongCase{"kvx psd a.vdf2 --record 2", 1, "cannot analyse 'a.vdf2': it has no record 2, only 1 record\n"},
+    WrongCase{"kvx spectrum a.vdf2 --block 4 --start 1", 2, "--start chooses the block of --complex"},
+    WrongCase{"kvx spectrum a.vdf2 --block 4 --start 1 --complex", 1, "cannot analyse 'a.vdf2': no full block is left"},
+    WrongCase{"kvx export a.vdf2 -o - > /dev/full", 1, "cannot write to standard output: the disk is full\n"},
+    WrongCase{"kvx export a.vdf2 -o x.csv --unit N", 2, "--unit: channel 'a' is in 'g', which does not convert to 'N'"},
+    WrongCase{"kvx export a.vdf2 -o x.csv --full-scale 2", 2, "--full-scale is for WAV files"},
+    WrongCase{"kvx export a.vdf2 -o x.wav --samples pcm24", 1,
+              "cannot export 'a.vdf2': channel 'a' would be clipped: it reaches 4 g and full scale is 1"},
+    WrongCase{"kvx export a.vdf2 -o none/x.wav", 1, "cannot write 'none/x.wav': its folder does not exist\n"},
+    WrongCase{"kvx synth a.csv -o x.vdf2", 1, "cannot synthesise 'a.csv': line 1: 'a' is not a number\n"},
+    WrongCase{"kvx synth profile.txt -o x.vdf2 --rate 30", 1, "cannot synthesise 'profile.txt': nothing of the profile"},
+    WrongCase{"kvx synth profile.txt -o x.vdf2 --duration 1e9", 2, "1e+09 s at 256 Hz are 2.56e+11 samples; a record"},
+    WrongCase{"kvx units furlong", 1, "no dimension and no unit is called 'furlong'"},
+    WrongCase{"kvx units convert 1 g kg/h", 1, "'g' does not convert to 'kg/h': they are of different dimensions\n"},
+    WrongCase{"kvx units convert one g kg", 2, "'one' is not a number"},
+    WrongCase{"kvx kinds nonsense", 1, "no file kind matches 'nonsense'\n"}));
+// clang-format on
+
+TEST(Import, KeepsEveryDigitAndPutsEachUnitIntoARecord) {
+    const TempFolder folder;
+    const std::string table =
+        "time [s],top [g],force [N],base [g],gap [mm],oven [degC]\n"
+        "-0.25,1.924208,0.1,-27.077947,0.3,21.5\n"
+        "0,-0.029026,0.30000000000000004,45.299014,1e-300,-40\n"
+        "0.25,0.02,123456789.12345678,0.002739,1e+300,0\n";
+    folder.Write("in.csv", table);
+    RunWell(folder, "kvx import in.csv -o in.vdf2 --text 'Shaker 3'");
+    const nlohmann::json info = RunJson(folder, "kvx info in.vdf2");
+    EXPECT_EQ(info["text"], "Shaker 3");
+    EXPECT_EQ(info["code"], "0x20011");
+    ASSERT_EQ(info["records"].size(), 4U);
+    const nlohmann::json& first = info["records"][0];
+    EXPECT_EQ(first["unit"], "g");
+    EXPECT_EQ(first["rows"], 2);
+    EXPECT_EQ(first["axis"]["rate"], 4.0);
+    EXPECT_EQ(first["axis"]["offset"], -1);
+    EXPECT_EQ(first["channels"][1]["name"], "base");
+    EXPECT_EQ(first["channels"][1]["max"], 45.299014);
+    EXPECT_EQ(first["channels"][1]["peak"], 45.299014);
+    EXPECT_EQ(info["records"][3]["channels"][0]["min"], -40.0);
+
+    const std::string out = RunWell(folder, "kvx export in.vdf2 -o - --channels top,force,base,gap,oven");
+    EXPECT_THAT(out, StartsWith("time [s],top [g],base [g],force [N],gap [mm],oven [ﾟC]\n"
+                                "-0.25,1.924208,-27.077947,0.1,0.3,21.5\n"
+                                "0,-0.029026,45.299014,0.30000000000000004,1e-300,-40\n"));
+    folder.Write("again.csv", out);
+    RunWell(folder, "kvx import again.csv -o again.vdf2 --text 'Shaker 3'");
+    EXPECT_EQ(folder.Read("again.vdf2"), folder.Read("in.vdf2"));
+    EXPECT_THAT(RunWell(folder, "kvx export in.vdf2 -o - --record 1 --channels 2 --unit gal"),
+                HasSubstr("\n-0.25,-26554.3948"));
+}
+
+TEST(Import, TakesTheChosenChannelsFromAPipe) {
+    const TempFolder folder;
+    RunWell(folder,
+            "printf '1 2 3\\n4 5 6\\n' | kvx import /dev/stdin -o a.vdf2 --rate 1 --channels 3,1 --name x,y");
+    EXPECT_EQ(RunWell(folder, "kvx export a.vdf2 -o -"), "time [s],x [-],y [-]\n0,3,1\n1,6,4\n");
+}
+
+TEST(Info, DescribesFilesThatHoldNoData) {
+    const TempFolder folder;
+    folder.Write("settings.gci2", SettingsFile());
+    const std::string text = RunWell(folder, "kvx info settings.gci2");
+    EXPECT_THAT(text, HasSubstr("グラフ色情報ファイル (12, code 0x40026, .gci2)"));
+    EXPECT_THAT(text, HasSubstr("no data records"));
+    EXPECT_TRUE(RunJson(folder, "kvx info settings.gci2")["records"].empty());
+}
+
+TEST(Spectrum, ReadsTheAmplitudeAndTheRmsOfASineWithEveryWindow) {
+    const TempFolder folder;
+    folder.Write("sine.txt", SineTable(4096));
+    RunWell(folder, "kvx import sine.txt -o sine.vdf2 --rate 1000 --unit g --name sine");
+    for (const char* window :
+         {"hann", "rectangular", "hamming", "blackman", "blackman-harris", "blackman-harris-61",
+          "blackman-harris-67", "blackman-harris-74", "flat-top"}) {
+        const nlohmann::json report = RunJson(
+            folder, std::string("kvx spectrum sine.vdf2 --block 512 --overlap 75 --window ") + window);
+        const nlohmann::json& record = report["records"][0];
+        const nlohmann::json& channel = record["channels"][0];
+        EXPECT_EQ(record["blocks"], 1 + (4096 - 512) / 128);
+        EXPECT_EQ(channel["highestHz"], 125.0) << window;
+        // All but the flat top are sums of cosines, whose own transform is zero on the other lines.
+        const double tolerance = std::string(window) == "flat-top" ? 1e-7 : 1e-12;
+        EXPECT_NEAR(channel["highestLevel"].get<double>(), 2.0, tolerance) << window;
+        EXPECT_NEAR(channel["rms"].get<double>(), std::sqrt(2.0), tolerance) << window;
+    }
+}
+
+TEST(Spectrum, OfOneBlockIsComplex) {
+    const TempFolder folder;
+    folder.Write("sine.txt", SineTable(1024));
+    RunWell(folder, "kvx import sine.txt -o sine.vdf2 --rate 1024 --unit N --name s");
+    // Two samples after a zero the sine is a cosine.
+    RunWell(folder,
+            "kvx spectrum sine.vdf2 -o c.vdf2 --complex --start 0.001953125 --block 64 --window rectangular "
+            "--json");
+    const std::string csv = RunWell(folder, "kvx export c.vdf2 -o -");
+    EXPECT_THAT(csv, StartsWith("frequency [Hz],s re [N],s im [N]\n"));
+    double re = 0.0;
+    double im = 0.0;
+    ASSERT_EQ(std::sscanf(csv.c_str() + csv.find("\n128,"), "\n128,%lf,%lf", &re, &im), 2);
+    EXPECT_NEAR(re, 2.0, 1e-13);
+    EXPECT_NEAR(im, 0.0, 1e-13);
+    EXPECT_EQ(RunJson(folder, "kvx info c.vdf2")["records"][0]["type"], "complex spectrum");
+}
+
+TEST(Psd, IsStoredInTheSquareOfTheChannelsUnitPerHertz) {
+    const TempFolder folder;
+    folder.Write("sine.txt", SineTable(2048));
+    RunWell(folder, "kvx import sine.txt -o sine.vdf2 --rate 512 --unit g");
+    const nlohmann::json report =
+        RunJson(folder, "kvx psd sine.vdf2 -o psd.vdf2 --block 512 --from 60 --to 70");
+    const nlohmann::json& channel = report["records"][0]["channels"][0];
+    EXPECT_NEAR(channel["rms"].get<double>(), std::sqrt(2.0), 1e-12);
+    // The Hann window spreads the power of a line over 1.5 lines, here of 1 Hz.
+    EXPECT_NEAR(channel["highestLevel"].get<double>(), 2.0 / 1.5, 1e-12);
+    EXPECT_EQ(channel["levelUnit"], "g2/Hz");
+    const nlohmann::json record = RunJson(folder, "kvx info psd.vdf2")["records"][0];
+    EXPECT_EQ(record["unit"], "g2/Hz");
+    EXPECT_EQ(record["samples"], 256);
+    EXPECT_EQ(record["axis"]["delta"], 1.0);
+    const nlohmann::json inStandard =
+        RunJson(folder, "kvx psd sine.vdf2 --block 512")["records"][0]["channels"][0];
+    EXPECT_NEAR(inStandard["rms"].get<double>(), std::sqrt(2.0), 1e-12);
+}
+
+class WavRoundTrip : public testing::TestWithParam<const char*> {};
+
+TEST_P(WavRoundTrip, KeepsSamplesThatTheEncodingHolds) {
+    const TempFolder folder;
+    folder.Write("in.csv", "a,b\n-1,0.5\n0.75,-0.25\n0.999969482421875,0\n");
+    RunWell(folder, "kvx import in.csv -o in.vdf2 --rate 8000 --unit V --text x");
+    RunWell(folder, std::string("kvx export in.vdf2 -o out.wav --full-scale 1 --samples ") + GetParam());
+    RunWell(folder, "kvx import out.wav -o out.vdf2 --unit V --name a,b --text x");
+    EXPECT_EQ(folder.Read("out.vdf2"), folder.Read("in.vdf2"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Encodings, WavRoundTrip, testing::Values("pcm16", "pcm24", "float", "double"));
+
+TEST(Synth, HitsTheRmsAndRepeatsWithItsSeed) {
+    const TempFolder folder;
+    folder.Write("profile.txt", "unit g2/Hz\n20 0.01\n200 0.01\n");
+    RunWell(folder,
+            "kvx synth profile.txt -o a.vdf2 --rms 2.5 --seed 3; kvx synth profile.txt -o b.vdf2 --rms 2.5 "
+            "--seed 3");
+    RunWell(folder, "kvx synth profile.txt -o c.vdf2 --seed 4 --duration 60");
+    EXPECT_EQ(folder.Read("a.vdf2"), folder.Read("b.vdf2"));
+    EXPECT_NE(folder.Read("a.vdf2"), folder.Read("c.vdf2"));
+    const nlohmann::json record = RunJson(folder, "kvx info a.vdf2")["records"][0];
+    EXPECT_EQ(record["samples"], 5120);
+    EXPECT_EQ(record["unit"], "g");
+    EXPECT_NEAR(record["channels"][0]["rms"].get<double>(), 2.5, 1e-12);
+    // 60 s of 180 Hz hold 10800 cells; the rms of Gaussian noise then strays by 1/sqrt(4 x 10800) or 0.5 %.
+    const nlohmann::json psd =
+        RunJson(folder, "kvx psd c.vdf2 --from 20 --to 200")["records"][0]["channels"][0];
+    EXPECT_NEAR(psd["rms"].get<double>(), std::sqrt(180 * 0.01), 5 * 0.005 * std::sqrt(180 * 0.01));
+}
+
+TEST(Units, ConvertWhereTheOtherUnitDecides) {
+    const TempFolder folder;
+    EXPECT_EQ(RunWell(folder, "kvx units convert 1 g m/s2"), "9.80665 m/s2\n");
+    EXPECT_EQ(RunWell(folder, "kvx units convert 1000 g kg"), "1 kg\n");
+    EXPECT_EQ(RunWell(folder, "kvx units convert -40 degC degF"), "-40 ﾟF\n");
+    EXPECT_THAT(RunWell(folder, "kvx units rpm"), testing::AllOf(HasSubstr("角速度"), HasSubstr("周波数")));
+}
+
+TEST(Kinds, AreFoundByNumberCodeExtensionAndName) {
+    const TempFolder folder;
+    for (const char* word : {"181", "0x20011", "VDF2", ".vdf2", "加振データ"}) {
+        EXPECT_THAT(RunWell(folder, std::string("kvx kinds ") + word), HasSubstr(" 181  0x20011  .vdf2"))
+            << word;
+    }
+    const std::string all = RunWell(folder, "kvx kinds");
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1 + 359);
+}
+
+}  // namespace

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Text.h>
+
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "ProfileText.h"
+#include "TextTable.h"
+#include "UnitChoice.h"
+
+using namespace std::string_literals;
+using namespace kvx::tool;
+
+namespace {
+
+std::string Join(const std::vector<double>& values) {
+    std::string text;
+    for (const double value : values) text += " " + FormatExact(value);
+    return text;
+}
+
+/// "time 0 0.5; a [g] 1 2; b 3 4".
+std::string Describe(const Recording& recording) {
+    std::string text = recording.times.empty() ? "" : "time" + Join(recording.times) + "; ";
+    for (const Recording::Channel& channel : recording.channels) {
+        text += kvx::ToUtf8(channel.name) + (channel.unit ? " [" + UnitText(*channel.unit) + "]" : "") +
+                Join(channel.values) + "; ";
+    }
+    return text.substr(0, text.size() - 2);
+}
+
+/// What comes of a text: the description, or the sentence that refuses it.
+std::string Outcome(const std::string& text, const TextOptions& options = {}) {
+    Progress progress("");
+    try {
+        return Describe(ParseTextTable(text, options, progress));
+    } catch (const Reason& reason) {
+        return reason.what();
+    }
+}
+
+const std::string kLogger =
+    "LabVIEW Measurement,\r\nSeparator,Comma\r\nX_Columns,One\r\n***End_of_Header***,\r\n,\r\n"
+    "Channels,2,,\r\nY_Unit_Label,g,furlong,\r\n***End_of_Header***,,\r\nX_Value,a,b,Comment\r\n";
+
+struct Case {
+    const char* what;
+    std::string text;
+    std::string outcome;
+};
+
+void PrintTo(const Case& parameter, std::ostream* out) {
+    *out << parameter.what;
+}
+
+class TextTable : public testing::TestWithParam<Case> {};
+
+TEST_P(TextTable, IsReadOrRefusedWithASentence) {
+    EXPECT_EQ(Outcome(GetParam().text), GetParam().outcome);
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
+    Case{"CommaWithHeadings", "time,a [g],b (N)\n0,1,2\n0.5,-3e-2,4\n", "time 0 0.5; a [g] 1 -0.03; b [N] 2 4"},
+    Case{"NoHeadingsNoTime", "3,1\n2,5\n", " 3 2;  1 5"},
+    Case{"EvenFirstColumnIsTime", "0,5\n0.1,6\n0.2,5\n", "time 0 0.1 0.2;  5 6 5"},
+    Case{"UnevenFirstColumnIsAChannel", "0,5\n0.1,6\n0.5,5\n", " 0 0.1 0.5;  5 6 5"},
+    Case{"HeadingsSayThatItIsNoTime", "x,y\n0,5\n1,6\n2,7\n", "x 0 1 2; y 5 6 7"},
+    Case{"TimeInMilliseconds", "t [ms];a\n0;1\n250;2\n", "time 0 0.25; a 1 2"},
+    Case{"SemicolonsAndDecimalCommas", "Zeit;a\n0,00;1,5\n0,25;-2,5e1\n", "time 0 0.25; a 1.5 -25"},
+    Case{"BlanksAndDecimalCommas", "0,1 2,5\n0,2 3,5\n", " 0.1 0.2;  2.5 3.5"},
+    Case{"QuotedDecimalCommas", "\"0,1\",\"2,5\"\n\"0,3\",\"3,5\"\n", " 0.1 0.3;  2.5 3.5"},
+    Case{"TabsAndCrLf", "t\ta\r\n0\t1\r\n1\t2\r\n", "time 0 1; a 1 2"},
+    Case{"LoneCarriageReturns", "a\r1\r2\r", "a 1 2"},
+    Case{"ByteOrderMark", "\xEF\xBB\xBF" "a\n1\n", "a 1"},
+    Case{"Utf16LittleEndian", "\xFF\xFE" "\xA0\x52\n\0" "1\0\n\0" "2\0"s, "加 1 2"},
+    Case{"Utf16BigEndian", "\xFE\xFF\0a\0\n\0" "1\0\n"s, "a 1"},
+    Case{"HeadingOfCodePage932", "\x89\xC1\x91\xAC\x93x,b\n1,2\n", "加速度 1; b 2"},
+    Case{"QuotedHeadings", "\"a, \"\"b\"\"\",c\n1,2\n", "a, \"b\" 1; c 2"},
+    Case{"UnitsOnALineOfTheirOwn", "time,a,b\ns,g,m/s^2\n0,1,2\n1,3,4\n", "time 0 1; a [g] 1 3; b [m/s2] 2 4"},
+    Case{"BracketsThatHoldNoUnit", "a (top),b\n1,2\n", "a (top) 1; b 2"},
+    Case{"TextAboveTheTable", "Made by the logger\nchannel 1\n\na,b\n1,2\n", "a 1; b 2"},
+    Case{"CommentsAndBlankLines", "# t a\n0 1\n\n# pause\n1 2\n", "time 0 1; a 1 2"},
+    Case{"TrailingSeparators", "a,b,\n1,2,\n3,4\n", "a 1 3; b 2 4"},
+    Case{"SignsAndTinyNumbers", "+1,-0\n+.5,1e-400\n", " 1 0.5;  -0 0"},
+    Case{"SeventeenDigits", "0.1000000000000000055,0.30000000000000004\n", " 0.1;  0.30000000000000004"},
+    Case{"LoggerFile", kLogger + "0.0,1,2,note\r\n0.5,3,4\r\n\r\n", "time 0 0.5; a [g] 1 3; b 2 4"},
+    Case{"LoggerFileWithoutTime", "LabVIEW Measurement\nSeparator\tTab\nX_Columns\tNo\n***End_of_Header***\n"
+        "Channels\t1\n***End_of_Header***\nX_Value\ta\tComment\n\t1.5\n\t2.5\n", "a 1.5 2.5"}),
+    [](const auto& test) { return test.param.what; });
+
+INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
+    Case{"TextInTheMiddle", "a,b\n1,2\n3,abc\n", "line 3, column 2: 'abc' is not a number"},
+    Case{"WordInTheMiddle", "1,2\nend\n", "line 2, column 1: 'end' is not a number"},
+    Case{"BytesThatAreNoText", "1\n\x01\xFFz\n", "line 2, column 1: '\\x01\\xFFz' is not a number"},
+    Case{"RaggedRow", "1,2\n3,4\n5\n", "line 3 has 1 column where 2 were expected"},
+    Case{"LongRow", "1\n2 3\n", "line 2, column 1: '2 3' is not a number"},
+    Case{"WideRow", "1,2\n3,4,5\n", "line 2 has 3 columns where 2 were expected"},
+    Case{"MissingValue", "1,2,3\n4,,6\n", "line 2, column 2: the value is missing"},
+    Case{"MissingInTheFirstRow", "1,,3\n4,5,6\n", "line 1, column 2: the value is missing"},
+    Case{"NotANumber", "1\nnan\n", "line 2, column 1: 'nan' is not a finite number"},
+    Case{"TooLarge", "1\n-1e999\n", "line 2, column 1: '-1e999' is too large"},
+    Case{"GroupedThousands", "1,5;2\n1.234,5;2\n", "line 2, column 1: '1.234,5' is not a number"},
+    Case{"TwoDecimalMarks", "1,5;2\n1.5;2\n",
+         "line 2, column 1: '1.5' has another decimal mark than the numbers before it"},
+    Case{"NoNumbers", "a,b\nc,d\n", "no line of it is a row of numbers; line 2 begins 'c,d'"},
+    Case{"OnlyBlankLines", "\n \n", "it holds no text"},
+    Case{"Binary", "ab\0cd"s, "it is neither a text table nor a sound file"},
+    Case{"HalfACharacter", "\xFF\xFE" "a", "its UTF-16 text ends in the middle of a character"},
+    Case{"TooManyColumns", std::string(70000, ',') + "1\n", "line 1 has more than 65536 columns"},
+    Case{"OnlyTime", "time\n0\n1\n", "its only column is the time"},
+    Case{"LoggerHeaderWithoutEnd", "LabVIEW Measurement\nChannels\t1\n", "its header does not end"},
+    Case{"LoggerFileWithoutData", kLogger, "it holds no samples"},
+    Case{"SecondSegment", kLogger + "0,1,2\r\nChannels,2,,\r\n",
+         "line 11 begins a second segment; a recording is one run of samples, so split the file there"}),
+    [](const auto& test) { return test.param.what; });
+// clang-format on
+
+TEST(TextTableOptions, SayWhatATextCannot) {
+    const TextOptions noTime = {false, false};
+    EXPECT_EQ(Outcome("time,a\n0,5\n1,6\n", noTime), "time 0 1; a 5 6");
+    EXPECT_EQ(Outcome("x,a\n0,5\n1,6\n", {true, false}), "time 0 1; a 5 6");
+    EXPECT_EQ(Outcome("0,5\n1,6\n", {std::nullopt, true}), " 0.5 1.6");
+}
+
+/// The axis as "rate offset", or the sentence.
+std::string AxisOutcome(std::vector<double> times, double resolution, std::optional<double> rate) {
+    Recording recording;
+    recording.channels.resize(1);
+    recording.times = std::move(times);
+    recording.timeResolution = resolution;
+    try {
+        const TimeAxis axis = SettleAxis(recording, rate);
+        return FormatNumber(axis.rateHz, 9) + " " + std::to_string(axis.offset) +
+               (recording.notes.empty() ? "" : ": " + recording.notes.front());
+    } catch (const Reason& reason) {
+        return reason.what();
+    }
+}
+
+TEST(TimeAxis, FollowsTheStampsUnlessARateIsGiven) {
+    EXPECT_EQ(AxisOutcome({0, 0.000391, 0.000781, 0.001172}, 1e-6, {}), "2559.72696 0");
+    EXPECT_EQ(AxisOutcome({0, 0.000391, 0.000781, 0.001172}, 1e-6, 2560), "2560 0");
+    EXPECT_EQ(AxisOutcome({-0.2, -0.1, 0}, 0.1, {}), "10 -2");
+    EXPECT_EQ(AxisOutcome({}, 1, 100), "100 0");
+    EXPECT_EQ(AxisOutcome({0, 0.1, 0.2}, 0.1, 20), "20 0: the time column says 10 Hz; --rate 20 is used");
+    EXPECT_EQ(AxisOutcome({1e9, 1e9 + 0.01}, 0.01, 100),
+              "100 0: the first stamp, 1000000000 s, is too far from 0; the record starts at 0 s");
+}
+
+TEST(TimeAxis, IsRefusedWithoutARateOrWithUnevenStamps) {
+    EXPECT_EQ(AxisOutcome({}, 1, {}), "it has no time column; give the sampling rate with --rate");
+    EXPECT_EQ(AxisOutcome({1}, 1, {}), "one sample has no sampling rate; give it with --rate");
+    EXPECT_EQ(AxisOutcome({2, 1}, 1, {}),
+              "the time column does not rise; give the sampling rate with --rate");
+    EXPECT_EQ(AxisOutcome({0, 0.1, 0.25, 0.3}, 0.01, {}),
+              "the time column is not evenly spaced: sample 3 is stamped 0.25 s where 0.2 s was expected; "
+              "give the true "
+              "sampling rate with --rate");
+}
+
+TEST(ChannelChoice, TakesNumbersRangesAndNames) {
+    const std::vector<std::wstring> names = {L"a", L"b", L"3-1", L"d"};
+    EXPECT_THAT(ChooseChannels("", names), testing::ElementsAre(0, 1, 2, 3));
+    EXPECT_THAT(ChooseChannels("d,1-2", names), testing::ElementsAre(3, 0, 1));
+    EXPECT_THAT(ChooseChannels("3-1", names), testing::ElementsAre(2));
+    for (const char* wrong :
+         {"0", "5", "2-1", "1-99999999999", "1-", "x", "1,", "-1", "1,1", "99999999999999999999"}) {
+        EXPECT_THROW(ChooseChannels(wrong, names), Reason) << wrong;
+    }
+}
+
+TEST(ProfileText, ReadsBreakpointsAndTheirUnit) {
+    const ProfileText profile = ParseProfileText("# vibration\nunit (m/s2)2/Hz\n20, 0.5 # low\r\n\n2e3;1\n");
+    EXPECT_THAT(profile.frequencies, testing::ElementsAre(20, 2000));
+    EXPECT_THAT(profile.levels, testing::ElementsAre(0.5, 1));
+    EXPECT_EQ(UnitText(profile.signalUnit.value()), "m/s2");
+}
+
+TEST(ProfileText, IsRefusedWithTheLine) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"20 1\n", "a profile needs two breakpoints or more"},
+        {"20 1\n20 2\n", "line 2: the frequency '20' is not above the one before"},
+        {"20 1\n30\n", "line 2: the level is missing"},
+        {"20 -1\n", "line 1: the level '-1' is not a number above 0"},
+        {"20 1 2\n", "line 1: '2' is too much"},
+        {"20 x\n", "line 1: 'x' is not a number"},
+        {"unit g\n", "line 1: 'g' is not the unit of a density such as g2/Hz or (m/s2)2/Hz"},
+    };
+    for (const auto& [text, sentence] : cases) {
+        try {
+            ParseProfileText(text);
+            ADD_FAILURE() << text;
+        } catch (const Reason& reason) {
+            EXPECT_STREQ(reason.what(), sentence) << text;
+        }
+    }
+}
+
+}  // namespace
