@@ -63,6 +63,8 @@ public:
 
     BOOL InitInstance() override;
     int ExitInstance() override;
+    /// Handles what waits in the queue, then sleeps, handles messages and steps in turn until it sees the
+    /// quit message. Messages are pumped as every CWinThread pumps them.
     int Run() override;
     /// The work of one period; empty here.
     virtual void OneStepRun();

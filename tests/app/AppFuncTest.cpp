@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/app/AppFunc.h>
-#include <KvxDevCommon01/platform/Desktop.h>
 #include <KvxDevCommon01/platform/Program.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <utility>
-#include <vector>
 
+#include "tests/support/DesktopRecorder.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TempFolder.h"
 
@@ -74,14 +72,9 @@ TEST(AppFunc, PathsBeyondTheLimitFailAndChangeNothing) {
 TEST(AppFunc, OnlyTheLastFolderIsCreatedAndOnlyOnRequest) {
     const TempFolder root;
     const ScopedEnvironment drive("SystemDrive", root.Path().c_str());
-    CString path = L"before";
-    for (const FolderCase& c : kFolders) c.function(&path);
-    EXPECT_EQ(root.Count(), 0U);
-
-    path = L"before";
-    for (const PathFunction function : {kCreatingFunctions[0], kCreatingFunctions[1], kCreatingFunctions[2]})
-        EXPECT_EQ(function(&path), 0);
-    EXPECT_EQ(path, L"before");
+    CString path;
+    for (const FolderCase& c : kFolders) EXPECT_EQ(c.function(&path), 1);
+    EXPECT_EQ(CAppFunc::GetKvxQ7Dir(&path, 1), 0);
     EXPECT_EQ(root.Count(), 0U) << "the folder above is missing, and stays so";
 
     std::filesystem::create_directory(root / "KVX");
@@ -171,25 +164,6 @@ TEST(AppFunc, VersionTextsAreThoseTheProgramDeclares) {
     EXPECT_EQ(CAppFunc::GetMyComputerName(nullptr), 0);
 }
 
-class DesktopRecorder final : public kvx::Desktop {
-public:
-    DesktopRecorder() { kvx::SetDesktop(this); }
-    ~DesktopRecorder() { kvx::SetDesktop(nullptr); }
-    DesktopRecorder(const DesktopRecorder&) = delete;
-    DesktopRecorder& operator=(const DesktopRecorder&) = delete;
-
-    bool SetDocumentTypeValue(const std::wstring& key, const wchar_t* value) override {
-        values.emplace_back(key, value != nullptr ? value : L"(none)");
-        return values.size() <= accepted;
-    }
-    bool CopyPictureToClipboard(CWnd& window) override { return &window == onClipboard; }
-    void DispatchMessage(const MSG&) override {}
-
-    std::vector<std::pair<std::wstring, std::wstring>> values;
-    std::size_t accepted = 2;
-    const CWnd* onClipboard = nullptr;
-};
-
 TEST(AppFunc, AVerbAndItsCommandAreRegistered) {
     const std::wstring program = *kvx::ProgramPath();
     for (const wchar_t* text : {L"表示(&V)", static_cast<const wchar_t*>(nullptr)}) {
@@ -208,7 +182,7 @@ TEST(AppFunc, WhatTheDesktopRefusesIsAFailure) {
     EXPECT_EQ(CAppFunc::AddDocShell(L"p", L"a", L"v", L"t"), 0);
     EXPECT_EQ(CAppFunc::CopyMainFrmToClipBoard(frame), 0);
     DesktopRecorder desktop;
-    desktop.onClipboard = &frame;
+    desktop.copyable = &frame;
     EXPECT_EQ(CAppFunc::CopyMainFrmToClipBoard(frame), 1);
     desktop.accepted = 1;
     EXPECT_EQ(CAppFunc::AddDocShell(L"p", L"a", L"v", L"t"), 0);

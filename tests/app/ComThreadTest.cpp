@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 #include "tests/support/TestClock.h"
@@ -26,8 +25,14 @@ public:
         ++steps;
         if (step) step();
     }
+    /// Starts it and waits until something in its step has ended it.
+    void RunToTheEnd() {
+        ASSERT_EQ(ThreadInit(), 1);
+        ThreadStart();
+        WaitUntilEnded();
+    }
     void WaitForStepsBeyond(int count) const {
-        while (steps <= count && !IsRelease()) std::this_thread::yield();
+        while (steps <= count && !IsRelease()) LetOthersRun();
     }
 
     std::atomic<int> steps = 0;
@@ -56,6 +61,9 @@ TEST_F(ComThread, ItIsCreatedStoppedAndStepsFromStartToRelease) {
     EXPECT_EQ(worker.IsStoped(), 1);
     ASSERT_EQ(worker.ThreadInit(), 1);
     EXPECT_EQ(worker.ThreadInit(), 0);
+    worker.PostThreadMessage(kNote, 1, 0);
+    EXPECT_EQ(worker.DispachMessage(1), 1) << "the messages are not the owner's to handle";
+    EXPECT_TRUE(worker.notes.empty());
     EXPECT_EQ(worker.IsStoped(), 1);
     EXPECT_EQ(worker.IsInitialized() + worker.IsExcite() + worker.IsRelease(), 0);
     worker.ThreadStart();
@@ -85,9 +93,7 @@ TEST_F(ComThread, TheLoopSleepsBeforeEachStep) {
         };
         if (sleepMs != 200) worker.SetLoopSleep(sleepMs);
         clock_.slept = 0;
-        ASSERT_EQ(worker.ThreadInit(), 1);
-        worker.ThreadStart();
-        while (!worker.HasEnded()) std::this_thread::yield();
+        worker.RunToTheEnd();
         const auto pause = static_cast<std::uint64_t>(std::max(sleepMs, 0));
         EXPECT_EQ(slept, (std::vector<std::uint64_t>{pause, 2 * pause, 3 * pause, 4 * pause}));
     }
@@ -99,19 +105,19 @@ TEST_F(ComThread, AStoppedThreadFinishesItsStepAndBeginsNoOther) {
     std::atomic<bool> mayLeave = false;
     worker.step = [&] {
         inStep = true;
-        while (!mayLeave) std::this_thread::yield();
+        while (!mayLeave) LetOthersRun();
     };
     ASSERT_EQ(worker.ThreadInit(), 1);
     worker.ThreadStart();
-    while (!inStep) std::this_thread::yield();
+    while (!inStep) LetOthersRun();
     worker.ThreadStop();
     EXPECT_EQ(worker.IsStoped(), 1);
     EXPECT_EQ(worker.steps, 1);
     const std::uint64_t slept = clock_.slept;
     mayLeave = true;
     // The sleep before the next step shows that the thread has come to the point where it is held.
-    while (clock_.slept == slept) std::this_thread::yield();
-    for (int i = 0; i < 100; ++i) std::this_thread::yield();
+    while (clock_.slept == slept) LetOthersRun();
+    for (int i = 0; i < 100; ++i) LetOthersRun();
     EXPECT_EQ(worker.steps, 1);
     worker.ThreadStart();
     worker.WaitForStepsBeyond(1);
@@ -148,10 +154,7 @@ TEST_F(ComThread, AStepHandlesMessagesOneByOneOrAllAtOnce) {
         }
         noted.push_back(worker.notes.size());
     };
-    ASSERT_EQ(worker.ThreadInit(), 1);
-    EXPECT_EQ(worker.DispachMessage(1), 1) << "the messages are not the owner's to handle";
-    worker.ThreadStart();
-    while (!worker.HasEnded()) std::this_thread::yield();
+    worker.RunToTheEnd();
     EXPECT_EQ(noted, (std::vector<std::size_t>{0, 1, 2, 4}));
     EXPECT_EQ(worker.steps, 1);
 }
@@ -169,9 +172,7 @@ TEST_F(ComThread, ThreadWaitHandlesMessagesAcrossAWrapOfTheCounter) {
         waited = clock_.ticks - start;
         worker.ThreadRelease();
     };
-    ASSERT_EQ(worker.ThreadInit(), 1);
-    worker.ThreadStart();
-    while (!worker.HasEnded()) std::this_thread::yield();
+    worker.RunToTheEnd();
     EXPECT_EQ(waited, 1000U);
     EXPECT_EQ(worker.notes, (std::vector<std::uintptr_t>{1, 2}));
 }
@@ -179,9 +180,7 @@ TEST_F(ComThread, ThreadWaitHandlesMessagesAcrossAWrapOfTheCounter) {
 TEST_F(ComThread, AnExceptionInAStepReleasesTheThread) {
     Worker worker;
     worker.step = [] { throw std::runtime_error("step"); };
-    ASSERT_EQ(worker.ThreadInit(), 1);
-    worker.ThreadStart();
-    while (!worker.HasEnded()) std::this_thread::yield();
+    worker.RunToTheEnd();
     EXPECT_EQ(worker.IsRelease(), 1);
     EXPECT_THROW(std::rethrow_exception(worker.GetFailure()), std::runtime_error);
 }
@@ -198,7 +197,7 @@ TEST_F(ComThread, AnObjectThatDeletesItselfIsReleasedWithoutWaiting) {
             worker->WaitForStepsBeyond(0);
         }
         worker->ThreadRelease();
-        while (deleted < (started ? 2 : 1)) std::this_thread::yield();
+        while (deleted < (started ? 2 : 1)) LetOthersRun();
     }
 }
 

@@ -86,7 +86,7 @@ TYPED_TEST(Stopwatch, RestartActsOncePerInterval) {
     for (const double always : {0.0, -1.0, kNaN}) {
         this->clock_.ticks += 1000;
         EXPECT_EQ(this->timer_.Restart(always, &elapsed), 1) << always;
-        EXPECT_EQ(elapsed, always < 0 || always == 0.0 || always != always ? 0.0 : 1.0);
+        EXPECT_EQ(elapsed, 0.0);
         EXPECT_EQ(this->timer_.GetElapsed(), 0.0);
     }
 }
@@ -197,15 +197,11 @@ TEST(Ptimer, RunsAddUpUntilReset) {
     timer.Reset();
     EXPECT_EQ(timer.IsActive(), 0);
     EXPECT_EQ(timer.GetElapsed(), 0.0);
-}
 
-TEST(Ptimer, ARunMayCrossTheEndOfTheCounter) {
-    TestClock clock;
     clock.counter = kMost - 1;
-    CPtimer timer;
     timer.Start();
     clock.counter = kLeast + 1;
-    EXPECT_DOUBLE_EQ(timer.GetElapsed(), 0.003);
+    EXPECT_DOUBLE_EQ(timer.GetElapsed(), 0.003) << "across the end of the counter";
 }
 
 TEST(Ptimer, RestartActsWhenThePeriodIsExceeded) {

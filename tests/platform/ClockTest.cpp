@@ -2,8 +2,6 @@
 #include <KvxDevCommon01/platform/Clock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/TestClock.h"
-
 namespace {
 
 TEST(Clock, TheCountersOfTheHostAgreeAndDoNotGoBack) {
@@ -20,17 +18,6 @@ TEST(Clock, TheCountersOfTheHostAgreeAndDoNotGoBack) {
     EXPECT_GE(static_cast<double>(tickRun) + 1,
               static_cast<double>(counterRun) * 1000 / static_cast<double>(clock.CounterFrequency()));
     EXPECT_LT(clock.Ticks32() - static_cast<std::uint32_t>(ticks), 60'000U);
-}
-
-TEST(Clock, AProgramReplacesTheClockAndPutsItBack) {
-    kvx::Clock* host = &kvx::CurrentClock();
-    {
-        TestClock clock;
-        EXPECT_EQ(&kvx::CurrentClock(), &clock);
-        kvx::CurrentClock().Sleep(60'000);
-        EXPECT_EQ(clock.slept, 60'000U);
-    }
-    EXPECT_EQ(&kvx::CurrentClock(), host);
 }
 
 }  // namespace

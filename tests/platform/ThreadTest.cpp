@@ -1,27 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include <KvxDevCommon01/platform/Desktop.h>
 #include <KvxDevCommon01/platform/Thread.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <stdexcept>
-#include <thread>
 #include <vector>
+
+#include "tests/support/DesktopRecorder.h"
 
 namespace {
 
 constexpr unsigned int kAdd = 0x8001;
-constexpr unsigned int kThrow = 0x8002;
-constexpr unsigned int kUnknown = 0x8003;
+constexpr unsigned int kUnknown = 0x8002;
 
 /// Collects what it is sent; a thread of messages alone.
 class Collector : public CWinThread {
 public:
-    explicit Collector(std::atomic<int>* deleted = nullptr) : deleted_(deleted) {}
-    ~Collector() override {
-        EndThread();
-        if (deleted_ != nullptr) ++*deleted_;
-    }
+    ~Collector() override { EndThread(); }
 
     BOOL InitInstance() override { return initResult; }
     int ExitInstance() override {
@@ -32,15 +25,12 @@ public:
 
     BOOL initResult = 1;
     std::vector<std::uintptr_t> values;
-    std::atomic<int> exits = 0;
+    int exits = 0;
     int exitCode = -1;
 
 protected:
     const MessageMap* GetMessageMap() const override {
-        static const MessageEntry kEntries[] = {
-            {kAdd, static_cast<MessageHandler>(&Collector::OnAdd)},
-            {kThrow, static_cast<MessageHandler>(&Collector::OnThrow)},
-        };
+        static const MessageEntry kEntries[] = {{kAdd, static_cast<MessageHandler>(&Collector::OnAdd)}};
         static const MessageMap kMap = {GetThisMessageMap(), kEntries};
         return &kMap;
     }
@@ -50,23 +40,10 @@ private:
         EXPECT_TRUE(IsCurrentThread());
         values.push_back(wParam + static_cast<std::uintptr_t>(lParam));
     }
-    void OnThrow(std::uintptr_t, std::intptr_t) { throw std::runtime_error("handler"); }
-
-    std::atomic<int>* deleted_;
-};
-
-class DesktopRecorder final : public kvx::Desktop {
-public:
-    bool SetDocumentTypeValue(const std::wstring&, const wchar_t*) override { return false; }
-    bool CopyPictureToClipboard(CWnd&) override { return false; }
-    void DispatchMessage(const MSG& message) override { dispatched.push_back(message.message); }
-
-    std::vector<unsigned int> dispatched;
 };
 
 TEST(Thread, MessagesAreHandledInOrderUpToTheQuitMessage) {
     DesktopRecorder desktop;
-    kvx::SetDesktop(&desktop);
     Collector thread;
     ASSERT_EQ(thread.CreateThread(true), 1);
     EXPECT_EQ(thread.PostThreadMessage(kAdd, 1, 10), 1);
@@ -77,7 +54,6 @@ TEST(Thread, MessagesAreHandledInOrderUpToTheQuitMessage) {
     EXPECT_EQ(thread.PostThreadMessage(kAdd, 3, 30), 1);
     thread.ResumeThread();
     thread.Join();
-    kvx::SetDesktop(nullptr);
     EXPECT_EQ(thread.values, (std::vector<std::uintptr_t>{11, 22}));
     EXPECT_EQ(desktop.dispatched, std::vector<unsigned int>{kUnknown});
     EXPECT_EQ(thread.exitCode, 5);
@@ -97,16 +73,6 @@ TEST(Thread, SuspensionsAreCountedAndTheLastResumeLetsItRun) {
     EXPECT_TRUE(thread.HasEnded());
     EXPECT_EQ(thread.ResumeThread(), 0xFFFFFFFFU);
     EXPECT_EQ(thread.SuspendThread(), 0xFFFFFFFFU);
-}
-
-TEST(Thread, AnExceptionEndsTheThreadAndWaitsForTheOwner) {
-    Collector thread;
-    ASSERT_EQ(thread.CreateThread(false), 1);
-    thread.PostThreadMessage(kThrow, 0, 0);
-    thread.Join();
-    EXPECT_EQ(thread.exits, 1);
-    ASSERT_NE(thread.GetFailure(), nullptr);
-    EXPECT_THROW(std::rethrow_exception(thread.GetFailure()), std::runtime_error);
 }
 
 TEST(Thread, AnInstanceThatDoesNotInitialiseExitsAtOnce) {
@@ -129,33 +95,6 @@ TEST(Thread, AFullQueueRefusesMessagesButTakesOneQuit) {
     thread.ResumeThread();
     thread.Join();
     EXPECT_EQ(thread.values.size(), kvx::kMaxQueuedMessages);
-}
-
-TEST(Thread, AnObjectThatDeletesItselfIsGoneWhenItsThreadEnds) {
-    std::atomic<int> deleted = 0;
-    auto* thread = new Collector(&deleted);
-    thread->m_bAutoDelete = 1;
-    ASSERT_EQ(thread->CreateThread(true), 1);
-    thread->PostThreadMessage(kvx::kQuitMessage, 0, 0);
-    EXPECT_EQ(deleted, 0);
-    thread->ResumeThread();
-    while (deleted == 0) std::this_thread::yield();
-    EXPECT_EQ(deleted, 1);
-}
-
-TEST(Thread, DestroyingItEndsItInEveryState) {
-    std::atomic<int> deleted = 0;
-    { const Collector never(&deleted); }
-    {
-        Collector running(&deleted);
-        ASSERT_EQ(running.CreateThread(false), 1);
-    }
-    {
-        Collector held(&deleted);
-        held.m_bAutoDelete = 1;  // the owner comes first here
-        ASSERT_EQ(held.CreateThread(true), 1);
-    }
-    EXPECT_EQ(deleted, 3);
 }
 
 TEST(Thread, WithoutAThreadEverythingFails) {

@@ -5,10 +5,16 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <thread>
 
 #include <KvxDevCommon01/platform/Clock.h>
+
+/// Lets other threads go on. A nap, because a thread that only yields waits its full turn on a busy machine.
+inline void LetOthersRun() {
+    std::this_thread::sleep_for(std::chrono::microseconds(1));
+}
 
 class TestClock final : public kvx::Clock {
 public:
@@ -24,7 +30,7 @@ public:
     void Sleep(std::uint32_t milliseconds) override {
         ticks += milliseconds;
         slept += milliseconds;
-        std::this_thread::yield();
+        LetOthersRun();
     }
 
     std::atomic<std::uint64_t> ticks = 1'000'000;
