@@ -5,8 +5,10 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include <KvxDevCommon01/data/DataCplx.h>
@@ -41,7 +43,6 @@ int ConvertInto(const From& from, To& to, Convert convert) {
 }  // namespace
 
 // ---- Array
-// ----------------------------------------------------------------------------------------------------------
 
 template <class Self, typename Element>
 Array<Self, Element>::Array(__int64 num, Element value) {
@@ -193,7 +194,6 @@ void Array<Self, Element>::SerializeLayout(CArchive& archive, Generation generat
 }
 
 // ---- GrowingArray
-// ---------------------------------------------------------------------------------------------------
 
 template <class Self, typename Element>
 int GrowingArray<Self, Element>::Append(__int64 num, const Element* data) {
@@ -221,7 +221,6 @@ void GrowingArray<Self, Element>::Zero() {
 }
 
 // ---- FloatingArray
-// --------------------------------------------------------------------------------------------------
 
 template <class Self, typename Element>
 int FloatingArray<Self, Element>::SetData(Element value) {
@@ -234,7 +233,6 @@ int FloatingArray<Self, Element>::IsAllZero() const {
 }
 
 // ---- IntegerArray
-// ---------------------------------------------------------------------------------------------------
 
 template <class Self, typename Element>
 int IntegerArray<Self, Element>::SetDataAll(Element value) {
@@ -250,7 +248,6 @@ __int64 IntegerArray<Self, Element>::Search(Element value, __int64 start) const 
 }
 
 // ---- Int64Array
-// -----------------------------------------------------------------------------------------------------
 
 template <class Self, typename Element>
 int Int64Array<Self, Element>::RemoveAll() {
@@ -291,7 +288,6 @@ KVX_INT64_ARRAYS(KVX_INSTANTIATE)
 }  // namespace kvx
 
 // ---- CDataArrayDouble
-// -----------------------------------------------------------------------------------------------
 
 using kvx::kNoValue;
 using kvx::LaneSum;
@@ -531,7 +527,6 @@ void CDataArrayDouble::Serialize(CArchive& archive) {
 }
 
 // ---- CDataArrayFloat
-// ------------------------------------------------------------------------------------------------
 
 void CDataArrayFloat::Serialize(CArchive& archive) {
     SerializeLayout(archive, kvx::Generation::current);
@@ -542,7 +537,6 @@ void CDataArrayFloat::Serialize1st(CArchive& archive) {
 }
 
 // ---- CDataArrayLong
-// -------------------------------------------------------------------------------------------------
 
 void CDataArrayLong::Reverse() {
     std::reverse(data_, data_ + count_);
@@ -568,7 +562,6 @@ void CDataArrayLong::Serialize1st(CArchive& archive) {
 }
 
 // ---- CDataArrayBool
-// -------------------------------------------------------------------------------------------------
 
 int CDataArrayBool::SetDataValue(int value, __int64 index) {
     if (index < 0) return Fill(value);

@@ -14,7 +14,6 @@
 namespace kvx {
 
 // ---- CplxValue
-// ------------------------------------------------------------------------------------------------------
 
 template <class Self, typename Real>
 void CplxValue<Self, Real>::SerializeLayout(CArchive& archive, Generation generation) {
@@ -32,7 +31,6 @@ void CplxValue<Self, Real>::SerializeLayout(CArchive& archive, Generation genera
 }
 
 // ---- CplxArray
-// ------------------------------------------------------------------------------------------------------
 
 template <class Self, typename Real>
 CplxArray<Self, Real>::CplxArray(int isComplex, __int64 num) {
@@ -174,7 +172,6 @@ template class CplxArray<CDataArrayCplx, float>;
 }  // namespace kvx
 
 // ---- the public classes
-// ---------------------------------------------------------------------------------------------
 
 void CDataDoubleCplx::Serialize(CArchive& archive) {
     SerializeLayout(archive, kvx::Generation::current);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include <KvxDevCommon01/data/RangeScan.h>
@@ -16,7 +17,6 @@ namespace kvx {
 namespace {
 
 // ---- what differs between real and complex cells
-// --------------------------------------------------------------------
 
 template <class Cell>
 bool MakeCell(RealCells, Cell& cell, __int64 num) {
@@ -110,7 +110,6 @@ MatrixShape ShapeFor(__int64 rows, __int64 cols) {
 }  // namespace
 
 // ---- CellMatrix
-// -----------------------------------------------------------------------------------------------------
 
 template <class Self, class Cell, class Kind>
 CellMatrix<Self, Cell, Kind>::CellMatrix(const CellMatrix& other) : CellMatrix() {
@@ -234,7 +233,6 @@ void CellMatrix<Self, Cell, Kind>::SerializeLayout(CArchive& archive, Generation
 }
 
 // ---- ArrayMatrix
-// ----------------------------------------------------------------------------------------------------
 
 template <class Self, class Cell, typename Element>
 ArrayMatrix<Self, Cell, Element>::ArrayMatrix(__int64 rows, __int64 cols, __int64 num) {
@@ -267,7 +265,6 @@ int ArrayMatrix<Self, Cell, Element>::SetData(__int64 num, const Element* data) 
 }
 
 // ---- NumberMatrix
-// ---------------------------------------------------------------------------------------------------
 
 template <class Self, class Cell, typename Element>
 void NumberMatrix<Self, Cell, Element>::Zero() {
@@ -275,7 +272,6 @@ void NumberMatrix<Self, Cell, Element>::Zero() {
 }
 
 // ---- SnapshotMatrix
-// -------------------------------------------------------------------------------------------------
 
 template <class Self, class Cell, typename Element>
 int SnapshotMatrix<Self, Cell, Element>::Append(const Cell& snapshot) {
@@ -286,7 +282,6 @@ int SnapshotMatrix<Self, Cell, Element>::Append(const Cell& snapshot) {
 }
 
 // ---- CplxArrayMatrix
-// ------------------------------------------------------------------------------------------------
 
 template <class Self, class Cell, class Line, typename Real>
 CplxArrayMatrix<Self, Cell, Line, Real>::CplxArrayMatrix(int isComplex, __int64 rows, __int64 cols,
@@ -384,7 +379,6 @@ int CplxArrayMatrix<Self, Cell, Line, Real>::StoreLine(Line* m, __int64 line, Pa
 }
 
 // ---- CplxMatrix
-// -----------------------------------------------------------------------------------------------------
 
 template <class Self, class Value, typename Real>
 CplxMatrix<Self, Value, Real>::CplxMatrix(const CplxMatrix& other) {
@@ -602,7 +596,6 @@ int ConvertCells(const From& from, To& to, ConvertCell convertCell) {
 }  // namespace kvx
 
 // ---- the public classes
-// ---------------------------------------------------------------------------------------------
 
 using kvx::Generation;
 

@@ -10,6 +10,7 @@
 // do.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 

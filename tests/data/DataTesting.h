@@ -55,8 +55,19 @@ inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kInf = std::numeric_limits<double>::infinity();
 inline constexpr double kSmallestNormal = 2.2250738585072014e-308;
 
-/// Counts that no machine can hold, some of them with a size in bytes that wraps.
-inline constexpr __int64 kAbsurdCounts[] = {__int64{1} << 50, __int64{1} << 60, (__int64{1} << 61) + 8,
-                                            __int64{1} << 62, std::numeric_limits<__int64>::max()};
+/// Counts that no machine can hold, some of them with a size in bytes that wraps, and a negative one.
+inline constexpr __int64 kAbsurdCounts[] = {-1,
+                                            __int64{1} << 50,
+                                            __int64{1} << 60,
+                                            (__int64{1} << 61) + 8,
+                                            __int64{1} << 62,
+                                            std::numeric_limits<__int64>::max()};
+
+/// Defines a concept: whether `t` of a type can do that.
+#define KVX_ABILITY(Name, ...)                         \
+    template <class T>                                 \
+    concept Name = requires(T t, CArchive & archive) { \
+        __VA_ARGS__;                                   \
+    }
 
 }  // namespace kvx::testing

@@ -212,7 +212,6 @@ INSTANTIATE_TEST_SUITE_P(Layouts, EveryLayout, ::testing::ValuesIn(LayoutCases()
                          [](const auto& row) { return row.param.name; });
 
 // ---- damage
-// ---------------------------------------------------------------------------------------------------------
 
 struct DamageCase {
     const char* name;

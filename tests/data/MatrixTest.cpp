@@ -15,12 +15,12 @@ template <class Matrix>
 using CellOf = std::remove_pointer_t<decltype(std::declval<Matrix>().GetArrayPtr(0, 0))>;
 template <class Matrix>
 using SampleOf = ElementOf<CellOf<Matrix>>;
+template <class Matrix>
+using SamplesOf = std::vector<SampleOf<Matrix>>;
 
 template <class Matrix>
 void ExpectEmpty(const Matrix& matrix) {
-    EXPECT_EQ(matrix.GetNumRow(), 0);
-    EXPECT_EQ(matrix.GetNumCol(), 0);
-    EXPECT_EQ(matrix.GetNum(), 0);
+    EXPECT_EQ(matrix == Matrix(), 1);
     EXPECT_EQ(matrix.GetArrayPtr(0, 0), nullptr);
 }
 
@@ -28,71 +28,61 @@ void ExpectEmpty(const Matrix& matrix) {
 template <class Matrix>
 Matrix Numbered() {
     Matrix matrix(2, 3, 2);
-    for (int cell = 0; cell < 6; ++cell) {
-        const int first = 10 * (cell / 3) + cell % 3;
-        matrix.GetDataPtr(cell / 3, cell % 3)[0] = static_cast<SampleOf<Matrix>>(first);
-        matrix.GetDataPtr(cell / 3, cell % 3)[1] = static_cast<SampleOf<Matrix>>(first + 5);
+    for (int i = 0; i < 12; ++i) {
+        const int cell = i / 2;
+        matrix.GetDataPtr(cell / 3, cell % 3)[i % 2] =
+            static_cast<SampleOf<Matrix>>(10 * (cell / 3) + cell % 3 + 5 * (i % 2));
     }
     return matrix;
 }
 
 /// All samples, cell by cell.
 template <class Matrix>
-std::vector<SampleOf<Matrix>> Samples(const Matrix& matrix) {
-    std::vector<SampleOf<Matrix>> samples;
+SamplesOf<Matrix> Samples(const Matrix& matrix) {
+    std::vector<SampleOf<Matrix>> all;
     for (__int64 cell = 0; cell < matrix.GetNumRow() * matrix.GetNumCol(); ++cell) {
         const auto values = Values(*matrix.GetArrayPtr(cell / matrix.GetNumCol(), cell % matrix.GetNumCol()));
-        samples.insert(samples.end(), values.begin(), values.end());
+        all.insert(all.end(), values.begin(), values.end());
     }
-    return samples;
+    return all;
 }
 
 // ---- matrices of real arrays
-// ----------------------------------------------------------------------------------------
 
 template <class Matrix>
 struct ArrayMatrixFamily : ::testing::Test {};
 TYPED_TEST_SUITE(ArrayMatrixFamily, ArrayMatrices);
 
-TYPED_TEST(ArrayMatrixFamily, IsCreatedAsCellsOfZeros) {
+TYPED_TEST(ArrayMatrixFamily, IsCreatedAsCellsOfZerosRowByRow) {
     ExpectEmpty(TypeParam());
     const TypeParam matrix(2, 3, 5);
     EXPECT_EQ(matrix.GetNumRow(), 2);
     EXPECT_EQ(matrix.GetNumCol(), 3);
     EXPECT_EQ(matrix.GetNum(), 5);
-    EXPECT_EQ(Samples(matrix), std::vector<SampleOf<TypeParam>>(30));
-    EXPECT_EQ(matrix.GetArrayPtr(1, 2), matrix.GetArrayPtr(0, 0) + 5) << "row by row";
-    EXPECT_EQ(sizeof(TypeParam), 40U);
-}
-
-TYPED_TEST(ArrayMatrixFamily, CreatingWithoutSamplesFailsAndChangesNothing) {
-    TypeParam matrix(2, 3, 5);
-    for (const auto& [rows, cols, num] :
-         {std::tuple{2, 3, 0}, {0, 3, 5}, {2, 0, 5}, {-2, -3, 5}, {2, 3, -5}}) {
-        EXPECT_EQ(matrix.Create(rows, cols, num), 0);
-        EXPECT_EQ(matrix.GetNum(), 5);
-    }
-}
-
-TYPED_TEST(ArrayMatrixFamily, ShapesThatCannotBeHeldLeaveTheMatrixEmpty) {
-    for (const __int64 count : kAbsurdCounts) {
-        for (const auto& [rows, cols, num] : {std::tuple{count, __int64{1}, __int64{1}},
-                                              {1, count, 1},
-                                              {2, 2, count},
-                                              {count, count, count}}) {
-            TypeParam matrix(2, 3, 5);
-            EXPECT_EQ(matrix.Create(rows, cols, num), 0) << rows << " x " << cols << " x " << num;
-            ExpectEmpty(matrix);
-        }
-    }
-}
-
-TYPED_TEST(ArrayMatrixFamily, CellsOutsideAreNull) {
-    const TypeParam matrix(2, 3, 5);
+    EXPECT_EQ(Samples(matrix), SamplesOf<TypeParam>(30));
+    EXPECT_EQ(matrix.GetArrayPtr(1, 2), matrix.GetArrayPtr(0, 0) + 5);
     for (const auto& [row, col] :
          {std::pair<__int64, __int64>{2, 0}, {0, 3}, {-1, 0}, {0, -1}, {__int64{1} << 62, 0}}) {
         EXPECT_EQ(matrix.GetArrayPtr(row, col), nullptr);
         EXPECT_EQ(matrix.GetDataPtr(row, col), nullptr);
+    }
+}
+
+TYPED_TEST(ArrayMatrixFamily, CreatingNothingChangesNothingAndRefusedMemoryLeavesTheMatrixEmpty) {
+    TypeParam matrix(2, 3, 5);
+    for (const auto& [rows, cols, num] :
+         {std::tuple{2, 3, 0}, {0, 3, 5}, {2, 0, 5}, {-2, -3, 5}, {2, 3, -5}}) {
+        EXPECT_EQ(matrix.Create(rows, cols, num), 0);
+        EXPECT_EQ(matrix == TypeParam(2, 3, 5), 1);
+    }
+    constexpr __int64 kOne = 1;
+    for (const __int64 n : kAbsurdCounts) {
+        if (n < 0) continue;
+        for (const auto& [rows, cols, num] : {std::tuple{n, kOne, kOne}, {1, n, 1}, {2, 2, n}, {n, n, n}}) {
+            matrix.Create(2, 3, 5);
+            EXPECT_EQ(matrix.Create(rows, cols, num), 0) << rows << " x " << cols << " x " << num;
+            ExpectEmpty(matrix);
+        }
     }
 }
 
@@ -116,23 +106,20 @@ TYPED_TEST(ArrayMatrixFamily, FillsWithAValueOrTheSameRun) {
 }
 
 TYPED_TEST(ArrayMatrixFamily, CopiesAndMoves) {
-    TypeParam source = Numbered<TypeParam>();
+    const TypeParam source = Numbered<TypeParam>();
     TypeParam copy(source);
     EXPECT_EQ(Samples(copy), Samples(source));
     copy = TypeParam(1, 1, 1);
     EXPECT_EQ(copy.GetNumRow(), 1);
     copy = source;
-    EXPECT_EQ(Samples(copy), Samples(source));
     const TypeParam& self = copy;
     copy = self;
     EXPECT_EQ(Samples(copy), Samples(source));
     TypeParam moved(std::move(copy));
     EXPECT_EQ(Samples(moved), Samples(source));
     ExpectEmpty(copy);
-    moved = TypeParam();
+    moved = copy;
     ExpectEmpty(moved);
-    source.Free();
-    ExpectEmpty(source);
 }
 
 TYPED_TEST(ArrayMatrixFamily, EqualityComparesTheShapeOnly) {
@@ -143,13 +130,10 @@ TYPED_TEST(ArrayMatrixFamily, EqualityComparesTheShapeOnly) {
 }
 
 TYPED_TEST(ArrayMatrixFamily, CopiesRingsCellByCell) {
-    using Sample = SampleOf<TypeParam>;
     const TypeParam source = Numbered<TypeParam>();
     TypeParam matrix(2, 3, 2);
     EXPECT_EQ(matrix.Copy(source, 1, 0, 0), 1) << "0 means all samples";
-    EXPECT_EQ(Values(*matrix.GetArrayPtr(1, 2)), (std::vector<Sample>{17, 12}));
-    EXPECT_EQ(matrix.Copy(source, 0, 1, 1), 1);
-    EXPECT_EQ(Values(*matrix.GetArrayPtr(1, 2)), (std::vector<Sample>{17, 12}));
+    EXPECT_EQ(Samples(matrix), (SamplesOf<TypeParam>{5, 0, 6, 1, 7, 2, 15, 10, 16, 11, 17, 12}));
     EXPECT_EQ(matrix.Copy(source, 0, 0, 3), 0);
     EXPECT_EQ(matrix.Copy(TypeParam(3, 2, 2), 0, 0, 1), 0);
     EXPECT_EQ(TypeParam().Copy(source, 0, 0, 1), 0);
@@ -171,31 +155,18 @@ TYPED_TEST(SnapshotMatrixFamily, AppendsOneSampleToEveryCell) {
     EXPECT_EQ(matrix.GetNum(), 2);
     EXPECT_EQ(Samples(matrix), (std::vector<Sample>{0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6}));
     EXPECT_EQ(TypeParam().Append(Cell()), 0);
+    matrix.Zero();
+    EXPECT_EQ(Samples(matrix), std::vector<Sample>(12));
 }
 
-TYPED_TEST(SnapshotMatrixFamily, RecordsFromNoSamplesOn) {
-    using Cell = CellOf<TypeParam>;
+TYPED_TEST(SnapshotMatrixFamily, RecordsFromNoSamplesOnAndFromItself) {
     using Sample = SampleOf<TypeParam>;
     TypeParam matrix(1, 2, 1);
     ASSERT_EQ(matrix.SetData(0, nullptr), 1);
-    for (int i = 0; i < 3000; ++i) ASSERT_EQ(matrix.Append(ArrayOf<Cell>({static_cast<Sample>(i), 1})), 1);
-    EXPECT_EQ(matrix.GetNum(), 3000);
-    EXPECT_EQ(matrix.GetDataPtr(0, 0)[2999], 2999);
-}
-
-TYPED_TEST(SnapshotMatrixFamily, TakesOneOfItsOwnCellsAsSnapshot) {
-    using Sample = SampleOf<TypeParam>;
-    TypeParam matrix(1, 2, 2);
-    matrix.GetDataPtr(0, 0)[0] = 3;
-    matrix.GetDataPtr(0, 0)[1] = 4;
-    EXPECT_EQ(matrix.Append(*matrix.GetArrayPtr(0, 0)), 1);
+    for (const Sample x : {Sample{3}, Sample{4}})
+        ASSERT_EQ(matrix.Append(ArrayOf<CellOf<TypeParam>>({x, Sample{0}})), 1);
+    EXPECT_EQ(matrix.Append(*matrix.GetArrayPtr(0, 0)), 1) << "a cell of its own as snapshot";
     EXPECT_EQ(Samples(matrix), (std::vector<Sample>{3, 4, 3, 0, 0, 4}));
-}
-
-TYPED_TEST(SnapshotMatrixFamily, ZeroKeepsTheShape) {
-    TypeParam matrix = Numbered<TypeParam>();
-    matrix.Zero();
-    EXPECT_EQ(Samples(matrix), std::vector<SampleOf<TypeParam>>(12));
 }
 
 TEST(DoubleMatrix, ScalesEverySample) {
@@ -213,7 +184,6 @@ TEST(DoubleMatrix, MeasuresTheRmsOfACell) {
     EXPECT_EQ(matrix.CalcRms(0, 1, -1, 1), 6.0);
     EXPECT_EQ(matrix.CalcRms(0, 1, 0, 3), 0.0);
     EXPECT_EQ(matrix.CalcRms(0, 3, 0, 0), 0.0);
-    EXPECT_EQ(CDataArrayMtxDouble().CalcRms(0, 0, 0, 0), 0.0);
 }
 
 TEST(DoubleMatrix, FindsTheRangeOverAllCells) {
@@ -221,24 +191,20 @@ TEST(DoubleMatrix, FindsTheRangeOverAllCells) {
     *matrix.GetArrayPtr(0, 0) = ArrayOf<CDataArrayDouble>({-3, -1});
     *matrix.GetArrayPtr(0, 1) = ArrayOf<CDataArrayDouble>({8, 2});
     double min = 0, max = 0, pmin = 0;
-    EXPECT_EQ(matrix.GetMinMax(0, &min, &max), 1);
-    EXPECT_EQ(min, -3);
-    EXPECT_EQ(max, 8);
     EXPECT_EQ(matrix.GetMinMaxAndPMin(0, &min, &max, &pmin), 1);
     EXPECT_EQ(pmin, 2) << "a cell without positive values has no say";
     EXPECT_EQ(matrix.GetMinMaxAndPMin(1, 1, &min, nullptr, nullptr), 1);
     EXPECT_EQ(min, -1);
-    *matrix.GetArrayPtr(0, 1) = ArrayOf<CDataArrayDouble>({-8, -2});
-    EXPECT_EQ(matrix.GetMinMaxAndPMin(0, &min, &max, &pmin), 1);
-    EXPECT_EQ(pmin, kSmallestNormal);
+    EXPECT_EQ(matrix.GetMinMax(0, &min, &max), 1);
+    EXPECT_EQ(min, -3);
+    EXPECT_EQ(max, 8);
 
     matrix.GetArrayPtr(0, 1)->SetData(kvx::kNoValue<double>);
-    min = 123;
     EXPECT_EQ(matrix.GetMinMax(0, &min, &max), 0) << "one cell of nothing but markers";
     EXPECT_EQ(matrix.GetMinMax(2, &min, &max), 0);
     EXPECT_EQ(matrix.GetMinMax(-1, &min, &max), 0);
     EXPECT_EQ(CDataArrayMtxDouble().GetMinMax(0, &min, &max), 0);
-    EXPECT_EQ(min, 123);
+    EXPECT_EQ(min, -3);
 }
 
 TEST(DoubleMatrix, ConvertsToFloatAndBackWithTheMarker) {
@@ -260,7 +226,6 @@ TEST(LongMatrix, AddsToEverySampleModulo32Bits) {
     CDataArrayMtxLong matrix(1, 2, 1);
     matrix.GetDataPtr(0, 1)[0] = 2147483647;
     matrix += 3;
-    EXPECT_EQ(Samples(matrix), (std::vector<std::int32_t>{3, -2147483646}));
     std::int32_t min = 0, max = 0;
     EXPECT_EQ(matrix.GetMinMax(0, &min, &max), 1);
     EXPECT_EQ(min, -2147483646);
@@ -269,10 +234,10 @@ TEST(LongMatrix, AddsToEverySampleModulo32Bits) {
 }
 
 // ---- matrices of complex arrays
-// -------------------------------------------------------------------------------------
 
 template <class Matrix>
-using LineOf = std::conditional_t<std::is_same_v<Matrix, CDataArrayDoubleMtxCplx>, CDataDoubleMtxCplx, CDataMtxCplx>;
+using LineOf =
+    std::conditional_t<std::is_same_v<Matrix, CDataArrayDoubleMtxCplx>, CDataDoubleMtxCplx, CDataMtxCplx>;
 
 template <class Matrix>
 struct CplxArrayMatrixFamily : ::testing::Test {};
@@ -282,22 +247,18 @@ TYPED_TEST_SUITE(CplxArrayMatrixFamily, CplxArrayMatrices);
 TYPED_TEST(CplxArrayMatrixFamily, SharesOneFlagAndLengthAmongTheCells) {
     const TypeParam matrix(5, 2, 3, 4);
     EXPECT_EQ(matrix.IsComplex(), 1);
-    EXPECT_EQ(matrix.GetNum(), 4);
-    EXPECT_EQ(matrix.GetArrayPtr(1, 2)->GetNum(), 4);
-    EXPECT_NE(matrix.GetImaginary(1, 2), nullptr);
+    EXPECT_EQ(*matrix.GetArrayPtr(1, 2) == CellOf<TypeParam>(1, 4), 1);
+    EXPECT_EQ(matrix.GetImaginary(1, 2), matrix.GetArrayPtr(1, 2)->GetImaginary());
     EXPECT_EQ(matrix.GetReal(2, 0), nullptr);
-    EXPECT_EQ(matrix.GetImaginary(0, 3), nullptr);
     EXPECT_EQ(TypeParam(0, 2, 3, 4).GetImaginary(0, 0), nullptr);
     EXPECT_EQ(matrix == TypeParam(1, 2, 3, 4), 1);
     EXPECT_EQ(matrix == TypeParam(0, 2, 3, 4), 0);
-    TypeParam other;
+    TypeParam other = matrix;
     EXPECT_EQ(other.Create(1, 2, 3, 0), 0);
+    EXPECT_EQ(other == matrix, 1);
     EXPECT_EQ(other.Create(1, __int64{1} << 31, __int64{1} << 33, 1), 0);
-    ExpectEmpty(other);
-    other = matrix;
-    EXPECT_EQ(other.IsComplex(), 1);
-    other.Free();
     EXPECT_EQ(other.IsComplex(), 0);
+    ExpectEmpty(other);
 }
 
 TYPED_TEST(CplxArrayMatrixFamily, FillsScalesAndZeroes) {
@@ -317,7 +278,8 @@ TYPED_TEST(CplxArrayMatrixFamily, FillsScalesAndZeroes) {
     EXPECT_EQ(real.GetReal(0, 0)[0], 3) << "scaling leaves real-only cells alone";
 }
 
-TYPED_TEST(CplxArrayMatrixFamily, CopiesPlainRunsCellByCell) {
+TYPED_TEST(CplxArrayMatrixFamily, CopiesPlainRunsAndAssignsCellsOfItsOwnShape) {
+    using Cell = CellOf<TypeParam>;
     TypeParam source(1, 1, 2, 3);
     source.GetImaginary(0, 1)[2] = 5;
     TypeParam matrix(1, 1, 2, 2);
@@ -325,19 +287,12 @@ TYPED_TEST(CplxArrayMatrixFamily, CopiesPlainRunsCellByCell) {
     EXPECT_EQ(matrix.GetImaginary(0, 1)[1], 5);
     EXPECT_EQ(matrix.Copy(source, 2, 0, 2), 0) << "no wrapping";
     EXPECT_EQ(matrix.Copy(TypeParam(0, 1, 2, 3), 0, 0, 1), 0) << "the flags differ";
-}
 
-TYPED_TEST(CplxArrayMatrixFamily, AssignsACellOfItsOwnShapeOnly) {
-    using Cell = CellOf<TypeParam>;
-    TypeParam matrix(1, 1, 2, 3);
-    Cell values(1, 3);
-    values.GetReal()[2] = 8;
-    EXPECT_EQ(matrix.SetArrayPtr(0, 1, values), 1);
-    EXPECT_EQ(matrix.GetReal(0, 1)[2], 8);
-    EXPECT_EQ(matrix.SetArrayPtr(0, 2, values), 0);
-    EXPECT_EQ(matrix.SetArrayPtr(0, 0, Cell(1, 4)), 0);
-    EXPECT_EQ(matrix.SetArrayPtr(0, 0, Cell(0, 3)), 0);
-    EXPECT_EQ(matrix.GetArrayPtr(0, 0)->GetNum(), 3);
+    EXPECT_EQ(source.SetArrayPtr(0, 0, *source.GetArrayPtr(0, 1)), 1);
+    EXPECT_EQ(source.GetImaginary(0, 0)[2], 5);
+    EXPECT_EQ(source.SetArrayPtr(0, 2, Cell(1, 3)), 0);
+    EXPECT_EQ(source.SetArrayPtr(0, 0, Cell(1, 4)), 0);
+    EXPECT_EQ(source.SetArrayPtr(0, 0, Cell(0, 3)), 0);
 }
 
 TYPED_TEST(CplxArrayMatrixFamily, ExchangesLinesWithAMatrixOfNumbers) {
@@ -355,8 +310,7 @@ TYPED_TEST(CplxArrayMatrixFamily, ExchangesLinesWithAMatrixOfNumbers) {
     LineOf<TypeParam> out;
     EXPECT_EQ(matrix.SetMtxCplx(&out, 2), 1);
     EXPECT_EQ(out == line, 1) << "created with the right shape";
-    EXPECT_EQ(out.GetReal(0, 1), 3);
-    EXPECT_EQ(out.GetImaginary(0, 1), 4);
+    EXPECT_EQ(*out.GetDataPtr(0, 1) == *line.GetDataPtr(0, 1), 1);
     EXPECT_EQ(matrix.SetMtxCplxReal(&out, 0), 1);
     EXPECT_EQ(out.GetReal(0, 1), 0);
     EXPECT_EQ(out.GetImaginary(0, 1), 4) << "the imaginary parts stay";
@@ -370,17 +324,16 @@ TYPED_TEST(CplxArrayMatrixFamily, ExchangesLinesWithAMatrixOfNumbers) {
 
 TYPED_TEST(CplxArrayMatrixFamily, BadLinesFail) {
     LineOf<TypeParam> line;
-    line.Create(1, 2);
+    line.Create(2, 1);
     TypeParam matrix(1, 1, 2, 5);
+    EXPECT_EQ(matrix.SetDataFromMtxCplx(line, 0), 0);
+    line.Create(1, 2);
     EXPECT_EQ(matrix.SetDataFromMtxCplx(line, -1), 0);
     EXPECT_EQ(matrix.SetDataFromMtxCplx(line, 5), 0);
     EXPECT_EQ(matrix.SetMtxCplx(&line, 5), 0);
     EXPECT_EQ(matrix.SetMtxCplx(nullptr, 0), 0);
     EXPECT_EQ(TypeParam().SetMtxCplx(&line, 0), 0);
-    line.Create(2, 1);
-    EXPECT_EQ(matrix.SetDataFromMtxCplx(line, 0), 0);
     matrix.GetArrayPtr(0, 1)->Free();
-    line.Create(1, 2);
     EXPECT_EQ(matrix.SetDataFromMtxCplxReal(line, 0), 0) << "a caller emptied one cell";
     EXPECT_EQ(matrix.SetMtxCplxReal(&line, 0), 0);
 }
@@ -399,26 +352,23 @@ TEST(DoubleCplxMatrix, NarrowsAndWidens) {
 }
 
 // ---- matrices of complex numbers
-// ------------------------------------------------------------------------------------
 
 template <class Matrix>
 struct CplxMatrixFamily : ::testing::Test {
-    using Value = std::remove_pointer_t<decltype(std::declval<Matrix>().GetDataPtr(0, 0))>;
+    using Number = std::remove_pointer_t<decltype(std::declval<Matrix>().GetDataPtr(0, 0))>;
 
     /// A matrix whose values are `values`, row by row.
-    static Matrix Make(__int64 rows, __int64 cols, const std::vector<Value>& values) {
+    static Matrix Make(__int64 rows, __int64 cols, const std::vector<Number>& values) {
         Matrix matrix;
         matrix.Create(rows, cols);
         std::copy(values.begin(), values.end(), matrix.GetDataPtr(0, 0));
         return matrix;
     }
     static void ExpectHolds(const Matrix& matrix, __int64 rows, __int64 cols,
-                            const std::vector<Value>& values) {
+                            const std::vector<Number>& values) {
         ASSERT_EQ(matrix.GetNumRow(), rows);
         ASSERT_EQ(matrix.GetNumCol(), cols);
-        for (__int64 i = 0; i < rows * cols; ++i) {
-            EXPECT_EQ(*matrix.GetDataPtr(i / cols, i % cols) == values[static_cast<std::size_t>(i)], 1) << i;
-        }
+        EXPECT_TRUE(std::equal(values.begin(), values.end(), matrix.GetDataPtr(0, 0)));
     }
 };
 using CplxMatrices = ::testing::Types<CDataDoubleMtxCplx, CDataMtxCplx>;
@@ -427,18 +377,15 @@ TYPED_TEST_SUITE(CplxMatrixFamily, CplxMatrices);
 TYPED_TEST(CplxMatrixFamily, CreatesZerosAndAnEmptyMatrixIsASuccess) {
     TypeParam matrix;
     EXPECT_EQ(matrix.Create(2, 3), 1);
-    this->ExpectHolds(matrix, 2, 3, std::vector<typename TestFixture::Value>(6));
+    this->ExpectHolds(matrix, 2, 3, std::vector<typename TestFixture::Number>(6));
     for (const auto& [rows, cols] : {std::pair{0, 3}, {3, 0}, {0, 0}, {-1, 3}}) {
         matrix.Create(1, 1);
         EXPECT_EQ(matrix.Create(rows, cols), 1);
-        EXPECT_EQ(matrix.GetNumRow(), 0);
-        EXPECT_EQ(matrix.GetDataPtr(0, 0), nullptr);
+        EXPECT_EQ(matrix == TypeParam(), 1);
     }
-    EXPECT_EQ(matrix.Create(-1, -1), 0);
     for (const __int64 count : kAbsurdCounts) {
-        EXPECT_EQ(matrix.Create(count, 1), 0);
         EXPECT_EQ(matrix.Create(count, count), 0);
-        EXPECT_EQ(matrix.GetNumRow(), 0);
+        EXPECT_EQ(matrix == TypeParam(), 1);
     }
 }
 
@@ -453,23 +400,19 @@ TYPED_TEST(CplxMatrixFamily, GivesItsValues) {
     EXPECT_EQ(matrix.GetReal(1, 0), 0);
     EXPECT_EQ(matrix.GetAbsSq(0, -1), 0);
     EXPECT_EQ(TypeParam().GetNormEuclid(), 0);
-    matrix.Zero();
-    EXPECT_EQ(matrix.GetNormEuclid(), 0);
 }
 
 TYPED_TEST(CplxMatrixFamily, CopiesAndComparesShapes) {
     TypeParam matrix = this->Make(1, 2, {{1, 2}, {3, 4}});
     TypeParam copy(matrix);
-    this->ExpectHolds(copy, 1, 2, {{1, 2}, {3, 4}});
     copy.Zero();
     EXPECT_EQ(copy == matrix, 1);
     EXPECT_EQ(copy != TypeParam(), 1);
-    copy = matrix;
-    this->ExpectHolds(copy, 1, 2, {{1, 2}, {3, 4}});
     copy = TypeParam();
     EXPECT_EQ(copy.GetNumRow(), 0);
+    copy = matrix;
+    this->ExpectHolds(copy, 1, 2, {{1, 2}, {3, 4}});
     copy = std::move(matrix);
-    EXPECT_EQ(copy.GetNumCol(), 2);
     EXPECT_EQ(matrix.GetNumCol(), 0);
 }
 
@@ -483,11 +426,6 @@ TYPED_TEST(CplxMatrixFamily, MultipliesByTheInnerIndex) {
     this->ExpectHolds(out, 2, 1, {{10, 0}, {0, 10}});
     EXPECT_EQ(TypeParam::Mul(b, a, &out), 0);
     EXPECT_EQ(TypeParam::Mul(a, b, nullptr), 0);
-    TypeParam wide;
-    wide.Create(2, 4);
-    TypeParam right;
-    right.Create(3, 4);
-    EXPECT_EQ(TypeParam::Mul(a, right, &wide), 1);
 }
 
 TYPED_TEST(CplxMatrixFamily, TheOutputMayBeAnOperand) {
@@ -511,39 +449,17 @@ TYPED_TEST(CplxMatrixFamily, TransposesWithoutConjugation) {
     EXPECT_EQ(TypeParam::Trans(out, &out), 0);
     EXPECT_EQ(TypeParam::Conj(a, &out), 0);
     EXPECT_EQ(TypeParam::Add(a, a, &out), 0);
-    EXPECT_EQ(TypeParam::Add(a, out, &out), 0);
     EXPECT_EQ(TypeParam::Trans(a, nullptr), 0);
 }
 
 // Each member has its own operations and none of its siblings'.
-template <class M>
-concept Zeroes = requires(M m) {
-    m.Zero();
-};
-template <class M>
-concept Appends = requires(M m, CellOf<M> cell) {
-    m.Append(cell);
-};
-template <class M>
-concept Scales = requires(M m) {
-    m *= 2;
-};
-template <class M>
-concept Shifts = requires(M m) {
-    m += 2;
-};
-template <class M>
-concept Searches = requires(M m) {
-    m.GetMinMax(0, nullptr, nullptr);
-};
-template <class M>
-concept Serializes = requires(M m, CArchive& archive) {
-    m.Serialize(archive);
-};
-template <class M>
-concept Serializes1st = requires(M m, CArchive& archive) {
-    m.Serialize1st(archive);
-};
+KVX_ABILITY(Zeroes, t.Zero());
+KVX_ABILITY(Appends, t.Append(*t.GetArrayPtr(0, 0)));
+KVX_ABILITY(Scales, t *= 2);
+KVX_ABILITY(Shifts, t += 2);
+KVX_ABILITY(Searches, t.GetMinMax(0, nullptr, nullptr));
+KVX_ABILITY(Serializes, t.Serialize(archive));
+KVX_ABILITY(Serializes1st, t.Serialize1st(archive));
 
 // clang-format off
 #define KVX_HAS(M, zero, append, scale, shift, search, serialize, serialize1st)                                       \

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include <KvxDevCommon01/data/detail/Block.h>
 
