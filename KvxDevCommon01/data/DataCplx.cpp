@@ -126,11 +126,6 @@ int CplxArray<Self, Real>::SetImaginary(const Real* src) {
 }
 
 template <class Self, typename Real>
-int CplxArray<Self, Real>::operator==(const Self& other) const {
-    return isComplex_ == other.isComplex_ && count_ == other.count_;
-}
-
-template <class Self, typename Real>
 int CplxArray<Self, Real>::IsAllZero() const {
     return real_ && AreAllZero(real_, count_) && (!imaginary_ || AreAllZero(imaginary_, count_));
 }

@@ -103,8 +103,8 @@ public:
     /// The principal square root.
     static Self Sqrt(const Self& z);
 
-    int operator==(const Self& z) const { return re_ == z.re_ && im_ == z.im_; }
-    int operator!=(const Self& z) const { return !(*this == z); }
+    friend int operator==(const Self& a, const Self& b) { return a.re_ == b.re_ && a.im_ == b.im_; }
+    friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
 protected:
     template <class, class, typename>
@@ -212,8 +212,10 @@ public:
     int SetImaginary(const Real* src);
 
     /// 1 when flag and count agree: arrays of one shape are equal whatever they hold.
-    int operator==(const Self& other) const;
-    int operator!=(const Self& other) const { return !(*this == other); }
+    friend int operator==(const Self& a, const Self& b) {
+        return a.isComplex_ == b.isComplex_ && a.count_ == b.count_;
+    }
+    friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
     /// 1 when there are values and all parts are exactly zero; a NaN is not.
     int IsAllZero() const;

@@ -127,9 +127,9 @@ CellMatrix<Self, Cell, Kind>::~CellMatrix() = default;
 template <class Self, class Cell, class Kind>
 CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(const CellMatrix& other) {
     if (this == &other) return *this;
-    const bool hasShape = shape_ == other.shape_ && num_ == other.num_ && CellKind() == other.CellKind();
-    if (!hasShape && !Allocate(other.CellKind(), other.shape_.rows, other.shape_.cols, other.num_))
+    if (!HasShapeOf(other) && !Allocate(other.CellKind(), other.shape_.rows, other.shape_.cols, other.num_)) {
         return *this;
+    }
     KeepIf(TryEach(begin(), shape_.cells, [&](Cell& cell, __int64 i) {
         cell = other.begin()[i];
         return cell.GetNum() == other.begin()[i].GetNum();
@@ -157,12 +157,6 @@ int CellMatrix<Self, Cell, Kind>::Copy(const Self& src, __int64 srcStart, __int6
     return TryEach(begin(), shape_.cells, [&](Cell& cell, __int64 i) {
         return CopyCell(CellKind(), cell, dstStart, source.begin()[i], srcStart, num == 0 ? num_ : num);
     });
-}
-
-template <class Self, class Cell, class Kind>
-int CellMatrix<Self, Cell, Kind>::operator==(const Self& other) const {
-    const CellMatrix& matrix = other;
-    return shape_ == matrix.shape_ && num_ == matrix.num_ && CellKind() == matrix.CellKind();
 }
 
 template <class Self, class Cell, class Kind>
@@ -503,11 +497,6 @@ int CplxMatrix<Self, Value, Real>::Conj(const Self& a, Self* out) {
         return value;
     });
     return 1;
-}
-
-template <class Self, class Value, typename Real>
-int CplxMatrix<Self, Value, Real>::operator==(const Self& other) const {
-    return shape_ == other.shape_;
 }
 
 template <class Self, class Value, typename Real>

@@ -80,8 +80,8 @@ public:
 
     /// 1 when rows, columns, sample count and complex flag agree: matrices of one shape are equal whatever
     /// they hold.
-    int operator==(const Self& other) const;
-    int operator!=(const Self& other) const { return !(*this == other); }
+    friend int operator==(const Self& a, const Self& b) { return a.HasShapeOf(b); }
+    friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
 protected:
     static std::size_t Index(__int64 index) { return static_cast<std::size_t>(index); }
@@ -111,6 +111,9 @@ protected:
     std::unique_ptr<Cell[]> cells_;
 
 private:
+    bool HasShapeOf(const CellMatrix& other) const {
+        return shape_ == other.shape_ && num_ == other.num_ && CellKind() == other.CellKind();
+    }
     void Swap(CellMatrix& other) noexcept;
     bool AreCellsWhole() const;
 };
@@ -267,8 +270,8 @@ public:
     static int Conj(const Self& a, Self* out);
 
     /// 1 when rows and columns agree, whatever the values.
-    int operator==(const Self& other) const;
-    int operator!=(const Self& other) const { return !(*this == other); }
+    friend int operator==(const Self& a, const Self& b) { return a.shape_ == b.shape_; }
+    friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
 protected:
     /// Version word (current generation only), rows and columns in 32 bits each, every value in its own

@@ -61,13 +61,14 @@ TEST(DoubleArray, ArraysApplyOverTheElementsBothHave) {
 
 TEST(DoubleArray, IsItsOwnOperand) {
     CDataArrayDouble array = Array({1, 2, 3, 4, 5, 6, 7, 8, 9});
-    array += array;
+    const CDataArrayDouble& self = array;
+    array += self;
     EXPECT_EQ(Values(array), (Doubles{2, 4, 6, 8, 10, 12, 14, 16, 18}));
-    array *= array;
+    array *= self;
     EXPECT_EQ(array[8], 324);
-    array /= array;
+    array /= self;
     EXPECT_EQ(Values(array), Doubles(9, 1.0));
-    EXPECT_EQ(CDataArrayDouble::MulAdd(&array, array, 2.0), 1);
+    EXPECT_EQ(CDataArrayDouble::MulAdd(&array, self, 2.0), 1);
     EXPECT_EQ(Values(array), Doubles(9, 3.0));
 }
 
