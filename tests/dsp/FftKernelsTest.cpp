@@ -47,15 +47,15 @@ TEST_P(FftKernelSet, KeepsTheErrorBound) {
         const Wave wave = Noise(std::size_t{1} << m);
         const Parts parts = Forward(*GetParam(), m, wave);
         const DirectTransform direct(wave.size());
-        long double error = 0.0, power = 0.0;
+        long double error = 0, power = 0;
         // All lines up to half the rate, of larger blocks some hundreds, of the largest some two dozen.
         const std::size_t step = m == 17 ? 2731 : 1 + wave.size() / 1024;
         for (std::size_t k = 0; k <= wave.size() / 2; k += step) {
             const Line exact = direct.At<double>(wave, k);
-            error += std::norm(Line(parts.re[k], parts.im[k]) - exact);
+            error += std::norm(ToLine(parts.re[k], parts.im[k]) - exact);
             power += std::norm(exact);
         }
-        EXPECT_LE(std::sqrt(error / power), ErrorBound(m)) << "size " << wave.size();
+        EXPECT_LE(static_cast<double>(std::sqrt(error / power)), ErrorBound(m)) << "size " << wave.size();
         for (std::size_t k = 1; k < wave.size(); ++k) {
             ASSERT_EQ(parts.re[k], parts.re[wave.size() - k]) << k << " of " << wave.size();
             ASSERT_EQ(parts.im[k], -parts.im[wave.size() - k]) << k << " of " << wave.size();

@@ -71,14 +71,14 @@ TEST_P(TransformOfSize, InverseIsTheTimeBlockOfAnyNumberOfLines) {
         // The two-sided spectrum, built line after line: a later line overwrites an earlier one.
         std::vector<Line> spectrum(size);
         for (std::size_t k = 1; k < count; ++k) {
-            spectrum[k] = Line(re[k], im[k]);
+            spectrum[k] = ToLine(re[k], im[k]);
             spectrum[size - k] = std::conj(spectrum[k]);
         }
         const DirectTransform direct(size, 1);
         for (const Transform transform : kInverse) {
             const bool unscaled = transform == CMatFFT::XfrIfft;
             const long double scale = unscaled ? 1.0L / static_cast<long double>(size) : 0.5L;
-            spectrum[0] = unscaled ? re[0] : 2.0 * re[0];
+            spectrum[0] = ToLine(unscaled ? re[0] : 2.0 * re[0]);
             Wave wave(size, 9.0), work(size, 9.0);
             const auto lineCount = static_cast<__int64>(count);
             ASSERT_EQ(transform(wave.data(), work.data(), N, re.data(), im.data(), lineCount), 1);

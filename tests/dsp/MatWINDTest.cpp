@@ -138,10 +138,9 @@ TEST(GeneExponent, DecaysByTheSameFactorFromSampleToSample) {
 }
 
 /// The taper's series with its factorials written out.
-long double Series(long double x) {
-    long double sum = 1.0L;
-    for (int k = 1; k <= 16; ++k)
-        sum += std::pow(std::pow(x / 2, static_cast<long double>(k)) / std::tgamma(k), k);
+double Series(double x) {
+    double sum = 1.0;
+    for (int k = 1; k <= 16; ++k) sum += std::pow(std::pow(x / 2, k) / std::tgamma(k), k);
     return sum;
 }
 
@@ -157,8 +156,8 @@ TEST(AddKaiserBessel, TapersByItsOwnSeriesFromTheMiddle) {
             for (__int64 n = 0; n < count; ++n) {
                 const double ratio =
                     count == 1 ? 0.0 : static_cast<double>(n - middle) / static_cast<double>(middle);
-                const long double gain = Series(shape * std::sqrt(1.0 - ratio * ratio)) / Series(shape);
-                EXPECT_NEAR(window[n], static_cast<double>(2.0L * gain), 1e-12) << n << " of " << count;
+                const double gain = Series(shape * std::sqrt(1.0 - ratio * ratio)) / Series(shape);
+                EXPECT_NEAR(window[n], 2.0 * gain, 1e-12) << n << " of " << count;
             }
         }
     }

@@ -54,6 +54,14 @@ inline kvx::PsdProfile ScreeningProfile() {
     return profile;
 }
 
+/// A value of a complex transform in extended precision.
+inline Line ToLine(double re, double im = 0.0) {
+    return {static_cast<long double>(re), static_cast<long double>(im)};
+}
+inline Line ToLine(const Line& line) {
+    return line;
+}
+
 /// Sums by definition: sum over n of x[n] e^(sign 2 pi i k n/N).
 class DirectTransform {
 public:
@@ -61,7 +69,7 @@ public:
         for (std::size_t k = 0; k < size; ++k) {
             const long double turn = static_cast<long double>(k) / static_cast<long double>(size);
             const long double angle = 2 * std::numbers::pi_v<long double> * turn;
-            circle_[k] = {std::cos(angle), sign * std::sin(angle)};
+            circle_[k] = {std::cos(angle), static_cast<long double>(sign) * std::sin(angle)};
         }
     }
 
@@ -70,7 +78,7 @@ public:
         Line sum = 0;
         std::size_t angle = 0;
         for (const Value& value : x) {
-            sum += static_cast<Line>(value) * circle_[angle];
+            sum += ToLine(value) * circle_[angle];
             angle = (angle + k) % circle_.size();
         }
         return sum;
