@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <utility>
 
 namespace kvx {
@@ -44,6 +45,16 @@ CDataArrayDouble LineAmplitudes(const PsdProfile& profile, double dfHz, __int64 
         !CMatSpec::CnvPsdToAmp(amplitudes.GetData(), psd.GetData(), amplitudes.GetNum(), dfHz, 0))
         return {};
     return amplitudes;
+}
+
+/// Random numbers to leave out after each frame. The generator runs through a cycle of this length; frames
+/// that take a number of them without a common divisor with it never come back in step with it before 832250
+/// frames have passed.
+__int64 NumbersToSkip(__int64 lineCount) {
+    constexpr __int64 kGeneratorCycle = 832250;
+    __int64 skipped = 0;
+    while (std::gcd(lineCount + skipped, kGeneratorCycle) != 1) ++skipped;
+    return skipped;
 }
 
 /// Sine window: the squares of samples half a frame apart add to 1.
@@ -88,8 +99,10 @@ int GenerateRandomWave(CDataArrayDouble* wave, const PsdProfile& profile, const 
     }
     SetSineWindow(&window);
 
+    const __int64 skipped = NumbersToSkip(lines.GetNum());
     for (__int64 start = -size / 2; start < sum.GetNum(); start += size / 2) {
         CMatSpec::GenRandomPhaseSpec(&lines, amplitudes, seed);
+        for (__int64 i = 0; i < skipped; ++i) CMatBasic::GenRandom(seed);
         CMatFFT::WaveIfft(frame.GetData(), work.GetData(), size, lines.GetReal(), lines.GetImaginary(),
                           lines.GetNum());
         OverlapAdd(&sum, start, frame, window);

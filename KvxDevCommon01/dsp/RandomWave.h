@@ -30,9 +30,9 @@ struct RandomWaveSettings {
 /// lines with the amplitudes of the profile (PsdProfile::GetLines) and random phases
 /// (CMatSpec::GenRandomPhaseSpec) are laid over each other by half, under a sine window: the squares of its
 /// two halves add to 1, so that the variance and the density are the same everywhere, the ends included.
-/// `seed` is advanced by one random number per line and frame; the same seed gives the same signal. Fails
-/// (0), leaving the wave as it is, for null pointers, an empty wave, settings outside the ranges above, a
-/// profile without power below half the rate, or when memory runs out.
+/// `seed` is advanced by at least one random number per line and frame; the same seed gives the same signal.
+/// Fails (0), leaving the wave as it is, for null pointers, an empty wave, settings outside the ranges above,
+/// a profile without power below half the rate, or when memory runs out.
 KVX_API int GenerateRandomWave(CDataArrayDouble* wave, const PsdProfile& profile,
                                const RandomWaveSettings& settings, std::uint32_t* seed);
 

@@ -80,6 +80,16 @@ TEST(GenerateRandomWave, RepeatsItselfForASeedAndOnlyForThat) {
     EXPECT_EQ(Generate(1, ScreeningProfile(), settings, 5).GetNum(), 1);
 }
 
+TEST(GenerateRandomWave, DoesNotRepeatWhenItsLinesDivideTheCycleOfTheGenerator) {
+    // 250 lines and a cycle of 3329 x 250 numbers: taken as they come, frame 3329 would be frame 0 again.
+    kvx::PsdProfile profile;
+    profile.SetPoints(ToArray({100, 249}), ToArray({1, 1}));
+    const CDataArrayDouble wave = Generate(3340 * 256, profile, {.rateHz = 512.0, .frameSize = 512}, 1);
+    double product = 0.0;
+    for (__int64 n = 0; n < 1024; ++n) product += wave[n] * wave[n + 3329 * 256];
+    EXPECT_LT(std::fabs(product) / wave.GetSqSum(0, 1024), 0.2);
+}
+
 TEST(GenerateRandomWave, RefusesSettingsItCannotFollow) {
     CDataArrayDouble wave(100, 7.0), empty;
     std::uint32_t seed = 1;
