@@ -20,10 +20,17 @@ TEST(CodePage, BytesAreDecodedOrRefused) {
         {932, "\x89", nullptr},              // lead byte without its second
         {932, "\x81\x20", nullptr},          // wrong second byte
         {936, "\xBC\xD3\xCB\xD9\xB6\xC8", L"加速度"},
+        {936, "\x80", L"\u20AC"},
         {936, "\xFF", nullptr},
+        {936, "\xBC\xD3\xCB", nullptr},  // half a character at the end
+        {936, "\xA1\x7F", nullptr},
         {1251, "\xD3\xF1\xEA", L"Уск"},
+        {1251, "\xD3\x98", nullptr},  // a byte without a meaning
+        {1252, "\x81", nullptr},
         {1252, "\xB5m \x80 \xFC", L"\u00B5m \u20AC \u00FC"},
         {65001, "\xC2\xB5", L"\u00B5"},
+        {65001, "\xF0\x9F\x98\x80", L"\U0001F600"},  // a surrogate pair where wide characters have 16 bits
+        {65001, "\xED\xA0\xBD", nullptr},            // half of one
         {65001, "\xB5", nullptr},
         {0, "\x83\x8A", L"リ"},  // the system's page is 932 here
         {437, "abc", nullptr},   // not supported
