@@ -239,12 +239,18 @@ std::vector<CUnitCtrl::UNIT_CODE> FindUnit(std::wstring_view plainText) {
     return Lookup(Normalised(plainText), std::nullopt);
 }
 
+std::wstring WithoutMarkup(std::wstring_view text) {
+    std::wstring plain(text);
+    for (const std::wstring_view markup : {L"#u", L"#l", L"#n"}) {
+        plain = Replaced(std::move(plain), markup, L"");
+    }
+    return plain;
+}
+
 std::wstring PlainUnitName(const CUnitCtrl& unit) {
     CString name;
     unit.GetUnitName(&name);
-    for (const std::wstring_view markup : {L"#u", L"#l", L"#n"}) {
-        name = Replaced(std::move(name), markup, L"");
-    }
+    name = WithoutMarkup(name);
     if (name.starts_with(L' ')) {  // no unit as the first member
         name.erase(0, 1);
         if (name.starts_with(kQuotient)) name.insert(0, L"1");

@@ -22,6 +22,9 @@ namespace kvx {
 /// unknown.
 KVX_API std::vector<CUnitCtrl::UNIT_CODE> FindUnit(std::wstring_view plainText);
 
+/// The text without the markup "#u", "#l" and "#n".
+KVX_API std::wstring WithoutMarkup(std::wstring_view text);
+
 /// The unit's name without markup: "(m/s2)2/Hz". Empty for no unit.
 KVX_API std::wstring PlainUnitName(const CUnitCtrl& unit);
 
