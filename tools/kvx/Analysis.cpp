@@ -81,26 +81,26 @@ struct Band {
     __int64 last;
 };
 
-/// The window of the options; throws UsageError.
+/// The window of the options; throws ValueError.
 CDataArrayDouble MakeWindow(const AnalysisOptions& options) {
     if (!BlockCut{options.block, 0}.IsValid()) {
-        throw UsageError("--block: " + std::to_string(options.block) +
+        throw ValueError("--block: " + std::to_string(options.block) +
                          " is not a power of two from 2 to 131072");
     }
     const auto known = std::ranges::find(kWindows, options.window, &WindowName::name);
     if (known == kWindows.end()) {
-        throw UsageError("--window: there is no window " + Quote(options.window) + ", only " + WindowNames());
+        throw ValueError("--window: there is no window " + Quote(options.window) + ", only " + WindowNames());
     }
     CDataArrayDouble window(options.block, 0.0);
     if (!known->generate(&window)) throw std::bad_alloc();
     return window;
 }
 
-/// The overlap of the options in samples; throws UsageError.
+/// The overlap of the options in samples; throws ValueError.
 __int64 OverlapSamples(const AnalysisOptions& options) {
     const double samples = std::round(static_cast<double>(options.block) * options.overlapPercent / 100.0);
     if (!(options.overlapPercent >= 0.0 && samples < static_cast<double>(options.block))) {
-        throw UsageError("--overlap: " + FormatNumber(options.overlapPercent) +
+        throw ValueError("--overlap: " + FormatNumber(options.overlapPercent) +
                          " % leaves no step between blocks of " + std::to_string(options.block));
     }
     return static_cast<__int64>(samples);

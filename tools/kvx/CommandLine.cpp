@@ -42,12 +42,12 @@ int Report(const std::string& sentence, ExitStatus status) {
     return status;
 }
 
-/// The parser's complaint as a sentence that points to the help of the command it is about.
-int ReportUsage(const CLI::App& app, std::string complaint) {
+/// A complaint about the command line as a sentence that points to the help of the command it is about.
+int ReportUsage(const CLI::App& app, std::string complaint, ExitStatus status) {
     const auto commands = app.get_subcommands();
     const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
     while (complaint.ends_with('\n') || complaint.ends_with('.')) complaint.pop_back();
-    return Report(complaint + "; see 'kvx" + command + " --help'", kWrongUsage);
+    return Report(complaint + "; see 'kvx" + command + " --help'", status);
 }
 
 /// The parser would only say that something was not expected.
@@ -88,10 +88,16 @@ int RunCommandLine(int argc, const char* const* argv) {
         }
         action(out);
         return kDone;
+    } catch (const CLI::ValidationError& error) {
+        return ReportUsage(app, error.what(), kFailed);
+    } catch (const CLI::ConversionError& error) {
+        return ReportUsage(app, error.what(), kFailed);
+    } catch (const ValueError& error) {
+        return ReportUsage(app, error.what(), kFailed);
     } catch (const CLI::ParseError& error) {
-        return ReportUsage(app, error.what());
+        return ReportUsage(app, error.what(), kWrongUsage);
     } catch (const UsageError& error) {
-        return ReportUsage(app, error.what());
+        return ReportUsage(app, error.what(), kWrongUsage);
     } catch (const Failure& failure) {
         return Report(failure.what(), kFailed);
     } catch (const CFileException& error) {

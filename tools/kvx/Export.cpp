@@ -85,7 +85,7 @@ std::vector<Column> MakeColumns(const DataFileContent& content, const ExportOpti
         stored.GetDimCode(&dimension, nullptr, nullptr, nullptr);
         columns[c].unit = RequireUnit(units[c], dimension);
         if (!IsConvertible(stored, columns[c].unit)) {
-            throw UsageError("--unit: channel " + Quote(columns[c].channel.name) + " is in " +
+            throw ValueError("--unit: channel " + Quote(columns[c].channel.name) + " is in " +
                              Quote(UnitText(stored)) + ", which does not convert to " + Quote(units[c]));
         }
     }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // How the tool fails. Readers and calculations throw a Reason ("line 17 ..."); Doing puts in front of it what
-// was being done with which file and makes it a Failure, a whole sentence for the person. main.cpp alone
-// turns a Failure into exit status 1 and a UsageError into exit status 2.
+// was being done with which file and makes it a Failure, a whole sentence for the person. The
+// command line alone turns a Failure or ValueError into exit status 1 and a UsageError into exit status 2.
 #pragma once
 
 #include <stdexcept>
@@ -21,7 +21,12 @@ struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The command line asks for something that it cannot have.
+/// The command line is well formed, but a value in it cannot be used.
+struct ValueError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The command line is not one of the tool's.
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -34,8 +39,8 @@ std::string Quote(std::wstring_view text);
 /// Why a file operation failed, without the file's name.
 std::string Explain(const CFileException& error);
 
-/// The sentence for the exception being handled: "cannot VERB 'PATH': WHY". Rethrows a Failure or UsageError
-/// as it is, and whatever is not a failure of the host or the input.
+/// The sentence for the exception being handled: "cannot VERB 'PATH': WHY". Rethrows a Failure, ValueError or
+/// UsageError as it is, and whatever is not a failure of the host or the input.
 [[noreturn]] void ThrowFailure(std::string_view verb, std::string_view path);
 
 /// Runs `action` on behalf of "VERB 'PATH'" and returns its result; throws Failure when it fails.

@@ -104,13 +104,13 @@ void SettleChannels(Recording& recording, const ImportOptions& options) {
     if (!options.names.empty()) {
         const std::vector<std::string> given = SplitList(options.names);
         if (given.size() != count) {
-            throw UsageError("--name gives " + Count(std::ssize(given), "name") + " for " +
+            throw ValueError("--name gives " + Count(std::ssize(given), "name") + " for " +
                              Count(std::ssize(recording.channels), "channel"));
         }
         for (std::size_t c = 0; c < count; ++c) {
             const std::optional<std::wstring> name = FromUtf8(given[c]);
             if (!name || name->empty())
-                throw UsageError("the name " + Quote(given[c]) + " is empty or not UTF-8");
+                throw ValueError("the name " + Quote(given[c]) + " is empty or not UTF-8");
             recording.channels[c].name = *name;
         }
     }
@@ -177,7 +177,7 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
     RequireAnotherFile(options.input, options.output);
     const std::string given = options.text.value_or(std::filesystem::path(options.input).filename().string());
     const std::optional<std::wstring> text = FromUtf8(given);
-    if (!text) throw UsageError("the text " + Quote(given) + " is not valid UTF-8");
+    if (!text) throw ValueError("the text " + Quote(given) + " is not valid UTF-8");
     if (ToUtf16(*text).size() > kHeaderTextLength) Note("the header keeps 257 characters of the text");
     DataFileContent content;
     Doing("import", options.input, [&] {

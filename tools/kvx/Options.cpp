@@ -67,7 +67,7 @@ CLI::Validator FiniteNumber() {
 
 double ParseArgument(std::string_view text) {
     const std::optional<double> value = ParseNumber(text);
-    if (!value || !std::isfinite(*value)) throw UsageError(Quote(text) + " is not a number");
+    if (!value || !std::isfinite(*value)) throw ValueError(Quote(text) + " is not a number");
     return *value;
 }
 
@@ -85,7 +85,7 @@ std::vector<std::string> SpreadList(std::string_view option, std::string_view li
     std::vector<std::string> pieces = SplitList(list);
     if (pieces.size() == 1) pieces.resize(count, pieces.front());
     if (pieces.size() != count) {
-        throw UsageError(std::string(option) + " gives " + Count(std::ssize(pieces), "value") + " for " +
+        throw ValueError(std::string(option) + " gives " + Count(std::ssize(pieces), "value") + " for " +
                          Count(static_cast<long long>(count), "channel"));
     }
     return pieces;

@@ -17,13 +17,13 @@ CLI::Validator NonNegativeNumber();
 CLI::Validator FiniteNumber();
 CLI::Validator WholeNumber(std::int64_t least, std::int64_t most);
 
-/// A number as an argument writes it: decimal point, no blanks; throws UsageError ("'abc' is not a number").
+/// A number as an argument writes it: decimal point, no blanks; throws ValueError ("'abc' is not a number").
 double ParseArgument(std::string_view text);
 
 /// The pieces of a comma list; one empty piece for an empty text.
 std::vector<std::string> SplitList(std::string_view list);
 
-/// `values` spread over `count` receivers: one for all, or one each; throws UsageError naming `option`
+/// `values` spread over `count` receivers: one for all, or one each; throws ValueError naming `option`
 /// otherwise.
 std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count);
 

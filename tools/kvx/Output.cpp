@@ -22,7 +22,7 @@ void RequireAnotherFile(std::string_view input, std::string_view output) {
     std::error_code ignored;
     if (std::filesystem::equivalent(std::filesystem::path(input), std::filesystem::path(output), ignored) &&
         std::filesystem::is_regular_file(std::filesystem::path(output), ignored)) {
-        throw UsageError("the output " + Quote(output) + " is the input file");
+        throw ValueError("the output " + Quote(output) + " is the input file");
     }
 }
 

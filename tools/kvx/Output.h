@@ -15,7 +15,7 @@ void WriteText(ByteStream& stream, std::string_view text);
 /// A remark on standard error: "kvx: note: TEXT".
 void Note(std::string_view text);
 
-/// Throws UsageError when both paths name the same existing file: the output would destroy the input.
+/// Throws ValueError when both paths name the same existing file: the output would destroy the input.
 void RequireAnotherFile(std::string_view input, std::string_view output);
 
 }  // namespace kvx::tool

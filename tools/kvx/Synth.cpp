@@ -58,11 +58,11 @@ Target ReadTarget(const SynthOptions& options) {
     // Without a unit of their own the levels are in that of the waveform, squared per hertz.
     const CUnitCtrl levelUnit = text.signalUnit.value_or(target.unit);
     if (!IsConvertible(levelUnit, target.unit)) {
-        throw UsageError("--unit: the profile is for " + Quote(UnitText(levelUnit)) +
+        throw ValueError("--unit: the profile is for " + Quote(UnitText(levelUnit)) +
                          ", which does not convert to " + Quote(options.unit));
     }
     const std::optional<CUnitCtrl> density = DensityUnit(levelUnit);
-    if (!density) throw UsageError("--unit: " + Quote(options.unit) + " is a compound, which has no density");
+    if (!density) throw ValueError("--unit: " + Quote(options.unit) + " is a compound, which has no density");
     CDataArrayDouble frequencies(std::ssize(text.frequencies), text.frequencies.data());
     CDataArrayDouble levels(std::ssize(text.levels), text.levels.data());
     density->ConvItoD(&levels, 1.0, 0);
@@ -79,7 +79,7 @@ double DefaultRate(double topHz) {
 void RunSynth(const SynthOptions& options, ByteStream& out) {
     RequireAnotherFile(options.profile, options.output);
     const CStringArray names = {FromUtf8(options.name).value_or(L"")};
-    if (names.front().empty()) throw UsageError("--name: " + Quote(options.name) + " is empty or not UTF-8");
+    if (names.front().empty()) throw ValueError("--name: " + Quote(options.name) + " is empty or not UTF-8");
     CComDataWave wave;
     std::string summary;
     std::wstring text;
@@ -89,7 +89,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
         const double rate = options.rateHz.value_or(DefaultRate(target.topHz));
         const double count = std::round(rate * options.durationSeconds);
         if (!(count >= 1.0 && count <= std::numeric_limits<std::int32_t>::max())) {
-            throw UsageError(FormatNumber(options.durationSeconds) + " s at " + FormatNumber(rate, 10) +
+            throw ValueError(FormatNumber(options.durationSeconds) + " s at " + FormatNumber(rate, 10) +
                              " Hz are " + FormatNumber(count) + " samples; a record holds 1 to 2147483647");
         }
         RandomWaveSettings settings = {rate};

@@ -100,9 +100,9 @@ Members MembersOf(const CUnitCtrl& unit) {
 
 CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint) {
     const std::optional<std::wstring> wide = FromUtf8(text);
-    if (!wide) throw UsageError(Quote(text) + " is not a unit: it is not valid UTF-8");
+    if (!wide) throw ValueError(Quote(text) + " is not a unit: it is not valid UTF-8");
     if (const std::optional<CUnitCtrl> unit = ParseUnit(*wide, hint)) return *unit;
-    throw UsageError(Quote(text) + " is not a unit" + Suggestion(*wide));
+    throw ValueError(Quote(text) + " is not a unit" + Suggestion(*wide));
 }
 
 std::string UnitText(const CUnitCtrl& unit) {

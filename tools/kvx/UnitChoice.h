@@ -12,7 +12,7 @@
 namespace kvx::tool {
 
 /// The unit named by an argument (UTF-8), among several of one name that of `hint`'s dimension. Throws
-/// UsageError, which suggests near names, when there is none.
+/// ValueError, which suggests near names, when there is none.
 CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint = std::nullopt);
 
 /// The unit's name for people, UTF-8 without markup; "-" for no unit.
