@@ -58,7 +58,7 @@ std::string Suggestion(std::wstring_view text) {
         if (distance <= limit && distance < name.size()) near.emplace_back(distance, std::move(name));
     }
     std::ranges::sort(near);
-    near.erase(std::ranges::unique(near).begin(), near.end());
+    near.erase(std::unique(near.begin(), near.end()), near.end());
     if (near.size() > kSuggestions) near.resize(kSuggestions);
     std::string list;
     for (const auto& [distance, name] : near) list += (list.empty() ? "" : " or ") + Quote(name);
