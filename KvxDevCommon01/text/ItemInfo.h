@@ -39,7 +39,8 @@ public:
     void Init() { items_.clear(); }
     __int64 GetNum() const { return std::ssize(items_); }
 
-    /// Copies an item out; 0 when `out` is null or `index` is outside [0, count).
+    /// Copies an item out; 0, with `out` unchanged, when it is null, `index` is outside [0, count) or memory
+    /// is short.
     int GetItem(__int64 index, CItemInfo* out) const;
     /// Index of the first item with `code`, -1 when there is none.
     __int64 Find(std::int32_t code) const;

@@ -27,13 +27,11 @@ int CUnitCtrlList::GetUnit(__int64 index, CUnitCtrl* out) const {
     return 1;
 }
 
-int CUnitCtrlList::Append(CUnitCtrl unit) {
-    try {
-        units_.push_back(unit);
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
+int CUnitCtrlList::Append(CUnitCtrl unit) try {
+    units_.push_back(unit);
     return 1;
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 int CUnitCtrlList::MakeSingleUnitListByDimCode(CUnitCtrl::DIM_CODE dim) {
@@ -65,7 +63,7 @@ int CUnitCtrlList::MakeConexusUnitListByUnit(const CUnitCtrl& a, const CUnitCtrl
     return MakeConexusUnitListByUnit(CUnitCtrl(a, b, divide), varySecond);
 }
 
-int CUnitCtrlList::MakeItemInfoList(CItemInfoList* list) const {
+int CUnitCtrlList::MakeItemInfoList(CItemInfoList* list) const try {
     if (list == nullptr) return 0;
     list->Init();
     CString name;
@@ -75,4 +73,6 @@ int CUnitCtrlList::MakeItemInfoList(CItemInfoList* list) const {
         if (!list->Append(static_cast<std::int32_t>(i), name)) return 0;
     }
     return 1;
+} catch (const std::bad_alloc&) {
+    return 0;
 }

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+#include "tests/support/FailingMemory.h"
+
 namespace {
 
 std::vector<std::int32_t> Codes(const CItemInfoList& list) {
@@ -72,6 +74,20 @@ TEST(ItemInfoList, ACopyIsIndependent) {
     list.Init();
     EXPECT_THAT(Codes(list), IsEmpty());
     EXPECT_THAT(Codes(copy), ElementsAre(1));
+}
+
+TEST(ItemInfoList, WithoutMemoryNothingChanges) {
+    CItemInfoList list = ListOf({1});
+    const CItemInfo item(2, L"a text that needs memory");
+    const auto expectUnchanged = [&list] { EXPECT_THAT(Codes(list), ElementsAre(1)); };
+    EXPECT_GT(Starve([&] { return list.Append(2, item.GetText()); }, expectUnchanged), 0);
+    list.Remove(1);
+    EXPECT_GT(Starve([&] { return list.AppendResource(2, 2001); }, expectUnchanged), 0);
+    list.Remove(1);
+    EXPECT_GT(Starve([&] { return list.Insert(0, item); }, expectUnchanged), 0);
+    CItemInfo out(9, L"");
+    EXPECT_GT(Starve([&] { return list.GetItem(0, &out); }, [&] { EXPECT_EQ(out, CItemInfo(9, L"")); }), 0);
+    EXPECT_EQ(out, item);
 }
 
 TEST(ItemInfoList, TextsComeFromTheStringTable) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "Units.h"
+#include "tests/support/FailingMemory.h"
 
 namespace {
 
@@ -104,6 +105,18 @@ TEST(SelectionLists, DimensionsAreListedByTheirUse) {
     EXPECT_EQ(Items(control), Items(all));
     EXPECT_EQ(Items(measurement), Items(all));
     EXPECT_EQ(CUnitCtrl::GetDimList(0, nullptr), 0);
+}
+
+TEST(SelectionLists, WithoutMemoryTheyFail) {
+    CUnitCtrlList units;
+    CItemInfoList items;
+    const auto nothing = [] {};
+    EXPECT_GT(Starve([&] { return units.MakeSingleUnitListByDimCode(Dim(0x00010000)); }, nothing), 0);
+    EXPECT_GT(Starve([&] { return units.MakeItemInfoList(&items); }, nothing), 0);
+    EXPECT_EQ(items.GetNum(), 8);
+    EXPECT_GT(Starve([&] { return CUnitCtrl::GetDimList(0, &items); }, nothing), 0);
+    EXPECT_GT(Starve([&] { return CUnitCtrl::GetUnitListByDimCode(Dim(0x00010000), &items); }, nothing), 0);
+    EXPECT_EQ(items.GetNum(), 8);
 }
 
 TEST(SelectionLists, UnitsOfADimensionAreListedByCode) {
