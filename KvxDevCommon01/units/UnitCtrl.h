@@ -93,6 +93,7 @@ public:
     int operator!=(const CUnitCtrl& other) const { return !(*this == other); }
     /// Whether this is a single descriptor of the dimension.
     int operator==(DIM_CODE dim) const;
+    int operator!=(DIM_CODE dim) const { return !(*this == dim); }
 
     int IsSingle() const { return single_; }
     /// Single and an acceleration, a velocity, a displacement, or any of the three.
@@ -106,6 +107,7 @@ public:
 
     /// The dimensions of the four members, through the non-null pointers. Always 1.
     int GetDimCode(DIM_CODE* d1, DIM_CODE* d2, DIM_CODE* d3, DIM_CODE* d4) const;
+    /// The dimension part of a unit code, known or not.
     static DIM_CODE GetDimCode(UNIT_CODE unit);
     /// Every field, through the non-null pointers.
     void GetInfo(UNIT_CODE* unit1, UNIT_CALC* calc1, int* single, UNIT_CODE* unit2, UNIT_CALC* calc2,

@@ -79,8 +79,8 @@ TEST(UnitCtrl, EqualityComparesDimensions) {
         EXPECT_EQ(cases[i].a != cases[i].b, !cases[i].equal) << i;
     }
     EXPECT_TRUE(mm == CUnitCtrl::DIM_DISPLACEMENT);
-    EXPECT_FALSE(mm == CUnitCtrl::DIM_VELOCITY);
-    EXPECT_FALSE(velocityPerHz == CUnitCtrl::DIM_VELOCITY);
+    EXPECT_TRUE(mm != CUnitCtrl::DIM_VELOCITY);
+    EXPECT_TRUE(velocityPerHz != CUnitCtrl::DIM_VELOCITY);
 }
 
 TEST(UnitCtrl, QuestionsAboutMotionAreAnsweredForSingleUnits) {
