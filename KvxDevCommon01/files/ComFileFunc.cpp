@@ -46,7 +46,7 @@ int CComFileFunc::IsValidDirName(const wchar_t* path) {
         CString drive;
         CCharacter::SplitPath(rest.c_str(), &drive, &directory, &name, nullptr);
         if (!drive.empty()) return 0;
-        if (name.empty()) return 1;
+        if (name.empty() || directory.size() < kShortestDirectory) return 1;
         if (!IsValidBaseName(name.c_str())) return 0;
     }
     return 1;

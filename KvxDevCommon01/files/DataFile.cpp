@@ -125,11 +125,19 @@ bool Accepts(const std::wstring& path, CComDataFile::CHECK_FUNC check, __int64 u
     return check == nullptr || check(path.c_str(), static_cast<std::int32_t>(header.GetAppType()), user) != 0;
 }
 
+/// A kind's extension with its dot, also where the catalogue has none; empty for an unknown kind.
+CString DottedExtension(CComHdr::EXT_INFO_TYPE kind) {
+    CString extension;
+    if (CComHdr::GetExtInfo(kind, &extension, nullptr, nullptr) && !extension.starts_with(L'.'))
+        extension.insert(0, 1, L'.');
+    return extension;
+}
+
 /// The paths that the person chose; empty also when the dialog could not be made.
 CStringArray Choose(kvx::FileDialogRequest request, CComHdr::EXT_INFO_TYPE kind,
                     const wchar_t* initialDir) try {
     if (!CComDataFile::MakeFilter(kind, &request.filter)) return {};
-    CComHdr::GetExtInfo(kind, &request.defaultExtension, nullptr, nullptr);
+    request.defaultExtension = DottedExtension(kind);
     if (initialDir != nullptr) request.initialDirectory = initialDir;
     return kvx::CurrentUserInterface().ChooseFiles(request);
 } catch (const std::exception&) {
@@ -185,10 +193,9 @@ int CComDataFile::StoreDataFile(const wchar_t* path, const DataFileContent& cont
 }
 
 int CComDataFile::MakeFilter(CComHdr::EXT_INFO_TYPE kind, CString* filter) {
-    CString extension;
     CString name;
-    if (filter == nullptr || !CComHdr::GetExtInfo(kind, &extension, &name, nullptr)) return 0;
-    const CString pattern = (extension.starts_with(L'.') ? L"*" : L"*.") + extension;
+    if (filter == nullptr || !CComHdr::GetExtInfo(kind, nullptr, &name, nullptr)) return 0;
+    const CString pattern = L'*' + DottedExtension(kind);
     *filter = name + L" (" + pattern + L")|" + pattern + L"||";
     return 1;
 }
@@ -227,10 +234,6 @@ int CComDataFile::SaveDataFile(CComHdr::EXT_INFO_TYPE kind, const wchar_t* initi
     CStringArray chosen = Choose(std::move(request), kind, initialDir);
     if (chosen.empty()) return 0;
     *path = std::move(chosen.front());
-    if (kvx::SplitPath(*path).extension.empty()) {
-        CString extension;
-        CComHdr::GetExtInfo(kind, &extension, nullptr, nullptr);
-        *path += extension;
-    }
+    if (kvx::SplitPath(*path).extension.empty()) *path += DottedExtension(kind);
     return 1;
 }

@@ -10,6 +10,7 @@
 #include <bit>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,7 +28,7 @@ struct ByteImage {
         return *this;
     }
     ByteImage& Floats(std::initializer_list<float> values) {
-        for (const float value : values) U(std::bit_cast<std::uint32_t>(value), 4);
+        for (const float value : values) Words({std::bit_cast<std::uint32_t>(value)});
         return *this;
     }
     ByteImage& Doubles(std::initializer_list<double> values) {
@@ -58,6 +59,15 @@ struct ByteImage {
     /// The same as the first generation held it.
     ByteImage& FirstUnit(std::uint32_t code) { return Words({code, 1, 1, 0x0F000001, 1}); }
 };
+
+/// A first-generation header of version -2; with its extension block when `dataKind` is given.
+inline std::string FirstHeaderBytes(std::uint32_t code, std::string_view name,
+                                    std::optional<std::uint32_t> dataKind = std::nullopt) {
+    ByteImage image;
+    image.Text("RMOC").Words({code, 0xFFFFFFFE}).Text(name).Zeros(308 - name.size());
+    if (dataKind) image.Words({*dataKind}).Zeros(60);
+    return image.bytes;
+}
 
 /// A waveform of one row and two columns, two samples each, on an axis of 0.5 s from index -1 on.
 inline std::string WaveBytes() {
