@@ -167,10 +167,10 @@ double CMatBasic::ConvAmpFAVD(double x, DIM_CODE dimX, double y, DIM_CODE dimY, 
                               int peakToPeak) {
     if (dimX == wanted) return x;
     if (dimY == wanted) return y;
-    if (!(x > 0.0 && y > 0.0)) return 0.0;
     const double peaks = peakToPeak ? 2.0 : 1.0;
     if (dimX == CUnitCtrl::DIM_DISPLACEMENT) x /= peaks;
     if (dimY == CUnitCtrl::DIM_DISPLACEMENT) y /= peaks;
+    if (!(x > 0.0 && y > 0.0)) return 0.0;
     const std::optional<Motion> motion = MotionOf(x, dimX, y, dimY);
     if (!motion || !(motion->velocity > 0.0 && motion->omega > 0.0)) return 0.0;
     switch (wanted) {

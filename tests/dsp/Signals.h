@@ -34,8 +34,11 @@ inline Wave Noise(std::size_t count, std::uint64_t seed = 1) {
 inline CDataArrayDouble ToArray(const Wave& wave) {
     return CDataArrayDouble(Size(wave), wave.data());
 }
+inline Wave ToWave(const double* values, std::int64_t count) {
+    return Wave(values, values + count);
+}
 inline Wave ToWave(const CDataArrayDouble& array) {
-    return Wave(array.GetData(), array.GetData() + array.GetNum());
+    return ToWave(array.GetData(), array.GetNum());
 }
 
 /// A real spectrum, or with imaginary parts a complex one.

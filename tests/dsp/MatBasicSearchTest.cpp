@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <tests/dsp/Signals.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <numeric>
+#include <string>
+
+namespace {
+
+using Results = std::vector<__int64>;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNone = kvx::kNoValue<double>;
+constexpr __int64 kFarthest = std::numeric_limits<__int64>::max();
+constexpr __int64 kLowest = std::numeric_limits<__int64>::min();
+
+TEST(BinarySearch, FindsTheNearestElementAndKeepsTheReachedOneOnATie) {
+    struct Case {
+        Wave values;
+        double x;
+        __int64 index;
+    };
+    const Case cases[] = {
+        // clang-format off
+        {{0, 1, 2, 3}, 1.5, 1},  {{0, 1, 2, 3}, -1, 0},  {{0, 1, 2, 3}, 9, 3},  {{0, 1, 2, 3}, 2, 2},
+        {{0, 1, 2, 3}, 0.4, 0},  {{0, 1, 2, 3}, 0.5, 1}, {{0, 1, 2, 3}, 2.6, 3}, {{0, 1, 2, 3}, 0, 0},
+        {{0, 10}, 5, 1},         {{0, 10}, 4.9, 0},      {{7}, 100, 0},         {{0, 1, 2}, 1.9, 2},
+        {{-kInfinity, 0, kInfinity}, 5, 1},              {{0, 1, 2, 3, 4, 5, 6}, 5.9, 6},
+        // clang-format on
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(CMatBasic::BinarySearch(c.values.data(), Size(c.values), c.x), c.index) << c.x;
+    }
+    EXPECT_EQ(CMatBasic::BinarySearch(nullptr, 4, 1.0), 0);
+}
+
+TEST(BinarySearch, StaysInsideWhateverItIsGiven) {
+    for (std::size_t count = 1; count <= 40; ++count) {
+        Wave sorted = Noise(count, count);
+        std::sort(sorted.begin(), sorted.end());
+        CDataArrayDouble shuffled = ToArray(Noise(count, count));
+        CDataArrayIntPtr order(Size(sorted), nullptr);
+        std::iota(order.GetData(), order.GetData() + count, 0);
+        std::sort(order.GetData(), order.GetData() + count,
+                  [&](__int64 p, __int64 q) { return shuffled[p] < shuffled[q]; });
+        for (const double x : Noise(50, 7)) {
+            double nearest = kInfinity;
+            for (const double value : sorted) nearest = std::min(nearest, std::abs(value - x));
+            const __int64 found = CMatBasic::BinarySearch(sorted.data(), Size(sorted), x);
+            ASSERT_EQ(std::abs(sorted.at(static_cast<std::size_t>(found)) - x), nearest);
+            ASSERT_EQ(CMatBasic::BinarySerchFwInd(shuffled, order, x), found);
+        }
+        // Neither NaNs nor disorder lead outside.
+        for (const Wave& wild : {Wave(count, kNaN), Noise(count, 3)}) {
+            for (const double x : {kNaN, 0.1, -kInfinity, kInfinity}) {
+                const __int64 found = CMatBasic::BinarySearch(wild.data(), Size(wild), x);
+                ASSERT_TRUE(found >= 0 && found < Size(wild));
+            }
+        }
+    }
+}
+
+TEST(BinarySearch, NeedsAnOrderThatFitsTheValues) {
+    const CDataArrayDouble values = ToArray({3, 1, 2});
+    const auto search = [&](const Results& order, double x) {
+        return CMatBasic::BinarySerchFwInd(values, CDataArrayIntPtr(std::ssize(order), order.data()), x);
+    };
+    EXPECT_EQ((Results{search({1, 2, 0}, 2.9), search({1, 2, 0}, 0.0), search({1, 2, 0}, 9.0)}),
+              (Results{2, 0, 2}));
+    EXPECT_EQ(search({1, 2}, 2.9), -1);
+    EXPECT_EQ(CMatBasic::BinarySerchFwInd({}, {}, 2.9), -1);
+    EXPECT_GE(search({5, -7, kFarthest}, 0.0), 0) << "indices that lead nowhere";
+}
+
+struct RangeCase {
+    const char* name;
+    Wave values;
+    __int64 start;
+    int result;
+    double min, max, positiveMin;
+    __int64 minPos, maxPos;
+};
+
+class RangeTest : public testing::TestWithParam<RangeCase> {};
+
+TEST_P(RangeTest, SkipsTheMarkerAndNamesTheFirstOfEquals) {
+    const RangeCase& c = GetParam();
+    const __int64 n = Size(c.values);
+    const double* const a = c.values.data();
+    double min = 77, max = 77, positiveMin = 77;
+    EXPECT_EQ(CMatBasic::GetMinMax(n, a, c.start, &min, &max), c.result);
+    EXPECT_EQ(std::pair(min, max), std::pair(c.min, c.max));
+    EXPECT_EQ(CMatBasic::GetMinMaxAndPMin(n, a, c.start, &min, &max, &positiveMin), c.result);
+    EXPECT_EQ(positiveMin, c.positiveMin);
+    EXPECT_EQ(CMatBasic::GetMinMaxEx(a, n - c.start, c.start, &min, &max), c.result);
+    EXPECT_EQ(std::pair(min, max), std::pair(c.min, c.max));
+    EXPECT_EQ(CMatBasic::GetMinMax(n, a, c.start, nullptr, nullptr), c.result);
+
+    __int64 minPos = 77, maxPos = 77;
+    min = max = 77;
+    EXPECT_EQ(CMatBasic::GetMinMaxValueAndPos(n, a, c.start, &min, &minPos, &max, &maxPos), c.result);
+    EXPECT_EQ(std::tuple(min, max, minPos, maxPos), std::tuple(c.min, c.max, c.minPos, c.maxPos));
+}
+
+constexpr double kTiny = 2.2250738585072014e-308;
+const RangeCase kRanges[] = {
+    // clang-format off
+    {"Mixed",         {-3, 0, -1, 4, 2},      0, 1, -3, 4, 2,                  0, 3},
+    {"FromTheMiddle", {-9, 0, -1, 4, 2},      1, 1, -1, 4, 2,                  2, 3},
+    {"NonePositive",  {-3, 0, -1},            0, 1, -3, 0, kTiny,              0, 1},
+    {"Equals",        {5, 5, 5},              0, 1, 5, 5, 5,                   0, 0},
+    {"WithMarkers",   {kNone, 5, kNone, 6},   0, 1, 5, 6, 5,                   1, 3},
+    {"WithNaN",       {kNaN, 5, 6, kNaN},     0, 1, 5, 6, 5,                   1, 2},
+    {"Infinite",      {kInfinity, -kInfinity}, 0, 1, -kInfinity, kInfinity, kInfinity, 1, 0},
+    {"OnlyMarkers",   {kNone, kNone},         0, 0, 77, 77, 77,                -1, -1},
+    {"OutOfRange",    {1, 2},                 2, 0, 77, 77, 77,                77, 77},
+    {"Negative",      {1, 2},                 -1, 0, 77, 77, 77,               77, 77},
+    // clang-format on
+};
+INSTANTIATE_TEST_SUITE_P(MatBasic, RangeTest, testing::ValuesIn(kRanges),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST(MatBasicRange, RefusesNullArraysAndCountsBelowOne) {
+    const double a[] = {1.0};
+    double min = 7, max = 7;
+    const auto search = [&](const double* values, __int64 n) {
+        return CMatBasic::GetMinMax(n, values, 0, &min, &max) +
+               CMatBasic::GetMinMaxEx(values, n, 0, &min, &max) +
+               CMatBasic::GetMinMaxAndPMin(n, values, 0, &min, &max, nullptr) +
+               CMatBasic::GetMinMaxValueAndPos(n, values, 0, &min, nullptr, &max, nullptr);
+    };
+    EXPECT_THAT((Results{search(a, 0), search(a, -1), search(a, kLowest), search(nullptr, 1)}),
+                testing::Each(0));
+    EXPECT_EQ(std::pair(min, max), std::pair(7.0, 7.0));
+    EXPECT_EQ(CMatBasic::GetMinMaxValueAndPos(1, a, 0, nullptr, nullptr, nullptr, nullptr), 1);
+}
+
+TEST(ZeroCrossing, IsTheFirstSampleThatLeavesTheSignOfTheStart) {
+    const Wave wave = {3, 1, 0, -2, -1, 4, -kInfinity};
+    double value = 77;
+    const auto cross = [&](__int64 n, __int64 start) {
+        return CMatBasic::GetZeroCrossPos(n, wave.data(), start, &value);
+    };
+    EXPECT_EQ((Results{cross(7, 0), cross(7, 2), cross(7, 5)}), (Results{2, 5, 6}));
+    EXPECT_EQ(value, -kInfinity);
+    EXPECT_EQ(CMatBasic::GetZeroCrossPos(7, wave.data(), 0, nullptr), 2);
+    EXPECT_THAT((Results{cross(7, 6), cross(0, 0), cross(7, -1), cross(7, kFarthest), cross(kLowest, 0),
+                         CMatBasic::GetZeroCrossPos(7, nullptr, 0, &value)}),
+                testing::Each(-1));
+}
+
+TEST(ThresholdCrossing, IsFoundUpwardDownwardAndOnRequestAtBothSigns) {
+    const Wave wave = {0, 2, 1, 1, 0.5, -1, -3};
+    double value = 77;
+    const auto cross = [&](double threshold, __int64 start, int bothSigns) {
+        return CMatBasic::GetCrossedThresholdPos(7, wave.data(), threshold, start, bothSigns, &value);
+    };
+    EXPECT_EQ(cross(1, 0, 0), 1);
+    EXPECT_EQ(value, 2.0);
+    EXPECT_EQ(cross(1, 1, 0), 2) << "reached from above";
+    EXPECT_EQ(cross(1, 2, 0), -1) << "left from it";
+    EXPECT_EQ((Results{cross(1, 2, 1), cross(-2, 0, 0)}), (Results{5, 6}));
+    EXPECT_THAT((Results{cross(kNaN, 0, 1), cross(1, 7, 0), cross(1, -1, 0),
+                         CMatBasic::GetCrossedThresholdPos(7, nullptr, 1, 0, 0, &value)}),
+                testing::Each(-1));
+}
+
+struct PeakCase {
+    const char* name;
+    Wave values;
+    __int64 start;
+    int forward, stopAtPeak, stopAtNotch, logScale;
+    double depth;
+    __int64 found;
+    int isPeak;
+};
+
+class PeakSearchTest : public testing::TestWithParam<PeakCase> {};
+
+TEST_P(PeakSearchTest, ReturnsTheFirstExtremeThatStandsOut) {
+    const PeakCase& c = GetParam();
+    int isPeak = 77;
+    // With low 0 and high 10 the depth is in tenths.
+    EXPECT_EQ(CMatBasic::SearchPeakNotch(Size(c.values), c.values.data(), 0, c.start, c.forward, c.stopAtPeak,
+                                         c.stopAtNotch, c.logScale, c.depth, 0.0, 10.0, &isPeak),
+              c.found);
+    EXPECT_EQ(isPeak, c.isPeak);
+}
+
+const Wave kHills = {0, 1, 3, 2, 5, 1, 0, 2, 0};
+const PeakCase kPeaks[] = {
+    // clang-format off
+    {"PeakPastARipple",      kHills, 0, 1, 1, 0, 0, 0.2, 4, 1},
+    {"RippleWhenShallow",    kHills, 0, 1, 1, 0, 0, 0.1, 2, 1},
+    {"NotchWhenShallow",     kHills, 0, 1, 0, 1, 0, 0.1, 3, 0},
+    {"NotchBehindThePeak",   kHills, 0, 1, 0, 1, 0, 0.2, 6, 0},
+    {"EitherComesFirst",     kHills, 4, 1, 1, 1, 0, 0.2, 6, 0},
+    {"Backward",             kHills, 8, 0, 1, 0, 0, 0.2, 7, 1},
+    {"BackwardFromTheHill",  kHills, 6, 0, 1, 1, 0, 0.2, 4, 1},
+    {"StartIsNoPeak",        kHills, 2, 1, 1, 0, 0, 0.2, 4, 1},
+    {"NotConfirmed",         kHills, 0, 1, 1, 0, 0, 0.6, -1, 77},
+    {"NothingAskedFor",      kHills, 0, 1, 0, 0, 0, 0.2, -1, 77},
+    {"ExactlyDeepEnough",    {0, 5, 3}, 0, 1, 1, 0, 0, 0.2, 1, 1},
+    {"RisingToTheEnd",       {0, 1, 2, 3}, 0, 1, 1, 1, 0, 0.1, -1, 77},
+    {"LevelTop",             {0, 5, 5, 5, 0}, 0, 1, 1, 0, 0, 0.2, 1, 1},
+    {"LogByAFactor",         {1, 100, 60, 1000, 400}, 0, 1, 1, 0, 1, 2.0, 3, 1},
+    {"LogAnyReturn",         {1, 2, 2, 3, 2.9}, 0, 1, 1, 0, 1, 0.5, 3, 1},
+    {"LogOfNothing",         {1, 0, -5, 0, 1}, 0, 1, 0, 1, 1, 2.0, 1, 0},
+    {"OverMarkersAndNaNs",   {0, kNone, 5, kNaN, kNone, 0}, 0, 1, 1, 0, 0, 0.2, 2, 1},
+    {"StartWithoutValue",    {kNone, 3, 5, 0}, 0, 1, 1, 0, 0, 0.2, 2, 1},
+    {"InfinitePeak",         {0, kInfinity, 0}, 0, 1, 1, 0, 0, 0.2, 1, 1},
+    {"OneSample",            {1}, 0, 1, 1, 1, 0, 0.2, -1, 77},
+    {"NegativeDepth",        kHills, 0, 1, 1, 0, 1, -1.0, -1, 77},
+    {"ZeroDepth",            kHills, 0, 1, 1, 0, 0, 0.0, -1, 77},
+    {"StartOutside",         kHills, 9, 0, 1, 0, 0, 0.2, -1, 77},
+    {"NegativeStart",        kHills, -1, 1, 1, 0, 0, 0.2, -1, 77},
+    // clang-format on
+};
+INSTANTIATE_TEST_SUITE_P(MatBasic, PeakSearchTest, testing::ValuesIn(kPeaks),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST(PeakSearch, StaysBetweenItsBounds) {
+    const auto search = [](__int64 n, __int64 lowest, __int64 start, int forward, double high = 10) {
+        return CMatBasic::SearchPeakNotch(n, kHills.data(), lowest, start, forward, 1, 0, 0, 0.2, 0, high,
+                                          nullptr);
+    };
+    EXPECT_EQ((Results{search(6, 0, 0, 1), search(5, 0, 0, 1)}), (Results{4, -1}))
+        << "with and without the fall";
+    EXPECT_EQ((Results{search(4, 3, 6, 0), search(3, 4, 6, 0)}), (Results{4, -1})) << "likewise, going down";
+    EXPECT_THAT(
+        (Results{search(kFarthest, kFarthest, kFarthest, 0), search(kLowest, 0, 0, 1), search(9, 0, 0, 1, -1),
+                 CMatBasic::SearchPeakNotch(9, nullptr, 0, 0, 1, 1, 1, 0, 0.2, 0, 10, nullptr)}),
+        testing::Each(-1));
+}
+
+TEST(TopValues, AreTheLargestPeaksInOrder) {
+    // The ends are no peaks, a level top is one.
+    const Wave wave = {9, 1, 5, 4, 7, 7, 2, kNone, 7, kNaN, 3, 8};
+    Results positions(5);
+    Wave values(5);
+    const auto top = [&](const double* a, __int64 max, __int64* found, double* levels) {
+        return CMatBasic::GetTopValueArray(Size(wave), a, max, found, levels);
+    };
+    EXPECT_EQ(top(wave.data(), 5, positions.data(), values.data()), 3);
+    EXPECT_EQ(positions, (Results{4, 8, 2, 0, 0}));
+    EXPECT_EQ(values, (Wave{7, 7, 5, 0, 0}));
+    EXPECT_EQ(top(wave.data(), 2, positions.data(), nullptr), 2);
+    EXPECT_THAT(
+        (Results{top(wave.data(), 0, positions.data(), nullptr), top(nullptr, 2, positions.data(), nullptr),
+                 top(wave.data(), 2, nullptr, values.data())}),
+        testing::Each(0));
+}
+
+TEST(TopValues, AgreeWithSortingAllPeaksOfNoise) {
+    const CDataArrayDouble wave = ToArray(Noise(5000));
+    Results peaks, found(100);
+    for (__int64 i = 1; i < 4999; ++i) {
+        if (wave[i] > wave[i - 1] && wave[i] > wave[i + 1]) peaks.push_back(i);
+    }
+    std::sort(peaks.begin(), peaks.end(), [&](__int64 p, __int64 q) { return wave[p] > wave[q]; });
+    peaks.resize(100);
+    ASSERT_EQ(CMatBasic::GetTopValueArray(5000, wave.GetData(), 100, found.data(), nullptr), 100);
+    EXPECT_EQ(found, peaks);
+}
+
+double QValue(const Wave& amp, const Wave& freq, __int64 peak, int logScale) {
+    return CMatBasic::GetSpecQValue(Size(amp), amp.data(), freq.data(), peak, logScale);
+}
+
+TEST(SpecQValue, IsExactOnStraightFlanks) {
+    EXPECT_NEAR(QValue({0, 1, 2, 1, 0}, {8, 9, 10, 11, 12}, 2, 0), 10.0 / (2.0 * (2.0 - std::numbers::sqrt2)),
+                1e-12);
+    // Slopes of the fourth power are straight on log-log axes.
+    EXPECT_NEAR(QValue({1 / 256.0, 1 / 16.0, 1, 1 / 16.0}, {2.5, 5, 10, 20}, 2, 1),
+                1.0 / (std::exp2(0.125) - std::exp2(-0.125)), 1e-12);
+}
+
+TEST(SpecQValue, IsTheQualityOfAResonator) {
+    constexpr double kQuality = 25.0;
+    Wave amp, freq;
+    for (int i = 0; i <= 4000; ++i) {
+        const double x = 0.8 + 1e-4 * i;
+        freq.push_back(100.0 * x);
+        amp.push_back(1.0 / std::hypot(1.0 - x * x, x / kQuality));
+    }
+    const auto peak = std::max_element(amp.begin(), amp.end()) - amp.begin();
+    for (const int logScale : {0, 1})
+        EXPECT_NEAR(QValue(amp, freq, peak, logScale), kQuality, 0.002 * kQuality);
+}
+
+TEST(SpecQValue, HasNoValueWithoutTwoCrossings) {
+    const Wave freq = {8, 9, 10, 11, 12}, good = {0, 1, 2, 1, 0};
+    const auto q = [&](const Wave& amp, __int64 peak = 2, int logScale = 0) {
+        return QValue(amp, freq, peak, logScale);
+    };
+    EXPECT_THAT((Wave{q({0, 1, 2, 1.9, 1.8}), q({1.8, 1.9, 2, 1, 0}), q({0, kNone, 2, 1, 0}),
+                      q({0, 0, 2, 1, 0}, 2, 1), q({2, 1, 0, 0, 0}, 0), q(Wave(5)), q({0, 1, kInfinity, 1, 0}),
+                      q({0, 1, kNaN, 1, 0}), q(good, 5), q(good, kLowest), QValue(good, Wave(5, 10.0), 2, 0),
+                      CMatBasic::GetSpecQValue(5, nullptr, freq.data(), 2, 0),
+                      CMatBasic::GetSpecQValue(5, good.data(), nullptr, 2, 0)}),
+                testing::Each(kNone));
+}
+
+}  // namespace

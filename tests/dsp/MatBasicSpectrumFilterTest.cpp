@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <tests/dsp/Signals.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <functional>
+#include <limits>
+#include <numbers>
+#include <string>
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNone = kvx::kNoValue<double>;
+
+TEST(PolarSpectrum, IsAmplitudeAndPhase) {
+    Wave re = {3, 0, -1, 0, kNone, 1, 0, -0.0, 1e200, 3e-200, kInfinity};
+    Wave im = {4, -2, 0, 0, 1, kNone, 0.5, 0.0, 1e200, 4e-200, 1.0};
+    const Wave amplitude = {5, 2, 1, 0, kNone, kNone, 0.5, 0, std::numbers::sqrt2 * 1e200, 5e-200, kInfinity};
+    const Wave degrees = {
+        std::atan(4.0 / 3.0) * 180.0 / std::numbers::pi, -90, 180, 0, kNone, kNone, 90, 0, 45,
+        std::atan(4.0 / 3.0) * 180.0 / std::numbers::pi, 0};
+    Wave amp(re.size()), phase(re.size());
+    ASSERT_EQ(CMatBasic::FouToAmpFltN(re.data(), im.data(), amp.data(), phase.data(), Size(re), 1), 1);
+    for (std::size_t i = 0; i < re.size(); ++i) {
+        EXPECT_DOUBLE_EQ(amp[i], amplitude[i]) << i;
+        EXPECT_DOUBLE_EQ(phase[i], degrees[i]) << i;
+    }
+    // In place.
+    ASSERT_EQ(CMatBasic::FouToAmpFltN(re.data(), im.data(), re.data(), im.data(), Size(re), 1), 1);
+    EXPECT_EQ(re, amp);
+    EXPECT_EQ(im, phase);
+}
+
+TEST(PolarSpectrum, ComesBackAsItWas) {
+    Wave re = Noise(257, 1), im = Noise(257, 2), amp(257), phase(257), re2(257), im2(257);
+    re[5] = im[5] = 0;
+    re[6] = im[6] = kNone;
+    for (const int degrees : {0, 1}) {
+        ASSERT_EQ(CMatBasic::FouToAmpFltN(re.data(), im.data(), amp.data(), phase.data(), 257, degrees), 1);
+        ASSERT_EQ(CMatBasic::AmpToFouFltN(re2.data(), im2.data(), amp.data(), phase.data(), 257, degrees), 1);
+        EXPECT_THAT(re2, testing::Pointwise(testing::DoubleNear(1e-15), re));
+        EXPECT_THAT(im2, testing::Pointwise(testing::DoubleNear(1e-15), im));
+    }
+}
+
+TEST(PolarSpectrum, RefusesNullBlocksAndTakesNegativeCountsAsNothingToDo) {
+    double x = 1.0;
+    const auto convert = [](double* a, double* b, double* c, double* d, __int64 n) {
+        return CMatBasic::FouToAmpFltN(a, b, c, d, n, 0) + CMatBasic::AmpToFouFltN(a, b, c, d, n, 0);
+    };
+    EXPECT_THAT((std::vector<int>{convert(nullptr, &x, &x, &x, 1), convert(&x, nullptr, &x, &x, 1),
+                                  convert(&x, &x, nullptr, &x, 1), convert(&x, &x, &x, nullptr, 1),
+                                  convert(&x, &x, &x, &x, 0)}),
+                testing::Each(0));
+    EXPECT_EQ(convert(&x, &x, &x, &x, std::numeric_limits<__int64>::min()), 2);
+    EXPECT_EQ(x, 1.0);
+}
+
+using Complex = std::complex<long double>;
+
+/// A spectrum filter, and its response in s = i f/fc.
+struct FilterCase {
+    std::string name;
+    std::function<int(CDataArrayDoubleCplx*, double f0, double df, double fc)> run;
+    std::function<Complex(Complex s)> response;
+};
+
+void PrintTo(const FilterCase& filter, std::ostream* out) {
+    *out << filter.name;
+}
+
+/// The product over the poles of the normalised Butterworth low-pass.
+Complex ButterworthLowPass(Complex s, int order) {
+    Complex h = 1;
+    for (int k = 1; k <= order; ++k) {
+        const long double angle = std::numbers::pi_v<long double> * (2 * k + order - 1) / (2 * order);
+        h /= s - Complex(std::cos(angle), std::sin(angle));
+    }
+    return h;
+}
+
+std::vector<FilterCase> Filters() {
+    using Spec = CDataArrayDoubleCplx*;
+    std::vector<FilterCase> filters = {
+        {"LowPass1", CMatBasic::SpecLPF1Ex, [](Complex s) { return 1.0L / (1.0L + s); }},
+        {"HighPass1", CMatBasic::SpecHPF1Ex, [](Complex s) { return s / (1.0L + s); }},
+    };
+    const auto add = [&](const std::string& name, auto routine, auto parameter, auto response) {
+        const auto run = [=](Spec spec, double f0, double df, double fc) {
+            return routine(spec, f0, df, fc, parameter);
+        };
+        filters.push_back({name, run, response});
+    };
+    for (const double q : {0.3, 1.0, 40.0}) {
+        const std::string name = std::to_string(static_cast<int>(10 * q));
+        const auto lowPass = [q](Complex s) {
+            return 1.0L / (1.0L + s * s + s / static_cast<long double>(q));
+        };
+        add("LowPass2Q" + name, CMatBasic::SpecLPF2Ex, q, lowPass);
+        add("HighPass2Q" + name, CMatBasic::SpecHPF2Ex, q, [=](Complex s) { return s * s * lowPass(s); });
+    }
+    for (const int n : {1, 2, 3, 4, 7, 8, 15, 16}) {
+        const std::string name = std::to_string(n);
+        add("ButterworthLowPass" + name, CMatBasic::SpecBwLPFN, n,
+            [n](Complex s) { return ButterworthLowPass(s, n); });
+        add("ButterworthHighPass" + name, CMatBasic::SpecBwHPFN, n,
+            [n](Complex s) { return ButterworthLowPass(1.0L / s, n); });
+    }
+    return filters;
+}
+
+class SpectrumFilterTest : public testing::TestWithParam<FilterCase> {};
+
+TEST_P(SpectrumFilterTest, MultipliesByTheAnalyticResponse) {
+    constexpr double kTolerance = 1e-13;  // of the response, over eight sections
+    constexpr double f0 = 0.25, df = 0.5, fc = 20.0;
+    const Wave re = Noise(400, 1), im = Noise(400, 2);
+    CDataArrayDoubleCplx spectrum = ToSpectrum(re, im);
+    ASSERT_EQ(GetParam().run(&spectrum, f0, df, fc), 1);
+    for (std::size_t k = 0; k < re.size(); ++k) {
+        const Complex s(0, (f0 + static_cast<double>(k) * df) / fc);
+        const Complex expected = GetParam().response(s) * Complex(re[k], im[k]);
+        const Complex actual(spectrum.GetReal()[k], spectrum.GetImaginary()[k]);
+        ASSERT_LE(std::abs(actual - expected), kTolerance * std::abs(expected)) << k;
+    }
+}
+
+TEST_P(SpectrumFilterTest, StaysFiniteFarFromTheCornerAndKeepsNothingAtZero) {
+    const bool isHighPass = GetParam().name.find("High") != std::string::npos;
+    CDataArrayDoubleCplx far = ToSpectrum({1, 1, 1}, {0, 0, 0});
+    ASSERT_EQ(GetParam().run(&far, -5.0, 1e300, 1e-5), 1) << "f0 counts as 0";
+    for (std::size_t k = 0; k < 3; ++k) {
+        const double magnitude = std::hypot(far.GetReal()[k], far.GetImaginary()[k]);
+        EXPECT_NEAR(magnitude, isHighPass == (k > 0) ? 1.0 : 0.0, 1e-12) << k;
+    }
+    CDataArrayDoubleCplx infinite = ToSpectrum({kInfinity, 1}, {kNaN, 1});
+    ASSERT_EQ(GetParam().run(&infinite, 0.0, 1.0, 5.0), 1);
+    EXPECT_EQ(infinite.GetReal()[0] == 0.0, isHighPass);
+}
+
+TEST_P(SpectrumFilterTest, RefusesWhatHasNoMeaning) {
+    CDataArrayDoubleCplx spectrum = ToSpectrum({1}, {3}), empty;
+    EXPECT_EQ(GetParam().run(nullptr, 0, 1, 5) + GetParam().run(&empty, 0, 1, 5), 0);
+    for (const double bad : {-1.0, kNaN, kInfinity}) {
+        EXPECT_EQ(GetParam().run(&spectrum, 0, 1, bad) + GetParam().run(&spectrum, 0, bad, 5), 0) << bad;
+    }
+    EXPECT_EQ(GetParam().run(&spectrum, 0, 1, 0) + GetParam().run(&spectrum, kNaN, 1, 5), 0);
+    EXPECT_EQ(std::pair(spectrum.GetReal()[0], spectrum.GetImaginary()[0]), std::pair(1.0, 3.0));
+}
+
+INSTANTIATE_TEST_SUITE_P(MatBasic, SpectrumFilterTest, testing::ValuesIn(Filters()),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(SpectrumFilter, ClampsTheOrderOfButterworthFilters) {
+    for (const auto& [given, clamped] : {std::pair{-3, 1}, {0, 1}, {17, 16}, {2147483647, 16}}) {
+        CDataArrayDoubleCplx a = ToSpectrum({1, 1, 1}, {0, 0, 0}), b = a;
+        ASSERT_EQ(CMatBasic::SpecBwLPFN(&a, 0, 1, 1.5, given), 1);
+        ASSERT_EQ(CMatBasic::SpecBwLPFN(&b, 0, 1, 1.5, clamped), 1);
+        EXPECT_EQ(ToWave(a.GetReal(), 3), ToWave(b.GetReal(), 3));
+    }
+    CDataArrayDoubleCplx spectrum = ToSpectrum({1}, {1});
+    EXPECT_EQ(CMatBasic::SpecBwLPFN(&spectrum, 5, 0, 1.5, 2), 0) << "no resolution";
+    EXPECT_EQ(CMatBasic::SpecBwHPFN(&spectrum, 5, 0, 1.5, 2), 0);
+    for (const double q : {0.0, -1.0, kNaN, kInfinity}) {
+        EXPECT_EQ(CMatBasic::SpecLPF2Ex(&spectrum, 0, 1, 5, q), 0) << q;
+        EXPECT_EQ(CMatBasic::SpecHPF2Ex(&spectrum, 0, 1, 5, q), 0) << q;
+    }
+}
+
+TEST(SpectrumFilter, WorksOnTheRealBlockAloneOfARealSpectrum) {
+    CDataArrayDoubleCplx spectrum = ToSpectrum({2, 2, 2});
+    ASSERT_EQ(CMatBasic::SpecLPF1Ex(&spectrum, 0, 1, 1), 1);
+    EXPECT_EQ(ToWave(spectrum.GetReal(), 3), (Wave{2, 1, 0.4}));
+    ASSERT_EQ(CMatBasic::SpecLinLPFN(&spectrum, 0, 1, 1, 1), 1);
+    EXPECT_EQ(ToWave(spectrum.GetReal(), 3), (Wave{2, 1, 0.2}));
+    ASSERT_EQ(CMatBasic::SpecTrancHPF(&spectrum, 0, 1, 1), 1);
+    EXPECT_EQ(ToWave(spectrum.GetReal(), 3), (Wave{0, 1, 0.2}));
+}
+
+using CutFilter = int (*)(CDataArrayDoubleCplx*, double f0, double df, double fc);
+
+struct CutCase {
+    const char* name;
+    CutFilter run;
+    double f0, fc;
+    int result;
+    Wave gains;  // of bins 1 Hz apart
+};
+
+class CutFilterTest : public testing::TestWithParam<CutCase> {};
+
+TEST_P(CutFilterTest, LeavesTheBinsOnItsSideOfTheCorner) {
+    const CutCase& c = GetParam();
+    CDataArrayDoubleCplx spectrum = ToSpectrum({1, 1, 1, 1}, {-2, -2, -2, -2});
+    EXPECT_EQ(c.run(&spectrum, c.f0, 1.0, c.fc), c.result);
+    for (std::size_t k = 0; k < 4; ++k) {
+        EXPECT_DOUBLE_EQ(spectrum.GetReal()[k], c.gains[k]) << k;
+        EXPECT_DOUBLE_EQ(spectrum.GetImaginary()[k], -2.0 * c.gains[k]) << k;
+    }
+    EXPECT_EQ(c.run(&spectrum, c.f0, 0.0, c.fc), 0) << "no resolution";
+    EXPECT_EQ(c.run(&spectrum, c.f0, 1.0, kNaN), 0);
+    EXPECT_EQ(c.run(nullptr, c.f0, 1.0, c.fc), 0);
+}
+
+int LinearLowPass(CDataArrayDoubleCplx* spec, double f0, double df, double fc) {
+    return CMatBasic::SpecLinLPFN(spec, f0, df, fc, 2.0);
+}
+int LinearHighPass(CDataArrayDoubleCplx* spec, double f0, double df, double fc) {
+    return CMatBasic::SpecLinHPFN(spec, f0, df, fc, 2.0);
+}
+
+const CutCase kCuts[] = {
+    // clang-format off
+    {"TruncatedLowPassOnABin",        CMatBasic::SpecTrancLPF, 0, 2.0,   1, {1, 1, 1, 0}},
+    {"TruncatedLowPassNearABin",      CMatBasic::SpecTrancLPF, 0, 1.995, 1, {1, 1, 1, 0}},
+    {"TruncatedLowPassBetweenBins",   CMatBasic::SpecTrancLPF, 0, 1.98,  1, {1, 1, 0, 0}},
+    {"TruncatedLowPassBeyondTheEnd",  CMatBasic::SpecTrancLPF, 0, 3.0,   0, {1, 1, 1, 1}},
+    {"TruncatedLowPassBeforeTheStart", CMatBasic::SpecTrancLPF, 5, 2.0,  1, {0, 0, 0, 0}},
+    {"TruncatedHighPassOnABin",       CMatBasic::SpecTrancHPF, 0, 2.0,   1, {0, 0, 1, 1}},
+    {"TruncatedHighPassNearABin",     CMatBasic::SpecTrancHPF, 0, 2.005, 1, {0, 0, 1, 1}},
+    {"TruncatedHighPassBetweenBins",  CMatBasic::SpecTrancHPF, 0, 2.02,  1, {0, 0, 0, 1}},
+    {"TruncatedHighPassBelowTheStart", CMatBasic::SpecTrancHPF, 5, 5.0,  0, {1, 1, 1, 1}},
+    {"TruncatedHighPassBeyondTheEnd", CMatBasic::SpecTrancHPF, 0, 1e300, 1, {0, 0, 0, 0}},
+    {"TruncatedHighPassBelowZero",    CMatBasic::SpecTrancHPF, 0, -1.0,  0, {1, 1, 1, 1}},
+    {"LinearLowPass",                 LinearLowPass,           0, 1.0,   1, {1, 1, 1.0 / 4, 1.0 / 9}},
+    {"LinearLowPassBeyondTheEnd",     LinearLowPass,           0, 3.0,   0, {1, 1, 1, 1}},
+    {"LinearHighPass",                LinearHighPass,          0, 2.0,   1, {0, 1.0 / 4, 1, 1}},
+    {"LinearHighPassAboveTheStart",   LinearHighPass,          1, 8.0,   1, {1.0 / 64, 1.0 / 16, 9.0 / 64, 1.0 / 4}},
+    {"LinearHighPassBelowTheStart",   LinearHighPass,          2, 1.0,   0, {1, 1, 1, 1}},
+    // clang-format on
+};
+INSTANTIATE_TEST_SUITE_P(MatBasic, CutFilterTest, testing::ValuesIn(kCuts),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST(SpecMul, IsTheComplexProductOfTheBinsOfItsResult) {
+    const CDataArrayDoubleCplx a = ToSpectrum({1, 0, 9}, {2, 3, 9}), b = ToSpectrum({3, 2, 9}, {4, -1, 9});
+    CDataArrayDoubleCplx out(1, 2);
+    ASSERT_EQ(CMatBasic::SpecMul(&out, a, b), 1);
+    EXPECT_EQ(ToWave(out.GetReal(), 2), (Wave{-5, 3}));
+    EXPECT_EQ(ToWave(out.GetImaginary(), 2), (Wave{10, 6}));
+    CDataArrayDoubleCplx left = a, right = b;
+    ASSERT_EQ(CMatBasic::SpecMul(&left, left, b), 1);
+    ASSERT_EQ(CMatBasic::SpecMul(&right, a, right), 1);
+    EXPECT_EQ(ToWave(left.GetReal(), 3), (Wave{-5, 3, 0}));
+    EXPECT_EQ(ToWave(right.GetImaginary(), 3), (Wave{10, 6, 162}));
+}
+
+TEST(SpecMul, NeedsThreeComplexSpectraOfEnoughBins) {
+    const CDataArrayDoubleCplx two = ToSpectrum({1, 2}, {3, 4}), real = ToSpectrum({1, 2});
+    CDataArrayDoubleCplx out(1, 2), longer(1, 3), realOut(0, 2), empty;
+    EXPECT_THAT(
+        (std::vector<int>{CMatBasic::SpecMul(nullptr, two, two), CMatBasic::SpecMul(&empty, two, two),
+                          CMatBasic::SpecMul(&longer, two, longer), CMatBasic::SpecMul(&longer, longer, two),
+                          CMatBasic::SpecMul(&realOut, two, two), CMatBasic::SpecMul(&out, real, two),
+                          CMatBasic::SpecMul(&out, two, real)}),
+        testing::Each(0));
+}
+
+}  // namespace
