@@ -67,7 +67,7 @@ int CMatBasic::CopyArr(double* dst, const double* src, __int64 n) {
 }
 
 int CMatBasic::SqrtArr(double* a, __int64 n) {
-    return ForEach(a, n, [](double x) { return x > 0.0 ? std::sqrt(x) : 0.0; });
+    return ForEach(a, n, [](double x) { return std::sqrt(x > 0.0 ? x : 0.0); });
 }
 
 int CMatBasic::Reverse(double* a, __int64 n) {
