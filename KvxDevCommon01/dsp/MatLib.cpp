@@ -52,6 +52,7 @@ int MatLibFFTSetMaxSample(int maxSample) {
 
 int MatLibCvlFiltering(double* out, const double* in, __int64 count, int mode, const double* responseRe,
                        const double* responseIm, __int64 lineCount, __int64 blockSize) {
+    if (count < 1) return 0;
     return MatLibCvlFilteringModPeri(in, out, count, mode, responseRe, responseIm, lineCount, blockSize, 0,
                                      count - 1);
 }

@@ -118,16 +118,6 @@ INSTANTIATE_TEST_SUITE_P(MatBasic, FilteringTest,
                          testing::Combine(testing::Values(4, 16, 256), testing::Values(1U, 7U, 64U, 701U),
                                           testing::Values(kZero, kPeriodic, kHold)));
 
-TEST(Filtering, IsExactFromTheFirstSampleForZerosBeforeACausalResponse) {
-    const CDataArrayDouble wave = ToArray(Noise(200));
-    const Response causal(0, 16);
-    CDataArrayDouble stream(200, 7.0);
-    ASSERT_EQ(CMatBasic::CoreMultiFrame(&stream, wave, 64, causal.Spectrum(64), kZero, 0, 0), 1);
-    for (__int64 j = 0; j < 200; ++j) {
-        ASSERT_NEAR(stream[j], causal.Convolve(wave, j - 16, kZero), causal.Tolerance()) << j;
-    }
-}
-
 TEST(Filtering, LinesThatTheResponseLacksCountAsZero) {
     const CDataArrayDouble wave = ToArray(Noise(100));
     CDataArrayDoubleCplx whole = Response(4, 4).Spectrum(16), part(1, 5);
@@ -185,17 +175,14 @@ TEST(Filtering, RefusesWhatDoesNotFitAndWritesNothing) {
 }
 
 TEST(CoreAddCir, ChecksItsWorkSpace) {
-    CDataArrayDouble sum(16, 0.0), wave(16, 0.0), work(16, 0.0), frame(8, 1.0), wrong(15, 0.0);
-    CDataArrayDoubleCplx spec(1, 8), wrongSpec(1, 7);
-    const CDataArrayDoubleCplx h = Response(1, 1).Spectrum(16);
-    EXPECT_EQ(CMatBasic::CoreAddCir(&sum, 15, frame, h, &spec, &wave, &work), 1);
-    EXPECT_THAT((Results{CMatBasic::CoreAddCir(&sum, 16, frame, h, &spec, &wave, &work),
-                         CMatBasic::CoreAddCir(&sum, -1, frame, h, &spec, &wave, &work),
-                         CMatBasic::CoreAddCir(&sum, 0, wrong, h, &spec, &wave, &work),
-                         CMatBasic::CoreAddCir(&sum, 0, frame, wrongSpec, &spec, &wave, &work),
-                         CMatBasic::CoreAddCir(&sum, 0, frame, h, &wrongSpec, &wave, &work),
-                         CMatBasic::CoreAddCir(&sum, 0, frame, h, &spec, &wrong, &work),
-                         CMatBasic::CoreAddCir(&sum, 0, frame, h, &spec, &wave, nullptr)}),
+    CDataArrayDouble sum(16, 0.0), wave(16, 0.0), work(16, 0.0), frame(8, 1.0);
+    CDataArrayDoubleCplx spec(1, 8), shortSpec(1, 7);
+    const auto add = [&](__int64 position, CDataArrayDoubleCplx* lines, CDataArrayDouble* imag) {
+        return CMatBasic::CoreAddCir(&sum, position, frame, Response(1, 1).Spectrum(16), lines, &wave, imag);
+    };
+    EXPECT_EQ(add(15, &spec, &work), 1);
+    EXPECT_THAT((Results{add(16, &spec, &work), add(-1, &spec, &work), add(0, &shortSpec, &work),
+                         add(0, nullptr, &work), add(0, &spec, &frame), add(0, &spec, nullptr)}),
                 testing::Each(0));
 }
 

@@ -62,99 +62,69 @@ TEST(CreateSeqLog, HasItsNumberPerDecade) {
     EXPECT_EQ(create(1, 10, 0, 10) + create(1, 10, 1, 0) + CMatBasic::CreateSeqLog(1, 10, 1, 10, nullptr), 0);
 }
 
-/// Results in the modes nearest, up, strictly up, down and strictly down.
+double Trim125(double x, CMatBasic::TRIM_MODE mode) {
+    return CMatBasic::TrimVal125(x, mode, nullptr);
+}
+double TrimQuarter(double x, CMatBasic::TRIM_MODE mode) {
+    return CMatBasic::TrimValStep(x, -0.25, mode);
+}
+constexpr auto TrimTen = CMatBasic::TrimValPow10;
+
+/// A routine and its results in the modes nearest, up, strictly up, down and strictly down.
 struct TrimCase {
+    double (*trim)(double x, CMatBasic::TRIM_MODE mode);
     double x;
     double trimmed[5];
 };
 
-void PrintTo(const TrimCase& c, std::ostream* out) {
-    *out << c.x;
-}
-
-class Trim125Test : public testing::TestWithParam<TrimCase> {};
-
-TEST_P(Trim125Test, RoundsBothSignsToTheSeries) {
-    const auto& [x, trimmed] = GetParam();
-    for (std::uint32_t mode = 1; mode <= 5; ++mode) {
-        const double expected = trimmed[mode - 1];
-        std::int32_t mantissa = 77;
-        EXPECT_EQ(CMatBasic::TrimVal125(x, static_cast<CMatBasic::TRIM_MODE>(mode), &mantissa), expected)
-            << mode;
-        const double digit = expected / std::pow(10.0, std::floor(std::log10(expected) + 1e-9));
-        EXPECT_NEAR(mantissa, digit, 1e-6) << mode;
-        // Up for a negative number is down for its magnitude.
-        const std::uint32_t mirrored[] = {1, 4, 5, 2, 3};
-        EXPECT_EQ(CMatBasic::TrimVal125(-x, static_cast<CMatBasic::TRIM_MODE>(mirrored[mode - 1]), nullptr),
-                  -expected);
-    }
-}
-
-const TrimCase kSeries125[] = {
-    // clang-format off
-    {1,         {1, 1, 2, 1, 0.5}},                 {2,          {2, 2, 5, 2, 1}},
-    {5,         {5, 5, 10, 5, 2}},                  {10,         {10, 10, 20, 10, 5}},
-    {1.4,       {1, 2, 2, 1, 1}},                   {1.5,        {2, 2, 2, 1, 1}},
-    {3,         {2, 5, 5, 2, 2}},                   {7.5,        {10, 10, 10, 5, 5}},
-    {0.0034,    {0.005, 0.005, 0.005, 0.002, 0.002}}, {5e-6,     {5e-6, 5e-6, 1e-5, 5e-6, 2e-6}},
-    {1.9999995, {2, 2, 5, 2, 1}},                   {2.0000015,  {2, 2, 5, 2, 1}},
-    {2.00001,   {2, 5, 5, 2, 2}},                   {999999.5,   {1e6, 1e6, 2e6, 1e6, 5e5}},
-    {3e-300,    {2e-300, 5e-300, 5e-300, 2e-300, 2e-300}},
-    // clang-format on
-};
-INSTANTIATE_TEST_SUITE_P(MatBasic, Trim125Test, testing::ValuesIn(kSeries125));
-
-TEST(TrimVal125, MapsZeroAndTheUnroundableToZero) {
-    for (const double x : {0.0, -0.0, 5e-324, kNaN, kInfinity, -kInfinity}) {
-        std::int32_t mantissa = 77;
-        EXPECT_EQ(CMatBasic::TrimVal125(x, CMatBasic::TRIM_UP, &mantissa), 0.0) << x;
-        EXPECT_EQ(mantissa, 0);
-        EXPECT_EQ(CMatBasic::TrimValPow10(x, CMatBasic::TRIM_UP), 0.0);
-    }
-    for (const std::uint32_t mode : {0U, 6U})
-        EXPECT_EQ(CMatBasic::TrimVal125(3.0, static_cast<CMatBasic::TRIM_MODE>(mode), nullptr), 0.0);
-}
-
-TEST(TrimValPow10, RoundsToAPowerOfTen) {
+TEST(Trim, RoundsBothSignsToTheGrid) {
     constexpr TrimCase cases[] = {
-        {1, {1, 1, 10, 1, 0.1}},
-        {101, {100, 1000, 1000, 100, 100}},
-        {0.002, {0.001, 0.01, 0.01, 0.001, 0.001}},
-        {400, {1000, 1000, 1000, 100, 100}},
-        {-400, {-1000, -100, -100, -1000, -1000}},
-        {-10, {-10, -10, -1, -10, -100}},
+        // clang-format off
+        {Trim125, 1, {1, 1, 2, 1, 0.5}},                   {Trim125, 2, {2, 2, 5, 2, 1}},
+        {Trim125, 5, {5, 5, 10, 5, 2}},                    {Trim125, 10, {10, 10, 20, 10, 5}},
+        {Trim125, 1.4, {1, 2, 2, 1, 1}},                   {Trim125, 1.5, {2, 2, 2, 1, 1}},
+        {Trim125, 3, {2, 5, 5, 2, 2}},                     {Trim125, 7.5, {10, 10, 10, 5, 5}},
+        {Trim125, 0.0034, {0.005, 0.005, 0.005, 0.002, 0.002}}, {Trim125, 5e-6, {5e-6, 5e-6, 1e-5, 5e-6, 2e-6}},
+        {Trim125, 1.9999995, {2, 2, 5, 2, 1}},             {Trim125, 2.0000015, {2, 2, 5, 2, 1}},
+        {Trim125, 2.00001, {2, 5, 5, 2, 2}},               {Trim125, 999999.5, {1e6, 1e6, 2e6, 1e6, 5e5}},
+        {Trim125, 3e-300, {2e-300, 5e-300, 5e-300, 2e-300, 2e-300}},
+        {TrimTen, 1, {1, 1, 10, 1, 0.1}},                  {TrimTen, 101, {100, 1000, 1000, 100, 100}},
+        {TrimTen, 400, {1000, 1000, 1000, 100, 100}},      {TrimTen, 0.002, {0.001, 0.01, 0.01, 0.001, 0.001}},
+        {TrimQuarter, 1, {1, 1, 1.25, 1, 0.75}},           {TrimQuarter, 1.1, {1, 1.25, 1.25, 1, 1}},
+        {TrimQuarter, 1.125, {1, 1.25, 1.25, 1, 1}},       {TrimQuarter, 0.9998, {1, 1, 1.25, 1, 0.75}},
+        {TrimQuarter, 1.0002, {1, 1, 1.25, 1, 0.75}},      {TrimQuarter, 1.001, {1, 1.25, 1.25, 1, 1}},
+        {TrimQuarter, 0, {0, 0, 0.25, 0, -0.25}},          {TrimQuarter, 1e300, {1e300, 1e300, 1e300, 1e300, 1e300}},
+        // clang-format on
     };
-    for (const auto& [x, trimmed] : cases) {
-        for (std::uint32_t mode = 1; mode <= 5; ++mode) {
-            EXPECT_EQ(CMatBasic::TrimValPow10(x, static_cast<CMatBasic::TRIM_MODE>(mode)), trimmed[mode - 1])
-                << x << " mode " << mode;
+    constexpr std::uint32_t kMirrored[] = {1, 4, 5, 2, 3};  // up for a negative number is down for its size
+    for (const TrimCase& c : cases) {
+        for (std::uint32_t i = 0; i < 5; ++i) {
+            EXPECT_EQ(c.trim(c.x, static_cast<CMatBasic::TRIM_MODE>(i + 1)), c.trimmed[i])
+                << c.x << " mode " << i + 1;
+            EXPECT_EQ(c.trim(-c.x, static_cast<CMatBasic::TRIM_MODE>(kMirrored[i])), -c.trimmed[i]) << -c.x;
         }
     }
+    EXPECT_FALSE(std::signbit(TrimQuarter(-0.1, CMatBasic::TRIM_UP))) << "no negative zero";
 }
 
-TEST(TrimValStep, RoundsToAMultipleOfTheStep) {
-    constexpr double kStep = 0.25;
-    constexpr TrimCase cases[] = {
-        {1, {1, 1, 1.25, 1, 0.75}},      {1.1, {1, 1.25, 1.25, 1, 1}},
-        {1.125, {1, 1.25, 1.25, 1, 1}},  {-1.125, {-1, -1, -1, -1.25, -1.25}},
-        {1.0002, {1, 1, 1.25, 1, 0.75}}, {0.9998, {1, 1, 1.25, 1, 0.75}},
-        {1.001, {1, 1.25, 1.25, 1, 1}},  {0, {0, 0, 0.25, 0, -0.25}},
-        {-0.1, {0, 0, 0, -0.25, -0.25}}, {1e300, {1e300, 1e300, 1e300, 1e300, 1e300}},
-        {kNaN, {0, 0, 0, 0, 0}},         {kInfinity, {0, 0, 0, 0, 0}},
-    };
-    for (const auto& [x, trimmed] : cases) {
-        for (std::uint32_t mode = 1; mode <= 5; ++mode) {
-            for (const double step : {kStep, -kStep}) {
-                const double actual =
-                    CMatBasic::TrimValStep(x, step, static_cast<CMatBasic::TRIM_MODE>(mode));
-                EXPECT_EQ(actual, trimmed[mode - 1]) << x << " mode " << mode;
-                EXPECT_FALSE(actual == 0.0 && std::signbit(actual)) << "no negative zero";
-            }
-        }
+TEST(Trim, NamesTheMantissaItChose) {
+    for (const auto& [x, digit] :
+         {std::pair{3.0, 5}, {-300.0, 2}, {9.0, 1}, {0.12, 2}, {0.0, 0}, {kNaN, 0}}) {
+        std::int32_t mantissa = 77;
+        CMatBasic::TrimVal125(x, CMatBasic::TRIM_UP, &mantissa);
+        EXPECT_EQ(mantissa, digit) << x;
+    }
+}
+
+TEST(Trim, MapsTheUnroundableToZero) {
+    for (const auto trim : {Trim125, TrimTen, TrimQuarter}) {
+        for (const double x : {-0.0, 5e-324, kNaN, kInfinity, -kInfinity})
+            EXPECT_EQ(trim(x, CMatBasic::TRIM_DOWN), 0.0) << x;
+        for (const std::uint32_t mode : {0U, 6U})
+            EXPECT_EQ(trim(3.0, static_cast<CMatBasic::TRIM_MODE>(mode)), 0.0);
     }
     for (const double step : {0.0, kNaN, kInfinity})
         EXPECT_EQ(CMatBasic::TrimValStep(3, step, CMatBasic::TRIM_UP), 0.0);
-    EXPECT_EQ(CMatBasic::TrimValStep(3, 1, static_cast<CMatBasic::TRIM_MODE>(0)), 0.0);
 }
 
 }  // namespace
