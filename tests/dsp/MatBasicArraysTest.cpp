@@ -34,7 +34,7 @@ void PrintTo(const ArrayRoutine& routine, std::ostream* out) {
 
 class ArrayRoutineTest : public testing::TestWithParam<ArrayRoutine> {
 protected:
-    /// Runs routine and plain loop on two views of one block, `a` beginning `shift` values behind `b`.
+    /// Runs routine and plain loop on two views of one block, which may overlap.
     static void CompareWithPlainLoop(Wave block, std::size_t aStart, std::size_t bStart, std::size_t count) {
         Wave expected = block;
         for (std::size_t i = 0; i < count; ++i) {
