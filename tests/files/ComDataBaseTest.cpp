@@ -67,7 +67,7 @@ TEST(ComDataBase, ANewRecordIsEmptyButHasItsMode) {
 }
 
 template <typename Record>
-void ExpectSpaced(int isComplex, std::uint32_t axisUnit) {
+void ExpectSpaced(bool isComplex, std::uint32_t axisUnit) {
     EXPECT_EQ(Record().GetDataMode(), CComDataBase::MODE_SPACING);
     const Record record(0.25, 2, 3, 5, 7, kAcceleration, nullptr, nullptr);
     EXPECT_EQ(record.GetDataMode(), CComDataBase::MODE_SPACING);
@@ -77,20 +77,17 @@ void ExpectSpaced(int isComplex, std::uint32_t axisUnit) {
     EXPECT_EQ(UnitCode(record.GetHUnit()), axisUnit);
     EXPECT_EQ(UnitCode(record.GetUnit()), 0x00010004U);
     EXPECT_NE(record.GetReal(1, 2), nullptr);
-    EXPECT_EQ(record.GetImaginary(1, 2) != nullptr, isComplex != 0);
-    EXPECT_EQ(record.GetReal(2, 0), nullptr);
-    EXPECT_EQ(record.GetImaginary(0, -1), nullptr);
-    EXPECT_EQ(record.GetHData(), nullptr);
+    EXPECT_EQ(record.GetImaginary(1, 2) != nullptr, isComplex);
+    EXPECT_FALSE(record.GetReal(2, 0) || record.GetImaginary(0, -1) || record.GetHData());
 }
 
 TEST(ComDataBase, EachKindFixesItsAxisAndComplexFlag) {
-    ExpectSpaced<CComDataWave>(0, 0x01000001);
-    ExpectSpaced<CComDataSpecA>(0, 0x02000001);
-    ExpectSpaced<CComDataSpecF>(1, 0x02000001);
+    ExpectSpaced<CComDataWave>(false, 0x01000001);
+    ExpectSpaced<CComDataSpecA>(false, 0x02000001);
+    ExpectSpaced<CComDataSpecF>(true, 0x02000001);
 
-    const CComDataSpecG spectrum = Spectrum();
-    EXPECT_EQ(UnitCode(spectrum.GetHUnit()), 0x02000001U);
-    EXPECT_EQ(spectrum.GetHData()[1], 12.5);
+    EXPECT_EQ(UnitCode(Spectrum().GetHUnit()), 0x02000001U);
+    EXPECT_EQ(Spectrum().GetHData()[1], 12.5);
     const CComDataSpecG real(1, 1, 0, kAcceleration, CDataArrayDouble(2, 1.0), nullptr, nullptr);
     EXPECT_EQ(real.GetImaginary(0, 0), nullptr);
 }
@@ -151,12 +148,11 @@ TEST(ComDataBase, ARecordCanBeCreatedFromItsOwnParts) {
 }
 
 TEST(ComDataBase, InitMarksAndZeroClearsEverySample) {
-    CComDataSpecF record(1.0, 2, 2, 3, 0, kAcceleration, nullptr, nullptr);
+    CComDataSpecF record(1.0, 1, 2, 2, 0, kAcceleration, nullptr, nullptr);
     const auto everySample = [&record](double expected) {
-        for (int cell = 0; cell < 4; ++cell) {
-            for (int i = 0; i < 3; ++i) {
-                EXPECT_EQ(record.GetReal(cell / 2, cell % 2)[i], expected);
-                EXPECT_EQ(record.GetImaginary(cell / 2, cell % 2)[i], expected);
+        for (const int cell : {0, 1}) {
+            for (const double* samples : {record.GetReal(0, cell), record.GetImaginary(0, cell)}) {
+                EXPECT_TRUE(samples[0] == expected && samples[1] == expected) << expected;
             }
         }
     };
@@ -226,11 +222,9 @@ TEST(ComDataBase, CopiesAreIndependentAndMovesLeaveNothing) {
         copy.GetReal(0, 0)[0] = 99.0;
         EXPECT_EQ(StoredBytes(original), bytes);
         copy = original;
-        EXPECT_EQ(StoredBytes(copy), bytes);
         CComDataBase moved = std::move(copy);
-        EXPECT_EQ(StoredBytes(moved), bytes);
         ExpectEmpty(copy);  // NOLINT(bugprone-use-after-move): what moving leaves is promised
-        CComDataBase& self = moved;
+        const CComDataBase& self = moved;
         moved = self;
         EXPECT_EQ(StoredBytes(moved), bytes);
         moved = CComDataBase();

@@ -10,13 +10,16 @@
 
 namespace {
 
-/// A header with the code `code`.
-CComHdr WithCode(std::uint32_t code) {
+/// A header with `value` in one of its fields.
+CComHdr With(std::uint32_t COMHDR_TAG::*field, std::uint32_t value) {
     COMHDR_TAG tag = CComHdr().GetTag();
-    tag.HdrCode = code;
+    tag.*field = value;
     CComHdr header;
     header = &tag;
     return header;
+}
+CComHdr WithCode(std::uint32_t code) {
+    return With(&COMHDR_TAG::HdrCode, code);
 }
 
 /// The 640 bytes of a header as version 23.0.0.0 writes it.
@@ -32,10 +35,6 @@ int LoadFirst(CComHdr& header, const std::string& bytes, std::int32_t* version =
         EXPECT_EQ(archive.Remaining(), 0U);
     };
     return CauseOfLoading(bytes, load);
-}
-
-std::wstring NameOf(const std::wstring& given) {
-    return CComHdr(CComHdr::EXT_INFO_NONE, given.c_str()).GetName();
 }
 
 TEST(ComHdr, AHeaderIsStoredByteForByteAndLoadedBack) {
@@ -64,10 +63,15 @@ TEST(ComHdr, BytesOfNoMeaningSurviveLoadingAndStoring) {
 
 TEST(ComHdr, ANameIsCutAt257UnitsButNotThroughAPair) {
     const std::wstring plain(300, L'x');
-    EXPECT_EQ(NameOf(plain), plain.substr(0, 257));
-    EXPECT_EQ(NameOf(plain.substr(0, 256) + L"\U0001F600"), plain.substr(0, 256));
     const std::wstring pairAtTheEnd = plain.substr(0, 255) + L"\U0001F600";
-    EXPECT_EQ(NameOf(pairAtTheEnd), pairAtTheEnd);
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        {plain, plain.substr(0, 257)},
+        {plain.substr(0, 256) + L"\U0001F600", plain.substr(0, 256)},
+        {pairAtTheEnd, pairAtTheEnd},
+    };
+    for (const auto& [given, kept] : cases) {
+        EXPECT_EQ(CComHdr(CComHdr::EXT_INFO_NONE, given.c_str()).GetName(), kept);
+    }
 }
 
 TEST(ComHdr, HeadersCompareByAllBytesAndOnlyWithAValidMagic) {
@@ -78,21 +82,16 @@ TEST(ComHdr, HeadersCompareByAllBytesAndOnlyWithAValidMagic) {
     tag.Reserved[111] = 1;
     EXPECT_TRUE(header != &tag);
 
-    tag.Magic = 0;
-    CComHdr damaged;
-    damaged = &tag;
+    CComHdr damaged = With(&COMHDR_TAG::Magic, 0);
     EXPECT_TRUE(damaged != CComHdr(damaged));
-    EXPECT_FALSE(damaged == &tag);
+    EXPECT_FALSE(damaged == &damaged.GetTag());
     EXPECT_EQ(damaged.GetMasterVersion(nullptr, nullptr, nullptr, nullptr, nullptr), 0);
     damaged = static_cast<const COMHDR_TAG*>(nullptr);
     EXPECT_EQ(damaged, CComHdr());
 }
 
 TEST(ComHdr, TheVersionIsGivenNumberByNumberAndAsText) {
-    COMHDR_TAG tag = CComHdr().GetTag();
-    tag.MasterVersion = 0x17010203;
-    CComHdr header;
-    header = &tag;
+    const CComHdr header = With(&COMHDR_TAG::MasterVersion, 0x17010203);
     BYTE major = 0, minor = 0, third = 0, fourth = 0;
     CString text;
     EXPECT_EQ(header.GetMasterVersion(&major, &minor, &third, &fourth, &text), 1);

@@ -86,20 +86,15 @@ protected:
 TEST_F(DataFile, IsLoadedAndStoredByteForByte) {
     ASSERT_EQ(Load(CurrentFile()), 1);
     EXPECT_EQ(failure_.reason, DataFileFailure::kNone);
-    EXPECT_EQ(content_.header.GetName(), L"name");
-    EXPECT_EQ(content_.records.size(), 2U);
     ASSERT_EQ(Store(Path("copy.vdf2")), 1);
     EXPECT_EQ(folder_.Read("copy.vdf2"), CurrentFile());
     EXPECT_EQ(folder_.Count(), 2U);
-}
 
-TEST_F(DataFile, OfTheFirstGenerationBecomesACurrentOne) {
     ASSERT_EQ(Load(FirstFile()), 1);
-    EXPECT_EQ(content_.header.GetExtInfoType(CComHdr::HDRCODE_CURRENT), CComHdr::EXT_INFO_RANDOM_DATA);
-    ASSERT_EQ(content_.records.size(), 2U);
+    EXPECT_EQ(content_.records.size(), 2U);
     ASSERT_EQ(Store(Path()), 1);
-    EXPECT_EQ(folder_.Read("file.vdf2").substr(0, 8), CurrentFile().substr(0, 8));
-    EXPECT_THAT(folder_.Read("file.vdf2"), testing::EndsWith(SpectrumBytes()));
+    EXPECT_THAT(folder_.Read("file.vdf2"), testing::AllOf(testing::StartsWith(CurrentFile().substr(0, 8)),
+                                                          testing::EndsWith(SpectrumBytes())));
 }
 
 TEST_F(DataFile, CutShortAnywhereFailsAndSaysWhere) {
@@ -274,6 +269,9 @@ TEST_F(DataFileDialogs, LetTheCallerRefuseWithoutAMessage) {
     CString path;
     CComDataFile::OpenDataFileEx(kVibData, nullptr, &path, OnlyApplication, CComHdr::APP_RANDOM);
     EXPECT_EQ(path, Path("random.vdf2"));
+    CStringArray paths;
+    CComDataFile::OpenDataFileMulti(kVibData, L"", &paths, OnlyApplication, CComHdr::APP_SHOCK);
+    EXPECT_THAT(paths, ElementsAre(Path("shock.vdf")));
     EXPECT_TRUE(person_.messages.empty());
 }
 

@@ -19,22 +19,18 @@
 struct ByteImage {
     std::string bytes;
 
-    ByteImage& U(std::uint64_t value, int width) {
-        for (int i = 0; i < width; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFF);
+    ByteImage& U(std::uint64_t value, std::size_t width) {
+        for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFF);
         return *this;
     }
-    ByteImage& Words(std::initializer_list<std::uint32_t> values) {
-        for (const std::uint32_t value : values) U(value, 4);
+    template <typename Bits, typename Value>
+    ByteImage& Each(std::initializer_list<Value> values) {
+        for (const Value value : values) U(std::bit_cast<Bits>(value), sizeof(Bits));
         return *this;
     }
-    ByteImage& Floats(std::initializer_list<float> values) {
-        for (const float value : values) Words({std::bit_cast<std::uint32_t>(value)});
-        return *this;
-    }
-    ByteImage& Doubles(std::initializer_list<double> values) {
-        for (const double value : values) U(std::bit_cast<std::uint64_t>(value), 8);
-        return *this;
-    }
+    ByteImage& Words(std::initializer_list<std::uint32_t> values) { return Each<std::uint32_t>(values); }
+    ByteImage& Floats(std::initializer_list<float> values) { return Each<std::uint32_t>(values); }
+    ByteImage& Doubles(std::initializer_list<double> values) { return Each<std::uint64_t>(values); }
     ByteImage& Text(std::string_view text) {
         bytes += text;
         return *this;
