@@ -99,7 +99,7 @@ public:
         const std::size_t end = std::min(text_.find(end_, position_), text_.size());
         *line = text_.substr(position_, end - position_);
         if (line->ends_with('\r')) line->remove_suffix(1);
-        position_ = end + 1;
+        position_ = std::min(end + 1, text_.size());
         ++number_;
         return true;
     }
