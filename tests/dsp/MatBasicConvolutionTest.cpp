@@ -53,7 +53,8 @@ public:
     double Convolve(const CDataArrayDouble& wave, __int64 i, CMatBasic::DATA_TERM term) const {
         long double sum = 0;
         for (__int64 t = 0; t < taps_.GetNum(); ++t) {
-            sum += static_cast<long double>(taps_[t]) * Continued(wave, i + early_ - t, term);
+            const auto sample = static_cast<long double>(Continued(wave, i + early_ - t, term));
+            sum += static_cast<long double>(taps_[t]) * sample;
         }
         return static_cast<double>(sum);
     }

@@ -118,15 +118,15 @@ std::vector<FilterCase> Filters() {
 class SpectrumFilterTest : public testing::TestWithParam<FilterCase> {};
 
 TEST_P(SpectrumFilterTest, MultipliesByTheAnalyticResponse) {
-    constexpr double kTolerance = 1e-13;  // of the response, over eight sections
+    constexpr long double kTolerance = 1e-13L;  // of the response, over eight sections
     constexpr double f0 = 0.25, df = 0.5, fc = 20.0;
     const Wave re = Noise(400, 1), im = Noise(400, 2);
     CDataArrayDoubleCplx spectrum = ToSpectrum(re, im);
     ASSERT_EQ(GetParam().run(&spectrum, f0, df, fc), 1);
     for (std::size_t k = 0; k < re.size(); ++k) {
-        const Complex s(0, (f0 + static_cast<double>(k) * df) / fc);
-        const Complex expected = GetParam().response(s) * Complex(re[k], im[k]);
-        const Complex actual(spectrum.GetReal()[k], spectrum.GetImaginary()[k]);
+        const auto x = static_cast<long double>((f0 + static_cast<double>(k) * df) / fc);
+        const Complex expected = GetParam().response(Complex(0, x)) * Complex(std::complex(re[k], im[k]));
+        const Complex actual(std::complex(spectrum.GetReal()[k], spectrum.GetImaginary()[k]));
         ASSERT_LE(std::abs(actual - expected), kTolerance * std::abs(expected)) << k;
     }
 }
