@@ -13,11 +13,13 @@ using std::chrono::days;
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
+constexpr int kTmYearZero = 1900;
+constexpr int kLastYear = 9999;
 constexpr double kSecondsPerDay = 86400.0;
 constexpr double kHalfSecond = 0.5 / kSecondsPerDay;
 constexpr sys_days kDayZero = sys_days(std::chrono::year(1899) / 12 / 30);
 constexpr sys_days kFirstDay = sys_days(std::chrono::year(100) / 1 / 1);
-constexpr sys_days kLastDay = sys_days(std::chrono::year(9999) / 12 / 31);
+constexpr sys_days kLastDay = sys_days(std::chrono::year(kLastYear) / 12 / 31);
 
 constexpr std::array<const wchar_t*, 7> kDayNames = {L"Sunday",   L"Monday", L"Tuesday", L"Wednesday",
                                                      L"Thursday", L"Friday", L"Saturday"};
@@ -125,7 +127,7 @@ COleDateTime::COleDateTime(double oleDays) : days_(oleDays) {
 COleDateTime::COleDateTime(int year, int month, int day, int hour, int minute, int second) {
     const year_month_day date(std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
                               std::chrono::day(static_cast<unsigned>(day)));
-    if (year < 100 || year > 9999 || month < 1 || month > 12 || day < 1 || !date.ok() || hour < 0 ||
+    if (year < 100 || year > kLastYear || month < 1 || month > 12 || day < 1 || !date.ok() || hour < 0 ||
         hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) {
         status_ = invalid;
         return;
@@ -133,18 +135,21 @@ COleDateTime::COleDateTime(int year, int month, int day, int hour, int minute, i
     days_ = OleDays(sys_days(date), (hour * 60 + minute) * 60 + second);
 }
 
-COleDateTime COleDateTime::GetCurrentTime() {
-    const std::time_t now = std::time(nullptr);
+COleDateTime COleDateTime::FromHostTime(std::time_t seconds) {
     std::tm local = {};
-    if (::localtime_r(&now, &local) == nullptr) {
+    if (::localtime_r(&seconds, &local) == nullptr || local.tm_year > kLastYear - kTmYearZero) {
         COleDateTime unknown;
         unknown.SetStatus(invalid);
         return unknown;
     }
     // A leap second has no place of its own in the day.
     const int second = local.tm_sec > 59 ? 59 : local.tm_sec;
-    return COleDateTime(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
-                        second);
+    return COleDateTime(local.tm_year + kTmYearZero, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+                        local.tm_min, second);
+}
+
+COleDateTime COleDateTime::GetCurrentTime() {
+    return FromHostTime(std::time(nullptr));
 }
 
 int COleDateTime::GetYear() const {

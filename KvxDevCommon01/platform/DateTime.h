@@ -3,6 +3,7 @@
 // COleDateTime: a date and time as days since 30 December 1899, with a status that says whether it is one.
 #pragma once
 
+#include <ctime>
 #include <string_view>
 
 #include <KvxDevCommon01/Export.h>
@@ -22,6 +23,8 @@ public:
     /// A calendar date and time; invalid unless every field is in its range.
     COleDateTime(int year, int month, int day, int hour, int minute, int second);
 
+    /// A time of the host's clock (seconds since 1970) as local time; invalid outside the range of dates.
+    static COleDateTime FromHostTime(std::time_t seconds);
     /// Now, in local time.
     static COleDateTime GetCurrentTime();
 

@@ -196,4 +196,15 @@ bool CopyFile(std::wstring_view from, std::wstring_view to) {
     }
 }
 
+COleDateTime FileTime(std::wstring_view path) {
+    struct stat status = {};
+    const std::optional<std::string> hostPath = HostPath(path);
+    if (hostPath && ::stat(hostPath->c_str(), &status) == 0) {
+        return COleDateTime::FromHostTime(status.st_mtim.tv_sec);
+    }
+    COleDateTime unknown;
+    unknown.SetStatus(COleDateTime::invalid);
+    return unknown;
+}
+
 }  // namespace kvx

@@ -10,6 +10,7 @@
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/DateTime.h>
 
 namespace kvx {
 
@@ -62,5 +63,8 @@ private:
 /// Copies a file, replacing an existing target. False when the host refuses any of it; then the target is as
 /// it was.
 KVX_API bool CopyFile(std::wstring_view from, std::wstring_view to);
+
+/// When a file or folder was last changed, in local time; invalid when the host does not tell.
+KVX_API COleDateTime FileTime(std::wstring_view path);
 
 }  // namespace kvx

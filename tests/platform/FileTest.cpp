@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <ctime>
 #include <string>
 
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -112,6 +115,22 @@ TEST(File, CopyingReplacesTheTargetOrLeavesItAsItWas) {
     EXPECT_TRUE(kvx::CopyFile((folder / "from").wstring(), (folder / "to").wstring()));
     EXPECT_EQ(folder.Read("to"), content);
     EXPECT_EQ(folder.Count(), 2U);
+}
+
+TEST(FileTime, IsTheLocalTimeOfTheLastChange) {
+    const TempFolder folder;
+    folder.Write("a", "");
+    const struct timespec changed[2] = {{0, 0}, {1772633109, 0}};  // 2026-03-04 14:05:09 UTC
+    ASSERT_EQ(::utimensat(AT_FDCWD, (folder / "a").c_str(), changed, 0), 0);
+    {
+        const ScopedEnvironment zone("TZ", "JST-9");
+        ::tzset();
+        EXPECT_TRUE(kvx::FileTime((folder / "a").wstring()) == COleDateTime(2026, 3, 4, 23, 5, 9));
+        EXPECT_EQ(COleDateTime::FromHostTime(253402300800).GetStatus(), COleDateTime::invalid);  // year 10000
+    }
+    ::tzset();
+    EXPECT_EQ(kvx::FileTime((folder / "b").wstring()).GetStatus(), COleDateTime::invalid);
+    EXPECT_EQ(kvx::FileTime(L"C:\\a").GetStatus(), COleDateTime::invalid);
 }
 
 TEST(FileException, HostErrorsMapToCauses) {
