@@ -48,7 +48,7 @@ TEST_P(Help, EndsWithAnExampleThatWorks) {
 
 INSTANTIATE_TEST_SUITE_P(Commands, Help,
                          testing::Values("import", "info", "psd", "spectrum", "export", "synth", "units",
-                                         "kinds", "units convert"));
+                                         "kinds", "units convert", "show-value", "folders"));
 
 struct WrongCase {
     const char* command;
@@ -140,6 +140,9 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx units furlong", 1, "no dimension and no unit is called 'furlong'"},
     WrongCase{"kvx units convert 1 g kg/h", 1, "'g' does not convert to 'kg/h': they are of different dimensions\n"},
     WrongCase{"kvx units convert one g kg", 1, "'one' is not a number"},
+    WrongCase{"kvx show-value 1 g --in mm", 1, "'g' does not convert to 'mm': they are of different dimensions\n"},
+    WrongCase{"kvx show-value 1 g --suffix peak", 1, "--suffix: there is no suffix 'peak', only none, 0-p, p-p, rms"},
+    WrongCase{"kvx show-value 1 g --format $(printf '\\377')", 1, "--format: '\\xFF' is not valid UTF-8"},
     WrongCase{"kvx kinds nonsense", 1, "no file kind matches 'nonsense'\n"}));
 // clang-format on
 
@@ -182,6 +185,17 @@ TEST(Import, TakesTheChosenChannelsFromAPipe) {
     RunWell(folder,
             "printf '1 2 3\\n4 5 6\\n' | kvx import /dev/stdin -o a.vdf2 --rate 1 --channels 3,1 --name x,y");
     EXPECT_EQ(RunWell(folder, "kvx export a.vdf2 -o -"), "time [s],x [-],y [-]\n0,3,1\n1,6,4\n");
+}
+
+TEST(Info, ShowsFiguresWithTheirUnitsAndWhenTheFileChanged) {
+    const TempFolder folder;
+    RunWell(folder, "printf '1\\n-3\\n' | kvx import /dev/stdin -o a.vdf2 --rate 4 --unit g --name top");
+    RunWell(folder, "TZ=UTC touch -d '2026-03-04 14:05:09' a.vdf2");
+    const std::string text = RunWell(folder, "TZ=JST-9 kvx info a.vdf2");
+    EXPECT_THAT(text, HasSubstr("  changed      2026-03-04 23:05:09\n"));
+    EXPECT_THAT(text, HasSubstr("rate 4 Hz, from 0 s (offset 0), duration 0.5 s\n"));
+    EXPECT_THAT(text, HasSubstr("  channel  name  mean [g]  rms [g rms]  min [g]  max [g]  peak [g 0-p]\n"
+                                "        1  top         -1      2.23607       -3        1             3\n"));
 }
 
 TEST(Info, DescribesFilesThatHoldNoData) {
@@ -289,6 +303,33 @@ TEST(Units, ConvertWhereTheOtherUnitDecides) {
     EXPECT_EQ(RunWell(folder, "kvx units convert 1000 g kg"), "1 kg\n");
     EXPECT_EQ(RunWell(folder, "kvx units convert -40 degC degF"), "-40 ﾟF\n");
     EXPECT_THAT(RunWell(folder, "kvx units rpm"), testing::AllOf(HasSubstr("角速度"), HasSubstr("周波数")));
+}
+
+TEST(ShowValue, ShowsAnAmplitudeInTheUnitsOfItsDimension) {
+    const TempFolder folder;
+    EXPECT_EQ(RunWell(folder, "kvx show-value 1 m/s --suffix p-p --in mm/s,m/s"),
+              "  2000  mm/s p-p\n     2  m/s p-p\n");
+    EXPECT_EQ(RunWell(folder, "kvx show-value 0.5 mm --suffix usual --in mm"), "  1  mm p-p\n");
+    EXPECT_EQ(RunWell(folder, "kvx show-value 50 Hz --in Hz"), "  50.00  Hz\n");
+    EXPECT_EQ(RunWell(folder, "kvx show-value 50 Hz --in Hz --format %g%n"), "  50  Hz\n");
+    EXPECT_EQ(RunWell(folder, "kvx show-value -40 degC --in degF"), "  -40  ﾟF\n");
+    EXPECT_EQ(RunWell(folder, "kvx show-value 20 degC --in degC --difference --locale ru_RU --format %.1f"),
+              "  20,0  ﾟC\n");
+    EXPECT_THAT(RunWell(folder, "kvx show-value 1 g2/Hz"),
+                testing::AllOf(HasSubstr("96.17038  (m/s2)2/Hz\n"), HasSubstr("0.9617038  Gn2/Hz\n")));
+}
+
+TEST(Folders, AreWhereSystemDriveSaysAndAreNotCreated) {
+    const TempFolder folder;
+    std::filesystem::create_directory(folder / "Q7Data");
+    const std::string root = folder.Path().string();
+    const nlohmann::json places = RunJson(folder, "SystemDrive='" + root + "' kvx folders");
+    EXPECT_EQ(places["systemDrive"], root);
+    EXPECT_EQ(places["data"], (nlohmann::json{{"path", root + "/Q7Data"}, {"exists", true}}));
+    EXPECT_EQ(places["settings"], (nlohmann::json{{"path", root + "/KVX/Q7_2nd/Q7.ini"}, {"exists", false}}));
+    EXPECT_EQ(folder.Count(), 1U);
+    EXPECT_THAT(RunWell(folder, "env -u SystemDrive kvx folders"), StartsWith("SystemDrive is not set\n"));
+    EXPECT_THAT(RunWell(folder, "SystemDrive=C: kvx folders"), HasSubstr("missing  C:\\Q7Data\n"));
 }
 
 TEST(Kinds, AreFoundByNumberCodeExtensionAndName) {

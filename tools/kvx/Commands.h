@@ -26,5 +26,7 @@ void AddExport(CLI::App& app, Action* action);
 void AddSynth(CLI::App& app, Action* action);
 void AddUnits(CLI::App& app, Action* action);
 void AddKinds(CLI::App& app, Action* action);
+void AddShowValue(CLI::App& app, Action* action);
+void AddFolders(CLI::App& app, Action* action);
 
 }  // namespace kvx::tool

@@ -15,6 +15,9 @@
 #include <KvxDevCommon01/files/ComHdr.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/ConvData.h>
+#include <KvxDevCommon01/units/UnitText.h>
+#include <KvxDevCommon01/units/ValConv.h>
 
 #include "Commands.h"
 #include "DataFiles.h"
@@ -43,6 +46,7 @@ struct HeaderFacts {
     std::string application;
     std::string text;
     std::string version;
+    std::string changed;
     bool isData = false;
 };
 
@@ -76,6 +80,10 @@ HeaderFacts ReadHeader(const std::string& path) {
     facts.generation = type == CComHdr::HDRCODE_FIRST ? 1 : 2;
     facts.application = ToUtf8(application);
     facts.text = ToUtf8(header.GetName());
+    CString changed;
+    CValConv::GetDateTimeString(&changed, FileTime(wide), CValConv::DATE_HYPHENS, CValConv::TIME_WESTERN, 1,
+                                1);
+    facts.changed = ToUtf8(changed);
     facts.isData = header.CheckGrpType(CComHdr::GRP_DATA) != 0;
     return facts;
 }
@@ -122,7 +130,7 @@ std::string TypeOf(const CComDataBase& record) {
 
 /// The axis in the standard unit of its dimension: seconds, hertz.
 struct Axis {
-    std::string unit;
+    CUnitCtrl unit;
     bool isEven = false;
     double delta = 0.0;
     __int64 offset = 0;
@@ -134,7 +142,7 @@ Axis AxisOf(const CComDataBase& record) {
     Axis axis;
     CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
     record.GetHUnit().GetDimCode(&dimension, nullptr, nullptr, nullptr);
-    axis.unit = UnitText(CUnitCtrl(dimension));
+    axis.unit = CUnitCtrl(dimension);
     const __int64 last = record.GetNsamp() - 1;
     axis.isEven = record.GetDataMode() == CComDataBase::MODE_SPACING;
     if (axis.isEven) {
@@ -153,7 +161,7 @@ Json JsonOf(const CComDataBase& record, const std::vector<Channel>& channels, st
     const Axis axis = AxisOf(record);
     CString dimension;
     record.GetUnit().GetDimName(&dimension);
-    Json axisJson = {{"unit", axis.unit}, {"first", axis.first}, {"last", axis.last}};
+    Json axisJson = {{"unit", UnitText(axis.unit)}, {"first", axis.first}, {"last", axis.last}};
     if (axis.isEven) {
         axisJson["delta"] = axis.delta;
         axisJson["offset"] = axis.offset;
@@ -192,31 +200,68 @@ Json JsonOf(const CComDataBase& record, const std::vector<Channel>& channels, st
     return json;
 }
 
+/// A figure of the axis with its unit; with ten digits, for the customary two decimals of a frequency hide a
+/// fine line spacing.
+std::string AxisFigure(const CUnitCtrl& unit, double value) {
+    CValConv converter;
+    CString text;
+    converter.SetFmt(L"%.10g");
+    converter.SetUnit(unit);
+    converter.ConvDataToString(value, &text);
+    return ToUtf8(WithoutMarkup(text));
+}
+
+/// The heading of a column of figures: "peak [g 0-p]".
+std::string FigureHeading(const char* name, const CUnitCtrl& unit, CValConv::UNIT_SUFFIX suffix) {
+    CString text;
+    CValConv(unit, suffix).GetUnitString(&text);
+    text = WithoutMarkup(text);
+    const bool isNamed = text.find_first_not_of(L' ') != text.npos;
+    return isNamed ? name + (" [" + ToUtf8(text) + "]") : name;
+}
+
+/// A figure that is already in its unit.
+std::string Figure(double value) {
+    CString text;
+    CConvData::ValToStr(value, &text, L"%.6g");
+    return ToUtf8(text);
+}
+
 std::string TextOf(const CComDataBase& record, const std::vector<Channel>& channels, std::size_t index) {
     const Axis axis = AxisOf(record);
-    const auto number = [](double value) { return FormatNumber(value, 10); };
     std::string text = "record " + std::to_string(index + 1) + ": " + TypeOf(record) + ", " +
                        Count(record.GetNumRow(), "row") + " x " + Count(record.GetNumCol(), "column") +
                        " of " + Count(record.GetNsamp(), "sample") + ", unit " + UnitText(record.GetUnit()) +
                        "\n  ";
     if (IsWaveform(record)) {
-        text += "rate " + number(RateOf(record)) + " Hz, from " + number(axis.first) + " s (offset " +
-                std::to_string(axis.offset) + "), duration " +
-                number(static_cast<double>(record.GetNsamp()) * axis.delta) + " s\n";
+        text += "rate " + AxisFigure(CUnitCtrl::DIM_FREQUENCY, RateOf(record)) + ", from " +
+                AxisFigure(axis.unit, axis.first) + " (offset " + std::to_string(axis.offset) +
+                "), duration " + AxisFigure(axis.unit, static_cast<double>(record.GetNsamp()) * axis.delta) +
+                "\n";
     } else {
-        text += axis.isEven ? "spacing " + number(axis.delta) + " " + axis.unit : "an axis value per sample";
-        text += ", from " + number(axis.first) + " to " + number(axis.last) + " " + axis.unit + "\n";
+        text += axis.isEven ? "spacing " + AxisFigure(axis.unit, axis.delta) : "an axis value per sample";
+        text +=
+            ", from " + AxisFigure(axis.unit, axis.first) + " to " + AxisFigure(axis.unit, axis.last) + "\n";
     }
     if (record.GetImaginary(0, 0) != nullptr) text += "  figures are those of the magnitudes\n";
-    std::vector<std::vector<std::string>> lines = {{"channel", "name", "mean", "rms", "min", "max", "peak"}};
+    // The figures of a spectrum are not those of an amplitude.
+    const bool isAmplitude = IsWaveform(record) && record.GetUnit().IsAccOrVelOrDisp();
+    const CValConv::UNIT_SUFFIX rms = isAmplitude ? CValConv::SUFFIX_RMS : CValConv::SUFFIX_NONE;
+    const CValConv::UNIT_SUFFIX peak = isAmplitude ? CValConv::SUFFIX_ZERO_TO_PEAK : CValConv::SUFFIX_NONE;
+    const auto heading = [&](const char* name, CValConv::UNIT_SUFFIX suffix) {
+        return FigureHeading(name, record.GetUnit(), suffix);
+    };
+    std::vector<std::vector<std::string>> lines = {
+        {"channel", "name", heading("mean", CValConv::SUFFIX_NONE), heading("rms", rms),
+         heading("min", CValConv::SUFFIX_NONE), heading("max", CValConv::SUFFIX_NONE),
+         heading("peak", peak)}};
     __int64 missing = 0;
     for (const Channel& channel : channels) {
         if (channel.record != index) continue;
         const Statistics s = Measure(record, channel);
         missing += s.missing;
-        lines.push_back({std::to_string(channel.number), ToUtf8(channel.name), FormatNumber(s.mean),
-                         FormatNumber(s.rms), FormatNumber(s.min), FormatNumber(s.max),
-                         FormatNumber(s.peak)});
+        lines.push_back({std::to_string(channel.number), ToUtf8(channel.name), Figure(s.mean), Figure(s.rms),
+                         Figure(s.min), Figure(s.max), Figure(s.peak)});
     }
     if (missing > 0) text += "  " + Count(missing, "sample") + " without a value left out\n";
     return text + FormatTable({Align::right, Align::left, Align::right, Align::right, Align::right,
@@ -241,6 +286,7 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
                          {"application", facts.application},
                          {"text", facts.text},
                          {"version", facts.version},
+                         {"changed", facts.changed},
                          {"records", Json::array()}};
             for (std::size_t r = 0; r < content.records.size(); ++r) {
                 json["records"].push_back(JsonOf(content.records[r], channels, r));
@@ -255,7 +301,8 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
                             {"generation", facts.generation == 1 ? "first" : "current"},
                             {"application", facts.application.empty() ? "-" : facts.application},
                             {"text", facts.text},
-                            {"version", facts.version}});
+                            {"version", facts.version},
+                            {"changed", facts.changed}});
         if (!facts.isData)
             text += "a settings or definition file: it has the common header and no data records\n";
         for (std::size_t r = 0; r < content.records.size(); ++r) {

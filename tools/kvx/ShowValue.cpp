@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx show-value: a value as the suite shows it, in every unit of its dimension.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/units/UnitCtrlList.h>
+#include <KvxDevCommon01/units/UnitText.h>
+#include <KvxDevCommon01/units/ValConv.h>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "Output.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+struct ShowOptions {
+    std::string value;
+    std::string unit;
+    std::string in;
+    std::string suffix = "none";
+    std::optional<std::string> format;
+    std::string locale;
+    bool isDifference = false;
+};
+
+struct SuffixName {
+    std::string_view name;
+    CValConv::UNIT_SUFFIX suffix;
+};
+
+constexpr std::array kSuffixNames = {
+    SuffixName{"none", CValConv::SUFFIX_NONE},
+    SuffixName{"0-p", CValConv::SUFFIX_ZERO_TO_PEAK},
+    SuffixName{"p-p", CValConv::SUFFIX_PEAK_TO_PEAK},
+    SuffixName{"rms", CValConv::SUFFIX_RMS},
+};
+constexpr std::string_view kUsual = "usual";
+
+CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit) {
+    CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
+    unit.GetDimCode(&dimension, nullptr, nullptr, nullptr);
+    return dimension;
+}
+
+CValConv::UNIT_SUFFIX SuffixOf(std::string_view name, const CUnitCtrl& unit) {
+    if (name == kUsual) {
+        return unit.IsSingle() ? CValConv::GetUnitSuffixCode(DimensionOf(unit)) : CValConv::SUFFIX_NONE;
+    }
+    const auto row = std::ranges::find(kSuffixNames, name, &SuffixName::name);
+    if (row == kSuffixNames.end())
+        throw ValueError("--suffix: there is no suffix " + Quote(name) +
+                         ", only none, 0-p, p-p, rms and usual");
+    return row->suffix;
+}
+
+/// The units asked for, else all that the first member can be given in.
+std::vector<CUnitCtrl> UnitsToShow(const ShowOptions& options, const CUnitCtrl& from) {
+    std::vector<CUnitCtrl> units;
+    for (const std::string& name : options.in.empty() ? std::vector<std::string>() : SplitList(options.in)) {
+        units.push_back(RequireUnit(name, DimensionOf(from)));
+        if (!IsConvertible(from, units.back())) {
+            throw Failure(Quote(options.unit) + " does not convert to " + Quote(name) +
+                          ": they are of different dimensions");
+        }
+    }
+    if (!units.empty()) return units;
+    CUnitCtrlList list;
+    list.MakeConexusUnitListByUnit(from, 0);
+    units.resize(static_cast<std::size_t>(list.GetNum()));
+    for (std::size_t i = 0; i < units.size(); ++i) list.GetUnit(static_cast<__int64>(i), &units[i]);
+    return units;
+}
+
+void RunShowValue(const ShowOptions& options, ByteStream& out) {
+    const CUnitCtrl from = RequireUnit(options.unit);
+    const bool isAbsolute = from.IsSingle() && !options.isDifference;
+    const double held = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
+    const CValConv::UNIT_SUFFIX suffix = SuffixOf(options.suffix, from);
+    std::optional<std::wstring> format;
+    if (options.format && !(format = FromUtf8(*options.format)))
+        throw ValueError("--format: " + Quote(*options.format) + " is not valid UTF-8");
+
+    std::vector<std::vector<std::string>> lines;
+    for (const CUnitCtrl& to : UnitsToShow(options, from)) {
+        CValConv converter;
+        if (format) converter.SetFmt(format->c_str());
+        converter.SetUnit(to);
+        converter.SetUnitSuffix(suffix);
+        CString value;
+        CString unit;
+        if (isAbsolute) {
+            converter.ConvTempDataToString(held, &value, &unit, options.locale.c_str());
+        } else {
+            converter.ConvDataToString(held, &value, &unit, options.locale.c_str());
+        }
+        lines.push_back({ToUtf8(value), ToUtf8(WithoutMarkup(unit))});
+    }
+    WriteText(out, FormatTable({Align::right, Align::left}, lines));
+}
+
+}  // namespace
+
+void AddShowValue(CLI::App& app, Action* action) {
+    const auto options = std::make_shared<ShowOptions>();
+    CLI::App* command = app.add_subcommand("show-value", "Show a value as the suite's programs do");
+    command->add_option("VALUE", options->value, "The number; an amplitude from zero to peak")->required();
+    command->add_option("UNIT", options->unit, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...")->required();
+    command->add_option("--in", options->in,
+                        "Units to show it in, a comma list; without, all of its dimension");
+    command->add_option("--suffix", options->suffix,
+                        "Show the amplitude as 0-p, p-p (twice the number) or rms, as is usual for the "
+                        "dimension (usual), or without a word (none, the default)");
+    command->add_option("--format", options->format,
+                        "Format of one number, such as %.2f or '%8.3e V'; any other counts as %.7g. Without, "
+                        "%.7g or what is customary for the unit");
+    command->add_option("--locale", options->locale, "Locale whose decimal sign is used: de_DE, Russian ...");
+    command->add_flag("--difference", options->isDifference,
+                      "A difference of temperatures, not a temperature");
+    command->footer(
+        "Example:\n"
+        "  kvx show-value 1 g\n"
+        "  kvx show-value 0.5 mm --suffix usual --in mm,inch\n"
+        "  kvx show-value 1234.5 Hz --format '%.3e' --locale de_DE");
+    command->callback([=] { *action = [=](ByteStream& out) { RunShowValue(*options, out); }; });
+}
+
+}  // namespace kvx::tool
