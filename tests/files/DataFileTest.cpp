@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <csignal>
 #include <string>
 #include <tuple>
@@ -118,6 +119,25 @@ TEST_F(DataFile, CutShortAnywhereFailsAndSaysWhere) {
                       reason == DataFileFailure::kFileError);
             ASSERT_EQ(failure_.record, size <= first ? -1 : size < second ? 0 : 1) << size;
             ASSERT_EQ(failure_.offset, size <= first ? 0 : size < second ? first : second) << size;
+        }
+    }
+}
+
+TEST_F(DataFile, WithAnyByteDamagedIsWholeOrNotLoadedAtAll) {
+    for (const std::string& bytes : {CurrentFile(), FirstFile()}) {
+        for (std::size_t place = 0; place < std::min<std::size_t>(bytes.size(), 4096); ++place) {
+            for (const int flips : {0xFF, 0x01, 0x80}) {
+                std::string damaged = bytes;
+                damaged[place] = static_cast<char>(bytes[place] ^ flips);
+                if (Load(damaged)) {
+                    ASSERT_EQ(content_.header.GetGrpType(), 2) << place;
+                    ASSERT_FALSE(content_.records.empty()) << place;
+                    for (const CComDataBase& record : content_.records) ASSERT_TRUE(record.Check()) << place;
+                } else {
+                    ASSERT_TRUE(IsEmpty()) << place;
+                    ASSERT_NE(failure_.reason, DataFileFailure::kNone) << place;
+                }
+            }
         }
     }
 }
