@@ -40,14 +40,15 @@ int Starve(Work work, AfterFailure afterFailure) {
     }
 }
 
-void* operator new(std::size_t size) {
+// Not inlined: a compiler that saw malloc and free through them would take every new for a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     void* memory = FailingMemory::RunsOut() ? nullptr : std::malloc(size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
