@@ -1,37 +1,60 @@
 // SPDX-License-Identifier: MIT
 //
-// Text tables and profiles as the tool reads them: columns of one length come out, or a reason why not. The
-// first byte chooses the options.
+// Bytes as a text table and as a profile: each is read whole or refused with a sentence that is fit for one
+// line.
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "Failure.h"
 #include "ProfileText.h"
 #include "TextTable.h"
 
+using namespace kvx::tool;
+
+namespace {
+
+void Check(bool holds) {
+    if (!holds) std::abort();
+}
+
+/// Runs a reader; what it throws must be a sentence on one line.
+template <typename Read>
+void ReadOrRefuse(Read read) {
+    try {
+        read();
+    } catch (const Reason& reason) {
+        const std::string sentence = reason.what();
+        Check(!sentence.empty() && std::ranges::none_of(sentence, [](char c) { return c >= 0 && c < ' '; }));
+    }
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    const std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
-    try {
-        kvx::tool::TextOptions options;
-        options.decimalComma = (data[0] & 1) != 0;
-        if ((data[0] & 2) != 0) options.firstColumnIsTime = (data[0] & 4) != 0;
-        kvx::tool::Progress progress("fuzzing");
-        kvx::tool::Recording recording = kvx::tool::ParseTextTable(text, options, progress);
-        const std::size_t samples = recording.channels.at(0).values.size();
-        for (const auto& channel : recording.channels) {
-            if (channel.values.size() != samples) std::abort();
+    const std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
+    TextOptions options;
+    if (data[0] & 1) options.firstColumnIsTime = (data[0] & 2) != 0;
+    options.decimalComma = (data[0] & 4) != 0;
+    ReadOrRefuse([&] {
+        Progress progress("");
+        Recording recording = ParseTextTable(text, options, progress);
+        const std::size_t count = recording.channels.at(0).values.size();
+        Check(count > 0 && (recording.times.empty() || recording.times.size() == count));
+        for (const Recording::Channel& channel : recording.channels) {
+            Check(channel.values.size() == count &&
+                  std::ranges::all_of(channel.values, [](double v) { return std::isfinite(v); }));
         }
-        if (!recording.times.empty() && recording.times.size() != samples) std::abort();
-        kvx::tool::SettleAxis(recording, std::nullopt);
-    } catch (const std::runtime_error&) {
-    }
-    try {
-        const kvx::tool::ProfileText profile = kvx::tool::ParseProfileText(text);
-        if (profile.frequencies.size() != profile.levels.size() || profile.levels.size() < 2) std::abort();
-    } catch (const std::runtime_error&) {
-    }
+        Check(SettleAxis(recording, std::nullopt).rateHz > 0.0);
+    });
+    ReadOrRefuse([&] {
+        const ProfileText profile = ParseProfileText(text);
+        Check(profile.frequencies.size() >= 2 && std::ranges::is_sorted(profile.frequencies));
+    });
     return 0;
 }

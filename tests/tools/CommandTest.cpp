@@ -6,7 +6,8 @@
 #include <sstream>
 #include <string>
 
-#include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/DataFile.h>
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 
@@ -205,6 +206,35 @@ TEST(Info, DescribesFilesThatHoldNoData) {
     EXPECT_THAT(text, HasSubstr("グラフ色情報ファイル (12, code 0x40026, .gci2)"));
     EXPECT_THAT(text, HasSubstr("no data records"));
     EXPECT_TRUE(RunJson(folder, "kvx info settings.gci2")["records"].empty());
+}
+
+TEST(Export, WritesUnevenAxesComplexCellsAndGaps) {
+    const TempFolder folder;
+    const double uneven[] = {10.0, 31.5, 1000.0};
+    const CDataArrayDouble frequencies(3, uneven);
+    const CStringArray rows = {L"a,b"};
+    CComDataSpecG spectrum(1, 2, 1, CUnitCtrl(CUnitCtrl::DIM_FORCE), frequencies, &rows, nullptr);
+    spectrum.GetReal(0, 1)[1] = 3.0;
+    spectrum.GetImaginary(0, 1)[1] = -4.0;
+    CComDataWave wave(0.5, 1, 1, 3, 2, CUnitCtrl(), &rows, nullptr);
+    wave.Init();
+    wave.GetReal(0, 0)[1] = 7.0;
+    const kvx::DataFileContent content = {CComHdr(CComHdr::EXT_INFO_SINE_DATA, L"made"), {spectrum, wave}};
+    ASSERT_TRUE(CComDataFile::StoreDataFile((folder / "a.vdf2").wstring().c_str(), content));
+
+    EXPECT_EQ(RunWell(folder, "kvx export a.vdf2 -o - --record 1 --channels 2"),
+              "frequency [Hz],\"a,b/Data-Col-002 re [N]\",\"a,b/Data-Col-002 im [N]\"\n"
+              "10,0,0\n31.5,3,-4\n1000,0,0\n");
+    EXPECT_EQ(RunWell(folder, "kvx export a.vdf2 -o - --channels 3"),
+              "time [s],\"a,b [-]\"\n1,\n1.5,7\n2,\n");
+    EXPECT_THAT(RunShell(folder, "kvx export a.vdf2 -o -").err,
+                HasSubstr("records 1 and 2 differ in their axis"));
+    EXPECT_THAT(RunShell(folder, "kvx export a.vdf2 -o a.wav --record 2").err, HasSubstr("holds no value"));
+    const nlohmann::json info = RunJson(folder, "kvx info a.vdf2");
+    EXPECT_EQ(info["application"], "SINE");
+    EXPECT_EQ(info["records"][0]["channels"][1]["peak"], 5.0);
+    EXPECT_EQ(info["records"][1]["channels"][0]["missing"], 2);
+    EXPECT_EQ(info["records"][1]["channels"][0]["mean"], 7.0);
 }
 
 TEST(Spectrum, ReadsTheAmplitudeAndTheRmsOfASineWithEveryWindow) {

@@ -227,14 +227,14 @@ Analysed Analyse(const Source& source, const AnalysisOptions& options, const Lin
 
         CDataArrayDouble levels(lines, real);
         if (levels.GetNum() == 0) throw std::bad_alloc();
-        for (__int64 k = 0; k < lines; ++k) {
-            levels[k] = unit->ConvDtoI(imaginary ? std::hypot(real[k], imaginary[k]) : real[k], 1.0, 0);
-        }
-        const __int64 highest = HighestLine(levels.GetData(), band);
+        for (__int64 k = 0; imaginary != nullptr && k < lines; ++k)
+            levels[k] = std::hypot(real[k], imaginary[k]);
         const double rms = method.rms(levels.GetData() + band.first, band.last - band.first + 1, -band.first,
                                       spacingHz, bandwidth);
-        result.report.channels.push_back(
-            {channel, rms, static_cast<double>(highest) * spacingHz, levels[highest]});
+        const __int64 highest = HighestLine(levels.GetData(), band);
+        result.report.channels.push_back({channel, record.GetUnit().ConvDtoI(rms, 1.0, 0),
+                                          static_cast<double>(highest) * spacingHz,
+                                          unit->ConvDtoI(levels[highest], 1.0, 0)});
         progress.Update(static_cast<std::uint64_t>(row) + 1, source.channels.size());
     }
     return result;

@@ -92,8 +92,7 @@ std::vector<Column> MakeColumns(const DataFileContent& content, const ExportOpti
     return columns;
 }
 
-// ---- CSV
-// ------------------------------------------------------------------------------------------------------------
+// ---- CSV ----
 
 /// The shortest number in `unit` that is stored as the same value again: the digits that were imported. Where
 /// the conversion reaches no such number, the nearest one.
@@ -187,8 +186,7 @@ void WriteCsv(const std::vector<Column>& columns, ByteStream& stream, Progress& 
     csv.Flush();
 }
 
-// ---- WAV
-// ------------------------------------------------------------------------------------------------------------
+// ---- WAV ----
 
 /// The rate as a WAV header holds it: whole, to the accuracy of a sampling clock.
 int WavRate(const CComDataBase& record) {

@@ -71,6 +71,9 @@ TimeAxis SettleAxis(Recording& recording, std::optional<double> rateHz) {
     } else {
         throw Reason("it has no time column; give the sampling rate with --rate" + recording.rateHint);
     }
+    if (!std::isfinite(axis.rateHz) || !std::isfinite(1.0 / axis.rateHz)) {
+        throw Reason("a sampling rate of " + FormatNumber(axis.rateHz) + " Hz cannot be stored");
+    }
     if (times.empty()) return axis;
     const double offset = std::round(times.front() * axis.rateHz);
     if (std::abs(offset) > std::numeric_limits<std::int32_t>::max()) {

@@ -25,8 +25,7 @@ struct CloseSound {
 };
 using SoundHandle = std::unique_ptr<SNDFILE, CloseSound>;
 
-// ---- writing goes into memory, so that the target is replaced only by a whole file
-// ----------------------------------
+// ---- writing goes into memory, so that the target is replaced only by a whole file ----
 
 struct MemoryFile {
     std::vector<std::byte> bytes;

@@ -42,8 +42,7 @@ std::string_view Unquoted(std::string_view field) {
     return field;
 }
 
-// ---- bytes to UTF-8
-// -------------------------------------------------------------------------------------------------
+// ---- bytes to UTF-8 ----
 
 std::string DecodeUtf16(std::string_view bytes, bool bigEndian) {
     if (bytes.size() % 2 != 0) throw Reason("its UTF-16 text ends in the middle of a character");
@@ -70,23 +69,24 @@ std::string_view DecodeInPlace(std::string& bytes) {
     const auto startsWith = [&](std::string_view mark) { return std::string_view(bytes).starts_with(mark); };
     if (startsWith("\xEF\xBB\xBF")) return std::string_view(bytes).substr(3);
     const bool bigEndian = startsWith("\xFE\xFF");
-    if (bigEndian || startsWith("\xFF\xFE"))
+    if (bigEndian || startsWith("\xFF\xFE")) {
         bytes = DecodeUtf16(std::string_view(bytes).substr(2), bigEndian);
+    }
     return bytes;
 }
 
 /// A heading of the text, its quotes gone, as wide text: UTF-8, else the system's code page.
 std::wstring DecodeHeading(std::string_view field) {
     std::string text(Unquoted(field));
-    for (std::size_t at = text.find("\"\""); at != text.npos; at = text.find("\"\"", at + 1))
+    for (std::size_t at = text.find("\"\""); at != text.npos; at = text.find("\"\"", at + 1)) {
         text.erase(at, 1);
+    }
     if (std::optional<std::wstring> wide = FromUtf8(text)) return *std::move(wide);
     if (std::optional<std::wstring> wide = DecodeCodePage(text, 0)) return *std::move(wide);
     throw Reason("the heading " + Quote(text) + " is neither UTF-8 nor text of the system's code page");
 }
 
-// ---- lines and fields
-// -----------------------------------------------------------------------------------------------
+// ---- lines and fields ----
 
 /// Walks over lines that end in LF, CR LF or, in a text without any LF, CR.
 class LineReader {
@@ -124,8 +124,9 @@ std::string_view TakeField(std::string_view* rest, char separator, bool* more) {
     std::size_t searchFrom = 0;
     if (begin != std::string_view::npos && (*rest)[begin] == '"') {
         std::size_t close = rest->find('"', begin + 1);
-        while (close < rest->size() && rest->substr(close).starts_with("\"\""))
+        while (close < rest->size() && rest->substr(close).starts_with("\"\"")) {
             close = rest->find('"', close + 2);
+        }
         if (close != std::string_view::npos) searchFrom = close;
     }
     const std::size_t end = rest->find(separator, searchFrom);
@@ -164,8 +165,7 @@ bool IsBlankOrComment(std::string_view line) {
     return text.empty() || text.front() == '#';
 }
 
-// ---- numbers
-// --------------------------------------------------------------------------------------------------------
+// ---- numbers ----
 
 /// Reads fields as doubles, correctly rounded. A text keeps to one decimal mark: both in one text would mean
 /// that one of them groups thousands.
@@ -232,8 +232,7 @@ int Decimals(std::string_view field) {
     return written - std::clamp(exponent, -400, 400);
 }
 
-// ---- what the columns are
-// -------------------------------------------------------------------------------------------
+// ---- what the columns are ----
 
 struct Layout {
     char separator = kNone;
@@ -299,39 +298,46 @@ void RefuseDamagedRow(std::string_view line, std::size_t number, const Layout& l
     }
 }
 
+bool Contains(std::string_view line, char separator) {
+    if (separator == kBlankRun) return Trim(line).find_first_of(kBlanks) != std::string_view::npos;
+    return separator == kNone || line.find(separator) != std::string_view::npos;
+}
+
+/// The columns that a line of numbers has; no value when it is none.
+std::optional<Layout> LayoutOf(std::string_view line, std::size_t number, const TextOptions& options) {
+    Fields fields;
+    for (const char separator : {kTab, kSemicolon, kComma, kBlankRun, kNone}) {
+        if (!Contains(line, separator) || (separator == kComma && options.decimalComma)) continue;
+        Split(line, separator, &fields);
+        if (fields.size() > kMaxColumns) {
+            throw Reason("line " + std::to_string(number) + " has more than " + std::to_string(kMaxColumns) +
+                         " columns");
+        }
+        DropEmptyEnd(&fields);
+        if (!AreNumbers(fields)) continue;
+        Layout layout;
+        layout.separator = separator;
+        layout.columns = fields.size();
+        return layout;
+    }
+    return std::nullopt;
+}
+
 /// Finds the first line of numbers; leaves `lines` in front of it.
 Layout DetectLayout(LineReader& lines, const TextOptions& options) {
     std::string_view line;
     std::string_view heading;
     std::string_view headingBefore;
     std::size_t headingNumber = 0;
-    Fields fields;
     for (LineReader here = lines; lines.Next(&line); here = lines) {
         if (Trim(line).empty()) continue;
-        for (const char separator : {kTab, kSemicolon, kComma, kBlankRun, kNone}) {
-            if (separator == kComma && options.decimalComma) continue;
-            if (separator != kNone &&
-                Trim(line).find_first_of(separator == kBlankRun
-                                             ? kBlanks
-                                             : std::string_view(&separator, 1)) == std::string_view::npos) {
-                continue;
-            }
-            Split(line, separator, &fields);
-            if (fields.size() > kMaxColumns) {
-                throw Reason("line " + std::to_string(lines.Number()) + " has more than " +
-                             std::to_string(kMaxColumns) + " columns");
-            }
-            DropEmptyEnd(&fields);
-            if (!AreNumbers(fields)) continue;
-            Layout layout;
-            layout.separator = separator;
-            layout.columns = fields.size();
+        if (std::optional<Layout> layout = LayoutOf(line, lines.Number(), options)) {
             if (headingNumber > 0) {
-                RefuseDamagedRow(heading, headingNumber, layout);
-                layout.headings = ReadHeadings(heading, headingBefore, layout);
+                RefuseDamagedRow(heading, headingNumber, *layout);
+                layout->headings = ReadHeadings(heading, headingBefore, *layout);
             }
             lines = here;
-            return layout;
+            return *std::move(layout);
         }
         headingBefore = std::exchange(heading, line);
         headingNumber = lines.Number();
@@ -359,12 +365,10 @@ Layout ReadLoggerHeader(LineReader& lines) {
         const std::string_view value = fields.size() > 1 ? fields[1] : std::string_view();
         if (key == kEndOfHeader) ++blocks;
         if (key == "X_Columns") {
-            if (value == "Multi")
-                throw Reason("a measurement file with a time column per channel is not supported");
+            if (value == "Multi") throw Reason("it has a time column per channel, which is not supported");
             timeColumn = value == "One";
         }
-        if (key == "Delta_X")
-            layout.rateHint = " (its header has the rounded step " + std::string(value) + " s)";
+        if (key == "Delta_X") layout.rateHint = " (its header has the rounded step " + Quote(value) + " s)";
         if (key == "Y_Unit_Label") unitLabels.assign(fields.begin() + 1, fields.end());
     }
     if (blocks < 2 || !lines.Next(&line)) throw Reason("its header does not end");
@@ -388,8 +392,7 @@ Layout ReadLoggerHeader(LineReader& lines) {
     return layout;
 }
 
-// ---- the data
-// -------------------------------------------------------------------------------------------------------
+// ---- the data ----
 
 struct Columns {
     std::vector<std::vector<double>> values;
