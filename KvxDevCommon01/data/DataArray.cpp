@@ -60,10 +60,9 @@ Array<Self, Element>::Array(const Array& other) {
 }
 
 template <class Self, typename Element>
-Array<Self, Element>::Array(Array&& other) noexcept
-    : count_(std::exchange(other.count_, 0)),
-      capacity_(std::exchange(other.capacity_, 0)),
-      data_(std::exchange(other.data_, nullptr)) {}
+Array<Self, Element>::Array(Array&& other) noexcept {
+    Swap(other);
+}
 
 template <class Self, typename Element>
 Array<Self, Element>::~Array() {
@@ -83,11 +82,9 @@ Array<Self, Element>& Array<Self, Element>::operator=(const Array& other) {
 
 template <class Self, typename Element>
 Array<Self, Element>& Array<Self, Element>::operator=(Array&& other) noexcept {
-    if (this == &other) return *this;
-    std::free(data_);
-    count_ = std::exchange(other.count_, 0);
-    capacity_ = std::exchange(other.capacity_, 0);
-    data_ = std::exchange(other.data_, nullptr);
+    if (count_ == other.count_ || !other.data_) return *this = std::as_const(other);
+    Free();
+    Swap(other);
     return *this;
 }
 
@@ -102,7 +99,7 @@ void Array<Self, Element>::Free() {
 template <class Self, typename Element>
 int Array<Self, Element>::SetData(__int64 num, const Element* data) {
     Array keptAlive;
-    if (LiesInside<Element>(data, data_, capacity_)) keptAlive = std::move(*this);
+    if (LiesInside<Element>(data, data_, capacity_)) Swap(keptAlive);
     Free();
     if (!Resize(num)) return 0;
     if (data) std::copy_n(data, num, data_);
@@ -136,6 +133,13 @@ int Array<Self, Element>::Copy(const Self& src, __int64 srcStart, __int64 dstSta
     WalkRings(num, copyRun, from, buffer);
     WalkRings(num, copyRun, Ring<const Element>{taken.get(), num, 0}, to);
     return 1;
+}
+
+template <class Self, typename Element>
+void Array<Self, Element>::Swap(Array& other) noexcept {
+    std::swap(count_, other.count_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(data_, other.data_);
 }
 
 template <class Self, typename Element>

@@ -45,6 +45,8 @@ public:
 
     /// Copies in place when both counts are equal, else into a fresh block; empty when that cannot be had.
     Array& operator=(const Array& other);
+    /// The same with the block of `other` for the fresh one: at equal counts the elements are copied all the
+    /// same, so that pointers to this block stay good.
     Array& operator=(Array&& other) noexcept;
 
     __int64 GetNum() const { return count_; }
@@ -92,6 +94,10 @@ protected:
     __int64 capacity_ = 0;
     Element* data_ = nullptr;
     Element spare_{};
+
+private:
+    /// Exchanges the blocks; each array keeps its spare element.
+    void Swap(Array& other) noexcept;
 };
 
 /// Arrays that grow at their end.
@@ -158,6 +164,7 @@ public:
     /// Makes `out` this array; values outside 32 bits become the nearest 32-bit value. Fails when `out` is
     /// null or cannot be sized.
     int GetDataArrayLong(CDataArrayLong* out) const;
+    /// Makes this array `in`.
     int SetDataArrayLong(const CDataArrayLong& in);
 };
 
@@ -206,6 +213,7 @@ public:
 
     /// The plain sum, in a fixed order of additions (eight lanes); 0 for an empty array.
     double GetSum() const;
+    /// The sum divided by the count; 0 for an empty array.
     double GetAve() const;
     /// Sum of squares of `num` elements on from `start`, on the ring. `num` < 1 means all; `start` may be any
     /// index, negative ones counting from the end. 0 for an empty array or `num` above the count.
@@ -234,6 +242,7 @@ public:
     int SetLarge(const CDataArrayDouble& other);
     /// Element-wise minimum, likewise.
     int SetSmall(const CDataArrayDouble& other);
+    /// Puts the last element first.
     void Reverse();
 
     /// Makes `out` this array rounded to float; the no-value marker becomes the float marker. Fails when
@@ -261,6 +270,7 @@ class KVX_API CDataArrayLong : public kvx::IntegerArray<CDataArrayLong, std::int
 public:
     using IntegerArray::IntegerArray;
 
+    /// Puts the last element first.
     void Reverse();
     /// As CDataArrayDouble::GetMinMax; the marker is -2147483648.
     int GetMinMax(__int64 start, std::int32_t* min, std::int32_t* max) const;

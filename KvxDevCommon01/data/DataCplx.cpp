@@ -43,12 +43,9 @@ CplxArray<Self, Real>::CplxArray(const CplxArray& other) {
 }
 
 template <class Self, typename Real>
-CplxArray<Self, Real>::CplxArray(CplxArray&& other) noexcept
-    : isComplex_(std::exchange(other.isComplex_, 0)),
-      count_(std::exchange(other.count_, 0)),
-      byteSize_(std::exchange(other.byteSize_, 0)),
-      real_(std::exchange(other.real_, nullptr)),
-      imaginary_(std::exchange(other.imaginary_, nullptr)) {}
+CplxArray<Self, Real>::CplxArray(CplxArray&& other) noexcept {
+    Swap(other);
+}
 
 template <class Self, typename Real>
 CplxArray<Self, Real>::~CplxArray() {
@@ -58,7 +55,7 @@ CplxArray<Self, Real>::~CplxArray() {
 template <class Self, typename Real>
 CplxArray<Self, Real>& CplxArray<Self, Real>::operator=(const CplxArray& other) {
     if (this == &other) return *this;
-    if (isComplex_ != other.isComplex_ || count_ != other.count_) {
+    if (!HasShapeOf(other)) {
         Free();
         Create(other.isComplex_, other.count_);
     }
@@ -69,13 +66,9 @@ CplxArray<Self, Real>& CplxArray<Self, Real>::operator=(const CplxArray& other) 
 
 template <class Self, typename Real>
 CplxArray<Self, Real>& CplxArray<Self, Real>::operator=(CplxArray&& other) noexcept {
-    if (this == &other) return *this;
+    if (HasShapeOf(other)) return *this = std::as_const(other);
     Free();
-    isComplex_ = std::exchange(other.isComplex_, 0);
-    count_ = std::exchange(other.count_, 0);
-    byteSize_ = std::exchange(other.byteSize_, 0);
-    real_ = std::exchange(other.real_, nullptr);
-    imaginary_ = std::exchange(other.imaginary_, nullptr);
+    Swap(other);
     return *this;
 }
 
@@ -135,6 +128,15 @@ void CplxArray<Self, Real>::AssignReal(__int64 num, const Real* values) {
     const int isComplex = isComplex_;
     Free();
     if (Create(isComplex, num)) std::copy_n(values, num, real_);
+}
+
+template <class Self, typename Real>
+void CplxArray<Self, Real>::Swap(CplxArray& other) noexcept {
+    std::swap(isComplex_, other.isComplex_);
+    std::swap(count_, other.count_);
+    std::swap(byteSize_, other.byteSize_);
+    std::swap(real_, other.real_);
+    std::swap(imaginary_, other.imaginary_);
 }
 
 template <class Self, typename Real>

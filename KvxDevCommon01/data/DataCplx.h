@@ -188,8 +188,10 @@ public:
     CplxArray(CplxArray&& other) noexcept;
     ~CplxArray();
 
-    /// Takes over flag, count and values; empty when the memory is not there.
+    /// Takes over flag, count and values, in place when flag and count agree; empty when the memory is not
+    /// there.
     CplxArray& operator=(const CplxArray& other);
+    /// The same with the blocks of `other` where new ones would be needed.
     CplxArray& operator=(CplxArray&& other) noexcept;
 
     /// Makes the array `num` >= 1 zeros, with an imaginary block when `isComplex` is not 0. Fails without a
@@ -209,12 +211,11 @@ public:
 
     /// Copies GetNum() values from `src`; fails when `src` or the block is null.
     int SetReal(const Real* src);
+    /// The same for the imaginary block, which a real-only array does not have.
     int SetImaginary(const Real* src);
 
     /// 1 when flag and count agree: arrays of one shape are equal whatever they hold.
-    friend int operator==(const Self& a, const Self& b) {
-        return a.isComplex_ == b.isComplex_ && a.count_ == b.count_;
-    }
+    friend int operator==(const Self& a, const Self& b) { return a.HasShapeOf(b); }
     friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
     /// 1 when there are values and all parts are exactly zero; a NaN is not.
@@ -235,6 +236,12 @@ protected:
     __int64 byteSize_ = 0;  // of one block
     Real* real_ = nullptr;
     Real* imaginary_ = nullptr;  // not null exactly when isComplex_ is not 0
+
+private:
+    bool HasShapeOf(const CplxArray& other) const {
+        return isComplex_ == other.isComplex_ && count_ == other.count_;
+    }
+    void Swap(CplxArray& other) noexcept;
 };
 
 }  // namespace kvx

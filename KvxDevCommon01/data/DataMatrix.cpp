@@ -28,6 +28,7 @@ bool MakeCell(CplxCells kind, Cell& cell, __int64 num) {
     return cell.Create(kind.complexFlag, num);
 }
 
+/// Whether a cell has the length and the flag that its matrix states.
 template <class Cell>
 bool IsWhole(RealCells, const Cell& cell, __int64 num) {
     return cell.GetNum() == num && cell.GetData();
@@ -139,8 +140,9 @@ CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(const Cell
 
 template <class Self, class Cell, class Kind>
 CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(CellMatrix&& other) noexcept {
-    CellMatrix taken(std::move(other));
-    Swap(taken);
+    if (HasShapeOf(other)) return *this = std::as_const(other);
+    Free();
+    Swap(other);
     return *this;
 }
 
@@ -397,8 +399,9 @@ CplxMatrix<Self, Value, Real>& CplxMatrix<Self, Value, Real>::operator=(const Cp
 
 template <class Self, class Value, typename Real>
 CplxMatrix<Self, Value, Real>& CplxMatrix<Self, Value, Real>::operator=(CplxMatrix&& other) noexcept {
-    CplxMatrix taken(std::move(other));
-    Swap(taken);
+    if (shape_ == other.shape_) return *this = std::as_const(other);
+    Free();
+    Swap(other);
     return *this;
 }
 
@@ -454,7 +457,7 @@ int CplxMatrix<Self, Value, Real>::Mul(const Self& a, const Self& b, Self* out) 
     if (out == &a || out == &b) {
         Self product;
         if (!product.Create(out->shape_.rows, out->shape_.cols) || !Mul(a, b, &product)) return 0;
-        *out = std::move(product);
+        *out = product;
         return 1;
     }
     Value* target = out->begin();

@@ -57,8 +57,9 @@ public:
     CellMatrix(CellMatrix&& other) noexcept;
     ~CellMatrix();
 
-    /// Takes over shape and samples; empty when the memory is not there.
+    /// Takes over shape and samples, in place when the shapes agree; empty when the memory is not there.
     CellMatrix& operator=(const CellMatrix& other);
+    /// The same with the cells of `other` where new ones would be needed.
     CellMatrix& operator=(CellMatrix&& other) noexcept;
 
     /// Releases all cells and makes all counts 0.
@@ -231,13 +232,15 @@ public:
     CplxMatrix(CplxMatrix&& other) noexcept;
     ~CplxMatrix();
 
-    /// Takes over shape and values; empty when the memory is not there.
+    /// Takes over shape and values, in place when the shapes agree; empty when the memory is not there.
     CplxMatrix& operator=(const CplxMatrix& other);
+    /// The same with the values of `other` where new ones would be needed.
     CplxMatrix& operator=(CplxMatrix&& other) noexcept;
 
     /// Makes rows x cols zeros. A shape without cells makes an empty matrix and succeeds; two negative
     /// counts, or too little memory, fail and leave the matrix empty.
     int Create(__int64 rows, __int64 cols);
+    /// Releases all values and makes all counts 0.
     void Free();
     /// Sets every value to 0.
     void Zero();
@@ -316,9 +319,9 @@ public:
     int GetMinMaxAndPMin(__int64 start, __int64 end, double* min, double* max, double* pmin) const;
 
     /// Makes `out` this matrix as floats, cell by cell as CDataArrayDouble::GetDataArrayFloat. Fails when
-    /// `out` is null or the memory is not there.
+    /// `out` is null, the cells have no samples or the memory is not there; `out` is then empty.
     int GetDataArrayMtxFloat(CDataArrayMtxFloat* out) const;
-    /// The inverse.
+    /// The inverse: makes this matrix `in`, cell by cell as CDataArrayDouble::SetDataArrayFloat.
     int SetDataArrayMtxFloat(const CDataArrayMtxFloat& in);
 
     /// Version word 1, rows, columns and sample count in 32 bits each, every cell's own layout.
