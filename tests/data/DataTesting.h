@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tests of the containers share: the families as type lists, contents as vectors, bytes as text.
+// What the tests of the containers share: the families as type lists, and contents as plain numbers.
 #pragma once
 
 #include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/data/DataMatrix.h>
 #include <KvxDevCommon01/data/detail/ArrayFamily.h>
 #include <KvxDevCommon01/data/detail/MatrixFamily.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <limits>
-#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -28,46 +27,101 @@ using Int64Arrays = TypesAfterFirst<void KVX_INT64_ARRAYS(KVX_COMMA_CLASS)>;
 using FloatingArrays = TypesAfterFirst<void KVX_FLOATING_ARRAYS(KVX_COMMA_CLASS)>;
 using ArrayMatrices = TypesAfterFirst<void KVX_ARRAY_MATRICES(KVX_COMMA_CLASS)>;
 using SnapshotMatrices = TypesAfterFirst<void KVX_SNAPSHOT_MATRICES(KVX_COMMA_CLASS)>;
+using Containers = TypesAfterFirst<void KVX_ALL_ARRAYS(KVX_COMMA_CLASS) KVX_ARRAY_MATRICES(KVX_COMMA_CLASS),
+                                   CDataArrayDoubleCplx, CDataArrayCplx, CDataArrayDoubleMtxCplx,
+                                   CDataArrayMtxCplx, CDataDoubleMtxCplx, CDataMtxCplx>;
 #undef KVX_COMMA_CLASS
 
-template <class Array>
-using ElementOf = std::remove_pointer_t<decltype(std::declval<Array>().GetData())>;
+/// Declares the typed test suite `Name` over a type list.
+#define KVX_FAMILY(Name, ...)         \
+    template <class>                  \
+    struct Name : ::testing::Test {}; \
+    using Name##Types = __VA_ARGS__;  \
+    TYPED_TEST_SUITE(Name, Name##Types)
 
-template <class Array>
-Array ArrayOf(const std::vector<ElementOf<Array>>& values) {
-    return Array(static_cast<__int64>(values.size()), values.data());
+using Numbers = std::vector<double>;
+
+/// Calls `action(values, count)` for every block of a container: cell by cell, real before imaginary parts.
+template <class Container, class Action>
+void EachBlock(const Container& container, Action action) {
+    if constexpr (requires { container.GetArrayPtr(0, 0); }) {
+        for (__int64 row = 0; row < container.GetNumRow(); ++row) {
+            for (__int64 col = 0; col < container.GetNumCol(); ++col)
+                EachBlock(*container.GetArrayPtr(row, col), action);
+        }
+    } else if constexpr (requires { container.GetDataPtr(0, 0); }) {
+        action(container.GetDataPtr(0, 0), container.GetNumRow() * container.GetNumCol());
+    } else if constexpr (requires { container.GetReal(); }) {
+        action(container.GetReal(), container.GetNum());
+        if (container.GetImaginary()) action(container.GetImaginary(), container.GetNum());
+    } else {
+        action(container.GetData(), container.GetNum());
+    }
+}
+
+/// All elements in the order of the blocks, of a complex number both parts.
+template <class Container>
+Numbers Contents(const Container& container) {
+    Numbers all;
+    EachBlock(container, [&](const auto* values, __int64 count) {
+        for (const auto* value = values; value != values + count; ++value) {
+            if constexpr (requires { value->GetReal(); }) {
+                all.push_back(static_cast<double>(value->GetReal()));
+                all.push_back(static_cast<double>(value->GetImaginary()));
+            } else {
+                all.push_back(static_cast<double>(*value));
+            }
+        }
+    });
+    return all;
+}
+
+/// `container` with other contents, in the order of Contents.
+template <class Container>
+Container Filled(Container container, const Numbers& numbers) {
+    std::size_t next = 0;
+    EachBlock(container, [&](auto* values, __int64 count) {
+        for (auto* value = values; value != values + count; ++value) {
+            if constexpr (requires { value->GetReal(); }) {
+                using Real = decltype(value->GetReal());
+                const auto re = static_cast<Real>(numbers.at(next++));
+                value->SetData(re, static_cast<Real>(numbers.at(next++)));
+            } else {
+                *value = static_cast<std::remove_reference_t<decltype(*value)>>(numbers.at(next++));
+            }
+        }
+    });
+    EXPECT_EQ(next, numbers.size());
+    return container;
 }
 
 template <class Array>
-std::vector<ElementOf<Array>> Values(const Array& array) {
-    return {array.GetData(), array.GetData() + array.GetNum()};
+Array ArrayOf(const Numbers& numbers) {
+    return Filled(Array(static_cast<__int64>(numbers.size()), nullptr), numbers);
 }
 
-/// The vector 1, 2, ... n.
-template <typename Element>
-std::vector<Element> UpTo(int n) {
-    std::vector<Element> values;
-    for (int i = 1; i <= n; ++i) values.push_back(static_cast<Element>(i));
+/// A matrix of complex numbers, the parts of each number one after the other.
+template <class Matrix>
+Matrix NumbersOf(__int64 rows, __int64 cols, const Numbers& parts) {
+    Matrix matrix;
+    EXPECT_EQ(matrix.Create(rows, cols), 1);
+    return Filled(std::move(matrix), parts);
+}
+
+/// The numbers first, first + 1, ... last.
+inline Numbers FromTo(int first, int last) {
+    Numbers values;
+    for (int i = first; i <= last; ++i) values.push_back(i);
     return values;
 }
 
 inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kInf = std::numeric_limits<double>::infinity();
+inline constexpr double kMarker = -1.7976931348623157e308;
 inline constexpr double kSmallestNormal = 2.2250738585072014e-308;
 
-/// Counts that no machine can hold, some of them with a size in bytes that wraps, and a negative one.
-inline constexpr __int64 kAbsurdCounts[] = {-1,
-                                            __int64{1} << 50,
-                                            __int64{1} << 60,
-                                            (__int64{1} << 61) + 8,
-                                            __int64{1} << 62,
-                                            std::numeric_limits<__int64>::max()};
-
-/// Defines a concept: whether `t` of a type can do that.
-#define KVX_ABILITY(Name, ...)                         \
-    template <class T>                                 \
-    concept Name = requires(T t, CArchive & archive) { \
-        __VA_ARGS__;                                   \
-    }
+/// Counts that no machine can hold, some of them with a size in bytes that wraps.
+inline constexpr __int64 kAbsurdCounts[] = {__int64{1} << 50, __int64{1} << 60, (__int64{1} << 61) + 8,
+                                            __int64{1} << 62, std::numeric_limits<__int64>::max()};
 
 }  // namespace kvx::testing

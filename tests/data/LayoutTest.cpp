@@ -3,10 +3,12 @@
 // The archive layout of every container, to the byte: what is stored, what is loaded, and what damage does.
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <gmock/gmock.h>
 
 #include <functional>
 #include <ostream>
 #include <span>
+#include <string>
 
 #include "tests/data/DataTesting.h"
 
@@ -15,16 +17,11 @@ namespace {
 using namespace kvx::testing;
 
 /// The bytes of hexadecimal digits; blanks are for the reader.
-std::string Hex(const std::string& digits) {
+std::string Hex(std::string digits) {
+    std::erase(digits, ' ');
     std::string bytes;
-    std::string pair;
-    for (const char digit : digits) {
-        if (digit == ' ') continue;
-        pair += digit;
-        if (pair.size() < 2) continue;
-        bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
-        pair.clear();
-    }
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
     return bytes;
 }
 
@@ -65,11 +62,13 @@ LoadResult Loaded(Object object, Layout<Object> layout, const std::string& bytes
     return result;
 }
 
+using Loader = std::function<LoadResult(const std::string&)>;
+
 struct LayoutCase {
     std::string name;
     std::string bytes;
     std::function<std::string()> store;
-    std::function<LoadResult(const std::string&)> load;
+    Loader load;
 };
 
 void PrintTo(const LayoutCase& row, std::ostream* out) {
@@ -82,63 +81,17 @@ LayoutCase Case(const char* name, const Object& object, Layout<Object> layout, c
             [=](const std::string& bytes) { return Loaded(object, layout, bytes); }};
 }
 
-template <class Array>
-Array SplitArray(int isComplex) {
-    Array array(isComplex, 2);
-    array.GetReal()[0] = 1;
-    array.GetReal()[1] = -2;
-    if (isComplex) array.GetImaginary()[1] = 0.5;
-    return array;
+template <class Object>
+LayoutCase Current(const char* name, const Object& object, const std::string& hex) {
+    return Case(name, object, &Object::Serialize, hex);
 }
 
-template <class Matrix>
-Matrix RowOfTwo() {
-    Matrix matrix(1, 2, 1);
-    matrix.GetDataPtr(0, 0)[0] = 1;
-    matrix.GetDataPtr(0, 1)[0] = -2;
-    return matrix;
+template <class Object>
+LayoutCase First(const char* name, const Object& object, const std::string& hex) {
+    return Case(name, object, &Object::Serialize1st, hex);
 }
-
-template <class Matrix>
-Matrix SplitRowOfTwo() {
-    Matrix matrix(1, 1, 2, 1);
-    matrix.GetReal(0, 0)[0] = 1;
-    matrix.GetImaginary(0, 1)[0] = -2;
-    return matrix;
-}
-
-template <class Matrix>
-Matrix ColumnOfTwo() {
-    Matrix matrix;
-    matrix.Create(2, 1);
-    matrix.GetDataPtr(0, 0)->SetReal(1);
-    matrix.GetDataPtr(1, 0)->SetImaginary(-2);
-    return matrix;
-}
-
-#define KVX_CURRENT(object) object, &decltype(object)::Serialize
-#define KVX_FIRST(object) object, &decltype(object)::Serialize1st
 
 std::vector<LayoutCase> LayoutCases() {
-    const auto doubles = ArrayOf<CDataArrayDouble>({1, -2});
-    const auto floats = ArrayOf<CDataArrayFloat>({1, -2});
-    const auto longs = ArrayOf<CDataArrayLong>({1, -2});
-    const auto bools = ArrayOf<CDataArrayBool>({1, 0});
-    const CDataDoubleCplx wide(1, -2);
-    const CDataCplx narrow(1, -2);
-    const auto wideSplit = SplitArray<CDataArrayDoubleCplx>(1);
-    const auto wideReal = SplitArray<CDataArrayDoubleCplx>(0);
-    const auto narrowSplit = SplitArray<CDataArrayCplx>(1);
-    const auto narrowReal = SplitArray<CDataArrayCplx>(0);
-    const auto doubleMatrix = RowOfTwo<CDataArrayMtxDouble>();
-    const auto floatMatrix = RowOfTwo<CDataArrayMtxFloat>();
-    const auto longMatrix = RowOfTwo<CDataArrayMtxLong>();
-    const auto boolMatrix = RowOfTwo<CDataArrayMtxBool>();
-    const auto wideMatrix = SplitRowOfTwo<CDataArrayDoubleMtxCplx>();
-    const auto narrowMatrix = SplitRowOfTwo<CDataArrayMtxCplx>();
-    const auto wideNumbers = ColumnOfTwo<CDataDoubleMtxCplx>();
-    const auto narrowNumbers = ColumnOfTwo<CDataMtxCplx>();
-
     const std::string v = "01000000";  // the version word, and the number 1
     const std::string two = "02000000";
     const std::string zero = "00000000";
@@ -149,40 +102,37 @@ std::vector<LayoutCase> LayoutCases() {
 
     // clang-format off
     return {
-        Case("Double",           KVX_CURRENT(doubles),       v + two + d1 + dm2),
-        Case("Float",            KVX_CURRENT(floats),        v + two + f1 + fm2),
-        Case("FloatFirst",       KVX_FIRST(floats),              two + f1 + fm2),
-        Case("Long",             KVX_CURRENT(longs),         v + two + l1 + lm2),
-        Case("LongFirst",        KVX_FIRST(longs),               two + l1 + lm2),
-        Case("Bool",             KVX_CURRENT(bools),         v + two + l1 + zero),
-        Case("BoolFirst",        KVX_FIRST(bools),               two + l1 + zero),
-        Case("NumberDouble",     KVX_CURRENT(wide),          v + d1 + dm2),
-        Case("NumberFloat",      KVX_CURRENT(narrow),        v + f1 + fm2),
-        Case("NumberFloatFirst", KVX_FIRST(narrow),              f1 + fm2),
-        Case("SplitDouble",      KVX_CURRENT(wideSplit),     v + l1 + two + d1 + dm2 + d0 + dHalf),
-        Case("RealDouble",       KVX_CURRENT(wideReal),      v + zero + two + d1 + dm2),
-        Case("SplitFloat",       KVX_CURRENT(narrowSplit),   v + l1 + two + f1 + fm2 + f0 + fHalf),
-        Case("SplitFloatFirst",  KVX_FIRST(narrowSplit),         l1 + two + f1 + fm2 + f0 + fHalf),
-        Case("RealFloatFirst",   KVX_FIRST(narrowReal),          zero + two + f1 + fm2),
+        Current("Double",                ArrayOf<CDataArrayDouble>({1, -2}),                         v + two + d1 + dm2),
+        Current("Float",                 ArrayOf<CDataArrayFloat>({1, -2}),                          v + two + f1 + fm2),
+        First("FloatFirst",              ArrayOf<CDataArrayFloat>({1, -2}),                          two + f1 + fm2),
+        Current("Long",                  ArrayOf<CDataArrayLong>({1, -2}),                           v + two + l1 + lm2),
+        First("LongFirst",               ArrayOf<CDataArrayLong>({1, -2}),                           two + l1 + lm2),
+        Current("Bool",                  ArrayOf<CDataArrayBool>({1, 0}),                            v + two + l1 + zero),
+        First("BoolFirst",               ArrayOf<CDataArrayBool>({1, 0}),                            two + l1 + zero),
+        Current("NumberDouble",          CDataDoubleCplx(1, -2),                                     v + d1 + dm2),
+        Current("NumberFloat",           CDataCplx(1, -2),                                           v + f1 + fm2),
+        First("NumberFloatFirst",        CDataCplx(1, -2),                                           f1 + fm2),
+        Current("SplitDouble",           Filled(CDataArrayDoubleCplx(1, 2), {1, -2, 0, 0.5}),        v + l1 + two + d1 + dm2 + d0 + dHalf),
+        Current("RealDouble",            Filled(CDataArrayDoubleCplx(0, 2), {1, -2}),                v + zero + two + d1 + dm2),
+        Current("SplitFloat",            Filled(CDataArrayCplx(1, 2), {1, -2, 0, 0.5}),              v + l1 + two + f1 + fm2 + f0 + fHalf),
+        First("SplitFloatFirst",         Filled(CDataArrayCplx(1, 2), {1, -2, 0, 0.5}),              l1 + two + f1 + fm2 + f0 + fHalf),
+        First("RealFloatFirst",          Filled(CDataArrayCplx(0, 2), {1, -2}),                      zero + two + f1 + fm2),
         // rows, columns, samples, then each cell
-        Case("MatrixDouble",     KVX_CURRENT(doubleMatrix),  v + l1 + two + l1 + v + l1 + d1 + v + l1 + dm2),
-        Case("MatrixFloat",      KVX_CURRENT(floatMatrix),   v + l1 + two + l1 + v + l1 + f1 + v + l1 + fm2),
-        Case("MatrixFloatFirst", KVX_FIRST(floatMatrix),         l1 + two + l1 +     l1 + f1 +     l1 + fm2),
-        Case("MatrixLong",       KVX_CURRENT(longMatrix),    v + l1 + two + l1 + v + l1 + l1 + v + l1 + lm2),
-        Case("MatrixLongFirst",  KVX_FIRST(longMatrix),          l1 + two + l1 +     l1 + l1 +     l1 + lm2),
-        Case("MatrixBool",       KVX_CURRENT(boolMatrix),    v + l1 + two + l1 + v + l1 + l1 + v + l1 + lm2),
-        Case("MatrixBoolFirst",  KVX_FIRST(boolMatrix),          l1 + two + l1 +     l1 + l1 +     l1 + lm2),
+        Current("MatrixDouble",          Filled(CDataArrayMtxDouble(1, 2, 1), {1, -2}),              v + l1 + two + l1 + v + l1 + d1 + v + l1 + dm2),
+        Current("MatrixFloat",           Filled(CDataArrayMtxFloat(1, 2, 1), {1, -2}),               v + l1 + two + l1 + v + l1 + f1 + v + l1 + fm2),
+        First("MatrixFloatFirst",        Filled(CDataArrayMtxFloat(1, 2, 1), {1, -2}),               l1 + two + l1 + l1 + f1 + l1 + fm2),
+        Current("MatrixLong",            Filled(CDataArrayMtxLong(1, 2, 1), {1, -2}),                v + l1 + two + l1 + v + l1 + l1 + v + l1 + lm2),
+        First("MatrixLongFirst",         Filled(CDataArrayMtxLong(1, 2, 1), {1, -2}),                l1 + two + l1 + l1 + l1 + l1 + lm2),
+        Current("MatrixBool",            Filled(CDataArrayMtxBool(1, 2, 1), {1, -2}),                v + l1 + two + l1 + v + l1 + l1 + v + l1 + lm2),
+        First("MatrixBoolFirst",         Filled(CDataArrayMtxBool(1, 2, 1), {1, -2}),                l1 + two + l1 + l1 + l1 + l1 + lm2),
         // flag, rows, columns, samples, then each cell: flag, samples, blocks
-        Case("MatrixSplit",      KVX_CURRENT(wideMatrix),
-             v + l1 + l1 + two + l1 + v + l1 + l1 + d1 + d0 + v + l1 + l1 + d0 + dm2),
-        Case("MatrixSplitFloat", KVX_CURRENT(narrowMatrix),
-             v + l1 + l1 + two + l1 + v + l1 + l1 + f1 + f0 + v + l1 + l1 + f0 + fm2),
-        Case("MatrixSplitFloatFirst", KVX_FIRST(narrowMatrix),
-                 l1 + l1 + two + l1 +     l1 + l1 + f1 + f0 +     l1 + l1 + f0 + fm2),
+        Current("MatrixSplit",           Filled(CDataArrayDoubleMtxCplx(1, 1, 2, 1), {1, 0, 0, -2}), v + l1 + l1 + two + l1 + v + l1 + l1 + d1 + d0 + v + l1 + l1 + d0 + dm2),
+        Current("MatrixSplitFloat",      Filled(CDataArrayMtxCplx(1, 1, 2, 1), {1, 0, 0, -2}),       v + l1 + l1 + two + l1 + v + l1 + l1 + f1 + f0 + v + l1 + l1 + f0 + fm2),
+        First("MatrixSplitFloatFirst",   Filled(CDataArrayMtxCplx(1, 1, 2, 1), {1, 0, 0, -2}),       l1 + l1 + two + l1 + l1 + l1 + f1 + f0 + l1 + l1 + f0 + fm2),
         // rows, columns, then each number
-        Case("NumbersDouble",     KVX_CURRENT(wideNumbers),   v + two + l1 + v + d1 + d0 + v + d0 + dm2),
-        Case("NumbersFloat",      KVX_CURRENT(narrowNumbers), v + two + l1 + v + f1 + f0 + v + f0 + fm2),
-        Case("NumbersFloatFirst", KVX_FIRST(narrowNumbers),       two + l1 +     f1 + f0 +     f0 + fm2),
+        Current("NumbersDouble",         NumbersOf<CDataDoubleMtxCplx>(2, 1, {1, 0, 0, -2}),         v + two + l1 + v + d1 + d0 + v + d0 + dm2),
+        Current("NumbersFloat",          NumbersOf<CDataMtxCplx>(2, 1, {1, 0, 0, -2}),               v + two + l1 + v + f1 + f0 + v + f0 + fm2),
+        First("NumbersFloatFirst",       NumbersOf<CDataMtxCplx>(2, 1, {1, 0, 0, -2}),               two + l1 + f1 + f0 + f0 + fm2),
     };
     // clang-format on
 }
@@ -213,15 +163,8 @@ INSTANTIATE_TEST_SUITE_P(Layouts, EveryLayout, ::testing::ValuesIn(LayoutCases()
 
 // ---- damage
 
-struct DamageCase {
-    const char* name;
-    std::function<LoadResult(const std::string&)> load;
-    std::string bytes;
-    int cause;
-};
-
 template <class Object>
-std::function<LoadResult(const std::string&)> Into(const Object& object) {
+Loader Into(const Object& object) {
     return [=](const std::string& bytes) { return Loaded(object, &Object::Serialize, bytes); };
 }
 
@@ -229,13 +172,18 @@ TEST(DamagedLayout, ImpossibleCountsAllocateNothingAndLeaveTheObjectEmpty) {
     constexpr int kNone = CFileException::none;
     constexpr int kEnd = CFileException::endOfFile;
     const auto array = Into(CDataArrayDouble(3, 1.0));
-    const auto split = Into(SplitArray<CDataArrayDoubleCplx>(1));
-    const auto matrix = Into(RowOfTwo<CDataArrayMtxDouble>());
-    const auto splitMatrix = Into(SplitRowOfTwo<CDataArrayDoubleMtxCplx>());
-    const auto numbers = Into(ColumnOfTwo<CDataDoubleMtxCplx>());
+    const auto split = Into(CDataArrayDoubleCplx(1, 2));
+    const auto matrix = Into(CDataArrayMtxDouble(1, 2, 1));
+    const auto splitMatrix = Into(CDataArrayDoubleMtxCplx(1, 1, 2, 1));
+    const auto numbers = Into(NumbersOf<CDataDoubleMtxCplx>(2, 1, Numbers(4)));
     const std::string d1 = "000000000000F03F";
     // clang-format off
-    const DamageCase kDamage[] = {
+    const struct {
+        const char* name;
+        Loader load;
+        std::string bytes;
+        int cause;
+    } kDamage[] = {
         {"array, negative count",      array,       "01000000 FFFFFFFF" + d1, kNone},
         {"array, huge count",          array,       "01000000 FFFFFF7F" + d1, kEnd},
         {"array, one too many",        array,       "01000000 02000000" + d1, kEnd},
@@ -258,7 +206,7 @@ TEST(DamagedLayout, ImpossibleCountsAllocateNothingAndLeaveTheObjectEmpty) {
         {"numbers, huge",              numbers,     "01000000 FFFFFF7F FFFFFF7F" + d1, kEnd},
     };
     // clang-format on
-    for (const DamageCase& row : kDamage) {
+    for (const auto& row : kDamage) {
         const LoadResult result = row.load(Hex(row.bytes));
         EXPECT_EQ(result.cause, row.cause) << row.name;
         EXPECT_TRUE(result.isEmpty) << row.name;
@@ -266,8 +214,7 @@ TEST(DamagedLayout, ImpossibleCountsAllocateNothingAndLeaveTheObjectEmpty) {
 }
 
 TEST(Layout, TheVersionWordIsIgnored) {
-    const LoadResult result =
-        Loaded(CDataArrayLong(), &CDataArrayLong::Serialize, Hex("63000000 01000000 07000000"));
+    const LoadResult result = Into(CDataArrayLong())(Hex("63000000 01000000 07000000"));
     EXPECT_EQ(result.storedAgain, Hex("01000000 01000000 07000000"));
 }
 
@@ -276,19 +223,16 @@ TEST(Layout, AMatrixWithoutSamplesComesBack) {
     ASSERT_EQ(matrix.SetData(0, nullptr), 1);
     const std::string bytes = Stored(matrix, &CDataArrayMtxDouble::Serialize);
     EXPECT_EQ(bytes, Hex("01000000 01000000 02000000 00000000 01000000 00000000 01000000 00000000"));
-    EXPECT_EQ(Loaded(CDataArrayMtxDouble(), &CDataArrayMtxDouble::Serialize, bytes).storedAgain, bytes);
+    EXPECT_EQ(Into(CDataArrayMtxDouble())(bytes).storedAgain, bytes);
 }
 
 template <class Object>
 void ExpectNotStored(Object& object) {
     kvx::MemoryStream stream;
     CArchive archive(stream, CArchive::store);
-    try {
-        object.Serialize(archive);
-        ADD_FAILURE() << "a wrong count was stored";
-    } catch (const CFileException& exception) {
-        EXPECT_EQ(exception.m_cause, CFileException::genericException);
-    }
+    EXPECT_THAT([&] { object.Serialize(archive); },
+                ::testing::Throws<CFileException>(
+                    ::testing::Field(&CFileException::m_cause, CFileException::genericException)));
     archive.Flush();
     EXPECT_EQ(stream.Bytes().size(), 0U);
 }
@@ -300,7 +244,7 @@ TEST(Layout, ACountBeyond32BitsIsNotStored) {
 }
 
 TEST(Layout, AMatrixWithACellOfAnotherLengthIsNotStored) {
-    auto matrix = RowOfTwo<CDataArrayMtxDouble>();
+    CDataArrayMtxDouble matrix(1, 2, 1);
     matrix.GetArrayPtr(0, 1)->Append(3.0);
     ExpectNotStored(matrix);
 }
