@@ -189,6 +189,10 @@ TYPED_TEST(CplxArrayFamily, TakesRealPartsAndKeepsItsOwnFlag) {
     array = ArrayOf<RealArray>({7, 8, 9});
     EXPECT_EQ(array.IsComplex(), 1);
     EXPECT_EQ(Contents(array), (Numbers{7, 8, 9, 0, 0, 0}));
+    TypeParam other(0, 3);
+    other = array;
+    EXPECT_EQ(other == array, 1) << "a complex array brings its flag";
+    EXPECT_EQ(Contents(other), Contents(array));
     array = RealArray();
     EXPECT_EQ(array == TypeParam(), 1);
     array = ArrayOf<RealArray>({7});

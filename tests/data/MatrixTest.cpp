@@ -174,7 +174,11 @@ TYPED_TEST(CplxArrayMatrixFamily, SharesOneFlagAndLengthAmongTheCells) {
     EXPECT_EQ(TypeParam(0, 2, 3, 4).GetImaginary(0, 0), nullptr);
     EXPECT_EQ(matrix.Create(1, 2, 3, 0), 0);
     EXPECT_EQ(matrix == TypeParam(1, 2, 3, 4), 1);
-    EXPECT_EQ(matrix == TypeParam(0, 2, 3, 4), 0);
+    TypeParam other(0, 2, 3, 4);
+    EXPECT_EQ(other == matrix, 0);
+    other = matrix;
+    EXPECT_EQ(other == matrix, 1);
+    EXPECT_NE(other.GetImaginary(1, 2), nullptr);
     EXPECT_EQ(matrix.Create(1, __int64{1} << 31, __int64{1} << 33, 1), 0);
     ExpectEmpty(matrix);
 }
