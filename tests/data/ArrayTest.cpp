@@ -188,11 +188,11 @@ KVX_FAMILY(FloatingFamily, FloatingArrays);
 
 TYPED_TEST(FloatingFamily, FillsTheElementsThatAreThere) {
     TypeParam array(2, nullptr);
-    EXPECT_EQ(array.SetData(1.5F), 1);
-    EXPECT_EQ(Contents(array), (Numbers{1.5, 1.5}));
-    EXPECT_EQ(TypeParam().SetData(1.5F), 0);
+    EXPECT_EQ(array.SetData(2), 1);
+    EXPECT_EQ(Contents(array), (Numbers{2, 2}));
+    EXPECT_EQ(TypeParam().SetData(2), 0);
     array.SetData(0, nullptr);
-    EXPECT_EQ(array.SetData(1.5F), 0) << "a block without elements";
+    EXPECT_EQ(array.SetData(2), 0) << "a block without elements";
 }
 
 TYPED_TEST(FloatingFamily, IsAllZeroOnlyWithNothingButZeros) {
