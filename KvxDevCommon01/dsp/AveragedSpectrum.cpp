@@ -2,27 +2,20 @@
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
+#include <KvxDevCommon01/dsp/detail/TrigTables.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstdint>
 
 namespace kvx {
 namespace {
 
 constexpr __int64 kSmallestBlock = 2;
-constexpr __int64 kLargestBlock = 131072;
-
-bool IsBlockSize(__int64 size) {
-    return size >= kSmallestBlock && size <= kLargestBlock &&
-           std::has_single_bit(static_cast<std::uint64_t>(size));
-}
 
 }  // namespace
 
 bool BlockCut::IsValid() const {
-    return IsBlockSize(size) && overlap >= 0 && overlap < size;
+    return IsTransformSize(size, kSmallestBlock) && overlap >= 0 && overlap < size;
 }
 
 __int64 BlockCut::Count(__int64 samples) const {
@@ -34,9 +27,9 @@ int BlockTransform::SetWindow(const CDataArrayDouble& window) {
     const __int64 size = window.GetNum();
     sum_ = window.GetSum();
     squareSum_ = window.GetSqSum(0, size);
-    if (IsBlockSize(size) && sum_ != 0.0 && std::isfinite(sum_) && std::isfinite(squareSum_) &&
-        window_.SetData(size, window.GetData()) && real_.SetData(size, nullptr) &&
-        imaginary_.SetData(size, nullptr)) {
+    if (IsTransformSize(size, kSmallestBlock) && sum_ != 0.0 && std::isfinite(sum_) &&
+        std::isfinite(squareSum_) && window_.SetData(size, window.GetData()) &&
+        real_.SetData(size, nullptr) && imaginary_.SetData(size, nullptr)) {
         return 1;
     }
     *this = BlockTransform();

@@ -308,7 +308,7 @@ public:
     /// floor(n a/(b c) + 0.5); 0 when that is no number of 64 bits.
     static __int64 GetNumConvFs(double a, double b, __int64 n, double c);
     /// Changes the sampling rate of a waveform, band-limited: flat to 88 % of half the lower of both rates,
-    /// -120 dB from half the lower rate on. Sample i of `out`, made GetNumConvFs(newFs, oldFs, n, 1) samples
+    /// -118 dB from half the lower rate on. Sample i of `out`, made GetNumConvFs(newFs, oldFs, n, 1) samples
     /// long, stands at i/newFs; what lies outside `in` follows from `term`. Fails for an empty `in`, rates
     /// that are not positive or differ by more than a factor of 1000, and when no sample results. `out` must
     /// not be `in`.

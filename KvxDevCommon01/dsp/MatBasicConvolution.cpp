@@ -11,9 +11,7 @@
 #include <KvxDevCommon01/dsp/detail/TrigTables.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 #include <numbers>
 
@@ -21,11 +19,9 @@ namespace {
 
 using std::numbers::pi;
 
-constexpr __int64 kSmallestBlock = 4;
-constexpr __int64 kLargestBlock = __int64{1} << kvx::kMaxLog2Size;
-
+/// Whether frames of half of n samples can be laid over each other by half.
 bool IsBlockSize(__int64 n) {
-    return n >= kSmallestBlock && n <= kLargestBlock && std::has_single_bit(static_cast<std::uint64_t>(n));
+    return kvx::IsTransformSize(n, 4);
 }
 
 bool IsTerm(CMatBasic::DATA_TERM term) {
@@ -198,7 +194,7 @@ int CMatBasic::CalcConvolCoef(const CDataArrayDoubleCplx& in, CDataArrayDoubleCp
     constexpr double kRollOff = 6.0;
     if (out == nullptr || workSpec == nullptr || workWave == nullptr || workImag == nullptr) return 0;
     if (out == workSpec || workWave == workImag) return 0;
-    if (!IsBlockSize(n) || 2 * n > kLargestBlock || in.GetNum() != n / 2 || !IsComplex(in, n / 2)) return 0;
+    if (!IsBlockSize(n) || !IsBlockSize(2 * n) || in.GetNum() != n / 2 || !IsComplex(in, n / 2)) return 0;
     if (!(a >= 0.0 && a <= 1.0 && b >= 0.0 && b <= 1.0)) return 0;
     if (mode != IXFR_DC_ZERO && mode != IXFR_DC_FIRST_LINE && mode != IXFR_DC_SETTLED) return 0;
     const double size = static_cast<double>(n);

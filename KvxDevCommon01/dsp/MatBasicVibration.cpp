@@ -8,6 +8,7 @@
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/detail/AnalysisWindow.h>
+#include <KvxDevCommon01/dsp/detail/RootOfPower.h>
 
 #include <algorithm>
 #include <array>
@@ -19,6 +20,7 @@
 namespace {
 
 using kvx::kNoValue;
+using kvx::RootOfPower;
 using std::numbers::pi;
 
 // Below this angular frequency [rad/s] a line stands at 0 Hz and has no velocity.
@@ -32,10 +34,6 @@ constexpr std::array<double, 20> kHannLeakage = {
 
 double Square(double x) {
     return x * x;
-}
-
-double RootOfPower(double power) {
-    return power < 0.0 ? 0.0 : std::sqrt(power);
 }
 
 /// Gain of a Butterworth high-pass of any order; 1 without an order.

@@ -20,8 +20,7 @@ constexpr int kLog2SmallestKernel = 4;
 
 bool ValidArguments(const double* wave, const double* work, __int64 size, const double* re, const double* im,
                     __int64 lineCount) {
-    return wave != nullptr && work != nullptr && re != nullptr && im != nullptr && size >= 1 &&
-           size <= __int64{1} << kMaxLog2Size && std::has_single_bit(static_cast<std::uint64_t>(size)) &&
+    return wave != nullptr && work != nullptr && re != nullptr && im != nullptr && IsTransformSize(size) &&
            lineCount >= 1 && lineCount <= size;
 }
 

@@ -5,6 +5,7 @@
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/detail/ProfileSegment.h>
+#include <KvxDevCommon01/dsp/detail/RootOfPower.h>
 
 #include <algorithm>
 #include <cmath>
@@ -87,20 +88,10 @@ struct LineRange {
     }
 };
 
-/// Square root of a sum of powers, 0 for a negative one; a NaN stays.
-double RootOfPower(double power) {
-    return power < 0.0 ? 0.0 : std::sqrt(power);
-}
-
 void SetRandomPhase(double* re, double* im, __int64 k, double amp, std::uint32_t* seed) {
     const double phase = 2.0 * std::numbers::pi * CMatBasic::GenRandom(seed);
     re[k] = amp * std::cos(phase);
     im[k] = amp * std::sin(phase);
-}
-
-/// Segment i of the profile.
-kvx::ProfileSegment SegmentAt(const CDataArrayDouble& freq, const CDataArrayDouble& level, __int64 i) {
-    return {freq[i], level[i], freq[i + 1], level[i + 1]};
 }
 
 /// Whether a blended gain has come to 1 from the side that its slope starts on.
@@ -236,7 +227,7 @@ double CMatSpec::CalcPowRms(const CDataArrayDoubleCplx& pow, __int64 first, __in
 double CMatSpec::CalcPsdRms(const double* psd, __int64 n, double df, __int64 first, __int64 last) {
     const auto range = LineRange::Of(n, first, last);
     if (psd == nullptr || !range || !(df > 0.0)) return 0.0;
-    return RootOfPower(df * range->Sum([psd](__int64 k) { return psd[k]; }));
+    return kvx::RootOfPower(df * range->Sum([psd](__int64 k) { return psd[k]; }));
 }
 
 double CMatSpec::CalcPsdRms(const CDataArrayDouble& psd, double df, __int64 first, __int64 last) {
@@ -254,7 +245,7 @@ double CMatSpec::CalcPsdRms(const CDataArrayDouble& psd, const CDataArrayDouble&
     if (!range) return 0.0;
     double power = 0.0;
     for (__int64 i = range->first; i < range->last; ++i) {
-        const kvx::ProfileSegment segment = SegmentAt(freq, psd, i);
+        const kvx::ProfileSegment segment = kvx::SegmentAt(freq, psd, i);
         if (segment.f1 > 0.0 && segment.f2 > 0.0 && segment.p1 > 0.0) power += segment.Area();
     }
     return power > 0.0 ? std::sqrt(power) : 0.0;
@@ -330,7 +321,7 @@ int CMatSpec::GenRandomPhaseSpec(CDataArrayDoubleCplx* out, double amp, std::uin
 int CMatSpec::GetLevelFromFreq(double f, __int64 index, const CDataArrayDouble& freq,
                                const CDataArrayDouble& level, double* out) {
     if (out == nullptr || !Match(&freq, level) || index < 0 || index >= freq.GetNum() - 1) return 0;
-    const kvx::ProfileSegment segment = SegmentAt(freq, level, index);
+    const kvx::ProfileSegment segment = kvx::SegmentAt(freq, level, index);
     if (!(segment.f1 <= f && f <= segment.f2)) return 0;
     *out = segment.LevelAt(f);
     return 1;

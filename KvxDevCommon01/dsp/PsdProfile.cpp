@@ -18,10 +18,6 @@ bool AllPositive(const CDataArrayDouble& values) {
     return std::all_of(values.GetData(), values.GetData() + values.GetNum(), IsPositive);
 }
 
-ProfileSegment SegmentAt(const CDataArrayDouble& freqHz, const CDataArrayDouble& level, __int64 i) {
-    return {freqHz[i], level[i], freqHz[i + 1], level[i + 1]};
-}
-
 }  // namespace
 
 int PsdProfile::SetPoints(const CDataArrayDouble& freqHz, const CDataArrayDouble& level) {

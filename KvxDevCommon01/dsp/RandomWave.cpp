@@ -6,6 +6,7 @@
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
+#include <KvxDevCommon01/dsp/detail/TrigTables.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,14 +18,12 @@ namespace kvx {
 namespace {
 
 constexpr __int64 kSmallestFrame = 16;
-constexpr __int64 kLargestFrame = 131072;
+constexpr __int64 kLargestFrame = __int64{1} << kMaxLog2Size;
 
 /// The frame size that the settings name or leave open; 0 when they name none that is allowed.
 __int64 FrameSize(const RandomWaveSettings& settings, const PsdProfile& profile) {
     if (settings.frameSize != 0) {
-        const bool allowed = settings.frameSize >= kSmallestFrame && settings.frameSize <= kLargestFrame &&
-                             CMatBasic::GreaterEqPow2(settings.frameSize) == settings.frameSize;
-        return allowed ? settings.frameSize : 0;
+        return IsTransformSize(settings.frameSize, kSmallestFrame) ? settings.frameSize : 0;
     }
     constexpr double kShortest = 1024.0;
     constexpr double kLinesBelowProfile = 8.0;

@@ -3,6 +3,8 @@
 // One segment of a breakpoint profile: a straight line on log-log axes between two points.
 #pragma once
 
+#include <KvxDevCommon01/data/DataArray.h>
+
 #include <cmath>
 
 namespace kvx {
@@ -38,5 +40,10 @@ struct ProfileSegment {
         return p1 * f1 * (std::expm1(exponent * span) / exponent);
     }
 };
+
+/// The segment from point i of a profile to the next.
+inline ProfileSegment SegmentAt(const CDataArrayDouble& freq, const CDataArrayDouble& level, __int64 i) {
+    return {freq[i], level[i], freq[i + 1], level[i + 1]};
+}
 
 }  // namespace kvx

@@ -7,6 +7,7 @@
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/dsp/kernels/FftKernels.h>
 
+#include <bit>
 #include <cstdint>
 
 namespace kvx {
@@ -19,6 +20,12 @@ inline constexpr std::int64_t kSineCount = 98304;
 
 /// The largest transform, of 2^17 points.
 inline constexpr std::int64_t kMaxLog2Size = 17;
+
+/// Whether `size` is a power of two from `smallest` to that size.
+inline bool IsTransformSize(std::int64_t size, std::int64_t smallest = 1) {
+    return size >= smallest && size <= std::int64_t{1} << kMaxLog2Size &&
+           std::has_single_bit(static_cast<std::uint64_t>(size));
+}
 
 /// The sine table. Exactly symmetric: sin(pi - x) and sin x, cos x and sin(pi/2 + x) are the same bits.
 KVX_API const double* SineTable();
