@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <limits>
 #include <sstream>
 #include <string>
 
@@ -100,7 +99,7 @@ TEST(AveragedSpectrum, NeedsAWindowBlocksAndAPlaceForTheResult) {
     for (const __int64 count : {0, 1, 1000, 262144})
         EXPECT_EQ(spectrum.Begin(CDataArrayDouble(count, 1.0), 0), 0) << count;
     EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, 0.0), 0), 0);
-    EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, std::nan("")), 0), 0);
+    EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, kNaN), 0), 0);
     EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, 1.0), 16), 0);
     EXPECT_EQ(spectrum.Add(signal), 0);
     ASSERT_EQ(spectrum.Begin(CDataArrayDouble(16, 1.0), 0), 1);
@@ -121,7 +120,7 @@ TEST(CalcBlockSpectrum, ReadsComplexAmplitudesOfOneBlock) {
     EXPECT_NEAR(lines.GetReal()[100], 0.0, 1e-12);
     EXPECT_NEAR(lines.GetImaginary()[100], -3.0, 1e-12);
     EXPECT_EQ(kvx::CalcBlockSpectrum(&lines, wave, 1976, Hann(1024)), 1);
-    for (const __int64 start : {__int64{1977}, __int64{-1}, std::numeric_limits<__int64>::max()}) {
+    for (const __int64 start : {__int64{1977}, __int64{-1}, kFarthest}) {
         EXPECT_EQ(kvx::CalcBlockSpectrum(&lines, wave, start, Hann(1024)), 0) << start;
     }
     EXPECT_EQ(kvx::CalcBlockSpectrum(&lines, wave, 0, CDataArrayDouble()), 0);

@@ -99,4 +99,18 @@ TEST(FftKernels, TheActiveSetIsOneThatTheMachineCanRun) {
     EXPECT_NE(std::find(sets.begin(), sets.end(), &kvx::ActiveFftKernels()), sets.end());
 }
 
+TEST(SineTable, HoldsSinesToTheLastPlace) {
+    const double* const table = kvx::SineTable();
+    for (std::int64_t k = 0; k < kvx::kSineCount; ++k) {
+        const long double exact =
+            std::sin(static_cast<long double>(k) * std::numbers::pi_v<long double> / 65536);
+        const double lastPlace = table[k] == 0.0 ? 0.0 : std::ldexp(1.0, std::ilogb(table[k]) - 52);
+        // Near the half turn the angle's own rounding counts.
+        const auto error = static_cast<double>(std::fabs(static_cast<long double>(table[k]) - exact));
+        ASSERT_LE(error, 0.51 * lastPlace + 1e-18) << k;
+    }
+    EXPECT_EQ(table[65536], 0.0);
+    EXPECT_EQ(table[32768], 1.0);
+}
+
 }  // namespace

@@ -6,15 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
-#include <numbers>
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kNone = kvx::kNoValue<double>;
 
 Wave Resampled(const Wave& in, double newF0, double newDf, CMatBasic::CONV_RATE law, std::int64_t count,
                double oldF0 = 1, double oldDf = 1) {
@@ -148,12 +141,10 @@ TEST(ConvFs, RefusesRatesAndSignalsWithoutMeaning) {
     const auto convert = [&](double newFs, double oldFs, const CDataArrayDouble& wave, int term = 1) {
         return CMatBasic::ConvFs(&out, wave, newFs, oldFs, static_cast<CMatBasic::DATA_TERM>(term));
     };
-    EXPECT_THAT(
-        (std::vector<int>{convert(0, 1, in), convert(1, 0, in), convert(-1, -1, in), convert(kNaN, 1, in),
-                          convert(kInfinity, 1, in), convert(kInfinity, kInfinity, in), convert(1001, 1, in),
-                          convert(1, 1001, in), convert(1, 30, in), convert(2, 1, in, 9), convert(2, 1, {}),
-                          convert(2, 1, out), CMatBasic::ConvFs(nullptr, in, 2, 1, CMatBasic::TERM_HOLD)}),
-        testing::Each(0));
+    EXPECT_TRUE(AllFail(convert(0, 1, in), convert(1, 0, in), convert(-1, -1, in), convert(kNaN, 1, in),
+                        convert(kInfinity, 1, in), convert(kInfinity, kInfinity, in), convert(1001, 1, in),
+                        convert(1, 1001, in), convert(1, 30, in), convert(2, 1, in, 9), convert(2, 1, {}),
+                        convert(2, 1, out), CMatBasic::ConvFs(nullptr, in, 2, 1, CMatBasic::TERM_HOLD)));
     EXPECT_EQ(ToWave(out), Wave(3, 7.0));
 }
 

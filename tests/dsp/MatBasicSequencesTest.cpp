@@ -4,13 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(CreateSeqLin, StepsFromTheStart) {
     CDataArrayDouble out;
@@ -125,6 +119,20 @@ TEST(Trim, MapsTheUnroundableToZero) {
     }
     for (const double step : {0.0, kNaN, kInfinity})
         EXPECT_EQ(CMatBasic::TrimValStep(3, step, CMatBasic::TRIM_UP), 0.0);
+}
+
+TEST(GenRandom, FollowsTheRecurrenceFromAnySeed) {
+    for (const std::uint32_t start : {0U, 1U, 1664500U, 4294967295U}) {
+        std::uint32_t seed = start;
+        std::uint64_t expected = start;
+        for (int i = 0; i < 1000; ++i) {
+            expected = (expected * 1229 + 351750) % (std::uint64_t{1} << 32) % 1664501;
+            const double value = CMatBasic::GenRandom(&seed);
+            ASSERT_EQ(seed, expected) << "seed " << start << " call " << i;
+            ASSERT_DOUBLE_EQ(value, static_cast<double>(expected) / 1664501.0);
+        }
+    }
+    EXPECT_EQ(CMatBasic::GenRandom(nullptr), 0.0);
 }
 
 }  // namespace

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 
 #include <KvxDevCommon01/dsp/MatBasic.h>
-#include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
+#include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <tests/dsp/Signals.h>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-const double kNaN = std::nan("");
 
 /// Whether a complex array holds these values.
 bool Holds(const CDataArrayDoubleCplx& spectrum, const Wave& re, const Wave& im) {
@@ -91,60 +89,40 @@ TEST(CMatSpec, SumsPowersOverARangeOfLines) {
     EXPECT_TRUE(std::isnan(CMatSpec::CalcPowRms(ToArray({kNaN}), 0, 0)));
 }
 
-TEST(CMatSpec, KeepsTheMeanSquareOfAWave) {
-    Wave wave = Noise(512), work(512);
-    CDataArrayDoubleCplx lines(1, 257);
-    CMatFFT::WaveRfft(wave.data(), work.data(), 512, lines.GetReal(), lines.GetImaginary(), 257);
-    // The line at half the rate is its own twin; the scaling of waves doubles its power.
-    lines.GetReal()[256] *= std::numbers::sqrt2 / 2.0;
-    EXPECT_NEAR(CMatSpec::CalcFouRms(lines, 0, 0, 0), ToArray(wave).CalcRms(0, 0), 1e-15);
-}
-
 TEST(CMatSpec, FailsOnWhatDoesNotFitTogether) {
+    using Spec = CMatSpec;
     const CDataArrayDouble three(3, 1.0);
     const CDataArrayDoubleCplx three2(1, 3), empty2;
     CDataArrayDouble out(3, 9.0), shorter(2, 9.0);
     CDataArrayDoubleCplx out2 = ToSpectrum({9, 9, 9}, {9, 9, 9}), shorter2(1, 2);
+    double* const block = out.GetData();
     std::uint32_t seed = 5;
     for (CDataArrayDouble* const bad : {static_cast<CDataArrayDouble*>(nullptr), &shorter}) {
-        EXPECT_EQ(CMatSpec::CnvCplxToPow(bad, three2, 0), 0);
-        EXPECT_EQ(CMatSpec::CnvCplxToPsd(bad, three2, 1.0, 0), 0);
-        EXPECT_EQ(CMatSpec::CnvPowToPsd(bad, three, 1.0), 0);
-        EXPECT_EQ(CMatSpec::CnvAmpToPsd(bad, three, 1.0, 0), 0);
-        EXPECT_EQ(CMatSpec::CnvPsdToAmp(bad, three, 1.0, 0), 0);
-        EXPECT_EQ(CMatSpec::ChangePsdLevel(1.0, three, bad), 0);
-        EXPECT_EQ(CMatSpec::ChangePsdLevel(1.0, 2.0, 1.0, three, bad), 0);
-        EXPECT_EQ(CMatSpec::ChangePsdLevelRatio(1.0, 2.0, 1.0, three, bad, 0.0), 0);
-        EXPECT_EQ(CMatSpec::GetLevelFromFreq(1.0, 0, three, shorter, bad == nullptr ? nullptr : &shorter[0]),
-                  0);
+        double* const level = bad == nullptr ? nullptr : &shorter[0];
+        EXPECT_TRUE(AllFail(Spec::CnvCplxToPow(bad, three2, 0), Spec::CnvCplxToPsd(bad, three2, 1, 0),
+                            Spec::CnvPowToPsd(bad, three, 1), Spec::CnvAmpToPsd(bad, three, 1, 0),
+                            Spec::CnvPsdToAmp(bad, three, 1, 0), Spec::ChangePsdLevel(1, three, bad),
+                            Spec::ChangePsdLevel(1, 2, 1, three, bad),
+                            Spec::ChangePsdLevelRatio(1, 2, 1, three, bad, 0),
+                            Spec::GetLevelFromFreq(1, 0, three, shorter, level)));
     }
     for (CDataArrayDoubleCplx* const bad : {static_cast<CDataArrayDoubleCplx*>(nullptr), &shorter2}) {
-        EXPECT_EQ(CMatSpec::CnvAmpToPsd(bad, three2, 1.0, 0), 0);
-        EXPECT_EQ(CMatSpec::CnvPsdToAmp(bad, three2, 1.0, 0), 0);
-        EXPECT_EQ(CMatSpec::CalcCrossPow(bad, three2, three2, 0), 0);
-        EXPECT_EQ(CMatSpec::CalcXfr(bad, three2, three2), 0);
-        EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(bad, three, &seed), 0);
+        EXPECT_TRUE(AllFail(Spec::CnvAmpToPsd(bad, three2, 1, 0), Spec::CnvPsdToAmp(bad, three2, 1, 0),
+                            Spec::CalcCrossPow(bad, three2, three2, 0), Spec::CalcXfr(bad, three2, three2),
+                            Spec::GenRandomPhaseSpec(bad, three, &seed)));
     }
-    EXPECT_EQ(CMatSpec::CalcCrossPow(&out2, three2, shorter2, 0), 0);
-    EXPECT_EQ(CMatSpec::CalcXfr(&out2, empty2, three2), 0);
-    EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(&out2, three, nullptr), 0);
-    EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(&out2, 1.0, nullptr), 0);
-    EXPECT_EQ(CMatSpec::GenRandomPhaseSpec(nullptr, 1.0, &seed), 0);
     for (const double df : {0.0, -1.0, kNaN}) {
-        EXPECT_EQ(CMatSpec::CnvCplxToPsd(&out, three2, df, 0), 0);
-        EXPECT_EQ(CMatSpec::CnvPowToPsd(&out, three, df), 0);
-        EXPECT_EQ(CMatSpec::CnvAmpToPsd(&out, three, df, 0), 0);
-        EXPECT_EQ(CMatSpec::CnvPsdToAmp(&out, three, df, 0), 0);
-        EXPECT_EQ(CMatSpec::CnvAmpToPsd(&out2, three2, df, 0), 0);
-        EXPECT_EQ(CMatSpec::CalcPsdRms(three, df, 0, 0), 0.0);
+        EXPECT_TRUE(AllFail(Spec::CnvCplxToPsd(&out, three2, df, 0), Spec::CnvPowToPsd(&out, three, df),
+                            Spec::CnvAmpToPsd(&out, three, df, 0), Spec::CnvPsdToAmp(&out, three, df, 0),
+                            Spec::CnvAmpToPsd(&out2, three2, df, 0), Spec::CalcPsdRms(three, df, 0, 0)));
     }
-    EXPECT_EQ(CMatSpec::CnvAmpToPsd(nullptr, out.GetData(), 3, 1.0, 0), 0);
-    EXPECT_EQ(CMatSpec::CnvPsdToAmp(out.GetData(), nullptr, 3, 1.0, 0), 0);
-    EXPECT_EQ(CMatSpec::CnvPsdToAmp(out.GetData(), out.GetData(), 0, 1.0, 0), 0);
-    EXPECT_EQ(CMatSpec::CalcAmpRms(nullptr, 1, 0, 0, 0), 0.0);
-    EXPECT_EQ(CMatSpec::CalcPowRms(nullptr, 1, 0, 0), 0.0);
-    EXPECT_EQ(CMatSpec::CalcFouRms(empty2, 0, 0, 0), 0.0);
-    EXPECT_EQ(CMatSpec::CalcPsdRms(three, shorter, 0, 0), 0.0);
+    EXPECT_TRUE(
+        AllFail(Spec::CalcCrossPow(&out2, three2, shorter2, 0), Spec::CalcXfr(&out2, empty2, three2),
+                Spec::GenRandomPhaseSpec(&out2, three, nullptr), Spec::GenRandomPhaseSpec(&out2, 1, nullptr),
+                Spec::GenRandomPhaseSpec(nullptr, 1, &seed), Spec::CnvAmpToPsd(nullptr, block, 3, 1, 0),
+                Spec::CnvPsdToAmp(block, nullptr, 3, 1, 0), Spec::CnvPsdToAmp(block, block, 0, 1, 0)));
+    EXPECT_TRUE(AllFail(Spec::CalcAmpRms(nullptr, 1, 0, 0, 0), Spec::CalcPowRms(nullptr, 1, 0, 0),
+                        Spec::CalcFouRms(empty2, 0, 0, 0), Spec::CalcPsdRms(three, shorter, 0, 0)));
     EXPECT_EQ(ToWave(out), Wave(3, 9.0));
     EXPECT_TRUE(Holds(out2, Wave(3, 9.0), Wave(3, 9.0)));
     EXPECT_EQ(seed, 5U);
@@ -261,6 +239,81 @@ TEST(GetLevelFromFreq, FollowsTheSegmentThatTheIndexNames) {
     for (const __int64 index : {-1, 5, 6})
         EXPECT_EQ(CMatSpec::GetLevelFromFreq(50, index, freq, level, &out), 0) << index;
     EXPECT_EQ(out, 9.0);
+}
+
+/// A filter, and its gain in power at x = f/fc.
+struct ShapeCase {
+    CMatSpec::PSD_FILTER filter;
+    double parameter;
+    double (*power)(double x);
+};
+
+const ShapeCase kShapes[] = {
+    // clang-format off
+    {CMatSpec::FILTER_LPF1, 0,         [](double x) { return 1 / (1 + x * x); }},
+    {CMatSpec::FILTER_HPF1, 0,         [](double x) { return x * x / (1 + x * x); }},
+    {CMatSpec::FILTER_LPF2, 20,        [](double x) { return 1 / (std::pow(1 - x * x, 2) + x * x / 400); }},
+    {CMatSpec::FILTER_HPF2, 20,        [](double x) { return std::pow(x, 4) / (std::pow(1 - x * x, 2) + x * x / 400); }},
+    {CMatSpec::FILTER_BW_LPF, 8,       [](double x) { return 1 / (1 + std::pow(x, 16)); }},
+    {CMatSpec::FILTER_BW_HPF, 3,       [](double x) { return 1 / (1 + std::pow(x, -6)); }},
+    {CMatSpec::FILTER_LIN_LPF, 2,      [](double x) { return x > 1 ? std::pow(x, -4) : 1; }},
+    {CMatSpec::FILTER_LIN_HPF, 1,      [](double x) { return x < 1 ? x * x : 1; }},
+    {CMatSpec::FILTER_TRANC_LPF, 0,    [](double x) { return x > 1 ? 0.0 : 1.0; }},
+    {CMatSpec::FILTER_TRANC_HPF, 0,    [](double x) { return x < 1 ? 0.0 : 1.0; }},
+    // clang-format on
+};
+
+TEST(FilteringPsd, FollowsTheFilteredProfileWithin002Decibels) {
+    constexpr double kCorner = 80.0;
+    for (const ShapeCase& shape : kShapes) {
+        SCOPED_TRACE(shape.filter);
+        CDataArrayDouble freq = ToArray({5, 20, 300, 2000}), psd = ToArray({0.01, 0.04, 0.04, 0.001});
+        kvx::PsdProfile before, after;
+        ASSERT_EQ(before.SetPoints(freq, psd), 1);
+        ASSERT_EQ(CMatSpec::FilteringPsd(kCorner, shape.filter, &freq, &psd, shape.parameter), 1);
+        ASSERT_EQ(after.SetPoints(freq, psd), 1) << "the points are in order";
+        for (double f = 5.0; f < 2000.0; f *= 1.001) {
+            const double expected = before.GetLevel(f) * shape.power(f / kCorner);
+            // A part cut off is 0 in both.
+            const double errorDb =
+                expected == 0.0 ? after.GetLevel(f) : 10 * std::log10(after.GetLevel(f) / expected);
+            ASSERT_NEAR(errorDb, 0.0, expected == 0.0 ? 0.0 : 0.02) << f;
+        }
+        EXPECT_LT(freq.GetNum(), 400);
+    }
+}
+
+TEST(FilteringPsd, AddsOnlyTheCornerToAStraightSlope) {
+    CDataArrayDouble freq = ToArray({10, 1000}), psd = ToArray({1, 1});
+    ASSERT_EQ(CMatSpec::FilteringPsd(100, CMatSpec::FILTER_LIN_HPF, &freq, &psd, 2), 1);
+    EXPECT_EQ(ToWave(freq), (Wave{10, 100, 1000}));
+    EXPECT_NEAR(psd[0], 1e-4, 1e-18);
+    EXPECT_EQ(ToWave(psd.GetData() + 1, 2), (Wave{1, 1}));
+}
+
+TEST(FilteringPsd, KeepsLevelsAboveZeroHoweverSteepTheFilter) {
+    CDataArrayDouble freq = ToArray({1, 1e6}), psd = ToArray({1, 1});
+    ASSERT_EQ(CMatSpec::FilteringPsd(1, CMatSpec::FILTER_LIN_LPF, &freq, &psd, 100), 1);
+    EXPECT_EQ(psd[psd.GetNum() - 1], std::numeric_limits<double>::min());
+}
+
+TEST(FilteringPsd, RefusesWhatHasNoMeaningAndChangesNothing) {
+    CDataArrayDouble freq = ToArray({10, 100}), psd = ToArray({1, 2}), unordered = ToArray({100, 10}),
+                     three(3, 1.0);
+    const auto run = [&](double fc, int filter, double parameter) {
+        return CMatSpec::FilteringPsd(fc, filter, &freq, &psd, parameter);
+    };
+    for (const double bad : {0.0, -1.0, kNaN}) EXPECT_EQ(run(bad, CMatSpec::FILTER_LPF1, 0), 0);
+    for (const int filter : {0, 11, -1}) EXPECT_EQ(run(50, filter, 1), 0);
+    for (const double bad : {0.0, 17.0, kNaN}) EXPECT_EQ(run(50, CMatSpec::FILTER_BW_LPF, bad), 0);
+    EXPECT_EQ(run(10, CMatSpec::FILTER_TRANC_LPF, 0), 0) << "one point remains";
+    EXPECT_TRUE(AllFail(run(50, CMatSpec::FILTER_LPF2, 0), run(50, CMatSpec::FILTER_LIN_LPF, kNaN),
+                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, &unordered, &psd, 0),
+                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, &three, &psd, 0),
+                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, nullptr, &psd, 0),
+                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, &freq, nullptr, 0)));
+    EXPECT_EQ(ToWave(freq), (Wave{10, 100}));
+    EXPECT_EQ(ToWave(psd), (Wave{1, 2}));
 }
 
 }  // namespace

@@ -6,14 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 namespace {
 
 using kvx::PsdProfile;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-const double kNaN = std::nan("");
 
 TEST(PsdProfile, HasThePublishedRmsOfTheScreeningProfile) {
     PsdProfile profile = ScreeningProfile();

@@ -99,9 +99,9 @@ TEST(GenerateRandomWave, RefusesSettingsItCannotFollow) {
     EXPECT_EQ(GenerateRandomWave(&wave, ScreeningProfile(), good, nullptr), 0);
     EXPECT_EQ(GenerateRandomWave(&wave, kvx::PsdProfile(), good, &seed), 0);
     using Case = RandomWaveSettings;
-    for (const Case& bad : {Case{0.0, 0.0, 0}, Case{std::nan(""), 0.0, 0}, Case{30.0, 0.0, 0},
-                            Case{5120.0, -1.0, 0}, Case{5120.0, std::nan(""), 0}, Case{5120.0, 0.0, 1000},
-                            Case{5120.0, 0.0, 8}, Case{5120.0, 0.0, 262144}, Case{5120.0, 0.0, -1024}}) {
+    for (const Case& bad : {Case{0.0, 0.0, 0}, Case{kNaN, 0.0, 0}, Case{30.0, 0.0, 0}, Case{5120.0, -1.0, 0},
+                            Case{5120.0, kNaN, 0}, Case{5120.0, 0.0, 1000}, Case{5120.0, 0.0, 8},
+                            Case{5120.0, 0.0, 262144}, Case{5120.0, 0.0, -1024}}) {
         EXPECT_EQ(GenerateRandomWave(&wave, ScreeningProfile(), bad, &seed), 0)
             << bad.rateHz << ' ' << bad.frameSize;
     }

@@ -1,24 +1,45 @@
 // SPDX-License-Identifier: MIT
 //
-// Test signals and the transform by its definition, in extended precision.
+// Test signals, extreme numbers and the transform by its definition, in extended precision.
 #pragma once
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <complex>
 #include <cstdint>
+#include <limits>
 #include <numbers>
 #include <span>
 #include <vector>
 
 using Wave = std::vector<double>;
 using Line = std::complex<long double>;
+using Results = std::vector<__int64>;
+
+inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
+inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kNone = kvx::kNoValue<double>;
+inline constexpr __int64 kFarthest = std::numeric_limits<__int64>::max();
+inline constexpr __int64 kLowest = std::numeric_limits<__int64>::min();
 
 inline std::int64_t Size(const Wave& wave) {
     return static_cast<std::int64_t>(wave.size());
+}
+
+/// Whether all of these results are 0; says which one is not.
+template <class... Result>
+testing::AssertionResult AllFail(Result... results) {
+    int position = 0;
+    for (const double result : {static_cast<double>(results)...}) {
+        ++position;
+        if (result != 0.0) return testing::AssertionFailure() << "number " << position << " gave " << result;
+    }
+    return testing::AssertionSuccess();
 }
 
 /// Uniform noise in [-1, 1).
