@@ -23,10 +23,11 @@ struct BlockCut {
     /// Full blocks in a signal of `samples` samples; 0 for a cut that is not valid.
     KVX_API __int64 Count(__int64 samples) const;
 
-    /// Calls visit(first sample of the block) for each full block, and returns how many there were.
+    /// Calls visit(first sample of the block) for each full block, and returns how many there were; none in a
+    /// null signal.
     template <class Visit>
     __int64 ForEach(const double* signal, __int64 samples, Visit visit) const {
-        const __int64 count = Count(samples);
+        const __int64 count = signal != nullptr ? Count(samples) : 0;
         for (__int64 block = 0; block < count; ++block) visit(signal + block * (size - overlap));
         return count;
     }

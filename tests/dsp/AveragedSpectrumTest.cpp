@@ -104,7 +104,7 @@ TEST(AveragedSpectrum, NeedsAWindowBlocksAndAPlaceForTheResult) {
     EXPECT_EQ(spectrum.Add(signal), 0);
     ASSERT_EQ(spectrum.Begin(CDataArrayDouble(16, 1.0), 0), 1);
     EXPECT_EQ(spectrum.GetAmplitude(&out), 0);
-    EXPECT_EQ(spectrum.Add(CDataArrayDouble()), 0);
+    EXPECT_EQ(spectrum.Add(CDataArrayDouble()) + spectrum.Add(nullptr, 4096), 0);
     ASSERT_EQ(spectrum.Add(signal), 256);
     EXPECT_EQ(spectrum.GetPsd(1.0, nullptr), 0);
     EXPECT_EQ(spectrum.GetPsd(0.0, &out), 0);
