@@ -94,21 +94,17 @@ TEST(AveragedSpectrum, NeedsAWindowBlocksAndAPlaceForTheResult) {
     AveragedSpectrum spectrum;
     CDataArrayDouble out;
     const CDataArrayDouble signal(4096, 1.0);
-    EXPECT_EQ(spectrum.Add(signal), 0);
-    EXPECT_EQ(spectrum.GetPsd(1.0, &out), 0);
+    EXPECT_TRUE(AllFail(spectrum.Add(signal), spectrum.GetPsd(1.0, &out)));
     for (const __int64 count : {0, 1, 1000, 262144})
         EXPECT_EQ(spectrum.Begin(CDataArrayDouble(count, 1.0), 0), 0) << count;
-    EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, 0.0), 0), 0);
-    EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, kNaN), 0), 0);
-    EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, 1.0), 16), 0);
-    EXPECT_EQ(spectrum.Add(signal), 0);
+    for (const double value : {0.0, kNaN})
+        EXPECT_EQ(spectrum.Begin(CDataArrayDouble(16, value), 0), 0) << value;
+    EXPECT_TRUE(AllFail(spectrum.Begin(CDataArrayDouble(16, 1.0), 16), spectrum.Add(signal)));
     ASSERT_EQ(spectrum.Begin(CDataArrayDouble(16, 1.0), 0), 1);
-    EXPECT_EQ(spectrum.GetAmplitude(&out), 0);
-    EXPECT_EQ(spectrum.Add(CDataArrayDouble()) + spectrum.Add(nullptr, 4096), 0);
+    EXPECT_TRUE(
+        AllFail(spectrum.GetAmplitude(&out), spectrum.Add(CDataArrayDouble()), spectrum.Add(nullptr, 4096)));
     ASSERT_EQ(spectrum.Add(signal), 256);
-    EXPECT_EQ(spectrum.GetPsd(1.0, nullptr), 0);
-    EXPECT_EQ(spectrum.GetPsd(0.0, &out), 0);
-    EXPECT_EQ(out.GetNum(), 0);
+    EXPECT_TRUE(AllFail(spectrum.GetPsd(1.0, nullptr), spectrum.GetPsd(0.0, &out), out.GetNum()));
 }
 
 TEST(CalcBlockSpectrum, ReadsComplexAmplitudesOfOneBlock) {
@@ -120,7 +116,7 @@ TEST(CalcBlockSpectrum, ReadsComplexAmplitudesOfOneBlock) {
     EXPECT_NEAR(lines.GetReal()[100], 0.0, 1e-12);
     EXPECT_NEAR(lines.GetImaginary()[100], -3.0, 1e-12);
     EXPECT_EQ(kvx::CalcBlockSpectrum(&lines, wave, 1976, Hann(1024)), 1);
-    for (const __int64 start : {__int64{1977}, __int64{-1}, kFarthest}) {
+    for (const __int64 start : Results{1977, -1, kFarthest}) {
         EXPECT_EQ(kvx::CalcBlockSpectrum(&lines, wave, start, Hann(1024)), 0) << start;
     }
     EXPECT_EQ(kvx::CalcBlockSpectrum(&lines, wave, 0, CDataArrayDouble()), 0);

@@ -75,26 +75,22 @@ protected:
     const CDataArrayDoubleCplx spectrum_ = response_.Spectrum(block_);
 };
 
-TEST_P(FilteringTest, EqualsTheDirectConvolutionFromEndToEnd) {
-    CDataArrayDouble out(wave_.GetNum(), 7.0), inPlace = wave_;
-    ASSERT_EQ(CMatBasic::SpecFiltering(&out, wave_, term_, spectrum_, block_), 1);
-    ASSERT_EQ(CMatBasic::SpecFiltering(&inPlace, inPlace, term_, spectrum_, block_), 1);
-    for (__int64 i = 0; i < out.GetNum(); ++i) {
-        ASSERT_NEAR(out[i], response_.Convolve(wave_, i, term_), response_.Tolerance()) << i;
-        ASSERT_EQ(inPlace[i], out[i]);
-    }
-}
-
-TEST_P(FilteringTest, ChangesOnlyTheStretchAskedFor) {
-    const __int64 first = wave_.GetNum() / 3, last = wave_.GetNum() * 2 / 3;
-    CDataArrayDouble out(wave_.GetNum(), 7.0), inPlace = wave_;
-    ASSERT_EQ(CMatBasic::SpecFilteringModPeri(&out, wave_, term_, spectrum_, block_, first, last), 1);
-    ASSERT_EQ(CMatBasic::SpecFilteringModPeri(&inPlace, inPlace, term_, spectrum_, block_, first, last), 1);
-    for (__int64 i = 0; i < out.GetNum(); ++i) {
-        const bool isInside = i >= first && i <= last;
-        const double expected = isInside ? response_.Convolve(wave_, i, term_) : wave_[i];
-        ASSERT_NEAR(out[i], expected, isInside ? response_.Tolerance() : 0.0) << i;
-        ASSERT_EQ(inPlace[i], out[i]);
+TEST_P(FilteringTest, EqualsTheDirectConvolutionInTheStretchAskedFor) {
+    const __int64 n = wave_.GetNum();
+    for (const auto& [first, last] : {std::pair<__int64, __int64>{0, n - 1}, {n / 3, n * 2 / 3}}) {
+        const auto filter = [&, from = first, to = last](CDataArrayDouble* out, const CDataArrayDouble& in) {
+            return to - from == n - 1
+                       ? CMatBasic::SpecFiltering(out, in, term_, spectrum_, block_)
+                       : CMatBasic::SpecFilteringModPeri(out, in, term_, spectrum_, block_, from, to);
+        };
+        CDataArrayDouble out(n, 7.0), inPlace = wave_;
+        ASSERT_EQ(filter(&out, wave_) + filter(&inPlace, inPlace), 2);
+        for (__int64 i = 0; i < n; ++i) {
+            const bool isInside = i >= first && i <= last;
+            const double expected = isInside ? response_.Convolve(wave_, i, term_) : wave_[i];
+            ASSERT_NEAR(out[i], expected, isInside ? response_.Tolerance() : 0.0) << i;
+            ASSERT_EQ(inPlace[i], out[i]);
+        }
     }
 }
 

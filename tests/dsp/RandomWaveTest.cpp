@@ -94,10 +94,10 @@ TEST(GenerateRandomWave, RefusesSettingsItCannotFollow) {
     CDataArrayDouble wave(100, 7.0), empty;
     std::uint32_t seed = 1;
     const RandomWaveSettings good{.rateHz = 5120.0};
-    EXPECT_EQ(GenerateRandomWave(nullptr, ScreeningProfile(), good, &seed), 0);
-    EXPECT_EQ(GenerateRandomWave(&empty, ScreeningProfile(), good, &seed), 0);
-    EXPECT_EQ(GenerateRandomWave(&wave, ScreeningProfile(), good, nullptr), 0);
-    EXPECT_EQ(GenerateRandomWave(&wave, kvx::PsdProfile(), good, &seed), 0);
+    EXPECT_TRUE(AllFail(GenerateRandomWave(nullptr, ScreeningProfile(), good, &seed),
+                        GenerateRandomWave(&empty, ScreeningProfile(), good, &seed),
+                        GenerateRandomWave(&wave, ScreeningProfile(), good, nullptr),
+                        GenerateRandomWave(&wave, kvx::PsdProfile(), good, &seed)));
     using Case = RandomWaveSettings;
     for (const Case& bad : {Case{0.0, 0.0, 0}, Case{kNaN, 0.0, 0}, Case{30.0, 0.0, 0}, Case{5120.0, -1.0, 0},
                             Case{5120.0, kNaN, 0}, Case{5120.0, 0.0, 1000}, Case{5120.0, 0.0, 8},
