@@ -42,6 +42,7 @@
 #include <KvxDevCommon01/units/ValConv.h>
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatLib.h>

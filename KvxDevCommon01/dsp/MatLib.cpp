@@ -3,6 +3,7 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatLib.h>
 #include <KvxDevCommon01/dsp/detail/AnalysisWindow.h>
@@ -12,37 +13,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-
-namespace {
-
-/// Powers of two channels, summed over blocks; the products are output times the conjugate of the input.
-struct ChannelPowers {
-    explicit ChannelPowers(__int64 lineCount)
-        : input(lineCount, nullptr), output(lineCount, nullptr), cross(1, lineCount) {}
-
-    bool IsAllocated() const {
-        return input.GetData() != nullptr && output.GetData() != nullptr && cross.GetReal() != nullptr;
-    }
-
-    void Add(const kvx::BlockTransform& x, const kvx::BlockTransform& y) {
-        for (__int64 k = 0; k < cross.GetNum(); ++k) {
-            const double xRe = x.GetReal()[k];
-            const double xIm = x.GetImaginary()[k];
-            const double yRe = y.GetReal()[k];
-            const double yIm = y.GetImaginary()[k];
-            input.GetData()[k] += xRe * xRe + xIm * xIm;
-            output.GetData()[k] += yRe * yRe + yIm * yIm;
-            cross.GetReal()[k] += yRe * xRe + yIm * xIm;
-            cross.GetImaginary()[k] += yIm * xRe - yRe * xIm;
-        }
-    }
-
-    CDataArrayDouble input;
-    CDataArrayDouble output;
-    CDataArrayDoubleCplx cross;
-};
-
-}  // namespace
 
 int MatLibFFTSetMaxSample(int maxSample) {
     if (maxSample < 1 || maxSample > 1 << kvx::kMaxLog2Size) return 0;
@@ -108,31 +78,16 @@ int MatLibCalcXFR(double* xfrRe, double* xfrIm, double* coherence, const double*
         return 0;
     }
     CDataArrayDouble windowSamples;
-    kvx::BlockTransform inputTransform;
-    kvx::BlockTransform outputTransform;
-    ChannelPowers powers(blockSize / 2);
-    if (!powers.IsAllocated() || !kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
-        !inputTransform.SetWindow(windowSamples) || !outputTransform.SetWindow(windowSamples)) {
+    CDataArrayDoubleCplx xfr;
+    CDataArrayDouble coherenceLines;
+    kvx::AveragedTransfer transfer;
+    if (!kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
+        !transfer.Begin(windowSamples, overlap) || transfer.Add(input, output, count) == 0 ||
+        !transfer.GetTransfer(&xfr) || (coherence != nullptr && !transfer.GetCoherence(&coherenceLines))) {
         return 0;
     }
-    cut.ForEach(input, count, [&](const double* block) {
-        inputTransform.Transform(block);
-        outputTransform.Transform(output + (block - input));
-        powers.Add(inputTransform, outputTransform);
-    });
-    for (__int64 k = 0; k < powers.cross.GetNum(); ++k) {
-        const double re = powers.cross.GetReal()[k];
-        const double im = powers.cross.GetImaginary()[k];
-        const double inputPower = powers.input[k];
-        const double outputPower = powers.output[k];
-        xfrRe[k] = inputPower == 0.0 ? 0.0 : re / inputPower;
-        xfrIm[k] = inputPower == 0.0 ? 0.0 : im / inputPower;
-        if (coherence != nullptr) {
-            const bool hasPower = inputPower != 0.0 && outputPower != 0.0;
-            coherence[k] =
-                hasPower ? (re / inputPower) * (re / outputPower) + (im / inputPower) * (im / outputPower)
-                         : 0.0;
-        }
-    }
+    std::copy_n(xfr.GetReal(), xfr.GetNum(), xfrRe);
+    std::copy_n(xfr.GetImaginary(), xfr.GetNum(), xfrIm);
+    if (coherence != nullptr) std::copy_n(coherenceLines.GetData(), coherenceLines.GetNum(), coherence);
     return 1;
 }
