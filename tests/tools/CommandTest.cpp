@@ -113,6 +113,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx import a.csv -o none/x.vdf2 --rate 1", 1, "cannot write 'none/x.vdf2': its folder does not exist\n"},
     WrongCase{"kvx import a.csv -o dir --rate 1", 1, "cannot write 'dir': it is a folder\n"},
     WrongCase{"kvx import a.csv -o /dev/full --rate 1", 1, "cannot write '/dev/full': the disk is full\n"},
+    WrongCase{"ulimit -f 1; kvx import a.csv -o x.vdf2 --rate 1", 1, "cannot write 'x.vdf2': the disk is full\n"},
     WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --full-scale 2", 1, "cannot import 'a.csv': --full-scale is for sound"},
     WrongCase{"kvx info a.csv", 1, "cannot read 'a.csv': it is not a file of the suite\n"},
     WrongCase{"kvx info short.vdf2", 1, "cannot read 'short.vdf2': record 1: the file ends too early\n"},

@@ -281,6 +281,10 @@ void AddAnalysisOptions(CLI::App& command, AnalysisOptions* options) {
     command.add_option("--window", options->window, "Window: " + WindowNames())
         ->type_name("NAME")
         ->capture_default_str();
+    command.add_option("--overlap", options->overlapPercent, "Overlap of the blocks in percent")
+        ->type_name("PERCENT")
+        ->check(FiniteNumber())
+        ->capture_default_str();
     AddChannelOptions(command, &options->channels);
     command.add_option("--from", options->fromHz, "Report rms and highest line from this frequency on")
         ->type_name("HZ")
@@ -289,13 +293,6 @@ void AddAnalysisOptions(CLI::App& command, AnalysisOptions* options) {
         ->type_name("HZ")
         ->check(PositiveNumber());
     command.add_flag("--json", options->json, "Report as JSON, with all digits");
-}
-
-void AddOverlapOption(CLI::App& command, AnalysisOptions* options) {
-    command.add_option("--overlap", options->overlapPercent, "Overlap of the blocks in percent")
-        ->type_name("PERCENT")
-        ->check(FiniteNumber())
-        ->capture_default_str();
 }
 
 void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteStream& out) {

@@ -27,9 +27,7 @@ struct AnalysisOptions {
     bool json = false;
 };
 
-/// Describes all options but those of the averaging.
 void AddAnalysisOptions(CLI::App& command, AnalysisOptions* options);
-void AddOverlapOption(CLI::App& command, AnalysisOptions* options);
 
 /// A waveform to be analysed, in the standard unit of its dimension.
 struct Signal {

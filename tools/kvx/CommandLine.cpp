@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -74,6 +75,9 @@ int RunCommandLine(int argc, const char* const* argv) {
                            AddShowValue, AddFolders}) {
         add(app, &action);
     }
+
+    // A file that grows beyond the limit set for it is a failed write, not the end of the process.
+    std::signal(SIGXFSZ, SIG_IGN);
 
     StandardOutput out;
     try {

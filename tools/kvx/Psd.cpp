@@ -36,7 +36,6 @@ void AddPsd(CLI::App& app, Action* action) {
     const auto options = std::make_shared<AnalysisOptions>();
     CLI::App* command = app.add_subcommand("psd", "Averaged power spectral density of time waveforms");
     AddAnalysisOptions(*command, options.get());
-    AddOverlapOption(*command, options.get());
     command->footer(
         "One-sided density in the square of the channel's unit per hertz, averaged over all full blocks; no\n"
         "mean or trend is removed. The rms is that of the lines in the band.\n\n"

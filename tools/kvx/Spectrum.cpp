@@ -77,7 +77,6 @@ void AddSpectrum(CLI::App& app, Action* action) {
     const auto options = std::make_shared<SpectrumOptions>();
     CLI::App* command = app.add_subcommand("spectrum", "Amplitude spectrum of time waveforms");
     AddAnalysisOptions(*command, &options->analysis);
-    AddOverlapOption(*command, &options->analysis);
     command->add_flag("--complex", options->isComplex,
                       "Complex spectrum of one block instead of averaged amplitudes");
     command
