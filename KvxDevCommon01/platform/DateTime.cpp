@@ -127,8 +127,10 @@ COleDateTime::COleDateTime(double oleDays) : days_(oleDays) {
 COleDateTime::COleDateTime(int year, int month, int day, int hour, int minute, int second) {
     const year_month_day date(std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
                               std::chrono::day(static_cast<unsigned>(day)));
-    if (year < 100 || year > kLastYear || month < 1 || month > 12 || day < 1 || !date.ok() || hour < 0 ||
-        hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) {
+    // The calendar's types keep no more than the low bits of a number out of range.
+    const bool isDate =
+        year >= 100 && year <= kLastYear && month >= 1 && month <= 12 && day >= 1 && day <= 31 && date.ok();
+    if (!isDate || hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) {
         status_ = invalid;
         return;
     }
