@@ -57,7 +57,9 @@ void CComThread::ThreadRelease() {
     // when it runs again, a running one at once.
     const bool deletesItself = m_bAutoDelete != 0;
     const bool isStopped = stopped_ != 0;
-    PostThreadMessage(kvx::kQuitMessage, 0, 0);
+    const BOOL isPosted = PostThreadMessage(kvx::kQuitMessage, 0, 0);
+    // Ending a thread, other than posting, needs no memory.
+    if (!isPosted && !deletesItself) EndThread();
     if (isStopped) ThreadStart();
     if (deletesItself || IsCurrentThread()) return;
     while (!released_ && !HasEnded()) kvx::CurrentClock().Sleep(kReleasePollMs);

@@ -4,10 +4,10 @@
 // owner creates it (ThreadInit, at rest), starts, stops and restarts it, and releases it at last; the thread
 // itself calls DispachMessage and ThreadWait from its step. The state may be read from anywhere.
 //
-// A stopped thread rests in its loop between two steps, never inside one: a step that is under way when
-// ThreadStop is called is finished first, and no other begins before ThreadStart. An exception that leaves
-// the step ends the thread as a quit message would; the owner finds it in GetFailure. An object stands for
-// one thread and is not initialised a second time.
+// A stopped thread rests in its loop between two turns, never inside one: a turn (the waiting messages, then
+// the step) that is under way when ThreadStop is called is finished first, and no other begins before
+// ThreadStart. An exception that leaves the step ends the thread as a quit message would; the owner finds it
+// in GetFailure. An object stands for one thread and is not initialised a second time.
 #pragma once
 
 #include <atomic>
@@ -35,7 +35,7 @@ public:
     /// Lets a stopped thread run, at normal priority. Without a thread, or when it runs, nothing happens; the
     /// same for ThreadStop when it is stopped.
     void ThreadStart();
-    /// Holds the thread between two steps, at idle priority; does not wait for it to get there.
+    /// Holds the thread between two turns, at idle priority; does not wait for it to get there.
     void ThreadStop();
     /// Posts the quit message, lets a stopped thread run and waits, asking every 20 ms, until the thread has
     /// ended. It does not wait when the object deletes itself (the object may be gone then) or when the

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "tests/support/FailingMemory.h"
 #include "tests/support/TestClock.h"
 
 namespace {
@@ -55,33 +56,6 @@ class ComThread : public testing::Test {
 protected:
     TestClock clock_;
 };
-
-TEST_F(ComThread, ItIsCreatedStoppedAndStepsFromStartToRelease) {
-    Worker worker;
-    EXPECT_EQ(worker.IsStoped(), 1);
-    ASSERT_EQ(worker.ThreadInit(), 1);
-    EXPECT_EQ(worker.ThreadInit(), 0);
-    worker.PostThreadMessage(kNote, 1, 0);
-    EXPECT_EQ(worker.DispachMessage(1), 1) << "the messages are not the owner's to handle";
-    EXPECT_TRUE(worker.notes.empty());
-    EXPECT_EQ(worker.IsStoped(), 1);
-    EXPECT_EQ(worker.IsInitialized() + worker.IsExcite() + worker.IsRelease(), 0);
-    worker.ThreadStart();
-    EXPECT_EQ(worker.IsStoped(), 0);
-    EXPECT_EQ(worker.WaitThreadStart(), 1);
-    EXPECT_EQ(worker.IsInitialized(), 1);
-    EXPECT_EQ(worker.IsExcite(), 1);
-    worker.WaitForStepsBeyond(3);
-    worker.ThreadRelease();
-    EXPECT_EQ(worker.IsRelease(), 1);
-    EXPECT_TRUE(worker.HasEnded());
-    EXPECT_GT(worker.steps, 3);
-    const int steps = worker.steps;
-    worker.ThreadStop();
-    worker.ThreadStart();
-    worker.ThreadRelease();
-    EXPECT_EQ(worker.steps, steps);
-}
 
 TEST_F(ComThread, TheLoopSleepsBeforeEachStep) {
     for (const int sleepMs : {200, 7, 0, -1}) {
@@ -135,6 +109,8 @@ TEST_F(ComThread, ThreadsThatNeverRanAreReleasedWithoutAStep) {
     Worker stopped;
     ASSERT_EQ(stopped.ThreadInit(), 1);
     stopped.PostThreadMessage(kNote, 9, 0);
+    EXPECT_EQ(stopped.DispachMessage(1), 1) << "the messages are not the owner's to handle";
+    EXPECT_TRUE(stopped.notes.empty());
     stopped.ThreadRelease();
     EXPECT_EQ(stopped.IsRelease(), 1);
     EXPECT_EQ(stopped.steps, 0);
@@ -204,11 +180,21 @@ TEST_F(ComThread, AnObjectThatDeletesItselfIsReleasedWithoutWaiting) {
 TEST_F(ComThread, TheRunTimeClassCreatesThreads) {
     const CRuntimeClass* description = CComThread::GetThisClass();
     EXPECT_STREQ(description->m_lpszClassName, "CComThread");
-    EXPECT_STREQ(description->m_pBaseClass->m_lpszClassName, "CWinThread");
+    EXPECT_EQ(description->m_pBaseClass, CWinThread::GetThisClass());
     const std::unique_ptr<CWinThread> thread(description->CreateObject());
     ASSERT_NE(thread, nullptr);
     EXPECT_EQ(thread->GetRuntimeClass(), description);
     EXPECT_EQ(description->m_pBaseClass->CreateObject(), nullptr);
+}
+
+TEST_F(ComThread, AReleaseNeedsNoMemory) {
+    CComThread thread;
+    ASSERT_EQ(thread.ThreadInit(), 1);
+    const FailingMemory none(0);
+    while (thread.PostThreadMessage(kNote, 0, 0)) {
+    }
+    thread.ThreadRelease();
+    EXPECT_EQ(thread.IsRelease(), 1);
 }
 
 TEST_F(ComThread, DestroyingItIsSafeInEveryState) {
@@ -223,18 +209,28 @@ TEST_F(ComThread, DestroyingItIsSafeInEveryState) {
     }
 }
 
-TEST_F(ComThread, AThousandCyclesOfStartStopRestartAndReleaseRunThrough) {
+TEST_F(ComThread, AThousandCyclesFromCreationToReleaseRunThrough) {
     for (int cycle = 0; cycle < 1000; ++cycle) {
         Worker worker;
         ASSERT_EQ(worker.ThreadInit(), 1);
+        ASSERT_EQ(worker.ThreadInit(), 0);
+        ASSERT_EQ(worker.IsStoped(), 1);
+        ASSERT_EQ(worker.IsInitialized() + worker.IsExcite() + worker.IsRelease(), 0);
         worker.ThreadStart();
+        ASSERT_EQ(worker.IsStoped(), 0);
         ASSERT_EQ(worker.WaitThreadStart(), 1);
+        ASSERT_EQ(worker.IsInitialized() + worker.IsExcite(), 2);
         worker.ThreadStop();
         worker.ThreadStart();
         worker.WaitForStepsBeyond(0);
         worker.ThreadRelease();
         ASSERT_EQ(worker.IsRelease(), 1);
-        ASSERT_GE(worker.steps, 1);
+        const int steps = worker.steps;
+        ASSERT_GE(steps, 1);
+        worker.ThreadStop();
+        worker.ThreadStart();
+        worker.ThreadRelease();
+        ASSERT_EQ(worker.steps, steps) << "what has ended does not begin again";
     }
 }
 
