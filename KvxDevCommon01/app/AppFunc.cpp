@@ -171,12 +171,11 @@ namespace kvx {
 
 std::optional<std::wstring> SharePath(std::wstring_view path, std::wstring_view root,
                                       std::wstring_view computer) {
-    constexpr std::wstring_view kSeparators = L"\\/";
-    if (computer.empty() || computer.find_first_of(kSeparators) != computer.npos) return std::nullopt;
-    if (!root.empty() && kSeparators.find(root.back()) != kSeparators.npos) root.remove_suffix(1);
+    if (computer.empty() || computer.find_first_of(kPathSeparators) != computer.npos) return std::nullopt;
+    if (!root.empty() && kPathSeparators.find(root.back()) != kPathSeparators.npos) root.remove_suffix(1);
     if (!path.starts_with(root)) return std::nullopt;
     path.remove_prefix(root.size());
-    if (path.empty() || kSeparators.find(path.front()) == kSeparators.npos) return std::nullopt;
+    if (path.empty() || kPathSeparators.find(path.front()) == kPathSeparators.npos) return std::nullopt;
     std::wstring share = L"\\\\" + std::wstring(computer) + L"\\KVX$" + std::wstring(path);
     if (share.size() > kMaxPath) return std::nullopt;
     return share;

@@ -20,7 +20,6 @@ struct CodePageName {
     const char* hostName;
 };
 
-constexpr unsigned int kUtf8 = 65001;
 constexpr unsigned int kDefaultCodePage = 932;
 
 constexpr std::array<CodePageName, 4> kCodePages = {{
@@ -74,7 +73,8 @@ unsigned int SystemCodePage() {
         unsigned int codePage = 0;
         const char* end = value + std::strlen(value);
         const auto [rest, error] = std::from_chars(value, end, codePage);
-        if (error == std::errc{} && rest == end && (codePage == kUtf8 || HostName(codePage) != nullptr)) {
+        if (error == std::errc{} && rest == end &&
+            (codePage == kUtf8CodePage || HostName(codePage) != nullptr)) {
             return codePage;
         }
     }
@@ -83,7 +83,7 @@ unsigned int SystemCodePage() {
 
 std::optional<std::wstring> DecodeCodePage(std::string_view bytes, unsigned int codePage) {
     if (codePage == 0) codePage = SystemCodePage();
-    if (codePage == kUtf8) return FromUtf8(bytes);
+    if (codePage == kUtf8CodePage) return FromUtf8(bytes);
     const char* hostName = HostName(codePage);
     if (hostName == nullptr) return std::nullopt;
     const Converter converter(hostName);

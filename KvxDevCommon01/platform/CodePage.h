@@ -11,6 +11,8 @@
 
 namespace kvx {
 
+inline constexpr unsigned int kUtf8CodePage = 65001;
+
 /// The system's ANSI code page. A host without one uses 932, unless the environment variable KVX_CODEPAGE
 /// names another supported page.
 KVX_API unsigned int SystemCodePage();

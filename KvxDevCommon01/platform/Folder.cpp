@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <KvxDevCommon01/platform/CodePage.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Profile.h>
 
@@ -21,15 +22,15 @@ bool CreateFolder(std::wstring_view path) {
 }
 
 std::optional<std::wstring> DocumentsFolder() {
-    constexpr unsigned int kUtf8 = 65001;
     constexpr std::wstring_view kHome = L"$HOME/";
     const std::optional<std::wstring> home = Environment("HOME");
     if (!home || home->empty()) return std::nullopt;
 
     std::wstring settings = Environment("XDG_CONFIG_HOME").value_or(L"");
     if (settings.empty()) settings = *home + L"/.config";
-    std::wstring folder =
-        Profile::Load(settings + L"/user-dirs.dirs", kUtf8).Text(L"", L"XDG_DOCUMENTS_DIR").value_or(L"");
+    std::wstring folder = Profile::Load(settings + L"/user-dirs.dirs", kUtf8CodePage)
+                              .Text(L"", L"XDG_DOCUMENTS_DIR")
+                              .value_or(L"");
     if (folder.starts_with(kHome)) folder.replace(0, kHome.size() - 1, *home);
     // The settings may name absolute folders only.
     if (!folder.starts_with(L'/')) folder = *home + L"/Documents";

@@ -9,8 +9,6 @@
 namespace kvx {
 namespace {
 
-constexpr std::wstring_view kSeparators = L"\\/";
-
 constexpr bool IsDriveLetter(wchar_t c) {
     return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
 }
@@ -23,7 +21,7 @@ PathParts SplitPath(std::wstring_view path) {
         parts.drive = path.substr(0, 2);
         path.remove_prefix(2);
     }
-    if (const std::size_t separator = path.find_last_of(kSeparators); separator != path.npos) {
+    if (const std::size_t separator = path.find_last_of(kPathSeparators); separator != path.npos) {
         parts.directory = path.substr(0, separator + 1);
         path.remove_prefix(separator + 1);
     }
@@ -40,7 +38,7 @@ std::optional<std::wstring> JoinPath(const PathParts& parts) {
         path += L':';
     }
     path += parts.directory;
-    if (!parts.directory.empty() && kSeparators.find(parts.directory.back()) == kSeparators.npos)
+    if (!parts.directory.empty() && kPathSeparators.find(parts.directory.back()) == kPathSeparators.npos)
         path += L'\\';
     path += parts.name;
     if (!parts.extension.empty()) {

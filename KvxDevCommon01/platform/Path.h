@@ -13,6 +13,8 @@
 
 namespace kvx {
 
+/// What separates the folders of a path.
+inline constexpr std::wstring_view kPathSeparators = L"\\/";
 /// Longest path of the suite, in characters.
 inline constexpr std::size_t kMaxPath = 260;
 /// Longest directory, file name or extension part, in characters.

@@ -11,7 +11,6 @@
 namespace kvx {
 namespace {
 
-constexpr unsigned int kUtf8 = 65001;
 constexpr std::wstring_view kBlanks = L" \t\v\f";
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
@@ -119,10 +118,10 @@ std::int32_t ParseInteger(std::wstring_view text) {
 Profile::Profile(std::string_view bytes, unsigned int codePage) : codePage_(codePage) {
     if (bytes.starts_with(kUtf16LittleMark) || bytes.starts_with(kUtf16BigMark)) {
         bytes_ = Utf8FromUtf16(bytes.substr(2), bytes.starts_with(kUtf16BigMark));
-        codePage_ = kUtf8;
+        codePage_ = kUtf8CodePage;
     } else if (bytes.starts_with(kUtf8Mark)) {
         bytes_ = bytes.substr(kUtf8Mark.size());
-        codePage_ = kUtf8;
+        codePage_ = kUtf8CodePage;
     } else {
         bytes_ = bytes;
     }
