@@ -86,12 +86,13 @@ TYPED_TEST(Stopwatch, RestartActsOncePerInterval) {
         double elapsed;  // what the caller's variable holds then
         double left;
     } steps[] = {
-        {1000, 5.0, &elapsed, 0, 0.0, 0.0},  // not running: 0 s have passed, and it is not started
+        {1000, 2.0, &elapsed, 0, 0.0, 3.0},  // not running: 0 s have passed, and it is not started
         {1000, 5.0, nullptr, 1, 0.0, 0.0},   {1000, 5.0, &elapsed, 0, 1.0, 1.0},
         {4000, 5.0, &elapsed, 1, 5.0, 0.0},  {1000, 5.0, nullptr, 1, 5.0, 0.0},
         {1000, 0.0, &elapsed, 1, 0.0, 0.0},  {1000, -1.0, &elapsed, 1, 0.0, 0.0},
         {1000, kNaN, &elapsed, 1, 0.0, 0.0},
     };
+    this->timer_.Reset(3.0);
     for (const auto& step : steps) {
         SCOPED_TRACE(&step - steps);
         this->clock_.ticks += step.passedMs;
@@ -115,6 +116,8 @@ TEST(TimeCount, EqualityComparesAllFields) {
     b.Start();
     EXPECT_FALSE(a == b) << "start ticks differ";
     a.Reset(1.0);
+    b.Reset(1.0);
+    EXPECT_TRUE(a == b) << "no start is left";
     b.Reset(1.001);
     EXPECT_TRUE(a != b) << "accumulated times differ";
 }
