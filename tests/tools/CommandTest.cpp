@@ -49,7 +49,8 @@ TEST_P(Help, EndsWithAnExampleThatWorks) {
 
 INSTANTIATE_TEST_SUITE_P(Commands, Help,
                          testing::Values("import", "info", "psd", "spectrum", "export", "synth", "units",
-                                         "kinds", "units convert", "show-value", "folders"));
+                                         "kinds", "units convert", "show-value", "folders", "xfr", "filter",
+                                         "profile"));
 
 struct WrongCase {
     const char* command;
@@ -130,6 +131,25 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx psd a.vdf2 --record 2", 1, "cannot analyse 'a.vdf2': it has no record 2, only 1 record\n"},
     WrongCase{"kvx spectrum a.vdf2 --block 4 --start 1", 2, "--start chooses the block of --complex"},
     WrongCase{"kvx spectrum a.vdf2 --block 4 --start 1 --complex", 1, "cannot analyse 'a.vdf2': no full block is left"},
+    WrongCase{"kvx psd a.vdf2 --block 4 --to 0.5 --cutoff 1", 1, "cannot analyse 'a.vdf2': no line of the band, which ends at 0 Hz"},
+    WrongCase{"kvx xfr a.vdf2 --block 4", 1, "cannot analyse 'a.vdf2': it has no channel but the reference\n"},
+    WrongCase{"kvx xfr a.vdf2 --block 4 --response 1", 1, "cannot analyse 'a.vdf2': channel 'a' is the reference, not a response\n"},
+    WrongCase{"kvx xfr a.vdf2 --block 4 --at 1.5", 1, "cannot analyse 'a.vdf2': its last line is at 1 Hz, not at 1.5 Hz\n"},
+    WrongCase{"kvx xfr a.vdf2 --at 1,x", 1, "'x' is not a number"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2", 2, "--lowpass or --highpass is required"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --q 2", 2, "--q is for --kind second"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --order 2.5", 1, "--order: 2.5 is not a whole number from 1 to 16"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --kind iir", 1, "--kind: there is no 'iir', only first, "},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --block 24", 1, "--block: 24 is not a power of two from 16 to 131072"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 2", 1, "cannot filter 'a.vdf2': a corner of 2 Hz is not below half its rate"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --highpass 1e-5", 1, "cannot filter 'a.vdf2': a corner of 1e-05 Hz at its rate of 4 Hz needs"},
+    WrongCase{"kvx profile profile.txt -o x.vdf2", 2, "--lines is required for a data file"},
+    WrongCase{"kvx profile profile.txt --band 20,30", 1, "--band: '20,30' has 2 numbers instead of 3"},
+    WrongCase{"kvx profile profile.txt --band-ratio 30,20,2", 1, "--band-ratio: '30,20,2' is no rising pair"},
+    WrongCase{"kvx profile profile.txt --band 1,2,3", 1, "--band: nothing of the profile lies from 1 Hz to 2 Hz"},
+    WrongCase{"kvx profile profile.txt --scale-rms 1e300", 1, "the changes take levels out of the range of numbers"},
+    WrongCase{"kvx profile profile.txt --lines 1,2.5", 1, "--lines: '1,2.5' is no spacing above 0"},
+    WrongCase{"kvx profile profile.txt -o x.txt --lines 80,2", 1, "cannot write 'x.txt': fewer than two of its lines are above 0"},
     WrongCase{"kvx export a.vdf2 -o - > /dev/full", 1, "cannot write to standard output: the disk is full\n"},
     WrongCase{"kvx export a.vdf2 -o x.csv --unit N", 1, "--unit: channel 'a' is in 'g', which does not convert to 'N'"},
     WrongCase{"kvx export a.vdf2 -o x.csv --full-scale 2", 2, "--full-scale is for WAV files"},

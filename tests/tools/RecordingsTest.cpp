@@ -74,6 +74,27 @@ const PsdFigures kPsds[] = {
     {TRAFFIC,  1, 1024, 976, 46.875,      {{1, 1.000779984e-06}, {5, 6.481295201e-07}, {64, 7.063273559e-09}, {256, 1.116717372e-10}, {511, 1.104674169e-13}}, 0.0240047409076, 281.25, 7.227023545e-07},
     {TRAFFIC,  1, 4096, 243, 11.71875,    {{1, 4.676004985e-07}, {5, 1.49376668e-06}, {256, 7.249687825e-09}, {1024, 1.007968384e-10}, {2047, 1.105290948e-13}}, 0.0268267679365, 82.03125, 2.291848437e-06},
 };
+
+struct TransferFigures {
+    int channel;
+    double hz, real, imaginary, coherence;
+};
+
+// Of the hammer's file: the force to each acceleration, both blows, each a block of 8192.
+const TransferFigures kTransfers[] = {
+    {2, 21,      -10.03919374, 3.771102702,   0.9979245653},
+    {2, 40,      0.1430772015, 0.03566619163, 0.8787268784},
+    {2, 160.625, -1.311850802, 1.139511462,   0.9999787212},
+    {2, 160.75,  -1.063765983, 1.370211408,   0.9999733479},
+    {2, 235,     1.047221709,  -0.713326837,  0.9999306061},
+    {2, 340,     0.2588720773, 1.332859958,   0.9998534011},
+    {3, 21,      5.127654266,  -2.649228653,  0.9953914158},
+    {3, 40,      -3.275930797, 0.1032243821,  0.9999748228},
+    {3, 160.625, -1.600054315, -6.531050059,  0.9997986435},
+    {3, 160.75,  -2.66126493,  -6.255510906,  0.9998311132},
+    {3, 235,     -1.143593251, 0.2598175566,  0.9999657445},
+    {3, 340,     -0.5899128113, -1.433324991, 0.9999365056},
+};
 // clang-format on
 
 // Half a unit of the last digit that the expected figures were written with, at the worst first digit.
@@ -153,6 +174,28 @@ TEST_F(Recordings, HaveTheirKnownDensities) {
                          what + " line " + std::to_string(line));
         }
     }
+}
+
+TEST_F(Recordings, HaveTheirKnownTransferFunctions) {
+    Import(HAMMER);
+    const nlohmann::json report =
+        RunJson(folder_,
+                "kvx xfr data.vdf2 --reference F --block 8192 --window rectangular --overlap 0 --at "
+                "21,40,160.625,160.75,235,340");
+    EXPECT_EQ(report["blocks"], 2);
+    std::size_t next = 0;
+    for (const nlohmann::json& response : report["responses"]) {
+        for (const nlohmann::json& line : response["at"]) {
+            const TransferFigures& expected = kTransfers[next++];
+            const std::string what = response["name"].get<std::string>() + " at " + line["hz"].dump() + " Hz";
+            EXPECT_EQ(response["channel"], expected.channel) << what;
+            EXPECT_EQ(line["hz"], expected.hz) << what;
+            ExpectFigure(line["real"], expected.real, kDigits10, what + " real");
+            ExpectFigure(line["imaginary"], expected.imaginary, kDigits10, what + " imaginary");
+            ExpectFigure(line["coherence"], expected.coherence, kDigits10, what + " coherence");
+        }
+    }
+    EXPECT_EQ(next, std::size(kTransfers));
 }
 
 }  // namespace

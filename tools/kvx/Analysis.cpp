@@ -3,19 +3,18 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <new>
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/platform/Text.h>
 
 #include "Failure.h"
 #include "Format.h"
+#include "LineFigures.h"
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"
@@ -24,38 +23,14 @@
 namespace kvx::tool {
 namespace {
 
-struct WindowName {
-    std::string_view name;
-    int (*generate)(CDataArrayDouble*);
-};
-
-// clang-format off
-constexpr std::array kWindows = {
-    WindowName{"hann",               &CMatWIND::GeneHanning},
-    WindowName{"rectangular",        &CMatWIND::GeneRectangular},
-    WindowName{"hamming",            &CMatWIND::GeneHamming},
-    WindowName{"blackman",           &CMatWIND::GeneBlackman},
-    WindowName{"blackman-harris",    &CMatWIND::GeneBlackmanHarris},
-    WindowName{"blackman-harris-61", &CMatWIND::GeneBlackmanHarris_61dB},
-    WindowName{"blackman-harris-67", &CMatWIND::GeneBlackmanHarris_67dB},
-    WindowName{"blackman-harris-74", &CMatWIND::GeneBlackmanHarris_74dB},
-    WindowName{"flat-top",           &CMatWIND::GeneFlatTop},
-    WindowName{"half-rectangular",   &CMatWIND::GeneHalfRectangular},
-};
-// clang-format on
-
-std::string WindowNames() {
-    std::string names;
-    for (const WindowName& window : kWindows) names += (names.empty() ? "" : ", ") + std::string(window.name);
-    return names;
-}
-
 /// One analysed channel: what its lines say in the band of the options.
 struct ChannelReport {
     Channel channel;
     double rms = 0.0;
     double highestHz = 0.0;
     double highestLevel = 0.0;
+    std::optional<Motion> motion;  ///< in the units of the report
+    std::vector<Peak> peaks;
 };
 
 /// One analysed record.
@@ -69,103 +44,36 @@ struct RecordReport {
     std::vector<ChannelReport> channels;
 };
 
-/// A waveform record and the channels chosen from it.
-struct Source {
-    const CComDataBase* record;
-    std::vector<Channel> channels;
-};
-
-/// Lines first to last of a spectrum.
-struct Band {
-    __int64 first;
-    __int64 last;
-};
-
-/// The window of the options; throws ValueError.
-CDataArrayDouble MakeWindow(const AnalysisOptions& options) {
-    if (!BlockCut{options.block, 0}.IsValid()) {
-        throw ValueError("--block: " + std::to_string(options.block) +
-                         " is not a power of two from 2 to 131072");
-    }
-    const auto known = std::ranges::find(kWindows, options.window, &WindowName::name);
-    if (known == kWindows.end()) {
-        throw ValueError("--window: there is no window " + Quote(options.window) + ", only " + WindowNames());
-    }
-    CDataArrayDouble window(options.block, 0.0);
-    if (!known->generate(&window)) throw std::bad_alloc();
-    return window;
-}
-
-/// The overlap of the options in samples; throws ValueError.
-__int64 OverlapSamples(const AnalysisOptions& options) {
-    const double samples = std::round(static_cast<double>(options.block) * options.overlapPercent / 100.0);
-    if (!(options.overlapPercent >= 0.0 && samples < static_cast<double>(options.block))) {
-        throw ValueError("--overlap: " + FormatNumber(options.overlapPercent) +
-                         " % leaves no step between blocks of " + std::to_string(options.block));
-    }
-    return static_cast<__int64>(samples);
-}
-
-/// The lines, `spacingHz` apart from 0 Hz on, that lie in the band of the options; throws Reason when there
-/// is none.
-Band BandLines(const AnalysisOptions& options, double spacingHz, __int64 lines) {
-    // Limits typed with the digits of a line's frequency include that line.
-    constexpr double kSlack = 1e-6;
-    const double top = static_cast<double>(lines - 1);
-    const double from = std::min(std::ceil(options.fromHz / spacingHz - kSlack), top + 1.0);
-    const double to = options.toHz ? std::min(std::floor(*options.toHz / spacingHz + kSlack), top) : top;
-    const Band band = {static_cast<__int64>(from), static_cast<__int64>(to)};
-    if (band.first > band.last) {
-        throw Reason("no line of it, " + FormatNumber(spacingHz) + " Hz apart up to " +
-                     FormatNumber(top * spacingHz) + " Hz, lies in the band");
-    }
-    return band;
-}
-
-/// The highest of the lines in the band, the one at 0 Hz left out where there is another.
-__int64 HighestLine(const double* lines, const Band& band) {
-    const __int64 first = band.first == 0 && band.last > 0 ? 1 : band.first;
-    return std::max_element(lines + first, lines + band.last + 1) - lines;
-}
-
-/// Throws Reason when a chosen record is no waveform that fills a block.
-std::vector<Source> SelectSources(const DataFileContent& content, const AnalysisOptions& options) {
-    std::vector<Source> sources;
-    for (Channel& channel : SelectChannels(content, options.channels)) {
-        const CComDataBase& record = content.records[channel.record];
-        if (!IsWaveform(record)) {
-            throw Reason("record " + std::to_string(channel.record + 1) + " is not a time waveform");
-        }
-        if (record.GetNsamp() < options.block) {
-            throw Reason("its " + Count(record.GetNsamp(), "sample") + " do not fill a block of " +
-                         std::to_string(options.block) + "; choose a smaller --block");
-        }
-        if (sources.empty() || sources.back().record != &record) sources.push_back({&record, {}});
-        sources.back().channels.push_back(std::move(channel));
-    }
+/// The chosen waveforms; throws Reason when one does not fill a block.
+std::vector<ChosenWaveforms> SelectSources(const DataFileContent& content, const AnalysisOptions& options) {
+    std::vector<ChosenWaveforms> sources = SelectWaveforms(content, options.channels);
+    for (const ChosenWaveforms& source : sources) RequireBlock(*source.record, options.blocks);
     return sources;
 }
 
-/// The samples of a channel in the standard unit; throws Reason when one holds no value.
-CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel) {
-    const double* samples = record.GetReal(channel.row, channel.column);
-    const double* end = samples + record.GetNsamp();
-    const double* bad =
-        std::find_if(samples, end, [](double v) { return v == kNoValue<double> || !std::isfinite(v); });
-    if (bad != end) {
-        throw Reason("sample " + std::to_string(bad - samples + 1) + " of channel " + Quote(channel.name) +
-                     " holds no value");
+nlohmann::ordered_json JsonOf(const Motion& motion) {
+    return {{"fromHz", motion.fromHz},
+            {"acceleration", motion.acceleration},
+            {"velocity", motion.velocity * kMillimetresPerMetre},
+            {"velocityUnit", "mm/s"},
+            {"displacement", motion.displacement * kMillimetresPerMetre},
+            {"displacementUnit", "mm"}};
+}
+
+nlohmann::ordered_json JsonOf(const std::vector<Peak>& peaks) {
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const Peak& peak : peaks) {
+        list.push_back({{"hz", peak.hz}, {"level", peak.level}, {"q", nullptr}});
+        if (peak.q) list.back()["q"] = *peak.q;
     }
-    CDataArrayDouble copy;
-    if (!copy.SetData(record.GetNsamp(), samples)) throw std::bad_alloc();
-    return copy;
+    return list;
 }
 
 nlohmann::ordered_json JsonOf(const AnalysisOptions& options, const std::vector<RecordReport>& reports) {
     nlohmann::ordered_json json = {{"file", options.input},
-                                   {"block", options.block},
-                                   {"window", options.window},
-                                   {"overlap", OverlapSamples(options)},
+                                   {"block", options.blocks.size},
+                                   {"window", options.blocks.window},
+                                   {"overlap", OverlapSamples(options.blocks)},
                                    {"records", nlohmann::ordered_json::array()}};
     for (const RecordReport& report : reports) {
         nlohmann::ordered_json record = {{"record", report.record + 1},
@@ -174,13 +82,16 @@ nlohmann::ordered_json JsonOf(const AnalysisOptions& options, const std::vector<
                                          {"blocks", report.blocks},
                                          {"channels", nlohmann::ordered_json::array()}};
         for (const ChannelReport& channel : report.channels) {
-            record["channels"].push_back({{"channel", channel.channel.number},
-                                          {"name", ToUtf8(channel.channel.name)},
-                                          {"unit", report.unit},
-                                          {"rms", channel.rms},
-                                          {"levelUnit", report.levelUnit},
-                                          {"highestHz", channel.highestHz},
-                                          {"highestLevel", channel.highestLevel}});
+            nlohmann::ordered_json figures = {{"channel", channel.channel.number},
+                                              {"name", ToUtf8(channel.channel.name)},
+                                              {"unit", report.unit},
+                                              {"rms", channel.rms},
+                                              {"levelUnit", report.levelUnit},
+                                              {"highestHz", channel.highestHz},
+                                              {"highestLevel", channel.highestLevel}};
+            if (channel.motion) figures["motion"] = JsonOf(*channel.motion);
+            if (options.peaks > 0) figures["peaks"] = JsonOf(channel.peaks);
+            record["channels"].push_back(std::move(figures));
         }
         json["records"].push_back(std::move(record));
     }
@@ -193,7 +104,7 @@ struct Analysed {
     RecordReport report;
 };
 
-Analysed Analyse(const Source& source, const AnalysisOptions& options, const LineMethod& method,
+Analysed Analyse(const ChosenWaveforms& source, const AnalysisOptions& options, const LineMethod& method,
                  Progress& progress) {
     const CComDataBase& record = *source.record;
     const std::size_t index = source.channels.front().record;
@@ -202,16 +113,15 @@ Analysed Analyse(const Source& source, const AnalysisOptions& options, const Lin
         throw Reason("the unit " + Quote(UnitText(record.GetUnit())) + " of record " +
                      std::to_string(index + 1) + " is a compound, which has no density");
     }
-    const CDataArrayDouble window = MakeWindow(options);
+    const CDataArrayDouble window = MakeWindow(options.blocks);
     double bandwidth = 0.0;
     CMatWIND::CalcWindENBW(window, &bandwidth, nullptr);
-    const __int64 lines = options.block / 2;
+    const __int64 lines = options.blocks.size / 2;
     const double rateHz = RateOf(record);
-    const double spacingHz = rateHz / static_cast<double>(options.block);
-    const Band band = BandLines(options, spacingHz, lines);
+    const double spacingHz = rateHz / static_cast<double>(options.blocks.size);
+    const Band band = BandLines(options.band, spacingHz, lines);
 
-    CStringArray names;
-    for (const Channel& channel : source.channels) names.push_back(channel.name);
+    const CStringArray names = NamesOf(source.channels);
     Analysed result;
     result.lines.Create(spacingHz, std::ssize(names), 1, lines, 0, method.isComplex, SingleUnit(kAxisHertz),
                         *unit, &names, nullptr);
@@ -223,7 +133,7 @@ Analysed Analyse(const Source& source, const AnalysisOptions& options, const Lin
         if (real == nullptr) throw std::bad_alloc();
         const CDataArrayDouble samples = StandardSamples(record, channel);
         result.report.blocks =
-            method.calculate({samples, rateHz, window, OverlapSamples(options)}, real, imaginary);
+            method.calculate({samples, rateHz, window, OverlapSamples(options.blocks)}, real, imaginary);
 
         CDataArrayDouble levels(lines, real);
         if (levels.GetNum() == 0) throw std::bad_alloc();
@@ -231,13 +141,57 @@ Analysed Analyse(const Source& source, const AnalysisOptions& options, const Lin
             levels[k] = std::hypot(real[k], imaginary[k]);
         const double rms = method.rms(levels.GetData() + band.first, band.last - band.first + 1, -band.first,
                                       spacingHz, bandwidth);
-        const __int64 highest = HighestLine(levels.GetData(), band);
-        result.report.channels.push_back({channel, record.GetUnit().ConvDtoI(rms, 1.0, 0),
-                                          static_cast<double>(highest) * spacingHz,
-                                          unit->ConvDtoI(levels[highest], 1.0, 0)});
+        const __int64 highest = HighestLine(levels, band);
+        ChannelReport report = {channel,
+                                record.GetUnit().ConvDtoI(rms, 1.0, 0),
+                                static_cast<double>(highest) * spacingHz,
+                                unit->ConvDtoI(levels[highest], 1.0, 0),
+                                {},
+                                FindPeaks(levels, band, spacingHz, options.peaks, method.isDensity)};
+        for (Peak& peak : report.peaks) peak.level = unit->ConvDtoI(peak.level, 1.0, 0);
+        if (method.isDensity && record.GetUnit().IsAcc()) {
+            report.motion = MotionOf(levels, band, spacingHz, options.cutoffHz);
+            report.motion->acceleration = record.GetUnit().ConvDtoI(report.motion->acceleration, 1.0, 0);
+        }
+        result.report.channels.push_back(std::move(report));
         progress.Update(static_cast<std::uint64_t>(row) + 1, source.channels.size());
     }
     return result;
+}
+
+using Cells = std::vector<std::vector<std::string>>;
+
+/// The motion of the accelerations among the channels, one line each; nothing when there are none.
+std::string MotionTable(const RecordReport& report) {
+    Cells lines = {{"channel", "name", "acceleration", "", "velocity", "", "displacement", ""}};
+    double fromHz = 0.0;
+    for (const ChannelReport& channel : report.channels) {
+        if (!channel.motion) continue;
+        fromHz = channel.motion->fromHz;
+        lines.push_back({std::to_string(channel.channel.number), ToUtf8(channel.channel.name),
+                         FormatNumber(channel.motion->acceleration), report.unit,
+                         FormatNumber(channel.motion->velocity * kMillimetresPerMetre), "mm/s",
+                         FormatNumber(channel.motion->displacement * kMillimetresPerMetre), "mm"});
+    }
+    if (lines.size() == 1) return "";
+    return "motion from " + FormatNumber(fromHz, 7) + " Hz on, rms\n" +
+           FormatTable({Align::right, Align::left, Align::right, Align::left, Align::right, Align::left,
+                        Align::right, Align::left},
+                       lines);
+}
+
+std::string PeakTable(const RecordReport& report) {
+    Cells lines = {{"channel", "name", "peak", "", "level", "", "Q"}};
+    for (const ChannelReport& channel : report.channels) {
+        for (const Peak& peak : channel.peaks) {
+            lines.push_back({std::to_string(channel.channel.number), ToUtf8(channel.channel.name),
+                             FormatNumber(peak.hz, 7), "Hz", FormatNumber(peak.level), report.levelUnit,
+                             peak.q ? FormatNumber(*peak.q, 4) : "-"});
+        }
+    }
+    return FormatTable(
+        {Align::right, Align::left, Align::right, Align::left, Align::right, Align::left, Align::right},
+        lines);
 }
 
 void WriteReport(ByteStream& out, const AnalysisOptions& options, const std::vector<RecordReport>& reports) {
@@ -247,15 +201,9 @@ void WriteReport(ByteStream& out, const AnalysisOptions& options, const std::vec
     }
     std::string text;
     for (const RecordReport& report : reports) {
-        text += "record " + std::to_string(report.record + 1) + ": " + Count(report.blocks, "block") +
-                " of " + std::to_string(options.block) + " at " + FormatNumber(report.rateHz, 10) + " Hz, " +
-                options.window + " window, line spacing " + FormatNumber(report.spacingHz, 10) + " Hz";
-        if (options.fromHz > 0.0 || options.toHz) {
-            text += ", band from " + FormatNumber(options.fromHz) + " Hz";
-            if (options.toHz) text += " to " + FormatNumber(*options.toHz) + " Hz";
-        }
-        std::vector<std::vector<std::string>> lines = {
-            {"channel", "name", "rms", "", "highest line", "", "level", ""}};
+        text += "record " + std::to_string(report.record + 1) + ": " +
+                BlocksText(options.blocks, report.blocks, report.rateHz) + BandText(options.band);
+        Cells lines = {{"channel", "name", "rms", "", "highest line", "", "level", ""}};
         for (const ChannelReport& channel : report.channels) {
             lines.push_back({std::to_string(channel.channel.number), ToUtf8(channel.channel.name),
                              FormatNumber(channel.rms), report.unit, FormatNumber(channel.highestHz, 7), "Hz",
@@ -264,6 +212,8 @@ void WriteReport(ByteStream& out, const AnalysisOptions& options, const std::vec
         text += "\n" + FormatTable({Align::right, Align::left, Align::right, Align::left, Align::right,
                                     Align::left, Align::right, Align::left},
                                    lines);
+        text += MotionTable(report);
+        if (options.peaks > 0) text += PeakTable(report);
     }
     WriteText(out, text);
 }
@@ -274,31 +224,19 @@ void AddAnalysisOptions(CLI::App& command, AnalysisOptions* options) {
     command.add_option("FILE", options->input, "Data file with time waveforms")->required();
     command.add_option("-o,--output", options->output,
                        "Data file for the lines; without it only a report is printed");
-    command.add_option("--block", options->block, "Samples per block, a power of two from 2 to 131072")
-        ->type_name("N")
-        ->check(WholeNumber(2, 131072))
-        ->capture_default_str();
-    command.add_option("--window", options->window, "Window: " + WindowNames())
-        ->type_name("NAME")
-        ->capture_default_str();
-    command.add_option("--overlap", options->overlapPercent, "Overlap of the blocks in percent")
-        ->type_name("PERCENT")
-        ->check(FiniteNumber())
-        ->capture_default_str();
+    AddBlockOptions(command, &options->blocks);
     AddChannelOptions(command, &options->channels);
-    command.add_option("--from", options->fromHz, "Report rms and highest line from this frequency on")
-        ->type_name("HZ")
-        ->check(NonNegativeNumber());
-    command.add_option("--to", options->toHz, "Report them up to this frequency")
-        ->type_name("HZ")
-        ->check(PositiveNumber());
+    AddBandOptions(command, "rms, highest line and peaks", &options->band);
+    command.add_option("--peaks", options->peaks, "Report this many of the highest peaks of each channel")
+        ->type_name("N")
+        ->check(WholeNumber(1, 65536));
     command.add_flag("--json", options->json, "Report as JSON, with all digits");
 }
 
 void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteStream& out) {
     if (!options.output.empty()) RequireAnotherFile(options.input, options.output);
-    MakeWindow(options);
-    OverlapSamples(options);
+    MakeWindow(options.blocks);
+    OverlapSamples(options.blocks);
     std::vector<CComDataBase> records;
     std::vector<RecordReport> reports;
     std::wstring text;
@@ -306,7 +244,7 @@ void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteS
         Progress progress("analysing " + options.input);
         const DataFileContent content = LoadDataFile(options.input);
         text = content.header.GetName();
-        for (const Source& source : SelectSources(content, options)) {
+        for (const ChosenWaveforms& source : SelectSources(content, options)) {
             Analysed analysed = Analyse(source, options, method, progress);
             records.push_back(std::move(analysed.lines));
             reports.push_back(std::move(analysed.report));

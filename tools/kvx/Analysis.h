@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the psd and the spectrum command have in common: their options, the windows by name and the report.
+// What the psd and the spectrum command have in common: their options, the analysis and the report.
 #pragma once
 
 #include <functional>
@@ -11,6 +11,7 @@
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
+#include "Blocks.h"
 #include "DataFiles.h"
 
 namespace kvx::tool {
@@ -19,14 +20,14 @@ struct AnalysisOptions {
     std::string input;
     std::string output;  ///< empty for a report only
     ChannelOptions channels;
-    __int64 block = 1024;
-    std::string window = "hann";
-    double overlapPercent = 50.0;
-    double fromHz = 0.0;
-    std::optional<double> toHz;
+    BlockOptions blocks;
+    BandOptions band;
+    double cutoffHz = 0.0;  ///< of the motion that densities of accelerations tell of
+    __int64 peaks = 0;      ///< how many to report
     bool json = false;
 };
 
+/// Describes the options that both commands have.
 void AddAnalysisOptions(CLI::App& command, AnalysisOptions* options);
 
 /// A waveform to be analysed, in the standard unit of its dimension.
@@ -40,6 +41,7 @@ struct Signal {
 /// How a command turns a signal into block/2 lines.
 struct LineMethod {
     bool isComplex;
+    bool isDensity;
     /// Unit of the lines of a signal's unit; no value when the signal cannot be analysed.
     std::function<std::optional<CUnitCtrl>(const CUnitCtrl&)> unitOf;
     /// Writes the lines (`imaginary` is null unless isComplex) and returns the number of blocks averaged;

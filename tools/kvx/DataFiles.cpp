@@ -2,6 +2,7 @@
 #include "DataFiles.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 #include <utility>
 
@@ -96,13 +97,46 @@ std::vector<Channel> SelectChannels(const DataFileContent& content, const Channe
     return chosen;
 }
 
+CStringArray NamesOf(const std::vector<Channel>& channels) {
+    CStringArray names;
+    for (const Channel& channel : channels) names.push_back(channel.name);
+    return names;
+}
+
 bool IsWaveform(const CComDataBase& record) {
     return record.GetDataMode() == CComDataBase::MODE_SPACING && record.GetHUnit() == CUnitCtrl::DIM_TIME &&
            record.GetImaginary(0, 0) == nullptr && record.GetDelta() > 0.0;
 }
 
+std::vector<ChosenWaveforms> SelectWaveforms(const DataFileContent& content, const ChannelOptions& options) {
+    std::vector<ChosenWaveforms> chosen;
+    for (Channel& channel : SelectChannels(content, options)) {
+        const CComDataBase& record = content.records[channel.record];
+        if (!IsWaveform(record)) {
+            throw Reason("record " + std::to_string(channel.record + 1) + " is not a time waveform");
+        }
+        if (chosen.empty() || chosen.back().record != &record) chosen.push_back({&record, {}});
+        chosen.back().channels.push_back(std::move(channel));
+    }
+    return chosen;
+}
+
 double RateOf(const CComDataBase& record) {
     return 1.0 / record.GetDelta();
+}
+
+CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel) {
+    const double* samples = record.GetReal(channel.row, channel.column);
+    const double* end = samples + record.GetNsamp();
+    const double* bad =
+        std::find_if(samples, end, [](double v) { return v == kNoValue<double> || !std::isfinite(v); });
+    if (bad != end) {
+        throw Reason("sample " + std::to_string(bad - samples + 1) + " of channel " + Quote(channel.name) +
+                     " holds no value");
+    }
+    CDataArrayDouble copy;
+    if (!copy.SetData(record.GetNsamp(), samples)) throw std::bad_alloc();
+    return copy;
 }
 
 double Viewed(const CUnitCtrl& unit, double value) {

@@ -44,11 +44,25 @@ void AddChannelOptions(CLI::App& command, ChannelOptions* options);
 /// The chosen channels, those of one record together and in the order of the records. Throws Reason.
 std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options);
 
+CStringArray NamesOf(const std::vector<Channel>& channels);
+
 /// Whether the axis of the record is the time, evenly spaced, and the samples are real.
 bool IsWaveform(const CComDataBase& record);
 
+/// A waveform record and the channels chosen from it, one or more.
+struct ChosenWaveforms {
+    const CComDataBase* record;
+    std::vector<Channel> channels;
+};
+
+/// The chosen channels record by record. Throws Reason, also when a record is no waveform.
+std::vector<ChosenWaveforms> SelectWaveforms(const DataFileContent& content, const ChannelOptions& options);
+
 /// Sampling rate of a waveform, in hertz.
 double RateOf(const CComDataBase& record);
+
+/// The samples of a channel in the standard unit. Throws Reason when one holds no value, or std::bad_alloc.
+CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel);
 
 /// The samples of a channel in the unit of its record; no-value markers stay what they are. Throws
 /// std::bad_alloc.

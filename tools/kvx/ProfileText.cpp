@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/units/UnitText.h>
 
 #include "Failure.h"
+#include "Format.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -101,6 +102,14 @@ ProfileText ReadProfileText(const std::string& path) {
     text.resize(file.Read(text.data(), text.size()));
     if (text.size() > kLongestProfile) throw Reason("it is too long for a profile");
     return ParseProfileText(text);
+}
+
+std::string FormatProfileText(const ProfileText& profile) {
+    std::string text;
+    if (profile.signalUnit) text += "unit " + UnitText(*DensityUnit(*profile.signalUnit)) + "\n";
+    for (std::size_t i = 0; i < profile.frequencies.size(); ++i)
+        text += FormatExact(profile.frequencies[i]) + " " + FormatExact(profile.levels[i]) + "\n";
+    return text;
 }
 
 }  // namespace kvx::tool

@@ -23,4 +23,7 @@ ProfileText ReadProfileText(const std::string& path);
 
 ProfileText ParseProfileText(std::string_view text);
 
+/// The text that reads back as the same profile.
+std::string FormatProfileText(const ProfileText& profile);
+
 }  // namespace kvx::tool

@@ -59,7 +59,7 @@ double AmplitudeRms(double* levels, __int64 count, __int64 dc, double, double ba
 }
 
 void RunSpectrum(const SpectrumOptions& options, ByteStream& out) {
-    LineMethod method = {options.isComplex, [](const CUnitCtrl& unit) { return std::optional(unit); },
+    LineMethod method = {options.isComplex, false, [](const CUnitCtrl& unit) { return std::optional(unit); },
                          CalculateAmplitudes, AmplitudeRms};
     if (options.isComplex) {
         method.calculate = [&](const Signal& signal, double* real, double* imaginary) {

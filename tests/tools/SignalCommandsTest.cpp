@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+//
+// The commands that calculate, on signals whose results are known in closed form.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "ToolRun.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+constexpr double kGravity = 9.80665;
+
+/// One line per sample, i from 0 on, of what `row` writes.
+std::string Table(int count, const std::function<void(std::ostream&, int)>& row) {
+    std::ostringstream text;
+    text.precision(17);
+    for (int i = 0; i < count; ++i) {
+        row(text, i);
+        text << "\n";
+    }
+    return text.str();
+}
+
+/// cos(2 pi hz t) of `count` samples at 1024 Hz, as the channel of c.vdf2.
+void MakeCosine(const TempFolder& folder, int count, double hz) {
+    folder.Write("c.txt", Table(count, [&](std::ostream& out, int i) {
+                     out << std::cos(2 * M_PI * std::fmod(hz * i, 1024.0) / 1024.0);
+                 }));
+    RunWell(folder, "kvx import c.txt -o c.vdf2 --rate 1024 --unit g");
+}
+
+TEST(Psd, TellsTheMotionBehindAnAcceleration) {
+    const TempFolder folder;
+    MakeCosine(folder, 4096, 64);
+    const nlohmann::json motion = RunJson(
+        folder, "kvx psd c.vdf2 --window rectangular --cutoff 5")["records"][0]["channels"][0]["motion"];
+    const double omega = 2 * M_PI * 64;
+    EXPECT_EQ(motion["fromHz"], 5.0);
+    EXPECT_NEAR(motion["acceleration"].get<double>(), M_SQRT1_2, 1e-12);
+    EXPECT_NEAR(motion["velocity"].get<double>(), 1000 * kGravity * M_SQRT1_2 / omega, 1e-12);
+    EXPECT_NEAR(motion["displacement"].get<double>(), 1000 * kGravity * M_SQRT1_2 / omega / omega, 1e-14);
+    EXPECT_THAT(RunWell(folder, "kvx psd c.vdf2 --window rectangular"),
+                HasSubstr("motion from 1 Hz on, rms\n"
+                          "  channel  name  acceleration     velocity        displacement\n"
+                          "        1  ch1       0.707107  g   17.2443  mm/s     0.0428831  mm\n"));
+    RunWell(folder, "kvx import c.txt -o n.vdf2 --rate 1024 --unit N");
+    EXPECT_FALSE(RunJson(folder, "kvx psd n.vdf2")["records"][0]["channels"][0].contains("motion"));
+}
+
+TEST(Peaks, HaveTheWidthOfTheWindowAndMayHaveNone) {
+    const TempFolder folder;
+    MakeCosine(folder, 4096, 64);
+    for (const char* command : {"kvx psd", "kvx spectrum"}) {
+        const nlohmann::json peaks =
+            RunJson(folder, std::string(command) + " c.vdf2 --peaks 1")["records"][0]["channels"][0]["peaks"];
+        ASSERT_EQ(peaks.size(), 1U);
+        EXPECT_EQ(peaks[0]["hz"], 64.0);
+        // The lines beside it have half the amplitude: down to 1/sqrt 2 it is 2 - sqrt 2 of a line on each
+        // side.
+        EXPECT_NEAR(peaks[0]["q"].get<double>(), 64 / (4 - 2 * M_SQRT2), 1e-9) << command;
+    }
+    // Impulses have an amplitude of 1 on all lines, above which a cosine stands out by a fifth.
+    folder.Write("flat.txt", Table(64, [](std::ostream& out, int i) {
+                     out << (i % 16 == 0 ? 8 : 0) + 0.2 * std::cos(M_PI * (i % 16) / 4);
+                 }));
+    RunWell(folder, "kvx import flat.txt -o flat.vdf2 --rate 16");
+    const std::string flat = "kvx spectrum flat.vdf2 --block 16 --window rectangular --peaks 1";
+    const nlohmann::json peak = RunJson(folder, flat)["records"][0]["channels"][0]["peaks"][0];
+    EXPECT_EQ(peak["hz"], 2.0);
+    EXPECT_NEAR(peak["level"].get<double>(), 1.2, 1e-14);
+    EXPECT_TRUE(peak["q"].is_null());
+}
+
+TEST(Xfr, FindsADelayAndAGainAcrossRecords) {
+    const TempFolder folder;
+    std::uint32_t seed = 1;
+    std::vector<double> period(64);
+    for (double& x : period) x = (seed = seed * 1664525U + 1013904223U) * 0x1p-32;
+    folder.Write("in.csv", "top [g],hammer [N],base [g]\n" + Table(256, [&](std::ostream& out, int i) {
+                               const double x = period[static_cast<std::size_t>(i % 64)];
+                               out << 3 * period[static_cast<std::size_t>((i + 63) % 64)] << "," << x << ","
+                                   << -x;
+                           }));
+    RunWell(folder, "kvx import in.csv -o in.vdf2 --rate 64");
+    const std::string xfr = "kvx xfr in.vdf2 -o h.vdf2 --block 64 --window rectangular --reference hammer ";
+    const nlohmann::json report = RunJson(folder, xfr + "--at 0,1,16,31");
+    EXPECT_EQ(report["blocks"], 7);
+    EXPECT_EQ(report["reference"]["unit"], "N");
+    ASSERT_EQ(report["responses"].size(), 2U);
+    EXPECT_EQ(report["responses"][0]["unit"], "g/N");
+    for (const nlohmann::json& line : report["responses"][0]["at"]) {
+        const double angle = 2 * M_PI * line["hz"].get<double>() / 64;
+        EXPECT_NEAR(line["real"].get<double>(), 3 * std::cos(angle), 1e-12) << line;
+        EXPECT_NEAR(line["imaginary"].get<double>(), -3 * std::sin(angle), 1e-12) << line;
+        EXPECT_NEAR(line["phase"].get<double>(), -angle * 180 / M_PI, 1e-10) << line;
+        EXPECT_NEAR(line["coherence"].get<double>(), 1.0, 1e-12) << line;
+    }
+    EXPECT_NEAR(report["responses"][1]["largest"]["real"].get<double>(), -1.0, 1e-12);
+
+    const nlohmann::json stored = RunJson(folder, "kvx info h.vdf2")["records"];
+    ASSERT_EQ(stored.size(), 2U);
+    EXPECT_EQ(stored[0]["type"], "complex spectrum");
+    EXPECT_EQ(stored[0]["unit"], "g/N");
+    EXPECT_NEAR(stored[0]["channels"][0]["peak"].get<double>(), 3.0, 1e-12);
+    EXPECT_EQ(stored[1]["type"], "real spectrum");
+    EXPECT_EQ(stored[1]["unit"], "-");
+    EXPECT_NEAR(stored[1]["channels"][1]["min"].get<double>(), 1.0, 1e-12);
+
+    RunWell(
+        folder,
+        "sed 's/ .N.//; s/base .g./base/' in.csv > plain.csv; kvx import plain.csv -o plain.vdf2 --rate 64");
+    const nlohmann::json plain =
+        RunJson(folder, "kvx xfr plain.vdf2 --block 64 --reference hammer")["responses"];
+    EXPECT_EQ(plain[0]["unit"], "g");
+    EXPECT_EQ(plain[1]["unit"], "-");
+    EXPECT_THAT(RunShell(folder, "kvx xfr in.vdf2 --block 256").err, HasSubstr("single block is always 1"));
+}
+
+struct GainCase {
+    const char* options;
+    double gain;       ///< of a sine at 1.5 times the corner of 64 Hz
+    double tolerance;  ///< gains without phase are smoothed, the more the sharper
+};
+
+class Filter : public testing::TestWithParam<GainCase> {};
+
+TEST_P(Filter, PassesASineWithItsGain) {
+    const TempFolder folder;
+    MakeCosine(folder, 5120, 96);
+    RunWell(folder, std::string("kvx filter c.vdf2 -o f.vdf2 --ends periodic ") + GetParam().options);
+    const nlohmann::json channel = RunJson(
+        folder, "kvx spectrum f.vdf2 --window rectangular --from 96 --to 96")["records"][0]["channels"][0];
+    EXPECT_NEAR(channel["highestLevel"].get<double>(), GetParam().gain, GetParam().tolerance);
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Kinds, Filter, testing::Values(
+    GainCase{"--lowpass 64 --kind first",               1 / std::sqrt(3.25),              1e-9},
+    GainCase{"--highpass 64 --kind first",              1.5 / std::sqrt(3.25),            1e-9},
+    GainCase{"--lowpass 64 --kind second --q 2",        1 / std::sqrt(2.125),             1e-9},
+    GainCase{"--highpass 64 --kind second",             2.25 / std::sqrt(1 + 5.0625),     1e-9},
+    GainCase{"--lowpass 64",                            1 / std::sqrt(1 + std::pow(1.5, 8)),  1e-9},
+    GainCase{"--highpass 64 --order 1",                 1.5 / std::sqrt(3.25),            1e-9},
+    GainCase{"--highpass 64 --lowpass 64 --kind first", 1.5 / 3.25,                       1e-9},
+    GainCase{"--lowpass 64 --kind second --q 0.2",      1 / std::sqrt(1.5625 + 56.25),    1e-5},
+    GainCase{"--lowpass 64 --kind slope --order 2",     1 / 2.25,                         1e-4},
+    GainCase{"--highpass 128 --kind slope --order 2",   0.5625,                           1e-4},
+    GainCase{"--lowpass 64 --kind cut",                 0,                                1e-5},
+    GainCase{"--highpass 64 --kind cut",                1,                                1e-5}));
+// clang-format on
+
+TEST(FilterEnds, AreContinuedAsAsked) {
+    const TempFolder folder;
+    RunWell(folder, "yes 1 | head -n 100 > one.txt; kvx import one.txt -o one.vdf2 --rate 1000");
+    RunWell(folder, "kvx filter one.vdf2 -o hold.vdf2 --lowpass 10");
+    RunWell(folder, "kvx filter one.vdf2 -o zeros.vdf2 --lowpass 10 --ends zeros");
+    const auto least = [&](const std::string& file) {
+        return RunJson(folder, "kvx info " + file)["records"][0]["channels"][0]["min"].get<double>();
+    };
+    EXPECT_NEAR(least("hold.vdf2"), 1.0, 1e-6);
+    EXPECT_LT(least("zeros.vdf2"), 0.01);
+}
+
+/// The screening profile of NAVMAT P-9492, whose rms is given as 6.06 g.
+class Profile : public testing::Test {
+protected:
+    Profile() { folder_.Write("p.txt", kText); }
+    std::string Run(const std::string& options) const {
+        return RunWell(folder_, "kvx profile p.txt " + options);
+    }
+
+    static constexpr char kText[] = "unit g2/Hz\n20 0.01\n80 0.04\n350 0.04\n2000 0.007\n";
+    TempFolder folder_;
+};
+
+TEST_F(Profile, HasTheKnownRmsAndStaysAsItIs) {
+    EXPECT_EQ(Run("--level-at 10,40,200 -o q.txt"),
+              "4 breakpoints from 20 Hz to 2000 Hz, rms 6.05818 g\n"
+              "   10  Hz     0  g2/Hz\n   40  Hz  0.02  g2/Hz\n  200  Hz  0.04  g2/Hz\n");
+    EXPECT_EQ(folder_.Read("q.txt"), kText);
+}
+
+TEST_F(Profile, ChangesInABandAndNowhereElse) {
+    const std::string levels = " --level-at 40,90,100,140,200,1000";
+    EXPECT_THAT(Run("--band 100,140,0.001" + levels),
+                HasSubstr("    40  Hz   0.02  g2/Hz\n    90  Hz   0.04  g2/Hz\n   100  Hz  0.001  g2/Hz\n"
+                          "   140  Hz  0.001  g2/Hz\n   200  Hz   0.04  g2/Hz\n  1000  Hz  0.014  g2/Hz\n"));
+    // Steep flanks, a step upwards too, whose slope would never lead back.
+    for (const char* slope : {"", ",2"}) {
+        EXPECT_THAT(Run(std::string("--band-ratio 100,140,4") + slope + levels),
+                    HasSubstr("    90  Hz   0.04  g2/Hz\n   100  Hz   0.16  g2/Hz\n   140  Hz   0.16  g2/Hz\n"
+                              "   200  Hz   0.04  g2/Hz\n"));
+    }
+    // Edges of (f/corner)^2: back at 1 an octave away, half way up at a factor of sqrt 2.
+    EXPECT_THAT(
+        Run("--band-ratio 200,210,0.25,2 --level-at 100,141.42135623730951,205,296.98484809834997,420"),
+        HasSubstr("  141.4213562  Hz       0.02  g2/Hz\n          205  Hz       0.01  g2/Hz\n"
+                  "  296.9848481  Hz       0.02  g2/Hz\n          420  Hz  0.0333333  g2/Hz\n"));
+}
+
+TEST_F(Profile, IsScaledAndPutOnLines) {
+    const std::string report = Run("--scale-rms 3 --lines 2,1024 -o l.vdf2");
+    EXPECT_THAT(report, HasSubstr("rms 3 g\n1024 lines 2 Hz apart, rms 3 g\n"));
+    const nlohmann::json record = RunJson(folder_, "kvx info l.vdf2")["records"][0];
+    EXPECT_EQ(record["unit"], "g2/Hz");
+    EXPECT_EQ(record["axis"]["delta"], 2.0);
+    EXPECT_NEAR(record["channels"][0]["mean"].get<double>(), 9.0 / 2048, 1e-12);
+    Run("--scale-rms 3 --lines 2,1024 -o l.txt");
+    EXPECT_THAT(RunWell(folder_, "kvx profile l.txt"), HasSubstr("991 breakpoints from 20 Hz to 2000 Hz"));
+}
+
+}  // namespace

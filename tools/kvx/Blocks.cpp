@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "Blocks.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <new>
+#include <string_view>
+
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/MatWIND.h>
+
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+
+namespace kvx::tool {
+namespace {
+
+struct WindowName {
+    std::string_view name;
+    int (*generate)(CDataArrayDouble*);
+};
+
+// clang-format off
+constexpr std::array kWindows = {
+    WindowName{"hann",               &CMatWIND::GeneHanning},
+    WindowName{"rectangular",        &CMatWIND::GeneRectangular},
+    WindowName{"hamming",            &CMatWIND::GeneHamming},
+    WindowName{"blackman",           &CMatWIND::GeneBlackman},
+    WindowName{"blackman-harris",    &CMatWIND::GeneBlackmanHarris},
+    WindowName{"blackman-harris-61", &CMatWIND::GeneBlackmanHarris_61dB},
+    WindowName{"blackman-harris-67", &CMatWIND::GeneBlackmanHarris_67dB},
+    WindowName{"blackman-harris-74", &CMatWIND::GeneBlackmanHarris_74dB},
+    WindowName{"flat-top",           &CMatWIND::GeneFlatTop},
+    WindowName{"half-rectangular",   &CMatWIND::GeneHalfRectangular},
+};
+// clang-format on
+
+std::string WindowNames() {
+    std::string names;
+    for (const WindowName& window : kWindows) names += (names.empty() ? "" : ", ") + std::string(window.name);
+    return names;
+}
+
+}  // namespace
+
+void AddBlockOptions(CLI::App& command, BlockOptions* options) {
+    command.add_option("--block", options->size, "Samples per block, a power of two from 2 to 131072")
+        ->type_name("N")
+        ->check(WholeNumber(2, 131072))
+        ->capture_default_str();
+    command.add_option("--window", options->window, "Window: " + WindowNames())
+        ->type_name("NAME")
+        ->capture_default_str();
+    command.add_option("--overlap", options->overlapPercent, "Overlap of the blocks in percent")
+        ->type_name("PERCENT")
+        ->check(FiniteNumber())
+        ->capture_default_str();
+}
+
+void AddBandOptions(CLI::App& command, const std::string& figures, BandOptions* options) {
+    command.add_option("--from", options->fromHz, "Report " + figures + " from this frequency on")
+        ->type_name("HZ")
+        ->check(NonNegativeNumber());
+    command.add_option("--to", options->toHz, "Report up to this frequency")
+        ->type_name("HZ")
+        ->check(PositiveNumber());
+}
+
+std::string BandText(const BandOptions& options) {
+    if (!(options.fromHz > 0.0) && !options.toHz) return "";
+    const std::string text = ", band from " + FormatNumber(options.fromHz) + " Hz";
+    return options.toHz ? text + " to " + FormatNumber(*options.toHz) + " Hz" : text;
+}
+
+CDataArrayDouble MakeWindow(const BlockOptions& options) {
+    if (!BlockCut{options.size, 0}.IsValid()) {
+        throw ValueError("--block: " + std::to_string(options.size) +
+                         " is not a power of two from 2 to 131072");
+    }
+    const auto known = std::ranges::find(kWindows, options.window, &WindowName::name);
+    if (known == kWindows.end()) {
+        throw ValueError("--window: there is no window " + Quote(options.window) + ", only " + WindowNames());
+    }
+    CDataArrayDouble window(options.size, 0.0);
+    if (!known->generate(&window)) throw std::bad_alloc();
+    return window;
+}
+
+__int64 OverlapSamples(const BlockOptions& options) {
+    const double samples = std::round(static_cast<double>(options.size) * options.overlapPercent / 100.0);
+    if (!(options.overlapPercent >= 0.0 && samples < static_cast<double>(options.size))) {
+        throw ValueError("--overlap: " + FormatNumber(options.overlapPercent) +
+                         " % leaves no step between blocks of " + std::to_string(options.size));
+    }
+    return static_cast<__int64>(samples);
+}
+
+void RequireBlock(const CComDataBase& record, const BlockOptions& options) {
+    if (record.GetNsamp() < options.size) {
+        throw Reason("its " + Count(record.GetNsamp(), "sample") + " do not fill a block of " +
+                     std::to_string(options.size) + "; choose a smaller --block");
+    }
+}
+
+std::string BlocksText(const BlockOptions& options, __int64 count, double rateHz) {
+    return Count(count, "block") + " of " + std::to_string(options.size) + " at " + FormatNumber(rateHz, 10) +
+           " Hz, " + options.window + " window, line spacing " +
+           FormatNumber(rateHz / static_cast<double>(options.size), 10) + " Hz";
+}
+
+Band BandLines(const BandOptions& options, double spacingHz, __int64 lines) {
+    // Limits typed with the digits of a line's frequency include that line.
+    constexpr double kSlack = 1e-6;
+    const double top = static_cast<double>(lines - 1);
+    const double from = std::min(std::ceil(options.fromHz / spacingHz - kSlack), top + 1.0);
+    const double to = options.toHz ? std::min(std::floor(*options.toHz / spacingHz + kSlack), top) : top;
+    const Band band = {static_cast<__int64>(from), static_cast<__int64>(to)};
+    if (band.first > band.last) {
+        throw Reason("no line of it, " + FormatNumber(spacingHz) + " Hz apart up to " +
+                     FormatNumber(top * spacingHz) + " Hz, lies in the band");
+    }
+    return band;
+}
+
+__int64 HighestLine(const CDataArrayDouble& lines, const Band& band) {
+    const __int64 first = band.first == 0 && band.last > 0 ? 1 : band.first;
+    const double* const data = lines.GetData();
+    return std::max_element(data + first, data + band.last + 1) - data;
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,320 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx filter: low-pass and high-pass filtering of time waveforms through spectra.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <numbers>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/files/ComDataKinds.h>
+
+#include "Commands.h"
+#include "DataFiles.h"
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "Output.h"
+#include "Progress.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+constexpr __int64 kSmallestBlock = 16;
+constexpr __int64 kLargestBlock = 131072;
+
+struct FilterOptions {
+    std::string input;
+    std::string output;
+    ChannelOptions channels;
+    std::optional<double> lowPassHz;
+    std::optional<double> highPassHz;
+    std::string kind = "butterworth";
+    std::optional<double> q;
+    std::optional<double> order;
+    std::optional<__int64> block;
+    std::string ends = "hold";
+};
+
+/// A kind of filter: how it acts on spectra, and which of the parameters it has.
+struct Kind {
+    using Apply = int (*)(CDataArrayDoubleCplx*, double spacingHz, double cornerHz, double parameter);
+
+    std::string_view name;
+    Apply lowPass;
+    Apply highPass;
+    std::string_view parameter;  ///< the option's name; empty when there is none
+    double usual;                ///< its value without the option
+    bool isAnalogue;             ///< causal with a phase; otherwise a real gain
+};
+
+using Spectrum = CDataArrayDoubleCplx;
+
+// clang-format off
+constexpr std::array kKinds = {
+    Kind{"first",
+         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecLPF1Ex(s, 0.0, df, fc); },
+         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecHPF1Ex(s, 0.0, df, fc); },
+         "", 0.0, true},
+    Kind{"second",
+         [](Spectrum* s, double df, double fc, double q) { return CMatBasic::SpecLPF2Ex(s, 0.0, df, fc, q); },
+         [](Spectrum* s, double df, double fc, double q) { return CMatBasic::SpecHPF2Ex(s, 0.0, df, fc, q); },
+         "--q", 0.5 * std::numbers::sqrt2, true},
+    Kind{"butterworth",
+         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecBwLPFN(s, 0.0, df, fc, static_cast<std::int32_t>(order)); },
+         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecBwHPFN(s, 0.0, df, fc, static_cast<std::int32_t>(order)); },
+         "--order", 4.0, true},
+    Kind{"slope",
+         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecLinLPFN(s, 0.0, df, fc, order); },
+         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecLinHPFN(s, 0.0, df, fc, order); },
+         "--order", 4.0, false},
+    Kind{"cut",
+         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecTrancLPF(s, 0.0, df, fc); },
+         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecTrancHPF(s, 0.0, df, fc); },
+         "", 0.0, false},
+};
+
+struct End {
+    std::string_view name;
+    CMatBasic::DATA_TERM term;
+};
+constexpr std::array kEnds = {
+    End{"hold",     CMatBasic::TERM_HOLD},
+    End{"zeros",    CMatBasic::TERM_ZERO},
+    End{"periodic", CMatBasic::TERM_PERIODIC},
+};
+// clang-format on
+
+template <class Table>
+std::string Names(const Table& table) {
+    std::string names;
+    for (const auto& row : table) names += (names.empty() ? "" : ", ") + std::string(row.name);
+    return names;
+}
+
+template <class Table>
+const auto& Choose(const Table& table, const std::string& option, const std::string& name) {
+    const auto found = std::ranges::find(table, name, [](const auto& row) { return row.name; });
+    if (found == table.end()) {
+        throw ValueError(option + ": there is no " + Quote(name) + ", only " + Names(table));
+    }
+    return *found;
+}
+
+/// The filter of the options.
+struct Filter {
+    const Kind& kind;
+    double parameter;
+    CMatBasic::DATA_TERM term;
+};
+
+Filter ReadFilter(const FilterOptions& options) {
+    if (!options.lowPassHz && !options.highPassHz) throw UsageError("--lowpass or --highpass is required");
+    const Kind& kind = Choose(kKinds, "--kind", options.kind);
+    if (options.q && kind.parameter != "--q") throw UsageError("--q is for --kind second");
+    if (options.order && kind.parameter != "--order") {
+        throw UsageError("--order is for --kind butterworth and slope");
+    }
+    const double parameter = options.q.value_or(options.order.value_or(kind.usual));
+    if (kind.name == "butterworth" && !(parameter == std::floor(parameter) && parameter <= 16.0)) {
+        throw ValueError("--order: " + FormatNumber(parameter) +
+                         " is not a whole number from 1 to 16, as Butterworth filters have them");
+    }
+    if (options.block && !(*options.block >= kSmallestBlock && *options.block <= kLargestBlock &&
+                           CMatBasic::GreaterEqPow2(*options.block) == *options.block)) {
+        throw ValueError("--block: " + std::to_string(*options.block) +
+                         " is not a power of two from 16 to 131072");
+    }
+    return {kind, parameter, Choose(kEnds, "--ends", options.ends).term};
+}
+
+/// Periods of the lowest corner that a block must hold, so that an analogue filter's impulse response falls
+/// by the factor e^decay within the quarter of a block that counts, and a gain is as sharp beside its corner.
+double BlockPeriods(const Filter& filter, double decay) {
+    if (!filter.kind.isAnalogue) return 2.0 * decay;
+    double q = 0.5;
+    // The least damped section of a Butterworth filter; below 1/2 the slower of two real poles.
+    if (filter.kind.name == "butterworth") {
+        q = std::max(q, 0.5 / std::sin(0.5 * std::numbers::pi / filter.parameter));
+    } else if (filter.kind.name == "second") {
+        const double damping = 0.5 / filter.parameter;
+        q = damping < 1.0 ? filter.parameter : 0.5 * (damping + std::sqrt(damping * damping - 1.0));
+    }
+    return 4.0 * decay * q / std::numbers::pi;
+}
+
+/// The block size for a signal of this rate; throws Reason when none that is allowed will do.
+__int64 ChooseBlock(const FilterOptions& options, const Filter& filter, double rateHz) {
+    // To a millionth where blocks can be that long, to a thousandth everywhere.
+    constexpr double kWanted = 13.8;
+    constexpr double kRequired = 6.9;
+    constexpr double kUsual = 4096.0;
+    for (const std::optional<double>& corner : {options.lowPassHz, options.highPassHz}) {
+        if (corner && !(*corner < 0.5 * rateHz)) {
+            throw Reason("a corner of " + FormatNumber(*corner) + " Hz is not below half its rate of " +
+                         FormatNumber(rateHz, 10) + " Hz");
+        }
+    }
+    const double lowestHz = std::min(options.lowPassHz.value_or(rateHz), options.highPassHz.value_or(rateHz));
+    const double required = BlockPeriods(filter, kRequired) * rateHz / lowestHz;
+    const double wanted = std::max(BlockPeriods(filter, kWanted) * rateHz / lowestHz, kUsual);
+    const __int64 block = options.block.value_or(
+        CMatBasic::GreaterEqPow2(static_cast<__int64>(std::min(std::ceil(wanted), double{kLargestBlock}))));
+    if (static_cast<double>(block) < required) {
+        throw Reason("a corner of " + FormatNumber(lowestHz) + " Hz at its rate of " +
+                     FormatNumber(rateHz, 10) + " Hz needs blocks of " +
+                     FormatNumber(std::ceil(required), 12) + " samples or more; " +
+                     (options.block ? "--block is " : "the longest are ") + std::to_string(block));
+    }
+    return block;
+}
+
+/// The response of the filter for blocks of `block` samples.
+Spectrum MakeResponse(const FilterOptions& options, const Filter& filter, double rateHz, __int64 block) {
+    // A gain has no end in time of its own. Designed on a block of half the size, it is given one.
+    const __int64 designBlock = filter.kind.isAnalogue ? block : block / 2;
+    const double spacingHz = rateHz / static_cast<double>(designBlock);
+    Spectrum response(1, designBlock / 2);
+    if (response.GetImaginary() == nullptr) throw std::bad_alloc();
+    std::fill_n(response.GetReal(), response.GetNum(), 1.0);
+    // A gain that ends beyond the last line leaves all lines alone, and says so.
+    if (options.lowPassHz) filter.kind.lowPass(&response, spacingHz, *options.lowPassHz, filter.parameter);
+    if (options.highPassHz) filter.kind.highPass(&response, spacingHz, *options.highPassHz, filter.parameter);
+    if (filter.kind.isAnalogue) return response;
+
+    Spectrum limited, workSpectrum;
+    CDataArrayDouble workWave, workImaginary;
+    const auto dcMode = options.highPassHz ? CMatBasic::IXFR_DC_ZERO : CMatBasic::IXFR_DC_FIRST_LINE;
+    if (!CMatBasic::CalcConvolCoef(response, &limited, &workSpectrum, &workWave, designBlock, &workImaginary,
+                                   0.5, 0.5, dcMode, 0.0, 0.0)) {
+        throw std::bad_alloc();
+    }
+    return limited;
+}
+
+std::string FilterText(const FilterOptions& options, const Filter& filter) {
+    std::string text = options.kind;
+    if (!filter.kind.parameter.empty()) {
+        text += " " + std::string(filter.kind.parameter.substr(2)) + " " + FormatNumber(filter.parameter, 4);
+    }
+    if (options.highPassHz) text += ", high-pass " + FormatNumber(*options.highPassHz) + " Hz";
+    if (options.lowPassHz) text += ", low-pass " + FormatNumber(*options.lowPassHz) + " Hz";
+    return text;
+}
+
+void RunFilter(const FilterOptions& options, ByteStream& out) {
+    RequireAnotherFile(options.input, options.output);
+    const Filter filter = ReadFilter(options);
+    std::vector<CComDataBase> records;
+    std::string report;
+    std::wstring text;
+    Doing("filter", options.input, [&] {
+        Progress progress("filtering " + options.input);
+        const DataFileContent content = LoadDataFile(options.input);
+        text = content.header.GetName();
+        for (const ChosenWaveforms& source : SelectWaveforms(content, options.channels)) {
+            const CComDataBase& record = *source.record;
+            const double rateHz = RateOf(record);
+            const __int64 block = ChooseBlock(options, filter, rateHz);
+            const Spectrum response = MakeResponse(options, filter, rateHz, block);
+            const CStringArray names = NamesOf(source.channels);
+            CComDataWave filtered(record.GetDelta(), std::ssize(names), 1, record.GetNsamp(),
+                                  record.GetOffset(), record.GetUnit(), &names, nullptr);
+            std::vector<std::vector<std::string>> lines = {
+                {"channel", "name", "rms before", "", "after", ""}};
+            const std::string unit = UnitText(record.GetUnit());
+            for (const Channel& channel : source.channels) {
+                const auto row = static_cast<__int64>(lines.size()) - 1;
+                const CDataArrayDouble samples = StandardSamples(record, channel);
+                CDataArrayDouble result(samples.GetNum(), nullptr);
+                if (filtered.GetReal(row, 0) == nullptr ||
+                    !CMatBasic::SpecFiltering(&result, samples, filter.term, response, block)) {
+                    throw std::bad_alloc();
+                }
+                std::copy_n(result.GetData(), result.GetNum(), filtered.GetReal(row, 0));
+                const auto rms = [&](const CDataArrayDouble& signal) {
+                    return FormatNumber(record.GetUnit().ConvDtoI(signal.CalcRms(0, 0), 1.0, 0));
+                };
+                lines.push_back({std::to_string(channel.number), ToUtf8(channel.name), rms(samples), unit,
+                                 rms(result), unit});
+                progress.Update(lines.size() - 1, source.channels.size());
+            }
+            records.push_back(std::move(filtered));
+            report +=
+                "record " + std::to_string(source.channels.front().record + 1) + ": " +
+                FilterText(options, filter) + ", blocks of " + std::to_string(block) + " at " +
+                FormatNumber(rateHz, 10) + " Hz\n" +
+                FormatTable({Align::right, Align::left, Align::right, Align::left, Align::right, Align::left},
+                            lines);
+        }
+    });
+    Doing("write", options.output, [&] { StoreDataFile(options.output, text, std::move(records)); });
+    WriteText(out, report);
+}
+
+}  // namespace
+
+void AddFilter(CLI::App& app, Action* action) {
+    const auto options = std::make_shared<FilterOptions>();
+    CLI::App* command = app.add_subcommand("filter", "Low-pass and high-pass filtering of time waveforms");
+    command->add_option("FILE", options->input, "Data file with time waveforms")->required();
+    command->add_option("-o,--output", options->output, "Data file to write (.vdf2)")->required();
+    command->add_option("--lowpass", options->lowPassHz, "Keep what lies below this frequency")
+        ->type_name("HZ")
+        ->check(PositiveNumber());
+    command->add_option("--highpass", options->highPassHz, "Keep what lies above this frequency")
+        ->type_name("HZ")
+        ->check(PositiveNumber());
+    command->add_option("--kind", options->kind, "Kind of filter: " + Names(kKinds))
+        ->type_name("NAME")
+        ->capture_default_str();
+    command->add_option("--q", options->q, "Quality of --kind second (default: 0.7071)")
+        ->type_name("Q")
+        ->check(PositiveNumber());
+    command
+        ->add_option(
+            "--order", options->order,
+            "Order of --kind butterworth, 1 to 16, and of the amplitude of --kind slope (default: 4)")
+        ->type_name("N")
+        ->check(PositiveNumber());
+    command
+        ->add_option("--block", options->block,
+                     "Samples per block, a power of two from 16 to 131072 (default: by the corner)")
+        ->type_name("N")
+        ->check(WholeNumber(kSmallestBlock, kLargestBlock));
+    command->add_option("--ends", options->ends, "How the signal goes on outside its ends: " + Names(kEnds))
+        ->type_name("NAME")
+        ->capture_default_str();
+    AddChannelOptions(*command, &options->channels);
+    command->footer(
+        "first, second and butterworth are the analogue filters, with their phase: -3 dB at the corner "
+        "(second:\n"
+        "the gain is Q there). slope and cut are gains without phase, 1 on one side of the corner; on the "
+        "other\n"
+        "slope falls by 6 dB per octave and order and cut leaves nothing, sharp to about four line "
+        "spacings,\n"
+        "rate/block. With both corners the filters follow one another. Every sample stays in its place. "
+        "Near\n"
+        "the ends, as far as the impulse response reaches (at most a quarter of a block), the result "
+        "depends\n"
+        "on what --ends assumes.\n\n"
+        "Example:\n"
+        "  awk 'BEGIN { for (i = 0; i < 5000; ++i) print 1 + sin(0.1 * i) + sin(2 * i) }' > mixed.txt\n"
+        "  kvx import mixed.txt -o mixed.vdf2 --rate 1000 --unit g --name mixed\n"
+        "  kvx filter mixed.vdf2 -o low.vdf2 --lowpass 50\n"
+        "  kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1 --ends zeros");
+    command->callback([=] { *action = [=](ByteStream& out) { RunFilter(*options, out); }; });
+}
+
+}  // namespace kvx::tool
