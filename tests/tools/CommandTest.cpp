@@ -142,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --kind iir", 1, "--kind: there is no 'iir', only first, "},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --block 24", 1, "--block: 24 is not a power of two from 16 to 131072"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 2", 1, "cannot filter 'a.vdf2': a corner of 2 Hz is not below half its rate"},
-    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --highpass 1e-5", 1, "cannot filter 'a.vdf2': a corner of 1e-05 Hz at its rate of 4 Hz needs"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --highpass 1e-5", 1, "cannot filter 'a.vdf2': a corner of 1e-05 Hz at its rate of 4 Hz needs blocks of more than 131072 samples\n"},
     WrongCase{"kvx profile profile.txt -o x.vdf2", 2, "--lines is required for a data file"},
     WrongCase{"kvx profile profile.txt --band 20,30", 1, "--band: '20,30' has 2 numbers instead of 3"},
     WrongCase{"kvx profile profile.txt --band-ratio 30,20,2", 1, "--band-ratio: '30,20,2' is no rising pair"},

@@ -54,6 +54,7 @@ TEST(Psd, TellsTheMotionBehindAnAcceleration) {
                           "        1  ch1       0.707107  g   17.2443  mm/s     0.0428831  mm\n"));
     RunWell(folder, "kvx import c.txt -o n.vdf2 --rate 1024 --unit N");
     EXPECT_FALSE(RunJson(folder, "kvx psd n.vdf2")["records"][0]["channels"][0].contains("motion"));
+    EXPECT_FALSE(RunJson(folder, "kvx psd c.vdf2 --to 0.5")["records"][0]["channels"][0].contains("motion"));
 }
 
 TEST(Peaks, HaveTheWidthOfTheWindowAndMayHaveNone) {

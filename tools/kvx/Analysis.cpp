@@ -151,7 +151,9 @@ Analysed Analyse(const ChosenWaveforms& source, const AnalysisOptions& options, 
         for (Peak& peak : report.peaks) peak.level = unit->ConvDtoI(peak.level, 1.0, 0);
         if (method.isDensity && record.GetUnit().IsAcc()) {
             report.motion = MotionOf(levels, band, spacingHz, options.cutoffHz);
-            report.motion->acceleration = record.GetUnit().ConvDtoI(report.motion->acceleration, 1.0, 0);
+            if (report.motion) {
+                report.motion->acceleration = record.GetUnit().ConvDtoI(report.motion->acceleration, 1.0, 0);
+            }
         }
         result.report.channels.push_back(std::move(report));
         progress.Update(static_cast<std::uint64_t>(row) + 1, source.channels.size());

@@ -173,9 +173,8 @@ __int64 ChooseBlock(const FilterOptions& options, const Filter& filter, double r
         CMatBasic::GreaterEqPow2(static_cast<__int64>(std::min(std::ceil(wanted), double{kLargestBlock}))));
     if (static_cast<double>(block) < required) {
         throw Reason("a corner of " + FormatNumber(lowestHz) + " Hz at its rate of " +
-                     FormatNumber(rateHz, 10) + " Hz needs blocks of " +
-                     FormatNumber(std::ceil(required), 12) + " samples or more; " +
-                     (options.block ? "--block is " : "the longest are ") + std::to_string(block));
+                     FormatNumber(rateHz, 10) + " Hz needs blocks of more than " + std::to_string(block) +
+                     " samples");
     }
     return block;
 }

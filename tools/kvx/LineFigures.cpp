@@ -11,11 +11,13 @@
 
 namespace kvx::tool {
 
-Motion MotionOf(const CDataArrayDouble& density, const Band& band, double spacingHz, double cutoffHz) {
+std::optional<Motion> MotionOf(const CDataArrayDouble& density, const Band& band, double spacingHz,
+                               double cutoffHz) {
     const __int64 last = band.last;
     const __int64 first =
         std::max({band.first, __int64{1}, BandLines({cutoffHz, {}}, spacingHz, density.GetNum()).first});
     if (first > last) {
+        if (!(cutoffHz > 0.0)) return std::nullopt;
         throw Reason("no line of the band, which ends at " +
                      FormatNumber(static_cast<double>(last) * spacingHz, 7) +
                      " Hz, is left for the motion from the cut-off on");

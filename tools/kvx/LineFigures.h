@@ -24,8 +24,10 @@ struct Motion {
 };
 
 /// The motion of which `density`, in (m/s2)2/Hz on lines `spacingHz` apart from 0 Hz on, tells: of the lines
-/// in the band from the cut-off on, without the one at 0 Hz. Throws Reason when there is none.
-Motion MotionOf(const CDataArrayDouble& density, const Band& band, double spacingHz, double cutoffHz);
+/// in the band from the cut-off on, without the one at 0 Hz. No value for a band of that line alone; throws
+/// Reason when a cut-off above 0 leaves no line.
+std::optional<Motion> MotionOf(const CDataArrayDouble& density, const Band& band, double spacingHz,
+                               double cutoffHz);
 
 struct Peak {
     double hz;
