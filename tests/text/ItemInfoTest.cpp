@@ -23,19 +23,22 @@ CItemInfoList ListOf(std::initializer_list<std::int32_t> codes) {
 }
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(ItemInfoList, ItemsComeBackAsTheyWerePut) {
     CItemInfoList list;
     EXPECT_EQ(list.Append(1, L"2D"), 1);
     EXPECT_EQ(list.Append(CItemInfo(4, L"map", 0)), 1);
-    CItemInfo item;
-    ASSERT_EQ(list.GetItem(1, &item), 1);
-    EXPECT_EQ(item.GetCode(), 4);
-    EXPECT_EQ(item.GetText(), L"map");
-    EXPECT_EQ(item.IsEnabled(), 0);
-    ASSERT_EQ(list.GetItem(0, &item), 1);
-    EXPECT_EQ(item, CItemInfo(1, L"2D", 1));
+    EXPECT_EQ(list.AppendResource(3, 101), 1);
+    EXPECT_EQ(list.AppendResource(4, 100), 0) << "no such text";
+    const CItemInfo items[] = {CItemInfo(1, L"2D", 1), CItemInfo(4, L"map", 0), CItemInfo(3, L"加速度", 1)};
+    ASSERT_EQ(list.GetNum(), 3);
+    for (std::size_t i = 0; i < 3; ++i) {
+        CItemInfo item;
+        EXPECT_EQ(list.GetItem(static_cast<__int64>(i), &item), 1);
+        EXPECT_EQ(item, items[i]);
+    }
+    list.Init();
+    EXPECT_EQ(list.GetNum(), 0);
 }
 
 TEST(ItemInfoList, AnItemCanBePutAnywhereAndTakenOut) {
@@ -68,14 +71,6 @@ TEST(ItemInfoList, FindingACodeGivesItsFirstPosition) {
     EXPECT_EQ(list.Find(6), -1);
 }
 
-TEST(ItemInfoList, ACopyIsIndependent) {
-    CItemInfoList list = ListOf({1});
-    const CItemInfoList copy = list;
-    list.Init();
-    EXPECT_THAT(Codes(list), IsEmpty());
-    EXPECT_THAT(Codes(copy), ElementsAre(1));
-}
-
 TEST(ItemInfoList, WithoutMemoryNothingChanges) {
     CItemInfoList list = ListOf({1});
     const CItemInfo item(2, L"a text that needs memory");
@@ -88,16 +83,6 @@ TEST(ItemInfoList, WithoutMemoryNothingChanges) {
     CItemInfo out(9, L"");
     EXPECT_GT(Starve([&] { return list.GetItem(0, &out); }, [&] { EXPECT_EQ(out, CItemInfo(9, L"")); }), 0);
     EXPECT_EQ(out, item);
-}
-
-TEST(ItemInfoList, TextsComeFromTheStringTable) {
-    CItemInfoList list;
-    CItemInfo item;
-    EXPECT_EQ(list.AppendResource(3, 101), 1);
-    EXPECT_EQ(list.AppendResource(4, 100), 0) << "no such text";
-    ASSERT_EQ(list.GetNum(), 1);
-    ASSERT_EQ(list.GetItem(0, &item), 1);
-    EXPECT_EQ(item, CItemInfo(3, L"加速度"));
 }
 
 }  // namespace

@@ -10,8 +10,11 @@
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
-std::vector<std::wstring> Names(const CUnitCtrlList& list) {
+/// The names in a list that a builder has just filled, or emptied and refused to fill.
+std::vector<std::wstring> Names(int done, const CUnitCtrlList& list) {
+    EXPECT_EQ(done, list.GetNum() > 0);
     std::vector<std::wstring> names;
     for (const CUnitCtrl& unit : UnitsOf(list)) names.push_back(NameOf(unit));
     return names;
@@ -23,73 +26,55 @@ std::vector<CItemInfo> Items(const CItemInfoList& list) {
     return items;
 }
 
-TEST(UnitCtrlList, KeepsCopiesInOrder) {
-    CUnitCtrlList list;
-    CUnitCtrl unit = Single(0x00010007);
-    EXPECT_EQ(list.Append(unit), 1);
-    EXPECT_EQ(list.Append(Single(0x02000001)), 1);
-    CUnitCtrlList copy;
-    copy = list;
-    list.Init();
-    EXPECT_EQ(list.GetNum(), 0);
-    EXPECT_THAT(Names(copy), ElementsAre(L"g", L"Hz"));
-    for (const __int64 index : {-1, 2}) EXPECT_EQ(copy.GetUnit(index, &unit), 0);
-    EXPECT_EQ(copy.GetUnit(0, nullptr), 0);
-    EXPECT_EQ(NameOf(unit), L"g");
-}
-
 TEST(UnitCtrlList, SingleUnitsOfADimensionComeInTableOrder) {
     CUnitCtrlList list;
-    EXPECT_EQ(list.MakeSingleUnitListByDimCode(Dim(0x06000000)), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"%", L"dB", L"dB", L"oct", L"ppb", L"ppm", L"decade", L"octave"));
-    EXPECT_EQ(list.MakeSingleUnitListByUnitCode(Unit(0x02000005)), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"Hz", L"kHz", L"rpm", L"mHz", L"MHz", L"GHz"));
-    EXPECT_EQ(list.MakeSingleUnitListByDimCode(Dim(0x19000000)), 0);
-    EXPECT_EQ(list.GetNum(), 0);
+    EXPECT_THAT(Names(list.MakeSingleUnitListByDimCode(Dim(0x06000000)), list),
+                ElementsAre(L"%", L"dB", L"dB", L"oct", L"ppb", L"ppm", L"decade", L"octave"));
+    EXPECT_THAT(Names(list.MakeSingleUnitListByUnitCode(Unit(0x02000005)), list),
+                ElementsAre(L"Hz", L"kHz", L"rpm", L"mHz", L"MHz", L"GHz"));
+    EXPECT_THAT(Names(list.MakeSingleUnitListByDimCode(Dim(0x19000000)), list), IsEmpty());
 }
 
-TEST(UnitCtrlList, CompoundsOfTwoCodesVaryOneOfThem) {
+TEST(UnitCtrlList, CompoundsVaryOneMemberAndKeepTheRest) {
+    constexpr auto ohm = CUnitCtrl::UNIT_CODE{0x0C000002}, henry = CUnitCtrl::UNIT_CODE{0x16000003};
     CUnitCtrlList list;
-    EXPECT_EQ(list.MakeConexusUnitListByUnitCode(Unit(0x04000002), Unit(0x0C000002), 1, 1), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"V/m\u03A9", L"V/\u03A9", L"V/k\u03A9", L"V/M\u03A9"));
-    EXPECT_EQ(list.MakeConexusUnitListByUnitCode(Unit(0x16000001), Unit(0x01000003), 0, 0), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"\u03BCH・s", L"mH・s", L"H・s"));
-    EXPECT_EQ(list.MakeConexusUnitListByUnitCode(Unit(0x16000001), Unit(0x19000001), 1, 0), 0);
-    EXPECT_EQ(list.GetNum(), 0);
-}
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnitCode(Unit(kVolt), ohm, 1, 1), list),
+                ElementsAre(L"V/m\u03A9", L"V/\u03A9", L"V/k\u03A9", L"V/M\u03A9"));
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnitCode(henry, Unit(kSec), 0, 0), list),
+                ElementsAre(L"\u03BCH・s", L"mH・s", L"H・s"));
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnitCode(henry, Unit(0x19000001), 1, 0), list), IsEmpty());
 
-TEST(UnitCtrlList, CompoundsOfADescriptorKeepAllButTheVariedMember) {
-    CUnitCtrlList list;
-    EXPECT_EQ(list.MakeConexusUnitListByUnit(Make({0x16000002, 0x010}), 1), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"\u03BCH#u2#n", L"mH#u2#n", L"H#u2#n"));
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnit(Make({henry, 0x010}), 1), list),
+                ElementsAre(L"\u03BCH#u2#n", L"mH#u2#n", L"H#u2#n"));
     EXPECT_TRUE(UnitsOf(list)[0].IsSingle());
+    const CUnitCtrl unit = Make({0x08000001, 0x010}, {henry, 0x100}, {kVolt});
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnit(unit, 0), list),
+                ElementsAre(L"cycle#u2#n/H・V", L"kcycle#u2#n/H・V"));
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnit(unit, 1), list),
+                ElementsAre(L"cycle#u2#n/\u03BCH・V", L"cycle#u2#n/mH・V", L"cycle#u2#n/H・V"));
 
-    const CUnitCtrl unit = Make({0x08000001, 0x010}, {0x16000003, 0x100}, {0x04000002});
-    EXPECT_EQ(list.MakeConexusUnitListByUnit(unit, 0), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"cycle#u2#n/H・V", L"kcycle#u2#n/H・V"));
-    EXPECT_EQ(list.MakeConexusUnitListByUnit(unit, 1), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"cycle#u2#n/\u03BCH・V", L"cycle#u2#n/mH・V", L"cycle#u2#n/H・V"));
-}
-
-TEST(UnitCtrlList, CompoundsOfTwoDescriptorsUseTheirFirstMembers) {
-    CUnitCtrlList list;
-    const CUnitCtrl cycles = Make({0x08000002});
-    const CUnitCtrl perHenry = Make({0x16000003, 0x100}, {0x04000002});
-    EXPECT_EQ(list.MakeConexusUnitListByUnit(cycles, perHenry, 0, 0), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"cycle/H", L"kcycle/H"));
-    EXPECT_EQ(list.MakeConexusUnitListByUnit(cycles, perHenry, 1, 1), 1);
-    EXPECT_THAT(Names(list), ElementsAre(L"kcycle・\u03BCH", L"kcycle・mH", L"kcycle・H"));
+    const CUnitCtrl cycles = Single(0x08000002), perHenry = Make({henry, 0x100}, {kVolt});
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnit(cycles, perHenry, 0, 0), list),
+                ElementsAre(L"cycle/H", L"kcycle/H"));
+    EXPECT_THAT(Names(list.MakeConexusUnitListByUnit(cycles, perHenry, 1, 1), list),
+                ElementsAre(L"kcycle・\u03BCH", L"kcycle・mH", L"kcycle・H"));
 }
 
 TEST(UnitCtrlList, ItemsShowTheNamesAndLeadBackByIndex) {
     CUnitCtrlList list;
-    list.Append(Single(0x00010007));
-    list.Append(Make({0x00010004, 0x010}, {0x02000001, 0x100}));
+    EXPECT_EQ(list.Append(Single(kG)), 1);
+    EXPECT_EQ(list.Append(Make({kAcc, 0x010}, {kHz, 0x100})), 1);
     CItemInfoList items;
     items.Append(99, L"left over");
     EXPECT_EQ(list.MakeItemInfoList(&items), 1);
     EXPECT_THAT(Items(items), ElementsAre(CItemInfo(0, L"g"), CItemInfo(1, L"(m/s#u2#n)#u2#n/Hz")));
     EXPECT_EQ(list.MakeItemInfoList(nullptr), 0);
+    CUnitCtrl unit;
+    for (const __int64 index : {-1, 2}) EXPECT_EQ(list.GetUnit(index, &unit), 0);
+    EXPECT_EQ(list.GetUnit(0, nullptr), 0);
+    EXPECT_EQ(InfoOf(unit), Info());
+    EXPECT_EQ(list.GetUnit(1, &unit), 1);
+    EXPECT_EQ(NameOf(unit), L"(m/s#u2#n)#u2#n/Hz");
 }
 
 TEST(SelectionLists, DimensionsAreListedByTheirUse) {

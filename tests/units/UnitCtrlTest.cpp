@@ -5,82 +5,62 @@
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <utility>
 
 #include "Units.h"
 
 namespace {
 
-const MemberValue kNone{0x0F000001, 0x001};
-
 TEST(UnitCtrl, EachConstructorSetsItsMembers) {
+    const MemberValue last{kVel, 0x110};
     const struct {
         CUnitCtrl unit;
         Info info;
     } cases[] = {
-        {CUnitCtrl(), {{kNone, kNone, kNone, kNone}, 1}},
-        {CUnitCtrl(Dim(0x00010000)), {{{0x00010004}, kNone, kNone, kNone}, 1}},
-        {CUnitCtrl(Dim(0x06000000)), {{{0x06000001}, kNone, kNone, kNone}, 1}},
-        {CUnitCtrl(Dim(0x00090000)), {{kNone, kNone, kNone, kNone}, 1}},
-        {CUnitCtrl(Unit(0x00010004), Unit(0x02000001), 0), {{{0x00010004}, {0x02000001}, kNone, kNone}, 0}},
-        {CUnitCtrl(Unit(0x00010004), Unit(0x02000001), 7),
-         {{{0x00010004}, {0x02000001, 0x100}, kNone, kNone}, 0}},
-        {CUnitCtrl(Unit(0x00010063), Unit(0x02000001), 0), {{kNone, {0x02000001}, kNone, kNone}, 0}},
-        {CUnitCtrl(Make({0x00010004, 0x010}), Make({0x02000001, 0x100}), 0),
-         {{{0x00010004, 0x010}, {0x02000001, 0x100}, kNone, kNone}, 0}},
-        {CUnitCtrl(Make({0x00010004, 0x010}), Make({0x02000001, 0x100}), 1),
-         {{{0x00010004, 0x010}, {0x02000001, 0x001}, kNone, kNone}, 0}},
-        {CUnitCtrl(Single(0x00010004), Make({0x02000001, 0x010}), 1),
-         {{{0x00010004}, {0x02000001, 0x110}, kNone, kNone}, 0}},
-        {Make({0x00010001, 0x100}, {0x00020001, 0x010}, {0x00030001, 0x110}, {0x00040001}),
-         {{{0x00010001, 0x100}, {0x00020001, 0x010}, {0x00030001, 0x110}, {0x00040001}}, 0}},
-        {Make({0x00010001}, {0x00020000}, {0xFFFFFFFF}, {0x0001}), {{{0x00010001}, kNone, kNone, kNone}, 1}},
+        {CUnitCtrl(), {}},
+        {CUnitCtrl(Dim(0x00010000)), {{{kAcc}}}},
+        {CUnitCtrl(Dim(0x06000000)), {{{0x06000001}}}},
+        {CUnitCtrl(Dim(0x00090000)), {}},
+        {CUnitCtrl(Unit(kAcc), Unit(kHz), 0), {{{kAcc}, {kHz}}, 0}},
+        {CUnitCtrl(Unit(kAcc), Unit(kHz), 7), {{{kAcc}, {kHz, 0x100}}, 0}},
+        {CUnitCtrl(Unit(0x00010063), Unit(kHz), 0), {{{}, {kHz}}, 0}},
+        {CUnitCtrl(Make({kAcc, 0x010}), Make({kHz, 0x100}), 0), {{{kAcc, 0x010}, {kHz, 0x100}}, 0}},
+        {CUnitCtrl(Make({kAcc, 0x010}), Make({kHz, 0x100}), 1), {{{kAcc, 0x010}, {kHz, 0x001}}, 0}},
+        {CUnitCtrl(Single(kAcc), Make({kHz, 0x010}), 1), {{{kAcc}, {kHz, 0x110}}, 0}},
+        {Make({kMm, 0x100}, {kHz, 0x010}, {kG}, last), {{{kMm, 0x100}, {kHz, 0x010}, {kG}, last}, 0}},
+        {Make({kMm}, {0x00020000}, {0xFFFFFFFF}, {0x0001}), {{{kMm}}}},
+        {Make({kMm, 0x110}), {{{kMm, 0x110}}}},
+        {Make({kMm}, {0x0F000001, 0x100}), {{{kMm}, {0x0F000001, 0x100}}, 0}},
+        {Make({kMm}, {}, {}, {kHz}), {{{kMm}, {}, {}, {kHz}}, 0}},
+        {Make({kMm, 0x000}), {{{kMm}}}},  // flags without a known bit count as plain
+        {Make({kMm, 0xEEE}), {{{kMm}}}},
+        {Make({kMm, 0x011}), {{{kMm, 0x011}}}},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) EXPECT_EQ(InfoOf(cases[i].unit), cases[i].info) << i;
 }
 
-TEST(UnitCtrl, FlagsWithoutAKnownBitCountAsPlain) {
-    EXPECT_EQ(InfoOf(Make({0x00010004, 0x000})).members[0].calc, 0x001u);
-    EXPECT_EQ(InfoOf(Make({0x00010004, 0xEEE})).members[0].calc, 0x001u);
-    EXPECT_EQ(InfoOf(Make({0x00010004, 0x011})).members[0].calc, 0x011u);
-}
-
-TEST(UnitCtrl, ADescriptorOfFourMembersIsSingleWhenTheLastThreeAreEmpty) {
-    EXPECT_TRUE(Make({0x00010004, 0x110}).IsSingle());
-    EXPECT_FALSE(Make({0x00010004}, {0x0F000001, 0x100}).IsSingle());
-    EXPECT_FALSE(Make({0x00010004}, {}, {}, {0x02000001}).IsSingle());
-}
-
 TEST(UnitCtrl, EqualityComparesDimensions) {
-    const CUnitCtrl mm = Single(0x00030001);
-    const CUnitCtrl velocityPerHz(Unit(0x00020001), Unit(0x02000001), 1);
+    const CUnitCtrl perHz(Unit(kMmPerSec), Unit(kHz), 1);
+    const CUnitCtrl voltThird = Make({kVel}, {kHz}, {kVolt}), voltFourth = Make({kVel}, {kHz}, {}, {kVolt});
     const struct {
         CUnitCtrl a, b;
         bool equal;
     } cases[] = {
-        {mm, Single(0x00030004), true},
-        {mm, Single(0x00020001), false},
-        {mm, CUnitCtrl(Unit(0x00030001), Unit(0x0F000001), 0), false},
-        {mm, Make({0x00030001, 0x010}), true},
-        {velocityPerHz, CUnitCtrl(Unit(0x00020004), Unit(0x02000002), 0), true},
-        {velocityPerHz, CUnitCtrl(Unit(0x00020004), Unit(0x01000001), 1), false},
-        {velocityPerHz, CUnitCtrl(Unit(0x00020004), Unit(0x0F000001), 1), false},
-        {velocityPerHz, Make({0x00020001}, {0x02000001}, {0x04000001}), true},
-        {Make({0x00020001}, {0x02000001}, {0x04000001}), Make({0x00020001}, {0x02000001}, {0x0B000001}),
-         false},
-        {Make({0x00020001}, {0x02000001}, {}, {0x04000001}), Make({0x00020001}, {0x02000001}, {0x0B000001}),
-         true},
-        {Make({0x00020001}, {0x02000001}, {}, {0x04000001}),
-         Make({0x00020001}, {0x02000001}, {}, {0x0B000001}), false},
+        {Single(kMm), Single(0x00030004), true},
+        {Single(kMm), Single(kVel), false},
+        {Single(kMm), CUnitCtrl(Unit(kMm), Unit(0x0F000001), 0), false},
+        {Single(kMm), Make({kMm, 0x010}), true},
+        {perHz, CUnitCtrl(Unit(kVel), Unit(0x02000002), 0), true},
+        {perHz, CUnitCtrl(Unit(kVel), Unit(kSec), 1), false},
+        {perHz, voltThird, true},
+        {voltThird, Make({kVel}, {kHz}, {kAmpere}), false},
+        {voltFourth, Make({kVel}, {kHz}, {kAmpere}), true},
+        {voltFourth, Make({kVel}, {kHz}, {}, {kAmpere}), false},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         EXPECT_EQ(cases[i].a == cases[i].b, cases[i].equal) << i;
-        EXPECT_EQ(cases[i].b == cases[i].a, cases[i].equal) << i;
-        EXPECT_EQ(cases[i].a != cases[i].b, !cases[i].equal) << i;
+        EXPECT_EQ(cases[i].b != cases[i].a, !cases[i].equal) << i;
     }
-    EXPECT_TRUE(mm == CUnitCtrl::DIM_DISPLACEMENT);
-    EXPECT_TRUE(mm != CUnitCtrl::DIM_VELOCITY);
-    EXPECT_TRUE(velocityPerHz != CUnitCtrl::DIM_VELOCITY);
 }
 
 TEST(UnitCtrl, QuestionsAboutMotionAreAnsweredForSingleUnits) {
@@ -110,14 +90,13 @@ TEST(UnitCtrl, StandardUnitsHaveAPositionInTheirDimension) {
         __int64 index = -1;
         EXPECT_EQ(CUnitCtrl::GetStdUnitCode(Dim(c.dim), &index), c.unit);
         EXPECT_EQ(index, c.index);
-        EXPECT_EQ(CUnitCtrl::GetStdUnitCode(Dim(c.dim), nullptr), c.unit);
     }
 }
 
 TEST(UnitCtrl, AStandardUnitChangesNothing) {
     for (const std::uint32_t dim : kDimensions) {
-        if (dim == 0x06000000) continue;  // held as a plain ratio, reported as percent
-        EXPECT_EQ(CUnitCtrl(Dim(dim)).ConvDtoI(1.25, 1, 1), 1.25) << std::hex << dim;
+        // A ratio is held as a plain number and reported as percent.
+        EXPECT_EQ(CUnitCtrl(Dim(dim)).ConvDtoI(1.25, 1, 1), dim == 0x06000000 ? 125 : 1.25) << dim;
     }
 }
 
@@ -138,38 +117,34 @@ TEST(UnitCtrl, DimensionsAreReadFromEveryMember) {
 }
 
 TEST(UnitName, IsComposedWithBracketsWhereTheyAreNeeded) {
-    constexpr std::uint32_t acc = 0x00010004, g = 0x00010007, v = 0x00020004, hz = 0x02000001, s = 0x01000003,
-                            volt = 0x04000002, torque = 0x12000001, a = 0x0B000002;
     const struct {
         CUnitCtrl unit;
         const wchar_t* name;
     } cases[] = {
         {CUnitCtrl(), L" "},
-        {Single(acc), L"m/s#u2#n"},
-        {Make({g, 0x010}), L"g#u2#n"},
-        {Make({v, 0x010}), L"(m/s)#u2#n"},
-        {Make({acc, 0x010}), L"(m/s#u2#n)#u2#n"},
-        {Make({s, 0x100}), L"1/s"},
-        {Make({acc, 0x100}), L"1/(m/s#u2#n)"},
-        {Make({s, 0x110}), L"1/(s#u2#n)"},
-        {Make({acc, 0x010}, {hz, 0x100}), L"(m/s#u2#n)#u2#n/Hz"},
-        {Make({g, 0x010}, {hz, 0x100}), L"g#u2#n/Hz"},
-        {Make({g}, {hz, 0x100}), L"g/Hz"},
-        {Make({acc}, {hz, 0x100}), L"(m/s#u2#n)/Hz"},
-        {Make({volt}, {acc, 0x100}), L"V/(m/s#u2#n)"},
-        {Make({volt}, {acc, 0x110}), L"V/(m/s#u2#n)#u2#n"},
-        {Make({volt}, {acc, 0x010}), L"V・(m/s#u2#n)#u2#n"},
-        {Make({torque}, {s}), L"(N・m)・s"},
-        {Make({s, 0x100}, {volt}), L"(1/s)・V"},
-        {Make({acc, 0x100}, {volt}), L"(1/(m/s#u2#n))・V"},
-        {Make({s, 0x110}, {volt}), L"1/(s#u2#n)・V"},
-        {Make({volt}, {s}, {hz, 0x100}, {a, 0x010}), L"V・s/Hz・A#u2#n"},
-        {Make({volt}, {}, {hz, 0x100}), L"V/Hz"},
+        {Single(kAcc), L"m/s#u2#n"},
+        {Make({kVel, 0x010}), L"(m/s)#u2#n"},
+        {Make({kAcc, 0x010}), L"(m/s#u2#n)#u2#n"},
+        {Make({kSec, 0x100}), L"1/s"},
+        {Make({kAcc, 0x100}), L"1/(m/s#u2#n)"},
+        {Make({kAcc, 0x010}, {kHz, 0x100}), L"(m/s#u2#n)#u2#n/Hz"},
+        {Make({kG}, {kHz, 0x100}), L"g/Hz"},
+        {Make({kAcc}, {kHz, 0x100}), L"(m/s#u2#n)/Hz"},
+        {Make({kVolt}, {kAcc, 0x100}), L"V/(m/s#u2#n)"},
+        {Make({kVolt}, {kAcc, 0x110}), L"V/(m/s#u2#n)#u2#n"},
+        {Make({kVolt}, {kAcc, 0x010}), L"V・(m/s#u2#n)#u2#n"},
+        {Make({0x12000001}, {kSec}), L"(N・m)・s"},
+        {Make({kSec, 0x100}, {kVolt}), L"(1/s)・V"},
+        {Make({kAcc, 0x100}, {kVolt}), L"(1/(m/s#u2#n))・V"},
+        {Make({kSec, 0x110}, {kVolt}), L"1/(s#u2#n)・V"},
+        {Make({kVolt}, {kSec}, {kHz, 0x100}, {kAmpere, 0x010}), L"V・s/Hz・A#u2#n"},
+        {Make({kVolt}, {}, {kHz, 0x100}), L"V/Hz"},
     };
     for (const auto& c : cases) EXPECT_EQ(NameOf(c.unit), c.name);
 }
 
-std::vector<std::byte> Words(std::vector<std::uint32_t> words, std::size_t size) {
+/// A record: 32-bit words, then zeros.
+std::vector<std::byte> Words(const std::vector<std::uint32_t>& words, std::size_t size = 128) {
     std::vector<std::byte> bytes;
     for (const std::uint32_t word : words) {
         for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::byte>(word >> shift));
@@ -178,15 +153,11 @@ std::vector<std::byte> Words(std::vector<std::uint32_t> words, std::size_t size)
     return bytes;
 }
 
-const CUnitCtrl kFull =
-    Make({0x00010004, 0x010}, {0x02000001, 0x100}, {0x04000002, 0x001}, {0x0B000002, 0x110});
-const std::vector<std::uint32_t> kFullFields = {0x00010004, 0x010, 0,          0x02000001, 0x100,
-                                                0x04000002, 0x001, 0x0B000002, 0x110};
+const CUnitCtrl kFull = Make({kAcc, 0x010}, {kHz, 0x100}, {kVolt}, {kAmpere, 0x110});
+const std::vector<std::byte> kFirstGeneration = Words({kAcc, 0x010, 0, kHz, 0x100}, 20);
 
-std::vector<std::uint32_t> WithVersion(std::uint32_t version) {
-    std::vector<std::uint32_t> words = kFullFields;
-    words.insert(words.begin(), version);
-    return words;
+std::vector<std::byte> FullRecord(std::uint32_t version) {
+    return Words({version, kAcc, 0x010, 0, kHz, 0x100, kVolt, 0x001, kAmpere, 0x110});
 }
 
 using Operation = void (CUnitCtrl::*)(CArchive&);
@@ -206,46 +177,42 @@ void Load(CUnitCtrl& unit, Operation serialize, const std::vector<std::byte>& by
     EXPECT_EQ(archive.Remaining(), 0u);
 }
 
-TEST(UnitArchive, TheRecordHas128Bytes) {
-    EXPECT_EQ(Stored(kFull, &CUnitCtrl::Serialize), Words(WithVersion(2), 128));
+TEST(UnitArchive, RecordsAreStoredByteForByte) {
+    EXPECT_EQ(Stored(kFull, &CUnitCtrl::Serialize), FullRecord(2));
     EXPECT_EQ(Stored(CUnitCtrl(), &CUnitCtrl::Serialize),
-              Words({2, 0x0F000001, 1, 1, 0x0F000001, 1, 0x0F000001, 1, 0x0F000001, 1}, 128));
+              Words({2, 0x0F000001, 1, 1, 0x0F000001, 1, 0x0F000001, 1, 0x0F000001, 1}));
+    EXPECT_EQ(Stored(kFull, &CUnitCtrl::Serialize1st), kFirstGeneration);
 }
 
-TEST(UnitArchive, LoadingFollowsTheVersion) {
-    const Info all = InfoOf(kFull);
-    const Info firstTwo{{all.members[0], all.members[1], kNone, kNone}, 0};
-    for (const std::uint32_t version : {2u, 3u, 0x7FFFFFFFu}) {
-        CUnitCtrl unit;
-        Load(unit, &CUnitCtrl::Serialize, Words(WithVersion(version), 128));
-        EXPECT_EQ(InfoOf(unit), all) << version;
+TEST(UnitArchive, LoadingFollowsTheVersionAndValidatesWhatItReads) {
+    constexpr Operation serialize = &CUnitCtrl::Serialize;
+    const Info firstTwo{{{kAcc, 0x010}, {kHz, 0x100}}, 0};
+    const struct {
+        Operation load;
+        std::vector<std::byte> bytes;
+        Info info;
+    } cases[] = {
+        {serialize, FullRecord(2), InfoOf(kFull)},
+        {serialize, FullRecord(0x7FFFFFFF), InfoOf(kFull)},
+        {serialize, FullRecord(1), firstTwo},
+        {serialize, FullRecord(0xFFFFFFFF), firstTwo},
+        {&CUnitCtrl::Serialize1st, kFirstGeneration, firstTwo},
+        {serialize,
+         Words({2, 0x00010063, 0, 0, kMm, 0xF000, 77, 1, 0, 0x010}),
+         {{{}, {kMm}, {}, {0x0F000001, 0x010}}, 0}},
+        {serialize, Words({2, kMm, 1, 0}), {{{kMm}}}},  // the stored single flag does not count
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        CUnitCtrl unit = Make({kSec}, {kSec}, {kSec}, {kSec});
+        Load(unit, cases[i].load, cases[i].bytes);
+        EXPECT_EQ(InfoOf(unit), cases[i].info) << i;
     }
-    for (const std::uint32_t version : {1u, 0u, 0xFFFFFFFFu}) {
-        CUnitCtrl unit;
-        Load(unit, &CUnitCtrl::Serialize, Words(WithVersion(version), 128));
-        EXPECT_EQ(InfoOf(unit), firstTwo) << version;
-    }
-}
-
-TEST(UnitArchive, TheFirstGenerationHoldsTwoMembersWithoutAVersion) {
-    const std::vector<std::byte> bytes = Words({0x00010004, 0x010, 0, 0x02000001, 0x100}, 20);
-    EXPECT_EQ(Stored(kFull, &CUnitCtrl::Serialize1st), bytes);
-    CUnitCtrl unit = kFull;
-    Load(unit, &CUnitCtrl::Serialize1st, bytes);
-    EXPECT_EQ(InfoOf(unit), (Info{{{0x00010004, 0x010}, {0x02000001, 0x100}, kNone, kNone}, 0}));
-}
-
-TEST(UnitArchive, WhatAFileClaimsIsValidated) {
-    CUnitCtrl unit;
-    Load(unit, &CUnitCtrl::Serialize, Words({2, 0x00010063, 0, 0, 0x00030001, 0xF000, 77, 1, 0, 0x100}, 128));
-    EXPECT_EQ(InfoOf(unit), (Info{{kNone, {0x00030001}, kNone, {0x0F000001, 0x100}}, 0}));
-    Load(unit, &CUnitCtrl::Serialize, Words({2, 0x00030001, 1, 0}, 128));
-    EXPECT_EQ(InfoOf(unit), (Info{{{0x00030001}, kNone, kNone, kNone}, 1}))
-        << "the stored single flag does not count";
 }
 
 TEST(UnitArchive, AShortRecordRaisesEndOfFileAndChangesNothing) {
-    const auto expectEndOfFile = [](Operation serialize, std::size_t size) {
+    const std::pair<Operation, std::size_t> cases[] = {
+        {&CUnitCtrl::Serialize, 0}, {&CUnitCtrl::Serialize, 127}, {&CUnitCtrl::Serialize1st, 19}};
+    for (const auto& [serialize, size] : cases) {
         CUnitCtrl unit = kFull;
         try {
             Load(unit, serialize, std::vector<std::byte>(size));
@@ -254,9 +221,7 @@ TEST(UnitArchive, AShortRecordRaisesEndOfFileAndChangesNothing) {
             EXPECT_EQ(e.m_cause, CFileException::endOfFile);
         }
         EXPECT_EQ(InfoOf(unit), InfoOf(kFull));
-    };
-    for (const std::size_t size : {0u, 1u, 40u, 127u}) expectEndOfFile(&CUnitCtrl::Serialize, size);
-    for (const std::size_t size : {0u, 3u, 19u}) expectEndOfFile(&CUnitCtrl::Serialize1st, size);
+    }
 }
 
 }  // namespace

@@ -27,6 +27,11 @@ struct MemberValue {
     bool operator==(const MemberValue&) const = default;
 };
 
+// Units that many tests take, by their names.
+inline constexpr std::uint32_t kAcc = 0x00010004, kG = 0x00010007, kMmPerSec = 0x00020001, kVel = 0x00020004,
+                               kMm = 0x00030001, kSec = 0x01000003, kHz = 0x02000001, kMilliVolt = 0x04000001,
+                               kVolt = 0x04000002, kCelsius = 0x05000002, kAmpere = 0x0B000002;
+
 /// A descriptor built from all four members.
 inline CUnitCtrl Make(MemberValue a, MemberValue b = {}, MemberValue c = {}, MemberValue d = {}) {
     return {Unit(a.unit), Calc(a.calc), Unit(b.unit), Calc(b.calc),
@@ -38,8 +43,8 @@ inline CUnitCtrl Single(std::uint32_t unit) {
 }
 
 struct Info {
-    std::vector<MemberValue> members;
-    int single;
+    MemberValue members[4];
+    int single = 1;
     bool operator==(const Info&) const = default;
 };
 
