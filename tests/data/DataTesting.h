@@ -108,6 +108,20 @@ Matrix NumbersOf(__int64 rows, __int64 cols, const Numbers& parts) {
     return Filled(std::move(matrix), parts);
 }
 
+/// Whether an operation succeeded and left these contents.
+template <class Container>
+::testing::AssertionResult Leaves(int result, const Container& container, const Numbers& contents) {
+    const auto outcome = std::pair(result, Contents(container));
+    if (outcome == std::pair(1, contents)) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "result and contents: " << ::testing::PrintToString(outcome);
+}
+
+/// Whether every operation of a list was refused.
+inline ::testing::AssertionResult AllFail(const std::vector<int>& results) {
+    if (results == std::vector<int>(results.size())) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "results: " << ::testing::PrintToString(results);
+}
+
 /// The numbers first, first + 1, ... last.
 inline Numbers FromTo(int first, int last) {
     Numbers values;

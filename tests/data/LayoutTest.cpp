@@ -76,31 +76,23 @@ void PrintTo(const LayoutCase& row, std::ostream* out) {
 }
 
 template <class Object>
-LayoutCase Case(const char* name, const Object& object, Layout<Object> layout, const std::string& hex) {
+LayoutCase Current(const char* name, const Object& object, const std::string& hex,
+                   Layout<Object> layout = &Object::Serialize) {
     return {name, Hex(hex), [=] { return Stored(object, layout); },
             [=](const std::string& bytes) { return Loaded(object, layout, bytes); }};
 }
 
 template <class Object>
-LayoutCase Current(const char* name, const Object& object, const std::string& hex) {
-    return Case(name, object, &Object::Serialize, hex);
-}
-
-template <class Object>
 LayoutCase First(const char* name, const Object& object, const std::string& hex) {
-    return Case(name, object, &Object::Serialize1st, hex);
+    return Current(name, object, hex, &Object::Serialize1st);
 }
 
 std::vector<LayoutCase> LayoutCases() {
-    const std::string v = "01000000";  // the version word, and the number 1
-    const std::string two = "02000000";
-    const std::string zero = "00000000";
-    const std::string d1 = "000000000000F03F", dm2 = "00000000000000C0", dHalf = "000000000000E03F",
-                      d0 = zero + zero;
+    // clang-format off
+    const std::string v = "01000000", two = "02000000", zero = "00000000";  // v is the version word
+    const std::string d1 = "000000000000F03F", dm2 = "00000000000000C0", dHalf = "000000000000E03F", d0 = zero + zero;
     const std::string f1 = "0000803F", fm2 = "000000C0", fHalf = "0000003F", f0 = zero;
     const std::string l1 = "01000000", lm2 = "FEFFFFFF";
-
-    // clang-format off
     return {
         Current("Double",                ArrayOf<CDataArrayDouble>({1, -2}),                         v + two + d1 + dm2),
         Current("Float",                 ArrayOf<CDataArrayFloat>({1, -2}),                          v + two + f1 + fm2),
@@ -139,11 +131,8 @@ std::vector<LayoutCase> LayoutCases() {
 
 class EveryLayout : public ::testing::TestWithParam<LayoutCase> {};
 
-TEST_P(EveryLayout, StoresTheseBytes) {
+TEST_P(EveryLayout, StoresTheseBytesAndLoadsThem) {
     EXPECT_EQ(GetParam().store(), GetParam().bytes);
-}
-
-TEST_P(EveryLayout, LoadsWhatItStores) {
     const LoadResult result = GetParam().load(GetParam().bytes + "behind");
     EXPECT_EQ(result.cause, CFileException::none);
     EXPECT_EQ(result.storedAgain, GetParam().bytes);
@@ -186,11 +175,9 @@ TEST(DamagedLayout, ImpossibleCountsAllocateNothingAndLeaveTheObjectEmpty) {
     } kDamage[] = {
         {"array, negative count",      array,       "01000000 FFFFFFFF" + d1, kNone},
         {"array, huge count",          array,       "01000000 FFFFFF7F" + d1, kEnd},
-        {"array, one too many",        array,       "01000000 02000000" + d1, kEnd},
         {"split, negative count",      split,       "01000000 01000000 FFFFFFFF", kNone},
         {"split, no elements",         split,       "01000000 01000000 00000000", kNone},
         {"split, huge count",          split,       "01000000 01000000 FFFFFF7F" + d1, kEnd},
-        {"split, half the blocks",     split,       "01000000 01000000 01000000" + d1, kEnd},
         {"matrix, negative rows",      matrix,      "01000000 FFFFFFFF FFFFFFFF 01000000", kNone},
         {"matrix, no columns",         matrix,      "01000000 01000000 00000000 01000000", kNone},
         {"matrix, negative samples",   matrix,      "01000000 01000000 01000000 FFFFFFFF", kNone},

@@ -6,38 +6,28 @@
 
 #include <array>
 #include <cfloat>
-#include <iterator>
 #include <span>
 #include <string>
 #include <utility>
 
+#include "tests/data/DataTesting.h"
 #include "tests/files/FileSupport.h"
 #include "tests/support/FailingMemory.h"
 
 namespace {
 
+using kvx::testing::Contents, kvx::testing::Filled, kvx::testing::Numbers;
+
 const CUnitCtrl kAcceleration(CUnitCtrl::DIM_ACCELERATION);
 constexpr __int64 kNoMemory = __int64{1} << 60;
-
-std::uint32_t UnitCode(const CUnitCtrl& unit) {
-    CUnitCtrl::UNIT_CODE code = {};
-    unit.GetInfo(&code, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-    return code;
-}
 
 void ExpectEmpty(const CComDataBase& record) {
     EXPECT_EQ(record.GetDataMode(), CComDataBase::MODE_EMPTY);
     EXPECT_FALSE(record.GetDataPtr() || record.GetReal(0, 0) || record.GetHData() || record.Check());
     EXPECT_EQ(record.GetNumRow() + record.GetNumCol() + record.GetNsamp() + record.GetOffset(), 0);
     EXPECT_EQ(record.GetDelta(), 0.0);
-    EXPECT_EQ(UnitCode(record.GetUnit()), 0x0F000001U);
-    EXPECT_EQ(UnitCode(record.GetHUnit()), 0x0F000001U);
+    EXPECT_TRUE(record.GetUnit() == CUnitCtrl() && record.GetHUnit() == CUnitCtrl());
     EXPECT_TRUE(record.GetRowName().empty() && record.GetColName().empty());
-}
-
-void Fill(double* samples, double first, double second) {
-    samples[0] = first;
-    samples[1] = second;
 }
 
 /// The record that WaveBytes spells out.
@@ -45,8 +35,7 @@ CComDataWave Wave() {
     const CStringArray rowNames = {L"row"};
     CComDataWave wave(0.5, 1, 2, 2, -1, kAcceleration, &rowNames, nullptr);
     wave.SetColName({L"Data-Col-001", L"列"});
-    Fill(wave.GetReal(0, 0), 1.0, 2.0);
-    Fill(wave.GetReal(0, 1), 3.0, -4.5);
+    *wave.GetDataPtr() = Filled(*wave.GetDataPtr(), {1.0, 2.0, 3.0, -4.5});
     return wave;
 }
 
@@ -54,39 +43,37 @@ CComDataWave Wave() {
 CComDataSpecG Spectrum() {
     const double axis[] = {10.0, 12.5};
     CComDataSpecG spectrum(1, 1, 1, kAcceleration, CDataArrayDouble(2, axis), nullptr, nullptr);
-    Fill(spectrum.GetReal(0, 0), 1.0, 2.0);
-    Fill(spectrum.GetImaginary(0, 0), -1.0, 0.25);
+    *spectrum.GetDataPtr() = Filled(*spectrum.GetDataPtr(), {1.0, 2.0, -1.0, 0.25});
     return spectrum;
 }
 
 TEST(ComDataBase, ANewRecordIsEmptyButHasItsMode) {
     ExpectEmpty(CComDataBase());
     EXPECT_EQ(CComDataBase(CComDataBase::MODE_AXIS).GetDataMode(), CComDataBase::MODE_AXIS);
-    EXPECT_EQ(CComDataSpecG().GetDataMode(), CComDataBase::MODE_AXIS);
-    EXPECT_EQ(CComDataSpecG().GetHData(), nullptr);
+    CComDataSpecG axisOnly;
+    EXPECT_EQ(axisOnly.GetDataMode(), CComDataBase::MODE_AXIS);
+    EXPECT_EQ(axisOnly.GetHData(), nullptr);
+    EXPECT_EQ(StoredBytes(axisOnly), "") << "nothing is stored of it";
 }
 
 template <typename Record>
-void ExpectSpaced(bool isComplex, std::uint32_t axisUnit) {
+void ExpectSpaced(bool isComplex, const CUnitCtrl& axisUnit) {
     EXPECT_EQ(Record().GetDataMode(), CComDataBase::MODE_SPACING);
     const Record record(0.25, 2, 3, 5, 7, kAcceleration, nullptr, nullptr);
     EXPECT_EQ(record.GetDataMode(), CComDataBase::MODE_SPACING);
     EXPECT_THAT((std::array{record.GetNumRow(), record.GetNumCol(), record.GetNsamp(), record.GetOffset()}),
                 testing::ElementsAre(2, 3, 5, 7));
     EXPECT_EQ(record.GetDelta(), 0.25);
-    EXPECT_EQ(UnitCode(record.GetHUnit()), axisUnit);
-    EXPECT_EQ(UnitCode(record.GetUnit()), 0x00010004U);
+    EXPECT_TRUE(record.GetHUnit() == axisUnit && record.GetUnit() == kAcceleration);
     EXPECT_NE(record.GetReal(1, 2), nullptr);
     EXPECT_EQ(record.GetImaginary(1, 2) != nullptr, isComplex);
     EXPECT_FALSE(record.GetReal(2, 0) || record.GetImaginary(0, -1) || record.GetHData());
 }
 
 TEST(ComDataBase, EachKindFixesItsAxisAndComplexFlag) {
-    ExpectSpaced<CComDataWave>(false, 0x01000001);
-    ExpectSpaced<CComDataSpecA>(false, 0x02000001);
-    ExpectSpaced<CComDataSpecF>(true, 0x02000001);
-
-    EXPECT_EQ(UnitCode(Spectrum().GetHUnit()), 0x02000001U);
+    ExpectSpaced<CComDataWave>(false, CUnitCtrl(CUnitCtrl::DIM_TIME));
+    ExpectSpaced<CComDataSpecA>(false, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY));
+    ExpectSpaced<CComDataSpecF>(true, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY));
     EXPECT_EQ(Spectrum().GetHData()[1], 12.5);
     const CComDataSpecG real(1, 1, 0, kAcceleration, CDataArrayDouble(2, 1.0), nullptr, nullptr);
     EXPECT_EQ(real.GetImaginary(0, 0), nullptr);
@@ -143,24 +130,17 @@ TEST(ComDataBase, ARecordCanBeCreatedFromItsOwnParts) {
                             &record.GetRowName(), &record.GetColName()),
               1);
     EXPECT_EQ(record.GetRowName(), (CStringArray{L"kept", L"Data-Row-002"}));
-    EXPECT_EQ((*record.GetHData())[1], 12.5);
-    EXPECT_EQ(UnitCode(record.GetUnit()), 0x00010004U);
+    EXPECT_EQ(Contents(*record.GetHData()), (Numbers{10.0, 12.5}));
+    EXPECT_TRUE(record.GetUnit() == kAcceleration);
 }
 
 TEST(ComDataBase, InitMarksAndZeroClearsEverySample) {
     CComDataSpecF record(1.0, 1, 2, 2, 0, kAcceleration, nullptr, nullptr);
-    const auto everySample = [&record](double expected) {
-        for (const int cell : {0, 1}) {
-            for (const double* samples : {record.GetReal(0, cell), record.GetImaginary(0, cell)}) {
-                EXPECT_TRUE(samples[0] == expected && samples[1] == expected) << expected;
-            }
-        }
-    };
-    everySample(0.0);
+    EXPECT_EQ(Contents(*record.GetDataPtr()), Numbers(8, 0.0));
     record.Init();
-    everySample(-DBL_MAX);
+    EXPECT_EQ(Contents(*record.GetDataPtr()), Numbers(8, -DBL_MAX));
     record.Zero();
-    everySample(0.0);
+    EXPECT_EQ(Contents(*record.GetDataPtr()), Numbers(8, 0.0));
     record.Free();
     record.Init();
     record.Zero();
@@ -191,8 +171,7 @@ TEST(ComDataBase, ChangingTheSampleCountDropsTheSamples) {
     EXPECT_EQ(wave.SetNsamp(2), 1);
     EXPECT_EQ(StoredBytes(wave), WaveBytes()) << "the count it has already changes nothing";
     EXPECT_EQ(wave.SetNsamp(4), 1);
-    EXPECT_EQ(wave.GetNsamp(), 4);
-    EXPECT_EQ(wave.GetReal(0, 1)[0], 0.0);
+    EXPECT_EQ(Contents(*wave.GetDataPtr()), Numbers(8, 0.0));
     EXPECT_EQ(wave.GetRowName(), CStringArray{L"row"});
     for (const __int64 impossible : {__int64{0}, __int64{-1}, kNoMemory}) {
         wave = Wave();
@@ -208,10 +187,8 @@ TEST(ComDataBase, AnAxisOfTheSameLengthIsNotTakenOver) {
     EXPECT_EQ(StoredBytes(spectrum), SpectrumBytes());
 
     EXPECT_EQ(spectrum.SetHData(CDataArrayDouble(3, 99.0)), 1);
-    EXPECT_EQ(spectrum.GetHData()->GetNum(), 3);
-    EXPECT_EQ((*spectrum.GetHData())[2], 99.0);
-    EXPECT_EQ(spectrum.GetNsamp(), 3);
-    EXPECT_EQ(spectrum.GetReal(0, 0)[1], 0.0);
+    EXPECT_EQ(Contents(*spectrum.GetHData()), Numbers(3, 99.0));
+    EXPECT_EQ(Contents(*spectrum.GetDataPtr()), Numbers(6, 0.0));
     EXPECT_EQ(CComDataSpecG().SetHData(CDataArrayDouble(3, 1.0)), 0);
 }
 
@@ -232,16 +209,10 @@ TEST(ComDataBase, CopiesAreIndependentAndMovesLeaveNothing) {
     }
 }
 
-TEST(ComDataBase, AnEmptyRecordIsStoredAsNothing) {
-    CComDataBase empty;
-    CComDataSpecG axisOnly;
-    EXPECT_EQ(StoredBytes(empty) + StoredBytes(axisOnly), "");
-}
-
 TEST(ComDataBase, OnlyTheLow32BitsOfTheOffsetAreStored) {
-    for (const auto& [offset, stored] : {std::pair<__int64, __int64>{(__int64{1} << 32) + 5, 5},
-                                         {-3, -3},
-                                         {__int64{1} << 31, -(__int64{1} << 31)}}) {
+    constexpr __int64 kLimit = __int64{1} << 31;
+    for (const auto& [offset, stored] :
+         {std::pair<__int64, __int64>{2 * kLimit + 5, 5}, {-3, -3}, {kLimit, -kLimit}}) {
         CComDataWave wave = Wave();
         wave.SetOffset(offset);
         CauseOfLoading(StoredBytes(wave), [&wave](CArchive& archive) { wave.Serialize(archive); });
@@ -296,24 +267,6 @@ TEST_P(RecordLayout, CutShortAnywhereItIsTheEndOfTheFileAndEmpty) {
     }
 }
 
-TEST_P(RecordLayout, WithAnyByteDamagedItIsWholeOrEmpty) {
-    std::string damaged = layout_.bytes;
-    for (std::size_t place = 0; place < damaged.size() && !HasFailure(); ++place) {
-        for (const int flips : {0xFF, 0x01, 0x80}) {
-            damaged[place] = static_cast<char>(layout_.bytes[place] ^ flips);
-            layout_.Load(record_, damaged);
-            if (!record_.Check()) {
-                ExpectEmpty(record_);
-                continue;
-            }
-            EXPECT_EQ(std::ssize(record_.GetRowName()), record_.GetNumRow()) << place;
-            EXPECT_EQ(std::ssize(record_.GetColName()), record_.GetNumCol()) << place;
-            EXPECT_FALSE(StoredBytes(record_).empty()) << place;
-        }
-        damaged[place] = layout_.bytes[place];
-    }
-}
-
 TEST_P(RecordLayout, WithoutMemoryItIsEmpty) {
     int failures = 0;
     for (; !record_.Check(); ++failures) {
@@ -339,12 +292,6 @@ TEST(ComDataBase, ContentsThatContradictEachOtherLoadAsEmpty) {
         EXPECT_EQ((Layout{"", &CComDataBase::Serialize, ""}).Load(record, bytes), CFileException::none);
         ExpectEmpty(record);
     }
-}
-
-TEST(ComDataBase, TheFirstGenerationIsNeverWritten) {
-    kvx::MemoryStream stream;
-    CArchive archive(stream, CArchive::store);
-    EXPECT_THROW(Wave().Serialize1st(archive), CFileException);
 }
 
 }  // namespace

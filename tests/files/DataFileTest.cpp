@@ -27,8 +27,8 @@ using testing::HasSubstr;
 /// A person: answers file dialogs with paths in turn until the dialog accepts, and keeps what was shown.
 class Person final : public kvx::UserInterface {
 public:
-    Person() : previous_(kvx::SetUserInterface(this)) {}
-    ~Person() override { kvx::SetUserInterface(previous_); }
+    Person() { kvx::SetUserInterface(this); }
+    ~Person() override { kvx::SetUserInterface(nullptr); }
 
     int ShowMessage(const kvx::MessageRequest& request) override {
         messages.push_back(request.text);
@@ -48,9 +48,6 @@ public:
     std::vector<std::wstring> picks;
     std::vector<std::wstring> messages;
     kvx::FileDialogRequest dialog;
-
-private:
-    kvx::UserInterface* previous_;
 };
 
 std::string CurrentHeader(CComHdr::EXT_INFO_TYPE type) {
@@ -138,7 +135,12 @@ TEST_F(DataFile, WithAnyByteDamagedIsWholeOrNotLoadedAtAll) {
                 if (Load()) {
                     ASSERT_EQ(content_.header.GetGrpType(), 2) << place;
                     ASSERT_FALSE(content_.records.empty()) << place;
-                    for (const CComDataBase& record : content_.records) ASSERT_TRUE(record.Check()) << place;
+                    for (CComDataBase& record : content_.records) {
+                        ASSERT_TRUE(record.Check()) << place;
+                        ASSERT_EQ(std::ssize(record.GetRowName()), record.GetNumRow()) << place;
+                        ASSERT_EQ(std::ssize(record.GetColName()), record.GetNumCol()) << place;
+                        ASSERT_NE(StoredBytes(record), "") << place;
+                    }
                 } else {
                     ASSERT_TRUE(IsEmpty()) << place;
                     ASSERT_NE(failure_.reason, DataFileFailure::kNone) << place;
@@ -237,6 +239,13 @@ TEST_F(DataFile, ThatCannotBeStoredLeavesTheOldOne) {
     }
 }
 
+TEST(FirstGeneration, IsNeverWritten) {
+    kvx::MemoryStream stream;
+    CArchive archive(stream, CArchive::store);
+    EXPECT_THROW(CComHdr().Serialize1st(archive, 0, nullptr), CFileException);
+    EXPECT_THROW(CComDataWave().Serialize1st(archive), CFileException);
+}
+
 TEST_F(DataFile, TellsThePersonOnceAndOnlyWhenAsked) {
     Person person;
     EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, nullptr, 0), 0);
@@ -255,7 +264,7 @@ TEST_F(DataFile, TellsThePersonOnceAndOnlyWhenAsked) {
 
 constexpr auto kVibData = CComHdr::EXT_INFO_VIB_DATA;
 
-class DataFileDialogs : public testing::Test {
+class DataFileDialogs : public DataFile {
 protected:
     DataFileDialogs() {
         folder_.Write("random.vdf2", CurrentFile());
@@ -264,13 +273,11 @@ protected:
         folder_.Write("colours.gci2", CurrentHeader(CComHdr::EXT_INFO_GRAPH_COLOR));
         folder_.Write("text.txt", "text");
     }
-    std::wstring Path(const std::string& name) const { return (folder_ / name).wstring(); }
     std::vector<std::wstring> All() const {
         return {Path("text.txt"), Path("colours.gci2"), Path("short.vdf"), Path("shock.vdf"),
                 Path("random.vdf2")};
     }
 
-    TempFolder folder_;
     Person person_;
 };
 
@@ -280,7 +287,7 @@ int OnlyApplication(const wchar_t* path, std::int32_t appType, __int64 user) {
     return appType == user;
 }
 
-TEST_F(DataFileDialogs, StayOpenUntilADataFileIsChosen) {
+TEST_F(DataFileDialogs, StayOpenUntilOneOrSeveralDataFilesAreChosen) {
     person_.picks = All();
     CString path;
     EXPECT_EQ(CComDataFile::OpenDataFile(kVibData, L"C:\\data", &path), 1);
@@ -290,6 +297,11 @@ TEST_F(DataFileDialogs, StayOpenUntilADataFileIsChosen) {
     EXPECT_EQ(person_.dialog.defaultExtension, L".vdf2");
     EXPECT_EQ(person_.dialog.initialDirectory, L"C:\\data");
     EXPECT_FALSE(person_.dialog.save || person_.dialog.multiple);
+
+    CStringArray paths;
+    EXPECT_EQ(CComDataFile::OpenDataFileMulti(kVibData, L"", &paths, nullptr, 0), 1);
+    EXPECT_THAT(paths, ElementsAre(Path("shock.vdf"), Path("random.vdf2")));
+    EXPECT_TRUE(person_.dialog.multiple);
 }
 
 TEST_F(DataFileDialogs, LetTheCallerRefuseWithoutAMessage) {
@@ -301,14 +313,6 @@ TEST_F(DataFileDialogs, LetTheCallerRefuseWithoutAMessage) {
     CComDataFile::OpenDataFileMulti(kVibData, L"", &paths, OnlyApplication, CComHdr::APP_SHOCK);
     EXPECT_THAT(paths, ElementsAre(Path("shock.vdf")));
     EXPECT_TRUE(person_.messages.empty());
-}
-
-TEST_F(DataFileDialogs, OpenSeveralFilesAtOnce) {
-    person_.picks = All();
-    CStringArray paths;
-    EXPECT_EQ(CComDataFile::OpenDataFileMulti(kVibData, L"", &paths, nullptr, 0), 1);
-    EXPECT_THAT(paths, ElementsAre(Path("shock.vdf"), Path("random.vdf2")));
-    EXPECT_TRUE(person_.dialog.multiple);
 }
 
 TEST_F(DataFileDialogs, LeaveTheOutputWhenNothingIsChosen) {

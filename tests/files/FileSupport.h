@@ -39,10 +39,7 @@ struct ByteImage {
         for (const char16_t unit : text) U(unit, 2);
         return *this;
     }
-    ByteImage& Zeros(std::size_t count) {
-        bytes.append(count, '\0');
-        return *this;
-    }
+    ByteImage& Zeros(std::size_t count) { return Text(std::string(count, '\0')); }
     ByteImage& Names(std::initializer_list<std::u16string_view> names) {
         U(names.size(), 2);
         for (const std::u16string_view name : names) Text("\xFF\xFE\xFF").U(name.size(), 1).Utf16(name);
@@ -69,8 +66,7 @@ inline std::string FirstHeaderBytes(std::uint32_t code, std::string_view name,
 inline std::string WaveBytes() {
     ByteImage image;
     image.Words({1, 1}).Unit(0x01000001).Unit(0x00010004).Names({u"row"}).Names({u"Data-Col-001", u"列"});
-    image.Words({1, 0, 1, 2, 2});  // the matrix, then its cells
-    image.Words({1, 0, 2}).Doubles({1.0, 2.0});
+    image.Words({1, 0, 1, 2, 2}).Words({1, 0, 2}).Doubles({1.0, 2.0});  // the matrix, then its cells
     image.Words({1, 0, 2}).Doubles({3.0, -4.5});
     return image.Doubles({0.5}).Words({0xFFFFFFFF}).bytes;
 }
@@ -79,8 +75,7 @@ inline std::string WaveBytes() {
 inline std::string SpectrumBytes() {
     ByteImage image;
     image.Words({1, 2}).Unit(0x02000001).Unit(0x00010004).Names({u"Data-Row-001"}).Names({u"Data-Col-001"});
-    image.Words({1, 1, 1, 1, 2});
-    image.Words({1, 1, 2}).Doubles({1.0, 2.0, -1.0, 0.25});
+    image.Words({1, 1, 1, 1, 2}).Words({1, 1, 2}).Doubles({1.0, 2.0, -1.0, 0.25});
     return image.Words({1, 2}).Doubles({10.0, 12.5}).bytes;
 }
 
@@ -89,8 +84,7 @@ inline std::string FirstWaveBytes() {
     ByteImage image;
     image.Words({1}).FirstUnit(0x01000001).FirstUnit(0x00010004);
     image.U(1, 2).U(3, 1).Text("row").U(2, 2).U(0, 1).U(2, 1).Text("\x97\xF1");
-    image.Words({0, 1, 2, 2});
-    image.Words({0, 2}).Floats({1.0F, 2.0F});
+    image.Words({0, 1, 2, 2}).Words({0, 2}).Floats({1.0F, 2.0F});
     image.Words({0, 2}).Floats({3.0F, -3.4028234663852886e38F});
     return image.Doubles({0.5}).Words({0xFFFFFFFF}).bytes;
 }
@@ -99,8 +93,7 @@ inline std::string FirstWaveBytes() {
 inline std::string FirstSpectrumBytes() {
     ByteImage image;
     image.Words({2}).FirstUnit(0x02000001).FirstUnit(0x00010004).Zeros(4);
-    image.Words({1, 1, 1, 2});
-    image.Words({1, 2}).Floats({1.0F, 2.0F, -1.0F, 0.25F});
+    image.Words({1, 1, 1, 2}).Words({1, 2}).Floats({1.0F, 2.0F, -1.0F, 0.25F});
     return image.Words({2}).Floats({10.0F, 12.5F}).bytes;
 }
 
