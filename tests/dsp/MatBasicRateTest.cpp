@@ -2,9 +2,6 @@
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <tests/dsp/Signals.h>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 namespace {
@@ -29,21 +26,20 @@ TEST(ConvRate, IsExactForSpectraThatFollowItsLaw) {
         {CMatBasic::RATE_LOG_AMPLITUDE, [](double f) { return 4 * std::pow(f, -1.7); }},
         {CMatBasic::RATE_LOG_POWER, [](double f) { return 4 * std::pow(f, 2.3); }},
     };
-    for (const Law& law : laws) {
-        Wave in(20);
-        for (std::size_t k = 0; k < in.size(); ++k) in[k] = law.spectrum(1.0 + static_cast<double>(k));
-        const Wave out = Resampled(in, 1.0, 0.3, law.law, 60);
-        for (std::size_t i = 0; i < out.size(); ++i) {
-            const double f = 1.0 + 0.3 * static_cast<double>(i);
-            ASSERT_NEAR(out[i], law.spectrum(f), 1e-12 * std::abs(law.spectrum(f))) << law.law << " at " << f;
-        }
+    for (const auto& [law, spectrum] : laws) {
+        const auto at = [follow = spectrum](double df) {
+            return [=](double k) { return follow(1.0 + df * k); };
+        };
+        const Wave expected = WaveOf(60, at(0.3)), out = Resampled(WaveOf(20, at(1)), 1, 0.3, law, 60);
+        for (std::size_t i = 0; i < 60; ++i)
+            ASSERT_NEAR(out[i], expected[i], 1e-12 * std::abs(expected[i])) << law << " at " << i;
     }
 }
 
 TEST(ConvRate, KeepsToItsRulesAtTheEdges) {
     constexpr auto kLinear = CMatBasic::RATE_LINEAR;
     EXPECT_THAT(Resampled({10, 20, 40}, 0.4, 0.4, kLinear, 9),
-                testing::Pointwise(testing::DoubleNear(1e-12), Wave{0, 16, 12, 16, 20, 28, 36, 40, 0}))
+                Near({0, 16, 12, 16, 20, 28, 36, 40, 0}, 1e-12))
         << "the neighbour below the first bin is the last; nothing from half a bin beyond the ends on";
     EXPECT_EQ(Resampled({10, 20, 40}, 2.0005, 1, kLinear, 1), (Wave{20})) << "within 0.001 of a step";
     EXPECT_NEAR(Resampled({10, 20, 40}, 2.002, 1, kLinear, 1)[0], 20.04, 1e-12);
@@ -62,11 +58,12 @@ TEST(ConvRate, KeepsToItsRulesAtTheEdges) {
 }
 
 TEST(GetNumConvFs, RoundsTheCountOfTheNewRate) {
-    EXPECT_EQ(CMatBasic::GetNumConvFs(48000, 44100, 44100, 1), 48000);
-    EXPECT_EQ(CMatBasic::GetNumConvFs(3, 2, 5, 1), 8);
-    EXPECT_EQ(CMatBasic::GetNumConvFs(1, 1, 10, 4), 3);
-    for (const double bad : {0.0, kNaN}) EXPECT_EQ(CMatBasic::GetNumConvFs(1, bad, 10, 1), 0);
-    EXPECT_EQ(CMatBasic::GetNumConvFs(1e300, 1, 10, 1), 0);
+    using Fs = CMatBasic;
+    EXPECT_EQ((Results{Fs::GetNumConvFs(48000, 44100, 44100, 1), Fs::GetNumConvFs(3, 2, 5, 1),
+                       Fs::GetNumConvFs(1, 1, 10, 4)}),
+              (Results{48000, 8, 3}));
+    EXPECT_TRUE(AllFail(Fs::GetNumConvFs(1, 0.0, 10, 1), Fs::GetNumConvFs(1, kNaN, 10, 1),
+                        Fs::GetNumConvFs(1e300, 1, 10, 1)));
 }
 
 struct RateCase {
@@ -81,9 +78,8 @@ protected:
     double ErrorOfSine(double frequency, double amplitudeWanted) const {
         const double reach = 70.0 / (2 * lowerHalf_);
         const double seconds = 2 * reach + 300.0 / GetParam().newFs;
-        Wave in(static_cast<std::size_t>(seconds * GetParam().oldFs));
-        for (std::size_t i = 0; i < in.size(); ++i)
-            in[i] = Sine(frequency, static_cast<double>(i) / GetParam().oldFs);
+        const Wave in = WaveOf(static_cast<std::size_t>(seconds * GetParam().oldFs),
+                               [=, this](double i) { return Sine(frequency, i / GetParam().oldFs); });
         CDataArrayDouble out;
         EXPECT_EQ(
             CMatBasic::ConvFs(&out, ToArray(in), GetParam().newFs, GetParam().oldFs, CMatBasic::TERM_ZERO),
@@ -122,15 +118,12 @@ INSTANTIATE_TEST_SUITE_P(MatBasic, ConvFsTest,
 
 TEST(ConvFs, ContinuesTheSignalAtItsEnds) {
     CDataArrayDouble out;
+    const auto cosine = [](double i) { return std::cos(2 * std::numbers::pi * 5 * i / 100); };
+    const Wave period = WaveOf(100, cosine), twice = WaveOf(200, [&](double i) { return cosine(i / 2); });
     ASSERT_EQ(CMatBasic::ConvFs(&out, CDataArrayDouble(50, 2.5), 3.7, 1.0, CMatBasic::TERM_HOLD), 1);
-    ASSERT_EQ(out.GetNum(), 185);
-    for (const double x : ToWave(out)) ASSERT_NEAR(x, 2.5, 1e-14);
-    Wave period(100);
-    for (std::size_t i = 0; i < period.size(); ++i)
-        period[i] = std::cos(2 * std::numbers::pi * 5 * static_cast<double>(i) / 100);
+    EXPECT_THAT(ToWave(out), Near(Wave(185, 2.5), 1e-14));
     ASSERT_EQ(CMatBasic::ConvFs(&out, ToArray(period), 2.0, 1.0, CMatBasic::TERM_PERIODIC), 1);
-    for (__int64 i = 0; i < 200; ++i)
-        ASSERT_NEAR(out[i], std::cos(2 * std::numbers::pi * 5 * static_cast<double>(i) / 200), 2e-6);
+    EXPECT_THAT(ToWave(out), Near(twice, 2e-6));
     ASSERT_EQ(CMatBasic::ConvFs(&out, ToArray(period), 5.0, 5.0, CMatBasic::TERM_ZERO), 1);
     EXPECT_EQ(ToWave(out), period);
 }

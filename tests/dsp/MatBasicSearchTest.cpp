@@ -2,17 +2,13 @@
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <tests/dsp/Signals.h>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <array>
 #include <numeric>
 #include <string>
 
 namespace {
 
-TEST(BinarySearch, FindsTheNearestElementAndKeepsTheReachedOneOnATie) {
+TEST(BinarySearch, KeepsTheReachedElementOnATie) {
     struct Case {
         Wave values;
         double x;
@@ -20,33 +16,30 @@ TEST(BinarySearch, FindsTheNearestElementAndKeepsTheReachedOneOnATie) {
     };
     const Case cases[] = {
         // clang-format off
-        {{0, 1, 2, 3}, 1.5, 1},  {{0, 1, 2, 3}, -1, 0},  {{0, 1, 2, 3}, 9, 3},  {{0, 1, 2, 3}, 2, 2},
-        {{0, 1, 2, 3}, 0.4, 0},  {{0, 1, 2, 3}, 0.5, 1}, {{0, 1, 2, 3}, 2.6, 3}, {{0, 1, 2, 3}, 0, 0},
-        {{0, 10}, 5, 1},         {{0, 10}, 4.9, 0},      {{7}, 100, 0},         {{0, 1, 2}, 1.9, 2},
-        {{-kInfinity, 0, kInfinity}, 5, 1},              {{0, 1, 2, 3, 4, 5, 6}, 5.9, 6},
+        {{0, 1, 2, 3}, 1.5, 1},  {{0, 1, 2, 3}, -1, 0},  {{0, 1, 2, 3}, 9, 3},  {{0, 1, 2, 3}, 0.5, 1},
+        {{0, 10}, 5, 1},         {{7}, 100, 0},          {{-kInfinity, 0, kInfinity}, 5, 1},
         // clang-format on
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(CMatBasic::BinarySearch(c.values.data(), Size(c.values), c.x), c.index) << c.x;
-    }
+    for (const auto& [values, x, index] : cases)
+        EXPECT_EQ(CMatBasic::BinarySearch(values.data(), Size(values), x), index) << x;
     EXPECT_EQ(CMatBasic::BinarySearch(nullptr, 4, 1.0), 0);
 }
 
-TEST(BinarySearch, StaysInsideWhateverItIsGiven) {
+TEST(BinarySearch, FindsTheNearestElementAndStaysInsideWhateverItIsGiven) {
     for (std::size_t count = 1; count <= 40; ++count) {
-        Wave sorted = Noise(count, count);
+        const CDataArrayDouble shuffled = ToArray(Noise(count, count));
+        Results order(count);
+        std::iota(order.begin(), order.end(), 0);
+        std::sort(order.begin(), order.end(), [&](auto p, auto q) { return shuffled[p] < shuffled[q]; });
+        Wave sorted = ToWave(shuffled);
         std::sort(sorted.begin(), sorted.end());
-        CDataArrayDouble shuffled = ToArray(Noise(count, count));
-        CDataArrayIntPtr order(Size(sorted), nullptr);
-        std::iota(order.GetData(), order.GetData() + count, 0);
-        std::sort(order.GetData(), order.GetData() + count,
-                  [&](__int64 p, __int64 q) { return shuffled[p] < shuffled[q]; });
         for (const double x : Noise(50, 7)) {
             double nearest = kInfinity;
             for (const double value : sorted) nearest = std::min(nearest, std::abs(value - x));
             const __int64 found = CMatBasic::BinarySearch(sorted.data(), Size(sorted), x);
             ASSERT_EQ(std::abs(sorted.at(static_cast<std::size_t>(found)) - x), nearest);
-            ASSERT_EQ(CMatBasic::BinarySerchFwInd(shuffled, order, x), found);
+            const CDataArrayIntPtr indices(Size(sorted), order.data());
+            ASSERT_EQ(CMatBasic::BinarySerchFwInd(shuffled, indices, x), found);
         }
         // Neither NaNs nor disorder lead outside.
         for (const Wave& wild : {Wave(count, kNaN), Noise(count, 3)}) {
@@ -63,8 +56,6 @@ TEST(BinarySearch, NeedsAnOrderThatFitsTheValues) {
     const auto search = [&](const Results& order, double x) {
         return CMatBasic::BinarySerchFwInd(values, CDataArrayIntPtr(std::ssize(order), order.data()), x);
     };
-    EXPECT_EQ((Results{search({1, 2, 0}, 2.9), search({1, 2, 0}, 0.0), search({1, 2, 0}, 9.0)}),
-              (Results{2, 0, 2}));
     EXPECT_EQ(search({1, 2}, 2.9), -1);
     EXPECT_EQ(CMatBasic::BinarySerchFwInd({}, {}, 2.9), -1);
     EXPECT_GE(search({5, -7, kFarthest}, 0.0), 0) << "indices that lead nowhere";
@@ -97,24 +88,22 @@ TEST(MatBasicRange, SkipsTheMarkerAndNamesTheFirstOfEquals) {
         SCOPED_TRACE(testing::PrintToString(values) + " from " + std::to_string(start));
         const __int64 n = Size(values);
         const double* const a = values.data();
-        double min = 77, max = 77, positiveMin = 77;
-        __int64 minPos = 77, maxPos = 77;
-        EXPECT_EQ(CMatBasic::GetMinMaxAndPMin(n, a, start, &min, &max, &positiveMin), result);
-        EXPECT_EQ(std::tuple(min, max, positiveMin), std::tuple(low, high, positiveLow));
-        min = max = 77;
-        EXPECT_EQ(CMatBasic::GetMinMax(n, a, start, &min, &max), result);
-        EXPECT_EQ(std::pair(min, max), std::pair(low, high));
-        min = max = 77;
-        EXPECT_EQ(CMatBasic::GetMinMaxEx(a, n - start, start, &min, &max), result);
-        EXPECT_EQ(std::pair(min, max), std::pair(low, high));
-        min = max = 77;
-        EXPECT_EQ(CMatBasic::GetMinMaxValueAndPos(n, a, start, &min, &minPos, &max, &maxPos), result);
-        EXPECT_EQ(std::tuple(min, max, minPos, maxPos), std::tuple(low, high, lowPos, highPos));
-        EXPECT_EQ(CMatBasic::GetMinMax(n, a, start, nullptr, nullptr), result);
-        EXPECT_EQ(CMatBasic::GetMinMaxValueAndPos(n, a, start, nullptr, nullptr, nullptr, nullptr), result);
+        double min[] = {77, 77, 77, 77}, max[] = {77, 77, 77, 77}, positiveMin = 77;
+        Results positions = {77, 77};
+        const int results[] = {
+            CMatBasic::GetMinMaxAndPMin(n, a, start, &min[0], &max[0], &positiveMin),
+            CMatBasic::GetMinMax(n, a, start, &min[1], &max[1]),
+            CMatBasic::GetMinMaxEx(a, n - start, start, &min[2], &max[2]),
+            CMatBasic::GetMinMaxValueAndPos(n, a, start, &min[3], &positions[0], &max[3], &positions[1]),
+            CMatBasic::GetMinMax(n, a, start, nullptr, nullptr),
+            CMatBasic::GetMinMaxValueAndPos(n, a, start, nullptr, nullptr, nullptr, nullptr)};
+        EXPECT_THAT(results, testing::Each(result));
+        EXPECT_THAT(min, testing::Each(low));
+        EXPECT_THAT(max, testing::Each(high));
+        EXPECT_EQ(positiveMin, positiveLow);
+        EXPECT_EQ(positions, (Results{lowPos, highPos}));
     }
-    const double one = 1;
-    double min = 7, max = 7;
+    double one = 1, min = 7, max = 7;
     for (const __int64 n : Results{0, -1, kLowest, 1}) {
         const double* const a = n < 1 ? &one : nullptr;
         EXPECT_TRUE(AllFail(CMatBasic::GetMinMax(n, a, 0, &min, &max),
@@ -170,7 +159,6 @@ const PeakCase kPeaks[] = {
     // clang-format off
     {"PeakPastARipple",      kHills, 0, 1, 1, 0, 0, 0.2, 4, 1},
     {"RippleWhenShallow",    kHills, 0, 1, 1, 0, 0, 0.1, 2, 1},
-    {"NotchWhenShallow",     kHills, 0, 1, 0, 1, 0, 0.1, 3, 0},
     {"NotchBehindThePeak",   kHills, 0, 1, 0, 1, 0, 0.2, 6, 0},
     {"EitherComesFirst",     kHills, 4, 1, 1, 1, 0, 0.2, 6, 0},
     {"Backward",             kHills, 8, 0, 1, 0, 0, 0.2, 7, 1},
@@ -187,9 +175,7 @@ const PeakCase kPeaks[] = {
     {"OverMarkersAndNaNs",   {0, kNone, 5, kNaN, kNone, 0}, 0, 1, 1, 0, 0, 0.2, 2, 1},
     {"StartWithoutValue",    {kNone, 3, 5, 0}, 0, 1, 1, 0, 0, 0.2, 2, 1},
     {"InfinitePeak",         {0, kInfinity, 0}, 0, 1, 1, 0, 0, 0.2, 1, 1},
-    {"OneSample",            {1}, 0, 1, 1, 1, 0, 0.2, -1, 77},
     {"NegativeDepth",        kHills, 0, 1, 1, 0, 1, -1.0, -1, 77},
-    {"ZeroDepth",            kHills, 0, 1, 1, 0, 0, 0.0, -1, 77},
     {"StartOutside",         kHills, 9, 0, 1, 0, 0, 0.2, -1, 77},
     {"NegativeStart",        kHills, -1, 1, 1, 0, 0, 0.2, -1, 77},
     // clang-format on
@@ -211,9 +197,9 @@ TEST(PeakSearch, StaysBetweenItsBounds) {
         return CMatBasic::SearchPeakNotch(n, kHills.data(), lowest, start, forward, 1, 0, 0, 0.2, 0, high,
                                           nullptr);
     };
-    EXPECT_EQ((Results{search(6, 0, 0, 1), search(5, 0, 0, 1)}), (Results{4, -1}))
-        << "with and without the fall";
-    EXPECT_EQ((Results{search(4, 3, 6, 0), search(3, 4, 6, 0)}), (Results{4, -1})) << "likewise, going down";
+    // With and without the fall behind the peak, upward and downward.
+    EXPECT_EQ((Results{search(6, 0, 0, 1), search(5, 0, 0, 1)}), (Results{4, -1}));
+    EXPECT_EQ((Results{search(4, 3, 6, 0), search(3, 4, 6, 0)}), (Results{4, -1}));
     EXPECT_THAT((Results{search(kLowest, 0, 0, 1), search(9, kLowest, 0, 0), search(9, 0, 0, 1, -1),
                          CMatBasic::SearchPeakNotch(9, nullptr, 0, 0, 1, 1, 1, 0, 0.2, 0, 10, nullptr)}),
                 testing::Each(-1));

@@ -2,8 +2,6 @@
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <tests/dsp/Signals.h>
 
-#include <gtest/gtest.h>
-
 namespace {
 
 TEST(CreateSeqLin, StepsFromTheStart) {

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <KvxDevCommon01/dsp/MatFFT.h>
-#include <KvxDevCommon01/dsp/MatWIND.h>
 #include <tests/dsp/Signals.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
@@ -58,11 +54,11 @@ TEST_P(CosineWindow, IsItsSumOfCosinesWithPeriodN) {
         ASSERT_EQ(a3 == 0.0 ? CMatWIND::Gen3termCos(&general, a0, a1, a2)
                             : CMatWIND::Gen4termCos(&general, a0, a1, a2, a3),
                   1);
+        EXPECT_EQ(ToWave(general), ToWave(window));
         for (__int64 n = 0; n < count; ++n) {
             const double phi = kTurn * static_cast<double>(n) / static_cast<double>(count);
             const double expected = a0 - a1 * std::cos(phi) + a2 * std::cos(2 * phi) - a3 * std::cos(3 * phi);
             EXPECT_NEAR(window[n], expected, 4e-15) << n << " of " << count;
-            EXPECT_EQ(general[n], window[n]);
             EXPECT_EQ(window[n], window[(count - n) % count]) << n << " of " << count;
         }
     }
@@ -95,27 +91,12 @@ TEST(Generators, RefuseAnArrayWithoutSamples) {
 TEST(GeneFlatTop, IsTheNarrowWindowTimesACardinalSine) {
     for (const __int64 count : {1, 2, 7, 8}) {
         CDataArrayDouble window(count, 0.0), narrow(count, 0.0);
-        ASSERT_EQ(CMatWIND::GeneFlatTop(&window), 1);
-        CMatWIND::GeneBlackmanHarris_67dB(&narrow);
+        ASSERT_EQ(CMatWIND::GeneFlatTop(&window) + CMatWIND::GeneBlackmanHarris_67dB(&narrow), 2);
         for (__int64 n = 0; n < count; ++n) {
             const double x =
                 2.4 * std::numbers::pi * static_cast<double>(count - 2 * n) / static_cast<double>(count);
-            EXPECT_NEAR(window[n], narrow[n] * (x == 0.0 ? 1.0 : std::sin(x) / x), 1e-16)
-                << n << " of " << count;
+            EXPECT_NEAR(window[n], narrow[n] * (x == 0.0 ? 1.0 : std::sin(x) / x), 1e-16) << n;
         }
-    }
-}
-
-TEST(GeneFlatTop, ReadsAmplitudesRightBetweenLines) {
-    CDataArrayDouble window(1024, 0.0);
-    CMatWIND::GeneFlatTop(&window);
-    // Eight times as many lines: line 4 stands half-way between two.
-    const Wave padded = ToWave(window);
-    const DirectTransform direct(8 * 1024);
-    for (const std::size_t k : {1U, 2U, 3U, 4U}) {
-        EXPECT_NEAR(
-            static_cast<double>(std::abs(direct.At<double>(padded, k) / direct.At<double>(padded, 0))), 1.0,
-            0.012);
     }
 }
 
@@ -132,8 +113,7 @@ TEST(GeneHalfRectangular, SetsTheMiddleHalfAndLeavesTheRest) {
 TEST(GeneExponent, DecaysByTheSameFactorFromSampleToSample) {
     CDataArrayDouble window(5, 9.0);
     ASSERT_EQ(CMatWIND::GeneExponent(&window, -std::numbers::ln2), 1);
-    EXPECT_THAT(ToWave(window),
-                testing::Pointwise(testing::DoubleNear(1e-16), Wave{1, 0.5, 0.25, 0.125, 0.0625}));
+    EXPECT_THAT(ToWave(window), Near({1, 0.5, 0.25, 0.125, 0.0625}, 1e-16));
 }
 
 /// The taper's series with its factorials written out.
@@ -148,39 +128,33 @@ TEST(AddKaiserBessel, TapersByItsOwnSeriesFromTheMiddle) {
     for (const auto& [attenuation, shape] :
          {Case{60.0, 0.1102 * 51.3}, Case{120.0, 0.1102 * 111.3}, Case{21.0, 0.0}, Case{-5.0, 0.0},
           Case{50.0, 0.5842 * std::pow(29.0, 0.4) + 0.07886 * 29.0}}) {
-        for (const __int64 count : {1, 2, 3, 16, 17}) {
-            CDataArrayDouble window(count, 2.0);
+        for (const std::size_t count : {1U, 2U, 3U, 16U, 17U}) {
+            CDataArrayDouble window(static_cast<__int64>(count), 2.0);
             ASSERT_EQ(CMatWIND::AddKaiserBessel(&window, attenuation), 1);
-            const __int64 middle = count / 2;
-            for (__int64 n = 0; n < count; ++n) {
-                const double ratio =
-                    count == 1 ? 0.0 : static_cast<double>(n - middle) / static_cast<double>(middle);
-                const double gain = Series(shape * std::sqrt(1.0 - ratio * ratio)) / Series(shape);
-                EXPECT_NEAR(window[n], 2.0 * gain, 1e-12) << n << " of " << count;
-            }
+            const auto taper = [&, middle = static_cast<double>(count / 2), alpha = shape](double n) {
+                const double ratio = count == 1 ? 0.0 : (n - middle) / middle;
+                return 2.0 * Series(alpha * std::sqrt(1.0 - ratio * ratio)) / Series(alpha);
+            };
+            EXPECT_THAT(ToWave(window), Near(WaveOf(count, taper), 1e-12)) << attenuation << ", " << count;
         }
     }
-}
-
-TEST(AddKaiserBessel, RefusesAnAttenuationThatOverflowsItsSeries) {
     CDataArrayDouble window(16, 2.0);
     ASSERT_EQ(CMatWIND::AddKaiserBessel(&window, 1600.0), 1);
     const Wave before = ToWave(window);
-    for (const double tooLarge : {3000.0, kInfinity})
-        EXPECT_EQ(CMatWIND::AddKaiserBessel(&window, tooLarge), 0);
+    for (const double overflowing : {3000.0, kInfinity})
+        EXPECT_EQ(CMatWIND::AddKaiserBessel(&window, overflowing), 0);
     EXPECT_EQ(ToWave(window), before);
 }
 
 TEST(CalcWindENBW, WritesTheOutputsThatAreWantedAndCanBeHad) {
     double enbw = 9.0, mean = 9.0;
     const CDataArrayDouble zeroMean = ToArray({1.0, -1.0});
-    EXPECT_EQ(CMatWIND::CalcWindENBW(CDataArrayDouble(), &enbw, &mean), 0);
-    EXPECT_EQ(CMatWIND::CalcWindENBW(zeroMean, &enbw, &mean), 0);
+    EXPECT_TRUE(
+        AllFail(CMatWIND::CalcWindENBW({}, &enbw, &mean), CMatWIND::CalcWindENBW(zeroMean, &enbw, &mean)));
     EXPECT_EQ(mean, 9.0);
     EXPECT_EQ(CMatWIND::CalcWindENBW(zeroMean, nullptr, &mean), 1);
-    EXPECT_EQ(mean, 0.0);
     EXPECT_EQ(CMatWIND::CalcWindENBW(ToArray({2.0}), &enbw, nullptr), 1);
-    EXPECT_EQ(enbw, 1.0);
+    EXPECT_EQ(std::pair(enbw, mean), std::pair(1.0, 0.0));
 }
 
 TEST(SpecHanning, IsTheHannWindowOfMeanOneInTheTimeDomain) {
@@ -197,16 +171,18 @@ TEST(SpecHanning, IsTheHannWindowOfMeanOneInTheTimeDomain) {
 }
 
 TEST(SpecHanning, ExtrapolatesTheNeighboursOutside) {
-    struct Case {
-        Wave re, im, outRe, outIm;
+    const std::pair<Parts, Parts> cases[] = {
+        // clang-format off
+        {{{3}, {4}},                   {{3}, {4}}},
+        {{{3, 5}, {4, 6}},             {{3, 0}, {4, 6}}},
+        {{{3, 5, 9}, {4, 6, 10}},      {{3, 0, 0}, {4, 1, 7}}},
+        {{{3, 5, 9, 1}, {4, 6, 10, 2}}, {{3, 0, 6, 0}, {4, 1, 6, -3}}},
+        // clang-format on
     };
-    for (const Case& c : {Case{{3}, {4}, {3}, {4}}, Case{{3, 5}, {4, 6}, {3, 0}, {4, 6}},
-                          Case{{3, 5, 9}, {4, 6, 10}, {3, 0, 0}, {4, 1, 7}},
-                          Case{{3, 5, 9, 1}, {4, 6, 10, 2}, {3, 0, 6, 0}, {4, 1, 6, -3}}}) {
-        CDataArrayDoubleCplx out(1, Size(c.re));
-        ASSERT_EQ(CMatWIND::SpecHanning(&out, ToSpectrum(c.re, c.im)), 1);
-        EXPECT_TRUE(std::equal(c.outRe.begin(), c.outRe.end(), out.GetReal()));
-        EXPECT_TRUE(std::equal(c.outIm.begin(), c.outIm.end(), out.GetImaginary()));
+    for (const auto& [in, expected] : cases) {
+        CDataArrayDoubleCplx out(1, Size(in.first));
+        ASSERT_EQ(CMatWIND::SpecHanning(&out, ToSpectrum(in.first, in.second)), 1);
+        EXPECT_EQ(PartsOf(out), expected);
     }
 }
 
@@ -214,7 +190,7 @@ TEST(SpecHanning, TakesRealSpectraAndRefusesWhatDoesNotFit) {
     CDataArrayDoubleCplx real(0, 3), complex = ToSpectrum({1, 2, 3}, {4, 5, 6}), longer(1, 4), empty;
     EXPECT_EQ(CMatWIND::SpecHanning(&real, ToSpectrum({3, 5, 9})), 1);
     EXPECT_EQ(CMatWIND::SpecHanning(&complex, ToSpectrum({3, 5, 9})), 1);
-    EXPECT_EQ(complex.GetImaginary()[1], 0.0);
+    EXPECT_EQ(PartsOf(complex), Parts(PartsOf(real).first, Wave(3)));
     EXPECT_TRUE(AllFail(CMatWIND::SpecHanning(&real, complex), CMatWIND::SpecHanning(&longer, complex),
                         CMatWIND::SpecHanning(&empty, empty), CMatWIND::SpecHanning(nullptr, complex)));
 }

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
-#include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
 #include <tests/dsp/Signals.h>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -24,17 +21,14 @@ TEST(GenerateRandomWave, HasTheDensityAndTheRmsOfItsProfile) {
     // 117 s of a band some 1000 Hz wide: the rms scatters by 0.2 %.
     EXPECT_NEAR(wave.CalcRms(0, 0) / ScreeningProfile().CalcRms(), 1.0, 0.01);
 
-    CDataArrayDouble window(2048, 0.0), psd;
-    CMatWIND::GeneHanning(&window);
+    CDataArrayDouble psd;
     kvx::AveragedSpectrum spectrum;
-    ASSERT_EQ(spectrum.Begin(window, 1024), 1);
+    ASSERT_EQ(spectrum.Begin(Hann(2048), 1024), 1);
     ASSERT_EQ(spectrum.Add(wave), 584);
     ASSERT_EQ(spectrum.GetPsd(5120.0, &psd), 1);
     // One line scatters by some 4.3 % with 584 half-overlapping blocks; 4.5 of that are not met by chance.
-    for (__int64 k = 12; k <= 795; ++k) {
-        EXPECT_NEAR(psd[k] / ScreeningProfile().GetLevel(2.5 * static_cast<double>(k)), 1.0, 0.2)
-            << "line " << k;
-    }
+    for (__int64 k = 12; k <= 795; ++k)
+        EXPECT_NEAR(psd[k] / ScreeningProfile().GetLevel(2.5 * static_cast<double>(k)), 1.0, 0.2) << k;
     EXPECT_LT(psd[4], 1e-5);
     EXPECT_LT(psd[820], 1e-5);
 }

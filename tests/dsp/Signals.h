@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// Test signals, extreme numbers and the transform by its definition, in extended precision.
+// The test framework with test signals, extreme numbers and the transform by its definition, in extended
+// precision.
 #pragma once
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -15,11 +18,13 @@
 #include <limits>
 #include <numbers>
 #include <span>
+#include <utility>
 #include <vector>
 
 using Wave = std::vector<double>;
 using Line = std::complex<long double>;
 using Results = std::vector<__int64>;
+using Parts = std::pair<Wave, Wave>;  // real and imaginary
 
 inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -52,6 +57,19 @@ inline Wave Noise(std::size_t count, std::uint64_t seed = 1) {
     return wave;
 }
 
+/// Sample i is function(i).
+template <class Function>
+Wave WaveOf(std::size_t count, Function function) {
+    Wave wave(count);
+    for (std::size_t i = 0; i < count; ++i) wave[i] = function(static_cast<double>(i));
+    return wave;
+}
+
+/// Matches values that lie within `tolerance` of the expected ones.
+inline auto Near(const Wave& expected, double tolerance) {
+    return testing::Pointwise(testing::DoubleNear(tolerance), expected);
+}
+
 inline CDataArrayDouble ToArray(const Wave& wave) {
     return CDataArrayDouble(Size(wave), wave.data());
 }
@@ -68,6 +86,17 @@ inline CDataArrayDoubleCplx ToSpectrum(const Wave& re, const Wave& im = {}) {
     spectrum.SetReal(re.data());
     spectrum.SetImaginary(im.data());
     return spectrum;
+}
+
+inline Parts PartsOf(const CDataArrayDoubleCplx& spectrum) {
+    const double* const im = spectrum.GetImaginary();
+    return {ToWave(spectrum.GetReal(), spectrum.GetNum()), ToWave(im, im == nullptr ? 0 : spectrum.GetNum())};
+}
+
+inline CDataArrayDouble Hann(std::int64_t count) {
+    CDataArrayDouble window(count, 0.0);
+    CMatWIND::GeneHanning(&window);
+    return window;
 }
 
 /// The screening profile of NAVMAT P-9492: 3 dB/octave up to 80 Hz, 0.04 g^2/Hz to 350 Hz, 3 dB/octave
