@@ -146,10 +146,9 @@ TEST(MatBasicCompare, TellsTheSignOfTheDifferenceBeyondATolerance) {
 TEST(GreaterEqPow2, IsTheSmallestPowerOfTwoNotBelow) {
     constexpr __int64 kTop = __int64{1} << 62;
     using Case = std::pair<__int64, __int64>;
-    for (const auto& [n, expected] : {Case{-5, 1}, Case{0, 1}, Case{1, 1}, Case{2, 2}, Case{3, 4},
-                                      Case{1025, 2048}, Case{kTop, kTop}, Case{kTop + 1, 0}}) {
+    for (const auto& [n, expected] :
+         {Case{-5, 1}, {0, 1}, {1, 1}, {2, 2}, {3, 4}, {1025, 2048}, {kTop, kTop}, {kTop + 1, 0}})
         EXPECT_EQ(CMatBasic::GreaterEqPow2(n), expected) << n;
-    }
 }
 
 }  // namespace

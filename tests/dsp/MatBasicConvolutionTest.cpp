@@ -51,12 +51,8 @@ public:
         return static_cast<double>(sum);
     }
 
-    /// 1e-12 of the largest value that a signal within [-1, 1] can lead to.
-    double Tolerance() const {
-        double sum = 0;
-        for (__int64 t = 0; t < taps_.GetNum(); ++t) sum += std::abs(taps_[t]);
-        return 1e-12 * sum;
-    }
+    /// 1e-12 of the largest value that taps within [-2, 2] can lead to.
+    double Tolerance() const { return 2e-12 * static_cast<double>(taps_.GetNum()); }
 
 private:
     __int64 early_;

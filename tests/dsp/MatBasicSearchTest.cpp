@@ -213,21 +213,18 @@ TEST(TopValues, AreTheLargestPeaksInOrder) {
     const auto top = [&](const double* a, __int64 max, __int64* found, double* levels) {
         return CMatBasic::GetTopValueArray(Size(wave), a, max, found, levels);
     };
-    EXPECT_EQ(top(wave.data(), 5, positions.data(), values.data()), 3);
+    EXPECT_TRUE(AllFail(top(wave.data(), 0, &positions[0], nullptr), top(nullptr, 2, &positions[0], nullptr),
+                        top(wave.data(), 2, nullptr, &values[0])));
+    EXPECT_EQ(top(wave.data(), 5, &positions[0], &values[0]), 3);
     EXPECT_EQ(positions, (Results{4, 8, 2, 0, 0}));
     EXPECT_EQ(values, (Wave{7, 7, 5, 0, 0}));
-    EXPECT_EQ(top(wave.data(), 2, positions.data(), nullptr), 2);
-    EXPECT_TRUE(AllFail(top(wave.data(), 0, positions.data(), nullptr),
-                        top(nullptr, 2, positions.data(), nullptr),
-                        top(wave.data(), 2, nullptr, values.data())));
 }
 
 TEST(TopValues, AgreeWithSortingAllPeaksOfNoise) {
     const CDataArrayDouble wave = ToArray(Noise(5000));
     Results peaks, found(100);
-    for (__int64 i = 1; i < 4999; ++i) {
+    for (__int64 i = 1; i < 4999; ++i)
         if (wave[i] > wave[i - 1] && wave[i] > wave[i + 1]) peaks.push_back(i);
-    }
     std::sort(peaks.begin(), peaks.end(), [&](__int64 p, __int64 q) { return wave[p] > wave[q]; });
     peaks.resize(100);
     ASSERT_EQ(CMatBasic::GetTopValueArray(5000, wave.GetData(), 100, found.data(), nullptr), 100);

@@ -45,7 +45,7 @@ TEST(PolarSpectrum, RefusesNullBlocksAndTakesNegativeCountsAsNothingToDo) {
     EXPECT_EQ(x, 1.0);
 }
 
-using Complex = std::complex<long double>;
+using Complex = Line;
 
 /// A spectrum filter, and its response in s = i f/fc.
 struct FilterCase {
@@ -69,31 +69,24 @@ Complex ButterworthLowPass(Complex s, int order) {
 }
 
 std::vector<FilterCase> Filters() {
-    using Spec = CDataArrayDoubleCplx*;
     std::vector<FilterCase> filters = {
         {"LowPass1", CMatBasic::SpecLPF1Ex, [](Complex s) { return 1.0L / (1.0L + s); }},
         {"HighPass1", CMatBasic::SpecHPF1Ex, [](Complex s) { return s / (1.0L + s); }},
     };
     const auto add = [&](const std::string& name, auto routine, auto parameter, auto response) {
-        const auto run = [=](Spec spec, double f0, double df, double fc) {
-            return routine(spec, f0, df, fc, parameter);
-        };
-        filters.push_back({name, run, response});
+        const auto run = [=](auto spec, auto... grid) { return routine(spec, grid..., parameter); };
+        filters.push_back({name + std::to_string(static_cast<int>(10 * parameter)), run, response});
     };
     for (const double q : {0.3, 1.0, 40.0}) {
-        const std::string name = std::to_string(static_cast<int>(10 * q));
-        const auto lowPass = [q](Complex s) {
-            return 1.0L / (1.0L + s * s + s / static_cast<long double>(q));
-        };
-        add("LowPass2Q" + name, CMatBasic::SpecLPF2Ex, q, lowPass);
-        add("HighPass2Q" + name, CMatBasic::SpecHPF2Ex, q, [=](Complex s) { return s * s * lowPass(s); });
+        const auto lowPass = [=](Complex s) { return 1.0L / (1.0L + s * s + s / ToLine(q)); };
+        add("LowPass2TenQ", CMatBasic::SpecLPF2Ex, q, lowPass);
+        add("HighPass2TenQ", CMatBasic::SpecHPF2Ex, q, [=](Complex s) { return s * s * lowPass(s); });
     }
     for (const int n : {1, 2, 3, 4, 7, 8, 15, 16}) {
-        const std::string name = std::to_string(n);
-        add("ButterworthLowPass" + name, CMatBasic::SpecBwLPFN, n,
-            [n](Complex s) { return ButterworthLowPass(s, n); });
-        add("ButterworthHighPass" + name, CMatBasic::SpecBwHPFN, n,
-            [n](Complex s) { return ButterworthLowPass(1.0L / s, n); });
+        const auto lowPass = [=](Complex s) { return ButterworthLowPass(s, n); };
+        add("ButterworthLowPassTenN", CMatBasic::SpecBwLPFN, n, lowPass);
+        add("ButterworthHighPassTenN", CMatBasic::SpecBwHPFN, n,
+            [=](Complex s) { return lowPass(1.0L / s); });
     }
     return filters;
 }
@@ -183,22 +176,14 @@ TEST(SpectrumFilter, CutsLeaveTheBinsOnTheirSideOfTheCorner) {
     const Case cases[] = {
         // clang-format off
         // On a bin, within 1 % of a bin, between bins, beyond the ends.
-        {CMatBasic::SpecTrancLPF, 0, 2.0,   1, {1, 1, 1, 0}},
-        {CMatBasic::SpecTrancLPF, 0, 1.995, 1, {1, 1, 1, 0}},
-        {CMatBasic::SpecTrancLPF, 0, 1.98,  1, {1, 1, 0, 0}},
-        {CMatBasic::SpecTrancLPF, 0, 3.0,   0, {1, 1, 1, 1}},
-        {CMatBasic::SpecTrancLPF, 5, 2.0,  1, {0, 0, 0, 0}},
-        {CMatBasic::SpecTrancHPF, 0, 2.0,   1, {0, 0, 1, 1}},
-        {CMatBasic::SpecTrancHPF, 0, 2.005, 1, {0, 0, 1, 1}},
-        {CMatBasic::SpecTrancHPF, 0, 2.02,  1, {0, 0, 0, 1}},
-        {CMatBasic::SpecTrancHPF, 5, 5.0,  0, {1, 1, 1, 1}},
-        {CMatBasic::SpecTrancHPF, 0, 1e300, 1, {0, 0, 0, 0}},
-        {CMatBasic::SpecTrancHPF, 0, -1.0,  0, {1, 1, 1, 1}},
-        {linearLowPass,           0, 1.0,   1, {1, 1, 1.0 / 4, 1.0 / 9}},
-        {linearLowPass,           0, 3.0,   0, {1, 1, 1, 1}},
-        {linearHighPass,          0, 2.0,   1, {0, 1.0 / 4, 1, 1}},
-        {linearHighPass,          1, 8.0,   1, {1.0 / 64, 1.0 / 16, 9.0 / 64, 1.0 / 4}},
-        {linearHighPass,          2, 1.0,   0, {1, 1, 1, 1}},
+        {CMatBasic::SpecTrancLPF, 0, 2.0, 1, {1, 1, 1, 0}},           {CMatBasic::SpecTrancLPF, 0, 1.995, 1, {1, 1, 1, 0}},
+        {CMatBasic::SpecTrancLPF, 0, 1.98, 1, {1, 1, 0, 0}},          {CMatBasic::SpecTrancLPF, 0, 3.0, 0, {1, 1, 1, 1}},
+        {CMatBasic::SpecTrancLPF, 5, 2.0, 1, {0, 0, 0, 0}},           {CMatBasic::SpecTrancHPF, 0, 2.0, 1, {0, 0, 1, 1}},
+        {CMatBasic::SpecTrancHPF, 0, 2.005, 1, {0, 0, 1, 1}},         {CMatBasic::SpecTrancHPF, 0, 2.02, 1, {0, 0, 0, 1}},
+        {CMatBasic::SpecTrancHPF, 5, 5.0, 0, {1, 1, 1, 1}},           {CMatBasic::SpecTrancHPF, 0, 1e300, 1, {0, 0, 0, 0}},
+        {CMatBasic::SpecTrancHPF, 0, -1.0, 0, {1, 1, 1, 1}},          {linearLowPass, 0, 1.0, 1, {1, 1, 1.0 / 4, 1.0 / 9}},
+        {linearLowPass, 0, 3.0, 0, {1, 1, 1, 1}},                     {linearHighPass, 0, 2.0, 1, {0, 1.0 / 4, 1, 1}},
+        {linearHighPass, 1, 8.0, 1, {1.0 / 64, 1.0 / 16, 9.0 / 64, 1.0 / 4}},{linearHighPass, 2, 1.0, 0, {1, 1, 1, 1}},
         // clang-format on
     };
     for (const Case& c : cases) {

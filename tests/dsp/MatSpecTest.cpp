@@ -82,36 +82,36 @@ TEST(CMatSpec, FailsOnWhatDoesNotFitTogether) {
     using Spec = CMatSpec;
     const CDataArrayDouble three(3, 1.0);
     const CDataArrayDoubleCplx three2(1, 3), empty2;
-    CDataArrayDouble out(3, 9.0), shorter(2, 9.0);
-    CDataArrayDoubleCplx out2 = ToSpectrum({9, 9, 9}, {9, 9, 9}), shorter2(1, 2);
+    CDataArrayDouble out(3, 9.0), two(2, 9.0);
+    CDataArrayDoubleCplx out2 = ToSpectrum({9, 9, 9}, {9, 9, 9}), two2(1, 2);
     double* const block = out.GetData();
     std::uint32_t seed = 5;
-    for (CDataArrayDouble* const bad : {static_cast<CDataArrayDouble*>(nullptr), &shorter}) {
-        double* const level = bad == nullptr ? nullptr : &shorter[0];
-        EXPECT_TRUE(AllFail(Spec::CnvCplxToPow(bad, three2, 0), Spec::CnvCplxToPsd(bad, three2, 1, 0),
-                            Spec::CnvPowToPsd(bad, three, 1), Spec::CnvAmpToPsd(bad, three, 1, 0),
-                            Spec::CnvPsdToAmp(bad, three, 1, 0), Spec::ChangePsdLevel(1, three, bad),
-                            Spec::ChangePsdLevel(1, 2, 1, three, bad),
-                            Spec::ChangePsdLevelRatio(1, 2, 1, three, bad, 0),
-                            Spec::GetLevelFromFreq(1, 0, three, shorter, level)));
+    const auto convert = [&](CDataArrayDouble* to, double df) {
+        return Spec::CnvCplxToPsd(to, three2, df, 0) + Spec::CnvPowToPsd(to, three, df) +
+               Spec::CnvAmpToPsd(to, three, df, 0) + Spec::CnvPsdToAmp(to, three, df, 0);
+    };
+    const auto convert2 = [&](CDataArrayDoubleCplx* to, double df) {
+        return Spec::CnvAmpToPsd(to, three2, df, 0) + Spec::CnvPsdToAmp(to, three2, df, 0);
+    };
+    for (const double df : {0.0, -1.0, kNaN})
+        EXPECT_TRUE(AllFail(convert(&out, df), convert2(&out2, df), Spec::CalcPsdRms(three, df, 0, 0)));
+    for (CDataArrayDouble* const bad : {static_cast<CDataArrayDouble*>(nullptr), &two}) {
+        EXPECT_TRUE(AllFail(convert(bad, 1), Spec::CnvCplxToPow(bad, three2, 0),
+                            Spec::ChangePsdLevel(1, three, bad), Spec::ChangePsdLevel(1, 2, 1, three, bad),
+                            Spec::ChangePsdLevelRatio(1, 2, 1, three, bad, 0)));
     }
-    for (CDataArrayDoubleCplx* const bad : {static_cast<CDataArrayDoubleCplx*>(nullptr), &shorter2}) {
-        EXPECT_TRUE(AllFail(Spec::CnvAmpToPsd(bad, three2, 1, 0), Spec::CnvPsdToAmp(bad, three2, 1, 0),
-                            Spec::CalcCrossPow(bad, three2, three2, 0), Spec::CalcXfr(bad, three2, three2),
-                            Spec::GenRandomPhaseSpec(bad, three, &seed)));
+    for (CDataArrayDoubleCplx* const bad : {static_cast<CDataArrayDoubleCplx*>(nullptr), &two2}) {
+        EXPECT_TRUE(AllFail(convert2(bad, 1), Spec::CalcCrossPow(bad, three2, three2, 0),
+                            Spec::CalcXfr(bad, three2, three2), Spec::GenRandomPhaseSpec(bad, three, &seed)));
     }
-    for (const double df : {0.0, -1.0, kNaN}) {
-        EXPECT_TRUE(AllFail(Spec::CnvCplxToPsd(&out, three2, df, 0), Spec::CnvPowToPsd(&out, three, df),
-                            Spec::CnvAmpToPsd(&out, three, df, 0), Spec::CnvPsdToAmp(&out, three, df, 0),
-                            Spec::CnvAmpToPsd(&out2, three2, df, 0), Spec::CalcPsdRms(three, df, 0, 0)));
-    }
-    EXPECT_TRUE(
-        AllFail(Spec::CalcCrossPow(&out2, three2, shorter2, 0), Spec::CalcXfr(&out2, empty2, three2),
-                Spec::GenRandomPhaseSpec(&out2, three, nullptr), Spec::GenRandomPhaseSpec(&out2, 1, nullptr),
-                Spec::GenRandomPhaseSpec(nullptr, 1, &seed), Spec::CnvAmpToPsd(nullptr, block, 3, 1, 0),
-                Spec::CnvPsdToAmp(block, nullptr, 3, 1, 0), Spec::CnvPsdToAmp(block, block, 0, 1, 0)));
-    EXPECT_TRUE(AllFail(Spec::CalcAmpRms(nullptr, 1, 0, 0, 0), Spec::CalcPowRms(nullptr, 1, 0, 0),
-                        Spec::CalcFouRms(empty2, 0, 0, 0), Spec::CalcPsdRms(three, shorter, 0, 0)));
+    EXPECT_TRUE(AllFail(
+        Spec::CalcCrossPow(&out2, three2, two2, 0), Spec::CalcXfr(&out2, empty2, three2),
+        Spec::GenRandomPhaseSpec(&out2, three, nullptr), Spec::GetLevelFromFreq(1, 0, three, two, block),
+        Spec::GetLevelFromFreq(1, 0, three, three, nullptr), Spec::GenRandomPhaseSpec(&out2, 1, nullptr),
+        Spec::GenRandomPhaseSpec(nullptr, 1, &seed), Spec::CnvAmpToPsd(nullptr, block, 3, 1, 0),
+        Spec::CnvPsdToAmp(block, nullptr, 3, 1, 0), Spec::CnvPsdToAmp(block, block, 0, 1, 0),
+        Spec::CalcAmpRms(nullptr, 1, 0, 0, 0), Spec::CalcPowRms(nullptr, 1, 0, 0),
+        Spec::CalcFouRms(empty2, 0, 0, 0), Spec::CalcPsdRms(three, two, 0, 0)));
     EXPECT_EQ(ToWave(out), Wave(3, 9.0));
     EXPECT_EQ(PartsOf(out2), Parts(Wave(3, 9.0), Wave(3, 9.0)));
     EXPECT_EQ(seed, 5U);
@@ -125,26 +125,19 @@ TEST(CalcPsdRmsOfAProfile, IsTheExactIntegralOfStraightLogarithmicLines) {
     };
     // clang-format off
     const Case cases[] = {
-        {{10, 100}, {1, 1}, 90},
-        {{10, 100}, {1, 0.1}, 10 * std::log(10.0)},
-        {{10, 100}, {1, 10}, 0.1 / 2 * (1e4 - 1e2)},
-        {{10, 100}, {1, 0.01}, 100 * (0.1 - 0.01)},
-        {{10, 100, 100, 200}, {1, 1, 5, 5}, 90 + 500},
-        {{0, 10, 20}, {1, 1, 1}, 10},   // no logarithm at the lower end
-        {{10, 20, 30}, {0, 1, 1}, 10},  // likewise
-        {{10, 20}, {1, 0}, 10},         // no slope
-        {{10, 20}, {-1, -1}, 0},
-        {{10}, {1}, 0},
-        {{1, 2, 4, 8}, {1, 1, 1, 1}, 2, 1, 2},
-        {{1, 2, 4, 8}, {1, 1, 1, 1}, 6, 1, 99},
-        {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, 2, 2},
-        {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, -1, 2},
+        {{10, 100}, {1, 1}, 90},                         {{10, 100}, {1, 0.1}, 10 * std::log(10.0)},
+        {{10, 100}, {1, 10}, 0.1 / 2 * (1e4 - 1e2)},     {{10, 100}, {1, 0.01}, 100 * (0.1 - 0.01)},
+        {{10, 100, 100, 200}, {1, 1, 5, 5}, 90 + 500},   {{10, 20}, {-1, -1}, 0},
+        // No logarithm at the lower end, no slope.
+        {{0, 10, 20}, {1, 1, 1}, 10},                    {{10, 20, 30}, {0, 1, 1}, 10},
+        {{10, 20}, {1, 0}, 10},                          {{10}, {1}, 0},
+        {{1, 2, 4, 8}, {1, 1, 1, 1}, 2, 1, 2},           {{1, 2, 4, 8}, {1, 1, 1, 1}, 6, 1, 99},
+        {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, 2, 2},           {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, -1, 2},
     };
     // clang-format on
     for (const auto& [freq, psd, power, first, last] : cases) {
         const double rms = CMatSpec::CalcPsdRms(ToArray(psd), ToArray(freq), first, last);
-        EXPECT_NEAR(rms * rms, power, 1e-12 * power)
-            << testing::PrintToString(freq) << testing::PrintToString(psd);
+        EXPECT_NEAR(rms * rms, power, 1e-12 * power) << testing::PrintToString(std::pair(freq, psd));
     }
 }
 
@@ -156,10 +149,10 @@ TEST(ChangePsdLevel, ScalesToAnRmsOrSetsABand) {
     EXPECT_NEAR(psd[1] / psd[0], 3.0, 1e-15);
     const Wave before = ToWave(psd);
     EXPECT_EQ(CMatSpec::ChangePsdLevel(CMatSpec::CalcPsdRms(psd, freq, 0, 0), freq, &psd), 1);
-    for (const double bad : {0.0, -1.0, kNaN}) EXPECT_EQ(CMatSpec::ChangePsdLevel(bad, freq, &psd), 0);
+    EXPECT_TRUE(AllFail(CMatSpec::ChangePsdLevel(0.0, freq, &psd), CMatSpec::ChangePsdLevel(-1.0, freq, &psd),
+                        CMatSpec::ChangePsdLevel(kNaN, freq, &psd),
+                        CMatSpec::ChangePsdLevel(1, freq, &silent)));
     EXPECT_EQ(ToWave(psd), before);
-    EXPECT_EQ(CMatSpec::ChangePsdLevel(1.0, freq, &silent), 0);
-
     ASSERT_EQ(CMatSpec::ChangePsdLevel(20.0, 40.0, 7.0, ToArray({10, 20, 30, 40, 50}), &band), 1);
     EXPECT_EQ(ToWave(band), (Wave{1, 7, 7, 7, 1}));
 }
@@ -286,17 +279,17 @@ TEST(FilteringPsd, RefusesWhatHasNoMeaningAndChangesNothing) {
     const auto run = [&](double fc, int filter, double parameter) {
         return CMatSpec::FilteringPsd(fc, filter, &freq, &psd, parameter);
     };
-    for (const double bad : {0.0, -1.0, kNaN}) EXPECT_EQ(run(bad, CMatSpec::FILTER_LPF1, 0), 0);
-    for (const int filter : {0, 11, -1}) EXPECT_EQ(run(50, filter, 1), 0);
-    for (const double bad : {0.0, 17.0, kNaN}) EXPECT_EQ(run(50, CMatSpec::FILTER_BW_LPF, bad), 0);
+    const auto filterOf = [](CDataArrayDouble* f, CDataArrayDouble* levels) {
+        return CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, f, levels, 0);
+    };
+    for (const double bad : {0.0, -1.0, kNaN})
+        EXPECT_EQ(run(bad, CMatSpec::FILTER_LPF1, 0) + run(50, CMatSpec::FILTER_BW_LPF, bad), 0) << bad;
+    EXPECT_TRUE(AllFail(run(50, 0, 1), run(50, 11, 1), run(50, -1, 1), run(50, CMatSpec::FILTER_BW_LPF, 17),
+                        run(50, CMatSpec::FILTER_LPF2, 0), run(50, CMatSpec::FILTER_LIN_LPF, kNaN),
+                        filterOf(&unordered, &psd), filterOf(&three, &psd), filterOf(nullptr, &psd),
+                        filterOf(&freq, nullptr)));
     EXPECT_EQ(run(10, CMatSpec::FILTER_TRANC_LPF, 0), 0) << "one point remains";
-    EXPECT_TRUE(AllFail(run(50, CMatSpec::FILTER_LPF2, 0), run(50, CMatSpec::FILTER_LIN_LPF, kNaN),
-                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, &unordered, &psd, 0),
-                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, &three, &psd, 0),
-                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, nullptr, &psd, 0),
-                        CMatSpec::FilteringPsd(50, CMatSpec::FILTER_LPF1, &freq, nullptr, 0)));
-    EXPECT_EQ(ToWave(freq), (Wave{10, 100}));
-    EXPECT_EQ(ToWave(psd), (Wave{1, 2}));
+    EXPECT_EQ(Parts(ToWave(freq), ToWave(psd)), Parts({10, 100}, {1, 2}));
 }
 
 }  // namespace

@@ -3,51 +3,37 @@
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <tests/dsp/Signals.h>
 
-#include <algorithm>
-#include <functional>
 #include <string>
 
 namespace {
 
 constexpr double kTurn = 2.0 * std::numbers::pi;
 
-/// Equivalent noise bandwidths: F. J. Harris, Proc. IEEE 66 (1978); side lobes: A. H. Nuttall, IEEE Trans.
-/// ASSP 29 (1981). The last window keeps the misprint of its third and fourth coefficients (for 0.09892 and
-/// 0.00188), which raises its side lobes from -74.39 dB.
+/// Coefficients and equivalent noise bandwidths: F. J. Harris, Proc. IEEE 66 (1978). The last window keeps
+/// the misprint of its third and fourth coefficients (for 0.09892 and 0.00188).
 struct PublishedWindow {
     std::string name;
     int (*generate)(CDataArrayDouble*);
-    double a0, a1, a2, a3, enbw, sideLobeDb;
+    double a0, a1, a2, a3, enbw;
 };
 
 // clang-format off
 const PublishedWindow kPublished[] = {
-    {"Rectangular",         CMatWIND::GeneRectangular,         1.0,     0.0,     0.0,     0.0,     1.0000, -13.26},
-    {"Hanning",             CMatWIND::GeneHanning,             0.5,     0.5,     0.0,     0.0,     1.5000, -31.47},
-    {"Hamming",             CMatWIND::GeneHamming,             0.54,    0.46,    0.0,     0.0,     1.3628, -42.67},
-    {"Blackman",            CMatWIND::GeneBlackman,            0.42,    0.5,     0.08,    0.0,     1.7268, -58.11},
-    {"BlackmanHarris",      CMatWIND::GeneBlackmanHarris,      0.35875, 0.48829, 0.14128, 0.01168, 2.0044, -92.00},
-    {"BlackmanHarris_61dB", CMatWIND::GeneBlackmanHarris_61dB, 0.44959, 0.49364, 0.05677, 0.0,     1.6108, -62.05},
-    {"BlackmanHarris_67dB", CMatWIND::GeneBlackmanHarris_67dB, 0.42323, 0.49755, 0.07922, 0.0,     1.7085, -70.83},
-    {"BlackmanHarris_74dB", CMatWIND::GeneBlackmanHarris_74dB, 0.40217, 0.49703, 0.09392, 0.00183, 1.7910, -56.66},
+    {"Rectangular",         CMatWIND::GeneRectangular,         1.0,     0.0,     0.0,     0.0,     1.0000},
+    {"Hanning",             CMatWIND::GeneHanning,             0.5,     0.5,     0.0,     0.0,     1.5000},
+    {"Hamming",             CMatWIND::GeneHamming,             0.54,    0.46,    0.0,     0.0,     1.3628},
+    {"Blackman",            CMatWIND::GeneBlackman,            0.42,    0.5,     0.08,    0.0,     1.7268},
+    {"BlackmanHarris",      CMatWIND::GeneBlackmanHarris,      0.35875, 0.48829, 0.14128, 0.01168, 2.0044},
+    {"BlackmanHarris_61dB", CMatWIND::GeneBlackmanHarris_61dB, 0.44959, 0.49364, 0.05677, 0.0,     1.6108},
+    {"BlackmanHarris_67dB", CMatWIND::GeneBlackmanHarris_67dB, 0.42323, 0.49755, 0.07922, 0.0,     1.7085},
+    {"BlackmanHarris_74dB", CMatWIND::GeneBlackmanHarris_74dB, 0.40217, 0.49703, 0.09392, 0.00183, 1.7910},
 };
 // clang-format on
-
-/// Highest side lobe over the main lobe [dB]: the highest line beyond the first minimum of the padded
-/// transform.
-double SideLobeDb(const CDataArrayDouble& window) {
-    Wave wave(16384), work(16384), level(8192);
-    std::copy_n(window.GetData(), window.GetNum(), wave.begin());
-    CMatFFT::XfrRfft(wave.data(), work.data(), 16384, wave.data(), work.data(), 8192);
-    for (std::size_t k = 0; k < level.size(); ++k) level[k] = std::hypot(wave[k], work[k]);
-    const auto minimum = std::is_sorted_until(level.begin(), level.end(), std::greater<>());
-    return 20.0 * std::log10(*std::max_element(minimum, level.end()) / level[0]);
-}
 
 class CosineWindow : public testing::TestWithParam<PublishedWindow> {};
 
 TEST_P(CosineWindow, IsItsSumOfCosinesWithPeriodN) {
-    const auto& [name, generate, a0, a1, a2, a3, enbw, sideLobeDb] = GetParam();
+    const auto& [name, generate, a0, a1, a2, a3, enbw] = GetParam();
     for (const __int64 count : {1, 2, 3, 8, 255, 256}) {
         CDataArrayDouble window(count, 9.0), general(count, 9.0);
         ASSERT_EQ(generate(&window), 1);
@@ -71,7 +57,6 @@ TEST_P(CosineWindow, HasItsPublishedFigures) {
     ASSERT_EQ(CMatWIND::CalcWindENBW(window, &enbw, &mean), 1);
     EXPECT_NEAR(mean, GetParam().a0, 1e-14);
     EXPECT_NEAR(enbw, GetParam().enbw, 5e-5);
-    EXPECT_NEAR(SideLobeDb(window), GetParam().sideLobeDb, 0.1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Published, CosineWindow, testing::ValuesIn(kPublished),
@@ -101,10 +86,8 @@ TEST(GeneFlatTop, IsTheNarrowWindowTimesACardinalSine) {
 }
 
 TEST(GeneHalfRectangular, SetsTheMiddleHalfAndLeavesTheRest) {
-    using Case = std::pair<int, Wave>;
-    for (const auto& [count, expected] :
-         {Case{8, {7, 7, 1, 1, 1, 1, 7, 7}}, Case{7, {7, 1, 1, 1, 7, 7, 7}}, Case{1, {7}}}) {
-        CDataArrayDouble window(count, 7.0);
+    for (const Wave& expected : {Wave{7, 7, 1, 1, 1, 1, 7, 7}, Wave{7, 1, 1, 1, 7, 7, 7}, Wave{7}}) {
+        CDataArrayDouble window(Size(expected), 7.0);
         ASSERT_EQ(CMatWIND::GeneHalfRectangular(&window), 1);
         EXPECT_EQ(ToWave(window), expected);
     }
