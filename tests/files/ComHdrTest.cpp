@@ -209,9 +209,10 @@ TEST(ComHdr, AFileSaysWhatHeaderItHasAndLoadsWhenItIsWhole) {
         folder.Write("file.vdf2", c.bytes);
         EXPECT_EQ(CComHdr::GetHdrCodeType(path.c_str()), c.type) << c.bytes.size();
         EXPECT_EQ(CComHdr().LoadComHdr(path.c_str(), 0), c.loads) << c.bytes.size();
-        CComHdr header;
+        CComHdr header(CComHdr::EXT_INFO_GRAPH_COLOR, L"old");
         EXPECT_EQ(header.LoadComHdr(path.c_str(), 1), c.loadsWithExtension) << c.bytes.size();
-        EXPECT_EQ(header == CComHdr(), !c.loadsWithExtension) << "a header that fails to load is empty";
+        const bool isCutShort = c.type != CComHdr::HDRCODE_UNKNOWN && !c.loadsWithExtension;
+        EXPECT_EQ(header == CComHdr(), isCutShort) << "what fails to load is empty: " << c.bytes.size();
     }
     const std::wstring directory = folder.Path().wstring();
     for (const wchar_t* none : {directory.c_str(), L"/missing", L"", static_cast<const wchar_t*>(nullptr)}) {
