@@ -79,7 +79,7 @@ protected:
         const double reach = 70.0 / (2 * lowerHalf_);
         const double seconds = 2 * reach + 300.0 / GetParam().newFs;
         const Wave in = WaveOf(static_cast<std::size_t>(seconds * GetParam().oldFs),
-                               [=, this](double i) { return Sine(frequency, i / GetParam().oldFs); });
+                               [frequency](double i) { return Sine(frequency, i / GetParam().oldFs); });
         CDataArrayDouble out;
         EXPECT_EQ(
             CMatBasic::ConvFs(&out, ToArray(in), GetParam().newFs, GetParam().oldFs, CMatBasic::TERM_ZERO),

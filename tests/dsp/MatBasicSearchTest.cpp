@@ -144,6 +144,7 @@ TEST(ThresholdCrossing, IsFoundUpwardDownwardAndOnRequestAtBothSigns) {
                 testing::Each(-1));
 }
 
+const Wave kHills = {0, 1, 3, 2, 5, 1, 0, 2, 0};
 struct PeakCase {
     const char* name;
     Wave values;
@@ -153,8 +154,6 @@ struct PeakCase {
     __int64 found;
     int isPeak;
 };
-
-const Wave kHills = {0, 1, 3, 2, 5, 1, 0, 2, 0};
 const PeakCase kPeaks[] = {
     // clang-format off
     {"PeakPastARipple",      kHills, 0, 1, 1, 0, 0, 0.2, 4, 1},

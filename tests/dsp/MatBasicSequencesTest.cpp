@@ -29,9 +29,8 @@ TEST(CreateSeqLin, EndsAtItsEndOrWhenItIsFull) {
     };
     for (const Case& c : cases) {
         CDataArrayDouble out;
-        EXPECT_EQ(CMatBasic::CreateSeqLin(c.start, c.end, c.step, c.max, &out), Size(c.values))
-            << c.start << " to " << c.end;
-        EXPECT_EQ(ToWave(out), c.values);
+        EXPECT_EQ(CMatBasic::CreateSeqLin(c.start, c.end, c.step, c.max, &out), Size(c.values));
+        EXPECT_EQ(ToWave(out), c.values) << c.start << " to " << c.end << " by " << c.step;
     }
     EXPECT_EQ(CMatBasic::CreateSeqLin(0, 0.3, 0.1, 100, nullptr), 0);
     CDataArrayDouble out;

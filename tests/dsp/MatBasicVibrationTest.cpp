@@ -51,11 +51,10 @@ TEST(AddHanLeakToRmsVD, AddsTheLeakageBelowTheFirstLine) {
         {{kNone, 2, 3, 1}, 1,   1, 0,   0,   0,    0.16116673226617312,  0.12772172479178845},
         // clang-format on
     };
-    for (const Case& c : cases) {
-        double vel = c.vel0, disp = c.disp0;
-        CMatBasic::AddHanLeakToRmsVD(ToArray(c.psd), 0, 1, c.hpfFc, c.hpfOrder, c.weightPower, &vel, &disp);
-        EXPECT_DOUBLE_EQ(vel, c.vel);
-        EXPECT_DOUBLE_EQ(disp, c.disp);
+    for (auto [psd, hpfFc, hpfOrder, weightPower, vel, disp, velWanted, dispWanted] : cases) {
+        CMatBasic::AddHanLeakToRmsVD(ToArray(psd), 0, 1, hpfFc, hpfOrder, weightPower, &vel, &disp);
+        EXPECT_DOUBLE_EQ(vel, velWanted);
+        EXPECT_DOUBLE_EQ(disp, dispWanted);
     }
 }
 

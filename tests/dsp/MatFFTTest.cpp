@@ -93,20 +93,21 @@ INSTANTIATE_TEST_SUITE_P(PowersOfTwo, TransformOfSize, testing::Range(0, 13),
                          [](const auto& test) { return std::to_string(1 << test.param); });
 
 TEST(Transforms, RefuseNullBlocksAndSizesThatTheyDoNotHave) {
-    for (const Transform transform : kTransforms) {
-        Wave a(16, 7.0), b(16, 7.0), c(16, 7.0), d(16, 7.0);
-        EXPECT_TRUE(AllFail(transform(nullptr, b.data(), 16, c.data(), d.data(), 8),
-                            transform(a.data(), nullptr, 16, c.data(), d.data(), 8),
-                            transform(a.data(), b.data(), 16, nullptr, d.data(), 8),
-                            transform(a.data(), b.data(), 16, c.data(), nullptr, 8)));
-        for (const __int64 size : Results{0, -16, 3, 12, 262144, __int64{1} << 62, kLowest}) {
-            EXPECT_EQ(transform(a.data(), b.data(), size, c.data(), d.data(), 8), 0) << size;
-        }
-        for (const __int64 count : Results{0, -1, 17, __int64{1} << 62}) {
-            EXPECT_EQ(transform(a.data(), b.data(), 16, c.data(), d.data(), count), 0) << count;
-        }
-        for (const Wave& block : {a, b, c, d}) EXPECT_EQ(block, Wave(16, 7.0));
+    Wave a(16, 7.0), b(16, 7.0), c(16, 7.0), d(16, 7.0);
+    for (const Transform run : kTransforms) {
+        const auto transform = [&](__int64 size, __int64 count) {
+            return run(a.data(), b.data(), size, c.data(), d.data(), count);
+        };
+        EXPECT_TRUE(AllFail(run(nullptr, b.data(), 16, c.data(), d.data(), 8),
+                            run(a.data(), nullptr, 16, c.data(), d.data(), 8),
+                            run(a.data(), b.data(), 16, nullptr, d.data(), 8),
+                            run(a.data(), b.data(), 16, c.data(), nullptr, 8)));
+        for (const __int64 size : Results{0, -16, 3, 12, 262144, __int64{1} << 62, kLowest})
+            EXPECT_EQ(transform(size, 8), 0) << size;
+        for (const __int64 count : Results{0, -1, 17, __int64{1} << 62})
+            EXPECT_EQ(transform(16, count), 0) << count;
     }
+    for (const Wave& block : {a, b, c, d}) EXPECT_EQ(block, Wave(16, 7.0));
 }
 
 TEST(Transforms, SpreadANaNInsteadOfHidingIt) {
@@ -143,22 +144,21 @@ TEST(Transforms, GiveTheSameInThreadsThatStartAtOnce) {
 }
 
 TEST(GetCosSinI, GoesRoundTheCircleInBothDirections) {
+    double cosine = 9.0, sine = 9.0;
     for (const __int64 size : Results{1, 4, 100, 131072, kFarthest}) {
         for (const __int64 i : Results{0, 1, 65536, 131071, -200001, kFarthest, kLowest}) {
-            double cosine = 9.0, sine = 9.0;
             ASSERT_EQ(CMatFFT::GetCosSinI(i, size, &cosine, &sine), 1);
-            const double angle =
-                2.0 * std::numbers::pi * static_cast<double>(i % size) / static_cast<double>(size);
+            const double turn = static_cast<double>(i % size) / static_cast<double>(size);
+            const auto point = std::polar(1.0, 2.0 * std::numbers::pi * turn);
             // Half a step of the table unless the size divides its circle.
             const double tolerance = 131072 % size == 0 ? 1e-15 : std::numbers::pi / 131072.0;
-            EXPECT_NEAR(cosine, std::cos(angle), tolerance) << i << '/' << size;
-            EXPECT_NEAR(sine, std::sin(angle), tolerance) << i << '/' << size;
+            EXPECT_THAT((Wave{cosine, sine}), Near({point.real(), point.imag()}, tolerance))
+                << i << '/' << size;
         }
     }
-    double value = 9.0;
-    EXPECT_EQ(CMatFFT::GetCosSinI(1, 4, nullptr, &value) + CMatFFT::GetCosSinI(1, 4, &value, nullptr), 2);
+    EXPECT_EQ(CMatFFT::GetCosSinI(1, 4, nullptr, &sine) + CMatFFT::GetCosSinI(1, 4, &cosine, nullptr), 2);
     EXPECT_TRUE(
-        AllFail(CMatFFT::GetCosSinI(1, 0, &value, &value), CMatFFT::GetCosSinI(1, -4, &value, &value)));
+        AllFail(CMatFFT::GetCosSinI(1, 0, &cosine, &sine), CMatFFT::GetCosSinI(1, -4, &cosine, &sine)));
 }
 
 }  // namespace

@@ -224,7 +224,7 @@ TEST(GetLevelFromFreq, FollowsTheSegmentThatTheIndexNames) {
 
 /// A filter, and its gain in power at x = f/fc.
 struct ShapeCase {
-    CMatSpec::PSD_FILTER filter;
+    int filter;  // of CMatSpec::PSD_FILTER
     double parameter;
     double (*power)(double x);
 };
