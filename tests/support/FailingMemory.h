@@ -4,6 +4,7 @@
 // memory elsewhere (the blocks of the containers) is not concerned.
 #pragma once
 
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -41,8 +42,11 @@ int Starve(Work work, AfterFailure afterFailure) {
 }
 
 // Not inlined: a compiler that saw malloc and free through them would take every new for a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return FailingMemory::RunsOut() ? nullptr : std::malloc(size);
+}
 [[gnu::noinline]] void* operator new(std::size_t size) {
-    void* memory = FailingMemory::RunsOut() ? nullptr : std::malloc(size);
+    void* memory = operator new(size, std::nothrow);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
