@@ -63,3 +63,5 @@
 #include <KvxDevCommon01/app/Ptimer.h>
 #include <KvxDevCommon01/app/TickTimers.h>
 #include <KvxDevCommon01/app/WaitTimer.h>
+
+#include <KvxDevCommon01/graph/KvxGraphLineSample.h>
