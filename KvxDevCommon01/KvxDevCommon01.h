@@ -64,4 +64,9 @@
 #include <KvxDevCommon01/app/TickTimers.h>
 #include <KvxDevCommon01/app/WaitTimer.h>
 
+#include <KvxDevCommon01/graph/GraphColorInfo.h>
+#include <KvxDevCommon01/graph/GraphConfigInfo.h>
+#include <KvxDevCommon01/graph/GraphInfo.h>
+#include <KvxDevCommon01/graph/GraphLineInfo.h>
+#include <KvxDevCommon01/graph/GraphMarkInfo.h>
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
