@@ -126,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx psd a.vdf2 --block 3", 1, "--block: 3 is not a power of two from 2 to 131072"},
     WrongCase{"kvx psd a.vdf2 --block 4 --overlap 100", 1, "--overlap: 100 % leaves no step between blocks of 4"},
     WrongCase{"kvx psd a.vdf2 --block 4 --overlap nan", 1, "--overlap: 'nan' is not a number"},
-    WrongCase{"kvx psd a.vdf2 --block 4 --window hat", 1, "--window: there is no window 'hat', only hann, "},
+    WrongCase{"kvx psd a.vdf2 --block 4 --window hat", 1, "--window: there is no 'hat', only hann, "},
     WrongCase{"kvx psd a.vdf2 --block 4 --from 3", 1, "cannot analyse 'a.vdf2': no line of it, 1 Hz apart up to 1 Hz, lies"},
     WrongCase{"kvx psd a.vdf2 --record 2", 1, "cannot analyse 'a.vdf2': it has no record 2, only 1 record\n"},
     WrongCase{"kvx spectrum a.vdf2 --block 4 --start 1", 2, "--start chooses the block of --complex"},

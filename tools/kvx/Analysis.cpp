@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Analysis.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -222,17 +221,17 @@ void WriteReport(ByteStream& out, const AnalysisOptions& options, const std::vec
 
 }  // namespace
 
-void AddAnalysisOptions(CLI::App& command, AnalysisOptions* options) {
-    command.add_option("FILE", options->input, "Data file with time waveforms")->required();
-    command.add_option("-o,--output", options->output,
-                       "Data file for the lines; without it only a report is printed");
+void AddAnalysisOptions(Command command, AnalysisOptions* options) {
+    command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
+    command.AddOption("-o,--output", options->output,
+                      "Data file for the lines; without it only a report is printed");
     AddBlockOptions(command, &options->blocks);
     AddChannelOptions(command, &options->channels);
     AddBandOptions(command, "rms, highest line and peaks", &options->band);
-    command.add_option("--peaks", options->peaks, "Report this many of the highest peaks of each channel")
-        ->type_name("N")
-        ->check(WholeNumber(1, 65536));
-    command.add_flag("--json", options->json, "Report as JSON, with all digits");
+    command.AddOption("--peaks", options->peaks, "Report this many of the highest peaks of each channel")
+        .Type("N")
+        .Check(WholeNumber(1, 65536));
+    command.AddFlag("--json", options->json, "Report as JSON, with all digits");
 }
 
 void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteStream& out) {

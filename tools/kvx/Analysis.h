@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
 #include "Blocks.h"
+#include "Command.h"
 #include "DataFiles.h"
 
 namespace kvx::tool {
@@ -28,7 +29,7 @@ struct AnalysisOptions {
 };
 
 /// Describes the options that both commands have.
-void AddAnalysisOptions(CLI::App& command, AnalysisOptions* options);
+void AddAnalysisOptions(Command command, AnalysisOptions* options);
 
 /// A waveform to be analysed, in the standard unit of its dimension.
 struct Signal {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Blocks.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -38,35 +37,27 @@ constexpr std::array kWindows = {
 };
 // clang-format on
 
-std::string WindowNames() {
-    std::string names;
-    for (const WindowName& window : kWindows) names += (names.empty() ? "" : ", ") + std::string(window.name);
-    return names;
-}
-
 }  // namespace
 
-void AddBlockOptions(CLI::App& command, BlockOptions* options) {
-    command.add_option("--block", options->size, "Samples per block, a power of two from 2 to 131072")
-        ->type_name("N")
-        ->check(WholeNumber(2, 131072))
-        ->capture_default_str();
-    command.add_option("--window", options->window, "Window: " + WindowNames())
-        ->type_name("NAME")
-        ->capture_default_str();
-    command.add_option("--overlap", options->overlapPercent, "Overlap of the blocks in percent")
-        ->type_name("PERCENT")
-        ->check(FiniteNumber())
-        ->capture_default_str();
+void AddBlockOptions(Command command, BlockOptions* options) {
+    command.AddOption("--block", options->size, "Samples per block, a power of two from 2 to 131072")
+        .Type("N")
+        .Check(WholeNumber(2, 131072))
+        .ShowDefault();
+    command.AddOption("--window", options->window, "Window: " + Names(kWindows)).Type("NAME").ShowDefault();
+    command.AddOption("--overlap", options->overlapPercent, "Overlap of the blocks in percent")
+        .Type("PERCENT")
+        .Check(FiniteNumber())
+        .ShowDefault();
 }
 
-void AddBandOptions(CLI::App& command, const std::string& figures, BandOptions* options) {
-    command.add_option("--from", options->fromHz, "Report " + figures + " from this frequency on")
-        ->type_name("HZ")
-        ->check(NonNegativeNumber());
-    command.add_option("--to", options->toHz, "Report up to this frequency")
-        ->type_name("HZ")
-        ->check(PositiveNumber());
+void AddBandOptions(Command command, const std::string& figures, BandOptions* options) {
+    command.AddOption("--from", options->fromHz, "Report " + figures + " from this frequency on")
+        .Type("HZ")
+        .Check(NonNegativeNumber());
+    command.AddOption("--to", options->toHz, "Report up to this frequency")
+        .Type("HZ")
+        .Check(PositiveNumber());
 }
 
 std::string BandText(const BandOptions& options) {
@@ -80,12 +71,8 @@ CDataArrayDouble MakeWindow(const BlockOptions& options) {
         throw ValueError("--block: " + std::to_string(options.size) +
                          " is not a power of two from 2 to 131072");
     }
-    const auto known = std::ranges::find(kWindows, options.window, &WindowName::name);
-    if (known == kWindows.end()) {
-        throw ValueError("--window: there is no window " + Quote(options.window) + ", only " + WindowNames());
-    }
     CDataArrayDouble window(options.size, 0.0);
-    if (!known->generate(&window)) throw std::bad_alloc();
+    if (!Choose(kWindows, "--window", options.window).generate(&window)) throw std::bad_alloc();
     return window;
 }
 

@@ -11,9 +11,7 @@
 #include <KvxDevCommon01/files/ComDataBase.h>
 #include <KvxDevCommon01/platform/Types.h>
 
-namespace CLI {
-class App;
-}
+#include "Command.h"
 
 namespace kvx::tool {
 
@@ -23,7 +21,7 @@ struct BlockOptions {
     double overlapPercent = 50.0;
 };
 
-void AddBlockOptions(CLI::App& command, BlockOptions* options);
+void AddBlockOptions(Command command, BlockOptions* options);
 
 /// The window of the options; throws ValueError.
 CDataArrayDouble MakeWindow(const BlockOptions& options);
@@ -43,7 +41,7 @@ struct BandOptions {
 };
 
 /// --from and --to, which bound where a report looks for `figures`.
-void AddBandOptions(CLI::App& command, const std::string& figures, BandOptions* options);
+void AddBandOptions(Command command, const std::string& figures, BandOptions* options);
 
 /// ", band from 20 Hz to 2000 Hz"; nothing for all lines.
 std::string BandText(const BandOptions& options);

@@ -67,13 +67,12 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
 int RunCommandLine(int argc, const char* const* argv) {
     CLI::App app("Imports, describes, analyses and exports vibration data files (.vdf2).", "kvx");
     app.set_version_flag("--version", "kvx " KVX_VERSION);
-    app.require_subcommand(0, 1);
     app.get_formatter()->column_width(28);
     app.footer("'kvx COMMAND --help' tells more about a command and ends with an example.");
     Action action;
     for (const auto add : {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddExport, AddSynth,
                            AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
-        add(app, &action);
+        add(Command(&app, &action));
     }
 
     // A file that grows beyond the limit set for it is a failed write, not the end of the process.

@@ -1,35 +1,24 @@
 // SPDX-License-Identifier: MIT
 //
-// The commands, one per source file. Each Add... describes its command to the parser; when the command line
-// names it,
-// `*action` becomes what runs it and prints to the given stream.
+// The commands, one per source file. Each Add... describes its command to `app`, the command line as a whole.
 #pragma once
 
-#include <functional>
-
-namespace CLI {
-class App;
-}
-namespace kvx {
-class ByteStream;
-}
+#include "Command.h"
 
 namespace kvx::tool {
 
-using Action = std::function<void(ByteStream& out)>;
-
-void AddImport(CLI::App& app, Action* action);
-void AddInfo(CLI::App& app, Action* action);
-void AddSpectrum(CLI::App& app, Action* action);
-void AddPsd(CLI::App& app, Action* action);
-void AddXfr(CLI::App& app, Action* action);
-void AddFilter(CLI::App& app, Action* action);
-void AddExport(CLI::App& app, Action* action);
-void AddSynth(CLI::App& app, Action* action);
-void AddProfile(CLI::App& app, Action* action);
-void AddUnits(CLI::App& app, Action* action);
-void AddKinds(CLI::App& app, Action* action);
-void AddShowValue(CLI::App& app, Action* action);
-void AddFolders(CLI::App& app, Action* action);
+void AddImport(Command app);
+void AddInfo(Command app);
+void AddSpectrum(Command app);
+void AddPsd(Command app);
+void AddXfr(Command app);
+void AddFilter(Command app);
+void AddExport(Command app);
+void AddSynth(Command app);
+void AddProfile(Command app);
+void AddUnits(Command app);
+void AddKinds(Command app);
+void AddShowValue(Command app);
+void AddFolders(Command app);
 
 }  // namespace kvx::tool

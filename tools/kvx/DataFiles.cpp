@@ -65,14 +65,14 @@ std::vector<Channel> ListChannels(const DataFileContent& content) {
     return channels;
 }
 
-void AddChannelOptions(CLI::App& command, ChannelOptions* options) {
+void AddChannelOptions(Command command, ChannelOptions* options) {
     command
-        .add_option("--channels", options->channels,
-                    "Channels by name, number or range of numbers as 'kvx info' shows them: 1,3-4,top")
-        ->type_name("LIST");
-    command.add_option("--record", options->record, "Only the channels of this record, counted from 1")
-        ->type_name("N")
-        ->check(WholeNumber(1, 1'000'000));
+        .AddOption("--channels", options->channels,
+                   "Channels by name, number or range of numbers as 'kvx info' shows them: 1,3-4,top")
+        .Type("LIST");
+    command.AddOption("--record", options->record, "Only the channels of this record, counted from 1")
+        .Type("N")
+        .Check(WholeNumber(1, 1'000'000));
 }
 
 std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options) {

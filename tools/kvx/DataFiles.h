@@ -10,9 +10,7 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/files/DataFile.h>
 
-namespace CLI {
-class App;
-}
+#include "Command.h"
 
 namespace kvx::tool {
 
@@ -39,7 +37,7 @@ struct ChannelOptions {
     std::string channels;    ///< as ChooseChannels takes it; empty for all
     std::size_t record = 0;  ///< 1-based; 0 for all
 };
-void AddChannelOptions(CLI::App& command, ChannelOptions* options);
+void AddChannelOptions(Command command, ChannelOptions* options);
 
 /// The chosen channels, those of one record together and in the order of the records. Throws Reason.
 std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx export: records become a CSV table or, when they are waveforms, a WAV file.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -9,10 +8,10 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,19 +31,31 @@
 namespace kvx::tool {
 namespace {
 
-const std::map<std::string, WavSamples> kSampleNames = {{"float", WavSamples::floating},
-                                                        {"double", WavSamples::doubleFloating},
-                                                        {"pcm16", WavSamples::pcm16},
-                                                        {"pcm24", WavSamples::pcm24}};
+struct SampleName {
+    std::string_view name;
+    WavSamples samples;
+};
+// clang-format off
+constexpr std::array kSampleNames = {
+    SampleName{"float",  WavSamples::floating},
+    SampleName{"double", WavSamples::doubleFloating},
+    SampleName{"pcm16",  WavSamples::pcm16},
+    SampleName{"pcm24",  WavSamples::pcm24},
+};
+// clang-format on
 
 struct ExportOptions {
     std::string input;
     std::string output;
     std::string units;
     ChannelOptions channels;
-    WavSamples samples = WavSamples::floating;
+    std::string samples = "float";
     std::optional<double> fullScale;
 };
+
+WavSamples WavSamplesOf(const ExportOptions& options) {
+    return Choose(kSampleNames, "--samples", options.samples).samples;
+}
 
 /// One channel to be written; values are converted as they are written.
 struct Column {
@@ -203,7 +214,8 @@ int WavRate(const CComDataBase& record) {
 /// The samples of a column over full scale; throws Reason where they do not fit.
 std::vector<double> WavChannel(const Column& column, const ExportOptions& options) {
     const double fullScale = options.fullScale.value_or(1.0);
-    const bool isInteger = options.samples == WavSamples::pcm16 || options.samples == WavSamples::pcm24;
+    const WavSamples samples = WavSamplesOf(options);
+    const bool isInteger = samples == WavSamples::pcm16 || samples == WavSamples::pcm24;
     std::vector<double> values(column.real, column.real + column.record->GetNsamp());
     double peak = 0.0;
     for (double& value : values) {
@@ -244,6 +256,7 @@ void RunExport(const ExportOptions& options, ByteStream& out) {
     RequireAnotherFile(options.input, options.output);
     const bool isWav = HasExtension(options.output, ".wav");
     if (options.fullScale && !isWav) throw UsageError("--full-scale is for WAV files");
+    WavSamplesOf(options);
     Progress progress("exporting " + options.input);
     DataFileContent content;
     std::vector<Column> columns;
@@ -262,7 +275,7 @@ void RunExport(const ExportOptions& options, ByteStream& out) {
     }
     Doing("write", options.output, [&] {
         if (isWav) {
-            WriteWavFile(options.output, channels, WavRate(*columns.front().record), options.samples,
+            WriteWavFile(options.output, channels, WavRate(*columns.front().record), WavSamplesOf(options),
                          progress);
             return;
         }
@@ -276,29 +289,27 @@ void RunExport(const ExportOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddExport(CLI::App& app, Action* action) {
+void AddExport(Command app) {
     const auto options = std::make_shared<ExportOptions>();
-    CLI::App* command = app.add_subcommand("export", "Write records as a CSV table or a WAV file");
-    command->add_option("FILE", options->input, "Data file")->required();
+    Command command = app.AddCommand("export", "Write records as a CSV table or a WAV file");
+    command.AddOption("FILE", options->input, "Data file").Required();
     command
-        ->add_option("-o,--output", options->output,
-                     "Output: .wav for sound, anything else for CSV, - for CSV on "
-                     "standard output")
-        ->required();
-    command->add_option("--unit", options->units, "Unit of the values, one for all channels or a list")
-        ->type_name("LIST");
-    AddChannelOptions(*command, &options->channels);
+        .AddOption("-o,--output", options->output,
+                   "Output: .wav for sound, anything else for CSV, - for CSV on "
+                   "standard output")
+        .Required();
+    command.AddOption("--unit", options->units, "Unit of the values, one for all channels or a list")
+        .Type("LIST");
+    AddChannelOptions(command, &options->channels);
+    command.AddOption("--samples", options->samples, "WAV samples: " + Names(kSampleNames))
+        .Type("KIND")
+        .ShowDefault();
     command
-        ->add_option("--samples", options->samples,
-                     "WAV samples: float, double, pcm16, pcm24 (default float)")
-        ->type_name("KIND")
-        ->transform(CLI::CheckedTransformer(kSampleNames).description(""));
-    command
-        ->add_option("--full-scale", options->fullScale,
-                     "Value that becomes full scale of the WAV file (default 1)")
-        ->type_name("VALUE")
-        ->check(PositiveNumber());
-    command->footer(
+        .AddOption("--full-scale", options->fullScale,
+                   "Value that becomes full scale of the WAV file (default 1)")
+        .Type("VALUE")
+        .Check(PositiveNumber());
+    command.SetFooter(
         "CSV has a heading line, the time in s or the frequency in Hz, and every number with the digits "
         "that\n"
         "read back as the same value; complex channels take two columns.\n\n"
@@ -307,7 +318,7 @@ void AddExport(CLI::App& app, Action* action) {
         "  kvx import shaker.csv -o shaker.vdf2 --unit g --name top\n"
         "  kvx export shaker.vdf2 -o - --unit m/s2\n"
         "  kvx export shaker.vdf2 -o shaker.wav --samples pcm24 --full-scale 0.5");
-    command->callback([=] { *action = [=](ByteStream& out) { RunExport(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunExport(*options, out); });
 }
 
 }  // namespace kvx::tool

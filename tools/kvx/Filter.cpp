@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx filter: low-pass and high-pass filtering of time waveforms through spectra.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -95,22 +94,6 @@ constexpr std::array kEnds = {
     End{"periodic", CMatBasic::TERM_PERIODIC},
 };
 // clang-format on
-
-template <class Table>
-std::string Names(const Table& table) {
-    std::string names;
-    for (const auto& row : table) names += (names.empty() ? "" : ", ") + std::string(row.name);
-    return names;
-}
-
-template <class Table>
-const auto& Choose(const Table& table, const std::string& option, const std::string& name) {
-    const auto found = std::ranges::find(table, name, [](const auto& row) { return row.name; });
-    if (found == table.end()) {
-        throw ValueError(option + ": there is no " + Quote(name) + ", only " + Names(table));
-    }
-    return *found;
-}
 
 /// The filter of the options.
 struct Filter {
@@ -264,39 +247,36 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddFilter(CLI::App& app, Action* action) {
+void AddFilter(Command app) {
     const auto options = std::make_shared<FilterOptions>();
-    CLI::App* command = app.add_subcommand("filter", "Low-pass and high-pass filtering of time waveforms");
-    command->add_option("FILE", options->input, "Data file with time waveforms")->required();
-    command->add_option("-o,--output", options->output, "Data file to write (.vdf2)")->required();
-    command->add_option("--lowpass", options->lowPassHz, "Keep what lies below this frequency")
-        ->type_name("HZ")
-        ->check(PositiveNumber());
-    command->add_option("--highpass", options->highPassHz, "Keep what lies above this frequency")
-        ->type_name("HZ")
-        ->check(PositiveNumber());
-    command->add_option("--kind", options->kind, "Kind of filter: " + Names(kKinds))
-        ->type_name("NAME")
-        ->capture_default_str();
-    command->add_option("--q", options->q, "Quality of --kind second (default: 0.7071)")
-        ->type_name("Q")
-        ->check(PositiveNumber());
+    Command command = app.AddCommand("filter", "Low-pass and high-pass filtering of time waveforms");
+    command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
+    command.AddOption("-o,--output", options->output, "Data file to write (.vdf2)").Required();
+    command.AddOption("--lowpass", options->lowPassHz, "Keep what lies below this frequency")
+        .Type("HZ")
+        .Check(PositiveNumber());
+    command.AddOption("--highpass", options->highPassHz, "Keep what lies above this frequency")
+        .Type("HZ")
+        .Check(PositiveNumber());
+    command.AddOption("--kind", options->kind, "Kind of filter: " + Names(kKinds)).Type("NAME").ShowDefault();
+    command.AddOption("--q", options->q, "Quality of --kind second (default: 0.7071)")
+        .Type("Q")
+        .Check(PositiveNumber());
     command
-        ->add_option(
-            "--order", options->order,
-            "Order of --kind butterworth, 1 to 16, and of the amplitude of --kind slope (default: 4)")
-        ->type_name("N")
-        ->check(PositiveNumber());
+        .AddOption("--order", options->order,
+                   "Order of --kind butterworth, 1 to 16, and of the amplitude of --kind slope (default: 4)")
+        .Type("N")
+        .Check(PositiveNumber());
     command
-        ->add_option("--block", options->block,
-                     "Samples per block, a power of two from 16 to 131072 (default: by the corner)")
-        ->type_name("N")
-        ->check(WholeNumber(kSmallestBlock, kLargestBlock));
-    command->add_option("--ends", options->ends, "How the signal goes on outside its ends: " + Names(kEnds))
-        ->type_name("NAME")
-        ->capture_default_str();
-    AddChannelOptions(*command, &options->channels);
-    command->footer(
+        .AddOption("--block", options->block,
+                   "Samples per block, a power of two from 16 to 131072 (default: by the corner)")
+        .Type("N")
+        .Check(WholeNumber(kSmallestBlock, kLargestBlock));
+    command.AddOption("--ends", options->ends, "How the signal goes on outside its ends: " + Names(kEnds))
+        .Type("NAME")
+        .ShowDefault();
+    AddChannelOptions(command, &options->channels);
+    command.SetFooter(
         "first, second and butterworth are the analogue filters, with their phase: -3 dB at the corner "
         "(second:\n"
         "the gain is Q there). slope and cut are gains without phase, 1 on one side of the corner; on the "
@@ -313,7 +293,7 @@ void AddFilter(CLI::App& app, Action* action) {
         "  kvx import mixed.txt -o mixed.vdf2 --rate 1000 --unit g --name mixed\n"
         "  kvx filter mixed.vdf2 -o low.vdf2 --lowpass 50\n"
         "  kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1 --ends zeros");
-    command->callback([=] { *action = [=](ByteStream& out) { RunFilter(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunFilter(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx folders: where the suite keeps its things on this computer.
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -77,17 +76,17 @@ void RunFolders(bool asJson, ByteStream& out) {
 
 }  // namespace
 
-void AddFolders(CLI::App& app, Action* action) {
+void AddFolders(Command app) {
     const auto asJson = std::make_shared<bool>(false);
-    CLI::App* command = app.add_subcommand("folders", "Tell where the suite's folders and settings are");
-    command->add_flag("--json", *asJson, "As JSON");
-    command->footer(
+    Command command = app.AddCommand("folders", "Tell where the suite's folders and settings are");
+    command.AddFlag("--json", *asJson, "As JSON");
+    command.SetFooter(
         "All but the test definitions hang off the environment variable SystemDrive, a folder; nothing is "
         "created.\n\n"
         "Example:\n"
         "  kvx folders --json\n"
         "  SystemDrive=/srv/shaker kvx folders");
-    command->callback([=] { *action = [=](ByteStream& out) { RunFolders(*asJson, out); }; });
+    command.OnRun([=](ByteStream& out) { RunFolders(*asJson, out); });
 }
 
 }  // namespace kvx::tool

@@ -193,50 +193,49 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddImport(CLI::App& app, Action* action) {
+void AddImport(Command app) {
     const auto options = std::make_shared<ImportOptions>();
-    CLI::App* command = app.add_subcommand("import", "Make a data file from a text table or a sound file");
+    Command command = app.AddCommand("import", "Make a data file from a text table or a sound file");
     command
-        ->add_option(
+        .AddOption(
             "INPUT", options->input,
             "Text table (columns apart by comma, semicolon, tab or blanks; logger files .lvm) or sound "
             "file (WAV and others)")
-        ->required();
-    command->add_option("-o,--output", options->output, "Data file to write (.vdf2)")->required();
+        .Required();
+    command.AddOption("-o,--output", options->output, "Data file to write (.vdf2)").Required();
     command
-        ->add_option("--rate", options->rateHz,
-                     "True sampling rate; without it that of the sound file or the time column")
-        ->type_name("HZ")
-        ->check(PositiveNumber());
-    command->add_option("--unit", options->units, "Unit of the values, one for all channels or a list: g,g,N")
-        ->type_name("LIST");
-    command->add_option("--name", options->names, "Names of the channels: top,base")->type_name("LIST");
+        .AddOption("--rate", options->rateHz,
+                   "True sampling rate; without it that of the sound file or the time column")
+        .Type("HZ")
+        .Check(PositiveNumber());
+    command.AddOption("--unit", options->units, "Unit of the values, one for all channels or a list: g,g,N")
+        .Type("LIST");
+    command.AddOption("--name", options->names, "Names of the channels: top,base").Type("LIST");
     command
-        ->add_option("--channels", options->channels,
-                     "Channels to take, by number, range or name, in this order: 1,3-4,top")
-        ->type_name("LIST");
-    command->add_option("--text", options->text, "Free text of the header; without it the input's name")
-        ->type_name("TEXT");
+        .AddOption("--channels", options->channels,
+                   "Channels to take, by number, range or name, in this order: 1,3-4,top")
+        .Type("LIST");
+    command.AddOption("--text", options->text, "Free text of the header; without it the input's name")
+        .Type("TEXT");
     command
-        ->add_option("--full-scale", options->fullScale,
-                     "What full scale of a sound file stands for, in its unit")
-        ->type_name("VALUE")
-        ->check(PositiveNumber());
-    command->add_option("--time", options->time, "Where a text has the time: in its first column or nowhere")
-        ->type_name("WHICH")
-        ->check(CLI::IsMember({"auto", "first", "none"}));
-    command
-        ->add_option("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
-        ->type_name("MARK")
-        ->check(CLI::IsMember({"auto", "comma"}));
-    command->footer(
+        .AddOption("--full-scale", options->fullScale,
+                   "What full scale of a sound file stands for, in its unit")
+        .Type("VALUE")
+        .Check(PositiveNumber());
+    command.AddOption("--time", options->time, "Where a text has the time: in its first column or nowhere")
+        .Type("WHICH")
+        .OneOf({"auto", "first", "none"});
+    command.AddOption("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
+        .Type("MARK")
+        .OneOf({"auto", "comma"});
+    command.SetFooter(
         "Values are stored in the standard unit of their dimension and shown in the unit given. Channels of\n"
         "one unit make one record.\n\n"
         "Example:\n"
         "  printf 'time,top [g],base [g]\\n0,0.1,0.2\\n0.5,0.3,-0.1\\n1,0.2,0.4\\n' > shaker.csv\n"
         "  kvx import shaker.csv -o shaker.vdf2\n"
         "  kvx import shaker.csv -o force.vdf2 --rate 2.0004 --channels base --unit N --name force");
-    command->callback([=] { *action = [=](ByteStream& out) { RunImport(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunImport(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -314,19 +314,19 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddInfo(CLI::App& app, Action* action) {
+void AddInfo(Command app) {
     const auto options = std::make_shared<InfoOptions>();
-    CLI::App* command = app.add_subcommand("info", "Describe a file of the suite and its data");
-    command->add_option("FILE", options->file, "File of either generation; one without data shows its header")
-        ->required();
-    command->add_flag("--json", options->json, "As JSON, with all digits");
-    command->footer(
+    Command command = app.AddCommand("info", "Describe a file of the suite and its data");
+    command.AddOption("FILE", options->file, "File of either generation; one without data shows its header")
+        .Required();
+    command.AddFlag("--json", options->json, "As JSON, with all digits");
+    command.SetFooter(
         "Figures are in the unit of the record; peak is the largest magnitude.\n\n"
         "Example:\n"
         "  printf '0,0.1\\n0.5,0.3\\n1,0.2\\n' | kvx import /dev/stdin -o shaker.vdf2 --unit g --text "
         "'Shaker 3'\n"
         "  kvx info shaker.vdf2");
-    command->callback([=] { *action = [=](ByteStream& out) { RunInfo(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunInfo(*options, out); });
 }
 
 }  // namespace kvx::tool

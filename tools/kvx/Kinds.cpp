@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx kinds: the catalogue of file kinds.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -84,14 +83,14 @@ void RunKinds(const std::string& text, ByteStream& out) {
 
 }  // namespace
 
-void AddKinds(CLI::App& app, Action* action) {
+void AddKinds(Command app) {
     const auto text = std::make_shared<std::string>();
-    CLI::App* command = app.add_subcommand("kinds", "Search the catalogue of file kinds");
-    command->add_option(
+    Command command = app.AddCommand("kinds", "Search the catalogue of file kinds");
+    command.AddOption(
         "TEXT", *text,
         "Part of a name or application, an extension, a code (0x20011) or a number; none lists all");
-    command->footer("Example:\n  kvx kinds vdf2\n  kvx kinds 0x20011\n  kvx kinds 加振データ");
-    command->callback([=] { *action = [=](ByteStream& out) { RunKinds(*text, out); }; });
+    command.SetFooter("Example:\n  kvx kinds vdf2\n  kvx kinds 0x20011\n  kvx kinds 加振データ");
+    command.OnRun([=](ByteStream& out) { RunKinds(*text, out); });
 }
 
 }  // namespace kvx::tool

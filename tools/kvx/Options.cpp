@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Options.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <functional>
@@ -11,7 +10,6 @@
 
 #include <KvxDevCommon01/platform/Text.h>
 
-#include "Failure.h"
 #include "Format.h"
 
 namespace kvx::tool {
@@ -26,13 +24,11 @@ std::optional<double> ParseNumber(std::string_view text) {
 }
 
 /// A check that the text is a number for which `holds`; "'abc' is not WANTED" otherwise.
-CLI::Validator NumberCheck(const std::string& wanted, const std::function<bool(double)>& holds) {
-    return CLI::Validator(
-        [wanted, holds](const std::string& text) {
-            const std::optional<double> value = ParseNumber(text);
-            return value && holds(*value) ? std::string() : Quote(text) + " is not " + wanted;
-        },
-        "", wanted);
+Complaint NumberCheck(const std::string& wanted, const std::function<bool(double)>& holds) {
+    return [wanted, holds](const std::string& text) {
+        const std::optional<double> value = ParseNumber(text);
+        return value && holds(*value) ? std::string() : Quote(text) + " is not " + wanted;
+    };
 }
 
 /// A 1-based number from the start of `*text`, which is left behind it.
@@ -46,22 +42,22 @@ std::optional<std::size_t> TakeIndex(std::string_view* text) {
 
 }  // namespace
 
-CLI::Validator PositiveNumber() {
+Complaint PositiveNumber() {
     return NumberCheck("a number above 0", [](double v) { return std::isfinite(v) && v > 0.0; });
 }
 
-CLI::Validator NonNegativeNumber() {
+Complaint NonNegativeNumber() {
     return NumberCheck("a number of 0 or more", [](double v) { return std::isfinite(v) && v >= 0.0; });
 }
 
-CLI::Validator WholeNumber(std::int64_t least, std::int64_t most) {
+Complaint WholeNumber(std::int64_t least, std::int64_t most) {
     const std::string wanted = "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
     return NumberCheck(wanted, [=](double v) {
         return v == std::floor(v) && v >= static_cast<double>(least) && v <= static_cast<double>(most);
     });
 }
 
-CLI::Validator FiniteNumber() {
+Complaint FiniteNumber() {
     return NumberCheck("a number", [](double v) { return std::isfinite(v); });
 }
 

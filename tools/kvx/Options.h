@@ -3,19 +3,41 @@
 // Pieces of the command line that several commands share.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
+#include <ranges>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Command.h"
+#include "Failure.h"
+
 namespace kvx::tool {
 
-/// Checks of an option's text, with the complaint that the person reads.
-CLI::Validator PositiveNumber();
-CLI::Validator NonNegativeNumber();
-CLI::Validator FiniteNumber();
-CLI::Validator WholeNumber(std::int64_t least, std::int64_t most);
+/// Checks of an option's text.
+Complaint PositiveNumber();
+Complaint NonNegativeNumber();
+Complaint FiniteNumber();
+Complaint WholeNumber(std::int64_t least, std::int64_t most);
+
+/// The names of a table's rows: "hold, zeros, periodic".
+template <std::ranges::range Table>
+std::string Names(const Table& table) {
+    std::string names;
+    for (const auto& row : table) names += (names.empty() ? "" : ", ") + std::string(row.name);
+    return names;
+}
+
+/// The row of that name; throws ValueError naming `option` when there is none.
+template <std::ranges::range Table>
+const auto& Choose(const Table& table, const std::string& option, const std::string& name) {
+    const auto found = std::ranges::find(table, name, [](const auto& row) { return row.name; });
+    if (found == std::ranges::end(table)) {
+        throw ValueError(option + ": there is no " + Quote(name) + ", only " + Names(table));
+    }
+    return *found;
+}
 
 /// A number as an argument writes it: decimal point, no blanks; throws ValueError ("'abc' is not a number").
 double ParseArgument(std::string_view text);

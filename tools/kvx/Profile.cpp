@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx profile: levels, rms and changes of a power spectral density given by breakpoints.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -276,36 +275,32 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddProfile(CLI::App& app, Action* action) {
+void AddProfile(Command app) {
     const auto options = std::make_shared<ProfileOptions>();
-    CLI::App* command = app.add_subcommand("profile", "Levels, rms and changes of a power spectral density");
+    Command command = app.AddCommand("profile", "Levels, rms and changes of a power spectral density");
     command
-        ->add_option("PROFILE", options->profile,
-                     "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
-        ->required();
-    command->add_option("-o,--output", options->output,
-                        "Profile to write: with --lines a data file when it ends in .vdf2, else text");
+        .AddOption("PROFILE", options->profile,
+                   "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
+        .Required();
+    command.AddOption("-o,--output", options->output,
+                      "Profile to write: with --lines a data file when it ends in .vdf2, else text");
     command
-        ->add_option("--band", options->bands, "Set the level from one frequency to another; may be repeated")
-        ->type_name("HZ,HZ,LEVEL")
-        ->allow_extra_args(false);
+        .AddOption("--band", options->bands, "Set the level from one frequency to another; may be repeated")
+        .Type("HZ,HZ,LEVEL");
     command
-        ->add_option(
+        .AddOption(
             "--band-ratio", options->bandRatios,
             "Multiply the levels in a band, with edges that slope by (f/corner)^SLOPE; may be repeated")
-        ->type_name("HZ,HZ,RATIO[,SLOPE]")
-        ->allow_extra_args(false);
+        .Type("HZ,HZ,RATIO[,SLOPE]");
+    command.AddOption("--scale-rms", options->rms, "Scale the profile, after all other changes, to this rms")
+        .Type("VALUE")
+        .Check(PositiveNumber());
+    command.AddOption("--level-at", options->levelAt, "Report the levels at these frequencies").Type("LIST");
     command
-        ->add_option("--scale-rms", options->rms, "Scale the profile, after all other changes, to this rms")
-        ->type_name("VALUE")
-        ->check(PositiveNumber());
-    command->add_option("--level-at", options->levelAt, "Report the levels at these frequencies")
-        ->type_name("LIST");
-    command
-        ->add_option("--lines", options->lines,
-                     "Put the profile on N lines from 0 Hz on: each the mean over the HZ around it")
-        ->type_name("HZ,N");
-    command->footer(
+        .AddOption("--lines", options->lines,
+                   "Put the profile on N lines from 0 Hz on: each the mean over the HZ around it")
+        .Type("HZ,N");
+    command.SetFooter(
         "The density runs straight between breakpoints on log-log axes and is 0 outside. First the bands "
         "are\n"
         "set, then multiplied, each in the order given, then the rms is scaled. Breakpoints are added where "
@@ -316,7 +311,7 @@ void AddProfile(CLI::App& app, Action* action) {
         "  kvx profile profile.txt --level-at 20,40,1000\n"
         "  kvx profile profile.txt -o notched.txt --band-ratio 100,140,0.25,4 --scale-rms 5\n"
         "  kvx profile notched.txt -o notched.vdf2 --lines 2,1024");
-    command->callback([=] { *action = [=](ByteStream& out) { RunProfile(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunProfile(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx psd: averaged power spectral densities.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 #include <new>
@@ -33,16 +32,16 @@ double PsdRms(double* levels, __int64 count, __int64, double spacingHz, double) 
 
 }  // namespace
 
-void AddPsd(CLI::App& app, Action* action) {
+void AddPsd(Command app) {
     const auto options = std::make_shared<AnalysisOptions>();
-    CLI::App* command = app.add_subcommand("psd", "Averaged power spectral density of time waveforms");
-    AddAnalysisOptions(*command, options.get());
+    Command command = app.AddCommand("psd", "Averaged power spectral density of time waveforms");
+    AddAnalysisOptions(command, options.get());
     command
-        ->add_option("--cutoff", options->cutoffHz,
-                     "Lowest frequency of the motion (default: that of the first line above 0 Hz)")
-        ->type_name("HZ")
-        ->check(NonNegativeNumber());
-    command->footer(
+        .AddOption("--cutoff", options->cutoffHz,
+                   "Lowest frequency of the motion (default: that of the first line above 0 Hz)")
+        .Type("HZ")
+        .Check(NonNegativeNumber());
+    command.SetFooter(
         "One-sided density in the square of the channel's unit per hertz, averaged over all full blocks; no\n"
         "mean or trend is removed. The rms is that of the lines in the band.\n\n"
         "Accelerations also get the rms of acceleration, velocity (mm/s) and displacement (mm) of the lines "
@@ -58,7 +57,7 @@ void AddPsd(CLI::App& app, Action* action) {
         "  kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20\n"
         "  kvx psd random.vdf2 -o random-psd.vdf2 --block 2048 --from 20 --to 2000 --peaks 3");
     const LineMethod method = {false, true, DensityUnit, CalculatePsd, PsdRms};
-    command->callback([=] { *action = [=](ByteStream& out) { RunAnalysis(*options, method, out); }; });
+    command.OnRun([=](ByteStream& out) { RunAnalysis(*options, method, out); });
 }
 
 }  // namespace kvx::tool

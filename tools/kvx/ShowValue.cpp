@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx show-value: a value as the suite shows it, in every unit of its dimension.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -112,28 +111,27 @@ void RunShowValue(const ShowOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddShowValue(CLI::App& app, Action* action) {
+void AddShowValue(Command app) {
     const auto options = std::make_shared<ShowOptions>();
-    CLI::App* command = app.add_subcommand("show-value", "Show a value as the suite's programs do");
-    command->add_option("VALUE", options->value, "The number; an amplitude from zero to peak")->required();
-    command->add_option("UNIT", options->unit, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...")->required();
-    command->add_option("--in", options->in,
-                        "Units to show it in, a comma list; without, all of its dimension");
-    command->add_option("--suffix", options->suffix,
-                        "Show the amplitude as 0-p, p-p (twice the number) or rms, as is usual for the "
-                        "dimension (usual), or without a word (none, the default)");
-    command->add_option("--format", options->format,
-                        "Format of one number, such as %.2f or '%8.3e V'; any other counts as %.7g. Without, "
-                        "%.7g or what is customary for the unit");
-    command->add_option("--locale", options->locale, "Locale whose decimal sign is used: de_DE, Russian ...");
-    command->add_flag("--difference", options->isDifference,
-                      "A difference of temperatures, not a temperature");
-    command->footer(
+    Command command = app.AddCommand("show-value", "Show a value as the suite's programs do");
+    command.AddOption("VALUE", options->value, "The number; an amplitude from zero to peak").Required();
+    command.AddOption("UNIT", options->unit, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...").Required();
+    command.AddOption("--in", options->in,
+                      "Units to show it in, a comma list; without, all of its dimension");
+    command.AddOption("--suffix", options->suffix,
+                      "Show the amplitude as 0-p, p-p (twice the number) or rms, as is usual for the "
+                      "dimension (usual), or without a word (none, the default)");
+    command.AddOption("--format", options->format,
+                      "Format of one number, such as %.2f or '%8.3e V'; any other counts as %.7g. Without, "
+                      "%.7g or what is customary for the unit");
+    command.AddOption("--locale", options->locale, "Locale whose decimal sign is used: de_DE, Russian ...");
+    command.AddFlag("--difference", options->isDifference, "A difference of temperatures, not a temperature");
+    command.SetFooter(
         "Example:\n"
         "  kvx show-value 1 g\n"
         "  kvx show-value 0.5 mm --suffix usual --in mm,inch\n"
         "  kvx show-value 1234.5 Hz --format '%.3e' --locale de_DE");
-    command->callback([=] { *action = [=](ByteStream& out) { RunShowValue(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunShowValue(*options, out); });
 }
 
 }  // namespace kvx::tool

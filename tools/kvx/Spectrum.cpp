@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx spectrum: averaged amplitude spectra, or the complex spectrum of one block.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -73,18 +72,17 @@ void RunSpectrum(const SpectrumOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddSpectrum(CLI::App& app, Action* action) {
+void AddSpectrum(Command app) {
     const auto options = std::make_shared<SpectrumOptions>();
-    CLI::App* command = app.add_subcommand("spectrum", "Amplitude spectrum of time waveforms");
-    AddAnalysisOptions(*command, &options->analysis);
-    command->add_flag("--complex", options->isComplex,
-                      "Complex spectrum of one block instead of averaged amplitudes");
+    Command command = app.AddCommand("spectrum", "Amplitude spectrum of time waveforms");
+    AddAnalysisOptions(command, &options->analysis);
+    command.AddFlag("--complex", options->isComplex,
+                    "Complex spectrum of one block instead of averaged amplitudes");
     command
-        ->add_option("--start", options->startSeconds,
-                     "Begin of that block, in seconds from the first sample")
-        ->type_name("S")
-        ->check(NonNegativeNumber());
-    command->footer(
+        .AddOption("--start", options->startSeconds, "Begin of that block, in seconds from the first sample")
+        .Type("S")
+        .Check(NonNegativeNumber());
+    command.SetFooter(
         "Peak amplitudes in the channel's unit: a sine of amplitude A that stands on a line reads A with "
         "every\n"
         "window. The rms is that of the signal in the band, freed of the window's spreading.\n\n"
@@ -93,7 +91,7 @@ void AddSpectrum(CLI::App& app, Action* action) {
         "  kvx import sine.txt -o sine.vdf2 --rate 2048 --unit g --name sine\n"
         "  kvx spectrum sine.vdf2 --block 1024 --window flat-top\n"
         "  kvx spectrum sine.vdf2 -o block.vdf2 --block 1024 --complex --start 0.5");
-    command->callback([=] { *action = [=](ByteStream& out) { RunSpectrum(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunSpectrum(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx synth: a random waveform of a given power spectral density.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -133,45 +132,41 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddSynth(CLI::App& app, Action* action) {
+void AddSynth(Command app) {
     const auto options = std::make_shared<SynthOptions>();
-    CLI::App* command =
-        app.add_subcommand("synth", "Make a random waveform of a given power spectral density");
+    Command command = app.AddCommand("synth", "Make a random waveform of a given power spectral density");
     command
-        ->add_option("PROFILE", options->profile,
-                     "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
-        ->required();
-    command->add_option("-o,--output", options->output, "Data file to write (.vdf2)")->required();
+        .AddOption("PROFILE", options->profile,
+                   "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
+        .Required();
+    command.AddOption("-o,--output", options->output, "Data file to write (.vdf2)").Required();
     command
-        ->add_option("--rate", options->rateHz,
-                     "Sampling rate; without it the power of two from 2.56 times the highest frequency on")
-        ->type_name("HZ")
-        ->check(PositiveNumber());
-    command->add_option("--duration", options->durationSeconds, "Length of the signal")
-        ->type_name("S")
-        ->check(PositiveNumber())
-        ->capture_default_str();
-    command->add_option("--rms", options->rms, "Scale the signal to this rms; without it that of the profile")
-        ->type_name("VALUE")
-        ->check(PositiveNumber());
-    command
-        ->add_option("--seed", options->seed, "Start of the random numbers; equal seeds make equal signals")
-        ->type_name("N")
-        ->check(WholeNumber(0, std::numeric_limits<std::uint32_t>::max()))
-        ->capture_default_str();
-    command->add_option("--unit", options->unit, "Unit of the signal; without it that of the profile")
-        ->type_name("UNIT");
-    command->add_option("--name", options->name, "Name of the channel")
-        ->type_name("NAME")
-        ->capture_default_str();
-    command->footer(
+        .AddOption("--rate", options->rateHz,
+                   "Sampling rate; without it the power of two from 2.56 times the highest frequency on")
+        .Type("HZ")
+        .Check(PositiveNumber());
+    command.AddOption("--duration", options->durationSeconds, "Length of the signal")
+        .Type("S")
+        .Check(PositiveNumber())
+        .ShowDefault();
+    command.AddOption("--rms", options->rms, "Scale the signal to this rms; without it that of the profile")
+        .Type("VALUE")
+        .Check(PositiveNumber());
+    command.AddOption("--seed", options->seed, "Start of the random numbers; equal seeds make equal signals")
+        .Type("N")
+        .Check(WholeNumber(0, std::numeric_limits<std::uint32_t>::max()))
+        .ShowDefault();
+    command.AddOption("--unit", options->unit, "Unit of the signal; without it that of the profile")
+        .Type("UNIT");
+    command.AddOption("--name", options->name, "Name of the channel").Type("NAME").ShowDefault();
+    command.SetFooter(
         "The density runs straight between breakpoints on log-log axes. The noise is Gaussian and "
         "stationary.\n\n"
         "Example:\n"
         "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
         "  kvx synth profile.txt -o random.vdf2 --rms 3 --seed 7 --duration 4\n"
         "  kvx info random.vdf2");
-    command->callback([=] { *action = [=](ByteStream& out) { RunSynth(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunSynth(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx units: the dimensions and units of the suite, and conversion between them.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -191,28 +190,24 @@ void RunUnits(const UnitsOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddUnits(CLI::App& app, Action* action) {
+void AddUnits(Command app) {
     const auto options = std::make_shared<UnitsOptions>();
-    CLI::App* command = app.add_subcommand("units", "List dimensions and units, convert values");
-    command->require_subcommand(0, 1);
-    command->add_option("DIMENSION", options->dimension,
-                        "List the units of a dimension, given by its name, its code or one of its units");
-    CLI::App* convert = command->add_subcommand("convert", "Convert a value from one unit to another");
-    convert->add_option("VALUE", options->value, "The number to convert")->required();
-    convert->add_option("FROM", options->from, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...")->required();
-    convert->add_option("TO", options->to, "The unit wanted")->required();
-    convert->footer("Example:\n  kvx units convert 1 g m/s2\n  kvx units convert -40 degC degF");
-    command->footer(
+    Command command = app.AddCommand("units", "List dimensions and units, convert values");
+    command.AddOption("DIMENSION", options->dimension,
+                      "List the units of a dimension, given by its name, its code or one of its units");
+    Command convert = command.AddCommand("convert", "Convert a value from one unit to another");
+    convert.AddOption("VALUE", options->value, "The number to convert").Required();
+    convert.AddOption("FROM", options->from, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...").Required();
+    convert.AddOption("TO", options->to, "The unit wanted").Required();
+    convert.SetFooter("Example:\n  kvx units convert 1 g m/s2\n  kvx units convert -40 degC degF");
+    convert.OnRun([=](ByteStream& out) { RunConvert(*options, out); });
+    command.SetFooter(
         "Example:\n"
         "  kvx units\n"
         "  kvx units acceleration\n"
         "  kvx units convert 1 g m/s2\n"
         "  kvx units convert 0.04 g2/Hz '(m/s2)2/Hz'");
-    command->callback([=] {
-        *action = [=](ByteStream& out) {
-            convert->parsed() ? RunConvert(*options, out) : RunUnits(*options, out);
-        };
-    });
+    command.OnRun([=](ByteStream& out) { RunUnits(*options, out); });
 }
 
 }  // namespace kvx::tool

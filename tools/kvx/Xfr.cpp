@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx xfr: averaged transfer functions and their coherence.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -318,26 +317,26 @@ void RunXfr(const XfrOptions& options, ByteStream& out) {
 
 }  // namespace
 
-void AddXfr(CLI::App& app, Action* action) {
+void AddXfr(Command app) {
     const auto options = std::make_shared<XfrOptions>();
-    CLI::App* command = app.add_subcommand("xfr", "Transfer functions and coherence of time waveforms");
-    command->add_option("FILE", options->input, "Data file with time waveforms")->required();
-    command->add_option("-o,--output", options->output,
-                        "Data file for the lines; without it only a report is printed");
+    Command command = app.AddCommand("xfr", "Transfer functions and coherence of time waveforms");
+    command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
+    command.AddOption("-o,--output", options->output,
+                      "Data file for the lines; without it only a report is printed");
     command
-        ->add_option("--reference", options->reference, "Channel that excites the others: its name or number")
-        ->type_name("CHANNEL")
-        ->capture_default_str();
+        .AddOption("--reference", options->reference, "Channel that excites the others: its name or number")
+        .Type("CHANNEL")
+        .ShowDefault();
     command
-        ->add_option("--response", options->responses,
-                     "Channels by name, number or range as 'kvx info' shows them (default: all others)")
-        ->type_name("LIST");
-    AddBlockOptions(*command, &options->blocks);
-    AddBandOptions(*command, "the largest magnitude", &options->band);
-    command->add_option("--at", options->at, "Report the lines nearest to these frequencies: 21,160.75")
-        ->type_name("LIST");
-    command->add_flag("--json", options->json, "Report as JSON, with all digits");
-    command->footer(
+        .AddOption("--response", options->responses,
+                   "Channels by name, number or range as 'kvx info' shows them (default: all others)")
+        .Type("LIST");
+    AddBlockOptions(command, &options->blocks);
+    AddBandOptions(command, "the largest magnitude", &options->band);
+    command.AddOption("--at", options->at, "Report the lines nearest to these frequencies: 21,160.75")
+        .Type("LIST");
+    command.AddFlag("--json", options->json, "Report as JSON, with all digits");
+    command.SetFooter(
         "H1: the averaged cross power over the averaged power of the reference. The output holds one "
         "complex\n"
         "record per unit of the responses, in that unit over the reference's, and last a record with the\n"
@@ -349,7 +348,7 @@ void AddXfr(CLI::App& app, Action* action) {
         "      f = rand() - 0.5; a = 1.9 * b - 0.95 * c + f; c = b; b = a; print f \",\" a } }' > beam.csv\n"
         "  kvx import beam.csv -o beam.vdf2 --rate 1024\n"
         "  kvx xfr beam.vdf2 -o beam-xfr.vdf2 --reference force --block 512 --at 20,40");
-    command->callback([=] { *action = [=](ByteStream& out) { RunXfr(*options, out); }; });
+    command.OnRun([=](ByteStream& out) { RunXfr(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+//
+// How a command describes itself to the parser of the command line. The parser's own header takes seconds to
+// compile, so that only the sources behind this front include it.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+namespace kvx {
+class ByteStream;
+}
+
+namespace kvx::tool {
+
+/// Runs a command, which prints to the given stream.
+using Action = std::function<void(ByteStream& out)>;
+
+/// What a person is told of an option's text that will not do ("'abc' is not a number"); empty when it will.
+using Complaint = std::function<std::string(const std::string& text)>;
+
+/// An option or positional argument as it is described; the parser owns it.
+class Option {
+public:
+    explicit Option(CLI::Option* option) : option_(option) {}
+
+    Option& Required();
+    /// What stands for the value in the help: "HZ".
+    Option& Type(const std::string& name);
+    Option& Check(const Complaint& complaint);
+    /// Lets the help list these values and refuses all others.
+    Option& OneOf(const std::vector<std::string>& values);
+    /// Lets the help tell the value that the target has now.
+    Option& ShowDefault();
+
+private:
+    CLI::Option* option_;
+};
+
+/// A command as it is described; the parser owns it. Targets must live until the command line was parsed.
+class Command {
+public:
+    /// `action` receives what OnRun is given for the command that the command line names.
+    Command(CLI::App* app, Action* action) : app_(app), action_(action) {}
+
+    Command AddCommand(const std::string& name, const std::string& description);
+    /// An option "-o,--output" or an argument "FILE". Targets are strings, numbers, both of them optional, or
+    /// a vector of strings for an option that may be repeated.
+    template <typename Target>
+    Option AddOption(const std::string& names, Target& target, const std::string& description);
+    Option AddFlag(const std::string& name, bool& target, const std::string& description);
+    /// What the help ends with.
+    void SetFooter(const std::string& text);
+    void OnRun(Action action);
+
+private:
+    CLI::App* app_;
+    Action* action_;
+};
+
+}  // namespace kvx::tool
