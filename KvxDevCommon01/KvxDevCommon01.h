@@ -45,11 +45,17 @@
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
+#include <KvxDevCommon01/dsp/MatFir.h>
 #include <KvxDevCommon01/dsp/MatLib.h>
+#include <KvxDevCommon01/dsp/MatMrf.h>
+#include <KvxDevCommon01/dsp/MatMrfMtx.h>
+#include <KvxDevCommon01/dsp/MatMrfRateCnv.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
+#include <KvxDevCommon01/dsp/MrfChannels.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
+#include <KvxDevCommon01/dsp/SampleQueue.h>
 
 #include <KvxDevCommon01/files/ComDataBase.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/dsp/SampleQueue.h>
+
+#include <algorithm>
+
+namespace kvx {
+
+int SampleQueue::SetSize(__int64 size) {
+    readIndex_ = 0;
+    waiting_ = 0;
+    values_.Free();
+    return size > 0 ? values_.SetData(size, nullptr) : 0;
+}
+
+template <class Write>
+int SampleQueue::Enqueue(__int64 count, Write write) {
+    const __int64 size = GetSize();
+    if (size == 0) return count == 0 ? 1 : 0;
+    const __int64 kept = std::min(count, size);
+    const __int64 lost = std::max<__int64>(waiting_ - (size - kept), 0);
+    readIndex_ = (readIndex_ + lost) % size;
+    waiting_ -= lost;
+
+    double* const values = values_.GetData();
+    for (__int64 done = 0; done < kept;) {
+        const __int64 writeIndex = (readIndex_ + waiting_) % size;
+        const __int64 run = std::min(kept - done, size - writeIndex);
+        write(values + writeIndex, count - kept + done, run);
+        waiting_ += run;
+        done += run;
+    }
+    return lost == 0 && kept == count ? 1 : 0;
+}
+
+int SampleQueue::Put(const double* samples, __int64 count) {
+    return Enqueue(count, [samples](double* destination, __int64 done, __int64 run) {
+        std::copy_n(samples + done, run, destination);
+    });
+}
+
+int SampleQueue::PutRepeated(double value, __int64 count) {
+    return Enqueue(
+        count, [value](double* destination, __int64, __int64 run) { std::fill_n(destination, run, value); });
+}
+
+double SampleQueue::Take() {
+    double value = 0.0;
+    Take(&value, 1);
+    return value;
+}
+
+__int64 SampleQueue::Take(double* out, __int64 count) {
+    if (out == nullptr) return 0;
+    const __int64 taken = std::clamp<__int64>(count, 0, GetNum());
+    for (__int64 done = 0; done < taken;) {
+        const __int64 run = std::min(taken - done, GetSize() - readIndex_);
+        std::copy_n(values_.GetData() + readIndex_, run, out + done);
+        readIndex_ = (readIndex_ + run) % GetSize();
+        done += run;
+    }
+    waiting_ -= taken;
+    return taken;
+}
+
+}  // namespace kvx

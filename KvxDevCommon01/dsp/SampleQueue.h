@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+//
+// A first-in first-out buffer of samples with a fixed size. When more come in than it holds, the newest stay.
+// Not thread-safe.
+#pragma once
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/platform/Types.h>
+
+namespace kvx {
+
+class KVX_API SampleQueue {
+public:
+    /// Empties the queue and makes it `size` samples long. Fails for a size below 1 or when memory runs out;
+    /// then the queue holds nothing.
+    int SetSize(__int64 size);
+
+    __int64 GetSize() const { return values_.GetNum(); }
+    /// Samples that wait; none in a copy that memory did not suffice for.
+    __int64 GetNum() const { return GetSize() > 0 ? waiting_ : 0; }
+    void Clear() { waiting_ = 0; }
+
+    /// Puts `count` >= 0 samples in. Returns 0 when samples that waited, or some of these, were lost.
+    int Put(const double* samples, __int64 count);
+    /// Puts the same value in `count` >= 0 times.
+    int PutRepeated(double value, __int64 count);
+
+    /// Takes the next sample; 0.0 when none waits.
+    double Take();
+    /// Takes the next `count` samples, at most all that wait, and returns how many these were; 0 for a count
+    /// below 1 or a null pointer.
+    __int64 Take(double* out, __int64 count);
+
+private:
+    /// Makes room for `count` samples, at most the size, and calls write(destination, done, run) for each
+    /// contiguous run of them.
+    template <class Write>
+    int Enqueue(__int64 count, Write write);
+
+    CDataArrayDouble values_;
+    __int64 readIndex_ = 0;
+    __int64 waiting_ = 0;
+};
+
+}  // namespace kvx
