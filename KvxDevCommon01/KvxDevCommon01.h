@@ -70,9 +70,16 @@
 #include <KvxDevCommon01/app/TickTimers.h>
 #include <KvxDevCommon01/app/WaitTimer.h>
 
+#include <KvxDevCommon01/graph/AutoRange.h>
+#include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/GraphColorInfo.h>
 #include <KvxDevCommon01/graph/GraphConfigInfo.h>
 #include <KvxDevCommon01/graph/GraphInfo.h>
 #include <KvxDevCommon01/graph/GraphLineInfo.h>
 #include <KvxDevCommon01/graph/GraphMarkInfo.h>
+#include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
+#include <KvxDevCommon01/graph/OwnedCopy.h>
+#include <KvxDevCommon01/graph/PaneLayout.h>
+#include <KvxDevCommon01/graph/ScaleParam.h>
+#include <KvxDevCommon01/graph/VisibleRange.h>

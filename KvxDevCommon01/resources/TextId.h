@@ -36,6 +36,10 @@ enum TextId : unsigned int {
     kTextColumnName = 812,  ///< format of one 64-bit integer, the 1-based column
 
     kTextFirstFileError = 1101,     ///< 15 messages, in the order of CFileException::Cause
+    kTextGraph2D = 1201,
+    kTextGraphWaterfall = 1202,
+    kTextGraphColorMap = 1203,
+
     kTextFirstFileKindName = 2001,  ///< display names of the file kinds; the catalogue's rows name theirs
 
     kTextDefaultError = 3102,  ///< shown when the caller names no message

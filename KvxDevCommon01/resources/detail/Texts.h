@@ -277,6 +277,11 @@ inline constexpr auto kTexts = std::to_array<TextRow>({
     {1114, L"ディスクが一杯です"},
     {1115, L"ファイルの終わりに到達しました"},
 
+    // Display types of a graph.
+    {1201, L"2D グラフ"},
+    {1202, L"ウォータフォール"},
+    {1203, L"カラーマップ"},
+
     // Display names of the file kinds, in the order of the catalogue's first kind of that name.
     {2001, L"ライセンス情報ファイル"},
     {2002, L"システム情報ファイル"},
