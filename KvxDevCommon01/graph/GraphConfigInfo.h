@@ -82,9 +82,9 @@ public:
     void Serialize1st(CArchive& archive);
 
     /// Loads a configuration file of either generation from the folder of CAppFunc::GetKvxQ7Dir. `fileName`
-    /// is its name there; null or empty is "GraphConfig.dat2", a name with a separator is a bad path.
-    /// `headerText` (may be null) receives the free text of the header. On failure everything is at its
-    /// default, the result is 0 and, when `showMessage` is not 0, the person is told.
+    /// is its name there; null or empty is "GraphConfig.dat2". `headerText` (may be null) receives the free
+    /// text of the header. On failure everything is at its default, the result is 0 and, when `showMessage`
+    /// is not 0, the person is told.
     BOOL LoadGraphConfigInfo(CString* fileName, CString* headerText, int showMessage);
     /// The same for the first generation alone: a current file is refused.
     BOOL LoadGraphConfigInfo1st(CString* fileName, CString* headerText, int showMessage);
@@ -94,6 +94,8 @@ public:
     BOOL StoreGraphConfigInfo(CString* fileName, CString* headerText, int showMessage);
 
 private:
+    void LclTransfer(CArchive& archive, std::int32_t version);
+
     __int64 tagSize_ = sizeof(GRAPHCONFIGINFO_PEAKSEARCH_TAG);
     GRAPHCONFIGINFO_PEAKSEARCH_TAG peakSearch_;
     BOOL isTestTimeShown_ = 0;

@@ -131,6 +131,10 @@ std::atomic<UserInterface*> applicationHost = nullptr;
 
 UserInterface::~UserInterface() = default;
 
+bool UserInterface::EditGraphSettings(CWnd* /*owner*/, CGraphInfo& /*settings*/) {
+    return false;
+}
+
 UserInterface& CurrentUserInterface() {
     static TerminalUserInterface terminal;
     UserInterface* host = applicationHost.load();

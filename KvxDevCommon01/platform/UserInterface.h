@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The one place where the library meets a person: message boxes and file dialogs go through a host object
-// that an application replaces with its own. The built-in host writes to the terminal and never blocks when
-// there is none. Set the host before other threads start.
+// The one place where the library meets a person: message boxes and dialogs go through a host object that an
+// application replaces with its own. The built-in host writes to the terminal and never blocks when there is
+// none. Set the host before other threads start.
 #pragma once
 
 #include <functional>
@@ -11,6 +11,8 @@
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/platform/Window.h>
+
+class CGraphInfo;
 
 namespace kvx {
 
@@ -40,6 +42,9 @@ public:
     virtual int ShowMessage(const MessageRequest& request) = 0;
     /// Returns the chosen and accepted paths; empty when the person cancelled.
     virtual std::vector<std::wstring> ChooseFiles(const FileDialogRequest& request) = 0;
+    /// Lets the person change the settings of a graph (graph/GraphInfo.h) in front of `owner` (may be null);
+    /// true when they were accepted. A host without such a dialog declines.
+    virtual bool EditGraphSettings(CWnd* owner, CGraphInfo& settings);
 
 protected:
     UserInterface() = default;
