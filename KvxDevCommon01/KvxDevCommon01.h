@@ -46,10 +46,12 @@
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatFir.h>
+#include <KvxDevCommon01/dsp/MatIir.h>
 #include <KvxDevCommon01/dsp/MatLib.h>
 #include <KvxDevCommon01/dsp/MatMrf.h>
 #include <KvxDevCommon01/dsp/MatMrfMtx.h>
 #include <KvxDevCommon01/dsp/MatMrfRateCnv.h>
+#include <KvxDevCommon01/dsp/MatMtxp.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>

@@ -12,7 +12,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <limits>
 
 int MatLibFFTSetMaxSample(int maxSample) {
     if (maxSample < 1 || maxSample > 1 << kvx::kMaxLog2Size) return 0;
@@ -90,4 +93,15 @@ int MatLibCalcXFR(double* xfrRe, double* xfrIm, double* coherence, const double*
     std::copy_n(xfr.GetImaginary(), xfr.GetNum(), xfrIm);
     if (coherence != nullptr) std::copy_n(coherenceLines.GetData(), coherenceLines.GetNum(), coherence);
     return 1;
+}
+
+double* MatLibMtxpAllocReal(__int64 rows, __int64 cols) {
+    constexpr __int64 kMost =
+        std::numeric_limits<std::ptrdiff_t>::max() / static_cast<__int64>(sizeof(double));
+    if (rows < 1 || cols < 1 || cols > kMost / rows) return nullptr;
+    return static_cast<double*>(std::calloc(static_cast<std::size_t>(rows * cols), sizeof(double)));
+}
+
+void MatLibMtxpFree(double* block) {
+    std::free(block);
 }

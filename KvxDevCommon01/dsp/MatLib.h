@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // The MatLib routines: filtering and averaged spectra of signals in raw blocks, for callers that keep their
-// samples in memory of their own. All return 1, or 0 for a null pointer that is not optional, a count that
-// does not fit or when memory runs out; then nothing is written. Any thread may call them.
+// samples in memory of their own, and the work space of multi-input spectra. Where the result is an int it is
+// 1, or 0 for a null pointer that is not optional, a count that does not fit or when memory runs out; then
+// nothing is written. Any thread may call them.
 //
 // Block sizes N are powers of two up to 131072. Line k of a spectrum of N/2 lines stands at k fs/N.
 #pragma once
@@ -66,3 +67,9 @@ KVX_API int MatLibCalcPSD(double* psd, const double* wave, __int64 count, __int6
 KVX_API int MatLibCalcXFR(double* xfrRe, double* xfrIm, double* coherence, const double* input,
                           const double* output, __int64 count, __int64 blockSize, __int64 overlap,
                           int window);
+
+/// Work space of the routines for multi-input systems (CMatMtxp): rows x cols zeros in one block, row by row.
+/// Null for a count below 1 and when memory runs out. MatLibMtxpFree releases it.
+KVX_API double* MatLibMtxpAllocReal(__int64 rows, __int64 cols);
+/// Releases a block of MatLibMtxpAllocReal; null is allowed.
+KVX_API void MatLibMtxpFree(double* block);

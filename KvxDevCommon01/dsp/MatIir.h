@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+//
+// Recursive filters for streams of samples: CMatIir1th and CMatIir2th are low-pass and high-pass sections of
+// the first and second order, CMatIirNth cascades them into Butterworth filters. They come from the analogue
+// filters through the bilinear transform, p = tan(pi fc), so that the gain at the corner is the analogue one.
+//
+// Corners fc are fractions of the sampling rate, 0 < fc < 0.5. A filter keeps its state from call to call:
+// blocks may be cut anywhere, the result is the same to the last bit. All of them are values: copies go on
+// from the state of the original. One object belongs to one thread at a time.
+#pragma once
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/platform/Types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+class CDataArrayDouble;
+
+/// First order: y = b0 x + b1 x1 + a1 y1, where 1 marks the sample before. a1 = (1-p)/(1+p);
+///   low-pass   b0 = b1 = p/(1+p);
+///   high-pass  b0 = -b1 = 1/(1+p).
+/// Before it is designed, a section repeats its state: 0, or the value of ClearBuf.
+class KVX_API CMatIir1th {
+public:
+    /// Designs a low-pass and keeps the state. Fails (0), changing nothing, unless 0 < fc < 0.5.
+    int CalcCoefLPF(double fc);
+    /// The same for a high-pass.
+    int CalcCoefHPF(double fc);
+
+    /// Sets the remembered input and output to `value`. A low-pass then stands on that level: fed with it, it
+    /// gives it back to the last bit.
+    void ClearBuf(double value);
+
+    /// Filters one sample.
+    double Filtering(double x);
+    /// Filters `n` samples. `out` may be `data`; other overlap is not allowed. Fails (0), writing nothing,
+    /// for a null pointer and for n < 1.
+    int Filtering(const double* data, double* out, __int64 n);
+    /// Filters all samples of `in`; `out`, which may be `in`, gets their count. Fails (0), changing nothing,
+    /// for a null or an empty array and when memory runs out.
+    int Filtering(CDataArrayDouble* out, const CDataArrayDouble& in);
+
+private:
+    friend class CMatIirNth;
+
+    int Design(double fc, double previousInput);
+    double Step(double x);
+
+    // The difference equation as y = side y1 + b0 (x + previousInput x1) - leak y1, with leak = side - a1:
+    // see CMatIir2th.
+    double b0_ = 0.0;
+    double previousInput_ = 0.0;  // 1 for a low-pass, -1 for a high-pass
+    double side_ = 1.0;
+    double leak_ = 0.0;
+    double x1_ = 0.0;
+    double y1_ = 0.0;
+};
+
+/// Second order: y = b0 x + b1 x1 + b2 x2 + a1 y1 + a2 y2. With D = 1 + p/q + p^2: a1 = 2 (1 - p^2)/D,
+/// a2 = -(1 - p/q + p^2)/D;
+///   low-pass   b0 = b2 = p^2/D, b1 = 2 b0;
+///   high-pass  b0 = b2 = 1/D,   b1 = -2 b0.
+/// q is the gain at the corner, 1/sqrt(2) for the flattest response.
+class KVX_API CMatIir2th {
+public:
+    /// Designs a low-pass and keeps the state. Fails (0), changing nothing, unless 0 < fc < 0.5 and q is
+    /// positive and finite.
+    int CalcCoefLPF(double fc, double q);
+    /// The same for a high-pass.
+    int CalcCoefHPF(double fc, double q);
+
+    /// As CMatIir1th, both remembered inputs and outputs.
+    void ClearBuf(double value);
+
+    // As CMatIir1th.
+    double Filtering(double x);
+    int Filtering(const double* data, double* out, __int64 n);
+    int Filtering(CDataArrayDouble* out, const CDataArrayDouble& in);
+
+private:
+    friend class CMatIirNth;
+
+    int Design(double fc, double q, double previousInput);
+    double Step(double x);
+
+    // Near the ends of the range of fc the poles crowd at z = side, 1 for a low corner and -1 for a high one,
+    // and the difference equation as it is written would lose what lies between them to rounding. The same
+    // equation is therefore evaluated with the step v = y - side y1 for a state:
+    //   v = glide v1 + b0 (x + 2 previousInput x1 + x2) - leak y1,  y = side y1 + v
+    // with glide = -side a2 and leak = side - a1 - side a2, both free of cancellation.
+    double b0_ = 0.0;
+    double twicePreviousInput_ = 0.0;  // 2 for a low-pass, -2 for a high-pass
+    double side_ = 1.0;
+    double glide_ = 0.0;
+    double leak_ = 0.0;
+    double x1_ = 0.0;
+    double x2_ = 0.0;
+    double y1_ = 0.0;
+    double v1_ = 0.0;
+};
+
+/// Butterworth filters of order N: for an odd order a first-order section, then N/2 second-order sections,
+/// all with the corner fc, where the gain is 1/sqrt(2). Order 0, like an object that was never designed or
+/// could not be copied for want of memory, passes the samples through.
+class KVX_API CMatIirNth {
+public:
+    /// Highest order.
+    static constexpr std::int32_t kMaxOrder = 1024;
+
+    CMatIirNth() = default;
+    CMatIirNth(const CMatIirNth& other);
+    CMatIirNth& operator=(const CMatIirNth& other);
+    ~CMatIirNth();
+
+    /// Designs a low-pass, whose sections start from 0. Fails (0), changing nothing, unless 0 < fc < 0.5 and
+    /// 0 <= order <= kMaxOrder, and when memory runs out.
+    int CalcCoefBwLPF(double fc, std::int32_t order);
+    /// The same for a high-pass.
+    int CalcCoefBwHPF(double fc, std::int32_t order);
+
+    /// Sets every remembered input and output of every section to `value`.
+    void ClearBuf(double value);
+
+    // As CMatIir1th.
+    double Filtering(double x);
+    int Filtering(const double* data, double* out, __int64 n);
+    int Filtering(CDataArrayDouble* out, const CDataArrayDouble& in);
+
+private:
+    int Design(double fc, std::int32_t order, double previousInput);
+    bool LclAlloc(__int64 sectionCount);
+    template <std::size_t kSections>
+    static void RunSections(CMatIir2th* sections, const double* data, double* out, __int64 n);
+    void LclFree();
+
+    std::optional<CMatIir1th> first_;
+    __int64 sectionCount_ = 0;
+    std::unique_ptr<CMatIir2th[]> sections_;
+};
