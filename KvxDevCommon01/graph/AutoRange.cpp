@@ -40,9 +40,8 @@ double RoundedBound(double bound, double margin, CMatBasic::TRIM_MODE mode) {
 int AutoRange(double first, double second, AxisForm form, RangeRounding mode, AxisRange* range) {
     const auto* rounding = std::ranges::find(kRoundings, mode, &RoundingRow::mode);
     if (range == nullptr || rounding == std::end(kRoundings)) return 0;
-    const double low = std::min(first, second);
-    const double high = std::max(first, second);
-    if (!std::isfinite(high - low)) return 0;
+    if (!std::isfinite(second - first)) return 0;
+    const auto [low, high] = std::minmax(first, second);
 
     const bool isWide = form == AxisForm::kLogarithmic && low > 0.0 && high / low >= 2.0;
     const double span = high - low;

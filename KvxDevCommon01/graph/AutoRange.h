@@ -26,9 +26,9 @@ enum class RangeRounding : std::uint32_t {
 /// bounds. 0, with `range` unchanged, for another mode, null, or data whose range is not finite.
 KVX_API int AutoRange(double first, double second, AxisForm form, RangeRounding mode, AxisRange* range);
 
-/// Rounds a bound to `digits` significant digits for display, a positive one to the nearest, a negative one
-/// so that it lies at or beyond it: that the two differ is deliberate. A value that cannot be rounded so
-/// stays as it is.
+/// Rounds a bound to `digits` significant digits for display: a positive one to the nearest, a negative one
+/// down by half a unit or up to one and a half. That the two differ is deliberate. A value that cannot be
+/// rounded so stays as it is.
 KVX_API double RoundToSignificantDigits(double value, int digits);
 
 }  // namespace kvx

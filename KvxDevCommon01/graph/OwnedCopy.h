@@ -4,6 +4,8 @@
 // themselves may be of a derived class.
 #pragma once
 
+#include <concepts>
+#include <cstddef>
 #include <memory>
 #include <new>
 #include <utility>
@@ -14,7 +16,9 @@ template <class Object>
 class OwnedCopy {
 public:
     OwnedCopy() = default;
-    OwnedCopy(std::unique_ptr<Object> object) : object_(std::move(object)) {}
+    OwnedCopy(std::nullptr_t) {}
+    template <std::derived_from<Object> Derived>
+    OwnedCopy(std::unique_ptr<Derived> object) : object_(std::move(object)) {}
     /// Throws std::bad_alloc when memory is short; an owner of the interface catches it.
     OwnedCopy(const OwnedCopy& other) : object_(CopyOf(other.get())) {}
     OwnedCopy(OwnedCopy&&) noexcept = default;
