@@ -8,6 +8,14 @@ install(TARGETS KvxDevCommon01 EXPORT KvxDevCommon01Targets
     FILE_SET generated_headers)
 install(EXPORT KvxDevCommon01Targets NAMESPACE KvxDevCommon01:: DESTINATION ${package_dir})
 
+if(TARGET KvxPlot01)
+    # An export of its own: programs without plots need nothing of what it stands on.
+    install(TARGETS KvxPlot01 EXPORT KvxPlot01Targets
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvxPlot01
+        FILE_SET generated_headers DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvxPlot01)
+    install(EXPORT KvxPlot01Targets NAMESPACE KvxDevCommon01:: DESTINATION ${package_dir})
+endif()
+
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KvxDevCommon01Config.cmake.in
     ${PROJECT_BINARY_DIR}/KvxDevCommon01Config.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/KvxDevCommon01ConfigVersion.cmake
@@ -23,8 +31,18 @@ set(pc_definitions "")
 if(NOT BUILD_SHARED_LIBS)
     set(pc_definitions " -DKVXDEVCOMMON01_STATIC_DEFINE")
 endif()
-configure_file(${CMAKE_CURRENT_LIST_DIR}/KvxDevCommon01.pc.in ${PROJECT_BINARY_DIR}/KvxDevCommon01.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/KvxDevCommon01.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+set(packages KvxDevCommon01)
+set(plot_definitions "")
+if(TARGET KvxPlot01)
+    list(APPEND packages KvxPlot01)
+    if(NOT BUILD_SHARED_LIBS)
+        set(plot_definitions " -DKVXPLOT01_STATIC_DEFINE")
+    endif()
+endif()
+foreach(package ${packages})
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 
 if(TARGET kvx)
     install(TARGETS kvx)

@@ -3,7 +3,11 @@
 # Quick and silent when nothing is missing. Needs root or passwordless sudo only when something is.
 set -euo pipefail
 
-build=(g++ cmake ninja-build pkg-config libgtest-dev libgmock-dev libcli11-dev libsndfile1-dev nlohmann-json3-dev)
+build=(
+    g++ cmake ninja-build pkg-config
+    libcairo2-dev libpango1.0-dev libjpeg-dev fonts-dejavu-core fonts-vlgothic  # plots, with Latin and Japanese letters
+    libcli11-dev libsndfile1-dev nlohmann-json3-dev
+    libgtest-dev libgmock-dev)
 check=(git clang clang-format libclang-rt-14-dev libbenchmark-dev binutils)
 coverage=(clang libclang-rt-14-dev llvm)
 

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#include <plot/Canvas.h>
+
+namespace kvx::plot {
+
+TextMeasure::~TextMeasure() = default;
+
+void Canvas::StrokeLine(Point from, Point to, const Pen& pen) {
+    Path path;
+    path.AddLine(from, to);
+    Stroke(path, pen);
+}
+
+}  // namespace kvx::plot

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include <plot/Picture.h>
+
+#include <cairo-pdf.h>
+#include <cairo-svg.h>
+#include <cairo.h>
+
+#include <array>
+#include <cmath>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include <KvxDevCommon01/platform/File.h>
+#include <plot/CairoCanvas.h>
+#include <plot/detail/JpegEncoder.h>
+
+namespace kvx::plot {
+namespace {
+
+constexpr double kPointsPerInch = 72.0;
+constexpr double kMaxResolution = 10'000.0;
+
+struct SurfaceDeleter {
+    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
+
+struct ContextDeleter {
+    void operator()(cairo_t* context) const { cairo_destroy(context); }
+};
+using Context = std::unique_ptr<cairo_t, ContextDeleter>;
+
+cairo_status_t AppendBytes(void* target, const unsigned char* data, unsigned int size) noexcept {
+    try {
+        static_cast<std::string*>(target)->append(reinterpret_cast<const char*>(data), size);
+        return CAIRO_STATUS_SUCCESS;
+    } catch (const std::exception&) {
+        return CAIRO_STATUS_NO_MEMORY;
+    }
+}
+
+bool HasPixels(PictureFormat format) {
+    return format == PictureFormat::kPng || format == PictureFormat::kJpeg;
+}
+
+bool IsSide(double side) {
+    return side >= 1.0 && side <= kMaxPictureSide;
+}
+
+bool AreGood(PictureFormat format, const PictureOptions& options) {
+    const Size& size = options.size;
+    if (!IsSide(size.width) || !IsSide(size.height)) return false;
+    if (HasPixels(format) && size.width * size.height > kMaxPixels) return false;
+    if (!(options.pixelsPerInch >= 1.0 && options.pixelsPerInch <= kMaxResolution)) return false;
+    return options.jpegQuality >= 1 && options.jpegQuality <= 100;
+}
+
+PictureResult ResultOf(cairo_status_t status) {
+    if (status == CAIRO_STATUS_SUCCESS) return {};
+    return {status == CAIRO_STATUS_NO_MEMORY ? PictureError::kNoMemory : PictureError::kNotDrawn};
+}
+
+Surface CreateSurface(PictureFormat format, Size size, std::string* bytes) {
+    switch (format) {
+        case PictureFormat::kSvg: {
+            Surface svg(cairo_svg_surface_create_for_stream(AppendBytes, bytes, size.width, size.height));
+            cairo_svg_surface_set_document_unit(svg.get(), CAIRO_SVG_UNIT_PX);
+            return svg;
+        }
+        case PictureFormat::kPdf: {
+            Surface pdf(cairo_pdf_surface_create_for_stream(AppendBytes, bytes, size.width, size.height));
+            cairo_pdf_surface_set_metadata(pdf.get(), CAIRO_PDF_METADATA_CREATE_DATE, "");
+            return pdf;
+        }
+        default:
+            return Surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(size.width),
+                                                      static_cast<int>(size.height)));
+    }
+}
+
+/// Turns what is on the surface into the bytes of the file.
+PictureResult Finish(PictureFormat format, const PictureOptions& options, cairo_surface_t* surface,
+                     std::string* bytes) {
+    switch (format) {
+        case PictureFormat::kPng:
+            return ResultOf(cairo_surface_write_to_png_stream(surface, AppendBytes, bytes));
+        case PictureFormat::kJpeg: {
+            const ImageView image = {
+                cairo_image_surface_get_data(surface), cairo_image_surface_get_width(surface),
+                cairo_image_surface_get_height(surface), cairo_image_surface_get_stride(surface)};
+            const bool isEncoded = EncodeJpeg(image, options.jpegQuality, options.pixelsPerInch, bytes);
+            return {isEncoded ? PictureError::kNone : PictureError::kNotDrawn};
+        }
+        default:
+            cairo_surface_finish(surface);
+            return ResultOf(cairo_surface_status(surface));
+    }
+}
+
+PictureResult Make(PictureFormat format, const PictureOptions& options,
+                   const std::function<void(Canvas&)>& draw, std::string* bytes) {
+    Size size = options.size;
+    if (format != PictureFormat::kPdf) size = {std::floor(size.width), std::floor(size.height)};
+    const double pointLength = format == PictureFormat::kPdf ? 1.0 : options.pixelsPerInch / kPointsPerInch;
+    const Surface surface = CreateSurface(format, size, bytes);
+    const Context context(cairo_create(surface.get()));
+    if (PictureResult result = ResultOf(cairo_status(context.get())); !result) return result;
+    {
+        CairoCanvas canvas(context.get(), size, pointLength, HasPixels(format));
+        canvas.FillRect({0.0, 0.0, size.width, size.height}, kvx::Rgb(255, 255, 255));
+        draw(canvas);
+    }
+    if (PictureResult result = ResultOf(cairo_status(context.get())); !result) return result;
+    cairo_surface_flush(surface.get());
+    return Finish(format, options, surface.get(), bytes);
+}
+
+}  // namespace
+
+std::optional<PictureFormat> PictureFormatOf(std::wstring_view path) {
+    static constexpr std::array<std::pair<std::wstring_view, PictureFormat>, 5> kEnds = {{
+        {L".svg", PictureFormat::kSvg},
+        {L".pdf", PictureFormat::kPdf},
+        {L".png", PictureFormat::kPng},
+        {L".jpg", PictureFormat::kJpeg},
+        {L".jpeg", PictureFormat::kJpeg},
+    }};
+    const std::size_t dot = path.find_last_of(L'.');
+    if (dot == std::wstring_view::npos) return std::nullopt;
+    std::wstring end(path.substr(dot));
+    for (wchar_t& letter : end) {
+        if (letter >= L'A' && letter <= L'Z') letter = static_cast<wchar_t>(letter - L'A' + L'a');
+    }
+    for (const auto& [text, format] : kEnds) {
+        if (end == text) return format;
+    }
+    return std::nullopt;
+}
+
+PictureResult MakePicture(PictureFormat format, const PictureOptions& options,
+                          const std::function<void(Canvas&)>& draw, std::string* bytes) {
+    bytes->clear();
+    if (!AreGood(format, options)) return {PictureError::kBadOptions};
+    PictureResult result;
+    try {
+        result = Make(format, options, draw, bytes);
+    } catch (const std::bad_alloc&) {
+        result.error = PictureError::kNoMemory;
+    } catch (const std::length_error&) {
+        result.error = PictureError::kNoMemory;
+    }
+    if (!result) bytes->clear();
+    return result;
+}
+
+PictureResult WritePicture(std::wstring_view path, PictureFormat format, const PictureOptions& options,
+                           const std::function<void(Canvas&)>& draw) {
+    std::string bytes;
+    if (PictureResult result = MakePicture(format, options, draw, &bytes); !result) return result;
+    try {
+        OutputFile file(path);
+        file.Write(bytes.data(), bytes.size());
+        file.Commit();
+        return {};
+    } catch (const CFileException& failure) {
+        return {PictureError::kNotWritten, failure};
+    } catch (const std::bad_alloc&) {
+        return {PictureError::kNoMemory};
+    }
+}
+
+}  // namespace kvx::plot

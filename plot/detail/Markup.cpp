@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include <plot/detail/Markup.h>
+
+#include <optional>
+#include <utility>
+
+#include <KvxDevCommon01/platform/Text.h>
+
+namespace kvx::plot {
+namespace {
+
+std::optional<TextLevel> LevelOf(wchar_t letter) {
+    switch (letter) {
+        case L'u':
+            return TextLevel::kRaised;
+        case L'l':
+            return TextLevel::kLowered;
+        case L'n':
+            return TextLevel::kNormal;
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace
+
+std::vector<TextRun> SplitMarkup(std::wstring_view text) {
+    std::vector<TextRun> runs;
+    std::wstring plain;
+    TextLevel level = TextLevel::kNormal;
+    const auto finishRun = [&] {
+        if (!plain.empty()) runs.push_back({ToUtf8(plain), level});
+        plain.clear();
+    };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == L'#' && i + 1 < text.size()) {
+            if (const std::optional<TextLevel> next = LevelOf(text[i + 1])) {
+                finishRun();
+                level = *next;
+                ++i;
+                continue;
+            }
+        }
+        const bool isControl =
+            text[i] < L' ' || text[i] == L'\x7f' || (text[i] >= L'\x80' && text[i] < L'\xa0');
+        plain.push_back(isControl ? L' ' : text[i]);
+    }
+    finishRun();
+    return runs;
+}
+
+}  // namespace kvx::plot
