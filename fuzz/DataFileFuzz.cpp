@@ -1,28 +1,22 @@
 // SPDX-License-Identifier: MIT
 //
 // Damaged data files: loading gives the contents or a reason, and contents stored again load as the same.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
-#include <string>
 
 #include <KvxDevCommon01/files/DataFile.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 
+#include "fuzz/MemoryFile.h"
+
 namespace {
 
-/// Loads bytes as a file, which lies in memory only.
 bool LoadBytes(std::span<const std::byte> bytes, kvx::DataFileContent* content) {
-    const int file = memfd_create("data file", 0);
-    if (file < 0 || write(file, bytes.data(), bytes.size()) != std::ssize(bytes)) std::abort();
     kvx::DataFileFailure failure;
-    const std::wstring path = L"/proc/self/fd/" + std::to_wstring(file);
-    const bool isLoaded = CComDataFile::LoadDataFile(path.c_str(), content, &failure) != 0;
-    close(file);
+    const MemoryFile file(bytes);
+    const bool isLoaded = CComDataFile::LoadDataFile(file.Path().c_str(), content, &failure) != 0;
     if (isLoaded != (failure.reason == kvx::DataFileFailure::kNone) || failure.Text().empty()) std::abort();
     return isLoaded;
 }

@@ -3,10 +3,25 @@
 // Writes small valid inputs for the fuzz targets, one folder per target: make_seeds FOLDER
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <string>
 
 #include <KvxDevCommon01/KvxDevCommon01.h>
 
 namespace {
+
+constexpr auto kOverwrite = std::filesystem::copy_options::overwrite_existing;
+
+/// Settings files: of today, with sixteen data lines in a set, and of the first generation.
+bool StoreGraphSettings(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    CGraphInfo info;
+    if (!info.StoreGraphInfo((folder / "current").wstring(), nullptr, 0)) return false;
+    std::filesystem::copy_file(folder / "current", folder / "line16", kOverwrite);
+    std::fstream(folder / "line16", std::ios::in | std::ios::out | std::ios::binary).seekp(640).put(1);
+    std::ofstream(folder / "first", std::ios::binary) << "RMOC" << std::string(316 + 864, '\0');
+    return true;
+}
 
 bool Store(const std::filesystem::path& folder, const char* name, CComHdr::EXT_INFO_TYPE kind,
            const CComDataBase& record) {
@@ -32,6 +47,7 @@ int main(int argc, char** argv) {
     const CComDataSpecG response(1, 1, 0, acceleration, frequencies, nullptr, nullptr);
     const bool isStored = Store(dataFiles, "wave", CComHdr::EXT_INFO_SHOCK_DATA, wave) &&
                           Store(dataFiles, "transfer", CComHdr::EXT_INFO_RANDOM_DATA, transfer) &&
-                          Store(dataFiles, "response", CComHdr::EXT_INFO_SINE_DATA, response);
+                          Store(dataFiles, "response", CComHdr::EXT_INFO_SINE_DATA, response) &&
+                          StoreGraphSettings(std::filesystem::path(argv[1]) / "fuzz_GraphSettings");
     return isStored ? 0 : 1;
 }

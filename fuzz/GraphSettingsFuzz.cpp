@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+//
+// Damaged files of graph settings, scales and early configurations: loading gives the settings or the
+// defaults, and settings that were loaded come back the same when they are stored and loaded again.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+
+#include <KvxDevCommon01/graph/GraphInfo.h>
+#include <KvxDevCommon01/graph/ScaleParam.h>
+#include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/FileException.h>
+
+#include "fuzz/MemoryFile.h"
+
+namespace {
+
+using Bytes = std::span<const std::byte>;
+
+/// Loads a record; what it could not load is left as `Type()`.
+template <class Type>
+bool Load(Type* value, Bytes bytes, void (Type::*serialize)(CArchive&)) try {
+    kvx::MemoryStream stream(bytes);
+    CArchive archive(stream, CArchive::load);
+    (value->*serialize)(archive);
+    return true;
+} catch (const CFileException&) {
+    return false;
+}
+
+template <class Type>
+void StoreAndLoad(Type& value) {
+    kvx::MemoryStream stream;
+    CArchive archive(stream, CArchive::store);
+    value.Serialize(archive);
+    archive.Flush();
+    Type again;
+    if (!Load(&again, stream.Bytes(), &Type::Serialize) || !(again == value)) std::abort();
+}
+
+void StoreAndLoad(const CGraphInfo& info) {
+    StoreAndLoad(*info.GetGraphColorInfo());
+    StoreAndLoad(*info.GetGraphConfigInfo());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Bytes bytes = std::as_bytes(std::span(data, size));
+    const MemoryFile file(bytes);
+    CString text;
+    CGraphInfo info;
+    if (info.LoadGraphInfo(file.Path(), &text, 0)) {
+        StoreAndLoad(info);
+    } else if (!(info == CGraphInfo())) {
+        std::abort();
+    }
+    CGraphColorInfo colors;
+    if (colors.LoadGraphColorInfo(file.Path(), &text, 0)) StoreAndLoad(colors);
+
+    CGraphConfigInfo config;
+    if (Load(&config, bytes, &CGraphConfigInfo::Serialize)) StoreAndLoad(config);
+    if (Load(&config, bytes, &CGraphConfigInfo::Serialize1st)) StoreAndLoad(config);
+    CScaleParam scale;
+    if (Load(&scale, bytes, &CScaleParam::Serialize)) scale.Check();
+    return 0;
+}
