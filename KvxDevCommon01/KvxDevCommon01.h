@@ -65,6 +65,7 @@
 #include <KvxDevCommon01/files/ComFileFunc.h>
 #include <KvxDevCommon01/files/ComHdr.h>
 #include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileStream.h>
 
 #include <KvxDevCommon01/app/AppFunc.h>
 #include <KvxDevCommon01/app/ComThread.h>

@@ -3,39 +3,13 @@
 
 #include <algorithm>
 #include <new>
-#include <string>
 #include <type_traits>
 #include <utility>
 
+#include <KvxDevCommon01/files/detail/RecordLayout.h>
 #include <KvxDevCommon01/platform/FileException.h>
-#include <KvxDevCommon01/resources/StringTable.h>
-#include <KvxDevCommon01/resources/TextId.h>
 
 namespace {
-
-constexpr std::int32_t kVersion = 1;
-
-/// The name of an unnamed row or column, from its 0-based index.
-CString DefaultName(kvx::TextId format, __int64 index) {
-    constexpr std::wstring_view kNumber = L"%.3Id";
-    CString number = std::to_wstring(index + 1);
-    if (number.size() < 3) number.insert(0, 3 - number.size(), L'0');
-    CString name(kvx::ResourceText(format));
-    if (const std::size_t place = name.find(kNumber); place != name.npos) {
-        name.replace(place, kNumber.size(), number);
-    }
-    return name;
-}
-
-/// Exactly `count` names: the given ones, then default ones.
-CStringArray CompleteNames(const CStringArray& given, __int64 count, kvx::TextId format) {
-    const auto total = static_cast<std::size_t>(count);
-    CStringArray names(given.begin(),
-                       given.begin() + static_cast<std::ptrdiff_t>(std::min(given.size(), total)));
-    names.reserve(total);
-    while (names.size() < total) names.push_back(DefaultName(format, static_cast<__int64>(names.size())));
-    return names;
-}
 
 // The first generation held samples and axis values in single precision, without version words.
 
@@ -135,8 +109,8 @@ int CComDataBase::LclCreate(DATA_MODE mode, __int64 rows, __int64 cols, __int64 
 
     made.data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
     if (!made.data_->Create(isComplex, rows, cols, nsamp) || !made.Check()) return 0;
-    made.fields_.rowNames = CompleteNames(givenRowNames, rows, kvx::kTextRowName);
-    made.fields_.colNames = CompleteNames(givenColNames, cols, kvx::kTextColumnName);
+    kvx::CompleteRowNames(givenRowNames, rows, &made.fields_);
+    kvx::CompleteColNames(givenColNames, cols, &made.fields_);
     *this = std::move(made);
     return 1;
 } catch (const std::bad_alloc&) {
@@ -251,14 +225,14 @@ int CComDataBase::SetHUnit(const CUnitCtrl& hunit) {
 }
 
 int CComDataBase::SetRowName(const CStringArray& names) try {
-    fields_.rowNames = CompleteNames(names, GetNumRow(), kvx::kTextRowName);
+    kvx::CompleteRowNames(names, GetNumRow(), &fields_);
     return 1;
 } catch (const std::bad_alloc&) {
     return 0;
 }
 
 int CComDataBase::SetColName(const CStringArray& names) try {
-    fields_.colNames = CompleteNames(names, GetNumCol(), kvx::kTextColumnName);
+    kvx::CompleteColNames(names, GetNumCol(), &fields_);
     return 1;
 } catch (const std::bad_alloc&) {
     return 0;
@@ -273,57 +247,43 @@ void CComDataBase::Serialize(CArchive& archive) {
     if (archive.IsStoring()) {
         Store(archive);
     } else {
-        LclLoad(archive, Generation::kCurrent);
+        LclLoad(archive, kvx::RecordGeneration::kCurrent);
     }
 }
 
 void CComDataBase::Serialize1st(CArchive& archive) {
     if (archive.IsStoring()) throw CFileException(CFileException::endOfFile);
-    LclLoad(archive, Generation::kFirst);
+    LclLoad(archive, kvx::RecordGeneration::kFirst);
 }
 
 void CComDataBase::Store(CArchive& archive) const {
     if (data_ == nullptr || (fields_.mode == MODE_AXIS && hdata_ == nullptr)) return;
-    archive << kVersion << static_cast<std::uint32_t>(fields_.mode);
-    for (CUnitCtrl unit : {fields_.hunit, fields_.unit}) unit.Serialize(archive);
-    archive << fields_.rowNames << fields_.colNames;
+    kvx::StoreRecordHead(archive, fields_);
     data_->Serialize(archive);
-    if (fields_.mode == MODE_SPACING) archive << fields_.delta << static_cast<std::int32_t>(fields_.offset);
+    kvx::StoreRecordSpacing(archive, fields_);
     if (fields_.mode == MODE_AXIS) hdata_->Serialize(archive);
     archive.Flush();
 }
 
-void CComDataBase::LclLoad(CArchive& archive, Generation generation) try {
+void CComDataBase::LclLoad(CArchive& archive, kvx::RecordGeneration generation) try {
     Free();
     CComDataBase loaded;
-    loaded.LclLoadFields(archive, generation);
+    loaded.LclLoadContent(archive, generation);
     if (loaded.Check()) *this = std::move(loaded);
 } catch (const std::bad_alloc&) {
     // The record stays empty.
 }
 
-void CComDataBase::LclLoadFields(CArchive& archive, Generation generation) {
-    const bool isFirst = generation == Generation::kFirst;
-    if (!isFirst) {
-        std::int32_t version = 0;  // all versions share one layout
-        archive >> version;
-    }
-    std::uint32_t mode = 0;
-    archive >> mode;
-    fields_.mode = static_cast<DATA_MODE>(mode);
-    for (CUnitCtrl* unit : {&fields_.hunit, &fields_.unit})
-        isFirst ? unit->Serialize1st(archive) : unit->Serialize(archive);
-    archive >> fields_.rowNames >> fields_.colNames;
+void CComDataBase::LclLoadContent(CArchive& archive, kvx::RecordGeneration generation) {
+    const bool isFirst = generation == kvx::RecordGeneration::kFirst;
+    kvx::LoadRecordHead(archive, generation, &fields_);
     data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
     isFirst ? LoadNarrow(archive, *data_) : data_->Serialize(archive);
-    if (fields_.mode == MODE_SPACING) {
-        std::int32_t offset = 0;
-        archive >> fields_.delta >> offset;
-        fields_.offset = offset;
-    } else if (fields_.mode == MODE_AXIS) {
+    kvx::LoadRecordSpacing(archive, &fields_);
+    if (fields_.mode == MODE_AXIS) {
         hdata_ = std::make_unique<CDataArrayDouble>();
         isFirst ? LoadNarrow(archive, *hdata_) : hdata_->Serialize(archive);
     }
-    fields_.rowNames = CompleteNames(fields_.rowNames, GetNumRow(), kvx::kTextRowName);
-    fields_.colNames = CompleteNames(fields_.colNames, GetNumCol(), kvx::kTextColumnName);
+    kvx::CompleteRowNames(fields_.rowNames, GetNumRow(), &fields_);
+    kvx::CompleteColNames(fields_.colNames, GetNumCol(), &fields_);
 }

@@ -17,12 +17,27 @@
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
+namespace kvx {
+enum class RecordGeneration;
+}
+
 class KVX_API CComDataBase {
 public:
     enum DATA_MODE : std::uint32_t {
         MODE_EMPTY = 0,
         MODE_SPACING = 1,  ///< equally spaced axis: sample i lies at (i + offset) * delta
         MODE_AXIS = 2,     ///< one axis value per sample
+    };
+
+    /// Everything but the samples and the axis values.
+    struct Fields {
+        DATA_MODE mode = MODE_EMPTY;
+        CUnitCtrl hunit;
+        CUnitCtrl unit;
+        CStringArray rowNames;
+        CStringArray colNames;
+        double delta = 0.0;
+        __int64 offset = 0;
     };
 
     /// An empty record, with its mode set.
@@ -114,26 +129,13 @@ public:
     void Serialize1st(CArchive& archive);
 
 private:
-    enum class Generation { kFirst, kCurrent };
-
-    /// Everything but the samples and the axis values.
-    struct Fields {
-        DATA_MODE mode = MODE_EMPTY;
-        CUnitCtrl hunit;
-        CUnitCtrl unit;
-        CStringArray rowNames;
-        CStringArray colNames;
-        double delta = 0.0;
-        __int64 offset = 0;
-    };
-
     int LclCreate(DATA_MODE mode, __int64 rows, __int64 cols, __int64 nsamp, int isComplex,
                   const CUnitCtrl& hunit, const CUnitCtrl& unit, const CDataArrayDouble* hdata,
                   const CStringArray* rowNames, const CStringArray* colNames);
     int LclSetNsamp(__int64 nsamp);
     int LclCopy(const CComDataBase& other);
-    void LclLoad(CArchive& archive, Generation generation);
-    void LclLoadFields(CArchive& archive, Generation generation);
+    void LclLoad(CArchive& archive, kvx::RecordGeneration generation);
+    void LclLoadContent(CArchive& archive, kvx::RecordGeneration generation);
 
     Fields fields_;
     std::unique_ptr<CDataArrayDoubleMtxCplx> data_;

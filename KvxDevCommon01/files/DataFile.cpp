@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/files/ComFileErr.h>
+#include <KvxDevCommon01/files/detail/DataFileAccess.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
@@ -15,6 +16,7 @@
 
 using kvx::DataFileContent;
 using kvx::DataFileFailure;
+using kvx::Refused;
 
 namespace {
 
@@ -28,11 +30,6 @@ void ShowWarning(CString text) {
     kvx::CurrentUserInterface().ShowMessage(request);
 }
 
-/// Ends a load or store; caught where the public operation reports it.
-struct Refused {
-    DataFileFailure::Reason reason;
-};
-
 void LoadContent(const wchar_t* path, DataFileContent& content, DataFileFailure& failure) {
     kvx::InputFile file(path);
     CArchive archive(file, CArchive::load, kArchiveBufferSize);
@@ -40,11 +37,7 @@ void LoadContent(const wchar_t* path, DataFileContent& content, DataFileFailure&
     // Records run to the end of the file, so it must have one: pipes and devices do not.
     if (size == std::numeric_limits<std::uint64_t>::max()) throw CFileException(CFileException::invalidFile);
 
-    const CComHdr::HDRCODE_TYPE type = CComHdr::GetHdrCodeType(path);
-    if (type == CComHdr::HDRCODE_UNKNOWN) throw Refused{DataFileFailure::kNotDataFile};
-    const bool isFirst = type == CComHdr::HDRCODE_FIRST;
-    isFirst ? content.header.Serialize1st(archive, 1, nullptr) : content.header.Serialize(archive);
-    if (!content.header.CheckGrpType(CComHdr::GRP_DATA)) throw Refused{DataFileFailure::kNotDataFile};
+    const bool isFirst = kvx::LoadDataHeader(path, archive, &content.header);
     if (archive.Remaining() == 0) throw Refused{DataFileFailure::kNoRecord};
     while (archive.Remaining() > 0) {
         failure.record = static_cast<__int64>(content.records.size());
@@ -57,8 +50,7 @@ void LoadContent(const wchar_t* path, DataFileContent& content, DataFileFailure&
 
 void StoreContent(const wchar_t* path, const DataFileContent& content, DataFileFailure& failure) {
     CComHdr header = content.header;
-    const bool isHeader = header.GetMasterVersion(nullptr, nullptr, nullptr, nullptr, nullptr) != 0;
-    if (!isHeader || !header.CheckGrpType(CComHdr::GRP_DATA)) throw Refused{DataFileFailure::kNotDataFile};
+    kvx::RequireDataHeader(header);
     if (content.records.empty()) throw Refused{DataFileFailure::kNoRecord};
     for (const CComDataBase& record : content.records) {
         failure.record = &record - content.records.data();
@@ -88,24 +80,9 @@ CString MessageFor(const DataFileFailure& failure) {
 template <typename Work>
 int Report(const wchar_t* path, DataFileFailure* reported, BOOL showMessage, Work work) try {
     DataFileFailure failure;
-    const CString name = path != nullptr ? path : L"";
-    const auto fail = [&](DataFileFailure::Reason reason, int cause, std::int32_t osError) {
-        failure.reason = reason;
-        failure.error = CFileException(cause, osError, name);
-    };
-    try {
-        if (path == nullptr) throw CFileException(CFileException::badPath);
-        work(path, failure);
-        failure = {};
-    } catch (const Refused& e) {
-        fail(e.reason, CFileException::genericException, -1);
-    } catch (const CFileException& e) {
-        fail(DataFileFailure::kFileError, e.m_cause, e.m_lOsError);
-    } catch (const std::exception&) {
-        fail(DataFileFailure::kNoMemory, CFileException::genericException, -1);
-    }
+    const bool isDone = kvx::AttemptOnFile(path, &failure, work);
     if (reported != nullptr) *reported = failure;
-    if (failure.reason == DataFileFailure::kNone) return 1;
+    if (isDone) return 1;
     if (showMessage) ShowWarning(MessageFor(failure));
     return 0;
 } catch (const std::exception&) {

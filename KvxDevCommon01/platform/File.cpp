@@ -62,6 +62,13 @@ void SyncFolderOf(const std::string& path) {
     ::close(handle);
 }
 
+void MoveTo(int handle, std::uint64_t position, const std::wstring& path) {
+    constexpr std::uint64_t kFarthest = std::numeric_limits<off_t>::max();
+    if (position > kFarthest) throw CFileException(CFileException::badSeek, EINVAL, path);
+    if (::lseek(handle, static_cast<off_t>(position), SEEK_SET) < 0)
+        throw CFileException::FromHostError(errno, path);
+}
+
 }  // namespace
 
 InputFile::InputFile(std::wstring_view path) : path_(path) {
@@ -105,6 +112,11 @@ void InputFile::Write(const void*, std::size_t) {
 std::uint64_t InputFile::Remaining() const {
     if (size_ == kEndless) return kEndless;
     return size_ > position_ ? size_ - position_ : 0;
+}
+
+void InputFile::Seek(std::uint64_t position) {
+    MoveTo(handle_, position, path_);
+    position_ = position;
 }
 
 OutputFile::OutputFile(std::wstring_view path)
@@ -151,6 +163,10 @@ void OutputFile::Write(const void* data, std::size_t size) {
 
 std::uint64_t OutputFile::Remaining() const {
     return 0;
+}
+
+void OutputFile::Seek(std::uint64_t position) {
+    MoveTo(handle_, position, path_);
 }
 
 void OutputFile::Commit() {

@@ -26,6 +26,9 @@ public:
     /// Always throws: the file is open for reading only.
     void Write(const void* data, std::size_t size) override;
     std::uint64_t Remaining() const override;
+    /// The next Read begins at this byte; there is nothing to read beyond the end. Throws for a source that
+    /// is no regular file.
+    void Seek(std::uint64_t position);
 
 private:
     std::wstring path_;
@@ -46,6 +49,9 @@ public:
     std::size_t Read(void* data, std::size_t size) override;
     void Write(const void* data, std::size_t size) override;
     std::uint64_t Remaining() const override;
+    /// The next Write begins at this byte; what is never written before the end reads as zeros. Throws for a
+    /// pipe.
+    void Seek(std::uint64_t position);
 
     /// Flushes to the disk and puts the new file in the target's place; keeps an existing target's
     /// permissions.
