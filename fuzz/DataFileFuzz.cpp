@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// Damaged data files: loading gives the contents or a reason, and contents stored again load as the same.
+// Damaged data files: loading gives the contents or a reason, reading block by block accepts the same files,
+// and contents stored again load as the same.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
 
 #include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 
 #include "fuzz/MemoryFile.h"
