@@ -3,8 +3,8 @@
 // CMatFir: a streaming FIR filter that may decimate or interpolate by a whole ratio. Input goes in sample by
 // sample or in blocks of any length, results wait in a buffer until they are taken; they are the same bits
 // however the input is cut. Operations return 1 for success and 0 for failure and never throw. Nothing is
-// allocated between one preparation and the next. Copies carry the whole state; a copy that memory does not
-// suffice for starts anew or, without coefficients, does nothing. Not thread-safe.
+// allocated between one preparation and the next. Copies carry the whole state; one that memory does not
+// suffice for does nothing unless it can be prepared anew. Not thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -86,12 +86,14 @@ public:
 
 private:
     bool IsReady() const;
-    bool Prepare() { return IsReady() || PrepFir(); }
-    int Feed(const double* x, __int64 n);
+    bool Prepare() { return IsReady() || (!isPrepared_ && PrepFir()); }
+    // Put the results of `count` new samples on from position `first` of the line into the queue.
     int FilterRun(__int64 first, __int64 count);
     int DecimateRun(__int64 first, __int64 count);
     int InterpolateRun(__int64 first, __int64 count);
-    int InterpolateSample(__int64 position);
+    /// Calls use(phase) for each phase that has taps, with the results of `count` samples in `row`.
+    template <class Use>
+    void ForEachPhase(__int64 first, __int64 count, double* row, Use use);
 
     CDataArrayDouble coef_;
     double delay_ = 0.0;
@@ -99,7 +101,16 @@ private:
     __int64 ratio_ = 1;
     __int64 outBufSize_ = 1024;
     bool isDelayOnly_ = false;
-    bool isPrepared_ = false;
 
+    // What PrepFir sets up.
+    bool isPrepared_ = false;
+    __int64 history_ = 0;      // samples before a new one that its results need
+    __int64 lineSize_ = 0;     // samples of the line: the history and a block of new ones
+    __int64 lineEnd_ = 0;      // where the next sample goes
+    __int64 sinceResult_ = 0;  // decimating, samples since the last result
+    __int64 rowLength_ = 0;    // decimating, samples of a row
+    CDataArrayDouble work_;    // the line, then the rows
+    CDataArrayDouble sums_;    // the coefficients, interpolating phase after phase
+    CDataArrayLongLong offsets_;
     kvx::SampleQueue results_;
 };

@@ -19,12 +19,12 @@ int SampleQueue::Enqueue(__int64 count, Write write) {
     if (size == 0) return count == 0 ? 1 : 0;
     const __int64 kept = std::min(count, size);
     const __int64 lost = std::max<__int64>(waiting_ - (size - kept), 0);
-    readIndex_ = (readIndex_ + lost) % size;
+    readIndex_ = Wrap(readIndex_ + lost);
     waiting_ -= lost;
 
     double* const values = values_.GetData();
     for (__int64 done = 0; done < kept;) {
-        const __int64 writeIndex = (readIndex_ + waiting_) % size;
+        const __int64 writeIndex = Wrap(readIndex_ + waiting_);
         const __int64 run = std::min(kept - done, size - writeIndex);
         write(values + writeIndex, count - kept + done, run);
         waiting_ += run;
@@ -34,8 +34,8 @@ int SampleQueue::Enqueue(__int64 count, Write write) {
 }
 
 int SampleQueue::Put(const double* samples, __int64 count) {
-    return Enqueue(count, [samples](double* destination, __int64 done, __int64 run) {
-        std::copy_n(samples + done, run, destination);
+    return Enqueue(count, [samples](double* destination, __int64 first, __int64 run) {
+        std::copy_n(samples + first, run, destination);
     });
 }
 
@@ -56,7 +56,7 @@ __int64 SampleQueue::Take(double* out, __int64 count) {
     for (__int64 done = 0; done < taken;) {
         const __int64 run = std::min(taken - done, GetSize() - readIndex_);
         std::copy_n(values_.GetData() + readIndex_, run, out + done);
-        readIndex_ = (readIndex_ + run) % GetSize();
+        readIndex_ = Wrap(readIndex_ + run);
         done += run;
     }
     waiting_ -= taken;

@@ -33,10 +33,12 @@ public:
     __int64 Take(double* out, __int64 count);
 
 private:
-    /// Makes room for `count` samples, at most the size, and calls write(destination, done, run) for each
-    /// contiguous run of them.
+    /// Makes room for the last of `count` samples, at most the size, and calls write(destination, first, run)
+    /// for each contiguous run of them, which starts with sample `first`.
     template <class Write>
     int Enqueue(__int64 count, Write write);
+    /// `index`, at most twice the size, brought back into the queue.
+    __int64 Wrap(__int64 index) const { return index < GetSize() ? index : index - GetSize(); }
 
     CDataArrayDouble values_;
     __int64 readIndex_ = 0;

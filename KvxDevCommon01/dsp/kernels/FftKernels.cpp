@@ -11,7 +11,7 @@
 // is one block of N values, the real parts in its lower half and the imaginary parts in its upper one. The
 // inverse transform is the forward one with the parts exchanged.
 
-#include <KvxDevCommon01/dsp/kernels/FftKernelSets.h>
+#include <KvxDevCommon01/dsp/kernels/CompiledKernels.h>
 
 // Tells the compiler that the iterations of the loop that follows touch different elements, so that it may
 // vectorise without proving it.
@@ -261,6 +261,6 @@ void Inverse(Index log2Size, TwiddleTables twiddles, double* re, double* im) {
 
 }  // namespace
 
-extern const FftKernels kFftKernels = {KVX_KERNEL_SET_NAME, Forward, Inverse};
+extern const FftKernels kFftKernels = {Forward, Inverse};
 
 }  // namespace kvx::KVX_KERNEL_SET

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// The inner loops of the Fourier transform of real blocks, compiled once per instruction set from one source.
-// Callers take the set that ActiveFftKernels() returns and never learn which it is. All sets give the same
-// results within the error bound of docs/numerics.md; they are not bit-identical, because some of them fuse
-// multiplications and additions.
+// The inner loops of the Fourier transform of real blocks. All sets give the same results within the error
+// bound of docs/numerics.md; they are not bit-identical, because some of them fuse multiplications and
+// additions.
 #pragma once
 
-#include <KvxDevCommon01/Export.h>
-
 #include <cstdint>
-#include <span>
 
 namespace kvx {
 
@@ -21,8 +17,6 @@ using TwiddleTables = const double* const*;
 /// The transforms of one instruction set. A block has 2^log2Size points, log2Size >= 4; blocks need no
 /// alignment.
 struct FftKernels {
-    const char* name;
-
     /// X[k] = sum over n of wave[n] e^(-2 pi i k n/N) for k = 0..N-1, split into `re` and `im` of N values
     /// each. `wave` may be `re`; else the blocks must not overlap. Needs twiddle entries up to log2Size.
     void (*forward)(std::int64_t log2Size, TwiddleTables twiddles, const double* wave, double* re,
@@ -33,12 +27,5 @@ struct FftKernels {
     /// left undefined.
     void (*inverse)(std::int64_t log2Size, TwiddleTables twiddles, double* re, double* im);
 };
-
-/// The sets this machine can run, the baseline first and the fastest last.
-KVX_API std::span<const FftKernels* const> AvailableFftKernels();
-
-/// The set all transforms use: the fastest this machine can run, or the one that the environment variable
-/// KVX_KERNELS names ("baseline", "avx2", "avx512") if the machine can run it. Chosen once, on first use.
-KVX_API const FftKernels& ActiveFftKernels();
 
 }  // namespace kvx

@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: MIT
+//
+// The samples that a result is made of lie side by side: `work_` holds the last history_ samples and, behind
+// them, those that came since, until it is full and the history moves to its front. So one loop serves every
+// mode (see FirKernels.h), computing many results at once, and each result is the same sum whatever block its
+// samples came in.
+//
+// Decimating, result k needs x[kR + i] for tap i. The samples of a run are first dealt out to R rows, so that
+// the results of the run find the samples of one tap side by side. Interpolating, result r of an input sample
+// meets every R-th tap; the taps are stored phase after phase.
+
+#include <KvxDevCommon01/dsp/MatFir.h>
+
+#include <KvxDevCommon01/dsp/detail/FirCoefficients.h>
+#include <KvxDevCommon01/dsp/detail/IntegerSamples.h>
+#include <KvxDevCommon01/dsp/kernels/KernelSets.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace {
+
+constexpr __int64 kBlock = 512;  // input or results that are worked on at once
+using Block = std::array<double, kBlock>;
+
+std::size_t Index(__int64 index) {
+    return static_cast<std::size_t>(index);
+}
+
+double GroupDelay(double delay, __int64 taps) {
+    return std::isfinite(delay) && delay > 0.0 ? delay : 0.5 * static_cast<double>(taps - 1);
+}
+
+}  // namespace
+
+int CMatFir::SetCoef(const double* coef, __int64 n, double delay) {
+    if (coef == nullptr || n < 1) return 0;
+    isPrepared_ = false;
+    isDelayOnly_ = false;
+    delay_ = 0.0;
+    if (!coef_.SetData(n, coef)) return 0;
+    delay_ = GroupDelay(delay, n);
+    return 1;
+}
+
+int CMatFir::SetCoef(const CDataArrayDouble& coef, double delay) {
+    return SetCoef(coef.GetData(), coef.GetNum(), delay);
+}
+
+int CMatFir::SetStdCoef(FIR_COEF set, int delayOnly) {
+    const auto toCentre = kvx::StdCoefToCentre(set);
+    if (toCentre.empty()) return 0;
+    isPrepared_ = false;
+    isDelayOnly_ = delayOnly != 0;
+    delay_ = 0.0;
+    const auto centre = static_cast<__int64>(toCentre.size()) - 1;
+    if (!coef_.SetData(isDelayOnly_ ? centre + 1 : 2 * centre + 1, nullptr)) return 0;
+    delay_ = static_cast<double>(centre);
+    if (isDelayOnly_) {
+        coef_[0] = 1.0;
+    } else {
+        std::copy(toCentre.begin(), toCentre.end(), coef_.GetData());
+        std::copy(toCentre.rbegin(), toCentre.rend(), coef_.GetData() + centre);
+    }
+    return 1;
+}
+
+double CMatFir::GetCoef(CDataArrayDouble* out) const {
+    if (out != nullptr) *out = coef_;
+    return delay_;
+}
+
+int CMatFir::SetRateConv(RATE_CONV mode, __int64 ratio) {
+    const bool isChange = (mode == RATE_INTERPOLATE || mode == RATE_DECIMATE) && ratio >= 2;
+    isPrepared_ = false;
+    mode_ = isChange ? mode : RATE_NONE;
+    ratio_ = isChange ? ratio : 1;
+    return 1;
+}
+
+__int64 CMatFir::GetRateConv(RATE_CONV* mode) const {
+    if (mode != nullptr) *mode = mode_;
+    return ratio_;
+}
+
+int CMatFir::SetOutBufSize(__int64 size) {
+    if (size < 1) return 0;
+    outBufSize_ = size;
+    return 1;
+}
+
+int CMatFir::PrepFir() {
+    const __int64 taps = coef_.GetNum();
+    isPrepared_ = false;
+    results_.Clear();
+    if (taps == 0) return 0;
+
+    history_ = mode_ == RATE_INTERPOLATE ? (taps - 1) / ratio_ + 1 : taps - 1;
+    lineSize_ = history_ + kBlock;
+    lineEnd_ = history_;
+    sinceResult_ = 0;
+    rowLength_ = mode_ == RATE_DECIMATE ? kBlock / ratio_ + (taps - 1) / ratio_ + 1 : 0;
+    const __int64 rows = std::min(ratio_, taps);
+    isPrepared_ = work_.SetData(lineSize_ + rows * rowLength_, nullptr) && offsets_.SetData(taps, nullptr) &&
+                  sums_.SetData(taps, coef_.GetData()) && results_.SetSize(outBufSize_);
+    if (!isPrepared_) return 0;
+
+    for (__int64 tap = 0; tap < taps; ++tap) {
+        offsets_[tap] = mode_ == RATE_DECIMATE ? tap % ratio_ * rowLength_ + tap / ratio_ : tap;
+    }
+    if (mode_ == RATE_INTERPOLATE) {
+        double* sum = sums_.GetData();
+        for (__int64 phase = 0; phase < rows; ++phase) {
+            for (__int64 tap = (taps - 1 - phase) % ratio_; tap < taps; tap += ratio_) *sum++ = coef_[tap];
+        }
+    }
+    return 1;
+}
+
+/// A copy that memory did not suffice for lacks one of these.
+bool CMatFir::IsReady() const {
+    return isPrepared_ && coef_.GetNum() > 0 && work_.GetNum() > 0 && offsets_.GetNum() > 0 &&
+           sums_.GetNum() > 0 && results_.GetSize() > 0;
+}
+
+int CMatFir::SetInputData(double x) {
+    return SetInputData(&x, 1);
+}
+
+int CMatFir::SetInputData(const double* x, __int64 n) {
+    if (n < 0 || (x == nullptr && n > 0) || !Prepare()) return 0;
+    // Interpolation makes up for the zeros between the samples; what is only delayed is repeated instead.
+    const double gain = mode_ == RATE_INTERPOLATE && !isDelayOnly_ ? static_cast<double>(ratio_) : 1.0;
+    int kept = 1;
+    while (n > 0) {
+        double* const line = work_.GetData();
+        if (lineEnd_ == lineSize_) {
+            std::copy(line + lineEnd_ - history_, line + lineEnd_, line);
+            lineEnd_ = history_;
+        }
+        const __int64 run = std::min(n, lineSize_ - lineEnd_);
+        const __int64 first = lineEnd_;
+        std::transform(x, x + run, line + first, [gain](double sample) { return sample * gain; });
+        lineEnd_ += run;
+        kept &= mode_ == RATE_DECIMATE      ? DecimateRun(first, run)
+                : mode_ == RATE_INTERPOLATE ? InterpolateRun(first, run)
+                                            : FilterRun(first, run);
+        x += run;
+        n -= run;
+    }
+    return kept;
+}
+
+int CMatFir::SetInputData(const CDataArrayDouble& x) {
+    return SetInputData(x.GetData(), x.GetNum());
+}
+
+int CMatFir::SetInputDataLong(std::int32_t x) {
+    return SetInputData(static_cast<double>(x));
+}
+
+int CMatFir::SetInputDataLong(const std::int32_t* x, __int64 n) {
+    if (n < 0 || (x == nullptr && n > 0) || !Prepare()) return 0;
+    return kvx::FeedIntegers(
+        x, n, [this](const double* samples, __int64 count) { return SetInputData(samples, count); });
+}
+
+int CMatFir::SetInputDataLong(const CDataArrayLong& x) {
+    return SetInputDataLong(x.GetData(), x.GetNum());
+}
+
+std::int32_t CMatFir::GetOutputDataLong() {
+    return kvx::RoundToInteger(GetOutputData());
+}
+
+__int64 CMatFir::GetOutputDataLong(std::int32_t* out, __int64 n) {
+    if (out == nullptr) return 0;
+    return kvx::TakeIntegers(
+        out, n, [this](double* samples, __int64 count) { return GetOutputData(samples, count); });
+}
+
+int CMatFir::ClearResult() {
+    if (!Prepare()) return 0;
+    results_.Clear();
+    return 1;
+}
+
+int CMatFir::FilterRun(__int64 first, __int64 count) {
+    const double* const oldest = work_.GetData() + first - history_;
+    if (isDelayOnly_) return results_.Put(oldest, count);
+    Block out;
+    kvx::ActiveKernels().fir->weightedSums(sums_.GetData(), offsets_.GetData(), coef_.GetNum(), oldest,
+                                           out.data(), count);
+    return results_.Put(out.data(), count);
+}
+
+int CMatFir::DecimateRun(__int64 first, __int64 count) {
+    const __int64 untilResult = ratio_ - sinceResult_;
+    if (count < untilResult) {
+        sinceResult_ += count;
+        return 1;
+    }
+    const __int64 results = 1 + (count - untilResult) / ratio_;
+    sinceResult_ = (count - untilResult) % ratio_;
+
+    const double* const oldest = work_.GetData() + first + untilResult - 1 - history_;
+    Block out;
+    if (isDelayOnly_) {
+        for (__int64 k = 0; k < results; ++k) out[Index(k)] = oldest[k * ratio_];
+        return results_.Put(out.data(), results);
+    }
+    const __int64 taps = coef_.GetNum();
+    double* const rows = work_.GetData() + lineSize_;
+    for (__int64 row = 0; row < std::min(ratio_, taps); ++row) {
+        const __int64 length = results + (taps - 1 - row) / ratio_;
+        double* const to = rows + row * rowLength_;
+        const double* const from = oldest + row;
+        for (__int64 k = 0; k < length; ++k) to[k] = from[k * ratio_];
+    }
+    kvx::ActiveKernels().fir->weightedSums(sums_.GetData(), offsets_.GetData(), taps, rows, out.data(),
+                                           results);
+    return results_.Put(out.data(), results);
+}
+
+template <class Use>
+void CMatFir::ForEachPhase(__int64 first, __int64 count, double* row, Use use) {
+    const auto weightedSums = kvx::ActiveKernels().fir->weightedSums;
+    const double* sum = sums_.GetData();
+    const __int64 taps = coef_.GetNum();
+    for (__int64 phase = 0; phase < std::min(ratio_, taps); ++phase) {
+        const __int64 back = (taps - 1 - phase) / ratio_;
+        weightedSums(sum, offsets_.GetData(), back + 1, work_.GetData() + first - back, row, count);
+        sum += back + 1;
+        use(phase);
+    }
+}
+
+int CMatFir::InterpolateRun(__int64 first, __int64 count) {
+    const double* const line = work_.GetData();
+    const __int64 taps = coef_.GetNum();
+    int kept = 1;
+    if (isDelayOnly_) {
+        const __int64 whole = (taps - 1) / ratio_, rest = (taps - 1) % ratio_;
+        for (const double* x = line + first - whole; x < line + first - whole + count; ++x) {
+            kept &= results_.PutRepeated(x[-1], rest) & results_.PutRepeated(x[0], ratio_ - rest);
+        }
+        return kept;
+    }
+    // Behind the last tap the phases of an input sample are zeros.
+    const __int64 zeros = std::max<__int64>(ratio_ - taps, 0);
+    Block row;
+    if (ratio_ > kBlock) {
+        for (__int64 k = 0; k < count; ++k) {
+            ForEachPhase(first + k, 1, row.data(), [&](__int64) { kept &= results_.Put(row.data(), 1); });
+            kept &= results_.PutRepeated(0.0, zeros);
+        }
+        return kept;
+    }
+    Block out{};
+    for (__int64 done = 0; done < count;) {
+        const __int64 run = std::min(count - done, kBlock / ratio_);
+        ForEachPhase(first + done, run, row.data(), [&](__int64 phase) {
+            for (__int64 k = 0; k < run; ++k) out[Index(k * ratio_ + phase)] = row[Index(k)];
+        });
+        kept &= results_.Put(out.data(), run * ratio_);
+        done += run;
+    }
+    return kept;
+}

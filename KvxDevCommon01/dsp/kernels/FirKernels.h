@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// The inner loop of the FIR filters. Multiplications and additions are never fused and every sum has its one
+// order, so that all sets give the same bits.
+#pragma once
+
+#include <cstdint>
+
+namespace kvx {
+
+/// The FIR loop of one instruction set. Blocks need no alignment.
+struct FirKernels {
+    /// y[k] = coef[0] x[offsets[0] + k] + coef[1] x[offsets[1] + k] + ... over `taps` >= 1 terms, added in
+    /// this order, for k = 0..count-1. `y` must not overlap the rest.
+    void (*weightedSums)(const double* coef, const std::int64_t* offsets, std::int64_t taps, const double* x,
+                         double* y, std::int64_t count);
+};
+
+}  // namespace kvx
