@@ -8,7 +8,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataArray.h>
@@ -78,17 +80,18 @@ public:
     double GetDelay() const { return delay_; }
 
 private:
-    static constexpr int kMaxStages = 4;
-
     int Feed(const double* x, __int64 n);
+    int FeedLong(const std::int32_t* x, __int64 n);
+    std::span<CMatFir> Stages() { return std::span(stages_).first(static_cast<std::size_t>(stageCount_)); }
+    CMatFir& LastStage() { return Stages().back(); }
 
     CMatFir::RATE_CONV mode_ = CMatFir::RATE_NONE;
     OVS_RAT code_ = OVS_RAT_1;
     __int64 outBufSize_ = 1024;
     double delay_ = 0.0;
+    __int64 feedSize_ = 512;  // samples that go in at once
     int stageCount_ = 0;
-    std::array<CMatFir, kMaxStages> stages_;  // in the order in which they work
-    CDataArrayDouble staging_;                // between two stages
+    std::array<CMatFir, 4> stages_;  // in the order in which they work
 };
 
 namespace kvx {

@@ -5,6 +5,7 @@
 // thread-safe.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 
 #include <KvxDevCommon01/Export.h>
@@ -48,14 +49,11 @@ protected:
     CMatMrf& Channel(__int64 index) const { return channels_[static_cast<std::size_t>(index)]; }
     /// Whether there are channels and `block` has a cell for each, all of its sample count.
     bool Fits(const CDataArrayMtxDouble& block) const;
-    /// The cell of a channel.
-    const CDataArrayDouble& CellOf(const CDataArrayMtxDouble& block, __int64 channel) const {
-        return *block.GetArrayPtr(channel / shape_.cols, channel % shape_.cols);
+    /// The cell of a channel in such a block.
+    CDataArrayDouble* CellOf(const CDataArrayMtxDouble& block, __int64 channel) const {
+        return block.GetArrayPtr(channel / shape_.cols, channel % shape_.cols);
     }
-    CDataArrayDouble* CellOf(CDataArrayMtxDouble* block, __int64 channel) const {
-        return block->GetArrayPtr(channel / shape_.cols, channel % shape_.cols);
-    }
-    /// Calls feed(channel, index) for every channel; returns 0 without channels or when one call did.
+    /// Calls action(channel, index) for every channel; returns 0 without channels or when one call did.
     template <class Action>
     int ForEach(Action action) const {
         int done = GetNumChannels() > 0 ? 1 : 0;
@@ -64,6 +62,9 @@ protected:
     }
 
 private:
+    /// Makes rows x cols channels without a cascade; none for a count below 1 or without memory.
+    int Allocate(__int64 rows, __int64 cols);
+
     MatrixShape shape_;
     std::unique_ptr<CMatMrf[]> channels_;
 };
