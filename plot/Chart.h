@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+//
+// Chart: one plot with its axes and legend, described in shown values: what a graph of the suite consists of
+// when its settings, units and data are resolved (see Graph.h), and what anything else can be drawn with.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/graph/AxisMapping.h>
+#include <KvxDevCommon01/graph/GraphColorInfo.h>
+#include <KvxDevCommon01/graph/KvxGraphLineSample.h>
+#include <plot/Curve.h>
+#include <plot/Ticks.h>
+
+namespace kvx::plot {
+
+struct ChartAxis {
+    AxisRange bounds{0.0, 1.0};  ///< an axis whose bounds cannot be shown has no ticks and no curves
+    AxisForm form = AxisForm::kLinear;
+    std::wstring title;  ///< with its unit
+    NumberStyle numbers;
+};
+
+struct ChartCurve {
+    std::wstring name;  ///< in the legend; empty for none there
+    CurveSamples samples;
+    CurveShape shape = CurveShape::kLine;
+    bool isOnSecondAxis = false;
+    CKvxGraphLineSample look;
+};
+
+enum class LegendPlace { kNone, kRight, kBelow };
+
+struct Chart {
+    std::wstring title;
+    ChartAxis x;
+    ChartAxis y;
+    std::optional<ChartAxis> y2;  ///< on the right
+    std::vector<ChartCurve> curves;
+    std::vector<double> cursors;  ///< X values with a cursor line
+    LegendPlace legend = LegendPlace::kRight;
+    bool isLegendWidthFromText = false;  ///< else it has a fifth of the width and cuts longer names
+    bool hasGrid = true;
+    bool hasNumbers = true;
+    double rightRoom = 0.0;  ///< left free between the plot and what stands right of it, in canvas units
+};
+
+/// The colours to draw with.
+struct ChartColors {
+    const CGraphColorInfo* colors = nullptr;
+    CGraphColorInfo::OUTPUT_KIND output = CGraphColorInfo::OUTPUT_DISPLAY;
+
+    COLORREF Of(CGraphColorInfo::COMPO_KIND compo) const { return colors->GetCompoInfo(compo, output); }
+};
+
+}  // namespace kvx::plot

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+//
+// Draws a laid-out chart. The steps are there one by one for what draws something else than curves into the
+// plot: the ground, then the inside confined to the plot's rectangle, then the frame.
+#pragma once
+
+#include <plot/Canvas.h>
+#include <plot/Chart.h>
+#include <plot/ChartLayout.h>
+#include <plot/Export.h>
+
+namespace kvx::plot {
+
+/// Backgrounds and grid.
+KVX_PLOT_API void DrawChartGround(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
+                                  Canvas& canvas);
+/// One curve, confined to the plot.
+KVX_PLOT_API void DrawCurve(const ChartCurve& curve, const ChartLayout& layout,
+                            CGraphColorInfo::OUTPUT_KIND output, Canvas& canvas);
+/// Frame, ticks, numbers and titles, cursors and the legend.
+KVX_PLOT_API void DrawChartFrame(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
+                                 Canvas& canvas);
+/// All of it.
+KVX_PLOT_API void DrawChart(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
+                            Canvas& canvas);
+/// Draws a text where it was placed.
+KVX_PLOT_API void DrawPlacedText(const PlacedText& text, COLORREF color, Canvas& canvas);
+
+}  // namespace kvx::plot

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+//
+// ChartLayout: where everything of a chart stands, worked out before anything is drawn: rectangles, mappings,
+// ticks and the places of all texts, in canvas units.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/graph/AxisMapping.h>
+#include <plot/Canvas.h>
+#include <plot/Chart.h>
+#include <plot/Export.h>
+#include <plot/Geometry.h>
+
+namespace kvx::plot {
+
+struct PlacedText {
+    std::wstring text;
+    Point anchor;
+    TextStyle style;  ///< without its colour
+    Rect box;         ///< what the text covers
+};
+
+struct PlacedTick {
+    double pixel = 0.0;
+    bool isMajor = false;
+};
+
+struct AxisLayout {
+    AxisMapping mapping;
+    std::vector<PlacedTick> ticks;
+    std::vector<PlacedText> numbers;
+    std::vector<PlacedText>
+        titles;  ///< the axis' title and the factor of its numbers, as far as there are any
+};
+
+struct LegendEntry {
+    std::size_t curve = 0;
+    Rect sample;
+    PlacedText name;  ///< with an ellipsis when it is cut
+};
+
+struct ChartLayout {
+    Rect area;
+    Rect plot;
+    double letterSize = 0.0;
+    AxisLayout x;
+    AxisLayout y;
+    std::optional<AxisLayout> y2;
+    std::optional<PlacedText> title;
+    std::optional<Rect> legend;
+    std::vector<LegendEntry> entries;
+};
+
+/// The text with its box; an upright one is turned about its anchor.
+KVX_PLOT_API PlacedText PlaceText(std::wstring text, Point anchor, const TextStyle& style,
+                                  const TextMeasure& measure);
+/// The text, or as much of its beginning as fits into `width` followed by an ellipsis; empty when not even
+/// that fits.
+KVX_PLOT_API std::wstring CutText(std::wstring_view text, double letterSize, double width,
+                                  const TextMeasure& measure);
+/// The size of letters that suits a picture or pane of that size: 9 points on 600 by 375 points.
+KVX_PLOT_API double LetterSizeFor(Size size, double pointLength);
+
+/// Lays out a chart in `area`. Where that is too small for everything, the legend, then the titles, then the
+/// numbers give way to the plot.
+KVX_PLOT_API ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
+                                     const TextMeasure& measure);
+
+}  // namespace kvx::plot

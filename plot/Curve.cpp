@@ -1,0 +1,328 @@
+// SPDX-License-Identifier: MIT
+#include <plot/Curve.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/graph/VisibleRange.h>
+
+namespace kvx::plot {
+namespace {
+
+// Far enough from any plot that cutting a line there does not turn it visibly.
+constexpr double kFarthestPixel = 1e9;
+constexpr double kBarWidth = 0.8;  // over the distance of the samples
+
+struct Sample {
+    Point pixel;
+    __int64 index = 0;
+};
+
+/// The samples that the frame may show, as shown values.
+IndexRange VisibleSamples(const CurveSamples& samples, const CurveFrame& frame) {
+    IndexRange range{0, samples.count};
+    if (samples.x != nullptr) return range;
+    const auto held = [&](double pixel) {
+        const double shown = frame.x.ToValue(pixel);
+        return samples.shownX != nullptr ? samples.shownX->ConvItoD(shown, 1) : shown;
+    };
+    const double atLeft = held(frame.plot.left);
+    const double atRight = held(frame.plot.right);
+    if (FindVisibleRange({std::min(atLeft, atRight), std::max(atLeft, atRight)}, samples.start, samples.step,
+                         samples.y, samples.count, &range) == 0) {
+        return {0, 0};
+    }
+    // The bounds may be a rounding error off, and a step begins one sample earlier.
+    const __int64 end = std::min(samples.count, range.first + range.count + 1);
+    range.first = std::max<__int64>(0, range.first - 1);
+    range.count = end - range.first;
+    return range;
+}
+
+/// Calls `use` with each `stride`-th visible sample in order and `skip` where there is a gap.
+template <typename Use, typename Skip>
+void ForEachSample(const CurveSamples& samples, const CurveFrame& frame, __int64 stride, Use use, Skip skip) {
+    if (samples.y == nullptr || samples.count < 1) return;
+    stride = std::clamp<__int64>(stride, 1, samples.count);
+    const IndexRange visible = VisibleSamples(samples, frame);
+    const __int64 end = visible.first + visible.count;
+    std::array<double, 512> x;
+    std::array<double, 512> y;
+    const auto blockSize = static_cast<__int64>(x.size());
+    for (__int64 next = (visible.first + stride - 1) / stride * stride; next < end;) {
+        const __int64 blockStart = next;
+        __int64 filled = 0;
+        for (; filled < blockSize && next < end; ++filled) {
+            const auto at = static_cast<std::size_t>(filled);
+            x[at] = samples.x != nullptr ? samples.x[next]
+                                         : samples.start + static_cast<double>(next) * samples.step;
+            const bool isGap = samples.y[next] == kNoValue<double> || x[at] == kNoValue<double>;
+            y[at] = isGap ? std::numeric_limits<double>::quiet_NaN() : samples.y[next];
+            if (end - next <= stride) {
+                next = end;
+            } else {
+                next += stride;
+            }
+        }
+        if (samples.shownX != nullptr) samples.shownX->ConvDtoI(x.data(), x.data(), filled, 1);
+        if (samples.shownY != nullptr) samples.shownY->ConvDtoI(y.data(), y.data(), filled, 1);
+        for (__int64 i = 0; i < filled; ++i) {
+            const auto at = static_cast<std::size_t>(i);
+            const Point pixel{frame.x.ToPixel(x[at]), frame.y.ToPixel(y[at])};
+            if (std::isnan(pixel.x) || std::isnan(pixel.y)) {
+                skip();
+                continue;
+            }
+            use(Sample{{std::clamp(pixel.x, -kFarthestPixel, kFarthestPixel),
+                        std::clamp(pixel.y, -kFarthestPixel, kFarthestPixel)},
+                       blockStart + i * stride});
+        }
+    }
+}
+
+/// Points one after the other in the same column become at most four: first, lowest and highest as they
+/// came, last. `Sink` takes the points and the ends of runs.
+template <typename Sink>
+class ColumnReducer {
+public:
+    ColumnReducer(double columnWidth, Sink& sink) : columnWidth_(columnWidth), sink_(sink) {}
+
+    void Add(Point point) {
+        const double column = std::floor(point.x / columnWidth_);
+        if (held_ != 0 && column == column_) {
+            if (point.y < low_.point.y) low_ = {point, held_};
+            if (point.y > high_.point.y) high_ = {point, held_};
+            last_ = {point, held_};
+            ++held_;
+            return;
+        }
+        Flush();
+        column_ = column;
+        first_ = low_ = high_ = last_ = {point, 0};
+        held_ = 1;
+    }
+    void Break() {
+        Flush();
+        sink_.Break();
+    }
+    void Flush() {
+        if (held_ == 0) return;
+        const bool isLowFirst = low_.order < high_.order;
+        __int64 done = -1;
+        for (const Held& held : {first_, isLowFirst ? low_ : high_, isLowFirst ? high_ : low_, last_}) {
+            if (held.order <= done) continue;
+            sink_.Add(held.point);
+            done = held.order;
+        }
+        held_ = 0;
+    }
+
+private:
+    struct Held {
+        Point point;
+        __int64 order = 0;
+    };
+
+    double columnWidth_;
+    Sink& sink_;
+    __int64 held_ = 0;
+    double column_ = 0.0;
+    Held first_, low_, high_, last_;
+};
+
+/// Joins points by lines and keeps what lies within a rectangle.
+class ClippedLine {
+public:
+    ClippedLine(const Rect& clip, Path* path) : clip_(clip), path_(path) {}
+
+    void Add(Point point) {
+        if (previous_) {
+            AddSegment(*previous_, point);
+            isLone_ = false;
+        } else {
+            isLone_ = true;
+        }
+        previous_ = point;
+    }
+    void Break() {
+        if (previous_ && isLone_ && clip_.Contains(*previous_)) path_->MoveTo(*previous_);
+        previous_.reset();
+        pathEnd_.reset();
+    }
+
+private:
+    /// By the parameters at which the segment crosses the edges (Liang and Barsky, 1984).
+    void AddSegment(Point from, Point to) {
+        const double dx = to.x - from.x;
+        const double dy = to.y - from.y;
+        double enter = 0.0;
+        double leave = 1.0;
+        const auto cut = [&](double run, double room) {
+            if (run == 0.0) return room >= 0.0;
+            const double t = room / run;
+            if (run < 0.0) {
+                enter = std::max(enter, t);
+            } else {
+                leave = std::min(leave, t);
+            }
+            return enter <= leave;
+        };
+        const bool isVisible = cut(-dx, from.x - clip_.left) && cut(dx, clip_.right - from.x) &&
+                               cut(-dy, from.y - clip_.top) && cut(dy, clip_.bottom - from.y);
+        if (!isVisible) return;
+        // Points on an edge are put exactly on it.
+        const auto at = [&](double t) {
+            return Point{std::clamp(from.x + t * dx, clip_.left, clip_.right),
+                         std::clamp(from.y + t * dy, clip_.top, clip_.bottom)};
+        };
+        const Point start = enter == 0.0 ? from : at(enter);
+        const Point end = leave == 1.0 ? to : at(leave);
+        if (pathEnd_ != start) path_->MoveTo(start);
+        path_->LineTo(end);
+        pathEnd_ = end;
+    }
+
+    Rect clip_;
+    Path* path_;
+    std::optional<Point> previous_;
+    std::optional<Point> pathEnd_;
+    bool isLone_ = false;
+};
+
+/// Keeps the points within a rectangle, each as a run of its own.
+class PointsWithin {
+public:
+    PointsWithin(const Rect& clip, Path* path) : clip_(clip), path_(path) {}
+
+    void Add(Point point) {
+        if (clip_.Contains(point)) path_->MoveTo(point);
+    }
+    void Break() {}
+
+private:
+    Rect clip_;
+    Path* path_;
+};
+
+/// Where bars begin.
+double BarBase(const CurveFrame& frame) {
+    return std::clamp(frame.y.ToPixel(0.0), frame.plot.top, frame.plot.bottom);
+}
+
+}  // namespace
+
+Path LinePath(const CurveSamples& samples, const CurveFrame& frame) {
+    Path path;
+    ClippedLine line(frame.plot, &path);
+    ColumnReducer reducer(frame.columnWidth, line);
+    ForEachSample(
+        samples, frame, 1, [&](const Sample& sample) { reducer.Add(sample.pixel); },
+        [&] { reducer.Break(); });
+    reducer.Break();
+    return path;
+}
+
+Path StepPath(const CurveSamples& samples, const CurveFrame& frame) {
+    Path path;
+    ClippedLine line(frame.plot, &path);
+    ColumnReducer reducer(frame.columnWidth, line);
+    std::optional<Sample> previous;
+    // An evenly spaced sample counts up to where the next one would be.
+    const auto holdLast = [&] {
+        if (!previous || samples.x != nullptr) return;
+        const double next = samples.start + static_cast<double>(previous->index + 1) * samples.step;
+        const double shown = samples.shownX != nullptr ? samples.shownX->ConvDtoI(next, 1) : next;
+        const double pixel = std::clamp(frame.x.ToPixel(shown), -kFarthestPixel, kFarthestPixel);
+        if (!std::isnan(pixel)) reducer.Add({pixel, previous->pixel.y});
+    };
+    ForEachSample(
+        samples, frame, 1,
+        [&](const Sample& sample) {
+            if (previous) reducer.Add({sample.pixel.x, previous->pixel.y});
+            reducer.Add(sample.pixel);
+            previous = sample;
+        },
+        [&] {
+            holdLast();
+            previous.reset();
+            reducer.Break();
+        });
+    holdLast();
+    reducer.Break();
+    return path;
+}
+
+Path BarPath(const CurveSamples& samples, const CurveFrame& frame) {
+    Path path;
+    const double base = BarBase(frame);
+    Rect bar;
+    double barColumn = 0.0;
+    bool hasBar = false;
+    const auto finishBar = [&] {
+        if (!hasBar) return;
+        hasBar = false;
+        const Rect& plot = frame.plot;
+        const Rect seen{std::max(bar.left, plot.left), std::max(bar.top, plot.top),
+                        std::min(bar.right, plot.right), std::min(bar.bottom, plot.bottom)};
+        if (seen.IsEmpty()) return;
+        const Path outline = Path::Around(seen);
+        for (std::size_t i = 0; i < outline.GetPoints().size(); ++i) {
+            i == 0 ? path.MoveTo(outline.GetPoints()[i]) : path.LineTo(outline.GetPoints()[i]);
+        }
+    };
+    // A bar reaches nearly half-way to its neighbours; at the ends and at gaps as far as to the other side.
+    std::optional<Sample> before;
+    std::optional<Sample> current;
+    const auto addBar = [&](std::optional<double> next) {
+        if (!current) return;
+        const double x = current->pixel.x;
+        const std::optional<double> previous = before ? std::optional(before->pixel.x) : std::nullopt;
+        const double toLeft = previous ? x - *previous : next ? *next - x : 2.0 * frame.columnWidth;
+        const double toRight = next ? *next - x : toLeft;
+        const double half = frame.columnWidth / 2.0;
+        const Rect added{
+            x - std::max(half, std::abs(toLeft) * kBarWidth / 2.0), std::min(base, current->pixel.y),
+            x + std::max(half, std::abs(toRight) * kBarWidth / 2.0), std::max(base, current->pixel.y)};
+        const double column = std::floor(x / frame.columnWidth);
+        if (hasBar && column == barColumn) {
+            bar = {std::min(bar.left, added.left), std::min(bar.top, added.top),
+                   std::max(bar.right, added.right), std::max(bar.bottom, added.bottom)};
+            return;
+        }
+        finishBar();
+        bar = added;
+        barColumn = column;
+        hasBar = true;
+    };
+    ForEachSample(
+        samples, frame, 1,
+        [&](const Sample& sample) {
+            addBar(sample.pixel.x);
+            before = current;
+            current = sample;
+        },
+        [&] {
+            addBar(std::nullopt);
+            before.reset();
+            current.reset();
+        });
+    addBar(std::nullopt);
+    finishBar();
+    return path;
+}
+
+Path MarkPlaces(const CurveSamples& samples, const CurveFrame& frame, __int64 interval) {
+    Path path;
+    PointsWithin points(frame.plot, &path);
+    ColumnReducer reducer(frame.columnWidth, points);
+    ForEachSample(
+        samples, frame, std::max<__int64>(interval, 1),
+        [&](const Sample& sample) { reducer.Add(sample.pixel); }, [] {});
+    reducer.Flush();
+    return path;
+}
+
+}  // namespace kvx::plot

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+//
+// From samples to lines on the picture: what is drawn of a curve of any length is at most a few points per
+// column of pixels, and no peak is lost. Pure functions, safe from any thread.
+#pragma once
+
+#include <KvxDevCommon01/graph/AxisMapping.h>
+#include <KvxDevCommon01/platform/Types.h>
+#include <KvxDevCommon01/units/ValConv.h>
+#include <plot/Export.h>
+#include <plot/Geometry.h>
+
+namespace kvx::plot {
+
+/// The samples of a curve, which stay where they are. No-value and NaN are gaps.
+struct CurveSamples {
+    const double* y = nullptr;
+    __int64 count = 0;
+    const double* x = nullptr;  ///< null: sample i lies at start + i * step
+    double start = 0.0;
+    double step = 1.0;
+    const CValConv* shownX = nullptr;  ///< how held values become shown ones; null: they are
+    const CValConv* shownY = nullptr;
+};
+
+enum class CurveShape {
+    kLine,
+    kSteps,  ///< each value is held up to the next sample
+    kBars,   ///< from 0, on a logarithmic axis from the bottom
+    kMarks,  ///< marks without a line
+};
+
+/// Where a curve is drawn.
+struct CurveFrame {
+    AxisMapping x;  ///< of shown values
+    AxisMapping y;
+    Rect plot;                 ///< nothing is drawn outside
+    double columnWidth = 1.0;  ///< samples closer than that, one after the other, are drawn as their extremes
+};
+
+/// The line through the samples, cut at the edges of the plot. A run of one point is a sample without
+/// neighbours. On a logarithmic axis values not above 0 lie far below the plot.
+KVX_PLOT_API Path LinePath(const CurveSamples& samples, const CurveFrame& frame);
+/// The same with level lines from sample to sample; when X is evenly spaced the last one is as long as the
+/// others.
+KVX_PLOT_API Path StepPath(const CurveSamples& samples, const CurveFrame& frame);
+/// A rectangle per sample, per column where they are closer; each is a run to be filled.
+KVX_PLOT_API Path BarPath(const CurveSamples& samples, const CurveFrame& frame);
+/// The places of marks: every `interval`-th sample inside the plot, of samples within a column the extremes.
+KVX_PLOT_API Path MarkPlaces(const CurveSamples& samples, const CurveFrame& frame, __int64 interval);
+
+}  // namespace kvx::plot
