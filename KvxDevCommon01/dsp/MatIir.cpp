@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -27,7 +28,8 @@ struct Corner {
     /// Nothing unless 0 < fc < 0.5.
     static std::optional<Corner> At(double fc) {
         if (!(fc > 0.0 && fc < 0.5)) return std::nullopt;
-        if (fc <= 0.25) return Corner{std::sin(std::numbers::pi * fc), std::cos(std::numbers::pi * fc), 1.0};
+        if (fc == 0.25) return Corner{std::numbers::sqrt2 / 2.0, std::numbers::sqrt2 / 2.0, 1.0};  // p is 1
+        if (fc < 0.25) return Corner{std::sin(std::numbers::pi * fc), std::cos(std::numbers::pi * fc), 1.0};
         const double toEnd = std::numbers::pi * (0.5 - fc);
         return Corner{std::cos(toEnd), std::sin(toEnd), -1.0};
     }
@@ -45,14 +47,63 @@ int FilterArray(Filter* filter, CDataArrayDouble* out, const CDataArrayDouble& i
     return filter->Filtering(in.GetData(), out->GetData(), count);
 }
 
-/// Runs a block of at least one sample through `step`.
-template <class Step>
-void RunBlock(const double* data, double* out, __int64 n, Step step) {
-    for (__int64 i = 0; i < n; ++i) out[i] = step(data[i]);
-}
-
 bool IsBlock(const double* data, const double* out, __int64 n) {
     return data != nullptr && out != nullptr && n >= 1;
+}
+
+/// Runs a block through a copy of the section, which can stay in registers.
+template <class Section>
+void RunBlock(Section* section, const double* data, double* out, __int64 n) {
+    Section local = *section;
+    for (__int64 i = 0; i < n; ++i) out[i] = local.Step(data[i]);
+    *section = local;
+}
+
+/// Two numbers side by side.
+struct Pair {
+    double first = 0.0;
+    double second = 0.0;
+
+    friend Pair operator+(const Pair& a, const Pair& b) { return {a.first + b.first, a.second + b.second}; }
+    friend Pair operator-(const Pair& a, const Pair& b) { return {a.first - b.first, a.second - b.second}; }
+    friend Pair operator*(const Pair& a, const Pair& b) { return {a.first * b.first, a.second * b.second}; }
+};
+
+/// Two sections as one of pairs, and back; a section is nothing but its numbers.
+template <template <class> class Section>
+Section<Pair> Join(const Section<double>& first, const Section<double>& second) {
+    std::array<Pair, sizeof(Section<Pair>) / sizeof(Pair)> pairs;
+    const auto firsts = std::bit_cast<std::array<double, pairs.size()>>(first);
+    const auto seconds = std::bit_cast<std::array<double, pairs.size()>>(second);
+    for (std::size_t i = 0; i < pairs.size(); ++i) pairs[i] = {firsts[i], seconds[i]};
+    return std::bit_cast<Section<Pair>>(pairs);
+}
+template <template <class> class Section>
+void Part(const Section<Pair>& both, Section<double>* first, Section<double>* second) {
+    const auto pairs = std::bit_cast<std::array<Pair, sizeof(both) / sizeof(Pair)>>(both);
+    std::array<double, pairs.size()> firsts, seconds;
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        firsts[i] = pairs[i].first;
+        seconds[i] = pairs[i].second;
+    }
+    *first = std::bit_cast<Section<double>>(firsts);
+    *second = std::bit_cast<Section<double>>(seconds);
+}
+
+/// Runs a block through two sections at once. The second one works a sample behind the first, so that neither
+/// waits for the other.
+template <template <class> class Section>
+void RunBlock(Section<double>* first, Section<double>* second, const double* data, double* out, __int64 n) {
+    Pair next{0.0, first->Step(data[0])};
+    Section<Pair> both = Join(*first, *second);
+    for (__int64 i = 1; i < n; ++i) {
+        next.first = data[i];
+        const Pair y = both.Step(next);
+        out[i - 1] = y.second;
+        next.second = y.first;
+    }
+    Part(both, first, second);
+    out[n - 1] = second->Step(next.second);
 }
 
 }  // namespace
@@ -69,33 +120,25 @@ int CMatIir1th::Design(double fc, double previousInput) {
     const auto corner = Corner::At(fc);
     if (!corner) return 0;
     const double sum = corner->sine + corner->cosine;
-    b0_ = (previousInput == kLowPass ? corner->sine : corner->cosine) / sum;
-    previousInput_ = previousInput;
-    side_ = corner->side;
-    leak_ = corner->side > 0.0 ? 2.0 * (corner->sine / sum) : -2.0 * (corner->cosine / sum);
+    section_.b0 = (previousInput == kLowPass ? corner->sine : corner->cosine) / sum;
+    section_.previousInput = previousInput;
+    section_.side = corner->side;
+    section_.leak = corner->side > 0.0 ? 2.0 * (corner->sine / sum) : -2.0 * (corner->cosine / sum);
     return 1;
 }
 
 void CMatIir1th::ClearBuf(double value) {
-    x1_ = value;
-    y1_ = value;
-}
-
-inline double CMatIir1th::Step(double x) {
-    y1_ = side_ * y1_ + (b0_ * (x + previousInput_ * x1_) - leak_ * y1_);
-    x1_ = x;
-    return y1_;
+    section_.x1 = value;
+    section_.y1 = value;
 }
 
 double CMatIir1th::Filtering(double x) {
-    return Step(x);
+    return section_.Step(x);
 }
 
 int CMatIir1th::Filtering(const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
-    CMatIir1th section = *this;
-    RunBlock(data, out, n, [&section](double x) { return section.Step(x); });
-    *this = section;
+    RunBlock(&section_, data, out, n);
     return 1;
 }
 
@@ -119,41 +162,48 @@ int CMatIir2th::Design(double fc, double q, double previousInput) {
     const double scale = q / (q + damping);
     const double low = corner->sine * corner->sine * scale;
     const double high = corner->cosine * corner->cosine * scale;
-    // The state keeps its meaning, y2 = side (y1 - v1), when the poles change sides.
-    if (side_ != corner->side) v1_ = 2.0 * y1_ - v1_;
+    const double b0 = previousInput == kLowPass ? low : high;
 
-    b0_ = previousInput == kLowPass ? low : high;
-    twicePreviousInput_ = 2.0 * previousInput;
-    side_ = corner->side;
-    glide_ = corner->side * ((q - damping) / (q + damping));
-    leak_ = corner->side > 0.0 ? 4.0 * low : -4.0 * high;
+    Section<double>& s = section_;
+    const double y1 = s.direct * s.x1 + s.r1;
+    const double y2 = s.direct * s.x2 + s.side * (s.r1 - s.v1);
+    s.side = corner->side;
+    s.glide = s.side * ((q - damping) / (q + damping));
+    s.leak = s.side > 0.0 ? 4.0 * low : -4.0 * high;
+    if (s.side == previousInput) {
+        s.direct = 0.0;
+        s.n0 = b0;
+        s.n1 = 2.0 * previousInput * b0;
+        s.n2 = b0;
+    } else {
+        s.direct = b0;
+        s.n0 = 0.0;
+        s.n2 = b0 * (2.0 * (damping / (q + damping)));
+        s.n1 = -s.side * s.n2 - b0 * s.leak;
+    }
+    SetState(s.x1, s.x2, y1, y2);
     return 1;
 }
 
-void CMatIir2th::ClearBuf(double value) {
-    x1_ = value;
-    x2_ = value;
-    y1_ = value;
-    v1_ = value - side_ * value;
+void CMatIir2th::SetState(double x1, double x2, double y1, double y2) {
+    Section<double>& s = section_;
+    s.x1 = x1;
+    s.x2 = x2;
+    s.r1 = y1 - s.direct * x1;
+    s.v1 = s.r1 - s.side * (y2 - s.direct * x2);
 }
 
-inline double CMatIir2th::Step(double x) {
-    v1_ = (glide_ * v1_ + b0_ * ((x + x2_) + twicePreviousInput_ * x1_)) - leak_ * y1_;
-    y1_ = side_ * y1_ + v1_;
-    x2_ = x1_;
-    x1_ = x;
-    return y1_;
+void CMatIir2th::ClearBuf(double value) {
+    SetState(value, value, value, value);
 }
 
 double CMatIir2th::Filtering(double x) {
-    return Step(x);
+    return section_.Step(x);
 }
 
 int CMatIir2th::Filtering(const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
-    CMatIir2th section = *this;
-    RunBlock(data, out, n, [&section](double x) { return section.Step(x); });
-    *this = section;
+    RunBlock(&section_, data, out, n);
     return 1;
 }
 
@@ -224,49 +274,30 @@ void CMatIirNth::ClearBuf(double value) {
 }
 
 double CMatIirNth::Filtering(double x) {
-    if (first_) x = first_->Step(x);
-    std::for_each_n(sections_.get(), sectionCount_, [&x](CMatIir2th& section) { x = section.Step(x); });
+    if (first_) x = first_->section_.Step(x);
+    std::for_each_n(sections_.get(), sectionCount_,
+                    [&x](CMatIir2th& section) { x = section.section_.Step(x); });
     return x;
-}
-
-template <std::size_t kSections>
-void CMatIirNth::RunSections(CMatIir2th* sections, const double* data, double* out, __int64 n) {
-    std::array<CMatIir2th, kSections> local;
-    std::copy_n(sections, kSections, local.begin());
-    for (__int64 i = 0; i < n; ++i) {
-        double x = data[i];
-        for (CMatIir2th& section : local) x = section.Step(x);
-        out[i] = x;
-    }
-    std::copy_n(local.begin(), kSections, sections);
 }
 
 int CMatIirNth::Filtering(const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
-    // Sections that run side by side hide each other's latency; more than this many would not fit into the
-    // registers.
-    constexpr __int64 kTogether = 4;
+    const double* from = data;
     if (first_) {
-        first_->Filtering(data, out, n);
-    } else if (out != data) {
-        std::copy_n(data, n, out);
+        first_->Filtering(from, out, n);
+        from = out;
     }
-    __int64 done = 0;
-    for (; done + kTogether <= sectionCount_; done += kTogether)
-        RunSections<kTogether>(sections_.get() + done, out, out, n);
-    switch (sectionCount_ - done) {
-        case 3:
-            RunSections<3>(sections_.get() + done, out, out, n);
-            break;
-        case 2:
-            RunSections<2>(sections_.get() + done, out, out, n);
-            break;
-        case 1:
-            RunSections<1>(sections_.get() + done, out, out, n);
-            break;
-        default:
-            break;
+    CMatIir2th* section = sections_.get();
+    CMatIir2th* const end = section + sectionCount_;
+    for (; end - section >= 2; section += 2) {
+        RunBlock(&section[0].section_, &section[1].section_, from, out, n);
+        from = out;
     }
+    if (section != end) {
+        section->Filtering(from, out, n);
+        from = out;
+    }
+    if (from != out) std::copy_n(from, n, out);
     return 1;
 }
 

@@ -12,7 +12,6 @@
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/platform/Types.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -30,8 +29,8 @@ public:
     /// The same for a high-pass.
     int CalcCoefHPF(double fc);
 
-    /// Sets the remembered input and output to `value`. A low-pass then stands on that level: fed with it, it
-    /// gives it back to the last bit.
+    /// Sets the remembered input and output to `value`. A low-pass then stands on that level and gives it
+    /// back when fed with it: to the last bit up to fc = 0.25, to rounding above.
     void ClearBuf(double value);
 
     /// Filters one sample.
@@ -47,16 +46,25 @@ private:
     friend class CMatIirNth;
 
     int Design(double fc, double previousInput);
-    double Step(double x);
 
-    // The difference equation as y = side y1 + b0 (x + previousInput x1) - leak y1, with leak = side - a1:
-    // see CMatIir2th.
-    double b0_ = 0.0;
-    double previousInput_ = 0.0;  // 1 for a low-pass, -1 for a high-pass
-    double side_ = 1.0;
-    double leak_ = 0.0;
-    double x1_ = 0.0;
-    double y1_ = 0.0;
+    // The difference equation as y = side y1 + b0 (x + previousInput x1) - leak y1, leak = side - a1: see
+    // CMatIir2th.
+    struct Section {
+        double b0 = 0.0;
+        double previousInput = 0.0;  // 1 for a low-pass, -1 for a high-pass
+        double side = 1.0;
+        double leak = 0.0;
+        double x1 = 0.0;
+        double y1 = 0.0;
+
+        double Step(double x) {
+            y1 = side * y1 + (b0 * (x + previousInput * x1) - leak * y1);
+            x1 = x;
+            return y1;
+        }
+    };
+
+    Section section_;
 };
 
 /// Second order: y = b0 x + b1 x1 + b2 x2 + a1 y1 + a2 y2. With D = 1 + p/q + p^2: a1 = 2 (1 - p^2)/D,
@@ -84,22 +92,30 @@ private:
     friend class CMatIirNth;
 
     int Design(double fc, double q, double previousInput);
-    double Step(double x);
+    void SetState(double x1, double x2, double y1, double y2);
 
     // Near the ends of the range of fc the poles crowd at z = side, 1 for a low corner and -1 for a high one,
     // and the difference equation as it is written would lose what lies between them to rounding. The same
-    // equation is therefore evaluated with the step v = y - side y1 for a state:
-    //   v = glide v1 + b0 (x + 2 previousInput x1 + x2) - leak y1,  y = side y1 + v
-    // with glide = -side a2 and leak = side - a1 - side a2, both free of cancellation.
-    double b0_ = 0.0;
-    double twicePreviousInput_ = 0.0;  // 2 for a low-pass, -2 for a high-pass
-    double side_ = 1.0;
-    double glide_ = 0.0;
-    double leak_ = 0.0;
-    double x1_ = 0.0;
-    double x2_ = 0.0;
-    double y1_ = 0.0;
-    double v1_ = 0.0;
+    // equation is therefore evaluated with small steps v and coefficients free of cancellation,
+    //   glide = -side a2,  leak = side - a1 - side a2.
+    // Where the pass band lies at z = side, direct = 0 and n = b; elsewhere the zeros crowd there as well,
+    // and direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 leak. Value is a double, or a pair
+    // of them for two sections at once.
+    template <class Value>
+    struct Section {
+        Value direct{}, n0{}, n1{}, n2{}, side{}, glide{}, leak{};
+        Value x1{}, x2{}, r1{}, v1{};
+
+        Value Step(const Value& x) {
+            v1 = (glide * v1 + ((n0 * x + n2 * x2) + n1 * x1)) - leak * r1;
+            r1 = side * r1 + v1;
+            x2 = x1;
+            x1 = x;
+            return direct * x + r1;
+        }
+    };
+
+    Section<double> section_{.side = 1.0};
 };
 
 /// Butterworth filters of order N: for an odd order a first-order section, then N/2 second-order sections,
@@ -132,8 +148,6 @@ public:
 private:
     int Design(double fc, std::int32_t order, double previousInput);
     bool LclAlloc(__int64 sectionCount);
-    template <std::size_t kSections>
-    static void RunSections(CMatIir2th* sections, const double* data, double* out, __int64 n);
     void LclFree();
 
     std::optional<CMatIir1th> first_;

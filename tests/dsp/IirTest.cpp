@@ -1,0 +1,276 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/dsp/MatIir.h>
+#include <tests/dsp/Signals.h>
+#include <tests/support/FailingMemory.h>
+
+#include <algorithm>
+#include <tuple>
+
+namespace {
+
+enum Kind { kLow, kHigh };
+
+template <class... Quality>
+int Design(auto* section, Kind kind, double fc, Quality... q) {
+    return kind == kLow ? section->CalcCoefLPF(fc, q...) : section->CalcCoefHPF(fc, q...);
+}
+int Design(CMatIirNth* filter, Kind kind, double fc, int order) {
+    return kind == kLow ? filter->CalcCoefBwLPF(fc, order) : filter->CalcCoefBwHPF(fc, order);
+}
+CMatIirNth Butterworth(Kind kind, double fc, int order) {
+    CMatIirNth filter;
+    EXPECT_EQ(Design(&filter, kind, fc, order), 1);
+    return filter;
+}
+
+template <class Filter>
+Wave Filtered(Filter&& filter, const Wave& wave) {
+    Wave out(wave.size());
+    EXPECT_EQ(filter.Filtering(wave.data(), out.data(), Size(wave)), 1);
+    return out;
+}
+
+/// The difference equation as it is written, in extended precision.
+struct Written {
+    long double b0 = 0, b1 = 0, b2 = 0, a1 = 0, a2 = 0;
+    long double x1, x2, y1, y2;
+
+    explicit Written(double state) : x1(state), x2(state), y1(state), y2(state) {}
+
+    void SetFirst(Kind kind, long double p) {
+        b0 = (kind == kLow ? p : 1) / (1 + p);
+        b1 = kind == kLow ? b0 : -b0;
+        a1 = (1 - p) / (1 + p);
+    }
+    void SetSecond(Kind kind, long double p, long double q) {
+        const long double d = 1 + p / q + p * p;
+        b0 = b2 = (kind == kLow ? p * p : 1) / d;
+        b1 = kind == kLow ? 2 * b0 : -2 * b0;
+        a1 = 2 * (1 - p * p) / d;
+        a2 = -(1 - p / q + p * p) / d;
+    }
+    double Step(double x) {
+        const long double y = b0 * static_cast<long double>(x) + b1 * x1 + b2 * x2 + a1 * y1 + a2 * y2;
+        x2 = std::exchange(x1, x);
+        y2 = std::exchange(y1, y);
+        return static_cast<double>(y);
+    }
+};
+
+class IirSections : public testing::TestWithParam<std::tuple<Kind, double>> {};
+
+// The state survives a new design, across the quarter of the sampling rate too.
+TEST_P(IirSections, FollowTheirDifferenceEquations) {
+    const auto [kind, fc] = GetParam();
+    constexpr double kLevel = 0.7, kQuality = 3.0;
+    CMatIir1th first;
+    CMatIir2th second;
+    first.ClearBuf(kLevel);
+    second.ClearBuf(kLevel);
+    Written writtenFirst(kLevel), writtenSecond(kLevel);
+    for (const double corner : {fc, 0.5 - fc, fc}) {
+        ASSERT_EQ(Design(&first, kind, corner), 1);
+        ASSERT_EQ(Design(&second, kind, corner, kQuality), 1);
+        const long double p = std::tan(std::numbers::pi_v<long double> * static_cast<long double>(corner));
+        writtenFirst.SetFirst(kind, p);
+        writtenSecond.SetSecond(kind, p, kQuality);
+        for (const double x : Noise(100)) {
+            ASSERT_NEAR(first.Filtering(x), writtenFirst.Step(x), 1e-14);
+            ASSERT_NEAR(second.Filtering(x), writtenSecond.Step(x), 1e-12);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Corners, IirSections,
+                         testing::Combine(testing::Values(kLow, kHigh),
+                                          testing::Values(0.01, 0.1, 0.2499, 0.25, 0.2501, 0.4, 0.49)));
+
+class IirButterworth : public testing::TestWithParam<std::tuple<Kind, double, int>> {};
+
+TEST_P(IirButterworth, HasTheAnalogueGainAtTheWarpedFrequency) {
+    const auto [kind, fc, order] = GetParam();
+    constexpr std::size_t kPeriod = 400;
+    // Folded to one period, the impulse response keeps its spectrum on the lines of the period.
+    Wave impulse(kPeriod, 0.0), folded(kPeriod, 0.0);
+    impulse[0] = 1.0;
+    CMatIirNth filter = Butterworth(kind, fc, order);
+    for (int period = 0; period < 60; ++period) {
+        const Wave part = Filtered(filter, period == 0 ? impulse : Wave(kPeriod, 0.0));
+        for (std::size_t i = 0; i < kPeriod; ++i) folded[i] += part[i];
+    }
+    EXPECT_LT(std::abs(filter.Filtering(0.0)), 1e-15);
+
+    const DirectTransform transform(kPeriod);
+    for (std::size_t k = 0; k <= kPeriod / 2; ++k) {
+        const double angle =
+            std::numbers::pi * static_cast<double>(k) / kPeriod;  // its tangent at the end is huge
+        const double ratio = std::tan(angle) / std::tan(std::numbers::pi * fc);
+        const double power = 1.0 / (1.0 + std::pow(kind == kLow ? ratio : 1.0 / ratio, 2 * order));
+        const double gain = static_cast<double>(std::abs(transform.At(std::span<const double>(folded), k)));
+        ASSERT_NEAR(gain, std::sqrt(power), 1e-13 * order) << "line " << k;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, IirButterworth,
+                         testing::Combine(testing::Values(kLow, kHigh),
+                                          testing::Values(0.01, 0.1, 0.25, 0.37, 0.49),
+                                          testing::Values(1, 2, 3, 4, 5, 8, 17, 32)));
+
+// The analogue poles s and t stand at z = (1 + s)/(1 - s) and its conjugate; partial fractions of the
+// transform of the step response give it in closed form.
+TEST(IirExtremes, StepResponsesOfTheLowestCornersAreExact) {
+    constexpr double kCorner = 1e-6, kQuality = 2.0;
+    CMatIir2th low, high;
+    ASSERT_EQ(low.CalcCoefLPF(kCorner, kQuality) + high.CalcCoefHPF(kCorner, kQuality), 2);
+    const long double p = std::tan(std::numbers::pi_v<long double> * static_cast<long double>(kCorner));
+    const Line s = p * Line(-0.25L, std::sqrt(15.0L / 16)), t = std::conj(s);
+    const Line logPole = std::log((1.0L + s) / (1.0L - s));
+    const Line lowPart = p * p / (1.0L - s) / (s * (s - t));
+    const Line highPart = s / (1.0L - s) / (s - t);
+    double worst = 0.0;
+    for (int n = 0; n < 1000000; ++n) {
+        const double lowStep = low.Filtering(1.0), highStep = high.Filtering(1.0);
+        if (n % 100 != 0) continue;
+        const Line wave = std::exp(logPole * static_cast<long double>(n));
+        const auto exactLow = static_cast<double>(1 + 2 * (lowPart * wave).real());
+        const auto exactHigh = static_cast<double>(2 * (highPart * wave).real());
+        worst = std::max({worst, std::abs(lowStep - exactLow), std::abs(highStep - exactHigh)});
+    }
+    EXPECT_LT(worst, 2e-11);
+}
+
+// With every other sample negated a low-pass is the high-pass of the mirrored corner.
+TEST(IirExtremes, HighCornersMirrorLowOnesToTheLastBit) {
+    for (const double fc : {0x1p-20, 0x1p-5, 0.1875}) {
+        for (const int order : {1, 2, 5, 32}) {
+            Wave x = Noise(5000), mirrored = x;
+            for (std::size_t i = 1; i < x.size(); i += 2) mirrored[i] = -x[i];
+            const Wave high = Filtered(Butterworth(kHigh, fc, order), x);
+            Wave low = Filtered(Butterworth(kLow, 0.5 - fc, order), mirrored);
+            for (std::size_t i = 1; i < low.size(); i += 2) low[i] = -low[i];
+            EXPECT_EQ(low, high) << fc << " order " << order;
+            EXPECT_THAT(high, testing::Each(testing::DoubleNear(0.0, 3.0)));
+        }
+    }
+}
+
+TEST(IirLevels, ASettledLowPassKeepsItsLevel) {
+    for (const double fc : {1e-6, 0.003, 0.1, 0.25, 0.4, 0.499999}) {
+        for (const int order : {1, 2, 7, 32}) {
+            CMatIirNth filter = Butterworth(kLow, fc, order);
+            filter.ClearBuf(0.1);
+            const Wave out = Filtered(filter, Wave(20000, 0.1));
+            EXPECT_THAT(out, testing::Each(testing::DoubleNear(0.1, fc <= 0.25 ? 0.0 : 1e-11)))
+                << fc << " order " << order;
+        }
+    }
+}
+
+TEST(IirLevels, QuarterOfTheRateMakesATwoPointAverage) {
+    CMatIir1th average;
+    ASSERT_EQ(average.CalcCoefLPF(0.25), 1);
+    EXPECT_EQ(Filtered(average, {1.0, 0.0, 0.0, 3.0, 5.0}), Wave({0.5, 0.5, 0.0, 1.5, 4.0}));
+}
+
+class IirBlocks : public testing::TestWithParam<int> {};
+
+TEST_P(IirBlocks, AnySplitGivesTheSameBits) {
+    const Wave x = Noise(700);
+    for (const Kind kind : {kLow, kHigh}) {
+        CMatIirNth bySample = Butterworth(kind, 0.3, GetParam());
+        Wave expected;
+        for (const double sample : x) expected.push_back(bySample.Filtering(sample));
+        for (const __int64 size : {1, 2, 3, 5, 20, 300, 700}) {
+            CMatIirNth filter = Butterworth(kind, 0.3, GetParam());
+            Wave inPlace = x;
+            for (__int64 i = 0; i < Size(x); i += size) {
+                double* const block = inPlace.data() + i;
+                ASSERT_EQ(filter.Filtering(block, block, std::min(size, Size(x) - i)), 1);
+            }
+            EXPECT_EQ(inPlace, expected) << "blocks of " << size;
+        }
+    }
+}
+
+TEST_P(IirBlocks, CopiesGoOnFromTheStateOfTheOriginalOnTheirOwn) {
+    CMatIirNth original = Butterworth(kLow, 0.05, GetParam());
+    Filtered(original, Noise(50));
+    CMatIirNth copy(original), assigned = Butterworth(kHigh, 0.2, 9);
+    assigned = original;
+    assigned = *&assigned;
+    const Wave x = Noise(50, 2), expected = Filtered(original, x);
+    EXPECT_EQ(Filtered(copy, x), expected);
+    EXPECT_EQ(Filtered(assigned, x), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, IirBlocks, testing::Values(0, 1, 2, 3, 4, 5, 8, 9));
+
+template <class Filter>
+class IirArrays : public testing::Test {};
+using Filters = testing::Types<CMatIir1th, CMatIir2th, CMatIirNth>;
+TYPED_TEST_SUITE(IirArrays, Filters);
+
+TYPED_TEST(IirArrays, TheResultTakesTheCountOfTheSamples) {
+    TypeParam filter;  // not designed; a level tells its output from the input
+    filter.ClearBuf(2.0);
+    const Wave x = Noise(30), expected = Filtered(TypeParam(filter), x);
+    const CDataArrayDouble in = ToArray(x), empty;
+    CDataArrayDouble out(7, 1.0), same = in;
+    EXPECT_EQ(TypeParam(filter).Filtering(&out, in), 1);
+    EXPECT_EQ(TypeParam(filter).Filtering(&same, same), 1);
+    double sample = 0.0;
+    EXPECT_TRUE(AllFail(filter.Filtering(nullptr, in), filter.Filtering(&out, empty),
+                        filter.Filtering(nullptr, &sample, 1), filter.Filtering(&sample, nullptr, 1),
+                        filter.Filtering(&sample, &sample, 0), filter.Filtering(&sample, &sample, kLowest)));
+    EXPECT_EQ(ToWave(out), expected);
+    EXPECT_EQ(ToWave(same), expected);
+}
+
+TEST(IirDesign, BadArgumentsChangeNothing) {
+    CMatIir1th first;
+    CMatIir2th second;  // order 3 has one of quality 1
+    CMatIirNth cascade = Butterworth(kLow, 0.1, 3);
+    ASSERT_EQ(first.CalcCoefLPF(0.1) + second.CalcCoefLPF(0.1, 1.0), 2);
+    const Wave x = Noise(20);
+    const Wave expected = Filtered(CMatIir2th(second), Filtered(CMatIir1th(first), x));
+    for (const Kind kind : {kLow, kHigh}) {
+        for (const double bad : {0.0, -0.1, 0.5, 7.0, kInfinity, -kInfinity, kNaN})
+            EXPECT_TRUE(AllFail(Design(&first, kind, bad), Design(&second, kind, bad, 1.0),
+                                Design(&cascade, kind, bad, 4)));
+        for (const double bad : {0.0, -1.0, kInfinity, kNaN}) EXPECT_EQ(Design(&second, kind, 0.1, bad), 0);
+        for (const int bad : {-1, CMatIirNth::kMaxOrder + 1, std::numeric_limits<int>::min(),
+                              std::numeric_limits<int>::max()})
+            EXPECT_EQ(Design(&cascade, kind, 0.1, bad), 0);
+    }
+    EXPECT_THAT(Filtered(cascade, x), Near(expected, 1e-15));
+    EXPECT_EQ(Filtered(second, Filtered(first, x)), expected);
+}
+
+TEST(IirDesign, ExtremeArgumentsGiveFiniteNumbers) {
+    constexpr double kTiniest = std::numeric_limits<double>::denorm_min(),
+                     kMost = std::numeric_limits<double>::max();
+    for (const double fc : {kTiniest, 1e-200, 0.1, std::nextafter(0.5, 0.0)}) {
+        for (const double q : {kTiniest, 1e-150, 1e150, kMost}) {
+            CMatIir2th low, high;
+            ASSERT_EQ(low.CalcCoefLPF(fc, q) + high.CalcCoefHPF(fc, q), 2);
+            for (const double x : Noise(1000))
+                ASSERT_LT(std::abs(low.Filtering(x)) + std::abs(high.Filtering(x)), 1e3) << fc << " " << q;
+        }
+    }
+}
+
+TEST(IirDesign, WithoutMemoryADesignKeepsTheFilterAndACopyPassesThrough) {
+    const Wave x = Noise(20), expected = Filtered(Butterworth(kLow, 0.1, 3), x);
+    CMatIirNth filter = Butterworth(kLow, 0.1, 3);
+    EXPECT_EQ(Starve([&] { return filter.CalcCoefBwHPF(0.2, 8); },
+                     [&] { EXPECT_EQ(Filtered(CMatIirNth(filter), x), expected); }),
+              1);
+    const auto copyWithoutMemory = [&] {
+        const FailingMemory failing(0);
+        return CMatIirNth(filter);
+    };
+    EXPECT_EQ(Filtered(copyWithoutMemory(), x), x);
+}
+
+}  // namespace
