@@ -27,6 +27,7 @@ public:
     Size Measure(std::wstring_view text, double letterSize) const override;
     Size GetSize() const override { return size_; }
     double GetPointLength() const override { return pointLength_; }
+    double GetFineness() const override { return hasPixels_ ? 1.0 : 0.25 * pointLength_; }
     double Sharp(double coordinate, double lineWidth) const override;
 
     void Fill(const Path& path, COLORREF color) override;

@@ -51,6 +51,8 @@ public:
     virtual Size GetSize() const = 0;
     /// Length of a typographic point (1/72 inch) in canvas units.
     virtual double GetPointLength() const = 0;
+    /// The least distance that is worth drawing: a pixel, or a fraction of a point where there are none.
+    virtual double GetFineness() const = 0;
     /// The coordinate nearest to `coordinate` at which an upright or level line of that width is sharp.
     virtual double Sharp(double coordinate, double lineWidth) const = 0;
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include <KvxDevCommon01/data/DataArray.h>
@@ -21,18 +22,15 @@ struct Sample {
     __int64 index = 0;
 };
 
-/// The samples that the frame may show, as shown values.
-IndexRange VisibleSamples(const CurveSamples& samples, const CurveFrame& frame) {
+/// The samples whose shown X may lie within the range, in any order of its bounds.
+IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double shownTo) {
     IndexRange range{0, samples.count};
     if (samples.x != nullptr) return range;
-    const auto held = [&](double pixel) {
-        const double shown = frame.x.ToValue(pixel);
+    const auto held = [&](double shown) {
         return samples.shownX != nullptr ? samples.shownX->ConvItoD(shown, 1) : shown;
     };
-    const double atLeft = held(frame.plot.left);
-    const double atRight = held(frame.plot.right);
-    if (FindVisibleRange({std::min(atLeft, atRight), std::max(atLeft, atRight)}, samples.start, samples.step,
-                         samples.y, samples.count, &range) == 0) {
+    const auto [low, high] = std::minmax(held(shownFrom), held(shownTo));
+    if (FindVisibleRange({low, high}, samples.start, samples.step, samples.y, samples.count, &range) == 0) {
         return {0, 0};
     }
     // The bounds may be a rounding error off, and a step begins one sample earlier.
@@ -42,46 +40,70 @@ IndexRange VisibleSamples(const CurveSamples& samples, const CurveFrame& frame) 
     return range;
 }
 
-/// Calls `use` with each `stride`-th visible sample in order and `skip` where there is a gap.
+/// Calls `use` with X, Y and index of each `stride`-th sample in the range, as shown values; Y of a gap is
+/// NaN.
+template <typename Use>
+void ForEachShown(const CurveSamples& samples, const IndexRange& range, __int64 stride, Use use) {
+    std::array<double, 512> x;
+    std::array<double, 512> y;
+    const __int64 end = range.first + range.count;
+    for (__int64 first = (range.first + stride - 1) / stride * stride; first < end;) {
+        const __int64 left = (end - first + stride - 1) / stride;
+        const auto filled = static_cast<std::size_t>(std::min(left, static_cast<__int64>(x.size())));
+        for (std::size_t i = 0; i < filled; ++i) {
+            const __int64 index = first + static_cast<__int64>(i) * stride;
+            x[i] = samples.x != nullptr ? samples.x[index] : samples.XAt(index);
+            const bool isGap = samples.y[index] == kNoValue<double> || x[i] == kNoValue<double>;
+            y[i] = isGap ? std::numeric_limits<double>::quiet_NaN() : samples.y[index];
+        }
+        const auto count = static_cast<__int64>(filled);
+        if (samples.shownX != nullptr) samples.shownX->ConvDtoI(x.data(), x.data(), count, 1);
+        if (samples.shownY != nullptr) samples.shownY->ConvDtoI(y.data(), y.data(), count, 1);
+        for (std::size_t i = 0; i < filled; ++i) use(x[i], y[i], first + static_cast<__int64>(i) * stride);
+        first += count * stride;
+    }
+}
+
+/// Calls `use` with each `stride`-th sample that the frame may show, and `skip` where there is a gap.
 template <typename Use, typename Skip>
 void ForEachSample(const CurveSamples& samples, const CurveFrame& frame, __int64 stride, Use use, Skip skip) {
     if (samples.y == nullptr || samples.count < 1) return;
     stride = std::clamp<__int64>(stride, 1, samples.count);
-    const IndexRange visible = VisibleSamples(samples, frame);
-    const __int64 end = visible.first + visible.count;
-    std::array<double, 512> x;
-    std::array<double, 512> y;
-    const auto blockSize = static_cast<__int64>(x.size());
-    for (__int64 next = (visible.first + stride - 1) / stride * stride; next < end;) {
-        const __int64 blockStart = next;
-        __int64 filled = 0;
-        for (; filled < blockSize && next < end; ++filled) {
-            const auto at = static_cast<std::size_t>(filled);
-            x[at] = samples.x != nullptr ? samples.x[next]
-                                         : samples.start + static_cast<double>(next) * samples.step;
-            const bool isGap = samples.y[next] == kNoValue<double> || x[at] == kNoValue<double>;
-            y[at] = isGap ? std::numeric_limits<double>::quiet_NaN() : samples.y[next];
-            if (end - next <= stride) {
-                next = end;
-            } else {
-                next += stride;
-            }
+    const IndexRange visible =
+        SamplesWithin(samples, frame.x.ToValue(frame.plot.left), frame.x.ToValue(frame.plot.right));
+    ForEachShown(samples, visible, stride, [&](double x, double y, __int64 index) {
+        const Point pixel{frame.x.ToPixel(x), frame.y.ToPixel(y)};
+        if (std::isnan(pixel.x) || std::isnan(pixel.y)) {
+            skip();
+            return;
         }
-        if (samples.shownX != nullptr) samples.shownX->ConvDtoI(x.data(), x.data(), filled, 1);
-        if (samples.shownY != nullptr) samples.shownY->ConvDtoI(y.data(), y.data(), filled, 1);
-        for (__int64 i = 0; i < filled; ++i) {
-            const auto at = static_cast<std::size_t>(i);
-            const Point pixel{frame.x.ToPixel(x[at]), frame.y.ToPixel(y[at])};
-            if (std::isnan(pixel.x) || std::isnan(pixel.y)) {
-                skip();
-                continue;
-            }
-            use(Sample{{std::clamp(pixel.x, -kFarthestPixel, kFarthestPixel),
-                        std::clamp(pixel.y, -kFarthestPixel, kFarthestPixel)},
-                       blockStart + i * stride});
-        }
-    }
+        use(Sample{{std::clamp(pixel.x, -kFarthestPixel, kFarthestPixel),
+                    std::clamp(pixel.y, -kFarthestPixel, kFarthestPixel)},
+                   index});
+    });
 }
+
+/// Gathers an extent.
+class ExtentScan {
+public:
+    void Add(double value) {
+        if (!std::isfinite(value)) return;
+        low_ = std::min(low_, value);
+        high_ = std::max(high_, value);
+        if (value > 0.0) lowAboveZero_ = std::min(lowAboveZero_, value);
+    }
+    CurveExtent GetExtent() const {
+        if (low_ > high_) return {};
+        return {low_, high_, std::isinf(lowAboveZero_) ? 0.0 : lowAboveZero_};
+    }
+
+private:
+    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+    double low_ = kInfinity;
+    double high_ = -kInfinity;
+    double lowAboveZero_ = kInfinity;
+};
 
 /// Points one after the other in the same column become at most four: first, lowest and highest as they
 /// came, last. `Sink` takes the points and the ends of runs.
@@ -214,6 +236,37 @@ double BarBase(const CurveFrame& frame) {
 
 }  // namespace
 
+void CurveExtent::Include(const CurveExtent& other) {
+    if (other.IsEmpty()) return;
+    if (IsEmpty()) {
+        *this = other;
+        return;
+    }
+    low = std::min(low, other.low);
+    high = std::max(high, other.high);
+    if (other.lowAboveZero > 0.0 && !(lowAboveZero > 0.0 && lowAboveZero <= other.lowAboveZero)) {
+        lowAboveZero = other.lowAboveZero;
+    }
+}
+
+CurveExtent ExtentOfX(const CurveSamples& samples) {
+    if (samples.y == nullptr || samples.count < 1) return {};
+    ExtentScan scan;
+    ForEachShown(samples, {0, samples.count}, 1, [&](double x, double y, __int64) {
+        if (!std::isnan(y)) scan.Add(x);
+    });
+    return scan.GetExtent();
+}
+
+CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange& x) {
+    if (samples.y == nullptr || samples.count < 1) return {};
+    ExtentScan scan;
+    ForEachShown(samples, SamplesWithin(samples, x.low, x.high), 1, [&](double at, double y, __int64) {
+        if (at >= x.low && at <= x.high) scan.Add(y);
+    });
+    return scan.GetExtent();
+}
+
 Path LinePath(const CurveSamples& samples, const CurveFrame& frame) {
     Path path;
     ClippedLine line(frame.plot, &path);
@@ -233,7 +286,7 @@ Path StepPath(const CurveSamples& samples, const CurveFrame& frame) {
     // An evenly spaced sample counts up to where the next one would be.
     const auto holdLast = [&] {
         if (!previous || samples.x != nullptr) return;
-        const double next = samples.start + static_cast<double>(previous->index + 1) * samples.step;
+        const double next = samples.XAt(previous->index + 1);
         const double shown = samples.shownX != nullptr ? samples.shownX->ConvDtoI(next, 1) : next;
         const double pixel = std::clamp(frame.x.ToPixel(shown), -kFarthestPixel, kFarthestPixel);
         if (!std::isnan(pixel)) reducer.Add({pixel, previous->pixel.y});
@@ -268,10 +321,7 @@ Path BarPath(const CurveSamples& samples, const CurveFrame& frame) {
         const Rect seen{std::max(bar.left, plot.left), std::max(bar.top, plot.top),
                         std::min(bar.right, plot.right), std::min(bar.bottom, plot.bottom)};
         if (seen.IsEmpty()) return;
-        const Path outline = Path::Around(seen);
-        for (std::size_t i = 0; i < outline.GetPoints().size(); ++i) {
-            i == 0 ? path.MoveTo(outline.GetPoints()[i]) : path.LineTo(outline.GetPoints()[i]);
-        }
+        path.Append(Path::Around(seen));
     };
     // A bar reaches nearly half-way to its neighbours; at the ends and at gaps as far as to the other side.
     std::optional<Sample> before;

@@ -21,6 +21,9 @@ struct CurveSamples {
     double step = 1.0;
     const CValConv* shownX = nullptr;  ///< how held values become shown ones; null: they are
     const CValConv* shownY = nullptr;
+
+    /// X of an evenly spaced sample, as held.
+    double XAt(__int64 index) const { return start + static_cast<double>(index) * step; }
 };
 
 enum class CurveShape {
@@ -37,6 +40,22 @@ struct CurveFrame {
     Rect plot;                 ///< nothing is drawn outside
     double columnWidth = 1.0;  ///< samples closer than that, one after the other, are drawn as their extremes
 };
+
+/// What the shown values of a curve reach; `low` is above `high` when there are none.
+struct CurveExtent {
+    double low = 0.0;
+    double high = -1.0;
+    double lowAboveZero = 0.0;  ///< 0 when no value is above 0
+
+    bool IsEmpty() const { return !(low <= high); }
+    /// Widens it to what another one reaches.
+    void Include(const CurveExtent& other);
+};
+
+/// The extent of X over all samples that have a value.
+KVX_PLOT_API CurveExtent ExtentOfX(const CurveSamples& samples);
+/// The extent of the values whose shown X lies within `x`. Infinite values do not count.
+KVX_PLOT_API CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange& x);
 
 /// The line through the samples, cut at the edges of the plot. A run of one point is a sample without
 /// neighbours. On a logarithmic axis values not above 0 lie far below the plot.

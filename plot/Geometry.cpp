@@ -22,6 +22,11 @@ void Path::LineTo(Point point) {
     points_.push_back(point);
 }
 
+void Path::Append(const Path& other) {
+    for (const std::size_t start : other.starts_) starts_.push_back(points_.size() + start);
+    points_.insert(points_.end(), other.points_.begin(), other.points_.end());
+}
+
 void Path::AddLine(Point from, Point to) {
     MoveTo(from);
     LineTo(to);

@@ -60,6 +60,8 @@ public:
     void MoveTo(Point point);
     /// Goes on with the run; starts one when there is none.
     void LineTo(Point point);
+    /// Adds the runs of another path.
+    void Append(const Path& other);
     /// One run of two points.
     void AddLine(Point from, Point to);
 

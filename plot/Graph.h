@@ -4,6 +4,7 @@
 // charts in panes. Samples and bounds are held in standard units and shown in the graph's units.
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/graph/ScaleParam.h>
 #include <KvxDevCommon01/platform/Types.h>
+#include <KvxDevCommon01/units/ValConv.h>
 #include <plot/Canvas.h>
 #include <plot/Chart.h>
 #include <plot/ChartLayout.h>
@@ -52,9 +54,44 @@ struct GraphView {
     CGraphColorInfo::OUTPUT_KIND output = CGraphColorInfo::OUTPUT_DISPLAY;
 };
 
-/// Draws a two-dimensional graph over the whole canvas. 0, with nothing drawn, when a pointer is null, the
-/// parameters or scales fail their Check, they are not those of a two-dimensional graph, or the series are
-/// not as many as the parameters say.
+/// The charts that share a pane, one below the other, with the same X axis.
+struct GraphPane {
+    std::vector<Chart> charts;
+};
+
+/// What a two-dimensional graph consists of: its panes with everything resolved. The charts refer to the
+/// samples of the view and to values derived from them, which this holds.
+class KVX_PLOT_API GraphCharts {
+public:
+    /// Without panes when a pointer is null, the parameters or scales fail their Check or are not those of a
+    /// two-dimensional graph, a series has no samples to its count, or the series are not as many as the
+    /// parameters say.
+    explicit GraphCharts(const GraphView& view);
+    ~GraphCharts();
+    GraphCharts(const GraphCharts&) = delete;
+    GraphCharts& operator=(const GraphCharts&) = delete;
+
+    const std::vector<GraphPane>& GetPanes() const { return panes_; }
+
+private:
+    class Builder;
+
+    std::vector<GraphPane> panes_;
+    std::deque<std::vector<double>> derived_;  // their places stay, as charts refer to them
+    std::deque<CValConv> converters_;
+};
+
+/// Where the panes of a graph and the texts around them stand.
+struct GraphLayout {
+    Rect area;
+    std::optional<PlacedText> title;
+    std::vector<PlacedText> notes;             ///< test time and status
+    std::vector<std::vector<Rect>> paneAreas;  ///< of each chart of each pane
+};
+KVX_PLOT_API GraphLayout LayOutGraph(const GraphView& view, const GraphCharts& charts, const Rect& area,
+                                     double pointLength, const TextMeasure& measure);
+
+/// Draws a two-dimensional graph over the whole canvas. 0, with nothing drawn, when it has no panes.
 KVX_PLOT_API int DrawGraph(const GraphView& view, Canvas& canvas);
 
 }  // namespace kvx::plot

@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+#include <plot/ChartDrawing.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <plot/Curve.h>
+#include <plot/LineLook.h>
+
+namespace kvx::plot {
+namespace {
+
+using Compo = CGraphColorInfo;
+
+constexpr double kFinePoints = 0.75;  // frame, grid and cursor
+constexpr double kDotWidths = 2.5;    // a lone sample over the width of its line
+constexpr double kMajorTickPoints = 4.5;
+constexpr double kMinorTickPoints = 2.5;
+
+/// A colour between two, `part` of the way from the first.
+COLORREF Between(COLORREF from, COLORREF to, double part) {
+    const auto mix = [&](unsigned shift) {
+        const double start = (from >> shift) & 0xFFu;
+        const double end = (to >> shift) & 0xFFu;
+        return static_cast<COLORREF>(std::lround(start + part * (end - start))) << shift;
+    };
+    return mix(0) | mix(8) | mix(16);
+}
+
+/// Lines as fine as they get, on pixels where there are any.
+class FineLines {
+public:
+    explicit FineLines(Canvas& canvas)
+        : canvas_(canvas), width_(std::max(kFinePoints * canvas.GetPointLength(), canvas.GetFineness())) {}
+
+    void AddUpright(double x, double top, double bottom) {
+        x = canvas_.Sharp(x, width_);
+        path_.AddLine({x, top}, {x, bottom});
+    }
+    void AddLevel(double y, double left, double right) {
+        y = canvas_.Sharp(y, width_);
+        path_.AddLine({left, y}, {right, y});
+    }
+    void Draw(COLORREF color) {
+        if (!path_.IsEmpty()) canvas_.Stroke(path_, {color, width_});
+        path_ = {};
+    }
+    double GetWidth() const { return width_; }
+
+private:
+    Canvas& canvas_;
+    double width_;
+    Path path_;
+};
+
+void DrawGrid(const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
+    const Rect& plot = layout.plot;
+    const COLORREF major = colors.Of(Compo::COMPO_GRID);
+    const COLORREF minor = Between(major, colors.Of(Compo::COMPO_GRAPH_BACK), 0.6);
+    FineLines lines(canvas);
+    for (const bool isMajor : {false, true}) {
+        for (const PlacedTick& tick : layout.x.ticks) {
+            if (tick.isMajor == isMajor) lines.AddUpright(tick.pixel, plot.top, plot.bottom);
+        }
+        for (const PlacedTick& tick : layout.y.ticks) {
+            if (tick.isMajor == isMajor) lines.AddLevel(tick.pixel, plot.left, plot.right);
+        }
+        lines.Draw(isMajor ? major : minor);
+    }
+}
+
+/// Short strokes into the plot.
+void DrawTicks(const ChartLayout& layout, COLORREF color, Canvas& canvas) {
+    const Rect& plot = layout.plot;
+    FineLines lines(canvas);
+    const auto length = [&](const PlacedTick& tick) {
+        return (tick.isMajor ? kMajorTickPoints : kMinorTickPoints) * canvas.GetPointLength();
+    };
+    for (const PlacedTick& tick : layout.x.ticks) {
+        lines.AddUpright(tick.pixel, plot.bottom - length(tick), plot.bottom);
+    }
+    for (const PlacedTick& tick : layout.y.ticks) {
+        lines.AddLevel(tick.pixel, plot.left, plot.left + length(tick));
+    }
+    if (layout.y2) {
+        for (const PlacedTick& tick : layout.y2->ticks) {
+            lines.AddLevel(tick.pixel, plot.right - length(tick), plot.right);
+        }
+    }
+    lines.Draw(color);
+}
+
+void DrawCursors(const Chart& chart, const ChartLayout& layout, COLORREF color, Canvas& canvas) {
+    FineLines lines(canvas);
+    for (const double value : chart.cursors) {
+        const double x = layout.x.mapping.ToPixel(value);
+        if (x >= layout.plot.left && x <= layout.plot.right) {
+            lines.AddUpright(x, layout.plot.top, layout.plot.bottom);
+        }
+    }
+    lines.Draw(color);
+}
+
+void DrawTexts(const std::vector<PlacedText>& texts, COLORREF color, Canvas& canvas) {
+    for (const PlacedText& text : texts) DrawPlacedText(text, color, canvas);
+}
+
+void DrawLegend(const Chart& chart, const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
+    if (!layout.legend) return;
+    const FineLines lines(canvas);
+    canvas.FillRect(*layout.legend, colors.Of(Compo::COMPO_LEGEND_BACK));
+    canvas.StrokeRect(*layout.legend, {colors.Of(Compo::COMPO_FRAME), lines.GetWidth()});
+    for (const LegendEntry& entry : layout.entries) {
+        const ChartCurve& curve = chart.curves[entry.curve];
+        const Point center = entry.sample.Center();
+        const Pen pen = LinePen(curve.look, colors.output, canvas.GetPointLength());
+        if (curve.shape == CurveShape::kBars) {
+            canvas.FillRect(entry.sample.Inset(0.25 * entry.sample.Height()), curve.look.m_rgbLine);
+        } else if (curve.shape != CurveShape::kMarks) {
+            const double y = canvas.Sharp(center.y, pen.width);
+            canvas.StrokeLine({entry.sample.left, y}, {entry.sample.right, y}, pen);
+        }
+        if (curve.look.m_bMark || curve.shape == CurveShape::kMarks) {
+            Path place;
+            place.MoveTo(center);
+            DrawMarks(canvas, place, curve.look);
+        }
+        DrawPlacedText(entry.name, colors.Of(Compo::COMPO_LEGEND_TEXT), canvas);
+    }
+}
+
+/// Fills small squares where a line of one point would not be seen.
+void DrawLonePoints(const Path& path, const Pen& pen, Canvas& canvas) {
+    Path dots;
+    const double half = kDotWidths / 2.0 * std::max(pen.width, canvas.GetFineness());
+    for (std::size_t i = 0; i < path.GetRunNum(); ++i) {
+        const std::span<const Point> run = path.GetRun(i);
+        if (run.size() != 1) continue;
+        dots.Append(Path::Around({run[0].x - half, run[0].y - half, run[0].x + half, run[0].y + half}));
+    }
+    if (!dots.IsEmpty()) canvas.Fill(dots, pen.color);
+}
+
+}  // namespace
+
+void DrawPlacedText(const PlacedText& text, COLORREF color, Canvas& canvas) {
+    TextStyle style = text.style;
+    style.color = color;
+    canvas.DrawText(text.text, text.anchor, style);
+}
+
+void DrawChartGround(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
+                     Canvas& canvas) {
+    canvas.FillRect(layout.area, colors.Of(Compo::COMPO_WINDOW_BACK));
+    canvas.FillRect(layout.plot, colors.Of(Compo::COMPO_GRAPH_BACK));
+    if (chart.hasGrid) DrawGrid(layout, colors, canvas);
+}
+
+void DrawCurve(const ChartCurve& curve, const ChartLayout& layout, CGraphColorInfo::OUTPUT_KIND output,
+               Canvas& canvas) {
+    const bool isOnSecondAxis = curve.isOnSecondAxis && layout.y2;
+    const AxisMapping& y = isOnSecondAxis ? layout.y2->mapping : layout.y.mapping;
+    if (layout.plot.IsEmpty() || layout.x.mapping.scale == 0.0 || y.scale == 0.0) return;
+    const CurveFrame frame{layout.x.mapping, y, layout.plot, canvas.GetFineness()};
+    const ClipScope clip(canvas, layout.plot);
+    const Pen pen = LinePen(curve.look, output, canvas.GetPointLength());
+    if (curve.shape == CurveShape::kBars) {
+        canvas.Fill(BarPath(curve.samples, frame), curve.look.m_rgbLine);
+    } else if (curve.shape != CurveShape::kMarks && pen.type != CKvxGraphLineSample::LINE_NONE) {
+        const Path path = curve.shape == CurveShape::kSteps ? StepPath(curve.samples, frame)
+                                                            : LinePath(curve.samples, frame);
+        canvas.Stroke(path, pen);
+        DrawLonePoints(path, pen, canvas);
+    }
+    if (curve.look.m_bMark || curve.shape == CurveShape::kMarks) {
+        DrawMarks(canvas, MarkPlaces(curve.samples, frame, curve.look.m_lMarkInterval), curve.look);
+    }
+}
+
+void DrawChartFrame(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
+                    Canvas& canvas) {
+    DrawCursors(chart, layout, colors.Of(Compo::COMPO_CURSOR), canvas);
+    const COLORREF frame = colors.Of(Compo::COMPO_FRAME);
+    DrawTicks(layout, frame, canvas);
+    canvas.StrokeRect(layout.plot, {frame, FineLines(canvas).GetWidth()});
+
+    const COLORREF text = colors.Of(Compo::COMPO_TEXT);
+    if (layout.title) DrawPlacedText(*layout.title, text, canvas);
+    DrawTexts(layout.x.numbers, text, canvas);
+    DrawTexts(layout.x.titles, text, canvas);
+    DrawTexts(layout.y.numbers, text, canvas);
+    DrawTexts(layout.y.titles, text, canvas);
+    if (layout.y2) {
+        DrawTexts(layout.y2->numbers, text, canvas);
+        DrawTexts(layout.y2->titles, text, canvas);
+    }
+    DrawLegend(chart, layout, colors, canvas);
+}
+
+void DrawChart(const Chart& chart, const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
+    DrawChartGround(chart, layout, colors, canvas);
+    for (const ChartCurve& curve : chart.curves) DrawCurve(curve, layout, colors.output, canvas);
+    DrawChartFrame(chart, layout, colors, canvas);
+}
+
+}  // namespace kvx::plot

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include <plot/detail/GraphAxis.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <KvxDevCommon01/graph/AutoRange.h>
+#include <KvxDevCommon01/units/UnitText.h>
+
+namespace kvx::plot {
+namespace {
+
+// An automatic logarithmic axis shows no more than this below the largest value: what lies deeper is rounding
+// noise, however small it gets.
+constexpr double kDeepest = 1e-10;
+// Data whose range is a smaller part of their size count as one value.
+constexpr double kLeastRange = 1e-9;
+
+AxisForm FormOf(BOOL isLogarithmic) {
+    return isLogarithmic ? AxisForm::kLogarithmic : AxisForm::kLinear;
+}
+
+/// Room around data of one value.
+AxisRange Around(const AxisRange& data, AxisForm form) {
+    if (form == AxisForm::kLogarithmic) return {data.low / std::sqrt(10.0), data.high * std::sqrt(10.0)};
+    const double size = std::max(std::abs(data.low), std::abs(data.high));
+    const double margin = size > 0.0 ? 0.1 * size : 1.0;
+    return {data.low - margin, data.high + margin};
+}
+
+AxisRange DataRange(const AxisSetting& setting, const CurveExtent& data) {
+    AxisRange range{data.low, data.high};
+    if (setting.form == AxisForm::kLogarithmic) range.low = std::max(data.lowAboveZero, data.high * kDeepest);
+    if (setting.isSymmetric) {
+        range.high = std::max(std::abs(range.low), std::abs(range.high));
+        range.low = -range.high;
+    }
+    return range;
+}
+
+AxisRange AutomaticBounds(const AxisSetting& setting, const CurveExtent& data) {
+    const bool isLogarithmic = setting.form == AxisForm::kLogarithmic;
+    if (data.IsEmpty() || (isLogarithmic && !(data.lowAboveZero > 0.0))) {
+        return isLogarithmic ? AxisRange{1.0, 10.0} : AxisRange{0.0, 1.0};
+    }
+    const AxisRange range = DataRange(setting, data);
+    const double size = std::max(std::abs(range.low), std::abs(range.high));
+    if (!(range.high - range.low > kLeastRange * size)) return Around(range, setting.form);
+    AxisRange rounded;
+    if (!setting.isFullRange &&
+        AutoRange(range.low, range.high, setting.form, RangeRounding::kOutward, &rounded) != 0 &&
+        rounded.low < rounded.high && (!isLogarithmic || rounded.low > 0.0)) {
+        return rounded;
+    }
+    return range;
+}
+
+}  // namespace
+
+AxisSetting XSetting(const CScaleParam& scale) {
+    return {scale.m_bXFullRange != 0,
+            scale.m_bXAuto != 0,
+            {scale.m_dXMin, scale.m_dXMax},
+            FormOf(scale.m_bXLog),
+            scale.m_bXSymmetric != 0};
+}
+
+AxisSetting YSetting(const CScaleParam& scale) {
+    return {false,
+            scale.m_bYAuto != 0,
+            {scale.m_dYMin, scale.m_dYMax},
+            FormOf(scale.m_bYLog),
+            scale.m_bYSymmetric != 0};
+}
+
+AxisSetting Y2Setting(const CScaleParam& scale) {
+    return {false,
+            scale.m_bY2Auto != 0,
+            {scale.m_dY2Min, scale.m_dY2Max},
+            FormOf(scale.m_bY2Log),
+            scale.m_bY2Symmetric != 0};
+}
+
+AxisRange ShownBounds(const AxisSetting& setting, const CValConv& shown, const CurveExtent& data) {
+    if (setting.isAutomatic || setting.isFullRange) return AutomaticBounds(setting, data);
+    const double first = shown.ConvDtoI(setting.held.low, 1);
+    const double second = shown.ConvDtoI(setting.held.high, 1);
+    // A unit of reciprocals turns the bounds round.
+    AxisRange bounds{std::min(first, second), std::max(first, second)};
+    if (setting.isSymmetric) {
+        bounds.high = std::max(std::abs(first), std::abs(second));
+        bounds.low = -bounds.high;
+    }
+    bounds.high = UpperBoundApart(bounds.low, bounds.high);
+    return bounds;
+}
+
+std::wstring AxisTitle(const std::wstring& name, const CValConv& shown) {
+    if (PlainUnitName(shown.GetUnit()).empty()) return name;
+    CString unit;
+    shown.GetUnitString(&unit);
+    // A trailing run of markup would reach the bracket.
+    const std::wstring bracketed = L"[" + unit + L"#n]";
+    return name.empty() ? bracketed : name + L" " + bracketed;
+}
+
+}  // namespace kvx::plot
