@@ -56,3 +56,17 @@ int Starve(Work work, AfterFailure afterFailure) {
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
+
+// The array forms too: a sanitizer has its own, which do not lead to those above.
+[[gnu::noinline]] void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return operator new(size, std::nothrow);
+}
+[[gnu::noinline]] void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+[[gnu::noinline]] void operator delete[](void* memory) noexcept {
+    operator delete(memory);
+}
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}
