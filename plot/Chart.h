@@ -20,7 +20,7 @@ struct ChartAxis {
     AxisRange bounds{0.0, 1.0};  ///< an axis whose bounds cannot be shown has no ticks and no curves
     AxisForm form = AxisForm::kLinear;
     std::wstring title;  ///< with its unit
-    NumberStyle numbers;
+    TickStyle ticks;
 };
 
 struct ChartCurve {

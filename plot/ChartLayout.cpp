@@ -16,8 +16,9 @@ constexpr Size kUsualPoints{600.0, 375.0};
 constexpr double kLine = 1.25;        // height of a line of text
 constexpr double kMargin = 0.7;       // around everything
 constexpr double kGap = 0.45;         // between a plot and its numbers, between numbers and titles
-constexpr double kNumberGap = 0.9;    // least room between numbers side by side
-constexpr double kNumberPitch = 2.4;  // least distance of numbers one above the other
+constexpr double kTitleGap = 0.2;     // between the numbers and the title of X
+constexpr double kNumberGap = 1.5;    // least room between numbers side by side
+constexpr double kNumberPitch = 2.6;  // least distance of numbers one above the other
 constexpr double kSample = 2.8;       // length of a line's sample in the legend
 constexpr double kEntry = 1.45;       // height of an entry in the legend
 constexpr double kTitle = 1.15;       // size of the title's letters
@@ -54,13 +55,21 @@ Rect OnPixels(const Rect& rect) {
     return {middle(rect.left), middle(rect.top), middle(rect.right), middle(rect.bottom)};
 }
 
+/// What a chart is laid out in.
+struct Frame {
+    Rect area;
+    double letterSize = 0.0;
+    double left = 0.0;  ///< least distance of the plot from the left edge of the area
+    double right = 0.0;
+};
+
 /// Works out one chart with certain parts. The heights come first: they do not depend on any number's width.
 class Layouter {
 public:
-    Layouter(const Chart& chart, const Rect& area, double pointLength, const TextMeasure& measure)
-        : chart_(chart), pointLength_(pointLength), measure_(measure) {
-        layout_.area = area;
-        em_ = layout_.letterSize = LetterSizeFor({area.Width(), area.Height()}, pointLength);
+    Layouter(const Chart& chart, const Frame& frame, double pointLength, const TextMeasure& measure)
+        : chart_(chart), frame_(frame), pointLength_(pointLength), measure_(measure), em_(frame.letterSize) {
+        layout_.area = frame.area;
+        layout_.letterSize = frame.letterSize;
     }
 
     /// Whether the plot is large enough.
@@ -76,7 +85,7 @@ public:
         const bool hasNumbers = parts_.hasNumbers && chart_.hasNumbers;
         room.bottom -= hasNumbers ? (kLine + kGap) * em_ : 0.0;
         const bool hasXTitle = parts_.hasTitles && !chart_.x.title.empty();
-        if (hasXTitle) room.bottom -= kLine * em_;
+        if (hasXTitle) room.bottom -= (kLine + kTitleGap) * em_;
         room.top += hasNumbers ? 0.5 * em_ : 0.0;  // the upper half of the highest number
         room.right -= chart_.rightRoom;
 
@@ -90,10 +99,12 @@ public:
         room.left += UprightWidth(chart_.y, y);
         const double overhang = hasNumbers ? 1.2 * em_ : 0.0;  // half of the last number of X
         room.right -= chart_.y2 ? UprightWidth(*chart_.y2, y2) : overhang;
+        room.left = std::max(room.left, frame_.area.left + frame_.left);
+        room.right = std::min(room.right, frame_.area.right - frame_.right);
         Rect plot = OnPixels(room);
         TickPlan x = PlanLevel(plot.Width());
         if (!x.factor.empty() && !hasXTitle) {
-            plot.bottom = std::floor(plot.bottom - kLine * em_) + 0.5;
+            plot.bottom = std::floor(plot.bottom - (kLine + kTitleGap) * em_) + 0.5;
         }
         layout_.plot = plot;
         if (!IsLargeEnough()) return false;
@@ -147,7 +158,7 @@ private:
                   const std::function<bool(const TickPlan&)>& fits) const {
         if (!IsShowable(axis) || !(length > 0.0)) return {};
         TickPlan plan =
-            PlanTicks(axis.bounds, axis.form, length, kMinorPoints * pointLength_, axis.numbers, fits);
+            PlanTicks(axis.bounds, axis.form, length, kMinorPoints * pointLength_, axis.ticks, fits);
         if (!parts_.hasNumbers || !chart_.hasNumbers) {
             plan.factor.clear();
             for (Tick& tick : plan.ticks) tick.number.clear();
@@ -211,7 +222,7 @@ private:
             if (tick.number.empty()) continue;
             axis.numbers.push_back(PlaceText(tick.number, {pixel, below}, numberStyle, measure_));
         }
-        if (parts_.hasNumbers && chart_.hasNumbers) below += kLine * em_;
+        if (parts_.hasNumbers && chart_.hasNumbers) below += (kLine + kTitleGap) * em_;
         double titleRoom = plot.Width();
         if (!plan.factor.empty()) {
             axis.titles.push_back(
@@ -312,6 +323,7 @@ private:
         Rect& legend = *layout_.legend;
         if (chart_.legend == LegendPlace::kBelow) {
             legend.left = layout_.plot.left;
+            legend.right = layout_.plot.right;
         } else {
             const double height = legend.Height();
             legend.top = std::min(layout_.plot.top, layout_.area.bottom - height);
@@ -335,15 +347,26 @@ private:
     }
 
     const Chart& chart_;
+    const Frame& frame_;
     double pointLength_;
     const TextMeasure& measure_;
     ChartLayout layout_;
     Parts parts_;
-    double em_ = 0.0;
+    double em_;
     std::vector<std::size_t> named_;
     double cellWidth_ = 0.0;
     std::size_t perColumn_ = 1;
 };
+
+ChartLayout LayOutIn(const Frame& frame, const Chart& chart, double pointLength, const TextMeasure& measure) {
+    for (const Parts& parts : kPartSteps) {
+        Layouter layouter(chart, frame, pointLength, measure);
+        if (layouter.LayOut(parts)) return layouter.TakeLayout();
+    }
+    Layouter layouter(chart, frame, pointLength, measure);
+    layouter.LayOutBare();
+    return layouter.TakeLayout();
+}
 
 /// Where a text of that extent begins when this part of it lies at 0.
 double StartOf(Align align, double extent) {
@@ -396,13 +419,31 @@ double LetterSizeFor(Size size, double pointLength) {
 
 ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
                         const TextMeasure& measure) {
-    for (const Parts& parts : kPartSteps) {
-        Layouter layouter(chart, area, pointLength, measure);
-        if (layouter.LayOut(parts)) return layouter.TakeLayout();
+    return LayOutIn({area, LetterSizeFor({area.Width(), area.Height()}, pointLength)}, chart, pointLength,
+                    measure);
+}
+
+std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,
+                                     double pointLength, const TextMeasure& measure) {
+    std::vector<ChartLayout> stack;
+    const std::size_t count = std::min(charts.size(), areas.size());
+    if (count == 0) return stack;
+    const Size whole{areas[0].Width(), areas[count - 1].bottom - areas[0].top};
+    Frame frame{{}, LetterSizeFor(whole, pointLength)};
+    // First each as it likes, then all with the most that one of them needs beside its plot.
+    for (const bool isFinal : {false, true}) {
+        stack.clear();
+        for (std::size_t i = 0; i < count; ++i) {
+            frame.area = areas[i];
+            stack.push_back(LayOutIn(frame, charts[i], pointLength, measure));
+        }
+        if (isFinal) break;
+        for (const ChartLayout& layout : stack) {
+            frame.left = std::max(frame.left, layout.plot.left - layout.area.left);
+            frame.right = std::max(frame.right, layout.area.right - layout.plot.right);
+        }
     }
-    Layouter layouter(chart, area, pointLength, measure);
-    layouter.LayOutBare();
-    return layouter.TakeLayout();
+    return stack;
 }
 
 }  // namespace kvx::plot

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -69,5 +70,10 @@ KVX_PLOT_API double LetterSizeFor(Size size, double pointLength);
 /// numbers give way to the plot.
 KVX_PLOT_API ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
                                      const TextMeasure& measure);
+
+/// Lays out charts one below the other, each in its area, with letters of one size and the left and right
+/// edges of the plots in line.
+KVX_PLOT_API std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,
+                                                  double pointLength, const TextMeasure& measure);
 
 }  // namespace kvx::plot

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/graph/VisibleRange.h>
@@ -323,43 +324,42 @@ Path BarPath(const CurveSamples& samples, const CurveFrame& frame) {
         if (seen.IsEmpty()) return;
         path.Append(Path::Around(seen));
     };
-    // A bar reaches nearly half-way to its neighbours; at the ends and at gaps as far as to the other side.
-    std::optional<Sample> before;
-    std::optional<Sample> current;
-    const auto addBar = [&](std::optional<double> next) {
-        if (!current) return;
-        const double x = current->pixel.x;
-        const std::optional<double> previous = before ? std::optional(before->pixel.x) : std::nullopt;
-        const double toLeft = previous ? x - *previous : next ? *next - x : 2.0 * frame.columnWidth;
-        const double toRight = next ? *next - x : toLeft;
-        const double half = frame.columnWidth / 2.0;
-        const Rect added{
-            x - std::max(half, std::abs(toLeft) * kBarWidth / 2.0), std::min(base, current->pixel.y),
-            x + std::max(half, std::abs(toRight) * kBarWidth / 2.0), std::max(base, current->pixel.y)};
-        const double column = std::floor(x / frame.columnWidth);
-        if (hasBar && column == barColumn) {
-            bar = {std::min(bar.left, added.left), std::min(bar.top, added.top),
-                   std::max(bar.right, added.right), std::max(bar.bottom, added.bottom)};
-            return;
-        }
-        finishBar();
-        bar = added;
-        barColumn = column;
-        hasBar = true;
+    const auto pixelOfX = [&](__int64 index) {
+        const double held = samples.x != nullptr ? samples.x[index] : samples.XAt(index);
+        return frame.x.ToPixel(samples.shownX != nullptr ? samples.shownX->ConvDtoI(held, 1) : held);
+    };
+    // A bar reaches nearly half-way to its neighbours, at the ends as far as to the other side.
+    const auto halfWidths = [&](__int64 index, double x) {
+        const bool isEven = samples.x == nullptr;
+        const bool hasNext = isEven || index + 1 < samples.count;
+        const bool hasPrevious = isEven || index > 0;
+        double left = hasPrevious ? x - pixelOfX(index - 1) : 0.0;
+        double right = hasNext ? pixelOfX(index + 1) - x : left;
+        if (!hasPrevious) left = right;
+        const auto half = [&](double distance) {
+            return std::max(frame.columnWidth, kBarWidth * std::min(std::abs(distance), kFarthestPixel)) /
+                   2.0;
+        };
+        return std::pair(half(left), half(right));
     };
     ForEachSample(
         samples, frame, 1,
         [&](const Sample& sample) {
-            addBar(sample.pixel.x);
-            before = current;
-            current = sample;
+            const auto [x, y] = sample.pixel;
+            const auto [toLeft, toRight] = halfWidths(sample.index, x);
+            const Rect added{x - toLeft, std::min(base, y), x + toRight, std::max(base, y)};
+            const double column = std::floor(x / frame.columnWidth);
+            if (hasBar && column == barColumn) {
+                bar = {std::min(bar.left, added.left), std::min(bar.top, added.top),
+                       std::max(bar.right, added.right), std::max(bar.bottom, added.bottom)};
+                return;
+            }
+            finishBar();
+            bar = added;
+            barColumn = column;
+            hasBar = true;
         },
-        [&] {
-            addBar(std::nullopt);
-            before.reset();
-            current.reset();
-        });
-    addBar(std::nullopt);
+        [] {});
     finishBar();
     return path;
 }

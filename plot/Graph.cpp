@@ -9,6 +9,7 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/graph/PaneLayout.h>
+#include <KvxDevCommon01/units/UnitText.h>
 #include <plot/ChartDrawing.h>
 #include <plot/LineLook.h>
 #include <plot/detail/GraphAxis.h>
@@ -24,6 +25,7 @@ constexpr double kPaneAspect = 1.6;
 constexpr double kUpperShare = 0.58;
 constexpr double kNoteGap = 0.4;  // over the size of the letters
 constexpr double kTitleSize = 1.25;
+constexpr double kHeightForTexts = 24.0;
 
 /// What a chart shows of its samples.
 enum class Part { kReal, kImaginary, kMagnitude, kPhase, kUnwrappedPhase };
@@ -68,8 +70,8 @@ CValConv Converter(const CUnitCtrl& unit, CValConv::UNIT_SUFFIX suffix) {
     return CValConv(unit, suffix);
 }
 
-NumberStyle StyleOf(std::int32_t significantDigits) {
-    NumberStyle style;
+TickStyle StyleOf(std::int32_t significantDigits) {
+    TickStyle style;
     if (significantDigits > 0) style.significantDigits = std::min(significantDigits, 15);
     return style;
 }
@@ -305,15 +307,27 @@ private:
         chart.hasNumbers = frame.numbers != 0;
         chart.legend = frame.legend ? content_.legend : LegendPlace::kNone;
         chart.isLegendWidthFromText = info_.GetGraphConfigInfo()->IsLegendWidthText() != 0;
-        chart.x.numbers = StyleOf(frame.digits.x);
-        chart.y.numbers = StyleOf(frame.digits.y);
-        if (HasSecondAxis()) chart.y2.emplace().numbers = StyleOf(frame.digits.y2);
+        chart.x.ticks = StyleOf(frame.digits.x);
+        chart.y.ticks = StyleOf(frame.digits.y);
+        if (HasSecondAxis()) chart.y2.emplace().ticks = StyleOf(frame.digits.y2);
         const CGraphConfigInfo& config = *info_.GetGraphConfigInfo();
         if (config.GetScaleDigitFlg()) {
-            chart.y.numbers.decimals = std::clamp(config.GetScaleDigit(), 0, 15);
-            if (chart.y2) chart.y2->numbers.decimals = chart.y.numbers.decimals;
+            chart.y.ticks.decimals = std::clamp(config.GetScaleDigit(), 0, 15);
+            if (chart.y2) chart.y2->ticks.decimals = chart.y.ticks.decimals;
         }
         return chart;
+    }
+
+    /// What a curve needs of X. Bars at the ends are as wide as the others.
+    static CurveExtent RoomOfX(const ChartCurve& curve) {
+        CurveExtent extent = ExtentOfX(curve.samples);
+        if (curve.shape != CurveShape::kBars || curve.samples.x != nullptr || extent.IsEmpty()) return extent;
+        CurveSamples edges = curve.samples;
+        edges.start -= edges.step / 2.0;
+        extent.Include(ExtentOfX(edges));
+        edges.start += edges.step;
+        extent.Include(ExtentOfX(edges));
+        return extent;
     }
 
     /// Bounds of the X axis for the curves of all charts of a pane, so that these stay one below the other.
@@ -322,7 +336,7 @@ private:
         CurveExtent extent;
         if (setting.isAutomatic || setting.isFullRange) {
             for (const Chart& chart : charts) {
-                for (const ChartCurve& curve : chart.curves) extent.Include(ExtentOfX(curve.samples));
+                for (const ChartCurve& curve : chart.curves) extent.Include(RoomOfX(curve));
             }
         }
         return ShownBounds(setting, shown, extent);
@@ -351,7 +365,10 @@ private:
             chart->y.form = y.form;
             chart->y.bounds = BoundsOfY(*chart, false, y, IsPhase(part) ? angle_ : y_);
         }
-        chart->y.title = AxisTitle(content_.yName, IsPhase(part) ? angle_ : y_);
+        const CValConv& shownY = IsPhase(part) ? angle_ : y_;
+        chart->y.ticks.isDegrees =
+            kvx::PlainUnitName(shownY.GetUnit()) == kvx::PlainUnitName(SingleUnit(kDegree));
+        chart->y.title = AxisTitle(content_.yName, shownY);
         if (!chart->y2) return;
         const AxisSetting y2 = Y2Setting(scale_);
         chart->y2->form = y2.form;
@@ -387,9 +404,12 @@ private:
             Chart& chart = pane.charts[i];
             chart.x.form = x.form;
             chart.x.bounds = bounds;
-            chart.x.title = AxisTitle(content_.xName, shownX);
             for (const double cursor : content_.cursors) chart.cursors.push_back(shownX.ConvDtoI(cursor, 1));
             FinishAxes(parts[i], &chart);
+            // What the charts share stands once: X below them, the legend where there is room for it.
+            if (i + 1 == parts.size()) chart.x.title = AxisTitle(content_.xName, shownX);
+            const std::size_t withLegend = chart.legend == LegendPlace::kBelow ? parts.size() - 1 : 0;
+            if (i != withLegend) chart.legend = LegendPlace::kNone;
         }
         if (param_.m_frame.title) pane.charts.front().title = std::move(title);
         return pane;
@@ -448,7 +468,7 @@ GraphLayout LayOutGraph(const GraphView& view, const GraphCharts& charts, const 
         return placed;
     };
     // A small picture is for the plots.
-    const bool hasRoom = area.Height() > 16.0 * em;
+    const bool hasRoom = area.Height() > kHeightForTexts * em;
     if (hasRoom && view.param->m_frame.title && !view.param->m_z.title.empty()) {
         layout.title = addLine(view.param->m_z.title, kTitleSize * em, Align::kMiddle);
     }
@@ -493,12 +513,9 @@ int DrawGraph(const GraphView& view, Canvas& canvas) {
     const ChartColors colors{view.info->GetGraphColorInfo(), view.output};
     canvas.FillRect(layout.area, colors.Of(CGraphColorInfo::COMPO_WINDOW_BACK));
     for (std::size_t i = 0; i < layout.paneAreas.size(); ++i) {
-        const GraphPane& pane = charts.GetPanes()[i];
-        for (std::size_t k = 0; k < pane.charts.size(); ++k) {
-            const ChartLayout chart =
-                LayOutChart(pane.charts[k], layout.paneAreas[i][k], pointLength, canvas);
-            DrawChart(pane.charts[k], chart, colors, canvas);
-        }
+        const std::vector<Chart>& pane = charts.GetPanes()[i].charts;
+        const std::vector<ChartLayout> stack = LayOutStack(pane, layout.paneAreas[i], pointLength, canvas);
+        for (std::size_t k = 0; k < pane.size(); ++k) DrawChart(pane[k], stack[k], colors, canvas);
     }
     const COLORREF text = colors.Of(CGraphColorInfo::COMPO_TEXT);
     if (layout.title) DrawPlacedText(*layout.title, text, canvas);

@@ -12,7 +12,7 @@
 namespace kvx::plot {
 namespace {
 
-constexpr double kMostMajors = 20.0;
+constexpr double kMostMajors = 12.0;
 // Part of a step by which a bound may miss a tick and still be on it.
 constexpr double kTolerance = 1e-6;
 // Beyond this a double cannot tell neighbouring ticks apart.
@@ -45,7 +45,7 @@ struct Step {
                 return {1, exponent + 1};
         }
     }
-    /// The step of the minor ticks: a fifth, of 2 a quarter.
+    /// The step of the minor ticks of 1, 2 and 5: a fifth, of 2 a quarter.
     Step Finer() const {
         switch (digit) {
             case 1:
@@ -79,11 +79,11 @@ std::wstring PowerOfTen(int exponent) {
     return L"10#u" + std::to_wstring(exponent) + L"#n";
 }
 
-bool IsStyled(const NumberStyle& style) {
+bool IsStyled(const TickStyle& style) {
     return style.decimals || style.significantDigits;
 }
 
-std::wstring StyledNumber(double value, const NumberStyle& style) {
+std::wstring StyledNumber(double value, const TickStyle& style) {
     return style.decimals ? Number(value, L'f', *style.decimals)
                           : Number(value, L'g', *style.significantDigits);
 }
@@ -105,8 +105,8 @@ int FactorExponent(const AxisRange& bounds) {
     return static_cast<int>(std::floor(exponent / 3.0)) * 3;
 }
 
-TickPlan LinearPlan(const AxisRange& bounds, const Step& step, double length, double minorDistance,
-                    const NumberStyle& style) {
+TickPlan LinearPlan(const AxisRange& bounds, const Step& step, const Step& minor, double length,
+                    double minorDistance, const TickStyle& style) {
     TickPlan plan;
     const int factor = IsStyled(style) ? 0 : FactorExponent(bounds);
     if (factor != 0) plan.factor = L"×" + PowerOfTen(factor);
@@ -117,7 +117,6 @@ TickPlan LinearPlan(const AxisRange& bounds, const Step& step, double length, do
                                               : Number(numberStep.Times(index), L'f', -numberStep.exponent);
         plan.ticks.push_back({value, true, std::move(number)});
     });
-    const Step minor = step.Finer();
     const double ratio = std::round(step.Value() / minor.Value());
     if (minor.Value() / (bounds.high - bounds.low) * length < minorDistance) return plan;
     ForEachMultiple(bounds, minor, [&](double index) {
@@ -134,7 +133,7 @@ std::wstring DecadeNumber(int digit, int exponent, bool isPlain) {
 
 /// One plan of a logarithmic axis: numbers at `numbered` of each decade, at every `every`-th decade.
 TickPlan DecadePlan(const AxisRange& bounds, std::span<const int> numbered, int every, double length,
-                    double minorDistance, const NumberStyle& style) {
+                    double minorDistance, const TickStyle& style) {
     TickPlan plan;
     const int first = FloorLog10(bounds.low);
     const int last = FloorLog10(bounds.high);
@@ -172,22 +171,39 @@ TickPlan WithoutNumbers(TickPlan plan) {
     return plan;
 }
 
+struct DegreeStep {
+    int major;
+    int minor;
+};
+constexpr DegreeStep kDegreeSteps[] = {{15, 5},   {30, 10},  {45, 15},  {90, 30},
+                                       {180, 45}, {360, 90}, {720, 180}};
+// Below this span, degrees are like any other values.
+constexpr double kLeastDegrees = 60.0;
+constexpr double kMostDegrees = 3600.0;
+
 /// Ticks of equal steps. `length` belongs to the bounds as if the axis were linear; on a logarithmic one that
 /// shows so little that it needs these it nearly is.
-TickPlan PlanLinear(const AxisRange& bounds, double length, double minorDistance, const NumberStyle& style,
+TickPlan PlanLinear(const AxisRange& bounds, double length, double minorDistance, const TickStyle& style,
                     const std::function<bool(const TickPlan&)>& fits) {
     const double span = bounds.high - bounds.low;
+    if (style.isDegrees && span >= kLeastDegrees && span <= kMostDegrees) {
+        for (const auto& [major, minor] : kDegreeSteps) {
+            if (span / major > kMostMajors) continue;
+            TickPlan plan = LinearPlan(bounds, {major, 0}, {minor, 0}, length, minorDistance, style);
+            if (fits(plan)) return plan;
+        }
+    }
     Step step = StepAtLeast(span / kMostMajors);
     for (;;) {
-        TickPlan plan = LinearPlan(bounds, step, length, minorDistance, style);
+        TickPlan plan = LinearPlan(bounds, step, step.Finer(), length, minorDistance, style);
         if (fits(plan)) return plan;
         if (CountNumbers(plan) <= 1) return WithoutNumbers(std::move(plan));
         step = step.Coarser();
     }
 }
 
-TickPlan PlanLogarithmic(const AxisRange& bounds, double length, double minorDistance,
-                         const NumberStyle& style, const std::function<bool(const TickPlan&)>& fits) {
+TickPlan PlanLogarithmic(const AxisRange& bounds, double length, double minorDistance, const TickStyle& style,
+                         const std::function<bool(const TickPlan&)>& fits) {
     static constexpr std::array kAll = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     static constexpr std::array kSome = {1, 2, 5};
     static constexpr std::array kOne = {1};
@@ -215,7 +231,7 @@ TickPlan PlanLogarithmic(const AxisRange& bounds, double length, double minorDis
 }  // namespace
 
 TickPlan PlanTicks(const AxisRange& bounds, AxisForm form, double length, double minorDistance,
-                   const NumberStyle& style, const std::function<bool(const TickPlan&)>& fits) {
+                   const TickStyle& style, const std::function<bool(const TickPlan&)>& fits) {
     const double span = bounds.high - bounds.low;
     if (!(span > kLeastSpan && span < kMostSpan && length > 0.0)) return {};
     if (form == AxisForm::kLinear) return PlanLinear(bounds, length, minorDistance, style, fits);

@@ -29,10 +29,13 @@ struct TickPlan {
     bool operator==(const TickPlan&) const = default;
 };
 
-/// How numbers are written; by default with as many decimals as tell the ticks apart.
-struct NumberStyle {
+/// Which ticks there are and how their numbers are written; by default with as many decimals as tell the
+/// ticks apart.
+struct TickStyle {
     std::optional<int> decimals;           ///< exactly as many, 0 to 15
     std::optional<int> significantDigits;  ///< at most as many, 1 to 15; counts when `decimals` does not
+    bool isDegrees =
+        false;  ///< a linear axis of angles, which has steps of 15, 30, 45, 90 ... when it is wide
 };
 
 /// Plans the ticks between `bounds` (low below high, both above 0 on a logarithmic axis; otherwise there are
@@ -44,6 +47,6 @@ struct NumberStyle {
 /// the plans from fine to coarse the first is taken whose numbers have room, as `fits` says; when none has,
 /// the coarsest without its numbers.
 KVX_PLOT_API TickPlan PlanTicks(const AxisRange& bounds, AxisForm form, double length, double minorDistance,
-                                const NumberStyle& style, const std::function<bool(const TickPlan&)>& fits);
+                                const TickStyle& style, const std::function<bool(const TickPlan&)>& fits);
 
 }  // namespace kvx::plot

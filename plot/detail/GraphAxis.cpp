@@ -12,7 +12,7 @@ namespace {
 
 // An automatic logarithmic axis shows no more than this below the largest value: what lies deeper is rounding
 // noise, however small it gets.
-constexpr double kDeepest = 1e-10;
+constexpr double kDeepest = 1e-8;
 // Data whose range is a smaller part of their size count as one value.
 constexpr double kLeastRange = 1e-9;
 
