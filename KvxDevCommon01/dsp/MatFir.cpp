@@ -22,7 +22,7 @@
 namespace {
 
 constexpr __int64 kBlock = 512;  // input or results that are worked on at once
-using Block = std::array<double, kBlock>;
+using Block = std::array<double, kBlock + kvx::kFirOverrun>;
 
 std::size_t Index(__int64 index) {
     return static_cast<std::size_t>(index);
@@ -102,8 +102,9 @@ int CMatFir::PrepFir() {
     sinceResult_ = 0;
     rowLength_ = mode_ == RATE_DECIMATE ? kBlock / ratio_ + (taps - 1) / ratio_ + 1 : 0;
     const __int64 rows = std::min(ratio_, taps);
-    isPrepared_ = work_.SetData(lineSize_ + rows * rowLength_, nullptr) && offsets_.SetData(taps, nullptr) &&
-                  sums_.SetData(taps, coef_.GetData()) && results_.SetSize(outBufSize_);
+    isPrepared_ = work_.SetData(lineSize_ + rows * rowLength_ + kvx::kFirOverrun, nullptr) &&
+                  offsets_.SetData(taps, nullptr) && sums_.SetData(taps, coef_.GetData()) &&
+                  results_.SetSize(outBufSize_);
     if (!isPrepared_) return 0;
 
     for (__int64 tap = 0; tap < taps; ++tap) {

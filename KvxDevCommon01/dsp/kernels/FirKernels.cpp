@@ -42,6 +42,8 @@ inline void Store(double* to, Lanes lanes) {
 }
 #endif
 
+static_assert(2 * kLanes - 1 <= kFirOverrun);
+
 struct Filter {
     const double* coef;
     const Index* offsets;
@@ -58,28 +60,16 @@ struct Filter {
         }
         for (unsigned v = 0; v < kVectors; ++v) Store(y + v * kLanes, sums[v]);
     }
-
-    inline double SumOne(const double* x) const {
-        double sum = coef[0] * x[offsets[0]];
-        for (Index tap = 1; tap < taps; ++tap) sum += coef[tap] * x[offsets[tap]];
-        return sum;
-    }
 };
 
 void WeightedSums(const double* coef, const Index* offsets, Index taps, const double* x, double* y,
                   Index count) {
     const Filter filter{coef, offsets, taps};
-    constexpr unsigned kVectors = 8;
     Index k = 0;
-    for (; count - k >= kVectors * kLanes; k += kVectors * kLanes) filter.Sum<kVectors>(x + k, y + k);
-    for (; count - k >= 2 * kLanes; k += 2 * kLanes) filter.Sum<2>(x + k, y + k);
-    for (; count - k >= kLanes; k += kLanes) filter.Sum<1>(x + k, y + k);
-    if (k < count && count >= kLanes) {
-        // The last vector takes results along that are already there.
-        filter.Sum<1>(x + count - kLanes, y + count - kLanes);
-        return;
-    }
-    for (; k < count; ++k) y[k] = filter.SumOne(x + k);
+    for (; count - k >= 8 * kLanes; k += 8 * kLanes) filter.Sum<8>(x + k, y + k);
+    for (; count - k >= 4 * kLanes; k += 4 * kLanes) filter.Sum<4>(x + k, y + k);
+    for (; count - k > kLanes; k += 2 * kLanes) filter.Sum<2>(x + k, y + k);
+    if (count > k) filter.Sum<1>(x + k, y + k);
 }
 
 }  // namespace

@@ -8,10 +8,14 @@
 
 namespace kvx {
 
+/// How many results more than asked for the loop may compute, to fill its last vector.
+inline constexpr std::int64_t kFirOverrun = 15;
+
 /// The FIR loop of one instruction set. Blocks need no alignment.
 struct FirKernels {
     /// y[k] = coef[0] x[offsets[0] + k] + coef[1] x[offsets[1] + k] + ... over `taps` >= 1 terms, added in
-    /// this order, for k = 0..count-1. `y` must not overlap the rest.
+    /// this order, for k = 0..count-1. `x` and `y` have room for kFirOverrun results more, of whatever value.
+    /// `y` must not overlap the rest.
     void (*weightedSums)(const double* coef, const std::int64_t* offsets, std::int64_t taps, const double* x,
                          double* y, std::int64_t count);
 };
