@@ -6,14 +6,19 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
+#include <numbers>
+#include <numeric>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 namespace {
 
 using testing::ElementsAre;
 
-constexpr auto kNone_ = CMatFir::RATE_NONE;
+constexpr auto kKeep = CMatFir::RATE_NONE;
 constexpr auto kUp = CMatFir::RATE_INTERPOLATE;
 constexpr auto kDown = CMatFir::RATE_DECIMATE;
 
@@ -23,7 +28,7 @@ Wave Drain(CMatFir* fir) {
     return out;
 }
 
-CMatFir Filter(const Wave& coef, CMatFir::RATE_CONV mode = kNone_, __int64 ratio = 1, __int64 size = 1024) {
+CMatFir Filter(const Wave& coef, CMatFir::RATE_CONV mode = kKeep, __int64 ratio = 1, __int64 size = 1024) {
     CMatFir fir;
     fir.SetCoef(coef.data(), Size(coef), 0.0);
     fir.SetRateConv(mode, ratio);
@@ -54,9 +59,10 @@ class FirFilter : public testing::TestWithParam<Shape> {};
 
 TEST_P(FirFilter, GivesTheBitsOfItsDefinitionHoweverTheInputIsCut) {
     const auto [mode, ratio, taps] = GetParam();
-    const Wave coef = Noise(static_cast<std::size_t>(taps), 7), x = Noise(1300);
+    const Wave coef = Noise(static_cast<std::size_t>(taps), 7);
+    const Wave x = Noise(mode == kUp && ratio > 500 ? 90 : 800);
     const Wave expected = Definition(coef, mode, static_cast<std::size_t>(ratio), x);
-    for (const __int64 split : {1, 5, 20, 300, 1300}) {
+    for (const __int64 split : {__int64{1}, __int64{5}, __int64{20}, __int64{300}, Size(x)}) {
         SCOPED_TRACE(split);
         CMatFir fir = Filter(coef, mode, ratio, Size(expected) + 1);
         for (__int64 done = 0; done < Size(x); done += split) {
@@ -67,11 +73,273 @@ TEST_P(FirFilter, GivesTheBitsOfItsDefinitionHoweverTheInputIsCut) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, FirFilter,
-                         testing::Values(Shape{kNone_, 1, 1}, Shape{kNone_, 1, 37}, Shape{kNone_, 1, 600},
+                         testing::Values(Shape{kKeep, 1, 1}, Shape{kKeep, 1, 37}, Shape{kKeep, 1, 600},
                                          Shape{kDown, 2, 1}, Shape{kDown, 2, 37}, Shape{kDown, 5, 93},
                                          Shape{kDown, 7, 3}, Shape{kDown, 600, 37}, Shape{kDown, 3, 700},
                                          Shape{kUp, 2, 1}, Shape{kUp, 2, 37}, Shape{kUp, 4, 75},
                                          Shape{kUp, 5, 93}, Shape{kUp, 7, 3}, Shape{kUp, 600, 37},
                                          Shape{kUp, 513, 700}, Shape{kUp, 3, 2000}));
+
+// ---- Kernels
+
+TEST(FirKernels, GiveTheSameBitsInEverySetWhereverTheBlocksLie) {
+    const std::vector<std::int64_t> offsets = {3, 0, 7, 7, 1};
+    const Wave coef = Noise(5, 3), x = Noise(300);
+    for (const kvx::KernelSet& set : kvx::AvailableKernels()) {
+        for (std::size_t count = 0; count < 140; ++count) {
+            const std::size_t shift = count % 3;
+            Wave y(count + shift + kvx::kFirOverrun);
+            set.fir->weightedSums(coef.data(), offsets.data(), 5, x.data() + shift, y.data() + shift,
+                                  static_cast<std::int64_t>(count));
+            for (std::size_t k = shift; k < count + shift; ++k) {
+                const double expected = coef[0] * x[k + 3] + coef[1] * x[k] + coef[2] * x[k + 7] +
+                                        coef[3] * x[k + 7] + coef[4] * x[k + 1];
+                ASSERT_EQ(y[k], expected) << set.name << " " << count;
+            }
+        }
+    }
+}
+
+// ---- Small streams by hand
+
+TEST(Fir, OneCoefficientOfOnePassesEveryBitThrough) {
+    CMatFir fir = Filter({1.0});
+    const Wave x = {1.5, -0.0, kInfinity, kNone, 5e-324};
+    EXPECT_EQ(fir.SetInputData(ToArray(x)), 1);
+    const Wave y = Drain(&fir);
+    EXPECT_EQ(y, x);
+    EXPECT_TRUE(std::signbit(y[1]));
+    EXPECT_EQ(fir.GetOutputData(), 0.0);
+}
+
+TEST(Fir, SmallStreamsComeOutAsComputedByHand) {
+    CMatFir fir = Filter({1, 2, 3});  // the first coefficient meets the oldest sample
+    fir.SetInputData(ToArray({1, 0, 0}));
+    EXPECT_THAT(Drain(&fir), ElementsAre(3, 2, 1));
+    fir = Filter({1}, kDown, 4);
+    fir.SetInputData(ToArray({1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_THAT(Drain(&fir), ElementsAre(4, 8));
+    fir = Filter({0.5, 1, 0.5}, kUp, 2);  // a straight line between two samples, at half gain
+    fir.SetInputData(ToArray({1, 3}));
+    EXPECT_THAT(Drain(&fir), ElementsAre(1, 2, 4, 6));
+}
+
+TEST(Fir, TakesAtMostWhatWaits) {
+    CMatFir fir = Filter({1.0});
+    fir.SetInputData(ToArray({1, 2, 3, 4}));
+    Wave out(10, -1.0);
+    EXPECT_TRUE(AllFail(fir.GetOutputData(nullptr, 2), fir.GetOutputData(out.data(), 0),
+                        fir.GetOutputData(out.data(), kLowest), fir.GetOutputDataLong(nullptr, 2)));
+    EXPECT_EQ(fir.GetOutputData(out.data(), 1), 1);
+    EXPECT_EQ(fir.GetOutputData(out.data() + 1, 10), 3);
+    EXPECT_THAT(out, ElementsAre(1, 2, 3, 4, -1, -1, -1, -1, -1, -1));
+}
+
+TEST(Fir, IntegersGoInExactlyAndComeOutRounded) {
+    constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+    CMatFir fir = Filter({0.5});
+    const CDataArrayLong whole(3, std::array<std::int32_t, 3>{kMax, 3, -3}.data());
+    EXPECT_EQ(fir.SetInputDataLong(whole), 1);
+    EXPECT_EQ(fir.SetInputDataLong(4), 1);
+    EXPECT_THAT(Drain(&fir), ElementsAre(kMax / 2.0, 1.5, -1.5, 2.0));
+    fir.SetInputData(ToArray({-1.0, 1e300, -kInfinity, kNaN, 2.4}));
+    EXPECT_EQ(fir.GetOutputDataLong(), -1);
+    std::array<std::int32_t, 9> out{};
+    EXPECT_EQ(fir.GetOutputDataLong(out.data(), 9), 4);
+    EXPECT_THAT(out, ElementsAre(kMax, -kMax - 1, 0, 1, 0, 0, 0, 0, 0));
+    EXPECT_TRUE(AllFail(fir.SetInputDataLong(nullptr, 1), fir.SetInputDataLong(out.data(), -1)));
+}
+
+// ---- Full buffers
+
+TEST(Fir, AFullBufferKeepsTheNewestAndSaysSo) {
+    CMatFir fir = Filter({1.0}, kKeep, 1, 4);
+    EXPECT_EQ(fir.SetInputData(ToArray({1, 2, 3, 4})), 1);
+    EXPECT_EQ(fir.SetInputData(5.0), 0);
+    EXPECT_EQ(fir.SetInputData(6.0), 0);
+    EXPECT_EQ(fir.GetNumOutputData(), 4);
+    EXPECT_EQ(fir.GetOutputData(), 3.0);
+    EXPECT_EQ(fir.SetInputData(7.0), 1);
+    EXPECT_EQ(fir.SetInputData(ToArray({8, 9})), 0);
+    EXPECT_THAT(Drain(&fir), ElementsAre(6, 7, 8, 9));
+    EXPECT_EQ(fir.SetInputData(ToArray(WaveOf(2000, [](double i) { return i; }))), 0);
+    EXPECT_THAT(Drain(&fir), ElementsAre(1996, 1997, 1998, 1999));
+}
+
+TEST(Fir, AnEnormousRatioEndsLikeAnyOther) {
+    CMatFir fir = Filter({1.0, 2.0}, kUp, kFarthest, 3);
+    EXPECT_EQ(fir.SetInputData(1.0), 0);
+    EXPECT_THAT(Drain(&fir), ElementsAre(0, 0, 0));
+    CMatFir hold;
+    hold.SetStdCoef(CMatFir::FIR_COEF_2, 1);
+    hold.SetRateConv(kUp, kFarthest);
+    EXPECT_EQ(hold.SetInputData(1.0), 0);
+    EXPECT_EQ(hold.GetOutputData(), 1.0);
+    CMatFir rare = Filter({1.0}, kDown, kFarthest);
+    EXPECT_EQ(rare.SetInputData(ToArray(Noise(3000))), 1);
+    EXPECT_EQ(rare.GetNumOutputData(), 0);
+}
+
+// ---- Settings
+
+TEST(Fir, SettingsStandWhenTheNextInputComes) {
+    CMatFir fir = Filter({1.0}, kKeep, 1, 2);
+    fir.SetInputData(ToArray({1, 2}));
+    fir.SetOutBufSize(3);  // waits for the next preparation
+    EXPECT_EQ(fir.SetInputData(3.0), 0);
+    fir.SetRateConv(kUp, 3);  // causes it; until then what waits can be taken
+    EXPECT_EQ(fir.GetOutputData(), 2.0);
+    EXPECT_EQ(fir.SetInputData(1.0), 1);
+    EXPECT_THAT(Drain(&fir), ElementsAre(3, 0, 0));
+    fir.SetRateConv(kKeep, 1);
+    fir.SetCoef(ToArray({1, 0}), 0.0);
+    fir.SetInputData(7.0);
+    EXPECT_EQ(fir.ClearResult(), 1);  // forgets the result, not the sample
+    fir.SetInputData(8.0);
+    EXPECT_THAT(Drain(&fir), ElementsAre(7));
+    EXPECT_EQ(fir.PrepFir(), 1);
+    fir.SetInputData(9.0);
+    fir.SetStdCoef(CMatFir::FIR_COEF_2, 1);
+    EXPECT_EQ(fir.GetNumOutputData(), 1);
+    EXPECT_EQ(fir.ClearResult(), 1);  // prepares
+    EXPECT_EQ(fir.GetNumOutputData(), 0);
+}
+
+TEST(Fir, ReportsWhatWasSet) {
+    CMatFir fir;
+    CMatFir::RATE_CONV mode = kUp;
+    EXPECT_EQ(fir.GetRateConv(&mode), 1);
+    EXPECT_EQ(mode, kKeep);
+    EXPECT_EQ(fir.GetOutBufSize(), 1024);
+    for (const auto& [asked, ratio] :
+         {std::pair(kDown, 1), {kUp, -7}, {kKeep, 5}, {CMatFir::RATE_CONV{9}, 5}}) {
+        fir.SetRateConv(asked, ratio);
+        EXPECT_EQ(fir.GetRateConv(&mode), 1);
+        EXPECT_EQ(mode, kKeep);
+    }
+    fir.SetRateConv(kDown, 5);
+    EXPECT_EQ(fir.GetRateConv(nullptr), 5);
+    for (const double delay : {0.0, -1.0, kNaN, kInfinity}) {
+        EXPECT_EQ(fir.SetCoef(ToArray({1, 2, 3, 4}), delay), 1);
+        EXPECT_EQ(fir.GetDelay(), 1.5);
+    }
+    EXPECT_EQ(fir.SetCoef(ToArray({1, 2}), 7.25), 1);
+    CDataArrayDouble coef;
+    EXPECT_EQ(fir.GetCoef(nullptr), 7.25);
+    EXPECT_EQ(fir.GetCoef(&coef), 7.25);
+    EXPECT_THAT(ToWave(coef), ElementsAre(1, 2));
+}
+
+TEST(Fir, RefusesWhatIsNoFilterAndNoInput) {
+    CMatFir fir;
+    const Wave x = {1.0};
+    EXPECT_TRUE(AllFail(fir.PrepFir(), fir.ClearResult(), fir.SetInputData(1.0), fir.SetInputDataLong(1),
+                        fir.SetCoef(nullptr, 1, 0.0), fir.SetCoef(x.data(), 0, 0.0),
+                        fir.SetCoef(CDataArrayDouble(), 0.0), fir.SetStdCoef(CMatFir::FIR_COEF{6}, 0),
+                        fir.SetOutBufSize(0), fir.SetOutBufSize(kLowest), fir.GetNumOutputData()));
+    fir = Filter({1.0});
+    EXPECT_TRUE(
+        AllFail(fir.SetInputData(nullptr, 1), fir.SetInputData(x.data(), -1), fir.GetNumOutputData()));
+    EXPECT_EQ(fir.SetInputData(CDataArrayDouble()), 1);
+    for (const __int64 size : {kFarthest, kFarthest / 8, kFarthest / 9}) {
+        EXPECT_EQ(fir.SetOutBufSize(size), 1);
+        EXPECT_EQ(fir.PrepFir(), 0);
+        EXPECT_TRUE(AllFail(fir.SetInputData(1.0), fir.ClearResult(), fir.GetNumOutputData()));
+    }
+}
+
+TEST(Fir, CopiesCarryTheStateAndGoTheirOwnWay) {
+    const Wave coef = Noise(40), x = Noise(500, 9);
+    CMatFir fir = Filter(coef, kDown, 3);
+    fir.SetInputData(x.data(), 250);
+    CMatFir copy = fir, assigned;
+    assigned = copy;
+    fir.SetInputData(x.data(), 100);
+    for (CMatFir* const other : {&copy, &assigned}) {
+        other->SetInputData(x.data() + 250, 250);
+        EXPECT_EQ(Drain(other), Definition(coef, kDown, 3, x));
+    }
+}
+
+// ---- Built-in sets
+
+struct StdSet {
+    std::size_t taps;
+    double centre;
+    int rateChange;
+    double passEdge, ripple, stopEdge, stopDb;  // edges in units of the lower rate
+    std::vector<double> first;
+};
+
+// The masks of the design rule: both bands meet their figure to the last digit given.
+const std::array<StdSet, 6> kSets = {{
+    // clang-format off
+    {37, 0.490608, 2, 0.390625, 7.14e-4, 0.609375, -80.0, {0.000519756, 0.000762731, -0.00103069, -0.00213407, 0.00188314}},
+    {13, 0.459555, 2, 0.195312, 6.16e-4, 0.804688, -91.4, {}},
+    {75, 0.244723, 4, 0.390625, 7.77e-4, 0.609375, -81.4, {0.000122401, 0.000305132, 0.0004108, 0.000363697, -9.76121e-06}},
+    {27, 0.235571, 4, 0.195312, 5.29e-4, 0.804688, -81.2, {}},
+    {93, 0.195912, 5, 0.390625, 7.87e-4, 0.609375, -80.7, {}},
+    {33, 0.189312, 5, 0.195312, 5.07e-4, 0.804688, -80.2, {}},
+    // clang-format on
+}};
+
+class FirStdSet : public testing::TestWithParam<std::uint32_t> {
+protected:
+    const StdSet& set() const { return kSets[GetParam()]; }
+    CMatFir::FIR_COEF code() const { return static_cast<CMatFir::FIR_COEF>(GetParam()); }
+};
+
+TEST_P(FirStdSet, KeepsItsMask) {
+    CMatFir fir;
+    ASSERT_EQ(fir.SetStdCoef(code(), 0), 1);
+    CDataArrayDouble coef;
+    EXPECT_EQ(fir.GetCoef(&coef), static_cast<double>(set().taps - 1) / 2);
+    const Wave h = ToWave(coef);
+    ASSERT_EQ(h.size(), set().taps);
+    EXPECT_EQ(h[h.size() / 2], set().centre);
+    EXPECT_TRUE(std::equal(h.begin(), h.end(), h.rbegin()));
+    EXPECT_TRUE(std::equal(set().first.begin(), set().first.end(), h.begin()));
+
+    EXPECT_NEAR(std::accumulate(h.begin(), h.end(), 0.0), 1.0, 1e-3);
+
+    double ripple = 0.0, stop = 0.0;
+    for (int i = 0; i <= 20000; ++i) {
+        const double f = i / 40000.0;  // of the higher rate
+        double response = h[h.size() / 2];
+        for (std::size_t tap = 0; tap < h.size() / 2; ++tap) {
+            response +=
+                2 * h[tap] * std::cos(2 * std::numbers::pi * f * static_cast<double>(h.size() / 2 - tap));
+        }
+        const double ofLowerRate = f * set().rateChange;
+        if (ofLowerRate <= set().passEdge) ripple = std::max(ripple, std::fabs(response - 1.0));
+        if (ofLowerRate >= set().stopEdge) stop = std::max(stop, std::fabs(response));
+    }
+    // Six digits of coefficients and three of the figures.
+    EXPECT_NEAR(ripple, set().ripple, 2e-5);
+    EXPECT_NEAR(20 * std::log10(stop), set().stopDb, 0.1);
+}
+
+TEST_P(FirStdSet, AloneDelaysByAsManySamplesWithoutFiltering) {
+    const Wave x = Noise(700);
+    const auto delay = static_cast<std::size_t>((set().taps - 1) / 2);
+    for (const auto& [mode, ratio] : {std::pair(kKeep, 1), {kDown, 4}, {kUp, 4}}) {
+        CMatFir fir;
+        ASSERT_EQ(fir.SetStdCoef(code(), 1), 1);
+        EXPECT_EQ(fir.GetDelay(), static_cast<double>(delay));
+        fir.SetRateConv(mode, ratio);
+        fir.SetOutBufSize(5000);
+        fir.SetInputData(ToArray(x));
+        const auto step = static_cast<std::size_t>(ratio);
+        const Wave y = Drain(&fir);
+        ASSERT_EQ(y.size(), mode == kUp ? x.size() * step : x.size() / step);
+        for (std::size_t k = 0; k < y.size(); ++k) {
+            const std::size_t now = mode == kDown ? k * step + step - 1 : k;  // at the rate of the taps
+            const std::size_t per = mode == kUp ? step : 1;
+            ASSERT_EQ(y[k], now < delay ? 0.0 : x[(now - delay) / per]) << k;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FirStdSet, testing::Range(0U, 6U));
 
 }  // namespace
