@@ -4,7 +4,7 @@
 #include <KvxDevCommon01/dsp/MatMrfMtx.h>
 #include <KvxDevCommon01/dsp/MatMrfRateCnv.h>
 #include <tests/dsp/Signals.h>
-#include <tests/support/FailingMemory.h>
+#include <tests/support/Starve.h>
 
 #include <algorithm>
 #include <array>

@@ -1,45 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// Memory that runs out: operator new of the whole program, to be included by one file of it. What takes its
-// memory elsewhere (the blocks of the containers) is not concerned.
+// Memory that runs out: operator new of the whole program, to be included by one file of it; others that let
+// memory run out include Starve.h. What takes its memory elsewhere (the blocks of the containers) is not
+// concerned.
 #pragma once
 
 #include <cstddef>
 #include <cstdlib>
 #include <new>
 
-/// While it lives, `allowed` allocations succeed and every later one fails.
-class FailingMemory {
-public:
-    explicit FailingMemory(int allowed) {
-        left_ = allowed;
-        isActive_ = true;
-    }
-    ~FailingMemory() { isActive_ = false; }
-    FailingMemory(const FailingMemory&) = delete;
-    FailingMemory& operator=(const FailingMemory&) = delete;
-
-    static bool RunsOut() { return isActive_ && left_-- <= 0; }
-
-private:
-    static inline int left_ = 0;
-    static inline bool isActive_ = false;
-};
-
-/// Runs `work` with one allocation more each time until it succeeds (returns nonzero); `afterFailure` follows
-/// every run that did not. Returns how many runs failed.
-template <typename Work, typename AfterFailure>
-int Starve(Work work, AfterFailure afterFailure) {
-    for (int allowed = 0;; ++allowed) {
-        int succeeded = 0;
-        {
-            const FailingMemory failing(allowed);
-            succeeded = work();
-        }
-        if (succeeded) return allowed;
-        afterFailure();
-    }
-}
+#include <tests/support/Starve.h>
 
 // Not inlined: a compiler that saw malloc and free through them would take every new for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
