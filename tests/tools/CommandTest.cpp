@@ -50,7 +50,7 @@ TEST_P(Help, EndsWithAnExampleThatWorks) {
 INSTANTIATE_TEST_SUITE_P(Commands, Help,
                          testing::Values("import", "info", "psd", "spectrum", "export", "synth", "units",
                                          "kinds", "units convert", "show-value", "folders", "xfr", "filter",
-                                         "profile"));
+                                         "profile", "plot"));
 
 struct WrongCase {
     const char* command;
@@ -136,6 +136,22 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx xfr a.vdf2 --block 4 --response 1", 1, "cannot analyse 'a.vdf2': channel 'a' is the reference, not a response\n"},
     WrongCase{"kvx xfr a.vdf2 --block 4 --at 1.5", 1, "cannot analyse 'a.vdf2': its last line is at 1 Hz, not at 1.5 Hz\n"},
     WrongCase{"kvx xfr a.vdf2 --at 1,x", 1, "'x' is not a number"},
+    WrongCase{"kvx plot a.vdf2", 2, "--output is required"},
+    WrongCase{"kvx plot a.vdf2 -o x.gif", 1, "the output 'x.gif' ends neither with .svg nor"},
+    WrongCase{"kvx plot a.csv -o x.svg", 1, "cannot read 'a.csv': it is not a vibration data file\n"},
+    WrongCase{"kvx plot a.vdf2 -o none/x.svg", 1, "cannot write 'none/x.svg': its folder does not exist\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --size 0x9", 1, "cannot write 'x.svg': the picture would be too small or too large\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --size big", 1, "--size: 'big' is no size such as 800x500"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --unit N", 1, "cannot draw 'a.vdf2': nothing of it converts to 'N'\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --x 2,1", 1, "--x: 2 is not below 1"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --x 1", 1, "--x: '1' is not FROM,TO"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --y 1,", 1, "--y needs both bounds"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --y 0,1 --y-scale log", 1, "--y: a logarithmic axis needs bounds above 0"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --x 9,", 1, "cannot draw 'a.vdf2': nothing of it lies within the bounds\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --profile profile.txt", 1, "cannot draw 'profile.txt': no density to be drawn is of its unit\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --settings a.csv", 1, "cannot read 'a.csv': it holds no graph settings\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --settings none", 1, "cannot read 'none': the file does not exist\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings none/x", 1, "cannot write 'none/x': it cannot be written\n"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2", 2, "--lowpass or --highpass is required"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --q 2", 2, "--q is for --kind second"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --order 2.5", 1, "--order: 2.5 is not a whole number from 1 to 16"},

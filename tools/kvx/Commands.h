@@ -14,6 +14,7 @@ void AddPsd(Command app);
 void AddXfr(Command app);
 void AddFilter(Command app);
 void AddExport(Command app);
+void AddPlot(Command app);
 void AddSynth(Command app);
 void AddProfile(Command app);
 void AddUnits(Command app);

@@ -34,36 +34,6 @@ struct ShowOptions {
     bool isDifference = false;
 };
 
-struct SuffixName {
-    std::string_view name;
-    CValConv::UNIT_SUFFIX suffix;
-};
-
-constexpr std::array kSuffixNames = {
-    SuffixName{"none", CValConv::SUFFIX_NONE},
-    SuffixName{"0-p", CValConv::SUFFIX_ZERO_TO_PEAK},
-    SuffixName{"p-p", CValConv::SUFFIX_PEAK_TO_PEAK},
-    SuffixName{"rms", CValConv::SUFFIX_RMS},
-};
-constexpr std::string_view kUsual = "usual";
-
-CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit) {
-    CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
-    unit.GetDimCode(&dimension, nullptr, nullptr, nullptr);
-    return dimension;
-}
-
-CValConv::UNIT_SUFFIX SuffixOf(std::string_view name, const CUnitCtrl& unit) {
-    if (name == kUsual) {
-        return unit.IsSingle() ? CValConv::GetUnitSuffixCode(DimensionOf(unit)) : CValConv::SUFFIX_NONE;
-    }
-    const auto row = std::ranges::find(kSuffixNames, name, &SuffixName::name);
-    if (row == kSuffixNames.end())
-        throw ValueError("--suffix: there is no suffix " + Quote(name) +
-                         ", only none, 0-p, p-p, rms and usual");
-    return row->suffix;
-}
-
 /// The units asked for, else all that the first member can be given in.
 std::vector<CUnitCtrl> UnitsToShow(const ShowOptions& options, const CUnitCtrl& from) {
     std::vector<CUnitCtrl> units;
@@ -86,7 +56,7 @@ void RunShowValue(const ShowOptions& options, ByteStream& out) {
     const CUnitCtrl from = RequireUnit(options.unit);
     const bool isAbsolute = from.IsSingle() && !options.isDifference;
     const double held = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
-    const CValConv::UNIT_SUFFIX suffix = SuffixOf(options.suffix, from);
+    const CValConv::UNIT_SUFFIX suffix = RequireSuffix(options.suffix, from);
     std::optional<std::wstring> format;
     if (options.format && !(format = FromUtf8(*options.format)))
         throw ValueError("--format: " + Quote(*options.format) + " is not valid UTF-8");

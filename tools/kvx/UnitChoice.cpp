@@ -19,6 +19,61 @@ namespace {
 
 constexpr std::size_t kSuggestions = 3;
 
+struct DimensionName {
+    CUnitCtrl::DIM_CODE code;
+    std::string_view english;
+};
+
+// clang-format off
+constexpr std::array kDimensionNames = {
+    DimensionName{CUnitCtrl::DIM_ACCELERATION,          "acceleration"},
+    DimensionName{CUnitCtrl::DIM_VELOCITY,              "velocity"},
+    DimensionName{CUnitCtrl::DIM_DISPLACEMENT,          "displacement"},
+    DimensionName{CUnitCtrl::DIM_FORCE,                 "force"},
+    DimensionName{CUnitCtrl::DIM_STRAIN,                "strain"},
+    DimensionName{CUnitCtrl::DIM_ANGULAR_VELOCITY,      "angular velocity"},
+    DimensionName{CUnitCtrl::DIM_ANGULAR_ACCELERATION,  "angular acceleration"},
+    DimensionName{CUnitCtrl::DIM_PRESSURE,              "pressure"},
+    DimensionName{CUnitCtrl::DIM_TIME,                  "time"},
+    DimensionName{CUnitCtrl::DIM_FREQUENCY,             "frequency"},
+    DimensionName{CUnitCtrl::DIM_CHARGE,                "charge"},
+    DimensionName{CUnitCtrl::DIM_VOLTAGE,               "voltage"},
+    DimensionName{CUnitCtrl::DIM_TEMPERATURE,           "temperature"},
+    DimensionName{CUnitCtrl::DIM_RATIO,                 "ratio"},
+    DimensionName{CUnitCtrl::DIM_ANGLE,                 "angle"},
+    DimensionName{CUnitCtrl::DIM_CYCLES,                "cycles"},
+    DimensionName{CUnitCtrl::DIM_ENGINEERING_UNIT,      "engineering unit"},
+    DimensionName{CUnitCtrl::DIM_COUNT,                 "count"},
+    DimensionName{CUnitCtrl::DIM_CURRENT,               "current"},
+    DimensionName{CUnitCtrl::DIM_RESISTANCE,            "resistance"},
+    DimensionName{CUnitCtrl::DIM_STANDARD_DEVIATION,    "standard deviation"},
+    DimensionName{CUnitCtrl::DIM_MASS,                  "mass"},
+    DimensionName{CUnitCtrl::DIM_NONE,                  "none"},
+    DimensionName{CUnitCtrl::DIM_HEAT,                  "heat"},
+    DimensionName{CUnitCtrl::DIM_POWER,                 "power"},
+    DimensionName{CUnitCtrl::DIM_TORQUE,                "torque"},
+    DimensionName{CUnitCtrl::DIM_MOMENT_OF_INERTIA,     "moment of inertia"},
+    DimensionName{CUnitCtrl::DIM_CAPACITANCE,           "capacitance"},
+    DimensionName{CUnitCtrl::DIM_CONDUCTANCE,           "conductance"},
+    DimensionName{CUnitCtrl::DIM_INDUCTANCE,            "inductance"},
+    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX,         "magnetic flux"},
+    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX_DENSITY, "magnetic flux density"},
+};
+// clang-format on
+
+struct SuffixName {
+    std::string_view name;
+    CValConv::UNIT_SUFFIX suffix;
+};
+
+constexpr std::array kSuffixNames = {
+    SuffixName{"none", CValConv::SUFFIX_NONE},
+    SuffixName{"0-p", CValConv::SUFFIX_ZERO_TO_PEAK},
+    SuffixName{"p-p", CValConv::SUFFIX_PEAK_TO_PEAK},
+    SuffixName{"rms", CValConv::SUFFIX_RMS},
+};
+constexpr std::string_view kUsual = "usual";
+
 /// Number of single-character changes between two texts, case changes not counted.
 std::size_t EditDistance(std::wstring_view a, std::wstring_view b) {
     std::vector<std::size_t> row(b.size() + 1);
@@ -132,6 +187,28 @@ std::optional<CUnitCtrl> DensityUnit(const CUnitCtrl& unit) {
     if (code == CUnitCtrl::UNIT_NONE) return SingleUnit(kHertz, CUnitCtrl::CALC_DIVIDE);
     return CUnitCtrl(code, CUnitCtrl::CALC_SQUARED, kHertz, CUnitCtrl::CALC_DIVIDE, CUnitCtrl::UNIT_NONE,
                      CUnitCtrl::CALC_PLAIN, CUnitCtrl::UNIT_NONE, CUnitCtrl::CALC_PLAIN);
+}
+
+CValConv::UNIT_SUFFIX RequireSuffix(std::string_view name, const CUnitCtrl& unit) {
+    if (name == kUsual) {
+        return unit.IsSingle() ? CValConv::GetUnitSuffixCode(DimensionOf(unit)) : CValConv::SUFFIX_NONE;
+    }
+    const auto row = std::ranges::find(kSuffixNames, name, &SuffixName::name);
+    if (row == kSuffixNames.end())
+        throw ValueError("--suffix: there is no suffix " + Quote(name) +
+                         ", only none, 0-p, p-p, rms and usual");
+    return row->suffix;
+}
+
+CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit) {
+    CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
+    unit.GetDimCode(&dimension, nullptr, nullptr, nullptr);
+    return dimension;
+}
+
+std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension) {
+    const auto row = std::ranges::find(kDimensionNames, dimension, &DimensionName::code);
+    return row != kDimensionNames.end() ? row->english : std::string_view();
 }
 
 bool IsConvertible(const CUnitCtrl& a, const CUnitCtrl& b) {

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/ValConv.h>
 
 namespace kvx::tool {
 
@@ -17,6 +18,16 @@ CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> 
 
 /// The unit's name for people, UTF-8 without markup; "-" for no unit.
 std::string UnitText(const CUnitCtrl& unit);
+
+/// The amplitude suffix of that name: none, 0-p, p-p, rms or, for what is customary for the unit, usual.
+/// Throws ValueError for any other.
+CValConv::UNIT_SUFFIX RequireSuffix(std::string_view name, const CUnitCtrl& unit);
+
+/// The dimension of a unit's first member.
+CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit);
+
+/// The English name of a dimension: "angular velocity"; empty for an unknown one.
+std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension);
 
 /// A heading of a table, "top [m/s2]" or "top (g)", as name and unit; all of it is the name when what the
 /// brackets hold is no unit.

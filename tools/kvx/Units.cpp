@@ -35,48 +35,6 @@ struct UnitsOptions {
     std::string to;
 };
 
-struct DimensionName {
-    CUnitCtrl::DIM_CODE code;
-    std::string_view english;
-};
-
-// clang-format off
-constexpr std::array kDimensionNames = {
-    DimensionName{CUnitCtrl::DIM_ACCELERATION,          "acceleration"},
-    DimensionName{CUnitCtrl::DIM_VELOCITY,              "velocity"},
-    DimensionName{CUnitCtrl::DIM_DISPLACEMENT,          "displacement"},
-    DimensionName{CUnitCtrl::DIM_FORCE,                 "force"},
-    DimensionName{CUnitCtrl::DIM_STRAIN,                "strain"},
-    DimensionName{CUnitCtrl::DIM_ANGULAR_VELOCITY,      "angular velocity"},
-    DimensionName{CUnitCtrl::DIM_ANGULAR_ACCELERATION,  "angular acceleration"},
-    DimensionName{CUnitCtrl::DIM_PRESSURE,              "pressure"},
-    DimensionName{CUnitCtrl::DIM_TIME,                  "time"},
-    DimensionName{CUnitCtrl::DIM_FREQUENCY,             "frequency"},
-    DimensionName{CUnitCtrl::DIM_CHARGE,                "charge"},
-    DimensionName{CUnitCtrl::DIM_VOLTAGE,               "voltage"},
-    DimensionName{CUnitCtrl::DIM_TEMPERATURE,           "temperature"},
-    DimensionName{CUnitCtrl::DIM_RATIO,                 "ratio"},
-    DimensionName{CUnitCtrl::DIM_ANGLE,                 "angle"},
-    DimensionName{CUnitCtrl::DIM_CYCLES,                "cycles"},
-    DimensionName{CUnitCtrl::DIM_ENGINEERING_UNIT,      "engineering unit"},
-    DimensionName{CUnitCtrl::DIM_COUNT,                 "count"},
-    DimensionName{CUnitCtrl::DIM_CURRENT,               "current"},
-    DimensionName{CUnitCtrl::DIM_RESISTANCE,            "resistance"},
-    DimensionName{CUnitCtrl::DIM_STANDARD_DEVIATION,    "standard deviation"},
-    DimensionName{CUnitCtrl::DIM_MASS,                  "mass"},
-    DimensionName{CUnitCtrl::DIM_NONE,                  "none"},
-    DimensionName{CUnitCtrl::DIM_HEAT,                  "heat"},
-    DimensionName{CUnitCtrl::DIM_POWER,                 "power"},
-    DimensionName{CUnitCtrl::DIM_TORQUE,                "torque"},
-    DimensionName{CUnitCtrl::DIM_MOMENT_OF_INERTIA,     "moment of inertia"},
-    DimensionName{CUnitCtrl::DIM_CAPACITANCE,           "capacitance"},
-    DimensionName{CUnitCtrl::DIM_CONDUCTANCE,           "conductance"},
-    DimensionName{CUnitCtrl::DIM_INDUCTANCE,            "inductance"},
-    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX,         "magnetic flux"},
-    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX_DENSITY, "magnetic flux density"},
-};
-// clang-format on
-
 struct Dimension {
     CUnitCtrl::DIM_CODE code;
     std::string name;  ///< as the suite shows it
@@ -90,9 +48,7 @@ std::vector<Dimension> AllDimensions() {
     CItemInfo item;
     for (__int64 i = 0; list.GetItem(i, &item); ++i) {
         const auto code = static_cast<CUnitCtrl::DIM_CODE>(item.GetCode());
-        const auto row = std::ranges::find(kDimensionNames, code, &DimensionName::code);
-        dimensions.push_back(
-            {code, ToUtf8(item.GetText()), row == kDimensionNames.end() ? "" : std::string(row->english)});
+        dimensions.push_back({code, ToUtf8(item.GetText()), std::string(DimensionText(code))});
     }
     return dimensions;
 }

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+//
+// Pictures by the tool. What they look like is the plotting library's matter; here it is that every choice
+// reaches it.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "ToolRun.h"
+
+namespace {
+
+/// Two channels in g and one in N, their densities, and transfer functions against the force.
+class Plot : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        folder_ = new TempFolder();
+        RunWell(*folder_,
+                "set -e\n"
+                "printf 'unit g2/Hz\\n20 0.01\\n400 0.01\\n' > profile.txt\n"
+                "awk 'BEGIN { srand(1); print \"top [g],base [g],force [N]\"; for (i = 0; i < 8192; ++i)\n"
+                "    print rand() - 0.5 \",\" rand() - 0.5 \",\" rand() - 0.5 }' > in.csv\n"
+                "kvx import in.csv -o wave.vdf2 --rate 1024\n"
+                "kvx psd wave.vdf2 -o psd.vdf2 --channels top,base\n"
+                "kvx spectrum wave.vdf2 -o spectrum.vdf2 --channels top\n"
+                "kvx xfr wave.vdf2 -o xfr.vdf2 --reference force --block 512\n");
+    }
+    static void TearDownTestSuite() { delete folder_; }
+
+    /// The bytes of the picture that a command makes with these options.
+    static std::string Picture(const std::string& command, const std::string& end = "svg") {
+        EXPECT_EQ(RunWell(*folder_, "kvx " + command + " -o picture." + end), "") << command;
+        return folder_->Read("picture." + end);
+    }
+
+    static TempFolder* folder_;
+};
+TempFolder* Plot::folder_ = nullptr;
+
+/// A number of the header of a PNG.
+unsigned int BigEndian(const std::string& bytes, std::size_t offset) {
+    unsigned int number = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        number = number << 8 | static_cast<unsigned char>(bytes.at(offset + i));
+    return number;
+}
+
+TEST_F(Plot, HasTheFormatAndSizeAskedFor) {
+    EXPECT_EQ(Picture("plot wave.vdf2", "pdf").substr(0, 5), "%PDF-");
+    EXPECT_EQ(Picture("plot wave.vdf2", "jpg").substr(0, 3), "\xFF\xD8\xFF");
+    EXPECT_NE(Picture("plot wave.vdf2").find("width=\"800\""), std::string::npos);
+    const struct {
+        const char* options;
+        unsigned int width, height;
+    } cases[] = {{"", 800, 500},
+                 {"--size 320x200", 320, 200},
+                 {"--size A4", 1123, 794},
+                 {"--size A3 --dpi 48", 794, 561}};
+    for (const auto& [options, width, height] : cases) {
+        const std::string png = Picture(std::string("plot psd.vdf2 ") + options, "png");
+        EXPECT_EQ(BigEndian(png, 16), width) << options;
+        EXPECT_EQ(BigEndian(png, 20), height) << options;
+    }
+}
+
+TEST_F(Plot, ShowsEveryChoiceAndTheSameTwice) {
+    std::set<std::string> pictures;
+    const char* const commands[] = {
+        "plot psd.vdf2",
+        "plot psd.vdf2 --x 20,400",
+        "plot psd.vdf2 --x 20,",
+        "plot psd.vdf2 --y 1e-6,1",
+        "plot psd.vdf2 --x-scale linear",
+        "plot psd.vdf2 --y-scale linear",
+        "plot psd.vdf2 --unit '(m/s2)2/Hz'",
+        "plot psd.vdf2 --panes channel",
+        "plot psd.vdf2 --channels base",
+        "plot psd.vdf2 --profile profile.txt",
+        "plot psd.vdf2 --scheme black",
+        "plot psd.vdf2 --scheme printer",
+        "plot psd.vdf2 --title Other",
+        "plot psd.vdf2 --show steps",
+        "plot wave.vdf2",
+        "plot wave.vdf2 --record 1",
+        "plot wave.vdf2 --record 1 --suffix p-p",
+        "plot spectrum.vdf2",
+        "plot xfr.vdf2",
+        "plot xfr.vdf2 --show phase",
+        "plot xfr.vdf2 --show real-imaginary",
+        "plot xfr.vdf2 --show nyquist",
+    };
+    for (const char* command : commands) {
+        const std::string picture = Picture(command);
+        EXPECT_GT(picture.size(), 3000) << command;
+        EXPECT_TRUE(pictures.insert(picture).second) << "nothing differs: " << command;
+    }
+    EXPECT_TRUE(pictures.contains(Picture("plot psd.vdf2 --unit g2/Hz --x-scale log")));
+    EXPECT_TRUE(pictures.contains(Picture("plot wave.vdf2 --record 1 --show magnitude")));
+}
+
+TEST_F(Plot, TakesColoursFromTheSettingsItStored) {
+    const std::string black = Picture("plot psd.vdf2 --scheme black --store-settings black.gci2");
+    EXPECT_EQ(Picture("plot psd.vdf2 --settings black.gci2"), black);
+    EXPECT_EQ(Picture("plot psd.vdf2 --settings black.gci2 --scheme white"), Picture("plot psd.vdf2"));
+    // A file of colours alone ends where the configuration would begin.
+    RunWell(*folder_, "head -c 35716 black.gci2 > colours.gci2");
+    EXPECT_EQ(Picture("plot psd.vdf2 --settings colours.gci2"), black);
+}
+
+}  // namespace

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+#include "Figure.h"
+
+#include <array>
+#include <cmath>
+#include <cwctype>
+#include <new>
+#include <numeric>
+#include <utility>
+
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/graph/PaneLayout.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <plot/CanvasRegion.h>
+
+#include "Failure.h"
+#include "Format.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+using Param = CGraphParam;
+
+bool IsFrequency(const CComDataBase& record) {
+    return record.GetHUnit() == CUnitCtrl::DIM_FREQUENCY;
+}
+
+/// Whether the unit has hertz in a denominator.
+bool IsPerHertz(const CUnitCtrl& unit) {
+    std::array<CUnitCtrl::UNIT_CODE, 4> codes;
+    std::array<CUnitCtrl::UNIT_CALC, 4> calcs;
+    unit.GetInfo(&codes[0], &calcs[0], nullptr, &codes[1], &calcs[1], &codes[2], &calcs[2], &codes[3],
+                 &calcs[3]);
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+        if (CUnitCtrl::GetDimCode(codes[i]) == CUnitCtrl::DIM_FREQUENCY &&
+            (calcs[i] & CUnitCtrl::CALC_DIVIDE))
+            return true;
+    }
+    return false;
+}
+
+/// Whether the kind draws parts of complex values.
+bool IsForComplex(Param::GRAPH_KIND kind) {
+    return kind >= Param::GRAPH_MAGNITUDE && kind <= Param::GRAPH_NYQUIST;
+}
+
+Param::GRAPH_KIND GraphKindOf(Param::DATA_KIND data, const FigureChoice& choice) {
+    const bool isComplex = data == Param::DATA_TRANSFER || data == Param::DATA_COMPLEX_SPECTRUM;
+    if (choice.graphKind && IsForComplex(*choice.graphKind) == isComplex) return *choice.graphKind;
+    return isComplex ? Param::GRAPH_MAGNITUDE_PHASE : Param::GRAPH_VALUE;
+}
+
+/// Whether values of either sign are drawn, which no logarithm shows.
+bool IsSigned(const Param& param) {
+    const Param::GRAPH_KIND kind = param.m_cells.graphKind;
+    return param.m_cells.dataKind == Param::DATA_WAVEFORM ||
+           (IsForComplex(kind) && kind != Param::GRAPH_MAGNITUDE && kind != Param::GRAPH_MAGNITUDE_PHASE);
+}
+
+/// What stands at the axis of the values: "Power spectral density", "Acceleration".
+std::wstring ValueName(const Param& param) {
+    switch (param.m_cells.dataKind) {
+        case Param::DATA_PSD:
+            return L"Power spectral density";
+        case Param::DATA_TRANSFER:
+            return L"Transfer function";
+        case Param::DATA_COHERENCE:
+            return L"Coherence";
+        default:
+            break;
+    }
+    const CUnitCtrl& unit = param.m_units.y;
+    if (!unit.IsSingle() || unit == CUnitCtrl::DIM_NONE) return L"Value";
+    std::wstring name = FromUtf8(DimensionText(DimensionOf(unit))).value_or(L"");
+    if (!name.empty()) name[0] = static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(name[0])));
+    return name;
+}
+
+void SetAxis(Param& param, const CComDataBase& record) {
+    param.m_x.num = record.GetNsamp();
+    param.m_x.interval = record.GetDelta();
+    param.m_x.offset = record.GetOffset();
+    if (const CDataArrayDouble* axis = record.GetHData()) param.m_x.values = *axis;
+    param.m_units.x = SingleUnit(IsFrequency(record) ? kAxisHertz : kAxisSeconds);
+    if (IsFrequency(record) && param.m_x.num > 1 && param.GetXValue(0) <= 0.0)
+        param.m_x.option = Param::X_WITHOUT_FIRST;
+}
+
+/// Values of an amplitude spectrum are peaks; those of other records have no customary word.
+CValConv::UNIT_SUFFIX SuffixOf(const Param& param, const FigureChoice& choice) {
+    if (choice.suffix) return RequireSuffix(*choice.suffix, param.m_units.y);
+    const bool isAmplitude = param.m_cells.dataKind == Param::DATA_SPECTRUM;
+    return isAmplitude && param.m_units.y.IsAccOrVelOrDisp() ? CValConv::SUFFIX_ZERO_TO_PEAK
+                                                             : CValConv::SUFFIX_NONE;
+}
+
+/// Draws a title over the top of the canvas and returns where it ends.
+double DrawTitle(const std::wstring& title, const PictureTarget& target, plot::Canvas& canvas) {
+    constexpr double kTitleSize = 1.25;
+    const plot::Size size = canvas.GetSize();
+    const double letters = kTitleSize * plot::LetterSizeFor(size, canvas.GetPointLength());
+    const double bottom = title.empty() ? 0.0 : std::round(1.8 * letters);
+    const CGraphColorInfo& colors = *target.settings.GetGraphColorInfo();
+    canvas.FillRect({0.0, 0.0, size.width, size.height},
+                    colors.GetCompoInfo(CGraphColorInfo::COMPO_WINDOW_BACK, target.colors));
+    const plot::TextStyle style = {letters, colors.GetCompoInfo(CGraphColorInfo::COMPO_TEXT, target.colors),
+                                   plot::Align::kMiddle, plot::Align::kEnd};
+    canvas.DrawText(plot::CutText(title, letters, size.width - letters, canvas), {size.width / 2.0, bottom},
+                    style);
+    return bottom;
+}
+
+/// Where the figures of a picture stand: in a grid, or below each other with more height for those that have
+/// two plots.
+std::vector<plot::Rect> PlaceFigures(const std::vector<Figure>& figures, const plot::Rect& room) {
+    constexpr double kAspect = 2.4;
+    const __int64 count = std::ssize(figures);
+    const PaneGrid grid = TilePanes(count, room.Width(), room.Height(), kAspect);
+    std::vector<double> heights(static_cast<std::size_t>(grid.rows), 1.0);
+    for (std::size_t i = 0; i < figures.size(); ++i) {
+        const Param::GRAPH_KIND kind = figures[i].param.m_cells.graphKind;
+        if (kind == Param::GRAPH_MAGNITUDE_PHASE || kind == Param::GRAPH_REAL_IMAGINARY)
+            heights[i / static_cast<std::size_t>(grid.columns)] = 1.7;
+    }
+    const double total = std::accumulate(heights.begin(), heights.end(), 0.0);
+    std::vector<plot::Rect> places;
+    double above = 0.0;
+    for (const double height : heights) {
+        const double top = std::round(room.top + room.Height() * above / total);
+        above += height;
+        const double bottom = std::round(room.top + room.Height() * above / total);
+        for (__int64 column = 0; column < grid.columns && std::ssize(places) < count; ++column) {
+            const auto edge = [&](__int64 index) {
+                return std::round(room.left + room.Width() * static_cast<double>(index) /
+                                                  static_cast<double>(grid.columns));
+            };
+            places.push_back({edge(column), top, edge(column + 1), bottom});
+        }
+    }
+    return places;
+}
+
+}  // namespace
+
+FigureChoice ResolveFigure(const AxisChoice& x, const AxisChoice& y, const std::string& unit) {
+    FigureChoice choice;
+    choice.x = ResolveAxis("x", x);
+    choice.y = ResolveAxis("y", y);
+    if (choice.y.low.has_value() != choice.y.high.has_value()) throw ValueError("--y needs both bounds");
+    if (!unit.empty()) choice.unit = RequireUnit(unit);
+    return choice;
+}
+
+Param::DATA_KIND DataKindOf(const CComDataBase& record) {
+    if (!IsFrequency(record)) return Param::DATA_WAVEFORM;
+    if (record.GetImaginary(0, 0) != nullptr)
+        return record.GetUnit().IsSingle() ? Param::DATA_COMPLEX_SPECTRUM : Param::DATA_TRANSFER;
+    if (IsPerHertz(record.GetUnit())) return Param::DATA_PSD;
+    return record.GetUnit() == CUnitCtrl::DIM_NONE ? Param::DATA_COHERENCE : Param::DATA_SPECTRUM;
+}
+
+Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channels,
+                  const FigureChoice& choice) {
+    const __int64 count = std::ssize(channels);
+    if (count > CGraphLineInfoList::GetMaxLineNum()) {
+        throw Reason("a graph shows at most " + std::to_string(CGraphLineInfoList::GetMaxLineNum()) +
+                     " channels; choose some with --channels");
+    }
+    Figure figure;
+    Param& param = figure.param;
+    param.m_cells.rowNum = count;
+    param.m_cells.colNum = 1;
+    param.m_cells.dataKind = DataKindOf(record);
+    param.m_cells.graphKind = GraphKindOf(param.m_cells.dataKind, choice);
+    param.m_cells.rowNames = NamesOf(channels);
+    param.m_cells.colNames = {record.GetColName().front()};
+    SetAxis(param, record);
+    const bool isConverted = choice.unit && IsConvertible(record.GetUnit(), *choice.unit);
+    param.m_units.y = isConverted ? *choice.unit : record.GetUnit();
+    param.m_frame.suffix.y = SuffixOf(param, choice);
+    param.m_frame.paneMode = choice.paneMode;
+    param.m_series.num = count;
+    if (!param.m_lines.CreateInfo(count)) throw std::bad_alloc();
+    for (__int64 i = 0; i < count; ++i) {
+        const Channel& channel = channels[static_cast<std::size_t>(i)];
+        param.m_lines.GetInfoPtr(i)->m_strName = channel.name;
+        figure.content.series.push_back({record.GetReal(channel.row, channel.column),
+                                         record.GetImaginary(channel.row, channel.column), param.m_x.num});
+    }
+    figure.content.xName = IsFrequency(record) ? L"Frequency" : L"Time";
+    figure.content.yName = ValueName(param);
+    if (!param.Check()) throw std::bad_alloc();
+
+    const bool isCoherence = param.m_cells.dataKind == Param::DATA_COHERENCE;
+    const bool isOverFrequency = IsFrequency(record) && param.m_cells.graphKind != Param::GRAPH_NYQUIST;
+    FigureChoice adapted = choice;
+    if (isCoherence && !choice.y.low) adapted.y = {0.0, 1.0, choice.y.form};
+    ApplyScale(figure, adapted, isOverFrequency, !isCoherence && !IsSigned(param));
+    return figure;
+}
+
+void ApplyScale(Figure& figure, const FigureChoice& choice, bool suitsLogX, bool suitsLogY) {
+    const auto isLog = [](const AxisBounds& bounds, bool suits) {
+        return bounds.form.value_or(suits ? AxisForm::kLogarithmic : AxisForm::kLinear) ==
+               AxisForm::kLogarithmic;
+    };
+    const Param& param = figure.param;
+    CScaleParam& scale = figure.scale;
+    scale.m_eDispType = param.m_z.dispType;
+    scale.m_lZNum = param.m_z.num;
+    scale.m_bXLog = isLog(choice.x, suitsLogX);
+    scale.m_bYLog = isLog(choice.y, suitsLogY);
+    scale.m_bXAuto = !choice.x.low && !choice.x.high;
+    if (!scale.m_bXAuto) {
+        const bool skipsFirst = param.m_x.option == Param::X_WITHOUT_FIRST;
+        scale.m_dXMin = choice.x.low.value_or(param.GetXValue(skipsFirst ? 1 : 0));
+        scale.m_dXMax = choice.x.high.value_or(param.GetXValue(param.m_x.num - 1));
+    }
+    scale.m_bYAuto = !choice.y.low;
+    if (!scale.m_bYAuto) {
+        const CValConv shown(param.m_units.y, param.m_frame.suffix.y);
+        const int absolute = param.m_units.y.IsSingle();
+        scale.m_dYMin = shown.ConvItoD(*choice.y.low, absolute);
+        scale.m_dYMax = shown.ConvItoD(*choice.y.high, absolute);
+    }
+    if (!scale.Check()) throw Reason("nothing of it lies within the bounds");
+}
+
+void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& name) {
+    // Close enough to each other that the profile is straight on its own axes and looks right on any other.
+    constexpr __int64 kPointsPerSegment = 32;
+    CDataArrayDouble hz;
+    CDataArrayDouble levels;
+    const CDataArrayDouble& corners = profile.GetFrequencies();
+    for (__int64 i = 0; i + 1 < corners.GetNum(); ++i) {
+        const double ratio = corners[i + 1] / corners[i];
+        for (__int64 k = 0; k < kPointsPerSegment; ++k)
+            hz.Append(corners[i] * std::pow(ratio, static_cast<double>(k) / kPointsPerSegment));
+    }
+    hz.Append(corners[corners.GetNum() - 1]);
+    for (__int64 i = 0; i < hz.GetNum(); ++i) levels.Append(profile.GetLevel(hz[i]));
+    if (levels.GetNum() != (corners.GetNum() - 1) * kPointsPerSegment + 1) throw std::bad_alloc();
+
+    CGraphLineInfo line;
+    line.m_strName = name;
+    if (!figure.param.m_lines.Append(line))
+        throw Reason("there is no room for the profile beside 64 channels");
+    figure.param.m_series.num += 1;
+    figure.content.series.push_back(
+        {levels.GetData(), nullptr, levels.GetNum(), hz.GetData(), CGraphColorInfo::DATALINE_LIMIT});
+    figure.own.push_back(std::move(hz));
+    figure.own.push_back(std::move(levels));
+}
+
+void WriteFigures(const PictureChoice& choice, const PictureTarget& target, const std::wstring& title,
+                  std::vector<Figure>& figures) {
+    const std::wstring shown = target.title.value_or(title);
+    const auto view = [&](const Figure& figure) {
+        return plot::GraphView{&figure.param, &figure.scale, &target.settings, &figure.content,
+                               target.colors};
+    };
+    WritePicture(choice, target, [&](plot::Canvas& canvas) {
+        if (figures.size() == 1) figures.front().param.m_z.title = shown;
+        plot::Rect room = {0.0, 0.0, canvas.GetSize().width, canvas.GetSize().height};
+        if (figures.size() > 1) room.top = DrawTitle(shown, target, canvas);
+        const std::vector<plot::Rect> places = PlaceFigures(figures, room);
+        for (std::size_t i = 0; i < figures.size(); ++i) {
+            plot::CanvasRegion region(canvas, places[i]);
+            if (!plot::DrawGraph(view(figures[i]), region)) throw Reason("it cannot be drawn");
+        }
+    });
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx plot: pictures of waveforms, spectra, densities and transfer functions.
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Text.h>
+
+#include "Commands.h"
+#include "DataFiles.h"
+#include "Failure.h"
+#include "Figure.h"
+#include "Options.h"
+#include "Output.h"
+#include "PictureChoice.h"
+#include "ProfileText.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+struct PlotOptions {
+    std::string input;
+    PictureChoice picture;
+    ChannelOptions channels;
+    AxisChoice x;
+    AxisChoice y;
+    std::string unit;
+    std::optional<std::string> suffix;
+    std::optional<std::string> show;
+    std::string panes = "record";
+    std::string profile;
+};
+
+struct GraphKindName {
+    std::string_view name;
+    CGraphParam::GRAPH_KIND kind;
+};
+
+// clang-format off
+constexpr std::array kGraphKinds = {
+    GraphKindName{"magnitude-phase", CGraphParam::GRAPH_MAGNITUDE_PHASE},
+    GraphKindName{"magnitude",       CGraphParam::GRAPH_MAGNITUDE},
+    GraphKindName{"phase",           CGraphParam::GRAPH_PHASE},
+    GraphKindName{"unwrapped-phase", CGraphParam::GRAPH_UNWRAPPED_PHASE},
+    GraphKindName{"real-imaginary",  CGraphParam::GRAPH_REAL_IMAGINARY},
+    GraphKindName{"real",            CGraphParam::GRAPH_REAL},
+    GraphKindName{"imaginary",       CGraphParam::GRAPH_IMAGINARY},
+    GraphKindName{"nyquist",         CGraphParam::GRAPH_NYQUIST},
+    GraphKindName{"line",            CGraphParam::GRAPH_VALUE},
+    GraphKindName{"steps",           CGraphParam::GRAPH_STEPS},
+    GraphKindName{"bars",            CGraphParam::GRAPH_BARS},
+    GraphKindName{"marks",           CGraphParam::GRAPH_MARKS},
+};
+// clang-format on
+
+std::vector<std::string> GraphKindNames() {
+    std::vector<std::string> names;
+    for (const GraphKindName& row : kGraphKinds) names.emplace_back(row.name);
+    return names;
+}
+
+FigureChoice ChoiceOf(const PlotOptions& options) {
+    FigureChoice choice = ResolveFigure(options.x, options.y, options.unit);
+    if (options.suffix) RequireSuffix(*options.suffix, CUnitCtrl());
+    choice.suffix = options.suffix;
+    if (options.show) choice.graphKind = Choose(kGraphKinds, "--show", *options.show).kind;
+    if (options.panes == "channel") choice.paneMode = CGraphParam::PANE_PER_ROW;
+    return choice;
+}
+
+/// One figure for the chosen channels of each record.
+std::vector<Figure> MakeFigures(const DataFileContent& content, const PlotOptions& options,
+                                const FigureChoice& choice) {
+    std::vector<Figure> figures;
+    const std::vector<Channel> channels = SelectChannels(content, options.channels);
+    bool isUnitUsed = !choice.unit;
+    for (auto begin = channels.begin(); begin != channels.end();) {
+        const auto end = std::find_if(
+            begin, channels.end(), [&](const Channel& channel) { return channel.record != begin->record; });
+        const CComDataBase& record = content.records[begin->record];
+        figures.push_back(MakeFigure(record, {begin, end}, choice));
+        isUnitUsed = isUnitUsed || IsConvertible(record.GetUnit(), *choice.unit);
+        begin = end;
+    }
+    if (!isUnitUsed) throw Reason("nothing of it converts to " + Quote(options.unit));
+    return figures;
+}
+
+/// Draws the profile into the figures of densities it belongs to.
+void AddProfileText(std::vector<Figure>& figures, const ProfileText& text) {
+    bool isUsed = false;
+    for (Figure& figure : figures) {
+        const CUnitCtrl& unit = figure.param.m_units.y;
+        const std::optional<CUnitCtrl> own = text.signalUnit ? DensityUnit(*text.signalUnit) : unit;
+        if (figure.param.m_cells.dataKind != CGraphParam::DATA_PSD || !own || !IsConvertible(*own, unit))
+            continue;
+        CDataArrayDouble hz(std::ssize(text.frequencies), text.frequencies.data());
+        CDataArrayDouble levels(std::ssize(text.levels), text.levels.data());
+        own->ConvItoD(&levels, 1.0, 0);
+        PsdProfile profile;
+        if (!profile.SetPoints(hz, levels)) throw std::bad_alloc();
+        AddProfile(figure, profile, L"profile");
+        isUsed = true;
+    }
+    if (!isUsed) throw Reason("no density to be drawn is of its unit");
+}
+
+void RunPlot(const PlotOptions& options, ByteStream&) {
+    RequireAnotherFile(options.input, options.picture.output);
+    const PictureTarget target = ResolvePicture(options.picture);
+    const FigureChoice choice = ChoiceOf(options);
+    const DataFileContent content = Doing("read", options.input, [&] { return LoadDataFile(options.input); });
+    std::vector<Figure> figures =
+        Doing("draw", options.input, [&] { return MakeFigures(content, options, choice); });
+    if (!options.profile.empty()) {
+        Doing("draw", options.profile, [&] { AddProfileText(figures, ReadProfileText(options.profile)); });
+    }
+    WriteFigures(options.picture, target, content.header.GetName(), figures);
+}
+
+}  // namespace
+
+void AddPlot(Command app) {
+    const auto options = std::make_shared<PlotOptions>();
+    Command command = app.AddCommand("plot", "Draw waveforms, spectra, densities and transfer functions");
+    command.AddOption("FILE", options->input, "Data file").Required();
+    AddPictureOptions(command, &options->picture);
+    AddChannelOptions(command, &options->channels);
+    AddAxisOptions(command, "x", "seconds or hertz; either may be left out: 10,2000 or 10,", &options->x);
+    AddAxisOptions(command, "y", "the unit of the values", &options->y);
+    command.AddOption("--unit", options->unit, "Show the values in this unit: m/s2, (m/s2)2/Hz ...")
+        .Type("UNIT");
+    command
+        .AddOption("--suffix", options->suffix,
+                   "Show amplitudes as 0-p, p-p (twice the number) or rms, as is usual for the dimension "
+                   "(usual), or without a word (none)")
+        .Type("SUFFIX");
+    command
+        .AddOption("--show", options->show,
+                   "What is drawn: of complex lines magnitude-phase (the default), one or both parts, their "
+                   "locus (nyquist); of real values a line, steps, bars or marks")
+        .Type("WHAT")
+        .OneOf(GraphKindNames());
+    command
+        .AddOption("--panes", options->panes, "A pane for the channels of each record, or for each channel")
+        .Type("BY")
+        .OneOf({"record", "channel"})
+        .ShowDefault();
+    command
+        .AddOption("--profile", options->profile,
+                   "Draw this profile (see 'kvx synth') into the panes of densities")
+        .Type("FILE");
+    command.SetFooter(
+        "Waveforms are drawn on linear axes, spectra and densities on logarithmic ones, transfer functions "
+        "as\n"
+        "magnitude and phase. Channels of different records, and so of different units, have panes of their\n"
+        "own.\n\n"
+        "Example:\n"
+        "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
+        "  kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20\n"
+        "  kvx plot random.vdf2 -o random.png --x 1,1.25 --title 'Random vibration'\n"
+        "  kvx psd random.vdf2 -o random-psd.vdf2 --block 2048\n"
+        "  kvx plot random-psd.vdf2 -o random-psd.svg --x 10,3000 --profile profile.txt\n"
+        "  kvx plot random-psd.vdf2 -o random-psd.pdf --size A4 --scheme printer --store-settings mine.gci2");
+    command.OnRun([=](ByteStream& out) { RunPlot(*options, out); });
+}
+
+}  // namespace kvx::tool
