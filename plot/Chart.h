@@ -44,7 +44,8 @@ struct Chart {
     bool isLegendWidthFromText = false;  ///< else it has a fifth of the width and cuts longer names
     bool hasGrid = true;
     bool hasNumbers = true;
-    double rightRoom = 0.0;  ///< left free between the plot and what stands right of it, in canvas units
+    double letterSize = 0.0;  ///< in canvas units; 0 for one that suits the area
+    double rightRoom = 0.0;   ///< left free between the plot and what stands right of it, in canvas units
 };
 
 /// The colours to draw with.

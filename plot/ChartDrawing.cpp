@@ -6,57 +6,20 @@
 
 #include <plot/Curve.h>
 #include <plot/LineLook.h>
+#include <plot/detail/FineLines.h>
 
 namespace kvx::plot {
 namespace {
 
 using Compo = CGraphColorInfo;
+using detail::FineLines;
 
-constexpr double kFinePoints = 0.75;  // frame, grid and cursor
-constexpr double kDotWidths = 2.5;    // a lone sample over the width of its line
-constexpr double kMajorTickPoints = 4.5;
-constexpr double kMinorTickPoints = 2.5;
-
-/// A colour between two, `part` of the way from the first.
-COLORREF Between(COLORREF from, COLORREF to, double part) {
-    const auto mix = [&](unsigned shift) {
-        const double start = (from >> shift) & 0xFFu;
-        const double end = (to >> shift) & 0xFFu;
-        return static_cast<COLORREF>(std::lround(start + part * (end - start))) << shift;
-    };
-    return mix(0) | mix(8) | mix(16);
-}
-
-/// Lines as fine as they get, on pixels where there are any.
-class FineLines {
-public:
-    explicit FineLines(Canvas& canvas)
-        : canvas_(canvas), width_(std::max(kFinePoints * canvas.GetPointLength(), canvas.GetFineness())) {}
-
-    void AddUpright(double x, double top, double bottom) {
-        x = canvas_.Sharp(x, width_);
-        path_.AddLine({x, top}, {x, bottom});
-    }
-    void AddLevel(double y, double left, double right) {
-        y = canvas_.Sharp(y, width_);
-        path_.AddLine({left, y}, {right, y});
-    }
-    void Draw(COLORREF color) {
-        if (!path_.IsEmpty()) canvas_.Stroke(path_, {color, width_});
-        path_ = {};
-    }
-    double GetWidth() const { return width_; }
-
-private:
-    Canvas& canvas_;
-    double width_;
-    Path path_;
-};
+constexpr double kDotWidths = 2.5;  // a lone sample over the width of its line
 
 void DrawGrid(const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
     const Rect& plot = layout.plot;
     const COLORREF major = colors.Of(Compo::COMPO_GRID);
-    const COLORREF minor = Between(major, colors.Of(Compo::COMPO_GRAPH_BACK), 0.6);
+    const COLORREF minor = detail::MinorGridColor(major, colors.Of(Compo::COMPO_GRAPH_BACK));
     FineLines lines(canvas);
     for (const bool isMajor : {false, true}) {
         for (const PlacedTick& tick : layout.x.ticks) {
@@ -73,9 +36,7 @@ void DrawGrid(const ChartLayout& layout, const ChartColors& colors, Canvas& canv
 void DrawTicks(const ChartLayout& layout, COLORREF color, Canvas& canvas) {
     const Rect& plot = layout.plot;
     FineLines lines(canvas);
-    const auto length = [&](const PlacedTick& tick) {
-        return (tick.isMajor ? kMajorTickPoints : kMinorTickPoints) * canvas.GetPointLength();
-    };
+    const auto length = [&](const PlacedTick& tick) { return detail::TickLength(tick.isMajor, canvas); };
     for (const PlacedTick& tick : layout.x.ticks) {
         lines.AddUpright(tick.pixel, plot.bottom - length(tick), plot.bottom);
     }

@@ -419,8 +419,9 @@ double LetterSizeFor(Size size, double pointLength) {
 
 ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
                         const TextMeasure& measure) {
-    return LayOutIn({area, LetterSizeFor({area.Width(), area.Height()}, pointLength)}, chart, pointLength,
-                    measure);
+    const double letterSize =
+        chart.letterSize > 0.0 ? chart.letterSize : LetterSizeFor({area.Width(), area.Height()}, pointLength);
+    return LayOutIn({area, letterSize}, chart, pointLength, measure);
 }
 
 std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,

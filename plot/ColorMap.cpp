@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: MIT
+#include <plot/ColorMap.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include <plot/ChartDrawing.h>
+#include <plot/ChartLayout.h>
+#include <plot/ValueColors.h>
+#include <plot/detail/FineLines.h>
+#include <plot/detail/SliceAxisLayout.h>
+
+namespace kvx::plot {
+namespace {
+
+using Compo = CGraphColorInfo;
+using detail::DrawSliceAxis;
+using detail::LayOutSliceAxis;
+using detail::SliceAxisLayout;
+using detail::SliceLine;
+
+// Lengths over the size of the letters.
+constexpr double kScaleGap = 0.8;  // between the plot and the scale of its colours
+constexpr double kScaleWidth = 1.3;
+
+constexpr double kMostPixels = 16'000.0;  // of a side
+
+constexpr float kNone = -1.0F;  // in between; parts of the scale are 0 to 1
+
+/// What a column or row of pixels shows: the largest of `count` samples (or slices) from `first` on or, with
+/// a `weight`, of two neighbours the blend in which the second one weighs so much.
+struct Origin {
+    __int64 first = 0;
+    __int64 count = 0;
+    float weight = 0.0F;
+};
+
+/// The origins of `pixels` pixels for samples at these places, which ascend.
+std::vector<Origin> FindOrigins(std::span<const double> places, __int64 pixels, bool isBlended) {
+    std::vector<Origin> origins(static_cast<std::size_t>(std::max<__int64>(pixels, 0)));
+    const __int64 count = std::ssize(places);
+    const auto at = [&](__int64 i) { return places[static_cast<std::size_t>(i)]; };
+    __int64 next = std::ranges::lower_bound(places, 0.0) - places.begin();
+    for (std::size_t pixel = 0; pixel < origins.size(); ++pixel) {
+        const __int64 first = next;
+        while (next < count && at(next) < static_cast<double>(pixel + 1)) ++next;
+        Origin& origin = origins[pixel];
+        if (next > first) {
+            origin = {first, next - first, 0.0F};
+            continue;
+        }
+        const double middle = static_cast<double>(pixel) + 0.5;
+        const __int64 before = first - 1;
+        if (before >= 0 && first < count) {
+            const double part = (middle - at(before)) / (at(first) - at(before));
+            if (isBlended && part > 0.0) {
+                origin = {before, 2, static_cast<float>(part)};
+            } else {
+                origin = {part < 0.5 ? before : first, 1, 0.0F};
+            }
+        } else if (count == 1) {
+            origin = {0, 1, 0.0F};
+        } else if (first < count) {
+            if (at(0) - middle <= (at(1) - at(0)) / 2.0) origin = {0, 1, 0.0F};
+        } else if (before >= 0) {
+            if (middle - at(before) <= (at(before) - at(before - 1)) / 2.0) origin = {before, 1, 0.0F};
+        }
+    }
+    return origins;
+}
+
+float Blend(float first, float second, float weight) {
+    if (first == kNone || second == kNone) return weight < 0.5F ? first : second;
+    return std::lerp(first, second, weight);
+}
+
+/// Reduces slices to rows of pixels.
+class MapReducer {
+public:
+    MapReducer(std::span<const CurveSamples> slices, const MapFrame& frame) : slices_(slices), frame_(frame) {
+        scale_ = AxisMapping::Between(frame.values, 0.0, 1.0, frame.valueForm);
+    }
+
+    /// The row of one slice.
+    void Reduce(__int64 slice, std::span<float> row) {
+        const CurveSamples& samples = slices_[static_cast<std::size_t>(slice)];
+        FindColumns(samples);
+        for (std::size_t column = 0; column < row.size(); ++column)
+            row[column] = ValueOf(samples, columns_[column]);
+    }
+
+private:
+    /// Slices usually lie at the same X; then the columns' origins are found only once.
+    void FindColumns(const CurveSamples& samples) {
+        const Key key{samples.y != nullptr ? samples.count : 0, samples.x, samples.start, samples.step,
+                      samples.shownX};
+        if (key_ == key) return;
+        key_ = key;
+        std::vector<double> places(static_cast<std::size_t>(std::max<__int64>(key.count, 0)));
+        double highest = -std::numeric_limits<double>::infinity();
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const double held =
+                samples.x != nullptr ? samples.x[i] : samples.start + static_cast<double>(i) * samples.step;
+            const double shown = samples.shownX != nullptr ? samples.shownX->ConvDtoI(held, 1) : held;
+            highest = std::fmax(highest, frame_.x.ToPixel(shown));
+            places[i] = highest;
+        }
+        columns_ = FindOrigins(places, frame_.columns, frame_.isBlended);
+    }
+
+    float ValueOf(const CurveSamples& samples, const Origin& origin) const {
+        const double* const first = samples.y + origin.first;
+        if (origin.weight > 0.0F)
+            return Blend(PartOf(samples, first[0]), PartOf(samples, first[1]), origin.weight);
+        // The marker is the lowest of all values, and NaN is above none.
+        double largest = std::numeric_limits<double>::lowest();
+        for (const double* sample = first; sample < first + origin.count; ++sample)
+            largest = *sample > largest ? *sample : largest;
+        return PartOf(samples, largest);
+    }
+
+    float PartOf(const CurveSamples& samples, double held) const {
+        if (!(held > std::numeric_limits<double>::lowest())) return kNone;
+        const double shown = samples.shownY != nullptr ? samples.shownY->ConvDtoI(held, 1) : held;
+        return static_cast<float>(std::clamp(scale_.ToPixel(shown), 0.0, 1.0));
+    }
+
+    struct Key {
+        __int64 count;
+        const double* x;
+        double start, step;
+        const CValConv* shownX;
+
+        bool operator==(const Key&) const = default;
+    };
+
+    std::span<const CurveSamples> slices_;
+    const MapFrame& frame_;
+    AxisMapping scale_;
+    std::optional<Key> key_;
+    std::vector<Origin> columns_;
+};
+
+__int64 PixelsOf(double length, double pixel) {
+    return static_cast<__int64>(std::clamp(std::round(length / pixel), 1.0, kMostPixels));
+}
+
+/// A strip of all colours, the highest on top.
+void DrawScale(const Rect& strip, const AxisLayout& values, COLORREF frame, Canvas& canvas) {
+    std::vector<COLORREF> colors(ValueColors().rbegin(), ValueColors().rend());
+    canvas.DrawImage(strip, colors, 1, std::ssize(colors), true);
+    detail::FineLines lines(canvas);
+    for (const PlacedTick& tick : values.ticks)
+        lines.AddLevel(tick.pixel, strip.right - detail::TickLength(tick.isMajor, canvas), strip.right);
+    lines.Draw(frame);
+    canvas.StrokeRect(strip, {frame, lines.GetWidth()});
+}
+
+/// The colours of values; `ground` where there is none.
+std::vector<COLORREF> ColorsOf(std::span<const float> values, COLORREF ground) {
+    const auto& scale = ValueColors();
+    std::vector<COLORREF> colors(values.size());
+    std::ranges::transform(values, colors.begin(), [&](float value) {
+        if (std::isnan(value)) return ground;
+        const auto index = static_cast<std::size_t>(value * static_cast<float>(scale.size()));
+        return scale[std::min(index, scale.size() - 1)];
+    });
+    return colors;
+}
+
+/// A plot without curves, with the scale of the colours as its second axis.
+Chart FrameChart(const DepthChart& chart) {
+    Chart frame;
+    frame.title = chart.title;
+    frame.x = chart.x;
+    frame.y.bounds = {0.0, 0.0};  // no ticks: the axis of the slices has its own
+    frame.y2 = chart.y;
+    frame.legend = LegendPlace::kNone;
+    frame.hasGrid = false;
+    frame.hasNumbers = chart.hasNumbers;
+    return frame;
+}
+
+/// Draws the slices into the plot, pixel by pixel where there are any.
+void DrawMap(const DepthChart& chart, const ChartLayout& layout, COLORREF ground, Canvas& canvas) {
+    // The frame covers half a pixel at each edge.
+    const Rect image = layout.plot.Inset(canvas.GetFineness() / 2.0);
+    const AxisMapping& x = layout.x.mapping;
+    if (image.IsEmpty() || !(x.scale > 0.0)) return;
+    MapFrame map;
+    map.columns = PixelsOf(image.Width(), canvas.GetFineness());
+    map.rows = PixelsOf(image.Height(), canvas.GetFineness());
+    const double density = static_cast<double>(map.columns) / image.Width();
+    map.x = {x.scale * density, (x.origin - image.left) * density, x.form};
+    map.values = chart.y.bounds;
+    map.valueForm = chart.y.form;
+    map.isLastAtBottom = chart.isLastInFront;
+    map.isBlended = chart.isSolid;
+    canvas.DrawImage(image, ColorsOf(MapPixels(chart.slices, map), ground), map.columns, map.rows, false);
+}
+
+void Move(PlacedText& text, double distance) {
+    text.anchor.x += distance;
+    text.box.left += distance;
+    text.box.right += distance;
+}
+
+}  // namespace
+
+std::vector<float> MapPixels(std::span<const CurveSamples> slices, const MapFrame& frame) {
+    const auto columns = static_cast<std::size_t>(std::max<__int64>(frame.columns, 0));
+    const auto rows = static_cast<std::size_t>(std::max<__int64>(frame.rows, 0));
+    std::vector<float> pixels(columns * rows, kNone);
+    std::vector<double> places(slices.size());
+    for (std::size_t i = 0; i < places.size(); ++i)
+        places[i] =
+            (static_cast<double>(i) + 0.5) * static_cast<double>(rows) / static_cast<double>(places.size());
+
+    MapReducer reducer(slices, frame);
+    std::vector<float> one(columns), two(columns);
+    std::pair<__int64, __int64> blended{-1, -1};  // the slices in these rows
+    const std::vector<Origin> origins = FindOrigins(places, frame.rows, frame.isBlended);
+    for (std::size_t i = 0; i < rows; ++i) {
+        const Origin& origin = origins[i];
+        const std::size_t line = frame.isLastAtBottom ? i : rows - 1 - i;
+        const std::span<float> row(pixels.data() + line * columns, columns);
+        if (origin.weight > 0.0F) {
+            const std::pair wanted{origin.first, origin.first + 1};
+            if (blended != wanted) {
+                reducer.Reduce(wanted.first, one);
+                reducer.Reduce(wanted.second, two);
+                blended = wanted;
+            }
+            for (std::size_t column = 0; column < columns; ++column)
+                row[column] = Blend(one[column], two[column], origin.weight);
+            continue;
+        }
+        for (__int64 slice = origin.first; slice < origin.first + origin.count; ++slice) {
+            reducer.Reduce(slice, one);
+            std::ranges::transform(row, one, row.begin(), [](float a, float b) { return std::max(a, b); });
+        }
+        blended = {-1, -1};
+    }
+    std::ranges::replace(pixels, kNone, std::numeric_limits<float>::quiet_NaN());
+    return pixels;
+}
+
+void DrawColorMap(const DepthChart& chart, const Rect& area, const ChartColors& colors, Canvas& canvas) {
+    if (chart.slices.empty()) return;
+    Chart frame = FrameChart(chart);
+    const double pointLength = canvas.GetPointLength();
+    frame.letterSize = LetterSizeFor({area.Width(), area.Height()}, pointLength);
+    const double gap = kScaleGap * frame.letterSize;
+    const double scaleWidth = kScaleWidth * frame.letterSize;
+
+    // Width and height of the plot do not depend on each other: the first layout tells which numbers the
+    // slices get, the second leaves room for them.
+    Rect room = area;
+    room.right -= gap + scaleWidth;
+    ChartLayout layout;
+    SliceLine line;
+    SliceAxisLayout slices;
+    for (int pass = 0; pass < 2; ++pass) {
+        layout = LayOutChart(frame, room, pointLength, canvas);
+        const double half = layout.plot.Height() / static_cast<double>(2 * chart.slices.size());
+        line = {
+            {layout.plot.left, layout.plot.bottom - half}, {layout.plot.left, layout.plot.top + half}, true};
+        if (chart.isLastInFront) std::swap(line.first, line.last);
+        slices = LayOutSliceAxis(chart, line, frame.letterSize, pointLength, canvas);
+        if (pass == 0) room.left += slices.LeftOf(layout.plot.left);
+    }
+
+    canvas.FillRect(area, colors.Of(Compo::COMPO_WINDOW_BACK));
+    DrawChartGround(frame, layout, colors, canvas);
+    DrawMap(chart, layout, colors.Of(Compo::COMPO_GRAPH_BACK), canvas);
+
+    const Rect& plot = layout.plot;
+    const COLORREF lineColor = colors.Of(Compo::COMPO_FRAME);
+    const Rect strip{plot.right + gap, plot.top, plot.right + gap + scaleWidth, plot.bottom};
+    DrawScale(strip, *layout.y2, lineColor, canvas);
+    layout.y2->ticks.clear();
+    for (PlacedText& text : layout.y2->numbers) Move(text, gap + scaleWidth);
+    for (PlacedText& text : layout.y2->titles) Move(text, gap + scaleWidth);
+    DrawChartFrame(frame, layout, colors, canvas);
+    DrawSliceAxis(slices, line, lineColor, colors.Of(Compo::COMPO_TEXT), canvas);
+}
+
+}  // namespace kvx::plot
