@@ -25,7 +25,10 @@ if [[ -n $recording ]]; then
     run kvx info "$data"
     run kvx psd "$data" -o "$name-psd.vdf2"
     run kvx export "$name-psd.vdf2" -o "$name-psd.csv"
-    printf '\n%s\n' "demo-out/$name-psd.csv holds the spectral densities."
+    run kvx plot "$data" -o "$name.svg"
+    run kvx plot "$name-psd.vdf2" -o "$name-psd.svg"
+    run kvx spectrogram "$data" -o "$name-spectrogram.png"
+    printf '\n%s\n' "demo-out/$name-psd.csv holds the spectral densities; pictures: $(printf 'demo-out/%s ' "$name".svg "$name"-*.svg "$name"-*.png)"
     exit 0
 fi
 
@@ -43,6 +46,9 @@ run kvx info random.vdf2
 run kvx psd random.vdf2 -o psd.vdf2 --block 4096 --from 20 --to 2000
 run kvx export psd.vdf2 -o psd.csv
 run kvx export random.vdf2 -o random.wav --full-scale 50
+run kvx plot random.vdf2 -o random.svg --x 1,1.5
+run kvx plot psd.vdf2 -o psd.svg --x 10,3000 --y 0.001,0.1 --profile profile.txt
+run kvx spectrogram random.vdf2 -o spectrogram.png --density --block 4096 --x 10,3000
 
 # Mean densities per band, of the measured lines and of the profile (straight on log-log axes) at the same frequencies.
 LC_ALL=C awk -F'[, \t]+' -v OFS='\t' '
@@ -73,4 +79,4 @@ LC_ALL=C awk -F'[, \t]+' -v OFS='\t' '
         if (failed) print "\nThe measured density is not that of the profile."
         exit failed
     }' profile.txt psd.csv
-printf '\n%s\n' "Written to demo-out: $(printf '%s ' *)"
+printf '\n%s\n%s\n' "Written to demo-out: $(printf '%s ' *)" "Pictures: $(printf 'demo-out/%s ' *.svg *.png)"

@@ -50,7 +50,7 @@ TEST_P(Help, EndsWithAnExampleThatWorks) {
 INSTANTIATE_TEST_SUITE_P(Commands, Help,
                          testing::Values("import", "info", "psd", "spectrum", "export", "synth", "units",
                                          "kinds", "units convert", "show-value", "folders", "xfr", "filter",
-                                         "profile", "plot"));
+                                         "profile", "plot", "spectrogram"));
 
 struct WrongCase {
     const char* command;
@@ -152,6 +152,9 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx plot a.vdf2 -o x.svg --settings a.csv", 1, "cannot read 'a.csv': it holds no graph settings\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --settings none", 1, "cannot read 'none': the file does not exist\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings none/x", 1, "cannot write 'none/x': it cannot be written\n"},
+    WrongCase{"kvx spectrogram a.vdf2 -o x.svg", 1, "cannot analyse 'a.vdf2': its 4 samples do not fill a block"},
+    WrongCase{"kvx spectrogram a.vdf2 -o x.svg --waterfall --slices 300", 1, "--slices: at most 255 slices can be drawn"},
+    WrongCase{"kvx spectrogram a.vdf2 -o x.svg --block 4 --unit N", 1, "cannot analyse 'a.vdf2': nothing of it converts to 'N'\n"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2", 2, "--lowpass or --highpass is required"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --q 2", 2, "--q is for --kind second"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --order 2.5", 1, "--order: 2.5 is not a whole number from 1 to 16"},

@@ -89,6 +89,12 @@ TEST_F(Plot, ShowsEveryChoiceAndTheSameTwice) {
         "plot xfr.vdf2 --show phase",
         "plot xfr.vdf2 --show real-imaginary",
         "plot xfr.vdf2 --show nyquist",
+        "spectrogram wave.vdf2 --record 1",
+        "spectrogram wave.vdf2 --channels top",
+        "spectrogram wave.vdf2 --channels top --density",
+        "spectrogram wave.vdf2 --channels top --slices 3",
+        "spectrogram wave.vdf2 --channels top --waterfall",
+        "spectrogram wave.vdf2 --channels top --unit m/s2",
     };
     for (const char* command : commands) {
         const std::string picture = Picture(command);

@@ -70,8 +70,9 @@ int RunCommandLine(int argc, const char* const* argv) {
     app.get_formatter()->column_width(28);
     app.footer("'kvx COMMAND --help' tells more about a command and ends with an example.");
     Action action;
-    for (const auto add : {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddExport, AddPlot,
-                           AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
+    for (const auto add :
+         {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddExport, AddPlot, AddSpectrogram,
+          AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
         add(Command(&app, &action));
     }
 

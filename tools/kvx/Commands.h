@@ -15,6 +15,7 @@ void AddXfr(Command app);
 void AddFilter(Command app);
 void AddExport(Command app);
 void AddPlot(Command app);
+void AddSpectrogram(Command app);
 void AddSynth(Command app);
 void AddProfile(Command app);
 void AddUnits(Command app);

@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/graph/PaneLayout.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <plot/CanvasRegion.h>
+#include <plot/DepthGraph.h>
 
 #include "Failure.h"
 #include "Format.h"
@@ -60,6 +61,19 @@ bool IsSigned(const Param& param) {
 
 /// What stands at the axis of the values: "Power spectral density", "Acceleration".
 std::wstring ValueName(const Param& param) {
+    switch (param.m_cells.graphKind) {
+        case Param::GRAPH_PHASE:
+        case Param::GRAPH_UNWRAPPED_PHASE:
+            return L"Phase";
+        case Param::GRAPH_REAL:
+        case Param::GRAPH_REAL_IMAGINARY:
+            return L"Real part";
+        case Param::GRAPH_IMAGINARY:
+        case Param::GRAPH_NYQUIST:
+            return L"Imaginary part";
+        default:
+            break;
+    }
     switch (param.m_cells.dataKind) {
         case Param::DATA_PSD:
             return L"Power spectral density";
@@ -180,6 +194,8 @@ Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channe
     param.m_units.y = isConverted ? *choice.unit : record.GetUnit();
     param.m_frame.suffix.y = SuffixOf(param, choice);
     param.m_frame.paneMode = choice.paneMode;
+    // The title of a pane names its only channel.
+    param.m_frame.legend = choice.paneMode == Param::PANE_SINGLE;
     param.m_series.num = count;
     if (!param.m_lines.CreateInfo(count)) throw std::bad_alloc();
     for (__int64 i = 0; i < count; ++i) {
@@ -188,15 +204,15 @@ Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channe
         figure.content.series.push_back({record.GetReal(channel.row, channel.column),
                                          record.GetImaginary(channel.row, channel.column), param.m_x.num});
     }
-    figure.content.xName = IsFrequency(record) ? L"Frequency" : L"Time";
+    const bool isLocus = param.m_cells.graphKind == Param::GRAPH_NYQUIST;
+    figure.content.xName = isLocus ? L"Real part" : IsFrequency(record) ? L"Frequency" : L"Time";
     figure.content.yName = ValueName(param);
     if (!param.Check()) throw std::bad_alloc();
 
     const bool isCoherence = param.m_cells.dataKind == Param::DATA_COHERENCE;
-    const bool isOverFrequency = IsFrequency(record) && param.m_cells.graphKind != Param::GRAPH_NYQUIST;
     FigureChoice adapted = choice;
     if (isCoherence && !choice.y.low) adapted.y = {0.0, 1.0, choice.y.form};
-    ApplyScale(figure, adapted, isOverFrequency, !isCoherence && !IsSigned(param));
+    ApplyScale(figure, adapted, IsFrequency(record) && !isLocus, !isCoherence && !IsSigned(param));
     return figure;
 }
 
@@ -247,6 +263,7 @@ void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& n
     if (!figure.param.m_lines.Append(line))
         throw Reason("there is no room for the profile beside 64 channels");
     figure.param.m_series.num += 1;
+    figure.param.m_frame.legend = 1;
     figure.content.series.push_back(
         {levels.GetData(), nullptr, levels.GetNum(), hz.GetData(), CGraphColorInfo::DATALINE_LIMIT});
     figure.own.push_back(std::move(hz));
@@ -267,7 +284,9 @@ void WriteFigures(const PictureChoice& choice, const PictureTarget& target, cons
         const std::vector<plot::Rect> places = PlaceFigures(figures, room);
         for (std::size_t i = 0; i < figures.size(); ++i) {
             plot::CanvasRegion region(canvas, places[i]);
-            if (!plot::DrawGraph(view(figures[i]), region)) throw Reason("it cannot be drawn");
+            const bool isFlat = figures[i].param.m_z.dispType == Param::GRAPHDISP_2D;
+            const auto drawGraph = isFlat ? &plot::DrawGraph : &plot::DrawDepthGraph;
+            if (!drawGraph(view(figures[i]), region)) throw Reason("it cannot be drawn");
         }
     });
 }
