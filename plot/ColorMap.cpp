@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include <KvxDevCommon01/data/DataArray.h>
 #include <plot/ChartDrawing.h>
 #include <plot/ChartLayout.h>
 #include <plot/ValueColors.h>
@@ -78,71 +79,88 @@ float Blend(float first, float second, float weight) {
     return std::lerp(first, second, weight);
 }
 
+/// Held values become shown ones.
+void Show(const CValConv* shown, std::vector<double>& values) {
+    if (shown != nullptr) shown->ConvDtoI(values.data(), values.data(), std::ssize(values), 1);
+}
+
 /// Reduces slices to rows of pixels.
 class MapReducer {
 public:
-    MapReducer(std::span<const CurveSamples> slices, const MapFrame& frame) : slices_(slices), frame_(frame) {
-        scale_ = AxisMapping::Between(frame.values, 0.0, 1.0, frame.valueForm);
-    }
+    MapReducer(std::span<const CurveSamples> slices, const MapFrame& frame)
+        : slices_(slices),
+          frame_(frame),
+          scale_(AxisMapping::Between(frame.values, 0.0, 1.0, frame.valueForm)),
+          first_(static_cast<std::size_t>(std::max<__int64>(frame.columns, 0))),
+          second_(first_.size()) {}
 
-    /// The row of one slice.
+    /// The row of one slice, as wide as the frame.
     void Reduce(__int64 slice, std::span<float> row) {
         const CurveSamples& samples = slices_[static_cast<std::size_t>(slice)];
         FindColumns(samples);
-        for (std::size_t column = 0; column < row.size(); ++column)
-            row[column] = ValueOf(samples, columns_[column]);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const Origin& origin = columns_[i];
+            const bool isBlend = origin.weight > 0.0F;
+            const double* const first = samples.y + origin.first;
+            first_[i] = Largest(first, isBlend ? 1 : origin.count);
+            second_[i] = isBlend ? Largest(first + 1, 1) : 0.0;
+        }
+        Show(samples.shownY, first_);
+        Show(samples.shownY, second_);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const float weight = columns_[i].weight;
+            row[i] = weight > 0.0F ? Blend(PartOf(first_[i]), PartOf(second_[i]), weight) : PartOf(first_[i]);
+        }
     }
 
 private:
+    /// What tells where the samples of a slice lie.
+    struct Places {
+        __int64 count = 0;
+        const double* x = nullptr;
+        double start = 0.0;
+        double step = 0.0;
+        const CValConv* shown = nullptr;
+
+        bool operator==(const Places&) const = default;
+    };
+
     /// Slices usually lie at the same X; then the columns' origins are found only once.
     void FindColumns(const CurveSamples& samples) {
-        const Key key{samples.y != nullptr ? samples.count : 0, samples.x, samples.start, samples.step,
-                      samples.shownX};
-        if (key_ == key) return;
-        key_ = key;
-        std::vector<double> places(static_cast<std::size_t>(std::max<__int64>(key.count, 0)));
-        double highest = -std::numeric_limits<double>::infinity();
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            const double held =
-                samples.x != nullptr ? samples.x[i] : samples.start + static_cast<double>(i) * samples.step;
-            const double shown = samples.shownX != nullptr ? samples.shownX->ConvDtoI(held, 1) : held;
-            highest = std::fmax(highest, frame_.x.ToPixel(shown));
-            places[i] = highest;
-        }
+        const Places wanted{samples.y != nullptr ? std::max<__int64>(samples.count, 0) : 0, samples.x,
+                            samples.start, samples.step, samples.shownX};
+        if (places_ == wanted) return;
+        places_ = wanted;
+        std::vector<double> places(static_cast<std::size_t>(wanted.count));
+        for (std::size_t i = 0; i < places.size(); ++i)
+            places[i] =
+                wanted.x != nullptr ? wanted.x[i] : wanted.start + static_cast<double>(i) * wanted.step;
+        Show(wanted.shown, places);
+        double farthest = -std::numeric_limits<double>::infinity();
+        for (double& place : places) place = farthest = std::fmax(farthest, frame_.x.ToPixel(place));
         columns_ = FindOrigins(places, frame_.columns, frame_.isBlended);
     }
 
-    float ValueOf(const CurveSamples& samples, const Origin& origin) const {
-        const double* const first = samples.y + origin.first;
-        if (origin.weight > 0.0F)
-            return Blend(PartOf(samples, first[0]), PartOf(samples, first[1]), origin.weight);
-        // The marker is the lowest of all values, and NaN is above none.
-        double largest = std::numeric_limits<double>::lowest();
-        for (const double* sample = first; sample < first + origin.count; ++sample)
-            largest = *sample > largest ? *sample : largest;
-        return PartOf(samples, largest);
+    /// The largest of some samples; NaN when there is none.
+    static double Largest(const double* samples, __int64 count) {
+        // The no-value marker is the lowest of all values, and nothing is above NaN.
+        double largest = kNoValue<double>;
+        for (__int64 i = 0; i < count; ++i) largest = samples[i] > largest ? samples[i] : largest;
+        return largest > kNoValue<double> ? largest : std::numeric_limits<double>::quiet_NaN();
     }
 
-    float PartOf(const CurveSamples& samples, double held) const {
-        if (!(held > std::numeric_limits<double>::lowest())) return kNone;
-        const double shown = samples.shownY != nullptr ? samples.shownY->ConvDtoI(held, 1) : held;
-        return static_cast<float>(std::clamp(scale_.ToPixel(shown), 0.0, 1.0));
+    float PartOf(double shown) const {
+        const double part = scale_.ToPixel(shown);
+        return std::isnan(part) ? kNone : static_cast<float>(std::clamp(part, 0.0, 1.0));
     }
-
-    struct Key {
-        __int64 count;
-        const double* x;
-        double start, step;
-        const CValConv* shownX;
-
-        bool operator==(const Key&) const = default;
-    };
 
     std::span<const CurveSamples> slices_;
     const MapFrame& frame_;
     AxisMapping scale_;
-    std::optional<Key> key_;
+    std::optional<Places> places_;
     std::vector<Origin> columns_;
+    std::vector<double> first_;  // of each column the largest sample, or the first of two to be blended
+    std::vector<double> second_;
 };
 
 __int64 PixelsOf(double length, double pixel) {

@@ -44,6 +44,14 @@ double Depth(__int64 index, __int64 count, bool isLastInFront) {
     return isLastInFront ? 1.0 - place : place;
 }
 
+/// The space behind `front`, the slice of `wanted` as its layout has placed it, as far as it lies in `whole`.
+WaterfallSpace Placed(const WaterfallSpace& wanted, const Rect& front, const Rect& whole) {
+    const double up = std::clamp(front.top - whole.top, 0.0, wanted.up);
+    const double least = std::min(whole.left - front.left, 0.0);
+    const double most = std::max(whole.right - front.right, 0.0);
+    return {front, up, std::clamp(wanted.aside, least, most)};
+}
+
 /// The edge along which the slices stand, beside which there is nothing else.
 SliceLine DepthLine(const WaterfallSpace& space, bool isLastInFront) {
     const Rect back = space.At(1.0);
@@ -217,16 +225,13 @@ private:
 
 }  // namespace
 
-WaterfallSpace WaterfallSpace::Behind(const Rect& front, double rise, double shift) {
-    return {front, std::max(FiniteOrZero(rise), 0.0) * front.Height(), FiniteOrZero(shift) * front.Width()};
-}
-
 WaterfallSpace WaterfallSpace::Within(const Rect& area, double rise, double shift) {
-    Rect front = area;
-    front.top = area.bottom - area.Height() / (1.0 + std::max(FiniteOrZero(rise), 0.0));
+    const double height = area.Height() / (1.0 + std::max(FiniteOrZero(rise), 0.0));
     const double width = area.Width() / (1.0 + std::abs(FiniteOrZero(shift)));
-    (shift < 0.0 ? front.left : front.right) = shift < 0.0 ? area.right - width : area.left + width;
-    return Behind(front, rise, shift);
+    WaterfallSpace space{area, area.Height() - height, std::copysign(area.Width() - width, shift)};
+    space.front.top = area.bottom - height;
+    (space.aside < 0.0 ? space.front.left : space.front.right) -= space.aside;
+    return space;
 }
 
 Rect WaterfallSpace::At(double depth) const {
@@ -283,11 +288,12 @@ void DrawWaterfall(const DepthChart& chart, const Rect& area, const ChartColors&
     SliceLine line;
     SliceAxisLayout slices;
     for (int pass = 0; pass < 2; ++pass) {
-        const Rect front = WaterfallSpace::Within(whole, chart.rise, chart.shift).front;
+        space = WaterfallSpace::Within(whole, chart.rise, chart.shift);
+        const Rect& front = space.front;
         const Rect around{front.left - left, front.top - kAbove * frame.letterSize, front.right + right,
                           front.bottom + below};
         layout = LayOutChart(frame, around, pointLength, canvas);
-        space = WaterfallSpace::Behind(layout.plot, chart.rise, chart.shift);
+        space = Placed(space, layout.plot, whole);
         line = DepthLine(space, chart.isLastInFront);
         slices = LayOutSliceAxis(chart, line, frame.letterSize, pointLength, canvas);
         if (pass == 0) {

@@ -21,10 +21,8 @@ struct KVX_PLOT_API WaterfallSpace {
     double up = 0.0;     ///< the way from there to the slice at the back
     double aside = 0.0;  ///< the same to the right, to the left when negative
 
-    /// The space behind a front slice, for the ratios of the way up to its height and of the way to the right
-    /// to its width. What is not finite, and a negative rise, count as 0.
-    static WaterfallSpace Behind(const Rect& front, double rise, double shift);
-    /// The space of that shape that fills `area`.
+    /// The space that fills `area`, for the ratios of the way up to a slice's height and of the way to the
+    /// right to its width. What is not finite, and a negative rise, count as 0.
     static WaterfallSpace Within(const Rect& area, double rise, double shift);
 
     /// The rectangle of the slice at `depth`, 0 in front to 1 at the back.
