@@ -76,7 +76,7 @@ public:
     TextSetter& operator=(const TextSetter&) = delete;
 
     void Set(std::wstring_view text, double letterSize) {
-        const double size = std::clamp(letterSize, 0.1, 10'000.0) * PANGO_SCALE;
+        const double size = (letterSize > 0.1 ? std::min(letterSize, 10'000.0) : 0.1) * PANGO_SCALE;
         std::string utf8;
         PangoAttrList* attributes = pango_attr_list_new();
         const auto add = [&](PangoAttribute* attribute, std::size_t start) {

@@ -17,6 +17,7 @@ constexpr double kLine = 1.25;        // height of a line of text
 constexpr double kMargin = 0.7;       // around everything
 constexpr double kGap = 0.45;         // between a plot and its numbers, between numbers and titles
 constexpr double kTitleGap = 0.2;     // between the numbers and the title of X
+constexpr double kBelow = 0.65;       // between a plot and the numbers of X: clear of the lowest one of Y
 constexpr double kNumberGap = 1.5;    // least room between numbers side by side
 constexpr double kNumberPitch = 2.6;  // least distance of numbers one above the other
 constexpr double kSample = 2.8;       // length of a line's sample in the legend
@@ -83,7 +84,7 @@ public:
         TakeLegend(&room);
 
         const bool hasNumbers = parts_.hasNumbers && chart_.hasNumbers;
-        room.bottom -= hasNumbers ? (kLine + kGap) * em_ : 0.0;
+        room.bottom -= hasNumbers ? (kLine + kBelow) * em_ : 0.0;
         const bool hasXTitle = parts_.hasTitles && !chart_.x.title.empty();
         if (hasXTitle) room.bottom -= (kLine + kTitleGap) * em_;
         room.top += hasNumbers ? 0.5 * em_ : 0.0;  // the upper half of the highest number
@@ -123,9 +124,9 @@ public:
 
     /// Nothing but the plot over the whole area.
     void LayOutBare() {
-        layout_.plot = OnPixels(layout_.area.Inset(0.5));
-        layout_.plot.right = std::max(layout_.plot.right - 1.0, layout_.plot.left);
-        layout_.plot.bottom = std::max(layout_.plot.bottom - 1.0, layout_.plot.top);
+        const Rect& area = layout_.area;
+        const Rect inner = OnPixels({area.left, area.top, area.right - 1.0, area.bottom - 1.0});
+        layout_.plot = inner.IsEmpty() ? area : inner;
         parts_ = kPartSteps.back();
         PlaceLevel({});
         PlaceUpright(chart_.y, {}, Side::kLeft, &layout_.y);
@@ -214,7 +215,7 @@ private:
         const Rect& plot = layout_.plot;
         AxisLayout& axis = layout_.x;
         axis.mapping = AxisMapping::Between(chart_.x.bounds, plot.left, plot.right, chart_.x.form);
-        double below = plot.bottom + kGap * em_;
+        double below = plot.bottom + kBelow * em_;
         const TextStyle numberStyle{em_, 0, Align::kMiddle, Align::kStart};
         for (const Tick& tick : plan.ticks) {
             const double pixel = axis.mapping.ToPixel(tick.value);
@@ -321,10 +322,7 @@ private:
         const double letters = LegendLetters();
         const double padding = kGap * letters;
         Rect& legend = *layout_.legend;
-        if (chart_.legend == LegendPlace::kBelow) {
-            legend.left = layout_.plot.left;
-            legend.right = layout_.plot.right;
-        } else {
+        if (chart_.legend != LegendPlace::kBelow) {
             const double height = legend.Height();
             legend.top = std::min(layout_.plot.top, layout_.area.bottom - height);
             legend.bottom = legend.top + height;

@@ -42,7 +42,7 @@ struct CurveFrame {
 };
 
 /// What the shown values of a curve reach; `low` is above `high` when there are none.
-struct CurveExtent {
+struct KVX_PLOT_API CurveExtent {
     double low = 0.0;
     double high = -1.0;
     double lowAboveZero = 0.0;  ///< 0 when no value is above 0

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cmath>
+#include <map>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -80,6 +81,27 @@ Surface CreateSurface(PictureFormat format, Size size, std::string* bytes) {
     }
 }
 
+/// Numbers the surfaces and images of an SVG from 1: Cairo counts them over the life of the process.
+void NumberAnew(std::string* svg) {
+    for (const std::string_view name : {"surface", "image"}) {
+        std::map<std::string, std::string> numbers;
+        std::string result;
+        std::size_t copied = 0;
+        for (std::size_t at = svg->find(name); at != std::string::npos; at = svg->find(name, at + 1)) {
+            const std::size_t digits = at + name.size();
+            const std::size_t end = svg->find_first_not_of("0123456789", digits);
+            const bool isName = at > 0 && ((*svg)[at - 1] == '"' || (*svg)[at - 1] == '#');
+            if (!isName || end == digits || end == std::string::npos) continue;
+            const std::string number = std::to_string(numbers.size() + 1);
+            const auto known = numbers.try_emplace(svg->substr(digits, end - digits), number).first;
+            result.append(*svg, copied, digits - copied).append(known->second);
+            copied = end;
+        }
+        result.append(*svg, copied);
+        *svg = std::move(result);
+    }
+}
+
 /// Turns what is on the surface into the bytes of the file.
 PictureResult Finish(PictureFormat format, const PictureOptions& options, cairo_surface_t* surface,
                      std::string* bytes) {
@@ -95,6 +117,7 @@ PictureResult Finish(PictureFormat format, const PictureOptions& options, cairo_
         }
         default:
             cairo_surface_finish(surface);
+            if (format == PictureFormat::kSvg) NumberAnew(bytes);
             return ResultOf(cairo_surface_status(surface));
     }
 }

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: MIT
+#include <plot/Graph.h>
+#include <plot/GraphCharts.h>
+
+#include <cmath>
+#include <numbers>
+
+#include <KvxDevCommon01/units/UnitText.h>
+
+#include "tests/plot/PlotTesting.h"
+
+namespace kvx::plot {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+const std::vector<double> kReal = {3.0, -1.0, 0.0, 4.0, kNone};
+const std::vector<double> kImaginary = {4.0, 0.0, -2.0, 3.0, 0.0};
+
+/// A graph of two channels and two references with a profile, over 0 Hz, 10 Hz ... 40 Hz.
+struct Subject {
+    Subject() {
+        param.m_cells = {
+            2, 2, CGraphParam::GRAPH_VALUE, CGraphParam::DATA_TRANSFER, {L"ch1", L"ch2"}, {L"a", L"b"}};
+        param.m_lines.CreateInfo(5);
+        param.m_x.num = 5;
+        param.m_x.interval = 10.0;
+        param.m_units.x = *ParseUnit(L"Hz");
+        param.m_units.y = *ParseUnit(L"g");
+        param.m_series.num = 5;
+        scale.m_bXAuto = 1;
+        content.series.assign(4, {kReal.data(), kImaginary.data(), 5});
+        content.series.push_back({kReal.data(), nullptr, 2, kReal.data(), CGraphColorInfo::DATALINE_LIMIT});
+        content.xName = L"f";
+    }
+
+    GraphView View() const { return {&param, &scale, &info, &content, CGraphColorInfo::OUTPUT_DISPLAY}; }
+    RecordingCanvas Drawn() const {
+        RecordingCanvas canvas;
+        EXPECT_EQ(DrawGraph(View(), canvas), 1);
+        return canvas;
+    }
+
+    CGraphParam param;
+    CScaleParam scale;
+    CGraphInfo info;
+    GraphContent content;
+};
+
+class TestGraph : public testing::Test, protected Subject {};
+
+std::vector<double> Values(const ChartCurve& curve) {
+    return {curve.samples.y, curve.samples.y + curve.samples.count};
+}
+
+TEST_F(TestGraph, HasAPaneForAllOrPerRowColumnOrCell) {
+    const std::vector<std::tuple<CGraphParam::PANE_MODE, std::vector<std::wstring>, std::size_t>> cases = {
+        {CGraphParam::PANE_SINGLE, {L""}, 5},
+        {CGraphParam::PANE_PER_ROW, {L"ch1", L"ch2"}, 3},
+        {CGraphParam::PANE_PER_COL, {L"a", L"b"}, 3},
+        {CGraphParam::PANE_PER_CELL, {L"ch1 / a", L"ch1 / b", L"ch2 / a", L"ch2 / b"}, 2},
+    };
+    for (const auto& [mode, titles, curves] : cases) {
+        param.m_frame.paneMode = mode;
+        const GraphCharts charts(View());
+        std::vector<std::wstring> found;
+        for (const GraphPane& pane : charts.GetPanes()) {
+            found.push_back(pane.charts.front().title);
+            EXPECT_EQ(pane.charts.front().curves.size(), curves);
+            EXPECT_EQ(pane.charts.front().curves.back().samples.x, kReal.data());  // the profile
+        }
+        EXPECT_EQ(found, titles);
+    }
+    const GraphLayout layout =
+        LayOutGraph(View(), GraphCharts(View()), {0.0, 0.0, 800.0, 600.0}, 1.0, RecordingCanvas());
+    ASSERT_EQ(layout.paneAreas.size(), 4U);
+    EXPECT_EQ(layout.paneAreas[3], (std::vector<Rect>{{400.0, 300.0, 800.0, 600.0}}));
+}
+
+TEST_F(TestGraph, ShowsTheWantedPartOfComplexSamples) {
+    constexpr double kPi = std::numbers::pi;
+    using Param = CGraphParam;
+    const std::vector<std::pair<Param::GRAPH_KIND, std::vector<std::vector<double>>>> cases = {
+        {Param::GRAPH_VALUE, {kReal}},
+        {Param::GRAPH_MAGNITUDE, {{5.0, 1.0, 2.0, 5.0, kNone}}},
+        {Param::GRAPH_PHASE, {{std::atan2(4, 3), kPi, -kPi / 2, std::atan2(3, 4), kNone}}},
+        {Param::GRAPH_UNWRAPPED_PHASE,
+         {{std::atan2(4, 3), kPi, 1.5 * kPi, std::atan2(3, 4) + 2 * kPi, kNone}}},
+        {Param::GRAPH_IMAGINARY, {{4.0, 0.0, -2.0, 3.0, kNone}}},
+        {Param::GRAPH_MAGNITUDE_PHASE,
+         {{5.0, 1.0, 2.0, 5.0, kNone}, {std::atan2(4, 3), kPi, -kPi / 2, std::atan2(3, 4), kNone}}},
+        {Param::GRAPH_REAL_IMAGINARY, {kReal, {4.0, 0.0, -2.0, 3.0, kNone}}},
+    };
+    for (const auto& [kind, parts] : cases) {
+        param.m_cells.graphKind = kind;
+        const GraphCharts charts(View());
+        ASSERT_EQ(charts.GetPanes().size(), 1U);
+        ASSERT_EQ(charts.GetPanes()[0].charts.size(), parts.size());
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            EXPECT_THAT(Values(charts.GetPanes()[0].charts[i].curves[0]),
+                        testing::Pointwise(testing::DoubleEq(), parts[i]))
+                << kind;
+        }
+    }
+    // Of magnitude over phase the profile belongs to the magnitude, and the phase has its own unit and
+    // bounds.
+    param.m_cells.graphKind = Param::GRAPH_MAGNITUDE_PHASE;
+    const GraphCharts charts(View());
+    const std::vector<Chart>& both = charts.GetPanes()[0].charts;
+    EXPECT_EQ(both[0].curves.size(), 5U);
+    EXPECT_EQ(both[1].curves.size(), 4U);
+    EXPECT_DOUBLE_EQ(both[1].y.bounds.high, 180.0);
+    EXPECT_EQ(both[0].x.bounds, both[1].x.bounds);
+    EXPECT_EQ(both[1].x.title, L"f [Hz#n]");
+}
+
+TEST_F(TestGraph, DrawsLoopsOfOneQuantityOverAnother) {
+    param.m_cells.graphKind = CGraphParam::GRAPH_NYQUIST;
+    const GraphCharts nyquist(View());
+    const ChartCurve& loop = nyquist.GetPanes()[0].charts[0].curves[1];
+    EXPECT_EQ(loop.samples.x, kReal.data());
+    EXPECT_EQ(Values(loop)[2], -2.0);
+    param.m_cells.graphKind = CGraphParam::GRAPH_ORBIT;
+    content.series[1].real = kImaginary.data();
+    const GraphCharts orbit(View());
+    const std::vector<ChartCurve>& orbits = orbit.GetPanes()[0].charts[0].curves;
+    ASSERT_EQ(orbits.size(), 2U);
+    EXPECT_EQ(orbits[0].samples.x, kReal.data());
+    EXPECT_EQ(orbits[0].samples.y, kImaginary.data());
+    EXPECT_EQ(orbits[0].name, L"ch1 / b / ch1 / a");
+}
+
+TEST_F(TestGraph, HasTheBoundsOfItsScalesInShownUnits) {
+    const auto chart = [&] { return GraphCharts(View()).GetPanes().at(0).charts.at(0); };
+    param.m_x.start = 5.0;
+    EXPECT_EQ(chart().x.bounds, (AxisRange{-1.0, 35.0}));  // the profile starts at -1; no value at 45
+    content.series[4].x = nullptr;
+    EXPECT_EQ(chart().x.bounds, (AxisRange{5.0, 35.0}));
+    EXPECT_NEAR(chart().y.bounds.low, -1.0 / 9.80665, 0.01);
+    EXPECT_NEAR(chart().y.bounds.high, 4.0 / 9.80665, 0.01);
+    scale.m_bYSymmetric = 1;
+    EXPECT_EQ(chart().y.bounds.low, -chart().y.bounds.high);
+    scale.m_bYSymmetric = 0;
+    scale.m_bYLog = 1;
+    EXPECT_NEAR(chart().y.bounds.low, 3.0 / 9.80665, 0.03);  // the least value above 0
+    scale.m_bYAuto = scale.m_bXAuto = 0;
+    scale.m_dYMin = 9.80665;
+    scale.m_dYMax = 98.0665;
+    scale.m_dXMin = scale.m_dXMax = 20.0;
+    EXPECT_DOUBLE_EQ(chart().y.bounds.high, 10.0);
+    EXPECT_GT(chart().x.bounds.high, 20.0);  // bounds at one place are parted
+    param.m_x.option = CGraphParam::X_WITHOUT_FIRST;
+    EXPECT_EQ(chart().curves[0].samples.count, 4);
+    EXPECT_EQ(chart().curves[0].samples.start, 15.0);
+}
+
+TEST_F(TestGraph, FitsItsBoundsToDataOfAnySort) {
+    const std::vector<std::pair<std::vector<double>, AxisForm>> cases = {
+        {{7.0}, AxisForm::kLinear},           {{0.0, 0.0}, AxisForm::kLinear},
+        {{-5.0, -5.0}, AxisForm::kLinear},    {{kNone, kNone}, AxisForm::kLinear},
+        {{kNaN}, AxisForm::kLogarithmic},     {{-1.0, 0.0}, AxisForm::kLogarithmic},
+        {{3.0}, AxisForm::kLogarithmic},      {{1e-300, 1e300}, AxisForm::kLogarithmic},
+        {{-1e308, 1e308}, AxisForm::kLinear}, {{1.0, 1.0 + 1e-15}, AxisForm::kLinear},
+    };
+    for (const auto& [values, form] : cases) {
+        content.series.assign(5, {values.data(), nullptr, std::ssize(values)});
+        scale.m_bYLog = scale.m_bXLog = form == AxisForm::kLogarithmic;
+        const GraphCharts charts(View());
+        const Chart& chart = charts.GetPanes().at(0).charts.at(0);
+        EXPECT_LT(chart.y.bounds.low, chart.y.bounds.high) << values[0];
+        EXPECT_LT(chart.x.bounds.low, chart.x.bounds.high) << values[0];
+        if (form == AxisForm::kLogarithmic) {
+            EXPECT_GT(chart.y.bounds.low, 0.0) << values[0];
+        }
+        const std::vector<std::wstring> texts = Drawn().Texts();
+        EXPECT_THAT(texts, Contains(L"ch1 / a"));
+    }
+}
+
+TEST_F(TestGraph, FollowsItsSettings) {
+    param.m_frame.digits.x = 2;
+    param.m_lines.GetInfoPtr(1)->m_bDisp = 0;
+    param.m_lines.GetInfoPtr(2)->m_strName = L"named";
+    param.m_lines.GetInfoPtr(2)->m_lColorIndex = 9;
+    param.m_lines.GetInfoPtr(3)->m_lAxis = 1;
+    param.m_units.y2Enable = scale.m_bY2Enable = scale.m_bY2Auto = 1;
+    param.m_series.selected = 1;
+    info.GetGraphConfigInfo()->SetScaleDigitFlg(1);
+    info.GetGraphConfigInfo()->SetScaleDigit(3);
+    content.cursors = {20.0};
+    const GraphCharts charts(View());
+    const Chart& chart = charts.GetPanes()[0].charts[0];
+    ASSERT_EQ(chart.curves.size(), 4U);
+    EXPECT_EQ(chart.curves[0].name, L"named");
+    EXPECT_EQ(chart.curves[0].look.m_eLineType, CKvxGraphLineSample::LINE_DOT);
+    EXPECT_TRUE(chart.curves[1].isOnSecondAxis);
+    EXPECT_EQ(chart.curves[2].look.m_lLineThick, 1);  // the selected cell, drawn over the others
+    EXPECT_EQ(chart.curves[3].look.m_rgbLine, Rgb(255, 0, 0));
+    EXPECT_EQ(chart.x.ticks.significantDigits, 2);
+    EXPECT_EQ(chart.y.ticks.decimals, 3);
+    EXPECT_EQ(chart.y2->ticks.decimals, 3);
+    EXPECT_THAT(chart.cursors, ElementsAre(20.0));
+}
+
+TEST_F(TestGraph, ShowsTestTimeAndStatusWhenConfigured) {
+    content.testTime = L"2026/03/04 14:05:09";
+    content.status = L"finished";
+    param.m_z.title = L"Random";
+    EXPECT_THAT(Drawn().Texts(),
+                AllOf(Contains(L"Random"), Not(Contains(content.testTime)), Not(Contains(L"finished"))));
+    info.GetGraphConfigInfo()->SetDispTestTime(1);
+    info.GetGraphConfigInfo()->SetDispStat(1);
+    param.m_frame.title = 0;
+    EXPECT_THAT(Drawn().Texts(),
+                AllOf(Not(Contains(L"Random")), Contains(content.testTime), Contains(L"finished")));
+}
+
+TEST_F(TestGraph, IsNotDrawnWhenItDoesNotFitTogether) {
+    void (*const faults[])(Subject&) = {
+        [](Subject& g) { g.param.m_x.num = 0; },
+        [](Subject& g) { g.scale.m_bXAuto = 0; },
+        [](Subject& g) { g.param.m_series.num = 4; },
+        [](Subject& g) { g.content.series[1].real = nullptr; },
+        [](Subject& g) { g.content.series[1].count = 0; },
+        [](Subject& g) { g.param.m_cells.rowNum = 3, g.param.m_cells.rowNames.resize(3); },
+        [](Subject& g) { g.scale.m_eDispType = CGraphParam::GRAPHDISP_WATERFALL, g.scale.m_lZNum = 1; },
+    };
+    for (std::size_t i = 0; i < std::size(faults); ++i) {
+        Subject graph;
+        faults[i](graph);
+        RecordingCanvas canvas;
+        EXPECT_EQ(DrawGraph(graph.View(), canvas), 0) << i;
+        EXPECT_TRUE(canvas.shapes.empty());
+    }
+    RecordingCanvas canvas;
+    EXPECT_EQ(DrawGraph({}, canvas), 0);
+}
+
+}  // namespace
+}  // namespace kvx::plot

@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: MIT
+#include <plot/CairoCanvas.h>
+#include <plot/ChartDrawing.h>
+#include <plot/Picture.h>
+
+#include <cairo.h>
+#include <jpeglib.h>
+#include <pango/pangocairo.h>
+
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "tests/plot/PlotTesting.h"
+#include "tests/support/TempFolder.h"
+
+namespace kvx::plot {
+namespace {
+
+constexpr COLORREF kRed = Rgb(255, 0, 0);
+constexpr COLORREF kWhite = Rgb(255, 255, 255);
+
+/// The pixels of a picture in memory.
+class Pixels {
+public:
+    explicit Pixels(Size size)
+        : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(size.width),
+                                              static_cast<int>(size.height))) {}
+    explicit Pixels(cairo_surface_t* surface) : surface_(surface) {}
+    ~Pixels() { cairo_surface_destroy(surface_); }
+    Pixels(const Pixels&) = delete;
+    Pixels& operator=(const Pixels&) = delete;
+
+    template <typename Drawing>
+    void Draw(Drawing draw) {
+        cairo_t* cairo = cairo_create(surface_);
+        {
+            CairoCanvas canvas(cairo, {Width() + 0.0, Height() + 0.0}, 4.0 / 3.0, true);
+            canvas.FillRect({0.0, 0.0, Width() + 0.0, Height() + 0.0}, kWhite);
+            draw(canvas);
+        }
+        EXPECT_EQ(cairo_status(cairo), CAIRO_STATUS_SUCCESS);
+        cairo_destroy(cairo);
+    }
+    int Width() const { return cairo_image_surface_get_width(surface_); }
+    int Height() const { return cairo_image_surface_get_height(surface_); }
+    COLORREF At(int x, int y) const {
+        std::uint32_t pixel;
+        std::memcpy(
+            &pixel,
+            cairo_image_surface_get_data(surface_) + y * cairo_image_surface_get_stride(surface_) + 4 * x,
+            sizeof(pixel));
+        return Rgb(pixel >> 16 & 0xFF, pixel >> 8 & 0xFF, pixel & 0xFF);
+    }
+    /// The rectangle of the pixels that `isWanted` takes.
+    template <typename Predicate>
+    Rect Bounds(Predicate isWanted) const {
+        Rect bounds{1e9, 1e9, -1e9, -1e9};
+        for (int y = 0; y < Height(); ++y) {
+            for (int x = 0; x < Width(); ++x) {
+                if (!isWanted(At(x, y))) continue;
+                bounds = {std::min(bounds.left, x + 0.0), std::min(bounds.top, y + 0.0),
+                          std::max(bounds.right, x + 1.0), std::max(bounds.bottom, y + 1.0)};
+            }
+        }
+        return bounds;
+    }
+    Rect Ink() const {
+        return Bounds([](COLORREF color) { return color != kWhite; });
+    }
+
+private:
+    cairo_surface_t* surface_;
+};
+
+Rect InkOf(std::wstring_view text, const TextStyle& style, Point anchor = {100.0, 100.0}) {
+    Pixels pixels({200.0, 200.0});
+    pixels.Draw([&](Canvas& canvas) { canvas.DrawText(text, anchor, style); });
+    return pixels.Ink();
+}
+
+TEST(CairoText, LiesWhereItsAlignmentSays) {
+    const TextStyle style{20.0, 0, Align::kStart, Align::kMiddle};
+    EXPECT_NEAR(InkOf(L"H", style).left, 100.0, 3.0);
+    EXPECT_NEAR(InkOf(L"H", style).Center().y, 100.0, 1.0);
+    EXPECT_NEAR(InkOf(L"HHH", {20.0, 0, Align::kMiddle, Align::kMiddle}).Center().x, 100.0, 1.0);
+    EXPECT_NEAR(InkOf(L"H", {20.0, 0, Align::kEnd, Align::kStart}).right, 100.0, 3.0);
+    EXPECT_GE(InkOf(L"加H", {20.0, 0, Align::kStart, Align::kStart}).top, 100.0);
+    EXPECT_LE(InkOf(L"加g", {20.0, 0, Align::kStart, Align::kEnd}).bottom, 100.0);
+    const Rect upright = InkOf(L"HHH", {20.0, 0, Align::kMiddle, Align::kEnd, true});
+    EXPECT_GT(upright.Height(), 2.0 * upright.Width());
+    EXPECT_NEAR(upright.Center().y, 100.0, 1.0);
+    EXPECT_LE(upright.right, 100.0);
+}
+
+TEST(CairoText, RaisesAndLowersRunsOfMarkup) {
+    const TextStyle style{20.0, 0};
+    const Rect plain = InkOf(L"HH", style);
+    const Rect raised = InkOf(L"H#uH", style);
+    const Rect lowered = InkOf(L"H#lH", style);
+    EXPECT_LT(raised.top, plain.top - 1.0);
+    EXPECT_EQ(raised.bottom, plain.bottom);
+    EXPECT_LT(raised.right, plain.right);
+    EXPECT_GT(lowered.bottom, plain.bottom + 1.0);
+    EXPECT_EQ(InkOf(L"H#u#nH", style), plain);
+    EXPECT_GT(InkOf(L"H#H", style).right, plain.right);  // no markup
+    EXPECT_TRUE(InkOf(L"#u#n", style).IsEmpty());
+    EXPECT_FALSE(InkOf(std::wstring(L"a\0\n\tb", 5), style).IsEmpty());
+}
+
+TEST(CairoText, HasLettersForTheTextsOfTheSuite) {
+    PangoContext* context = pango_font_map_create_context(pango_cairo_font_map_get_default());
+    PangoLayout* layout = pango_layout_new(context);
+    pango_layout_set_text(layout, "加速度 ウォータフォール ｶﾅ µΩ×°…", -1);
+    EXPECT_EQ(pango_layout_get_unknown_glyphs_count(layout), 0);
+    g_object_unref(layout);
+    g_object_unref(context);
+}
+
+TEST(CairoText, MeasuresWhatItDraws) {
+    Pixels pixels({400.0, 100.0});
+    Size size;
+    pixels.Draw([&](Canvas& canvas) {
+        size = canvas.Measure(L"HHHHHHHHHH", 20.0);
+        EXPECT_NEAR(canvas.Measure(L"HHHHHHHHHH", 40.0).width, 2.0 * size.width, 0.05 * size.width);
+        canvas.DrawText(L"HHHHHHHHHH", {10.0, 50.0}, {20.0, 0});
+    });
+    EXPECT_NEAR(pixels.Ink().Width(), size.width, 5.0);
+}
+
+TEST(CairoCanvas, DrawsAPointOfACurveOnItsPixel) {
+    Chart chart;
+    chart.x.bounds = {0.0, 10.0};
+    chart.y.bounds = {0.0, 10.0};
+    chart.hasGrid = false;
+    ChartCurve& curve = chart.curves.emplace_back();
+    const std::vector<double> y = {2.0, 2.0, 2.0, 2.0, 2.0, 99.0, 2.0};
+    curve.samples = SamplesOf(y);
+    curve.look.m_rgbLine = kRed;
+    curve.look.m_lLineThick = GRAPH_COLOR_LINE_TAG::THICK_EXTRA;
+    const CGraphColorInfo colors;
+    Pixels pixels({300.0, 200.0});
+    ChartLayout layout;
+    pixels.Draw([&](Canvas& canvas) {
+        layout = LayOutChart(chart, {0.0, 0.0, 300.0, 200.0}, canvas.GetPointLength(), canvas);
+        DrawChart(chart, layout, {&colors}, canvas);
+    });
+    const auto at = [&](double x, double value) {
+        return pixels.At(static_cast<int>(layout.x.mapping.ToPixel(x)),
+                         static_cast<int>(layout.y.mapping.ToPixel(value)));
+    };
+    EXPECT_EQ(at(2.0, 2.0), kRed);
+    EXPECT_NE(at(2.0, 4.0), kRed);
+    EXPECT_NE(at(8.0, 2.0), kRed);
+    const auto isReddish = [](COLORREF color) { return (color & 0xFF) > 150 && (color >> 8 & 0xFF) < 100; };
+    const Rect line = pixels.Bounds(isReddish);
+    EXPECT_GE(line.left, std::floor(layout.plot.left));
+    EXPECT_GE(line.top, std::floor(layout.plot.top));
+    EXPECT_LE(line.bottom, layout.plot.bottom);
+}
+
+TEST(CairoCanvas, DrawsAnImageOfBlocks) {
+    const COLORREF colors[] = {kRed, Rgb(0, 255, 0), Rgb(0, 0, 255), Rgb(0, 0, 0)};
+    Pixels pixels({40.0, 40.0});
+    pixels.Draw([&](Canvas& canvas) {
+        canvas.DrawImage({10.0, 10.0, 30.0, 30.0}, colors, 2, 2, false);
+        canvas.DrawImage({0.0, 0.0, 40.0, 40.0}, colors, 3, 2, false);  // sizes that do not match
+        canvas.DrawImage({0.0, 0.0, 40.0, 40.0}, {}, 0, 0, true);
+    });
+    EXPECT_EQ(pixels.At(11, 11), kRed);
+    EXPECT_EQ(pixels.At(19, 19), kRed);
+    EXPECT_EQ(pixels.At(20, 10), colors[1]);
+    EXPECT_EQ(pixels.At(10, 29), colors[2]);
+    EXPECT_EQ(pixels.At(29, 29), colors[3]);
+    EXPECT_EQ(pixels.At(5, 5), kWhite);
+}
+
+TEST(CairoCanvas, SurvivesCoordinatesOfAnySort) {
+    Pixels pixels({50.0, 50.0});
+    pixels.Draw([](Canvas& canvas) {
+        Path path;
+        for (const double wild : {kNaN, 1e308, -1e308, std::numeric_limits<double>::infinity()}) {
+            path.LineTo({wild, 10.0});
+            path.LineTo({10.0, wild});
+            canvas.DrawText(L"text", {wild, wild}, {wild, 0});
+        }
+        canvas.Stroke(path, {0, 1.0, CKvxGraphLineSample::LINE_DASH});
+        canvas.Fill(path, 0);
+        canvas.Stroke(path, {0, kNaN});
+    });
+}
+
+void DrawSomething(Canvas& canvas) {
+    canvas.FillRect({10.0, 10.0, 50.0, 40.0}, kRed);
+    canvas.DrawText(L"加速度 m/s#u2#n", {60.0, 20.0}, {12.0, 0});
+}
+
+std::string Made(PictureFormat format, const PictureOptions& options = {{200.0, 100.0}}) {
+    std::string bytes;
+    EXPECT_TRUE(MakePicture(format, options, DrawSomething, &bytes));
+    return bytes;
+}
+
+TEST(Picture, IsTheSameBytesForTheSameDrawing) {
+    const std::pair<PictureFormat, const char*> starts[] = {{PictureFormat::kSvg, "<?xml"},
+                                                            {PictureFormat::kPdf, "%PDF-"},
+                                                            {PictureFormat::kPng, "\x89PNG"},
+                                                            {PictureFormat::kJpeg, "\xFF\xD8\xFF"}};
+    for (const auto& [format, start] : starts) {
+        const std::string bytes = Made(format);
+        EXPECT_TRUE(bytes.starts_with(start));
+        EXPECT_TRUE(bytes == Made(format)) << start;
+        EXPECT_EQ(bytes.find("CreationDate"), std::string::npos);
+    }
+}
+
+TEST(Picture, IsAReadablePng) {
+    std::string_view bytes;
+    const std::string made = Made(PictureFormat::kPng);
+    bytes = made;
+    const auto read = [](void* source, unsigned char* data, unsigned int size) {
+        auto& rest = *static_cast<std::string_view*>(source);
+        if (rest.size() < size) return CAIRO_STATUS_READ_ERROR;
+        std::memcpy(data, rest.data(), size);
+        rest.remove_prefix(size);
+        return CAIRO_STATUS_SUCCESS;
+    };
+    const Pixels pixels(cairo_image_surface_create_from_png_stream(read, &bytes));
+    ASSERT_EQ(pixels.Width(), 200);
+    ASSERT_EQ(pixels.Height(), 100);
+    EXPECT_EQ(pixels.At(10, 10), kRed);
+    EXPECT_EQ(pixels.At(9, 9), kWhite);
+}
+
+TEST(Picture, IsAReadableJpeg) {
+    const std::string bytes = Made(PictureFormat::kJpeg, {{200.9, 100.0}, 150.0, 95});
+    jpeg_decompress_struct reader = {};
+    jpeg_error_mgr errors = {};
+    reader.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&reader);
+    jpeg_mem_src(&reader, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    ASSERT_EQ(jpeg_read_header(&reader, TRUE), JPEG_HEADER_OK);
+    jpeg_start_decompress(&reader);
+    EXPECT_EQ(reader.output_width, 200U);
+    EXPECT_EQ(reader.output_height, 100U);
+    EXPECT_EQ(reader.X_density, 150);
+    std::vector<JSAMPLE> row(600);
+    JSAMPLE* rows = row.data();
+    while (reader.output_scanline < reader.output_height) {
+        jpeg_read_scanlines(&reader, &rows, 1);
+        if (reader.output_scanline != 25) continue;
+        EXPECT_GT(row[3 * 30], 240);
+        EXPECT_LT(row[3 * 30 + 1], 15);
+        EXPECT_GT(row[3 * 190 + 1], 240);
+    }
+    jpeg_finish_decompress(&reader);
+    EXPECT_EQ(errors.num_warnings, 0);
+    jpeg_destroy_decompress(&reader);
+}
+
+TEST(Picture, FormatFollowsTheEndOfTheName) {
+    EXPECT_EQ(PictureFormatOf(L"a.svg"), PictureFormat::kSvg);
+    EXPECT_EQ(PictureFormatOf(L"C:\\x.y\\a.PDF"), PictureFormat::kPdf);
+    EXPECT_EQ(PictureFormatOf(L"a.b.Png"), PictureFormat::kPng);
+    EXPECT_EQ(PictureFormatOf(L"a.jpg"), PictureFormat::kJpeg);
+    EXPECT_EQ(PictureFormatOf(L".jpeg"), PictureFormat::kJpeg);
+    for (const wchar_t* other : {L"", L"png", L"a.png.", L"a.gif"})
+        EXPECT_FALSE(PictureFormatOf(other)) << other;
+}
+
+TEST(Picture, RefusesAbsurdOptions) {
+    const PictureOptions absurd[] = {{{0.0, 100.0}},         {{100.0, -1.0}},    {{kNaN, 100.0}},
+                                     {{1e5, 1e5}},           {{0.5, 100.0}},     {{100.0, 100.0}, 0.0},
+                                     {{100.0, 100.0}, 1e9},  {{9.0, 9.0}, kNaN}, {{9.0, 9.0}, 96.0, 0},
+                                     {{9.0, 9.0}, 96.0, 101}};
+    for (const PictureOptions& options : absurd) {
+        for (const PictureFormat format : {PictureFormat::kSvg, PictureFormat::kPdf, PictureFormat::kJpeg}) {
+            std::string bytes = "before";
+            EXPECT_EQ(MakePicture(format, options, DrawSomething, &bytes).error, PictureError::kBadOptions);
+            EXPECT_EQ(bytes, "");
+        }
+    }
+    std::string bytes;
+    EXPECT_EQ(MakePicture(PictureFormat::kPng, {{30'000.0, 30'000.0}}, DrawSomething, &bytes).error,
+              PictureError::kBadOptions);
+    EXPECT_FALSE(Made(PictureFormat::kSvg, {{30'000.0, 30'000.0}}).empty());
+    EXPECT_FALSE(Made(PictureFormat::kPng, {{1.0, 1.0}}).empty());
+}
+
+TEST(Picture, FailsWithoutHarmWhereItCannotBeWritten) {
+    const TempFolder folder;
+    folder.Write("old.png", "old");
+    const auto write = [](const std::filesystem::path& path, const std::function<void(Canvas&)>& draw) {
+        return WritePicture(path.wstring(), PictureFormat::kPng, {{50.0, 50.0}}, draw);
+    };
+    const auto cause = [](const PictureResult& result) { return result.file ? result.file->m_cause : -1; };
+    EXPECT_EQ(cause(write(folder / "absent" / "a.png", DrawSomething)), CFileException::badPath);
+    EXPECT_EQ(cause(write(folder.Path(), DrawSomething)), CFileException::accessDenied);
+    EXPECT_EQ(cause(write("/dev/full", DrawSomething)), CFileException::diskFull);
+    EXPECT_EQ(write("", DrawSomething).error, PictureError::kNotWritten);
+    const auto outOfMemory = [](Canvas&) { throw std::bad_alloc(); };
+    EXPECT_EQ(write(folder / "old.png", outOfMemory).error, PictureError::kNoMemory);
+    EXPECT_EQ(folder.Read("old.png"), "old");
+    EXPECT_TRUE(write(folder / "old.png", DrawSomething));
+    EXPECT_TRUE(folder.Read("old.png").starts_with("\x89PNG"));
+    EXPECT_EQ(folder.Count(), 1U);
+}
+
+}  // namespace
+}  // namespace kvx::plot
