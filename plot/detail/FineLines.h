@@ -11,7 +11,7 @@
 
 namespace kvx::plot::detail {
 
-inline constexpr double kFinePoints = 0.75;  // frame, grid and cursor
+inline constexpr double kFinePoints = 0.5;  // frame, grid and cursor
 inline constexpr double kMajorTickPoints = 4.5;
 inline constexpr double kMinorTickPoints = 2.5;
 

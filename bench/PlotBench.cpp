@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#include <plot/Graph.h>
+#include <plot/Picture.h>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <numeric>
+#include <random>
+#include <vector>
+
+#include <KvxDevCommon01/units/UnitText.h>
+
+namespace {
+
+using namespace kvx::plot;
+
+std::vector<double> Noise(std::size_t count) {
+    std::mt19937 random(1);
+    std::normal_distribution<double> value;
+    std::vector<double> noise(count);
+    for (double& sample : noise) sample = value(random);
+    return noise;
+}
+
+/// A wave of that many samples, shown in g over s.
+void Plot(benchmark::State& state, PictureFormat format, bool isLogarithmic, bool hasXValues) {
+    const auto count = static_cast<std::size_t>(state.range(0));
+    const std::vector<double> samples = Noise(count);
+    std::vector<double> x(count);
+    std::iota(x.begin(), x.end(), 1.0);
+    CGraphParam param;
+    param.m_cells.rowNum = param.m_cells.colNum = 1;
+    param.m_cells.rowNames = param.m_cells.colNames = {L"noise"};
+    param.m_lines.CreateInfo(1);
+    param.m_x.num = static_cast<__int64>(count);
+    param.m_x.interval = param.m_x.start = 1e-4;
+    param.m_units.x = *kvx::ParseUnit(L"s");
+    param.m_units.y = *kvx::ParseUnit(L"g");
+    param.m_series.num = 1;
+    CScaleParam scale;
+    scale.m_bXAuto = 1;
+    scale.m_bXLog = scale.m_bYLog = isLogarithmic;
+    const CGraphInfo info;
+    GraphContent content;
+    content.series = {{samples.data(), nullptr, param.m_x.num, hasXValues ? x.data() : nullptr}};
+    for (auto _ : state) {
+        std::string bytes;
+        const PictureResult result = MakePicture(
+            format, {{800.0, 500.0}},
+            [&](Canvas& canvas) {
+                DrawGraph({&param, &scale, &info, &content}, canvas);
+            },
+            &bytes);
+        if (!result) state.SkipWithError("not drawn");
+        benchmark::DoNotOptimize(bytes);
+    }
+    state.SetItemsProcessed(state.iterations() * param.m_x.num);
+}
+
+BENCHMARK_CAPTURE(Plot, Png, PictureFormat::kPng, false, false)
+    ->Arg(1000)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Plot, PngLogarithmic, PictureFormat::kPng, true, false)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Plot, PngOverXValues, PictureFormat::kPng, false, true)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Plot, Jpeg, PictureFormat::kJpeg, false, false)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Plot, Svg, PictureFormat::kSvg, false, false)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Plot, Pdf, PictureFormat::kPdf, false, false)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace
