@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -43,14 +45,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.decimalComma = (data[0] & 4) != 0;
     ReadOrRefuse([&] {
         Progress progress("");
-        Recording recording = ParseTextTable(text, options, progress);
-        const std::size_t count = recording.channels.at(0).values.size();
-        Check(count > 0 && (recording.times.empty() || recording.times.size() == count));
-        for (const Recording::Channel& channel : recording.channels) {
-            Check(channel.values.size() == count &&
-                  std::ranges::all_of(channel.values, [](double v) { return std::isfinite(v); }));
+        const auto open = [&] { return std::make_unique<kvx::MemoryStream>(std::as_bytes(std::span(text))); };
+        const std::unique_ptr<RecordingReader> reader = OpenTextTable(open, options, progress);
+        const RecordingInfo& recording = reader->Info();
+        Check(recording.samples > 0 && !recording.channels.empty());
+        std::vector<double> samples(recording.channels.size());
+        std::vector<double*> targets;
+        for (double& sample : samples) targets.push_back(&sample);
+        __int64 count = 0;
+        for (; reader->Read(targets, 1) == 1; ++count) {
+            Check(std::ranges::all_of(samples, [](double v) { return std::isfinite(v); }));
         }
-        Check(SettleAxis(recording, std::nullopt).rateHz > 0.0);
+        Check(count == recording.samples);
+        std::vector<std::string> notes;
+        Check(SettleAxis(recording, std::nullopt, "--rate", &notes).rateHz > 0.0);
     });
     ReadOrRefuse([&] {
         const ProfileText profile = ParseProfileText(text);

@@ -2,7 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,19 +24,27 @@ using namespace kvx::tool;
 
 namespace {
 
-std::string Join(const std::vector<double>& values) {
+/// "time 0 0.5; a [g] 1 2; b 3 4": the ends of the time column, then the channels.
+std::string Describe(RecordingReader& recording) {
+    const RecordingInfo& info = recording.Info();
     std::string text;
-    for (const double value : values) text += " " + FormatExact(value);
-    return text;
-}
-
-/// "time 0 0.5; a [g] 1 2; b 3 4".
-std::string Describe(const Recording& recording) {
-    std::string text = recording.times.empty() ? "" : "time" + Join(recording.times) + "; ";
-    for (const Recording::Channel& channel : recording.channels) {
-        text += kvx::ToUtf8(channel.name) + (channel.unit ? " [" + UnitText(*channel.unit) + "]" : "") +
-                Join(channel.values) + "; ";
+    if (info.stamps)
+        text = "time " + FormatExact(info.stamps->first) + " " + FormatExact(info.stamps->last) + "; ";
+    std::vector<std::string> columns;
+    for (const RecordingInfo::Channel& channel : info.channels) {
+        columns.push_back(kvx::ToUtf8(channel.name) +
+                          (channel.unit ? " [" + UnitText(*channel.unit) + "]" : ""));
     }
+    // Small pieces, which must not show.
+    std::vector<std::array<double, 2>> room(columns.size());
+    std::vector<double*> targets;
+    for (std::array<double, 2>& piece : room) targets.push_back(piece.data());
+    while (const std::size_t count = recording.Read(targets, 2)) {
+        for (std::size_t c = 0; c < columns.size(); ++c) {
+            for (std::size_t i = 0; i < count; ++i) columns[c] += " " + FormatExact(room[c][i]);
+        }
+    }
+    for (const std::string& column : columns) text += column + "; ";
     return text.substr(0, text.size() - 2);
 }
 
@@ -41,7 +52,9 @@ std::string Describe(const Recording& recording) {
 std::string Outcome(const std::string& text, const TextOptions& options = {}) {
     Progress progress("");
     try {
-        return Describe(ParseTextTable(text, options, progress));
+        return Describe(*OpenTextTable(
+            [&] { return std::make_unique<kvx::MemoryStream>(std::as_bytes(std::span(text))); }, options,
+            progress));
     } catch (const Reason& reason) {
         return reason.what();
     }
@@ -71,7 +84,7 @@ TEST_P(TextTable, IsReadOrRefusedWithASentence) {
 INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
     Case{"CommaWithHeadings", "time,a [g],b (N)\n0,1,2\n0.5,-3e-2,4\n", "time 0 0.5; a [g] 1 -0.03; b [N] 2 4"},
     Case{"NoHeadingsNoTime", "3,1\n2,5\n", " 3 2;  1 5"},
-    Case{"EvenFirstColumnIsTime", "0,5\n0.1,6\n0.2,5\n", "time 0 0.1 0.2;  5 6 5"},
+    Case{"EvenFirstColumnIsTime", "0,5\n0.1,6\n0.2,5\n", "time 0 0.2;  5 6 5"},
     Case{"UnevenFirstColumnIsAChannel", "0,5\n0.1,6\n0.5,5\n", " 0 0.1 0.5;  5 6 5"},
     Case{"HeadingsSayThatItIsNoTime", "x,y\n0,5\n1,6\n2,7\n", "x 0 1 2; y 5 6 7"},
     Case{"TimeInMilliseconds", "t [ms];a\n0;1\n250;2\n", "time 0 0.25; a 1 2"},
@@ -134,15 +147,18 @@ TEST(TextTableOptions, SayWhatATextCannot) {
 }
 
 /// The axis as "rate offset", or the sentence.
-std::string AxisOutcome(std::vector<double> times, double resolution, std::optional<double> rate) {
-    Recording recording;
-    recording.channels.resize(1);
-    recording.times = std::move(times);
-    recording.timeResolution = resolution;
+std::string AxisOutcome(const std::vector<double>& times, double resolution, std::optional<double> rate) {
+    RecordingInfo recording;
+    if (!times.empty()) {
+        recording.stamps = {std::ssize(times), times.front(), times.back(), resolution, {}};
+        StrayFinder finder(&*recording.stamps);
+        for (const double stamp : times) finder.Add(stamp);
+    }
+    std::vector<std::string> notes;
     try {
-        const TimeAxis axis = SettleAxis(recording, rate);
+        const TimeAxis axis = SettleAxis(recording, rate, "--rate", &notes);
         return FormatNumber(axis.rateHz, 9) + " " + std::to_string(axis.offset) +
-               (recording.notes.empty() ? "" : ": " + recording.notes.front());
+               (notes.empty() ? "" : ": " + notes.front());
     } catch (const Reason& reason) {
         return reason.what();
     }

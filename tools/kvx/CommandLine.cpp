@@ -17,6 +17,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Output.h"
+#include "StopRequest.h"
 
 namespace kvx::tool {
 namespace {
@@ -107,6 +108,9 @@ int RunCommandLine(int argc, const char* const* argv) {
     } catch (const CFileException& error) {
         // Every file is opened on behalf of a sentence of its own; what is left is standard output.
         return Report("cannot write to standard output: " + Explain(error), kFailed);
+    } catch (const Stopped& stopped) {
+        std::raise(stopped.signal);  // ends the program as the signal would have
+        return kFailed;
     } catch (const std::bad_alloc&) {
         return Report("there is not enough memory", kFailed);
     } catch (const std::exception& error) {

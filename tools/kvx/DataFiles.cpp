@@ -13,6 +13,21 @@
 namespace kvx::tool {
 namespace {
 
+/// Appends the channels of record number `r` (0-based).
+void AppendChannels(const CStringArray& rows, const CStringArray& columns, std::size_t r,
+                    std::vector<Channel>* channels) {
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        for (std::size_t column = 0; column < columns.size(); ++column) {
+            std::wstring name = rows[row];
+            if (columns.size() > 1) name += L"/" + columns[column];
+            channels->push_back({channels->size() + 1, r, static_cast<__int64>(row),
+                                 static_cast<__int64>(column), std::move(name)});
+        }
+    }
+}
+
+}  // namespace
+
 std::string ReasonText(const DataFileFailure& failure) {
     const std::string place = failure.record < 0 ? "" : "record " + std::to_string(failure.record + 1) + ": ";
     switch (failure.reason) {
@@ -32,8 +47,6 @@ std::string ReasonText(const DataFileFailure& failure) {
     return "the reason is not known";
 }
 
-}  // namespace
-
 DataFileContent LoadDataFile(const std::string& path) {
     DataFileContent content;
     DataFileFailure failure;
@@ -52,15 +65,15 @@ void StoreDataFile(const std::string& path, const std::wstring& text, std::vecto
 std::vector<Channel> ListChannels(const DataFileContent& content) {
     std::vector<Channel> channels;
     for (std::size_t r = 0; r < content.records.size(); ++r) {
-        const CComDataBase& record = content.records[r];
-        for (__int64 row = 0; row < record.GetNumRow(); ++row) {
-            for (__int64 column = 0; column < record.GetNumCol(); ++column) {
-                std::wstring name = record.GetRowName()[static_cast<std::size_t>(row)];
-                if (record.GetNumCol() > 1)
-                    name += L"/" + record.GetColName()[static_cast<std::size_t>(column)];
-                channels.push_back({channels.size() + 1, r, row, column, std::move(name)});
-            }
-        }
+        AppendChannels(content.records[r].GetRowName(), content.records[r].GetColName(), r, &channels);
+    }
+    return channels;
+}
+
+std::vector<Channel> ListChannels(const std::vector<RecordOutline>& records) {
+    std::vector<Channel> channels;
+    for (std::size_t r = 0; r < records.size(); ++r) {
+        AppendChannels(records[r].fields.rowNames, records[r].fields.colNames, r, &channels);
     }
     return channels;
 }
@@ -75,12 +88,12 @@ void AddChannelOptions(Command command, ChannelOptions* options) {
         .Check(WholeNumber(1, 1'000'000));
 }
 
-std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options) {
-    if (options.record > content.records.size()) {
+std::vector<Channel> SelectChannels(const std::vector<Channel>& all, std::size_t records,
+                                    const ChannelOptions& options) {
+    if (options.record > records) {
         throw Reason("it has no record " + std::to_string(options.record) + ", only " +
-                     Count(std::ssize(content.records), "record"));
+                     Count(static_cast<long long>(records), "record"));
     }
-    const std::vector<Channel> all = ListChannels(content);
     std::vector<std::wstring> names;
     for (const Channel& channel : all) names.push_back(channel.name);
     std::vector<Channel> chosen;
@@ -97,6 +110,10 @@ std::vector<Channel> SelectChannels(const DataFileContent& content, const Channe
     return chosen;
 }
 
+std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options) {
+    return SelectChannels(ListChannels(content), content.records.size(), options);
+}
+
 CStringArray NamesOf(const std::vector<Channel>& channels) {
     CStringArray names;
     for (const Channel& channel : channels) names.push_back(channel.name);
@@ -106,6 +123,11 @@ CStringArray NamesOf(const std::vector<Channel>& channels) {
 bool IsWaveform(const CComDataBase& record) {
     return record.GetDataMode() == CComDataBase::MODE_SPACING && record.GetHUnit() == CUnitCtrl::DIM_TIME &&
            record.GetImaginary(0, 0) == nullptr && record.GetDelta() > 0.0;
+}
+
+bool IsWaveform(const RecordOutline& record) {
+    return record.fields.mode == CComDataBase::MODE_SPACING && record.fields.hunit == CUnitCtrl::DIM_TIME &&
+           !record.isComplex && record.fields.delta > 0.0;
 }
 
 std::vector<ChosenWaveforms> SelectWaveforms(const DataFileContent& content, const ChannelOptions& options) {
@@ -125,15 +147,19 @@ double RateOf(const CComDataBase& record) {
     return 1.0 / record.GetDelta();
 }
 
-CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel) {
-    const double* samples = record.GetReal(channel.row, channel.column);
-    const double* end = samples + record.GetNsamp();
+void RequireValues(const double* samples, __int64 count, std::wstring_view name, __int64 done) {
+    const double* end = samples + count;
     const double* bad =
         std::find_if(samples, end, [](double v) { return v == kNoValue<double> || !std::isfinite(v); });
     if (bad != end) {
-        throw Reason("sample " + std::to_string(bad - samples + 1) + " of channel " + Quote(channel.name) +
+        throw Reason("sample " + std::to_string(done + (bad - samples) + 1) + " of channel " + Quote(name) +
                      " holds no value");
     }
+}
+
+CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel) {
+    const double* samples = record.GetReal(channel.row, channel.column);
+    RequireValues(samples, record.GetNsamp(), channel.name);
     CDataArrayDouble copy;
     if (!copy.SetData(record.GetNsamp(), samples)) throw std::bad_alloc();
     return copy;

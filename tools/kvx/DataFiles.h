@@ -9,10 +9,14 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileStream.h>
 
 #include "Command.h"
 
 namespace kvx::tool {
+
+/// Why a data file could not be read or written, as a Reason has it.
+std::string ReasonText(const DataFileFailure& failure);
 
 /// Throws Reason.
 DataFileContent LoadDataFile(const std::string& path);
@@ -31,6 +35,7 @@ struct Channel {
 };
 
 std::vector<Channel> ListChannels(const DataFileContent& content);
+std::vector<Channel> ListChannels(const std::vector<RecordOutline>& records);
 
 /// Which channels a command works on.
 struct ChannelOptions {
@@ -39,13 +44,17 @@ struct ChannelOptions {
 };
 void AddChannelOptions(Command command, ChannelOptions* options);
 
-/// The chosen channels, those of one record together and in the order of the records. Throws Reason.
+/// The chosen ones of all channels of a file, those of one record together and in the order of the records.
+/// Throws Reason.
+std::vector<Channel> SelectChannels(const std::vector<Channel>& all, std::size_t records,
+                                    const ChannelOptions& options);
 std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options);
 
 CStringArray NamesOf(const std::vector<Channel>& channels);
 
 /// Whether the axis of the record is the time, evenly spaced, and the samples are real.
 bool IsWaveform(const CComDataBase& record);
+bool IsWaveform(const RecordOutline& record);
 
 /// A waveform record and the channels chosen from it, one or more.
 struct ChosenWaveforms {
@@ -58,6 +67,9 @@ std::vector<ChosenWaveforms> SelectWaveforms(const DataFileContent& content, con
 
 /// Sampling rate of a waveform, in hertz.
 double RateOf(const CComDataBase& record);
+
+/// Throws Reason when one of `count` samples, which follow `done` others of channel `name`, holds no value.
+void RequireValues(const double* samples, __int64 count, std::wstring_view name, __int64 done = 0);
 
 /// The samples of a channel in the standard unit. Throws Reason when one holds no value, or std::bad_alloc.
 CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel);

@@ -2,16 +2,12 @@
 //
 // kvx export: records become a CSV table or, when they are waveforms, a WAV file.
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <charconv>
 #include <cmath>
-#include <filesystem>
 #include <limits>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,37 +21,21 @@
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"
+#include "Signal.h"
+#include "SignalWriter.h"
 #include "SoundFile.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
 
-struct SampleName {
-    std::string_view name;
-    WavSamples samples;
-};
-// clang-format off
-constexpr std::array kSampleNames = {
-    SampleName{"float",  WavSamples::floating},
-    SampleName{"double", WavSamples::doubleFloating},
-    SampleName{"pcm16",  WavSamples::pcm16},
-    SampleName{"pcm24",  WavSamples::pcm24},
-};
-// clang-format on
-
 struct ExportOptions {
     std::string input;
     std::string output;
     std::string units;
     ChannelOptions channels;
-    std::string samples = "float";
-    std::optional<double> fullScale;
+    WavOptions wav;
 };
-
-WavSamples WavSamplesOf(const ExportOptions& options) {
-    return Choose(kSampleNames, "--samples", options.samples).samples;
-}
 
 /// One channel to be written; values are converted as they are written.
 struct Column {
@@ -199,75 +179,65 @@ void WriteCsv(const std::vector<Column>& columns, ByteStream& stream, Progress& 
 
 // ---- WAV ----
 
-/// The rate as a WAV header holds it: whole, to the accuracy of a sampling clock.
-int WavRate(const CComDataBase& record) {
-    constexpr double kClockAccuracy = 1e-6;
-    const double rate = RateOf(record);
-    const double whole = std::round(rate);
-    if (whole < 1.0 || whole > std::numeric_limits<int>::max() ||
-        std::abs(rate / whole - 1.0) > kClockAccuracy) {
-        throw Reason("its rate of " + FormatNumber(rate, 10) + " Hz is not whole, as a WAV file needs it");
+/// Passes the scaled samples of all columns on, block by block: use(channels, count, done). Returns the
+/// scales, which have seen all of them.
+template <typename Use>
+std::vector<WavScale> ScaleBlocks(const std::vector<Column>& columns, const WavOptions& options, Use use) {
+    constexpr __int64 kBlock = 1 << 15;
+    std::vector<WavScale> scales;
+    for (const Column& column : columns) {
+        scales.emplace_back(SignalRun::Channel{column.channel.name, column.unit}, options);
     }
-    return static_cast<int>(whole);
-}
-
-/// The samples of a column over full scale; throws Reason where they do not fit.
-std::vector<double> WavChannel(const Column& column, const ExportOptions& options) {
-    const double fullScale = options.fullScale.value_or(1.0);
-    const WavSamples samples = WavSamplesOf(options);
-    const bool isInteger = samples == WavSamples::pcm16 || samples == WavSamples::pcm24;
-    std::vector<double> values(column.real, column.real + column.record->GetNsamp());
-    double peak = 0.0;
-    for (double& value : values) {
-        if (value == kNoValue<double> || !std::isfinite(value)) {
-            throw Reason("sample " + std::to_string(&value - values.data() + 1) + " of channel " +
-                         Quote(column.channel.name) + " holds no value");
+    std::vector<std::vector<double>> block(columns.size());
+    const __int64 total = columns.front().record->GetNsamp();
+    for (__int64 done = 0; done < total; done += kBlock) {
+        const __int64 count = std::min(kBlock, total - done);
+        std::vector<const double*> channels;
+        for (std::size_t c = 0; c < columns.size(); ++c) {
+            block[c].assign(columns[c].real + done, columns[c].real + done + count);
+            scales[c].Apply(block[c]);
+            channels.push_back(block[c].data());
         }
-        value = Viewed(column.unit, value);
-        peak = std::max(peak, std::abs(value));
-        value /= fullScale;
+        use(channels, static_cast<std::size_t>(count), done);
     }
-    if (isInteger && peak > fullScale) {
-        throw Reason("channel " + Quote(column.channel.name) + " would be clipped: it reaches " +
-                     FormatNumber(peak) + " " + UnitText(column.unit) + " and full scale is " +
-                     FormatNumber(fullScale) + "; raise --full-scale");
-    }
-    return values;
+    return scales;
 }
 
-std::vector<std::vector<double>> WavChannels(const std::vector<Column>& columns,
-                                             const ExportOptions& options) {
-    std::vector<std::vector<double>> channels;
+/// Throws Reason where the columns cannot be a WAV file.
+void RequireWav(const std::vector<Column>& columns, const WavOptions& options) {
+    WavRate(columns.front().record->GetDelta());
     for (const Column& column : columns) {
         if (!IsWaveform(*column.record)) throw Reason("a WAV file holds time waveforms only; choose CSV");
-        channels.push_back(WavChannel(column, options));
+        RequireValues(column.real, column.record->GetNsamp(), column.channel.name);
     }
-    return channels;
+    const auto ignore = [](const auto&...) {};
+    for (const WavScale& scale : ScaleBlocks(columns, options, ignore)) scale.RequireUnclipped();
 }
 
-bool HasExtension(const std::string& path, std::string_view extension) {
-    std::string own = std::filesystem::path(path).extension().string();
-    std::ranges::transform(own, own.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return own == extension;
+void WriteWav(const std::vector<Column>& columns, const ExportOptions& options, Progress& progress) {
+    const CComDataBase& axis = *columns.front().record;
+    WavWriter file(options.output, columns.size(), axis.GetNsamp(), WavRate(axis.GetDelta()),
+                   WavSamplesOf(options.wav));
+    ScaleBlocks(columns, options.wav,
+                [&](const std::vector<const double*>& channels, std::size_t count, __int64 done) {
+                    file.Write(channels, count);
+                    progress.Update(static_cast<std::uint64_t>(done),
+                                    static_cast<std::uint64_t>(axis.GetNsamp()));
+                });
+    file.Commit();
 }
 
 void RunExport(const ExportOptions& options, ByteStream& out) {
     RequireAnotherFile(options.input, options.output);
-    const bool isWav = HasExtension(options.output, ".wav");
-    if (options.fullScale && !isWav) throw UsageError("--full-scale is for WAV files");
-    WavSamplesOf(options);
+    const bool isWav = IsWavName(options.output);
+    RequireWavOptions(options.output, options.wav);
     Progress progress("exporting " + options.input);
     DataFileContent content;
     std::vector<Column> columns;
-    std::vector<std::vector<double>> channels;
     Doing("export", options.input, [&] {
         content = LoadDataFile(options.input);
         columns = MakeColumns(content, options);
-        if (isWav) {
-            WavRate(*columns.front().record);
-            channels = WavChannels(columns, options);
-        }
+        if (isWav) RequireWav(columns, options.wav);
     });
     if (options.output == "-") {
         WriteCsv(columns, out, progress);
@@ -275,8 +245,7 @@ void RunExport(const ExportOptions& options, ByteStream& out) {
     }
     Doing("write", options.output, [&] {
         if (isWav) {
-            WriteWavFile(options.output, channels, WavRate(*columns.front().record), WavSamplesOf(options),
-                         progress);
+            WriteWav(columns, options, progress);
             return;
         }
         OutputFile file(WidePath(options.output));
@@ -301,14 +270,7 @@ void AddExport(Command app) {
     command.AddOption("--unit", options->units, "Unit of the values, one for all channels or a list")
         .Type("LIST");
     AddChannelOptions(command, &options->channels);
-    command.AddOption("--samples", options->samples, "WAV samples: " + Names(kSampleNames))
-        .Type("KIND")
-        .ShowDefault();
-    command
-        .AddOption("--full-scale", options->fullScale,
-                   "Value that becomes full scale of the WAV file (default 1)")
-        .Type("VALUE")
-        .Check(PositiveNumber());
+    AddWavOptions(command, &options->wav);
     command.SetFooter(
         "CSV has a heading line, the time in s or the frequency in Hz, and every number with the digits "
         "that\n"

@@ -17,68 +17,64 @@ constexpr double kJitter = 0.01;
 /// A given rate that differs by more than this from the time column's deserves a note.
 constexpr double kRateDoubt = 0.01;
 
-double MeanStep(const std::vector<double>& times) {
-    return (times.back() - times.front()) / static_cast<double>(times.size() - 1);
-}
-
-/// Index of the first stamp that stands where it should not; the number of stamps when all are right.
-std::size_t FirstUnevenStamp(const std::vector<double>& times, double resolution) {
-    const double step = MeanStep(times);
-    const double tolerance = std::max(resolution, kJitter * step);
-    for (std::size_t i = 1; i < times.size(); ++i) {
-        const double expected = times.front() + static_cast<double>(i) * step;
-        if (!(std::abs(times[i] - expected) <= tolerance) || times[i] < times[i - 1]) return i;
+double RateOfStamps(const TimeStamps& stamps, const std::string& rateName) {
+    if (stamps.count < 2) throw Reason("one sample has no sampling rate; give it with " + rateName);
+    if (!(stamps.Step() > 0.0))
+        throw Reason("the time column does not rise; give the sampling rate with " + rateName);
+    if (stamps.stray) {
+        const auto [index, stamp] = *stamps.stray;
+        throw Reason("the time column is not evenly spaced: sample " + std::to_string(index + 1) +
+                     " is stamped " + FormatNumber(stamp, 9) + " s where " +
+                     FormatNumber(stamps.Expected(index), 9) +
+                     " s was expected; give the true sampling rate with " + rateName);
     }
-    return times.size();
-}
-
-double RateOfStamps(const std::vector<double>& times, double resolution) {
-    if (times.size() < 2) throw Reason("one sample has no sampling rate; give it with --rate");
-    const double step = MeanStep(times);
-    if (!(step > 0.0)) throw Reason("the time column does not rise; give the sampling rate with --rate");
-    const std::size_t uneven = FirstUnevenStamp(times, resolution);
-    if (uneven < times.size()) {
-        const double expected = times.front() + static_cast<double>(uneven) * step;
-        throw Reason("the time column is not evenly spaced: sample " + std::to_string(uneven + 1) +
-                     " is stamped " + FormatNumber(times[uneven], 9) + " s where " +
-                     FormatNumber(expected, 9) + " s was expected; give the true sampling rate with --rate");
-    }
-    return 1.0 / step;
+    return 1.0 / stamps.Step();
 }
 
 }  // namespace
 
-bool IsEven(const std::vector<double>& times, double resolution) {
-    return times.size() >= 2 && MeanStep(times) > 0.0 && FirstUnevenStamp(times, resolution) == times.size();
+StrayFinder::StrayFinder(TimeStamps* stamps) : stamps_(stamps) {
+    stamps_->stray.reset();
+    if (stamps_->count >= 2) tolerance_ = std::max(stamps_->resolution, kJitter * stamps_->Step());
 }
 
-TimeAxis SettleAxis(Recording& recording, std::optional<double> rateHz) {
-    const std::vector<double>& times = recording.times;
+void StrayFinder::Add(double stamp) {
+    if (index_ > 0 && !stamps_->stray &&
+        (!(std::abs(stamp - stamps_->Expected(index_)) <= tolerance_) || stamp < previous_)) {
+        stamps_->stray = {index_, stamp};
+    }
+    previous_ = stamp;
+    ++index_;
+}
+
+TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz, const std::string& rateName,
+                    std::vector<std::string>* notes) {
+    const std::optional<TimeStamps>& stamps = recording.stamps;
     TimeAxis axis;
     if (rateHz) {
         axis.rateHz = *rateHz;
-        if (IsEven(times, recording.timeResolution)) {
-            const double stamped = 1.0 / MeanStep(times);
+        if (stamps && stamps->IsEven()) {
+            const double stamped = 1.0 / stamps->Step();
             if (std::abs(stamped / *rateHz - 1.0) > kRateDoubt) {
-                recording.notes.push_back("the time column says " + FormatNumber(stamped, 7) +
-                                          " Hz; --rate " + FormatNumber(*rateHz, 10) + " is used");
+                notes->push_back("the time column says " + FormatNumber(stamped, 7) + " Hz; " + rateName +
+                                 " " + FormatNumber(*rateHz, 10) + " is used");
             }
         }
     } else if (recording.rateHz > 0.0) {
         axis.rateHz = recording.rateHz;
-    } else if (!times.empty()) {
-        axis.rateHz = RateOfStamps(times, recording.timeResolution);
+    } else if (stamps) {
+        axis.rateHz = RateOfStamps(*stamps, rateName);
     } else {
-        throw Reason("it has no time column; give the sampling rate with --rate" + recording.rateHint);
+        throw Reason("it has no time column; give the sampling rate with " + rateName + recording.rateHint);
     }
     if (!std::isfinite(axis.rateHz) || !std::isfinite(1.0 / axis.rateHz)) {
         throw Reason("a sampling rate of " + FormatNumber(axis.rateHz) + " Hz cannot be stored");
     }
-    if (times.empty()) return axis;
-    const double offset = std::round(times.front() * axis.rateHz);
+    if (!stamps) return axis;
+    const double offset = std::round(stamps->first * axis.rateHz);
     if (std::abs(offset) > std::numeric_limits<std::int32_t>::max()) {
-        recording.notes.push_back("the first stamp, " + FormatNumber(times.front(), 12) +
-                                  " s, is too far from 0; the record starts at 0 s");
+        notes->push_back("the first stamp, " + FormatNumber(stamps->first, 12) +
+                         " s, is too far from 0; the record starts at 0 s");
     } else {
         axis.offset = static_cast<__int64>(offset);
     }

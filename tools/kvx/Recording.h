@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// A recording as a text table or a sound file holds it, before its axis and its units are settled.
+// A recording as a text table or a sound file holds it, before its axis and its units are settled: what the
+// file says of it, and its samples block by block, however long it is.
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -12,20 +14,68 @@
 
 namespace kvx::tool {
 
-struct Recording {
+/// What an axis needs to know of a time column, in seconds.
+struct TimeStamps {
+    struct Stray {
+        __int64 index;
+        double stamp;
+    };
+
+    __int64 count = 0;
+    double first = 0.0;
+    double last = 0.0;
+    double resolution = 0.0;     ///< what the last decimal stands for
+    std::optional<Stray> stray;  ///< the first stamp that stands where it should not
+
+    /// Mean distance of stamps, of which there must be two.
+    double Step() const { return (last - first) / static_cast<double>(count - 1); }
+    /// Where even spacing would put a stamp.
+    double Expected(__int64 index) const { return first + static_cast<double>(index) * Step(); }
+    /// Whether stamps rise and none strays by more than the resolution and 1 % of a step.
+    bool IsEven() const { return count >= 2 && Step() > 0.0 && !stray; }
+};
+
+/// Finds the first stray of stamps whose number, ends and resolution are known, as they pass in their order.
+class StrayFinder {
+public:
+    explicit StrayFinder(TimeStamps* stamps);
+    void Add(double stamp);
+
+private:
+    TimeStamps* stamps_;
+    double tolerance_ = 0.0;
+    double previous_ = 0.0;
+    __int64 index_ = 0;
+};
+
+struct RecordingInfo {
     struct Channel {
         std::wstring name;              ///< empty where the file gives none
         std::optional<CUnitCtrl> unit;  ///< where the file states one that is known
         std::string unknownUnit;        ///< what the file states instead
-        std::vector<double> values;     ///< in that unit; equally many in every channel
     };
     std::vector<Channel> channels;
-    double rateHz = 0.0;  ///< as the file states it; 0 where it does not
-    std::vector<double>
-        times;  ///< the time column in seconds, one stamp per sample; empty where there is none
-    double timeResolution = 0.0;     ///< what the last decimal of the time column stands for, in seconds
-    std::string rateHint;            ///< what else the file says of its rate, for a sentence; may be empty
-    std::vector<std::string> notes;  ///< sentences about what was left out or assumed
+    __int64 samples = 0;               ///< of each channel, 1 or more
+    double rateHz = 0.0;               ///< as the file states it; 0 where it does not
+    std::optional<TimeStamps> stamps;  ///< of the time column, when there is one
+    std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
+};
+
+class RecordingReader {
+public:
+    virtual ~RecordingReader() = default;
+    RecordingReader(const RecordingReader&) = delete;
+    RecordingReader& operator=(const RecordingReader&) = delete;
+
+    const RecordingInfo& Info() const { return info_; }
+    /// Delivers the next samples, at most `room` of each channel, in the unit of the channel, and returns how
+    /// many; 0 at the end. There is a target per channel, null for one that is not wanted. Throws Reason.
+    virtual std::size_t Read(std::span<double* const> targets, std::size_t room) = 0;
+
+protected:
+    RecordingReader() = default;
+
+    RecordingInfo info_;
 };
 
 /// Where the samples stand: sample i at (offset + i) / rateHz seconds.
@@ -34,11 +84,10 @@ struct TimeAxis {
     __int64 offset = 0;
 };
 
-/// Whether stamps rise and follow their first and last one within the resolution or 1 % of a step.
-bool IsEven(const std::vector<double>& times, double resolution);
-
 /// The axis by the given rate (Hz), else by the file's rate, else by the first and last time stamp. Appends
-/// to the recording's notes; throws Reason when there is no rate or the stamps are uneven.
-TimeAxis SettleAxis(Recording& recording, std::optional<double> rateHz);
+/// sentences about what was assumed; throws Reason when there is no rate or the stamps are uneven. The rate
+/// is given with the option `rateName`.
+TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz, const std::string& rateName,
+                    std::vector<std::string>* notes);
 
 }  // namespace kvx::tool

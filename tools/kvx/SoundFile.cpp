@@ -6,10 +6,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
-#include <filesystem>
+#include <cstdint>
+#include <exception>
 #include <limits>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include <KvxDevCommon01/platform/File.h>
 
@@ -18,60 +20,60 @@
 namespace kvx::tool {
 namespace {
 
-constexpr std::size_t kBlockFrames = 1 << 15;
+/// Frames of a block, so that its size does not depend on the number of channels.
+std::size_t BlockFrames(std::size_t channels) {
+    constexpr std::size_t kBlockSamples = 1 << 17;
+    return std::max<std::size_t>(1, kBlockSamples / channels);
+}
 
 struct CloseSound {
     void operator()(SNDFILE* file) const { sf_close(file); }
 };
 using SoundHandle = std::unique_ptr<SNDFILE, CloseSound>;
 
-// ---- writing goes into memory, so that the target is replaced only by a whole file ----
+// ---- a file being written, as the sound library wants it ----
 
-struct MemoryFile {
-    std::vector<std::byte> bytes;
-    std::size_t position = 0;
+struct OutputTarget {
+    OutputFile file;
+    sf_count_t position = 0;
+    sf_count_t length = 0;
+    std::exception_ptr failure = nullptr;  ///< nothing may be thrown through the sound library
 };
 
-MemoryFile& Memory(void* user) {
-    return *static_cast<MemoryFile*>(user);
+OutputTarget& Target(void* user) {
+    return *static_cast<OutputTarget*>(user);
 }
 
-sf_count_t MemoryLength(void* user) {
-    return static_cast<sf_count_t>(Memory(user).bytes.size());
+sf_count_t TargetLength(void* user) {
+    return Target(user).length;
 }
 
-sf_count_t MemoryTell(void* user) {
-    return static_cast<sf_count_t>(Memory(user).position);
+sf_count_t TargetTell(void* user) {
+    return Target(user).position;
 }
 
-sf_count_t MemorySeek(sf_count_t offset, int whence, void* user) {
-    MemoryFile& file = Memory(user);
-    const sf_count_t base = whence == SEEK_SET   ? 0
-                            : whence == SEEK_CUR ? MemoryTell(user)
-                                                 : MemoryLength(user);
-    file.position = static_cast<std::size_t>(std::max<sf_count_t>(0, base + offset));
-    return MemoryTell(user);
+sf_count_t TargetSeek(sf_count_t offset, int whence, void* user) {
+    OutputTarget& target = Target(user);
+    const sf_count_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? target.position : target.length;
+    target.position = std::max<sf_count_t>(0, base + offset);
+    return target.position;
 }
 
-sf_count_t MemoryRead(void* data, sf_count_t count, void* user) {
-    MemoryFile& file = Memory(user);
-    const std::size_t left = file.bytes.size() - std::min(file.bytes.size(), file.position);
-    const std::size_t size = std::min(left, static_cast<std::size_t>(count));
-    std::memcpy(data, file.bytes.data() + file.position, size);
-    file.position += size;
-    return static_cast<sf_count_t>(size);
+sf_count_t TargetRead(void*, sf_count_t, void*) {
+    return 0;
 }
 
-sf_count_t MemoryWrite(const void* data, sf_count_t count, void* user) {
-    MemoryFile& file = Memory(user);
-    const auto size = static_cast<std::size_t>(count);
+sf_count_t TargetWrite(const void* data, sf_count_t count, void* user) {
+    OutputTarget& target = Target(user);
     try {
-        if (file.position + size > file.bytes.size()) file.bytes.resize(file.position + size);
-    } catch (const std::exception&) {
-        return 0;  // the sound library reports a short write; nothing may be thrown through it
+        target.file.Seek(static_cast<std::uint64_t>(target.position));
+        target.file.Write(data, static_cast<std::size_t>(count));
+    } catch (...) {
+        target.failure = std::current_exception();
+        return 0;
     }
-    std::memcpy(file.bytes.data() + file.position, data, size);
-    file.position += size;
+    target.position += count;
+    target.length = std::max(target.length, target.position);
     return count;
 }
 
@@ -98,97 +100,130 @@ int IntegerSample(double value, int bits) {
     return static_cast<int>(level * std::ldexp(1.0, 32 - bits));
 }
 
+class SoundReader : public RecordingReader {
+public:
+    SoundReader(SoundHandle file, const SF_INFO& info) : file_(std::move(file)) {
+        info_.rateHz = info.samplerate;
+        info_.samples = info.frames;
+        info_.channels.resize(static_cast<std::size_t>(info.channels));
+    }
+
+    std::size_t Read(std::span<double* const> targets, std::size_t room) override {
+        const std::size_t channels = info_.channels.size();
+        const std::size_t blockFrames = BlockFrames(channels);
+        block_.resize(blockFrames * channels);
+        std::size_t done = 0;
+        while (done < room) {
+            const std::size_t wanted = std::min(room - done, blockFrames);
+            const sf_count_t got =
+                sf_readf_double(file_.get(), block_.data(), static_cast<sf_count_t>(wanted));
+            const auto count = static_cast<std::size_t>(std::max<sf_count_t>(got, 0));
+            for (std::size_t i = 0; i < count * channels; ++i) {
+                if (std::isfinite(block_[i])) continue;
+                throw Reason("sample " + std::to_string(done_ + static_cast<__int64>(i / channels) + 1) +
+                             " is not a finite number");
+            }
+            for (std::size_t c = 0; c < channels; ++c) {
+                if (targets[c] == nullptr) continue;
+                for (std::size_t i = 0; i < count; ++i) targets[c][done + i] = block_[i * channels + c];
+            }
+            done += count;
+            done_ += static_cast<__int64>(count);
+            if (count == 0) break;
+        }
+        if (done < room && done_ < info_.samples) {
+            throw Reason("the sound file ends after " + std::to_string(done_) + " of " +
+                         std::to_string(info_.samples) + " samples");
+        }
+        return done;
+    }
+
+private:
+    SoundHandle file_;
+    std::vector<double> block_;
+    __int64 done_ = 0;
+};
+
 }  // namespace
 
-std::optional<Recording> ReadSoundFile(const std::string& path, Progress& progress) {
-    // A pipe cannot be looked at and then read again as text.
-    if (!std::filesystem::is_regular_file(path)) return std::nullopt;
+std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path) {
     SF_INFO info = {};
-    const SoundHandle file(sf_open(path.c_str(), SFM_READ, &info));
+    SoundHandle file(sf_open(path.c_str(), SFM_READ, &info));
     if (!file) {
-        if (sf_error(nullptr) == SF_ERR_UNRECOGNISED_FORMAT) return std::nullopt;
+        if (sf_error(nullptr) == SF_ERR_UNRECOGNISED_FORMAT) return nullptr;
         throw Reason(std::string("it is a damaged sound file: ") + sf_strerror(nullptr));
     }
     if (info.channels < 1 || info.samplerate < 1 || info.frames < 1)
         throw Reason("the sound file holds no samples");
-
-    Recording recording;
-    recording.rateHz = info.samplerate;
-    const auto channels = static_cast<std::size_t>(info.channels);
-    recording.channels.resize(channels);
-    std::vector<double> block(kBlockFrames * channels);
-    sf_count_t done = 0;
-    while (const sf_count_t count = sf_readf_double(file.get(), block.data(), kBlockFrames)) {
-        for (std::size_t c = 0; c < channels; ++c) {
-            std::vector<double>& values = recording.channels[c].values;
-            for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-                values.push_back(block[i * channels + c]);
-            }
-        }
-        done += count;
-        progress.Update(static_cast<std::uint64_t>(done), static_cast<std::uint64_t>(info.frames));
-    }
-    if (done < info.frames) {
-        throw Reason("the sound file ends after " + std::to_string(done) + " of " +
-                     std::to_string(info.frames) + " samples");
-    }
-    for (const Recording::Channel& channel : recording.channels) {
-        const auto bad = std::ranges::find_if_not(channel.values, [](double v) { return std::isfinite(v); });
-        if (bad != channel.values.end()) {
-            throw Reason("sample " + std::to_string(bad - channel.values.begin() + 1) +
-                         " is not a finite number");
-        }
-    }
-    return recording;
+    return std::make_unique<SoundReader>(std::move(file), info);
 }
 
-void WriteWavFile(const std::string& path, std::span<const std::vector<double>> channels, int rateHz,
-                  WavSamples samples, Progress& progress) {
+struct WavWriter::State {
+    OutputTarget target;
+    const Encoding& encoding;
+    std::size_t channels;
+    SoundHandle sound = nullptr;
+    std::vector<double> block = {};
+    std::vector<int> integers = {};
+
+    [[noreturn]] void Fail(const char* otherwise) const {
+        if (target.failure) std::rethrow_exception(target.failure);
+        throw Reason(otherwise);
+    }
+};
+
+WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
+                     WavSamples samples) {
     const Encoding& encoding = *std::ranges::find(kEncodings, samples, &Encoding::samples);
-    const std::size_t frames = channels.front().size();
-    const std::uint64_t dataBytes = std::uint64_t{frames} * channels.size() * encoding.bytes;
-    if (channels.size() > 1024) throw Reason("a WAV file holds at most 1024 channels");
+    if (channels > 1024) throw Reason("a WAV file holds at most 1024 channels");
+    state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels});
 
     constexpr std::size_t kHeaderBytes = 4096;
+    const std::uint64_t dataBytes = static_cast<std::uint64_t>(frames) * channels * encoding.bytes;
     SF_INFO info = {};
     info.samplerate = rateHz;
-    info.channels = static_cast<int>(channels.size());
+    info.channels = static_cast<int>(channels);
     // Sizes in a plain WAV header have 32 bits.
     const bool large = dataBytes + kHeaderBytes > std::numeric_limits<std::uint32_t>::max();
     info.format = encoding.format | (large ? SF_FORMAT_RF64 : SF_FORMAT_WAV);
-
-    MemoryFile memory;
-    memory.bytes.reserve(static_cast<std::size_t>(dataBytes) + kHeaderBytes);
-    SF_VIRTUAL_IO io = {MemoryLength, MemorySeek, MemoryRead, MemoryWrite, MemoryTell};
-    SoundHandle file(sf_open_virtual(&io, SFM_WRITE, &info, &memory));
-    if (!file) throw Reason(sf_strerror(nullptr));
+    SF_VIRTUAL_IO io = {TargetLength, TargetSeek, TargetRead, TargetWrite, TargetTell};
+    state_->sound.reset(sf_open_virtual(&io, SFM_WRITE, &info, &state_->target));
+    if (!state_->sound) state_->Fail(sf_strerror(nullptr));
     // Without the peak chunk, which holds the time of day, equal samples make equal files.
-    sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    sf_command(state_->sound.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+}
 
-    std::vector<double> block(kBlockFrames * channels.size());
-    std::vector<int> integers(encoding.integerBits > 0 ? block.size() : 0);
-    for (std::size_t begin = 0; begin < frames; begin += kBlockFrames) {
-        const std::size_t count = std::min(kBlockFrames, frames - begin);
-        for (std::size_t c = 0; c < channels.size(); ++c) {
-            for (std::size_t i = 0; i < count; ++i) block[i * channels.size() + c] = channels[c][begin + i];
+WavWriter::~WavWriter() = default;
+
+void WavWriter::Write(std::span<const double* const> channels, std::size_t count) {
+    State& state = *state_;
+    const std::size_t blockFrames = BlockFrames(state.channels);
+    state.block.resize(blockFrames * state.channels);
+    for (std::size_t begin = 0; begin < count; begin += blockFrames) {
+        const std::size_t frames = std::min(blockFrames, count - begin);
+        for (std::size_t c = 0; c < state.channels; ++c) {
+            for (std::size_t i = 0; i < frames; ++i) {
+                state.block[i * state.channels + c] = channels[c][begin + i];
+            }
         }
-        const auto countFrames = static_cast<sf_count_t>(count);
+        const auto wanted = static_cast<sf_count_t>(frames);
         sf_count_t written = 0;
-        if (encoding.integerBits > 0) {
-            std::ranges::transform(block, integers.begin(),
-                                   [&](double v) { return IntegerSample(v, encoding.integerBits); });
-            written = sf_writef_int(file.get(), integers.data(), countFrames);
+        if (const int bits = state.encoding.integerBits; bits > 0) {
+            state.integers.resize(state.block.size());
+            std::ranges::transform(state.block, state.integers.begin(),
+                                   [&](double v) { return IntegerSample(v, bits); });
+            written = sf_writef_int(state.sound.get(), state.integers.data(), wanted);
         } else {
-            written = sf_writef_double(file.get(), block.data(), countFrames);
+            written = sf_writef_double(state.sound.get(), state.block.data(), wanted);
         }
-        if (written != countFrames) throw Reason(sf_strerror(file.get()));
-        progress.Update(begin + count, frames);
+        if (written != wanted) state.Fail(sf_strerror(state.sound.get()));
     }
-    if (sf_close(file.release()) != 0) throw Reason("the sound library could not finish the file");
+}
 
-    kvx::OutputFile output(WidePath(path));
-    output.Write(memory.bytes.data(), memory.bytes.size());
-    output.Commit();
+void WavWriter::Commit() {
+    const int error = sf_close(state_->sound.release());
+    if (error != 0 || state_->target.failure) state_->Fail("the sound library could not finish the file");
+    state_->target.file.Commit();
 }
 
 }  // namespace kvx::tool

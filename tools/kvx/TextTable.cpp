@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
+#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -44,36 +44,81 @@ std::string_view Unquoted(std::string_view field) {
 
 // ---- bytes to UTF-8 ----
 
-std::string DecodeUtf16(std::string_view bytes, bool bigEndian) {
-    if (bytes.size() % 2 != 0) throw Reason("its UTF-16 text ends in the middle of a character");
-    constexpr std::size_t kBlock = 1 << 16;
-    std::string text;
-    text.reserve(bytes.size() / 2);
-    std::u16string block;
-    for (std::size_t at = 0; at < bytes.size(); at += 2) {
-        const auto first = static_cast<unsigned char>(bytes[at]);
-        const auto second = static_cast<unsigned char>(bytes[at + 1]);
-        const auto unit = static_cast<char16_t>(bigEndian ? first << 8 | second : second << 8 | first);
-        block += unit;
-        const bool pairBegins = unit >= 0xD800 && unit < 0xDC00;
-        if ((block.size() >= kBlock && !pairBegins) || at + 2 == bytes.size()) {
-            text += ToUtf8(FromUtf16(block));
-            block.clear();
-        }
+/// A text as UTF-8 without its byte-order mark, piece by piece.
+class TextDecoder {
+public:
+    explicit TextDecoder(std::unique_ptr<ByteStream> stream)
+        : stream_(std::move(stream)), size_(stream_->Remaining()) {
+        const std::string begin = ReadBytes();
+        if (begin.empty()) throw Reason("the file is empty");
+        if (begin.starts_with("\xFE\xFF")) encoding_ = Encoding::utf16BigEndian;
+        if (begin.starts_with("\xFF\xFE")) encoding_ = Encoding::utf16LittleEndian;
+        const std::size_t mark = begin.starts_with("\xEF\xBB\xBF") ? 3 : encoding_ != Encoding::utf8 ? 2 : 0;
+        bytes_ = begin.substr(mark);
     }
-    return text;
-}
 
-/// Replaces `bytes` by UTF-8 if they are UTF-16 and returns the text behind any byte-order mark.
-std::string_view DecodeInPlace(std::string& bytes) {
-    const auto startsWith = [&](std::string_view mark) { return std::string_view(bytes).starts_with(mark); };
-    if (startsWith("\xEF\xBB\xBF")) return std::string_view(bytes).substr(3);
-    const bool bigEndian = startsWith("\xFE\xFF");
-    if (bigEndian || startsWith("\xFF\xFE")) {
-        bytes = DecodeUtf16(std::string_view(bytes).substr(2), bigEndian);
+    /// Appends the next piece; whether there was one.
+    bool Append(std::string* text) {
+        if (bytes_.empty()) bytes_ = ReadBytes();
+        const std::string bytes = std::exchange(bytes_, {});
+        const std::size_t begin = text->size();
+        if (encoding_ == Encoding::utf8) {
+            *text += bytes;
+        } else {
+            AppendUtf16(bytes, text);
+        }
+        if (text->find('\0', begin) != std::string::npos)
+            throw Reason("it is neither a text table nor a sound file");
+        return !bytes.empty();
     }
-    return bytes;
-}
+
+    /// Bytes read so far, and bytes in all.
+    std::uint64_t Position() const { return position_; }
+    std::uint64_t Size() const { return size_; }
+
+private:
+    enum class Encoding { utf8, utf16LittleEndian, utf16BigEndian };
+
+    std::string ReadBytes() {
+        constexpr std::size_t kPiece = 1 << 18;
+        std::string bytes(kPiece, '\0');
+        bytes.resize(stream_->Read(bytes.data(), kPiece));
+        position_ += bytes.size();
+        return bytes;
+    }
+
+    void AppendUtf16(std::string_view bytes, std::string* text) {
+        if (bytes.empty() && hasHalf_) throw Reason("its UTF-16 text ends in the middle of a character");
+        for (const char byte : bytes) {
+            hasHalf_ = !hasHalf_;
+            if (hasHalf_) {
+                half_ = static_cast<unsigned char>(byte);
+                continue;
+            }
+            const auto second = static_cast<unsigned char>(byte);
+            const int unit =
+                encoding_ == Encoding::utf16BigEndian ? half_ << 8 | second : second << 8 | half_;
+            units_ += static_cast<char16_t>(unit);
+        }
+        // The second half of a pair may be in the next piece.
+        std::u16string next;
+        if (!bytes.empty() && !units_.empty() && units_.back() >= 0xD800 && units_.back() < 0xDC00) {
+            next = units_.substr(units_.size() - 1);
+            units_.pop_back();
+        }
+        *text += ToUtf8(FromUtf16(units_));
+        units_ = std::move(next);
+    }
+
+    std::unique_ptr<ByteStream> stream_;
+    std::uint64_t size_;
+    std::uint64_t position_ = 0;
+    Encoding encoding_ = Encoding::utf8;
+    std::string bytes_;     ///< read, but not appended yet
+    std::u16string units_;  ///< decoded, but not appended yet
+    unsigned char half_ = 0;
+    bool hasHalf_ = false;
+};
 
 /// A heading of the text, its quotes gone, as wide text: UTF-8, else the system's code page.
 std::wstring DecodeHeading(std::string_view field) {
@@ -88,30 +133,60 @@ std::wstring DecodeHeading(std::string_view field) {
 
 // ---- lines and fields ----
 
-/// Walks over lines that end in LF, CR LF or, in a text without any LF, CR.
+/// Walks over lines that end in LF, CR LF or, in a text without any LF near its start, CR.
 class LineReader {
 public:
-    explicit LineReader(std::string_view text)
-        : text_(text), end_(text.find('\n') == std::string_view::npos ? '\r' : '\n') {}
+    explicit LineReader(std::unique_ptr<ByteStream> stream) : decoder_(std::move(stream)) {
+        while (text_.find('\n') == std::string::npos && text_.size() < kLongestLine) {
+            if (!decoder_.Append(&text_)) break;
+        }
+        if (text_.find('\n') == std::string::npos) end_ = '\r';
+    }
 
+    /// The next line, which lasts until the one after it is asked for.
     bool Next(std::string_view* line) {
-        if (position_ >= text_.size()) return false;
-        const std::size_t end = std::min(text_.find(end_, position_), text_.size());
-        *line = text_.substr(position_, end - position_);
-        if (line->ends_with('\r')) line->remove_suffix(1);
-        position_ = std::min(end + 1, text_.size());
+        begin_ = next_;
+        std::size_t searched = begin_;
+        std::size_t end = text_.find(end_, searched);
+        while (end == std::string::npos) {
+            text_.erase(0, begin_);
+            begin_ = 0;
+            searched = text_.size();
+            if (searched > kLongestLine) {
+                throw Reason("line " + std::to_string(number_ + 1) + " is longer than a table's can be");
+            }
+            if (!decoder_.Append(&text_)) break;
+            end = text_.find(end_, searched);
+        }
+        if (begin_ == text_.size()) {
+            next_ = begin_;
+            return false;
+        }
+        end = std::min(end, text_.size());
+        next_ = std::min(end + 1, text_.size());
         ++number_;
+        *line = std::string_view(text_).substr(begin_, end - begin_);
+        if (line->ends_with('\r')) line->remove_suffix(1);
         return true;
+    }
+    /// Makes the line last delivered the next one.
+    void StepBack() {
+        next_ = begin_;
+        --number_;
     }
     /// Number of the line last delivered, from 1.
     std::size_t Number() const { return number_; }
-    std::size_t Position() const { return position_; }
-    std::size_t Size() const { return text_.size(); }
+    std::uint64_t Position() const { return decoder_.Position(); }
+    std::uint64_t Size() const { return decoder_.Size(); }
 
 private:
-    std::string_view text_;
-    char end_;
-    std::size_t position_ = 0;
+    static constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+
+    TextDecoder decoder_;
+    std::string text_;  ///< what was decoded, from the line last delivered on
+    char end_ = '\n';
+    std::size_t begin_ = 0;
+    std::size_t next_ = 0;
     std::size_t number_ = 0;
 };
 
@@ -326,20 +401,20 @@ std::optional<Layout> LayoutOf(std::string_view line, std::size_t number, const 
 /// Finds the first line of numbers; leaves `lines` in front of it.
 Layout DetectLayout(LineReader& lines, const TextOptions& options) {
     std::string_view line;
-    std::string_view heading;
-    std::string_view headingBefore;
+    std::string heading;
+    std::string headingBefore;
     std::size_t headingNumber = 0;
-    for (LineReader here = lines; lines.Next(&line); here = lines) {
+    while (lines.Next(&line)) {
         if (Trim(line).empty()) continue;
         if (std::optional<Layout> layout = LayoutOf(line, lines.Number(), options)) {
             if (headingNumber > 0) {
                 RefuseDamagedRow(heading, headingNumber, *layout);
                 layout->headings = ReadHeadings(heading, headingBefore, *layout);
             }
-            lines = here;
+            lines.StepBack();
             return *std::move(layout);
         }
-        headingBefore = std::exchange(heading, line);
+        headingBefore = std::exchange(heading, std::string(line));
         headingNumber = lines.Number();
     }
     if (headingNumber == 0) throw Reason("it holds no text");
@@ -347,15 +422,15 @@ Layout DetectLayout(LineReader& lines, const TextOptions& options) {
                  Quote(Trim(heading)));
 }
 
-/// Reads the two header blocks and the headings of a logger's measurement file; leaves `lines` in front of
-/// the data.
+/// Reads the two header blocks and the headings of a logger's measurement file, of which the first line is
+/// past; leaves `lines` in front of the data.
 Layout ReadLoggerHeader(LineReader& lines) {
     Layout layout;
     layout.separator = kTab;
     layout.extraIgnored = true;
     std::string_view line;
     Fields fields;
-    Fields unitLabels;
+    std::vector<std::string> unitLabels;
     bool timeColumn = false;
     int blocks = 0;
     while (blocks < 2 && lines.Next(&line)) {
@@ -392,109 +467,168 @@ Layout ReadLoggerHeader(LineReader& lines) {
     return layout;
 }
 
+Layout ReadLayout(LineReader& lines, const TextOptions& options) {
+    std::string_view line;
+    if (lines.Next(&line) && line.starts_with(kLoggerMagic)) return ReadLoggerHeader(lines);
+    if (lines.Number() > 0) lines.StepBack();
+    return DetectLayout(lines, options);
+}
+
 // ---- the data ----
 
-struct Columns {
-    std::vector<std::vector<double>> values;
-    int decimalsOfFirst = 0;
-};
+/// Walks over the rows of a table from its start.
+class RowReader {
+public:
+    RowReader(const OpenText& open, const TextOptions& options)
+        : lines_(open()), layout_(ReadLayout(lines_, options)), values_(layout_.columns) {}
 
-/// All rows from `lines` on.
-Columns ReadRows(LineReader& lines, const Layout& layout, Progress& progress) {
-    Columns columns;
-    columns.values.resize(layout.columns);
-    NumberReader numbers;
-    Fields fields;
-    std::string_view line;
-    const auto fail = [&](const std::string& what) {
-        throw Reason("line " + std::to_string(lines.Number()) + what);
-    };
-    while (lines.Next(&line)) {
-        if (lines.Number() % kLinesPerUpdate == 0) progress.Update(lines.Position(), lines.Size());
-        if (IsBlankOrComment(line)) continue;
-        Split(line, layout.separator, &fields);
-        if (layout.extraIgnored && fields.front() == "Channels") {
-            fail(" begins a second segment; a recording is one run of samples, so split the file there");
-        }
-        if (!layout.extraIgnored && fields.size() > layout.columns) DropEmptyEnd(&fields);
-        const std::size_t expected = layout.skipped + layout.columns;
-        if (fields.size() < expected || (!layout.extraIgnored && fields.size() > expected)) {
-            // A row that breaks off at a word is better told by the word.
-            const char* fault = nullptr;
-            if (fields.size() == 1 && !numbers.Read(fields[0], &fault)) {
-                fail(", column 1: " + Quote(fields[0]) + " " + fault);
+    const Layout& Table() const { return layout_; }
+
+    /// Reads the first `columns` values of the next row; false at the end.
+    bool Next(std::size_t columns, Progress* progress = nullptr) {
+        std::string_view line;
+        do {
+            if (!lines_.Next(&line)) return false;
+            if (progress != nullptr && lines_.Number() % kLinesPerUpdate == 0) {
+                progress->Update(lines_.Position(), lines_.Size());
             }
-            const bool many = fields.size() > kMaxColumns;
-            fail(" has " +
-                 (many ? "more than " + std::to_string(kMaxColumns) : std::to_string(fields.size())) +
-                 (fields.size() == 1 ? " column" : " columns") + " where " + std::to_string(expected) +
-                 (expected == 1 ? " was" : " were") + " expected");
-        }
-        for (std::size_t c = 0; c < layout.columns; ++c) {
-            const std::string_view field = fields[layout.skipped + c];
+        } while (IsBlankOrComment(line));
+        Split(line, layout_.separator, &fields_);
+        RequireFields();
+        for (std::size_t c = 0; c < columns; ++c) {
+            const std::string_view field = fields_[layout_.skipped + c];
             const char* fault = nullptr;
-            const std::optional<double> value = numbers.Read(field, &fault);
+            const std::optional<double> value = numbers_.Read(field, &fault);
             if (!value) {
-                fail(", column " + std::to_string(layout.skipped + c + 1) + ": " +
+                Fail(", column " + std::to_string(layout_.skipped + c + 1) + ": " +
                      (field.empty() ? "the value is missing" : Quote(field) + " " + fault));
             }
-            std::vector<double>& column = columns.values[c];
-            // The first row tells how long a line is, and so about how many there will be.
-            if (column.empty()) column.reserve((lines.Size() - lines.Position()) / (line.size() + 1) + 1);
-            column.push_back(*value);
+            values_[c] = *value;
         }
-        columns.decimalsOfFirst = std::max(columns.decimalsOfFirst, Decimals(fields[layout.skipped]));
+        return true;
     }
-    if (columns.values.front().empty()) throw Reason("it holds no samples");
-    return columns;
+
+    const std::vector<double>& Values() const { return values_; }
+    int DecimalsOfFirst() const { return Decimals(fields_[layout_.skipped]); }
+
+private:
+    [[noreturn]] void Fail(const std::string& what) const {
+        throw Reason("line " + std::to_string(lines_.Number()) + what);
+    }
+
+    void RequireFields() {
+        if (layout_.extraIgnored && fields_.front() == "Channels") {
+            Fail(" begins a second segment; a recording is one run of samples, so split the file there");
+        }
+        if (!layout_.extraIgnored && fields_.size() > layout_.columns) DropEmptyEnd(&fields_);
+        const std::size_t expected = layout_.skipped + layout_.columns;
+        if (fields_.size() == expected || (layout_.extraIgnored && fields_.size() > expected)) return;
+        // A row that breaks off at a word is better told by the word.
+        const char* fault = nullptr;
+        if (fields_.size() == 1 && !numbers_.Read(fields_[0], &fault)) {
+            Fail(", column 1: " + Quote(fields_[0]) + " " + fault);
+        }
+        const bool many = fields_.size() > kMaxColumns;
+        Fail(" has " + (many ? "more than " + std::to_string(kMaxColumns) : std::to_string(fields_.size())) +
+             (fields_.size() == 1 ? " column" : " columns") + " where " + std::to_string(expected) +
+             (expected == 1 ? " was" : " were") + " expected");
+    }
+
+    LineReader lines_;
+    Layout layout_;
+    NumberReader numbers_;
+    Fields fields_;
+    std::vector<double> values_;
+};
+
+/// What the statements and the headings say of the first column; no value when they say nothing.
+std::optional<bool> IsFirstColumnTime(const Layout& layout, const TextOptions& options) {
+    if (options.firstColumnIsTime) return options.firstColumnIsTime;
+    if (layout.firstIsTime) return layout.firstIsTime;
+    if (!layout.headings.empty()) return IsTimeHeading(layout.headings.front());
+    return std::nullopt;
 }
 
-bool FirstColumnIsTime(const Layout& layout, const Columns& columns, double resolution,
-                       const TextOptions& options) {
-    if (options.firstColumnIsTime) return *options.firstColumnIsTime;
-    if (layout.firstIsTime) return *layout.firstIsTime;
-    if (!layout.headings.empty()) return IsTimeHeading(layout.headings.front());
-    return layout.columns > 1 && columns.values.front().size() > 2 &&
-           IsEven(columns.values.front(), resolution);
+/// The unit of time stamps; no value for seconds.
+std::optional<CUnitCtrl> StampUnit(const Layout& layout) {
+    if (layout.headings.empty()) return std::nullopt;
+    const std::optional<CUnitCtrl>& unit = layout.headings.front().unit;
+    return unit && *unit == CUnitCtrl::DIM_TIME ? unit : std::nullopt;
 }
+
+class TextTableReader : public RecordingReader {
+public:
+    TextTableReader(OpenText open, const TextOptions& options, Progress& progress)
+        : open_(std::move(open)), options_(options) {
+        Survey(progress);
+    }
+
+    std::size_t Read(std::span<double* const> targets, std::size_t room) override {
+        if (!rows_) rows_ = std::make_unique<RowReader>(open_, options_);
+        std::size_t count = 0;
+        for (; count < room && rows_->Next(rows_->Table().columns); ++count) {
+            for (std::size_t c = 0; c < targets.size(); ++c) {
+                if (targets[c] != nullptr) targets[c][count] = rows_->Values()[c + firstChannel_];
+            }
+        }
+        done_ += static_cast<__int64>(count);
+        if (done_ > info_.samples || (count < room && done_ < info_.samples)) {
+            throw Reason("it changed while it was read");
+        }
+        return count;
+    }
+
+private:
+    /// Goes through the whole text once, and once more through a column that may be the time.
+    void Survey(Progress& progress) {
+        RowReader rows(open_, options_);
+        const Layout& layout = rows.Table();
+        TimeStamps stamps;
+        int decimals = 0;
+        for (; rows.Next(layout.columns, &progress); ++stamps.count) {
+            stamps.last = rows.Values().front();
+            if (stamps.count == 0) stamps.first = stamps.last;
+            decimals = std::max(decimals, rows.DecimalsOfFirst());
+        }
+        if (stamps.count == 0) throw Reason("it holds no samples");
+        stamps.resolution = std::pow(10.0, -decimals);
+        const std::optional<bool> isTime = IsFirstColumnTime(layout, options_);
+        if (isTime.value_or(layout.columns > 1 && stamps.count > 2)) {
+            FindStray(StampUnit(layout), &stamps, progress);
+            if (isTime.value_or(stamps.IsEven())) info_.stamps = stamps;
+        }
+        firstChannel_ = info_.stamps ? 1 : 0;
+        if (layout.columns == firstChannel_) throw Reason("its only column is the time");
+        info_.samples = stamps.count;
+        info_.rateHint = layout.rateHint;
+        info_.channels.resize(layout.columns - firstChannel_);
+        for (std::size_t c = firstChannel_; c < layout.headings.size(); ++c) {
+            const Heading& heading = layout.headings[c];
+            info_.channels[c - firstChannel_] = {heading.name, heading.unit, heading.unknownUnit};
+        }
+    }
+
+    void FindStray(const std::optional<CUnitCtrl>& unit, TimeStamps* stamps, Progress& progress) {
+        const auto seconds = [&](double stamp) { return unit ? unit->ConvItoD(stamp, 1.0, 0) : stamp; };
+        for (double* value : {&stamps->first, &stamps->last, &stamps->resolution}) *value = seconds(*value);
+        StrayFinder finder(stamps);
+        for (RowReader rows(open_, options_); rows.Next(1, &progress);) {
+            finder.Add(seconds(rows.Values().front()));
+        }
+    }
+
+    OpenText open_;
+    TextOptions options_;
+    std::unique_ptr<RowReader> rows_;
+    std::size_t firstChannel_ = 0;
+    __int64 done_ = 0;
+};
 
 }  // namespace
 
-Recording ParseTextTable(std::string bytes, const TextOptions& options, Progress& progress) {
-    const std::string_view text = DecodeInPlace(bytes);
-    if (text.find('\0') != std::string_view::npos)
-        throw Reason("it is neither a text table nor a sound file");
-    LineReader lines(text);
-    const Layout layout =
-        text.starts_with(kLoggerMagic) ? ReadLoggerHeader(lines) : DetectLayout(lines, options);
-    Columns columns = ReadRows(lines, layout, progress);
-
-    Recording recording;
-    recording.rateHint = layout.rateHint;
-    recording.timeResolution = std::pow(10.0, -columns.decimalsOfFirst);
-    const bool hasTime = FirstColumnIsTime(layout, columns, recording.timeResolution, options);
-    if (hasTime) {
-        if (layout.columns < 2) throw Reason("its only column is the time");
-        recording.times = std::move(columns.values.front());
-        const bool stated = !layout.headings.empty() && layout.headings.front().unit;
-        if (stated && *layout.headings.front().unit == CUnitCtrl::DIM_TIME) {
-            const CUnitCtrl& unit = *layout.headings.front().unit;
-            unit.ConvItoD(recording.times.data(), recording.times.data(), std::ssize(recording.times), 1.0,
-                          0);
-            recording.timeResolution = unit.ConvItoD(recording.timeResolution, 1.0, 0);
-        }
-    }
-    for (std::size_t c = hasTime ? 1 : 0; c < layout.columns; ++c) {
-        Recording::Channel channel;
-        if (!layout.headings.empty()) {
-            channel.name = layout.headings[c].name;
-            channel.unit = layout.headings[c].unit;
-            channel.unknownUnit = layout.headings[c].unknownUnit;
-        }
-        channel.values = std::move(columns.values[c]);
-        recording.channels.push_back(std::move(channel));
-    }
-    return recording;
+std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options,
+                                               Progress& progress) {
+    return std::make_unique<TextTableReader>(std::move(open), options, progress);
 }
 
 }  // namespace kvx::tool

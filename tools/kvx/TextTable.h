@@ -6,8 +6,11 @@
 // (.lvm), whose header blocks are read for what they say of the columns. Numbers become the nearest double.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
-#include <string>
+
+#include <KvxDevCommon01/platform/ByteStream.h>
 
 #include "Progress.h"
 #include "Recording.h"
@@ -22,7 +25,11 @@ struct TextOptions {
     bool decimalComma = false;
 };
 
-/// Parses the bytes of a whole text file. Throws Reason naming the line and column of what is wrong.
-Recording ParseTextTable(std::string bytes, const TextOptions& options, Progress& progress);
+/// Opens a text at its start, as often as it is called.
+using OpenText = std::function<std::unique_ptr<ByteStream>()>;
+
+/// Goes through a whole text, so that what is wrong with it is told before it is read: throws Reason naming
+/// the line and column. Of the text no more than a line is kept.
+std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options, Progress& progress);
 
 }  // namespace kvx::tool

@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: MIT
+#include "Signal.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include <KvxDevCommon01/files/DataFileStream.h>
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Text.h>
+
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "Output.h"
+#include "Recording.h"
+#include "SoundFile.h"
+#include "TextTable.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+// ---- text tables and sound files ----
+
+/// A text that cannot be opened twice, kept in memory.
+class KeptText : public ByteStream {
+public:
+    explicit KeptText(std::shared_ptr<const std::string> text) : text_(std::move(text)) {}
+    std::size_t Read(void* data, std::size_t size) override {
+        const std::size_t count = text_->copy(static_cast<char*>(data), size, position_);
+        position_ += count;
+        return count;
+    }
+    void Write(const void*, std::size_t) override { throw CFileException(CFileException::accessDenied); }
+    std::uint64_t Remaining() const override { return text_->size() - position_; }
+
+private:
+    std::shared_ptr<const std::string> text_;
+    std::size_t position_ = 0;
+};
+
+/// The bytes of a pipe. Gives up early on what is no text, which may be endless.
+std::string ReadPipe(ByteStream& pipe) {
+    constexpr std::size_t kPiece = 1 << 20;
+    std::string bytes;
+    for (std::size_t got = kPiece; got == kPiece;) {
+        const std::size_t begin = bytes.size();
+        bytes.resize(begin + kPiece);
+        got = pipe.Read(bytes.data() + begin, kPiece);
+        bytes.resize(begin + got);
+        const bool utf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+        if (!utf16 && bytes.find('\0', begin) != std::string::npos) {
+            throw Reason("it is neither a text table nor a sound file");
+        }
+    }
+    return bytes;
+}
+
+OpenText TextOf(const std::string& path) {
+    InputFile file(WidePath(path));
+    if (file.Remaining() < std::numeric_limits<std::uint64_t>::max()) {
+        return [path] { return std::make_unique<InputFile>(WidePath(path)); };
+    }
+    const auto text = std::make_shared<const std::string>(ReadPipe(file));
+    return [text] { return std::make_unique<KeptText>(text); };
+}
+
+/// Unlike a pipe, a regular file can be looked at and then read from its start.
+bool IsRegularFile(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored);
+}
+
+std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const RecordingOptions& options,
+                                          Progress& progress) {
+    if (IsRegularFile(path)) {
+        InputFile(WidePath(path));  // a file that cannot be read is told as such
+        if (std::unique_ptr<RecordingReader> sound = OpenSoundFile(path)) return sound;
+    }
+    if (options.fullScale) throw Reason("--full-scale is for sound files");
+    TextOptions text;
+    if (options.time != "auto") text.firstColumnIsTime = options.time == "first";
+    text.decimalComma = options.decimal == "comma";
+    return OpenTextTable(TextOf(path), text, progress);
+}
+
+class RecordingSignal : public SignalReader {
+public:
+    RecordingSignal(std::unique_ptr<RecordingReader> recording, const std::string& path,
+                    const std::string& channels, const RecordingOptions& options)
+        : recording_(std::move(recording)), scale_(options.fullScale.value_or(1.0)) {
+        text_ = FromUtf8(std::filesystem::path(path).filename().string()).value_or(L"");
+        std::vector<std::string> notes;
+        SignalRun run;
+        run.samples = recording_->Info().samples;
+        run.channels = SettleChannels(channels, options, &notes);
+        const TimeAxis axis = SettleAxis(recording_->Info(), options.rateHz, options.rateName, &notes);
+        run.delta = 1.0 / axis.rateHz;
+        run.offset = axis.offset;
+        runs_.push_back(std::move(run));
+        for (const std::string& note : notes) Note(note);
+    }
+
+    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+        const std::vector<SignalRun::Channel>& channels = runs_.front().channels;
+        std::vector<double*> all(recording_->Info().channels.size(), nullptr);
+        for (std::size_t c = 0; c < channels.size(); ++c) all[channels[c].number - 1] = targets[c];
+        const std::size_t count = recording_->Read(all, room);
+        for (std::size_t c = 0; c < channels.size(); ++c) {
+            for (std::size_t i = 0; i < count; ++i) targets[c][i] *= scale_;
+            const CUnitCtrl& unit = channels[c].unit;
+            unit.ConvItoD(targets[c], targets[c], static_cast<__int64>(count), 1.0, unit.IsSingle());
+        }
+        return count;
+    }
+
+private:
+    /// The chosen channels with their names and units.
+    std::vector<SignalRun::Channel> SettleChannels(const std::string& choice, const RecordingOptions& options,
+                                                   std::vector<std::string>* notes) const {
+        const std::vector<RecordingInfo::Channel>& channels = recording_->Info().channels;
+        std::vector<std::wstring> names;
+        for (const RecordingInfo::Channel& channel : channels) {
+            names.push_back(channel.name.empty() ? L"ch" + std::to_wstring(names.size() + 1) : channel.name);
+        }
+        std::vector<SignalRun::Channel> chosen;
+        for (const std::size_t at : ChooseChannels(choice, names)) {
+            chosen.push_back({names[at], channels[at].unit.value_or(CUnitCtrl()), at + 1});
+        }
+        if (!options.names.empty()) {
+            const std::vector<std::string> given = SplitList(options.names);
+            if (given.size() != chosen.size()) {
+                throw ValueError("--name gives " + Count(std::ssize(given), "name") + " for " +
+                                 Count(std::ssize(chosen), "channel"));
+            }
+            for (std::size_t c = 0; c < chosen.size(); ++c) {
+                chosen[c].name = FromUtf8(given[c]).value_or(L"");
+                if (chosen[c].name.empty())
+                    throw ValueError("the name " + Quote(given[c]) + " is empty or not UTF-8");
+            }
+        }
+        if (!options.units.empty()) {
+            const std::vector<std::string> given = SpreadList("--unit", options.units, chosen.size());
+            for (std::size_t c = 0; c < chosen.size(); ++c) chosen[c].unit = RequireUnit(given[c]);
+            return chosen;
+        }
+        for (const SignalRun::Channel& channel : chosen) {
+            const std::string& unknown = channels[channel.number - 1].unknownUnit;
+            if (unknown.empty()) continue;
+            notes->push_back("the unit " + Quote(unknown) + " of channel " + Quote(channel.name) +
+                             " is not known; give it with --unit");
+        }
+        return chosen;
+    }
+
+    std::unique_ptr<RecordingReader> recording_;
+    double scale_;
+};
+
+// ---- data files ----
+
+class DataFileSignal : public SignalReader {
+public:
+    DataFileSignal(const std::string& path, const ChannelOptions& options) {
+        DataFileFailure failure;
+        if (!file_.Open(WidePath(path).c_str(), &failure)) throw Reason(ReasonText(failure));
+        text_ = file_.GetHeader().GetName();
+        const std::vector<RecordOutline>& records = file_.GetRecords();
+        for (Channel& channel : SelectChannels(ListChannels(records), records.size(), options)) {
+            const RecordOutline& record = records[channel.record];
+            if (!IsWaveform(record)) {
+                throw Reason("record " + std::to_string(channel.record + 1) + " is not a time waveform");
+            }
+            if (cells_.empty() || cells_.back().front().record != channel.record) {
+                runs_.push_back({record.fields.delta, record.fields.offset, record.nsamp, {}});
+                cells_.emplace_back();
+            }
+            runs_.back().channels.push_back({channel.name, record.fields.unit, channel.number});
+            cells_.back().push_back(std::move(channel));
+        }
+    }
+
+    std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        if (run != run_) {
+            run_ = run;
+            done_ = 0;
+        }
+        const __int64 count = std::min(static_cast<__int64>(room), runs_[run].samples - done_);
+        for (std::size_t c = 0; c < targets.size() && count > 0; ++c) {
+            const Channel& cell = cells_[run][c];
+            DataFileFailure failure;
+            if (!file_.ReadReal({static_cast<__int64>(cell.record), cell.row, cell.column, done_, count},
+                                targets[c], &failure)) {
+                throw Reason(ReasonText(failure));
+            }
+            RequireValues(targets[c], count, cell.name, done_);
+        }
+        done_ += count;
+        return static_cast<std::size_t>(count);
+    }
+
+private:
+    DataFileReader file_;
+    std::vector<std::vector<Channel>> cells_;  ///< per run and channel
+    std::size_t run_ = 0;
+    __int64 done_ = 0;  ///< samples of the run that were read
+};
+
+}  // namespace
+
+bool RecordingOptions::IsAny() const {
+    return rateHz || !units.empty() || !names.empty() || fullScale || time != "auto" || decimal != "auto";
+}
+
+void AddRecordingOptions(Command& command, RecordingOptions* options) {
+    command
+        .AddOption(options->rateName, options->rateHz,
+                   "True sampling rate; without it that of the sound file or the time column")
+        .Type("HZ")
+        .Check(PositiveNumber());
+    command.AddOption("--unit", options->units, "Unit of the values, one for all channels or a list: g,g,N")
+        .Type("LIST");
+    command.AddOption("--name", options->names, "Names of the channels: top,base").Type("LIST");
+    command
+        .AddOption("--full-scale", options->fullScale,
+                   "What full scale of a sound file stands for, in its unit")
+        .Type("VALUE")
+        .Check(PositiveNumber());
+    command.AddOption("--time", options->time, "Where a text has the time: in its first column or nowhere")
+        .Type("WHICH")
+        .OneOf({"auto", "first", "none"});
+    command.AddOption("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
+        .Type("MARK")
+        .OneOf({"auto", "comma"});
+}
+
+std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
+                                            const RecordingOptions& options, Progress& progress) {
+    return std::make_unique<RecordingSignal>(OpenFile(path, options, progress), path, channels, options);
+}
+
+std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
+                                         const RecordingOptions& options, Progress& progress) {
+    if (IsRegularFile(path) && CComHdr::GetHdrCodeType(WidePath(path).c_str()) != CComHdr::HDRCODE_UNKNOWN) {
+        if (options.IsAny()) {
+            throw Reason(
+                "a data file knows its rate, units and names; the options that state them are for "
+                "text and sound files");
+        }
+        return std::make_unique<DataFileSignal>(path, channels);
+    }
+    if (channels.record > 0) throw Reason("--record is for data files");
+    return OpenRecording(path, channels.channels, options, progress);
+}
+
+}  // namespace kvx::tool

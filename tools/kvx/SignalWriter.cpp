@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: MIT
+#include "SignalWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <utility>
+
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/units/UnitText.h>
+
+#include "Failure.h"
+#include "Format.h"
+#include "Options.h"
+#include "StopRequest.h"
+#include "UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+struct SampleName {
+    std::string_view name;
+    WavSamples samples;
+};
+// clang-format off
+constexpr std::array kSampleNames = {
+    SampleName{"float",  WavSamples::floating},
+    SampleName{"double", WavSamples::doubleFloating},
+    SampleName{"pcm16",  WavSamples::pcm16},
+    SampleName{"pcm24",  WavSamples::pcm24},
+};
+// clang-format on
+
+class DataFileSignalWriter : public SignalWriter {
+public:
+    DataFileSignalWriter(const std::string& path, const std::wstring& text,
+                         const std::vector<SignalRun>& runs) {
+        for (const SignalRun& run : runs) AddRun(run);
+        DataFileFailure failure;
+        const CComHdr header(CComHdr::EXT_INFO_VIB_DATA, text.c_str());
+        if (!file_.Create(WidePath(path).c_str(), header, records_, &failure))
+            throw Reason(ReasonText(failure));
+        done_.resize(runs.size());
+    }
+
+    void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
+        DataFileFailure failure;
+        for (std::size_t c = 0; c < channels.size(); ++c) {
+            const auto [record, row] = places_[run][c];
+            if (!file_.WriteReal({record, row, 0, done_[run], static_cast<__int64>(count)}, channels[c],
+                                 &failure)) {
+                throw Reason(ReasonText(failure));
+            }
+        }
+        done_[run] += static_cast<__int64>(count);
+    }
+
+    void Commit() override {
+        DataFileFailure failure;
+        if (!file_.Commit(&failure)) throw Reason(ReasonText(failure));
+    }
+
+    std::vector<RecordOutline> Records() const override { return records_; }
+
+private:
+    struct Place {
+        __int64 record;
+        __int64 row;
+    };
+
+    /// Gives each channel a row in the record of its unit, and appends those records.
+    void AddRun(const SignalRun& run) {
+        if (run.samples > std::numeric_limits<std::int32_t>::max()) {
+            throw Reason("a record holds at most 2147483647 samples per channel, this has " +
+                         std::to_string(run.samples));
+        }
+        const std::size_t first = records_.size();
+        std::vector<Place>& places = places_.emplace_back();
+        for (const SignalRun::Channel& channel : run.channels) {
+            const std::wstring unit = PlainUnitName(channel.unit);
+            auto record =
+                std::find_if(records_.begin() + static_cast<std::ptrdiff_t>(first), records_.end(),
+                             [&](const RecordOutline& r) { return PlainUnitName(r.fields.unit) == unit; });
+            if (record == records_.end()) {
+                RecordOutline outline;
+                outline.fields.mode = CComDataBase::MODE_SPACING;
+                outline.fields.hunit = SingleUnit(kAxisMilliseconds);
+                outline.fields.unit = channel.unit;
+                outline.fields.delta = run.delta;
+                outline.fields.offset = run.offset;
+                outline.cols = 1;
+                outline.nsamp = run.samples;
+                record = records_.insert(records_.end(), std::move(outline));
+            }
+            places.push_back({record - records_.begin(), record->rows++});
+            record->fields.rowNames.push_back(channel.name);
+        }
+    }
+
+    DataFileWriter file_;
+    std::vector<RecordOutline> records_;
+    std::vector<std::vector<Place>> places_;  ///< per run and channel
+    std::vector<__int64> done_;               ///< samples written per run
+};
+
+const SignalRun& OnlyRun(const std::vector<SignalRun>& runs) {
+    if (runs.size() != 1) throw Reason("a WAV file holds one record; choose it with --record");
+    return runs.front();
+}
+
+class WavSignalWriter : public SignalWriter {
+public:
+    WavSignalWriter(const std::string& path, const SignalRun& run, const WavOptions& options)
+        : file_(path, run.channels.size(), run.samples, WavRate(run.delta), WavSamplesOf(options)) {
+        for (const SignalRun::Channel& channel : run.channels) scales_.emplace_back(channel, options);
+    }
+
+    void Write(std::size_t, std::span<double* const> channels, std::size_t count) override {
+        for (std::size_t c = 0; c < channels.size(); ++c) scales_[c].Apply({channels[c], count});
+        file_.Write({channels.data(), channels.size()}, count);
+    }
+    void Commit() override {
+        for (const WavScale& scale : scales_) scale.RequireUnclipped();
+        file_.Commit();
+    }
+
+private:
+    WavWriter file_;
+    std::vector<WavScale> scales_;
+};
+
+/// The samples that runs have in all channels together.
+std::uint64_t CountSamples(const std::vector<SignalRun>& runs) {
+    std::uint64_t count = 0;
+    for (const SignalRun& run : runs) count += static_cast<std::uint64_t>(run.samples) * run.channels.size();
+    return count;
+}
+
+}  // namespace
+
+void AddWavOptions(Command& command, WavOptions* options) {
+    command.AddOption("--samples", options->samples, "WAV samples: " + Names(kSampleNames))
+        .Type("KIND")
+        .ShowDefault();
+    command
+        .AddOption("--full-scale", options->fullScale,
+                   "Value that becomes full scale of the WAV file (default 1)")
+        .Type("VALUE")
+        .Check(PositiveNumber());
+}
+
+WavSamples WavSamplesOf(const WavOptions& options) {
+    return Choose(kSampleNames, "--samples", options.samples).samples;
+}
+
+void RequireWavOptions(const std::string& output, const WavOptions& options) {
+    if (options.fullScale && !IsWavName(output)) throw UsageError("--full-scale is for WAV files");
+    WavSamplesOf(options);
+}
+
+bool IsWavName(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::ranges::transform(extension, extension.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension == ".wav";
+}
+
+int WavRate(double delta) {
+    constexpr double kClockAccuracy = 1e-6;
+    const double rate = 1.0 / delta;
+    const double whole = std::round(rate);
+    if (whole < 1.0 || whole > std::numeric_limits<int>::max() ||
+        std::abs(rate / whole - 1.0) > kClockAccuracy) {
+        throw Reason("its rate of " + FormatNumber(rate, 10) + " Hz is not whole, as a WAV file needs it");
+    }
+    return static_cast<int>(whole);
+}
+
+WavScale::WavScale(const SignalRun::Channel& channel, const WavOptions& options)
+    : channel_(channel),
+      fullScale_(options.fullScale.value_or(1.0)),
+      isInteger_(IsInteger(WavSamplesOf(options))) {}
+
+void WavScale::Apply(std::span<double> samples) {
+    for (double& sample : samples) {
+        sample = Viewed(channel_.unit, sample);
+        peak_ = std::max(peak_, std::abs(sample));
+        sample /= fullScale_;
+    }
+}
+
+void WavScale::RequireUnclipped() const {
+    if (isInteger_ && peak_ > fullScale_) {
+        throw Reason("channel " + Quote(channel_.name) + " would be clipped: it reaches " +
+                     FormatNumber(peak_) + " " + UnitText(channel_.unit) + " and full scale is " +
+                     FormatNumber(fullScale_) + "; raise --full-scale");
+    }
+}
+
+std::unique_ptr<SignalWriter> CreateDataFile(const std::string& path, const std::wstring& text,
+                                             const std::vector<SignalRun>& runs) {
+    return std::make_unique<DataFileSignalWriter>(path, text, runs);
+}
+
+std::unique_ptr<SignalWriter> CreateWavFile(const std::string& path, const std::vector<SignalRun>& runs,
+                                            const WavOptions& options) {
+    return std::make_unique<WavSignalWriter>(path, OnlyRun(runs), options);
+}
+
+void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
+            std::size_t blockSamples) {
+    StopRequest stop;
+    Progress progress("reading " + std::string(names.input));
+    const std::uint64_t total = CountSamples(reader.Runs());
+    std::uint64_t done = 0;
+    for (std::size_t r = 0; r < reader.Runs().size(); ++r) {
+        const std::size_t channels = reader.Runs()[r].channels.size();
+        const std::size_t room = std::max<std::size_t>(1, blockSamples / channels);
+        std::vector<std::vector<double>> in(channels, std::vector<double>(room));
+        std::vector<std::vector<double>> out(channels);
+        std::vector<std::unique_ptr<ChannelProcess>> processes(channels);
+        std::vector<double*> targets(channels);
+        for (std::size_t c = 0; c < channels; ++c) {
+            processes[c] = process(r, c);
+            targets[c] = in[c].data();
+        }
+        for (bool isOver = false; !isOver;) {
+            stop.ThrowIfMade();
+            std::size_t count = 0;
+            std::vector<double*> results(channels);
+            std::size_t resultCount = 0;
+            Doing(names.verb, names.input, [&] {
+                count = reader.Read(r, targets, room);
+                isOver = count == 0;
+                for (std::size_t c = 0; c < channels; ++c) {
+                    out[c].clear();
+                    isOver ? processes[c]->Finish(&out[c]) : processes[c]->Feed({targets[c], count}, &out[c]);
+                    results[c] = out[c].data();
+                }
+                resultCount = out.front().size();
+            });
+            if (resultCount > 0) {
+                Doing("write", names.output, [&] { writer.Write(r, results, resultCount); });
+            }
+            done += count * channels;
+            progress.Update(done, total);
+        }
+    }
+    Doing("write", names.output, [&] { writer.Commit(); });
+}
+
+std::unique_ptr<ChannelProcess> NoChange() {
+    class Copy : public ChannelProcess {
+    public:
+        void Feed(std::span<const double> samples, std::vector<double>* out) override {
+            out->insert(out->end(), samples.begin(), samples.end());
+        }
+        void Finish(std::vector<double>*) override {}
+    };
+    return std::make_unique<Copy>();
+}
+
+}  // namespace kvx::tool
