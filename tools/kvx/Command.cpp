@@ -19,6 +19,11 @@ Option& Option::Type(const std::string& name) {
     return *this;
 }
 
+Option& Option::Values(int count) {
+    option_->type_size(count);
+    return *this;
+}
+
 Option& Option::Check(const Complaint& complaint) {
     option_->check(complaint);
     return *this;

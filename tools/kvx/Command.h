@@ -32,6 +32,8 @@ public:
     Option& Required();
     /// What stands for the value in the help: "HZ".
     Option& Type(const std::string& name);
+    /// Each time that the option is given, so many values follow. For a vector of strings.
+    Option& Values(int count);
     Option& Check(const Complaint& complaint);
     /// Lets the help list these values and refuses all others.
     Option& OneOf(const std::vector<std::string>& values);

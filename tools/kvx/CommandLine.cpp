@@ -72,8 +72,8 @@ int RunCommandLine(int argc, const char* const* argv) {
     app.footer("'kvx COMMAND --help' tells more about a command and ends with an example.");
     Action action;
     for (const auto add :
-         {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddExport, AddPlot, AddSpectrogram,
-          AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
+         {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddResample, AddExport, AddPlot,
+          AddSpectrogram, AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
         add(Command(&app, &action));
     }
 

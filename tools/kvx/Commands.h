@@ -13,6 +13,7 @@ void AddSpectrum(Command app);
 void AddPsd(Command app);
 void AddXfr(Command app);
 void AddFilter(Command app);
+void AddResample(Command app);
 void AddExport(Command app);
 void AddPlot(Command app);
 void AddSpectrogram(Command app);

@@ -230,7 +230,8 @@ void WriteWav(const std::vector<Column>& columns, const ExportOptions& options, 
 void RunExport(const ExportOptions& options, ByteStream& out) {
     RequireAnotherFile(options.input, options.output);
     const bool isWav = IsWavName(options.output);
-    RequireWavOptions(options.output, options.wav);
+    if (options.wav.fullScale && !isWav) throw UsageError("--full-scale is for WAV files");
+    WavSamplesOf(options.wav);
     Progress progress("exporting " + options.input);
     DataFileContent content;
     std::vector<Column> columns;
@@ -270,7 +271,12 @@ void AddExport(Command app) {
     command.AddOption("--unit", options->units, "Unit of the values, one for all channels or a list")
         .Type("LIST");
     AddChannelOptions(command, &options->channels);
-    AddWavOptions(command, &options->wav);
+    AddSamplesOption(command, &options->wav.samples);
+    command
+        .AddOption("--full-scale", options->wav.fullScale,
+                   "Value that becomes full scale of the WAV file (default 1)")
+        .Type("VALUE")
+        .Check(PositiveNumber());
     command.SetFooter(
         "CSV has a heading line, the time in s or the frequency in Hz, and every number with the digits "
         "that\n"

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// kvx filter: low-pass and high-pass filtering of time waveforms through spectra.
+// kvx filter: low-pass and high-pass filtering of time waveforms through spectra, and recursive and FIR
+// filters, sample by sample, for signals of any length.
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <new>
 #include <numbers>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,15 +19,15 @@
 
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
-#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/platform/Text.h>
 
 #include "Commands.h"
-#include "DataFiles.h"
 #include "Failure.h"
 #include "Format.h"
 #include "Options.h"
 #include "Output.h"
-#include "Progress.h"
+#include "SampleFilters.h"
+#include "Stream.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -34,16 +37,17 @@ constexpr __int64 kSmallestBlock = 16;
 constexpr __int64 kLargestBlock = 131072;
 
 struct FilterOptions {
-    std::string input;
-    std::string output;
-    ChannelOptions channels;
+    StreamOptions stream;
     std::optional<double> lowPassHz;
     std::optional<double> highPassHz;
-    std::string kind = "butterworth";
+    std::optional<std::string> kind;
     std::optional<double> q;
     std::optional<double> order;
     std::optional<__int64> block;
     std::string ends = "hold";
+    SampleFilterOptions bySamples;
+
+    bool IsBySpectra() const { return lowPassHz || highPassHz || kind || q || order || block; }
 };
 
 /// A kind of filter: how it acts on spectra, and which of the parameters it has.
@@ -104,7 +108,7 @@ struct Filter {
 
 Filter ReadFilter(const FilterOptions& options) {
     if (!options.lowPassHz && !options.highPassHz) throw UsageError("--lowpass or --highpass is required");
-    const Kind& kind = Choose(kKinds, "--kind", options.kind);
+    const Kind& kind = Choose(kKinds, "--kind", options.kind.value_or("butterworth"));
     if (options.q && kind.parameter != "--q") throw UsageError("--q is for --kind second");
     if (options.order && kind.parameter != "--order") {
         throw UsageError("--order is for --kind butterworth and slope");
@@ -144,10 +148,7 @@ __int64 ChooseBlock(const FilterOptions& options, const Filter& filter, double r
     constexpr double kRequired = 6.9;
     constexpr double kUsual = 4096.0;
     for (const std::optional<double>& corner : {options.lowPassHz, options.highPassHz}) {
-        if (corner && !(*corner < 0.5 * rateHz)) {
-            throw Reason("a corner of " + FormatNumber(*corner) + " Hz is not below half its rate of " +
-                         FormatNumber(rateHz, 10) + " Hz");
-        }
+        if (corner) RequireCorner(*corner, rateHz);
     }
     const double lowestHz = std::min(options.lowPassHz.value_or(rateHz), options.highPassHz.value_or(rateHz));
     const double required = BlockPeriods(filter, kRequired) * rateHz / lowestHz;
@@ -186,7 +187,7 @@ Spectrum MakeResponse(const FilterOptions& options, const Filter& filter, double
 }
 
 std::string FilterText(const FilterOptions& options, const Filter& filter) {
-    std::string text = options.kind;
+    std::string text(filter.kind.name);
     if (!filter.kind.parameter.empty()) {
         text += " " + std::string(filter.kind.parameter.substr(2)) + " " + FormatNumber(filter.parameter, 4);
     }
@@ -195,53 +196,148 @@ std::string FilterText(const FilterOptions& options, const Filter& filter) {
     return text;
 }
 
-void RunFilter(const FilterOptions& options, ByteStream& out) {
-    RequireAnotherFile(options.input, options.output);
+/// Filters a channel as a whole.
+class SpectralFilter : public ChannelProcess {
+public:
+    SpectralFilter(Spectrum response, __int64 block, CMatBasic::DATA_TERM term)
+        : response_(std::move(response)), block_(block), term_(term) {}
+
+    void Feed(std::span<const double> samples, std::vector<double>*) override {
+        samples_.insert(samples_.end(), samples.begin(), samples.end());
+    }
+    void Finish(std::vector<double>* out) override {
+        const CDataArrayDouble samples(std::ssize(samples_), samples_.data());
+        samples_ = {};
+        CDataArrayDouble result(samples.GetNum(), nullptr);
+        if (!CMatBasic::SpecFiltering(&result, samples, term_, response_, block_)) throw std::bad_alloc();
+        out->insert(out->end(), result.GetData(), result.GetData() + result.GetNum());
+    }
+
+private:
+    Spectrum response_;
+    __int64 block_;
+    CMatBasic::DATA_TERM term_;
+    std::vector<double> samples_;
+};
+
+/// The rms of samples as they pass.
+class RunningRms {
+public:
+    void Add(std::span<const double> samples) {
+        for (const double sample : samples) squares_ += sample * sample;
+        count_ += std::ssize(samples);
+    }
+    double Get() const { return std::sqrt(squares_ / static_cast<double>(count_)); }
+
+private:
+    double squares_ = 0.0;
+    __int64 count_ = 0;
+};
+
+struct Levels {
+    RunningRms before;
+    RunningRms after;
+};
+
+/// Measures what a process does to the level.
+class Measured : public ChannelProcess {
+public:
+    Measured(std::unique_ptr<ChannelProcess> process, Levels* levels)
+        : process_(std::move(process)), levels_(levels) {}
+
+    void Feed(std::span<const double> samples, std::vector<double>* out) override {
+        levels_->before.Add(samples);
+        const std::size_t begin = out->size();
+        process_->Feed(samples, out);
+        levels_->after.Add(std::span(*out).subspan(begin));
+    }
+    void Finish(std::vector<double>* out) override {
+        const std::size_t begin = out->size();
+        process_->Finish(out);
+        levels_->after.Add(std::span(*out).subspan(begin));
+    }
+
+private:
+    std::unique_ptr<ChannelProcess> process_;
+    Levels* levels_;
+};
+
+/// What the command does to a run, and what it says of it.
+struct RunFilters {
+    std::string text;
+    std::function<std::unique_ptr<ChannelProcess>()> make;
+    std::vector<Levels> levels;  ///< per channel
+};
+
+using PlanRun = std::function<RunFilters(const SignalRun& run)>;
+
+PlanRun PlanSpectra(const FilterOptions& options) {
     const Filter filter = ReadFilter(options);
-    std::vector<CComDataBase> records;
-    std::string report;
-    std::wstring text;
-    Doing("filter", options.input, [&] {
-        Progress progress("filtering " + options.input);
-        const DataFileContent content = LoadDataFile(options.input);
-        text = content.header.GetName();
-        for (const ChosenWaveforms& source : SelectWaveforms(content, options.channels)) {
-            const CComDataBase& record = *source.record;
-            const double rateHz = RateOf(record);
-            const __int64 block = ChooseBlock(options, filter, rateHz);
-            const Spectrum response = MakeResponse(options, filter, rateHz, block);
-            const CStringArray names = NamesOf(source.channels);
-            CComDataWave filtered(record.GetDelta(), std::ssize(names), 1, record.GetNsamp(),
-                                  record.GetOffset(), record.GetUnit(), &names, nullptr);
-            std::vector<std::vector<std::string>> lines = {
-                {"channel", "name", "rms before", "", "after", ""}};
-            const std::string unit = UnitText(record.GetUnit());
-            for (const Channel& channel : source.channels) {
-                const auto row = static_cast<__int64>(lines.size()) - 1;
-                const CDataArrayDouble samples = StandardSamples(record, channel);
-                CDataArrayDouble result(samples.GetNum(), nullptr);
-                if (filtered.GetReal(row, 0) == nullptr ||
-                    !CMatBasic::SpecFiltering(&result, samples, filter.term, response, block)) {
-                    throw std::bad_alloc();
-                }
-                std::copy_n(result.GetData(), result.GetNum(), filtered.GetReal(row, 0));
-                const auto rms = [&](const CDataArrayDouble& signal) {
-                    return FormatNumber(record.GetUnit().ConvDtoI(signal.CalcRms(0, 0), 1.0, 0));
-                };
-                lines.push_back({std::to_string(channel.number), ToUtf8(channel.name), rms(samples), unit,
-                                 rms(result), unit});
-                progress.Update(lines.size() - 1, source.channels.size());
-            }
-            records.push_back(std::move(filtered));
-            report +=
-                "record " + std::to_string(source.channels.front().record + 1) + ": " +
-                FilterText(options, filter) + ", blocks of " + std::to_string(block) + " at " +
-                FormatNumber(rateHz, 10) + " Hz\n" +
-                FormatTable({Align::right, Align::left, Align::right, Align::left, Align::right, Align::left},
-                            lines);
+    return [&options, filter](const SignalRun& run) {
+        const double rateHz = 1.0 / run.delta;
+        const __int64 block = ChooseBlock(options, filter, rateHz);
+        const Spectrum response = MakeResponse(options, filter, rateHz, block);
+        RunFilters filters;
+        filters.text = FilterText(options, filter) + ", blocks of " + std::to_string(block);
+        filters.make = [=, term = filter.term] {
+            return std::make_unique<SpectralFilter>(response, block, term);
+        };
+        return filters;
+    };
+}
+
+PlanRun PlanSamples(const FilterOptions& options) {
+    if (options.IsBySpectra()) {
+        throw UsageError(
+            "--butterworth, --fir and --fir-set do not go with the options of --lowpass and "
+            "--highpass, which filter through spectra");
+    }
+    const Ends ends = Choose(kEndNames, "--ends", options.ends).ends;
+    const auto filters = std::make_shared<const SampleFilters>(options.bySamples, ends);
+    return [filters](const SignalRun& run) {
+        filters->RequireRate(1.0 / run.delta);
+        return RunFilters{filters->Text(), [&run, filters] { return filters->Make(run); }, {}};
+    };
+}
+
+std::string Report(const SignalRun& run, const RunFilters& filters) {
+    std::vector<std::vector<std::string>> lines = {{"channel", "name", "rms before", "", "after", ""}};
+    for (std::size_t c = 0; c < run.channels.size(); ++c) {
+        const SignalRun::Channel& channel = run.channels[c];
+        const std::string unit = UnitText(channel.unit);
+        const auto shown = [&](const RunningRms& rms) {
+            return FormatNumber(channel.unit.ConvDtoI(rms.Get(), 1.0, 0));
+        };
+        lines.push_back({std::to_string(channel.number), ToUtf8(channel.name),
+                         shown(filters.levels[c].before), unit, shown(filters.levels[c].after), unit});
+    }
+    return "record " + std::to_string(run.record) + ": " + filters.text + " at " +
+           FormatNumber(1.0 / run.delta, 10) + " Hz\n" +
+           FormatTable({Align::right, Align::left, Align::right, Align::left, Align::right, Align::left},
+                       lines);
+}
+
+void RunFilter(const FilterOptions& options, ByteStream& out) {
+    if (options.bySamples.keepDelay && !options.bySamples.firFile && !options.bySamples.firSet) {
+        throw UsageError("--keep-delay is for --fir and --fir-set");
+    }
+    const PlanRun plan = options.bySamples.IsAny() ? PlanSamples(options) : PlanSpectra(options);
+    const std::string& input = options.stream.input;
+    const std::unique_ptr<SignalReader> reader = OpenInput("filter", options.stream);
+    const std::vector<SignalRun>& runs = reader->Runs();
+    std::vector<RunFilters> filters;
+    Doing("filter", input, [&] {
+        for (const SignalRun& run : runs) {
+            filters.push_back(plan(run));
+            filters.back().levels.resize(run.channels.size());
         }
     });
-    Doing("write", options.output, [&] { StoreDataFile(options.output, text, std::move(records)); });
+    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
+    Stream({"filter", input, options.stream.output}, *reader, *writer, [&](std::size_t run, std::size_t c) {
+        return std::make_unique<Measured>(filters[run].make(), &filters[run].levels[c]);
+    });
+    std::string report;
+    for (std::size_t r = 0; r < runs.size(); ++r) report += Report(runs[r], filters[r]);
     WriteText(out, report);
 }
 
@@ -250,15 +346,15 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
 void AddFilter(Command app) {
     const auto options = std::make_shared<FilterOptions>();
     Command command = app.AddCommand("filter", "Low-pass and high-pass filtering of time waveforms");
-    command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
-    command.AddOption("-o,--output", options->output, "Data file to write (.vdf2)").Required();
+    AddStreamFiles(command, &options->stream);
     command.AddOption("--lowpass", options->lowPassHz, "Keep what lies below this frequency")
         .Type("HZ")
         .Check(PositiveNumber());
     command.AddOption("--highpass", options->highPassHz, "Keep what lies above this frequency")
         .Type("HZ")
         .Check(PositiveNumber());
-    command.AddOption("--kind", options->kind, "Kind of filter: " + Names(kKinds)).Type("NAME").ShowDefault();
+    command.AddOption("--kind", options->kind, "Kind of filter: " + Names(kKinds) + " (default: butterworth)")
+        .Type("NAME");
     command.AddOption("--q", options->q, "Quality of --kind second (default: 0.7071)")
         .Type("Q")
         .Check(PositiveNumber());
@@ -275,24 +371,36 @@ void AddFilter(Command app) {
     command.AddOption("--ends", options->ends, "How the signal goes on outside its ends: " + Names(kEnds))
         .Type("NAME")
         .ShowDefault();
-    AddChannelOptions(command, &options->channels);
+    AddSampleFilterOptions(command, &options->bySamples);
+    AddStreamOptions(command, "--rate", &options->stream);
     command.SetFooter(
-        "first, second and butterworth are the analogue filters, with their phase: -3 dB at the corner "
-        "(second:\n"
-        "the gain is Q there). slope and cut are gains without phase, 1 on one side of the corner; on the "
-        "other\n"
-        "slope falls by 6 dB per octave and order and cut leaves nothing, sharp to about four line "
-        "spacings,\n"
-        "rate/block. With both corners the filters follow one another. Every sample stays in its place. "
-        "Near\n"
-        "the ends, as far as the impulse response reaches (at most a quarter of a block), the result "
-        "depends\n"
-        "on what --ends assumes.\n\n"
+        "Through spectra (--lowpass, --highpass): first, second and butterworth are the analogue filters, "
+        "with "
+        "their\n"
+        "phase: -3 dB at the corner (second: the gain is Q there). slope and cut are gains without phase, 1 "
+        "on "
+        "one\n"
+        "side of the corner; on the other slope falls by 6 dB per octave and order and cut leaves nothing, "
+        "sharp to\n"
+        "about four line spacings, rate/block. With both corners the filters follow one another. Every "
+        "sample "
+        "stays\n"
+        "in its place. Near the ends, as far as the impulse response reaches (at most a quarter of a block), "
+        "the\n"
+        "result depends on what --ends assumes. The signal is kept in memory.\n\n"
+        "Sample by sample (--butterworth, --fir, --fir-set): one filter after the other, FIR first, block by "
+        "block\n"
+        "however long the file is. --butterworth is the digital filter of a controller, causal, -3 dB at "
+        "the\n"
+        "corner. The delay of symmetric FIR filters is taken out.\n\n"
         "Example:\n"
         "  awk 'BEGIN { for (i = 0; i < 5000; ++i) print 1 + sin(0.1 * i) + sin(2 * i) }' > mixed.txt\n"
         "  kvx import mixed.txt -o mixed.vdf2 --rate 1000 --unit g --name mixed\n"
         "  kvx filter mixed.vdf2 -o low.vdf2 --lowpass 50\n"
-        "  kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1 --ends zeros");
+        "  kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1 --ends zeros\n"
+        "  kvx filter mixed.vdf2 -o band.vdf2 --butterworth hp 2 5 --butterworth lp 6 50\n"
+        "  echo 0.25 0.5 0.25 > mean.txt\n"
+        "  kvx filter mixed.txt -o mean.wav --rate 1000 --fir mean.txt --full-scale 4");
     command.OnRun([=](ByteStream& out) { RunFilter(*options, out); });
 }
 

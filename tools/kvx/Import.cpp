@@ -17,6 +17,7 @@
 #include "Progress.h"
 #include "Signal.h"
 #include "SignalWriter.h"
+#include "Stream.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -54,7 +55,7 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
     if (ToUtf16(*text).size() > kHeaderTextLength) Note("the header keeps 257 characters of the text");
     const std::unique_ptr<SignalReader> reader = Doing("import", options.input, [&] {
         Progress progress("reading " + options.input);
-        return OpenRecording(options.input, options.channels, options.recording, progress);
+        return OpenRecording(options.input, options.channels, options.recording, false, progress);
     });
     const std::unique_ptr<SignalWriter> writer =
         Doing("write", options.output, [&] { return CreateDataFile(options.output, *text, reader->Runs()); });

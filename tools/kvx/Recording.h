@@ -57,6 +57,7 @@ struct RecordingInfo {
     std::vector<Channel> channels;
     __int64 samples = 0;               ///< of each channel, 1 or more
     double rateHz = 0.0;               ///< as the file states it; 0 where it does not
+    bool hasFullScale = false;         ///< whether samples are parts of a full scale, read as 1.0
     std::optional<TimeStamps> stamps;  ///< of the time column, when there is one
     std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
 };

@@ -76,12 +76,12 @@ bool IsRegularFile(const std::string& path) {
 }
 
 std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const RecordingOptions& options,
-                                          Progress& progress) {
+                                          bool isForSound, Progress& progress) {
     if (IsRegularFile(path)) {
         InputFile(WidePath(path));  // a file that cannot be read is told as such
         if (std::unique_ptr<RecordingReader> sound = OpenSoundFile(path)) return sound;
     }
-    if (options.fullScale) throw Reason("--full-scale is for sound files");
+    if (options.fullScale && !isForSound) throw Reason("--full-scale is for sound files");
     TextOptions text;
     if (options.time != "auto") text.firstColumnIsTime = options.time == "first";
     text.decimalComma = options.decimal == "comma";
@@ -92,7 +92,8 @@ class RecordingSignal : public SignalReader {
 public:
     RecordingSignal(std::unique_ptr<RecordingReader> recording, const std::string& path,
                     const std::string& channels, const RecordingOptions& options)
-        : recording_(std::move(recording)), scale_(options.fullScale.value_or(1.0)) {
+        : recording_(std::move(recording)),
+          scale_(recording_->Info().hasFullScale ? options.fullScale.value_or(1.0) : 1.0) {
         text_ = FromUtf8(std::filesystem::path(path).filename().string()).value_or(L"");
         std::vector<std::string> notes;
         SignalRun run;
@@ -176,7 +177,8 @@ public:
                 throw Reason("record " + std::to_string(channel.record + 1) + " is not a time waveform");
             }
             if (cells_.empty() || cells_.back().front().record != channel.record) {
-                runs_.push_back({record.fields.delta, record.fields.offset, record.nsamp, {}});
+                runs_.push_back(
+                    {channel.record + 1, record.fields.delta, record.fields.offset, record.nsamp, {}});
                 cells_.emplace_back();
             }
             runs_.back().channels.push_back({channel.name, record.fields.unit, channel.number});
@@ -212,10 +214,6 @@ private:
 
 }  // namespace
 
-bool RecordingOptions::IsAny() const {
-    return rateHz || !units.empty() || !names.empty() || fullScale || time != "auto" || decimal != "auto";
-}
-
 void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command
         .AddOption(options->rateName, options->rateHz,
@@ -239,14 +237,19 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
 }
 
 std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
-                                            const RecordingOptions& options, Progress& progress) {
-    return std::make_unique<RecordingSignal>(OpenFile(path, options, progress), path, channels, options);
+                                            const RecordingOptions& options, bool isForSound,
+                                            Progress& progress) {
+    return std::make_unique<RecordingSignal>(OpenFile(path, options, isForSound, progress), path, channels,
+                                             options);
 }
 
 std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
-                                         const RecordingOptions& options, Progress& progress) {
+                                         const RecordingOptions& options, bool isForSound,
+                                         Progress& progress) {
     if (IsRegularFile(path) && CComHdr::GetHdrCodeType(WidePath(path).c_str()) != CComHdr::HDRCODE_UNKNOWN) {
-        if (options.IsAny()) {
+        const bool isStated = options.rateHz || !options.units.empty() || !options.names.empty() ||
+                              options.time != "auto" || options.decimal != "auto";
+        if (isStated || (options.fullScale && !isForSound)) {
             throw Reason(
                 "a data file knows its rate, units and names; the options that state them are for "
                 "text and sound files");
@@ -254,7 +257,7 @@ std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelO
         return std::make_unique<DataFileSignal>(path, channels);
     }
     if (channels.record > 0) throw Reason("--record is for data files");
-    return OpenRecording(path, channels.channels, options, progress);
+    return OpenRecording(path, channels.channels, options, isForSound, progress);
 }
 
 }  // namespace kvx::tool

@@ -28,6 +28,7 @@ struct SignalRun {
         std::size_t number = 0;  ///< in the source, from 1
     };
 
+    std::size_t record = 1;  ///< in the source, from 1
     double delta = 0.0;
     __int64 offset = 0;
     __int64 samples = 0;  ///< of each channel
@@ -64,20 +65,21 @@ struct RecordingOptions {
     std::optional<double> fullScale;
     std::string time = "auto";
     std::string decimal = "auto";
-
-    /// Whether anything was stated.
-    bool IsAny() const;
 };
 
 void AddRecordingOptions(Command& command, RecordingOptions* options);
 
-/// Opens a text table or a sound file. `channels` chooses as ChooseChannels does; remarks go to standard
-/// error. Throws Reason or ValueError.
+/// Opens a text table or a sound file. `channels` chooses as ChooseChannels does; a full scale may be stated
+/// for a text only when a sound file is to be written (`isForSound`). Remarks go to standard error. Throws
+/// Reason or ValueError.
 std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
-                                            const RecordingOptions& options, Progress& progress);
+                                            const RecordingOptions& options, bool isForSound,
+                                            Progress& progress);
 
-/// Opens a data file, in which all chosen channels must be waveforms, or else as OpenRecording.
+/// Opens a data file, in which all chosen channels must be waveforms, or else as OpenRecording. Of a data
+/// file nothing may be stated but, when a sound file is to be written, the full scale.
 std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
-                                         const RecordingOptions& options, Progress& progress);
+                                         const RecordingOptions& options, bool isForSound,
+                                         Progress& progress);
 
 }  // namespace kvx::tool

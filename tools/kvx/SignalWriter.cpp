@@ -15,7 +15,6 @@
 #include "Failure.h"
 #include "Format.h"
 #include "Options.h"
-#include "StopRequest.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -132,33 +131,16 @@ private:
     std::vector<WavScale> scales_;
 };
 
-/// The samples that runs have in all channels together.
-std::uint64_t CountSamples(const std::vector<SignalRun>& runs) {
-    std::uint64_t count = 0;
-    for (const SignalRun& run : runs) count += static_cast<std::uint64_t>(run.samples) * run.channels.size();
-    return count;
-}
-
 }  // namespace
 
-void AddWavOptions(Command& command, WavOptions* options) {
-    command.AddOption("--samples", options->samples, "WAV samples: " + Names(kSampleNames))
+void AddSamplesOption(Command& command, std::string* samples) {
+    command.AddOption("--samples", *samples, "WAV samples: " + Names(kSampleNames))
         .Type("KIND")
         .ShowDefault();
-    command
-        .AddOption("--full-scale", options->fullScale,
-                   "Value that becomes full scale of the WAV file (default 1)")
-        .Type("VALUE")
-        .Check(PositiveNumber());
 }
 
 WavSamples WavSamplesOf(const WavOptions& options) {
     return Choose(kSampleNames, "--samples", options.samples).samples;
-}
-
-void RequireWavOptions(const std::string& output, const WavOptions& options) {
-    if (options.fullScale && !IsWavName(output)) throw UsageError("--full-scale is for WAV files");
-    WavSamplesOf(options);
 }
 
 bool IsWavName(const std::string& path) {
@@ -185,8 +167,9 @@ WavScale::WavScale(const SignalRun::Channel& channel, const WavOptions& options)
       isInteger_(IsInteger(WavSamplesOf(options))) {}
 
 void WavScale::Apply(std::span<double> samples) {
+    const CUnitCtrl& unit = channel_.unit;
+    unit.ConvDtoI(samples.data(), samples.data(), std::ssize(samples), 1.0, unit.IsSingle());
     for (double& sample : samples) {
-        sample = Viewed(channel_.unit, sample);
         peak_ = std::max(peak_, std::abs(sample));
         sample /= fullScale_;
     }
@@ -208,59 +191,6 @@ std::unique_ptr<SignalWriter> CreateDataFile(const std::string& path, const std:
 std::unique_ptr<SignalWriter> CreateWavFile(const std::string& path, const std::vector<SignalRun>& runs,
                                             const WavOptions& options) {
     return std::make_unique<WavSignalWriter>(path, OnlyRun(runs), options);
-}
-
-void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
-            std::size_t blockSamples) {
-    StopRequest stop;
-    Progress progress("reading " + std::string(names.input));
-    const std::uint64_t total = CountSamples(reader.Runs());
-    std::uint64_t done = 0;
-    for (std::size_t r = 0; r < reader.Runs().size(); ++r) {
-        const std::size_t channels = reader.Runs()[r].channels.size();
-        const std::size_t room = std::max<std::size_t>(1, blockSamples / channels);
-        std::vector<std::vector<double>> in(channels, std::vector<double>(room));
-        std::vector<std::vector<double>> out(channels);
-        std::vector<std::unique_ptr<ChannelProcess>> processes(channels);
-        std::vector<double*> targets(channels);
-        for (std::size_t c = 0; c < channels; ++c) {
-            processes[c] = process(r, c);
-            targets[c] = in[c].data();
-        }
-        for (bool isOver = false; !isOver;) {
-            stop.ThrowIfMade();
-            std::size_t count = 0;
-            std::vector<double*> results(channels);
-            std::size_t resultCount = 0;
-            Doing(names.verb, names.input, [&] {
-                count = reader.Read(r, targets, room);
-                isOver = count == 0;
-                for (std::size_t c = 0; c < channels; ++c) {
-                    out[c].clear();
-                    isOver ? processes[c]->Finish(&out[c]) : processes[c]->Feed({targets[c], count}, &out[c]);
-                    results[c] = out[c].data();
-                }
-                resultCount = out.front().size();
-            });
-            if (resultCount > 0) {
-                Doing("write", names.output, [&] { writer.Write(r, results, resultCount); });
-            }
-            done += count * channels;
-            progress.Update(done, total);
-        }
-    }
-    Doing("write", names.output, [&] { writer.Commit(); });
-}
-
-std::unique_ptr<ChannelProcess> NoChange() {
-    class Copy : public ChannelProcess {
-    public:
-        void Feed(std::span<const double> samples, std::vector<double>* out) override {
-            out->insert(out->end(), samples.begin(), samples.end());
-        }
-        void Finish(std::vector<double>*) override {}
-    };
-    return std::make_unique<Copy>();
 }
 
 }  // namespace kvx::tool

@@ -1,22 +1,18 @@
 // SPDX-License-Identifier: MIT
 //
-// Time waveforms into a data file or a WAV file, block by block, and the loop that takes them from a reader
-// through what becomes of each channel.
+// Time waveforms into a data file or a WAV file, block by block.
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <KvxDevCommon01/files/DataFileStream.h>
 
 #include "Command.h"
-#include "Progress.h"
 #include "Signal.h"
 #include "SoundFile.h"
 
@@ -27,7 +23,7 @@ struct WavOptions {
     std::string samples = "float";
     std::optional<double> fullScale;
 };
-void AddWavOptions(Command& command, WavOptions* options);
+void AddSamplesOption(Command& command, std::string* samples);
 /// Throws ValueError.
 WavSamples WavSamplesOf(const WavOptions& options);
 
@@ -76,44 +72,4 @@ std::unique_ptr<SignalWriter> CreateDataFile(const std::string& path, const std:
 /// Begins a WAV file, for which there must be one run.
 std::unique_ptr<SignalWriter> CreateWavFile(const std::string& path, const std::vector<SignalRun>& runs,
                                             const WavOptions& options);
-/// Throws UsageError when the options are for a WAV file and the output is none, ValueError for wrong ones.
-void RequireWavOptions(const std::string& output, const WavOptions& options);
-
-/// What becomes of one channel, block by block. May keep samples back.
-class ChannelProcess {
-public:
-    virtual ~ChannelProcess() = default;
-    ChannelProcess(const ChannelProcess&) = delete;
-    ChannelProcess& operator=(const ChannelProcess&) = delete;
-
-    /// Takes the next samples, at least one, and appends what comes out.
-    virtual void Feed(std::span<const double> samples, std::vector<double>* out) = 0;
-    /// Appends what is due after the last sample.
-    virtual void Finish(std::vector<double>* out) = 0;
-
-protected:
-    ChannelProcess() = default;
-};
-
-std::unique_ptr<ChannelProcess> NoChange();
-
-/// The files of a stream and what is done with them, for sentences.
-struct StreamNames {
-    std::string_view verb;
-    std::string_view input;
-    std::string_view output;
-};
-
-/// Samples of all channels that a block has at most.
-inline constexpr std::size_t kStreamBlock = std::size_t{1} << 18;
-
-/// Makes the process of a channel of a run (both 0-based).
-using MakeProcess = std::function<std::unique_ptr<ChannelProcess>(std::size_t run, std::size_t channel)>;
-
-/// Takes every run of `reader` through its processes into the same run of `writer`, and commits that. All
-/// channels of a run must come out equally long. Throws Failure, or Stopped when a person ends the program
-/// meanwhile.
-void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
-            std::size_t blockSamples = kStreamBlock);
-
 }  // namespace kvx::tool

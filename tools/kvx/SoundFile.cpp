@@ -105,6 +105,7 @@ public:
     SoundReader(SoundHandle file, const SF_INFO& info) : file_(std::move(file)) {
         info_.rateHz = info.samplerate;
         info_.samples = info.frames;
+        info_.hasFullScale = true;
         info_.channels.resize(static_cast<std::size_t>(info.channels));
     }
 
