@@ -5,6 +5,11 @@
 // mode (see FirKernels.h), computing many results at once, and each result is the same sum whatever block its
 // samples came in.
 //
+// Single samples would wait for one addition after another. So, without a rate change, the sums of the next
+// results are kept running instead: each sample adds its term to all of them, side by side. A sum still gets
+// its terms in the order of the taps. It stands in a ring, where every term has its place in coefficients
+// that are turned around and stored twice.
+//
 // Decimating, result k needs x[kR + i] for tap i. The samples of a run are first dealt out to R rows, so that
 // the results of the run find the samples of one tap side by side. Interpolating, result r of an input sample
 // meets every R-th tap; the taps are stored phase after phase.
@@ -18,14 +23,28 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <type_traits>
+#include <utility>
 
 namespace {
 
-constexpr __int64 kBlock = 512;  // input or results that are worked on at once
+constexpr __int64 kBlock = 1024;  // input or results that are worked on at once
+constexpr __int64 kFew = 8;       // samples that running sums take faster than a block does
 using Block = std::array<double, kBlock + kvx::kFirOverrun>;
 
-std::size_t Index(__int64 index) {
-    return static_cast<std::size_t>(index);
+/// Calls use(step) with the usual steps as constants, which make vector code of the loops over them.
+template <class Use>
+void WithStep(__int64 step, Use use) {
+    switch (step) {
+        case 2:
+            return use(std::integral_constant<__int64, 2>());
+        case 4:
+            return use(std::integral_constant<__int64, 4>());
+        case 5:
+            return use(std::integral_constant<__int64, 5>());
+        default:
+            return use(step);
+    }
 }
 
 double GroupDelay(double delay, __int64 taps) {
@@ -102,27 +121,33 @@ int CMatFir::PrepFir() {
     sinceResult_ = 0;
     rowLength_ = mode_ == RATE_DECIMATE ? kBlock / ratio_ + (taps - 1) / ratio_ + 1 : 0;
     const __int64 rows = std::min(ratio_, taps);
-    isPrepared_ = work_.SetData(lineSize_ + rows * rowLength_ + kvx::kFirOverrun, nullptr) &&
-                  offsets_.SetData(taps, nullptr) && sums_.SetData(taps, coef_.GetData()) &&
+    isRunning_ = false;
+    singles_ = taps;
+    // Without a rate change the work holds the running sums behind the line, and the coefficients are there
+    // turned around and twice as well.
+    const bool isPlain = mode_ == RATE_NONE;
+    const __int64 behindLine = isPlain ? taps : rows * rowLength_;
+    isPrepared_ = work_.SetData(lineSize_ + behindLine + kvx::kFirOverrun, nullptr) &&
+                  offsets_.SetData(taps, nullptr) &&
+                  sums_.SetData(isPlain ? 3 * taps + kvx::kFirOverrun : taps, nullptr) &&
                   results_.SetSize(outBufSize_);
     if (!isPrepared_) return 0;
 
+    double* const sums = sums_.GetData();
     for (__int64 tap = 0; tap < taps; ++tap) {
+        sums[tap] = coef_[tap];
         offsets_[tap] = mode_ == RATE_DECIMATE ? tap % ratio_ * rowLength_ + tap / ratio_ : tap;
     }
-    if (mode_ == RATE_INTERPOLATE) {
-        double* sum = sums_.GetData();
+    if (isPlain) {
+        std::reverse_copy(sums, sums + taps, sums + taps);
+        std::copy_n(sums + taps, taps, sums + 2 * taps);
+    } else if (mode_ == RATE_INTERPOLATE) {
+        double* sum = sums;
         for (__int64 phase = 0; phase < rows; ++phase) {
             for (__int64 tap = (taps - 1 - phase) % ratio_; tap < taps; tap += ratio_) *sum++ = coef_[tap];
         }
     }
     return 1;
-}
-
-/// A copy that memory did not suffice for lacks one of these.
-bool CMatFir::IsReady() const {
-    return isPrepared_ && coef_.GetNum() > 0 && work_.GetNum() > 0 && offsets_.GetNum() > 0 &&
-           sums_.GetNum() > 0 && results_.GetSize() > 0;
 }
 
 int CMatFir::SetInputData(double x) {
@@ -187,12 +212,44 @@ int CMatFir::ClearResult() {
     return 1;
 }
 
+template <class Use>
+void CMatFir::RunSums(__int64 first, __int64 count, Use use) {
+    const auto addScaled = kvx::ActiveKernels().fir->addScaled;
+    const __int64 taps = coef_.GetNum();
+    double* const sums = work_.GetData() + lineSize_;
+    const double* const turned = sums_.GetData() + taps;
+    for (const double* x = work_.GetData() + first; count > 0; ++x, --count) {
+        addScaled(turned + taps - completing_, *x, sums, taps);
+        // Of all numbers -0 alone leaves whatever is added to it as it is.
+        use(std::exchange(sums[completing_], -0.0));
+        if (++completing_ == taps) completing_ = 0;
+    }
+}
+
+int CMatFir::FilterSingly(__int64 first, __int64 count) {
+    if (!isRunning_) {
+        std::fill_n(work_.GetData() + lineSize_, coef_.GetNum(), -0.0);
+        completing_ = 0;
+        RunSums(first - history_, history_, [](double) {});
+        isRunning_ = true;
+    }
+    int kept = 1;
+    RunSums(first, count, [&](double y) { kept &= results_.Put(y); });
+    return kept;
+}
+
 int CMatFir::FilterRun(__int64 first, __int64 count) {
     const double* const oldest = work_.GetData() + first - history_;
     if (isDelayOnly_) return results_.Put(oldest, count);
+    // To start the running sums costs as much as to use them for as many samples as there are taps, so that
+    // many must have come singly.
+    const __int64 taps = coef_.GetNum();
+    singles_ = count < kFew ? std::min(singles_ + count, taps) : 0;
+    if (singles_ == taps) return FilterSingly(first, count);
+    isRunning_ = false;
     Block out;
-    kvx::ActiveKernels().fir->weightedSums(sums_.GetData(), offsets_.GetData(), coef_.GetNum(), oldest,
-                                           out.data(), count);
+    kvx::ActiveKernels().fir->weightedSums(sums_.GetData(), offsets_.GetData(), taps, oldest, out.data(),
+                                           count);
     return results_.Put(out.data(), count);
 }
 
@@ -208,17 +265,19 @@ int CMatFir::DecimateRun(__int64 first, __int64 count) {
     const double* const oldest = work_.GetData() + first + untilResult - 1 - history_;
     Block out;
     if (isDelayOnly_) {
-        for (__int64 k = 0; k < results; ++k) out[Index(k)] = oldest[k * ratio_];
+        for (__int64 k = 0; k < results; ++k) out[static_cast<std::size_t>(k)] = oldest[k * ratio_];
         return results_.Put(out.data(), results);
     }
     const __int64 taps = coef_.GetNum();
     double* const rows = work_.GetData() + lineSize_;
-    for (__int64 row = 0; row < std::min(ratio_, taps); ++row) {
-        const __int64 length = results + (taps - 1 - row) / ratio_;
-        double* const to = rows + row * rowLength_;
-        const double* const from = oldest + row;
-        for (__int64 k = 0; k < length; ++k) to[k] = from[k * ratio_];
-    }
+    WithStep(ratio_, [&](auto step) {
+        for (__int64 row = 0; row < std::min<__int64>(step, taps); ++row) {
+            const __int64 length = results + (taps - 1 - row) / step;
+            const double* const from = oldest + row;
+            double* const to = rows + row * rowLength_;
+            for (__int64 k = 0; k < length; ++k) to[k] = from[k * step];
+        }
+    });
     kvx::ActiveKernels().fir->weightedSums(sums_.GetData(), offsets_.GetData(), taps, rows, out.data(),
                                            results);
     return results_.Put(out.data(), results);
@@ -258,11 +317,14 @@ int CMatFir::InterpolateRun(__int64 first, __int64 count) {
         }
         return kept;
     }
-    Block out{};
+    Block out;
+    if (zeros > 0) out.fill(0.0);
     for (__int64 done = 0; done < count;) {
         const __int64 run = std::min(count - done, kBlock / ratio_);
         ForEachPhase(first + done, run, row.data(), [&](__int64 phase) {
-            for (__int64 k = 0; k < run; ++k) out[Index(k * ratio_ + phase)] = row[Index(k)];
+            WithStep(ratio_, [&, to = out.data() + phase](auto step) {
+                for (__int64 k = 0; k < run; ++k) to[k * step] = row[static_cast<std::size_t>(k)];
+            });
         });
         kept &= results_.Put(out.data(), run * ratio_);
         done += run;

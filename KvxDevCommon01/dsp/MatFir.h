@@ -85,12 +85,20 @@ public:
     int ClearResult();
 
 private:
-    bool IsReady() const;
+    /// A copy that memory did not suffice for lacks one of these.
+    bool IsReady() const {
+        return isPrepared_ && coef_.GetNum() > 0 && work_.GetNum() > 0 && offsets_.GetNum() > 0 &&
+               sums_.GetNum() > 0 && results_.GetSize() > 0;
+    }
     bool Prepare() { return IsReady() || (!isPrepared_ && PrepFir()); }
     // Put the results of `count` new samples on from position `first` of the line into the queue.
     int FilterRun(__int64 first, __int64 count);
+    int FilterSingly(__int64 first, __int64 count);
     int DecimateRun(__int64 first, __int64 count);
     int InterpolateRun(__int64 first, __int64 count);
+    /// Adds the terms of `count` samples to the running sums and calls use(sum) for each that this completes.
+    template <class Use>
+    void RunSums(__int64 first, __int64 count, Use use);
     /// Calls use(phase) for each phase that has taps, with the results of `count` samples in `row`.
     template <class Use>
     void ForEachPhase(__int64 first, __int64 count, double* row, Use use);
@@ -104,13 +112,16 @@ private:
 
     // What PrepFir sets up.
     bool isPrepared_ = false;
+    bool isRunning_ = false;   // whether the running sums are up to date
     __int64 history_ = 0;      // samples before a new one that its results need
     __int64 lineSize_ = 0;     // samples of the line: the history and a block of new ones
     __int64 lineEnd_ = 0;      // where the next sample goes
     __int64 sinceResult_ = 0;  // decimating, samples since the last result
     __int64 rowLength_ = 0;    // decimating, samples of a row
-    CDataArrayDouble work_;    // the line, then the rows
-    CDataArrayDouble sums_;    // the coefficients, interpolating phase after phase
+    __int64 singles_ = 0;      // samples in a row that came in small blocks, at most as many as taps
+    __int64 completing_ = 0;   // the running sum that the next sample completes
+    CDataArrayDouble work_;    // the line, then the rows or the running sums
+    CDataArrayDouble sums_;    // the coefficients as the sums need them
     CDataArrayLongLong offsets_;
     kvx::SampleQueue results_;
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr __int64 kBlock = 512;  // samples that pass between two stages at once
+constexpr __int64 kBlock = 1024;  // samples that pass between two stages at once
 
 constexpr auto L2 = CMatFir::FIR_COEF_2;
 constexpr auto L4 = CMatFir::FIR_COEF_4;

@@ -89,7 +89,7 @@ private:
     OVS_RAT code_ = OVS_RAT_1;
     __int64 outBufSize_ = 1024;
     double delay_ = 0.0;
-    __int64 feedSize_ = 512;  // samples that go in at once
+    __int64 feedSize_ = 1024;  // samples that go in at once
     int stageCount_ = 0;
     std::array<CMatFir, 4> stages_;  // in the order in which they work
 };

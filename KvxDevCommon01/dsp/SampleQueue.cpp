@@ -44,12 +44,6 @@ int SampleQueue::PutRepeated(double value, __int64 count) {
         count, [value](double* destination, __int64, __int64 run) { std::fill_n(destination, run, value); });
 }
 
-double SampleQueue::Take() {
-    double value = 0.0;
-    Take(&value, 1);
-    return value;
-}
-
 __int64 SampleQueue::Take(double* out, __int64 count) {
     if (out == nullptr) return 0;
     const __int64 taken = std::clamp<__int64>(count, 0, GetNum());

@@ -23,11 +23,23 @@ public:
 
     /// Puts `count` >= 0 samples in. Returns 0 when samples that waited, or some of these, were lost.
     int Put(const double* samples, __int64 count);
+    /// Puts one sample in.
+    int Put(double sample) {
+        if (waiting_ >= GetSize()) return Put(&sample, 1);
+        values_.GetData()[Wrap(readIndex_ + waiting_++)] = sample;
+        return 1;
+    }
     /// Puts the same value in `count` >= 0 times.
     int PutRepeated(double value, __int64 count);
 
     /// Takes the next sample; 0.0 when none waits.
-    double Take();
+    double Take() {
+        if (GetNum() == 0) return 0.0;
+        const double sample = values_.GetData()[readIndex_];
+        readIndex_ = Wrap(readIndex_ + 1);
+        --waiting_;
+        return sample;
+    }
     /// Takes the next `count` samples, at most all that wait, and returns how many these were; 0 for a count
     /// below 1 or a null pointer.
     __int64 Take(double* out, __int64 count);

@@ -62,11 +62,14 @@ TEST_P(FirFilter, GivesTheBitsOfItsDefinitionHoweverTheInputIsCut) {
     const Wave coef = Noise(static_cast<std::size_t>(taps), 7);
     const Wave x = Noise(mode == kUp && ratio > 500 ? 90 : 800);
     const Wave expected = Definition(coef, mode, static_cast<std::size_t>(ratio), x);
-    for (const __int64 split : {__int64{1}, __int64{5}, __int64{20}, __int64{300}, Size(x)}) {
+    for (const __int64 split : {__int64{0}, __int64{1}, __int64{5}, __int64{20}, __int64{300}, Size(x)}) {
         SCOPED_TRACE(split);
         CMatFir fir = Filter(coef, mode, ratio, Size(expected) + 1);
-        for (__int64 done = 0; done < Size(x); done += split) {
-            ASSERT_EQ(fir.SetInputData(x.data() + done, std::min(split, Size(x) - done)), 1);
+        for (__int64 done = 0; done < Size(x);) {
+            const __int64 mixed = done / 64 % 2 == 0 ? 3 : 41;
+            const __int64 run = std::min(split == 0 ? mixed : split, Size(x) - done);
+            ASSERT_EQ(fir.SetInputData(x.data() + done, run), 1);
+            done += run;
         }
         ASSERT_EQ(Drain(&fir), expected);
     }
@@ -96,6 +99,9 @@ TEST(FirKernels, GiveTheSameBitsInEverySetWhereverTheBlocksLie) {
                                         coef[3] * x[k + 7] + coef[4] * x[k + 1];
                 ASSERT_EQ(y[k], expected) << set.name << " " << count;
             }
+            Wave sums(count + shift + kvx::kFirOverrun, 0.25);
+            set.fir->addScaled(x.data() + shift, 3.0, sums.data() + shift, static_cast<std::int64_t>(count));
+            for (std::size_t k = shift; k < count + shift; ++k) ASSERT_EQ(sums[k], 0.25 + x[k] * 3.0);
         }
     }
 }
