@@ -144,7 +144,7 @@ int CMatFir::PrepFir() {
     } else if (mode_ == RATE_INTERPOLATE) {
         double* sum = sums;
         for (__int64 phase = 0; phase < rows; ++phase) {
-            for (__int64 tap = (taps - 1 - phase) % ratio_; tap < taps; tap += ratio_) *sum++ = coef_[tap];
+            for (__int64 tap = (taps - 1 - phase) % ratio_; tap < taps; tap += rows) *sum++ = coef_[tap];
         }
     }
     return 1;
