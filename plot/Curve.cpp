@@ -30,8 +30,10 @@ IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double s
     const auto held = [&](double shown) {
         return samples.shownX != nullptr ? samples.shownX->ConvItoD(shown, 1) : shown;
     };
-    const auto [low, high] = std::minmax(held(shownFrom), held(shownTo));
-    if (FindVisibleRange({low, high}, samples.start, samples.step, samples.y, samples.count, &range) == 0) {
+    const double from = held(shownFrom);
+    const double to = held(shownTo);
+    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step, samples.y,
+                         samples.count, &range) == 0) {
         return {0, 0};
     }
     // The bounds may be a rounding error off, and a step begins one sample earlier.

@@ -370,7 +370,7 @@ private:
 
     GraphPane BuildPane(std::wstring title, std::vector<__int64> series) {
         // Whatever stands out is drawn over the other cells, and profiles over them all.
-        std::ranges::stable_partition(series, [&](__int64 k) { return !IsSelected(k); });
+        std::stable_partition(series.begin(), series.end(), [&](__int64 k) { return !IsSelected(k); });
         for (__int64 k = param_.m_cells.rowNum * param_.m_cells.colNum; k < param_.m_series.num; ++k) {
             series.push_back(k);
         }
