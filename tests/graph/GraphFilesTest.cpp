@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 
 #include "tests/files/FileSupport.h"
 #include "tests/graph/GraphTesting.h"
@@ -25,38 +26,38 @@ void MakeUnusual(CGraphInfo& info) {
     MakeUnusual(*info.GetGraphConfigInfo());
 }
 
-// One kind of settings file: its operations by path, number in the catalogue, and name in messages.
-struct Colors : CGraphColorInfo {
-    static constexpr auto kType = CComHdr::EXT_INFO_GRAPH_COLOR;
-    static constexpr const wchar_t* kName = L"グラフ色情報ファイル";
-    BOOL Load(CString& path, CString* text, int show) { return LoadGraphColorInfo(path, text, show); }
-    BOOL Load1st(CString& path, CString* text, int show) { return LoadGraphColorInfo1st(path, text, show); }
-    BOOL Store(CString& path, CString* text, int show) { return StoreGraphColorInfo(path, text, show); }
-};
-struct Config : CGraphConfigInfo {
-    static constexpr auto kType = CComHdr::EXT_INFO_GRAPH_CONFIG;
-    static constexpr const wchar_t* kName = L"グラフ表示設定情報ファイル";
-    static CString Name(const CString& path) { return path.substr(path.find_last_of(L"\\/") + 1); }
-    BOOL Load(const CString& path, CString* text, int show) {
-        CString name = Name(path);
-        return LoadGraphConfigInfo(&name, text, show);
+/// One kind of settings file: its operations by path and its number in the catalogue.
+template <class Info, auto kLoad, auto kLoad1st, auto kStore, CComHdr::EXT_INFO_TYPE type>
+struct SettingsFile : Info {
+    static constexpr auto kType = type;
+    // What messages call it; settings and configuration share theirs.
+    static constexpr const wchar_t* kName =
+        std::is_same_v<Info, CGraphColorInfo> ? L"グラフ色情報ファイル" : L"グラフ表示設定情報ファイル";
+
+    BOOL Load(const CString& path, CString* text, int show) { return Call(kLoad, path, text, show); }
+    BOOL Load1st(const CString& path, CString* text, int show) { return Call(kLoad1st, path, text, show); }
+    BOOL Store(const CString& path, CString* text, int show) { return Call(kStore, path, text, show); }
+
+private:
+    /// The configuration's operations take the name in the controller's folder.
+    template <class Operation>
+    BOOL Call(Operation operation, const CString& path, CString* text, int show) {
+        if constexpr (std::is_same_v<Info, CGraphConfigInfo>) {
+            CString name = path.substr(path.find_last_of(L"\\/") + 1);
+            return (this->*operation)(&name, text, show);
+        } else {
+            return (this->*operation)(path, text, show);
+        }
     }
-    BOOL Load1st(const CString& path, CString* text, int show) {
-        CString name = Name(path);
-        return LoadGraphConfigInfo1st(&name, text, show);
-    }
-    BOOL Store(const CString& path, CString* text, int show) {
-        CString name = Name(path);
-        return StoreGraphConfigInfo(&name, text, show);
-    }
 };
-struct Settings : CGraphInfo {
-    static constexpr auto kType = CComHdr::EXT_INFO_GRAPH_COLOR;
-    static constexpr const wchar_t* kName = L"グラフ表示設定情報ファイル";
-    BOOL Load(CString& path, CString* text, int show) { return LoadGraphInfo(path, text, show); }
-    BOOL Load1st(CString& path, CString* text, int show) { return LoadGraphInfo1st(path, text, show); }
-    BOOL Store(CString& path, CString* text, int show) { return StoreGraphInfo(path, text, show); }
-};
+using Colors = SettingsFile<CGraphColorInfo, &CGraphColorInfo::LoadGraphColorInfo,
+                            &CGraphColorInfo::LoadGraphColorInfo1st, &CGraphColorInfo::StoreGraphColorInfo,
+                            CComHdr::EXT_INFO_GRAPH_COLOR>;
+using Config = SettingsFile<CGraphConfigInfo, &CGraphConfigInfo::LoadGraphConfigInfo,
+                            &CGraphConfigInfo::LoadGraphConfigInfo1st,
+                            &CGraphConfigInfo::StoreGraphConfigInfo, CComHdr::EXT_INFO_GRAPH_CONFIG>;
+using Settings = SettingsFile<CGraphInfo, &CGraphInfo::LoadGraphInfo, &CGraphInfo::LoadGraphInfo1st,
+                              &CGraphInfo::StoreGraphInfo, CComHdr::EXT_INFO_GRAPH_COLOR>;
 
 template <class Kind>
 std::string RecordBytes(Kind& kind) {
