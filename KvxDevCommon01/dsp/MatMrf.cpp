@@ -105,9 +105,12 @@ __int64 TakeToRing(Element* out, __int64 start, __int64 count, __int64 ringLengt
 template <class Array, class Take>
 __int64 TakeToArray(Array* out, __int64 start, __int64 count, int isRing, Take take) {
     if (out == nullptr || count < 1) return 0;
-    if (isRing || out->GetNum() == start + count)
-        return TakeToRing(out->GetData(), start, count, out->GetNum(), take);
+    if (isRing) return TakeToRing(out->GetData(), start, count, out->GetNum(), take);
     if (start < 0 || start > out->GetNum()) return 0;
+    if (out->GetNum() == start + count) {
+        take(out->GetData() + start, count);
+        return count;
+    }
     Array longer(start + count, nullptr);
     if (longer.GetNum() == 0) return 0;
     std::copy_n(out->GetData(), start, longer.GetData());

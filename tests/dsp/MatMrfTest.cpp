@@ -337,6 +337,9 @@ TEST(Mrf, RefusesRangesThatAreNone) {
     EXPECT_EQ(pass.SetInputData(empty, 0, 0, 0), 1);
     EXPECT_EQ(pass.SetInputData(array, 0, 3, 0), 1);
     CDataArrayDouble* const none = nullptr;
+    CDataArrayDouble shorter(2, 1.0);
+    EXPECT_TRUE(AllFail(pass.GetOutputData(&shorter, -1, 3, 0), pass.GetOutputData(&shorter, kLowest, 3, 0),
+                        pass.GetOutputData(&shorter, kFarthest, 3, 0)));
     EXPECT_TRUE(AllFail(pass.GetOutputData(nullptr, 0, 1, 1), pass.GetOutputData(data, 0, 0, 3),
                         pass.GetOutputData(data, 0, 1, 0), pass.GetOutputData(none, 0, 1, 0),
                         pass.GetOutputData(&array, -1, 1, 0), pass.GetOutputData(&array, 4, 1, 0),
