@@ -67,8 +67,8 @@ public:
     /// The largest gain of what decimation folds into the band, and of what interpolation makes of it.
     double Alias() const {
         double alias = 0.0;
-        for (int i = 0; i <= 64; ++i) {
-            const double inBand = kBandEdge * i / 64;
+        for (int i = 0; i <= 256; ++i) {
+            const double inBand = kBandEdge * i / 256;
             for (int image = 1; image <= ratio_ / 2; ++image) {
                 alias = std::max({alias, At(image - inBand), At(image + inBand)});
             }
