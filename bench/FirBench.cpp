@@ -12,7 +12,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstddef>
-#include <functional>
 #include <limits>
 #include <utility>
 #include <vector>

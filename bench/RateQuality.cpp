@@ -6,11 +6,11 @@
 #include <KvxDevCommon01/dsp/MatMrf.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <complex>
 #include <cstddef>
 #include <cstdio>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -81,41 +81,26 @@ private:
     Wave taps_;
 };
 
-/// Power of the sine of this frequency in the second half of `x` over that of all else there [dB].
-double SineToRest(const Wave& x, double frequency) {
-    const auto turn = [frequency](std::size_t n) {
-        return std::polar(1.0, 2 * std::numbers::pi * frequency * static_cast<double>(n));
-    };
-    double ss = 0, sc = 0, cc = 0, sx = 0, cx = 0;
-    for (std::size_t n = x.size() / 2; n < x.size(); ++n) {
-        const double s = turn(n).imag(), c = turn(n).real();
-        ss += s * s;
-        sc += s * c;
-        cc += c * c;
-        sx += s * x[n];
-        cx += c * x[n];
-    }
-    const double a = (sx * cc - cx * sc) / (ss * cc - sc * sc), b = (cx * ss - sx * sc) / (ss * cc - sc * sc);
-    double sine = 0, rest = 0;
-    for (std::size_t n = x.size() / 2; n < x.size(); ++n) {
-        const double fit = a * turn(n).imag() + b * turn(n).real();
-        sine += fit * fit;
-        rest += (x[n] - fit) * (x[n] - fit);
-    }
-    return 10 * std::log10(sine / rest);
-}
-
-/// The worst of sines throughout the band that went down and up again.
+/// The worst of sines throughout the band that went down and up again: its power over that of all else [dB].
 double WorstSine(CMatMrf::OVS_RAT code) {
-    const int ratio = CMatMrf::ConvCodeToOvsRat(code);
-    double worst = 1000.0;
-    for (int percent = 1; percent <= 39; ++percent) {
-        const double frequency = 0.01 * percent / ratio;
-        Wave x(static_cast<std::size_t>(400 * ratio));
-        for (std::size_t n = 0; n < x.size(); ++n) {
-            x[n] = std::sin(2 * std::numbers::pi * frequency * static_cast<double>(n));
+    const auto window = static_cast<std::size_t>(200 * CMatMrf::ConvCodeToOvsRat(code));
+    double worst = std::numeric_limits<double>::infinity();
+    for (int periods = 2; periods <= 78; periods += 2) {
+        const double step = 2 * std::numbers::pi * periods / static_cast<double>(window);
+        Wave x(2 * window);
+        for (std::size_t n = 0; n < x.size(); ++n) x[n] = std::sin(step * static_cast<double>(n));
+        const Wave y = Convert(kUp, code, Convert(kDown, code, x));
+        // Over whole periods, once the filters have settled.
+        std::complex<double> line = 0.0;
+        for (std::size_t n = window; n < x.size(); ++n)
+            line += y[n] * std::polar(1.0, -step * static_cast<double>(n));
+        line *= 2.0 / static_cast<double>(window);
+        double rest = 0.0;
+        for (std::size_t n = window; n < x.size(); ++n) {
+            const double fit = std::real(line * std::polar(1.0, step * static_cast<double>(n)));
+            rest += (y[n] - fit) * (y[n] - fit);
         }
-        worst = std::min(worst, SineToRest(Convert(kUp, code, Convert(kDown, code, x)), frequency));
+        worst = std::min(worst, Decibels(std::abs(line) / std::sqrt(2 * rest / static_cast<double>(window))));
     }
     return worst;
 }

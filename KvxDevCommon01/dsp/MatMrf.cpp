@@ -78,7 +78,7 @@ const StagePlan* PlanOf(CMatMrf::OVS_RAT code) {
 template <typename Element, class Feed>
 int FeedRing(const Element* data, __int64 start, __int64 num, __int64 ringLength, Feed feed) {
     if (data == nullptr || num < 0 || ringLength < 1) return 0;
-    int kept = 1;
+    int kept = feed(data, 0);
     kvx::ForEachRingRun(start, num, ringLength,
                         [&](__int64 position, __int64 run) { kept &= feed(data + position, run); });
     return kept;

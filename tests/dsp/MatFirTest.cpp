@@ -270,7 +270,7 @@ TEST(Fir, CopiesCarryTheStateAndGoTheirOwnWay) {
 // ---- Built-in sets
 
 struct StdSet {
-    std::size_t taps;
+    int taps;
     double centre;
     int rateChange;
     double passEdge, ripple, stopEdge, stopDb;  // edges in units of the lower rate
@@ -299,9 +299,9 @@ TEST_P(FirStdSet, KeepsItsMask) {
     CMatFir fir;
     ASSERT_EQ(fir.SetStdCoef(code(), 0), 1);
     CDataArrayDouble coef;
-    EXPECT_EQ(fir.GetCoef(&coef), static_cast<double>(set().taps - 1) / 2);
+    EXPECT_EQ(fir.GetCoef(&coef), (set().taps - 1) / 2);
     const Wave h = ToWave(coef);
-    ASSERT_EQ(h.size(), set().taps);
+    ASSERT_EQ(Size(h), set().taps);
     EXPECT_EQ(h[h.size() / 2], set().centre);
     EXPECT_TRUE(std::equal(h.begin(), h.end(), h.rbegin()));
     EXPECT_TRUE(std::equal(set().first.begin(), set().first.end(), h.begin()));
@@ -326,24 +326,15 @@ TEST_P(FirStdSet, KeepsItsMask) {
 }
 
 TEST_P(FirStdSet, AloneDelaysByAsManySamplesWithoutFiltering) {
-    const Wave x = Noise(700);
-    const auto delay = static_cast<std::size_t>((set().taps - 1) / 2);
-    for (const auto& [mode, ratio] : {std::pair(kKeep, 1), {kDown, 4}, {kUp, 4}}) {
-        CMatFir fir;
-        ASSERT_EQ(fir.SetStdCoef(code(), 1), 1);
-        EXPECT_EQ(fir.GetDelay(), static_cast<double>(delay));
-        fir.SetRateConv(mode, ratio);
-        fir.SetOutBufSize(5000);
-        fir.SetInputData(ToArray(x));
-        const auto step = static_cast<std::size_t>(ratio);
-        const Wave y = Drain(&fir);
-        ASSERT_EQ(y.size(), mode == kUp ? x.size() * step : x.size() / step);
-        for (std::size_t k = 0; k < y.size(); ++k) {
-            const std::size_t now = mode == kDown ? k * step + step - 1 : k;  // at the rate of the taps
-            const std::size_t per = mode == kUp ? step : 1;
-            ASSERT_EQ(y[k], now < delay ? 0.0 : x[(now - delay) / per]) << k;
-        }
-    }
+    CMatFir fir;
+    ASSERT_EQ(fir.SetStdCoef(code(), 1), 1);
+    const auto delay = static_cast<std::ptrdiff_t>(fir.GetDelay());
+    EXPECT_EQ(delay, (set().taps - 1) / 2);
+    Wave x = Noise(100);
+    fir.SetInputData(ToArray(x));
+    x.insert(x.begin(), static_cast<std::size_t>(delay), 0.0);
+    x.resize(100);
+    EXPECT_EQ(Drain(&fir), x);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FirStdSet, testing::Range(0U, 6U));
