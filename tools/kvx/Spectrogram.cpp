@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
 
@@ -91,6 +92,20 @@ CComDataSpecA AnalyseSlices(const CComDataBase& record, const Channel& channel, 
     return slices;
 }
 
+/// The usual bounds of a logarithmic axis of levels: the uppermost 60 dB of the slices, so that the few lines
+/// that nearly vanish leave something of the scale to the others. None for slices without a level.
+std::optional<AxisRange> UsualBounds(const CComDataBase& slices, bool isDensity) {
+    const double range = isDensity ? 1e6 : 1e3;
+    RangeScan<double> scan;
+    // The line at 0 Hz, which is not drawn, is left out.
+    for (__int64 slice = 0; slice < slices.GetNumRow(); ++slice)
+        scan.Add(slices.GetReal(slice, 0) + 1, slices.GetNsamp() - 1);
+    double highest = 0.0;
+    double lowest = 0.0;
+    if (!scan.Write(nullptr, &highest, &lowest) || !(highest > 0.0)) return std::nullopt;
+    return AxisRange{std::max(lowest, highest / range), highest};
+}
+
 /// The graph of slices that follow one another in time.
 Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const CComDataBase& wave,
                        const Slicing& slicing, const SpectrogramOptions& options,
@@ -111,8 +126,15 @@ Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const
     figure.content.series.clear();
     for (__int64 slice = 0; slice < slicing.count; ++slice)
         figure.content.series.push_back({slices.GetReal(slice, 0), nullptr, slices.GetNsamp()});
-    figure.scale.m_eDispType = z.dispType;
-    figure.scale.m_lZNum = z.num;
+    CScaleParam& scale = figure.scale;
+    scale.m_eDispType = z.dispType;
+    scale.m_lZNum = z.num;
+    const auto bounds = UsualBounds(slices, options.isDensity);
+    if (scale.m_bYAuto && scale.m_bYLog && bounds && bounds->low < bounds->high) {
+        scale.m_bYAuto = 0;
+        scale.m_dYMin = bounds->low;
+        scale.m_dYMax = bounds->high;
+    }
     return figure;
 }
 
