@@ -16,6 +16,7 @@
 
 #include "Failure.h"
 #include "Format.h"
+#include "Output.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -271,7 +272,7 @@ void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& n
 }
 
 void WriteFigures(const PictureChoice& choice, const PictureTarget& target, const std::wstring& title,
-                  std::vector<Figure>& figures) {
+                  std::vector<Figure>& figures, ByteStream& out) {
     const std::wstring shown = target.title.value_or(title);
     const auto view = [&](const Figure& figure) {
         return plot::GraphView{&figure.param, &figure.scale, &target.settings, &figure.content,
@@ -289,6 +290,10 @@ void WriteFigures(const PictureChoice& choice, const PictureTarget& target, cons
             if (!drawGraph(view(figures[i]), region)) throw Reason("it cannot be drawn");
         }
     });
+    const plot::Size& size = target.options.size;
+    WriteText(out, choice.output + ": " + Count(std::ssize(figures), "graph") + ", " +
+                       FormatNumber(size.width) + " x " + FormatNumber(size.height) +
+                       (target.format == plot::PictureFormat::kPdf ? " points\n" : " pixels\n"));
 }
 
 }  // namespace kvx::tool

@@ -54,9 +54,9 @@ void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& n
 /// Reason when the bounds leave nothing of X.
 void ApplyScale(Figure& figure, const FigureChoice& choice, bool suitsLogX, bool suitsLogY);
 
-/// Draws figures tiled over one picture, the first with the title of the choice, else `title`; throws
-/// Failure.
+/// Draws figures below and beside each other under the title of the choice, else `title`, and tells of it on
+/// `out`; throws Failure.
 void WriteFigures(const PictureChoice& choice, const PictureTarget& target, const std::wstring& title,
-                  std::vector<Figure>& figures);
+                  std::vector<Figure>& figures, ByteStream& out);
 
 }  // namespace kvx::tool

@@ -76,7 +76,7 @@ plot::PictureOptions OptionsOf(const PictureChoice& choice, PictureFormat format
     const double scale = format == PictureFormat::kPdf ? kPointsPerInch / choice.pixelsPerInch : 1.0;
     options.size.width *= scale;
     options.size.height *= scale;
-    if (format == PictureFormat::kPng || format == PictureFormat::kJpeg) {
+    if (format != PictureFormat::kPdf) {
         options.size.width = std::round(options.size.width);
         options.size.height = std::round(options.size.height);
     }

@@ -111,7 +111,7 @@ void AddProfileText(std::vector<Figure>& figures, const ProfileText& text) {
     if (!isUsed) throw Reason("no density to be drawn is of its unit");
 }
 
-void RunPlot(const PlotOptions& options, ByteStream&) {
+void RunPlot(const PlotOptions& options, ByteStream& out) {
     RequireAnotherFile(options.input, options.picture.output);
     const PictureTarget target = ResolvePicture(options.picture);
     const FigureChoice choice = ChoiceOf(options);
@@ -121,7 +121,7 @@ void RunPlot(const PlotOptions& options, ByteStream&) {
     if (!options.profile.empty()) {
         Doing("draw", options.profile, [&] { AddProfileText(figures, ReadProfileText(options.profile)); });
     }
-    WriteFigures(options.picture, target, content.header.GetName(), figures);
+    WriteFigures(options.picture, target, content.header.GetName(), figures, out);
 }
 
 }  // namespace

@@ -138,7 +138,7 @@ Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const
     return figure;
 }
 
-void RunSpectrogram(const SpectrogramOptions& options, ByteStream&) {
+void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
     RequireAnotherFile(options.input, options.picture.output);
     const PictureTarget target = ResolvePicture(options.picture);
     const FigureChoice choice = ResolveFigure(options.x, options.y, options.unit);
@@ -163,7 +163,7 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream&) {
             }
         }
     });
-    WriteFigures(options.picture, target, title, figures);
+    WriteFigures(options.picture, target, title, figures, out);
 }
 
 }  // namespace
