@@ -77,19 +77,14 @@ TEST(AutoRange, RoundsToStepsOfAHundredthOrOfATwentiethOfADecadesBound) {
         int mode;
         double low, high;
     } cases[] = {
-        {0, 1, kLinear, 2, 0, 1},
-        {0, 1, kLinear, 3, -0.01, 1.01},
-        {1, 0, kLinear, 5, 0.01, 0.99},
-        {0.123, 0.987, kLinear, 1, 0.12, 0.99},
-        {0.123, 0.987, kLinear, 2, 0.12, 0.99},
-        {0.123, 0.987, kLinear, 4, 0.13, 0.98},
-        {10, 1000, kLogarithmic, 3, 9.5, 1050},  // steps 0.5 and 50
-        {10, 1000, kLogarithmic, 4, 10, 1000},
-        {10.3, 1030, kLogarithmic, 2, 10, 1050},
-        {10, 19, kLogarithmic, 3, 9.9, 19.1},  // less than a factor of 2: steps as on a linear axis
-        {-10, 90, kLogarithmic, 2, -10, 90},
-        {5, 5, kLinear, 3, 5, 5},
+        // clang-format off
+        {0, 1, kLinear, 2, 0, 1}, {0, 1, kLinear, 3, -0.01, 1.01}, {1, 0, kLinear, 5, 0.01, 0.99},
+        {0.123, 0.987, kLinear, 1, 0.12, 0.99}, {0.123, 0.987, kLinear, 2, 0.12, 0.99},
+        {0.123, 0.987, kLinear, 4, 0.13, 0.98}, {10, 1000, kLogarithmic, 3, 9.5, 1050},
+        {10, 1000, kLogarithmic, 4, 10, 1000}, {10.3, 1030, kLogarithmic, 2, 10, 1050},
+        {10, 19, kLogarithmic, 3, 9.9, 19.1}, {-10, 90, kLogarithmic, 2, -10, 90}, {5, 5, kLinear, 3, 5, 5},
         {0, 5e-324, kLinear, 3, 0, 5e-324},
+        // clang-format on
     };
     for (const auto& [first, second, form, mode, low, high] : cases) {
         AxisRange range;
@@ -136,20 +131,14 @@ TEST(VisibleRange, TakesTheSamplesThatReachIntoTheView) {
         double low, high, start, interval;
         IndexRange any, withValue;  // of ten samples, with and without regard to the markers; none: count 0
     } cases[] = {
-        {2.5, 4.5, 0, 1, {2, 4}, {2, 4}},
-        {3, 4, 0, 1, {3, 2}, {3, 1}},
-        {3 - 1e-6, 4 + 1e-6, 0, 1, {3, 2}, {3, 1}},
-        {3 - 1e-4, 4 + 1e-4, 0, 1, {2, 4}, {2, 4}},
-        {-100, 100, 0, 1, {0, 10}, {1, 6}},
-        {-kInfinity, kInfinity, 0, 1, {0, 10}, {1, 6}},
-        {7.5, 8.5, 0, 1, {7, 3}, {0, 0}},
-        {20, 30, 0, 1, {0, 0}, {0, 0}},
-        {-30, -20, 0, 1, {0, 0}, {0, 0}},
-        {20.5, 21, 20, 0.25, {2, 3}, {2, 2}},
-        {0, 5, 0, 0, {0, 0}, {0, 0}},
-        {0, 5, 0, -1, {0, 0}, {0, 0}},
-        {kNaN, 5, 0, 1, {0, 0}, {0, 0}},
+        // clang-format off
+        {2.5, 4.5, 0, 1, {2, 4}, {2, 4}}, {3, 4, 0, 1, {3, 2}, {3, 1}}, {3 - 1e-6, 4 + 1e-6, 0, 1, {3, 2}, {3, 1}},
+        {3 - 1e-4, 4 + 1e-4, 0, 1, {2, 4}, {2, 4}}, {-100, 100, 0, 1, {0, 10}, {1, 6}},
+        {-kInfinity, kInfinity, 0, 1, {0, 10}, {1, 6}}, {7.5, 8.5, 0, 1, {7, 3}, {0, 0}},
+        {20, 30, 0, 1, {0, 0}, {0, 0}}, {-30, -20, 0, 1, {0, 0}, {0, 0}}, {20.5, 21, 20, 0.25, {2, 3}, {2, 2}},
+        {0, 5, 0, 0, {0, 0}, {0, 0}}, {0, 5, 0, -1, {0, 0}, {0, 0}}, {kNaN, 5, 0, 1, {0, 0}, {0, 0}},
         {0, kNaN, 0, 1, {0, 0}, {0, 0}},
+        // clang-format on
     };
     for (const auto& [low, high, start, interval, any, withValue] : cases) {
         const AxisRange shown = {low, high};
