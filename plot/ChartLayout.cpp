@@ -415,10 +415,18 @@ double LetterSizeFor(Size size, double pointLength) {
     return kLetterPoints * pointLength * std::clamp(std::sqrt(std::max(ratio, 0.0)), 0.75, 4.0);
 }
 
+namespace {
+
+/// The size that the chart asks for, else that which suits the area.
+double LettersOf(const Chart& chart, Size area, double pointLength) {
+    return chart.letterSize > 0.0 ? chart.letterSize : LetterSizeFor(area, pointLength);
+}
+
+}  // namespace
+
 ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
                         const TextMeasure& measure) {
-    const double letterSize =
-        chart.letterSize > 0.0 ? chart.letterSize : LetterSizeFor({area.Width(), area.Height()}, pointLength);
+    const double letterSize = LettersOf(chart, {area.Width(), area.Height()}, pointLength);
     return LayOutIn({area, letterSize}, chart, pointLength, measure);
 }
 
@@ -428,7 +436,7 @@ std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<co
     const std::size_t count = std::min(charts.size(), areas.size());
     if (count == 0) return stack;
     const Size whole{areas[0].Width(), areas[count - 1].bottom - areas[0].top};
-    Frame frame{{}, LetterSizeFor(whole, pointLength)};
+    Frame frame{{}, LettersOf(charts[0], whole, pointLength)};
     // First each as it likes, then all with the most that one of them needs beside its plot.
     for (const bool isFinal : {false, true}) {
         stack.clear();

@@ -24,7 +24,8 @@ GraphLayout LayOutGraph(const GraphView& view, const GraphCharts& charts, const 
                         double pointLength, const TextMeasure& measure) {
     GraphLayout layout;
     layout.area = area;
-    const double em = LetterSizeFor({area.Width(), area.Height()}, pointLength);
+    const double wanted = view.content->letterSize;
+    const double em = wanted > 0.0 ? wanted : LetterSizeFor({area.Width(), area.Height()}, pointLength);
     Rect room = area;
     const auto addLine = [&](const std::wstring& text, double size, Align across) {
         std::wstring cut = CutText(text, size, area.Width() - 2.0 * em, measure);

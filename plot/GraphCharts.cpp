@@ -295,6 +295,7 @@ private:
     Chart NewChart() const {
         const Param::Frame& frame = param_.m_frame;
         Chart chart;
+        chart.letterSize = content_.letterSize;
         chart.hasGrid = frame.grid != 0;
         chart.hasNumbers = frame.numbers != 0;
         chart.legend = frame.legend ? content_.legend : LegendPlace::kNone;
@@ -348,7 +349,7 @@ private:
         return ShownBounds(setting, shown, extent);
     }
 
-    void FinishAxes(Part part, Chart* chart) const {
+    void FinishAxes(Part part, const std::wstring& name, Chart* chart) const {
         const AxisSetting y = YSetting(scale_);
         if (IsPhase(part) && part == Part::kPhase &&
             param_.m_cells.graphKind == Param::GRAPH_MAGNITUDE_PHASE) {
@@ -360,7 +361,7 @@ private:
         const CValConv& shownY = IsPhase(part) ? angle_ : y_;
         chart->y.ticks.isDegrees =
             kvx::PlainUnitName(shownY.GetUnit()) == kvx::PlainUnitName(SingleUnit(kDegree));
-        chart->y.title = AxisTitle(content_.yName, shownY);
+        chart->y.title = AxisTitle(name, shownY);
         if (!chart->y2) return;
         const AxisSetting y2 = Y2Setting(scale_);
         chart->y2->form = y2.form;
@@ -397,7 +398,8 @@ private:
             chart.x.form = x.form;
             chart.x.bounds = bounds;
             for (const double cursor : content_.cursors) chart.cursors.push_back(shownX.ConvDtoI(cursor, 1));
-            FinishAxes(parts[i], &chart);
+            const bool hasOwnName = i > 0 && !content_.lowerName.empty();
+            FinishAxes(parts[i], hasOwnName ? content_.lowerName : content_.yName, &chart);
             // What the charts share stands once: X below them, the legend where there is room for it.
             if (i + 1 == parts.size()) chart.x.title = AxisTitle(content_.xName, shownX);
             const std::size_t withLegend = chart.legend == LegendPlace::kBelow ? parts.size() - 1 : 0;

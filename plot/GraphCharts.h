@@ -39,7 +39,9 @@ struct GraphContent {
     std::vector<double> cursors;  ///< X values in the standard unit
     std::wstring xName;           ///< of the axes, shown with their units
     std::wstring yName;
+    std::wstring lowerName;  ///< of Y in the lower plot of a kind that has two; empty: as in the upper one
     std::wstring y2Name;
+    double letterSize = 0.0;  ///< in canvas units; 0 for one that suits the area
     LegendPlace legend = LegendPlace::kRight;
 };
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <plot/CanvasRegion.h>
 #include <plot/Graph.h>
 #include <plot/GraphCharts.h>
 
@@ -108,12 +109,16 @@ TEST_F(TestGraph, ShowsTheWantedPartOfComplexSamples) {
     // Of magnitude over phase the profile belongs to the magnitude, and the phase has its own unit and
     // bounds.
     param.m_cells.graphKind = Param::GRAPH_MAGNITUDE_PHASE;
+    content.yName = L"H";
+    content.lowerName = L"Phase";
     const GraphCharts charts(View());
     const std::vector<Chart>& both = charts.GetPanes()[0].charts;
     EXPECT_EQ(both[0].curves.size(), 5U);
     EXPECT_EQ(both[1].curves.size(), 4U);
     EXPECT_DOUBLE_EQ(both[1].y.bounds.high, 180.0);
     EXPECT_EQ(both[0].x.bounds, both[1].x.bounds);
+    EXPECT_EQ(both[0].y.title, L"H [g#n]");
+    EXPECT_TRUE(both[1].y.title.starts_with(L"Phase ["));
     EXPECT_EQ(both[1].x.title, L"f [Hz#n]");
 }
 
@@ -203,6 +208,30 @@ TEST_F(TestGraph, FollowsItsSettings) {
     EXPECT_EQ(chart.y.ticks.decimals, 3);
     EXPECT_EQ(chart.y2->ticks.decimals, 3);
     EXPECT_THAT(chart.cursors, ElementsAre(20.0));
+}
+
+TEST_F(TestGraph, IsTheSameInARegionOfACanvas) {
+    content.letterSize = 13.0;
+    const RecordingCanvas alone = Drawn();
+    RecordingCanvas whole({2000.0, 1000.0});
+    {
+        CanvasRegion region(whole, {300.0, 40.0, 1100.0, 540.0});
+        ASSERT_EQ(DrawGraph(View(), region), 1);
+    }
+    const auto isMoved = [](const Point& from, const Point& to) {
+        return std::abs(from.x + 300.0 - to.x) < 1e-9 && std::abs(from.y + 40.0 - to.y) < 1e-9;
+    };
+    ASSERT_EQ(whole.texts.size(), alone.texts.size());
+    ASSERT_EQ(whole.shapes.size(), alone.shapes.size());
+    for (std::size_t i = 0; i < alone.texts.size(); ++i)
+        EXPECT_TRUE(isMoved(alone.texts[i].anchor, whole.texts[i].anchor));
+    for (std::size_t i = 0; i < alone.shapes.size(); ++i) {
+        EXPECT_TRUE(
+            std::ranges::equal(alone.shapes[i].path.GetPoints(), whole.shapes[i].path.GetPoints(), isMoved));
+        EXPECT_EQ(whole.shapes[i].path.GetRunNum(), alone.shapes[i].path.GetRunNum());
+        EXPECT_EQ(whole.shapes[i].clips.at(0), (Rect{300.0, 40.0, 1100.0, 540.0}));
+        EXPECT_EQ(whole.shapes[i].clips.size(), alone.shapes[i].clips.size() + 1);
+    }
 }
 
 TEST_F(TestGraph, ShowsTestTimeAndStatusWhenConfigured) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Figure.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cwctype>
@@ -208,6 +209,8 @@ Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channe
     const bool isLocus = param.m_cells.graphKind == Param::GRAPH_NYQUIST;
     figure.content.xName = isLocus ? L"Real part" : IsFrequency(record) ? L"Frequency" : L"Time";
     figure.content.yName = ValueName(param);
+    figure.content.lowerName =
+        param.m_cells.graphKind == Param::GRAPH_REAL_IMAGINARY ? L"Imaginary part" : L"Phase";
     if (!param.Check()) throw std::bad_alloc();
 
     const bool isCoherence = param.m_cells.dataKind == Param::DATA_COHERENCE;
@@ -283,8 +286,14 @@ void WriteFigures(const PictureChoice& choice, const PictureTarget& target, cons
         plot::Rect room = {0.0, 0.0, canvas.GetSize().width, canvas.GetSize().height};
         if (figures.size() > 1) room.top = DrawTitle(shown, target, canvas);
         const std::vector<plot::Rect> places = PlaceFigures(figures, room);
+        double letters = 0.0;
+        for (const plot::Rect& place : places) {
+            letters = std::max(letters,
+                               plot::LetterSizeFor({place.Width(), place.Height()}, canvas.GetPointLength()));
+        }
         for (std::size_t i = 0; i < figures.size(); ++i) {
             plot::CanvasRegion region(canvas, places[i]);
+            figures[i].content.letterSize = letters;
             const bool isFlat = figures[i].param.m_z.dispType == Param::GRAPHDISP_2D;
             const auto drawGraph = isFlat ? &plot::DrawGraph : &plot::DrawDepthGraph;
             if (!drawGraph(view(figures[i]), region)) throw Reason("it cannot be drawn");
