@@ -197,6 +197,7 @@ Chart FrameChart(const DepthChart& chart) {
     frame.x = chart.x;
     frame.y.bounds = {0.0, 0.0};  // no ticks: the axis of the slices has its own
     frame.y2 = chart.y;
+    frame.cursors = chart.cursors;
     frame.legend = LegendPlace::kNone;
     frame.hasGrid = false;
     frame.hasNumbers = chart.hasNumbers;

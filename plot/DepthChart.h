@@ -31,12 +31,13 @@ struct DepthChart {
     ChartAxis y;  ///< of the values: height in a waterfall, colour in a colour map
     SliceAxis z;
     std::vector<CurveSamples> slices;
-    bool isLastInFront = false;  ///< in a colour map: at the bottom
-    bool isSolid = true;         ///< slices hide what lies behind; in a colour map they blend into each other
-    bool isFilled = false;       ///< slices of a solid waterfall are tinted with the colour of their line
-    double rise = 0.7;           ///< of a waterfall: from first to last slice over the height of a slice
-    double shift = 0.2;          ///< of a waterfall: to the right on that way over the width of a slice
-    CKvxGraphLineSample look;    ///< of a waterfall's lines
+    std::vector<double> cursors;  ///< X values with a cursor line, in a waterfall on the front slice
+    bool isLastInFront = false;   ///< in a colour map: at the bottom
+    bool isSolid = true;       ///< slices hide what lies behind; in a colour map they blend into each other
+    bool isFilled = false;     ///< slices of a solid waterfall are tinted with the colour of their line
+    double rise = 0.7;         ///< of a waterfall: from first to last slice over the height of a slice
+    double shift = 0.2;        ///< of a waterfall: to the right on that way over the width of a slice
+    CKvxGraphLineSample look;  ///< of a waterfall's lines
     bool hasGrid = true;
     bool hasNumbers = true;
 };

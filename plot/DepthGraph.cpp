@@ -75,7 +75,6 @@ struct FlatGraph {
         const ShownSlices shown = Shown(param, scale);
         CStringArray names;
         content.series.clear();
-        content.cursors.clear();
         for (__int64 k = 0; k < param.m_series.num; ++k) {
             if (!LineOf(param, k).m_bDisp) continue;
             const auto first = view.content->series.begin() + k * param.m_z.num + shown.first;
@@ -156,6 +155,7 @@ int DrawDepthGraph(const GraphView& view, Canvas& canvas) {
             depth.title = chart.title;
             depth.x = chart.x;
             depth.y = chart.y;
+            depth.cursors = chart.cursors;
             depth.hasGrid = chart.hasGrid;
             depth.hasNumbers = chart.hasNumbers;
             depth.slices.clear();

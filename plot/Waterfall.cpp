@@ -129,8 +129,12 @@ public:
     }
 
     void DrawAxes() const {
-        const COLORREF frame = colors_.Of(Compo::COMPO_FRAME);
         FineLines lines(canvas_);
+        for (const double cursor : chart_.cursors) {
+            const double x = layout_.x.mapping.ToPixel(cursor);
+            if (x >= front_.left && x <= front_.right) lines.AddUpright(x, front_.top, front_.bottom);
+        }
+        lines.Draw(colors_.Of(Compo::COMPO_CURSOR));
         lines.AddLevel(front_.bottom, front_.left, front_.right);
         lines.AddUpright(Side(front_), front_.top, front_.bottom);
         const double inward = isMirrored_ ? -1.0 : 1.0;
@@ -141,7 +145,7 @@ public:
             const double length = inward * detail::TickLength(tick.isMajor, canvas_);
             lines.AddLevel(tick.pixel, Side(front_), Side(front_) + length);
         }
-        lines.Draw(frame);
+        lines.Draw(colors_.Of(Compo::COMPO_FRAME));
         const COLORREF text = colors_.Of(Compo::COMPO_TEXT);
         for (const AxisLayout* axis : {&layout_.x, &Values()}) {
             for (const PlacedText& number : axis->numbers) DrawPlacedText(number, text, canvas_);
