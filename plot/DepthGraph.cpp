@@ -10,6 +10,7 @@
 #include <plot/LineLook.h>
 #include <plot/Waterfall.h>
 #include <plot/detail/GraphAxis.h>
+#include <plot/detail/SeriesSetting.h>
 
 namespace kvx::plot {
 namespace {
@@ -46,22 +47,6 @@ bool CanBeDrawn(const GraphView& view) {
                                [](const GraphSeries& s) { return s.real != nullptr && s.count >= 1; });
 }
 
-const CGraphLineInfo& LineOf(const CGraphParam& param, __int64 series) {
-    return *param.m_lines.GetInfoPtr(series % param.m_lines.GetNum());
-}
-
-/// The name of a series' line, else that of its cell.
-CString NameOf(const CGraphParam& param, __int64 series) {
-    const CString& lineName = LineOf(param, series).m_strName;
-    const CGraphParam::Cells& cells = param.m_cells;
-    const __int64 row = series / cells.colNum;
-    if (!lineName.empty() || row >= cells.rowNum) return lineName;
-    const CString& rowName = cells.rowNames[static_cast<std::size_t>(row)];
-    const CString& colName = cells.colNames[static_cast<std::size_t>(series % cells.colNum)];
-    if (cells.colNum == 1 || colName.empty()) return rowName;
-    return rowName.empty() ? colName : rowName + L" / " + colName;
-}
-
 /// The graph with its slices side by side: in two dimensions, a pane for each series, which has them as its
 /// curves. So units, axes and what is shown of a sample are resolved as in every other graph.
 struct FlatGraph {
@@ -76,10 +61,10 @@ struct FlatGraph {
         CStringArray names;
         content.series.clear();
         for (__int64 k = 0; k < param.m_series.num; ++k) {
-            if (!LineOf(param, k).m_bDisp) continue;
+            if (!detail::LineOf(param, k).m_bDisp) continue;
             const auto first = view.content->series.begin() + k * param.m_z.num + shown.first;
             content.series.insert(content.series.end(), first, first + shown.count);
-            names.push_back(NameOf(param, k));
+            names.push_back(detail::SeriesName(param, k));
             series.push_back(k);
         }
         param.m_cells.rowNum = std::ssize(series);
@@ -117,14 +102,6 @@ SliceAxis AxisOfSlices(const CGraphParam& param, __int64 first) {
     return axis;
 }
 
-CKvxGraphLineSample LookOf(const GraphView& view, __int64 series) {
-    const CGraphLineInfo& line = LineOf(*view.param, series);
-    const __int64 index =
-        line.IsIndexValid() ? line.m_lColorIndex : series % CGraphLineInfoList::GetMaxColorNum();
-    return LineSampleOf(*view.info->GetGraphColorInfo(), static_cast<CGraphColorInfo::DATALINE_KIND>(index),
-                        view.output);
-}
-
 }  // namespace
 
 int DrawDepthGraph(const GraphView& view, Canvas& canvas) {
@@ -149,7 +126,8 @@ int DrawDepthGraph(const GraphView& view, Canvas& canvas) {
         depth.isFilled = view.param->m_z.waterfallOption == Param::WATERFALL_FILLED;
         depth.rise = view.scale->m_dZRatio1;
         depth.shift = view.scale->m_dZRatio2;
-        depth.look = LookOf(view, flat.series[i]);
+        depth.look =
+            LineSampleOf(*colors.colors, detail::DataLineOf(*view.param, flat.series[i]), view.output);
         for (std::size_t k = 0; k < pane.charts.size(); ++k) {
             const Chart& chart = pane.charts[k];
             depth.title = chart.title;

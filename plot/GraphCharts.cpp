@@ -11,6 +11,7 @@
 #include <KvxDevCommon01/units/UnitText.h>
 #include <plot/LineLook.h>
 #include <plot/detail/GraphAxis.h>
+#include <plot/detail/SeriesSetting.h>
 
 namespace kvx::plot {
 namespace {
@@ -148,38 +149,20 @@ private:
 
     std::wstring RowName(__int64 row) const { return param_.m_cells.rowNames[static_cast<std::size_t>(row)]; }
     std::wstring ColName(__int64 col) const { return param_.m_cells.colNames[static_cast<std::size_t>(col)]; }
-    /// The name of the row; with several columns, or without one, also that of the column.
-    std::wstring CellName(__int64 row, __int64 col) const {
-        const std::wstring rowName = RowName(row);
-        const std::wstring colName = ColName(col);
-        if (rowName.empty()) return colName;
-        return param_.m_cells.colNum > 1 && !colName.empty() ? rowName + L" / " + colName : rowName;
-    }
+    std::wstring CellName(__int64 row, __int64 col) const { return detail::CellName(param_, row, col); }
 
-    bool IsCell(__int64 series) const { return series < param_.m_cells.rowNum * param_.m_cells.colNum; }
+    bool IsCell(__int64 series) const { return detail::IsCell(param_, series); }
 
     bool IsSelected(__int64 series) const {
         return param_.m_series.selected != 0 &&
                series == param_.m_series.selectedRow * param_.m_cells.colNum + param_.m_series.selectedCol;
     }
 
-    const CGraphLineInfo& LineOf(__int64 series) const {
-        return *param_.m_lines.GetInfoPtr(series % param_.m_lines.GetNum());
-    }
-
-    std::wstring NameOf(__int64 series) const {
-        const CGraphLineInfo& line = LineOf(series);
-        if (!line.m_strName.empty()) return line.m_strName;
-        if (!IsCell(series)) return {};
-        return CellName(series / param_.m_cells.colNum, series % param_.m_cells.colNum);
-    }
+    const CGraphLineInfo& LineOf(__int64 series) const { return detail::LineOf(param_, series); }
+    std::wstring NameOf(__int64 series) const { return detail::SeriesName(param_, series); }
 
     CKvxGraphLineSample LookOf(__int64 series) const {
-        const CGraphLineInfo& line = LineOf(series);
-        const __int64 index =
-            line.IsIndexValid() ? line.m_lColorIndex : series % CGraphLineInfoList::GetMaxColorNum();
-        const auto kind =
-            SeriesAt(series).special.value_or(static_cast<CGraphColorInfo::DATALINE_KIND>(index));
+        const auto kind = SeriesAt(series).special.value_or(detail::DataLineOf(param_, series));
         CKvxGraphLineSample look = LineSampleOf(*info_.GetGraphColorInfo(), kind, output_);
         if (IsSelected(series)) {
             look.m_lLineThick =

@@ -111,8 +111,10 @@ public:
 };
 
 TEST_F(DepthGraph, DrawsSlicesFromTheBackToTheFrontOverWhatTheyHide) {
+    content_.cursors = {1.0};
     RecordingCanvas canvas;
     ASSERT_EQ(Draw(canvas), 1);
+    EXPECT_EQ(canvas.Of(0x0000FF).size(), 2U) << "a red cursor in each pane";
     const std::vector<Path> lines = Lines(canvas);
     ASSERT_EQ(lines.size(), 6U) << "three in each pane";
     EXPECT_LT(lines[0].GetPoints()[0].y, lines[1].GetPoints()[0].y);
