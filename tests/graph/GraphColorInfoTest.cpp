@@ -176,8 +176,8 @@ TEST(GraphColorInfo, GivesTheLinesOfEarlyRecordsToAllGroups) {
         }
         EXPECT_EQ(CauseOfLoading(bytes.substr(0, bytes.size() - 1), loading), CFileException::endOfFile);
     }
-    EXPECT_THROW(StoredBy<&CGraphColorInfo::Serialize1st>(CGraphColorInfo()), CFileException);
-    EXPECT_THROW(StoredBy<&CGraphColorInfo::SerializeLine16>(CGraphColorInfo()), CFileException);
+    EXPECT_THROW(BytesOf([](CArchive& a) { CGraphColorInfo().Serialize1st(a); }), CFileException);
+    EXPECT_THROW(BytesOf([](CArchive& a) { CGraphColorInfo().SerializeLine16(a); }), CFileException);
 }
 
 }  // namespace

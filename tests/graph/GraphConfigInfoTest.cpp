@@ -101,7 +101,7 @@ TEST(GraphConfigInfo, OfTheFirstGenerationKnowsThePeakSearchAndTheTestTime) {
     EXPECT_EQ(loaded, expected);
     EXPECT_EQ(CauseOfLoading(bytes.substr(1), load), CFileException::endOfFile);
     EXPECT_EQ(loaded, CGraphConfigInfo());
-    EXPECT_THROW(StoredBy<&CGraphConfigInfo::Serialize1st>(loaded), CFileException);
+    EXPECT_THROW(BytesOf([&](CArchive& archive) { loaded.Serialize1st(archive); }), CFileException);
 }
 
 TEST(GraphConfigInfo, ComparesDigitsOnlyWhenBothSidesHaveThem) {
@@ -152,9 +152,7 @@ TEST(GraphTexts, StandWhereTheirBlocksSay) {
         unsigned int id;
         const wchar_t* text;
     } rows[] = {
-        {kvx::kTextFirstGraphOutput + 1, L"プリンタ"},
         {kvx::kTextFirstGraphCompo + 7, L"凡例文字"},
-        {kvx::kTextFirstGraphThickness + 2, L"極太"},
         {kvx::kTextFirstGraphDataLine + 15, L"データ16"},
         {kvx::kTextFirstGraphSpecialLine + 3, L"リミット"},
         {kvx::kTextAskDisplayOnBlack, L"ディスプレイを既定色[黒背景]に設定します。\nよろしいですか?"},

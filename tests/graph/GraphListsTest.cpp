@@ -32,6 +32,12 @@ TEST(GraphLineInfoList, IsFilledAndTakesNoMoreThanSixtyFour) {
     for (int i = 0; i < 64; ++i) EXPECT_EQ(list.GetInfoPtr(i)->m_lColorIndex, i);
     const CGraphLineInfo* first = list.GetInfoPtr(0);
     EXPECT_TRUE(first->m_bDisp == 1 && first->m_strName.empty() && first->m_lAxis == 0);
+    EXPECT_TRUE(first->IsIndexValid() && list.GetInfoPtr(63)->IsIndexValid());
+    for (const __int64 outside : {-1, 64}) {
+        CGraphLineInfo info;
+        info.m_lColorIndex = outside;
+        EXPECT_FALSE(info.IsIndexValid());
+    }
     EXPECT_EQ(list.Append({}), 0);
     EXPECT_EQ(list.Delete(64), 0);
     EXPECT_EQ(list.Delete(-1), 0);
@@ -64,14 +70,6 @@ TEST(GraphLineInfoList, FindsSeriesByTheirAxisAndCopiesThem) {
     EXPECT_EQ(copy.GetInfoPtr2ndAxis(2), nullptr);
     EXPECT_EQ(copy.GetInfoPtr2ndAxis(-1), nullptr);
     EXPECT_EQ(copy.Get2ndAxisDataNum(), 3) << "but here";
-}
-
-TEST(GraphLineInfo, HasAValidColourIndexBelowSixtyFour) {
-    for (const auto& [index, isValid] : {std::pair{-1, 0}, {0, 1}, {63, 1}, {64, 0}}) {
-        CGraphLineInfo info;
-        info.m_lColorIndex = index;
-        EXPECT_EQ(info.IsIndexValid(), isValid) << index;
-    }
 }
 
 CGraphMarkInfo Mark(std::int32_t code, COLORREF color = 0) {

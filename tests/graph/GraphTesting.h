@@ -29,12 +29,6 @@ std::string Stored(Object& object) {
     return BytesOf([&](CArchive& archive) { object.Serialize(archive); });
 }
 
-/// What one of the readers of older records writes into a storing archive.
-template <auto Reader, typename Class>
-std::string StoredBy(Class&& object) {
-    return BytesOf([&](CArchive& archive) { (object.*Reader)(archive); });
-}
-
 /// Sees messages, and answers the dialog of the graph settings with `edit`.
 class Person final : public kvx::UserInterface {
 public:
