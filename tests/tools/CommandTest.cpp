@@ -137,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx xfr a.vdf2 --block 4 --at 1.5", 1, "cannot analyse 'a.vdf2': its last line is at 1 Hz, not at 1.5 Hz\n"},
     WrongCase{"kvx xfr a.vdf2 --at 1,x", 1, "'x' is not a number"},
     WrongCase{"kvx plot a.vdf2", 2, "--output is required"},
-    WrongCase{"kvx plot a.vdf2 -o x.gif", 1, "the output 'x.gif' ends neither with .svg nor"},
+    WrongCase{"kvx plot a.vdf2 -o x.gif", 1, "the output 'x.gif' does not end with .svg, "},
     WrongCase{"kvx plot a.csv -o x.svg", 1, "cannot read 'a.csv': it is not a vibration data file\n"},
     WrongCase{"kvx plot a.vdf2 -o none/x.svg", 1, "cannot write 'none/x.svg': its folder does not exist\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --size 0x9", 1, "cannot write 'x.svg': the picture would be too small or too large\n"},

@@ -46,7 +46,7 @@ constexpr std::array kSchemes = {
 
 PictureFormat FormatOf(const std::string& output) {
     if (const auto format = plot::PictureFormatOf(WidePath(output))) return *format;
-    throw ValueError("the output " + Quote(output) + " ends neither with .svg nor .pdf, .png, .jpg");
+    throw ValueError("the output " + Quote(output) + " does not end with .svg, .pdf, .png or .jpg");
 }
 
 /// Width and height of the picture: pixels as the option gives them, or those of the paper.
