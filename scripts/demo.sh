@@ -46,6 +46,7 @@ run kvx info random.vdf2
 run kvx psd random.vdf2 -o psd.vdf2 --block 4096 --from 20 --to 2000
 run kvx export psd.vdf2 -o psd.csv
 run kvx export random.vdf2 -o random.wav --full-scale 50
+run kvx resample random.wav -o slow.vdf2 --down 4 --full-scale 50 --unit g
 run kvx plot random.vdf2 -o random.svg --x 1,1.5
 run kvx plot psd.vdf2 -o psd.svg --x 10,3000 --y 0.001,0.1 --profile profile.txt
 run kvx spectrogram random.vdf2 -o spectrogram.png --density --block 4096 --x 10,3000

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <optional>
@@ -144,6 +145,24 @@ TEST(TextTableOptions, SayWhatATextCannot) {
     EXPECT_EQ(Outcome("time,a\n0,5\n1,6\n", noTime), "time 0 1; a 5 6");
     EXPECT_EQ(Outcome("x,a\n0,5\n1,6\n", {true, false}), "time 0 1; a 5 6");
     EXPECT_EQ(Outcome("0,5\n1,6\n", {std::nullopt, true}), " 0.5 1.6");
+}
+
+TEST(TextTableReader, IsTheSameInEveryEncodingHoweverLong) {
+    std::wstring text = L"time,a\r\n";
+    for (int i = 0; i < 40000; ++i)
+        text += std::to_wstring(i) + (i % 7 ? L",0.5\r\n" : L",-1\r\n# \U0001F600\r\n");
+    std::string utf16 = "\xFF\xFE";
+    for (const char16_t unit : kvx::ToUtf16(text))
+        utf16 += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+    const std::string outcome = Outcome(utf16);
+    EXPECT_TRUE(outcome == Outcome(kvx::ToUtf8(text)));
+    EXPECT_THAT(outcome, testing::StartsWith("time 0 39999; a -1 0.5 0.5 "));
+    EXPECT_EQ(std::ranges::count(outcome, ' '), 40003);
+}
+
+TEST(TextTableReader, RefusesALineWithoutEnd) {
+    EXPECT_EQ(Outcome("1\n" + std::string(std::size_t{40} << 20, '2')),
+              "line 2 is longer than a table's can be");
 }
 
 /// The axis as "rate offset", or the sentence.

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include <KvxDevCommon01/dsp/MatFir.h>
-#include <KvxDevCommon01/platform/File.h>
 
 #include "Failure.h"
 #include "Format.h"
@@ -24,8 +23,7 @@ namespace {
 std::vector<double> ReadCoefficients(const std::string& path) {
     constexpr __int64 kMost = 1 << 20;
     Progress progress("reading " + path);
-    const auto open = [&] { return std::make_unique<InputFile>(WidePath(path)); };
-    const std::unique_ptr<RecordingReader> text = OpenTextTable(open, {false, false}, progress);
+    const std::unique_ptr<RecordingReader> text = OpenTextTable(OpenTextFile(path), {false, false}, progress);
     const std::size_t columns = text->Info().channels.size();
     const __int64 rows = text->Info().samples;
     if (columns > 1 && rows > 1) throw Reason("coefficients stand in one column or one row");

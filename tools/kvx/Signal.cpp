@@ -2,9 +2,7 @@
 #include "Signal.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
-#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -26,49 +24,6 @@ namespace {
 
 // ---- text tables and sound files ----
 
-/// A text that cannot be opened twice, kept in memory.
-class KeptText : public ByteStream {
-public:
-    explicit KeptText(std::shared_ptr<const std::string> text) : text_(std::move(text)) {}
-    std::size_t Read(void* data, std::size_t size) override {
-        const std::size_t count = text_->copy(static_cast<char*>(data), size, position_);
-        position_ += count;
-        return count;
-    }
-    void Write(const void*, std::size_t) override { throw CFileException(CFileException::accessDenied); }
-    std::uint64_t Remaining() const override { return text_->size() - position_; }
-
-private:
-    std::shared_ptr<const std::string> text_;
-    std::size_t position_ = 0;
-};
-
-/// The bytes of a pipe. Gives up early on what is no text, which may be endless.
-std::string ReadPipe(ByteStream& pipe) {
-    constexpr std::size_t kPiece = 1 << 20;
-    std::string bytes;
-    for (std::size_t got = kPiece; got == kPiece;) {
-        const std::size_t begin = bytes.size();
-        bytes.resize(begin + kPiece);
-        got = pipe.Read(bytes.data() + begin, kPiece);
-        bytes.resize(begin + got);
-        const bool utf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
-        if (!utf16 && bytes.find('\0', begin) != std::string::npos) {
-            throw Reason("it is neither a text table nor a sound file");
-        }
-    }
-    return bytes;
-}
-
-OpenText TextOf(const std::string& path) {
-    InputFile file(WidePath(path));
-    if (file.Remaining() < std::numeric_limits<std::uint64_t>::max()) {
-        return [path] { return std::make_unique<InputFile>(WidePath(path)); };
-    }
-    const auto text = std::make_shared<const std::string>(ReadPipe(file));
-    return [text] { return std::make_unique<KeptText>(text); };
-}
-
 /// Unlike a pipe, a regular file can be looked at and then read from its start.
 bool IsRegularFile(const std::string& path) {
     std::error_code ignored;
@@ -85,7 +40,7 @@ std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const Recordi
     TextOptions text;
     if (options.time != "auto") text.firstColumnIsTime = options.time == "first";
     text.decimalComma = options.decimal == "comma";
-    return OpenTextTable(TextOf(path), text, progress);
+    return OpenTextTable(OpenTextFile(path), text, progress);
 }
 
 class RecordingSignal : public SignalReader {

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -16,6 +17,7 @@
 #include <KvxDevCommon01/units/UnitText.h>
 
 #include "Failure.h"
+#include "TextLines.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -42,84 +44,6 @@ std::string_view Unquoted(std::string_view field) {
     return field;
 }
 
-// ---- bytes to UTF-8 ----
-
-/// A text as UTF-8 without its byte-order mark, piece by piece.
-class TextDecoder {
-public:
-    explicit TextDecoder(std::unique_ptr<ByteStream> stream)
-        : stream_(std::move(stream)), size_(stream_->Remaining()) {
-        const std::string begin = ReadBytes();
-        if (begin.empty()) throw Reason("the file is empty");
-        if (begin.starts_with("\xFE\xFF")) encoding_ = Encoding::utf16BigEndian;
-        if (begin.starts_with("\xFF\xFE")) encoding_ = Encoding::utf16LittleEndian;
-        const std::size_t mark = begin.starts_with("\xEF\xBB\xBF") ? 3 : encoding_ != Encoding::utf8 ? 2 : 0;
-        bytes_ = begin.substr(mark);
-    }
-
-    /// Appends the next piece; whether there was one.
-    bool Append(std::string* text) {
-        if (bytes_.empty()) bytes_ = ReadBytes();
-        const std::string bytes = std::exchange(bytes_, {});
-        const std::size_t begin = text->size();
-        if (encoding_ == Encoding::utf8) {
-            *text += bytes;
-        } else {
-            AppendUtf16(bytes, text);
-        }
-        if (text->find('\0', begin) != std::string::npos)
-            throw Reason("it is neither a text table nor a sound file");
-        return !bytes.empty();
-    }
-
-    /// Bytes read so far, and bytes in all.
-    std::uint64_t Position() const { return position_; }
-    std::uint64_t Size() const { return size_; }
-
-private:
-    enum class Encoding { utf8, utf16LittleEndian, utf16BigEndian };
-
-    std::string ReadBytes() {
-        constexpr std::size_t kPiece = 1 << 18;
-        std::string bytes(kPiece, '\0');
-        bytes.resize(stream_->Read(bytes.data(), kPiece));
-        position_ += bytes.size();
-        return bytes;
-    }
-
-    void AppendUtf16(std::string_view bytes, std::string* text) {
-        if (bytes.empty() && hasHalf_) throw Reason("its UTF-16 text ends in the middle of a character");
-        for (const char byte : bytes) {
-            hasHalf_ = !hasHalf_;
-            if (hasHalf_) {
-                half_ = static_cast<unsigned char>(byte);
-                continue;
-            }
-            const auto second = static_cast<unsigned char>(byte);
-            const int unit =
-                encoding_ == Encoding::utf16BigEndian ? half_ << 8 | second : second << 8 | half_;
-            units_ += static_cast<char16_t>(unit);
-        }
-        // The second half of a pair may be in the next piece.
-        std::u16string next;
-        if (!bytes.empty() && !units_.empty() && units_.back() >= 0xD800 && units_.back() < 0xDC00) {
-            next = units_.substr(units_.size() - 1);
-            units_.pop_back();
-        }
-        *text += ToUtf8(FromUtf16(units_));
-        units_ = std::move(next);
-    }
-
-    std::unique_ptr<ByteStream> stream_;
-    std::uint64_t size_;
-    std::uint64_t position_ = 0;
-    Encoding encoding_ = Encoding::utf8;
-    std::string bytes_;     ///< read, but not appended yet
-    std::u16string units_;  ///< decoded, but not appended yet
-    unsigned char half_ = 0;
-    bool hasHalf_ = false;
-};
-
 /// A heading of the text, its quotes gone, as wide text: UTF-8, else the system's code page.
 std::wstring DecodeHeading(std::string_view field) {
     std::string text(Unquoted(field));
@@ -131,64 +55,7 @@ std::wstring DecodeHeading(std::string_view field) {
     throw Reason("the heading " + Quote(text) + " is neither UTF-8 nor text of the system's code page");
 }
 
-// ---- lines and fields ----
-
-/// Walks over lines that end in LF, CR LF or, in a text without any LF near its start, CR.
-class LineReader {
-public:
-    explicit LineReader(std::unique_ptr<ByteStream> stream) : decoder_(std::move(stream)) {
-        while (text_.find('\n') == std::string::npos && text_.size() < kLongestLine) {
-            if (!decoder_.Append(&text_)) break;
-        }
-        if (text_.find('\n') == std::string::npos) end_ = '\r';
-    }
-
-    /// The next line, which lasts until the one after it is asked for.
-    bool Next(std::string_view* line) {
-        begin_ = next_;
-        std::size_t searched = begin_;
-        std::size_t end = text_.find(end_, searched);
-        while (end == std::string::npos) {
-            text_.erase(0, begin_);
-            begin_ = 0;
-            searched = text_.size();
-            if (searched > kLongestLine) {
-                throw Reason("line " + std::to_string(number_ + 1) + " is longer than a table's can be");
-            }
-            if (!decoder_.Append(&text_)) break;
-            end = text_.find(end_, searched);
-        }
-        if (begin_ == text_.size()) {
-            next_ = begin_;
-            return false;
-        }
-        end = std::min(end, text_.size());
-        next_ = std::min(end + 1, text_.size());
-        ++number_;
-        *line = std::string_view(text_).substr(begin_, end - begin_);
-        if (line->ends_with('\r')) line->remove_suffix(1);
-        return true;
-    }
-    /// Makes the line last delivered the next one.
-    void StepBack() {
-        next_ = begin_;
-        --number_;
-    }
-    /// Number of the line last delivered, from 1.
-    std::size_t Number() const { return number_; }
-    std::uint64_t Position() const { return decoder_.Position(); }
-    std::uint64_t Size() const { return decoder_.Size(); }
-
-private:
-    static constexpr std::size_t kLongestLine = std::size_t{16} << 20;
-
-    TextDecoder decoder_;
-    std::string text_;  ///< what was decoded, from the line last delivered on
-    char end_ = '\n';
-    std::size_t begin_ = 0;
-    std::size_t next_ = 0;
-    std::size_t number_ = 0;
-};
+// ---- fields ----
 
 /// Separator of the columns; ' ' stands for any run of blanks and tabs.
 enum Separator : char { kNone = '\0', kBlankRun = ' ', kTab = '\t', kSemicolon = ';', kComma = ',' };

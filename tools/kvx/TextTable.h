@@ -6,14 +6,12 @@
 // (.lvm), whose header blocks are read for what they say of the columns. Numbers become the nearest double.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 
-#include <KvxDevCommon01/platform/ByteStream.h>
-
 #include "Progress.h"
 #include "Recording.h"
+#include "TextLines.h"
 
 namespace kvx::tool {
 
@@ -24,9 +22,6 @@ struct TextOptions {
     /// A comma inside a number is the decimal mark even where it could separate columns.
     bool decimalComma = false;
 };
-
-/// Opens a text at its start, as often as it is called.
-using OpenText = std::function<std::unique_ptr<ByteStream>()>;
 
 /// Goes through a whole text, so that what is wrong with it is told before it is read: throws Reason naming
 /// the line and column. Of the text no more than a line is kept.

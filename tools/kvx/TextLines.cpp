@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+#include "TextLines.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Text.h>
+
+#include "Failure.h"
+
+namespace kvx::tool {
+namespace {
+
+constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+
+/// A text that cannot be opened twice, kept in memory.
+class KeptText : public ByteStream {
+public:
+    explicit KeptText(std::shared_ptr<const std::string> text) : text_(std::move(text)) {}
+    std::size_t Read(void* data, std::size_t size) override {
+        const std::size_t count = text_->copy(static_cast<char*>(data), size, position_);
+        position_ += count;
+        return count;
+    }
+    void Write(const void*, std::size_t) override { throw CFileException(CFileException::accessDenied); }
+    std::uint64_t Remaining() const override { return text_->size() - position_; }
+
+private:
+    std::shared_ptr<const std::string> text_;
+    std::size_t position_ = 0;
+};
+
+/// The bytes of a pipe. Gives up early on what is no text, which may be endless.
+std::string ReadPipe(ByteStream& pipe) {
+    constexpr std::size_t kPiece = 1 << 20;
+    std::string bytes;
+    for (std::size_t got = kPiece; got == kPiece;) {
+        const std::size_t begin = bytes.size();
+        bytes.resize(begin + kPiece);
+        got = pipe.Read(bytes.data() + begin, kPiece);
+        bytes.resize(begin + got);
+        const bool utf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+        if (!utf16 && bytes.find('\0', begin) != std::string::npos) {
+            throw Reason("it is neither a text table nor a sound file");
+        }
+    }
+    return bytes;
+}
+
+}  // namespace
+
+/// A text as UTF-8 without its byte-order mark, piece by piece.
+class LineReader::Decoder {
+public:
+    explicit Decoder(std::unique_ptr<ByteStream> stream)
+        : stream_(std::move(stream)), size_(stream_->Remaining()) {
+        const std::string begin = ReadBytes();
+        if (begin.empty()) throw Reason("the file is empty");
+        if (begin.starts_with("\xFE\xFF")) encoding_ = Encoding::utf16BigEndian;
+        if (begin.starts_with("\xFF\xFE")) encoding_ = Encoding::utf16LittleEndian;
+        const std::size_t mark = begin.starts_with("\xEF\xBB\xBF") ? 3 : encoding_ != Encoding::utf8 ? 2 : 0;
+        bytes_ = begin.substr(mark);
+    }
+
+    /// Appends the next piece; whether there was one.
+    bool Append(std::string* text) {
+        if (bytes_.empty()) bytes_ = ReadBytes();
+        const std::string bytes = std::exchange(bytes_, {});
+        const std::size_t begin = text->size();
+        if (encoding_ == Encoding::utf8) {
+            *text += bytes;
+        } else {
+            AppendUtf16(bytes, text);
+        }
+        if (text->find('\0', begin) != std::string::npos)
+            throw Reason("it is neither a text table nor a sound file");
+        return !bytes.empty();
+    }
+
+    /// Bytes read so far, and bytes in all.
+    std::uint64_t Position() const { return position_; }
+    std::uint64_t Size() const { return size_; }
+
+private:
+    enum class Encoding { utf8, utf16LittleEndian, utf16BigEndian };
+
+    std::string ReadBytes() {
+        constexpr std::size_t kPiece = 1 << 18;
+        std::string bytes(kPiece, '\0');
+        bytes.resize(stream_->Read(bytes.data(), kPiece));
+        position_ += bytes.size();
+        return bytes;
+    }
+
+    void AppendUtf16(std::string_view bytes, std::string* text) {
+        if (bytes.empty() && hasHalf_) throw Reason("its UTF-16 text ends in the middle of a character");
+        for (const char byte : bytes) {
+            hasHalf_ = !hasHalf_;
+            if (hasHalf_) {
+                half_ = static_cast<unsigned char>(byte);
+                continue;
+            }
+            const auto second = static_cast<unsigned char>(byte);
+            const int unit =
+                encoding_ == Encoding::utf16BigEndian ? half_ << 8 | second : second << 8 | half_;
+            units_ += static_cast<char16_t>(unit);
+        }
+        // The second half of a pair may be in the next piece.
+        std::u16string next;
+        if (!bytes.empty() && !units_.empty() && units_.back() >= 0xD800 && units_.back() < 0xDC00) {
+            next = units_.substr(units_.size() - 1);
+            units_.pop_back();
+        }
+        *text += ToUtf8(FromUtf16(units_));
+        units_ = std::move(next);
+    }
+
+    std::unique_ptr<ByteStream> stream_;
+    std::uint64_t size_;
+    std::uint64_t position_ = 0;
+    Encoding encoding_ = Encoding::utf8;
+    std::string bytes_;     ///< read, but not appended yet
+    std::u16string units_;  ///< decoded, but not appended yet
+    unsigned char half_ = 0;
+    bool hasHalf_ = false;
+};
+
+LineReader::LineReader(std::unique_ptr<ByteStream> stream)
+    : decoder_(std::make_unique<Decoder>(std::move(stream))) {
+    while (text_.find('\n') == std::string::npos && text_.size() < kLongestLine) {
+        if (!decoder_->Append(&text_)) break;
+    }
+    if (text_.find('\n') == std::string::npos) end_ = '\r';
+}
+
+LineReader::~LineReader() = default;
+
+bool LineReader::Next(std::string_view* line) {
+    begin_ = next_;
+    std::size_t searched = begin_;
+    std::size_t end = text_.find(end_, searched);
+    while (end == std::string::npos) {
+        text_.erase(0, begin_);
+        begin_ = 0;
+        searched = text_.size();
+        if (searched > kLongestLine) {
+            throw Reason("line " + std::to_string(number_ + 1) + " is longer than a table's can be");
+        }
+        if (!decoder_->Append(&text_)) break;
+        end = text_.find(end_, searched);
+    }
+    if (begin_ == text_.size()) {
+        next_ = begin_;
+        return false;
+    }
+    end = std::min(end, text_.size());
+    next_ = std::min(end + 1, text_.size());
+    ++number_;
+    *line = std::string_view(text_).substr(begin_, end - begin_);
+    if (line->ends_with('\r')) line->remove_suffix(1);
+    return true;
+}
+
+void LineReader::StepBack() {
+    next_ = begin_;
+    --number_;
+}
+
+std::uint64_t LineReader::Position() const {
+    return decoder_->Position();
+}
+
+std::uint64_t LineReader::Size() const {
+    return decoder_->Size();
+}
+
+OpenText OpenTextFile(const std::string& path) {
+    InputFile file(WidePath(path));
+    if (file.Remaining() < std::numeric_limits<std::uint64_t>::max()) {
+        return [path] { return std::make_unique<InputFile>(WidePath(path)); };
+    }
+    const auto text = std::make_shared<const std::string>(ReadPipe(file));
+    return [text] { return std::make_unique<KeptText>(text); };
+}
+
+}  // namespace kvx::tool
