@@ -87,9 +87,11 @@ private:
     enum class Encoding { utf8, utf16LittleEndian, utf16BigEndian };
 
     std::string ReadBytes() {
-        constexpr std::size_t kPiece = 1 << 18;
-        std::string bytes(kPiece, '\0');
-        bytes.resize(stream_->Read(bytes.data(), kPiece));
+        constexpr std::uint64_t kPiece = 1 << 18;
+        constexpr std::uint64_t kLeast = 1 << 10;  // also where a file has grown since it was opened
+        const std::uint64_t piece = std::clamp(stream_->Remaining(), kLeast, kPiece);
+        std::string bytes(static_cast<std::size_t>(piece), '\0');
+        bytes.resize(stream_->Read(bytes.data(), bytes.size()));
         position_ += bytes.size();
         return bytes;
     }
