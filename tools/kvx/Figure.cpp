@@ -202,7 +202,11 @@ Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channe
     if (!param.m_lines.CreateInfo(count)) throw std::bad_alloc();
     for (__int64 i = 0; i < count; ++i) {
         const Channel& channel = channels[static_cast<std::size_t>(i)];
-        param.m_lines.GetInfoPtr(i)->m_strName = channel.name;
+        CGraphLineInfo& line = *param.m_lines.GetInfoPtr(i);
+        line.m_strName = channel.name;
+        // The colour stays with the channel, whichever are chosen.
+        line.m_lColorIndex =
+            (channel.row * record.GetNumCol() + channel.column) % CGraphLineInfoList::GetMaxColorNum();
         figure.content.series.push_back({record.GetReal(channel.row, channel.column),
                                          record.GetImaginary(channel.row, channel.column), param.m_x.num});
     }

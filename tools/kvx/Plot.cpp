@@ -74,15 +74,16 @@ FigureChoice ChoiceOf(const PlotOptions& options) {
     return choice;
 }
 
-/// One figure for the chosen channels of each record.
+/// A figure for the chosen channels of each record, or for each of them.
 std::vector<Figure> MakeFigures(const DataFileContent& content, const PlotOptions& options,
                                 const FigureChoice& choice) {
     std::vector<Figure> figures;
     const std::vector<Channel> channels = SelectChannels(content, options.channels);
     bool isUnitUsed = !choice.unit;
     for (auto begin = channels.begin(); begin != channels.end();) {
-        const auto end = std::find_if(
-            begin, channels.end(), [&](const Channel& channel) { return channel.record != begin->record; });
+        auto end = begin + 1;
+        if (choice.paneMode == CGraphParam::PANE_SINGLE)
+            while (end != channels.end() && end->record == begin->record) ++end;
         const CComDataBase& record = content.records[begin->record];
         figures.push_back(MakeFigure(record, {begin, end}, choice));
         isUnitUsed = isUnitUsed || IsConvertible(record.GetUnit(), *choice.unit);
