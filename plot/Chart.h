@@ -19,8 +19,9 @@ namespace kvx::plot {
 struct ChartAxis {
     AxisRange bounds{0.0, 1.0};  ///< an axis whose bounds cannot be shown has no ticks and no curves
     AxisForm form = AxisForm::kLinear;
-    std::wstring title;  ///< with its unit
-    TickStyle ticks;
+    std::wstring title = {};       ///< with its unit
+    std::wstring shortTitle = {};  ///< stands in for a title that is too long; empty for none
+    TickStyle ticks = {};
 };
 
 struct ChartCurve {

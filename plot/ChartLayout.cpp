@@ -60,8 +60,7 @@ Rect OnPixels(const Rect& rect) {
 struct Frame {
     Rect area;
     double letterSize = 0.0;
-    double left = 0.0;  ///< least distance of the plot from the left edge of the area
-    double right = 0.0;
+    PlotMargins least = {};
 };
 
 /// Works out one chart with certain parts. The heights come first: they do not depend on any number's width.
@@ -100,8 +99,8 @@ public:
         room.left += UprightWidth(chart_.y, y);
         const double overhang = hasNumbers ? 1.2 * em_ : 0.0;  // half of the last number of X
         room.right -= chart_.y2 ? UprightWidth(*chart_.y2, y2) : overhang;
-        room.left = std::max(room.left, frame_.area.left + frame_.left);
-        room.right = std::min(room.right, frame_.area.right - frame_.right);
+        room.left = std::max(room.left, frame_.area.left + frame_.least.left);
+        room.right = std::min(room.right, frame_.area.right - frame_.least.right);
         Rect plot = OnPixels(room);
         TickPlan x = PlanLevel(plot.Width());
         if (!x.factor.empty() && !hasXTitle) {
@@ -144,6 +143,16 @@ private:
                   std::optional<PlacedText>* placed) const {
         std::wstring cut = CutText(text, style.size, room, measure_);
         if (!cut.empty()) *placed = PlaceText(std::move(cut), anchor, style, measure_);
+    }
+
+    /// The title of an axis, or in little room its short one.
+    void PlaceTitle(const ChartAxis& described, Point anchor, const TextStyle& style, double room,
+                    AxisLayout* axis) const {
+        if (!parts_.hasTitles) return;
+        const bool isShort = !described.shortTitle.empty() && WidthOf(described.title) > room;
+        std::optional<PlacedText> title;
+        PlaceCut(isShort ? described.shortTitle : described.title, anchor, style, room, &title);
+        if (title) axis->titles.push_back(*std::move(title));
     }
 
     bool IsLargeEnough() const {
@@ -230,11 +239,8 @@ private:
                 PlaceText(plan.factor, {plot.right, below}, {em_, 0, Align::kEnd, Align::kStart}, measure_));
             titleRoom -= 2.0 * (WidthOf(plan.factor) + kNumberGap * em_);
         }
-        if (!parts_.hasTitles) return;
-        std::optional<PlacedText> title;
-        PlaceCut(chart_.x.title, {plot.Center().x, below}, {em_, 0, Align::kMiddle, Align::kStart}, titleRoom,
-                 &title);
-        if (title) axis.titles.push_back(*std::move(title));
+        PlaceTitle(chart_.x, {plot.Center().x, below}, {em_, 0, Align::kMiddle, Align::kStart}, titleRoom,
+                   &axis);
     }
 
     void PlaceUpright(const ChartAxis& described, const TickPlan& plan, Side side, AxisLayout* axis) const {
@@ -256,14 +262,11 @@ private:
             axis->titles.push_back(PlaceText(plan.factor, {edge, plot.top - kGap * em_},
                                              {em_, 0, across, Align::kEnd}, measure_));
         }
-        if (!parts_.hasTitles) return;
         const double numbers = WidestNumber(plan);
         const double beside = (numbers > 0.0 ? numbers + kGap * em_ : 0.0) + kGap * em_;
-        std::optional<PlacedText> title;
         const Align towardsPlot = side == Side::kLeft ? Align::kEnd : Align::kStart;
-        PlaceCut(described.title, {edge + outward * beside, plot.Center().y},
-                 {em_, 0, Align::kMiddle, towardsPlot, true}, plot.Height(), &title);
-        if (title) axis->titles.push_back(*std::move(title));
+        PlaceTitle(described, {edge + outward * beside, plot.Center().y},
+                   {em_, 0, Align::kMiddle, towardsPlot, true}, plot.Height(), axis);
     }
 
     // ---- Legend ----
@@ -430,27 +433,31 @@ ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength
     return LayOutIn({area, letterSize}, chart, pointLength, measure);
 }
 
-std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,
-                                     double pointLength, const TextMeasure& measure) {
-    std::vector<ChartLayout> stack;
-    const std::size_t count = std::min(charts.size(), areas.size());
-    if (count == 0) return stack;
-    const Size whole{areas[0].Width(), areas[count - 1].bottom - areas[0].top};
-    Frame frame{{}, LettersOf(charts[0], whole, pointLength)};
-    // First each as it likes, then all with the most that one of them needs beside its plot.
-    for (const bool isFinal : {false, true}) {
-        stack.clear();
-        for (std::size_t i = 0; i < count; ++i) {
-            frame.area = areas[i];
-            stack.push_back(LayOutIn(frame, charts[i], pointLength, measure));
-        }
-        if (isFinal) break;
-        for (const ChartLayout& layout : stack) {
-            frame.left = std::max(frame.left, layout.plot.left - layout.area.left);
-            frame.right = std::max(frame.right, layout.area.right - layout.plot.right);
-        }
+PlotMargins WidestMargins(std::span<const ChartLayout> layouts) {
+    PlotMargins widest;
+    for (const ChartLayout& layout : layouts) {
+        widest.left = std::max(widest.left, layout.plot.left - layout.area.left);
+        widest.right = std::max(widest.right, layout.area.right - layout.plot.right);
     }
-    return stack;
+    return widest;
+}
+
+std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,
+                                     double pointLength, const TextMeasure& measure,
+                                     const PlotMargins& least) {
+    const std::size_t count = std::min(charts.size(), areas.size());
+    if (count == 0) return {};
+    const Size whole{areas[0].Width(), areas[count - 1].bottom - areas[0].top};
+    const double letterSize = LettersOf(charts[0], whole, pointLength);
+    const auto layOut = [&](const PlotMargins& margins) {
+        std::vector<ChartLayout> stack;
+        for (std::size_t i = 0; i < count; ++i) {
+            stack.push_back(LayOutIn({areas[i], letterSize, margins}, charts[i], pointLength, measure));
+        }
+        return stack;
+    };
+    // First each as it likes, then all with the most that one of them needs.
+    return layOut(WidestMargins(layOut(least)));
 }
 
 }  // namespace kvx::plot

@@ -71,9 +71,18 @@ KVX_PLOT_API double LetterSizeFor(Size size, double pointLength);
 KVX_PLOT_API ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
                                      const TextMeasure& measure);
 
+/// Room beside a plot: from the left and the right edge of its area.
+struct PlotMargins {
+    double left = 0.0;
+    double right = 0.0;
+};
+/// The margins of the plot with the widest on either side.
+KVX_PLOT_API PlotMargins WidestMargins(std::span<const ChartLayout> layouts);
+
 /// Lays out charts one below the other, each in its area, with letters of one size and the left and right
-/// edges of the plots in line.
+/// edges of the plots in line; the margins are at least `least`.
 KVX_PLOT_API std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,
-                                                  double pointLength, const TextMeasure& measure);
+                                                  double pointLength, const TextMeasure& measure,
+                                                  const PlotMargins& least = {});
 
 }  // namespace kvx::plot

@@ -13,6 +13,7 @@
 #include <plot/ChartLayout.h>
 #include <plot/ValueColors.h>
 #include <plot/detail/FineLines.h>
+#include <plot/detail/ShownValues.h>
 #include <plot/detail/SliceAxisLayout.h>
 
 namespace kvx::plot {
@@ -81,7 +82,7 @@ float Blend(float first, float second, float weight) {
 
 /// Held values become shown ones.
 void Show(const CValConv* shown, std::vector<double>& values) {
-    if (shown != nullptr) shown->ConvDtoI(values.data(), values.data(), std::ssize(values), 1);
+    if (shown != nullptr) ToShown(*shown, values);
 }
 
 /// Reduces slices to rows of pixels.

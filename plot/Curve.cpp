@@ -10,6 +10,7 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/graph/VisibleRange.h>
+#include <plot/detail/ShownValues.h>
 
 namespace kvx::plot {
 namespace {
@@ -28,7 +29,7 @@ IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double s
     IndexRange range{0, samples.count};
     if (samples.x != nullptr) return range;
     const auto held = [&](double shown) {
-        return samples.shownX != nullptr ? samples.shownX->ConvItoD(shown, 1) : shown;
+        return samples.shownX != nullptr ? ToHeld(*samples.shownX, shown) : shown;
     };
     const double from = held(shownFrom);
     const double to = held(shownTo);
@@ -59,11 +60,10 @@ void ForEachShown(const CurveSamples& samples, const IndexRange& range, __int64 
             const bool isGap = samples.y[index] == kNoValue<double> || x[i] == kNoValue<double>;
             y[i] = isGap ? std::numeric_limits<double>::quiet_NaN() : samples.y[index];
         }
-        const auto count = static_cast<__int64>(filled);
-        if (samples.shownX != nullptr) samples.shownX->ConvDtoI(x.data(), x.data(), count, 1);
-        if (samples.shownY != nullptr) samples.shownY->ConvDtoI(y.data(), y.data(), count, 1);
+        if (samples.shownX != nullptr) ToShown(*samples.shownX, std::span(x).first(filled));
+        if (samples.shownY != nullptr) ToShown(*samples.shownY, std::span(y).first(filled));
         for (std::size_t i = 0; i < filled; ++i) use(x[i], y[i], first + static_cast<__int64>(i) * stride);
-        first += count * stride;
+        first += static_cast<__int64>(filled) * stride;
     }
 }
 
@@ -239,6 +239,10 @@ double BarBase(const CurveFrame& frame) {
 
 }  // namespace
 
+double CurveSamples::ShownX(double held) const {
+    return shownX != nullptr ? ToShown(*shownX, held) : held;
+}
+
 void CurveExtent::Include(const CurveExtent& other) {
     if (other.IsEmpty()) return;
     if (IsEmpty()) {
@@ -289,9 +293,8 @@ Path StepPath(const CurveSamples& samples, const CurveFrame& frame) {
     // An evenly spaced sample counts up to where the next one would be.
     const auto holdLast = [&] {
         if (!previous || samples.x != nullptr) return;
-        const double next = samples.XAt(previous->index + 1);
-        const double shown = samples.shownX != nullptr ? samples.shownX->ConvDtoI(next, 1) : next;
-        const double pixel = std::clamp(frame.x.ToPixel(shown), -kFarthestPixel, kFarthestPixel);
+        const double next = samples.ShownX(samples.XAt(previous->index + 1));
+        const double pixel = std::clamp(frame.x.ToPixel(next), -kFarthestPixel, kFarthestPixel);
         if (!std::isnan(pixel)) reducer.Add({pixel, previous->pixel.y});
     };
     ForEachSample(
@@ -328,7 +331,7 @@ Path BarPath(const CurveSamples& samples, const CurveFrame& frame) {
     };
     const auto pixelOfX = [&](__int64 index) {
         const double held = samples.x != nullptr ? samples.x[index] : samples.XAt(index);
-        return frame.x.ToPixel(samples.shownX != nullptr ? samples.shownX->ConvDtoI(held, 1) : held);
+        return frame.x.ToPixel(samples.ShownX(held));
     };
     // A bar reaches nearly half-way to its neighbours, at the ends as far as to the other side.
     const auto halfWidths = [&](__int64 index, double x) {

@@ -13,7 +13,7 @@
 namespace kvx::plot {
 
 /// The samples of a curve, which stay where they are. No-value and NaN are gaps.
-struct CurveSamples {
+struct KVX_PLOT_API CurveSamples {
     const double* y = nullptr;
     __int64 count = 0;
     const double* x = nullptr;  ///< null: sample i lies at start + i * step
@@ -22,6 +22,8 @@ struct CurveSamples {
     const CValConv* shownX = nullptr;  ///< how held values become shown ones; null: they are
     const CValConv* shownY = nullptr;
 
+    /// X as shown.
+    double ShownX(double held) const;
     /// X of an evenly spaced sample, as held.
     double XAt(__int64 index) const { return start + static_cast<double>(index) * step; }
 };

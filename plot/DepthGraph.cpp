@@ -11,6 +11,7 @@
 #include <plot/Waterfall.h>
 #include <plot/detail/GraphAxis.h>
 #include <plot/detail/SeriesSetting.h>
+#include <plot/detail/ShownValues.h>
 
 namespace kvx::plot {
 namespace {
@@ -87,7 +88,7 @@ SliceAxis AxisOfSlices(const CGraphParam& param, __int64 first) {
     const Param::ZAxis& z = param.m_z;
     const CValConv shown(z.unit, CValConv::SUFFIX_NONE);
     const auto valueAt = [&](__int64 index) {
-        return shown.ConvDtoI(z.start + static_cast<double>(index) * z.interval, 1);
+        return ToShown(shown, z.start + static_cast<double>(index) * z.interval);
     };
     SliceAxis axis;
     axis.title = AxisTitle(z.name, shown);

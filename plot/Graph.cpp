@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <plot/Graph.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -71,19 +72,52 @@ GraphLayout LayOutGraph(const GraphView& view, const GraphCharts& charts, const 
     return layout;
 }
 
-int DrawGraph(const GraphView& view, Canvas& canvas) {
+namespace {
+
+/// The layouts of each pane's charts.
+std::vector<std::vector<ChartLayout>> LayOutPanes(const GraphCharts& charts, const GraphLayout& layout,
+                                                  const Canvas& canvas, const PlotMargins& least) {
+    std::vector<std::vector<ChartLayout>> panes;
+    for (std::size_t i = 0; i < layout.paneAreas.size(); ++i) {
+        panes.push_back(LayOutStack(charts.GetPanes()[i].charts, layout.paneAreas[i], canvas.GetPointLength(),
+                                    canvas, least));
+    }
+    return panes;
+}
+
+GraphLayout LayOutOver(const GraphView& view, const GraphCharts& charts, const Canvas& canvas) {
+    const auto [width, height] = canvas.GetSize();
+    return LayOutGraph(view, charts, {0.0, 0.0, width, height}, canvas.GetPointLength(), canvas);
+}
+
+PlotMargins WidestOf(const std::vector<std::vector<ChartLayout>>& panes, PlotMargins widest) {
+    for (const std::vector<ChartLayout>& pane : panes) {
+        const PlotMargins margins = WidestMargins(pane);
+        widest = {std::max(widest.left, margins.left), std::max(widest.right, margins.right)};
+    }
+    return widest;
+}
+
+}  // namespace
+
+PlotMargins GraphMargins(const GraphView& view, const Canvas& canvas) {
+    const GraphCharts charts(view);
+    if (charts.GetPanes().empty()) return {};
+    return WidestOf(LayOutPanes(charts, LayOutOver(view, charts, canvas), canvas, {}), {});
+}
+
+int DrawGraph(const GraphView& view, Canvas& canvas, const PlotMargins& least) {
     const GraphCharts charts(view);
     if (charts.GetPanes().empty()) return 0;
-    const Size size = canvas.GetSize();
-    const double pointLength = canvas.GetPointLength();
-    const GraphLayout layout =
-        LayOutGraph(view, charts, {0.0, 0.0, size.width, size.height}, pointLength, canvas);
+    const GraphLayout layout = LayOutOver(view, charts, canvas);
+    const PlotMargins margins = WidestOf(LayOutPanes(charts, layout, canvas, least), least);
+    const std::vector<std::vector<ChartLayout>> panes = LayOutPanes(charts, layout, canvas, margins);
+
     const ChartColors colors{view.info->GetGraphColorInfo(), view.output};
     canvas.FillRect(layout.area, colors.Of(CGraphColorInfo::COMPO_WINDOW_BACK));
-    for (std::size_t i = 0; i < layout.paneAreas.size(); ++i) {
+    for (std::size_t i = 0; i < panes.size(); ++i) {
         const std::vector<Chart>& pane = charts.GetPanes()[i].charts;
-        const std::vector<ChartLayout> stack = LayOutStack(pane, layout.paneAreas[i], pointLength, canvas);
-        for (std::size_t k = 0; k < pane.size(); ++k) DrawChart(pane[k], stack[k], colors, canvas);
+        for (std::size_t k = 0; k < pane.size(); ++k) DrawChart(pane[k], panes[i][k], colors, canvas);
     }
     const COLORREF text = colors.Of(CGraphColorInfo::COMPO_TEXT);
     if (layout.title) DrawPlacedText(*layout.title, text, canvas);

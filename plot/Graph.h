@@ -25,7 +25,11 @@ struct GraphLayout {
 KVX_PLOT_API GraphLayout LayOutGraph(const GraphView& view, const GraphCharts& charts, const Rect& area,
                                      double pointLength, const TextMeasure& measure);
 
-/// Draws a two-dimensional graph over the whole canvas. 0, with nothing drawn, when it has no panes.
-KVX_PLOT_API int DrawGraph(const GraphView& view, Canvas& canvas);
+/// The widest margins beside the plots of a two-dimensional graph that is to fill the whole canvas.
+KVX_PLOT_API PlotMargins GraphMargins(const GraphView& view, const Canvas& canvas);
+
+/// Draws a two-dimensional graph over the whole canvas, its plots in line with each other and, by margins of
+/// at least `least`, with those of other graphs. 0, with nothing drawn, when it has no panes.
+KVX_PLOT_API int DrawGraph(const GraphView& view, Canvas& canvas, const PlotMargins& least = {});
 
 }  // namespace kvx::plot

@@ -12,6 +12,7 @@
 #include <plot/LineLook.h>
 #include <plot/detail/GraphAxis.h>
 #include <plot/detail/SeriesSetting.h>
+#include <plot/detail/ShownValues.h>
 
 namespace kvx::plot {
 namespace {
@@ -336,7 +337,7 @@ private:
         const AxisSetting y = YSetting(scale_);
         if (IsPhase(part) && part == Part::kPhase &&
             param_.m_cells.graphKind == Param::GRAPH_MAGNITUDE_PHASE) {
-            chart->y.bounds = {angle_.ConvDtoI(-std::numbers::pi, 1), angle_.ConvDtoI(std::numbers::pi, 1)};
+            chart->y.bounds = {ToShown(angle_, -std::numbers::pi), ToShown(angle_, std::numbers::pi)};
         } else {
             chart->y.form = y.form;
             chart->y.bounds = BoundsOfY(*chart, false, y, IsPhase(part) ? angle_ : y_);
@@ -345,11 +346,13 @@ private:
         chart->y.ticks.isDegrees =
             kvx::PlainUnitName(shownY.GetUnit()) == kvx::PlainUnitName(SingleUnit(kDegree));
         chart->y.title = AxisTitle(name, shownY);
+        chart->y.shortTitle = UnitTitle(shownY);
         if (!chart->y2) return;
         const AxisSetting y2 = Y2Setting(scale_);
         chart->y2->form = y2.form;
         chart->y2->bounds = BoundsOfY(*chart, true, y2, y2_);
         chart->y2->title = AxisTitle(content_.y2Name, y2_);
+        chart->y2->shortTitle = UnitTitle(y2_);
     }
 
     GraphPane BuildPane(std::wstring title, std::vector<__int64> series) {
@@ -380,7 +383,7 @@ private:
             Chart& chart = pane.charts[i];
             chart.x.form = x.form;
             chart.x.bounds = bounds;
-            for (const double cursor : content_.cursors) chart.cursors.push_back(shownX.ConvDtoI(cursor, 1));
+            for (const double cursor : content_.cursors) chart.cursors.push_back(ToShown(shownX, cursor));
             const bool hasOwnName = i > 0 && !content_.lowerName.empty();
             FinishAxes(parts[i], hasOwnName ? content_.lowerName : content_.yName, &chart);
             // What the charts share stands once: X below them, the legend where there is room for it.

@@ -6,6 +6,7 @@
 
 #include <KvxDevCommon01/graph/AutoRange.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <plot/detail/ShownValues.h>
 
 namespace kvx::plot {
 namespace {
@@ -83,8 +84,8 @@ AxisSetting Y2Setting(const CScaleParam& scale) {
 
 AxisRange ShownBounds(const AxisSetting& setting, const CValConv& shown, const CurveExtent& data) {
     if (setting.isAutomatic || setting.isFullRange) return AutomaticBounds(setting, data);
-    const double first = shown.ConvDtoI(setting.held.low, 1);
-    const double second = shown.ConvDtoI(setting.held.high, 1);
+    const double first = ToShown(shown, setting.held.low);
+    const double second = ToShown(shown, setting.held.high);
     // A unit of reciprocals turns the bounds round.
     AxisRange bounds{std::min(first, second), std::max(first, second)};
     if (setting.isSymmetric) {
@@ -95,13 +96,17 @@ AxisRange ShownBounds(const AxisSetting& setting, const CValConv& shown, const C
     return bounds;
 }
 
-std::wstring AxisTitle(const std::wstring& name, const CValConv& shown) {
-    if (PlainUnitName(shown.GetUnit()).empty()) return name;
+std::wstring UnitTitle(const CValConv& shown) {
+    if (PlainUnitName(shown.GetUnit()).empty()) return {};
     CString unit;
     shown.GetUnitString(&unit);
     // A trailing run of markup would reach the bracket.
-    const std::wstring bracketed = L"[" + unit + L"#n]";
-    return name.empty() ? bracketed : name + L" " + bracketed;
+    return L"[" + unit + L"#n]";
+}
+
+std::wstring AxisTitle(const std::wstring& name, const CValConv& shown) {
+    const std::wstring unit = UnitTitle(shown);
+    return name.empty() || unit.empty() ? name + unit : name + L" " + unit;
 }
 
 }  // namespace kvx::plot

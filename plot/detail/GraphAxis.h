@@ -29,7 +29,9 @@ AxisSetting Y2Setting(const CScaleParam& scale);
 /// those of a single value lie around it, those of none are 0 to 1 (1 to 10 on a logarithmic axis).
 AxisRange ShownBounds(const AxisSetting& setting, const CValConv& shown, const CurveExtent& data);
 
-/// "name [unit]", with the text of the amplitude suffix; without a unit the name alone.
+/// The unit in brackets, with the text of the amplitude suffix; empty without a unit.
+std::wstring UnitTitle(const CValConv& shown);
+/// "name [unit]"; without a unit the name alone.
 std::wstring AxisTitle(const std::wstring& name, const CValConv& shown);
 
 }  // namespace kvx::plot

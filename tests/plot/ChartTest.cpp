@@ -21,8 +21,8 @@ const std::vector<double> kRamp = {0.0, 1.0, 2.0, 3.0, 4.0, 5.0};
 Chart TestChart(std::size_t curves = 2) {
     Chart chart;
     chart.title = L"Title";
-    chart.x = {{0.0, 5.0}, AxisForm::kLinear, L"Time [s]", {}};
-    chart.y = {{0.0, 4.0}, AxisForm::kLinear, L"Level [m/s#u2#n]", {}};
+    chart.x = {{0.0, 5.0}, AxisForm::kLinear, L"Time [s]"};
+    chart.y = {{0.0, 4.0}, AxisForm::kLinear, L"Level [m/s#u2#n]"};
     for (std::size_t i = 0; i < curves; ++i) {
         ChartCurve curve;
         curve.name = L"Channel " + std::to_wstring(i + 1);
@@ -63,7 +63,7 @@ TEST_P(ChartOfAnySize, HasItsTextsApartAndThePlotFree) {
     Chart chart = TestChart(curves);
     chart.legend = legend;
     chart.x.bounds = {0.0, 123'456.0};
-    chart.y2 = ChartAxis{{1e-7, 1e4}, AxisForm::kLogarithmic, L"Second", {}};
+    chart.y2 = ChartAxis{{1e-7, 1e4}, AxisForm::kLogarithmic, L"Second"};
     const ChartLayout layout = LayOut(chart, size);
     const Rect area{0.0, 0.0, size.width, size.height};
     EXPECT_GE(layout.plot.Width(), 0.35 * size.width);
@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, ChartOfAnySize,
 
 TEST(ChartLayout, MapsTheBoundsOntoTheEdgesOfThePlot) {
     Chart chart = TestChart();
-    chart.y2 = ChartAxis{{1.0, 100.0}, AxisForm::kLogarithmic, L"", {}};
+    chart.y2 = ChartAxis{{1.0, 100.0}, AxisForm::kLogarithmic, L""};
     const ChartLayout layout = LayOut(chart, {800.0, 500.0});
     EXPECT_DOUBLE_EQ(layout.x.mapping.ToPixel(0.0), layout.plot.left);
     EXPECT_DOUBLE_EQ(layout.x.mapping.ToPixel(5.0), layout.plot.right);
@@ -223,7 +223,7 @@ TEST_F(DrawnChart, TakesItsColorsFromTheScheme) {
 
 TEST_F(DrawnChart, PutsSecondAxisCurvesOnTheirScale) {
     Chart chart = TestChart();
-    chart.y2 = ChartAxis{{0.0, 8.0}, AxisForm::kLinear, L"Twice", {}};
+    chart.y2 = ChartAxis{{0.0, 8.0}, AxisForm::kLinear, L"Twice"};
     chart.curves[1].isOnSecondAxis = true;
     Draw(chart);
     const auto end = [&](std::uint32_t curve) {

@@ -295,12 +295,21 @@ void WriteFigures(const PictureChoice& choice, const PictureTarget& target, cons
             letters = std::max(letters,
                                plot::LetterSizeFor({place.Width(), place.Height()}, canvas.GetPointLength()));
         }
+        // One below the other, the same X should be at the same place.
+        plot::PlotMargins margins;
+        for (std::size_t i = 0; i < figures.size(); ++i) {
+            figures[i].content.letterSize = letters;
+            if (figures.size() == 1) break;
+            const plot::CanvasRegion region(canvas, places[i]);
+            const plot::PlotMargins own = plot::GraphMargins(view(figures[i]), region);
+            margins = {std::max(margins.left, own.left), std::max(margins.right, own.right)};
+        }
         for (std::size_t i = 0; i < figures.size(); ++i) {
             plot::CanvasRegion region(canvas, places[i]);
-            figures[i].content.letterSize = letters;
             const bool isFlat = figures[i].param.m_z.dispType == Param::GRAPHDISP_2D;
-            const auto drawGraph = isFlat ? &plot::DrawGraph : &plot::DrawDepthGraph;
-            if (!drawGraph(view(figures[i]), region)) throw Reason("it cannot be drawn");
+            const int isDrawn = isFlat ? plot::DrawGraph(view(figures[i]), region, margins)
+                                       : plot::DrawDepthGraph(view(figures[i]), region);
+            if (!isDrawn) throw Reason("it cannot be drawn");
         }
     });
     const plot::Size& size = target.options.size;
