@@ -139,6 +139,18 @@ TEST(ChartLayout, KeepsStackedPlotsInLine) {
     EXPECT_EQ(stack[0].letterSize, stack[1].letterSize);
     EXPECT_LE(stack[0].plot.bottom, 400.0);
     EXPECT_GE(stack[1].plot.top, 400.0);
+    const PlotMargins least{WidestMargins(stack).left, 300.0};
+    const std::vector<ChartLayout> narrower = LayOutStack(charts, areas, kPoint, RecordingCanvas(), least);
+    EXPECT_EQ(narrower[1].plot.left, stack[1].plot.left);
+    EXPECT_NEAR(narrower[1].plot.right, 500.0, 1.0);
+}
+
+TEST(ChartLayout, TakesTheShortTitleWhereTheWholeOneHasNoRoom) {
+    Chart chart = TestChart();
+    chart.y.title = L"A title of considerable length, too long for the height of the plot";
+    chart.y.shortTitle = L"[m/s#u2#n]";
+    EXPECT_EQ(LayOut(chart, {800.0, 300.0}).y.titles.at(0).text, chart.y.shortTitle);
+    EXPECT_EQ(LayOut(chart, {800.0, 2000.0}).y.titles.at(0).text, chart.y.title);
 }
 
 TEST(CutText, KeepsAsMuchAsFits) {
