@@ -315,15 +315,15 @@ INSTANTIATE_TEST_SUITE_P(Kinds, AnyInput, testing::Values("data.vdf2", "text.csv
 
 TEST(Streams, NeedNoMoreMemoryForLongerFiles) {
     const TempFolder folder;
-    const std::string limit = "ulimit -v 40000; ";
+    const std::string limit = "ulimit -v 60000; ";
     if (RunShell(folder, limit + "kvx --version").status != 0) {
         GTEST_SKIP() << "the tool was built with a sanitizer, which reserves address space";
     }
-    WriteWave(folder, "long.vdf2", 1000, 0, std::vector<double>(std::size_t{1} << 22, 1.0));
+    WriteWave(folder, "long.vdf2", 1000, 0, std::vector<double>(std::size_t{1} << 23, 1.0));
     EXPECT_EQ(RunShell(folder, limit + "kvx export long.vdf2 -o long.csv").status, 1);
     RunWell(folder, limit + "kvx resample long.vdf2 -o long.wav --down 1 --samples double");
     RunWell(folder, limit + "kvx resample long.wav -o out.vdf2 --down 8");
-    EXPECT_EQ(ReadWave(folder, "out.vdf2").GetNsamp(), 1 << 19);
+    EXPECT_EQ(ReadWave(folder, "out.vdf2").GetNsamp(), 1 << 20);
 }
 
 /// Endless noughts; a person loses patience after a while.
