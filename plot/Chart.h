@@ -4,6 +4,7 @@
 // when its settings, units and data are resolved (see Graph.h), and what anything else can be drawn with.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include <KvxDevCommon01/graph/GraphColorInfo.h>
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
 #include <plot/Curve.h>
+#include <plot/Geometry.h>
 #include <plot/Ticks.h>
 
 namespace kvx::plot {
@@ -32,6 +34,14 @@ struct ChartCurve {
     CKvxGraphLineSample look;
 };
 
+/// A mark on a sample of a curve.
+struct ChartMark {
+    std::size_t curve = 0;  ///< whose look it has
+    Point at;               ///< shown values of X and Y
+    bool isAbove = true;    ///< whether its text stands above it
+    std::wstring text;      ///< left out where it has no room; may be empty
+};
+
 enum class LegendPlace { kNone, kRight, kBelow };
 
 struct Chart {
@@ -40,6 +50,7 @@ struct Chart {
     ChartAxis y;
     std::optional<ChartAxis> y2;  ///< on the right
     std::vector<ChartCurve> curves;
+    std::vector<ChartMark> marks;
     std::vector<double> cursors;  ///< X values with a cursor line
     LegendPlace legend = LegendPlace::kRight;
     bool isLegendWidthFromText = false;  ///< else it has a fifth of the width and cuts longer names

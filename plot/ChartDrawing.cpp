@@ -2,7 +2,8 @@
 #include <plot/ChartDrawing.h>
 
 #include <algorithm>
-#include <cmath>
+#include <optional>
+#include <vector>
 
 #include <plot/Curve.h>
 #include <plot/LineLook.h>
@@ -14,7 +15,8 @@ namespace {
 using Compo = CGraphColorInfo;
 using detail::FineLines;
 
-constexpr double kDotWidths = 2.5;  // a lone sample over the width of its line
+constexpr double kMarkDistance = 0.4;  // of a mark's text over the size of the letters
+constexpr double kDotWidths = 2.5;     // a lone sample over the width of its line
 
 void DrawGrid(const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
     const Rect& plot = layout.plot;
@@ -102,6 +104,29 @@ void DrawLonePoints(const Path& path, const Pen& pen, Canvas& canvas) {
     if (!dots.IsEmpty()) canvas.Fill(dots, pen.color);
 }
 
+/// Where the text of a mark has room in the plot and beside the texts before it: above or below the mark, to
+/// the right, to the left.
+std::optional<Rect> FreePlace(const ChartMark& mark, Point place, const ChartLayout& layout,
+                              const std::vector<Rect>& taken, const Canvas& canvas) {
+    const auto [width, height] = canvas.Measure(mark.text, layout.letterSize);
+    const double distance = kMarkDistance * layout.letterSize;
+    const double outside = mark.isAbove ? place.y - distance - height : place.y + distance;
+    const Point starts[] = {{place.x - width / 2.0, outside},
+                            {place.x + 2.0 * distance, place.y - height / 2.0},
+                            {place.x - 2.0 * distance - width, place.y - height / 2.0},
+                            {place.x + 2.0 * distance, outside + (mark.isAbove ? 2.0 : -2.0) * height}};
+    for (const Point& start : starts) {
+        const Rect box{start.x, start.y, start.x + width, start.y + height};
+        const bool isInside = layout.plot.Contains(start) && layout.plot.Contains({box.right, box.bottom});
+        const bool isFree = std::ranges::none_of(taken, [&](const Rect& other) {
+            return box.left < other.right && other.left < box.right && box.top < other.bottom &&
+                   other.top < box.bottom;
+        });
+        if (isInside && isFree) return box;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 void DrawPlacedText(const PlacedText& text, COLORREF color, Canvas& canvas) {
@@ -138,6 +163,27 @@ void DrawCurve(const ChartCurve& curve, const ChartLayout& layout, CGraphColorIn
     }
 }
 
+void DrawChartMarks(const Chart& chart, const ChartLayout& layout, Canvas& canvas) {
+    const ClipScope clip(canvas, layout.plot);
+    std::vector<Rect> taken;
+    for (const ChartMark& mark : chart.marks) {
+        const ChartCurve& curve = chart.curves[mark.curve];
+        const bool isOnSecondAxis = curve.isOnSecondAxis && layout.y2;
+        const AxisMapping& y = isOnSecondAxis ? layout.y2->mapping : layout.y.mapping;
+        const Point place{layout.x.mapping.ToPixel(mark.at.x), y.ToPixel(mark.at.y)};
+        if (!layout.plot.Contains(place)) continue;
+        Path places;
+        places.MoveTo(place);
+        DrawMarks(canvas, places, curve.look);
+        if (mark.text.empty()) continue;
+        if (const std::optional<Rect> box = FreePlace(mark, place, layout, taken, canvas)) {
+            canvas.DrawText(mark.text, {box->left, box->top},
+                            {layout.letterSize, curve.look.m_rgbLine, Align::kStart, Align::kStart});
+            taken.push_back(*box);
+        }
+    }
+}
+
 void DrawChartFrame(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
                     Canvas& canvas) {
     DrawCursors(chart, layout, colors.Of(Compo::COMPO_CURSOR), canvas);
@@ -161,6 +207,7 @@ void DrawChartFrame(const Chart& chart, const ChartLayout& layout, const ChartCo
 void DrawChart(const Chart& chart, const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
     DrawChartGround(chart, layout, colors, canvas);
     for (const ChartCurve& curve : chart.curves) DrawCurve(curve, layout, colors.output, canvas);
+    DrawChartMarks(chart, layout, canvas);
     DrawChartFrame(chart, layout, colors, canvas);
 }
 

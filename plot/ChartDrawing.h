@@ -17,6 +17,8 @@ KVX_PLOT_API void DrawChartGround(const Chart& chart, const ChartLayout& layout,
 /// One curve, confined to the plot.
 KVX_PLOT_API void DrawCurve(const ChartCurve& curve, const ChartLayout& layout,
                             CGraphColorInfo::OUTPUT_KIND output, Canvas& canvas);
+/// The marks of the curves with their texts, confined to the plot.
+KVX_PLOT_API void DrawChartMarks(const Chart& chart, const ChartLayout& layout, Canvas& canvas);
 /// Frame, ticks, numbers and titles, cursors and the legend.
 KVX_PLOT_API void DrawChartFrame(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
                                  Canvas& canvas);

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/DataArray.h>
-#include <KvxDevCommon01/graph/VisibleRange.h>
 #include <plot/detail/ShownValues.h>
+#include <plot/detail/VisibleSamples.h>
 
 namespace kvx::plot {
 namespace {
@@ -23,26 +23,6 @@ struct Sample {
     Point pixel;
     __int64 index = 0;
 };
-
-/// The samples whose shown X may lie within the range, in any order of its bounds.
-IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double shownTo) {
-    IndexRange range{0, samples.count};
-    if (samples.x != nullptr) return range;
-    const auto held = [&](double shown) {
-        return samples.shownX != nullptr ? ToHeld(*samples.shownX, shown) : shown;
-    };
-    const double from = held(shownFrom);
-    const double to = held(shownTo);
-    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step, samples.y,
-                         samples.count, &range) == 0) {
-        return {0, 0};
-    }
-    // The bounds may be a rounding error off, and a step begins one sample earlier.
-    const __int64 end = std::min(samples.count, range.first + range.count + 1);
-    range.first = std::max<__int64>(0, range.first - 1);
-    range.count = end - range.first;
-    return range;
-}
 
 /// Calls `use` with X, Y and index of each `stride`-th sample in the range, as shown values; Y of a gap is
 /// NaN.
@@ -238,6 +218,25 @@ double BarBase(const CurveFrame& frame) {
 }
 
 }  // namespace
+
+IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double shownTo) {
+    IndexRange range{0, samples.count};
+    if (samples.x != nullptr) return range;
+    const auto held = [&](double shown) {
+        return samples.shownX != nullptr ? ToHeld(*samples.shownX, shown) : shown;
+    };
+    const double from = held(shownFrom);
+    const double to = held(shownTo);
+    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step, samples.y,
+                         samples.count, &range) == 0) {
+        return {0, 0};
+    }
+    // The bounds may be a rounding error off, and a step begins one sample earlier.
+    const __int64 end = std::min(samples.count, range.first + range.count + 1);
+    range.first = std::max<__int64>(0, range.first - 1);
+    range.count = end - range.first;
+    return range;
+}
 
 double CurveSamples::ShownX(double held) const {
     return shownX != nullptr ? ToShown(*shownX, held) : held;

@@ -10,6 +10,7 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <plot/LineLook.h>
+#include <plot/PeakMarks.h>
 #include <plot/detail/GraphAxis.h>
 #include <plot/detail/SeriesSetting.h>
 #include <plot/detail/ShownValues.h>
@@ -355,6 +356,44 @@ private:
         chart->y2->shortTitle = UnitTitle(y2_);
     }
 
+    /// A value with its unit; temperatures as readings unless they are a member of a compound.
+    static std::wstring ValueText(double held, CValConv shown) {
+        CString text;
+        shown.SetFmt(L"%.4g");
+        shown.GetUnit().IsSingle() ? shown.ConvTempDataToString(held, &text)
+                                   : shown.ConvDataToString(held, &text);
+        return text;
+    }
+
+    /// Marks the peaks of the cells, whose curves are the first ones, as the configuration says.
+    void MarkPeaks(const std::vector<__int64>& series, Chart* chart) const {
+        GRAPHCONFIGINFO_PEAKSEARCH_TAG search;
+        std::int32_t most = 0;
+        int isShown = 0;
+        int hasText = 0;
+        info_.GetGraphConfigInfo()->GetPeakMarkInfo(&search, &most, &isShown, &hasText);
+        if (!isShown) return;
+        const auto cells =
+            std::ranges::count_if(series, [&](__int64 k) { return IsCell(k) && LineOf(k).m_bDisp; });
+        for (std::size_t i = 0; i < static_cast<std::size_t>(cells); ++i) {
+            const ChartCurve& curve = chart->curves[i];
+            for (const Peak& peak : FindPeaks(curve.samples, chart->x.bounds, search, most)) {
+                const double x =
+                    curve.samples.x != nullptr ? curve.samples.x[peak.index] : curve.samples.XAt(peak.index);
+                const double y = curve.samples.y[peak.index];
+                ChartMark mark{i,
+                               {ToShown(*curve.samples.shownX, x), ToShown(*curve.samples.shownY, y)},
+                               peak.isMaximum,
+                               {}};
+                if (hasText) {
+                    mark.text =
+                        ValueText(x, *curve.samples.shownX) + L", " + ValueText(y, *curve.samples.shownY);
+                }
+                chart->marks.push_back(std::move(mark));
+            }
+        }
+    }
+
     GraphPane BuildPane(std::wstring title, std::vector<__int64> series) {
         // Whatever stands out is drawn over the other cells, and profiles over them all.
         std::stable_partition(series.begin(), series.end(), [&](__int64 k) { return !IsSelected(k); });
@@ -386,6 +425,7 @@ private:
             for (const double cursor : content_.cursors) chart.cursors.push_back(ToShown(shownX, cursor));
             const bool hasOwnName = i > 0 && !content_.lowerName.empty();
             FinishAxes(parts[i], hasOwnName ? content_.lowerName : content_.yName, &chart);
+            if (i == 0 && !isLoop) MarkPeaks(series, &chart);
             // What the charts share stands once: X below them, the legend where there is room for it.
             if (i + 1 == parts.size()) chart.x.title = AxisTitle(content_.xName, shownX);
             const std::size_t withLegend = chart.legend == LegendPlace::kBelow ? parts.size() - 1 : 0;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <plot/Curve.h>
+#include <plot/PeakMarks.h>
 
 #include <cmath>
 #include <random>
@@ -145,6 +146,28 @@ TEST(MarkPlaces, TakeEveryNthSampleInsideThePlot) {
     EXPECT_EQ(places(2), 3U);  // of 0, 2, 4 and 6 one lies outside
     EXPECT_EQ(places(std::numeric_limits<__int64>::max()), 1U);
     EXPECT_EQ(places(0), places(1));
+}
+
+TEST(Peaks, StandOutOnBothSides) {
+    using Search = GRAPHCONFIGINFO_PEAKSEARCH_TAG;
+    //                               0    1    2     3    4    5     6    7    8    9     10
+    const std::vector<double> y = {9.5, 9.6, 1.0, 8.0, 7.9, 8.1, kNone, 3.0, 6.5, 4.0, 10.0};
+    Search search;
+    search.LinearThreshold = 0.2;
+    const auto found = [&](AxisRange x, __int64 most) { return FindPeaks(SamplesOf(y), x, search, most); };
+    const std::vector<Peak> all = {{5, true}, {2, false}, {8, true}, {7, false}, {9, false}};
+    EXPECT_EQ(found({0.0, 10.0}, 9), all);
+    EXPECT_THAT(found({0.0, 10.0}, 3), ElementsAre(all[0], all[1], all[2]));
+    EXPECT_THAT(found({2.5, 10.0}, 9), ElementsAre(all[0], all[3], all[2], all[4]));
+    search.SearchType = Search::SEARCH_MINIMA;
+    EXPECT_THAT(found({0.0, 10.0}, 9), ElementsAre(all[1], all[3], all[4]));
+    search.ThresholdKind = Search::THRESHOLD_DB;
+    search.RatioThreshold = 2.0;
+    EXPECT_THAT(found({0.0, 10.0}, 9), ElementsAre(all[1], all[3]));
+    search.RatioThreshold = 4.0;
+    EXPECT_THAT(found({0.0, 10.0}, 9), ElementsAre(all[1]));
+    EXPECT_TRUE(found({0.0, 10.0}, 0).empty());
+    EXPECT_TRUE(found({20.0, 30.0}, 9).empty());
 }
 
 TEST(Extent, LeavesOutGapsAndTellsTheLeastAboveZero) {

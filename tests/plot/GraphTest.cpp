@@ -234,6 +234,20 @@ TEST_F(TestGraph, IsTheSameInARegionOfACanvas) {
     }
 }
 
+TEST_F(TestGraph, MarksPeaksWhenConfigured) {
+    const std::vector<double> peak = {0.0, 9.80665, 0.0, 0.0, 0.0};
+    content.series[0].real = peak.data();
+    EXPECT_TRUE(GraphCharts(View()).GetPanes()[0].charts[0].marks.empty());
+    info.GetGraphConfigInfo()->SetPeakMarkInfo({}, 1, 1, 1);
+    const GraphCharts charts(View());
+    const std::vector<ChartMark>& marks = charts.GetPanes()[0].charts[0].marks;
+    ASSERT_FALSE(marks.empty());
+    EXPECT_EQ(marks[0].curve, 0U);
+    EXPECT_EQ(marks[0].at, (Point{10.0, 1.0}));
+    EXPECT_EQ(marks[0].text, L"10 Hz, 1 g");
+    EXPECT_THAT(Drawn().Texts(), Contains(marks[0].text));
+}
+
 TEST_F(TestGraph, ShowsTestTimeAndStatusWhenConfigured) {
     content.testTime = L"2026/03/04 14:05:09";
     content.status = L"finished";

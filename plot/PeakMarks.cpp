@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include <plot/PeakMarks.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <KvxDevCommon01/dsp/MatBasic.h>
+#include <plot/detail/VisibleSamples.h>
+
+namespace kvx::plot {
+namespace {
+
+using Search = GRAPHCONFIGINFO_PEAKSEARCH_TAG;
+
+bool IsWanted(const Peak& peak, const Search& search) {
+    switch (search.SearchType) {
+        case Search::SEARCH_MAXIMA:
+            return peak.isMaximum;
+        case Search::SEARCH_MINIMA:
+            return !peak.isMaximum;
+        default:
+            return true;
+    }
+}
+
+/// Every extreme of the run, maxima and minima by turns.
+std::vector<Peak> Extremes(const double* values, __int64 count, const Search& search) {
+    double low = 0.0;
+    double high = 0.0;
+    if (!CMatBasic::GetMinMax(count, values, 0, &low, &high)) return {};
+    const bool isRatio = search.ThresholdKind != Search::THRESHOLD_LINEAR;
+    const double depth = isRatio ? search.RatioThreshold : search.LinearThreshold;
+    const auto next = [&](__int64 start, bool forward, int* isPeak) {
+        return CMatBasic::SearchPeakNotch(count, values, 0, start, forward, 1, 1, isRatio, depth, low, high,
+                                          isPeak);
+    };
+    std::vector<Peak> extremes;
+    int isPeak = 0;
+    for (__int64 at = next(0, true, &isPeak); at >= 0;) {
+        extremes.push_back({at, isPeak != 0});
+        const __int64 following = next(at, true, &isPeak);
+        at = following > at ? following : -1;
+    }
+    // The first one has a side that the walk did not look at: seen from behind it must be an extreme, too.
+    if (!extremes.empty() && next(extremes.front().index + 1, false, &isPeak) != extremes.front().index) {
+        extremes.erase(extremes.begin());
+    }
+    return extremes;
+}
+
+}  // namespace
+
+std::vector<Peak> FindPeaks(const CurveSamples& samples, const AxisRange& x, const Search& search,
+                            __int64 most) {
+    if (samples.y == nullptr || samples.count < 2 || most < 1) return {};
+    const IndexRange visible = SamplesWithin(samples, x.low, x.high);
+    if (visible.count < 2) return {};
+    std::vector<Peak> peaks = Extremes(samples.y + visible.first, visible.count, search);
+    for (Peak& peak : peaks) peak.index += visible.first;
+    std::erase_if(peaks, [&](const Peak& peak) {
+        const double at =
+            samples.ShownX(samples.x != nullptr ? samples.x[peak.index] : samples.XAt(peak.index));
+        return !IsWanted(peak, search) || !(at >= x.low && at <= x.high);
+    });
+
+    const auto minima =
+        std::stable_partition(peaks.begin(), peaks.end(), [](const Peak& p) { return p.isMaximum; });
+    const auto value = [&](const Peak& peak) { return samples.y[peak.index]; };
+    std::stable_sort(peaks.begin(), minima,
+                     [&](const Peak& a, const Peak& b) { return value(a) > value(b); });
+    std::stable_sort(minima, peaks.end(), [&](const Peak& a, const Peak& b) { return value(a) < value(b); });
+    std::vector<Peak> chosen;
+    for (auto high = peaks.begin(), low = minima; high != minima || low != peaks.end();) {
+        for (auto* list : {&high, &low}) {
+            if (*list == (list == &high ? minima : peaks.end())) continue;
+            if (std::ssize(chosen) == most) return chosen;
+            chosen.push_back(*(*list)++);
+        }
+    }
+    return chosen;
+}
+
+}  // namespace kvx::plot

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+//
+// The peaks of a curve, as the peak search of a graph's configuration finds them. Pure functions, safe from
+// any thread.
+#pragma once
+
+#include <vector>
+
+#include <KvxDevCommon01/graph/AxisMapping.h>
+#include <KvxDevCommon01/graph/GraphConfigInfo.h>
+#include <KvxDevCommon01/platform/Types.h>
+#include <plot/Curve.h>
+#include <plot/Export.h>
+
+namespace kvx::plot {
+
+struct Peak {
+    __int64 index = 0;
+    bool isMaximum = true;
+
+    bool operator==(const Peak&) const = default;
+};
+
+/// The peaks among the samples whose shown X lies within `x`: the extremes from which the values come back on
+/// both sides by the threshold of `search`. Of more than `most` the highest maxima and the lowest minima,
+/// when both are wanted in turn. The highest comes first.
+KVX_PLOT_API std::vector<Peak> FindPeaks(const CurveSamples& samples, const AxisRange& x,
+                                         const GRAPHCONFIGINFO_PEAKSEARCH_TAG& search, __int64 most);
+
+}  // namespace kvx::plot
