@@ -395,9 +395,14 @@ PlacedText PlaceText(std::wstring text, Point anchor, const TextStyle& style, co
 }
 
 std::wstring CutText(std::wstring_view text, double letterSize, double width, const TextMeasure& measure) {
-    std::wstring whole(text.substr(0, kMostLetters));
+    const std::wstring whole(text.substr(0, kMostLetters));
     if (text.size() <= kMostLetters && measure.Measure(whole, letterSize).width <= width) return whole;
-    const auto cut = [&](std::size_t letters) { return whole.substr(0, letters) + L"#n…"; };
+    // An end without its beginning would lose markup.
+    const bool hasMarkup = text.find(L'#') != std::wstring_view::npos;
+    const auto cut = [&](std::size_t letters) {
+        const std::size_t end = hasMarkup ? 0 : letters / 2;
+        return whole.substr(0, letters - end).append(L"#n…").append(text.substr(text.size() - end));
+    };
     const auto fits = [&](std::size_t letters) {
         return measure.Measure(cut(letters), letterSize).width <= width;
     };

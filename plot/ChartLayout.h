@@ -59,8 +59,8 @@ struct ChartLayout {
 /// The text with its box; an upright one is turned about its anchor.
 KVX_PLOT_API PlacedText PlaceText(std::wstring text, Point anchor, const TextStyle& style,
                                   const TextMeasure& measure);
-/// The text, or as much of its beginning as fits into `width` followed by an ellipsis; empty when not even
-/// that fits.
+/// The text, or as much of its beginning and end, by which names of channels differ, as fits into `width`
+/// with an ellipsis between; of a text with markup only the beginning. Empty when not even that fits.
 KVX_PLOT_API std::wstring CutText(std::wstring_view text, double letterSize, double width,
                                   const TextMeasure& measure);
 /// The size of letters that suits a picture or pane of that size: 9 points on 600 by 375 points.

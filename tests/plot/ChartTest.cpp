@@ -115,7 +115,7 @@ TEST(ChartLayout, GivesTheLegendAFifthOrWhatItsNamesNeed) {
     Chart chart = TestChart(3);
     chart.curves[1].name = L"A name of considerable length, too long for a fifth";
     EXPECT_NEAR(LayOut(chart, {800.0, 500.0}).legend->Width(), 160.0, 2.0);
-    EXPECT_TRUE(LayOut(chart, {800.0, 500.0}).entries[1].name.text.ends_with(L"…"));
+    EXPECT_NE(LayOut(chart, {800.0, 500.0}).entries[1].name.text.find(L"…"), std::wstring::npos);
     chart.isLegendWidthFromText = true;
     const ChartLayout wide = LayOut(chart, {1600.0, 1000.0});
     EXPECT_EQ(wide.entries[1].name.text, chart.curves[1].name);
@@ -156,7 +156,7 @@ TEST(ChartLayout, TakesTheShortTitleWhereTheWholeOneHasNoRoom) {
 TEST(CutText, KeepsAsMuchAsFits) {
     const RecordingCanvas measure;  // 6 per letter of size 10
     EXPECT_EQ(CutText(L"abcdef", 10.0, 36.0, measure), L"abcdef");
-    EXPECT_EQ(CutText(L"abcdefgh", 10.0, 36.0, measure), L"abc#n…");
+    EXPECT_EQ(CutText(L"abcdefgh", 10.0, 36.0, measure), L"ab#n…h");
     EXPECT_EQ(CutText(L"ab#u2#nabc", 10.0, 36.0, measure), L"ab#n…");
     EXPECT_EQ(CutText(L"abcdef", 10.0, 5.0, measure), L"");
     EXPECT_LE(CutText(std::wstring(100'000, L'x'), 10.0, 1e9, measure).size(), 400U);
