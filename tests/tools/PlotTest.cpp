@@ -107,6 +107,15 @@ TEST_F(Plot, ShowsEveryChoiceAndTheSameTwice) {
     EXPECT_TRUE(pictures.contains(Picture("plot wave.vdf2 --record 1 --show magnitude")));
 }
 
+TEST_F(Plot, TellsCoherencesFromSpectraWithoutAUnit) {
+    RunWell(*folder_,
+            "set -e\ncut -d, -f1 in.csv | sed 1d > plain.txt\n"
+            "kvx import plain.txt -o plain.vdf2 --rate 1024\nkvx spectrum plain.vdf2 -o lines.vdf2");
+    const std::string asCoherence = " --y 0,1 --y-scale linear";
+    EXPECT_EQ(Picture("plot xfr.vdf2 --record 2"), Picture("plot xfr.vdf2 --record 2" + asCoherence));
+    EXPECT_NE(Picture("plot lines.vdf2"), Picture("plot lines.vdf2" + asCoherence));
+}
+
 TEST_F(Plot, TakesColoursFromTheSettingsItStored) {
     const std::string black = Picture("plot psd.vdf2 --scheme black --store-settings black.gci2");
     EXPECT_EQ(Picture("plot psd.vdf2 --settings black.gci2"), black);

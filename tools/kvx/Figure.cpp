@@ -29,6 +29,12 @@ bool IsFrequency(const CComDataBase& record) {
     return record.GetHUnit() == CUnitCtrl::DIM_FREQUENCY;
 }
 
+/// Whether the columns are references, which have names; other columns are numbered.
+bool HasReference(const CComDataBase& record) {
+    const CComDataSpecA numbered(1.0, 1, record.GetNumCol(), 1, 0, CUnitCtrl(), nullptr, nullptr);
+    return record.GetColName() != numbered.GetColName();
+}
+
 /// Whether the unit has hertz in a denominator.
 bool IsPerHertz(const CUnitCtrl& unit) {
     std::array<CUnitCtrl::UNIT_CODE, 4> codes;
@@ -170,10 +176,14 @@ FigureChoice ResolveFigure(const AxisChoice& x, const AxisChoice& y, const std::
 
 Param::DATA_KIND DataKindOf(const CComDataBase& record) {
     if (!IsFrequency(record)) return Param::DATA_WAVEFORM;
-    if (record.GetImaginary(0, 0) != nullptr)
-        return record.GetUnit().IsSingle() ? Param::DATA_COMPLEX_SPECTRUM : Param::DATA_TRANSFER;
+    const bool hasReference = HasReference(record);
+    if (record.GetImaginary(0, 0) != nullptr) {
+        const bool isTransfer = hasReference || !record.GetUnit().IsSingle();
+        return isTransfer ? Param::DATA_TRANSFER : Param::DATA_COMPLEX_SPECTRUM;
+    }
     if (IsPerHertz(record.GetUnit())) return Param::DATA_PSD;
-    return record.GetUnit() == CUnitCtrl::DIM_NONE ? Param::DATA_COHERENCE : Param::DATA_SPECTRUM;
+    const bool isCoherence = hasReference && record.GetUnit() == CUnitCtrl::DIM_NONE;
+    return isCoherence ? Param::DATA_COHERENCE : Param::DATA_SPECTRUM;
 }
 
 Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channels,
