@@ -121,8 +121,15 @@ TEST_F(Plot, TakesColoursFromTheSettingsItStored) {
     EXPECT_EQ(Picture("plot psd.vdf2 --settings black.gci2"), black);
     EXPECT_EQ(Picture("plot psd.vdf2 --settings black.gci2 --scheme white"), Picture("plot psd.vdf2"));
     // A file of colours alone ends where the configuration would begin.
-    RunWell(*folder_, "head -c 35716 black.gci2 > colours.gci2");
+    RunWell(*folder_, "head -c 35716 black.gci2 > colours.gci2\nhead -c 36000 black.gci2 > short.gci2");
     EXPECT_EQ(Picture("plot psd.vdf2 --settings colours.gci2"), black);
+    const auto error = [](const std::string& options) {
+        return RunShell(*folder_, "kvx plot psd.vdf2 -o x.svg " + options).err;
+    };
+    EXPECT_EQ(error("--settings short.gci2"),
+              "kvx: cannot read 'short.gci2': its configuration is damaged\n");
+    EXPECT_EQ(error("--store-settings psd.vdf2").rfind("kvx: the output 'psd.vdf2' is the input file", 0),
+              0U);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Text.h>
 
@@ -83,6 +84,15 @@ plot::PictureOptions OptionsOf(const PictureChoice& choice, PictureFormat format
     return options;
 }
 
+/// Whether nothing stands behind the colours of a file that holds them.
+bool EndsWithColors(const std::wstring& path) {
+    InputFile file(path);
+    CArchive archive(file, CArchive::load);
+    CComHdr().Serialize(archive);
+    CGraphColorInfo().Serialize(archive);
+    return archive.Remaining() == 0;
+}
+
 /// Settings of either kind of file: colours and configuration, or colours alone.
 CGraphInfo LoadSettings(const std::string& path) {
     return Doing("read", path, [&] {
@@ -90,8 +100,10 @@ CGraphInfo LoadSettings(const std::string& path) {
         InputFile(std::wstring_view(wide));  // a file that cannot be read is told as such
         CGraphInfo settings;
         if (settings.LoadGraphInfo(wide, nullptr, 0)) return settings;
-        if (settings.GetGraphColorInfo()->LoadGraphColorInfo(wide, nullptr, 0)) return settings;
-        throw Reason("it holds no graph settings");
+        if (!settings.GetGraphColorInfo()->LoadGraphColorInfo(wide, nullptr, 0))
+            throw Reason("it holds no graph settings");
+        if (!EndsWithColors(wide)) throw Reason("its configuration is damaged");
+        return settings;
     });
 }
 
@@ -136,7 +148,13 @@ void AddPictureOptions(Command command, PictureChoice* choice) {
         .Type("FILE");
 }
 
-PictureTarget ResolvePicture(const PictureChoice& choice) {
+PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std::string>& inputs) {
+    for (const std::string& input : inputs) {
+        RequireAnotherFile(input, choice.output);
+        RequireAnotherFile(input, choice.storeSettings);
+    }
+    if (choice.storeSettings == choice.output)
+        throw ValueError("--store-settings: " + Quote(choice.output) + " is the picture");
     const PictureFormat format = FormatOf(choice.output);
     PictureTarget target = {format, OptionsOf(choice, format), {}, CGraphColorInfo::OUTPUT_DISPLAY};
     if (choice.title) {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/GraphColorInfo.h>
@@ -38,8 +39,9 @@ struct PictureTarget {
     std::optional<std::wstring> title = {};
 };
 
-/// Throws ValueError for what cannot be used, and Failure when the settings cannot be read.
-PictureTarget ResolvePicture(const PictureChoice& choice);
+/// Throws ValueError for what cannot be used, such as a file to write that is one of the `inputs`, and
+/// Failure when the settings cannot be read.
+PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std::string>& inputs);
 
 /// Stores the settings if asked to and draws the picture; throws Failure.
 void WritePicture(const PictureChoice& choice, const PictureTarget& target,

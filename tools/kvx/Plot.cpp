@@ -16,7 +16,6 @@
 #include "Failure.h"
 #include "Figure.h"
 #include "Options.h"
-#include "Output.h"
 #include "PictureChoice.h"
 #include "ProfileText.h"
 #include "UnitChoice.h"
@@ -113,8 +112,7 @@ void AddProfileText(std::vector<Figure>& figures, const ProfileText& text) {
 }
 
 void RunPlot(const PlotOptions& options, ByteStream& out) {
-    RequireAnotherFile(options.input, options.picture.output);
-    const PictureTarget target = ResolvePicture(options.picture);
+    const PictureTarget target = ResolvePicture(options.picture, {options.input, options.profile});
     const FigureChoice choice = ChoiceOf(options);
     const DataFileContent content = Doing("read", options.input, [&] { return LoadDataFile(options.input); });
     std::vector<Figure> figures =

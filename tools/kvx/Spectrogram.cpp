@@ -20,7 +20,6 @@
 #include "Figure.h"
 #include "Format.h"
 #include "Options.h"
-#include "Output.h"
 #include "PictureChoice.h"
 #include "Progress.h"
 #include "UnitChoice.h"
@@ -139,8 +138,7 @@ Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const
 }
 
 void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
-    RequireAnotherFile(options.input, options.picture.output);
-    const PictureTarget target = ResolvePicture(options.picture);
+    const PictureTarget target = ResolvePicture(options.picture, {options.input});
     const FigureChoice choice = ResolveFigure(options.x, options.y, options.unit);
     MakeWindow(options.blocks);
     const __int64 most = options.isWaterfall ? CGraphLineInfoList::GetWaterfallMaxLineNum() : kMostMapSlices;
