@@ -87,8 +87,8 @@ __int64 OverlapSamples(const BlockOptions& options) {
 
 void RequireBlock(const CComDataBase& record, const BlockOptions& options) {
     if (record.GetNsamp() < options.size) {
-        throw Reason("its " + Count(record.GetNsamp(), "sample") + " do not fill a block of " +
-                     std::to_string(options.size) + "; choose a smaller --block");
+        throw Reason("a block of " + std::to_string(options.size) + " is more than its " +
+                     Count(record.GetNsamp(), "sample") + "; choose a smaller --block");
     }
 }
 

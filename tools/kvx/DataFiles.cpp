@@ -40,7 +40,7 @@ std::string ReasonText(const DataFileFailure& failure) {
         case DataFileFailure::kNoRecord:
             return "it has a header but no record";
         case DataFileFailure::kBadRecord:
-            return place + "it is empty or damaged";
+            return place + "it is empty, damaged or too large for the memory";
         case DataFileFailure::kNoMemory:
             return place + "there is not enough memory";
     }

@@ -107,7 +107,9 @@ struct Filter {
 };
 
 Filter ReadFilter(const FilterOptions& options) {
-    if (!options.lowPassHz && !options.highPassHz) throw UsageError("--lowpass or --highpass is required");
+    if (!options.lowPassHz && !options.highPassHz) {
+        throw UsageError("one of --lowpass, --highpass, --butterworth, --fir and --fir-set is required");
+    }
     const Kind& kind = Choose(kKinds, "--kind", options.kind.value_or("butterworth"));
     if (options.q && kind.parameter != "--q") throw UsageError("--q is for --kind second");
     if (options.order && kind.parameter != "--order") {
