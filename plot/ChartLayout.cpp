@@ -22,6 +22,7 @@ constexpr double kNumberGap = 1.5;    // least room between numbers side by side
 constexpr double kNumberPitch = 2.6;  // least distance of numbers one above the other
 constexpr double kSample = 2.8;       // length of a line's sample in the legend
 constexpr double kEntry = 1.45;       // height of an entry in the legend
+constexpr double kLeastName = 2.0;    // least room for a name there
 constexpr double kTitle = 1.15;       // size of the title's letters
 // Distance of minor grid lines in points.
 constexpr double kMinorPoints = 3.5;
@@ -313,6 +314,7 @@ private:
         const double most = std::min(share, kMostLegendShare) * layout_.area.Width();
         cellWidth_ = std::min(widest + besideName, (most - 2.0 * padding) / columns);
         if (!chart_.isLegendWidthFromText) cellWidth_ = (most - 2.0 * padding) / columns;
+        if (cellWidth_ < besideName + std::min(widest, kLeastName * letters)) return;
         const double width = columns * cellWidth_ + 2.0 * padding;
         const double height = static_cast<double>(perColumn_) * kEntry * letters + 2.0 * padding;
         layout_.legend = Rect{room->right - width, room->top, room->right, room->top + height};

@@ -115,6 +115,7 @@ TEST(ChartLayout, GivesTheLegendAFifthOrWhatItsNamesNeed) {
     Chart chart = TestChart(3);
     chart.curves[1].name = L"A name of considerable length, too long for a fifth";
     EXPECT_NEAR(LayOut(chart, {800.0, 500.0}).legend->Width(), 160.0, 2.0);
+    EXPECT_FALSE(LayOut(chart, {180.0, 110.0}).legend);
     EXPECT_NE(LayOut(chart, {800.0, 500.0}).entries[1].name.text.find(L"…"), std::wstring::npos);
     chart.isLegendWidthFromText = true;
     const ChartLayout wide = LayOut(chart, {1600.0, 1000.0});

@@ -171,6 +171,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --fir-set 6", 1, "--fir-set: '6' is not a whole number from 0 to 5"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --fir none.txt", 1, "cannot read 'none.txt': the file does not exist\n"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --fir profile.txt", 1, "cannot read 'profile.txt': coefficients stand in one column or one row\n"},
+    WrongCase{"kvx filter a.vdf2 -o profile.txt --fir profile.txt", 1, "the output 'profile.txt' is the input file"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --keep-delay", 2, "--keep-delay is for --fir and --fir-set"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --fir-set 0 --ends periodic", 1, "--ends: there is no 'periodic', only hold, zeros"},
     WrongCase{"kvx resample a.vdf2 -o x.vdf2", 2, "one of --down, --up and --rate is required"},

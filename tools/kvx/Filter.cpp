@@ -323,6 +323,7 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
     if (options.bySamples.keepDelay && !options.bySamples.firFile && !options.bySamples.firSet) {
         throw UsageError("--keep-delay is for --fir and --fir-set");
     }
+    RequireAnotherFile(options.bySamples.firFile.value_or(""), options.stream.output);
     const PlanRun plan = options.bySamples.IsAny() ? PlanSamples(options) : PlanSpectra(options);
     const std::string& input = options.stream.input;
     const std::unique_ptr<SignalReader> reader = OpenInput("filter", options.stream);
