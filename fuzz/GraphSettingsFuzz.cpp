@@ -39,7 +39,8 @@ void StoreAndLoad(Type& value) {
     if (!Load(&again, stream.Bytes(), &Type::Serialize) || !(again == value)) std::abort();
 }
 
-void StoreAndLoad(const CGraphInfo& info) {
+/// The members one by one: the settings as a whole reset themselves when they are serialised.
+void StoreAndLoadMembers(const CGraphInfo& info) {
     StoreAndLoad(*info.GetGraphColorInfo());
     StoreAndLoad(*info.GetGraphConfigInfo());
 }
@@ -52,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CString text;
     CGraphInfo info;
     if (info.LoadGraphInfo(file.Path(), &text, 0)) {
-        StoreAndLoad(info);
+        StoreAndLoadMembers(info);
     } else if (!(info == CGraphInfo())) {
         std::abort();
     }
