@@ -8,7 +8,7 @@ build=(
     libcairo2-dev libpango1.0-dev libjpeg-dev fonts-dejavu-core fonts-vlgothic  # plots, with Latin and Japanese letters
     libcli11-dev libsndfile1-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev)
-check=(git clang clang-format libclang-rt-14-dev libbenchmark-dev binutils)
+check=(git clang clang-format libclang-rt-14-dev llvm libbenchmark-dev binutils)
 coverage=(clang libclang-rt-14-dev llvm)
 
 wanted=()
