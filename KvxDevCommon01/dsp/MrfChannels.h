@@ -21,7 +21,8 @@ public:
     MrfChannels(const MrfChannels& other);
     MrfChannels(MrfChannels&& other) noexcept;
     ~MrfChannels();
-    /// Copies carry the state of every channel; without memory there are no channels.
+    /// Copies carry the state of every channel. Without memory there are no channels, or one whose filters
+    /// did not find theirs starts anew or does nothing, as CMatFir says.
     MrfChannels& operator=(const MrfChannels& other);
     MrfChannels& operator=(MrfChannels&& other) noexcept;
 
