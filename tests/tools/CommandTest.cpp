@@ -227,7 +227,11 @@ TEST(Import, KeepsEveryDigitAndPutsEachUnitIntoARecord) {
         "0,-0.029026,0.30000000000000004,45.299014,1e-300,-40\n"
         "0.25,0.02,123456789.12345678,0.002739,1e+300,0\n";
     folder.Write("in.csv", table);
-    RunWell(folder, "kvx import in.csv -o in.vdf2 --text 'Shaker 3'");
+    EXPECT_THAT(RunWell(folder, "kvx import in.csv -o in.vdf2 --text 'Shaker 3'"),
+                HasSubstr("channel  name   unit  record\n"
+                          "        1  top    g          1\n"
+                          "        2  base   g          1\n"
+                          "        3  force  N          2\n"));
     const nlohmann::json info = RunJson(folder, "kvx info in.vdf2");
     EXPECT_EQ(info["text"], "Shaker 3");
     EXPECT_EQ(info["code"], "0x20011");

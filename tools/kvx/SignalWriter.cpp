@@ -91,6 +91,7 @@ private:
                 outline.fields.delta = run.delta;
                 outline.fields.offset = run.offset;
                 outline.cols = 1;
+                outline.fields.colNames.resize(1);  // one column, without a name
                 outline.nsamp = run.samples;
                 record = records_.insert(records_.end(), std::move(outline));
             }
