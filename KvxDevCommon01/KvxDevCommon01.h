@@ -11,6 +11,7 @@
 #include <KvxDevCommon01/platform/CodePage.h>
 #include <KvxDevCommon01/platform/DateTime.h>
 #include <KvxDevCommon01/platform/Desktop.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/Folder.h>

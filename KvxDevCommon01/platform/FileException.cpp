@@ -3,27 +3,52 @@
 
 #include <array>
 #include <cerrno>
+#include <cstring>
+
+#include <KvxDevCommon01/platform/detail/Causes.h>
 
 namespace {
 
-// By cause, 0 to 14.
-constexpr std::array<const char*, 15> kCauseTexts = {
-    "no error",
-    "the file operation failed",
-    "the file does not exist",
-    "the path is not valid",
-    "too many files are open",
-    "access is denied",
-    "the file handle is not valid",
-    "the current folder cannot be removed",
-    "the folder is full",
-    "the file position could not be set",
-    "the device reported an error",
-    "the file is in use by another program",
-    "a part of the file is locked",
-    "the disk is full",
-    "the file ends too early",
+using kvx::ErrorKind;
+
+struct CauseRow {
+    int cause;
+    ErrorKind kind;
+    const char* sentence;
 };
+
+// clang-format off
+constexpr std::array kCauses = {
+    CauseRow{CFileException::none,             ErrorKind::kHost,     "no error"},
+    CauseRow{CFileException::genericException, ErrorKind::kHost,     "the file operation failed"},
+    CauseRow{CFileException::fileNotFound,     ErrorKind::kNotFound, "the file does not exist"},
+    CauseRow{CFileException::badPath,          ErrorKind::kNotFound, "the path is not valid"},
+    CauseRow{CFileException::tooManyOpenFiles, ErrorKind::kHost,     "too many files are open"},
+    CauseRow{CFileException::accessDenied,     ErrorKind::kDenied,   "access is denied"},
+    CauseRow{CFileException::invalidFile,      ErrorKind::kHost,     "the file handle is not valid"},
+    CauseRow{CFileException::removeCurrentDir, ErrorKind::kDenied,   "the current folder cannot be removed"},
+    CauseRow{CFileException::directoryFull,    ErrorKind::kDiskFull, "the folder is full"},
+    CauseRow{CFileException::badSeek,          ErrorKind::kHost,     "the file position could not be set"},
+    CauseRow{CFileException::hardIO,           ErrorKind::kHost,     "the device reported an error"},
+    CauseRow{CFileException::sharingViolation, ErrorKind::kDenied,   "the file is in use by another program"},
+    CauseRow{CFileException::lockViolation,    ErrorKind::kDenied,   "a part of the file is locked"},
+    CauseRow{CFileException::diskFull,         ErrorKind::kDiskFull, "the disk is full"},
+    CauseRow{CFileException::endOfFile,        ErrorKind::kDamaged,  "the file ends too early"},
+};
+// clang-format on
+
+constexpr bool IsByCause() {
+    for (std::size_t i = 0; i < kCauses.size(); ++i) {
+        if (kCauses[i].cause != static_cast<int>(i)) return false;
+    }
+    return true;
+}
+static_assert(IsByCause());
+
+const CauseRow& RowOf(int cause) {
+    const bool isKnown = cause >= 0 && static_cast<std::size_t>(cause) < kCauses.size();
+    return kCauses[static_cast<std::size_t>(isKnown ? cause : CFileException::genericException)];
+}
 
 int CauseOfHostError(int osError) {
     switch (osError) {
@@ -70,8 +95,7 @@ int CauseOfHostError(int osError) {
 
 CFileException::CFileException(int cause, std::int32_t osError, std::wstring_view fileName)
     : m_cause(cause), m_lOsError(osError), m_strFileName(fileName) {
-    const bool known = cause >= 0 && static_cast<std::size_t>(cause) < kCauseTexts.size();
-    what_ = kCauseTexts[known ? static_cast<std::size_t>(cause) : static_cast<std::size_t>(genericException)];
+    what_ = RowOf(cause).sentence;
     if (!m_strFileName.empty()) what_ += ": '" + kvx::ToUtf8(m_strFileName) + "'";
 }
 
@@ -82,3 +106,25 @@ CFileException CFileException::FromHostError(int osError, std::wstring_view file
 const char* CFileException::what() const noexcept {
     return what_.c_str();
 }
+
+namespace kvx {
+
+ErrorKind KindOfCause(int cause) {
+    return RowOf(cause).kind;
+}
+
+std::string SentenceOf(const CFileException& error) {
+    if (error.m_lOsError == EISDIR) return "it is a folder";
+    if (error.m_cause == CFileException::badPath && error.m_lOsError == ENOENT) {
+        return "its folder does not exist";
+    }
+    if (error.m_cause == CFileException::fileNotFound && error.m_lOsError == -1) {
+        return "this host has no such path";
+    }
+    if (error.m_cause == CFileException::genericException && error.m_lOsError > 0) {
+        return std::strerror(error.m_lOsError);
+    }
+    return RowOf(error.m_cause).sentence;
+}
+
+}  // namespace kvx

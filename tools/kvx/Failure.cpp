@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Failure.h"
 
-#include <cerrno>
-#include <cstring>
 #include <new>
 #include <optional>
 
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 
 namespace kvx::tool {
@@ -22,17 +21,7 @@ std::size_t SequenceLength(unsigned char lead) {
 }  // namespace
 
 std::string Explain(const CFileException& error) {
-    if (error.m_lOsError == EISDIR) return "it is a folder";
-    if (error.m_cause == CFileException::badPath && error.m_lOsError == ENOENT) {
-        return "its folder does not exist";
-    }
-    if (error.m_cause == CFileException::fileNotFound && error.m_lOsError == -1) {
-        return "this host has no such path";
-    }
-    if (error.m_cause == CFileException::genericException && error.m_lOsError > 0) {
-        return std::strerror(error.m_lOsError);
-    }
-    return CFileException(error.m_cause).what();
+    return Error(error).Sentence();
 }
 
 std::string Quote(std::string_view text) {
