@@ -41,6 +41,13 @@ enum TextId : unsigned int {
     kTextGraphWaterfall = 1202,
     kTextGraphColorMap = 1203,
 
+    // Labels of the dialog that an application builds for a CScaleParam; that of m_bXLog is
+    // kTextFirstPeakThresholdKind + 1.
+    kTextScaleFullRange = 1204,
+    kTextScaleAutomatic = 1205,
+    kTextScaleFixed = 1206,
+    kTextScaleSymmetric = 1207,
+
     // Graph settings: labels of the dialogs that an application builds for them, questions and failures.
     kTextFirstGraphOutput = 1208,       ///< 2 names, in the order of CGraphColorInfo::OUTPUT_KIND
     kTextFirstGraphCompo = 1211,        ///< 8 names, in the order of CGraphColorInfo::COMPO_KIND

@@ -281,6 +281,10 @@ inline constexpr auto kTexts = std::to_array<TextRow>({
     {1201, L"2D グラフ"},
     {1202, L"ウォータフォール"},
     {1203, L"カラーマップ"},
+    {1204, L"全域"},
+    {1205, L"自動"},
+    {1206, L"固定"},
+    {1207, L"±対称"},
 
     // Graph settings: outputs, components, thicknesses, lines, questions, options, peak search, failures.
     {1208, L"ディスプレイ"},
