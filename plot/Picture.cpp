@@ -16,6 +16,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <plot/CairoCanvas.h>
 #include <plot/detail/JpegEncoder.h>
+#include <plot/detail/PngResolution.h>
 
 namespace kvx::plot {
 namespace {
@@ -106,8 +107,12 @@ void NumberAnew(std::string* svg) {
 PictureResult Finish(PictureFormat format, const PictureOptions& options, cairo_surface_t* surface,
                      std::string* bytes) {
     switch (format) {
-        case PictureFormat::kPng:
-            return ResultOf(cairo_surface_write_to_png_stream(surface, AppendBytes, bytes));
+        case PictureFormat::kPng: {
+            const PictureResult result =
+                ResultOf(cairo_surface_write_to_png_stream(surface, AppendBytes, bytes));
+            if (result) SetPngResolution(options.pixelsPerInch, bytes);
+            return result;
+        }
         case PictureFormat::kJpeg: {
             const ImageView image = {
                 cairo_image_surface_get_data(surface), cairo_image_surface_get_width(surface),

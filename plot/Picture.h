@@ -25,7 +25,8 @@ KVX_PLOT_API std::optional<PictureFormat> PictureFormatOf(std::wstring_view path
 struct PictureOptions {
     /// In pixels; on PDF in points. Fractions count for PDF only.
     Size size{800.0, 500.0};
-    /// Pixels per inch of PNG, JPEG and SVG (in which a pixel is 1/96 inch); letters and pens grow with it.
+    /// Pixels per inch of PNG and JPEG, which state it, and of SVG, in which a pixel is 1/96 inch; letters
+    /// and pens grow with it.
     double pixelsPerInch = 96.0;
     int jpegQuality = 90;  ///< 1 to 100
 };
