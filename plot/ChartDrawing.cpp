@@ -18,6 +18,12 @@ using detail::FineLines;
 constexpr double kMarkDistance = 0.4;  // of a mark's text over the size of the letters
 constexpr double kDotWidths = 2.5;     // a lone sample over the width of its line
 
+/// The plot with its frame, whose lines reach half their width outwards: a curve on a bound is seen on the
+/// frame.
+Rect WithFrame(const Rect& plot, Canvas& canvas) {
+    return plot.Inset(-FineLines(canvas).GetWidth() / 2.0);
+}
+
 void DrawGrid(const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
     const Rect& plot = layout.plot;
     const COLORREF major = colors.Of(Compo::COMPO_GRID);
@@ -34,8 +40,8 @@ void DrawGrid(const ChartLayout& layout, const ChartColors& colors, Canvas& canv
     }
 }
 
-/// Short strokes into the plot.
-void DrawTicks(const ChartLayout& layout, COLORREF color, Canvas& canvas) {
+/// The frame and its ticks, short strokes into the plot.
+void DrawFrameLines(const ChartLayout& layout, COLORREF color, Canvas& canvas) {
     const Rect& plot = layout.plot;
     FineLines lines(canvas);
     const auto length = [&](const PlacedTick& tick) { return detail::TickLength(tick.isMajor, canvas); };
@@ -51,6 +57,7 @@ void DrawTicks(const ChartLayout& layout, COLORREF color, Canvas& canvas) {
         }
     }
     lines.Draw(color);
+    canvas.StrokeRect(plot, {color, lines.GetWidth()});
 }
 
 void DrawCursors(const Chart& chart, const ChartLayout& layout, COLORREF color, Canvas& canvas) {
@@ -90,6 +97,23 @@ void DrawLegend(const Chart& chart, const ChartLayout& layout, const ChartColors
         }
         DrawPlacedText(entry.name, colors.Of(Compo::COMPO_LEGEND_TEXT), canvas);
     }
+}
+
+/// Cursors, and what stands around the plot.
+void DrawSurroundings(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
+                      Canvas& canvas) {
+    DrawCursors(chart, layout, colors.Of(Compo::COMPO_CURSOR), canvas);
+    const COLORREF text = colors.Of(Compo::COMPO_TEXT);
+    if (layout.title) DrawPlacedText(*layout.title, text, canvas);
+    DrawTexts(layout.x.numbers, text, canvas);
+    DrawTexts(layout.x.titles, text, canvas);
+    DrawTexts(layout.y.numbers, text, canvas);
+    DrawTexts(layout.y.titles, text, canvas);
+    if (layout.y2) {
+        DrawTexts(layout.y2->numbers, text, canvas);
+        DrawTexts(layout.y2->titles, text, canvas);
+    }
+    DrawLegend(chart, layout, colors, canvas);
 }
 
 /// Fills small squares where a line of one point would not be seen.
@@ -147,11 +171,15 @@ void DrawCurve(const ChartCurve& curve, const ChartLayout& layout, CGraphColorIn
     const bool isOnSecondAxis = curve.isOnSecondAxis && layout.y2;
     const AxisMapping& y = isOnSecondAxis ? layout.y2->mapping : layout.y.mapping;
     if (layout.plot.IsEmpty() || layout.x.mapping.scale == 0.0 || y.scale == 0.0) return;
-    const CurveFrame frame{layout.x.mapping, y, layout.plot, canvas.GetFineness()};
-    const ClipScope clip(canvas, layout.plot);
+    const Rect seen = WithFrame(layout.plot, canvas);
+    const CurveFrame frame{layout.x.mapping, y, seen, canvas.GetFineness()};
+    const ClipScope clip(canvas, seen);
     const Pen pen = LinePen(curve.look, output, canvas.GetPointLength());
     if (curve.shape == CurveShape::kBars) {
-        canvas.Fill(BarPath(curve.samples, frame), curve.look.m_rgbLine);
+        // Bars stand on the frame and leave it whole.
+        CurveFrame inside = frame;
+        inside.plot = layout.plot.Inset(FineLines(canvas).GetWidth() / 2.0);
+        canvas.Fill(BarPath(curve.samples, inside), curve.look.m_rgbLine);
     } else if (curve.shape != CurveShape::kMarks && pen.type != CKvxGraphLineSample::LINE_NONE) {
         const Path path = curve.shape == CurveShape::kSteps ? StepPath(curve.samples, frame)
                                                             : LinePath(curve.samples, frame);
@@ -164,14 +192,15 @@ void DrawCurve(const ChartCurve& curve, const ChartLayout& layout, CGraphColorIn
 }
 
 void DrawChartMarks(const Chart& chart, const ChartLayout& layout, Canvas& canvas) {
-    const ClipScope clip(canvas, layout.plot);
+    const Rect seen = WithFrame(layout.plot, canvas);
+    const ClipScope clip(canvas, seen);
     std::vector<Rect> taken;
     for (const ChartMark& mark : chart.marks) {
         const ChartCurve& curve = chart.curves[mark.curve];
         const bool isOnSecondAxis = curve.isOnSecondAxis && layout.y2;
         const AxisMapping& y = isOnSecondAxis ? layout.y2->mapping : layout.y.mapping;
         const Point place{layout.x.mapping.ToPixel(mark.at.x), y.ToPixel(mark.at.y)};
-        if (!layout.plot.Contains(place)) continue;
+        if (!seen.Contains(place)) continue;
         Path places;
         places.MoveTo(place);
         DrawMarks(canvas, places, curve.look);
@@ -186,29 +215,17 @@ void DrawChartMarks(const Chart& chart, const ChartLayout& layout, Canvas& canva
 
 void DrawChartFrame(const Chart& chart, const ChartLayout& layout, const ChartColors& colors,
                     Canvas& canvas) {
-    DrawCursors(chart, layout, colors.Of(Compo::COMPO_CURSOR), canvas);
-    const COLORREF frame = colors.Of(Compo::COMPO_FRAME);
-    DrawTicks(layout, frame, canvas);
-    canvas.StrokeRect(layout.plot, {frame, FineLines(canvas).GetWidth()});
-
-    const COLORREF text = colors.Of(Compo::COMPO_TEXT);
-    if (layout.title) DrawPlacedText(*layout.title, text, canvas);
-    DrawTexts(layout.x.numbers, text, canvas);
-    DrawTexts(layout.x.titles, text, canvas);
-    DrawTexts(layout.y.numbers, text, canvas);
-    DrawTexts(layout.y.titles, text, canvas);
-    if (layout.y2) {
-        DrawTexts(layout.y2->numbers, text, canvas);
-        DrawTexts(layout.y2->titles, text, canvas);
-    }
-    DrawLegend(chart, layout, colors, canvas);
+    DrawFrameLines(layout, colors.Of(Compo::COMPO_FRAME), canvas);
+    DrawSurroundings(chart, layout, colors, canvas);
 }
 
 void DrawChart(const Chart& chart, const ChartLayout& layout, const ChartColors& colors, Canvas& canvas) {
     DrawChartGround(chart, layout, colors, canvas);
+    // Below the curves: it would cover those that lie on a bound.
+    DrawFrameLines(layout, colors.Of(Compo::COMPO_FRAME), canvas);
     for (const ChartCurve& curve : chart.curves) DrawCurve(curve, layout, colors.output, canvas);
     DrawChartMarks(chart, layout, canvas);
-    DrawChartFrame(chart, layout, colors, canvas);
+    DrawSurroundings(chart, layout, colors, canvas);
 }
 
 }  // namespace kvx::plot

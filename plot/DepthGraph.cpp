@@ -61,6 +61,7 @@ struct FlatGraph {
         const ShownSlices shown = Shown(param, scale);
         CStringArray names;
         content.series.clear();
+        content.hasRoom = false;
         for (__int64 k = 0; k < param.m_series.num; ++k) {
             if (!detail::LineOf(param, k).m_bDisp) continue;
             const auto first = view.content->series.begin() + k * param.m_z.num + shown.first;

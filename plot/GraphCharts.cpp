@@ -320,15 +320,16 @@ private:
         return ShownBounds(setting, shown, extent);
     }
 
-    AxisRange BoundsOfY(const Chart& chart, bool isSecond, const AxisSetting& setting,
-                        const CValConv& shown) const {
+    AxisRange BoundsOfY(const Chart& chart, bool isSecond, AxisSetting setting, const CValConv& shown) const {
         CurveExtent extent;
+        setting.hasRoom = content_.hasRoom;
         if (setting.isAutomatic) {
             for (const ChartCurve& curve : chart.curves) {
                 if (curve.isOnSecondAxis != isSecond) continue;
                 extent.Include(ExtentOfY(curve.samples, chart.x.bounds));
-                const bool fromZero = curve.shape == CurveShape::kBars && setting.form == AxisForm::kLinear;
-                if (fromZero) extent.Include({0.0, 0.0, 0.0});
+                if (curve.shape != CurveShape::kBars) continue;
+                setting.hasRoom = false;  // bars stand on the frame
+                if (setting.form == AxisForm::kLinear) extent.Include({0.0, 0.0, 0.0});
             }
         }
         return ShownBounds(setting, shown, extent);
@@ -416,7 +417,8 @@ private:
             pane.charts.push_back(std::move(chart));
         }
         const CValConv& shownX = isLoop ? y_ : x_;
-        const AxisSetting x = XSetting(scale_);
+        AxisSetting x = XSetting(scale_);
+        x.hasRoom = isLoop && content_.hasRoom;
         const AxisRange bounds = BoundsOfX(pane.charts, x, shownX);
         for (std::size_t i = 0; i < parts.size(); ++i) {
             Chart& chart = pane.charts[i];

@@ -43,6 +43,9 @@ struct GraphContent {
     std::wstring y2Name;
     double letterSize = 0.0;  ///< in canvas units; 0 for one that suits the area
     LegendPlace legend = LegendPlace::kRight;
+    /// Automatic bounds lie a little beyond the values; not in a depth graph, whose slices stand on its
+    /// floor.
+    bool hasRoom = true;
 };
 
 /// Everything a graph is drawn from; the objects must outlive its use.

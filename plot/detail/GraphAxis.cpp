@@ -14,6 +14,8 @@ namespace {
 // An automatic logarithmic axis shows no more than this below the largest value: what lies deeper is rounding
 // noise, however small it gets.
 constexpr double kDeepest = 1e-8;
+// Part of the range (of its decades on a logarithmic axis) that stays free beyond the data on either side.
+constexpr double kRoom = 0.02;
 // Data whose range is a smaller part of their size count as one value.
 constexpr double kLeastRange = 1e-9;
 
@@ -39,14 +41,24 @@ AxisRange DataRange(const AxisSetting& setting, const CurveExtent& data) {
     return range;
 }
 
+AxisRange WithRoom(const AxisRange& data, AxisForm form) {
+    if (form == AxisForm::kLogarithmic) {
+        const double factor = std::pow(data.high / data.low, kRoom);
+        return {data.low / factor, data.high * factor};
+    }
+    const double room = kRoom * (data.high - data.low);
+    return {data.low - room, data.high + room};
+}
+
 AxisRange AutomaticBounds(const AxisSetting& setting, const CurveExtent& data) {
     const bool isLogarithmic = setting.form == AxisForm::kLogarithmic;
     if (data.IsEmpty() || (isLogarithmic && !(data.lowAboveZero > 0.0))) {
         return isLogarithmic ? AxisRange{1.0, 10.0} : AxisRange{0.0, 1.0};
     }
-    const AxisRange range = DataRange(setting, data);
+    AxisRange range = DataRange(setting, data);
     const double size = std::max(std::abs(range.low), std::abs(range.high));
     if (!(range.high - range.low > kLeastRange * size)) return Around(range, setting.form);
+    if (setting.hasRoom) range = WithRoom(range, setting.form);
     AxisRange rounded;
     if (!setting.isFullRange &&
         AutoRange(range.low, range.high, setting.form, RangeRounding::kOutward, &rounded) != 0 &&

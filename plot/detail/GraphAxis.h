@@ -19,6 +19,7 @@ struct AxisSetting {
     AxisRange held;  ///< bounds in the standard unit
     AxisForm form = AxisForm::kLinear;
     bool isSymmetric = false;
+    bool hasRoom = false;  ///< automatic bounds lie a little beyond the data
 };
 
 AxisSetting XSetting(const CScaleParam& scale);

@@ -144,8 +144,12 @@ TEST_F(TestGraph, HasTheBoundsOfItsScalesInShownUnits) {
     EXPECT_EQ(chart().x.bounds, (AxisRange{-1.0, 35.0}));  // the profile starts at -1; no value at 45
     content.series[4].x = nullptr;
     EXPECT_EQ(chart().x.bounds, (AxisRange{5.0, 35.0}));
-    EXPECT_NEAR(chart().y.bounds.low, -1.0 / 9.80665, 0.01);
-    EXPECT_NEAR(chart().y.bounds.high, 4.0 / 9.80665, 0.01);
+    content.hasRoom = false;
+    EXPECT_NEAR(chart().y.bounds.low, -1.0 / 9.80665, 0.005);
+    EXPECT_NEAR(chart().y.bounds.high, 4.0 / 9.80665, 0.005);
+    content.hasRoom = true;  // some 2 % of the range on either side
+    EXPECT_NEAR(chart().y.bounds.low, -1.0 / 9.80665 - 0.01, 0.005);
+    EXPECT_NEAR(chart().y.bounds.high, 4.0 / 9.80665 + 0.01, 0.005);
     scale.m_bYSymmetric = 1;
     EXPECT_EQ(chart().y.bounds.low, -chart().y.bounds.high);
     scale.m_bYSymmetric = 0;

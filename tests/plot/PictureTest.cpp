@@ -160,6 +160,63 @@ TEST(CairoCanvas, DrawsAPointOfACurveOnItsPixel) {
     EXPECT_LE(line.bottom, layout.plot.bottom);
 }
 
+/// Parts of the columns of a plot in which a row of pixels, or one of its neighbours, is red.
+double RedPart(const Pixels& pixels, const Rect& plot, double row) {
+    const auto isRed = [&](int x, double y) {
+        const COLORREF color = pixels.At(x, static_cast<int>(y));
+        return (color & 0xFF) > 200 && (color >> 8 & 0xFF) < 60;
+    };
+    int red = 0;
+    int all = 0;
+    for (int x = static_cast<int>(plot.left) + 2; x < static_cast<int>(plot.right) - 1; ++x, ++all)
+        red += isRed(x, row) || isRed(x, row - 1.0) || isRed(x, row + 1.0);
+    return static_cast<double>(red) / all;
+}
+
+TEST(CairoCanvas, ShowsCurvesThatLieOnABoundOverTheFrame) {
+    const std::vector<double> one(64, 1.0);
+    const std::vector<double> zero(64, 0.0);
+    std::vector<double> gate(64, 0.0);
+    std::fill(gate.begin() + 32, gate.end(), 1.0);
+    const struct {
+        const std::vector<double>& values;
+        AxisRange bounds;
+        double low, high;  // parts of the columns in which the lower and upper bound are red
+    } cases[] = {{one, {0.0, 1.0}, 0.0, 1.0},
+                 {zero, {0.0, 1.0}, 1.0, 0.0},
+                 {gate, {0.0, 1.0}, 0.5, 0.5},
+                 {one, {0.1, 1.0}, 0.0, 1.0},
+                 {one, {1.0, 1.0 / 3.0 * 7.0}, 1.0, 0.0}};
+    const CGraphColorInfo colors;
+    for (const auto& [values, bounds, low, high] : cases) {
+        for (const auto thick : {GRAPH_COLOR_LINE_TAG::THICK_NORMAL, GRAPH_COLOR_LINE_TAG::THICK_EXTRA}) {
+            for (const AxisForm form : {AxisForm::kLinear, AxisForm::kLogarithmic}) {
+                if (form == AxisForm::kLogarithmic && bounds.low == 0.0) continue;
+                Chart chart;
+                chart.x.bounds = {0.0, 63.0};
+                chart.y.bounds = bounds;
+                chart.y.form = form;
+                ChartCurve& curve = chart.curves.emplace_back();
+                curve.samples = SamplesOf(values);
+                curve.look.m_rgbLine = kRed;
+                curve.look.m_lLineThick = thick;
+                for (const Size size : {Size{300.0, 200.0}, Size{307.0, 211.0}}) {
+                    Pixels pixels(size);
+                    Rect plot;
+                    pixels.Draw([&](Canvas& canvas) {
+                        const ChartLayout layout = LayOutChart(chart, {0.0, 0.0, size.width, size.height},
+                                                               canvas.GetPointLength(), canvas);
+                        DrawChart(chart, layout, {&colors}, canvas);
+                        plot = layout.plot;
+                    });
+                    EXPECT_NEAR(RedPart(pixels, plot, plot.bottom), low, 0.06) << bounds.low << size.width;
+                    EXPECT_NEAR(RedPart(pixels, plot, plot.top), high, 0.06) << bounds.low << size.width;
+                }
+            }
+        }
+    }
+}
+
 TEST(CairoCanvas, DrawsAnImageOfBlocks) {
     const COLORREF colors[] = {kRed, Rgb(0, 255, 0), Rgb(0, 0, 255), Rgb(0, 0, 0)};
     Pixels pixels({40.0, 40.0});
@@ -231,6 +288,15 @@ TEST(Picture, IsAReadablePng) {
     ASSERT_EQ(pixels.Height(), 100);
     EXPECT_EQ(pixels.At(10, 10), kRed);
     EXPECT_EQ(pixels.At(9, 9), kWhite);
+}
+
+TEST(Picture, StatesTheResolutionOfAPng) {
+    // 96 and 300 pixels per inch are 3780 and 11811 per metre; the last four bytes are the check sum.
+    const std::pair<double, std::string> chunks[] = {
+        {96.0, {"\0\0\0\x09pHYs\0\0\x0E\xC4\0\0\x0E\xC4\1\x95\x2B\x0E\x1B", 21}},
+        {300.0, {"\0\0\0\x09pHYs\0\0\x2E\x23\0\0\x2E\x23\1\x78\xA5\x3F\x76", 21}}};
+    for (const auto& [resolution, chunk] : chunks)
+        EXPECT_EQ(Made(PictureFormat::kPng, {{20.0, 10.0}, resolution}).substr(33, 21), chunk) << resolution;
 }
 
 TEST(Picture, IsAReadableJpeg) {
