@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Recursive filters: a Butterworth low-pass in blocks and sample by sample, beside its sections run over the
-// block one after another and the difference equation as a textbook writes it.
+// block one after another and the difference equation as a textbook writes it; and what silence after a
+// signal costs.
 
 #include <KvxDevCommon01/dsp/MatIir.h>
 
@@ -29,8 +30,7 @@ double QualityOf(int section, int order) {
 
 /// Measures run(in, out), which filters a block.
 template <class Run>
-void Measure(benchmark::State& state, Run run) {
-    const std::vector<double> in = TestWave();
+void Measure(benchmark::State& state, Run run, const std::vector<double>& in = TestWave()) {
     std::vector<double> out(in.size());
     for (auto _ : state) {
         run(in.data(), out.data());
@@ -59,6 +59,18 @@ void BM_ButterworthSamples(benchmark::State& state) {
     });
 }
 BENCHMARK(BM_ButterworthSamples)->Arg(2)->Arg(8);
+
+/// Zeros, long after a signal: as fast as the signal unless something is left to go on with.
+void BM_ButterworthBlockInSilence(benchmark::State& state) {
+    CMatIirNth filter = Butterworth(state);
+    const std::vector<double> wave = TestWave(), silence(kBlock, 0.0);
+    std::vector<double> out(kBlock);
+    filter.Filtering(wave.data(), out.data(), kBlock);
+    filter.Filtering(silence.data(), out.data(), kBlock);
+    Measure(
+        state, [&](const double* in, double* to) { filter.Filtering(in, to, kBlock); }, silence);
+}
+BENCHMARK(BM_ButterworthBlockInSilence)->Arg(1)->Arg(2)->Arg(8)->Arg(16);
 
 void BM_SectionsOneAfterAnother(benchmark::State& state) {
     const auto order = static_cast<int>(state.range(0));
