@@ -47,6 +47,14 @@ void WithStep(__int64 step, Use use) {
     }
 }
 
+/// Makes an array `count` zeros; one that has the count keeps its block.
+template <class Array>
+int SetZeros(Array* array, __int64 count) {
+    if (array->GetNum() != count) return array->SetData(count, nullptr);
+    std::fill_n(array->GetData(), count, 0);
+    return 1;
+}
+
 double GroupDelay(double delay, __int64 taps) {
     return std::isfinite(delay) && delay > 0.0 ? delay : 0.5 * static_cast<double>(taps - 1);
 }
@@ -127,9 +135,8 @@ int CMatFir::PrepFir() {
     // turned around and twice as well.
     const bool isPlain = mode_ == RATE_NONE;
     const __int64 behindLine = isPlain ? taps : rows * rowLength_;
-    isPrepared_ = work_.SetData(lineSize_ + behindLine + kvx::kFirOverrun, nullptr) &&
-                  offsets_.SetData(taps, nullptr) &&
-                  sums_.SetData(isPlain ? 3 * taps + kvx::kFirOverrun : taps, nullptr) &&
+    isPrepared_ = SetZeros(&work_, lineSize_ + behindLine + kvx::kFirOverrun) && SetZeros(&offsets_, taps) &&
+                  SetZeros(&sums_, isPlain ? 3 * taps + kvx::kFirOverrun : taps) &&
                   results_.SetSize(outBufSize_);
     if (!isPrepared_) return 0;
 

@@ -3,8 +3,8 @@
 // CMatFir: a streaming FIR filter that may decimate or interpolate by a whole ratio. Input goes in sample by
 // sample or in blocks of any length, results wait in a buffer until they are taken; they are the same bits
 // however the input is cut. Operations return 1 for success and 0 for failure and never throw. Nothing is
-// allocated between one preparation and the next. Copies carry the whole state; one that memory does not
-// suffice for does nothing unless it can be prepared anew. Not thread-safe.
+// allocated between one preparation and the next, nor by a preparation that changes no size. Copies carry the
+// whole state; a copy that could not be allocated does nothing until PrepFir succeeds. Not thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -59,7 +59,8 @@ public:
     __int64 GetOutBufSize() const { return outBufSize_; }
 
     /// Makes the filter start from rest, without results. Input does so by itself after the coefficients or
-    /// the rate were set. Fails without coefficients or memory.
+    /// the rate were set. Allocates only when the number of coefficients, the rate or the size of the buffer
+    /// changed since the last time: a reset does not. Fails without coefficients or when allocation fails.
     int PrepFir();
 
     // Input. Each form returns 0 when results were lost because more waited than the buffer holds (the

@@ -9,6 +9,7 @@ namespace kvx {
 int SampleQueue::SetSize(__int64 size) {
     readIndex_ = 0;
     waiting_ = 0;
+    if (size == GetSize() && size > 0) return 1;
     values_.Free();
     return size > 0 ? values_.SetData(size, nullptr) : 0;
 }

@@ -12,8 +12,8 @@ namespace kvx {
 
 class KVX_API SampleQueue {
 public:
-    /// Empties the queue and makes it `size` samples long. Fails for a size below 1 or when memory runs out;
-    /// then the queue holds nothing.
+    /// Empties the queue and makes it `size` samples long, without an allocation when it is. Fails for a size
+    /// below 1 or when allocation fails; then the queue holds nothing.
     int SetSize(__int64 size);
 
     __int64 GetSize() const { return values_.GetNum(); }

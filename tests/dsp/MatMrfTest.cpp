@@ -4,6 +4,7 @@
 #include <KvxDevCommon01/dsp/MatMrfMtx.h>
 #include <KvxDevCommon01/dsp/MatMrfRateCnv.h>
 #include <tests/dsp/Signals.h>
+#include <tests/support/CountedBlocks.h>
 #include <tests/support/Starve.h>
 
 #include <algorithm>
@@ -265,6 +266,40 @@ TEST(Mrf, ReportsItsConditionsAndItsDelay) {
 }
 
 // ---- Rings
+
+// A controller resets its filters between two samples.
+TEST(Mrf, AResetTakesNoMemoryAndForgetsAllThatWas) {
+    if (!kCountsBlocks) GTEST_SKIP() << "a sanitizer takes care of the blocks";
+    const Wave x = Noise(3000);
+    const auto settings = {std::pair(kKeep, 0), {kDown, 5}, {kUp, 5}, {kDown, 3}, {kUp, 1}};
+    for (const auto& [mode, code] : settings) {
+        CMatMrf cascade = Cascade(mode, code);
+        CMatFir fir;
+        fir.SetStdCoef(CMatFir::FIR_COEF_4, 0);
+        fir.SetRateConv(mode, code);
+        const auto answer = [&] {
+            cascade.SetInputData(x.data(), 0, Size(x), Size(x));
+            fir.SetInputData(x.data(), 100);
+            for (int i = 100; i < 300; ++i) fir.SetInputData(x[static_cast<std::size_t>(i)]);
+            Wave y = Drain(&cascade), z(static_cast<std::size_t>(fir.GetNumOutputData()));
+            fir.GetOutputData(z.data(), Size(z));
+            y.insert(y.end(), z.begin(), z.end());
+            return y;
+        };
+        const Wave first = answer();
+        const int before = blocksAskedFor;
+        int isReset = 0;
+        {
+            const FailingMemory failing(0);
+            isReset = cascade.InitData() & fir.PrepFir() & fir.ClearResult();
+        }
+        EXPECT_EQ(isReset, 1);
+        EXPECT_EQ(blocksAskedFor - before, 0);
+        EXPECT_EQ(answer(), first);
+        EXPECT_EQ(fir.SetOutBufSize(2000) & fir.PrepFir(), 1);
+        EXPECT_GT(blocksAskedFor - before, 0);
+    }
+}
 
 TEST(Mrf, RangesWalkRingsFromAnyStart) {
     CMatMrf pass = Cascade(kKeep, 0, 20);
