@@ -267,8 +267,9 @@ public:
     /// Adds to velocity and displacement rms, which are changed in place, what the leakage of a Hann-windowed
     /// analysis adds below the first line of an acceleration density that is not 0, through a Butterworth
     /// high-pass of corner hpfFc [Hz] and order hpfOrder and the weight (f/f1)^weightPower, f1 the frequency
-    /// of that line (an exponent <= 0 leaves the factor out). Nothing is added when that line lies beyond
-    /// 100 Hz or in the upper half of the density.
+    /// of that line (an exponent <= 0 leaves the factor out). A point within
+    /// 1e-6 df of 0 Hz is left out. Nothing is added when that line lies beyond 100 Hz or in the upper half
+    /// of the density.
     static int AddHanLeakToRmsVD(const CDataArrayDouble& psd, double f0, double df, double hpfFc,
                                  double hpfOrder, double weightPower, double* velRms, double* dispRms);
     /// Of the amplitudes of a harmonic motion (acceleration, velocity, displacement) and its frequency [Hz]

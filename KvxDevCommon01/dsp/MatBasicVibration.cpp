@@ -128,6 +128,7 @@ int CMatBasic::AccPsdSpToRmsAVD(const CDataArrayDouble& psd, double f0, double d
 int CMatBasic::AddHanLeakToRmsVD(const CDataArrayDouble& psd, double f0, double df, double hpfFc,
                                  double hpfOrder, double weightPower, double* velRms, double* dispRms) {
     constexpr double kHighestFirstLine = 100.0;
+    constexpr double kRounding = 1e-6;  // of a line, by which axes of single precision miss 0 Hz
     constexpr std::size_t kHalf = kHannLeakage.size() / 2;
     const __int64 n = psd.GetNum();
     if (n < 1 || velRms == nullptr || dispRms == nullptr) return 0;
@@ -146,7 +147,7 @@ int CMatBasic::AddHanLeakToRmsVD(const CDataArrayDouble& psd, double f0, double 
         // Below 0 Hz stands the mirror image, whose frequency counts by its size.
         const double f = std::fabs(f1 + 0.05 * df - 0.1 * df * static_cast<double>(j + 1));
         const double omegaSquare = Square(2.0 * pi * f);
-        if (2.0 * pi * f < kSmallestOmega) continue;
+        if (!(f > kRounding * df)) continue;
         double power = Square(kHannLeakage[j]) * e0;
         if (j < kHalf) power += Square(kHannLeakage[j + kHalf]) * e1;
         if (isNearDc) power += Square(kHannLeakage[j + kHalf]) * kHannLeakage[11 - j] * e0;

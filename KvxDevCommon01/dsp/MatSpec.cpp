@@ -26,6 +26,12 @@ bool Match(const auto* out, const auto& in) {
     return out != nullptr && HasLines(*out) && HasLines(in) && out->GetNum() == in.GetNum();
 }
 
+using kvx::kNoValue;
+
+bool HasValue(double value) {
+    return value != kNoValue<double>;
+}
+
 /// The imaginary part of a line, 0 without a block of it.
 double ImaginaryAt(const double* imaginary, __int64 k) {
     return imaginary != nullptr ? imaginary[k] : 0.0;
@@ -46,24 +52,56 @@ bool AttachZeroImaginary(CDataArrayDoubleCplx* spec) {
     return true;
 }
 
-/// Sets out[k] = of(k) with the factor of the line: `dcFactor` on the line dc, else `factor`.
+/// Sets out[k] = of(in[k], factor) with the factor of the line: `dcFactor` on the line dc, else `factor`.
+/// No-value stays.
 template <class Value>
-void SetLines(double* out, __int64 count, __int64 dc, double dcFactor, double factor, Value of) {
-    for (__int64 k = 0; k < count; ++k) out[k] = of(k, k == dc ? dcFactor : factor);
+void SetLines(double* out, const double* in, __int64 count, __int64 dc, double dcFactor, double factor,
+              Value of) {
+    for (__int64 k = 0; k < count; ++k) {
+        out[k] = HasValue(in[k]) ? of(in[k], k == dc ? dcFactor : factor) : kNoValue<double>;
+    }
 }
+
+/// A line of a spectrum, whose imaginary block may be missing.
+struct SpectrumLine {
+    double re;
+    double im;
+
+    static SpectrumLine Of(const CDataArrayDoubleCplx& spec, __int64 k) {
+        return {spec.GetReal()[k], ImaginaryAt(spec.GetImaginary(), k)};
+    }
+    bool HasValues() const { return HasValue(re) && HasValue(im); }
+    double SquaredMagnitude() const { return re * re + im * im; }
+};
 
 /// Squared magnitudes of a spectrum with the factor of each line.
 void SetPowers(CDataArrayDouble* out, const CDataArrayDoubleCplx& spec, __int64 dc, double dcFactor,
                double factor) {
-    const double* const re = spec.GetReal();
-    const double* const im = spec.GetImaginary();
-    if (im == nullptr) {
-        SetLines(out->GetData(), spec.GetNum(), dc, dcFactor, factor,
-                 [=](__int64 k, double f) { return re[k] * re[k] * f; });
-    } else {
-        SetLines(out->GetData(), spec.GetNum(), dc, dcFactor, factor,
-                 [=](__int64 k, double f) { return (re[k] * re[k] + im[k] * im[k]) * f; });
+    double* const powers = out->GetData();
+    for (__int64 k = 0; k < spec.GetNum(); ++k) {
+        const SpectrumLine line = SpectrumLine::Of(spec, k);
+        powers[k] =
+            line.HasValues() ? line.SquaredMagnitude() * (k == dc ? dcFactor : factor) : kNoValue<double>;
     }
+}
+
+/// Sets out[k] = of(a[k], b[k], k), no-value in both parts where one of them has none.
+template <class Combine>
+void CombineLines(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& a, const CDataArrayDoubleCplx& b,
+                  Combine of) {
+    for (__int64 k = 0; k < out->GetNum(); ++k) {
+        const SpectrumLine lineA = SpectrumLine::Of(a, k), lineB = SpectrumLine::Of(b, k);
+        const SpectrumLine line = lineA.HasValues() && lineB.HasValues()
+                                      ? of(lineA, lineB, k)
+                                      : SpectrumLine{kNoValue<double>, kNoValue<double>};
+        out->GetReal()[k] = line.re;
+        out->GetImaginary()[k] = line.im;
+    }
+}
+
+/// Multiplies a level unless it is no-value.
+void Scale(double* level, double factor) {
+    if (HasValue(*level)) *level *= factor;
 }
 
 /// Lines first..last, both included.
@@ -79,19 +117,21 @@ struct LineRange {
         return LineRange{first, end};
     }
 
-    /// Sum over the range of term(k).
+    /// Sum over the range of term(values[k], k), without the values that are no-value.
     template <class Term>
-    double Sum(Term term) const {
+    double Sum(const double* values, Term term) const {
         double sum = 0.0;
-        for (__int64 k = first; k <= last; ++k) sum += term(k);
+        for (__int64 k = first; k <= last; ++k) {
+            if (HasValue(values[k])) sum += term(values[k], k);
+        }
         return sum;
     }
 };
 
 void SetRandomPhase(double* re, double* im, __int64 k, double amp, std::uint32_t* seed) {
     const double phase = 2.0 * std::numbers::pi * CMatBasic::GenRandom(seed);
-    re[k] = amp * std::cos(phase);
-    im[k] = amp * std::sin(phase);
+    re[k] = HasValue(amp) ? amp * std::cos(phase) : amp;
+    im[k] = HasValue(amp) ? amp * std::sin(phase) : amp;
 }
 
 /// Whether a blended gain has come to 1 from the side that its slope starts on.
@@ -115,15 +155,14 @@ int CMatSpec::CnvCplxToPsd(CDataArrayDouble* psd, const CDataArrayDoubleCplx& sp
 
 int CMatSpec::CnvPowToPsd(CDataArrayDouble* psd, const CDataArrayDouble& pow, double df) {
     if (!Match(psd, pow) || !(df > 0.0)) return 0;
-    std::transform(pow.GetData(), pow.GetData() + pow.GetNum(), psd->GetData(),
-                   [df](double p) { return p / df; });
+    SetLines(psd->GetData(), pow.GetData(), pow.GetNum(), -1, df, df,
+             [](double p, double d) { return p / d; });
     return 1;
 }
 
 int CMatSpec::CnvAmpToPsd(double* psd, const double* amp, __int64 n, double df, __int64 dc) {
     if (psd == nullptr || amp == nullptr || n < 1 || !(df > 0.0)) return 0;
-    SetLines(psd, n, dc, 1.0 / df, 0.5 / df,
-             [amp](__int64 k, double factor) { return amp[k] * amp[k] * factor; });
+    SetLines(psd, amp, n, dc, 1.0 / df, 0.5 / df, [](double a, double factor) { return a * a * factor; });
     return 1;
 }
 
@@ -138,8 +177,7 @@ int CMatSpec::CnvAmpToPsd(CDataArrayDoubleCplx* psd, const CDataArrayDoubleCplx&
 
 int CMatSpec::CnvPsdToAmp(double* amp, const double* psd, __int64 n, double df, __int64 dc) {
     if (amp == nullptr || psd == nullptr || n < 1 || !(df > 0.0)) return 0;
-    SetLines(amp, n, dc, df, 2.0 * df,
-             [psd](__int64 k, double factor) { return std::sqrt(psd[k] * factor); });
+    SetLines(amp, psd, n, dc, df, 2.0 * df, [](double p, double factor) { return std::sqrt(p * factor); });
     return 1;
 }
 
@@ -155,29 +193,20 @@ int CMatSpec::CnvPsdToAmp(CDataArrayDoubleCplx* amp, const CDataArrayDoubleCplx&
 int CMatSpec::CalcCrossPow(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& a,
                            const CDataArrayDoubleCplx& b, __int64 dc) {
     if (!Match(out, a) || !Match(out, b) || !AttachImaginary(out)) return 0;
-    double* const re = out->GetReal();
-    double* const im = out->GetImaginary();
-    for (__int64 k = 0; k < out->GetNum(); ++k) {
+    CombineLines(out, a, b, [dc](const SpectrumLine& x, const SpectrumLine& y, __int64 k) {
         const double factor = k == dc ? 1.0 : 0.5;
-        const double aRe = a.GetReal()[k], aIm = ImaginaryAt(a.GetImaginary(), k);
-        const double bRe = b.GetReal()[k], bIm = ImaginaryAt(b.GetImaginary(), k);
-        re[k] = (aRe * bRe + aIm * bIm) * factor;
-        im[k] = (aIm * bRe - aRe * bIm) * factor;
-    }
+        return SpectrumLine{(x.re * y.re + x.im * y.im) * factor, (x.im * y.re - x.re * y.im) * factor};
+    });
     return 1;
 }
 
 int CMatSpec::CalcXfr(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& autoPow,
                       const CDataArrayDoubleCplx& crossPow) {
     if (!Match(out, autoPow) || !Match(out, crossPow) || !AttachImaginary(out)) return 0;
-    double* const re = out->GetReal();
-    double* const im = out->GetImaginary();
-    for (__int64 k = 0; k < out->GetNum(); ++k) {
-        const double divisor = autoPow.GetReal()[k];
-        const double crossRe = crossPow.GetReal()[k], crossIm = ImaginaryAt(crossPow.GetImaginary(), k);
-        re[k] = divisor != 0.0 ? crossRe / divisor : 0.0;
-        im[k] = divisor != 0.0 ? crossIm / divisor : 0.0;
-    }
+    CombineLines(out, autoPow, crossPow, [](const SpectrumLine& power, const SpectrumLine& cross, __int64) {
+        if (power.re == 0.0) return SpectrumLine{0.0, 0.0};
+        return SpectrumLine{cross.re / power.re, cross.im / power.re};
+    });
     return 1;
 }
 
@@ -185,11 +214,9 @@ double CMatSpec::CalcFouSumPow(const CDataArrayDoubleCplx& spec, __int64 first, 
     if (!HasLines(spec)) return 0.0;
     const auto range = LineRange::Of(spec.GetNum(), first, last);
     if (!range) return 0.0;
-    const double* const re = spec.GetReal();
-    const double* const im = spec.GetImaginary();
-    const double sum = range->Sum([=](__int64 k) {
-        const double imaginary = ImaginaryAt(im, k);
-        return (re[k] * re[k] + imaginary * imaginary) * (k == dc ? 2.0 : 1.0);
+    const double sum = range->Sum(spec.GetReal(), [&](double, __int64 k) {
+        const SpectrumLine line = SpectrumLine::Of(spec, k);
+        return line.HasValues() ? line.SquaredMagnitude() * (k == dc ? 2.0 : 1.0) : 0.0;
     });
     return 0.5 * sum;
 }
@@ -201,7 +228,7 @@ double CMatSpec::CalcFouRms(const CDataArrayDoubleCplx& spec, __int64 first, __i
 double CMatSpec::CalcAmpRms(const double* amp, __int64 n, __int64 first, __int64 last, __int64 dc) {
     const auto range = LineRange::Of(n, first, last);
     if (amp == nullptr || !range) return 0.0;
-    return std::sqrt(range->Sum([=](__int64 k) { return amp[k] * amp[k] * (k == dc ? 1.0 : 0.5); }));
+    return std::sqrt(range->Sum(amp, [dc](double a, __int64 k) { return a * a * (k == dc ? 1.0 : 0.5); }));
 }
 
 double CMatSpec::CalcAmpRms(const CDataArrayDouble& amp, __int64 first, __int64 last, __int64 dc) {
@@ -227,7 +254,7 @@ double CMatSpec::CalcPowRms(const CDataArrayDoubleCplx& pow, __int64 first, __in
 double CMatSpec::CalcPsdRms(const double* psd, __int64 n, double df, __int64 first, __int64 last) {
     const auto range = LineRange::Of(n, first, last);
     if (psd == nullptr || !range || !(df > 0.0)) return 0.0;
-    return kvx::RootOfPower(df * range->Sum([psd](__int64 k) { return psd[k]; }));
+    return kvx::RootOfPower(df * range->Sum(psd, [](double p, __int64) { return p; }));
 }
 
 double CMatSpec::CalcPsdRms(const CDataArrayDouble& psd, double df, __int64 first, __int64 last) {
@@ -246,7 +273,9 @@ double CMatSpec::CalcPsdRms(const CDataArrayDouble& psd, const CDataArrayDouble&
     double power = 0.0;
     for (__int64 i = range->first; i < range->last; ++i) {
         const kvx::ProfileSegment segment = kvx::SegmentAt(freq, psd, i);
-        if (segment.f1 > 0.0 && segment.f2 > 0.0 && segment.p1 > 0.0) power += segment.Area();
+        if (segment.f1 > 0.0 && segment.f2 > 0.0 && segment.p1 > 0.0 && segment.HasLevels()) {
+            power += segment.Area();
+        }
     }
     return power > 0.0 ? std::sqrt(power) : 0.0;
 }
@@ -257,7 +286,7 @@ int CMatSpec::ChangePsdLevel(double rms, const CDataArrayDouble& freq, CDataArra
     if (!(current > 0.0)) return 0;
     if (current == rms) return 1;
     const double ratio = rms / current;
-    *psd *= ratio * ratio;
+    for (__int64 i = 0; i < psd->GetNum(); ++i) Scale(&(*psd)[i], ratio * ratio);
     return 1;
 }
 
@@ -272,7 +301,7 @@ int CMatSpec::ChangePsdLevel(double fLow, double fHigh, double level, const CDat
 
 int CMatSpec::ChangePsdLevelRatio(double fLow, double fHigh, double ratio, const CDataArrayDouble& freq,
                                   CDataArrayDouble* psd, double slope) {
-    if (!Match(psd, freq) || !(fLow > 0.0) || !(fHigh > 0.0) || !(ratio > 0.0)) return 0;
+    if (!Match(psd, freq) || !(fLow > 0.0) || !(fHigh > 0.0) || !(ratio > 0.0) || std::isnan(slope)) return 0;
     const __int64 count = freq.GetNum();
     double* const p = psd->GetData();
     __int64 below = -1;
@@ -283,7 +312,7 @@ int CMatSpec::ChangePsdLevelRatio(double fLow, double fHigh, double ratio, const
         } else if (freq[i] > fHigh) {
             above = i;
         } else if (freq[i] >= fLow) {
-            p[i] *= ratio;
+            Scale(&p[i], ratio);
         }
     }
     if (slope == 0.0) return 1;
@@ -292,11 +321,11 @@ int CMatSpec::ChangePsdLevelRatio(double fLow, double fHigh, double ratio, const
         if (!(freq[i] > 0.0)) continue;
         const double gain = ratio * std::pow(fLow / freq[i], slope);
         if (ReachedUnity(gain, slope)) break;
-        p[i] *= gain;
+        Scale(&p[i], gain);
     }
     if (above < count) {
         const double gain = ratio * std::pow(freq[above] / fHigh, slope);
-        if (!ReachedUnity(gain, slope)) p[above] *= gain;
+        if (!ReachedUnity(gain, slope)) Scale(&p[above], gain);
     }
     return 1;
 }

@@ -14,8 +14,9 @@
 // of the arguments. An operation returns 1, or 0 (0.0 where the result is a value) for a null or empty block,
 // counts that differ, df <= 0 or a range outside the lines; then nothing is written. A missing imaginary
 // block counts as 0. A real result in a complex array goes with a zeroed imaginary block, which is attached
-// if the array has none. `first`..`last` is an inclusive range of lines; `last` = 0, or past the end, means
-// up to the end. Any thread may call these operations.
+// if the array has none. A line without a value (no-value) in an argument has none in the result, in neither
+// part, and sums pass over it. `first`..`last` is an inclusive range of lines; `last` = 0, or past the end,
+// means up to the end. Any thread may call these operations.
 #pragma once
 
 #include <KvxDevCommon01/Export.h>
@@ -71,7 +72,8 @@ public:
     static double CalcPsdRms(const CDataArrayDoubleCplx& psd, double df, __int64 first, __int64 last);
     /// Rms of a density given at the frequencies freq [Hz], first < last: the exact integral under the
     /// straight lines that join its points on log-log axes. A segment without logarithms at its lower end
-    /// (frequency or level not positive) counts as 0, one without a slope as level.
+    /// (frequency or level not positive) counts as 0, one without a slope (upper level not positive) as
+    /// level, one with no-value at either end not at all.
     static double CalcPsdRms(const CDataArrayDouble& psd, const CDataArrayDouble& freq, __int64 first,
                              __int64 last);
 
@@ -85,7 +87,7 @@ public:
     /// is 0, blends the edges: the points below fLow, downward, by g = ratio (fLow/f)^slope as long as g is
     /// short of 1 (below it for a positive slope, above it for a negative one), and the one point next above
     /// fHigh by g = ratio (f/fHigh)^slope under the same condition. Fails (0) unless fLow, fHigh and ratio
-    /// are positive.
+    /// are positive, and for a slope that is NaN.
     static int ChangePsdLevelRatio(double fLow, double fHigh, double ratio, const CDataArrayDouble& freq,
                                    CDataArrayDouble* psd, double slope);
 
@@ -99,8 +101,8 @@ public:
 
     /// Level at the frequency f [Hz] of a breakpoint profile, on the segment from point `index` to point
     /// `index` + 1: on the straight line between them on log-log axes or, where a frequency or a level is not
-    /// positive, on linear axes. Fails (0) when there is no such segment, when f lies outside it or for a
-    /// null output.
+    /// positive, on linear axes; no-value beside a point that has it. Fails (0) when there is no such
+    /// segment, when f lies outside it or for a null output.
     static int GetLevelFromFreq(double f, __int64 index, const CDataArrayDouble& freq,
                                 const CDataArrayDouble& level, double* out);
 

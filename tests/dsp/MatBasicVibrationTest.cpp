@@ -69,9 +69,20 @@ TEST(AddHanLeakToRmsVD, AddsNothingWhereNothingIsHidden) {
     EXPECT_EQ(add({0, 1, 1, 1}, 100, &vel, &disp), 1) << "beyond 100 Hz";
     EXPECT_EQ(add({}, 0, &vel, &disp) + add({1}, 0, nullptr, &disp) + add({1}, 0, &vel, nullptr), 0);
     EXPECT_EQ(std::pair(vel, disp), std::pair(3.0, 4.0));
-    for (const double f0 : {0.0, 0.05, 1.95}) {
-        EXPECT_EQ(add({1}, f0, &vel, &disp), 1);
-        EXPECT_TRUE(std::isfinite(vel + disp)) << "points at 0 Hz and beyond it, f0 = " << f0;
+}
+
+// The next point is 0.1 lines away; one at 0 Hz by rounding alone would count 1e30 times as much.
+TEST(AddHanLeakToRmsVD, LeavesOutThePointThatFallsOn0HzUpToRounding) {
+    for (const double df : {1.0, 0.3, 7.0, static_cast<double>(0.1F)}) {
+        for (int twentieths = 1; twentieths < 40; twentieths += 2) {
+            for (const double f0 : {0.05 * twentieths * df, static_cast<double>(0.05F) * twentieths * df}) {
+                double vel = 0, disp = 0;
+                EXPECT_EQ(CMatBasic::AddHanLeakToRmsVD(ToArray({1}), f0, df, 0, 0, 0, &vel, &disp), 1);
+                EXPECT_LT(vel * std::sqrt(df), 2.0) << twentieths << " " << df;
+                EXPECT_LT(disp * std::pow(df, 1.5), 2.0) << twentieths << " " << df;
+                EXPECT_GT(vel * disp, 0.0);
+            }
+        }
     }
 }
 

@@ -78,6 +78,54 @@ TEST(CMatSpec, SumsPowersOverARangeOfLines) {
     EXPECT_TRUE(std::isnan(CMatSpec::CalcPowRms(ToArray({kNaN}), 0, 0)));
 }
 
+// Line 1 has no value: in its real part or in its imaginary part.
+TEST(CMatSpec, ALineWithoutAValueHasNoneInAnyResultAndIsNoPartOfASum) {
+    using Spec = CMatSpec;
+    const Wave values{1, kNone, 2};
+    const auto bothOf = [](const CDataArrayDoubleCplx& spec) {
+        return Wave{spec.GetReal()[1], spec.GetImaginary()[1]};
+    };
+    CDataArrayDouble out(3, 9.0), levels = ToArray(values);
+    for (const auto& [re, im] : {Parts(values, {0, 5, 0}), Parts({1, 5, 2}, {0, kNone, 0})}) {
+        const CDataArrayDoubleCplx spec = ToSpectrum(re, im), ones = ToSpectrum({1, 1, 1}, {0, 0, 0});
+        CDataArrayDoubleCplx result(1, 3);
+        ASSERT_EQ(Spec::CnvCplxToPow(&out, spec, 0), 1);
+        EXPECT_EQ(ToWave(out), (Wave{1, kNone, 2}));
+        ASSERT_EQ(Spec::CnvCplxToPsd(&out, spec, 0.5, 0), 1);
+        EXPECT_EQ(ToWave(out), (Wave{2, kNone, 4}));
+        ASSERT_EQ(Spec::CalcCrossPow(&result, ones, spec, 0), 1);
+        EXPECT_EQ(bothOf(result), Wave(2, kNone));
+        ASSERT_EQ(Spec::CalcXfr(&result, ones, spec) & Spec::CalcXfr(&result, spec, result), 1);
+        EXPECT_EQ(bothOf(result), Wave(2, kNone));
+        EXPECT_EQ(Spec::CalcFouSumPow(spec, 0, 0, 0), 3.0);
+        EXPECT_EQ(Spec::CalcFouRms(spec, 0, 0, 0), std::sqrt(3.0));
+    }
+    ASSERT_EQ(Spec::CnvPowToPsd(&out, levels, 0.5), 1);
+    EXPECT_EQ(ToWave(out), (Wave{2, kNone, 4}));
+    ASSERT_EQ(Spec::CnvAmpToPsd(&out, levels, 0.5, 0), 1);
+    EXPECT_EQ(ToWave(out), (Wave{2, kNone, 4}));
+    ASSERT_EQ(Spec::CnvPsdToAmp(&out, out, 0.5, 0), 1);
+    EXPECT_EQ(ToWave(out), values);
+    EXPECT_EQ(Spec::CalcAmpRms(levels, 0, 0, 0), std::sqrt(3.0));
+    EXPECT_EQ(Spec::CalcPowRms(levels, 0, 0), std::sqrt(3.0));
+    EXPECT_EQ(Spec::CalcPsdRms(levels, 2.0, 0, 0), std::sqrt(6.0));
+    EXPECT_EQ(Spec::CalcPsdRms(levels, 2.0, 1, 1), 0.0);
+
+    const CDataArrayDouble freq = ToArray({1, 2, 4});
+    double level = 9.0;
+    EXPECT_EQ(Spec::GetLevelFromFreq(1.5, 0, freq, levels, &level), 1);
+    EXPECT_EQ(level, kNone);
+    ASSERT_EQ(Spec::ChangePsdLevelRatio(1, 4, 3, freq, &levels, 0), 1);
+    EXPECT_EQ(ToWave(levels), (Wave{3, kNone, 6}));
+    CDataArrayDouble profile = ToArray({1, 1, kNone});
+    ASSERT_EQ(Spec::ChangePsdLevel(2, freq, &profile), 1);
+    EXPECT_THAT(ToWave(profile), testing::ElementsAre(testing::DoubleEq(4), testing::DoubleEq(4), kNone));
+    std::uint32_t seed = 1;
+    CDataArrayDoubleCplx random(1, 3);
+    ASSERT_EQ(Spec::GenRandomPhaseSpec(&random, levels, &seed), 1);
+    EXPECT_EQ(bothOf(random), Wave(2, kNone));
+}
+
 TEST(CMatSpec, FailsOnWhatDoesNotFitTogether) {
     using Spec = CMatSpec;
     const CDataArrayDouble three(3, 1.0);
@@ -131,6 +179,11 @@ TEST(CalcPsdRmsOfAProfile, IsTheExactIntegralOfStraightLogarithmicLines) {
         // No logarithm at the lower end, no slope.
         {{0, 10, 20}, {1, 1, 1}, 10},                    {{10, 20, 30}, {0, 1, 1}, 10},
         {{10, 20}, {1, 0}, 10},                          {{10}, {1}, 0},
+        {{10, 20, 30}, {1, -1, 2}, 10},                  {{10, 20, 30, 40}, {1, 1, -1, 1}, 20},
+        {{10, 20, 30, 40}, {1, 1, kNone, 1}, 10},        {{10, 20, 30, 40}, {kNone, 1, 1, kNone}, 10},
+        // The whole is the sum of its parts, however short and steep they are.
+        {{10, 10 + 0x1p-30}, {1, 1}, 0x1p-30},           {{1, 1 + 0x1p-40}, {1, 3}, 0x1p-40 * 2 / std::log(3.0)},
+        {{1, std::numbers::e}, {1e-200, 1e200}, 1e200 * std::numbers::e / (400 * std::log(10.0) + 1)},
         {{1, 2, 4, 8}, {1, 1, 1, 1}, 2, 1, 2},           {{1, 2, 4, 8}, {1, 1, 1, 1}, 6, 1, 99},
         {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, 2, 2},           {{1, 2, 4, 8}, {1, 1, 1, 1}, 0, -1, 2},
     };
@@ -174,6 +227,7 @@ TEST(ChangePsdLevelRatio, MultipliesTheBandAndBlendsItsEdges) {
         // The blend passes over the line at 0 Hz, which has no gain.
         {256, 512, 0x1p-9, 1, {1, 0.5, 0.25, 0.125, 0x1p-4, 0x1p-5, 0x1p-6, 0x1p-7, 0x1p-8}},
         {0, 16, 2, 1, Wave(9, 1.0)}, {8, -1, 2, 1, Wave(9, 1.0)}, {8, 16, 0, 1, Wave(9, 1.0)}, {8, 16, kNaN, 1, Wave(9, 1.0)},
+        {8, 16, 2, kNaN, Wave(9, 1.0)},
     };
     // clang-format on
     for (const auto& [fLow, fHigh, ratio, slope, expected] : cases) {

@@ -9,6 +9,13 @@
 
 namespace kvx {
 
+/// ln(to/from), exact also for numbers close to each other. Both must be positive.
+inline double LogRatio(double from, double to) {
+    const double ratio = to / from;
+    if (0.5 <= ratio && ratio <= 2.0) return std::log1p((to - from) / from);
+    return std::isnormal(ratio) ? std::log(ratio) : std::log(to) - std::log(from);
+}
+
 /// From (f1, p1) to (f2, p2): frequencies and levels.
 struct ProfileSegment {
     double f1;
@@ -16,28 +23,31 @@ struct ProfileSegment {
     double f2;
     double p2;
 
-    /// Exponent n of p1 (f/f1)^n; 0 where the logarithms do not exist.
-    double Slope() const {
-        if (f1 == 0.0 || f2 == 0.0 || p1 == 0.0 || p2 == 0.0 || f1 == f2) return 0.0;
-        return std::log(p2 / p1) / std::log(f2 / f1);
-    }
+    /// Whether the points have a level; without one (no-value) at an end there is none between them.
+    bool HasLevels() const { return p1 != kNoValue<double> && p2 != kNoValue<double>; }
 
-    /// Level at f, f1 <= f <= f2; linear where the logarithms do not exist.
+    /// Whether there is a straight line on log-log axes.
+    bool HasSlope() const { return f1 > 0.0 && f2 > 0.0 && f1 != f2 && p1 > 0.0 && p2 > 0.0; }
+
+    /// Level at f, f1 <= f <= f2; linear where there is no slope, no-value where there are no levels.
     double LevelAt(double f) const {
         if (f == f1) return p1;
         if (f == f2) return p2;
-        if (f1 > 0.0 && p1 > 0.0 && p2 > 0.0) return p1 * std::pow(f / f1, Slope());
+        if (!HasLevels()) return kNoValue<double>;
+        if (HasSlope()) return p1 * std::exp(LogRatio(p1, p2) * (LogRatio(f1, f) / LogRatio(f1, f2)));
         return p1 + (p2 - p1) * ((f - f1) / (f2 - f1));
     }
 
-    /// Integral of p1 (f/f1)^Slope() from f1 to f2, exact also for short segments. The exponent -1, and what
-    /// cannot be told from it, gives the logarithm. Frequencies and p1 must be positive.
+    /// Integral from f1 to f2 of p1 (f/f1)^n, where n is 0 without a slope; exact also for short segments.
+    /// The exponent -1, and what cannot be told from it, gives the logarithm. Frequencies must be positive.
     double Area() const {
         constexpr double kLogarithmic = 1e-4;
-        const double exponent = Slope() + 1.0;
-        const double span = std::log(f2 / f1);
-        if (std::fabs(exponent) <= kLogarithmic) return p1 * f1 * span;
-        return p1 * f1 * (std::expm1(exponent * span) / exponent);
+        const double span = LogRatio(f1, f2);
+        const double growth = (HasSlope() ? LogRatio(p1, p2) : 0.0) + span;  // (n + 1) span
+        if (std::fabs(growth) <= kLogarithmic * std::fabs(span)) return p1 * f1 * span;
+        // Seen from the larger end nothing overflows.
+        const double larger = growth > 0.0 ? (HasSlope() ? p2 : p1) * f2 : p1 * f1;
+        return larger * (std::expm1(-std::fabs(growth)) / -std::fabs(growth)) * span;
     }
 };
 
