@@ -30,6 +30,28 @@ bool Store(const std::filesystem::path& folder, const char* name, CComHdr::EXT_I
     return CComDataFile::StoreDataFile((folder / name).wstring().c_str(), content) != 0;
 }
 
+/// The name of every unit, alone and in each form of compound.
+bool StoreUnitTexts(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    const CUnitCtrl hertz(CUnitCtrl::DIM_FREQUENCY);
+    CItemInfoList dimensions;
+    CUnitCtrl::GetDimList(0, &dimensions);
+    CItemInfo dimension;
+    int number = 0;
+    for (__int64 d = 0; dimensions.GetItem(d, &dimension); ++d) {
+        CUnitCtrlList units;
+        units.MakeSingleUnitListByDimCode(static_cast<CUnitCtrl::DIM_CODE>(dimension.GetCode()));
+        CUnitCtrl unit;
+        for (__int64 u = 0; units.GetUnit(u, &unit); ++u) {
+            const CUnitCtrl all[] = {unit, CUnitCtrl(unit, hertz, 0), CUnitCtrl(hertz, unit, 1)};
+            for (const CUnitCtrl& each : all)
+                std::ofstream(folder / std::to_string(++number)) << kvx::ToUtf8(kvx::PlainUnitName(each));
+        }
+    }
+    std::ofstream(folder / "powers") << "(m^2 s^-4)\u00B7\u00B5strain\u207B\u00B9/deg C";
+    return number > 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -48,6 +70,7 @@ int main(int argc, char** argv) {
     const bool isStored = Store(dataFiles, "wave", CComHdr::EXT_INFO_SHOCK_DATA, wave) &&
                           Store(dataFiles, "transfer", CComHdr::EXT_INFO_RANDOM_DATA, transfer) &&
                           Store(dataFiles, "response", CComHdr::EXT_INFO_SINE_DATA, response) &&
-                          StoreGraphSettings(std::filesystem::path(argv[1]) / "fuzz_GraphSettings");
+                          StoreGraphSettings(std::filesystem::path(argv[1]) / "fuzz_GraphSettings") &&
+                          StoreUnitTexts(std::filesystem::path(argv[1]) / "fuzz_UnitText");
     return isStored ? 0 : 1;
 }

@@ -1,26 +1,49 @@
 // SPDX-License-Identifier: MIT
 //
-// Typed units: reading succeeds or declines, and the name of what was read can be read, at last to itself.
+// Typed units: reading succeeds or declines, the name of what was read can be read, at last to the same unit,
+// and blanks around the text mean nothing.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
+#include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/units/UnitText.h>
+
+namespace {
+
+/// The unit with all its members, as bytes.
+std::string Stored(CUnitCtrl unit) {
+    kvx::MemoryStream stream;
+    CArchive archive(stream, CArchive::store);
+    unit.Serialize(archive);
+    archive.Flush();
+    return {reinterpret_cast<const char*>(stream.Bytes().data()), stream.Bytes().size()};
+}
+
+CUnitCtrl Reread(const CUnitCtrl& unit) {
+    const auto again = kvx::ParseUnit(kvx::PlainUnitName(unit));
+    if (!again) std::abort();
+    return *again;
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto text = kvx::FromUtf8({reinterpret_cast<const char*>(data), size});
     if (!text) return 0;
     kvx::FindUnit(*text);
-    auto unit = kvx::ParseUnit(*text);
+    const auto unit = kvx::ParseUnit(*text);
     if (!unit) return 0;
     // The name of a compound may contain that of a unit ("m/s2"), which the first reading of it turns into
     // the unit.
-    unit = kvx::ParseUnit(kvx::PlainUnitName(*unit));
-    if (!unit) std::abort();
-    const auto name = kvx::PlainUnitName(*unit);
-    unit = kvx::ParseUnit(name);
-    if (!unit || kvx::PlainUnitName(*unit) != name) std::abort();
+    const CUnitCtrl settled = Reread(*unit);
+    const CUnitCtrl again = Reread(settled);
+    if (Stored(again) != Stored(settled) || kvx::PlainUnitName(again) != kvx::PlainUnitName(settled))
+        std::abort();
+    const auto spaced = kvx::ParseUnit(L" " + *text + L" ");
+    if (text->size() <= 254 && (!spaced || Stored(*spaced) != Stored(*unit))) std::abort();
     return 0;
 }

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <functional>
 #include <iterator>
+#include <span>
 #include <utility>
 
 #include <KvxDevCommon01/resources/StringTable.h>
@@ -19,44 +21,45 @@ using Hint = std::optional<DIM>;
 
 constexpr std::size_t kMaxText = 256;
 constexpr std::size_t kMaxMembers = 4;
+constexpr int kMaxPower = 4;  // the square of a unit whose name holds a square
 
 constexpr wchar_t kProduct = L'・';
 constexpr wchar_t kQuotient = L'/';
-constexpr std::wstring_view kOperators = L"・/";
+constexpr std::wstring_view kNotInSymbols = L"・/ ()^-0123456789";
 
 struct Spelling {
     std::wstring_view text;
     std::wstring_view inTable;
 };
 
-// What is replaced wherever it appears, so that each sign is written in the unit table's way. In this order.
+// What is replaced wherever it appears, so that each sign is written in one way. In this order.
 // clang-format off
 constexpr auto kSigns = std::to_array<Spelling>({
     {L"#u", L""}, {L"#l", L""}, {L"#n", L""},                             // markup
-    {L" ", L""}, {L"\t", L""}, {L"\u00A0", L""}, {L"\u3000", L""},        // blanks
-    {L"^", L""}, {L"\u00B2", L"2"},                                       // powers
+    {L"\t", L" "}, {L"\u00A0", L" "}, {L"\u2009", L" "}, {L"\u202F", L" "}, {L"\u3000", L" "},
+    {L"\u00B9", L"1"}, {L"\u00B2", L"2"}, {L"\u2074", L"4"},              // powers
+    {L"\u207B", L"-"}, {L"\u2212", L"-"},                                 // minus
     {L"*", L"・"}, {L".", L"・"},                                         // products
     {L"\u00B7", L"・"}, {L"\u22C5", L"・"}, {L"\u00D7", L"・"}, {L"\uFF65", L"・"},
     {L"\u00B5", L"μ"}, {L"\u2126", L"Ω"},                                 // micro, ohm
     {L"\u00B0", L"ﾟ"}, {L"\u2103", L"ﾟC"}, {L"\u2109", L"ﾟF"},            // degrees
+    {L"deg K", L"ﾟK"}, {L"deg C", L"ﾟC"}, {L"deg F", L"ﾟF"},              // the blank is no product here
+    {L"ﾟ K", L"ﾟK"}, {L"ﾟ C", L"ﾟC"}, {L"ﾟ F", L"ﾟF"},
 });
 
-// Other names of whole units, signs already replaced.
+// Other names of the table's symbols and, where those have several symbols, of whole units; signs already
+// replaced.
 constexpr auto kOtherNames = std::to_array<Spelling>({
     {L"in", L"inch"},
-    {L"in/s", L"inch/s"},
     {L"ft", L"feet"},
-    {L"ft/s", L"feet/s"},
-    {L"ft/min", L"feet/min"},
     {L"yd", L"yard"},
     {L"mi", L"mile"},
     {L"mph", L"mile/h"},
     {L"dyn", L"dyne"},
     {L"microstrain", L"μ"},
-    {L"ustrain", L"μ"},
+    {L"μstrain", L"μ"},
+    {L"μStrain", L"μ"},
     {L"με", L"μ"},
-    {L"deg/s", L"degree/s"},
-    {L"deg/s2", L"degree/s2"},
     {L"deg", L"degree"},
     {L"rev", L"revolution"},
     {L"hr", L"h"},
@@ -67,6 +70,7 @@ constexpr auto kOtherNames = std::to_array<Spelling>({
     {L"percent", L"%"},
     {L"count", L"回"},
     {L"sigma", L"σ"},
+    {L"t", L"ton"},
     {L"Nm", L"N・m"},
 });
 // clang-format on
@@ -84,41 +88,198 @@ std::wstring Normalised(std::wstring_view plainText) {
     return text;
 }
 
+// ---- the grammar: from text to powers of symbols
+
+/// A power of a symbol or, without one, of a group in parentheses. What is divided by has a negative power.
+struct Factor {
+    std::wstring symbol;
+    int power = 1;
+    std::vector<Factor> group = {};
+};
+using Factors = std::vector<Factor>;
+
+bool EqualButForCase(std::wstring_view a, std::wstring_view b) {
+    const auto lower = [](wchar_t c) {
+        return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+    };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
+
+/// Reads normalised text by the grammar of the header, one member function per rule.
+class Parser {
+public:
+    explicit Parser(std::wstring_view text) : rest_(text) {}
+
+    /// The factors of the whole text, none for an empty one; no value when it is no unit text.
+    std::optional<Factors> Text() {
+        SkipBlanks();
+        if (rest_.empty()) return Factors{};
+        std::optional<Factors> factors = Product();
+        return rest_.empty() ? std::move(factors) : std::nullopt;
+    }
+
+private:
+    enum class Sign { product, blank, quotient, end, none };
+
+    bool SkipBlanks() {
+        const std::size_t before = rest_.size();
+        while (rest_.starts_with(L' ')) rest_.remove_prefix(1);
+        return rest_.size() < before;
+    }
+
+    bool Take(wchar_t c) {
+        if (!rest_.starts_with(c)) return false;
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    std::optional<Factors> Product() {
+        Factors factors;
+        Sign sign = Sign::product;
+        if (Take(L'1')) {
+            sign = Operator();
+            if (sign == Sign::end) return factors;
+            if (sign != Sign::quotient) return std::nullopt;
+        }
+        for (bool isDivided = false;; sign = Operator()) {
+            if (sign == Sign::end) return factors;
+            if (sign == Sign::none) return std::nullopt;
+            if (sign == Sign::quotient) isDivided = true;
+            // "J/kg K" may mean either, and "in mm" is English.
+            if (sign == Sign::blank && (isDivided || EqualButForCase(factors.back().symbol, L"in")))
+                return std::nullopt;
+            std::optional<Factor> factor = Power();
+            if (!factor) return std::nullopt;
+            if (sign == Sign::quotient) factor->power = -factor->power;
+            factors.push_back(*std::move(factor));
+        }
+    }
+
+    /// What stands between factors, with the blanks around it.
+    Sign Operator() {
+        const bool hasBlank = SkipBlanks();
+        if (rest_.empty() || rest_.starts_with(L')')) return Sign::end;
+        const bool isProduct = Take(kProduct);
+        if (!isProduct && !Take(kQuotient)) return hasBlank ? Sign::blank : Sign::none;
+        SkipBlanks();
+        return isProduct ? Sign::product : Sign::quotient;
+    }
+
+    std::optional<Factor> Power() {
+        std::optional<Factor> factor = Take(L'(') ? Group() : Symbol();
+        if (!factor) return std::nullopt;
+        const bool hasCaret = Take(L'^');
+        const bool isNegative = Take(L'-');
+        int exponent = 1;
+        if (!rest_.empty() && rest_.front() >= L'1' && rest_.front() <= L'9') {
+            exponent = rest_.front() - L'0';
+            rest_.remove_prefix(1);
+        } else if (hasCaret || isNegative) {
+            return std::nullopt;
+        }
+        factor->power *= isNegative ? -exponent : exponent;
+        return std::abs(factor->power) <= kMaxPower ? std::move(factor) : std::nullopt;
+    }
+
+    std::optional<Factor> Group() {
+        SkipBlanks();
+        std::optional<Factors> inside = Product();
+        if (!inside || inside->empty() || !Take(L')')) return std::nullopt;
+        if (inside->size() == 1) return inside->front();
+        return Factor{.symbol = {}, .group = *std::move(inside)};
+    }
+
+    std::optional<Factor> Symbol() {
+        const std::size_t size = std::min(rest_.find_first_of(kNotInSymbols), rest_.size());
+        if (size == 0) return std::nullopt;
+        Factor factor{std::wstring(rest_.substr(0, size))};
+        rest_.remove_prefix(size);
+        return factor;
+    }
+
+    std::wstring_view rest_;
+};
+
+// ---- the names of the unit table
+
 struct NamedUnit {
-    std::wstring name;
+    Factors name;  // "m/s2" is m and s to the -2
     UNIT unit;
 };
+
+/// A symbol of the table in all its spellings.
+std::vector<std::wstring> SpellingsOf(const std::wstring& symbol) {
+    std::vector<std::wstring> all = {symbol};
+    for (const Spelling& other : kOtherNames) {
+        if (other.inTable == symbol) all.emplace_back(other.text);
+    }
+    if (symbol.ends_with(L"Ω")) {
+        all.push_back(Replaced(symbol, L"Ω", L"Ohm"));
+        all.push_back(Replaced(symbol, L"Ω", L"ohm"));
+    }
+    for (std::size_t i = 0, count = all.size(); i < count; ++i) {
+        if (all[i].starts_with(L"μ")) all.push_back(L"u" + all[i].substr(1));
+    }
+    return all;
+}
 
 /// Every spelling of every unit, in the order of the unit table.
 const std::vector<NamedUnit>& NamedUnits() {
     static const std::vector<NamedUnit> all = [] {
-        std::vector<NamedUnit> names;
+        std::vector<NamedUnit> named;
         for (const detail::UnitRow& row : detail::Units()) {
             const auto unit = static_cast<UNIT>(row.code);
-            const std::wstring name = Normalised(ResourceText(row.nameId));
-            names.push_back({name, unit});
-            if (name.starts_with(L"μ")) names.push_back({L"u" + name.substr(1), unit});
-            if (name.ends_with(L"Ω")) {
-                names.push_back({Replaced(name, L"Ω", L"Ohm"), unit});
-                names.push_back({Replaced(name, L"Ω", L"ohm"), unit});
+            const std::wstring text = Normalised(ResourceText(row.nameId));
+            std::vector<Factors> names = {{}};
+            for (const Factor& factor : Parser(text).Text().value_or(Factors{})) {
+                std::vector<Factors> longer;
+                for (const Factors& begun : names) {
+                    for (std::wstring& symbol : SpellingsOf(factor.symbol)) {
+                        longer.push_back(begun);
+                        longer.back().push_back({std::move(symbol), factor.power});
+                    }
+                }
+                names = std::move(longer);
             }
+            for (Factors& name : names) named.push_back({std::move(name), unit});
             for (const Spelling& other : kOtherNames) {
-                if (other.inTable == name) names.push_back({std::wstring(other.text), unit});
+                if (named.back().name.size() > 1 && other.inTable == text)
+                    named.push_back({{{std::wstring(other.text)}}, unit});
             }
         }
-        return names;
+        return named;
     }();
     return all;
 }
 
-wchar_t LowerCase(wchar_t c) {
-    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+/// Whether the case of a symbol carries meaning: as it is written it reads as a prefix of the table, or a
+/// newton, in front of another unit. "mG" is not "mg", "kS" not "ks", "Ns" not "ns".
+bool IsCaseMeant(std::wstring_view symbol) {
+    constexpr std::wstring_view kFirst = L"fpnμumchkMGN";
+    return !symbol.empty() && kFirst.find(symbol.front()) != kFirst.npos &&
+           std::ranges::any_of(NamedUnits(), [rest = symbol.substr(1)](const NamedUnit& named) {
+               return named.name.size() == 1 && named.name.front().symbol == rest;
+           });
 }
 
-bool EqualButForCase(std::wstring_view a, std::wstring_view b) {
-    const auto isMilliOrMega = [](std::wstring_view s) { return s.starts_with(L'm') || s.starts_with(L'M'); };
-    if (isMilliOrMega(a) && a.front() != b.front()) return false;
-    return std::ranges::equal(a, b, {}, LowerCase, LowerCase);
+using Name = std::span<const Factor>;
+
+bool IsSameName(Name text, Name known) {
+    return std::ranges::equal(text, known, [](const Factor& a, const Factor& b) {
+        return a.symbol == b.symbol && a.power == b.power;
+    });
+}
+
+bool IsSameNameButForCase(Name text, Name known) {
+    if (text.empty() || text.size() != known.size()) return false;
+    const auto isMilliOrMega = [](Name name) {
+        return name.front().symbol.starts_with(L'm') || name.front().symbol.starts_with(L'M');
+    };
+    if (isMilliOrMega(text) && text.front().symbol.front() != known.front().symbol.front()) return false;
+    return std::ranges::equal(text, known, [](const Factor& a, const Factor& b) {
+        return a.power == b.power &&
+               (a.symbol == b.symbol || (EqualButForCase(a.symbol, b.symbol) && !IsCaseMeant(a.symbol)));
+    });
 }
 
 bool ConvertAlike(UNIT a, UNIT b) {
@@ -140,103 +301,93 @@ std::vector<NamedUnit> UnitsWhose(Matches nameMatches, Hint hint) {
     return found;
 }
 
-/// The units of a normalised name; see the header for what counts as one.
-std::vector<UNIT> Lookup(std::wstring_view name, Hint hint) {
-    std::vector<NamedUnit> found = UnitsWhose([&](std::wstring_view known) { return known == name; }, hint);
-    if (found.empty()) {
-        found = UnitsWhose([&](std::wstring_view known) { return EqualButForCase(name, known); }, hint);
-        const bool ambiguous = std::ranges::any_of(found, [&](const NamedUnit& named) {
-            return named.name != found.front().name && !ConvertAlike(named.unit, found.front().unit);
+/// How symbols are looked up.
+struct Reading {
+    Hint hint;
+    bool forgivesCase;
+};
+
+/// The units of a name; see the header for what counts as one.
+std::vector<UNIT> Lookup(Name name, const Reading& reading) {
+    const Hint hint = reading.hint;
+    std::vector<NamedUnit> found = UnitsWhose([&](Name known) { return IsSameName(name, known); }, hint);
+    if (found.empty() && reading.forgivesCase) {
+        found = UnitsWhose([&](Name known) { return IsSameNameButForCase(name, known); }, hint);
+        const bool isAmbiguous = std::ranges::any_of(found, [&](const NamedUnit& named) {
+            return !IsSameName(named.name, found.front().name) &&
+                   !ConvertAlike(named.unit, found.front().unit);
         });
-        if (ambiguous) found.clear();
+        if (isAmbiguous) found.clear();
     }
     std::vector<UNIT> units;
     std::ranges::transform(found, std::back_inserter(units), &NamedUnit::unit);
     return units;
 }
 
-struct ParsedMember {
+// ---- from factors to the members of a descriptor
+
+struct Member {
     UNIT unit;
-    bool squared = false;
-    bool divide = false;
+    int power = 1;
 };
-using ParsedMembers = std::vector<ParsedMember>;
+using Members = std::vector<Member>;
 
-std::optional<ParsedMembers> ParseMembers(std::wstring_view text, Hint hint);
-
-std::optional<ParsedMembers> ParseName(std::wstring_view text, Hint hint) {
-    const std::vector<UNIT> units = Lookup(text, hint);
-    if (text.empty() || units.empty()) return std::nullopt;
-    return ParsedMembers{{units.front()}};
+/// The member that the factors name together. Its power is theirs when it is one, else 1, or 2 for the square
+/// of a name that holds a square: m2/s4.
+std::optional<Member> NamedMember(Name factors, const Reading& reading) {
+    const bool isFourth =
+        std::ranges::any_of(factors, [](const Factor& f) { return std::abs(f.power) == 4; });
+    const int power = factors.size() == 1 ? factors.front().power : isFourth ? 2 : 1;
+    Factors name(factors.begin(), factors.end());
+    for (Factor& factor : name) {
+        if (factor.power % power != 0) return std::nullopt;
+        factor.power /= power;
+    }
+    const std::vector<UNIT> units = Lookup(name, reading);
+    return units.empty() ? std::nullopt : std::optional(Member{units.front(), power});
 }
 
-/// A factor: "1", a name or a group in parentheses, the latter two perhaps squared.
-std::optional<ParsedMembers> ParseFactor(std::wstring_view text, Hint hint) {
-    if (text == L"1") return ParsedMembers{};
-    if (auto named = ParseName(text, hint)) return named;
-
-    const bool squared = text.ends_with(L'2');
-    if (squared) text.remove_suffix(1);
-    const bool group = text.starts_with(L'(') && text.ends_with(L')');
-    auto members = group ? ParseMembers(text.substr(1, text.size() - 2), hint) : ParseName(text, hint);
-    if (!members || !squared) return members;
-    for (ParsedMember& member : *members) {
-        if (std::exchange(member.squared, true)) return std::nullopt;
+/// The members that factors stand for. A name of several symbols is taken whole, the longest first.
+std::optional<Members> MembersOf(Name factors, const Reading& reading) {
+    Members members;
+    while (!factors.empty()) {
+        std::size_t taken = 0;
+        if (const Factor& first = factors.front(); !first.group.empty()) {
+            const std::optional<Members> inside = MembersOf(first.group, reading);
+            if (!inside) return std::nullopt;
+            for (const Member& member : *inside) {
+                members.push_back({member.unit, member.power * first.power});
+                if (std::abs(members.back().power) > kMaxPower) return std::nullopt;
+            }
+            taken = 1;
+        } else {
+            const auto run = std::ranges::find_if(factors, [](const Factor& f) { return !f.group.empty(); });
+            for (auto count = static_cast<std::size_t>(run - factors.begin()); count > 0; --count) {
+                const std::optional<Member> member = NamedMember(factors.first(count), reading);
+                if (!member) continue;
+                members.push_back(*member);
+                taken = count;
+                break;
+            }
+        }
+        if (taken == 0 || members.size() > kMaxMembers) return std::nullopt;
+        factors = factors.subspan(taken);
     }
     return members;
 }
 
-/// Where the factors of a text end: at each operator outside parentheses and at its end. Empty when the
-/// parentheses do not match.
-std::vector<std::size_t> FactorEnds(std::wstring_view text) {
-    std::vector<std::size_t> ends;
-    int depth = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == L'(') ++depth;
-        if (text[i] == L')' && --depth < 0) return {};
-        if (depth == 0 && kOperators.find(text[i]) != kOperators.npos) ends.push_back(i);
-    }
-    if (depth != 0) return {};
-    ends.push_back(text.size());
-    return ends;
-}
-
-std::optional<ParsedMembers> ParseMembers(std::wstring_view text, Hint hint) {
-    const std::vector<std::size_t> ends = FactorEnds(text);
-    ParsedMembers members;
-    std::size_t begin = 0;
-    for (auto end = ends.begin(); end != ends.end(); ++end) {
-        const bool divide = begin > 0 && text[begin - 1] == kQuotient;
-        std::optional<ParsedMembers> factor;
-        // A name with operators of its own is taken whole, the longest first. Behind a quotient it would mean
-        // something else: there only the next factor is divided by.
-        for (auto last = divide ? end : ends.end() - 1; last != end && !factor; --last) {
-            factor = ParseName(text.substr(begin, *last - begin), hint);
-            if (factor) end = last;
-        }
-        if (!factor) factor = ParseFactor(text.substr(begin, *end - begin), hint);
-        if (!factor) return std::nullopt;
-        for (ParsedMember& member : *factor) {
-            member.divide = member.divide != divide;
-            members.push_back(member);
-        }
-        begin = *end + 1;
-    }
-    if (ends.empty() || members.size() > kMaxMembers) return std::nullopt;
-    return members;
-}
-
-CUnitCtrl::UNIT_CALC CalcOf(const ParsedMember& member) {
-    if (!member.squared && !member.divide) return CUnitCtrl::CALC_PLAIN;
-    return static_cast<CUnitCtrl::UNIT_CALC>((member.squared ? CUnitCtrl::CALC_SQUARED : 0U) |
-                                             (member.divide ? CUnitCtrl::CALC_DIVIDE : 0U));
+CUnitCtrl::UNIT_CALC CalcOf(const Member& member) {
+    if (member.power == 1) return CUnitCtrl::CALC_PLAIN;
+    return static_cast<CUnitCtrl::UNIT_CALC>((std::abs(member.power) == 2 ? CUnitCtrl::CALC_SQUARED : 0U) |
+                                             (member.power < 0 ? CUnitCtrl::CALC_DIVIDE : 0U));
 }
 
 }  // namespace
 
 std::vector<CUnitCtrl::UNIT_CODE> FindUnit(std::wstring_view plainText) {
     if (plainText.size() > kMaxText) return {};
-    return Lookup(Normalised(plainText), std::nullopt);
+    const std::optional<Factors> name = Parser(Normalised(plainText)).Text();
+    return name ? Lookup(*name, {.hint = std::nullopt, .forgivesCase = true}) : std::vector<UNIT>{};
 }
 
 std::wstring WithoutMarkup(std::wstring_view text) {
@@ -248,8 +399,18 @@ std::wstring WithoutMarkup(std::wstring_view text) {
 }
 
 std::wstring PlainUnitName(const CUnitCtrl& unit) {
+    std::array<UNIT, kMaxMembers> units{};
+    std::array<CUnitCtrl::UNIT_CALC, kMaxMembers> calcs{};
+    unit.GetInfo(&units[0], &calcs[0], nullptr, &units[1], &calcs[1], &units[2], &calcs[2], &units[3],
+                 &calcs[3]);
     CString name;
-    unit.GetUnitName(&name);
+    if (units[0] == CUnitCtrl::UNIT_NONE &&
+        calcs[0] != CUnitCtrl::CALC_PLAIN) {  // the square of no unit is none
+        CUnitCtrl(units[0], CUnitCtrl::CALC_PLAIN, units[1], calcs[1], units[2], calcs[2], units[3], calcs[3])
+            .GetUnitName(&name);
+    } else {
+        unit.GetUnitName(&name);
+    }
     name = WithoutMarkup(name);
     if (name.starts_with(L' ')) {  // no unit as the first member
         name.erase(0, 1);
@@ -261,12 +422,14 @@ std::wstring PlainUnitName(const CUnitCtrl& unit) {
 
 std::optional<CUnitCtrl> ParseUnit(std::wstring_view plainText, std::optional<CUnitCtrl::DIM_CODE> hint) {
     if (plainText.size() > kMaxText) return std::nullopt;
-    const std::wstring text = Normalised(plainText);
-    if (text.empty()) return CUnitCtrl();
-    auto members = ParseMembers(text, hint);
-    if (!members) return std::nullopt;
+    const std::optional<Factors> factors = Parser(Normalised(plainText)).Text();
+    if (!factors) return std::nullopt;
+    std::optional<Members> members = MembersOf(*factors, {hint, false});
+    if (!members) members = MembersOf(*factors, {hint, true});
+    const auto isTooHigh = [](const Member& member) { return std::abs(member.power) > 2; };
+    if (!members || std::ranges::any_of(*members, isTooHigh)) return std::nullopt;
     members->resize(kMaxMembers, {CUnitCtrl::UNIT_NONE});
-    const ParsedMembers& m = *members;
+    const Members& m = *members;
     return CUnitCtrl(m[0].unit, CalcOf(m[0]), m[1].unit, CalcOf(m[1]), m[2].unit, CalcOf(m[2]), m[3].unit,
                      CalcOf(m[3]));
 }

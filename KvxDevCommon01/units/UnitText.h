@@ -3,9 +3,23 @@
 // Units as people type them: plain text without markup ("m/s2", "(m/s2)2/Hz", "degC", "N.m") to and from
 // descriptors. Pure functions, independent of the locale and safe from any thread.
 //
-// A name is looked up as it is written, in the unit table and among common other spellings ("um", "deg",
-// "ft", "Ohm"). Only when that finds nothing is its case forgiven, as long as what is then found is one name
-// or converts alike. Case never turns a leading "m" into "M" or back: a milli must not become a mega.
+// The grammar, which docs/units.md explains with examples:
+//
+//   text     = [ "1" | [ "1/" ] product ]
+//   product  = power { operator power }
+//   operator = "/" | "." | "*" | "·" | "×" | "・" | a blank
+//   power    = ( symbol | "(" product ")" ) [ [ "^" ] [ "-" ] digit ]
+//   symbol   = letters and signs of the unit table, or another spelling: "um", "deg", "ft", "Ohm"
+//
+// Superscripts are digits, U+00B5, U+03BC and "u" are micro, blanks around other operators mean nothing, and
+// the markup "#u", "#l" and "#n" is passed over. Products and quotients are taken from left to right. A blank
+// is no operator behind a "/", where "J/kg K" may mean either, nor behind "in", which may be English.
+//
+// A name of several symbols in the unit table is taken whole where that means the same: "m/s2/V" and "m s-2".
+// Symbols are looked up as they are written. Only when the text is then no unit is their case forgiven, as
+// long as what is then found is one name or converts alike, and as long as the case means nothing: a leading
+// "m" never becomes "M" or back, and no prefix or newton in front of a unit is taken for another one ("mG",
+// "Ns").
 #pragma once
 
 #include <optional>
@@ -25,20 +39,18 @@ KVX_API std::vector<CUnitCtrl::UNIT_CODE> FindUnit(std::wstring_view plainText);
 /// The text without the markup "#u", "#l" and "#n".
 KVX_API std::wstring WithoutMarkup(std::wstring_view text);
 
-/// The unit's name without markup: "(m/s2)2/Hz". Empty for no unit.
+/// The unit's name without markup, which ParseUnit reads: "(m/s2)2/Hz". Empty for no unit.
 KVX_API std::wstring PlainUnitName(const CUnitCtrl& unit);
 
-/// Reads a unit or a compound of up to four: names joined by "/" or by "*", "." or a middle dot; a square as
-/// "2", "^2" or a superscript two; parentheses; "1/" for a reciprocal. Empty text or "1" is no unit. Products
-/// and quotients are taken from left to right, but a name of the unit table stays whole where that means the
-/// same: "m/s2/V".
+/// Reads a unit or a compound of up to four. Empty text and "1" are no unit.
 ///
 /// Of several units of one name the first of the dimension `hint` is taken, else the first in the unit table:
 /// without a hint "g" and "G" are accelerations, "rpm" is an angular velocity, "dB" 20 log10 of an amplitude
 /// ratio.
 ///
-/// No value when a name is unknown or its case ambiguous, when more than four members or a power above two
-/// would be needed, and for text of more than 256 characters.
+/// No value for text outside the grammar or of more than 256 characters, when a symbol is unknown or its case
+/// means something else, and when more than four members or another power of one than -2, -1, 1 and 2 would
+/// be needed.
 KVX_API std::optional<CUnitCtrl> ParseUnit(std::wstring_view plainText,
                                            std::optional<CUnitCtrl::DIM_CODE> hint = std::nullopt);
 

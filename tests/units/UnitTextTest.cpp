@@ -26,17 +26,54 @@ TEST(FindUnit, AcceptsOtherSpellings) {
         const wchar_t* text;
         std::uint32_t unit;
     } cases[] = {
-        {L"m/s#u2#n", 0x00010004},    {L"m/s\u00B2", 0x00010004}, {L"m/s^2", 0x00010004},
-        {L" m / s2 ", 0x00010004},    {L"um", 0x00030009},        {L"\u00B5m", 0x00030009},
-        {L"\u03BCm", 0x00030009},     {L"usec", 0x0100000D},      {L"degC", 0x05000002},
-        {L"\u00B0C", 0x05000002},     {L"\u2103", 0x05000002},    {L"\uFF9FC", 0x05000002},
-        {L"deg C", 0x05000002},       {L"K", 0x05000001},         {L"N.m", 0x12000001},
-        {L"N*m", 0x12000001},         {L"N\u30FBm", 0x12000001},  {L"N\u00B7m", 0x12000001},
-        {L"Nm", 0x12000001},          {L"kgf.m", 0x12000003},     {L"g.cm2", 0x13000001},
-        {L"Ohm", 0x0C000002},         {L"MOhm", 0x0C000004},      {L"mohm", 0x0C000001},
-        {L"k\u2126", 0x0C000003},     {L"ft", 0x00030005},        {L"in/s", 0x00020006},
-        {L"mph", 0x0002000C},         {L"deg/s2", 0x00070002},    {L"\u00B0", 0x07000003},
+        {L"m/s#u2#n", 0x00010004},
+        {L"m/s\u00B2", 0x00010004},
+        {L"m/s^2", 0x00010004},
+        {L" m / s2 ", 0x00010004},
+        {L"um", 0x00030009},
+        {L"\u00B5m", 0x00030009},
+        {L"\u03BCm", 0x00030009},
+        {L"usec", 0x0100000D},
+        {L"degC", 0x05000002},
+        {L"\u00B0C", 0x05000002},
+        {L"\u2103", 0x05000002},
+        {L"\uFF9FC", 0x05000002},
+        {L"deg C", 0x05000002},
+        {L"K", 0x05000001},
+        {L"N.m", 0x12000001},
+        {L"N*m", 0x12000001},
+        {L"N\u30FBm", 0x12000001},
+        {L"N\u00B7m", 0x12000001},
+        {L"Nm", 0x12000001},
+        {L"kgf.m", 0x12000003},
+        {L"g.cm2", 0x13000001},
+        {L"Ohm", 0x0C000002},
+        {L"MOhm", 0x0C000004},
+        {L"mohm", 0x0C000001},
+        {L"k\u2126", 0x0C000003},
+        {L"ft", 0x00030005},
+        {L"in/s", 0x00020006},
+        {L"mph", 0x0002000C},
+        {L"deg/s2", 0x00070002},
+        {L"\u00B0", 0x07000003},
         {L"microstrain", 0x00050002},
+        {L"ustrain", 0x00050002},
+        {L"uStrain", 0x00050002},
+        {L"\u00B5strain", 0x00050002},
+        {L"\u03BCstrain", 0x00050002},
+        {L"\u00B5\u03B5", 0x00050002},
+        {L"u\u03B5", 0x00050002},
+        {L"\u00B0 C", 0x05000002},
+        {L"km/hr", 0x0002000A},
+        {L"mi/h", 0x0002000C},
+        {L"dyn.cm", 0x12000002},
+        {L"t", 0x0E000006},
+        {L"N m", 0x12000001},
+        {L"kg\u22C5m\u00B2", 0x13000002},
+        {L"m s-2", 0x00010004},
+        {L"m\u00B7s\u207B\u00B2", 0x00010004},
+        {L"m\u202Fs^\u22121", 0x00020004},
+        {L"(m)/(s)2", 0x00010004},
     };
     for (const auto& c : cases)
         EXPECT_THAT(kvx::FindUnit(c.text), ElementsAre(c.unit)) << kvx::ToUtf8(c.text);
@@ -49,6 +86,11 @@ TEST(FindUnit, ForgivesCaseOnlyWhereNothingElseCanBeMeant) {
     EXPECT_THAT(kvx::FindUnit(L"PA"), IsEmpty()) << "Pa or pA";
     EXPECT_THAT(kvx::FindUnit(L"mPa"), IsEmpty()) << "a milli is not a mega";
     EXPECT_THAT(kvx::FindUnit(L"Mg"), IsEmpty()) << "a mega is not a milli";
+    // Prefixes, and a newton, in front of G, S, s, N and V: other units than mg, kg, ns, kS, gn, ns, nV.
+    for (const wchar_t* text : {L"mG", L"kG", L"\u00B5G", L"uG", L"nS", L"ks", L"GN", L"Ns", L"NV"})
+        EXPECT_THAT(kvx::FindUnit(text), IsEmpty()) << kvx::ToUtf8(text);
+    EXPECT_THAT(kvx::FindUnit(L"KM/H"), ElementsAre(0x0002000A));
+    EXPECT_THAT(kvx::FindUnit(L"Kg"), ElementsAre(0x0E000005));
 }
 
 TEST(ParseUnit, ReadsCompoundsAndPrefersTheHintedDimension) {
@@ -75,6 +117,22 @@ TEST(ParseUnit, ReadsCompoundsAndPrefersTheHintedDimension) {
         {L"V/(N/mm)", Make({kVolt}, {newton, 0x100}, {kMm})},
         {L"(N/mm)2", Make({newton, 0x010}, {kMm, 0x110})},
         {L"((N.s)/mm)/V", Make({newton}, {kSec}, {kMm, 0x100}, {kVolt, 0x100})},
+        {L"m s", Make({metre}, {kSec})},
+        {L"m s2", Make({metre}, {kSec, 0x010})},
+        {L"s^-1", Make({kSec, 0x100})},
+        {L"s\u207B\u00B9", Make({kSec, 0x100})},
+        {L"min-1", Make({0x01000005, 0x100})},
+        {L"g-2", Make({kG, 0x110})},
+        {L"V.(m/s2)-1", Make({kVolt}, {kAcc, 0x100})},
+        {L"m2/s4/Hz", Make({kAcc, 0x010}, {kHz, 0x100})},
+        {L"m^2 s^-4 Hz^-1", Make({kAcc, 0x010}, {kHz, 0x100})},
+        {L"V / ( m/s2 )", Make({kVolt}, {kAcc, 0x100})},
+        {L"V/A*s", Make({kVolt}, {kAmpere, 0x100}, {kSec})},  // from left to right
+        {L"(V/A) s", Make({kVolt}, {kAmpere, 0x100}, {kSec})},
+        {L"N.(m/s)", Make({newton}, {kVel})},
+        {L"kg m/s2", Make({0x0E000005}, {kAcc})},
+        {L"V/deg C", Make({kVolt}, {kCelsius, 0x100})},
+        {L"km/H", Make({0x0003000A}, {0x16000003, 0x100})},  // a henry as written
         {L"rpm/m", Single(0x00070004)},
         {L"dB", Single(0x06000002)},
         {L"g", Single(0x0E000004), CUnitCtrl::DIM_MASS},
@@ -93,8 +151,11 @@ TEST(ParseUnit, ReadsCompoundsAndPrefersTheHintedDimension) {
 TEST(ParseUnit, RefusesWhatItCannotRead) {
     // clang-format off
     const std::wstring texts[] = {
-        L"furlong", L"PA", L"2", L"g3", L"g-1", L"(g2)2", L"g/", L"/Hz", L"g//Hz", L"V.A.s.g.N",
-        L"(g", L"g)", L")g(", L"()", L"(g)(V)", std::wstring(200, L'('), std::wstring(257, L' ')};
+        L"furlong", L"PA", L"g/", L"/Hz", L"g//Hz", L"/", L"N..m", L"m**2", L"V.A.s.g.N", L"1.V", L"1 s", L"N-m", L"g+g",
+        L"2", L"12", L"(1)/s", L"g3", L"g0", L"g4", L"g22", L"g2\u00B2", L"m 2", L"m/s 2", L"m/s ^2", L"m^/s", L"g^^2",
+        L"g^", L"g-", L"g--2", L"g^+2", L"s^-", L"(g2)2", L"(V.g2)2", L"((V.s)4.s)4", L"m-2.s4", L"m\u00B3",
+        L"V/A s", L"J/kg K", L"1/s V", L"in mm", L"(in g)", L"g rms",
+        L"(g", L"g)", L")g(", L"()", L"(g)(V)", L"g(V)", L"m[s]", std::wstring(200, L'('), std::wstring(257, L' ')};
     // clang-format on
     for (const std::wstring& text : texts)
         EXPECT_FALSE(kvx::ParseUnit(text).has_value()) << kvx::ToUtf8(text);
@@ -107,18 +168,23 @@ TEST(PlainUnitName, HasNoMarkup) {
     EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(Unit(0x0F000001), Unit(0x02000001), 0)), L"Hz");
 }
 
-void ExpectReadsBack(const CUnitCtrl& unit) {
+/// What the name of `unit` reads as, which has that name again; parentheses around all of it go.
+CUnitCtrl ReadBack(const CUnitCtrl& unit) {
     const std::wstring text = kvx::PlainUnitName(unit);
-    SCOPED_TRACE(kvx::ToUtf8(text));
     CUnitCtrl::DIM_CODE hint;
     unit.GetDimCode(&hint, nullptr, nullptr, nullptr);
-    const std::optional<CUnitCtrl> back = kvx::ParseUnit(text, hint);
-    ASSERT_TRUE(back.has_value());
-    EXPECT_TRUE(*back == unit);
+    const CUnitCtrl back = kvx::ParseUnit(text, hint).value_or(CUnitCtrl());
+    const std::wstring again = kvx::PlainUnitName(back);
+    EXPECT_TRUE(again == text || L'(' + again + L')' == text) << kvx::ToUtf8(text);
+    return back;
+}
+
+void ExpectReadsBack(const CUnitCtrl& unit) {
+    const CUnitCtrl back = ReadBack(unit);
+    EXPECT_TRUE(back == unit) << kvx::ToUtf8(kvx::PlainUnitName(unit));
     // The two dB rows share name and dimension; what is read back is the first.
     if (InfoOf(unit).members[0].unit == 0x06000003) return;
-    EXPECT_EQ(back->ConvDtoI(8.5, 1, 1), unit.ConvDtoI(8.5, 1, 1));
-    EXPECT_EQ(kvx::PlainUnitName(*back), text);
+    EXPECT_EQ(back.ConvDtoI(8.5, 1, 1), unit.ConvDtoI(8.5, 1, 1));
 }
 
 TEST(PlainUnitName, OfEveryUnitAndEveryFormOfCompoundReadsBack) {
@@ -137,6 +203,16 @@ TEST(PlainUnitName, OfEveryUnitAndEveryFormOfCompoundReadsBack) {
             }
         }
     }
+}
+
+TEST(PlainUnitName, OfEveryPairOfUnitsReadsBack) {
+    for (const CUnitCtrl& a : AllUnits()) {
+        for (const CUnitCtrl& b : AllUnits()) {
+            for (const int divide : {0, 1}) ReadBack(CUnitCtrl(a, b, divide));
+        }
+    }
+    for (const std::uint32_t flags : {0x010u, 0x100u, 0x110u})
+        ReadBack(Make({0x0F000001, flags}, {kHz, 0x100}));
 }
 
 }  // namespace
