@@ -41,12 +41,25 @@ std::string ResolveLinks(const std::string& path) {
     return path;
 }
 
+/// A path up to the first bytes of its file name, which is not cut within a character: a name made of them
+/// has room for more on every file system that can hold the whole name.
+std::string ShortenedName(const std::string& path) {
+    constexpr std::size_t kKept = 64;
+    const std::size_t name = path.find_last_of('/') + 1;  // npos + 1 is 0
+    if (path.size() - name <= kKept) return path;
+    std::size_t end = name + kKept;
+    const auto isInsideCharacter = [&] { return (static_cast<unsigned char>(path[end]) & 0xC0) == 0x80; };
+    while (end > name && isInsideCharacter()) --end;
+    return path.substr(0, end);
+}
+
 /// Creates a file that did not exist beside `target`, stores its name in `*name` and returns its handle, or
 /// -1 with errno set.
 int CreateNeighbour(const std::string& target, std::string* name) {
     static std::atomic<unsigned int> serial = 0;
+    const std::string stem = ShortenedName(target) + "." + std::to_string(::getpid()) + "-";
     for (;;) {
-        *name = target + "." + std::to_string(::getpid()) + "-" + std::to_string(++serial) + ".tmp";
+        *name = stem + std::to_string(++serial) + ".tmp";
         const int handle = ::open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (handle >= 0 || errno != EEXIST) return handle;
     }
@@ -123,6 +136,8 @@ OutputFile::OutputFile(std::wstring_view path)
     : path_(path), targetPath_(ResolveLinks(HostPathOrThrow(path))) {
     struct stat status = {};
     const bool exists = ::stat(targetPath_.c_str(), &status) == 0;
+    // The temporary neighbour could have a name although the target cannot.
+    if (!exists && errno == ENAMETOOLONG) throw CFileException::FromHostError(errno, path);
     if (exists && S_ISDIR(status.st_mode)) throw CFileException::FromHostError(EISDIR, path);
     if (exists && !S_ISREG(status.st_mode)) {
         // A device or pipe is written in place: renaming a file over it would replace it.

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Text.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <ctime>
+#include <filesystem>
 #include <string>
 
 #include "tests/support/ScopedEnvironment.h"
@@ -46,6 +48,30 @@ TEST(OutputFile, WithoutCommitTheOldFileStaysWhole) {
     }
     EXPECT_EQ(folder.Read("kept.bin"), "old content");
     EXPECT_EQ(folder.Count(), 1U);
+}
+
+TEST(OutputFile, ANameAsLongAsTheFileSystemHoldsCanBeStored) {
+    const TempFolder folder;
+    const std::string ascii(255, 'n');
+    std::string wide = "n";  // its 64th byte is within a character
+    while (wide.size() + 3 <= 255) wide += "加";
+    for (const std::string& name : {ascii, wide}) {
+        const std::wstring path = kvx::FromUtf8((folder / name).native()).value_or(L"");
+        kvx::OutputFile first(path);
+        kvx::OutputFile second(path);  // beside the unfinished one
+        EXPECT_EQ(folder.Count(), 2U);
+        for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
+            EXPECT_TRUE(kvx::FromUtf8(entry.path().native())) << entry.path();
+        first.Write("abc", 3);
+        second.Write("abcd", 4);
+        first.Commit();
+        EXPECT_EQ(folder.Read(name), "abc");
+        second.Commit();
+        EXPECT_EQ(folder.Read(name), "abcd");
+        EXPECT_TRUE(std::filesystem::remove(folder / name));
+    }
+    const std::wstring tooLong = (folder / std::string(256, 'n')).wstring();
+    EXPECT_EQ(CauseOfOpening<kvx::OutputFile>(tooLong), CFileException::badPath);
 }
 
 TEST(OutputFile, ReplacingKeepsPermissionsAndFollowsLinks) {
