@@ -168,7 +168,7 @@ CArchive& CArchive::operator>>(CString& text) {
     if (isWide) {
         text = kvx::FromUtf16(ReadText<std::u16string>(*this, length));
     } else {
-        text = kvx::DecodeCodePage(ReadText<std::string>(*this, length), 0).value_or(CString());
+        text = kvx::DecodeCodePageReplacing(ReadText<std::string>(*this, length), 0).value_or(CString());
     }
     return *this;
 }

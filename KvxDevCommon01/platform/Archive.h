@@ -82,7 +82,7 @@ public:
 
     /// A string: the wide marker FF FE FF, the length in code units (8 bits, or FF and 16 bits, or FF FFFF
     /// and 32 bits), then UTF-16LE units. A string without the marker is read as bytes of the system's code
-    /// page.
+    /// page; what is no character of it is replaced.
     CArchive& operator<<(const CString& text);
     CArchive& operator>>(CString& text);
 

@@ -21,4 +21,9 @@ KVX_API unsigned int SystemCodePage();
 /// wide text; no value for a wrong byte sequence or an unknown page.
 KVX_API std::optional<std::wstring> DecodeCodePage(std::string_view bytes, unsigned int codePage);
 
+/// The same with what is no character replaced as the suite's platform does it: by the middle dot U+30FB in
+/// 932, a question mark in 936, the control character of its number in 1251 and 1252, U+FFFD in 65001. The
+/// rest stays. No value for an unknown page only.
+KVX_API std::optional<std::wstring> DecodeCodePageReplacing(std::string_view bytes, unsigned int codePage);
+
 }  // namespace kvx

@@ -48,6 +48,34 @@ void AppendWide(std::wstring& text, char32_t codePoint) {
     text += static_cast<wchar_t>(codePoint);
 }
 
+/// Takes the code point that `bytes` begin with off their front; no value, with what is there of it taken
+/// off, when it is not well-formed.
+std::optional<char32_t> TakeCodePoint(std::string_view& bytes) {
+    const auto lead = static_cast<unsigned char>(bytes.front());
+    bytes.remove_prefix(1);
+    std::size_t following = 0;
+    char32_t codePoint = lead;
+    char32_t smallest = 0;
+    if (lead >= 0xF0) {
+        following = 3, codePoint = lead & 0x07U, smallest = 0x10000;
+    } else if (lead >= 0xE0) {
+        following = 2, codePoint = lead & 0x0FU, smallest = 0x800;
+    } else if (lead >= 0xC0) {
+        following = 1, codePoint = lead & 0x1FU, smallest = 0x80;
+    } else if (lead >= 0x80) {
+        return std::nullopt;
+    }
+    if (lead > 0xF7) return std::nullopt;
+    for (; following > 0; --following) {
+        const auto next = bytes.empty() ? 0U : static_cast<unsigned char>(bytes.front());
+        if ((next & 0xC0) != 0x80) return std::nullopt;
+        codePoint = (codePoint << 6) | (next & 0x3FU);
+        bytes.remove_prefix(1);
+    }
+    if (codePoint < smallest || codePoint > kLastCodePoint || IsSurrogate(codePoint)) return std::nullopt;
+    return codePoint;
+}
+
 }  // namespace
 
 std::string ToUtf8(std::wstring_view text) {
@@ -81,30 +109,18 @@ std::string ToUtf8(std::wstring_view text) {
 std::optional<std::wstring> FromUtf8(std::string_view bytes) {
     std::wstring text;
     text.reserve(bytes.size());
-    for (std::size_t i = 0; i < bytes.size();) {
-        const auto lead = static_cast<unsigned char>(bytes[i]);
-        std::size_t length = 1;
-        char32_t codePoint = lead;
-        char32_t smallest = 0;
-        if (lead >= 0xF0) {
-            length = 4, codePoint = lead & 0x07U, smallest = 0x10000;
-        } else if (lead >= 0xE0) {
-            length = 3, codePoint = lead & 0x0FU, smallest = 0x800;
-        } else if (lead >= 0xC0) {
-            length = 2, codePoint = lead & 0x1FU, smallest = 0x80;
-        } else if (lead >= 0x80) {
-            return std::nullopt;
-        }
-        if (lead > 0xF7 || bytes.size() - i < length) return std::nullopt;
-        for (std::size_t k = 1; k < length; ++k) {
-            const auto next = static_cast<unsigned char>(bytes[i + k]);
-            if ((next & 0xC0) != 0x80) return std::nullopt;
-            codePoint = (codePoint << 6) | (next & 0x3FU);
-        }
-        if (codePoint < smallest || codePoint > kLastCodePoint || IsSurrogate(codePoint)) return std::nullopt;
-        AppendWide(text, codePoint);
-        i += length;
+    while (!bytes.empty()) {
+        const std::optional<char32_t> codePoint = TakeCodePoint(bytes);
+        if (!codePoint) return std::nullopt;
+        AppendWide(text, *codePoint);
     }
+    return text;
+}
+
+std::wstring FromUtf8Replacing(std::string_view bytes) {
+    std::wstring text;
+    text.reserve(bytes.size());
+    while (!bytes.empty()) AppendWide(text, TakeCodePoint(bytes).value_or(kReplacement));
     return text;
 }
 

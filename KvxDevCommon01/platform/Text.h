@@ -22,6 +22,9 @@ KVX_API std::string ToUtf8(std::wstring_view text);
 /// Decodes UTF-8; no value when the bytes are not well-formed (overlong forms and surrogates included).
 KVX_API std::optional<std::wstring> FromUtf8(std::string_view bytes);
 
+/// Decodes UTF-8 with U+FFFD in place of every byte sequence that is not well-formed.
+KVX_API std::wstring FromUtf8Replacing(std::string_view bytes);
+
 /// Encodes wide text as UTF-16 code units; a lone surrogate is kept as the unit it is.
 KVX_API std::u16string ToUtf16(std::wstring_view text);
 

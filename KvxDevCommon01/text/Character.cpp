@@ -37,7 +37,7 @@ void CCharacter::SplitPath(const wchar_t* path, CString* drive, CString* dir, CS
 
 int CCharacter::MultiToWide(const char* src, CString* out, unsigned int codePage) {
     if (src == nullptr || out == nullptr) return 0;
-    std::optional<std::wstring> text = kvx::DecodeCodePage(src, codePage);
+    std::optional<std::wstring> text = kvx::DecodeCodePageReplacing(src, codePage);
     if (!text) return 0;
     *out = *std::move(text);
     return 1;

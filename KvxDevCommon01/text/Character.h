@@ -31,8 +31,8 @@ public:
     /// changes nothing.
     static void SplitPath(const wchar_t* path, CString* drive, CString* dir, CString* fname, CString* ext);
 
-    /// Converts NUL-terminated bytes of a code page (0: the system's) to wide text. Returns 0, with the
-    /// output unchanged, on a null argument, an unknown page or a wrong byte sequence.
+    /// Converts NUL-terminated bytes of a code page (0: the system's) to wide text; what is no character of
+    /// it is replaced. Returns 0, with the output unchanged, on a null argument or an unknown page.
     static int MultiToWide(const char* src, CString* out, unsigned int codePage);
 
     /// The same into a buffer of `outLen` characters; also 0 when the text and its terminating NUL do not

@@ -186,8 +186,18 @@ TEST(ComHdr, AFirstGenerationNameMayFillItsField) {
     CComHdr header;
     LoadFirst(header, FirstHeaderBytes(0x80000, std::string(308, 'n')));
     EXPECT_EQ(header.GetName(), std::wstring(257, L'n'));
-    LoadFirst(header, FirstHeaderBytes(0x80000, "\x81"));
-    EXPECT_EQ(header.GetName(), L"") << "half a character is no text";
+}
+
+TEST(ComHdr, AFirstGenerationNameKeepsWhatIsRightInIt) {
+    CComHdr header;
+    LoadFirst(header, FirstHeaderBytes(0x80000, "\x90\x55\x93\xAE \x90"));  // cut within a character
+    EXPECT_EQ(header.GetName(), L"振動 ・");
+    LoadFirst(header, FirstHeaderBytes(0x80000, "\x90\x55\xFF\x93\xAE"));  // one bad byte
+    EXPECT_EQ(header.GetName(), L"振・動");
+    std::string full;  // the field ends within the last character
+    while (full.size() < 308) full += full.empty() ? "n" : "\x90\x55";
+    LoadFirst(header, FirstHeaderBytes(0x80000, full.substr(0, 308)));
+    EXPECT_EQ(header.GetName(), L'n' + std::wstring(153, L'振') + L'・');
 }
 
 TEST(ComHdr, AFileSaysWhatHeaderItHasAndLoadsWhenItIsWhole) {

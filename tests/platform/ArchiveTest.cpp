@@ -88,6 +88,7 @@ TEST(Archive, StringsCarryTheWideMarkerAndTheirLengthInUnits) {
 TEST(Archive, StringsWithoutTheMarkerAreReadInTheSystemCodePage) {
     EXPECT_EQ(Loaded<CString>(Bytes({3, 'a', 0x83, 0x8A})), L"aリ");
     EXPECT_EQ(Loaded<CString>(Bytes({0xFF, 2, 0, 'o', 'k'})), L"ok");
+    EXPECT_EQ(Loaded<CString>(Bytes({4, 'a', 0x83, 0x8A, 0x83})), L"aリ\u30FB");
 }
 
 TEST(Archive, StringArraysCarryTheirCount) {
