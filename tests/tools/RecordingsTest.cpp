@@ -110,7 +110,8 @@ class Recordings : public testing::Test {
 protected:
     void SetUp() override {
         const char* folder = std::getenv("KVX_RECORDINGS");
-        if (folder == nullptr) GTEST_SKIP() << "KVX_RECORDINGS does not name a folder of recordings";
+        if (folder == nullptr || *folder == '\0')
+            GTEST_SKIP() << "KVX_RECORDINGS does not name a folder of recordings";
         source_ = folder;
     }
     void Import(const char* file, const char* options) const {
