@@ -132,6 +132,21 @@ protected:
     std::string source_;
 };
 
+TEST_F(Recordings, OfKindsThatAreNotReadAreRefusedByTheirKind) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"daqmx_raw1.tdms", "': it is a TDMS file, which is not read\n"},
+        {"microphone_58b_binary.uff", "': it is a universal file (UFF), which is not read\n"},
+        {"ridgecrest_2019_csn_T001230_HNE.sac", "': it is neither a text table nor a sound file\n"},
+        {"loma_prieta_1989_redwood_city_133deg.smc", "': line 18 has 5 columns where 8 were expected\n"},
+    };
+    for (const auto& [file, sentence] : cases) {
+        const ToolResult result = RunShell(folder_, "kvx import '" + source_ + "/" + file + "' -o x.vdf2");
+        EXPECT_EQ(result.status, 1) << file;
+        EXPECT_TRUE(result.err.ends_with(sentence)) << result.err;
+        EXPECT_EQ(folder_.Count(), 0U) << file;
+    }
+}
+
 TEST_F(Recordings, HaveTheirKnownStatistics) {
     for (const ChannelFigures& expected : kChannels) {
         const std::string what = std::string(expected.file) + " channel " + std::to_string(expected.channel);

@@ -128,6 +128,7 @@ INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
     Case{"NoNumbers", "a,b\nc,d\n", "no line of it is a row of numbers; line 2 begins 'c,d'"},
     Case{"OnlyBlankLines", "\n \n", "it holds no text"},
     Case{"Binary", "ab\0cd"s, "it is neither a text table nor a sound file"},
+    Case{"TimeBeyondSeconds", "t [h],a\n0,1\n1e306,2\n", "line 3, column 1: the time overflows in conversion to seconds"},
     Case{"HalfACharacter", "\xFF\xFE" "a", "its UTF-16 text ends in the middle of a character"},
     Case{"TooManyColumns", std::string(70000, ',') + "1\n", "line 1 has more than 65536 columns"},
     Case{"OnlyTime", "time\n0\n1\n", "its only column is the time"},

@@ -72,7 +72,7 @@ void AddImport(Command app) {
         .AddOption(
             "INPUT", options->input,
             "Text table (columns apart by comma, semicolon, tab or blanks; logger files .lvm) or sound "
-            "file (WAV and others)")
+            "file (WAV, RF64, Wave64, AIFF, AU, CAF or FLAC)")
         .Required();
     command.AddOption("-o,--output", options->output, "Data file to write (.vdf2)").Required();
     command

@@ -4,6 +4,7 @@
 // file says of it, and its samples block by block, however long it is.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -60,6 +61,7 @@ struct RecordingInfo {
     bool hasFullScale = false;         ///< whether samples are parts of a full scale, read as 1.0
     std::optional<TimeStamps> stamps;  ///< of the time column, when there is one
     std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
+    std::vector<std::string> remarks;  ///< sentences on what was assumed of the file
 };
 
 class RecordingReader {
@@ -72,6 +74,8 @@ public:
     /// Delivers the next samples, at most `room` of each channel, in the unit of the channel, and returns how
     /// many; 0 at the end. There is a target per channel, null for one that is not wanted. Throws Reason.
     virtual std::size_t Read(std::span<double* const> targets, std::size_t room) = 0;
+    /// Where the file has a sample of those that Read delivered last, both 0-based: "line 7, column 2".
+    virtual std::string Place(std::size_t channel, std::size_t index) const = 0;
 
 protected:
     RecordingReader() = default;

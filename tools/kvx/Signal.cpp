@@ -2,6 +2,7 @@
 #include "Signal.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -11,6 +12,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 
 #include "Failure.h"
+#include "FileContent.h"
 #include "Format.h"
 #include "Options.h"
 #include "Output.h"
@@ -30,13 +32,22 @@ bool IsRegularFile(const std::string& path) {
     return std::filesystem::is_regular_file(path, ignored);
 }
 
+FileContent ReadContent(const std::string& path) {
+    InputFile file(WidePath(path));
+    std::string begin(kContentBytes, '\0');
+    begin.resize(file.Read(begin.data(), begin.size()));
+    return RecognizeContent(begin);
+}
+
 std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const RecordingOptions& options,
                                           bool isForSound, Progress& progress) {
     if (IsRegularFile(path)) {
-        InputFile(WidePath(path));  // a file that cannot be read is told as such
-        if (std::unique_ptr<RecordingReader> sound = OpenSoundFile(path)) return sound;
+        if (const std::optional<SoundFormat> format = ReadContent(path).sound) {
+            return OpenSoundFile(path, *format, options.isPartial);
+        }
     }
     if (options.fullScale && !isForSound) throw Reason("--full-scale is for sound files");
+    if (options.isPartial) throw Reason("--partial is for sound files");
     TextOptions text;
     if (options.time != "auto") text.firstColumnIsTime = options.time == "first";
     text.decimalComma = options.decimal == "comma";
@@ -50,7 +61,7 @@ public:
         : recording_(std::move(recording)),
           scale_(recording_->Info().hasFullScale ? options.fullScale.value_or(1.0) : 1.0) {
         text_ = FromUtf8(std::filesystem::path(path).filename().string()).value_or(L"");
-        std::vector<std::string> notes;
+        std::vector<std::string> notes = recording_->Info().remarks;
         SignalRun run;
         run.samples = recording_->Info().samples;
         run.channels = SettleChannels(channels, options, &notes);
@@ -70,11 +81,22 @@ public:
             for (std::size_t i = 0; i < count; ++i) targets[c][i] *= scale_;
             const CUnitCtrl& unit = channels[c].unit;
             unit.ConvItoD(targets[c], targets[c], static_cast<__int64>(count), 1.0, unit.IsSingle());
+            RequireStorable(channels[c], {targets[c], count});
         }
         return count;
     }
 
 private:
+    void RequireStorable(const SignalRun::Channel& channel, std::span<const double> samples) const {
+        const auto bad = std::ranges::find_if(
+            samples, [](double v) { return v == kNoValue<double> || !std::isfinite(v); });
+        if (bad == samples.end()) return;
+        throw Reason(recording_->Place(channel.number - 1, static_cast<std::size_t>(bad - samples.begin())) +
+                     (std::isfinite(*bad) ? ": the value is reserved as the marker of missing samples"
+                                          : ": the value overflows in conversion from " +
+                                                Quote(UnitText(channel.unit)) + " to the standard unit"));
+    }
+
     /// The chosen channels with their names and units.
     std::vector<SignalRun::Channel> SettleChannels(const std::string& choice, const RecordingOptions& options,
                                                    std::vector<std::string>* notes) const {
@@ -189,6 +211,7 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command.AddOption("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
         .Type("MARK")
         .OneOf({"auto", "comma"});
+    command.AddFlag("--partial", options->isPartial, "Take a sound file that is cut short as far as it goes");
 }
 
 std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
@@ -203,7 +226,7 @@ std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelO
                                          Progress& progress) {
     if (IsRegularFile(path) && CComHdr::GetHdrCodeType(WidePath(path).c_str()) != CComHdr::HDRCODE_UNKNOWN) {
         const bool isStated = options.rateHz || !options.units.empty() || !options.names.empty() ||
-                              options.time != "auto" || options.decimal != "auto";
+                              options.time != "auto" || options.decimal != "auto" || options.isPartial;
         if (isStated || (options.fullScale && !isForSound)) {
             throw Reason(
                 "a data file knows its rate, units and names; the options that state them are for "

@@ -65,6 +65,7 @@ struct RecordingOptions {
     std::optional<double> fullScale;
     std::string time = "auto";
     std::string decimal = "auto";
+    bool isPartial = false;  ///< whether a sound file that is cut short is taken as far as it goes
 };
 
 void AddRecordingOptions(Command& command, RecordingOptions* options);

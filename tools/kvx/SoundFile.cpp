@@ -10,12 +10,15 @@
 #include <exception>
 #include <limits>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/platform/File.h>
 
 #include "Failure.h"
+#include "SoundHeader.h"
 
 namespace kvx::tool {
 namespace {
@@ -31,13 +34,61 @@ struct CloseSound {
 };
 using SoundHandle = std::unique_ptr<SNDFILE, CloseSound>;
 
-// ---- a file being written, as the sound library wants it ----
+// ---- files as the sound library wants them: nothing may be thrown through it ----
+
+struct InputSource {
+    InputFile file;
+    BytePatch patch = {};
+    sf_count_t position = 0;
+    sf_count_t length = static_cast<sf_count_t>(file.Remaining());
+    std::exception_ptr failure = nullptr;
+};
+
+InputSource& Source(void* user) {
+    return *static_cast<InputSource*>(user);
+}
+
+sf_count_t SourceLength(void* user) {
+    return Source(user).length;
+}
+
+sf_count_t SourceTell(void* user) {
+    return Source(user).position;
+}
+
+sf_count_t SourceSeek(sf_count_t offset, int whence, void* user) {
+    InputSource& source = Source(user);
+    const sf_count_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? source.position : source.length;
+    source.position = std::max<sf_count_t>(0, base + offset);
+    return source.position;
+}
+
+sf_count_t SourceRead(void* data, sf_count_t count, void* user) {
+    InputSource& source = Source(user);
+    try {
+        source.file.Seek(static_cast<std::uint64_t>(source.position));
+        const std::size_t got = source.file.Read(data, static_cast<std::size_t>(count));
+        const std::uint64_t begin = source.patch.position - static_cast<std::uint64_t>(source.position);
+        for (std::size_t i = 0; i < source.patch.bytes.size(); ++i) {
+            if (begin + i < got) static_cast<char*>(data)[begin + i] = source.patch.bytes[i];
+        }
+        source.position += static_cast<sf_count_t>(got);
+        return static_cast<sf_count_t>(got);
+    } catch (...) {
+        source.failure = std::current_exception();
+        return 0;
+    }
+}
+
+sf_count_t SourceWrite(const void*, sf_count_t, void*) {
+    return 0;
+}
 
 struct OutputTarget {
     OutputFile file;
     sf_count_t position = 0;
     sf_count_t length = 0;
-    std::exception_ptr failure = nullptr;  ///< nothing may be thrown through the sound library
+    std::exception_ptr failure = nullptr;
 };
 
 OutputTarget& Target(void* user) {
@@ -100,63 +151,193 @@ int IntegerSample(double value, int bits) {
     return static_cast<int>(level * std::ldexp(1.0, 32 - bits));
 }
 
+/// A sound file being read.
+class SoundInput {
+public:
+    explicit SoundInput(const std::string& path, const BytePatch& patch = {})
+        : source_(new InputSource{InputFile(WidePath(path)), patch}) {
+        SF_VIRTUAL_IO io = {SourceLength, SourceSeek, SourceRead, SourceWrite, SourceTell};
+        sound_.reset(sf_open_virtual(&io, SFM_READ, &info_, source_.get()));
+        RethrowFailure();
+        if (!sound_) throw Reason(std::string("it is a damaged sound file: ") + sf_strerror(nullptr));
+    }
+
+    const SF_INFO& Info() const { return info_; }
+
+    /// At most `frames` samples of each channel, and at most a block, the channels side by side; none at the
+    /// end and from the call on that meets damage, of which the samples in front of it are lost.
+    std::span<const double> Read(__int64 frames) {
+        const auto channels = static_cast<std::size_t>(info_.channels);
+        block_.resize(BlockFrames(channels) * channels);
+        const sf_count_t wanted = std::min<sf_count_t>(frames, std::ssize(block_) / info_.channels);
+        const sf_count_t got = isDamaged_ ? 0 : sf_readf_double(sound_.get(), block_.data(), wanted);
+        RethrowFailure();
+        isDamaged_ = isDamaged_ || sf_error(sound_.get()) != SF_ERR_NO_ERROR;
+        return {block_.data(), isDamaged_ || got < 1 ? 0 : static_cast<std::size_t>(got) * channels};
+    }
+
+    bool IsDamaged() const { return isDamaged_; }
+
+private:
+    void RethrowFailure() const {
+        if (source_->failure) std::rethrow_exception(source_->failure);
+    }
+
+    std::unique_ptr<InputSource> source_;
+    SF_INFO info_ = {};
+    SoundHandle sound_;
+    std::vector<double> block_;
+    bool isDamaged_ = false;
+};
+
+/// Whether the sound library has taken the file for what it is.
+bool IsFormat(int libraryFormat, SoundFormat format) {
+    switch (libraryFormat & SF_FORMAT_TYPEMASK) {
+        case SF_FORMAT_WAV:
+        case SF_FORMAT_WAVEX:
+            return format == SoundFormat::wav;
+        case SF_FORMAT_RF64:
+            return format == SoundFormat::rf64;
+        case SF_FORMAT_W64:
+            return format == SoundFormat::wave64;
+        case SF_FORMAT_AIFF:
+            return format == SoundFormat::aiff;
+        case SF_FORMAT_AU:
+            return format == SoundFormat::au;
+        case SF_FORMAT_CAF:
+            return format == SoundFormat::caf;
+        case SF_FORMAT_FLAC:
+            return format == SoundFormat::flac;
+        default:
+            return false;
+    }
+}
+
+constexpr const char* kOffer = "; --partial takes those";
+
+std::string Samples(__int64 count) {
+    return std::to_string(count) + (count == 1 ? " sample" : " samples");
+}
+
+/// How much a file that is cut short holds.
+std::string Extent(const SampleBytes& bytes) {
+    return std::to_string(bytes.held) + " of the " + std::to_string(bytes.stated.value_or(0)) +
+           " bytes of samples that its header states are there";
+}
+
+/// The samples of each channel in front of the end or of the first that cannot be read.
+__int64 CountReadable(const std::string& path, const BytePatch& patch) {
+    __int64 count = 0;
+    const auto readOn = [&](SoundInput& input, __int64 piece, __int64 end) {
+        while (count < end) {
+            const std::size_t got = input.Read(std::min(piece, end - count)).size();
+            if (got == 0) break;
+            count += static_cast<__int64>(got) / input.Info().channels;
+        }
+    };
+    constexpr __int64 kNoEnd = std::numeric_limits<__int64>::max();
+    SoundInput input(path, patch);
+    readOn(input, kNoEnd, kNoEnd);
+    if (!input.IsDamaged()) return count;
+    // The block with the damage once more, sample by sample, to lose none in front of it.
+    SoundInput again(path, patch);
+    const __int64 whole = std::exchange(count, 0);
+    readOn(again, kNoEnd, whole);
+    readOn(again, 1, kNoEnd);
+    return count;
+}
+
 class SoundReader : public RecordingReader {
 public:
-    SoundReader(SoundHandle file, const SF_INFO& info) : file_(std::move(file)) {
+    SoundReader(const std::string& path, SoundFormat format, const std::optional<SampleBytes>& bytes,
+                bool isPartial)
+        : input_(path, bytes ? bytes->actualSize : BytePatch()) {
+        const SF_INFO& info = input_.Info();
+        if (!IsFormat(info.format, format))
+            throw Reason("it is a damaged sound file: its header contradicts itself");
         info_.rateHz = info.samplerate;
-        info_.samples = info.frames;
         info_.hasFullScale = true;
-        info_.channels.resize(static_cast<std::size_t>(info.channels));
+        info_.channels.resize(static_cast<std::size_t>(std::max(info.channels, 0)));
+        if (!info_.channels.empty() && info.samplerate > 0) SettleSamples(path, format, bytes, isPartial);
+        if (info_.samples < 1) throw Reason("the sound file holds no samples");
     }
 
     std::size_t Read(std::span<double* const> targets, std::size_t room) override {
         const std::size_t channels = info_.channels.size();
-        const std::size_t blockFrames = BlockFrames(channels);
-        block_.resize(blockFrames * channels);
         std::size_t done = 0;
-        while (done < room) {
-            const std::size_t wanted = std::min(room - done, blockFrames);
-            const sf_count_t got =
-                sf_readf_double(file_.get(), block_.data(), static_cast<sf_count_t>(wanted));
-            const auto count = static_cast<std::size_t>(std::max<sf_count_t>(got, 0));
-            for (std::size_t i = 0; i < count * channels; ++i) {
-                if (std::isfinite(block_[i])) continue;
-                throw Reason("sample " + std::to_string(done_ + static_cast<__int64>(i / channels) + 1) +
-                             " is not a finite number");
+        before_ = done_;
+        while (done < room && done_ < info_.samples) {
+            const auto wanted = std::min(static_cast<__int64>(room - done), info_.samples - done_);
+            const std::span<const double> block = input_.Read(wanted);
+            if (block.empty()) {
+                throw Reason("it is cut short or damaged: not all of the " + Samples(info_.samples) +
+                             " that its header states can be read" + kOffer + " before the damage");
+            }
+            for (std::size_t i = 0; i < block.size(); ++i) {
+                if (std::isfinite(block[i])) continue;
+                throw Reason(Place(i % channels, done + i / channels) + " is not a finite number");
             }
             for (std::size_t c = 0; c < channels; ++c) {
                 if (targets[c] == nullptr) continue;
-                for (std::size_t i = 0; i < count; ++i) targets[c][done + i] = block_[i * channels + c];
+                for (std::size_t i = c, at = done; i < block.size(); i += channels)
+                    targets[c][at++] = block[i];
             }
-            done += count;
-            done_ += static_cast<__int64>(count);
-            if (count == 0) break;
-        }
-        if (done < room && done_ < info_.samples) {
-            throw Reason("the sound file ends after " + std::to_string(done_) + " of " +
-                         std::to_string(info_.samples) + " samples");
+            done += block.size() / channels;
+            done_ += static_cast<__int64>(block.size() / channels);
         }
         return done;
     }
 
+    std::string Place(std::size_t channel, std::size_t index) const override {
+        return "sample " + std::to_string(before_ + static_cast<__int64>(index) + 1) + " of channel " +
+               std::to_string(channel + 1);
+    }
+
 private:
-    SoundHandle file_;
-    std::vector<double> block_;
+    /// Settles how many samples are taken. Where their number cannot be trusted, they are read for it.
+    void SettleSamples(const std::string& path, SoundFormat format, const std::optional<SampleBytes>& bytes,
+                       bool isPartial) {
+        const bool isFlac = format == SoundFormat::flac;
+        const __int64 stated = input_.Info().frames;
+        const bool isOpen = isFlac ? stated < 1 || stated == SF_COUNT_MAX : bytes && !bytes->stated;
+        const bool isCutShort = bytes && bytes->IsCutShort();
+        info_.samples = bytes && bytes->stated == 0U ? 0 : stated;
+        if (isCutShort || (isFlac && (isOpen || isPartial))) {
+            info_.samples = CountReadable(path, bytes ? bytes->actualSize : BytePatch());
+        }
+        if (isOpen) {
+            info_.remarks.push_back("the header of the sound file does not state its length; all " +
+                                    Samples(info_.samples) + " up to the end of the file are taken");
+        } else if (isCutShort) {
+            info_.remarks.push_back("the sound file is cut short: " + Extent(*bytes) + "; the " +
+                                    Samples(info_.samples) + " in them are taken");
+        } else if (info_.samples < stated) {
+            info_.remarks.push_back("the sound file is cut short or damaged; the first " +
+                                    Samples(info_.samples) + " of " + std::to_string(stated) + " are taken");
+        }
+        if (bytes && bytes->behind > 0) {
+            info_.remarks.push_back(
+                std::to_string(bytes->behind) +
+                " bytes after the samples belong to no chunk of the sound file and are left out");
+        }
+    }
+
+    SoundInput input_;
     __int64 done_ = 0;
+    __int64 before_ = 0;  ///< the samples in front of the block last read
 };
 
 }  // namespace
 
-std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path) {
-    SF_INFO info = {};
-    SoundHandle file(sf_open(path.c_str(), SFM_READ, &info));
-    if (!file) {
-        if (sf_error(nullptr) == SF_ERR_UNRECOGNISED_FORMAT) return nullptr;
-        throw Reason(std::string("it is a damaged sound file: ") + sf_strerror(nullptr));
+std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, SoundFormat format, bool isPartial) {
+    InputFile file(WidePath(path));
+    const std::optional<SampleBytes> bytes = FindSamples(file, format);
+    if (bytes && !bytes->stated && bytes->actualSize.bytes.empty()) {
+        throw Reason("its header does not state its length, which is more than its format can hold");
     }
-    if (info.channels < 1 || info.samplerate < 1 || info.frames < 1)
-        throw Reason("the sound file holds no samples");
-    return std::make_unique<SoundReader>(std::move(file), info);
+    if (bytes && bytes->IsCutShort() && !isPartial)
+        throw Reason("it is cut short: " + Extent(*bytes) + kOffer);
+    return std::make_unique<SoundReader>(path, format, bytes, isPartial);
 }
 
 struct WavWriter::State {

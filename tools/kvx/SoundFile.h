@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Sound files, block by block: WAV and whatever else the sound library reads, and WAV for writing.
+// Sound files, block by block: the formats of FileContent.h for reading, and WAV for writing.
 #pragma once
 
 #include <memory>
@@ -9,13 +9,15 @@
 
 #include <KvxDevCommon01/platform/Types.h>
 
+#include "FileContent.h"
 #include "Recording.h"
 
 namespace kvx::tool {
 
-/// Opens a sound file, whose full scale reads as 1.0; null when the regular file at `path` (UTF-8) is none.
-/// Throws Reason when it is one that cannot be read.
-std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path);
+/// Opens the sound file of this format at `path` (UTF-8), a regular file. Full scale reads as 1.0. A file
+/// that holds fewer samples than its header states is read as far as it goes when `isPartial`, with a remark.
+/// Throws Reason for that file otherwise, and for one that cannot be read.
+std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, SoundFormat format, bool isPartial);
 
 /// How the samples of a WAV file are held.
 enum class WavSamples { pcm16, pcm24, floating, doubleFloating };

@@ -9,11 +9,22 @@
 #include <KvxDevCommon01/platform/Text.h>
 
 #include "Failure.h"
+#include "FileContent.h"
 
 namespace kvx::tool {
 namespace {
 
 constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+
+/// Throws, for what begins like something else than a text, what it is.
+void RequireText(std::string_view begin, const char* soundRefusal) {
+    const FileContent content = RecognizeContent(begin.substr(0, kContentBytes));
+    if (content.name.empty()) return;
+    throw Reason("it is " + std::string(content.name) + ", which is not " +
+                 (content.sound ? soundRefusal : "read"));
+}
+
+constexpr const char* kNoText = "it is neither a text table nor a sound file";
 
 /// A text that cannot be opened twice, kept in memory.
 class KeptText : public ByteStream {
@@ -41,9 +52,10 @@ std::string ReadPipe(ByteStream& pipe) {
         bytes.resize(begin + kPiece);
         got = pipe.Read(bytes.data() + begin, kPiece);
         bytes.resize(begin + got);
+        if (begin == 0) RequireText(bytes, "read from a pipe");
         const bool utf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
         if (!utf16 && bytes.find('\0', begin) != std::string::npos) {
-            throw Reason("it is neither a text table nor a sound file");
+            throw Reason(kNoText);
         }
     }
     return bytes;
@@ -58,6 +70,7 @@ public:
         : stream_(std::move(stream)), size_(stream_->Remaining()) {
         const std::string begin = ReadBytes();
         if (begin.empty()) throw Reason("the file is empty");
+        RequireText(begin, "a text");
         if (begin.starts_with("\xFE\xFF")) encoding_ = Encoding::utf16BigEndian;
         if (begin.starts_with("\xFF\xFE")) encoding_ = Encoding::utf16LittleEndian;
         const std::size_t mark = begin.starts_with("\xEF\xBB\xBF") ? 3 : encoding_ != Encoding::utf8 ? 2 : 0;
@@ -74,8 +87,7 @@ public:
         } else {
             AppendUtf16(bytes, text);
         }
-        if (text->find('\0', begin) != std::string::npos)
-            throw Reason("it is neither a text table nor a sound file");
+        if (text->find('\0', begin) != std::string::npos) throw Reason(kNoText);
         return !bytes.empty();
     }
 

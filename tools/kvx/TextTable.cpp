@@ -226,6 +226,11 @@ std::vector<Heading> ReadHeadings(std::string_view lastLine, std::string_view li
     return before;
 }
 
+/// Where a field stands: the number of its line and its column, which counts from 0.
+std::string PlaceText(std::size_t line, std::size_t column) {
+    return "line " + std::to_string(line) + ", column " + std::to_string(column + 1);
+}
+
 /// A line in front of the data that is itself a row of data with something wrong in it, told as such.
 void RefuseDamagedRow(std::string_view line, std::size_t number, const Layout& layout) {
     Fields fields;
@@ -235,7 +240,7 @@ void RefuseDamagedRow(std::string_view line, std::size_t number, const Layout& l
     if (fields.size() != layout.columns || !numbers.Read(fields.front(), &fault)) return;
     for (std::size_t c = 1; c < fields.size(); ++c) {
         if (numbers.Read(fields[c], &fault)) continue;
-        throw Reason("line " + std::to_string(number) + ", column " + std::to_string(c + 1) + ": " +
+        throw Reason(PlaceText(number, c) + ": " +
                      (fields[c].empty() ? "the value is missing" : Quote(fields[c]) + " " + fault));
     }
 }
@@ -367,8 +372,8 @@ public:
             const char* fault = nullptr;
             const std::optional<double> value = numbers_.Read(field, &fault);
             if (!value) {
-                Fail(", column " + std::to_string(layout_.skipped + c + 1) + ": " +
-                     (field.empty() ? "the value is missing" : Quote(field) + " " + fault));
+                throw Reason(PlaceText(lines_.Number(), layout_.skipped + c) + ": " +
+                             (field.empty() ? "the value is missing" : Quote(field) + " " + fault));
             }
             values_[c] = *value;
         }
@@ -376,6 +381,7 @@ public:
     }
 
     const std::vector<double>& Values() const { return values_; }
+    std::size_t LineNumber() const { return lines_.Number(); }
     int DecimalsOfFirst() const { return Decimals(fields_[layout_.skipped]); }
 
 private:
@@ -433,7 +439,9 @@ public:
     std::size_t Read(std::span<double* const> targets, std::size_t room) override {
         if (!rows_) rows_ = std::make_unique<RowReader>(open_, options_);
         std::size_t count = 0;
+        lineNumbers_.clear();
         for (; count < room && rows_->Next(rows_->Table().columns); ++count) {
+            lineNumbers_.push_back(rows_->LineNumber());
             for (std::size_t c = 0; c < targets.size(); ++c) {
                 if (targets[c] != nullptr) targets[c][count] = rows_->Values()[c + firstChannel_];
             }
@@ -443,6 +451,10 @@ public:
             throw Reason("it changed while it was read");
         }
         return count;
+    }
+
+    std::string Place(std::size_t channel, std::size_t index) const override {
+        return PlaceText(lineNumbers_[index], rows_->Table().skipped + firstChannel_ + channel);
     }
 
 private:
@@ -480,13 +492,19 @@ private:
         for (double* value : {&stamps->first, &stamps->last, &stamps->resolution}) *value = seconds(*value);
         StrayFinder finder(stamps);
         for (RowReader rows(open_, options_); rows.Next(1, &progress);) {
-            finder.Add(seconds(rows.Values().front()));
+            const double stamp = seconds(rows.Values().front());
+            if (!std::isfinite(stamp)) {
+                throw Reason(PlaceText(rows.LineNumber(), rows.Table().skipped) +
+                             ": the time overflows in conversion to seconds");
+            }
+            finder.Add(stamp);
         }
     }
 
     OpenText open_;
     TextOptions options_;
     std::unique_ptr<RowReader> rows_;
+    std::vector<std::size_t> lineNumbers_;  ///< of the rows last delivered
     std::size_t firstChannel_ = 0;
     __int64 done_ = 0;
 };
