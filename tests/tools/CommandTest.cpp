@@ -73,8 +73,13 @@ TEST_P(WrongUse, IsToldInOneSentenceAndLeavesNothingBehind) {
     folder.Write("broken.wav", std::string("RIFF\x24\0\0\0WAVEfmt ", 16));
     folder.Write("settings.gci2", SettingsFile());
     folder.Write("profile.txt", "20 1\n100 1\n");
+    folder.Write("high.txt", "unit g2/Hz\n20 1e307\n80 1e307\n");
+    folder.Write("low.txt", "20 1e-320\n80 1e-320\n");
+    folder.Write("slow.txt", "1e-9 1\n2e-9 1\n");
+    folder.Write("huge.csv", "a\n1e200\n1\n-1e200\n1\n");
     std::filesystem::create_directory(folder / "dir");
     RunWell(folder, "kvx import a.csv -o a.vdf2 --rate 4 --unit g");
+    RunWell(folder, "kvx import huge.csv -o huge.vdf2 --rate 4; kvx psd a.vdf2 --block 2 -o psd.vdf2");
     RunWell(folder, "head -c 900 a.vdf2 > short.vdf2; head -c 640 a.vdf2 > header.vdf2");
     const std::string before = folder.Read("a.vdf2");
     const std::size_t files = folder.Count();
@@ -210,6 +215,14 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx synth a.csv -o x.vdf2", 1, "cannot synthesise 'a.csv': line 1: 'a' is not a number\n"},
     WrongCase{"kvx synth profile.txt -o x.vdf2 --rate 30", 1, "cannot synthesise 'profile.txt': nothing of the profile"},
     WrongCase{"kvx synth profile.txt -o x.vdf2 --duration 1e9", 1, "1e+09 s at 256 Hz are 2.56e+11 samples; a record"},
+    WrongCase{"kvx synth slow.txt -o x.vdf2 --rate 256", 1, "cannot synthesise 'slow.txt': the frequencies of the profile are too low for a rate of 256 Hz\n"},
+    WrongCase{"kvx synth high.txt -o x.vdf2", 1, "cannot synthesise 'high.txt': its level of 1e+307 at 20 Hz leaves the range of numbers\n"},
+    WrongCase{"kvx synth low.txt -o x.vdf2", 1, "cannot synthesise 'low.txt': its rms is too small for a signal\n"},
+    WrongCase{"kvx synth profile.txt -o x.vdf2 --rms 1e200", 1, "cannot synthesise 'profile.txt': the squares of the signal leave the range"},
+    WrongCase{"kvx profile high.txt --lines 1,99 -o x.vdf2", 1, "cannot read 'high.txt': its rms leaves the range of numbers\n"},
+    WrongCase{"kvx plot psd.vdf2 -o x.svg --profile high.txt", 1, "cannot draw 'high.txt': its level of 1e+307 at 20 Hz leaves"},
+    WrongCase{"kvx psd huge.vdf2 --block 4", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave the range of numbers\n"},
+    WrongCase{"kvx spectrum huge.vdf2 --block 4", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave the range"},
     WrongCase{"kvx units furlong", 1, "no dimension and no unit is called 'furlong'"},
     WrongCase{"kvx units convert 1 g kg/h", 1, "'g' does not convert to 'kg/h': they are of different dimensions\n"},
     WrongCase{"kvx units convert one g kg", 1, "'one' is not a number"},

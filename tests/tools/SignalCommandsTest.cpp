@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/DataFile.h>
+
 #include "ToolRun.h"
 
 using testing::HasSubstr;
@@ -36,6 +39,37 @@ void MakeCosine(const TempFolder& folder, int count, double hz) {
                      out << std::cos(2 * M_PI * std::fmod(hz * i, 1024.0) / 1024.0);
                  }));
     RunWell(folder, "kvx import c.txt -o c.vdf2 --rate 1024 --unit g");
+}
+
+/// A data file d.vdf2 of one channel of 8 samples, `delta` seconds or hertz apart.
+template <class Record>
+void WriteSpacing(const TempFolder& folder, double delta) {
+    Record record(delta, 1, 1, 8, 0, CUnitCtrl(), nullptr, nullptr);
+    record.Zero();
+    const kvx::DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, L""), {record}};
+    ASSERT_TRUE(CComDataFile::StoreDataFile((folder / "d.vdf2").wstring().c_str(), content));
+}
+
+TEST(Spacing, IsNoAxisUnlessItIsFiniteAndAboveZero) {
+    const TempFolder folder;
+    for (const double delta : {0.0, -1.0, HUGE_VAL, std::nan(""), 1e-320, 1e308}) {
+        for (const bool isWave : {true, false}) {
+            isWave ? WriteSpacing<CComDataWave>(folder, delta) : WriteSpacing<CComDataSpecA>(folder, delta);
+            EXPECT_FALSE(RunJson(folder, "kvx info d.vdf2")["records"][0]["axis"].contains("rate")) << delta;
+            for (const char* command :
+                 {"psd d.vdf2 --block 2", "spectrum d.vdf2 --block 2", "xfr d.vdf2 --block 2",
+                  "plot d.vdf2 -o x.svg", "spectrogram d.vdf2 -o x.svg --block 2", "export d.vdf2 -o x.csv",
+                  "export d.vdf2 -o x.wav", "resample d.vdf2 -o x.vdf2 --down 2",
+                  "filter d.vdf2 -o x.vdf2 --lowpass 1"}) {
+                const ToolResult result = RunShell(folder, std::string("kvx ") + command);
+                EXPECT_EQ(result.status, 1) << command << delta;
+                EXPECT_THAT(result.err, testing::AnyOf(HasSubstr("record 1 has a spacing of "),
+                                                       HasSubstr("record 1 is not a time waveform")))
+                    << command << delta;
+            }
+        }
+    }
+    EXPECT_EQ(folder.Count(), 1U);
 }
 
 TEST(Psd, TellsTheMotionBehindAnAcceleration) {

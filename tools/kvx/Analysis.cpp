@@ -138,6 +138,7 @@ Analysed Analyse(const ChosenWaveforms& source, const AnalysisOptions& options, 
         if (levels.GetNum() == 0) throw std::bad_alloc();
         for (__int64 k = 0; imaginary != nullptr && k < lines; ++k)
             levels[k] = std::hypot(real[k], imaginary[k]);
+        RequireNumbers(levels, channel.name);
         const double rms = method.rms(levels.GetData() + band.first, band.last - band.first + 1, -band.first,
                                       spacingHz, bandwidth);
         const __int64 highest = HighestLine(levels, band);

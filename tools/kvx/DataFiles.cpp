@@ -26,6 +26,17 @@ void AppendChannels(const CStringArray& rows, const CStringArray& columns, std::
     }
 }
 
+/// Throws Reason unless IsAxis; `index` is that of the record, 0-based.
+void RequireSpacing(double delta, __int64 offset, __int64 samples, std::size_t index) {
+    if (IsAxis(delta, offset, samples)) return;
+    throw Reason("record " + std::to_string(index + 1) + " has a spacing of " + FormatNumber(delta) +
+                 ", which makes no axis");
+}
+
+[[noreturn]] void RefuseAsWaveform(std::size_t index) {
+    throw Reason("record " + std::to_string(index + 1) + " is not a time waveform");
+}
+
 }  // namespace
 
 std::string ReasonText(const DataFileFailure& failure) {
@@ -57,6 +68,7 @@ DataFileContent LoadDataFile(const std::string& path) {
 
 void StoreDataFile(const std::string& path, const std::wstring& text, std::vector<CComDataBase> records) {
     const DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), std::move(records)};
+    for (std::size_t r = 0; r < content.records.size(); ++r) RequireAxis(content.records[r], r);
     DataFileFailure failure;
     if (!CComDataFile::StoreDataFile(WidePath(path).c_str(), content, &failure))
         throw Reason(ReasonText(failure));
@@ -111,7 +123,9 @@ std::vector<Channel> SelectChannels(const std::vector<Channel>& all, std::size_t
 }
 
 std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options) {
-    return SelectChannels(ListChannels(content), content.records.size(), options);
+    std::vector<Channel> chosen = SelectChannels(ListChannels(content), content.records.size(), options);
+    for (const Channel& channel : chosen) RequireAxis(content.records[channel.record], channel.record);
+    return chosen;
 }
 
 CStringArray NamesOf(const std::vector<Channel>& channels) {
@@ -120,23 +134,35 @@ CStringArray NamesOf(const std::vector<Channel>& channels) {
     return names;
 }
 
-bool IsWaveform(const CComDataBase& record) {
-    return record.GetDataMode() == CComDataBase::MODE_SPACING && record.GetHUnit() == CUnitCtrl::DIM_TIME &&
-           record.GetImaginary(0, 0) == nullptr && record.GetDelta() > 0.0;
+bool IsAxis(double delta, __int64 offset, __int64 samples) {
+    const auto first = static_cast<double>(offset);
+    return delta > 0.0 && std::isfinite(1.0 / delta) && std::isfinite(first * delta) &&
+           std::isfinite((first + static_cast<double>(samples)) * delta);
 }
 
-bool IsWaveform(const RecordOutline& record) {
-    return record.fields.mode == CComDataBase::MODE_SPACING && record.fields.hunit == CUnitCtrl::DIM_TIME &&
-           !record.isComplex && record.fields.delta > 0.0;
+void RequireAxis(const CComDataBase& record, std::size_t index) {
+    if (record.GetDataMode() != CComDataBase::MODE_SPACING) return;
+    RequireSpacing(record.GetDelta(), record.GetOffset(), record.GetNsamp(), index);
+}
+
+bool IsWaveform(const CComDataBase& record) {
+    return record.GetDataMode() == CComDataBase::MODE_SPACING && record.GetHUnit() == CUnitCtrl::DIM_TIME &&
+           record.GetImaginary(0, 0) == nullptr &&
+           IsAxis(record.GetDelta(), record.GetOffset(), record.GetNsamp());
+}
+
+void RequireWaveform(const RecordOutline& record, std::size_t index) {
+    const CComDataBase::Fields& fields = record.fields;
+    if (fields.mode != CComDataBase::MODE_SPACING || fields.hunit != CUnitCtrl::DIM_TIME || record.isComplex)
+        RefuseAsWaveform(index);
+    RequireSpacing(fields.delta, fields.offset, record.nsamp, index);
 }
 
 std::vector<ChosenWaveforms> SelectWaveforms(const DataFileContent& content, const ChannelOptions& options) {
     std::vector<ChosenWaveforms> chosen;
     for (Channel& channel : SelectChannels(content, options)) {
         const CComDataBase& record = content.records[channel.record];
-        if (!IsWaveform(record)) {
-            throw Reason("record " + std::to_string(channel.record + 1) + " is not a time waveform");
-        }
+        if (!IsWaveform(record)) RefuseAsWaveform(channel.record);
         if (chosen.empty() || chosen.back().record != &record) chosen.push_back({&record, {}});
         chosen.back().channels.push_back(std::move(channel));
     }
@@ -155,6 +181,12 @@ void RequireValues(const double* samples, __int64 count, std::wstring_view name,
         throw Reason("sample " + std::to_string(done + (bad - samples) + 1) + " of channel " + Quote(name) +
                      " holds no value");
     }
+}
+
+void RequireNumbers(const CDataArrayDouble& lines, std::wstring_view name) {
+    const double* const begin = lines.GetData();
+    if (std::any_of(begin, begin + lines.GetNum(), [](double line) { return !std::isfinite(line); }))
+        throw Reason("the squares of channel " + Quote(name) + " leave the range of numbers");
 }
 
 CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel) {

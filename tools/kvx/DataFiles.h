@@ -48,13 +48,22 @@ void AddChannelOptions(Command command, ChannelOptions* options);
 /// Throws Reason.
 std::vector<Channel> SelectChannels(const std::vector<Channel>& all, std::size_t records,
                                     const ChannelOptions& options);
+/// The same; throws Reason also when a record has no axis.
 std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelOptions& options);
 
 CStringArray NamesOf(const std::vector<Channel>& channels);
 
+/// Whether samples `delta` apart have an axis: the spacing is above 0, it has a reciprocal, and every sample
+/// stands at a finite place.
+bool IsAxis(double delta, __int64 offset, __int64 samples);
+
+/// Throws Reason when the record, number `index` from 0 on, is evenly spaced but has no axis.
+void RequireAxis(const CComDataBase& record, std::size_t index);
+
 /// Whether the axis of the record is the time, evenly spaced, and the samples are real.
 bool IsWaveform(const CComDataBase& record);
-bool IsWaveform(const RecordOutline& record);
+/// Throws Reason unless the record is one.
+void RequireWaveform(const RecordOutline& record, std::size_t index);
 
 /// A waveform record and the channels chosen from it, one or more.
 struct ChosenWaveforms {
@@ -70,6 +79,10 @@ double RateOf(const CComDataBase& record);
 
 /// Throws Reason when one of `count` samples, which follow `done` others of channel `name`, holds no value.
 void RequireValues(const double* samples, __int64 count, std::wstring_view name, __int64 done = 0);
+
+/// Throws Reason when a line that was calculated of channel `name` is no number: squares of its samples leave
+/// the range.
+void RequireNumbers(const CDataArrayDouble& lines, std::wstring_view name);
 
 /// The samples of a channel in the standard unit. Throws Reason when one holds no value, or std::bad_alloc.
 CDataArrayDouble StandardSamples(const CComDataBase& record, const Channel& channel);

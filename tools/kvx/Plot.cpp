@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -100,12 +99,7 @@ void AddProfileText(std::vector<Figure>& figures, const ProfileText& text) {
         const std::optional<CUnitCtrl> own = text.signalUnit ? DensityUnit(*text.signalUnit) : unit;
         if (figure.param.m_cells.dataKind != CGraphParam::DATA_PSD || !own || !IsConvertible(*own, unit))
             continue;
-        CDataArrayDouble hz(std::ssize(text.frequencies), text.frequencies.data());
-        CDataArrayDouble levels(std::ssize(text.levels), text.levels.data());
-        own->ConvItoD(&levels, 1.0, 0);
-        PsdProfile profile;
-        if (!profile.SetPoints(hz, levels)) throw std::bad_alloc();
-        AddProfile(figure, profile, L"profile");
+        AddProfile(figure, ProfileIn(text, *own), L"profile");
         isUsed = true;
     }
     if (!isUsed) throw Reason("no density to be drawn is of its unit");

@@ -118,6 +118,10 @@ class Butterworth : public ChannelProcess {
 public:
     Butterworth(bool isLowPass, std::int32_t order, double corner, Ends ends)
         : isLowPass_(isLowPass), isHeld_(ends == Ends::held) {
+        if (order > CMatIirNth::kMaxOrder) {
+            throw Reason("an order of " + std::to_string(order) + " is above the limit of " +
+                         std::to_string(CMatIirNth::kMaxOrder));
+        }
         const int isMade =
             isLowPass ? filter_.CalcCoefBwLPF(corner, order) : filter_.CalcCoefBwHPF(corner, order);
         if (!isMade) throw std::bad_alloc();

@@ -63,7 +63,8 @@ std::unique_ptr<ChannelProcess> MakeResampler(const RateChange& change, const Al
 /// Filters by coefficients in the order of CMatFir, the first for the oldest sample.
 std::unique_ptr<ChannelProcess> MakeFir(const CDataArrayDouble& coefficients, const Alignment& alignment,
                                         Ends ends);
-/// A Butterworth filter with its corner at `corner` of the sampling rate, 0 < corner < 0.5.
+/// A Butterworth filter with its corner at `corner` of the sampling rate, 0 < corner < 0.5. Throws Reason for
+/// an order above the limit of CMatIirNth.
 std::unique_ptr<ChannelProcess> MakeButterworth(bool isLowPass, std::int32_t order, double corner, Ends ends);
 /// One process after the other.
 std::unique_ptr<ChannelProcess> MakeChain(std::vector<std::unique_ptr<ChannelProcess>> links);

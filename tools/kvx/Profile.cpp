@@ -104,10 +104,11 @@ public:
 
     /// As the library's profile; throws ValueError when a level is none any more.
     PsdProfile GetProfile() const {
-        PsdProfile profile;
-        if (!profile.SetPoints(ToArray(text_.frequencies), ToArray(text_.levels)))
+        try {
+            return ProfileIn(text_, CUnitCtrl());
+        } catch (const Reason&) {
             throw ValueError("the changes take levels out of the range of numbers");
-        return profile;
+        }
     }
 
     void SetLevel(const BandChange& band) {
@@ -229,8 +230,11 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
             frequencies.push_back(ParseArgument(piece));
     }
 
-    const ProfileText source =
-        Doing("read", options.profile, [&] { return ReadProfileText(options.profile); });
+    const ProfileText source = Doing("read", options.profile, [&] {
+        ProfileText text = ReadProfileText(options.profile);
+        ProfileIn(text, CUnitCtrl());
+        return text;
+    });
     const CUnitCtrl unit = source.signalUnit.value_or(CUnitCtrl());
     const CUnitCtrl density = *DensityUnit(unit);
     Shape shape(source);
@@ -260,6 +264,7 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
     if (!options.output.empty()) {
         Doing("write", options.output, [&] {
             if (IsDataFile(options.output)) {
+                ProfileIn(breakpoints, density);  // in the standard unit, too, levels must be numbers
                 WriteLines(options.output, FromUtf8(options.profile).value_or(L""), *lines, *grid, density);
                 return;
             }

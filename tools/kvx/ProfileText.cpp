@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <new>
 #include <string_view>
 #include <system_error>
 
@@ -102,6 +103,22 @@ ProfileText ReadProfileText(const std::string& path) {
     text.resize(file.Read(text.data(), text.size()));
     if (text.size() > kLongestProfile) throw Reason("it is too long for a profile");
     return ParseProfileText(text);
+}
+
+PsdProfile ProfileIn(const ProfileText& text, const CUnitCtrl& density) {
+    const CDataArrayDouble frequencies(std::ssize(text.frequencies), text.frequencies.data());
+    CDataArrayDouble levels(std::ssize(text.levels), text.levels.data());
+    density.ConvItoD(&levels, 1.0, 0);
+    for (__int64 i = 0; i < levels.GetNum(); ++i) {
+        if (levels[i] > 0.0 && std::isfinite(levels[i])) continue;
+        throw Reason("its level of " + FormatNumber(text.levels[static_cast<std::size_t>(i)]) + " at " +
+                     FormatNumber(frequencies[i]) + " Hz leaves the range of numbers");
+    }
+    PsdProfile profile;
+    if (!profile.SetPoints(frequencies, levels)) throw std::bad_alloc();
+    const double rms = profile.CalcRms();
+    if (!(rms > 0.0) || !std::isfinite(rms)) throw Reason("its rms leaves the range of numbers");
+    return profile;
 }
 
 std::string FormatProfileText(const ProfileText& profile) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
 namespace kvx::tool {
@@ -22,6 +23,10 @@ struct ProfileText {
 ProfileText ReadProfileText(const std::string& path);
 
 ProfileText ParseProfileText(std::string_view text);
+
+/// The library's profile of breakpoints whose levels are in `density`, in its standard unit. Throws Reason
+/// when a level or the rms leaves the range of numbers, or std::bad_alloc.
+PsdProfile ProfileIn(const ProfileText& text, const CUnitCtrl& density);
 
 /// The text that reads back as the same profile.
 std::string FormatProfileText(const ProfileText& profile);

@@ -150,9 +150,7 @@ public:
         const std::vector<RecordOutline>& records = file_.GetRecords();
         for (Channel& channel : SelectChannels(ListChannels(records), records.size(), options)) {
             const RecordOutline& record = records[channel.record];
-            if (!IsWaveform(record)) {
-                throw Reason("record " + std::to_string(channel.record + 1) + " is not a time waveform");
-            }
+            RequireWaveform(record, channel.record);
             if (cells_.empty() || cells_.back().front().record != channel.record) {
                 runs_.push_back(
                     {channel.record + 1, record.fields.delta, record.fields.offset, record.nsamp, {}});

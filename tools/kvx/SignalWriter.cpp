@@ -76,6 +76,8 @@ private:
             throw Reason("a record holds at most 2147483647 samples per channel, this has " +
                          std::to_string(run.samples));
         }
+        if (!IsAxis(run.delta, run.offset, run.samples))
+            throw Reason("a spacing of " + FormatNumber(run.delta) + " s makes no time axis");
         const std::size_t first = records_.size();
         std::vector<Place>& places = places_.emplace_back();
         for (const SignalRun::Channel& channel : run.channels) {

@@ -62,12 +62,27 @@ Target ReadTarget(const SynthOptions& options) {
     }
     const std::optional<CUnitCtrl> density = DensityUnit(levelUnit);
     if (!density) throw ValueError("--unit: " + Quote(options.unit) + " is a compound, which has no density");
-    CDataArrayDouble frequencies(std::ssize(text.frequencies), text.frequencies.data());
-    CDataArrayDouble levels(std::ssize(text.levels), text.levels.data());
-    density->ConvItoD(&levels, 1.0, 0);
-    if (!target.profile.SetPoints(frequencies, levels)) throw std::bad_alloc();
+    target.profile = ProfileIn(text, *density);
     target.topHz = text.frequencies.back();
     return target;
+}
+
+/// Throws Reason where the profile gives no signal at that rate: when no line of the shortest or the longest
+/// frame lies within it, or the squares of samples vanish.
+void RequireSignal(const PsdProfile& profile, double rateHz) {
+    constexpr double kShortestFrame = 1024.0;
+    constexpr double kLongestFrame = 131072.0;
+    const CDataArrayDouble& hz = profile.GetFrequencies();
+    if (hz[0] >= (0.5 - 0.5 / kShortestFrame) * rateHz) {
+        throw Reason("nothing of the profile lies below half the rate of " + FormatNumber(rateHz, 10) +
+                     " Hz");
+    }
+    if (hz[hz.GetNum() - 1] <= 0.5 / kLongestFrame * rateHz) {
+        throw Reason("the frequencies of the profile are too low for a rate of " + FormatNumber(rateHz, 10) +
+                     " Hz");
+    }
+    const double rms = profile.CalcRms();
+    if (rms * rms < std::numeric_limits<double>::min()) throw Reason("its rms is too small for a signal");
 }
 
 /// The least power of two that leaves room above the profile for an anti-aliasing filter's slope.
@@ -96,10 +111,12 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
         CDataArrayDouble samples(static_cast<__int64>(count), 0.0);
         if (samples.GetNum() == 0) throw std::bad_alloc();
         std::uint32_t seed = options.seed;
-        if (!GenerateRandomWave(&samples, target.profile, settings, &seed)) {
-            throw Reason("nothing of the profile lies below half the rate of " + FormatNumber(rate, 10) +
-                         " Hz");
-        }
+        RequireSignal(target.profile, rate);
+        if (!GenerateRandomWave(&samples, target.profile, settings, &seed)) throw std::bad_alloc();
+        const double rms = samples.CalcRms(0, 0);
+        const double peak = samples.GetAbsMax(0, 0);
+        if (!(rms > 0.0) || !std::isfinite(rms))
+            throw Reason("the squares of the signal leave the range of numbers");
         if (target.topHz > rate / 2.0) {
             Note("the profile above " + FormatNumber(rate / 2.0, 10) + " Hz, half the rate, is left out");
         }
@@ -112,8 +129,6 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
         const auto shown = [&](double value) {
             return FormatNumber(target.unit.ConvDtoI(value, 1.0, 0)) + " " + unit;
         };
-        const double rms = samples.CalcRms(0, 0);
-        const double peak = samples.GetAbsMax(0, 0);
         summary = options.output + ": " + Count(samples.GetNum(), "sample") + " at " +
                   FormatNumber(rate, 10) + " Hz (" + FormatNumber(count / rate, 7) + " s), seed " +
                   std::to_string(options.seed) + "\n" +

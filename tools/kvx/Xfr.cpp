@@ -247,6 +247,7 @@ private:
         }
         blockCount_ = transfer.Add(reference_.samples, StandardSamples(record, channel));
         if (!transfer.GetTransfer(&xfr) || !transfer.GetCoherence(&coherences)) throw std::bad_alloc();
+        RequireNumbers(coherences, channel.name);
         std::copy_n(xfr.GetReal(), lineCount_, real);
         std::copy_n(xfr.GetImaginary(), lineCount_, imaginary);
         std::copy_n(coherences.GetData(), lineCount_, coherence);
