@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -75,6 +77,36 @@ void SyncFolderOf(const std::string& path) {
     ::close(handle);
 }
 
+// ---- the temporary files of this process ----
+
+/// Names of temporary files that exist, for a handler of signals to remove.
+std::array<std::atomic<const char*>, 64> unfinishedFiles;
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+/// Notes a name, which must stay where it is, or forgets it; without a free place it is not noted.
+void ExchangeUnfinished(const char* from, const char* to) {
+    for (std::atomic<const char*>& place : unfinishedFiles) {
+        const char* expected = from;
+        if (place.compare_exchange_strong(expected, to)) return;
+    }
+}
+
+/// Keeps signals from this thread while it exists.
+class SignalsHeld {
+public:
+    SignalsHeld() {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+private:
+    sigset_t before_;
+};
+
 void MoveTo(int handle, std::uint64_t position, const std::wstring& path) {
     constexpr std::uint64_t kFarthest = std::numeric_limits<off_t>::max();
     if (position > kFarthest) throw CFileException(CFileException::badSeek, EINVAL, path);
@@ -139,14 +171,19 @@ OutputFile::OutputFile(std::wstring_view path)
     // The temporary neighbour could have a name although the target cannot.
     if (!exists && errno == ENAMETOOLONG) throw CFileException::FromHostError(errno, path);
     if (exists && S_ISDIR(status.st_mode)) throw CFileException::FromHostError(EISDIR, path);
-    if (exists && !S_ISREG(status.st_mode)) {
-        // A device or pipe is written in place: renaming a file over it would replace it.
+    if (exists && (!S_ISREG(status.st_mode) || status.st_nlink == 0)) {
+        // A file renamed over a device or pipe would replace it; one without a name has nothing to rename
+        // over.
         handle_ = ::open(targetPath_.c_str(), O_WRONLY | O_CLOEXEC);
         if (handle_ < 0) throw CFileException::FromHostError(errno, path);
         return;
     }
     if (exists && ::access(targetPath_.c_str(), W_OK) != 0) throw CFileException::FromHostError(errno, path);
-    handle_ = CreateNeighbour(targetPath_, &temporaryPath_);
+    {
+        const SignalsHeld held;
+        handle_ = CreateNeighbour(targetPath_, &temporaryPath_);
+        if (handle_ >= 0) ExchangeUnfinished(nullptr, temporaryPath_.c_str());
+    }
     if (handle_ < 0) {
         // What is missing when a new file cannot be created is its folder.
         if (errno == ENOENT) throw CFileException(CFileException::badPath, ENOENT, path);
@@ -202,14 +239,24 @@ void OutputFile::Commit() {
         Discard();
         throw CFileException::FromHostError(error, path_);
     }
-    temporaryPath_.clear();
+    ForgetTemporary();
     SyncFolderOf(targetPath_);
 }
 
 void OutputFile::Discard() noexcept {
     if (handle_ >= 0) ::close(std::exchange(handle_, -1));
     if (!temporaryPath_.empty()) ::unlink(temporaryPath_.c_str());
+    ForgetTemporary();
+}
+
+void OutputFile::ForgetTemporary() noexcept {
+    ExchangeUnfinished(temporaryPath_.c_str(), nullptr);
     temporaryPath_.clear();
+}
+
+void RemoveUnfinishedFiles() noexcept {
+    for (const std::atomic<const char*>& place : unfinishedFiles)
+        if (const char* const path = place.load()) ::unlink(path);
 }
 
 bool CopyFile(std::wstring_view from, std::wstring_view to) {

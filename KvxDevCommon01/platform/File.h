@@ -38,6 +38,7 @@ private:
 };
 
 /// A file being written. Without Commit the target keeps its old content and the temporary file disappears.
+/// A device, a pipe and a file that has no name any more cannot be replaced and are written in place.
 class KVX_API OutputFile : public ByteStream {
 public:
     explicit OutputFile(std::wstring_view path);
@@ -59,12 +60,17 @@ public:
 
 private:
     void Discard() noexcept;
+    void ForgetTemporary() noexcept;
 
     std::wstring path_;
     std::string targetPath_;
     std::string temporaryPath_;
     int handle_;
 };
+
+/// Removes the temporary files of every OutputFile that was not committed; their objects are then of no use.
+/// For the handler of a signal that ends the program: it is safe there, and knows up to 64 files.
+KVX_API void RemoveUnfinishedFiles() noexcept;
 
 /// Copies a file, replacing an existing target. False when the host refuses any of it; then the target is as
 /// it was.

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <string>
@@ -72,6 +73,36 @@ TEST(OutputFile, ANameAsLongAsTheFileSystemHoldsCanBeStored) {
     }
     const std::wstring tooLong = (folder / std::string(256, 'n')).wstring();
     EXPECT_EQ(CauseOfOpening<kvx::OutputFile>(tooLong), CFileException::badPath);
+}
+
+TEST(OutputFile, ItsTemporaryFileIsKnownToTheHandlerOfASignalUntilItIsCommitted) {
+    const TempFolder folder;
+    folder.Write("kept.bin", "old");
+    kvx::OutputFile done((folder / "done.bin").wstring());
+    done.Write("new", 3);
+    done.Commit();
+    kvx::OutputFile unfinished((folder / "kept.bin").wstring());
+    EXPECT_EQ(folder.Count(), 3U);
+    kvx::RemoveUnfinishedFiles();
+    EXPECT_EQ(folder.Count(), 2U);
+    EXPECT_EQ(folder.Read("done.bin"), "new");
+    EXPECT_EQ(folder.Read("kept.bin"), "old");
+    EXPECT_THROW(unfinished.Commit(), CFileException);
+}
+
+TEST(OutputFile, AFileWithoutANameIsWrittenInPlace) {
+    std::FILE* const unnamed = std::tmpfile();
+    ASSERT_NE(unnamed, nullptr);
+    kvx::OutputFile file(L"/dev/fd/" + std::to_wstring(fileno(unnamed)));
+    file.Seek(1);
+    file.Write("bc", 2);
+    file.Seek(0);
+    file.Write("a", 1);
+    file.Commit();
+    char bytes[4] = {};
+    EXPECT_EQ(std::fread(bytes, 1, sizeof bytes, unnamed), 3U);
+    EXPECT_STREQ(bytes, "abc");
+    std::fclose(unnamed);
 }
 
 TEST(OutputFile, ReplacingKeepsPermissionsAndFollowsLinks) {
