@@ -43,6 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     TextOptions options;
     if (data[0] & 1) options.firstColumnIsTime = (data[0] & 2) != 0;
     options.decimalComma = (data[0] & 4) != 0;
+    const std::vector<std::string> encodings = EncodingNames();
+    options.codePage = CodePageOf(encodings[(data[0] >> 3) % encodings.size()]);
     ReadOrRefuse([&] {
         Progress progress("");
         const auto open = [&] { return std::make_unique<kvx::MemoryStream>(std::as_bytes(std::span(text))); };

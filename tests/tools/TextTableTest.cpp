@@ -25,7 +25,7 @@ using namespace kvx::tool;
 
 namespace {
 
-/// "time 0 0.5; a [g] 1 2; b 3 4": the ends of the time column, then the channels.
+/// "time 0 0.5; a [g] 1 2; b ?psi 3 4": the ends of the time column, then the channels, at last the remarks.
 std::string Describe(RecordingReader& recording) {
     const RecordingInfo& info = recording.Info();
     std::string text;
@@ -34,7 +34,8 @@ std::string Describe(RecordingReader& recording) {
     std::vector<std::string> columns;
     for (const RecordingInfo::Channel& channel : info.channels) {
         columns.push_back(kvx::ToUtf8(channel.name) +
-                          (channel.unit ? " [" + UnitText(*channel.unit) + "]" : ""));
+                          (channel.unit ? " [" + UnitText(*channel.unit) + "]" : "") +
+                          (channel.unknownUnit.empty() ? "" : " ?" + kvx::ToUtf8(channel.unknownUnit)));
     }
     // Small pieces, which must not show.
     std::vector<std::array<double, 2>> room(columns.size());
@@ -46,6 +47,7 @@ std::string Describe(RecordingReader& recording) {
         }
     }
     for (const std::string& column : columns) text += column + "; ";
+    for (const std::string& remark : info.remarks) text += remark + "; ";
     return text.substr(0, text.size() - 2);
 }
 
@@ -97,16 +99,28 @@ INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
     Case{"ByteOrderMark", "\xEF\xBB\xBF" "a\n1\n", "a 1"},
     Case{"Utf16LittleEndian", "\xFF\xFE" "\xA0\x52\n\0" "1\0\n\0" "2\0"s, "加 1 2"},
     Case{"Utf16BigEndian", "\xFE\xFF\0a\0\n\0" "1\0\n"s, "a 1"},
-    Case{"HeadingOfCodePage932", "\x89\xC1\x91\xAC\x93x,b\n1,2\n", "加速度 1; b 2"},
+    Case{"HeadingOfCodePage932", "\x89\xC1\x91\xAC\x93x,b\n1,2\n",
+        "加速度 1; b 2; column 1: the heading '加速度' is not UTF-8 and was read as shift-jis; --encoding chooses another"},
+    Case{"HeadingInHalfWidthKatakana", "x,\xB1\xDD\xCC\xDF [V]\n1,2\n",
+        "x 1; ｱﾝﾌﾟ [V] 2; column 2: the heading 'ｱﾝﾌﾟ [V]' is not UTF-8 and was read as shift-jis; --encoding chooses another"},
+    Case{"HeadingInLatin1", "D\xE9placement [\xB5m],a [m/s\xB2]\n1,2\n", "Déplacement [μm] 1; a [m/s2] 2; "
+        "column 1: the heading 'Déplacement [µm]' is not UTF-8 and was read as windows-1252; --encoding chooses another"},
+    Case{"HeadingThatIsNotValidJapanese", "temp\xE9rature \x96 capteur\n1\n", "température – capteur 1; column 1: "
+        "the heading 'température – capteur' is not UTF-8 and was read as windows-1252; --encoding chooses another"},
     Case{"QuotedHeadings", "\"a, \"\"b\"\"\",c\n1,2\n", "a, \"b\" 1; c 2"},
     Case{"UnitsOnALineOfTheirOwn", "time,a,b\ns,g,m/s^2\n0,1,2\n1,3,4\n", "time 0 1; a [g] 1 3; b [m/s2] 2 4"},
-    Case{"BracketsThatHoldNoUnit", "a (top),b\n1,2\n", "a (top) 1; b 2"},
+    Case{"BracketsThatHoldNoUnit", "p [psi],a (top),n (2)\n1,2,3\n", "p [psi] ?psi 1; a (top) ?top 2; n (2) 3"},
+    Case{"UnknownUnitOnALineOfUnits", "time,a,b\ns,psi,m/s^2\n0,1,2\n1,3,4\n", "time 0 1; a ?psi 1 3; b [m/s2] 2 4"},
+    Case{"UnknownUnitInBracketsOfItsOwn", "a,b\n[g],[psi]\n1,2\n", "a [g] 1; b ?psi 2"},
+    Case{"NamesOfWhichOneIsAUnit", "Date;2020\nx;N\n1;2\n", "x 1; N 2"},
+    Case{"UnknownUnitOfTime", "time (UTC),a\n0,1\n1,2\n",
+        "time 0 1; a 1 2; the unit 'UTC' of the time column is not known, so it is read in seconds"},
     Case{"TextAboveTheTable", "Made by the logger\nchannel 1\n\na,b\n1,2\n", "a 1; b 2"},
     Case{"CommentsAndBlankLines", "# t a\n0 1\n\n# pause\n1 2\n", "time 0 1; a 1 2"},
     Case{"TrailingSeparators", "a,b,\n1,2,\n3,4\n", "a 1 3; b 2 4"},
     Case{"SignsAndTinyNumbers", "+1,-0\n+.5,1e-400\n", " 1 0.5;  -0 0"},
     Case{"SeventeenDigits", "0.1000000000000000055,0.30000000000000004\n", " 0.1;  0.30000000000000004"},
-    Case{"LoggerFile", kLogger + "0.0,1,2,note\r\n0.5,3,4\r\n\r\n", "time 0 0.5; a [g] 1 3; b 2 4"},
+    Case{"LoggerFile", kLogger + "0.0,1,2,note\r\n0.5,3,4\r\n\r\n", "time 0 0.5; a [g] 1 3; b ?furlong 2 4"},
     Case{"LoggerFileWithoutTime", "LabVIEW Measurement\nSeparator\tTab\nX_Columns\tNo\n***End_of_Header***\n"
         "Channels\t1\n***End_of_Header***\nX_Value\ta\tComment\n\t1.5\n\t2.5\n", "a 1.5 2.5"}),
     [](const auto& test) { return test.param.what; });
@@ -128,6 +142,7 @@ INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
     Case{"NoNumbers", "a,b\nc,d\n", "no line of it is a row of numbers; line 2 begins 'c,d'"},
     Case{"OnlyBlankLines", "\n \n", "it holds no text"},
     Case{"Binary", "ab\0cd"s, "it is neither a text table nor a sound file"},
+    Case{"BytesOfNoEncoding", "a\x81 x\n1\n", "column 1: the heading 'a\\x81 x' is not UTF-8; give its encoding with --encoding"},
     Case{"TimeBeyondSeconds", "t [h],a\n0,1\n1e306,2\n", "line 3, column 1: the time overflows in conversion to seconds"},
     Case{"HalfACharacter", "\xFF\xFE" "a", "its UTF-16 text ends in the middle of a character"},
     Case{"TooManyColumns", std::string(70000, ',') + "1\n", "line 1 has more than 65536 columns"},
@@ -141,11 +156,32 @@ INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
     [](const auto& test) { return test.param.what; });
 // clang-format on
 
+TEST(TextTableOptions, NameTheEncoding) {
+    const std::wstring text = L"a [m/s²]\n1\n";
+    std::string utf16;
+    for (const char16_t unit : kvx::ToUtf16(text))
+        utf16 += {static_cast<char>(unit >> 8), static_cast<char>(unit)};
+    const std::string latin = "a [m/s\xB2]\n1\n";
+    const auto outcome = [](const std::string& bytes, const char* encoding) {
+        return Outcome(bytes, {std::nullopt, false, CodePageOf(encoding)});
+    };
+    EXPECT_EQ(outcome(latin, "latin-1"), "a [m/s2] 1");
+    EXPECT_EQ(outcome(kvx::ToUtf8(text), "utf-8"), "a [m/s2] 1");
+    EXPECT_EQ(outcome(utf16, "utf-16be"), "a [m/s2] 1");
+    EXPECT_EQ(outcome("\xFE\xFF" + utf16, "utf-16be"), "a [m/s2] 1");
+    EXPECT_EQ(outcome("\xEC\xE0\xF1\xF1\xE0\n1\n", "windows-1251"), "масса 1");
+    EXPECT_EQ(outcome("\xBC\xD3\xCB\xD9\xB6\xC8\n1\n", "gbk"), "加速度 1");
+    EXPECT_EQ(outcome(utf16, "auto"), "it is neither a text table nor a sound file");
+    EXPECT_EQ(outcome(latin, "utf-8"), "column 1: the heading 'a [m/s\\xB2]' is not utf-8");
+    EXPECT_EQ(outcome("\xFE\xFF" + utf16, "latin-1"),
+              "its byte-order mark says utf-16be, not --encoding windows-1252");
+}
+
 TEST(TextTableOptions, SayWhatATextCannot) {
-    const TextOptions noTime = {false, false};
+    const TextOptions noTime = {false, false, 0};
     EXPECT_EQ(Outcome("time,a\n0,5\n1,6\n", noTime), "time 0 1; a 5 6");
-    EXPECT_EQ(Outcome("x,a\n0,5\n1,6\n", {true, false}), "time 0 1; a 5 6");
-    EXPECT_EQ(Outcome("0,5\n1,6\n", {std::nullopt, true}), " 0.5 1.6");
+    EXPECT_EQ(Outcome("x,a\n0,5\n1,6\n", {true, false, 0}), "time 0 1; a 5 6");
+    EXPECT_EQ(Outcome("0,5\n1,6\n", {std::nullopt, true, 0}), " 0.5 1.6");
 }
 
 TEST(TextTableReader, IsTheSameInEveryEncodingHoweverLong) {

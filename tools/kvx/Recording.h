@@ -53,7 +53,7 @@ struct RecordingInfo {
     struct Channel {
         std::wstring name;              ///< empty where the file gives none
         std::optional<CUnitCtrl> unit;  ///< where the file states one that is known
-        std::string unknownUnit;        ///< what the file states instead
+        std::wstring unknownUnit;       ///< what the file states instead
     };
     std::vector<Channel> channels;
     __int64 samples = 0;               ///< of each channel, 1 or more

@@ -18,6 +18,7 @@
 #include "Output.h"
 #include "Recording.h"
 #include "SoundFile.h"
+#include "TextLines.h"
 #include "TextTable.h"
 #include "UnitChoice.h"
 
@@ -43,6 +44,7 @@ std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const Recordi
                                           bool isForSound, Progress& progress) {
     if (IsRegularFile(path)) {
         if (const std::optional<SoundFormat> format = ReadContent(path).sound) {
+            if (options.encoding != "auto") throw Reason("--encoding is for texts");
             return OpenSoundFile(path, *format, options.isPartial);
         }
     }
@@ -51,7 +53,8 @@ std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const Recordi
     TextOptions text;
     if (options.time != "auto") text.firstColumnIsTime = options.time == "first";
     text.decimalComma = options.decimal == "comma";
-    return OpenTextTable(OpenTextFile(path), text, progress);
+    text.codePage = CodePageOf(options.encoding);
+    return OpenTextTable(OpenTextFile(path, text.codePage), text, progress);
 }
 
 class RecordingSignal : public SignalReader {
@@ -127,10 +130,10 @@ private:
             return chosen;
         }
         for (const SignalRun::Channel& channel : chosen) {
-            const std::string& unknown = channels[channel.number - 1].unknownUnit;
+            const std::wstring& unknown = channels[channel.number - 1].unknownUnit;
             if (unknown.empty()) continue;
             notes->push_back("the unit " + Quote(unknown) + " of channel " + Quote(channel.name) +
-                             " is not known; give it with --unit");
+                             " is not known, so its values are plain numbers; give it with --unit");
         }
         return chosen;
     }
@@ -209,6 +212,11 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command.AddOption("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
         .Type("MARK")
         .OneOf({"auto", "comma"});
+    command
+        .AddOption("--encoding", options->encoding,
+                   "Encoding of a text; without it UTF-8 or what a byte-order mark says")
+        .Type("NAME")
+        .OneOf(EncodingNames());
     command.AddFlag("--partial", options->isPartial, "Take a sound file that is cut short as far as it goes");
 }
 
@@ -224,7 +232,8 @@ std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelO
                                          Progress& progress) {
     if (IsRegularFile(path) && CComHdr::GetHdrCodeType(WidePath(path).c_str()) != CComHdr::HDRCODE_UNKNOWN) {
         const bool isStated = options.rateHz || !options.units.empty() || !options.names.empty() ||
-                              options.time != "auto" || options.decimal != "auto" || options.isPartial;
+                              options.time != "auto" || options.decimal != "auto" ||
+                              options.encoding != "auto" || options.isPartial;
         if (isStated || (options.fullScale && !isForSound)) {
             throw Reason(
                 "a data file knows its rate, units and names; the options that state them are for "

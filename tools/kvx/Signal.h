@@ -65,6 +65,7 @@ struct RecordingOptions {
     std::optional<double> fullScale;
     std::string time = "auto";
     std::string decimal = "auto";
+    std::string encoding = "auto";
     bool isPartial = false;  ///< whether a sound file that is cut short is taken as far as it goes
 };
 

@@ -2,9 +2,11 @@
 #include "TextLines.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <utility>
 
+#include <KvxDevCommon01/platform/CodePage.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Text.h>
 
@@ -15,6 +17,48 @@ namespace kvx::tool {
 namespace {
 
 constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+
+struct Encoding {
+    std::string_view name;
+    unsigned int codePage;
+};
+
+/// The first name of a code page is the one that it is told by.
+constexpr std::array kEncodings = {
+    Encoding{"auto", 0},
+    Encoding{"utf-8", kUtf8CodePage},
+    Encoding{"utf-16le", kUtf16LittleEndianCodePage},
+    Encoding{"utf-16be", kUtf16BigEndianCodePage},
+    Encoding{"windows-1252", 1252},
+    Encoding{"latin-1", 1252},
+    Encoding{"windows-1251", 1251},
+    Encoding{"shift-jis", 932},
+    Encoding{"cp932", 932},
+    Encoding{"gbk", 936},
+};
+
+bool IsUtf16(unsigned int codePage) {
+    return codePage == kUtf16LittleEndianCodePage || codePage == kUtf16BigEndianCodePage;
+}
+
+struct ByteOrderMark {
+    std::string_view bytes;
+    unsigned int codePage;
+};
+
+constexpr std::array kByteOrderMarks = {
+    ByteOrderMark{"\xEF\xBB\xBF", kUtf8CodePage},
+    ByteOrderMark{"\xFF\xFE", kUtf16LittleEndianCodePage},
+    ByteOrderMark{"\xFE\xFF", kUtf16BigEndianCodePage},
+};
+
+/// The mark that a text begins with; an empty one where there is none.
+ByteOrderMark FindMark(std::string_view begin) {
+    for (const ByteOrderMark& mark : kByteOrderMarks) {
+        if (begin.starts_with(mark.bytes)) return mark;
+    }
+    return {"", 0};
+}
 
 /// Throws, for what begins like something else than a text, what it is.
 void RequireText(std::string_view begin, const char* soundRefusal) {
@@ -44,7 +88,7 @@ private:
 };
 
 /// The bytes of a pipe. Gives up early on what is no text, which may be endless.
-std::string ReadPipe(ByteStream& pipe) {
+std::string ReadPipe(ByteStream& pipe, unsigned int codePage) {
     constexpr std::size_t kPiece = 1 << 20;
     std::string bytes;
     for (std::size_t got = kPiece; got == kPiece;) {
@@ -52,40 +96,47 @@ std::string ReadPipe(ByteStream& pipe) {
         bytes.resize(begin + kPiece);
         got = pipe.Read(bytes.data() + begin, kPiece);
         bytes.resize(begin + got);
-        if (begin == 0) RequireText(bytes, "read from a pipe");
-        const bool utf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
-        if (!utf16 && bytes.find('\0', begin) != std::string::npos) {
-            throw Reason(kNoText);
+        if (begin == 0) {
+            RequireText(bytes, "read from a pipe");
+            if (codePage == 0) codePage = FindMark(bytes).codePage;
         }
+        if (!IsUtf16(codePage) && bytes.find('\0', begin) != std::string::npos) throw Reason(kNoText);
     }
     return bytes;
 }
 
 }  // namespace
 
-/// A text as UTF-8 without its byte-order mark, piece by piece.
+/// A text without its byte-order mark, piece by piece; UTF-16 becomes UTF-8.
 class LineReader::Decoder {
 public:
-    explicit Decoder(std::unique_ptr<ByteStream> stream)
-        : stream_(std::move(stream)), size_(stream_->Remaining()) {
+    Decoder(std::unique_ptr<ByteStream> stream, unsigned int codePage)
+        : stream_(std::move(stream)), size_(stream_->Remaining()), codePage_(codePage) {
         const std::string begin = ReadBytes();
         if (begin.empty()) throw Reason("the file is empty");
         RequireText(begin, "a text");
-        if (begin.starts_with("\xFE\xFF")) encoding_ = Encoding::utf16BigEndian;
-        if (begin.starts_with("\xFF\xFE")) encoding_ = Encoding::utf16LittleEndian;
-        const std::size_t mark = begin.starts_with("\xEF\xBB\xBF") ? 3 : encoding_ != Encoding::utf8 ? 2 : 0;
-        bytes_ = begin.substr(mark);
+        const ByteOrderMark mark = FindMark(begin);
+        if (mark.codePage != 0) {
+            if (codePage_ != 0 && codePage_ != mark.codePage) {
+                throw Reason("its byte-order mark says " + std::string(EncodingName(mark.codePage)) +
+                             ", not --encoding " + std::string(EncodingName(codePage_)));
+            }
+            codePage_ = mark.codePage;
+        }
+        bytes_ = begin.substr(mark.bytes.size());
     }
+
+    unsigned int CodePage() const { return IsUtf16(codePage_) ? kUtf8CodePage : codePage_; }
 
     /// Appends the next piece; whether there was one.
     bool Append(std::string* text) {
         if (bytes_.empty()) bytes_ = ReadBytes();
         const std::string bytes = std::exchange(bytes_, {});
         const std::size_t begin = text->size();
-        if (encoding_ == Encoding::utf8) {
-            *text += bytes;
-        } else {
+        if (IsUtf16(codePage_)) {
             AppendUtf16(bytes, text);
+        } else {
+            *text += bytes;
         }
         if (text->find('\0', begin) != std::string::npos) throw Reason(kNoText);
         return !bytes.empty();
@@ -96,8 +147,6 @@ public:
     std::uint64_t Size() const { return size_; }
 
 private:
-    enum class Encoding { utf8, utf16LittleEndian, utf16BigEndian };
-
     std::string ReadBytes() {
         constexpr std::uint64_t kPiece = 1 << 18;
         constexpr std::uint64_t kLeast = 1 << 10;  // also where a file has grown since it was opened
@@ -117,8 +166,7 @@ private:
                 continue;
             }
             const auto second = static_cast<unsigned char>(byte);
-            const int unit =
-                encoding_ == Encoding::utf16BigEndian ? half_ << 8 | second : second << 8 | half_;
+            const int unit = codePage_ == kUtf16BigEndianCodePage ? half_ << 8 | second : second << 8 | half_;
             units_ += static_cast<char16_t>(unit);
         }
         // The second half of a pair may be in the next piece.
@@ -134,15 +182,31 @@ private:
     std::unique_ptr<ByteStream> stream_;
     std::uint64_t size_;
     std::uint64_t position_ = 0;
-    Encoding encoding_ = Encoding::utf8;
-    std::string bytes_;     ///< read, but not appended yet
-    std::u16string units_;  ///< decoded, but not appended yet
+    unsigned int codePage_;  ///< 0 where it is not known
+    std::string bytes_;      ///< read, but not appended yet
+    std::u16string units_;   ///< decoded, but not appended yet
     unsigned char half_ = 0;
     bool hasHalf_ = false;
 };
 
-LineReader::LineReader(std::unique_ptr<ByteStream> stream)
-    : decoder_(std::make_unique<Decoder>(std::move(stream))) {
+std::vector<std::string> EncodingNames() {
+    std::vector<std::string> names;
+    for (const Encoding& encoding : kEncodings) names.emplace_back(encoding.name);
+    return names;
+}
+
+unsigned int CodePageOf(std::string_view encoding) {
+    const auto row = std::ranges::find(kEncodings, encoding, &Encoding::name);
+    return row != kEncodings.end() ? row->codePage : 0;
+}
+
+std::string_view EncodingName(unsigned int codePage) {
+    const auto row = std::ranges::find(kEncodings, codePage, &Encoding::codePage);
+    return row != kEncodings.end() ? row->name : "another encoding";
+}
+
+LineReader::LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage)
+    : decoder_(std::make_unique<Decoder>(std::move(stream), codePage)) {
     while (text_.find('\n') == std::string::npos && text_.size() < kLongestLine) {
         if (!decoder_->Append(&text_)) break;
     }
@@ -182,6 +246,10 @@ void LineReader::StepBack() {
     --number_;
 }
 
+unsigned int LineReader::CodePage() const {
+    return decoder_->CodePage();
+}
+
 std::uint64_t LineReader::Position() const {
     return decoder_->Position();
 }
@@ -190,12 +258,12 @@ std::uint64_t LineReader::Size() const {
     return decoder_->Size();
 }
 
-OpenText OpenTextFile(const std::string& path) {
+OpenText OpenTextFile(const std::string& path, unsigned int codePage) {
     InputFile file(WidePath(path));
     if (file.Remaining() < std::numeric_limits<std::uint64_t>::max()) {
         return [path] { return std::make_unique<InputFile>(WidePath(path)); };
     }
-    const auto text = std::make_shared<const std::string>(ReadPipe(file));
+    const auto text = std::make_shared<const std::string>(ReadPipe(file, codePage));
     return [text] { return std::make_unique<KeptText>(text); };
 }
 

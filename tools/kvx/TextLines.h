@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Texts of any length, line by line: UTF-8 or, with a byte-order mark, UTF-16.
+// Texts of any length, line by line: UTF-8, UTF-16 by a byte-order mark or by statement, or bytes of a code
+// page.
 #pragma once
 
 #include <cstddef>
@@ -9,25 +10,40 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <KvxDevCommon01/platform/ByteStream.h>
 
 namespace kvx::tool {
 
+inline constexpr unsigned int kUtf16LittleEndianCodePage = 1200;
+inline constexpr unsigned int kUtf16BigEndianCodePage = 1201;
+
+/// How a person names encodings: "utf-8", and "auto" for none.
+std::vector<std::string> EncodingNames();
+/// The code page of an encoding; 0 for "auto".
+unsigned int CodePageOf(std::string_view encoding);
+/// How a person names a code page.
+std::string_view EncodingName(unsigned int codePage);
+
 /// Opens a text at its start, as often as it is called.
 using OpenText = std::function<std::unique_ptr<ByteStream>()>;
 
-/// The text at `path` (UTF-8); what cannot be opened twice, such as a pipe, is kept in memory. Throws Reason
-/// or CFileException.
-OpenText OpenTextFile(const std::string& path);
+/// The text at `path` (UTF-8) in a code page that is stated, or 0; what cannot be opened twice, such as a
+/// pipe, is kept in memory. Throws Reason or CFileException.
+OpenText OpenTextFile(const std::string& path, unsigned int codePage = 0);
 
-/// Walks over lines that end in LF, CR LF or, in a text without any LF near its start, CR, and delivers them
-/// as UTF-8. Operations throw Reason for what is no text.
+/// Walks over lines that end in LF, CR LF or, in a text without any LF near its start, CR. Operations throw
+/// Reason for what is no text.
 class LineReader {
 public:
-    explicit LineReader(std::unique_ptr<ByteStream> stream);
+    /// `codePage` is that of the text where it is stated, or 0.
+    explicit LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage = 0);
     ~LineReader();
 
+    /// The code page that the lines are in: that of UTF-8 for a text in UTF-16, 0 where neither a statement
+    /// nor a byte-order mark says it.
+    unsigned int CodePage() const;
     /// The next line, without its end; it lasts until the one after it is asked for. False at the end.
     bool Next(std::string_view* line);
     /// Makes the line last delivered the next one.

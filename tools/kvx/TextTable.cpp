@@ -44,16 +44,70 @@ std::string_view Unquoted(std::string_view field) {
     return field;
 }
 
-/// A heading of the text, its quotes gone, as wide text: UTF-8, else the system's code page.
-std::wstring DecodeHeading(std::string_view field) {
-    std::string text(Unquoted(field));
-    for (std::size_t at = text.find("\"\""); at != text.npos; at = text.find("\"\"", at + 1)) {
-        text.erase(at, 1);
+// ---- the texts of headings ----
+
+constexpr unsigned int kJapaneseCodePage = 932;
+constexpr unsigned int kWesternCodePage = 1252;
+
+/// Whether bytes that are valid in the Japanese code page look like Japanese, too. Nearly all Japanese text
+/// has bytes from 0x80 to 0x9F, and half-width katakana stand in rows. In Western text, where these bytes are
+/// rare signs, letters and signs such as the raised 2 have the bytes above.
+bool LooksJapanese(std::string_view bytes) {
+    bool isKatakana = true;
+    std::size_t row = 0;
+    for (const char c : std::string(bytes) + '\0') {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80 && byte < 0xA0) return true;
+        const bool isHalfWidth = byte > 0xA0 && byte < 0xE0;
+        if (!isHalfWidth && (byte >= 0x80 || row == 1)) isKatakana = false;
+        row = isHalfWidth ? row + 1 : 0;
     }
-    if (std::optional<std::wstring> wide = FromUtf8(text)) return *std::move(wide);
-    if (std::optional<std::wstring> wide = DecodeCodePage(text, 0)) return *std::move(wide);
-    throw Reason("the heading " + Quote(text) + " is neither UTF-8 nor text of the system's code page");
+    return isKatakana;
 }
+
+/// The code page that bytes which are not UTF-8 are taken to be in; 0 when they are in none.
+unsigned int GuessCodePage(std::string_view bytes) {
+    const unsigned int system = SystemCodePage();
+    const bool isLikely = system != kJapaneseCodePage || LooksJapanese(bytes);
+    if (isLikely && DecodeCodePage(bytes, system)) return system;
+    return DecodeCodePage(bytes, kWesternCodePage) ? kWesternCodePage : 0;
+}
+
+/// Makes the headings of a text wide: by the code page that is stated, else as UTF-8, else by a guess, of
+/// which it leaves a remark.
+class HeadingDecoder {
+public:
+    explicit HeadingDecoder(unsigned int codePage) : codePage_(codePage) {}
+
+    /// A field of a line of headings, its quotes gone; `column` counts from 0.
+    std::wstring Decode(std::string_view field, std::string_view line, std::size_t column) {
+        std::string text(Unquoted(field));
+        for (std::size_t at = text.find("\"\""); at != text.npos; at = text.find("\"\"", at + 1)) {
+            text.erase(at, 1);
+        }
+        const std::string place = "column " + std::to_string(column + 1) + ": the heading ";
+        if (codePage_ != 0) {
+            if (std::optional<std::wstring> wide = DecodeCodePage(text, codePage_)) return *std::move(wide);
+            throw Reason(place + Quote(text) + " is not " + std::string(EncodingName(codePage_)));
+        }
+        if (std::optional<std::wstring> wide = FromUtf8(text)) return *std::move(wide);
+        const unsigned int guess = GuessCodePage(line);
+        const std::optional<std::wstring> wide = guess != 0 ? DecodeCodePage(text, guess) : std::nullopt;
+        if (!wide) throw Reason(place + Quote(text) + " is not UTF-8; give its encoding with --encoding");
+        if (remark_.empty()) {
+            remark_ = place + Quote(*wide) + " is not UTF-8 and was read as " +
+                      std::string(EncodingName(guess)) + "; --encoding chooses another";
+        }
+        return *wide;
+    }
+
+    /// What was guessed of the first heading that needed it; empty when none did.
+    const std::string& Remark() const { return remark_; }
+
+private:
+    unsigned int codePage_;
+    std::string remark_;
+};
 
 // ---- fields ----
 
@@ -184,6 +238,7 @@ struct Layout {
     std::vector<Heading> headings;  ///< one per column, or none
     std::optional<bool> firstIsTime;
     std::string rateHint;
+    std::string remark;  ///< on how the headings were decoded; may be empty
 };
 
 bool IsTimeHeading(const Heading& heading) {
@@ -197,7 +252,8 @@ bool IsTimeHeading(const Heading& heading) {
     return name.starts_with("time") || std::ranges::find(kNames, name) != kNames.end();
 }
 
-std::vector<Heading> ParseHeadings(std::string_view line, char separator, std::size_t columns) {
+std::vector<Heading> ParseHeadings(std::string_view line, char separator, std::size_t columns,
+                                   HeadingDecoder* decoder) {
     line = Trim(line);
     if (line.starts_with('#')) line.remove_prefix(1);
     Fields fields;
@@ -205,23 +261,49 @@ std::vector<Heading> ParseHeadings(std::string_view line, char separator, std::s
     if (fields.size() > columns) DropEmptyEnd(&fields);
     if (fields.size() != columns) return {};
     std::vector<Heading> headings;
-    for (const std::string_view field : fields) headings.push_back(ParseHeading(DecodeHeading(field)));
+    for (const std::string_view field : fields) {
+        headings.push_back(ParseHeading(decoder->Decode(field, line, headings.size())));
+    }
     return headings;
+}
+
+/// The units of the columns when a line of headings holds nothing else: all fields are known units, most of
+/// them, or the first is a unit of time below the heading of a time. Empty for a line of names.
+std::vector<Heading> ReadUnits(const std::vector<Heading>& line, const Heading& above) {
+    std::vector<Heading> units;
+    std::size_t known = 0;
+    std::size_t unknown = 0;
+    for (const Heading& field : line) {
+        if (field.unit && !field.name.empty()) return {};
+        Heading unit = {{}, field.unit ? field.unit : ParseUnit(field.name), field.unknownUnit};
+        if (field.name.empty()) {
+            unit.unit = field.unit;
+        } else if (!unit.unit) {
+            const bool isBracketed = field.name.size() == field.unknownUnit.size() + 2;
+            if (!isBracketed) unit.unknownUnit = field.name;
+            ++(isBracketed ? known : unknown);
+        }
+        if (unit.unit) ++known;
+        units.push_back(std::move(unit));
+    }
+    const std::optional<CUnitCtrl>& first = units.front().unit;
+    const bool isBelowTime = first && *first == CUnitCtrl::DIM_TIME && IsTimeHeading(above);
+    return unknown == 0 || known > unknown || isBelowTime ? units : std::vector<Heading>();
 }
 
 /// The headings of columns whose last line of headings may hold their units alone.
 std::vector<Heading> ReadHeadings(std::string_view lastLine, std::string_view lineBefore,
-                                  const Layout& layout) {
-    std::vector<Heading> last = ParseHeadings(lastLine, layout.separator, layout.columns);
+                                  const Layout& layout, HeadingDecoder* decoder) {
+    std::vector<Heading> last = ParseHeadings(lastLine, layout.separator, layout.columns, decoder);
     if (last.empty() || lineBefore.empty()) return last;
-    std::vector<Heading> before = ParseHeadings(lineBefore, layout.separator, layout.columns);
+    std::vector<Heading> before = ParseHeadings(lineBefore, layout.separator, layout.columns, decoder);
     if (before.empty()) return last;
-    for (std::size_t c = 0; c < last.size(); ++c) {
-        const std::wstring& text = last[c].name;
-        std::optional<CUnitCtrl> unit = last[c].unit;
-        if (!text.empty()) unit = unit ? std::nullopt : ParseUnit(text);
-        if (!unit && !text.empty()) return last;
-        if (unit) before[c].unit = unit;
+    const std::vector<Heading> units = ReadUnits(last, before.front());
+    if (units.empty()) return last;
+    for (std::size_t c = 0; c < units.size(); ++c) {
+        if (!units[c].unit && units[c].unknownUnit.empty()) continue;
+        before[c].unit = units[c].unit;
+        before[c].unknownUnit = units[c].unknownUnit;
     }
     return before;
 }
@@ -272,6 +354,7 @@ std::optional<Layout> LayoutOf(std::string_view line, std::size_t number, const 
 
 /// Finds the first line of numbers; leaves `lines` in front of it.
 Layout DetectLayout(LineReader& lines, const TextOptions& options) {
+    HeadingDecoder decoder(lines.CodePage());
     std::string_view line;
     std::string heading;
     std::string headingBefore;
@@ -281,7 +364,8 @@ Layout DetectLayout(LineReader& lines, const TextOptions& options) {
         if (std::optional<Layout> layout = LayoutOf(line, lines.Number(), options)) {
             if (headingNumber > 0) {
                 RefuseDamagedRow(heading, headingNumber, *layout);
-                layout->headings = ReadHeadings(heading, headingBefore, *layout);
+                layout->headings = ReadHeadings(heading, headingBefore, *layout, &decoder);
+                layout->remark = decoder.Remark();
             }
             lines.StepBack();
             return *std::move(layout);
@@ -297,12 +381,13 @@ Layout DetectLayout(LineReader& lines, const TextOptions& options) {
 /// Reads the two header blocks and the headings of a logger's measurement file, of which the first line is
 /// past; leaves `lines` in front of the data.
 Layout ReadLoggerHeader(LineReader& lines) {
+    HeadingDecoder decoder(lines.CodePage());
     Layout layout;
     layout.separator = kTab;
     layout.extraIgnored = true;
     std::string_view line;
     Fields fields;
-    std::vector<std::string> unitLabels;
+    std::vector<std::wstring> unitLabels;
     bool timeColumn = false;
     int blocks = 0;
     while (blocks < 2 && lines.Next(&line)) {
@@ -316,7 +401,12 @@ Layout ReadLoggerHeader(LineReader& lines) {
             timeColumn = value == "One";
         }
         if (key == "Delta_X") layout.rateHint = " (its header has the rounded step " + Quote(value) + " s)";
-        if (key == "Y_Unit_Label") unitLabels.assign(fields.begin() + 1, fields.end());
+        if (key == "Y_Unit_Label") {
+            unitLabels.clear();
+            for (std::size_t c = 1; c < fields.size(); ++c) {
+                unitLabels.push_back(decoder.Decode(fields[c], line, c));
+            }
+        }
     }
     if (blocks < 2 || !lines.Next(&line)) throw Reason("its header does not end");
     Split(line, layout.separator, &fields);
@@ -329,13 +419,14 @@ Layout ReadLoggerHeader(LineReader& lines) {
     layout.columns = fields.size() - layout.skipped;
     if (timeColumn) layout.headings.push_back({L"time"});
     for (std::size_t c = 0; c + 1 < fields.size(); ++c) {
-        Heading heading = {DecodeHeading(fields[c + 1])};
+        Heading heading = {decoder.Decode(fields[c + 1], line, c + 1)};
         if (c < unitLabels.size() && !unitLabels[c].empty()) {
-            heading.unit = ParseUnit(DecodeHeading(unitLabels[c]));
+            heading.unit = ParseUnit(unitLabels[c]);
             if (!heading.unit) heading.unknownUnit = unitLabels[c];
         }
         layout.headings.push_back(std::move(heading));
     }
+    layout.remark = decoder.Remark();
     return layout;
 }
 
@@ -352,7 +443,7 @@ Layout ReadLayout(LineReader& lines, const TextOptions& options) {
 class RowReader {
 public:
     RowReader(const OpenText& open, const TextOptions& options)
-        : lines_(open()), layout_(ReadLayout(lines_, options)), values_(layout_.columns) {}
+        : lines_(open(), options.codePage), layout_(ReadLayout(lines_, options)), values_(layout_.columns) {}
 
     const Layout& Table() const { return layout_; }
 
@@ -481,6 +572,11 @@ private:
         info_.samples = stamps.count;
         info_.rateHint = layout.rateHint;
         info_.channels.resize(layout.columns - firstChannel_);
+        if (!layout.remark.empty()) info_.remarks.push_back(layout.remark);
+        if (info_.stamps && !layout.headings.empty() && !layout.headings.front().unknownUnit.empty()) {
+            info_.remarks.push_back("the unit " + Quote(layout.headings.front().unknownUnit) +
+                                    " of the time column is not known, so it is read in seconds");
+        }
         for (std::size_t c = firstChannel_; c < layout.headings.size(); ++c) {
             const Heading& heading = layout.headings[c];
             info_.channels[c - firstChannel_] = {heading.name, heading.unit, heading.unknownUnit};

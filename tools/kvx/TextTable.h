@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Recordings from text: comma, semicolon, tab or blank separated columns with or without headings and a time
-// column, decimal point or comma, UTF-8 or UTF-16 with a byte-order mark, and the measurement text files of
-// data loggers
-// (.lvm), whose header blocks are read for what they say of the columns. Numbers become the nearest double.
+// column, decimal point or comma, and the measurement text files of data loggers (.lvm), whose header blocks
+// are read for what they say of the columns. Numbers become the nearest double.
 #pragma once
 
 #include <memory>
@@ -21,6 +20,8 @@ struct TextOptions {
     std::optional<bool> firstColumnIsTime;
     /// A comma inside a number is the decimal mark even where it could separate columns.
     bool decimalComma = false;
+    /// The code page of the text; 0 for UTF-8, what a byte-order mark says, or a guess for headings.
+    unsigned int codePage = 0;
 };
 
 /// Goes through a whole text, so that what is wrong with it is told before it is read: throws Reason naming

@@ -174,6 +174,9 @@ Heading ParseHeading(std::wstring_view text) {
             const std::size_t end = text.substr(0, open).find_last_not_of(L" \t");
             return {std::wstring(text.substr(0, end == std::wstring_view::npos ? 0 : end + 1)), unit};
         }
+        if (inside.find_first_not_of(L" 0123456789") != inside.npos) {
+            return {std::wstring(text), std::nullopt, std::wstring(inside)};
+        }
     }
     return {std::wstring(text), std::nullopt};
 }

@@ -34,7 +34,7 @@ std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension);
 struct Heading {
     std::wstring name;
     std::optional<CUnitCtrl> unit = std::nullopt;
-    std::string unknownUnit = {};  ///< the text of a unit stated elsewhere that is not known
+    std::wstring unknownUnit = {};  ///< what stands in the place of a unit and is none; never a number
 };
 Heading ParseHeading(std::wstring_view text);
 
