@@ -117,6 +117,7 @@ public:
         lines.Draw(colors_.Of(Compo::COMPO_FRAME));
     }
 
+    /// The axes at the front lie on the slices behind, and below the line of the slice that is in front.
     void DrawSlices() const {
         std::vector<std::vector<double>> values;
         const auto most = static_cast<std::size_t>(CGraphLineInfoList::GetWaterfallMaxLineNum());
@@ -124,17 +125,38 @@ public:
         const __int64 count = std::ssize(slices);
         for (__int64 i = 0; i < count; ++i) {
             const __int64 index = chart_.isLastInFront ? i : count - 1 - i;  // from the back to the front
-            DrawSlice(slices[static_cast<std::size_t>(index)], Depth(index, count, chart_.isLastInFront));
+            const double depth = Depth(index, count, chart_.isLastInFront);
+            const SlicePaths paths = PathsOf(slices[static_cast<std::size_t>(index)], depth);
+            FillSlice(paths, depth);
+            if (i + 1 == count) DrawAxisLines();
+            StrokeSlice(paths, depth);
         }
     }
 
-    void DrawAxes() const {
+    /// Cursors, and the texts of the axes.
+    void DrawRest() const {
         FineLines lines(canvas_);
         for (const double cursor : chart_.cursors) {
             const double x = layout_.x.mapping.ToPixel(cursor);
             if (x >= front_.left && x <= front_.right) lines.AddUpright(x, front_.top, front_.bottom);
         }
         lines.Draw(colors_.Of(Compo::COMPO_CURSOR));
+        const COLORREF text = colors_.Of(Compo::COMPO_TEXT);
+        for (const AxisLayout* axis : {&layout_.x, &Values()}) {
+            for (const PlacedText& number : axis->numbers) DrawPlacedText(number, text, canvas_);
+            for (const PlacedText& title : axis->titles) DrawPlacedText(title, text, canvas_);
+        }
+    }
+
+private:
+    /// What is drawn of a slice.
+    struct SlicePaths {
+        Path line;
+        Path below;  ///< around what lies between the line and the foot of the slice
+    };
+
+    void DrawAxisLines() const {
+        FineLines lines(canvas_);
         lines.AddLevel(front_.bottom, front_.left, front_.right);
         lines.AddUpright(Side(front_), front_.top, front_.bottom);
         const double inward = isMirrored_ ? -1.0 : 1.0;
@@ -146,14 +168,8 @@ public:
             lines.AddLevel(tick.pixel, Side(front_), Side(front_) + length);
         }
         lines.Draw(colors_.Of(Compo::COMPO_FRAME));
-        const COLORREF text = colors_.Of(Compo::COMPO_TEXT);
-        for (const AxisLayout* axis : {&layout_.x, &Values()}) {
-            for (const PlacedText& number : axis->numbers) DrawPlacedText(number, text, canvas_);
-            for (const PlacedText& title : axis->titles) DrawPlacedText(title, text, canvas_);
-        }
     }
 
-private:
     const AxisLayout& Values() const { return isMirrored_ && layout_.y2 ? *layout_.y2 : layout_.y; }
 
     /// The side of a slice at which the axis of the values stands, away from where the slices go.
@@ -191,15 +207,16 @@ private:
         lines.Draw(colors_.Of(Compo::COMPO_GRID));
     }
 
-    void DrawSlice(const CurveSamples& samples, double depth) const {
+    SlicePaths PathsOf(const CurveSamples& samples, double depth) const {
         const Rect slice = space_.At(depth);
         const CurveFrame frame{AxisMapping::Between(chart_.x.bounds, slice.left, slice.right, chart_.x.form),
                                AxisMapping::Between(chart_.y.bounds, slice.bottom, slice.top, chart_.y.form),
                                {slice.left, -kNoEdge, slice.right, kNoEdge},
                                canvas_.GetFineness()};
-        if (!(frame.x.scale > 0.0) || !(frame.y.scale < 0.0)) return;
+        SlicePaths paths;
+        if (!(frame.x.scale > 0.0) || !(frame.y.scale < 0.0)) return paths;
+        auto& [line, below] = paths;
         const Path path = LinePath(samples, frame);
-        Path line, below;
         for (std::size_t i = 0; i < path.GetRunNum(); ++i) {
             const std::vector<Point> run = ClampedRun(path.GetRun(i), slice.top, slice.bottom);
             below.MoveTo({run.front().x, slice.bottom});
@@ -210,11 +227,24 @@ private:
             }
             below.LineTo({run.back().x, slice.bottom});
         }
-        const COLORREF ground = colors_.Of(Compo::COMPO_GRAPH_BACK);
+        return paths;
+    }
+
+    Pen PenAt(double depth) const {
         Pen pen = LinePen(chart_.look, colors_.output, canvas_.GetPointLength());
-        pen.color = Between(pen.color, ground, kFade * depth);
-        if (chart_.isSolid) canvas_.Fill(below, chart_.isFilled ? Between(ground, pen.color, kTint) : ground);
-        if (pen.type != CKvxGraphLineSample::LINE_NONE) canvas_.Stroke(line, pen);
+        pen.color = Between(pen.color, colors_.Of(Compo::COMPO_GRAPH_BACK), kFade * depth);
+        return pen;
+    }
+
+    void FillSlice(const SlicePaths& paths, double depth) const {
+        if (!chart_.isSolid) return;
+        const COLORREF ground = colors_.Of(Compo::COMPO_GRAPH_BACK);
+        canvas_.Fill(paths.below, chart_.isFilled ? Between(ground, PenAt(depth).color, kTint) : ground);
+    }
+
+    void StrokeSlice(const SlicePaths& paths, double depth) const {
+        const Pen pen = PenAt(depth);
+        if (pen.type != CKvxGraphLineSample::LINE_NONE) canvas_.Stroke(paths.line, pen);
     }
 
     const DepthChart& chart_;
@@ -311,7 +341,7 @@ void DrawWaterfall(const DepthChart& chart, const Rect& area, const ChartColors&
     const WaterfallPainter painter(chart, layout, space, colors, canvas);
     painter.DrawWalls();
     painter.DrawSlices();
-    painter.DrawAxes();
+    painter.DrawRest();
     const COLORREF text = colors.Of(Compo::COMPO_TEXT);
     if (title) DrawPlacedText(*title, text, canvas);
     DrawSliceAxis(slices, line, colors.Of(Compo::COMPO_FRAME), text, canvas);

@@ -125,6 +125,13 @@ TEST_F(DepthGraph, DrawsSlicesFromTheBackToTheFrontOverWhatTheyHide) {
         });
     };
     EXPECT_EQ(fills(), 6);
+    // The axes of a pane come right before the line of its front slice, which may lie on them.
+    const auto front = std::ranges::find_if(canvas.shapes, [&](const RecordingCanvas::Shape& shape) {
+        return std::ranges::equal(shape.path.GetPoints(), lines[2].GetPoints());
+    });
+    ASSERT_NE(front, canvas.shapes.end());
+    EXPECT_EQ((front - 1)->pen.color,
+              info_.GetGraphColorInfo()->GetCompoInfo(CGraphColorInfo::COMPO_FRAME, view_.output));
     EXPECT_THAT(canvas.Texts(), Contains(L"control"));
     EXPECT_THAT(canvas.Texts(), Contains(L"monitor"));
     EXPECT_THAT(canvas.Texts(), Contains(L"run"));
