@@ -267,10 +267,19 @@ CurveExtent ExtentOfX(const CurveSamples& samples) {
 CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange& x) {
     if (samples.y == nullptr || samples.count < 1) return {};
     ExtentScan scan;
+    ExtentScan around;
+    Point previous{x.low, std::numeric_limits<double>::quiet_NaN()};
     ForEachShown(samples, SamplesWithin(samples, x.low, x.high), 1, [&](double at, double y, __int64) {
         if (at >= x.low && at <= x.high) scan.Add(y);
+        const bool isAcross = std::min(at, previous.x) < x.low && std::max(at, previous.x) > x.high;
+        if (isAcross && !std::isnan(y) && !std::isnan(previous.y)) {
+            around.Add(previous.y);
+            around.Add(y);
+        }
+        previous = {at, y};
     });
-    return scan.GetExtent();
+    const CurveExtent within = scan.GetExtent();
+    return within.IsEmpty() ? around.GetExtent() : within;
 }
 
 Path LinePath(const CurveSamples& samples, const CurveFrame& frame) {

@@ -56,7 +56,8 @@ struct KVX_PLOT_API CurveExtent {
 
 /// The extent of X over all samples that have a value.
 KVX_PLOT_API CurveExtent ExtentOfX(const CurveSamples& samples);
-/// The extent of the values whose shown X lies within `x`. Infinite values do not count.
+/// The extent of the values whose shown X lies within `x`, where there is none that of the samples whose line
+/// crosses it. Infinite values do not count.
 KVX_PLOT_API CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange& x);
 
 /// The line through the samples, cut at the edges of the plot. A run of one point is a sample without

@@ -18,9 +18,6 @@ constexpr double kTolerance = 1e-6;
 // Beyond this a double cannot tell neighbouring ticks apart.
 constexpr double kMostIndex = 1e13;
 constexpr int kMostDecimals = 15;
-// Spans beyond these would leave the range of a double on the way.
-constexpr double kLeastSpan = 1e-290;
-constexpr double kMostSpan = 1e290;
 // Numbers from 10^kLowPlain to below 10^kHighPlain are written without a power of ten.
 constexpr int kLowPlain = -3;
 constexpr int kHighPlain = 6;
@@ -233,7 +230,7 @@ TickPlan PlanLogarithmic(const AxisRange& bounds, double length, double minorDis
 TickPlan PlanTicks(const AxisRange& bounds, AxisForm form, double length, double minorDistance,
                    const TickStyle& style, const std::function<bool(const TickPlan&)>& fits) {
     const double span = bounds.high - bounds.low;
-    if (!(span > kLeastSpan && span < kMostSpan && length > 0.0)) return {};
+    if (!(span > kLeastAxisSpan && span < kMostAxisSpan && length > 0.0)) return {};
     if (form == AxisForm::kLinear) return PlanLinear(bounds, length, minorDistance, style, fits);
     if (!(bounds.low > 0.0)) return {};
     return PlanLogarithmic(bounds, length, minorDistance, style, fits);

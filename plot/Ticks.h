@@ -29,6 +29,11 @@ struct TickPlan {
     bool operator==(const TickPlan&) const = default;
 };
 
+/// An axis whose bounds lie closer or farther apart has no ticks: on the way to them numbers would leave the
+/// range of a double.
+inline constexpr double kLeastAxisSpan = 1e-290;
+inline constexpr double kMostAxisSpan = 1e290;
+
 /// Which ticks there are and how their numbers are written; by default with as many decimals as tell the
 /// ticks apart.
 struct TickStyle {

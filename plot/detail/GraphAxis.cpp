@@ -6,6 +6,7 @@
 
 #include <KvxDevCommon01/graph/AutoRange.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <plot/Ticks.h>
 #include <plot/detail/ShownValues.h>
 
 namespace kvx::plot {
@@ -16,7 +17,7 @@ namespace {
 constexpr double kDeepest = 1e-8;
 // Part of the range (of its decades on a logarithmic axis) that stays free beyond the data on either side.
 constexpr double kRoom = 0.02;
-// Data whose range is a smaller part of their size count as one value.
+// Data whose range is a smaller part of their size, or too small for an axis, count as one value.
 constexpr double kLeastRange = 1e-9;
 
 AxisForm FormOf(BOOL isLogarithmic) {
@@ -27,7 +28,7 @@ AxisForm FormOf(BOOL isLogarithmic) {
 AxisRange Around(const AxisRange& data, AxisForm form) {
     if (form == AxisForm::kLogarithmic) return {data.low / std::sqrt(10.0), data.high * std::sqrt(10.0)};
     const double size = std::max(std::abs(data.low), std::abs(data.high));
-    const double margin = size > 0.0 ? 0.1 * size : 1.0;
+    const double margin = size > 0.0 ? std::max(0.1 * size, kLeastAxisSpan) : 1.0;
     return {data.low - margin, data.high + margin};
 }
 
@@ -41,13 +42,14 @@ AxisRange DataRange(const AxisSetting& setting, const CurveExtent& data) {
     return range;
 }
 
+/// The data with room on either side; without where that leaves the range of numbers.
 AxisRange WithRoom(const AxisRange& data, AxisForm form) {
-    if (form == AxisForm::kLogarithmic) {
-        const double factor = std::pow(data.high / data.low, kRoom);
-        return {data.low / factor, data.high * factor};
-    }
+    const bool isLogarithmic = form == AxisForm::kLogarithmic;
+    const double factor = std::pow(data.high / data.low, kRoom);
     const double room = kRoom * (data.high - data.low);
-    return {data.low - room, data.high + room};
+    const AxisRange wider = isLogarithmic ? AxisRange{data.low / factor, data.high * factor}
+                                          : AxisRange{data.low - room, data.high + room};
+    return std::isfinite(wider.low) && std::isfinite(wider.high) ? wider : data;
 }
 
 AxisRange AutomaticBounds(const AxisSetting& setting, const CurveExtent& data) {
@@ -57,7 +59,9 @@ AxisRange AutomaticBounds(const AxisSetting& setting, const CurveExtent& data) {
     }
     AxisRange range = DataRange(setting, data);
     const double size = std::max(std::abs(range.low), std::abs(range.high));
-    if (!(range.high - range.low > kLeastRange * size)) return Around(range, setting.form);
+    const bool isLinear = setting.form == AxisForm::kLinear;
+    if (!(range.high - range.low > std::max(kLeastRange * size, isLinear ? kLeastAxisSpan : 0.0)))
+        return Around(range, setting.form);
     if (setting.hasRoom) range = WithRoom(range, setting.form);
     AxisRange rounded;
     if (!setting.isFullRange &&

@@ -178,6 +178,12 @@ TEST(Extent, LeavesOutGapsAndTellsTheLeastAboveZero) {
     EXPECT_EQ(all.lowAboveZero, 2.0);
     EXPECT_EQ(ExtentOfX(SamplesOf(y)).low, 1.0);
     EXPECT_TRUE(ExtentOfY(SamplesOf(y), {-5.0, -1.0}).IsEmpty());
+    // Between samples it is that of the line, which a gap has none of.
+    const CurveExtent between = ExtentOfY(SamplesOf(y), {3.2, 3.6});
+    EXPECT_EQ(between.low, 2.0);
+    EXPECT_EQ(between.high, 5.0);
+    EXPECT_TRUE(ExtentOfY(SamplesOf(y), {1.2, 1.8}).IsEmpty());
+    EXPECT_TRUE(ExtentOfY(SamplesOf(y), {5.5, 9.0}).IsEmpty());
     CurveExtent joined;
     joined.Include({-2.0, -1.0, 0.0});
     joined.Include({3.0, 4.0, 3.0});

@@ -173,6 +173,7 @@ TEST_F(TestGraph, FitsItsBoundsToDataOfAnySort) {
         {{kNaN}, AxisForm::kLogarithmic},     {{-1.0, 0.0}, AxisForm::kLogarithmic},
         {{3.0}, AxisForm::kLogarithmic},      {{1e-300, 1e300}, AxisForm::kLogarithmic},
         {{-1e308, 1e308}, AxisForm::kLinear}, {{1.0, 1.0 + 1e-15}, AxisForm::kLinear},
+        {{0.0, 1e-310}, AxisForm::kLinear},
     };
     for (const auto& [values, form] : cases) {
         content.series.assign(5, {values.data(), nullptr, std::ssize(values)});
@@ -183,6 +184,9 @@ TEST_F(TestGraph, FitsItsBoundsToDataOfAnySort) {
         EXPECT_LT(chart.x.bounds.low, chart.x.bounds.high) << values[0];
         if (form == AxisForm::kLogarithmic) {
             EXPECT_GT(chart.y.bounds.low, 0.0) << values[0];
+        }
+        if (!std::isinf(chart.y.bounds.high - chart.y.bounds.low)) {
+            EXPECT_NE(AxisMapping::Between(chart.y.bounds, 0.0, 400.0, form).scale, 0.0) << values[0];
         }
         const std::vector<std::wstring> texts = Drawn().Texts();
         EXPECT_THAT(texts, Contains(L"ch1 / a"));
