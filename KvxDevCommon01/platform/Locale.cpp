@@ -83,12 +83,15 @@ std::optional<wchar_t> HostSign(const char* locale) {
 
 }  // namespace
 
+std::optional<wchar_t> FindDecimalSign(const char* locale) {
+    if (locale == nullptr || *locale == '\0') return std::nullopt;
+    const std::optional<wchar_t> known = KnownSign(locale);
+    return known ? known : HostSign(locale);
+}
+
 wchar_t DecimalSign(const char* locale) {
-    if (locale != nullptr && *locale != '\0') {
-        if (const std::optional<wchar_t> sign = KnownSign(locale)) return *sign;
-        if (const std::optional<wchar_t> sign = HostSign(locale)) return *sign;
-    }
-    return SignOf(::nl_langinfo(RADIXCHAR));
+    const std::optional<wchar_t> sign = FindDecimalSign(locale);
+    return sign ? *sign : SignOf(::nl_langinfo(RADIXCHAR));
 }
 
 }  // namespace kvx

@@ -4,6 +4,8 @@
 // from any thread as long as no other one changes the program's locale.
 #pragma once
 
+#include <optional>
+
 #include <KvxDevCommon01/Export.h>
 
 namespace kvx {
@@ -13,5 +15,8 @@ namespace kvx {
 /// every host, others where the host has them. Null, an empty or an unknown name: that of the calling
 /// thread's current locale, "." unless the program has chosen another.
 KVX_API wchar_t DecimalSign(const char* locale);
+
+/// The same; no value for null, an empty and an unknown name.
+KVX_API std::optional<wchar_t> FindDecimalSign(const char* locale);
 
 }  // namespace kvx

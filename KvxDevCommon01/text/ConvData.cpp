@@ -220,6 +220,10 @@ int CConvData::StrToIntW(const wchar_t* text) {
     return static_cast<int>(negative ? -magnitude : magnitude);
 }
 
+bool kvx::IsNumberFormat(std::wstring_view format) {
+    return ParseFormat(format).has_value();
+}
+
 int CConvData::ValToStr(double value, CString* text, const wchar_t* format, const char* locale) {
     if (text == nullptr) return 0;
     const Format used = ParseFormat(format != nullptr ? format : L"").value_or(Format{});

@@ -4,8 +4,17 @@
 // locale.
 #pragma once
 
+#include <string_view>
+
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/platform/Text.h>
+
+namespace kvx {
+
+/// Whether CConvData::ValToStr takes the format as it is, so that it does not count as "%.7g".
+KVX_API bool IsNumberFormat(std::wstring_view format);
+
+}  // namespace kvx
 
 class KVX_API CConvData {
 public:

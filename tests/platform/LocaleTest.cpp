@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <optional>
 #include <string>
 
 namespace {
@@ -28,7 +29,10 @@ TEST(Locale, TheSuitesLanguagesHaveTheirDecimalSignOnEveryHost) {
         {"C", L'.'},
         {"POSIX", L'.'},
     };
-    for (const auto& [name, sign] : cases) EXPECT_EQ(kvx::DecimalSign(name), sign) << name;
+    for (const auto& [name, sign] : cases) {
+        EXPECT_EQ(kvx::DecimalSign(name), sign) << name;
+        EXPECT_EQ(kvx::FindDecimalSign(name), sign) << name;
+    }
 }
 
 TEST(Locale, WithoutAKnownNameTheCurrentLocaleDecidesAndStays) {
@@ -37,6 +41,7 @@ TEST(Locale, WithoutAKnownNameTheCurrentLocaleDecidesAndStays) {
     for (const char* name :
          {static_cast<const char*>(nullptr), "", "den_DE", "germanium", "no such locale"}) {
         EXPECT_EQ(kvx::DecimalSign(name), current);
+        EXPECT_EQ(kvx::FindDecimalSign(name), std::nullopt);
     }
     EXPECT_EQ(kvx::DecimalSign(std::string(100000, 'x').c_str()), current);
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);

@@ -111,7 +111,10 @@ TEST(ValToStr, WhatIsNoFormatOfOneValueIsTheDefault) {
         L"%hf", L"%1$f", L"%'f",
         L"%101f", L"%.101f", L"%999999999f", L"%.4294967297f", L"%99999999999999999999f"};
     // clang-format on
-    for (const wchar_t* format : formats) EXPECT_EQ(Text(1.25, format), "1.25") << kvx::ToUtf8(format);
+    for (const wchar_t* format : formats) {
+        EXPECT_EQ(Text(1.25, format), "1.25") << kvx::ToUtf8(format);
+        EXPECT_FALSE(kvx::IsNumberFormat(format)) << kvx::ToUtf8(format);
+    }
 }
 
 // What the host's printf says, in the "C" locale in which every test program starts, but without the sign of
@@ -140,6 +143,7 @@ TEST(ValToStr, EveryConversionSaysWhatTheHostsPrintfSays) {
             for (const char style : std::string("efgaEFGA")) {
                 const std::string format = start + size + style;
                 const std::wstring wide(format.begin(), format.end());
+                ASSERT_TRUE(kvx::IsNumberFormat(wide)) << format;
                 for (const double value : values)
                     ASSERT_EQ(Text(value, wide.c_str()), HostText(value, format)) << format;
             }
