@@ -2,10 +2,13 @@
 #include "Command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <type_traits>
 #include <utility>
+
+#include "Options.h"
 
 namespace kvx::tool {
 
@@ -30,7 +33,12 @@ Option& Option::Check(const Complaint& complaint) {
 }
 
 Option& Option::OneOf(const std::vector<std::string>& values) {
-    option_->check(CLI::IsMember(values));
+    const auto complain = [values](const std::string& text) {
+        return std::ranges::find(values, text) != values.end() ? std::string() : NoSuchName(text, values);
+    };
+    std::string list = "{";
+    for (const std::string& value : values) list += (list.size() > 1 ? "," : "") + value;
+    option_->check(CLI::Validator(complain, list + "}"));
     return *this;
 }
 

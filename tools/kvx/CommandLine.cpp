@@ -10,12 +10,14 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <vector>
 
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/FileException.h>
 
 #include "Commands.h"
 #include "Failure.h"
+#include "NearNames.h"
 #include "Output.h"
 #include "StopRequest.h"
 
@@ -52,6 +54,38 @@ int ReportUsage(const CLI::App& app, std::string complaint, ExitStatus status) {
     return Report(complaint + "; see 'kvx" + command + " --help'", status);
 }
 
+std::vector<std::string> CommandNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    return names;
+}
+
+/// What is wrong with the arguments that no option of the command has taken; empty when there are none.
+std::string ExplainExtras(const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    const CLI::App& command = commands.empty() ? app : *commands.front();
+    const std::vector<std::string> extras = app.remaining(true);
+    for (const std::string& extra : extras) {
+        if (extra.size() < 2 || !extra.starts_with('-')) continue;
+        const std::string name = extra.substr(0, extra.find('='));
+        std::vector<std::string> options;
+        for (const CLI::Option* option : command.get_options()) {
+            for (const std::string& known : option->get_lnames()) options.push_back("--" + known);
+        }
+        return "there is no option " + Quote(name) + DidYouMean(name, options);
+    }
+    if (extras.empty()) return {};
+    // The name of a command within the command was taken for a value of it.
+    for (const CLI::Option* option : command.get_options()) {
+        if (!option->get_positional() || option->count() == 0) continue;
+        const std::string& value = option->results().front();
+        const std::string near = DidYouMean(value, CommandNames(command));
+        if (!near.empty()) return "there is no command " + Quote(command.get_name() + " " + value) + near;
+    }
+    return "the argument " + Quote(extras.front()) + " is one too many";
+}
+
 /// The parser would only say that something was not expected.
 void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
     if (argc < 2) throw UsageError("a command is missing");
@@ -59,7 +93,7 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
     const auto named =
         app.get_subcommands([&](const CLI::App* command) { return command->check_name(first); });
     if (!first.starts_with('-') && named.empty()) {
-        throw UsageError("there is no command " + Quote(first));
+        throw UsageError("there is no command " + Quote(first) + DidYouMean(first, CommandNames(app)));
     }
 }
 
@@ -100,7 +134,9 @@ int RunCommandLine(int argc, const char* const* argv) {
     } catch (const ValueError& error) {
         return ReportUsage(app, error.what(), kFailed);
     } catch (const CLI::ParseError& error) {
-        return ReportUsage(app, error.what(), kWrongUsage);
+        // An unknown option comes before one that is missing, which its value may have been meant for.
+        const std::string extras = ExplainExtras(app);
+        return ReportUsage(app, extras.empty() ? error.what() : extras, kWrongUsage);
     } catch (const UsageError& error) {
         return ReportUsage(app, error.what(), kWrongUsage);
     } catch (const Failure& failure) {

@@ -11,6 +11,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 
 #include "Format.h"
+#include "NearNames.h"
 
 namespace kvx::tool {
 namespace {
@@ -59,6 +60,17 @@ Complaint WholeNumber(std::int64_t least, std::int64_t most) {
 
 Complaint FiniteNumber() {
     return NumberCheck("a number", [](double v) { return std::isfinite(v); });
+}
+
+std::string JoinList(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+std::string NoSuchName(std::string_view name, const std::vector<std::string>& names) {
+    const std::string near = DidYouMean(name, names);
+    return "there is no " + Quote(name) + (near.empty() ? ", only " + JoinList(names) : near);
 }
 
 double ParseArgument(std::string_view text) {

@@ -21,12 +21,22 @@ Complaint NonNegativeNumber();
 Complaint FiniteNumber();
 Complaint WholeNumber(std::int64_t least, std::int64_t most);
 
-/// The names of a table's rows: "hold, zeros, periodic".
+/// "hold, zeros, periodic"
+std::string JoinList(const std::vector<std::string>& names);
+
+/// "there is no 'hol' (did you mean 'hold'?)", or with all names where none is near.
+std::string NoSuchName(std::string_view name, const std::vector<std::string>& names);
+
+/// The names of a table's rows, as a list or as text: "hold, zeros, periodic".
+template <std::ranges::range Table>
+std::vector<std::string> NameList(const Table& table) {
+    std::vector<std::string> names;
+    for (const auto& row : table) names.emplace_back(row.name);
+    return names;
+}
 template <std::ranges::range Table>
 std::string Names(const Table& table) {
-    std::string names;
-    for (const auto& row : table) names += (names.empty() ? "" : ", ") + std::string(row.name);
-    return names;
+    return JoinList(NameList(table));
 }
 
 /// The row of that name; throws ValueError naming `option` when there is none.
@@ -34,7 +44,7 @@ template <std::ranges::range Table>
 const auto& Choose(const Table& table, const std::string& option, const std::string& name) {
     const auto found = std::ranges::find(table, name, [](const auto& row) { return row.name; });
     if (found == std::ranges::end(table)) {
-        throw ValueError(option + ": there is no " + Quote(name) + ", only " + Names(table));
+        throw ValueError(option + ": " + NoSuchName(name, NameList(table)));
     }
     return *found;
 }

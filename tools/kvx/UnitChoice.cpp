@@ -3,9 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cwctype>
-#include <numeric>
-#include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/platform/Text.h>
@@ -13,11 +10,10 @@
 #include <KvxDevCommon01/units/UnitText.h>
 
 #include "Failure.h"
+#include "NearNames.h"
 
 namespace kvx::tool {
 namespace {
-
-constexpr std::size_t kSuggestions = 3;
 
 struct DimensionName {
     CUnitCtrl::DIM_CODE code;
@@ -74,23 +70,8 @@ constexpr std::array kSuffixNames = {
 };
 constexpr std::string_view kUsual = "usual";
 
-/// Number of single-character changes between two texts, case changes not counted.
-std::size_t EditDistance(std::wstring_view a, std::wstring_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const auto lower = [](wchar_t c) { return std::towlower(static_cast<std::wint_t>(c)); };
-            const std::size_t replaced = diagonal + (lower(a[i]) == lower(b[j]) ? 0 : 1);
-            diagonal = std::exchange(row[j + 1], std::min({replaced, row[j] + 1, row[j + 1] + 1}));
-        }
-    }
-    return row.back();
-}
-
-std::vector<std::wstring> AllUnitNames() {
-    std::vector<std::wstring> names;
+std::vector<std::string> AllUnitNames() {
+    std::vector<std::string> names;
     CItemInfoList dimensions;
     CUnitCtrl::GetDimList(0, &dimensions);
     CItemInfo item;
@@ -98,26 +79,11 @@ std::vector<std::wstring> AllUnitNames() {
         CItemInfoList units;
         CUnitCtrl::GetUnitListByDimCode(static_cast<CUnitCtrl::DIM_CODE>(item.GetCode()), &units);
         for (__int64 u = 0; units.GetItem(u, &item); ++u) {
-            names.push_back(PlainUnitName(SingleUnit(static_cast<CUnitCtrl::UNIT_CODE>(item.GetCode()))));
+            const auto code = static_cast<CUnitCtrl::UNIT_CODE>(item.GetCode());
+            names.push_back(ToUtf8(PlainUnitName(SingleUnit(code))));
         }
     }
     return names;
-}
-
-/// " (did you mean 'm/s2' or 'mm/s'?)", or nothing when no name is near.
-std::string Suggestion(std::wstring_view text) {
-    const std::size_t limit = text.size() < 4 ? 1 : 2;
-    std::vector<std::pair<std::size_t, std::wstring>> near;
-    for (std::wstring& name : AllUnitNames()) {
-        const std::size_t distance = EditDistance(text, name);
-        if (distance <= limit && distance < name.size()) near.emplace_back(distance, std::move(name));
-    }
-    std::ranges::sort(near);
-    near.erase(std::unique(near.begin(), near.end()), near.end());
-    if (near.size() > kSuggestions) near.resize(kSuggestions);
-    std::string list;
-    for (const auto& [distance, name] : near) list += (list.empty() ? "" : " or ") + Quote(name);
-    return list.empty() ? " that 'kvx units' lists" : " (did you mean " + list + "?)";
 }
 
 /// The brackets that end `text`: the position of the one that opens them, npos when there are none.
@@ -157,7 +123,8 @@ CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> 
     const std::optional<std::wstring> wide = FromUtf8(text);
     if (!wide) throw ValueError(Quote(text) + " is not a unit: it is not valid UTF-8");
     if (const std::optional<CUnitCtrl> unit = ParseUnit(*wide, hint)) return *unit;
-    throw ValueError(Quote(text) + " is not a unit" + Suggestion(*wide));
+    const std::string near = DidYouMean(text, AllUnitNames());
+    throw ValueError(Quote(text) + " is not a unit" + (near.empty() ? " that 'kvx units' lists" : near));
 }
 
 std::string UnitText(const CUnitCtrl& unit) {
