@@ -96,9 +96,15 @@ TEST_P(WrongUse, IsToldInOneSentenceAndLeavesNothingBehind) {
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx", 2, "a command is missing; see 'kvx --help'"},
-    WrongCase{"kvx imprt a.csv", 2, "there is no command 'imprt'; see 'kvx --help'"},
+    WrongCase{"kvx nonsense a.csv", 2, "there is no command 'nonsense'; see 'kvx --help'"},
+    WrongCase{"kvx imprt a.csv", 2, "there is no command 'imprt' (did you mean 'import'?); see 'kvx --help'"},
+    WrongCase{"kvx units convrt 1 g m/s2", 2, "there is no command 'units convrt' (did you mean 'convert'?); see"},
+    WrongCase{"kvx --versoin", 2, "there is no option '--versoin' (did you mean '--version'?); see 'kvx --help'"},
+    WrongCase{"kvx plot --nonsense", 2, "there is no option '--nonsense'; see 'kvx plot --help'"},
+    WrongCase{"kvx plot a.vdf2 --dip=3", 2, "there is no option '--dip' (did you mean '--dpi'?); see"},
+    WrongCase{"kvx info a.vdf2 b.vdf2", 2, "the argument 'b.vdf2' is one too many; see 'kvx info --help'"},
     WrongCase{"kvx info", 2, "FILE is required; see 'kvx info --help'"},
-    WrongCase{"kvx info a.vdf2 --jsn", 2, "The following argument was not expected: --jsn"},
+    WrongCase{"kvx info a.vdf2 --jsn", 2, "there is no option '--jsn' (did you mean '--json'?)"},
     WrongCase{"kvx import bad.csv -o x.vdf2", 1, "cannot import 'bad.csv': line 3, column 2: 'abc' is not a number\n"},
     WrongCase{"kvx import none.csv -o x.vdf2", 1, "cannot import 'none.csv': the file does not exist\n"},
     WrongCase{"kvx import dir -o x.vdf2", 1, "cannot import 'dir': it is a folder\n"},
@@ -137,6 +143,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx spectrum a.vdf2 --block 4 --start 1", 2, "--start chooses the block of --complex"},
     WrongCase{"kvx spectrum a.vdf2 --block 4 --start 1 --complex", 1, "cannot analyse 'a.vdf2': no full block is left"},
     WrongCase{"kvx psd a.vdf2 --block 4 --to 0.5 --cutoff 1", 1, "cannot analyse 'a.vdf2': no line of the band, which ends at 0 Hz"},
+    WrongCase{"kvx psd a.vdf2 --block 4 --window han", 1, "--window: there is no 'han' (did you mean 'hann'?); see"},
     WrongCase{"kvx xfr a.vdf2 --block 4", 1, "cannot analyse 'a.vdf2': it has no channel but the reference\n"},
     WrongCase{"kvx xfr a.vdf2 --block 4 --response 1", 1, "cannot analyse 'a.vdf2': channel 'a' is the reference, not a response\n"},
     WrongCase{"kvx xfr a.vdf2 --block 4 --at 1.5", 1, "cannot analyse 'a.vdf2': its last line is at 1 Hz, not at 1.5 Hz\n"},
@@ -147,20 +154,25 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx plot a.vdf2 -o none/x.svg", 1, "cannot write 'none/x.svg': its folder does not exist\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --size 0x9", 1, "cannot write 'x.svg': the picture would be too small or too large\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --size big", 1, "--size: 'big' is no size such as 800x500"},
-    WrongCase{"kvx plot a.vdf2 -o x.svg --unit N", 1, "cannot draw 'a.vdf2': nothing of it converts to 'N'\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --unit N", 1, "cannot draw 'a.vdf2': no channel has a unit that converts to 'N'\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --x 2,1", 1, "--x: 2 is not below 1"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --x 1", 1, "--x: '1' is not FROM,TO"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --y 1,", 1, "--y needs both bounds"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --y 0,1 --y-scale log", 1, "--y: a logarithmic axis needs bounds above 0"},
-    WrongCase{"kvx plot a.vdf2 -o x.svg --x 9,", 1, "cannot draw 'a.vdf2': nothing of it lies within the bounds\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --x 9,", 1,
+              "cannot draw 'a.vdf2': --x shows none of its samples, which reach from 0 s to 0.75 s\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --show nyqist", 1, "--show: there is no 'nyqist' (did you mean 'nyquist'?)"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --profile profile.txt", 1, "cannot draw 'profile.txt': no density to be drawn is of its unit\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --settings a.csv", 1, "cannot read 'a.csv': it holds no graph settings\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --settings none", 1, "cannot read 'none': the file does not exist\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings none/x", 1, "cannot write 'none/x': it cannot be written\n"},
     WrongCase{"kvx spectrogram a.vdf2 -o x.svg", 1, "cannot analyse 'a.vdf2': a block of 1024 is more than its 4 samples"},
     WrongCase{"kvx spectrogram a.vdf2 -o x.svg --waterfall --slices 300", 1, "--slices: at most 255 slices can be drawn"},
-    WrongCase{"kvx spectrogram a.vdf2 -o x.svg --block 4 --unit N", 1, "cannot analyse 'a.vdf2': nothing of it converts to 'N'\n"},
+    WrongCase{"kvx spectrogram a.vdf2 -o x.svg --block 4 --unit N", 1, "cannot analyse 'a.vdf2': no channel has a unit that converts to 'N'\n"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2", 2, "one of --lowpass, --highpass, --butterworth, --fir and --fir-set is required"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --highpass 1.5", 1, "--lowpass 1 lies below --highpass 1.5, which leaves no"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --butterworth hp 2 1.5 --butterworth lp 2 1", 1,
+              "--butterworth: the low-pass at 1 Hz lies below the high-pass at 1.5 Hz, which leaves no band"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --q 2", 2, "--q is for --kind second"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --order 2.5", 1, "--order: 2.5 is not a whole number from 1 to 16"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --kind iir", 1, "--kind: there is no 'iir', only first, "},
@@ -228,6 +240,10 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx units convert one g kg", 1, "'one' is not a number"},
     WrongCase{"kvx show-value 1 g --in mm", 1, "'g' does not convert to 'mm': they are of different dimensions\n"},
     WrongCase{"kvx show-value 1 g --suffix peak", 1, "--suffix: there is no suffix 'peak', only none, 0-p, p-p, rms"},
+    WrongCase{"kvx show-value 1 g --format %d", 1, "--format: '%d' is not a format of one number, such as %.2f,"},
+    WrongCase{"kvx show-value 50 Hz --format %g%n", 1, "--format: '%g%n' is not a format of one number"},
+    WrongCase{"kvx show-value 1 g --locale xx_YY", 1, "--locale: there is no locale 'xx_YY' on this host; see"},
+    WrongCase{"kvx show-value 1 g --difference", 1, "--difference is for temperatures, and 'g' is not one; see"},
     WrongCase{"kvx show-value 1 g --format $(printf '\\377')", 1, "--format: '\\xFF' is not valid UTF-8"},
     WrongCase{"kvx kinds nonsense", 1, "no file kind matches 'nonsense'\n"}));
 // clang-format on
@@ -430,7 +446,7 @@ TEST(ShowValue, ShowsAnAmplitudeInTheUnitsOfItsDimension) {
               "  2000  mm/s p-p\n     2  m/s p-p\n");
     EXPECT_EQ(RunWell(folder, "kvx show-value 0.5 mm --suffix usual --in mm"), "  1  mm p-p\n");
     EXPECT_EQ(RunWell(folder, "kvx show-value 50 Hz --in Hz"), "  50.00  Hz\n");
-    EXPECT_EQ(RunWell(folder, "kvx show-value 50 Hz --in Hz --format %g%n"), "  50  Hz\n");
+    EXPECT_EQ(RunWell(folder, "kvx show-value 50 Hz --in Hz --format '%g (%%)'"), "  50 (%)  Hz\n");
     EXPECT_EQ(RunWell(folder, "kvx show-value -40 degC --in degF"), "  -40  ﾟF\n");
     EXPECT_EQ(RunWell(folder, "kvx show-value 20 degC --in degC --difference --locale ru_RU --format %.1f"),
               "  20,0  ﾟC\n");

@@ -4,8 +4,11 @@
 // reaches it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "ToolRun.h"
 
@@ -86,6 +89,7 @@ TEST_F(Plot, ShowsEveryChoiceAndTheSameTwice) {
         "plot wave.vdf2",
         "plot wave.vdf2 --record 1",
         "plot wave.vdf2 --record 1 --suffix p-p",
+        "plot wave.vdf2 --x 0.0101,0.0104",  // between two samples
         "plot spectrum.vdf2",
         "plot xfr.vdf2",
         "plot xfr.vdf2 --show phase",
@@ -104,7 +108,96 @@ TEST_F(Plot, ShowsEveryChoiceAndTheSameTwice) {
         EXPECT_TRUE(pictures.insert(picture).second) << "nothing differs: " << command;
     }
     EXPECT_TRUE(pictures.contains(Picture("plot psd.vdf2 --unit g2/Hz --x-scale log")));
-    EXPECT_TRUE(pictures.contains(Picture("plot wave.vdf2 --record 1 --show magnitude")));
+}
+
+TEST_F(Plot, DrawsALinearAxisToABoundThatIsNotAboveZero) {
+    for (const char* bounds : {" --x 0,300", " --x -10,", " --y 0,1e-3", " --y -1,1"}) {
+        const std::string axis(bounds, 4);
+        EXPECT_TRUE(Picture(std::string("plot psd.vdf2") + bounds) ==
+                    Picture(std::string("plot psd.vdf2") + bounds + axis + "-scale linear"))
+            << bounds;
+    }
+}
+
+TEST_F(Plot, DrawsOfALocusTheLinesInTheBandOfX) {
+    // Lines 2 Hz apart; the path of the curve is "M x y" and then "L x y" for every other line.
+    const auto linesOf = [](const std::string& options) {
+        const std::string svg = Picture("plot xfr.vdf2 --record 1 --channels 1 --show nyquist" + options);
+        const std::size_t path = svg.find(" d=", svg.find("stroke-width:1;"));
+        return 1 + std::count(svg.begin() + static_cast<std::ptrdiff_t>(path),
+                              svg.begin() + static_cast<std::ptrdiff_t>(svg.find("/>", path)), 'L');
+    };
+    EXPECT_EQ(linesOf(" --x 10,20"), 6);
+    EXPECT_EQ(linesOf(" --x 9.5,20.5"), 6);
+    EXPECT_EQ(linesOf(" --x 508,"), 2);
+    EXPECT_EQ(linesOf(" --x -1,9999"), linesOf(""));
+}
+
+TEST_F(Plot, TellsWhatItCannotShow) {
+    RunWell(*folder_,
+            "set -e\nprintf 'a [V],b [A]\\n1e308,-1\\n-1e308,-2\\n' > huge.csv\n"
+            "kvx import huge.csv -o huge.vdf2 --rate 1 > /dev/null");
+    const struct {
+        const char* command;
+        const char* sentence;
+    } cases[] = {
+        {"plot wave.vdf2 --x 20,30",
+         "draw 'wave.vdf2': --x shows none of its samples, which reach from 0 s to 7.99902 s"},
+        {"plot psd.vdf2 --x 2000,3000",
+         "draw 'psd.vdf2': --x shows none of its samples, which reach from 1 Hz to 511 Hz"},
+        {"plot psd.vdf2 --x ,0.5",
+         "draw 'psd.vdf2': --x shows none of its samples, which reach from 1 Hz to 511 Hz"},
+        {"plot psd.vdf2 --y 1,2", "draw 'psd.vdf2': --y shows none of its values, which reach from "},
+        {"plot wave.vdf2 --y -5,-4", "draw 'wave.vdf2': --y shows none of its values, which reach from "},
+        {"plot huge.vdf2 --y-scale log --record 2",
+         "draw 'huge.vdf2': --y-scale log: it has no value above 0"},
+        {"plot huge.vdf2", "draw 'huge.vdf2': no axis can reach from -1e+308 to 1e+308"},
+        {"plot wave.vdf2 --show nyquist",
+         "draw 'wave.vdf2': --show nyquist is for complex lines, which no channel has"},
+        {"plot psd.vdf2 --show phase",
+         "draw 'psd.vdf2': --show phase is for complex lines, which no channel has"},
+        {"plot xfr.vdf2 --record 1 --show bars",
+         "draw 'xfr.vdf2': --show bars is for real values, which no channel has"},
+        {"plot xfr.vdf2 --show nyquist --x 1e4,",
+         "draw 'xfr.vdf2': --x shows none of its samples, which reach from 2 Hz"},
+        {"plot xfr.vdf2 --show nyquist --x-scale log",
+         "draw 'xfr.vdf2': --x-scale log: the axes of a locus are linear"},
+        {"plot psd.vdf2 --suffix p-p", "draw 'psd.vdf2': --suffix is for amplitudes, which no channel has"},
+        {"spectrogram wave.vdf2 --x 600,",
+         "analyse 'wave.vdf2': --x shows none of its samples, which reach from 1 Hz"},
+        {"spectrogram wave.vdf2 --y 100,200",
+         "analyse 'wave.vdf2': --y shows none of the levels of channel 'top'"},
+        {"spectrogram huge.vdf2 --block 2",
+         "analyse 'huge.vdf2': the squares of channel 'a' leave the range of numbers"},
+    };
+    for (const auto& [command, sentence] : cases) {
+        const ToolResult result = RunShell(*folder_, std::string("kvx ") + command + " -o none.svg");
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_EQ(result.err.rfind(std::string("kvx: cannot ") + sentence, 0), 0U) << result.err;
+        EXPECT_FALSE(std::filesystem::exists(*folder_ / "none.svg")) << command;
+    }
+    EXPECT_EQ(RunShell(*folder_, "kvx psd wave.vdf2 --channels force --cutoff 5").err,
+              "kvx: cannot analyse 'wave.vdf2': --cutoff is for the motion of accelerations, which no "
+              "channel is\n");
+}
+
+TEST_F(Plot, ShowsDataOfAnySort) {
+    RunWell(*folder_,
+            "set -e\nawk 'BEGIN { for (i = 0; i < 2048; ++i) print \"0 7 \" i % 2 \"e-310\" }' > flat.txt\n"
+            "kvx import flat.txt -o flat.vdf2 --rate 1024 > /dev/null\n"
+            "kvx psd flat.vdf2 -o flat-psd.vdf2 > /dev/null\n"
+            "echo 5 > one.txt; kvx import one.txt -o one.vdf2 --rate 1 > /dev/null");
+    for (const char* command :
+         {"plot flat.vdf2 --channels 1", "plot flat.vdf2 --channels 3", "plot flat-psd.vdf2 --channels 1",
+          "plot one.vdf2", "plot one.vdf2 --show bars", "spectrogram flat.vdf2 --channels 1",
+          "spectrogram flat.vdf2 --waterfall"}) {
+        const std::string svg = Picture(command);
+        int letters = 0;  // those of the numbers tell that there are axes
+        for (std::size_t at = 0; (at = svg.find("<use ", at)) != std::string::npos; ++at) ++letters;
+        EXPECT_GT(letters, 50) << command;
+    }
+    EXPECT_TRUE(Picture("plot flat-psd.vdf2 --channels 1") ==
+                Picture("plot flat-psd.vdf2 --channels 1 --y-scale linear"));
 }
 
 TEST_F(Plot, TellsCoherencesFromSpectraWithoutAUnit) {

@@ -251,6 +251,11 @@ void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteS
             records.push_back(std::move(analysed.lines));
             reports.push_back(std::move(analysed.report));
         }
+        const auto hasMotion = [](const RecordReport& report) {
+            return std::ranges::any_of(report.channels, [](const auto& channel) { return !!channel.motion; });
+        };
+        if (options.cutoffHz > 0.0 && std::ranges::none_of(reports, hasMotion))
+            throw Reason("--cutoff is for the motion of accelerations, which no channel is");
     });
     if (!options.output.empty()) {
         Doing("write", options.output, [&] { StoreDataFile(options.output, text, std::move(records)); });

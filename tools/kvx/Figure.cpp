@@ -7,13 +7,16 @@
 #include <cwctype>
 #include <new>
 #include <numeric>
+#include <tuple>
 #include <utility>
 
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/graph/PaneLayout.h>
+#include <KvxDevCommon01/graph/VisibleRange.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <plot/CanvasRegion.h>
 #include <plot/DepthGraph.h>
+#include <plot/GraphCharts.h>
 
 #include "Failure.h"
 #include "Format.h"
@@ -49,11 +52,6 @@ bool IsPerHertz(const CUnitCtrl& unit) {
     return false;
 }
 
-/// Whether the kind draws parts of complex values.
-bool IsForComplex(Param::GRAPH_KIND kind) {
-    return kind >= Param::GRAPH_MAGNITUDE && kind <= Param::GRAPH_NYQUIST;
-}
-
 Param::GRAPH_KIND GraphKindOf(Param::DATA_KIND data, const FigureChoice& choice) {
     const bool isComplex = data == Param::DATA_TRANSFER || data == Param::DATA_COMPLEX_SPECTRUM;
     if (choice.graphKind && IsForComplex(*choice.graphKind) == isComplex) return *choice.graphKind;
@@ -65,6 +63,20 @@ bool IsSigned(const Param& param) {
     const Param::GRAPH_KIND kind = param.m_cells.graphKind;
     return param.m_cells.dataKind == Param::DATA_WAVEFORM ||
            (IsForComplex(kind) && kind != Param::GRAPH_MAGNITUDE && kind != Param::GRAPH_MAGNITUDE_PHASE);
+}
+
+/// Whether a logarithmic axis shows any of the values.
+bool HasLevels(const Figure& figure) {
+    const __int64 first = figure.param.m_x.option == Param::X_WITHOUT_FIRST ? 1 : 0;
+    const bool isMagnitude = IsForComplex(figure.param.m_cells.graphKind);
+    return std::ranges::any_of(figure.content.series, [&](const plot::GraphSeries& series) {
+        for (__int64 i = first; i < series.count; ++i) {
+            if (series.real[i] > 0.0) return true;
+            if (!isMagnitude || series.real[i] == kNoValue<double>) continue;
+            if (series.real[i] < 0.0 || series.imaginary[i] != 0.0) return true;
+        }
+        return false;
+    });
 }
 
 /// What stands at the axis of the values: "Power spectral density", "Acceleration".
@@ -111,10 +123,36 @@ void SetAxis(Param& param, const CComDataBase& record) {
 
 /// Values of an amplitude spectrum are peaks; those of other records have no customary word.
 CValConv::UNIT_SUFFIX SuffixOf(const Param& param, const FigureChoice& choice) {
+    if (!HasAmplitudes(param)) return CValConv::SUFFIX_NONE;
     if (choice.suffix) return RequireSuffix(*choice.suffix, param.m_units.y);
     const bool isAmplitude = param.m_cells.dataKind == Param::DATA_SPECTRUM;
     return isAmplitude && param.m_units.y.IsAccOrVelOrDisp() ? CValConv::SUFFIX_ZERO_TO_PEAK
                                                              : CValConv::SUFFIX_NONE;
+}
+
+/// The first and last X that are drawn; on a logarithmic axis those above 0. X ascends.
+AxisRange ReachOfX(const Param& param, bool isLogarithmic) {
+    const __int64 last = param.m_x.num - 1;
+    __int64 first = param.m_x.option == Param::X_WITHOUT_FIRST ? 1 : 0;
+    while (isLogarithmic && first < last && param.GetXValue(first) <= 0.0) ++first;
+    return {param.GetXValue(first), param.GetXValue(last)};
+}
+
+[[noreturn]] void RefuseBoundsOfX(const Param& param) {
+    const AxisRange reach = ReachOfX(param, false);
+    const std::string unit = " " + UnitText(param.m_units.x);
+    throw Reason("--x shows none of its samples, which reach from " + FormatNumber(reach.low) + unit +
+                 " to " + FormatNumber(reach.high) + unit);
+}
+
+/// The samples whose X lies within the bounds; throws Reason when there is none.
+IndexRange SamplesWithin(const Param& param, const AxisBounds& bounds) {
+    __int64 first = 0;
+    __int64 end = param.m_x.num;
+    while (bounds.low && first < end && param.GetXValue(first) < *bounds.low) ++first;
+    while (bounds.high && first < end && param.GetXValue(end - 1) > *bounds.high) --end;
+    if (first == end) RefuseBoundsOfX(param);
+    return {first, end - first};
 }
 
 /// Draws a title over the top of the canvas and returns where it ends.
@@ -186,6 +224,16 @@ Param::DATA_KIND DataKindOf(const CComDataBase& record) {
     return isCoherence ? Param::DATA_COHERENCE : Param::DATA_SPECTRUM;
 }
 
+bool HasAmplitudes(const Param& param) {
+    const Param::DATA_KIND kind = param.m_cells.dataKind;
+    return kind == Param::DATA_WAVEFORM || kind == Param::DATA_SPECTRUM ||
+           kind == Param::DATA_COMPLEX_SPECTRUM;
+}
+
+bool IsForComplex(Param::GRAPH_KIND kind) {
+    return kind >= Param::GRAPH_MAGNITUDE && kind <= Param::GRAPH_NYQUIST;
+}
+
 Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channels,
                   const FigureChoice& choice) {
     const __int64 count = std::ssize(channels);
@@ -210,6 +258,8 @@ Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channe
     param.m_frame.legend = choice.paneMode == Param::PANE_SINGLE;
     param.m_series.num = count;
     if (!param.m_lines.CreateInfo(count)) throw std::bad_alloc();
+    const bool isLocus = param.m_cells.graphKind == Param::GRAPH_NYQUIST;
+    const IndexRange drawn = SamplesWithin(param, isLocus ? choice.x : AxisBounds());
     for (__int64 i = 0; i < count; ++i) {
         const Channel& channel = channels[static_cast<std::size_t>(i)];
         CGraphLineInfo& line = *param.m_lines.GetInfoPtr(i);
@@ -217,48 +267,79 @@ Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channe
         // The colour stays with the channel, whichever are chosen.
         line.m_lColorIndex =
             (channel.row * record.GetNumCol() + channel.column) % CGraphLineInfoList::GetMaxColorNum();
-        figure.content.series.push_back({record.GetReal(channel.row, channel.column),
-                                         record.GetImaginary(channel.row, channel.column), param.m_x.num});
+        const double* const imaginary = record.GetImaginary(channel.row, channel.column);
+        figure.content.series.push_back({record.GetReal(channel.row, channel.column) + drawn.first,
+                                         imaginary != nullptr ? imaginary + drawn.first : nullptr,
+                                         drawn.count});
     }
-    const bool isLocus = param.m_cells.graphKind == Param::GRAPH_NYQUIST;
     figure.content.xName = isLocus ? L"Real part" : IsFrequency(record) ? L"Frequency" : L"Time";
     figure.content.yName = ValueName(param);
     figure.content.lowerName =
         param.m_cells.graphKind == Param::GRAPH_REAL_IMAGINARY ? L"Imaginary part" : L"Phase";
     if (!param.Check()) throw std::bad_alloc();
-
-    const bool isCoherence = param.m_cells.dataKind == Param::DATA_COHERENCE;
-    FigureChoice adapted = choice;
-    if (isCoherence && !choice.y.low) adapted.y = {0.0, 1.0, choice.y.form};
-    ApplyScale(figure, adapted, IsFrequency(record) && !isLocus, !isCoherence && !IsSigned(param));
+    ApplyScale(figure, record, choice);
     return figure;
 }
 
-void ApplyScale(Figure& figure, const FigureChoice& choice, bool suitsLogX, bool suitsLogY) {
+void RequireSomethingSeen(const std::vector<Figure>& figures) {
+    const CGraphInfo settings;
+    bool isSeen = false;
+    std::string why = "it holds no value that can be drawn";
+    for (const Figure& figure : figures) {
+        const plot::GraphCharts charts({&figure.param, &figure.scale, &settings, &figure.content});
+        for (const plot::GraphPane& pane : charts.GetPanes()) {
+            const plot::Chart& chart = pane.charts.front();
+            const AxisRange& bounds = chart.y.bounds;
+            const double span = bounds.high - bounds.low;
+            if (!(span > plot::kLeastAxisSpan && span < plot::kMostAxisSpan)) {
+                throw Reason("no axis can reach from " + FormatNumber(bounds.low) + " to " +
+                             FormatNumber(bounds.high));
+            }
+            for (const plot::ChartCurve& curve : chart.curves) {
+                const plot::CurveExtent reach = plot::ExtentOfY(curve.samples, chart.x.bounds);
+                if (reach.IsEmpty()) continue;
+                isSeen = isSeen || (reach.low <= bounds.high && reach.high >= bounds.low);
+                why = "--y shows none of its values, which reach from " + FormatNumber(reach.low) + " to " +
+                      FormatNumber(reach.high);
+                if (figure.scale.m_bYAuto) why = "--y-scale log: it has no value above 0";
+            }
+        }
+    }
+    if (!isSeen) throw Reason(why);
+}
+
+void ApplyScale(Figure& figure, const CComDataBase& record, const FigureChoice& choice) {
+    const Param& param = figure.param;
+    const bool isLocus = param.m_cells.graphKind == Param::GRAPH_NYQUIST;
+    const bool isCoherence = param.m_cells.dataKind == Param::DATA_COHERENCE;
     const auto isLog = [](const AxisBounds& bounds, bool suits) {
         return bounds.form.value_or(suits ? AxisForm::kLogarithmic : AxisForm::kLinear) ==
                AxisForm::kLogarithmic;
     };
-    const Param& param = figure.param;
     CScaleParam& scale = figure.scale;
     scale.m_eDispType = param.m_z.dispType;
     scale.m_lZNum = param.m_z.num;
-    scale.m_bXLog = isLog(choice.x, suitsLogX);
-    scale.m_bYLog = isLog(choice.y, suitsLogY);
-    scale.m_bXAuto = !choice.x.low && !choice.x.high;
+    scale.m_bXLog = isLog(choice.x, IsFrequency(record) && !isLocus);
+    scale.m_bYLog = isLog(choice.y, !isCoherence && !IsSigned(param) && HasLevels(figure));
+    if (isLocus && scale.m_bXLog) throw Reason("--x-scale log: the axes of a locus are linear");
+    const AxisRange reach = ReachOfX(param, scale.m_bXLog);
+    if (scale.m_bXLog && !(reach.high > 0.0)) throw Reason("--x-scale log: it has no sample above 0");
+    scale.m_bXAuto = isLocus || (!choice.x.low && !choice.x.high);
     if (!scale.m_bXAuto) {
-        const bool skipsFirst = param.m_x.option == Param::X_WITHOUT_FIRST;
-        scale.m_dXMin = choice.x.low.value_or(param.GetXValue(skipsFirst ? 1 : 0));
-        scale.m_dXMax = choice.x.high.value_or(param.GetXValue(param.m_x.num - 1));
+        scale.m_dXMin = choice.x.low.value_or(reach.low);
+        scale.m_dXMax = choice.x.high.value_or(reach.high);
+        if (scale.m_dXMin > reach.high || scale.m_dXMax < reach.low) RefuseBoundsOfX(param);
     }
-    scale.m_bYAuto = !choice.y.low;
+    AxisBounds y = choice.y;
+    if (isCoherence && !y.low && !scale.m_bYLog) y = {0.0, 1.0, {}};
+    scale.m_bYAuto = !y.low;
     if (!scale.m_bYAuto) {
         const CValConv shown(param.m_units.y, param.m_frame.suffix.y);
         const int absolute = param.m_units.y.IsSingle();
-        scale.m_dYMin = shown.ConvItoD(*choice.y.low, absolute);
-        scale.m_dYMax = shown.ConvItoD(*choice.y.high, absolute);
+        std::tie(scale.m_dYMin, scale.m_dYMax) =
+            std::minmax({shown.ConvItoD(*y.low, absolute), shown.ConvItoD(*y.high, absolute)});
     }
-    if (!scale.Check()) throw Reason("nothing of it lies within the bounds");
+    if (!scale.Check()) throw Reason("the bounds cannot be shown");
 }
 
 void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& name) {

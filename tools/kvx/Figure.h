@@ -27,10 +27,10 @@ struct Figure {
 
 /// How records are drawn.
 struct FigureChoice {
-    AxisBounds x;
+    AxisBounds x;  ///< of a locus the range of the lines that are drawn
     AxisBounds y;
     std::optional<CUnitCtrl> unit;                     ///< of the values, where it fits
-    std::optional<std::string> suffix;                 ///< by name, as RequireSuffix takes it
+    std::optional<std::string> suffix;                 ///< by name, as RequireSuffix takes it; for amplitudes
     std::optional<CGraphParam::GRAPH_KIND> graphKind;  ///< for the records it suits
     CGraphParam::PANE_MODE paneMode = CGraphParam::PANE_SINGLE;
 };
@@ -43,16 +43,26 @@ inline constexpr auto kAxisSeconds = static_cast<CUnitCtrl::UNIT_CODE>(0x0100000
 
 CGraphParam::DATA_KIND DataKindOf(const CComDataBase& record);
 
-/// The graph of the chosen channels of one record.
+/// Whether the values are amplitudes, which a suffix tells the sort of.
+bool HasAmplitudes(const CGraphParam& param);
+
+/// Whether the kind draws parts of complex values.
+bool IsForComplex(CGraphParam::GRAPH_KIND kind);
+
+/// The graph of the chosen channels of one record. Throws Reason when the bounds leave nothing of X.
 Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channels,
                   const FigureChoice& choice);
+
+/// Throws Reason when the bounds of one of the graphs, which are in two dimensions, make no axis, or when no
+/// value of any lies within its bounds.
+void RequireSomethingSeen(const std::vector<Figure>& figures);
 
 /// Adds a profile, in standard units, to the graph of a density.
 void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& name);
 
-/// Takes over bounds and forms of the choice; where it leaves a form open, that which suits the data. Throws
-/// Reason when the bounds leave nothing of X.
-void ApplyScale(Figure& figure, const FigureChoice& choice, bool suitsLogX, bool suitsLogY);
+/// Takes over bounds and forms of the choice; where it leaves them open, what suits the record and the series
+/// of the figure. Throws Reason when the bounds leave nothing of X.
+void ApplyScale(Figure& figure, const CComDataBase& record, const FigureChoice& choice);
 
 /// Draws figures below and beside each other under the title of the choice, else `title`, and tells of it on
 /// `out`; throws Failure.

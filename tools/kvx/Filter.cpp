@@ -110,6 +110,10 @@ Filter ReadFilter(const FilterOptions& options) {
     if (!options.lowPassHz && !options.highPassHz) {
         throw UsageError("one of --lowpass, --highpass, --butterworth, --fir and --fir-set is required");
     }
+    if (options.lowPassHz && options.highPassHz && *options.lowPassHz < *options.highPassHz) {
+        throw ValueError("--lowpass " + FormatNumber(*options.lowPassHz) + " lies below --highpass " +
+                         FormatNumber(*options.highPassHz) + ", which leaves no band");
+    }
     const Kind& kind = Choose(kKinds, "--kind", options.kind.value_or("butterworth"));
     if (options.q && kind.parameter != "--q") throw UsageError("--q is for --kind second");
     if (options.order && kind.parameter != "--order") {

@@ -194,7 +194,10 @@ void WritePicture(const PictureChoice& choice, const PictureTarget& target,
 void AddAxisOptions(Command command, const std::string& axis, const std::string& unit, AxisChoice* choice) {
     command.AddOption("--" + axis, choice->range, "Bounds of that axis in " + unit).Type("FROM,TO");
     command
-        .AddOption("--" + axis + "-scale", choice->scale, "Linear or logarithmic; auto: what suits the data")
+        .AddOption(
+            "--" + axis + "-scale", choice->scale,
+            "Linear or logarithmic; auto: linear with a bound that is not above 0, else what suits the "
+            "data")
         .Type("SCALE")
         .OneOf({"auto", "linear", "log"});
 }
@@ -212,9 +215,10 @@ AxisBounds ResolveAxis(const std::string& axis, const AxisChoice& choice) {
     if (bounds.low && bounds.high && !(*bounds.low < *bounds.high)) {
         throw ValueError("--" + axis + ": " + pieces[0] + " is not below " + pieces[1]);
     }
-    if (bounds.form == AxisForm::kLogarithmic &&
-        (bounds.low.value_or(1) <= 0 || bounds.high.value_or(1) <= 0)) {
-        throw ValueError("--" + axis + ": a logarithmic axis needs bounds above 0");
+    if (bounds.low.value_or(1) <= 0 || bounds.high.value_or(1) <= 0) {
+        if (bounds.form == AxisForm::kLogarithmic)
+            throw ValueError("--" + axis + ": a logarithmic axis needs bounds above 0");
+        bounds.form = AxisForm::kLinear;
     }
     return bounds;
 }

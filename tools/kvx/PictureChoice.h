@@ -56,7 +56,8 @@ struct AxisChoice {
 /// The options --AXIS and --AXIS-scale; `unit` tells in which unit the bounds are.
 void AddAxisOptions(Command command, const std::string& axis, const std::string& unit, AxisChoice* choice);
 
-/// What the options of an axis say; a bound or form that they leave open has no value.
+/// What the options of an axis say; a bound or form that they leave open has no value. An axis with a bound
+/// that is not above 0 is linear.
 struct AxisBounds {
     std::optional<double> low;
     std::optional<double> high;

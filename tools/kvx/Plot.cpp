@@ -57,12 +57,6 @@ constexpr std::array kGraphKinds = {
 };
 // clang-format on
 
-std::vector<std::string> GraphKindNames() {
-    std::vector<std::string> names;
-    for (const GraphKindName& row : kGraphKinds) names.emplace_back(row.name);
-    return names;
-}
-
 FigureChoice ChoiceOf(const PlotOptions& options) {
     FigureChoice choice = ResolveFigure(options.x, options.y, options.unit);
     if (options.suffix) RequireSuffix(*options.suffix, CUnitCtrl());
@@ -78,16 +72,27 @@ std::vector<Figure> MakeFigures(const DataFileContent& content, const PlotOption
     std::vector<Figure> figures;
     const std::vector<Channel> channels = SelectChannels(content, options.channels);
     bool isUnitUsed = !choice.unit;
+    bool isKindUsed = !choice.graphKind;
+    bool isSuffixUsed = !choice.suffix;
     for (auto begin = channels.begin(); begin != channels.end();) {
         auto end = begin + 1;
         if (choice.paneMode == CGraphParam::PANE_SINGLE)
             while (end != channels.end() && end->record == begin->record) ++end;
         const CComDataBase& record = content.records[begin->record];
         figures.push_back(MakeFigure(record, {begin, end}, choice));
+        const CGraphParam& param = figures.back().param;
         isUnitUsed = isUnitUsed || IsConvertible(record.GetUnit(), *choice.unit);
+        isKindUsed = isKindUsed || param.m_cells.graphKind == *choice.graphKind;
+        isSuffixUsed = isSuffixUsed || HasAmplitudes(param);
         begin = end;
     }
-    if (!isUnitUsed) throw Reason("nothing of it converts to " + Quote(options.unit));
+    if (!isUnitUsed) throw Reason("no channel has a unit that converts to " + Quote(options.unit));
+    if (!isKindUsed) {
+        throw Reason("--show " + *options.show + " is for " +
+                     (IsForComplex(*choice.graphKind) ? "complex lines" : "real values") +
+                     ", which no channel has");
+    }
+    if (!isSuffixUsed) throw Reason("--suffix is for amplitudes, which no channel has");
     return figures;
 }
 
@@ -114,6 +119,7 @@ void RunPlot(const PlotOptions& options, ByteStream& out) {
     if (!options.profile.empty()) {
         Doing("draw", options.profile, [&] { AddProfileText(figures, ReadProfileText(options.profile)); });
     }
+    Doing("draw", options.input, [&] { RequireSomethingSeen(figures); });
     WriteFigures(options.picture, target, content.header.GetName(), figures, out);
 }
 
@@ -139,7 +145,7 @@ void AddPlot(Command app) {
                    "What is drawn: of complex lines magnitude-phase (the default), one or both parts, their "
                    "locus (nyquist); of real values a line, steps, bars or marks")
         .Type("WHAT")
-        .OneOf(GraphKindNames());
+        .OneOf(NameList(kGraphKinds));
     command
         .AddOption("--panes", options->panes, "A pane for the channels of each record, or for each channel")
         .Type("BY")

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -82,6 +83,8 @@ std::vector<SampleFilters::Butterworth> SampleFilters::ReadButterworths(
     const std::vector<std::string>& values) {
     constexpr double kHighestOrder = 64.0;
     std::vector<Butterworth> filters;
+    double lowestHz = 0.0;  // of the band that passes all filters
+    double highestHz = std::numeric_limits<double>::infinity();
     for (std::size_t v = 0; v + 2 < values.size(); v += 3) {
         const std::string& pass = values[v];
         if (pass != "lp" && pass != "hp")
@@ -95,6 +98,13 @@ std::vector<SampleFilters::Butterworth> SampleFilters::ReadButterworths(
             throw ValueError("--butterworth: " + Quote(values[v + 2]) + " is not a frequency above 0");
         }
         filters.push_back({pass == "lp", static_cast<std::int32_t>(order), cornerHz});
+        if (pass == "lp") highestHz = std::min(highestHz, cornerHz);
+        if (pass == "hp") lowestHz = std::max(lowestHz, cornerHz);
+    }
+    if (highestHz < lowestHz) {
+        throw ValueError("--butterworth: the low-pass at " + FormatNumber(highestHz) +
+                         " Hz lies below the high-pass at " + FormatNumber(lowestHz) +
+                         " Hz, which leaves no band");
     }
     return filters;
 }

@@ -9,7 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include <KvxDevCommon01/platform/Locale.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/ConvData.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxDevCommon01/units/ValConv.h>
@@ -30,7 +32,7 @@ struct ShowOptions {
     std::string in;
     std::string suffix = "none";
     std::optional<std::string> format;
-    std::string locale;
+    std::optional<std::string> locale;
     bool isDifference = false;
 };
 
@@ -54,13 +56,22 @@ std::vector<CUnitCtrl> UnitsToShow(const ShowOptions& options, const CUnitCtrl& 
 
 void RunShowValue(const ShowOptions& options, ByteStream& out) {
     const CUnitCtrl from = RequireUnit(options.unit);
+    const bool isTemperature = DimensionOf(from) == CUnitCtrl::DIM_TEMPERATURE;
     const bool isAbsolute = from.IsSingle() && !options.isDifference;
     const double held = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
     const CValConv::UNIT_SUFFIX suffix = RequireSuffix(options.suffix, from);
     std::optional<std::wstring> format;
     if (options.format && !(format = FromUtf8(*options.format)))
         throw ValueError("--format: " + Quote(*options.format) + " is not valid UTF-8");
+    if (format && !IsNumberFormat(*format))
+        throw ValueError("--format: " + Quote(*options.format) +
+                         " is not a format of one number, such as %.2f, %8.3e or %g");
+    if (options.locale && !FindDecimalSign(options.locale->c_str()))
+        throw ValueError("--locale: there is no locale " + Quote(*options.locale) + " on this host");
+    if (options.isDifference && !isTemperature)
+        throw ValueError("--difference is for temperatures, and " + Quote(options.unit) + " is not one");
 
+    const char* const locale = options.locale ? options.locale->c_str() : nullptr;
     std::vector<std::vector<std::string>> lines;
     for (const CUnitCtrl& to : UnitsToShow(options, from)) {
         CValConv converter;
@@ -70,9 +81,9 @@ void RunShowValue(const ShowOptions& options, ByteStream& out) {
         CString value;
         CString unit;
         if (isAbsolute) {
-            converter.ConvTempDataToString(held, &value, &unit, options.locale.c_str());
+            converter.ConvTempDataToString(held, &value, &unit, locale);
         } else {
-            converter.ConvDataToString(held, &value, &unit, options.locale.c_str());
+            converter.ConvDataToString(held, &value, &unit, locale);
         }
         lines.push_back({ToUtf8(value), ToUtf8(WithoutMarkup(unit))});
     }
@@ -92,8 +103,8 @@ void AddShowValue(Command app) {
                       "Show the amplitude as 0-p, p-p (twice the number) or rms, as is usual for the "
                       "dimension (usual), or without a word (none, the default)");
     command.AddOption("--format", options->format,
-                      "Format of one number, such as %.2f or '%8.3e V'; any other counts as %.7g. Without, "
-                      "%.7g or what is customary for the unit");
+                      "Format of one number, such as %.2f or '%8.3e V'. Without, %.7g or what is customary "
+                      "for the unit");
     command.AddOption("--locale", options->locale, "Locale whose decimal sign is used: de_DE, Russian ...");
     command.AddFlag("--difference", options->isDifference, "A difference of temperatures, not a temperature");
     command.SetFooter(

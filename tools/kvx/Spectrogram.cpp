@@ -2,6 +2,7 @@
 //
 // kvx spectrogram: how the spectrum of a waveform changes, as a colour map or waterfall.
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <new>
 #include <optional>
@@ -85,24 +86,24 @@ CComDataSpecA AnalyseSlices(const CComDataBase& record, const Channel& channel, 
         average.Add(samples.GetData() + slicing.Start(slice), slicing.Length());
         const int isDone = options.isDensity ? average.GetPsd(rateHz, &lines) : average.GetAmplitude(&lines);
         if (!isDone) throw std::bad_alloc();
+        if (std::any_of(lines.GetData(), lines.GetData() + lineCount,
+                        [](double v) { return !std::isfinite(v); }))
+            throw Reason("the squares of channel " + Quote(channel.name) + " leave the range of numbers");
         std::copy_n(lines.GetData(), lineCount, row);
         progress.Update(static_cast<std::uint64_t>(slice) + 1, static_cast<std::uint64_t>(slicing.count));
     }
     return slices;
 }
 
-/// The usual bounds of a logarithmic axis of levels: the uppermost 60 dB of the slices, so that the few lines
-/// that nearly vanish leave something of the scale to the others. None for slices without a level.
-std::optional<AxisRange> UsualBounds(const CComDataBase& slices, bool isDensity) {
-    const double range = isDensity ? 1e6 : 1e3;
+/// The lowest and the highest level of the slices.
+AxisRange ReachOfLevels(const CComDataBase& slices) {
     RangeScan<double> scan;
     // The line at 0 Hz, which is not drawn, is left out.
     for (__int64 slice = 0; slice < slices.GetNumRow(); ++slice)
         scan.Add(slices.GetReal(slice, 0) + 1, slices.GetNsamp() - 1);
-    double highest = 0.0;
-    double lowest = 0.0;
-    if (!scan.Write(nullptr, &highest, &lowest) || !(highest > 0.0)) return std::nullopt;
-    return AxisRange{std::max(lowest, highest / range), highest};
+    AxisRange reach;
+    scan.Write(nullptr, &reach.high, &reach.low);
+    return reach;
 }
 
 /// The graph of slices that follow one another in time.
@@ -110,7 +111,7 @@ Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const
                        const Slicing& slicing, const SpectrogramOptions& options,
                        const FigureChoice& choice) {
     if (choice.unit && !IsConvertible(slices.GetUnit(), *choice.unit)) {
-        throw Reason("nothing of it converts to " + Quote(options.unit));
+        throw Reason("no channel has a unit that converts to " + Quote(options.unit));
     }
     Figure figure = MakeFigure(slices, {{1, 0, 0, 0, channel.name}}, choice);
     CGraphParam::ZAxis& z = figure.param.m_z;
@@ -125,14 +126,18 @@ Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const
     figure.content.series.clear();
     for (__int64 slice = 0; slice < slicing.count; ++slice)
         figure.content.series.push_back({slices.GetReal(slice, 0), nullptr, slices.GetNsamp()});
+    ApplyScale(figure, slices, choice);
     CScaleParam& scale = figure.scale;
-    scale.m_eDispType = z.dispType;
-    scale.m_lZNum = z.num;
-    const auto bounds = UsualBounds(slices, options.isDensity);
-    if (scale.m_bYAuto && scale.m_bYLog && bounds && bounds->low < bounds->high) {
+    const AxisRange reach = ReachOfLevels(slices);
+    if (!scale.m_bYAuto && (reach.low > scale.m_dYMax || reach.high < scale.m_dYMin))
+        throw Reason("--y shows none of the levels of channel " + Quote(channel.name));
+    // Of a logarithmic axis the uppermost 60 dB, so that the few lines that nearly vanish leave something of
+    // the scale to the others.
+    const double low = std::max(reach.low, reach.high / (options.isDensity ? 1e6 : 1e3));
+    if (scale.m_bYAuto && scale.m_bYLog && low < reach.high) {
         scale.m_bYAuto = 0;
-        scale.m_dYMin = bounds->low;
-        scale.m_dYMax = bounds->high;
+        scale.m_dYMin = low;
+        scale.m_dYMax = reach.high;
     }
     return figure;
 }
