@@ -119,6 +119,13 @@ TEST_F(Plot, DrawsALinearAxisToABoundThatIsNotAboveZero) {
     }
 }
 
+TEST_F(Plot, TakesBoundsOfPhasesInDegrees) {
+    // Phases lie within 180 degrees, and of random ones most are beyond 3 degrees.
+    const std::string command = "kvx plot xfr.vdf2 --record 1 -o phases.svg --show phase --y ";
+    EXPECT_EQ(RunShell(*folder_, command + "181,300").status, 1);
+    EXPECT_EQ(RunShell(*folder_, command + "60,170").status, 0);
+}
+
 TEST_F(Plot, DrawsOfALocusTheLinesInTheBandOfX) {
     // Lines 2 Hz apart; the path of the curve is "M x y" and then "L x y" for every other line.
     const auto linesOf = [](const std::string& options) {
@@ -190,7 +197,7 @@ TEST_F(Plot, ShowsDataOfAnySort) {
     for (const char* command :
          {"plot flat.vdf2 --channels 1", "plot flat.vdf2 --channels 3", "plot flat-psd.vdf2 --channels 1",
           "plot one.vdf2", "plot one.vdf2 --show bars", "spectrogram flat.vdf2 --channels 1",
-          "spectrogram flat.vdf2 --waterfall"}) {
+          "spectrogram flat.vdf2 --waterfall", "spectrogram flat.vdf2 --block 2 --slices 3"}) {
         const std::string svg = Picture(command);
         int letters = 0;  // those of the numbers tell that there are axes
         for (std::size_t at = 0; (at = svg.find("<use ", at)) != std::string::npos; ++at) ++letters;

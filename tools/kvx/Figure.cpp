@@ -58,6 +58,15 @@ Param::GRAPH_KIND GraphKindOf(Param::DATA_KIND data, const FigureChoice& choice)
     return isComplex ? Param::GRAPH_MAGNITUDE_PHASE : Param::GRAPH_VALUE;
 }
 
+/// How Y is shown: phases in degrees unless the values are angles themselves.
+CValConv ShownY(const Param& param) {
+    constexpr auto kDegrees = static_cast<CUnitCtrl::UNIT_CODE>(CUnitCtrl::DIM_ANGLE + 2);
+    const Param::GRAPH_KIND kind = param.m_cells.graphKind;
+    const bool isPhase = kind == Param::GRAPH_PHASE || kind == Param::GRAPH_UNWRAPPED_PHASE;
+    if (isPhase && !(param.m_units.y == CUnitCtrl::DIM_ANGLE)) return {kDegrees, CValConv::SUFFIX_NONE};
+    return {param.m_units.y, param.m_frame.suffix.y};
+}
+
 /// Whether values of either sign are drawn, which no logarithm shows.
 bool IsSigned(const Param& param) {
     const Param::GRAPH_KIND kind = param.m_cells.graphKind;
@@ -319,11 +328,12 @@ void ApplyScale(Figure& figure, const CComDataBase& record, const FigureChoice& 
     CScaleParam& scale = figure.scale;
     scale.m_eDispType = param.m_z.dispType;
     scale.m_lZNum = param.m_z.num;
-    scale.m_bXLog = isLog(choice.x, IsFrequency(record) && !isLocus);
+    const bool isAboveZero = ReachOfX(param, false).high > 0.0;
+    scale.m_bXLog = isLog(choice.x, IsFrequency(record) && !isLocus && isAboveZero);
     scale.m_bYLog = isLog(choice.y, !isCoherence && !IsSigned(param) && HasLevels(figure));
     if (isLocus && scale.m_bXLog) throw Reason("--x-scale log: the axes of a locus are linear");
     const AxisRange reach = ReachOfX(param, scale.m_bXLog);
-    if (scale.m_bXLog && !(reach.high > 0.0)) throw Reason("--x-scale log: it has no sample above 0");
+    if (scale.m_bXLog && !isAboveZero) throw Reason("--x-scale log: it has no sample above 0");
     scale.m_bXAuto = isLocus || (!choice.x.low && !choice.x.high);
     if (!scale.m_bXAuto) {
         scale.m_dXMin = choice.x.low.value_or(reach.low);
@@ -334,8 +344,8 @@ void ApplyScale(Figure& figure, const CComDataBase& record, const FigureChoice& 
     if (isCoherence && !y.low && !scale.m_bYLog) y = {0.0, 1.0, {}};
     scale.m_bYAuto = !y.low;
     if (!scale.m_bYAuto) {
-        const CValConv shown(param.m_units.y, param.m_frame.suffix.y);
-        const int absolute = param.m_units.y.IsSingle();
+        const CValConv shown = ShownY(param);
+        const int absolute = shown.GetUnit().IsSingle();
         std::tie(scale.m_dYMin, scale.m_dYMax) =
             std::minmax({shown.ConvItoD(*y.low, absolute), shown.ConvItoD(*y.high, absolute)});
     }

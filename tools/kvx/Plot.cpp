@@ -132,7 +132,7 @@ void AddPlot(Command app) {
     AddPictureOptions(command, &options->picture);
     AddChannelOptions(command, &options->channels);
     AddAxisOptions(command, "x", "seconds or hertz; either may be left out: 10,2000 or 10,", &options->x);
-    AddAxisOptions(command, "y", "the unit of the values", &options->y);
+    AddAxisOptions(command, "y", "the unit of the values; of phases in degrees", &options->y);
     command.AddOption("--unit", options->unit, "Show the values in this unit: m/s2, (m/s2)2/Hz ...")
         .Type("UNIT");
     command
