@@ -159,6 +159,7 @@ TEST_F(Plot, TellsWhatItCannotShow) {
         {"plot huge.vdf2 --y-scale log --record 2",
          "draw 'huge.vdf2': --y-scale log: it has no value above 0"},
         {"plot huge.vdf2", "draw 'huge.vdf2': no axis can reach from -1e+308 to 1e+308"},
+        {"plot wave.vdf2 --x -1e308,1e308", "draw 'wave.vdf2': no axis can reach from -1e+308 to 1e+308"},
         {"plot wave.vdf2 --show nyquist",
          "draw 'wave.vdf2': --show nyquist is for complex lines, which no channel has"},
         {"plot psd.vdf2 --show phase",

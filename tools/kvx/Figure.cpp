@@ -154,6 +154,12 @@ AxisRange ReachOfX(const Param& param, bool isLogarithmic) {
                  " to " + FormatNumber(reach.high) + unit);
 }
 
+void RequireAxisSpan(const AxisRange& bounds) {
+    const double span = bounds.high - bounds.low;
+    if (span > plot::kLeastAxisSpan && span < plot::kMostAxisSpan) return;
+    throw Reason("no axis can reach from " + FormatNumber(bounds.low) + " to " + FormatNumber(bounds.high));
+}
+
 /// The samples whose X lies within the bounds; throws Reason when there is none.
 IndexRange SamplesWithin(const Param& param, const AxisBounds& bounds) {
     __int64 first = 0;
@@ -299,11 +305,7 @@ void RequireSomethingSeen(const std::vector<Figure>& figures) {
         for (const plot::GraphPane& pane : charts.GetPanes()) {
             const plot::Chart& chart = pane.charts.front();
             const AxisRange& bounds = chart.y.bounds;
-            const double span = bounds.high - bounds.low;
-            if (!(span > plot::kLeastAxisSpan && span < plot::kMostAxisSpan)) {
-                throw Reason("no axis can reach from " + FormatNumber(bounds.low) + " to " +
-                             FormatNumber(bounds.high));
-            }
+            RequireAxisSpan(bounds);
             for (const plot::ChartCurve& curve : chart.curves) {
                 const plot::CurveExtent reach = plot::ExtentOfY(curve.samples, chart.x.bounds);
                 if (reach.IsEmpty()) continue;
@@ -339,6 +341,7 @@ void ApplyScale(Figure& figure, const CComDataBase& record, const FigureChoice& 
         scale.m_dXMin = choice.x.low.value_or(reach.low);
         scale.m_dXMax = choice.x.high.value_or(reach.high);
         if (scale.m_dXMin > reach.high || scale.m_dXMax < reach.low) RefuseBoundsOfX(param);
+        RequireAxisSpan({scale.m_dXMin, scale.m_dXMax});
     }
     AxisBounds y = choice.y;
     if (isCoherence && !y.low && !scale.m_bYLog) y = {0.0, 1.0, {}};
