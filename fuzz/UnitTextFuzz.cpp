@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/units/UnitText.h>

@@ -201,6 +201,8 @@ void CUnitCtrl::SetFields(const Fields& fields) {
     const auto unit = [&](std::size_t i) { return static_cast<UNIT_CODE>(fields[i]); };
     const auto calc = [&](std::size_t i) { return static_cast<UNIT_CALC>(fields[i]); };
     *this = CUnitCtrl(unit(0), calc(1), unit(3), calc(4), unit(5), calc(6), unit(7), calc(8));
+    // Only the stored flag tells a unit from its compound with no unit.
+    if (fields[2] == 0 && unit(3) == UNIT_NONE) single_ = 0;
 }
 
 void CUnitCtrl::Serialize(CArchive& archive) {

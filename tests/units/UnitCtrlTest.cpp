@@ -197,12 +197,30 @@ TEST(UnitArchive, LoadingFollowsTheVersionAndValidatesWhatItReads) {
         {serialize,
          Words({2, 0x00010063, 0, 0, kMm, 0xF000, 77, 1, 0, 0x010}),
          {{{}, {kMm}, {}, {0x0F000001, 0x010}}, 0}},
-        {serialize, Words({2, kMm, 1, 0}), {{{kMm}}}},  // the stored single flag does not count
+        {serialize, Words({2, kMm, 1, 0}), {{{kMm}}}},  // zeros are no second member
+        {serialize, Words({2, kMm, 1, 1, kHz, 1}), {{{kMm}, {kHz}}, 0}},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         CUnitCtrl unit = Make({kSec}, {kSec}, {kSec}, {kSec});
         Load(unit, cases[i].load, cases[i].bytes);
         EXPECT_EQ(InfoOf(unit), cases[i].info) << i;
+    }
+}
+
+TEST(UnitArchive, ACompoundStaysOneWhateverItsMembersAre) {
+    for (const std::uint32_t second : {0x0F000001u, kHz}) {
+        for (const std::uint32_t first : {0x0F000001u, kG}) {
+            for (const int divide : {0, 1}) {
+                for (const Operation serialize : {&CUnitCtrl::Serialize, &CUnitCtrl::Serialize1st}) {
+                    const CUnitCtrl compound(Unit(first), Unit(second), divide);
+                    CUnitCtrl loaded;
+                    Load(loaded, serialize, Stored(compound, serialize));
+                    EXPECT_EQ(InfoOf(loaded), InfoOf(compound)) << first << ' ' << second << ' ' << divide;
+                    Load(loaded, serialize, Stored(Single(first), serialize));
+                    EXPECT_EQ(loaded.IsSingle(), 1);
+                }
+            }
+        }
     }
 }
 
