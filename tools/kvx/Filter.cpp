@@ -44,7 +44,7 @@ struct FilterOptions {
     std::optional<double> q;
     std::optional<double> order;
     std::optional<__int64> block;
-    std::string ends = "hold";
+    std::optional<std::string> ends;
     SampleFilterOptions bySamples;
 
     bool IsBySpectra() const { return lowPassHz || highPassHz || kind || q || order || block; }
@@ -129,7 +129,8 @@ Filter ReadFilter(const FilterOptions& options) {
         throw ValueError("--block: " + std::to_string(*options.block) +
                          " is not a power of two from 16 to 131072");
     }
-    return {kind, parameter, Choose(kEnds, "--ends", options.ends).term};
+    return {kind, parameter,
+            Choose(kEnds, "--ends", options.ends.value_or(options.highPassHz ? "zeros" : "hold")).term};
 }
 
 /// Periods of the lowest corner that a block must hold, so that an analogue filter's impulse response falls
@@ -298,7 +299,8 @@ PlanRun PlanSamples(const FilterOptions& options) {
             "--butterworth, --fir and --fir-set do not go with the options of --lowpass and "
             "--highpass, which filter through spectra");
     }
-    const Ends ends = Choose(kEndNames, "--ends", options.ends).ends;
+    std::optional<Ends> ends;
+    if (options.ends) ends = Choose(kEndNames, "--ends", *options.ends).ends;
     const auto filters = std::make_shared<const SampleFilters>(options.bySamples, ends);
     return [filters](const SignalRun& run) {
         filters->RequireRate(1.0 / run.delta);
@@ -375,9 +377,11 @@ void AddFilter(Command app) {
                    "Samples per block, a power of two from 16 to 131072 (default: by the corner)")
         .Type("N")
         .Check(WholeNumber(kSmallestBlock, kLargestBlock));
-    command.AddOption("--ends", options->ends, "How the signal goes on outside its ends: " + Names(kEnds))
-        .Type("NAME")
-        .ShowDefault();
+    command
+        .AddOption("--ends", options->ends,
+                   "How the signal goes on outside its ends: " + Names(kEnds) +
+                       " (default: zeros with a high-pass, otherwise hold)")
+        .Type("NAME");
     AddSampleFilterOptions(command, &options->bySamples);
     AddStreamOptions(command, "--rate", &options->stream);
     command.SetFooter(
@@ -395,6 +399,11 @@ void AddFilter(Command app) {
         "in its place. Near the ends, as far as the impulse response reaches (at most a quarter of a block), "
         "the\n"
         "result depends on what --ends assumes. The signal is kept in memory.\n\n"
+        "With --ends hold the signal has always had its first value, with zeros it begins from nothing. A "
+        "high-pass\n"
+        "would take a first value in the middle of a vibration for an offset, and its end for a step: there "
+        "zeros is\n"
+        "the default, and hold is for a signal that rests on an offset before it begins.\n\n"
         "Sample by sample (--butterworth, --fir, --fir-set): one filter after the other, FIR first, block by "
         "block\n"
         "however long the file is. --butterworth is the digital filter of a controller, causal, -3 dB at "

@@ -70,8 +70,10 @@ void AddSampleFilterOptions(Command& command, SampleFilterOptions* options) {
                     "Leave the delay of --fir and --fir-set in the signal");
 }
 
-SampleFilters::SampleFilters(const SampleFilterOptions& options, Ends ends)
-    : butterworths_(ReadButterworths(options.butterworths)), ends_(ends) {
+SampleFilters::SampleFilters(const SampleFilterOptions& options, std::optional<Ends> ends)
+    : butterworths_(ReadButterworths(options.butterworths)),
+      ends_(ends.value_or(std::ranges::all_of(butterworths_, &Butterworth::isLowPass) ? Ends::held
+                                                                                      : Ends::zero)) {
     if (options.firFile) firs_.push_back(ReadFir(*options.firFile));
     if (options.firSet) firs_.push_back(BuiltInFir(*options.firSet));
     for (Fir& fir : firs_) {

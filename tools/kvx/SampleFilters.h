@@ -32,8 +32,9 @@ void AddSampleFilterOptions(Command& command, SampleFilterOptions* options);
 /// Filters that work one after the other, the FIR filters first.
 class SampleFilters {
 public:
-    /// Throws ValueError, or Failure for a file of coefficients that cannot be read.
-    SampleFilters(const SampleFilterOptions& options, Ends ends);
+    /// Without `ends` the signal is 0 outside its ends when there is a high-pass, and held otherwise. Throws
+    /// ValueError, or Failure for a file of coefficients that cannot be read.
+    SampleFilters(const SampleFilterOptions& options, std::optional<Ends> ends);
 
     /// Throws Reason when a corner is not below half the rate.
     void RequireRate(double rateHz) const;
