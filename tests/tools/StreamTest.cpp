@@ -21,7 +21,6 @@
 #include "Processes.h"
 #include "Signal.h"
 #include "SignalWriter.h"
-#include "StopRequest.h"
 #include "Stream.h"
 #include "ToolRun.h"
 
@@ -347,36 +346,29 @@ TEST(Streams, NeedNoMoreMemoryForLongerFiles) {
     EXPECT_EQ(ReadWave(folder, "out.vdf2").GetNsamp(), 1 << 20);
 }
 
-/// Endless noughts; a person loses patience after a while.
-class EndlessReader : public SignalReader {
-public:
-    EndlessReader() { runs_ = {{1, 0.001, 0, 1 << 30, {{L"x", CUnitCtrl(), 1}}}}; }
-    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
-        std::fill_n(targets.front(), room, 0.0);
-        if (++reads_ == 3) std::raise(signal_);
-        return room;
+TEST(Interrupts, EndEveryCommandAndLeaveNothingBehind) {
+    const TempFolder folder;
+    WriteWave(folder, "in.vdf2", 1000, 0, std::vector<double>(std::size_t{1} << 21, 0.25));
+    for (const std::string output : {"out.vdf2", "out.csv", "out.wav"}) {
+        folder.Write(output, "what was there before");
+        const std::string command = output == "out.csv" ? "export" : "resample --up 500";
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            RunningTool tool(folder, command + " in.vdf2 -o " + output);
+            EXPECT_TRUE(tool.WaitForTemporary(folder)) << output;
+            EXPECT_EQ(tool.End(signal), signal) << output;
+            EXPECT_EQ(folder.Read(output), "what was there before");
+        }
     }
-    explicit EndlessReader(int signal) : EndlessReader() { signal_ = signal; }
+    EXPECT_EQ(folder.Count(), 4U);
+}
 
-private:
-    int signal_ = SIGINT;
-    int reads_ = 0;
-};
-
-TEST(Streams, LeaveNothingBehindWhenTheyAreStopped) {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        const TempFolder folder;
-        folder.Write("out.vdf2", "what was there before");
-        const std::string output = (folder / "out.vdf2").string();
-        EndlessReader reader(signal);
-        const auto run = [&] {
-            const auto writer = CreateDataFile(output, L"", reader.Runs());
-            Stream({"resample", "in", output}, reader, *writer, [](auto...) { return NoChange(); });
-        };
-        EXPECT_THROW(run(), Stopped);
-        EXPECT_EQ(folder.Read("out.vdf2"), "what was there before");
-        EXPECT_EQ(folder.Count(), 1U);
-    }
+TEST(Interrupts, ThatTheProgramWasStartedToIgnoreAreIgnored) {
+    const TempFolder folder;
+    WriteWave(folder, "in.vdf2", 1000, 0, std::vector<double>(std::size_t{1} << 19, 0.25));
+    RunningTool tool(folder, "export in.vdf2 -o out.csv", SIGHUP);
+    EXPECT_TRUE(tool.WaitForTemporary(folder));
+    EXPECT_EQ(tool.End(SIGHUP), 0);
+    EXPECT_EQ(folder.Count(), 2U);
 }
 
 }  // namespace

@@ -17,9 +17,9 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "Interrupts.h"
 #include "NearNames.h"
 #include "Output.h"
-#include "StopRequest.h"
 
 namespace kvx::tool {
 namespace {
@@ -113,6 +113,7 @@ int RunCommandLine(int argc, const char* const* argv) {
 
     // A file that grows beyond the limit set for it is a failed write, not the end of the process.
     std::signal(SIGXFSZ, SIG_IGN);
+    RemoveUnfinishedFilesOnSignals();
 
     StandardOutput out;
     try {
@@ -144,9 +145,6 @@ int RunCommandLine(int argc, const char* const* argv) {
     } catch (const CFileException& error) {
         // Every file is opened on behalf of a sentence of its own; what is left is standard output.
         return Report("cannot write to standard output: " + Explain(error), kFailed);
-    } catch (const Stopped& stopped) {
-        std::raise(stopped.signal);  // ends the program as the signal would have
-        return kFailed;
     } catch (const std::bad_alloc&) {
         return Report("there is not enough memory", kFailed);
     } catch (const std::exception& error) {

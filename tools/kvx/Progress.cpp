@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 
 namespace kvx::tool {
@@ -13,13 +14,23 @@ constexpr std::size_t kBarWidth = 30;
 constexpr auto kFirstDisplay = std::chrono::milliseconds(400);
 constexpr auto kInterval = std::chrono::milliseconds(100);
 
+std::atomic<bool> isShown = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
 }  // namespace
 
 Progress::Progress(std::string_view label)
     : label_(label), terminal_(::isatty(STDERR_FILENO) == 1), next_(Clock::now() + kFirstDisplay) {}
 
 Progress::~Progress() {
-    if (shown_) std::fputs("\r\x1B[K", stderr);
+    ClearLine();
+}
+
+void Progress::ClearLine() {
+    constexpr std::string_view kClear = "\r\x1B[K";
+    if (!isShown.exchange(false)) return;
+    // A line that stays is no reason to fail.
+    [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, kClear.data(), kClear.size());
 }
 
 void Progress::Update(std::uint64_t done, std::uint64_t total) {
@@ -27,7 +38,7 @@ void Progress::Update(std::uint64_t done, std::uint64_t total) {
     const Clock::time_point now = Clock::now();
     if (now < next_) return;
     next_ = now + kInterval;
-    shown_ = true;
+    isShown = true;
     const double part = std::min(1.0, static_cast<double>(done) / static_cast<double>(total));
     const auto filled = static_cast<std::size_t>(part * static_cast<double>(kBarWidth));
     const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');

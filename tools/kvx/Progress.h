@@ -21,12 +21,14 @@ public:
     /// `done` of `total` pieces are finished.
     void Update(std::uint64_t done, std::uint64_t total);
 
+    /// Clears the line if there is one; safe in the handler of a signal.
+    static void ClearLine();
+
 private:
     using Clock = std::chrono::steady_clock;
 
     std::string label_;
     bool terminal_;
-    bool shown_ = false;
     Clock::time_point next_;
 };
 

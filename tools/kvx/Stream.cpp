@@ -8,7 +8,6 @@
 #include "Failure.h"
 #include "Output.h"
 #include "Progress.h"
-#include "StopRequest.h"
 
 namespace kvx::tool {
 namespace {
@@ -58,7 +57,6 @@ std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const s
 
 void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
             std::size_t blockSamples) {
-    StopRequest stop;
     Progress progress("reading " + std::string(names.input));
     const std::uint64_t total = CountSamples(reader.Runs());
     std::uint64_t done = 0;
@@ -74,7 +72,6 @@ void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer
             targets[c] = in[c].data();
         }
         for (bool isOver = false; !isOver;) {
-            stop.ThrowIfMade();
             std::size_t count = 0;
             std::vector<double*> results(channels);
             std::size_t resultCount = 0;

@@ -69,8 +69,7 @@ inline constexpr std::size_t kStreamBlock = std::size_t{1} << 18;
 using MakeProcess = std::function<std::unique_ptr<ChannelProcess>(std::size_t run, std::size_t channel)>;
 
 /// Takes every run of `reader` through its processes into the same run of `writer`, and commits that. All
-/// channels of a run must come out equally long. Throws Failure, or Stopped when a person ends the program
-/// meanwhile.
+/// channels of a run must come out equally long. Throws Failure.
 void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
             std::size_t blockSamples = kStreamBlock);
 
