@@ -11,8 +11,10 @@
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 
+#include "Failure.h"
 #include "ToolRun.h"
 
+using kvx::tool::Quote;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -165,7 +167,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx plot a.vdf2 -o x.svg --profile profile.txt", 1, "cannot draw 'profile.txt': no density to be drawn is of its unit\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --settings a.csv", 1, "cannot read 'a.csv': it holds no graph settings\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --settings none", 1, "cannot read 'none': the file does not exist\n"},
-    WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings none/x", 1, "cannot write 'none/x': it cannot be written\n"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings none/x.gci2", 1, "cannot write 'none/x.gci2': it cannot be written\n"},
     WrongCase{"kvx spectrogram a.vdf2 -o x.svg", 1, "cannot analyse 'a.vdf2': a block of 1024 is more than its 4 samples"},
     WrongCase{"kvx spectrogram a.vdf2 -o x.svg --waterfall --slices 300", 1, "--slices: at most 255 slices can be drawn"},
     WrongCase{"kvx spectrogram a.vdf2 -o x.svg --block 4 --unit N", 1, "cannot analyse 'a.vdf2': no channel has a unit that converts to 'N'\n"},
@@ -235,6 +237,17 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx plot psd.vdf2 -o x.svg --profile high.txt", 1, "cannot draw 'high.txt': its level of 1e+307 at 20 Hz leaves"},
     WrongCase{"kvx psd huge.vdf2 --block 4", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave the range of numbers\n"},
     WrongCase{"kvx spectrum huge.vdf2 --block 4", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave the range"},
+    WrongCase{"kvx psd a.vdf2 -o x.csv", 1, "the output 'x.csv' does not end with .vdf2; see 'kvx psd --help'\n"},
+    WrongCase{"kvx xfr a.vdf2 -o x", 1, "the output 'x' does not end with .vdf2"},
+    WrongCase{"kvx import a.csv -o x.wav --rate 1", 1, "the output 'x.wav' does not end with .vdf2"},
+    WrongCase{"kvx synth profile.txt -o x.vdf", 1, "the output 'x.vdf' does not end with .vdf2"},
+    WrongCase{"kvx filter a.vdf2 -o x.flac --lowpass 1", 1, "the output 'x.flac' does not end with .vdf2 or .wav"},
+    WrongCase{"kvx resample a.vdf2 -o ./- --down 2", 1, "the output './-' does not end with .vdf2 or .wav"},
+    WrongCase{"kvx export a.vdf2 -o x.flac", 1, "the output 'x.flac' does not end with .csv, .txt or .wav"},
+    WrongCase{"kvx export a.vdf2 -o x.csv --as wav", 1, "--as wav: the output 'x.csv' ends with .csv"},
+    WrongCase{"kvx export a.vdf2 -o - --as mp3", 1, "--as: there is no 'mp3', only csv, txt or wav"},
+    WrongCase{"kvx profile profile.txt -o x.csv", 1, "the output 'x.csv' does not end with .txt or .vdf2"},
+    WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings x.ini", 1, "the output 'x.ini' does not end with .gci2"},
     WrongCase{"kvx units furlong", 1, "no dimension and no unit is called 'furlong'"},
     WrongCase{"kvx units convert 1 g kg/h", 1, "'g' does not convert to 'kg/h': they are of different dimensions\n"},
     WrongCase{"kvx units convert one g kg", 1, "'one' is not a number"},
@@ -247,6 +260,32 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx show-value 1 g --format $(printf '\\377')", 1, "--format: '\\xFF' is not valid UTF-8"},
     WrongCase{"kvx kinds nonsense", 1, "no file kind matches 'nonsense'\n"}));
 // clang-format on
+
+TEST(Names, AreCutInTheMiddleAndKeepToTheirLine) {
+    const std::string folders(70, 'd');
+    const std::string file(80, 'f');
+    EXPECT_EQ(Quote("a\nb\x7F\xFF\u009B\u202Eü"), "'a\\x0Ab\\x7F\\xFF\\xC2\\x9B\\xE2\\x80\\xAEü'");
+    EXPECT_EQ(Quote(std::string(60, 'a')), "'" + std::string(60, 'a') + "'");
+    EXPECT_EQ(Quote("/" + folders + "/shaker.csv"),
+              "'/" + std::string(25, 'd') + "..." + std::string(19, 'd') + "/shaker.csv'");
+    EXPECT_EQ(Quote("/" + folders + "/" + file), "'/" + std::string(25, 'd') + ".../" + file + "'");
+    EXPECT_EQ(Quote(std::string(25, 'a') + "\u00FC" + folders + "\u00FC" + std::string(29, 'b')),
+              "'" + std::string(25, 'a') + "...ü" + std::string(29, 'b') + "'");
+    EXPECT_LT(Quote("/" + std::string(100'000, 'x')).size(), 70U);
+
+    const TempFolder folder;
+    folder.Write("a.csv", "1\n2\n");
+    RunWell(folder,
+            "kvx import a.csv -o a.vdf2 --rate 1 --name \"$(printf 'a\\033[2Jb\\nc')\" --text \"$(printf "
+            "'x\\ny')\"");
+    EXPECT_THAT(RunWell(folder, "kvx info a.vdf2"),
+                testing::AllOf(HasSubstr("  a\\x1B[2Jb\\x0Ac "), HasSubstr(" x\\x0Ay\n")));
+    EXPECT_EQ(RunJson(folder, "kvx info a.vdf2")["text"], "x\ny");
+    EXPECT_THAT(RunWell(folder, "kvx export a.vdf2 -o -"),
+                StartsWith("time [s],a\\x1B[2Jb\\x0Ac [-]\n0,1\n"));
+    EXPECT_THAT(RunShell(folder, "kvx info \"$(printf 'no\\nne')\"").err,
+                "kvx: cannot read 'no\\x0Ane': the file does not exist\n");
+}
 
 TEST(Import, KeepsEveryDigitAndPutsEachUnitIntoARecord) {
     const TempFolder folder;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
@@ -25,6 +26,7 @@
 #include "ToolRun.h"
 
 using namespace kvx::tool;
+using testing::StartsWith;
 
 namespace {
 
@@ -346,8 +348,98 @@ TEST(Streams, NeedNoMoreMemoryForLongerFiles) {
     EXPECT_EQ(ReadWave(folder, "out.vdf2").GetNsamp(), 1 << 20);
 }
 
+TEST(StandardStreams, AreInputAndOutputOfEveryCommand) {
+    const TempFolder folder;
+    WriteWave(folder, "in.vdf2", 1000, 3, Sine(50, 1000, 3, 4096));
+    folder.Write("profile.txt", "20 1\n100 1\n");
+    folder.Write("one.txt", "1\n");
+    RunWell(folder, "kvx export in.vdf2 -o in.wav --samples double; kvx export in.vdf2 -o in.csv");
+    const struct {
+        const char* command;  ///< without its input and output
+        const char* input;
+        const char* output;
+        const char* as;
+    } cases[] = {
+        {"import --text x --rate 1000", "in.csv", "out.vdf2", ""},
+        {"import --text x", "in.wav", "out.vdf2", ""},
+        {"psd", "in.vdf2", "out.vdf2", ""},
+        {"spectrum", "in.vdf2", "out.vdf2", ""},
+        {"filter --lowpass 100", "in.vdf2", "out.vdf2", ""},
+        {"filter --butterworth lp 2 100", "in.vdf2", "out.wav", "--as wav"},
+        {"resample --down 2", "in.vdf2", "out.vdf2", ""},
+        {"export", "in.vdf2", "out.csv", ""},
+        {"export", "in.vdf2", "out.wav", "--as wav"},
+        {"plot", "in.vdf2", "out.svg", ""},
+        {"plot --title x", "in.vdf2", "out.png", "--as png"},
+        {"spectrogram", "in.vdf2", "out.pdf", "--as pdf"},
+        {"plot -o x.svg", "in.vdf2", "out.gci2", "--store-settings"},
+        {"profile", "profile.txt", "out.txt", ""},
+        {"profile --lines 1,200", "profile.txt", "out.vdf2", "--as vdf2"},
+        {"synth --duration 1", "profile.txt", "out.vdf2", ""},
+    };
+    for (const auto& [command, input, output, as] : cases) {
+        // The text of a header is the name of the input.
+        const std::string name = "'standard input'";
+        const std::string kvx = std::string("kvx ") + command + " ";
+        const bool isSettings = std::string(as).starts_with("--store");
+        const std::string to = isSettings ? std::string(" ") + as + " " : " -o ";
+        const std::string format = isSettings ? "" : std::string(" ") + as;
+        RunWell(folder, "cp " + std::string(input) + " " + name + "; " + kvx + name + to + output);
+        for (const std::string& feed : {"cat " + name + " | " + kvx, "< " + name + " " + kvx}) {
+            const ToolResult result = RunShell(folder, feed + "-" + to + "-" + format);
+            EXPECT_TRUE(result.status == 0 && result.out == folder.Read(output)) << feed << result.err;
+        }
+    }
+    EXPECT_THAT(RunWell(folder, "cat in.vdf2 | kvx info - | head -n 2"),
+                StartsWith("standard input\n  kind"));
+}
+
+TEST(StandardStreams, GiveTheReportToStandardErrorAndAreNoFiles) {
+    const TempFolder folder;
+    folder.Write("in.csv", "skipped\n1\n2\n3\n4\n");
+    const std::string import = "kvx import - -o - --rate 2 ";
+    const ToolResult made = RunShell(folder, import + "< in.csv");
+    EXPECT_THAT(made.err, StartsWith("standard output: 4 samples at 2 Hz (2 s), 1 record\n"));
+    folder.Write("-", made.out);
+    EXPECT_EQ(RunShell(folder, "(read line; " + import + ") < in.csv | kvx export - -o -").out,
+              "time [s],ch1 [-]\n0,1\n0.5,2\n1,3\n1.5,4\n");
+    EXPECT_EQ(RunWell(folder, "kvx export ./- -o -"), "time [s],skipped [-]\n0,1\n0.5,2\n1,3\n1.5,4\n");
+    const struct {
+        const char* command;
+        const char* sentence;
+    } cases[] = {
+        {"kvx psd - < in.csv", "cannot analyse standard input: it is not a vibration data file\n"},
+        {"kvx psd - <&-", "cannot analyse standard input: the file handle is not valid\n"},
+        {"kvx export ./- -o - --as wav > /dev/full", "cannot write to standard output: the disk is full\n"},
+        {"kvx plot ./- -o - >&-", "cannot write to standard output: the file handle is not valid\n"},
+        {"TMPDIR=/none kvx plot ./- -o -",
+         "cannot write to standard output: no temporary file can be made in"},
+        {"kvx plot ./- -o - --store-settings -", "--store-settings: '-' is the picture"},
+        {"kvx plot - -o x.svg --profile -", "standard input can be only one of the inputs"},
+        {"kvx filter - -o x.wav --fir -", "standard input can be only one of the inputs"},
+    };
+    for (const auto& [command, sentence] : cases) {
+        const ToolResult result = RunShell(folder, command);
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_THAT(result.err, StartsWith(std::string("kvx: ") + sentence)) << command;
+    }
+    EXPECT_EQ(folder.Count(), 2U);
+}
+
 TEST(Interrupts, EndEveryCommandAndLeaveNothingBehind) {
     const TempFolder folder;
+    int turn = 0;
+    for (const char* command :
+         {"info -", "psd - -o out.vdf2", "spectrum - -o out.vdf2", "xfr - -o out.vdf2", "export - -o out.csv",
+          "import - -o out.vdf2", "filter - -o out.wav --lowpass 9", "resample - -o out.vdf2 --down 2",
+          "plot - -o out.svg", "spectrogram - -o out.png", "synth - -o out.vdf2", "profile - -o out.txt"}) {
+        const int signal = std::array{SIGINT, SIGTERM, SIGHUP}[static_cast<std::size_t>(turn++ % 3)];
+        RunningTool tool(folder, command);
+        EXPECT_TRUE(tool.Feed()) << command;
+        EXPECT_EQ(tool.End(signal), signal) << command;
+    }
+    EXPECT_EQ(folder.Count(), 0U);
+
     WriteWave(folder, "in.vdf2", 1000, 0, std::vector<double>(std::size_t{1} << 21, 0.25));
     for (const std::string output : {"out.vdf2", "out.csv", "out.wav"}) {
         folder.Write(output, "what was there before");

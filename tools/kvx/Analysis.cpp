@@ -17,6 +17,7 @@
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -224,8 +225,7 @@ void WriteReport(ByteStream& out, const AnalysisOptions& options, const std::vec
 
 void AddAnalysisOptions(Command command, AnalysisOptions* options) {
     command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
-    command.AddOption("-o,--output", options->output,
-                      "Data file for the lines; without it only a report is printed");
+    AddLinesOutput(command, &options->output);
     AddBlockOptions(command, &options->blocks);
     AddChannelOptions(command, &options->channels);
     AddBandOptions(command, "rms, highest line and peaks", &options->band);
@@ -236,14 +236,14 @@ void AddAnalysisOptions(Command command, AnalysisOptions* options) {
 }
 
 void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteStream& out) {
-    if (!options.output.empty()) RequireAnotherFile(options.input, options.output);
+    RequireLinesOutput(options.input, options.output);
     MakeWindow(options.blocks);
     OverlapSamples(options.blocks);
     std::vector<CComDataBase> records;
     std::vector<RecordReport> reports;
     std::wstring text;
     Doing("analyse", options.input, [&] {
-        Progress progress("analysing " + options.input);
+        Progress progress("analysing " + InputName(options.input));
         const DataFileContent content = LoadDataFile(options.input);
         text = content.header.GetName();
         for (const ChosenWaveforms& source : SelectSources(content, options)) {
@@ -257,10 +257,9 @@ void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteS
         if (options.cutoffHz > 0.0 && std::ranges::none_of(reports, hasMotion))
             throw Reason("--cutoff is for the motion of accelerations, which no channel is");
     });
-    if (!options.output.empty()) {
-        Doing("write", options.output, [&] { StoreDataFile(options.output, text, std::move(records)); });
-    }
-    WriteReport(out, options, reports);
+    const std::string& output = options.output.name;
+    if (!output.empty()) Doing("write", output, [&] { StoreDataFile(output, text, std::move(records)); });
+    WriteReport(ReportStream(output, out), options, reports);
 }
 
 }  // namespace kvx::tool

@@ -19,7 +19,7 @@ namespace kvx::tool {
 
 struct AnalysisOptions {
     std::string input;
-    std::string output;  ///< empty for a report only
+    OutputChoice output;  ///< empty for a report only
     ChannelOptions channels;
     BlockOptions blocks;
     BandOptions band;

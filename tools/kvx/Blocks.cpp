@@ -13,9 +13,12 @@
 #include "Failure.h"
 #include "Format.h"
 #include "Options.h"
+#include "Output.h"
 
 namespace kvx::tool {
 namespace {
+
+constexpr std::array kLineFormats = {OutputFormat::dataFile};
 
 struct WindowName {
     std::string_view name;
@@ -49,6 +52,16 @@ void AddBlockOptions(Command command, BlockOptions* options) {
         .Type("PERCENT")
         .Check(FiniteNumber())
         .ShowDefault();
+}
+
+void AddLinesOutput(Command& command, OutputChoice* output) {
+    AddOutputOptions(command, "Data file for the lines, else there is only a report", kLineFormats, output);
+}
+
+void RequireLinesOutput(const std::string& input, const OutputChoice& output) {
+    if (output.name.empty()) return;
+    RequireAnotherFile(input, output.name);
+    FormatOf(output, kLineFormats);
 }
 
 void AddBandOptions(Command command, const std::string& figures, BandOptions* options) {

@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/platform/Types.h>
 
 #include "Command.h"
+#include "OutputFormat.h"
 
 namespace kvx::tool {
 
@@ -34,6 +35,12 @@ void RequireBlock(const CComDataBase& record, const BlockOptions& options);
 
 /// "3 blocks of 1024 at 2048 Hz, hann window, line spacing 2 Hz"
 std::string BlocksText(const BlockOptions& options, __int64 count, double rateHz);
+
+/// Describes -o for the lines of an analysis, a data file; without it there is only a report.
+void AddLinesOutput(Command& command, OutputChoice* output);
+
+/// Throws ValueError when the lines cannot go to the output, if one is named.
+void RequireLinesOutput(const std::string& input, const OutputChoice& output);
 
 struct BandOptions {
     double fromHz = 0.0;

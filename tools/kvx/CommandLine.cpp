@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "CommandLine.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -17,32 +14,17 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "Format.h"
 #include "Interrupts.h"
 #include "NearNames.h"
 #include "Output.h"
+#include "StandardStreams.h"
 
 namespace kvx::tool {
 namespace {
 
-/// Standard output without a buffer of its own, so that nothing can fail after the last Write.
-class StandardOutput : public ByteStream {
-public:
-    std::size_t Read(void*, std::size_t) override { return 0; }
-    void Write(const void* data, std::size_t size) override {
-        const auto* bytes = static_cast<const char*>(data);
-        while (size > 0) {
-            const ssize_t count = ::write(STDOUT_FILENO, bytes, size);
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0) throw CFileException::FromHostError(errno, L"standard output");
-            bytes += count;
-            size -= static_cast<std::size_t>(count);
-        }
-    }
-    std::uint64_t Remaining() const override { return 0; }
-};
-
 int Report(const std::string& sentence, ExitStatus status) {
-    std::fprintf(stderr, "kvx: %s\n", sentence.c_str());
+    std::fprintf(stderr, "kvx: %s\n", Printable(sentence).c_str());
     return status;
 }
 
@@ -103,7 +85,9 @@ int RunCommandLine(int argc, const char* const* argv) {
     CLI::App app("Imports, describes, analyses and exports vibration data files (.vdf2).", "kvx");
     app.set_version_flag("--version", "kvx " KVX_VERSION);
     app.get_formatter()->column_width(28);
-    app.footer("'kvx COMMAND --help' tells more about a command and ends with an example.");
+    app.footer(
+        "'kvx COMMAND --help' tells more about a command and ends with an example. A file called - is\n"
+        "standard input or standard output.");
     Action action;
     for (const auto add :
          {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddResample, AddExport, AddPlot,
@@ -115,7 +99,6 @@ int RunCommandLine(int argc, const char* const* argv) {
     std::signal(SIGXFSZ, SIG_IGN);
     RemoveUnfinishedFilesOnSignals();
 
-    StandardOutput out;
     try {
         try {
             RequireCommand(app, argc, argv);
@@ -126,7 +109,7 @@ int RunCommandLine(int argc, const char* const* argv) {
             const std::string text = version.what();
             action = [text](ByteStream& stream) { WriteText(stream, text + "\n"); };
         }
-        action(out);
+        action(StandardOutput());
         return kDone;
     } catch (const CLI::ValidationError& error) {
         return ReportUsage(app, error.what(), kFailed);

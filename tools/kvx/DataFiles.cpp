@@ -9,6 +9,7 @@
 #include "Failure.h"
 #include "Format.h"
 #include "Options.h"
+#include "StandardStreams.h"
 
 namespace kvx::tool {
 namespace {
@@ -61,7 +62,7 @@ std::string ReasonText(const DataFileFailure& failure) {
 DataFileContent LoadDataFile(const std::string& path) {
     DataFileContent content;
     DataFileFailure failure;
-    if (!CComDataFile::LoadDataFile(WidePath(path).c_str(), &content, &failure))
+    if (!CComDataFile::LoadDataFile(WidePath(InputPath(path)).c_str(), &content, &failure))
         throw Reason(ReasonText(failure));
     return content;
 }
@@ -69,9 +70,11 @@ DataFileContent LoadDataFile(const std::string& path) {
 void StoreDataFile(const std::string& path, const std::wstring& text, std::vector<CComDataBase> records) {
     const DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), std::move(records)};
     for (std::size_t r = 0; r < content.records.size(); ++r) RequireAxis(content.records[r], r);
+    OutputTarget target(path);
     DataFileFailure failure;
-    if (!CComDataFile::StoreDataFile(WidePath(path).c_str(), content, &failure))
+    if (!CComDataFile::StoreDataFile(WidePath(target.Path()).c_str(), content, &failure))
         throw Reason(ReasonText(failure));
+    target.Deliver();
 }
 
 std::vector<Channel> ListChannels(const DataFileContent& content) {

@@ -2,6 +2,7 @@
 //
 // kvx export: records become a CSV table or, when they are waveforms, a WAV file.
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -20,18 +21,22 @@
 #include "Format.h"
 #include "Options.h"
 #include "Output.h"
+#include "OutputFormat.h"
 #include "Progress.h"
 #include "Signal.h"
 #include "SignalWriter.h"
 #include "SoundFile.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
 
+constexpr std::array kExportFormats = {OutputFormat::csv, OutputFormat::text, OutputFormat::wav};
+
 struct ExportOptions {
     std::string input;
-    std::string output;
+    OutputChoice output;
     std::string units;
     ChannelOptions channels;
     WavOptions wav;
@@ -133,9 +138,7 @@ private:
 
 /// "name [unit]", in quotes where the comma rules want it.
 std::string CsvHeading(const std::wstring& name, const std::string& part, const CUnitCtrl& unit) {
-    std::string text = ToUtf8(name) + part + " [" + UnitText(unit) + "]";
-    std::ranges::replace_if(
-        text, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    const std::string text = Printable(ToUtf8(name)) + part + " [" + UnitText(unit) + "]";
     if (text.find_first_of(",\"") == std::string::npos && text.front() != '#') return text;
     std::string quoted = "\"";
     for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
@@ -216,7 +219,8 @@ void RequireWav(const std::vector<Column>& columns, const WavOptions& options) {
 
 void WriteWav(const std::vector<Column>& columns, const ExportOptions& options, Progress& progress) {
     const CComDataBase& axis = *columns.front().record;
-    WavWriter file(options.output, columns.size(), axis.GetNsamp(), WavRate(axis.GetDelta()),
+    OutputTarget target(options.output.name);
+    WavWriter file(target.Path(), columns.size(), axis.GetNsamp(), WavRate(axis.GetDelta()),
                    WavSamplesOf(options.wav));
     ScaleBlocks(columns, options.wav,
                 [&](const std::vector<const double*>& channels, std::size_t count, __int64 done) {
@@ -225,14 +229,16 @@ void WriteWav(const std::vector<Column>& columns, const ExportOptions& options, 
                                     static_cast<std::uint64_t>(axis.GetNsamp()));
                 });
     file.Commit();
+    target.Deliver();
 }
 
 void RunExport(const ExportOptions& options, ByteStream& out) {
-    RequireAnotherFile(options.input, options.output);
-    const bool isWav = IsWavName(options.output);
+    const std::string& output = options.output.name;
+    RequireAnotherFile(options.input, output);
+    const bool isWav = FormatOf(options.output, kExportFormats) == OutputFormat::wav;
     if (options.wav.fullScale && !isWav) throw UsageError("--full-scale is for WAV files");
     WavSamplesOf(options.wav);
-    Progress progress("exporting " + options.input);
+    Progress progress("exporting " + InputName(options.input));
     DataFileContent content;
     std::vector<Column> columns;
     Doing("export", options.input, [&] {
@@ -240,20 +246,19 @@ void RunExport(const ExportOptions& options, ByteStream& out) {
         columns = MakeColumns(content, options);
         if (isWav) RequireWav(columns, options.wav);
     });
-    if (options.output == "-") {
-        WriteCsv(columns, out, progress);
-        return;
-    }
-    Doing("write", options.output, [&] {
+    Doing("write", output, [&] {
         if (isWav) {
             WriteWav(columns, options, progress);
-            return;
+        } else if (IsStandardStream(output)) {
+            WriteCsv(columns, StandardOutput(), progress);
+        } else {
+            OutputFile file(WidePath(output));
+            WriteCsv(columns, file, progress);
+            file.Commit();
         }
-        OutputFile file(WidePath(options.output));
-        WriteCsv(columns, file, progress);
-        file.Commit();
     });
-    WriteText(out, options.output + ": " + Count(std::ssize(columns), "channel") + " of " +
+    if (IsStandardStream(output)) return;
+    WriteText(out, OutputName(output) + ": " + Count(std::ssize(columns), "channel") + " of " +
                        Count(columns.front().record->GetNsamp(), "sample") + "\n");
 }
 
@@ -263,11 +268,7 @@ void AddExport(Command app) {
     const auto options = std::make_shared<ExportOptions>();
     Command command = app.AddCommand("export", "Write records as a CSV table or a WAV file");
     command.AddOption("FILE", options->input, "Data file").Required();
-    command
-        .AddOption("-o,--output", options->output,
-                   "Output: .wav for sound, anything else for CSV, - for CSV on "
-                   "standard output")
-        .Required();
+    AddOutputOptions(command, "Output: a CSV table or sound", kExportFormats, &options->output).Required();
     command.AddOption("--unit", options->units, "Unit of the values, one for all channels or a list")
         .Type("LIST");
     AddChannelOptions(command, &options->channels);

@@ -1,21 +1,31 @@
 // SPDX-License-Identifier: MIT
 #include "Failure.h"
 
+#include <algorithm>
 #include <new>
 #include <optional>
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 
+#include "Format.h"
+
 namespace kvx::tool {
 namespace {
 
+/// Texts up to this length are quoted whole; of longer ones so much of the beginning and the end.
 constexpr std::size_t kQuotedBytes = 60;
+constexpr std::size_t kQuotedHead = 26;
+constexpr std::size_t kQuotedTail = 30;
+/// The name of a file is quoted whole up to this length, the longest that hosts have.
+constexpr std::size_t kLongestName = 255;
 
-std::size_t SequenceLength(unsigned char lead) {
-    if (lead < 0x80) return 1;
-    if (lead < 0xE0) return 2;
-    return lead < 0xF0 ? 3 : 4;
+/// The start of the character that the byte at `at` belongs to.
+std::size_t CharacterStart(std::string_view text, std::size_t at) {
+    constexpr std::size_t kMostBytes = 4;
+    for (std::size_t back = 0; back < std::min(at + 1, kMostBytes); ++back)
+        if ((static_cast<unsigned char>(text[at - back]) & 0xC0) != 0x80) return at - back;
+    return at;
 }
 
 }  // namespace
@@ -25,25 +35,14 @@ std::string Explain(const CFileException& error) {
 }
 
 std::string Quote(std::string_view text) {
-    static constexpr char kHex[] = "0123456789ABCDEF";
-    std::string quoted = "'";
-    for (std::size_t at = 0; at < text.size();) {
-        if (at >= kQuotedBytes) {
-            quoted += "...";
-            break;
-        }
-        const auto lead = static_cast<unsigned char>(text[at]);
-        const std::string_view sequence = text.substr(at, SequenceLength(lead));
-        const bool printable = lead >= 0x20 && lead != 0x7F && FromUtf8(sequence).has_value();
-        if (printable) {
-            quoted += sequence;
-            at += sequence.size();
-        } else {
-            quoted += {'\\', 'x', kHex[lead >> 4], kHex[lead & 15]};
-            ++at;
-        }
-    }
-    return quoted + "'";
+    if (text.size() <= kQuotedBytes) return "'" + Printable(text) + "'";
+    const std::size_t slash = text.rfind('/');
+    const std::size_t name = slash == text.npos ? 0 : text.size() - slash;
+    const std::size_t kept = std::max(kQuotedTail, name <= kLongestName + 1 ? name : 0);
+    if (kQuotedHead + kept >= text.size()) return "'" + Printable(text) + "'";
+    const std::size_t head = CharacterStart(text, kQuotedHead);
+    const std::size_t tail = CharacterStart(text, text.size() - kept);
+    return "'" + Printable(text.substr(0, head)) + "..." + Printable(text.substr(tail)) + "'";
 }
 
 std::string Quote(std::wstring_view text) {
@@ -52,7 +51,9 @@ std::string Quote(std::wstring_view text) {
 
 void ThrowFailure(std::string_view verb, std::string_view path) {
     const auto fail = [&](const std::string& why) {
-        throw Failure("cannot " + std::string(verb) + " " + Quote(path) + ": " + why);
+        const std::string stream = verb == "write" ? "to standard output" : "standard input";
+        throw Failure("cannot " + std::string(verb) + " " + (path == "-" ? stream : Quote(path)) + ": " +
+                      why);
     };
     try {
         throw;

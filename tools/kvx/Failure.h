@@ -31,16 +31,17 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Text from outside made fit for a sentence: in quotes, on one line, at most about 60 characters, with
-/// control characters and bytes that are not UTF-8 written as \xNN.
+/// Text from outside made fit for a sentence: Printable, in quotes, and cut in the middle where it is longer
+/// than about 60 characters; the name of a file at its end is kept.
 std::string Quote(std::string_view text);
 std::string Quote(std::wstring_view text);
 
 /// Why a file operation failed, without the file's name.
 std::string Explain(const CFileException& error);
 
-/// The sentence for the exception being handled: "cannot VERB 'PATH': WHY". Rethrows a Failure, ValueError or
-/// UsageError as it is, and whatever is not a failure of the host or the input.
+/// The sentence for the exception being handled: "cannot VERB 'PATH': WHY"; the path "-" is standard output
+/// for the verb "write" and standard input for all others. Rethrows a Failure, ValueError or UsageError as it
+/// is, and whatever is not a failure of the host or the input.
 [[noreturn]] void ThrowFailure(std::string_view verb, std::string_view path);
 
 /// Runs `action` on behalf of "VERB 'PATH'" and returns its result; throws Failure when it fails.

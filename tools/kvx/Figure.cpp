@@ -21,6 +21,7 @@
 #include "Failure.h"
 #include "Format.h"
 #include "Output.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -417,9 +418,12 @@ void WriteFigures(const PictureChoice& choice, const PictureTarget& target, cons
         }
     });
     const plot::Size& size = target.options.size;
-    WriteText(out, choice.output + ": " + Count(std::ssize(figures), "graph") + ", " +
-                       FormatNumber(size.width) + " x " + FormatNumber(size.height) +
-                       (target.format == plot::PictureFormat::kPdf ? " points\n" : " pixels\n"));
+    const std::string& output = choice.output.name;
+    const bool storesToStream = IsStandardStream(choice.storeSettings);
+    WriteText(ReportStream(storesToStream ? choice.storeSettings : output, out),
+              OutputName(output) + ": " + Count(std::ssize(figures), "graph") + ", " +
+                  FormatNumber(size.width) + " x " + FormatNumber(size.height) +
+                  (target.format == plot::PictureFormat::kPdf ? " points\n" : " pixels\n"));
 }
 
 }  // namespace kvx::tool

@@ -27,6 +27,7 @@
 #include "Options.h"
 #include "Output.h"
 #include "SampleFilters.h"
+#include "StandardStreams.h"
 #include "Stream.h"
 #include "UnitChoice.h"
 
@@ -329,7 +330,9 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
     if (options.bySamples.keepDelay && !options.bySamples.firFile && !options.bySamples.firSet) {
         throw UsageError("--keep-delay is for --fir and --fir-set");
     }
-    RequireAnotherFile(options.bySamples.firFile.value_or(""), options.stream.output);
+    const std::string& output = options.stream.output.name;
+    RequireAnotherFile(options.bySamples.firFile.value_or(""), output);
+    RequireOneStandardInput({options.stream.input, options.bySamples.firFile.value_or("")});
     const PlanRun plan = options.bySamples.IsAny() ? PlanSamples(options) : PlanSpectra(options);
     const std::string& input = options.stream.input;
     const std::unique_ptr<SignalReader> reader = OpenInput("filter", options.stream);
@@ -342,12 +345,12 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
         }
     });
     const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
-    Stream({"filter", input, options.stream.output}, *reader, *writer, [&](std::size_t run, std::size_t c) {
+    Stream({"filter", input, output}, *reader, *writer, [&](std::size_t run, std::size_t c) {
         return std::make_unique<Measured>(filters[run].make(), &filters[run].levels[c]);
     });
     std::string report;
     for (std::size_t r = 0; r < runs.size(); ++r) report += Report(runs[r], filters[r]);
-    WriteText(out, report);
+    WriteText(ReportStream(output, out), report);
 }
 
 }  // namespace

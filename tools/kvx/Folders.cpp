@@ -70,7 +70,7 @@ void RunFolders(bool asJson, ByteStream& out) {
         WriteText(out, json.dump(2) + "\n");
         return;
     }
-    WriteText(out, (drive ? "SystemDrive is " + ToUtf8(*drive) : "SystemDrive is not set") + "\n" +
+    WriteText(out, (drive ? "SystemDrive is " + Printable(ToUtf8(*drive)) : "SystemDrive is not set") + "\n" +
                        FormatTable({Align::left, Align::left, Align::left}, lines));
 }
 

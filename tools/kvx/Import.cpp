@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx import: text tables and sound files become vibration data files.
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -17,6 +18,7 @@
 #include "Progress.h"
 #include "Signal.h"
 #include "SignalWriter.h"
+#include "StandardStreams.h"
 #include "Stream.h"
 #include "UnitChoice.h"
 
@@ -25,9 +27,11 @@ namespace {
 
 constexpr std::size_t kHeaderTextLength = 257;
 
+constexpr std::array kImportFormats = {OutputFormat::dataFile};
+
 struct ImportOptions {
     std::string input;
-    std::string output;
+    OutputChoice output;
     std::string channels;
     std::optional<std::string> text;
     RecordingOptions recording;
@@ -35,7 +39,7 @@ struct ImportOptions {
 
 std::string Summary(const std::string& output, const std::vector<RecordOutline>& records) {
     const RecordOutline& first = records.front();
-    std::string text = output + ": " + Count(first.nsamp, "sample") + " at " +
+    std::string text = OutputName(output) + ": " + Count(first.nsamp, "sample") + " at " +
                        FormatNumber(1.0 / first.fields.delta, 10) + " Hz (" +
                        FormatNumber(static_cast<double>(first.nsamp) * first.fields.delta, 7) + " s), " +
                        Count(std::ssize(records), "record") + "\n";
@@ -48,19 +52,23 @@ std::string Summary(const std::string& output, const std::vector<RecordOutline>&
 }
 
 void RunImport(const ImportOptions& options, ByteStream& out) {
-    RequireAnotherFile(options.input, options.output);
-    const std::string given = options.text.value_or(std::filesystem::path(options.input).filename().string());
+    const std::string& output = options.output.name;
+    RequireAnotherFile(options.input, output);
+    FormatOf(options.output, kImportFormats);
+    const std::string file = std::filesystem::path(options.input).filename().string();
+    const std::string given =
+        options.text.value_or(IsStandardStream(options.input) ? InputName(options.input) : file);
     const std::optional<std::wstring> text = FromUtf8(given);
     if (!text) throw ValueError("the text " + Quote(given) + " is not valid UTF-8");
     if (ToUtf16(*text).size() > kHeaderTextLength) Note("the header keeps 257 characters of the text");
     const std::unique_ptr<SignalReader> reader = Doing("import", options.input, [&] {
-        Progress progress("reading " + options.input);
+        Progress progress("reading " + InputName(options.input));
         return OpenRecording(options.input, options.channels, options.recording, false, progress);
     });
     const std::unique_ptr<SignalWriter> writer =
-        Doing("write", options.output, [&] { return CreateDataFile(options.output, *text, reader->Runs()); });
-    Stream({"import", options.input, options.output}, *reader, *writer, [](auto...) { return NoChange(); });
-    WriteText(out, Summary(options.output, writer->Records()));
+        Doing("write", output, [&] { return CreateDataFile(output, *text, reader->Runs()); });
+    Stream({"import", options.input, output}, *reader, *writer, [](auto...) { return NoChange(); });
+    WriteText(ReportStream(output, out), Summary(output, writer->Records()));
 }
 
 }  // namespace
@@ -72,9 +80,9 @@ void AddImport(Command app) {
         .AddOption(
             "INPUT", options->input,
             "Text table (columns apart by comma, semicolon, tab or blanks; logger files .lvm) or sound "
-            "file (WAV, RF64, Wave64, AIFF, AU, CAF or FLAC)")
+            "file (WAV, RF64, Wave64, AIFF, AU, CAF or FLAC); - is standard input")
         .Required();
-    command.AddOption("-o,--output", options->output, "Data file to write (.vdf2)").Required();
+    AddOutputOptions(command, "Data file to write", kImportFormats, &options->output).Required();
     command
         .AddOption("--channels", options->channels,
                    "Channels to take, by number, range or name, in this order: 1,3-4,top")

@@ -25,6 +25,7 @@
 #include "Format.h"
 #include "Options.h"
 #include "Output.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -46,12 +47,12 @@ struct HeaderFacts {
     std::string application;
     std::string text;
     std::string version;
-    std::string changed;
+    std::string changed;  ///< empty for standard input
     bool isData = false;
 };
 
 HeaderFacts ReadHeader(const std::string& path) {
-    const std::wstring wide = WidePath(path);
+    const std::wstring wide = WidePath(InputPath(path));
     InputFile(std::wstring_view(wide));  // a file that cannot be read is told as such
     const CComHdr::HDRCODE_TYPE type = CComHdr::GetHdrCodeType(wide.c_str());
     if (type == CComHdr::HDRCODE_UNKNOWN) throw Reason("it is not a file of the suite");
@@ -80,10 +81,12 @@ HeaderFacts ReadHeader(const std::string& path) {
     facts.generation = type == CComHdr::HDRCODE_FIRST ? 1 : 2;
     facts.application = ToUtf8(application);
     facts.text = ToUtf8(header.GetName());
-    CString changed;
-    CValConv::GetDateTimeString(&changed, FileTime(wide), CValConv::DATE_HYPHENS, CValConv::TIME_WESTERN, 1,
-                                1);
-    facts.changed = ToUtf8(changed);
+    if (!IsStandardStream(path)) {
+        CString changed;
+        CValConv::GetDateTimeString(&changed, FileTime(wide), CValConv::DATE_HYPHENS, CValConv::TIME_WESTERN,
+                                    1, 1);
+        facts.changed = ToUtf8(changed);
+    }
     facts.isData = header.CheckGrpType(CComHdr::GRP_DATA) != 0;
     return facts;
 }
@@ -294,7 +297,7 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
             text = json.dump(2) + "\n";
             return;
         }
-        text = options.file + "\n" +
+        text = InputName(options.file) + "\n" +
                FormatTable({Align::left, Align::left},
                            {{"kind", facts.kind + " (" + std::to_string(facts.value) + ", code " +
                                          facts.code + ", " + facts.extension + ")"},
@@ -302,7 +305,7 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
                             {"application", facts.application.empty() ? "-" : facts.application},
                             {"text", facts.text},
                             {"version", facts.version},
-                            {"changed", facts.changed}});
+                            {"changed", facts.changed.empty() ? "-" : facts.changed}});
         if (!facts.isData)
             text += "a settings or definition file: it has the common header and no data records\n";
         for (std::size_t r = 0; r < content.records.size(); ++r) {

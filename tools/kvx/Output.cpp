@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "Output.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 #include <system_error>
 
 #include "Failure.h"
+#include "Format.h"
+#include "StandardStreams.h"
 
 namespace kvx::tool {
 
@@ -15,15 +18,21 @@ void WriteText(ByteStream& stream, std::string_view text) {
 }
 
 void Note(std::string_view text) {
-    std::fprintf(stderr, "kvx: note: %.*s\n", static_cast<int>(text.size()), text.data());
+    std::fprintf(stderr, "kvx: note: %s\n", Printable(text).c_str());
 }
 
 void RequireAnotherFile(std::string_view input, std::string_view output) {
+    if (IsStandardStream(input) || IsStandardStream(output)) return;
     std::error_code ignored;
     if (std::filesystem::equivalent(std::filesystem::path(input), std::filesystem::path(output), ignored) &&
         std::filesystem::is_regular_file(std::filesystem::path(output), ignored)) {
         throw ValueError("the output " + Quote(output) + " is the input file");
     }
+}
+
+void RequireOneStandardInput(std::initializer_list<std::string_view> inputs) {
+    if (std::ranges::count_if(inputs, IsStandardStream) > 1)
+        throw ValueError("standard input can be only one of the inputs");
 }
 
 }  // namespace kvx::tool

@@ -3,6 +3,7 @@
 // Where results and remarks go.
 #pragma once
 
+#include <initializer_list>
 #include <string_view>
 
 #include <KvxDevCommon01/platform/ByteStream.h>
@@ -16,6 +17,10 @@ void WriteText(ByteStream& stream, std::string_view text);
 void Note(std::string_view text);
 
 /// Throws ValueError when both paths name the same existing file: the output would destroy the input.
+/// Standard streams are never the same.
 void RequireAnotherFile(std::string_view input, std::string_view output);
+
+/// Throws ValueError when more than one of a command's inputs is "-".
+void RequireOneStandardInput(std::initializer_list<std::string_view> inputs);
 
 }  // namespace kvx::tool

@@ -16,12 +16,17 @@
 #include "Format.h"
 #include "Options.h"
 #include "Output.h"
+#include "StandardStreams.h"
 
 namespace kvx::tool {
 namespace {
 
 using plot::PictureError;
 using plot::PictureFormat;
+
+constexpr std::array kPictureFormats = {OutputFormat::svg, OutputFormat::pdf, OutputFormat::png,
+                                        OutputFormat::jpeg};
+constexpr std::array kSettingsFormats = {OutputFormat::settings};
 
 constexpr double kMillimetresPerInch = 25.4;
 constexpr double kPointsPerInch = 72.0;
@@ -45,9 +50,17 @@ constexpr std::array kSchemes = {
     Scheme{"printer", CGraphColorInfo::OUTPUT_PRINTER, nullptr},
 };
 
-PictureFormat FormatOf(const std::string& output) {
-    if (const auto format = plot::PictureFormatOf(WidePath(output))) return *format;
-    throw ValueError("the output " + Quote(output) + " does not end with .svg, .pdf, .png or .jpg");
+PictureFormat PictureFormatOf(const OutputChoice& output) {
+    switch (FormatOf(output, kPictureFormats)) {
+        case OutputFormat::pdf:
+            return PictureFormat::kPdf;
+        case OutputFormat::png:
+            return PictureFormat::kPng;
+        case OutputFormat::jpeg:
+            return PictureFormat::kJpeg;
+        default:
+            return PictureFormat::kSvg;
+    }
 }
 
 /// Width and height of the picture: pixels as the option gives them, or those of the paper.
@@ -96,7 +109,7 @@ bool EndsWithColors(const std::wstring& path) {
 /// Settings of either kind of file: colours and configuration, or colours alone.
 CGraphInfo LoadSettings(const std::string& path) {
     return Doing("read", path, [&] {
-        const std::wstring wide = WidePath(path);
+        const std::wstring wide = WidePath(InputPath(path));
         InputFile(std::wstring_view(wide));  // a file that cannot be read is told as such
         CGraphInfo settings;
         if (settings.LoadGraphInfo(wide, nullptr, 0)) return settings;
@@ -109,7 +122,10 @@ CGraphInfo LoadSettings(const std::string& path) {
 
 void StoreSettings(const std::string& path, CGraphInfo settings) {
     Doing("write", path, [&] {
-        if (!settings.StoreGraphInfo(WidePath(path), nullptr, 0)) throw Reason("it cannot be written");
+        OutputTarget target(path);
+        if (!settings.StoreGraphInfo(WidePath(target.Path()), nullptr, 0))
+            throw Reason("it cannot be written");
+        target.Deliver();
     });
 }
 
@@ -120,10 +136,7 @@ std::optional<double> BoundOf(const std::string& text) {
 }  // namespace
 
 void AddPictureOptions(Command command, PictureChoice* choice) {
-    command
-        .AddOption("-o,--output", choice->output,
-                   "Picture to write; its end tells the format: .svg, .pdf, .png, .jpg")
-        .Required();
+    AddOutputOptions(command, "Picture to write", kPictureFormats, &choice->output).Required();
     command.AddOption("--size", choice->size, "Width and height in pixels, or A4 or A3 on its long side")
         .Type("WxH")
         .ShowDefault();
@@ -150,12 +163,13 @@ void AddPictureOptions(Command command, PictureChoice* choice) {
 
 PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std::string>& inputs) {
     for (const std::string& input : inputs) {
-        RequireAnotherFile(input, choice.output);
+        RequireAnotherFile(input, choice.output.name);
         RequireAnotherFile(input, choice.storeSettings);
     }
-    if (choice.storeSettings == choice.output)
-        throw ValueError("--store-settings: " + Quote(choice.output) + " is the picture");
-    const PictureFormat format = FormatOf(choice.output);
+    if (choice.storeSettings == choice.output.name)
+        throw ValueError("--store-settings: " + Quote(choice.output.name) + " is the picture");
+    if (!choice.storeSettings.empty()) FormatOf({choice.storeSettings, {}}, kSettingsFormats);
+    const PictureFormat format = PictureFormatOf(choice.output);
     PictureTarget target = {format, OptionsOf(choice, format), {}, CGraphColorInfo::OUTPUT_DISPLAY};
     if (choice.title) {
         target.title = FromUtf8(*choice.title);
@@ -173,12 +187,13 @@ PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std:
 void WritePicture(const PictureChoice& choice, const PictureTarget& target,
                   const std::function<void(plot::Canvas&)>& draw) {
     if (!choice.storeSettings.empty()) StoreSettings(choice.storeSettings, target.settings);
-    Doing("write", choice.output, [&] {
+    Doing("write", choice.output.name, [&] {
+        OutputTarget file(choice.output.name);
         const plot::PictureResult result =
-            plot::WritePicture(WidePath(choice.output), target.format, target.options, draw);
+            plot::WritePicture(WidePath(file.Path()), target.format, target.options, draw);
         switch (result.error) {
             case PictureError::kNone:
-                return;
+                return file.Deliver();
             case PictureError::kBadOptions:
                 throw Reason("the picture would be too small or too large");
             case PictureError::kNoMemory:

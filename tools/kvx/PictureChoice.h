@@ -15,11 +15,12 @@
 #include <plot/Picture.h>
 
 #include "Command.h"
+#include "OutputFormat.h"
 
 namespace kvx::tool {
 
 struct PictureChoice {
-    std::string output;
+    OutputChoice output;
     std::string size = "800x500";
     double pixelsPerInch = 96.0;
     std::optional<std::string> scheme;

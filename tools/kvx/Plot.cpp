@@ -15,6 +15,7 @@
 #include "Failure.h"
 #include "Figure.h"
 #include "Options.h"
+#include "Output.h"
 #include "PictureChoice.h"
 #include "ProfileText.h"
 #include "UnitChoice.h"
@@ -111,6 +112,7 @@ void AddProfileText(std::vector<Figure>& figures, const ProfileText& text) {
 }
 
 void RunPlot(const PlotOptions& options, ByteStream& out) {
+    RequireOneStandardInput({options.input, options.profile, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {options.input, options.profile});
     const FigureChoice choice = ChoiceOf(options);
     const DataFileContent content = Doing("read", options.input, [&] { return LoadDataFile(options.input); });

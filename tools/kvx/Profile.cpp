@@ -2,6 +2,7 @@
 //
 // kvx profile: levels, rms and changes of a power spectral density given by breakpoints.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <new>
@@ -23,15 +24,19 @@
 #include "Format.h"
 #include "Options.h"
 #include "Output.h"
+#include "OutputFormat.h"
 #include "ProfileText.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
 
+constexpr std::array kProfileFormats = {OutputFormat::text, OutputFormat::dataFile};
+
 struct ProfileOptions {
     std::string profile;
-    std::string output;
+    OutputChoice output;  ///< may be empty
     std::vector<std::string> bands;
     std::vector<std::string> bandRatios;
     std::optional<double> rms;
@@ -198,11 +203,6 @@ ProfileText TextOfLines(const CDataArrayDouble& lines, const Grid& grid,
     return text;
 }
 
-bool IsDataFile(const std::string& path) {
-    constexpr std::string_view kExtension = ".vdf2";
-    return path.size() > kExtension.size() && path.ends_with(kExtension);
-}
-
 void WriteLines(const std::string& path, const std::wstring& text, const CDataArrayDouble& lines,
                 const Grid& grid, const CUnitCtrl& density) {
     const CStringArray names = {L"profile"};
@@ -215,9 +215,12 @@ void WriteLines(const std::string& path, const std::wstring& text, const CDataAr
 }
 
 void RunProfile(const ProfileOptions& options, ByteStream& out) {
-    if (!options.output.empty()) RequireAnotherFile(options.profile, options.output);
+    const std::string& output = options.output.name;
+    if (!output.empty()) RequireAnotherFile(options.profile, output);
+    const bool isDataFile =
+        !output.empty() && FormatOf(options.output, kProfileFormats) == OutputFormat::dataFile;
     const std::optional<Grid> grid = ParseLines(options.lines);
-    if (IsDataFile(options.output) && !grid) {
+    if (isDataFile && !grid) {
         throw UsageError("--lines is required for a data file: it tells where the lines stand");
     }
     std::vector<BandChange> bands, bandRatios;
@@ -261,21 +264,26 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
         rows.push_back({FormatNumber(hz, 10), "Hz", FormatNumber(profile.GetLevel(hz)), UnitText(density)});
     report += FormatTable({Align::right, Align::left, Align::right, Align::left}, rows);
 
-    if (!options.output.empty()) {
-        Doing("write", options.output, [&] {
-            if (IsDataFile(options.output)) {
+    if (!output.empty()) {
+        Doing("write", output, [&] {
+            if (isDataFile) {
                 ProfileIn(breakpoints, density);  // in the standard unit, too, levels must be numbers
-                WriteLines(options.output, FromUtf8(options.profile).value_or(L""), *lines, *grid, density);
+                WriteLines(output, FromUtf8(InputName(options.profile)).value_or(L""), *lines, *grid,
+                           density);
                 return;
             }
             const std::string text =
                 FormatProfileText(lines ? TextOfLines(*lines, *grid, source.signalUnit) : breakpoints);
-            OutputFile file(WidePath(options.output));
+            if (IsStandardStream(output)) {
+                WriteText(StandardOutput(), text);
+                return;
+            }
+            OutputFile file(WidePath(output));
             WriteText(file, text);
             file.Commit();
         });
     }
-    WriteText(out, report);
+    WriteText(ReportStream(output, out), report);
 }
 
 }  // namespace
@@ -287,8 +295,8 @@ void AddProfile(Command app) {
         .AddOption("PROFILE", options->profile,
                    "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
         .Required();
-    command.AddOption("-o,--output", options->output,
-                      "Profile to write: with --lines a data file when it ends in .vdf2, else text");
+    AddOutputOptions(command, "Profile to write: text, or with --lines a data file", kProfileFormats,
+                     &options->output);
     command
         .AddOption("--band", options->bands, "Set the level from one frequency to another; may be repeated")
         .Type("HZ,HZ,LEVEL");

@@ -14,6 +14,7 @@
 
 #include "Failure.h"
 #include "Format.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -98,7 +99,7 @@ ProfileText ParseProfileText(std::string_view text) {
 }
 
 ProfileText ReadProfileText(const std::string& path) {
-    InputFile file(WidePath(path));
+    InputFile file(WidePath(InputPath(path)));
     std::string text(kLongestProfile + 1, '\0');
     text.resize(file.Read(text.data(), text.size()));
     if (text.size() > kLongestProfile) throw Reason("it is too long for a profile");

@@ -16,6 +16,7 @@
 #include "Options.h"
 #include "Output.h"
 #include "Processes.h"
+#include "StandardStreams.h"
 #include "Stream.h"
 
 namespace kvx::tool {
@@ -129,9 +130,9 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
     const auto process = [&](std::size_t run, std::size_t) {
         return MakeResampler(changes[run], plans[run].alignment, ends);
     };
-    Stream({"resample", input, options.stream.output}, *reader, *writer, process,
+    Stream({"resample", input, options.stream.output.name}, *reader, *writer, process,
            kStreamBlock / static_cast<std::size_t>(growth));
-    WriteText(out, report);
+    WriteText(ReportStream(options.stream.output.name, out), report);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"
+#include "StandardStreams.h"
 #include "TextTable.h"
 
 namespace kvx::tool {
@@ -23,8 +24,9 @@ namespace {
 /// row.
 std::vector<double> ReadCoefficients(const std::string& path) {
     constexpr __int64 kMost = 1 << 20;
-    Progress progress("reading " + path);
-    const std::unique_ptr<RecordingReader> text = OpenTextTable(OpenTextFile(path), {false, false}, progress);
+    Progress progress("reading " + InputName(path));
+    const std::unique_ptr<RecordingReader> text =
+        OpenTextTable(OpenTextFile(InputPath(path)), {false, false}, progress);
     const std::size_t columns = text->Info().channels.size();
     const __int64 rows = text->Info().samples;
     if (columns > 1 && rows > 1) throw Reason("coefficients stand in one column or one row");
@@ -114,7 +116,7 @@ std::vector<SampleFilters::Butterworth> SampleFilters::ReadButterworths(
 SampleFilters::Fir SampleFilters::ReadFir(const std::string& path) {
     std::vector<double> values = Doing("read", path, [&] { return ReadCoefficients(path); });
     const auto count = std::ssize(values);
-    Fir filter = {"FIR of " + Count(count, "tap") + " from " + path, {}, 0};
+    Fir filter = {"FIR of " + Count(count, "tap") + " from " + InputName(path), {}, 0};
     if (!IsSymmetric(values)) {
         Note("the coefficients are not symmetric; what they delay, stays delayed");
     } else {

@@ -18,6 +18,7 @@
 #include "Output.h"
 #include "Recording.h"
 #include "SoundFile.h"
+#include "StandardStreams.h"
 #include "TextLines.h"
 #include "TextTable.h"
 #include "UnitChoice.h"
@@ -63,7 +64,8 @@ public:
                     const std::string& channels, const RecordingOptions& options)
         : recording_(std::move(recording)),
           scale_(recording_->Info().hasFullScale ? options.fullScale.value_or(1.0) : 1.0) {
-        text_ = FromUtf8(std::filesystem::path(path).filename().string()).value_or(L"");
+        const std::string file = std::filesystem::path(path).filename().string();
+        text_ = FromUtf8(IsStandardStream(path) ? InputName(path) : file).value_or(L"");
         std::vector<std::string> notes = recording_->Info().remarks;
         SignalRun run;
         run.samples = recording_->Info().samples;
@@ -223,14 +225,15 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
 std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
                                             const RecordingOptions& options, bool isForSound,
                                             Progress& progress) {
-    return std::make_unique<RecordingSignal>(OpenFile(path, options, isForSound, progress), path, channels,
-                                             options);
+    return std::make_unique<RecordingSignal>(OpenFile(InputPath(path), options, isForSound, progress), path,
+                                             channels, options);
 }
 
 std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
                                          const RecordingOptions& options, bool isForSound,
                                          Progress& progress) {
-    if (IsRegularFile(path) && CComHdr::GetHdrCodeType(WidePath(path).c_str()) != CComHdr::HDRCODE_UNKNOWN) {
+    const std::string file = InputPath(path);
+    if (IsRegularFile(file) && CComHdr::GetHdrCodeType(WidePath(file).c_str()) != CComHdr::HDRCODE_UNKNOWN) {
         const bool isStated = options.rateHz || !options.units.empty() || !options.names.empty() ||
                               options.time != "auto" || options.decimal != "auto" ||
                               options.encoding != "auto" || options.isPartial;
@@ -239,7 +242,7 @@ std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelO
                 "a data file knows its rate, units and names; the options that state them are for "
                 "text and sound files");
         }
-        return std::make_unique<DataFileSignal>(path, channels);
+        return std::make_unique<DataFileSignal>(file, channels);
     }
     if (channels.record > 0) throw Reason("--record is for data files");
     return OpenRecording(path, channels.channels, options, isForSound, progress);

@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
-#include <filesystem>
 #include <limits>
 #include <utility>
 
@@ -15,6 +13,7 @@
 #include "Failure.h"
 #include "Format.h"
 #include "Options.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -36,11 +35,12 @@ constexpr std::array kSampleNames = {
 class DataFileSignalWriter : public SignalWriter {
 public:
     DataFileSignalWriter(const std::string& path, const std::wstring& text,
-                         const std::vector<SignalRun>& runs) {
+                         const std::vector<SignalRun>& runs)
+        : target_(path) {
         for (const SignalRun& run : runs) AddRun(run);
         DataFileFailure failure;
         const CComHdr header(CComHdr::EXT_INFO_VIB_DATA, text.c_str());
-        if (!file_.Create(WidePath(path).c_str(), header, records_, &failure))
+        if (!file_.Create(WidePath(target_.Path()).c_str(), header, records_, &failure))
             throw Reason(ReasonText(failure));
         done_.resize(runs.size());
     }
@@ -60,6 +60,7 @@ public:
     void Commit() override {
         DataFileFailure failure;
         if (!file_.Commit(&failure)) throw Reason(ReasonText(failure));
+        target_.Deliver();
     }
 
     std::vector<RecordOutline> Records() const override { return records_; }
@@ -102,6 +103,7 @@ private:
         }
     }
 
+    OutputTarget target_;
     DataFileWriter file_;
     std::vector<RecordOutline> records_;
     std::vector<std::vector<Place>> places_;  ///< per run and channel
@@ -116,7 +118,8 @@ const SignalRun& OnlyRun(const std::vector<SignalRun>& runs) {
 class WavSignalWriter : public SignalWriter {
 public:
     WavSignalWriter(const std::string& path, const SignalRun& run, const WavOptions& options)
-        : file_(path, run.channels.size(), run.samples, WavRate(run.delta), WavSamplesOf(options)) {
+        : target_(path),
+          file_(target_.Path(), run.channels.size(), run.samples, WavRate(run.delta), WavSamplesOf(options)) {
         for (const SignalRun::Channel& channel : run.channels) scales_.emplace_back(channel, options);
     }
 
@@ -127,9 +130,11 @@ public:
     void Commit() override {
         for (const WavScale& scale : scales_) scale.RequireUnclipped();
         file_.Commit();
+        target_.Deliver();
     }
 
 private:
+    OutputTarget target_;
     WavWriter file_;
     std::vector<WavScale> scales_;
 };
@@ -144,13 +149,6 @@ void AddSamplesOption(Command& command, std::string* samples) {
 
 WavSamples WavSamplesOf(const WavOptions& options) {
     return Choose(kSampleNames, "--samples", options.samples).samples;
-}
-
-bool IsWavName(const std::string& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::ranges::transform(extension, extension.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension == ".wav";
 }
 
 int WavRate(double delta) {

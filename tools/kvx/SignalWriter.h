@@ -27,9 +27,6 @@ void AddSamplesOption(Command& command, std::string* samples);
 /// Throws ValueError.
 WavSamples WavSamplesOf(const WavOptions& options);
 
-/// Whether the name of a file is one of a WAV file.
-bool IsWavName(const std::string& path);
-
 /// The rate of samples `delta` seconds apart as a WAV header holds it: whole, to the accuracy of a sampling
 /// clock. Throws Reason.
 int WavRate(double delta);

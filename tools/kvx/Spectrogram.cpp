@@ -21,8 +21,10 @@
 #include "Figure.h"
 #include "Format.h"
 #include "Options.h"
+#include "Output.h"
 #include "PictureChoice.h"
 #include "Progress.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -143,6 +145,7 @@ Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const
 }
 
 void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
+    RequireOneStandardInput({options.input, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {options.input});
     const FigureChoice choice = ResolveFigure(options.x, options.y, options.unit);
     MakeWindow(options.blocks);
@@ -153,7 +156,7 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
     std::vector<Figure> figures;
     std::wstring title;
     Doing("analyse", options.input, [&] {
-        Progress progress("analysing " + options.input);
+        Progress progress("analysing " + InputName(options.input));
         const DataFileContent content = LoadDataFile(options.input);
         title = content.header.GetName();
         for (const ChosenWaveforms& source : SelectWaveforms(content, options.channels)) {

@@ -2,15 +2,19 @@
 #include "Stream.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <utility>
 
 #include "Failure.h"
 #include "Output.h"
 #include "Progress.h"
+#include "StandardStreams.h"
 
 namespace kvx::tool {
 namespace {
+
+constexpr std::array kSignalFormats = {OutputFormat::dataFile, OutputFormat::wav};
 
 /// The samples that runs have in all channels together.
 std::uint64_t CountSamples(const std::vector<SignalRun>& runs) {
@@ -21,13 +25,16 @@ std::uint64_t CountSamples(const std::vector<SignalRun>& runs) {
 
 }  // namespace
 
+bool StreamOptions::IsForSound() const {
+    return FormatOf(output, kSignalFormats) == OutputFormat::wav;
+}
+
 void AddStreamFiles(Command& command, StreamOptions* options) {
     command
         .AddOption("FILE", options->input,
                    "Data file with time waveforms, text table or sound file, of any length")
         .Required();
-    command.AddOption("-o,--output", options->output, "Output: .wav for sound, anything else for a data file")
-        .Required();
+    AddOutputOptions(command, "Output: a data file or sound", kSignalFormats, &options->output).Required();
 }
 
 void AddStreamOptions(Command& command, const std::string& rateName, StreamOptions* options) {
@@ -38,26 +45,27 @@ void AddStreamOptions(Command& command, const std::string& rateName, StreamOptio
 }
 
 std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options) {
-    RequireAnotherFile(options.input, options.output);
+    RequireAnotherFile(options.input, options.output.name);
+    const bool isForSound = options.IsForSound();
     WavSamplesOf({options.samples, {}});  // a wrong kind is told before the work
     return Doing(verb, options.input, [&] {
-        Progress progress("reading " + options.input);
-        return OpenSignal(options.input, options.channels, options.recording, IsWavName(options.output),
-                          progress);
+        Progress progress("reading " + InputName(options.input));
+        return OpenSignal(options.input, options.channels, options.recording, isForSound, progress);
     });
 }
 
 std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const std::wstring& text,
                                            const std::vector<SignalRun>& runs) {
-    return Doing("write", options.output, [&] {
-        if (!IsWavName(options.output)) return CreateDataFile(options.output, text, runs);
-        return CreateWavFile(options.output, runs, {options.samples, options.recording.fullScale});
+    const std::string& name = options.output.name;
+    return Doing("write", name, [&] {
+        if (!options.IsForSound()) return CreateDataFile(name, text, runs);
+        return CreateWavFile(name, runs, {options.samples, options.recording.fullScale});
     });
 }
 
 void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
             std::size_t blockSamples) {
-    Progress progress("reading " + std::string(names.input));
+    Progress progress("reading " + InputName(names.input));
     const std::uint64_t total = CountSamples(reader.Runs());
     std::uint64_t done = 0;
     for (std::size_t r = 0; r < reader.Runs().size(); ++r) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "OutputFormat.h"
 #include "Signal.h"
 #include "SignalWriter.h"
 
@@ -21,10 +22,13 @@ namespace kvx::tool {
 /// What the commands that stream have in common.
 struct StreamOptions {
     std::string input;
-    std::string output;
+    OutputChoice output;
     ChannelOptions channels;
     RecordingOptions recording;  ///< its full scale is that of the output, too
     std::string samples = "float";
+
+    /// Throws ValueError when the output's name tells neither.
+    bool IsForSound() const;
 };
 /// Describes the input and the output.
 void AddStreamFiles(Command& command, StreamOptions* options);
@@ -57,9 +61,9 @@ std::unique_ptr<ChannelProcess> NoChange();
 
 /// The files of a stream and what is done with them, for sentences.
 struct StreamNames {
-    std::string_view verb;
-    std::string_view input;
-    std::string_view output;
+    std::string verb;
+    std::string input;
+    std::string output;
 };
 
 /// Samples of all channels that a block has at most.

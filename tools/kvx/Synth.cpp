@@ -2,6 +2,7 @@
 //
 // kvx synth: a random waveform of a given power spectral density.
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -24,15 +25,19 @@
 #include "Format.h"
 #include "Options.h"
 #include "Output.h"
+#include "OutputFormat.h"
 #include "ProfileText.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
 
+constexpr std::array kSynthFormats = {OutputFormat::dataFile};
+
 struct SynthOptions {
     std::string profile;
-    std::string output;
+    OutputChoice output;
     std::optional<double> rateHz;
     double durationSeconds = 10.0;
     std::optional<double> rms;
@@ -91,7 +96,9 @@ double DefaultRate(double topHz) {
 }
 
 void RunSynth(const SynthOptions& options, ByteStream& out) {
-    RequireAnotherFile(options.profile, options.output);
+    const std::string& output = options.output.name;
+    RequireAnotherFile(options.profile, output);
+    FormatOf(options.output, kSynthFormats);
     const CStringArray names = {FromUtf8(options.name).value_or(L"")};
     if (names.front().empty()) throw ValueError("--name: " + Quote(options.name) + " is empty or not UTF-8");
     CComDataWave wave;
@@ -99,7 +106,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
     std::wstring text;
     Doing("synthesise", options.profile, [&] {
         const Target target = ReadTarget(options);
-        text = FromUtf8(options.profile).value_or(L"");
+        text = FromUtf8(InputName(options.profile)).value_or(L"");
         const double rate = options.rateHz.value_or(DefaultRate(target.topHz));
         const double count = std::round(rate * options.durationSeconds);
         if (!(count >= 1.0 && count <= std::numeric_limits<std::int32_t>::max())) {
@@ -129,7 +136,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
         const auto shown = [&](double value) {
             return FormatNumber(target.unit.ConvDtoI(value, 1.0, 0)) + " " + unit;
         };
-        summary = options.output + ": " + Count(samples.GetNum(), "sample") + " at " +
+        summary = OutputName(output) + ": " + Count(samples.GetNum(), "sample") + " at " +
                   FormatNumber(rate, 10) + " Hz (" + FormatNumber(count / rate, 7) + " s), seed " +
                   std::to_string(options.seed) + "\n" +
                   FormatTable({Align::left, Align::left}, {{"profile rms", shown(target.profile.CalcRms())},
@@ -137,12 +144,12 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
                                                            {"peak", shown(peak)},
                                                            {"crest factor", FormatNumber(peak / rms, 4)}});
     });
-    Doing("write", options.output, [&] {
+    Doing("write", output, [&] {
         std::vector<CComDataBase> records;
         records.push_back(std::move(wave));
-        StoreDataFile(options.output, text, std::move(records));
+        StoreDataFile(output, text, std::move(records));
     });
-    WriteText(out, summary);
+    WriteText(ReportStream(output, out), summary);
 }
 
 }  // namespace
@@ -154,7 +161,7 @@ void AddSynth(Command app) {
         .AddOption("PROFILE", options->profile,
                    "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
         .Required();
-    command.AddOption("-o,--output", options->output, "Data file to write (.vdf2)").Required();
+    AddOutputOptions(command, "Data file to write", kSynthFormats, &options->output).Required();
     command
         .AddOption("--rate", options->rateHz,
                    "Sampling rate; without it the power of two from 2.56 times the highest frequency on")

@@ -25,6 +25,7 @@
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"
+#include "StandardStreams.h"
 #include "UnitChoice.h"
 
 namespace kvx::tool {
@@ -32,7 +33,7 @@ namespace {
 
 struct XfrOptions {
     std::string input;
-    std::string output;  ///< empty for a report only
+    OutputChoice output;  ///< empty for a report only
     std::string reference = "1";
     std::string responses;  ///< empty for all but the reference
     BlockOptions blocks;
@@ -218,7 +219,7 @@ public:
     }
 
     std::string Text() const {
-        std::string text = "reference " + ToUtf8(reference_.channel.name) + ": " +
+        std::string text = "reference " + Printable(ToUtf8(reference_.channel.name)) + ": " +
                            BlocksText(options_.blocks, blockCount_, rateHz_) + BandText(options_.band) + "\n";
         Cells largest = {{"channel", "name", "largest", "", "line", "", "coherence"}};
         for (const ResponseReport& report : reports_) {
@@ -296,24 +297,25 @@ private:
 };
 
 void RunXfr(const XfrOptions& options, ByteStream& out) {
-    if (!options.output.empty()) RequireAnotherFile(options.input, options.output);
+    RequireLinesOutput(options.input, options.output);
     MakeWindow(options.blocks);
     OverlapSamples(options.blocks);
     WantedFrequencies(options);
     DataFileContent content;
     std::optional<TransferAnalysis> analysis;
     Doing("analyse", options.input, [&] {
-        Progress progress("analysing " + options.input);
+        Progress progress("analysing " + InputName(options.input));
         content = LoadDataFile(options.input);
         analysis.emplace(content, options);
         analysis->Run(content, progress);
     });
-    if (!options.output.empty()) {
-        Doing("write", options.output,
-              [&] { StoreDataFile(options.output, content.header.GetName(), analysis->TakeRecords()); });
+    const std::string& output = options.output.name;
+    if (!output.empty()) {
+        Doing("write", output,
+              [&] { StoreDataFile(output, content.header.GetName(), analysis->TakeRecords()); });
     }
     if (analysis->IsSingleBlock()) Note("the coherence of a single block is always 1");
-    WriteText(out, options.json ? analysis->Json() : analysis->Text());
+    WriteText(ReportStream(output, out), options.json ? analysis->Json() : analysis->Text());
 }
 
 }  // namespace
@@ -322,8 +324,7 @@ void AddXfr(Command app) {
     const auto options = std::make_shared<XfrOptions>();
     Command command = app.AddCommand("xfr", "Transfer functions and coherence of time waveforms");
     command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
-    command.AddOption("-o,--output", options->output,
-                      "Data file for the lines; without it only a report is printed");
+    AddLinesOutput(command, &options->output);
     command
         .AddOption("--reference", options->reference, "Channel that excites the others: its name or number")
         .Type("CHANNEL")
