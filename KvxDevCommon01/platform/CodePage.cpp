@@ -89,6 +89,9 @@ enum class BadBytes { refused, replaced };
 
 std::optional<std::wstring> Decode(std::string_view bytes, const CodePageRow* row, BadBytes badBytes) {
     if (row == nullptr) return std::nullopt;
+    // ASCII, which most texts are, is the same in every page.
+    if (std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return std::wstring(bytes.begin(), bytes.end());
     const Converter converter(row->hostName);
     if (!converter.IsOpen()) return std::nullopt;
     std::string source(bytes);

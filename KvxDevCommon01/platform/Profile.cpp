@@ -47,13 +47,6 @@ std::string_view TakeLine(std::string_view* rest) {
     return line;
 }
 
-/// Decoding ASCII needs no converter, and most lines are that.
-std::optional<std::wstring> Decode(std::string_view line, unsigned int codePage) {
-    if (std::ranges::all_of(line, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
-        return std::wstring(line.begin(), line.end());
-    return DecodeCodePage(line, codePage);
-}
-
 std::string Utf8FromUtf16(std::string_view bytes, bool bigEndian) {
     std::u16string units;
     units.reserve(bytes.size() / 2);
@@ -140,7 +133,7 @@ std::optional<std::wstring> Profile::Text(std::wstring_view section, std::wstrin
     key = Trimmed(key);
     bool inside = section.empty();
     for (std::string_view rest = bytes_; !rest.empty();) {
-        const std::optional<std::wstring> decoded = Decode(TakeLine(&rest), codePage_);
+        const std::optional<std::wstring> decoded = DecodeCodePage(TakeLine(&rest), codePage_);
         if (!decoded) continue;
         const std::wstring_view line = Trimmed(*decoded);
         if (line.starts_with(L'[')) {
