@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Damaged data files: loading gives the contents or a reason, reading block by block accepts the same files,
-// and contents stored again load as the same.
+// Damaged data files: loading gives the contents or a reason, reading block by block gives the same, and
+// contents stored again load as the same.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -20,6 +20,11 @@ bool LoadBytes(std::span<const std::byte> bytes, kvx::DataFileContent* content) 
     const MemoryFile file(bytes);
     const bool isLoaded = CComDataFile::LoadDataFile(file.Path().c_str(), content, &failure) != 0;
     if (isLoaded != (failure.reason == kvx::DataFileFailure::kNone) || failure.Text().empty()) std::abort();
+    kvx::DataFileReader reader;
+    kvx::DataFileFailure reading;
+    if ((reader.Open(file.Path().c_str(), &reading) != 0) != isLoaded || reading.Text() != failure.Text() ||
+        reader.GetRecords().size() != content->records.size())
+        std::abort();
     return isLoaded;
 }
 

@@ -1,41 +1,53 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/ComDataBase.h>
 
-#include <algorithm>
 #include <new>
 #include <type_traits>
 #include <utility>
 
+#include <KvxDevCommon01/files/detail/DataFileAccess.h>
 #include <KvxDevCommon01/files/detail/RecordLayout.h>
 #include <KvxDevCommon01/platform/FileException.h>
 
-namespace {
+/// Loads a record with its samples.
+struct kvx::RecordLoader {
+    CArchive& archive;
+    RecordGeneration generation;
+    CComDataBase record = CComDataBase();
 
-// The first generation held samples and axis values in single precision, without version words.
+    CArchive& Archive() { return archive; }
 
-void LoadNarrow(CArchive& archive, CDataArrayDoubleMtxCplx& data) {
-    CDataArrayMtxCplx narrow;
-    narrow.Serialize1st(archive);
-    if (!data.SetDataArrayMtxCplx(narrow)) data.Free();
-    // Complex arrays widen the no-data marker like any number.
-    constexpr auto kWideMarker = static_cast<double>(kvx::kNoValue<float>);
-    for (__int64 row = 0; row < data.GetNumRow(); ++row) {
-        for (__int64 col = 0; col < data.GetNumCol(); ++col) {
-            for (double* samples : {data.GetReal(row, col), data.GetImaginary(row, col)}) {
-                if (samples == nullptr) continue;
-                std::replace(samples, samples + data.GetNum(), kWideMarker, kvx::kNoValue<double>);
-            }
+    void Begin(const RecordOutline& outline) {
+        record.data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
+        if (!record.data_->Create(outline.isComplex, outline.rows, outline.cols, outline.nsamp))
+            throw std::bad_alloc();
+    }
+
+    void TakeCell(__int64 cell) {
+        const __int64 row = cell / record.GetNumCol();
+        const __int64 col = cell % record.GetNumCol();
+        for (double* samples : {record.GetReal(row, col), record.GetImaginary(row, col)}) {
+            if (samples != nullptr) LoadSamples(archive, generation, samples, record.GetNsamp());
         }
     }
-}
 
-void LoadNarrow(CArchive& archive, CDataArrayDouble& axis) {
-    CDataArrayFloat narrow;
-    narrow.Serialize1st(archive);
-    if (!axis.SetDataArrayFloat(narrow)) axis.Free();
-}
+    void TakeAxis() {
+        record.hdata_ = std::make_unique<CDataArrayDouble>();
+        if (!record.hdata_->SetData(record.GetNsamp(), nullptr)) throw std::bad_alloc();
+        LoadSamples(archive, generation, record.hdata_->GetData(), record.GetNsamp());
+    }
 
-}  // namespace
+    CComDataBase Load() {
+        RecordOutline outline;
+        LoadRecord(*this, generation, &outline);
+        record.fields_ = std::move(outline.fields);
+        return std::move(record);
+    }
+};
+
+CComDataBase kvx::LoadWholeRecord(CArchive& archive, RecordGeneration generation) {
+    return RecordLoader{archive, generation}.Load();
+}
 
 CComDataBase::CComDataBase(DATA_MODE mode) {
     fields_.mode = mode;
@@ -267,23 +279,9 @@ void CComDataBase::Store(CArchive& archive) const {
 
 void CComDataBase::LclLoad(CArchive& archive, kvx::RecordGeneration generation) try {
     Free();
-    CComDataBase loaded;
-    loaded.LclLoadContent(archive, generation);
-    if (loaded.Check()) *this = std::move(loaded);
-} catch (const std::bad_alloc&) {
+    *this = kvx::LoadWholeRecord(archive, generation);
+} catch (const kvx::Refused&) {
     // The record stays empty.
-}
-
-void CComDataBase::LclLoadContent(CArchive& archive, kvx::RecordGeneration generation) {
-    const bool isFirst = generation == kvx::RecordGeneration::kFirst;
-    kvx::LoadRecordHead(archive, generation, &fields_);
-    data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
-    isFirst ? LoadNarrow(archive, *data_) : data_->Serialize(archive);
-    kvx::LoadRecordSpacing(archive, &fields_);
-    if (fields_.mode == MODE_AXIS) {
-        hdata_ = std::make_unique<CDataArrayDouble>();
-        isFirst ? LoadNarrow(archive, *hdata_) : hdata_->Serialize(archive);
-    }
-    kvx::CompleteRowNames(fields_.rowNames, GetNumRow(), &fields_);
-    kvx::CompleteColNames(fields_.colNames, GetNumCol(), &fields_);
+} catch (const std::bad_alloc&) {
+    // Here, too.
 }

@@ -19,7 +19,8 @@
 
 namespace kvx {
 enum class RecordGeneration;
-}
+struct RecordLoader;
+}  // namespace kvx
 
 class KVX_API CComDataBase {
 public:
@@ -129,13 +130,14 @@ public:
     void Serialize1st(CArchive& archive);
 
 private:
+    friend struct kvx::RecordLoader;
+
     int LclCreate(DATA_MODE mode, __int64 rows, __int64 cols, __int64 nsamp, int isComplex,
                   const CUnitCtrl& hunit, const CUnitCtrl& unit, const CDataArrayDouble* hdata,
                   const CStringArray* rowNames, const CStringArray* colNames);
     int LclSetNsamp(__int64 nsamp);
     int LclCopy(const CComDataBase& other);
     void LclLoad(CArchive& archive, kvx::RecordGeneration generation);
-    void LclLoadContent(CArchive& archive, kvx::RecordGeneration generation);
 
     Fields fields_;
     std::unique_ptr<CDataArrayDoubleMtxCplx> data_;

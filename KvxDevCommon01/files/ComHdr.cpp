@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include <KvxDevCommon01/files/detail/DataFileAccess.h>
 #include <KvxDevCommon01/files/detail/FileKindTable.h>
 #include <KvxDevCommon01/files/detail/FirstGenerationCodes.h>
 #include <KvxDevCommon01/platform/File.h>
@@ -254,14 +255,18 @@ int CComHdr::GetExtInfo(EXT_INFO_TYPE type, CString* extension, CString* name, i
     return 1;
 }
 
+CComHdr::HDRCODE_TYPE kvx::LoadHeaderType(ByteStream& source) {
+    CArchive archive(source, CArchive::load, sizeof(std::uint32_t));
+    std::uint32_t magic = 0;
+    archive >> magic;
+    if (magic == kMagic) return CComHdr::HDRCODE_CURRENT;
+    return magic == kFirstMagic ? CComHdr::HDRCODE_FIRST : CComHdr::HDRCODE_UNKNOWN;
+}
+
 CComHdr::HDRCODE_TYPE CComHdr::GetHdrCodeType(const wchar_t* path) try {
     if (path == nullptr) return HDRCODE_UNKNOWN;
     kvx::InputFile file(path);
-    CArchive archive(file, CArchive::load, sizeof(std::uint32_t));
-    std::uint32_t magic = 0;
-    archive >> magic;
-    if (magic == kMagic) return HDRCODE_CURRENT;
-    return magic == kFirstMagic ? HDRCODE_FIRST : HDRCODE_UNKNOWN;
+    return kvx::LoadHeaderType(file);
 } catch (const std::exception&) {
     return HDRCODE_UNKNOWN;
 }

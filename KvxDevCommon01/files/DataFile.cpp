@@ -2,12 +2,12 @@
 #include <KvxDevCommon01/files/DataFile.h>
 
 #include <exception>
-#include <limits>
 #include <new>
 #include <utility>
 
 #include <KvxDevCommon01/files/ComFileErr.h>
 #include <KvxDevCommon01/files/detail/DataFileAccess.h>
+#include <KvxDevCommon01/files/detail/RecordLayout.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
@@ -32,19 +32,17 @@ void ShowWarning(CString text) {
 
 void LoadContent(const wchar_t* path, DataFileContent& content, DataFileFailure& failure) {
     kvx::InputFile file(path);
+    const std::uint64_t size = file.Remaining();
+    const CComHdr::HDRCODE_TYPE type = kvx::BeginDataFile(file);
+    const auto generation =
+        type == CComHdr::HDRCODE_FIRST ? kvx::RecordGeneration::kFirst : kvx::RecordGeneration::kCurrent;
     CArchive archive(file, CArchive::load, kArchiveBufferSize);
-    const std::uint64_t size = archive.Remaining();
-    // Records run to the end of the file, so it must have one: pipes and devices do not.
-    if (size == std::numeric_limits<std::uint64_t>::max()) throw CFileException(CFileException::invalidFile);
-
-    const bool isFirst = kvx::LoadDataHeader(path, archive, &content.header);
+    kvx::LoadDataHeader(archive, type, &content.header);
     if (archive.Remaining() == 0) throw Refused{DataFileFailure::kNoRecord};
     while (archive.Remaining() > 0) {
         failure.record = static_cast<__int64>(content.records.size());
         failure.offset = size - archive.Remaining();
-        CComDataBase& record = content.records.emplace_back();
-        isFirst ? record.Serialize1st(archive) : record.Serialize(archive);
-        if (!record.Check()) throw Refused{DataFileFailure::kBadRecord};
+        content.records.push_back(kvx::LoadWholeRecord(archive, generation));
     }
 }
 
@@ -82,11 +80,13 @@ int Report(const wchar_t* path, DataFileFailure* reported, BOOL showMessage, Wor
     DataFileFailure failure;
     const bool isDone = kvx::AttemptOnFile(path, &failure, work);
     if (reported != nullptr) *reported = failure;
-    if (isDone) return 1;
-    if (showMessage) ShowWarning(MessageFor(failure));
+    if (!isDone && showMessage) ShowWarning(MessageFor(failure));
+    return isDone;
+} catch (const std::bad_alloc&) {  // no memory for the report either
+    if (reported != nullptr) reported->reason = DataFileFailure::kNoMemory;
     return 0;
 } catch (const std::exception&) {
-    return 0;  // no memory for the report either
+    return 0;  // from the user interface
 }
 
 bool Accepts(const std::wstring& path, CComDataFile::CHECK_FUNC check, __int64 user) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <exception>
 #include <limits>
 #include <optional>
@@ -17,30 +18,31 @@
 namespace kvx {
 namespace {
 
-constexpr std::size_t kHeadBuffer = 4096;
-constexpr std::size_t kCellHeadBuffer = 16;
-// Version, complex flag and count; the first generation has no version.
-constexpr std::uint64_t kCellHeadBytes = 12;
-constexpr std::uint64_t kFirstCellHeadBytes = 8;
+constexpr std::size_t kBuffer = 4096;
 
 /// Where the samples of a record stand. All cells have the same size.
 struct Place {
     std::uint64_t cells = 0;  ///< byte at which the first cell begins, with its own head
-    std::uint64_t headBytes = 0;
-    std::uint64_t sampleBytes = sizeof(double);
+    CellLayout layout = {};
+    std::uint64_t samples = 0;  ///< of the records before, imaginary parts too
 
     std::uint64_t CellBytes(const RecordOutline& record) const {
-        const auto parts = static_cast<std::uint64_t>(record.nsamp) * (record.isComplex ? 2 : 1);
-        return headBytes + parts * sampleBytes;
+        return layout.headBytes + SamplesOfCell(record) * layout.sampleBytes;
     }
-    std::uint64_t CellOf(const RecordOutline& record, __int64 index) const {
-        return cells + static_cast<std::uint64_t>(index) * CellBytes(record);
+    static std::uint64_t SamplesOfCell(const RecordOutline& record) {
+        return static_cast<std::uint64_t>(record.nsamp) * (record.isComplex ? 2 : 1);
     }
 };
 
-/// The byte at which a range of samples begins; no value when it is not within the records.
-std::optional<std::uint64_t> Find(const std::vector<RecordOutline>& records, const std::vector<Place>& places,
-                                  const SampleRange& range, bool isImaginary) {
+/// Where a range of samples begins.
+struct Spot {
+    std::uint64_t byte;    ///< of the file
+    std::uint64_t sample;  ///< of all samples of the file, in their order
+};
+
+/// No value for a range that is not within the records.
+std::optional<Spot> Find(const std::vector<RecordOutline>& records, const std::vector<Place>& places,
+                         const SampleRange& range, bool isImaginary) {
     const auto within = [](__int64 index, __int64 count) { return index >= 0 && index < count; };
     if (!within(range.record, std::ssize(records))) return std::nullopt;
     const auto index = static_cast<std::size_t>(range.record);
@@ -51,9 +53,11 @@ std::optional<std::uint64_t> Find(const std::vector<RecordOutline>& records, con
         return std::nullopt;
     }
     const Place& place = places[index];
-    const __int64 first = range.start + (isImaginary ? record.nsamp : 0);
-    return place.CellOf(record, range.row * record.cols + range.col) + place.headBytes +
-           static_cast<std::uint64_t>(first) * place.sampleBytes;
+    const auto cell = static_cast<std::uint64_t>(range.row * record.cols + range.col);
+    const auto first = static_cast<std::uint64_t>(range.start + (isImaginary ? record.nsamp : 0));
+    return Spot{place.cells + cell * place.CellBytes(record) + place.layout.headBytes +
+                    first * place.layout.sampleBytes,
+                place.samples + cell * Place::SamplesOfCell(record) + first};
 }
 
 /// Runs `work` on behalf of an operation that reports in `reported`.
@@ -63,48 +67,55 @@ int Operate(const wchar_t* path, DataFileFailure* reported, Work work) try {
     const bool isDone = AttemptOnFile(path, &failure, work);
     if (reported != nullptr) *reported = std::move(failure);
     return isDone;
-} catch (const std::exception&) {
-    return 0;  // no memory for the report either
+} catch (const std::exception&) {  // no memory for the report either
+    if (reported != nullptr) reported->reason = DataFileFailure::kNoMemory;
+    return 0;
 }
 
-// ---- layouts of the containers that hold the samples ----
+/// Finds its way through the records of a file without their samples.
+class RecordScanner {
+public:
+    explicit RecordScanner(InputFile& file) : file_(file), size_(file.Remaining()) { Restart(0); }
 
-struct CellHead {
-    std::int32_t isComplex = 0;
-    std::int32_t count = 0;
+    CArchive& Archive() { return *archive_; }
+    /// The byte at which loading goes on.
+    std::uint64_t Position() const { return size_ - archive_->Remaining(); }
+    bool IsAtEnd() const { return archive_->Remaining() == 0; }
+
+    void Begin(const RecordOutline& record) {
+        record_ = &record;
+        place_.cells = Position();
+    }
+    void TakeCell(__int64) { Skip(Place::SamplesOfCell(*record_) * place_.layout.sampleBytes); }
+    void TakeAxis() { Skip(static_cast<std::uint64_t>(record_->nsamp) * place_.layout.sampleBytes); }
+
+    Place Scan(RecordGeneration generation, RecordOutline* record) {
+        place_ = {.layout = CellLayoutOf(generation)};
+        LoadRecord(*this, generation, record);
+        return place_;
+    }
+
+private:
+    void Restart(std::uint64_t position) {
+        file_.Seek(position);
+        archive_.emplace(file_, CArchive::load, kBuffer);
+    }
+    /// The layout was checked to fit the file.
+    void Skip(std::uint64_t bytes) {
+        std::array<std::byte, kBuffer> passed;
+        if (bytes <= passed.size()) {
+            archive_->ReadExact(passed.data(), static_cast<std::size_t>(bytes));
+        } else {
+            Restart(Position() + bytes);
+        }
+    }
+
+    InputFile& file_;
+    std::uint64_t size_;
+    std::optional<CArchive> archive_;
+    const RecordOutline* record_ = nullptr;
+    Place place_;
 };
-
-CellHead LoadCellHead(CArchive& archive, RecordGeneration generation) {
-    std::int32_t version = 0;
-    if (generation == RecordGeneration::kCurrent) archive >> version;
-    CellHead head;
-    archive >> head.isComplex >> head.count;
-    return head;
-}
-
-void StoreCellHead(CArchive& archive, const RecordOutline& record) {
-    archive << kRecordVersion << std::int32_t{record.isComplex} << static_cast<std::int32_t>(record.nsamp);
-}
-
-void LoadMatrixHead(CArchive& archive, RecordGeneration generation, RecordOutline* record) {
-    std::int32_t version = 0;
-    if (generation == RecordGeneration::kCurrent) archive >> version;
-    std::int32_t isComplex = 0;
-    std::int32_t rows = 0;
-    std::int32_t cols = 0;
-    std::int32_t nsamp = 0;
-    archive >> isComplex >> rows >> cols >> nsamp;
-    if (rows < 1 || cols < 1 || nsamp < 1) throw Refused{DataFileFailure::kBadRecord};
-    record->isComplex = isComplex != 0;
-    record->rows = rows;
-    record->cols = cols;
-    record->nsamp = nsamp;
-}
-
-void StoreMatrixHead(CArchive& archive, const RecordOutline& record) {
-    archive << kRecordVersion << std::int32_t{record.isComplex} << static_cast<std::int32_t>(record.rows)
-            << static_cast<std::int32_t>(record.cols) << static_cast<std::int32_t>(record.nsamp);
-}
 
 }  // namespace
 
@@ -113,106 +124,36 @@ void StoreMatrixHead(CArchive& archive, const RecordOutline& record) {
 struct DataFileReader::State {
     std::wstring path;
     InputFile file;
-    std::uint64_t size = 0;
     CComHdr header;
     RecordGeneration generation = RecordGeneration::kCurrent;
     std::vector<RecordOutline> records;
     std::vector<Place> places;
 
-    explicit State(const wchar_t* name) : path(name), file(name), size(file.Remaining()) {}
+    explicit State(const wchar_t* name) : path(name), file(name) {}
 
     void Index(DataFileFailure& failure);
-    std::uint64_t IndexRecord(std::uint64_t begin);
-    /// The byte behind axis values that begin at `begin`.
-    std::uint64_t SkipAxis(std::uint64_t begin, const RecordOutline& record);
     void Read(std::uint64_t begin, double* samples, __int64 count);
-
-    /// Runs `load` on an archive that begins at a byte of the file; the byte behind what it loaded.
-    template <typename Load>
-    std::uint64_t LoadAt(std::uint64_t begin, std::size_t bufferSize, Load load) {
-        file.Seek(begin);
-        CArchive archive(file, CArchive::load, bufferSize);
-        load(archive);
-        return size - archive.Remaining();
-    }
 };
 
 void DataFileReader::State::Index(DataFileFailure& failure) {
-    // Records run to the end of the file, so it must have one: pipes and devices do not.
-    if (size == std::numeric_limits<std::uint64_t>::max()) throw CFileException(CFileException::invalidFile);
-    std::uint64_t position = LoadAt(0, kHeadBuffer, [&](CArchive& archive) {
-        if (LoadDataHeader(path.c_str(), archive, &header)) generation = RecordGeneration::kFirst;
-    });
-    if (position == size) throw Refused{DataFileFailure::kNoRecord};
-    while (position < size) {
+    const CComHdr::HDRCODE_TYPE type = BeginDataFile(file);
+    if (type == CComHdr::HDRCODE_FIRST) generation = RecordGeneration::kFirst;
+    RecordScanner scanner(file);
+    LoadDataHeader(scanner.Archive(), type, &header);
+    if (scanner.IsAtEnd()) throw Refused{DataFileFailure::kNoRecord};
+    while (!scanner.IsAtEnd()) {
         failure.record = std::ssize(records);
-        failure.offset = position;
-        position = IndexRecord(position);
+        failure.offset = scanner.Position();
+        RecordOutline record;
+        places.push_back(scanner.Scan(generation, &record));
+        records.push_back(std::move(record));
     }
-}
-
-std::uint64_t DataFileReader::State::IndexRecord(std::uint64_t begin) {
-    const bool isFirst = generation == RecordGeneration::kFirst;
-    RecordOutline record;
-    Place place;
-    place.headBytes = isFirst ? kFirstCellHeadBytes : kCellHeadBytes;
-    place.sampleBytes = isFirst ? sizeof(float) : sizeof(double);
-    place.cells = LoadAt(begin, kHeadBuffer, [&](CArchive& archive) {
-        LoadRecordHead(archive, generation, &record.fields);
-        LoadMatrixHead(archive, generation, &record);
-        archive.RequireRemaining(record.rows * record.cols,
-                                 static_cast<std::size_t>(place.CellBytes(record)));
-    });
-    const __int64 cells = record.rows * record.cols;
-    for (__int64 cell = 0; cell < cells; ++cell) {
-        LoadAt(place.CellOf(record, cell), kCellHeadBuffer, [&](CArchive& archive) {
-            const CellHead head = LoadCellHead(archive, generation);
-            if (head.count != record.nsamp || (head.isComplex != 0) != record.isComplex) {
-                throw Refused{DataFileFailure::kBadRecord};
-            }
-        });
-    }
-    std::uint64_t end = LoadAt(place.CellOf(record, cells), kCellHeadBuffer,
-                               [&](CArchive& archive) { LoadRecordSpacing(archive, &record.fields); });
-    if (record.fields.mode == CComDataBase::MODE_AXIS) end = SkipAxis(end, record);
-    if (record.fields.mode > CComDataBase::MODE_AXIS) throw Refused{DataFileFailure::kBadRecord};
-    CompleteRowNames(record.fields.rowNames, record.rows, &record.fields);
-    CompleteColNames(record.fields.colNames, record.cols, &record.fields);
-    records.push_back(std::move(record));
-    places.push_back(place);
-    return end;
-}
-
-std::uint64_t DataFileReader::State::SkipAxis(std::uint64_t begin, const RecordOutline& record) {
-    const bool isFirst = generation == RecordGeneration::kFirst;
-    const std::size_t valueBytes = isFirst ? sizeof(float) : sizeof(double);
-    const std::uint64_t values = LoadAt(begin, kCellHeadBuffer, [&](CArchive& archive) {
-        std::int32_t version = 0;
-        std::int32_t count = 0;
-        if (!isFirst) archive >> version;
-        archive >> count;
-        archive.RequireRemaining(count, valueBytes);
-        if (count != record.nsamp) throw Refused{DataFileFailure::kBadRecord};
-    });
-    return values + static_cast<std::uint64_t>(record.nsamp) * valueBytes;
 }
 
 void DataFileReader::State::Read(std::uint64_t begin, double* samples, __int64 count) {
-    LoadAt(begin, kHeadBuffer, [&](CArchive& archive) {
-        if (generation == RecordGeneration::kCurrent) {
-            archive.ReadNumbers(samples, static_cast<std::size_t>(count));
-            return;
-        }
-        std::array<float, kHeadBuffer> narrow;
-        for (__int64 done = 0; done < count;) {
-            const auto piece = std::min(static_cast<std::size_t>(count - done), narrow.size());
-            archive.ReadNumbers(narrow.data(), piece);
-            for (std::size_t i = 0; i < piece; ++i) {
-                samples[done++] =
-                    narrow[i] == kNoValue<float> ? kNoValue<double> : static_cast<double>(narrow[i]);
-            }
-        }
-    });
+    file.Seek(begin);
+    CArchive archive(file, CArchive::load, kBuffer);
+    LoadSamples(archive, generation, samples, count);
 }
 
 DataFileReader::DataFileReader() = default;
@@ -252,7 +193,7 @@ int DataFileReader::Read(const SampleRange& range, bool isImaginary, double* sam
         place.record = range.record;
         const auto begin = Find(state_->records, state_->places, range, isImaginary);
         if (!begin || samples == nullptr) throw Refused{DataFileFailure::kBadRecord};
-        state_->Read(*begin, samples, range.num);
+        state_->Read(begin->byte, samples, range.num);
     });
 }
 
@@ -263,7 +204,8 @@ struct DataFileWriter::State {
     OutputFile file;
     std::vector<RecordOutline> records;
     std::vector<Place> places;
-    std::uint64_t missing = 0;  ///< samples to be written yet
+    std::uint64_t samples = 0;  ///< of all records, imaginary parts too
+    std::uint64_t written = 0;  ///< of them
 
     explicit State(const wchar_t* name) : path(name), file(name) {}
 
@@ -274,7 +216,7 @@ struct DataFileWriter::State {
     template <typename Store>
     std::uint64_t StoreAt(std::uint64_t begin, Store store) {
         MemoryStream bytes;
-        CArchive archive(bytes, CArchive::store, kHeadBuffer);
+        CArchive archive(bytes, CArchive::store, kBuffer);
         store(archive);
         archive.Flush();
         file.Seek(begin);
@@ -300,22 +242,25 @@ std::uint64_t DataFileWriter::State::LayOutRecord(std::uint64_t begin, RecordOut
         !holds(record->nsamp) || record->rows > kMost / record->cols) {
         throw Refused{DataFileFailure::kBadRecord};
     }
-    CompleteRowNames(record->fields.rowNames, record->rows, &record->fields);
-    CompleteColNames(record->fields.colNames, record->cols, &record->fields);
+    CompleteRowNames(std::move(record->fields.rowNames), record->rows, &record->fields);
+    CompleteColNames(std::move(record->fields.colNames), record->cols, &record->fields);
     Place place;
-    place.headBytes = kCellHeadBytes;
+    place.layout = CellLayoutOf(RecordGeneration::kCurrent);
+    place.samples = samples;
     place.cells = begin + StoreAt(begin, [&](CArchive& archive) {
                       StoreRecordHead(archive, record->fields);
                       StoreMatrixHead(archive, *record);
                   });
     const __int64 cells = record->rows * record->cols;
+    const auto cellAt = [&](__int64 cell) {
+        return place.cells + static_cast<std::uint64_t>(cell) * place.CellBytes(*record);
+    };
     for (__int64 cell = 0; cell < cells; ++cell) {
-        StoreAt(place.CellOf(*record, cell), [&](CArchive& archive) { StoreCellHead(archive, *record); });
+        StoreAt(cellAt(cell), [&](CArchive& archive) { StoreCellHead(archive, *record); });
     }
-    const std::uint64_t tail = place.CellOf(*record, cells);
+    const std::uint64_t tail = cellAt(cells);
     places.push_back(place);
-    missing += static_cast<std::uint64_t>(cells) * static_cast<std::uint64_t>(record->nsamp) *
-               (record->isComplex ? 2 : 1);
+    samples += static_cast<std::uint64_t>(cells) * Place::SamplesOfCell(*record);
     return tail + StoreAt(tail, [&](CArchive& archive) { StoreRecordSpacing(archive, record->fields); });
 }
 
@@ -349,21 +294,20 @@ int DataFileWriter::Write(const SampleRange& range, bool isImaginary, const doub
         place.record = range.record;
         const auto begin = Find(state_->records, state_->places, range, isImaginary);
         const auto count = static_cast<std::uint64_t>(range.num);
-        if (!begin || samples == nullptr || count > state_->missing) {
+        if (!begin || samples == nullptr || count > state_->samples - state_->written)
             throw Refused{DataFileFailure::kBadRecord};
-        }
-        state_->file.Seek(*begin);
-        CArchive archive(state_->file, CArchive::store, kHeadBuffer);
+        state_->file.Seek(begin->byte);
+        CArchive archive(state_->file, CArchive::store, kBuffer);
         archive.WriteNumbers(samples, static_cast<std::size_t>(count));
         archive.Flush();
-        state_->missing -= count;
+        state_->written += count;
     });
 }
 
 int DataFileWriter::Commit(DataFileFailure* failure) {
     const wchar_t* path = state_ != nullptr ? state_->path.c_str() : nullptr;
     return Operate(path, failure, [&](const wchar_t*, DataFileFailure&) {
-        if (state_->missing > 0) throw Refused{DataFileFailure::kBadRecord};
+        if (state_->written < state_->samples) throw Refused{DataFileFailure::kBadRecord};
         state_->file.Commit();
     });
 }

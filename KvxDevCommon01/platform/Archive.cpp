@@ -185,14 +185,24 @@ CArchive& CArchive::operator<<(const CStringArray& texts) {
 }
 
 CArchive& CArchive::operator>>(CStringArray& texts) {
-    texts.clear();
+    ReadStrings(&texts, UINT64_MAX);
+    return *this;
+}
+
+void CArchive::ReadStrings(CStringArray* texts, std::uint64_t most) {
+    constexpr std::uint64_t kMostReserved = 1 << 16;  // while a source may end before the stated count
+    texts->clear();
     std::uint16_t count16 = 0;
     *this >> count16;
     std::uint32_t count = count16;
     if (count16 == kLongLength16) *this >> count;
     RequireRemaining(count, 1);
+    const std::uint64_t kept = std::min<std::uint64_t>(count, most);
     CStringArray loaded;
-    for (std::uint32_t i = 0; i < count; ++i) *this >> loaded.emplace_back();
-    texts = std::move(loaded);
-    return *this;
+    loaded.reserve(
+        static_cast<std::size_t>(Remaining() == UINT64_MAX ? std::min(kept, kMostReserved) : kept));
+    for (std::uint64_t i = 0; i < kept; ++i) *this >> loaded.emplace_back();
+    CString dropped;
+    for (std::uint64_t i = kept; i < count; ++i) *this >> dropped;
+    *texts = std::move(loaded);
 }

@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "tests/files/FileSupport.h"
+#include "tests/support/Starve.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -22,6 +25,17 @@ std::string CurrentFile() {
 }
 std::string FirstFile() {
     return FirstHeaderBytes(0, "", 1) + FirstWaveBytes() + FirstSpectrumBytes();
+}
+/// Records without an axis, with surplus names, and with axis values of a real matrix.
+std::string OtherFile() {
+    CComHdr header(CComHdr::EXT_INFO_SINE_DATA, L"other");
+    ByteImage image;
+    image.Words({1, 0}).Unit(0x02000001).Unit(0x00010004).Names({u"a", u"b", u"c"}).Names({});
+    image.Words({1, 1, 2, 1, 1}).Words({1, 1, 1}).Doubles({1.0, 2.0}).Words({1, 1, 1}).Doubles({3.0, 4.0});
+    image.Words({1, 2}).Unit(0x02000001).Unit(0x00010004).Names({}).Names({u"列"});
+    image.Words({1, 0, 1, 1, 3}).Words({1, 0, 3}).Doubles({1.0, 2.0, 3.0});
+    image.Words({1, 3}).Doubles({10.0, 20.0, 40.0});
+    return StoredBytes(header) + image.bytes;
 }
 
 class DataFileStream : public testing::TestWithParam<std::string (*)()> {
@@ -81,21 +95,83 @@ TEST_P(DataFileStream, ReadsWhatLoadingTheWholeFileReads) {
     }
 }
 
+/// Loads the file both ways, which must agree; whether they accept it.
+void ExpectSameOutcome(const std::wstring& path, std::size_t place) {
+    DataFileContent whole;
+    DataFileFailure loading, reading;
+    const int isLoaded = CComDataFile::LoadDataFile(path.c_str(), &whole, &loading);
+    kvx::DataFileReader file;
+    ASSERT_EQ(file.Open(path.c_str(), &reading), isLoaded)
+        << place << ": " << loading.Text() << reading.Text();
+    ASSERT_EQ(reading.Text(), loading.Text()) << place;
+    ASSERT_EQ(reading.error.m_cause, loading.error.m_cause) << place;
+    ASSERT_EQ(file.GetRecords().size(), whole.records.size()) << place;
+}
+
 TEST_P(DataFileStream, RefusesEveryShortenedFileAsLoadingDoes) {
     const std::string bytes = GetParam()();
-    for (std::size_t size = 0; size < bytes.size(); ++size) {
-        folder_.Write("file.vdf2", bytes.substr(0, size));
-        DataFileContent whole;
-        DataFileFailure loading;
-        const int isLoaded = CComDataFile::LoadDataFile(Path().c_str(), &whole, &loading);
-        kvx::DataFileReader file;
-        ASSERT_EQ(file.Open(Path().c_str(), &failure_), isLoaded) << size;
-        EXPECT_EQ(failure_.Text(), loading.Text()) << size;
-        EXPECT_EQ(file.GetRecords().size(), whole.records.size());
+    folder_.Write("file.vdf2", bytes);
+    for (std::size_t size = bytes.size(); size-- > 0 && !HasFatalFailure();) {
+        resize_file(folder_ / "file.vdf2", size);
+        ExpectSameOutcome(Path(), size);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Generations, DataFileStream, testing::Values(&CurrentFile, &FirstFile));
+TEST_P(DataFileStream, RefusesEveryDamagedFileAsLoadingDoes) {
+    const std::string bytes = GetParam()();
+    folder_.Write("file.vdf2", bytes);
+    std::fstream file(folder_ / "file.vdf2", std::ios::in | std::ios::out | std::ios::binary);
+    const auto put = [&](std::size_t place, const std::string& some) {
+        file.seekp(static_cast<std::streamoff>(place));
+        file.write(some.data(), static_cast<std::streamsize>(some.size())).flush();
+    };
+    for (std::size_t place = 0; place + 4 <= bytes.size() && !HasFatalFailure(); ++place) {
+        if (place == 12) place = 316;  // the text of the header, of any generation
+        for (const int flips : {0x01, 0x02, 0x80, 0xFF}) {
+            put(place, std::string(1, static_cast<char>(bytes[place] ^ flips)));
+            ExpectSameOutcome(Path(), place);
+        }
+        for (const std::uint32_t word : {0U, 2U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+            put(place, ByteImage().Words({word}).bytes);
+            ExpectSameOutcome(Path(), place);
+        }
+        put(place, bytes.substr(place, 4));
+    }
+}
+
+TEST_P(DataFileStream, IsNeverCalledDamagedWhenAllocationFails) {
+    folder_.Write("file.vdf2", GetParam()());
+    const std::wstring path = Path();
+    const auto expectNoMemory = [this] { EXPECT_EQ(failure_.reason, DataFileFailure::kNoMemory); };
+    DataFileContent whole;
+    EXPECT_GT(
+        Starve([&] { return CComDataFile::LoadDataFile(path.c_str(), &whole, &failure_); }, expectNoMemory),
+        9);
+    kvx::DataFileReader file;
+    EXPECT_GT(Starve([&] { return file.Open(path.c_str(), &failure_); }, expectNoMemory), 9);
+}
+
+TEST(DataFileNames, TakeMemoryByTheSizeOfTheFile) {
+    constexpr std::uint32_t kNames = 1'000'000;  // of one byte each
+    const TempFolder folder;
+    ByteImage image;
+    image.Words({1}).FirstUnit(0x01000001).FirstUnit(0x00010004);
+    image.U(0xFFFF, 2).Words({kNames}).U(1, 1).Text("n").Zeros(kNames - 1).U(0, 2);
+    image.Words({0, 1, 1, 1}).Words({0, 1}).Floats({1.0F}).Doubles({0.5}).Words({0});
+    folder.Write("file.vdf2", FirstHeaderBytes(0, "", 1) + image.bytes);
+    const std::wstring path = (folder / "file.vdf2").wstring();
+    FailingMemory::largest = 0;
+    DataFileContent whole;
+    ASSERT_TRUE(CComDataFile::LoadDataFile(path.c_str(), &whole));
+    EXPECT_EQ(whole.records[0].GetRowName(), CStringArray{L"n"});
+    EXPECT_LT(whole.records[0].GetRowName().capacity(), 9U);
+    kvx::DataFileReader file;
+    ASSERT_TRUE(file.Open(path.c_str()));
+    EXPECT_EQ(file.GetRecords()[0].fields.rowNames, CStringArray{L"n"});
+    EXPECT_LT(FailingMemory::largest, 4 * kNames);
+}
+
+INSTANTIATE_TEST_SUITE_P(Generations, DataFileStream, testing::Values(&CurrentFile, &FirstFile, &OtherFile));
 
 using DataFileWriting = DataFileStream;
 

@@ -13,7 +13,7 @@
 
 // Not inlined: a compiler that saw malloc and free through them would take every new for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return FailingMemory::RunsOut() ? nullptr : std::malloc(size);
+    return FailingMemory::RunsOut(size) ? nullptr : std::malloc(size);
 }
 [[gnu::noinline]] void* operator new(std::size_t size) {
     void* memory = operator new(size, std::nothrow);

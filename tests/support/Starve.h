@@ -3,6 +3,9 @@
 // How tests let memory run out. One file of the program includes FailingMemory.h, which makes it so.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+
 /// While it lives, `allowed` allocations succeed and every later one fails.
 class FailingMemory {
 public:
@@ -14,7 +17,12 @@ public:
     FailingMemory(const FailingMemory&) = delete;
     FailingMemory& operator=(const FailingMemory&) = delete;
 
-    static bool RunsOut() { return isActive_ && left_-- <= 0; }
+    static bool RunsOut(std::size_t size) {
+        largest = std::max(largest, size);
+        return isActive_ && left_-- <= 0;
+    }
+
+    static inline std::size_t largest = 0;  ///< the most bytes asked for at once, since it was set to 0
 
 private:
     static inline int left_ = 0;

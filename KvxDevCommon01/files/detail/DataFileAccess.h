@@ -8,6 +8,7 @@
 
 #include <KvxDevCommon01/files/DataFile.h>
 #include <KvxDevCommon01/platform/Archive.h>
+#include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
 
 namespace kvx {
@@ -17,9 +18,15 @@ struct Refused {
     DataFileFailure::Reason reason;
 };
 
-/// Loads the header of a data file at `path`, which `archive` reads from the start; whether the file is of
-/// the first generation. Throws Refused for any other file.
-bool LoadDataHeader(const wchar_t* path, CArchive& archive, CComHdr* header);
+/// What header `source` begins with, from its first four bytes.
+CComHdr::HDRCODE_TYPE LoadHeaderType(ByteStream& source);
+
+/// What begins the reading of a data file, which stands at its start: its records must have an end, since
+/// they run to that of the file. Says which header it has. Throws for any other file.
+CComHdr::HDRCODE_TYPE BeginDataFile(InputFile& file);
+
+/// Loads the header of a data file from its start and throws Refused when it is of another group.
+void LoadDataHeader(CArchive& archive, CComHdr::HDRCODE_TYPE type, CComHdr* header);
 
 /// Throws Refused unless the header is one of a data file.
 void RequireDataHeader(const CComHdr& header);
