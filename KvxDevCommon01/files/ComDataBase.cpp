@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/ComDataBase.h>
 
+#include <cstdint>
+#include <limits>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -251,7 +253,18 @@ int CComDataBase::SetColName(const CStringArray& names) try {
 }
 
 int CComDataBase::Check() const {
-    if (fields_.mode > MODE_AXIS || GetNsamp() < 1) return 0;
+    const auto isCount = [](__int64 count) {
+        return count >= 1 && count <= std::numeric_limits<std::int32_t>::max();
+    };
+    if (fields_.mode > MODE_AXIS || !isCount(GetNumRow()) || !isCount(GetNumCol()) || !isCount(GetNsamp()))
+        return 0;
+    // Cells can be changed through their pointers.
+    for (__int64 row = 0; row < GetNumRow(); ++row) {
+        for (__int64 col = 0; col < GetNumCol(); ++col) {
+            const CDataArrayDoubleCplx* cell = data_->GetArrayPtr(row, col);
+            if (cell->GetNum() != GetNsamp() || cell->IsComplex() != data_->IsComplex()) return 0;
+        }
+    }
     return fields_.mode != MODE_AXIS || (hdata_ != nullptr && hdata_->GetNum() == GetNsamp());
 }
 

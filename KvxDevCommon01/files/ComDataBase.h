@@ -116,7 +116,8 @@ public:
     int SetRowName(const CStringArray& names);
     int SetColName(const CStringArray& names);
 
-    /// Whether the record can be stored and loaded again: it has samples, and in mode 2 as many axis values.
+    /// Whether the record can be stored and loaded again: it has samples, in cells that all have the length
+    /// and the complex flag of the matrix, no count above 2147483647, and in mode 2 as many axis values.
     int Check() const;
 
     /// Reads or writes the record; an empty one writes nothing. Only the low 32 bits of the offset are

@@ -279,6 +279,30 @@ TEST_P(RecordLayout, WithoutMemoryItIsEmpty) {
     EXPECT_GT(failures, 1);
 }
 
+TEST(ComDataBase, WhatCannotBeStoredDoesNotPassTheCheck) {
+    using Change = void (*)(CComDataBase&);
+    const Change changes[] = {
+        [](CComDataBase& record) {
+            record.GetDataPtr()->GetArrayPtr(0, 0)->Create(record.GetImaginary(0, 0) != nullptr, 3);
+        },
+        [](CComDataBase& record) {
+            record.GetDataPtr()->GetArrayPtr(0, 0)->Create(record.GetImaginary(0, 0) == nullptr, 2);
+        },
+        [](CComDataBase& record) { record.GetDataPtr()->GetArrayPtr(0, 0)->Free(); },
+        [](CComDataBase& record) { record.GetDataPtr()->Free(); },
+    };
+    for (const Change change : changes) {
+        for (CComDataBase record : {CComDataBase(Wave()), CComDataBase(Spectrum())}) {
+            EXPECT_TRUE(record.Check());
+            change(record);
+            EXPECT_FALSE(record.Check());
+        }
+    }
+    CComDataBase spectrum = Spectrum();
+    spectrum.GetHData()->Append(1.0);
+    EXPECT_FALSE(spectrum.Check());
+}
+
 TEST(ComDataBase, ContentsThatContradictEachOtherLoadAsEmpty) {
     const std::string spectrum = SpectrumBytes();
     const std::string axisOfOne =
