@@ -24,6 +24,9 @@ namespace kvx {
 enum class Generation : int;
 
 /// One complex number; `Self` is the public class. Square roots are taken in double precision and narrowed.
+/// The arithmetic is inline, so that sums of products cost no calls, and is rounded as the caller's compiler
+/// flags say: where they allow fused operations the last bit may differ from that of the library's own
+/// results, with -ffp-contract=off it does not.
 template <class Self, typename Real>
 class KVX_API CplxValue {
 public:
