@@ -5,7 +5,9 @@
 #include <array>
 #include <cstddef>
 #include <exception>
+#include <iterator>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -117,6 +119,32 @@ private:
     Place place_;
 };
 
+/// Which of the samples of a file were written: disjoint ranges that do not touch, first to behind the last.
+/// What is written in order is one.
+class WrittenRanges {
+public:
+    void Add(std::uint64_t first, std::uint64_t last) {
+        if (first == last) return;
+        auto range = ranges_.upper_bound(first);
+        if (range != ranges_.begin() && std::prev(range)->second >= first) {
+            --range;
+        } else {
+            range = ranges_.emplace_hint(range, first, last);
+        }
+        range->second = std::max(range->second, last);
+        for (auto next = std::next(range); next != ranges_.end() && next->first <= range->second;) {
+            range->second = std::max(range->second, next->second);
+            next = ranges_.erase(next);
+        }
+    }
+    bool AreAll(std::uint64_t samples) const {
+        return ranges_.size() == 1 && ranges_.begin()->first == 0 && ranges_.begin()->second == samples;
+    }
+
+private:
+    std::map<std::uint64_t, std::uint64_t> ranges_;
+};
+
 }  // namespace
 
 // ---- reading ----
@@ -205,7 +233,7 @@ struct DataFileWriter::State {
     std::vector<RecordOutline> records;
     std::vector<Place> places;
     std::uint64_t samples = 0;  ///< of all records, imaginary parts too
-    std::uint64_t written = 0;  ///< of them
+    WrittenRanges written;
 
     explicit State(const wchar_t* name) : path(name), file(name) {}
 
@@ -294,20 +322,19 @@ int DataFileWriter::Write(const SampleRange& range, bool isImaginary, const doub
         place.record = range.record;
         const auto begin = Find(state_->records, state_->places, range, isImaginary);
         const auto count = static_cast<std::uint64_t>(range.num);
-        if (!begin || samples == nullptr || count > state_->samples - state_->written)
-            throw Refused{DataFileFailure::kBadRecord};
+        if (!begin || samples == nullptr) throw Refused{DataFileFailure::kBadRecord};
         state_->file.Seek(begin->byte);
         CArchive archive(state_->file, CArchive::store, kBuffer);
         archive.WriteNumbers(samples, static_cast<std::size_t>(count));
         archive.Flush();
-        state_->written += count;
+        state_->written.Add(begin->sample, begin->sample + count);
     });
 }
 
 int DataFileWriter::Commit(DataFileFailure* failure) {
     const wchar_t* path = state_ != nullptr ? state_->path.c_str() : nullptr;
     return Operate(path, failure, [&](const wchar_t*, DataFileFailure&) {
-        if (state_->written < state_->samples) throw Refused{DataFileFailure::kBadRecord};
+        if (!state_->written.AreAll(state_->samples)) throw Refused{DataFileFailure::kBadRecord};
         state_->file.Commit();
     });
 }

@@ -74,12 +74,12 @@ public:
     int Create(const wchar_t* path, const CComHdr& header, const std::vector<RecordOutline>& records,
                DataFileFailure* failure = nullptr);
 
-    /// Writes real or imaginary samples; every sample of the records must be written once, in any order.
-    /// Fails for a null pointer and for samples that the records do not have.
+    /// Writes real or imaginary samples, in any order; what is written again replaces what was there. Fails
+    /// for a null pointer and for samples that the records do not have.
     int WriteReal(const SampleRange& range, const double* samples, DataFileFailure* failure = nullptr);
     int WriteImaginary(const SampleRange& range, const double* samples, DataFileFailure* failure = nullptr);
 
-    /// Puts the file in its place. Fails while samples are missing.
+    /// Puts the file in its place. Fails while a sample of the records was never written.
     int Commit(DataFileFailure* failure = nullptr);
 
 private:

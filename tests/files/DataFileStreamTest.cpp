@@ -228,6 +228,35 @@ TEST_F(DataFileWriting, InAnyOrderGivesTheBytesOfStoringTheWholeFile) {
     EXPECT_EQ(folder_.Count(), 2U);
 }
 
+TEST_F(DataFileWriting, CountsNoSampleTwice) {
+    const CComHdr header(CComHdr::EXT_INFO_VIB_DATA, L"");
+    std::vector<RecordOutline> records = TwoRecords();
+    records.pop_back();  // two cells of five samples
+    const double samples[5] = {1.0, 2.0, 3.0, 4.0, 5.0};
+    struct Write {
+        __int64 row, start, num;
+    };
+    const std::vector<Write> orders[] = {
+        {{0, 0, 5}, {0, 0, 5}, {1, 0, 5}},
+        {{1, 0, 5}, {1, 1, 3}, {0, 4, 1}, {0, 2, 3}, {0, 0, 2}},
+        {{0, 1, 1}, {0, 3, 1}, {1, 1, 4}, {0, 0, 5}, {1, 0, 0}, {1, 0, 1}},
+        {{0, 2, 3}, {1, 0, 3}, {1, 4, 1}, {0, 0, 1}, {1, 2, 2}, {0, 0, 4}},
+    };
+    for (const std::vector<Write>& order : orders) {
+        kvx::DataFileWriter file;
+        ASSERT_TRUE(file.Create(Path().c_str(), header, records));
+        for (const Write& write : order) {
+            EXPECT_FALSE(file.Commit());
+            ASSERT_TRUE(file.WriteReal({0, write.row, 0, write.start, write.num}, samples));
+        }
+        EXPECT_TRUE(file.Commit());
+    }
+    // What was written last stays.
+    kvx::DataFileReader file;
+    ASSERT_TRUE(file.Open(Path().c_str()));
+    EXPECT_EQ(Samples(file, 0, 0, 0, false, 5), (std::vector<double>{1.0, 2.0, 3.0, 4.0, 3.0}));
+}
+
 TEST_F(DataFileWriting, RefusesWhatIsNoRecordOrOutsideIt) {
     kvx::DataFileWriter file;
     double sample = 0.0;
