@@ -236,6 +236,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx profile high.txt --lines 1,99 -o x.vdf2", 1, "cannot read 'high.txt': its rms leaves the range of numbers\n"},
     WrongCase{"kvx plot psd.vdf2 -o x.svg --profile high.txt", 1, "cannot draw 'high.txt': its level of 1e+307 at 20 Hz leaves"},
     WrongCase{"kvx psd huge.vdf2 --block 4", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave the range of numbers\n"},
+    WrongCase{"kvx spectrogram huge.vdf2 --block 4 -o x.svg", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave"},
     WrongCase{"kvx spectrum huge.vdf2 --block 4", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave the range"},
     WrongCase{"kvx psd a.vdf2 -o x.csv", 1, "the output 'x.csv' does not end with .vdf2; see 'kvx psd --help'\n"},
     WrongCase{"kvx xfr a.vdf2 -o x", 1, "the output 'x' does not end with .vdf2"},

@@ -55,9 +55,8 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
     const std::string& output = options.output.name;
     RequireAnotherFile(options.input, output);
     FormatOf(options.output, kImportFormats);
-    const std::string file = std::filesystem::path(options.input).filename().string();
-    const std::string given =
-        options.text.value_or(IsStandardStream(options.input) ? InputName(options.input) : file);
+    const std::string file = std::filesystem::path(SourceText(options.input)).filename().string();
+    const std::string given = options.text.value_or(file);
     const std::optional<std::wstring> text = FromUtf8(given);
     if (!text) throw ValueError("the text " + Quote(given) + " is not valid UTF-8");
     if (ToUtf16(*text).size() > kHeaderTextLength) Note("the header keeps 257 characters of the text");

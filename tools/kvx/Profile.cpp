@@ -268,7 +268,7 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
         Doing("write", output, [&] {
             if (isDataFile) {
                 ProfileIn(breakpoints, density);  // in the standard unit, too, levels must be numbers
-                WriteLines(output, FromUtf8(InputName(options.profile)).value_or(L""), *lines, *grid,
+                WriteLines(output, FromUtf8(SourceText(options.profile)).value_or(L""), *lines, *grid,
                            density);
                 return;
             }

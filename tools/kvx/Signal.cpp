@@ -64,8 +64,7 @@ public:
                     const std::string& channels, const RecordingOptions& options)
         : recording_(std::move(recording)),
           scale_(recording_->Info().hasFullScale ? options.fullScale.value_or(1.0) : 1.0) {
-        const std::string file = std::filesystem::path(path).filename().string();
-        text_ = FromUtf8(IsStandardStream(path) ? InputName(path) : file).value_or(L"");
+        text_ = FromUtf8(std::filesystem::path(SourceText(path)).filename().string()).value_or(L"");
         std::vector<std::string> notes = recording_->Info().remarks;
         SignalRun run;
         run.samples = recording_->Info().samples;

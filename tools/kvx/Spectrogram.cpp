@@ -88,9 +88,7 @@ CComDataSpecA AnalyseSlices(const CComDataBase& record, const Channel& channel, 
         average.Add(samples.GetData() + slicing.Start(slice), slicing.Length());
         const int isDone = options.isDensity ? average.GetPsd(rateHz, &lines) : average.GetAmplitude(&lines);
         if (!isDone) throw std::bad_alloc();
-        if (std::any_of(lines.GetData(), lines.GetData() + lineCount,
-                        [](double v) { return !std::isfinite(v); }))
-            throw Reason("the squares of channel " + Quote(channel.name) + " leave the range of numbers");
+        RequireNumbers(lines, channel.name);
         std::copy_n(lines.GetData(), lineCount, row);
         progress.Update(static_cast<std::uint64_t>(slice) + 1, static_cast<std::uint64_t>(slicing.count));
     }

@@ -125,6 +125,10 @@ std::string OutputName(const std::string& output) {
     return NameOf(output, "standard output");
 }
 
+std::string SourceText(const std::string& input) {
+    return IsStandardStream(input) ? InputName(input) : input;
+}
+
 std::string InputPath(const std::string& input) {
     if (!IsStandardStream(input)) return input;
     static const std::unique_ptr<UnnamedFile> kept = IsWholeFile() ? nullptr : KeepInput();

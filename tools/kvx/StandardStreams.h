@@ -20,6 +20,9 @@ bool IsStandardStream(std::string_view name);
 std::string InputName(const std::string& input);
 std::string OutputName(const std::string& output);
 
+/// An input as the header of what is made of it names it: as it is, or "standard input".
+std::string SourceText(const std::string& input);
+
 /// The path at which an input can be opened, as often as one likes: itself, or for "-" that of standard
 /// input, which is kept in a temporary file unless it is a file already. Throws CFileException.
 std::string InputPath(const std::string& input);

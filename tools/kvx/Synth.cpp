@@ -106,7 +106,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
     std::wstring text;
     Doing("synthesise", options.profile, [&] {
         const Target target = ReadTarget(options);
-        text = FromUtf8(InputName(options.profile)).value_or(L"");
+        text = FromUtf8(SourceText(options.profile)).value_or(L"");
         const double rate = options.rateHz.value_or(DefaultRate(target.topHz));
         const double count = std::round(rate * options.durationSeconds);
         if (!(count >= 1.0 && count <= std::numeric_limits<std::int32_t>::max())) {
