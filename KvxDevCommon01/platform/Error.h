@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// kvx::Error: the one exception of what `namespace kvx` adds to the given interface. It says what kind of thing went
-// wrong, in one English sentence, and where, as far as that is known. A function that looks something up returns a
-// std::optional instead; the given classes keep their results and CFileException. A container of the standard library
-// may still end in std::bad_alloc.
+// kvx::Error: the one exception of what `namespace kvx` adds to the given interface. It says what kind of
+// thing went wrong, in one English sentence, and where, as far as that is known. A function that looks
+// something up returns a std::optional instead; the given classes keep their results and CFileException. A
+// container of the standard library may still end in std::bad_alloc.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,8 @@ enum class ErrorKind {
     kInterrupted = 9,  ///< the work was stopped on request
 };
 
-/// Where something went wrong; what is not known or does not apply is left out. All but the byte count from 1.
+/// Where something went wrong; what is not known or does not apply is left out. All but the byte count
+/// from 1.
 struct ErrorPlace {
     std::string path = {};  ///< UTF-8
     std::optional<std::int64_t> record = std::nullopt;
@@ -47,13 +48,14 @@ struct ErrorPlace {
 
 class KVX_API Error : public std::exception {
 public:
-    /// `sentence` begins with a small letter and ends without a full stop; without one the kind's own is taken.
+    /// `sentence` begins with a small letter and ends without a full stop; without one the kind's own is
+    /// taken.
     explicit Error(ErrorKind kind, std::string sentence = {}, ErrorPlace place = {});
     /// The kind and sentence of a file operation that failed; the path is the exception's.
     explicit Error(const CFileException& error);
 
-    /// What is being handled in a catch block: an Error as it is, a CFileException, a failed allocation, and any other
-    /// standard exception as a refusal of the host.
+    /// What is being handled in a catch block: an Error as it is, a CFileException, a failed allocation, and
+    /// any other standard exception as a refusal of the host.
     static Error Current();
 
     /// The same error at a place that is known better: what this one knows already stays.

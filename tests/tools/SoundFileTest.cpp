@@ -28,7 +28,8 @@ constexpr __int64 kFrames = 20000;
 
 /// Sixteen bits without a pattern that compresses.
 std::int16_t Level(__int64 frame, __int64 channel) {
-    return static_cast<std::int16_t>(static_cast<std::uint32_t>(frame * kChannels + channel) * 2654435761U >> 16);
+    return static_cast<std::int16_t>(static_cast<std::uint32_t>(frame * kChannels + channel) * 2654435761U >>
+                                     16);
 }
 
 /// The bytes of a file of that format; empty when the library cannot write it.
@@ -53,8 +54,8 @@ std::string MakeSound(const TempFolder& folder, int format) {
 }
 
 /// Imports these bytes and expects the first `frames` samples of each channel, or any number but 0 for -1.
-void ExpectSamples(const TempFolder& folder, const std::string& bytes, __int64 frames, const std::string& remark,
-                   const std::string& options = "") {
+void ExpectSamples(const TempFolder& folder, const std::string& bytes, __int64 frames,
+                   const std::string& remark, const std::string& options = "") {
     folder.Write("in", bytes);
     const ToolResult result = RunShell(folder, "kvx import in -o out.vdf2 " + options);
     EXPECT_EQ(result.status, 0) << result.err;
@@ -69,7 +70,8 @@ void ExpectSamples(const TempFolder& folder, const std::string& bytes, __int64 f
         EXPECT_EQ(record.GetNsamp(), frames);
     }
     for (__int64 c = 0; c < kChannels; ++c) {
-        for (__int64 i = 0; i < record.GetNsamp(); ++i) ASSERT_EQ(record.GetReal(c, 0)[i], Level(i, c) / 32768.0) << i;
+        for (__int64 i = 0; i < record.GetNsamp(); ++i)
+            ASSERT_EQ(record.GetReal(c, 0)[i], Level(i, c) / 32768.0) << i;
     }
 }
 
@@ -112,15 +114,18 @@ TEST_P(Sound, IsRefusedWhenItIsCutShortUnlessAPartWillDo) {
     constexpr __int64 kCut = 36000;
     const std::string cut = bytes_.substr(0, bytes_.size() - kCut);
     if (GetParam().frameBytes == 0) {
-        ExpectRefusal(folder_, cut,
-                      "it is cut short or damaged: not all of the 20000 samples that its header states can be read; "
-                      "--partial takes those before the damage");
+        ExpectRefusal(
+            folder_, cut,
+            "it is cut short or damaged: not all of the 20000 samples that its header states can be read; "
+            "--partial takes those before the damage");
         ExpectSamples(folder_, cut, -1, "cut short or damaged; the first ", "--partial");
         return;
     }
     const __int64 all = kFrames * GetParam().frameBytes;
     const std::string extent = std::to_string(all - kCut) + " of the " + std::to_string(all) + " bytes";
-    ExpectRefusal(folder_, cut, "it is cut short: " + extent + " of samples that its header states are there; --partial takes those");
+    ExpectRefusal(
+        folder_, cut,
+        "it is cut short: " + extent + " of samples that its header states are there; --partial takes those");
     ExpectSamples(folder_, cut, kFrames - kCut / GetParam().frameBytes, extent, "--partial");
 }
 
@@ -142,10 +147,12 @@ INSTANTIATE_TEST_SUITE_P(Formats, Sound, testing::Values(
 
 TEST(SoundLength, IsFoundWhereTheHeaderLeavesItOpen) {
     const TempFolder folder;
-    const std::string remark = "does not state its length; all 20000 samples up to the end of the file are taken\n";
+    const std::string remark =
+        "does not state its length; all 20000 samples up to the end of the file are taken\n";
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     ASSERT_EQ(wav.substr(36, 4), "data");
-    for (const std::string& size : {"\0\0\0\0"s, "\xFF\xFF\xFF\xFF"s, "\0\xF0\xFF\x7F"s, "\xDB\xFF\xFF\x7F"s, "\0\0\0\x80"s}) {
+    for (const std::string& size :
+         {"\0\0\0\0"s, "\xFF\xFF\xFF\xFF"s, "\0\xF0\xFF\x7F"s, "\xDB\xFF\xFF\x7F"s, "\0\0\0\x80"s}) {
         ExpectSamples(folder, Replaced(wav, 40, size), kFrames, remark);
     }
     const std::string au = MakeSound(folder, SF_FORMAT_AU | SF_FORMAT_PCM_16);
@@ -163,7 +170,8 @@ TEST(SoundLength, EndsAtTheNextChunk) {
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     const std::string chunk = "LIST\x04\0\0\0INFO"s;
     ExpectSamples(folder, wav + chunk, kFrames, "");
-    ExpectRefusal(folder, Replaced(wav.substr(0, 44), 40, "\0\0\0\0"s) + chunk, "the sound file holds no samples");
+    ExpectRefusal(folder, Replaced(wav.substr(0, 44), 40, "\0\0\0\0"s) + chunk,
+                  "the sound file holds no samples");
     ExpectSamples(folder, Replaced(wav, 40, "\0\x19\0\0"s), 1600, "73600 bytes after the samples");
 }
 
@@ -199,9 +207,10 @@ TEST(Content, ThatIsNotReadIsNamed) {
 }
 
 TEST(Content, OfATextIsATextHoweverItBegins) {
-    for (const char* text : {"ID3,a\n1,2\n", "PAR1\tPAR2\n1\t2\n", "    -1\n    58\n    12\n", "MATLAB 5\n1\n",
-                             "dns.a,b\n1,2\n", "RIFF,WAVE\n1,2\n", "PK,b\n1,2\n", "\xFF\xE3\xEE\xE4\n1\n",
-                             "\xFF\xFE\x31", "FORM,AIFF\n1,2\n", ".snd\n1\n", "0\n0\n", "BZh9\n1\n"}) {
+    for (const char* text :
+         {"ID3,a\n1,2\n", "PAR1\tPAR2\n1\t2\n", "    -1\n    58\n    12\n", "MATLAB 5\n1\n", "dns.a,b\n1,2\n",
+          "RIFF,WAVE\n1,2\n", "PK,b\n1,2\n", "\xFF\xE3\xEE\xE4\n1\n", "\xFF\xFE\x31", "FORM,AIFF\n1,2\n",
+          ".snd\n1\n", "0\n0\n", "BZh9\n1\n"}) {
         EXPECT_EQ(kvx::tool::RecognizeContent(text).name, "") << text;
     }
 }
@@ -209,9 +218,9 @@ TEST(Content, OfATextIsATextHoweverItBegins) {
 TEST(Content, ThatIsDamagedLeavesOneLineOnStandardError) {
     std::mt19937 random(1);
     for (const std::string& begin :
-         {"RIFF\xFF\xFF\0\0WAVEfmt "s, "RF64\xFF\xFF\xFF\xFFWAVEds64"s, "FORM\0\0\1\0AIFF"s, ".snd\0\0\0\x18"s,
-          "caff\0\1\0\0desc"s, "fLaC\0\0\0\x22"s, "\xFF\xFE"s, "\xFF\xFB\x90\x64\0"s, "ID3\3\0\0\0\0\0\0"s,
-          "MATLAB 5.0 MAT-file"s, "\xFF\xE3\x48\xC4\0\0"s, ""s}) {
+         {"RIFF\xFF\xFF\0\0WAVEfmt "s, "RF64\xFF\xFF\xFF\xFFWAVEds64"s, "FORM\0\0\1\0AIFF"s,
+          ".snd\0\0\0\x18"s, "caff\0\1\0\0desc"s, "fLaC\0\0\0\x22"s, "\xFF\xFE"s, "\xFF\xFB\x90\x64\0"s,
+          "ID3\3\0\0\0\0\0\0"s, "MATLAB 5.0 MAT-file"s, "\xFF\xE3\x48\xC4\0\0"s, ""s}) {
         for (int i = 0; i < 3; ++i) {
             const TempFolder folder;
             std::string bytes = begin;
@@ -228,11 +237,13 @@ TEST(Content, ThatIsDamagedLeavesOneLineOnStandardError) {
 TEST(Values, ThatOverflowAreRefusedWithTheirPlace) {
     const TempFolder folder;
     const std::string rest = " overflows in conversion from 'km' to the standard unit";
-    ExpectRefusal(folder, "time,a [g],b [km]\n0,1,2\n# pause\n\n1,1,-1e306\n", "line 5, column 3: the value" + rest);
+    ExpectRefusal(folder, "time,a [g],b [km]\n0,1,2\n# pause\n\n1,1,-1e306\n",
+                  "line 5, column 3: the value" + rest);
     ExpectRefusal(folder, "1\n-1.7976931348623157e308\n",
                   "line 2, column 1: the value is reserved as the marker of missing samples", "--rate 1");
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    ExpectRefusal(folder, wav, "sample 1 of channel 2: the value" + rest, "--channels 2 --unit km --full-scale 1e306");
+    ExpectRefusal(folder, wav, "sample 1 of channel 2: the value" + rest,
+                  "--channels 2 --unit km --full-scale 1e306");
     const std::string floats = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
     ExpectRefusal(folder, Replaced(floats, floats.find("data") + 8 + 20, "\0\0\x80\x7F"s),
                   "sample 3 of channel 2 is not a finite number");

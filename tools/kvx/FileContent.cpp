@@ -93,7 +93,8 @@ bool IsMatlabLevel4(std::string_view begin) {
     return false;
 }
 
-/// Whether the header of a frame of layer III stands in front. A text may begin with its bytes, but holds no 0.
+/// Whether the header of a frame of layer III stands in front. A text may begin with its bytes, but holds no
+/// 0.
 bool IsMp3(std::string_view begin) {
     if (begin.size() < 4 || begin.find('\0') == begin.npos) return false;
     const std::uint32_t head = Word(begin, 0, true);
@@ -112,7 +113,8 @@ std::string_view TakeLine(std::string_view* text) {
 
 /// Whether a line is a whole number in the first six columns, as a Fortran format I6 writes it.
 bool IsSixColumnNumber(std::string_view line) {
-    return line.size() == 6 && line.find_first_not_of("0123456789", line.find_first_not_of(" -")) == line.npos;
+    return line.size() == 6 &&
+           line.find_first_not_of("0123456789", line.find_first_not_of(" -")) == line.npos;
 }
 
 /// The delimiter of a dataset, its number and the first record of it, which is more than a number of six
@@ -127,7 +129,8 @@ bool IsUniversalFile(std::string_view begin) {
 }  // namespace
 
 FileContent RecognizeContent(std::string_view begin) {
-    const auto row = std::ranges::find_if(kMagics, [&](const Magic& m) { return StartsWith(begin, m.bytes); });
+    const auto row =
+        std::ranges::find_if(kMagics, [&](const Magic& m) { return StartsWith(begin, m.bytes); });
     if (row != std::end(kMagics)) return row->content;
     if (IsMp3(begin)) return {"an MP3 file"};
     if (IsMatlabLevel4(begin)) return {"a MATLAB file"};

@@ -12,7 +12,7 @@ namespace kvx::tool {
 enum class SoundFormat { wav, rf64, wave64, aiff, au, caf, flac };
 
 struct FileContent {
-    std::string_view name = {};                      ///< "a MATLAB file"; empty for what may be a text
+    std::string_view name = {};                       ///< "a MATLAB file"; empty for what may be a text
     std::optional<SoundFormat> sound = std::nullopt;  ///< when it is a sound file that is read
 };
 

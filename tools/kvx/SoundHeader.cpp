@@ -135,17 +135,23 @@ std::optional<SampleBytes> FindChunk(FieldReader& fields, const ChunkLayout& lay
 std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format) {
     FieldReader fields(file);
     switch (format) {
-        case SoundFormat::wav: return FindChunk(fields, fields.Bytes(0, 4) == "RIFX" ? kRifx : kRiff);
-        case SoundFormat::rf64: return FindChunk(fields, kRiff);
-        case SoundFormat::wave64: return FindChunk(fields, kWave64);
-        case SoundFormat::aiff: return FindChunk(fields, kAiff);
-        case SoundFormat::caf: return FindChunk(fields, kCaf);
+        case SoundFormat::wav:
+            return FindChunk(fields, fields.Bytes(0, 4) == "RIFX" ? kRifx : kRiff);
+        case SoundFormat::rf64:
+            return FindChunk(fields, kRiff);
+        case SoundFormat::wave64:
+            return FindChunk(fields, kWave64);
+        case SoundFormat::aiff:
+            return FindChunk(fields, kAiff);
+        case SoundFormat::caf:
+            return FindChunk(fields, kCaf);
         case SoundFormat::au: {
             const bool isBigEndian = fields.Bytes(0, 4) == ".snd";
             const SizeField size = {8, 4, isBigEndian};
             return Measure(fields, fields.Number({4, 4, isBigEndian}), fields.Number(size), 0, size, 0);
         }
-        case SoundFormat::flac: break;
+        case SoundFormat::flac:
+            break;
     }
     return std::nullopt;
 }

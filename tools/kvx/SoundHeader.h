@@ -26,7 +26,7 @@ struct SampleBytes {
     std::uint64_t held = 0;               ///< up to the end of the file, or as many as were stated
     std::uint64_t behind = 0;             ///< what stands behind the samples and is no chunk of the file
 
-    BytePatch actualSize = {};            ///< makes the header state what is held; empty where it cannot
+    BytePatch actualSize = {};  ///< makes the header state what is held; empty where it cannot
 
     bool IsCutShort() const { return stated && held < *stated; }
 };
