@@ -21,8 +21,6 @@ class CDataArrayCplx;
 
 namespace kvx {
 
-enum class Generation : int;
-
 /// One complex number; `Self` is the public class. Square roots are taken in double precision and narrowed.
 template <class Self, typename Real>
 class KVX_API CplxValue {
@@ -106,13 +104,6 @@ public:
     friend int operator==(const Self& a, const Self& b) { return a.re_ == b.re_ && a.im_ == b.im_; }
     friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
-protected:
-    template <class, class, typename>
-    friend class CplxMatrix;
-
-    /// Version word (current generation only), re, im. A value whose loading fails is 0.
-    void SerializeLayout(CArchive& archive, Generation generation);
-
 private:
     Self& AsSelf() { return static_cast<Self&>(*this); }
 
@@ -121,7 +112,7 @@ private:
 };
 
 template <class Self, typename Real>
-void CplxValue<Self, Real>::Inv() {
+inline void CplxValue<Self, Real>::Inv() {
     if (re_ == 0 && im_ == 0) return;
     if (re_ == 0) {
         im_ = -1 / im_;
@@ -139,7 +130,7 @@ void CplxValue<Self, Real>::Inv() {
 }
 
 template <class Self, typename Real>
-Real CplxValue<Self, Real>::GetAbs() const {
+inline Real CplxValue<Self, Real>::GetAbs() const {
     const Real re = std::abs(re_);
     const Real im = std::abs(im_);
     if (re == 0) return im;
@@ -150,7 +141,7 @@ Real CplxValue<Self, Real>::GetAbs() const {
 }
 
 template <class Self, typename Real>
-Self& CplxValue<Self, Real>::operator/=(const Self& z) {
+inline Self& CplxValue<Self, Real>::operator/=(const Self& z) {
     if (z.re_ == 0 && z.im_ == 0) {
         Zero();
     } else if (std::abs(z.re_) >= std::abs(z.im_)) {
@@ -166,7 +157,7 @@ Self& CplxValue<Self, Real>::operator/=(const Self& z) {
 }
 
 template <class Self, typename Real>
-Self CplxValue<Self, Real>::Sqrt(const Self& z) {
+inline Self CplxValue<Self, Real>::Sqrt(const Self& z) {
     constexpr Real kHalfRoot = Real(0.7071067811865476);
     const Real magnitude = z.GetAbs();
     const Real s =
@@ -222,14 +213,8 @@ public:
     int IsAllZero() const;
 
 protected:
-    template <class, class, class>
-    friend class CellMatrix;
-
     /// Keeps the flag, takes count and real parts from a block of `num` values; empty when `num` < 1.
-    void AssignReal(__int64 num, const Real* values);
-    /// Version word (current generation only), 32-bit flag, 32-bit count, the blocks. An array whose loading
-    /// fails is empty.
-    void SerializeLayout(CArchive& archive, Generation generation);
+    KVX_NO_API void AssignReal(__int64 num, const Real* values);
 
     int isComplex_ = 0;  // 0 or 1
     __int64 count_ = 0;
@@ -238,10 +223,10 @@ protected:
     Real* imaginary_ = nullptr;  // not null exactly when isComplex_ is not 0
 
 private:
-    bool HasShapeOf(const CplxArray& other) const {
+    KVX_NO_API bool HasShapeOf(const CplxArray& other) const {
         return isComplex_ == other.isComplex_ && count_ == other.count_;
     }
-    void Swap(CplxArray& other) noexcept;
+    KVX_NO_API void Swap(CplxArray& other) noexcept;
 };
 
 }  // namespace kvx
