@@ -10,6 +10,7 @@
 // public class adds what only it can do.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <limits>
 
@@ -30,6 +31,11 @@ inline constexpr Element kNoValue = std::numeric_limits<Element>::lowest();
 
 enum class Generation : int;
 
+/// The integers that are not the element type itself. An array takes them as values, so that a literal 0 is a
+/// number and not a null pointer.
+template <typename Number, typename Element>
+concept OtherInteger = std::integral<Number> && !std::same_as<Number, Element>;
+
 /// Storage, access, filling and the ring copy: what all arrays do. `Self` is the public class.
 template <class Self, typename Element>
 class KVX_API Array {
@@ -37,6 +43,7 @@ public:
     Array() = default;
     /// `num` elements of `value`; empty when `num` is negative or the memory is not there.
     Array(__int64 num, Element value);
+    Array(__int64 num, OtherInteger<Element> auto value) : Array(num, static_cast<Element>(value)) {}
     /// `num` elements copied from `data`, or zeros when `data` is null; empty on failure.
     Array(__int64 num, const Element* data);
     Array(const Array& other);
@@ -67,6 +74,9 @@ public:
     int SetData(__int64 num, const Element* data);
     /// Makes the array `num` elements of `value`.
     int SetData(__int64 num, Element value);
+    int SetData(__int64 num, OtherInteger<Element> auto value) {
+        return SetData(num, static_cast<Element>(value));
+    }
 
     /// Copies `num` > 0 elements from `src` on from `srcStart` to here on from `dstStart`, both arrays taken
     /// as rings. Starts are >= 0 and may lie past the end; `num` is at most both counts. Copying within one
