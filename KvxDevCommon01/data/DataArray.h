@@ -110,6 +110,31 @@ private:
     void Swap(Array& other) noexcept;
 };
 
+/// The classes of the array family.
+template <class Class>
+concept ArrayClass = requires(const Class& array) {
+    []<class Self, typename Element>(const Array<Self, Element>&) {}(array);
+};
+
+/// The elements as a range, in `for (double x : array)` and in the algorithms of std::ranges; an array also
+/// converts to a span of its elements. Argument-dependent lookup finds these through the base classes.
+template <ArrayClass Class>
+auto* begin(Class& array) {
+    return array.GetData();
+}
+template <ArrayClass Class>
+const auto* begin(const Class& array) {
+    return array.GetData();
+}
+template <ArrayClass Class>
+auto* end(Class& array) {
+    return array.GetData() + array.GetNum();
+}
+template <ArrayClass Class>
+const auto* end(const Class& array) {
+    return array.GetData() + array.GetNum();
+}
+
 /// Arrays that grow at their end.
 template <class Self, typename Element>
 class KVX_API GrowingArray : public Array<Self, Element> {
