@@ -35,6 +35,7 @@
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/data/DataMatrix.h>
 #include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/Samples.h>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
@@ -66,6 +67,7 @@
 #include <KvxDevCommon01/files/ComHdr.h>
 #include <KvxDevCommon01/files/DataFile.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 
 #include <KvxDevCommon01/app/AppFunc.h>
 #include <KvxDevCommon01/app/ComThread.h>

@@ -45,6 +45,11 @@ concept Int64Array = OneOf<Class, CDataArrayLongLong, CDataArrayIntPtr>;
 template <class Class>
 concept IntegerArray = Int64Array<Class> || OneOf<Class, CDataArrayLong>;
 
+/// The integers that are not the element type itself. An array takes them as values, so that a literal 0 is a
+/// number and not a null pointer.
+template <typename Number, typename Element>
+concept OtherInteger = std::integral<Number> && !std::same_as<Number, Element>;
+
 /// The block of an array and the work on it that every element type allows. This is what the library exports;
 /// the operations of the interface are those of Array.
 template <typename Element>
@@ -90,6 +95,7 @@ public:
     Array() = default;
     /// `num` elements of `value`; empty when `num` is negative or allocation fails.
     Array(__int64 num, Element value) { this->Assign(num, value); }
+    Array(__int64 num, OtherInteger<Element> auto value) : Array(num, static_cast<Element>(value)) {}
     /// `num` elements copied from `data`, or zeros when `data` is null; empty on failure.
     Array(__int64 num, const Element* data) { this->Assign(num, data); }
 
@@ -111,6 +117,9 @@ public:
     int SetData(__int64 num, const Element* data) { return this->Assign(num, data); }
     /// Makes the array `num` elements of `value`.
     int SetData(__int64 num, Element value) { return this->Assign(num, value); }
+    int SetData(__int64 num, OtherInteger<Element> auto value) {
+        return SetData(num, static_cast<Element>(value));
+    }
     /// Sets all elements to `value`; fails on an empty array.
     int SetData(Element value) requires FloatingArray<Self> { return this->Fill(value); }
     /// Sets all elements to `value`; fails on an empty array.
@@ -160,6 +169,31 @@ protected:
     bool IsEmpty() const { return count_ == 0; }
     bool IsInside(__int64 index) const { return index >= 0 && index < count_; }
 };
+
+/// The classes of the array family.
+template <class Class>
+concept ArrayClass = requires(const Class& array) {
+    []<class Self, typename Element>(const Array<Self, Element>&) {}(array);
+};
+
+/// The elements as a range, in `for (double x : array)` and in the algorithms of std::ranges; an array also
+/// converts to a span of its elements. Argument-dependent lookup finds these through the base classes.
+template <ArrayClass Class>
+auto* begin(Class& array) {
+    return array.GetData();
+}
+template <ArrayClass Class>
+const auto* begin(const Class& array) {
+    return array.GetData();
+}
+template <ArrayClass Class>
+auto* end(Class& array) {
+    return array.GetData() + array.GetNum();
+}
+template <ArrayClass Class>
+const auto* end(const Class& array) {
+    return array.GetData() + array.GetNum();
+}
 
 }  // namespace kvx
 

@@ -49,8 +49,8 @@ void SerializeLayout(CArchive& archive, Array<Self, Element>& array, Generation 
     });
 }
 
-/// Version word (current generation only), 32-bit flag, 32-bit count, the blocks. An array whose loading fails
-/// is empty.
+/// Version word (current generation only), 32-bit flag, 32-bit count, the blocks. An array whose loading
+/// fails is empty.
 template <class Self, typename Real>
 void SerializeLayout(CArchive& archive, CplxArray<Self, Real>& array, Generation generation) {
     if (archive.IsStoring()) {
