@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -129,8 +131,8 @@ template <typename Element>
 bool ArrayStorage<Element>::CopyRing(const ArrayStorage& src, __int64 srcStart, __int64 dstStart,
                                      __int64 num) {
     if (srcStart < 0 || dstStart < 0 || num < 1 || num > count_ || num > src.count_) return false;
-    const Ring<const Element> from{src.data_, src.count_, srcStart % src.count_};
-    const Ring<Element> to{data_, count_, dstStart % count_};
+    const Ring<const Element> from{src.data_, src.count_, WrapIndex(srcStart, src.count_)};
+    const Ring<Element> to{data_, count_, WrapIndex(dstStart, count_)};
     const auto copyRun = [](__int64 length, const Element* in, Element* out) {
         std::copy_n(in, length, out);
     };
@@ -238,7 +240,6 @@ KVX_INT64_ARRAYS(KVX_INSTANTIATE)
 // ---- CDataArrayDouble
 
 using kvx::Generation;
-using kvx::kNoValue;
 using kvx::LaneSum;
 using kvx::Ring;
 using kvx::SerializeLayout;
@@ -461,15 +462,11 @@ void CDataArrayDouble::Reverse() {
 }
 
 int CDataArrayDouble::GetDataArrayFloat(CDataArrayFloat* out) const {
-    return out && kvx::ConvertInto(*this, *out, [](double value) {
-               return value == kNoValue<double> ? kNoValue<float> : static_cast<float>(value);
-           });
+    return out && kvx::ConvertInto(*this, *out, kvx::NarrowedSample);
 }
 
 int CDataArrayDouble::SetDataArrayFloat(const CDataArrayFloat& in) {
-    return kvx::ConvertInto(in, *this, [](float value) {
-        return value == kNoValue<float> ? kNoValue<double> : static_cast<double>(value);
-    });
+    return kvx::ConvertInto(in, *this, kvx::WidenedSample);
 }
 
 void CDataArrayDouble::Serialize(CArchive& archive) {

@@ -12,9 +12,9 @@
 
 #include <concepts>
 #include <cstdint>
-#include <limits>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Types.h>
 
 class CArchive;
@@ -27,10 +27,6 @@ class CDataArrayBool;
 class CDataArrayDoubleCplx;
 
 namespace kvx {
-
-/// The no-value marker: the most negative finite value of a type marks a sample that holds no data.
-template <typename Element>
-inline constexpr Element kNoValue = std::numeric_limits<Element>::lowest();
 
 template <class Class, class... Listed>
 concept OneOf = (std::same_as<Class, Listed> || ...);
@@ -128,7 +124,10 @@ public:
     void Zero() requires NumberArray<Self> { this->Fill(Element{}); }
 
     int Append(Element value) requires NumberArray<Self> {
-        if (count_ == this->capacity_) return this->AppendRun(1, &value);
+        if (count_ == this->capacity_) {
+            const Element run[] = {value};  // a copy, so that `value` itself stays in a register
+            return this->AppendRun(1, run);
+        }
         data_[count_++] = value;
         return 1;
     }

@@ -179,14 +179,14 @@ public:
     CplxArray(CplxArray&& other) noexcept;
     ~CplxArray();
 
-    /// Takes over flag, count and values, in place when flag and count agree; empty when the memory is not
-    /// there.
+    /// Takes over flag, count and values, in place when flag and count agree; empty when allocation
+    /// fails.
     CplxArray& operator=(const CplxArray& other);
     /// The same with the blocks of `other` where new ones would be needed.
     CplxArray& operator=(CplxArray&& other) noexcept;
 
     /// Makes the array `num` >= 1 zeros, with an imaginary block when `isComplex` is not 0. Fails without a
-    /// change when `num` < 1; leaves the array empty when the memory is not there.
+    /// change when `num` < 1; leaves the array empty when allocation fails.
     int Create(int isComplex, __int64 num);
     /// Releases both blocks; flag and count become 0.
     void Free();

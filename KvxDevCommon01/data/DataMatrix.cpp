@@ -112,7 +112,7 @@ bool TryEach(Cell* cells, __int64 count, Action action) {
     return true;
 }
 
-/// rows x cols values made by their default constructor; null when there are none or the memory is not there.
+/// rows x cols values made by their default constructor; null when there are none or allocation fails.
 template <class Value>
 std::unique_ptr<Value[]> NewValues(const MatrixShape& shape) {
     if (shape.cells < 1) return nullptr;

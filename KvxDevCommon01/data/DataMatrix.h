@@ -106,7 +106,7 @@ protected:
     bool CopyCells(const MatrixStorage& src, __int64 srcStart, __int64 dstStart, __int64 num);
 
     /// Makes rows x cols cells that are still empty and will hold `num` samples; false, leaving the matrix
-    /// empty, when they cannot be had.
+    /// empty, when allocation fails.
     KVX_NO_API bool AllocateEmpty(Kind kind, __int64 rows, __int64 cols, __int64 num);
     KVX_NO_API bool AreCellsWhole() const;
     KVX_NO_API bool HasShapeOf(const MatrixStorage& other) const {
@@ -254,7 +254,7 @@ public:
     CplxMatrix(CplxMatrix&& other) noexcept;
     ~CplxMatrix();
 
-    /// Takes over shape and values, in place when the shapes agree; empty when the memory is not there.
+    /// Takes over shape and values, in place when the shapes agree; empty when allocation fails.
     CplxMatrix& operator=(const CplxMatrix& other);
     /// The same with the values of `other` where new ones would be needed.
     CplxMatrix& operator=(CplxMatrix&& other) noexcept;

@@ -207,10 +207,7 @@ void DataFileReader::State::Read(std::uint64_t begin, double* samples, __int64 c
         for (__int64 done = 0; done < count;) {
             const auto piece = std::min(static_cast<std::size_t>(count - done), narrow.size());
             archive.ReadNumbers(narrow.data(), piece);
-            for (std::size_t i = 0; i < piece; ++i) {
-                samples[done++] =
-                    narrow[i] == kNoValue<float> ? kNoValue<double> : static_cast<double>(narrow[i]);
-            }
+            for (std::size_t i = 0; i < piece; ++i) samples[done++] = WidenedSample(narrow[i]);
         }
     });
 }
