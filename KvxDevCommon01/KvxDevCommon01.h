@@ -35,7 +35,9 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/data/DataMatrix.h>
+#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/Samples.h>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
@@ -67,6 +69,7 @@
 #include <KvxDevCommon01/files/ComHdr.h>
 #include <KvxDevCommon01/files/DataFile.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 
 #include <KvxDevCommon01/app/AppFunc.h>
 #include <KvxDevCommon01/app/ComThread.h>

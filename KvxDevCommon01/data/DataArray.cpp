@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -15,8 +17,8 @@
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/detail/ArrayFamily.h>
 #include <KvxDevCommon01/data/detail/Block.h>
+#include <KvxDevCommon01/data/detail/ElementLayout.h>
 #include <KvxDevCommon01/data/detail/LaneSum.h>
-#include <KvxDevCommon01/data/detail/Layout.h>
 #include <KvxDevCommon01/data/detail/Ring.h>
 
 namespace kvx {
@@ -42,110 +44,114 @@ int ConvertInto(const From& from, To& to, Convert convert) {
 
 }  // namespace
 
-// ---- Array
+// ---- ArrayStorage
 
-template <class Self, typename Element>
-Array<Self, Element>::Array(__int64 num, Element value) {
-    SetData(num, value);
+template <typename Element>
+ArrayStorage<Element>::ArrayStorage(const ArrayStorage& other) {
+    Assign(other.count_, other.data_);
 }
 
-template <class Self, typename Element>
-Array<Self, Element>::Array(__int64 num, const Element* data) {
-    SetData(num, data);
-}
-
-template <class Self, typename Element>
-Array<Self, Element>::Array(const Array& other) {
-    SetData(other.count_, other.data_);
-}
-
-template <class Self, typename Element>
-Array<Self, Element>::Array(Array&& other) noexcept {
+template <typename Element>
+ArrayStorage<Element>::ArrayStorage(ArrayStorage&& other) noexcept {
     Swap(other);
 }
 
-template <class Self, typename Element>
-Array<Self, Element>::~Array() {
+template <typename Element>
+ArrayStorage<Element>::~ArrayStorage() {
     std::free(data_);
 }
 
-template <class Self, typename Element>
-Array<Self, Element>& Array<Self, Element>::operator=(const Array& other) {
+template <typename Element>
+ArrayStorage<Element>& ArrayStorage<Element>::operator=(const ArrayStorage& other) {
     if (this == &other) return *this;
     if (count_ == other.count_ && data_ && other.data_) {
         std::copy_n(other.data_, count_, data_);
     } else {
-        SetData(other.count_, other.data_);
+        Assign(other.count_, other.data_);
     }
     return *this;
 }
 
-template <class Self, typename Element>
-Array<Self, Element>& Array<Self, Element>::operator=(Array&& other) noexcept {
+template <typename Element>
+ArrayStorage<Element>& ArrayStorage<Element>::operator=(ArrayStorage&& other) noexcept {
     if (count_ == other.count_ || !other.data_) return *this = std::as_const(other);
-    Free();
+    Release();
     Swap(other);
     return *this;
 }
 
-template <class Self, typename Element>
-void Array<Self, Element>::Free() {
+template <typename Element>
+void ArrayStorage<Element>::Release() {
     std::free(data_);
     data_ = nullptr;
     count_ = 0;
     capacity_ = 0;
 }
 
-template <class Self, typename Element>
-int Array<Self, Element>::SetData(__int64 num, const Element* data) {
-    Array keptAlive;
+template <typename Element>
+bool ArrayStorage<Element>::Assign(__int64 num, const Element* data) {
+    ArrayStorage keptAlive;
     if (LiesInside<Element>(data, data_, capacity_)) Swap(keptAlive);
-    Free();
-    if (!Resize(num)) return 0;
+    Release();
+    if (!Resize(num)) return false;
     if (data) std::copy_n(data, num, data_);
-    return 1;
+    return true;
 }
 
-template <class Self, typename Element>
-int Array<Self, Element>::SetData(__int64 num, Element value) {
-    Free();
-    if (!Resize(num)) return 0;
+template <typename Element>
+bool ArrayStorage<Element>::Assign(__int64 num, Element value) {
+    Release();
+    if (!Resize(num)) return false;
     Fill(value);
-    return 1;
+    return true;
 }
 
-template <class Self, typename Element>
-int Array<Self, Element>::Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num) {
-    const Array& source = src;
-    if (srcStart < 0 || dstStart < 0 || num < 1 || num > count_ || num > source.count_) return 0;
-    const Ring<const Element> from{source.data_, source.count_, srcStart % source.count_};
-    const Ring<Element> to{data_, count_, dstStart % count_};
+template <typename Element>
+bool ArrayStorage<Element>::Fill(Element value) {
+    std::fill_n(data_, count_, value);
+    return count_ != 0;
+}
+
+template <typename Element>
+bool ArrayStorage<Element>::AppendRun(__int64 num, const Element* data) {
+    if (num < 0 || (num > 0 && !data)) return false;
+    if (num > kMaxArrayCount<Element> - count_) {
+        Release();
+        return false;
+    }
+    const bool isOwn = LiesInside<Element>(data, data_, capacity_);
+    const auto offset = isOwn ? data - data_ : 0;
+    const __int64 end = count_;
+    if (!Resize(end + num)) return false;
+    std::copy_n(isOwn ? data_ + offset : data, num, data_ + end);
+    return true;
+}
+
+template <typename Element>
+bool ArrayStorage<Element>::CopyRing(const ArrayStorage& src, __int64 srcStart, __int64 dstStart,
+                                     __int64 num) {
+    if (srcStart < 0 || dstStart < 0 || num < 1 || num > count_ || num > src.count_) return false;
+    const Ring<const Element> from{src.data_, src.count_, WrapIndex(srcStart, src.count_)};
+    const Ring<Element> to{data_, count_, WrapIndex(dstStart, count_)};
     const auto copyRun = [](__int64 length, const Element* in, Element* out) {
         std::copy_n(in, length, out);
     };
-    if (&source != this) {
+    if (&src != this) {
         WalkRings(num, copyRun, from, to);
-        return 1;
+        return true;
     }
     const std::unique_ptr<Element[]> taken(new (std::nothrow) Element[static_cast<std::size_t>(num)]);
-    if (!taken) return 0;
+    if (!taken) return false;
     const Ring<Element> buffer{taken.get(), num, 0};
     WalkRings(num, copyRun, from, buffer);
     WalkRings(num, copyRun, Ring<const Element>{taken.get(), num, 0}, to);
-    return 1;
+    return true;
 }
 
-template <class Self, typename Element>
-void Array<Self, Element>::Swap(Array& other) noexcept {
-    std::swap(count_, other.count_);
-    std::swap(capacity_, other.capacity_);
-    std::swap(data_, other.data_);
-}
-
-template <class Self, typename Element>
-bool Array<Self, Element>::Resize(__int64 count) {
+template <typename Element>
+bool ArrayStorage<Element>::Resize(__int64 count) {
     if (count < 0 || count > kMaxArrayCount<Element>) {
-        Free();
+        Release();
         return false;
     }
     const __int64 wanted = WholeBlocks(count);
@@ -153,7 +159,7 @@ bool Array<Self, Element>::Resize(__int64 count) {
         auto* block = data_ ? static_cast<Element*>(std::realloc(data_, ByteSize<Element>(wanted)))
                             : AllocateZeroed<Element>(wanted);
         if (!block) {
-            Free();
+            Release();
             return false;
         }
         if (data_ && wanted > capacity_)
@@ -165,101 +171,40 @@ bool Array<Self, Element>::Resize(__int64 count) {
     return true;
 }
 
-template <class Self, typename Element>
-bool Array<Self, Element>::Grow(__int64 extra) {
-    if (extra > kMaxArrayCount<Element> - count_) {
-        Free();
-        return false;
-    }
-    return Resize(count_ + extra);
+template <typename Element>
+void ArrayStorage<Element>::Swap(ArrayStorage& other) noexcept {
+    std::swap(count_, other.count_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(data_, other.data_);
 }
 
-template <class Self, typename Element>
-bool Array<Self, Element>::Fill(Element value) {
-    std::fill_n(data_, count_, value);
-    return !IsEmpty();
-}
+template class ArrayStorage<double>;
+template class ArrayStorage<float>;
+template class ArrayStorage<std::int32_t>;
+template class ArrayStorage<std::int64_t>;
+
+// ---- Array
 
 template <class Self, typename Element>
-void Array<Self, Element>::SerializeLayout(CArchive& archive, Generation generation) {
-    if (archive.IsStoring()) {
-        const std::int32_t count = ArchiveCount(count_);
-        StoreVersion(archive, generation);
-        archive << count;
-        archive.WriteNumbers(data_, static_cast<std::size_t>(count));
-        return;
-    }
-    LoadOrEmpty(*this, [&] {
-        SkipVersion(archive, generation);
-        const __int64 count = LoadCount(archive);
-        archive.RequireRemaining(count, sizeof(Element));
-        if (Resize(count)) archive.ReadNumbers(data_, static_cast<std::size_t>(count));
-    });
-}
-
-// ---- GrowingArray
-
-template <class Self, typename Element>
-int GrowingArray<Self, Element>::Append(__int64 num, const Element* data) {
-    if (num < 0 || (num > 0 && !data)) return 0;
-    const bool isOwn = LiesInside<Element>(data, this->data_, this->capacity_);
-    const auto offset = isOwn ? data - this->data_ : 0;
-    const __int64 end = this->count_;
-    if (!this->Grow(num)) return 0;
-    std::copy_n(isOwn ? this->data_ + offset : data, num, this->data_ + end);
-    return 1;
-}
-
-template <class Self, typename Element>
-int GrowingArray<Self, Element>::Append(const Self& other) {
-    const __int64 num = other.GetNum();
-    const __int64 end = this->count_;
-    if (!this->Grow(num)) return 0;
-    std::copy_n(other.GetData(), num, this->data_ + end);
-    return 1;
-}
-
-template <class Self, typename Element>
-void GrowingArray<Self, Element>::Zero() {
-    this->Fill(Element{});
-}
-
-// ---- FloatingArray
-
-template <class Self, typename Element>
-int FloatingArray<Self, Element>::SetData(Element value) {
-    return this->Fill(value);
-}
-
-template <class Self, typename Element>
-int FloatingArray<Self, Element>::IsAllZero() const {
-    return !this->IsEmpty() && AreAllZero(this->data_, this->count_);
-}
-
-// ---- IntegerArray
-
-template <class Self, typename Element>
-int IntegerArray<Self, Element>::SetDataAll(Element value) {
-    return this->Fill(value);
-}
-
-template <class Self, typename Element>
-__int64 IntegerArray<Self, Element>::Search(Element value, __int64 start) const {
-    if (!this->IsInside(start)) return -1;
-    Element* const end = this->data_ + this->count_;
-    Element* const found = std::find(this->data_ + start, end, value);
-    return found == end ? -1 : found - this->data_;
-}
-
-// ---- Int64Array
-
-template <class Self, typename Element>
-int Int64Array<Self, Element>::RemoveAll() {
+int Array<Self, Element>::RemoveAll() requires Int64Array<Self> {
     return this->Resize(0);
 }
 
 template <class Self, typename Element>
-int Int64Array<Self, Element>::GetDataArrayLong(CDataArrayLong* out) const {
+int Array<Self, Element>::IsAllZero() const requires FloatingArray<Self> {
+    return !IsEmpty() && AreAllZero(data_, count_);
+}
+
+template <class Self, typename Element>
+__int64 Array<Self, Element>::Search(Element value, __int64 start) const requires IntegerArray<Self> {
+    if (!IsInside(start)) return -1;
+    Element* const end = data_ + count_;
+    Element* const found = std::find(data_ + start, end, value);
+    return found == end ? -1 : found - data_;
+}
+
+template <class Self, typename Element>
+int Array<Self, Element>::GetDataArrayLong(CDataArrayLong* out) const requires Int64Array<Self> {
     using Narrow = std::numeric_limits<std::int32_t>;
     return out && ConvertInto(*this, *out, [](Element value) {
                return static_cast<std::int32_t>(std::clamp<Element>(value, Narrow::min(), Narrow::max()));
@@ -267,24 +212,25 @@ int Int64Array<Self, Element>::GetDataArrayLong(CDataArrayLong* out) const {
 }
 
 template <class Self, typename Element>
-int Int64Array<Self, Element>::SetDataArrayLong(const CDataArrayLong& in) {
+int Array<Self, Element>::SetDataArrayLong(const CDataArrayLong& in) requires Int64Array<Self> {
     return ConvertInto(in, *this, [](std::int32_t value) { return Element{value}; });
 }
 
+// The constrained operations are instantiated one by one, for their own arrays: Clang 14 would instantiate
+// all of them with the class.
 // clang-format off
-#define KVX_INSTANTIATE(Class, Element) template class Array<Class, Element>;
-KVX_ALL_ARRAYS(KVX_INSTANTIATE)
-#undef KVX_INSTANTIATE
-#define KVX_INSTANTIATE(Class, Element) template class GrowingArray<Class, Element>;
-KVX_GROWING_ARRAYS(KVX_INSTANTIATE)
-#undef KVX_INSTANTIATE
-#define KVX_INSTANTIATE(Class, Element) template class FloatingArray<Class, Element>;
+#define KVX_INSTANTIATE(Class, Element)                    \
+    template int Array<Class, Element>::IsAllZero() const;
 KVX_FLOATING_ARRAYS(KVX_INSTANTIATE)
 #undef KVX_INSTANTIATE
-#define KVX_INSTANTIATE(Class, Element) template class IntegerArray<Class, Element>;
+#define KVX_INSTANTIATE(Class, Element) \
+    template __int64 Array<Class, Element>::Search(Element, __int64) const;
 KVX_INTEGER_ARRAYS(KVX_INSTANTIATE)
 #undef KVX_INSTANTIATE
-#define KVX_INSTANTIATE(Class, Element) template class Int64Array<Class, Element>;
+#define KVX_INSTANTIATE(Class, Element)                                         \
+    template int Array<Class, Element>::RemoveAll();                            \
+    template int Array<Class, Element>::GetDataArrayLong(CDataArrayLong*) const; \
+    template int Array<Class, Element>::SetDataArrayLong(const CDataArrayLong&);
 KVX_INT64_ARRAYS(KVX_INSTANTIATE)
 #undef KVX_INSTANTIATE
 // clang-format on
@@ -293,9 +239,10 @@ KVX_INT64_ARRAYS(KVX_INSTANTIATE)
 
 // ---- CDataArrayDouble
 
-using kvx::kNoValue;
+using kvx::Generation;
 using kvx::LaneSum;
 using kvx::Ring;
+using kvx::SerializeLayout;
 using kvx::WalkRings;
 
 namespace {
@@ -515,29 +462,25 @@ void CDataArrayDouble::Reverse() {
 }
 
 int CDataArrayDouble::GetDataArrayFloat(CDataArrayFloat* out) const {
-    return out && kvx::ConvertInto(*this, *out, [](double value) {
-               return value == kNoValue<double> ? kNoValue<float> : static_cast<float>(value);
-           });
+    return out && kvx::ConvertInto(*this, *out, kvx::NarrowedSample);
 }
 
 int CDataArrayDouble::SetDataArrayFloat(const CDataArrayFloat& in) {
-    return kvx::ConvertInto(in, *this, [](float value) {
-        return value == kNoValue<float> ? kNoValue<double> : static_cast<double>(value);
-    });
+    return kvx::ConvertInto(in, *this, kvx::WidenedSample);
 }
 
 void CDataArrayDouble::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    SerializeLayout(archive, *this, Generation::current);
 }
 
 // ---- CDataArrayFloat
 
 void CDataArrayFloat::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    SerializeLayout(archive, *this, Generation::current);
 }
 
 void CDataArrayFloat::Serialize1st(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::first);
+    SerializeLayout(archive, *this, Generation::first);
 }
 
 // ---- CDataArrayLong
@@ -558,11 +501,11 @@ __int64 CDataArrayLong::SearchRev(std::int32_t value, __int64 start) const {
 }
 
 void CDataArrayLong::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    SerializeLayout(archive, *this, Generation::current);
 }
 
 void CDataArrayLong::Serialize1st(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::first);
+    SerializeLayout(archive, *this, Generation::first);
 }
 
 // ---- CDataArrayBool
@@ -575,9 +518,9 @@ int CDataArrayBool::SetDataValue(int value, __int64 index) {
 }
 
 void CDataArrayBool::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    SerializeLayout(archive, *this, Generation::current);
 }
 
 void CDataArrayBool::Serialize1st(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::first);
+    SerializeLayout(archive, *this, Generation::first);
 }

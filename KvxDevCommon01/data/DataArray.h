@@ -6,88 +6,68 @@
 // for failure and never throw, archive serialisation excepted; an allocation that fails leaves the array
 // empty. Not thread-safe: an array belongs to one thread at a time.
 //
-// What members share is written once in the layers of namespace kvx, from Array (all six) upwards; each
-// public class adds what only it can do.
+// kvx::Array holds every operation that several of them have, and says which of them have it; each public
+// class adds what only it can do.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
-#include <limits>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Types.h>
 
 class CArchive;
 class CDataArrayDouble;
 class CDataArrayFloat;
 class CDataArrayLong;
+class CDataArrayLongLong;
+class CDataArrayIntPtr;
+class CDataArrayBool;
 class CDataArrayDoubleCplx;
 
 namespace kvx {
 
-/// The no-value marker: the most negative finite value of a type marks a sample that holds no data.
+template <class Class, class... Listed>
+concept OneOf = (std::same_as<Class, Listed> || ...);
+
+// The arrays that have an operation which not all of them have.
+template <class Class>
+concept NumberArray = !OneOf<Class, CDataArrayBool>;
+template <class Class>
+concept FloatingArray = OneOf<Class, CDataArrayDouble, CDataArrayFloat>;
+template <class Class>
+concept Int64Array = OneOf<Class, CDataArrayLongLong, CDataArrayIntPtr>;
+template <class Class>
+concept IntegerArray = Int64Array<Class> || OneOf<Class, CDataArrayLong>;
+
+/// The integers that are not the element type itself. An array takes them as values, so that a literal 0 is a
+/// number and not a null pointer.
+template <typename Number, typename Element>
+concept OtherInteger = std::integral<Number> && !std::same_as<Number, Element>;
+
+/// The block of an array and the work on it that every element type allows. This is what the library exports;
+/// the operations of the interface are those of Array.
 template <typename Element>
-inline constexpr Element kNoValue = std::numeric_limits<Element>::lowest();
-
-enum class Generation : int;
-
-/// Storage, access, filling and the ring copy: what all arrays do. `Self` is the public class.
-template <class Self, typename Element>
-class KVX_API Array {
-public:
-    Array() = default;
-    /// `num` elements of `value`; empty when `num` is negative or the memory is not there.
-    Array(__int64 num, Element value);
-    /// `num` elements copied from `data`, or zeros when `data` is null; empty on failure.
-    Array(__int64 num, const Element* data);
-    Array(const Array& other);
-    Array(Array&& other) noexcept;
-    ~Array();
-
-    /// Copies in place when both counts are equal, else into a fresh block; empty when that cannot be had.
-    Array& operator=(const Array& other);
-    /// The same with the block of `other` for the fresh one: at equal counts the elements are copied all the
-    /// same, so that pointers to this block stay good.
-    Array& operator=(Array&& other) noexcept;
-
-    __int64 GetNum() const { return count_; }
-    /// The live block; null when there is none. An array of count 0 may own a block.
-    Element* GetData() const { return data_; }
-
-    /// The element, or for an index outside the array a spare element that harmlessly takes what is written
-    /// to it.
-    Element& operator[](__int64 index) { return IsInside(index) ? data_[index] : spare_; }
-    /// The element, or 0 for an index outside the array.
-    Element operator[](__int64 index) const { return IsInside(index) ? data_[index] : Element{}; }
-
-    /// Releases the block.
-    void Free();
-
-    /// Makes the array `num` elements copied from `data`, or zeros when `data` is null. `data` may lie in
-    /// this array.
-    int SetData(__int64 num, const Element* data);
-    /// Makes the array `num` elements of `value`.
-    int SetData(__int64 num, Element value);
-
-    /// Copies `num` > 0 elements from `src` on from `srcStart` to here on from `dstStart`, both arrays taken
-    /// as rings. Starts are >= 0 and may lie past the end; `num` is at most both counts. Copying within one
-    /// array acts as if everything were read before anything is written.
-    int Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num);
-
+class KVX_API ArrayStorage {
 protected:
-    template <class, class, class>
-    friend class CellMatrix;
+    ArrayStorage() = default;
+    ArrayStorage(const ArrayStorage& other);
+    ArrayStorage(ArrayStorage&& other) noexcept;
+    ~ArrayStorage();
+    ArrayStorage& operator=(const ArrayStorage& other);
+    ArrayStorage& operator=(ArrayStorage&& other) noexcept;
 
-    /// Makes room for `count` elements and makes that the count: elements that stay keep their values, a new
-    /// or longer block is zero-filled behind them. On failure the array is empty.
-    bool Resize(__int64 count);
-    /// Resize by `extra` >= 0 elements.
-    bool Grow(__int64 extra);
+    void Release();
+    bool Assign(__int64 num, const Element* data);
+    bool Assign(__int64 num, Element value);
+    /// Sets every element; false when there is none.
     bool Fill(Element value);
-    bool IsEmpty() const { return count_ == 0; }
-    bool IsInside(__int64 index) const { return index >= 0 && index < count_; }
-    /// Version word (current generation only), 32-bit count, raw elements. An array whose loading fails is
-    /// empty; a count that cannot be stored in 32 bits throws before anything is written.
-    void SerializeLayout(CArchive& archive, Generation generation);
+    bool AppendRun(__int64 num, const Element* data);
+    bool CopyRing(const ArrayStorage& src, __int64 srcStart, __int64 dstStart, __int64 num);
+    /// Makes `count` the count and room for it: elements that stay keep their values, a new or longer block
+    /// is zero-filled behind them. On failure the array is empty.
+    KVX_NO_API bool Resize(__int64 count);
 
     // count_ <= capacity_, capacity_ a multiple of 1024; without a block both are 0.
     __int64 count_ = 0;
@@ -97,83 +77,129 @@ protected:
 
 private:
     /// Exchanges the blocks; each array keeps its spare element.
-    void Swap(Array& other) noexcept;
+    KVX_NO_API void Swap(ArrayStorage& other) noexcept;
 };
 
-/// Arrays that grow at their end.
+/// The operations that all arrays or several of them have; `Self` is the public class.
+///
+/// A copy assigned to an array of the same count copies in place, else into a fresh block; the array is empty
+/// when allocation fails. Assigning a temporary takes over its block, but at equal counts copies the elements
+/// all the same, so that pointers to this block stay good.
 template <class Self, typename Element>
-class KVX_API GrowingArray : public Array<Self, Element> {
+class KVX_API Array : public ArrayStorage<Element> {
 public:
-    using Array<Self, Element>::Array;
+    Array() = default;
+    /// `num` elements of `value`; empty when `num` is negative or allocation fails.
+    Array(__int64 num, Element value) { this->Assign(num, value); }
+    Array(__int64 num, OtherInteger<Element> auto value) : Array(num, static_cast<Element>(value)) {}
+    /// `num` elements copied from `data`, or zeros when `data` is null; empty on failure.
+    Array(__int64 num, const Element* data) { this->Assign(num, data); }
 
-    int Append(Element value) {
-        if (this->count_ < this->capacity_) {
-            ++this->count_;
-        } else if (!this->Grow(1)) {
-            return 0;
+    __int64 GetNum() const { return count_; }
+    /// The live block; null when there is none. An array of count 0 may own a block.
+    Element* GetData() const { return data_; }
+
+    /// The element, or for an index outside the array a spare element that harmlessly takes what is written
+    /// to it.
+    Element& operator[](__int64 index) { return IsInside(index) ? data_[index] : this->spare_; }
+    /// The element, or 0 for an index outside the array.
+    Element operator[](__int64 index) const { return IsInside(index) ? data_[index] : Element{}; }
+
+    /// Releases the block.
+    void Free() { this->Release(); }
+
+    /// Makes the array `num` elements copied from `data`, or zeros when `data` is null. `data` may lie in
+    /// this array.
+    int SetData(__int64 num, const Element* data) { return this->Assign(num, data); }
+    /// Makes the array `num` elements of `value`.
+    int SetData(__int64 num, Element value) { return this->Assign(num, value); }
+    int SetData(__int64 num, OtherInteger<Element> auto value) {
+        return SetData(num, static_cast<Element>(value));
+    }
+    /// Sets all elements to `value`; fails on an empty array.
+    int SetData(Element value) requires FloatingArray<Self> { return this->Fill(value); }
+    /// Sets all elements to `value`; fails on an empty array.
+    int SetDataAll(Element value) requires IntegerArray<Self> { return this->Fill(value); }
+    /// Sets all elements to 0.
+    void Zero() requires NumberArray<Self> { this->Fill(Element{}); }
+
+    int Append(Element value) requires NumberArray<Self> {
+        if (count_ == this->capacity_) {
+            const Element run[] = {value};  // a copy, so that `value` itself stays in a register
+            return this->AppendRun(1, run);
         }
-        this->data_[this->count_ - 1] = value;
+        data_[count_++] = value;
         return 1;
     }
     /// Appends `num` elements of `data`, which may lie in this array. Fails, without a change, when `num` is
     /// negative or `data` is null.
-    int Append(__int64 num, const Element* data);
+    int Append(__int64 num, const Element* data) requires NumberArray<Self> {
+        return this->AppendRun(num, data);
+    }
     /// Appends the elements of another array, or of this one.
-    int Append(const Self& other);
+    int Append(const Self& other) requires NumberArray<Self> {
+        return this->AppendRun(other.GetNum(), other.GetData());
+    }
+    /// Removes all elements; one block stays for those to come. Fails when that block cannot be allocated.
+    int RemoveAll() requires Int64Array<Self>;
 
-    /// Sets all elements to 0.
-    void Zero();
-};
-
-/// Arrays of floating-point numbers.
-template <class Self, typename Element>
-class KVX_API FloatingArray : public GrowingArray<Self, Element> {
-public:
-    using GrowingArray<Self, Element>::GrowingArray;
-    using GrowingArray<Self, Element>::SetData;
-
-    /// Sets all elements to `value`; fails on an empty array.
-    int SetData(Element value);
+    /// Copies `num` > 0 elements from `src` on from `srcStart` to here on from `dstStart`, both arrays taken
+    /// as rings. Starts are >= 0 and may lie past the end; `num` is at most both counts. Copying within one
+    /// array acts as if everything were read before anything is written.
+    int Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num) {
+        return this->CopyRing(src, srcStart, dstStart, num);
+    }
 
     /// 1 when there are elements and all are exactly zero; a NaN is not.
-    int IsAllZero() const;
-};
-
-/// Arrays of integers.
-template <class Self, typename Element>
-class KVX_API IntegerArray : public GrowingArray<Self, Element> {
-public:
-    using GrowingArray<Self, Element>::GrowingArray;
-
-    /// Sets all elements to `value`; fails on an empty array.
-    int SetDataAll(Element value);
-
+    int IsAllZero() const requires FloatingArray<Self>;
     /// The first index >= `start` that holds `value`; -1 when none does or `start` is outside the array.
-    __int64 Search(Element value, __int64 start) const;
-};
-
-/// Arrays of 64-bit integers.
-template <class Self, typename Element>
-class KVX_API Int64Array : public IntegerArray<Self, Element> {
-public:
-    using IntegerArray<Self, Element>::IntegerArray;
-
-    /// Removes all elements; one block stays for those to come. Fails when that block cannot be had.
-    int RemoveAll();
+    __int64 Search(Element value, __int64 start) const requires IntegerArray<Self>;
 
     /// Makes `out` this array; values outside 32 bits become the nearest 32-bit value. Fails when `out` is
     /// null or cannot be sized.
-    int GetDataArrayLong(CDataArrayLong* out) const;
+    int GetDataArrayLong(CDataArrayLong* out) const requires Int64Array<Self>;
     /// Makes this array `in`.
-    int SetDataArrayLong(const CDataArrayLong& in);
+    int SetDataArrayLong(const CDataArrayLong& in) requires Int64Array<Self>;
+
+protected:
+    using ArrayStorage<Element>::count_;
+    using ArrayStorage<Element>::data_;
+
+    bool IsEmpty() const { return count_ == 0; }
+    bool IsInside(__int64 index) const { return index >= 0 && index < count_; }
 };
+
+/// The classes of the array family.
+template <class Class>
+concept ArrayClass = requires(const Class& array) {
+    []<class Self, typename Element>(const Array<Self, Element>&) {}(array);
+};
+
+/// The elements as a range, in `for (double x : array)` and in the algorithms of std::ranges; an array also
+/// converts to a span of its elements. Argument-dependent lookup finds these through the base classes.
+template <ArrayClass Class>
+auto* begin(Class& array) {
+    return array.GetData();
+}
+template <ArrayClass Class>
+const auto* begin(const Class& array) {
+    return array.GetData();
+}
+template <ArrayClass Class>
+auto* end(Class& array) {
+    return array.GetData() + array.GetNum();
+}
+template <ArrayClass Class>
+const auto* end(const Class& array) {
+    return array.GetData() + array.GetNum();
+}
 
 }  // namespace kvx
 
 /// 64-bit floating point: the array of waveforms, spectra and frequency axes.
-class KVX_API CDataArrayDouble : public kvx::FloatingArray<CDataArrayDouble, double> {
+class KVX_API CDataArrayDouble : public kvx::Array<CDataArrayDouble, double> {
 public:
-    using FloatingArray::FloatingArray;
+    using Array::Array;
     /// As long as `other`, each element the magnitude of one of its; a missing imaginary part counts as 0.
     CDataArrayDouble& operator=(const CDataArrayDoubleCplx& other);
 
@@ -251,14 +277,15 @@ public:
     /// The inverse: makes this array `in`, the float marker becoming the double one.
     int SetDataArrayFloat(const CDataArrayFloat& in);
 
-    /// Version word 1, 32-bit count, elements. An array whose loading fails is empty.
+    /// Version word 1, 32-bit count, elements. An array whose loading fails is empty; a count that cannot be
+    /// stored in 32 bits throws before anything is written.
     void Serialize(CArchive& archive);
 };
 
 /// 32-bit floating point.
-class KVX_API CDataArrayFloat : public kvx::FloatingArray<CDataArrayFloat, float> {
+class KVX_API CDataArrayFloat : public kvx::Array<CDataArrayFloat, float> {
 public:
-    using FloatingArray::FloatingArray;
+    using Array::Array;
 
     void Serialize(CArchive& archive);
     /// The first generation of the layout: no version word.
@@ -266,9 +293,9 @@ public:
 };
 
 /// 32-bit signed integers.
-class KVX_API CDataArrayLong : public kvx::IntegerArray<CDataArrayLong, std::int32_t> {
+class KVX_API CDataArrayLong : public kvx::Array<CDataArrayLong, std::int32_t> {
 public:
-    using IntegerArray::IntegerArray;
+    using Array::Array;
 
     /// Puts the last element first.
     void Reverse();
@@ -284,15 +311,15 @@ public:
 };
 
 /// 64-bit signed integers.
-class KVX_API CDataArrayLongLong : public kvx::Int64Array<CDataArrayLongLong, std::int64_t> {
+class KVX_API CDataArrayLongLong : public kvx::Array<CDataArrayLongLong, std::int64_t> {
 public:
-    using Int64Array::Int64Array;
+    using Array::Array;
 };
 
 /// Pointer-sized signed integers, 64 bits on every platform.
-class KVX_API CDataArrayIntPtr : public kvx::Int64Array<CDataArrayIntPtr, std::int64_t> {
+class KVX_API CDataArrayIntPtr : public kvx::Array<CDataArrayIntPtr, std::int64_t> {
 public:
-    using Int64Array::Int64Array;
+    using Array::Array;
 };
 
 /// Truth values, 0 or not 0, in 32 bits each.

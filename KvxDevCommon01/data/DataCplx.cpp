@@ -9,26 +9,9 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/CplxRuns.h>
-#include <KvxDevCommon01/data/detail/Layout.h>
+#include <KvxDevCommon01/data/detail/ElementLayout.h>
 
 namespace kvx {
-
-// ---- CplxValue
-
-template <class Self, typename Real>
-void CplxValue<Self, Real>::SerializeLayout(CArchive& archive, Generation generation) {
-    if (archive.IsStoring()) {
-        StoreVersion(archive, generation);
-        archive << re_ << im_;
-        return;
-    }
-    Zero();
-    SkipVersion(archive, generation);
-    Real re = 0;
-    Real im = 0;
-    archive >> re >> im;
-    SetData(re, im);
-}
 
 // ---- CplxArray
 
@@ -139,30 +122,6 @@ void CplxArray<Self, Real>::Swap(CplxArray& other) noexcept {
     std::swap(imaginary_, other.imaginary_);
 }
 
-template <class Self, typename Real>
-void CplxArray<Self, Real>::SerializeLayout(CArchive& archive, Generation generation) {
-    if (archive.IsStoring()) {
-        const std::int32_t count = ArchiveCount(count_);
-        StoreVersion(archive, generation);
-        archive << std::int32_t{isComplex_} << count;
-        archive.WriteNumbers(real_, static_cast<std::size_t>(count));
-        if (imaginary_) archive.WriteNumbers(imaginary_, static_cast<std::size_t>(count));
-        return;
-    }
-    LoadOrEmpty(*this, [&] {
-        SkipVersion(archive, generation);
-        std::int32_t isComplex = 0;
-        archive >> isComplex;
-        const __int64 count = LoadCount(archive);
-        archive.RequireRemaining(count, isComplex ? 2 * sizeof(Real) : sizeof(Real));
-        if (!Create(isComplex, count)) return;
-        archive.ReadNumbers(real_, static_cast<std::size_t>(count));
-        if (imaginary_) archive.ReadNumbers(imaginary_, static_cast<std::size_t>(count));
-    });
-}
-
-template class CplxValue<CDataDoubleCplx, double>;
-template class CplxValue<CDataCplx, float>;
 template class CplxArray<CDataArrayDoubleCplx, double>;
 template class CplxArray<CDataArrayCplx, float>;
 
@@ -171,15 +130,15 @@ template class CplxArray<CDataArrayCplx, float>;
 // ---- the public classes
 
 void CDataDoubleCplx::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    kvx::SerializeLayout(archive, *this, kvx::Generation::current);
 }
 
 void CDataCplx::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    kvx::SerializeLayout(archive, *this, kvx::Generation::current);
 }
 
 void CDataCplx::Serialize1st(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::first);
+    kvx::SerializeLayout(archive, *this, kvx::Generation::first);
 }
 
 CDataArrayDoubleCplx& CDataArrayDoubleCplx::operator=(const CDataArrayDouble& other) {
@@ -227,7 +186,7 @@ int CDataArrayDoubleCplx::SetDataArrayCplx(const CDataArrayCplx& in) {
 }
 
 void CDataArrayDoubleCplx::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    kvx::SerializeLayout(archive, *this, kvx::Generation::current);
 }
 
 CDataArrayCplx& CDataArrayCplx::operator=(const CDataArrayFloat& other) {
@@ -236,9 +195,9 @@ CDataArrayCplx& CDataArrayCplx::operator=(const CDataArrayFloat& other) {
 }
 
 void CDataArrayCplx::Serialize(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::current);
+    kvx::SerializeLayout(archive, *this, kvx::Generation::current);
 }
 
 void CDataArrayCplx::Serialize1st(CArchive& archive) {
-    SerializeLayout(archive, kvx::Generation::first);
+    kvx::SerializeLayout(archive, *this, kvx::Generation::first);
 }

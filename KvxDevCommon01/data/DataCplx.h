@@ -21,8 +21,6 @@ class CDataArrayCplx;
 
 namespace kvx {
 
-enum class Generation : int;
-
 /// One complex number; `Self` is the public class. Square roots are taken in double precision and narrowed.
 /// The arithmetic is inline, so that sums of products cost no calls, and is rounded as the caller's compiler
 /// flags say: where they allow fused operations the last bit may differ from that of the library's own
@@ -109,13 +107,6 @@ public:
     friend int operator==(const Self& a, const Self& b) { return a.re_ == b.re_ && a.im_ == b.im_; }
     friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
-protected:
-    template <class, class, typename>
-    friend class CplxMatrix;
-
-    /// Version word (current generation only), re, im. A value whose loading fails is 0.
-    void SerializeLayout(CArchive& archive, Generation generation);
-
 private:
     Self& AsSelf() { return static_cast<Self&>(*this); }
 
@@ -124,7 +115,7 @@ private:
 };
 
 template <class Self, typename Real>
-void CplxValue<Self, Real>::Inv() {
+inline void CplxValue<Self, Real>::Inv() {
     if (re_ == 0 && im_ == 0) return;
     if (re_ == 0) {
         im_ = -1 / im_;
@@ -142,7 +133,7 @@ void CplxValue<Self, Real>::Inv() {
 }
 
 template <class Self, typename Real>
-Real CplxValue<Self, Real>::GetAbs() const {
+inline Real CplxValue<Self, Real>::GetAbs() const {
     const Real re = std::abs(re_);
     const Real im = std::abs(im_);
     if (re == 0) return im;
@@ -153,7 +144,7 @@ Real CplxValue<Self, Real>::GetAbs() const {
 }
 
 template <class Self, typename Real>
-Self& CplxValue<Self, Real>::operator/=(const Self& z) {
+inline Self& CplxValue<Self, Real>::operator/=(const Self& z) {
     if (z.re_ == 0 && z.im_ == 0) {
         Zero();
     } else if (std::abs(z.re_) >= std::abs(z.im_)) {
@@ -169,7 +160,7 @@ Self& CplxValue<Self, Real>::operator/=(const Self& z) {
 }
 
 template <class Self, typename Real>
-Self CplxValue<Self, Real>::Sqrt(const Self& z) {
+inline Self CplxValue<Self, Real>::Sqrt(const Self& z) {
     constexpr Real kHalfRoot = Real(0.7071067811865476);
     const Real magnitude = z.GetAbs();
     const Real s =
@@ -191,14 +182,14 @@ public:
     CplxArray(CplxArray&& other) noexcept;
     ~CplxArray();
 
-    /// Takes over flag, count and values, in place when flag and count agree; empty when the memory is not
-    /// there.
+    /// Takes over flag, count and values, in place when flag and count agree; empty when allocation
+    /// fails.
     CplxArray& operator=(const CplxArray& other);
     /// The same with the blocks of `other` where new ones would be needed.
     CplxArray& operator=(CplxArray&& other) noexcept;
 
     /// Makes the array `num` >= 1 zeros, with an imaginary block when `isComplex` is not 0. Fails without a
-    /// change when `num` < 1; leaves the array empty when the memory is not there.
+    /// change when `num` < 1; leaves the array empty when allocation fails.
     int Create(int isComplex, __int64 num);
     /// Releases both blocks; flag and count become 0.
     void Free();
@@ -225,14 +216,8 @@ public:
     int IsAllZero() const;
 
 protected:
-    template <class, class, class>
-    friend class CellMatrix;
-
     /// Keeps the flag, takes count and real parts from a block of `num` values; empty when `num` < 1.
-    void AssignReal(__int64 num, const Real* values);
-    /// Version word (current generation only), 32-bit flag, 32-bit count, the blocks. An array whose loading
-    /// fails is empty.
-    void SerializeLayout(CArchive& archive, Generation generation);
+    KVX_NO_API void AssignReal(__int64 num, const Real* values);
 
     int isComplex_ = 0;  // 0 or 1
     __int64 count_ = 0;
@@ -241,10 +226,10 @@ protected:
     Real* imaginary_ = nullptr;  // not null exactly when isComplex_ is not 0
 
 private:
-    bool HasShapeOf(const CplxArray& other) const {
+    KVX_NO_API bool HasShapeOf(const CplxArray& other) const {
         return isComplex_ == other.isComplex_ && count_ == other.count_;
     }
-    void Swap(CplxArray& other) noexcept;
+    KVX_NO_API void Swap(CplxArray& other) noexcept;
 };
 
 }  // namespace kvx

@@ -10,7 +10,7 @@
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/CplxRuns.h>
-#include <KvxDevCommon01/data/detail/Layout.h>
+#include <KvxDevCommon01/data/detail/ElementLayout.h>
 #include <KvxDevCommon01/data/detail/MatrixFamily.h>
 
 namespace kvx {
@@ -37,6 +37,25 @@ bool IsWhole(RealCells, const Cell& cell, __int64 num) {
 template <class Cell>
 bool IsWhole(CplxCells kind, const Cell& cell, __int64 num) {
     return cell.GetNum() == num && cell.IsComplex() == kind.complexFlag;
+}
+
+template <class Self, typename Element>
+void FillCell(Array<Self, Element>& cell, Element value) {
+    std::fill_n(cell.GetData(), cell.GetNum(), value);
+}
+
+template <class Self, typename Real>
+void FillCell(CplxArray<Self, Real>& cell, Real value) {
+    FillParts(cell, value);
+}
+
+void ScaleCell(CDataArrayDouble& cell, double k) {
+    cell *= k;
+}
+
+template <class Self, typename Real>
+void ScaleCell(CplxArray<Self, Real>& cell, Real k) {
+    ScaleParts(cell, k);
 }
 
 template <class Cell>
@@ -93,7 +112,7 @@ bool TryEach(Cell* cells, __int64 count, Action action) {
     return true;
 }
 
-/// rows x cols values made by their default constructor; null when there are none or the memory is not there.
+/// rows x cols values made by their default constructor; null when there are none or allocation fails.
 template <class Value>
 std::unique_ptr<Value[]> NewValues(const MatrixShape& shape) {
     if (shape.cells < 1) return nullptr;
@@ -110,25 +129,26 @@ MatrixShape ShapeFor(__int64 rows, __int64 cols) {
 
 }  // namespace
 
-// ---- CellMatrix
+// ---- MatrixStorage
 
-template <class Self, class Cell, class Kind>
-CellMatrix<Self, Cell, Kind>::CellMatrix(const CellMatrix& other) : CellMatrix() {
+template <class Cell>
+MatrixStorage<Cell>::MatrixStorage(const MatrixStorage& other) : MatrixStorage() {
     *this = other;
 }
 
-template <class Self, class Cell, class Kind>
-CellMatrix<Self, Cell, Kind>::CellMatrix(CellMatrix&& other) noexcept : CellMatrix() {
+template <class Cell>
+MatrixStorage<Cell>::MatrixStorage(MatrixStorage&& other) noexcept : MatrixStorage() {
     Swap(other);
 }
 
-template <class Self, class Cell, class Kind>
-CellMatrix<Self, Cell, Kind>::~CellMatrix() = default;
+template <class Cell>
+MatrixStorage<Cell>::~MatrixStorage() = default;
 
-template <class Self, class Cell, class Kind>
-CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(const CellMatrix& other) {
+template <class Cell>
+MatrixStorage<Cell>& MatrixStorage<Cell>::operator=(const MatrixStorage& other) {
     if (this == &other) return *this;
-    if (!HasShapeOf(other) && !Allocate(other.CellKind(), other.shape_.rows, other.shape_.cols, other.num_)) {
+    if (!HasShapeOf(other) &&
+        !AllocateEmpty(other.CellKind(), other.shape_.rows, other.shape_.cols, other.num_)) {
         return *this;
     }
     KeepIf(TryEach(begin(), shape_.cells, [&](Cell& cell, __int64 i) {
@@ -138,40 +158,40 @@ CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(const Cell
     return *this;
 }
 
-template <class Self, class Cell, class Kind>
-CellMatrix<Self, Cell, Kind>& CellMatrix<Self, Cell, Kind>::operator=(CellMatrix&& other) noexcept {
+template <class Cell>
+MatrixStorage<Cell>& MatrixStorage<Cell>::operator=(MatrixStorage&& other) noexcept {
     if (HasShapeOf(other)) return *this = std::as_const(other);
-    Free();
+    Release();
     Swap(other);
     return *this;
 }
 
-template <class Self, class Cell, class Kind>
-void CellMatrix<Self, Cell, Kind>::Free() {
-    CellMatrix empty;
+template <class Cell>
+void MatrixStorage<Cell>::Release() {
+    MatrixStorage empty;
     Swap(empty);
 }
 
-template <class Self, class Cell, class Kind>
-int CellMatrix<Self, Cell, Kind>::Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num) {
-    const CellMatrix& source = src;
-    if (shape_ != source.shape_) return 0;
+template <class Cell>
+bool MatrixStorage<Cell>::CopyCells(const MatrixStorage& src, __int64 srcStart, __int64 dstStart,
+                                    __int64 num) {
+    if (shape_ != src.shape_) return false;
     return TryEach(begin(), shape_.cells, [&](Cell& cell, __int64 i) {
-        return CopyCell(CellKind(), cell, dstStart, source.begin()[i], srcStart, num == 0 ? num_ : num);
+        return CopyCell(CellKind(), cell, dstStart, src.begin()[i], srcStart, num == 0 ? num_ : num);
     });
 }
 
-template <class Self, class Cell, class Kind>
-int CellMatrix<Self, Cell, Kind>::CreateCells(Kind kind, __int64 rows, __int64 cols, __int64 num) {
-    if (rows < 1 || cols < 1 || num < 1) return 0;
-    if (!Allocate(kind, rows, cols, num)) return 0;
+template <class Cell>
+bool MatrixStorage<Cell>::Allocate(Kind kind, __int64 rows, __int64 cols, __int64 num) {
+    if (rows < 1 || cols < 1 || num < 1) return false;
+    if (!AllocateEmpty(kind, rows, cols, num)) return false;
     return KeepIf(
         TryEach(begin(), shape_.cells, [&](Cell& cell, __int64) { return MakeCell(kind, cell, num); }));
 }
 
-template <class Self, class Cell, class Kind>
-bool CellMatrix<Self, Cell, Kind>::Allocate(Kind kind, __int64 rows, __int64 cols, __int64 num) {
-    Free();
+template <class Cell>
+bool MatrixStorage<Cell>::AllocateEmpty(Kind kind, __int64 rows, __int64 cols, __int64 num) {
+    Release();
     const MatrixShape shape = ShapeFor<Cell>(rows, cols);
     cells_ = NewValues<Cell>(shape);
     if (!cells_) return false;
@@ -181,176 +201,109 @@ bool CellMatrix<Self, Cell, Kind>::Allocate(Kind kind, __int64 rows, __int64 col
     return true;
 }
 
-template <class Self, class Cell, class Kind>
-int CellMatrix<Self, Cell, Kind>::KeepIf(bool done) {
-    if (!done) Free();
+template <class Cell>
+bool MatrixStorage<Cell>::KeepIf(bool done) {
+    if (!done) Release();
     return done;
 }
 
-template <class Self, class Cell, class Kind>
-void CellMatrix<Self, Cell, Kind>::Swap(CellMatrix& other) noexcept {
+template <class Cell>
+void MatrixStorage<Cell>::Swap(MatrixStorage& other) noexcept {
     std::swap(CellKind(), other.CellKind());
     std::swap(shape_, other.shape_);
     std::swap(num_, other.num_);
     std::swap(cells_, other.cells_);
 }
 
-template <class Self, class Cell, class Kind>
-bool CellMatrix<Self, Cell, Kind>::AreCellsWhole() const {
+template <class Cell>
+bool MatrixStorage<Cell>::AreCellsWhole() const {
     return std::all_of(begin(), end(), [this](const Cell& cell) { return IsWhole(CellKind(), cell, num_); });
 }
 
-template <class Self, class Cell, class Kind>
-void CellMatrix<Self, Cell, Kind>::SerializeLayout(CArchive& archive, Generation generation) {
-    if (archive.IsStoring()) {
-        if (!AreCellsWhole()) throw CFileException(CFileException::genericException);
-        const std::int32_t rows = ArchiveCount(shape_.rows);
-        const std::int32_t cols = ArchiveCount(shape_.cols);
-        const std::int32_t num = ArchiveCount(num_);
-        StoreVersion(archive, generation);
-        StoreKind(archive, CellKind());
-        archive << rows << cols << num;
-        for (Cell& cell : *this) cell.SerializeLayout(archive, generation);
-        return;
-    }
-    LoadOrEmpty(*this, [&] {
-        SkipVersion(archive, generation);
-        Kind kind;
-        LoadKind(archive, kind);
-        const __int64 rows = LoadCount(archive);
-        const __int64 cols = LoadCount(archive);
-        const __int64 num = LoadCount(archive);
-        if (rows < 1 || cols < 1 || !CanHold(kind, num)) return;
-        archive.RequireRemaining(rows * cols, CellBytes<Cell>(kind, num, generation));
-        if (!Allocate(kind, rows, cols, num)) return;
-        for (Cell& cell : *this) cell.SerializeLayout(archive, generation);
-        KeepIf(AreCellsWhole());
-    });
-}
+// clang-format off
+#define KVX_INSTANTIATE(Class, Cell) template class MatrixStorage<Cell>;
+KVX_CELL_MATRICES(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+// clang-format on
 
-// ---- ArrayMatrix
+// ---- Matrix
 
-template <class Self, class Cell, typename Element>
-ArrayMatrix<Self, Cell, Element>::ArrayMatrix(__int64 rows, __int64 cols, __int64 num) {
-    Create(rows, cols, num);
-}
-
-template <class Self, class Cell, typename Element>
-int ArrayMatrix<Self, Cell, Element>::Create(__int64 rows, __int64 cols, __int64 num) {
-    return this->CreateCells(RealCells(), rows, cols, num);
-}
-
-template <class Self, class Cell, typename Element>
-int ArrayMatrix<Self, Cell, Element>::SetData(Element value) {
-    if (this->num_ < 1) return 0;
-    for (Cell& cell : *this) std::fill_n(cell.GetData(), cell.GetNum(), value);
+template <class Self, class Cell>
+int Matrix<Self, Cell>::SetData(Element value) {
+    if (num_ < 1) return 0;
+    for (Cell& cell : *this) FillCell(cell, value);
     return 1;
 }
 
-template <class Self, class Cell, typename Element>
-int ArrayMatrix<Self, Cell, Element>::SetData(__int64 num, const Element* data) {
-    if (!this->cells_) return 0;
+template <class Self, class Cell>
+int Matrix<Self, Cell>::SetData(__int64 num, const Element* data) requires RealCell<Cell> {
+    if (!cells_) return 0;
     const Cell model(num, data);
-    this->num_ = num;
-    const bool isDone = IsWhole(RealCells(), model, num) &&
-                        TryEach(this->begin(), this->shape_.cells, [&](Cell& cell, __int64) {
+    num_ = num;
+    return this->KeepIf(IsWhole(RealCells(), model, num) &&
+                        TryEach(this->begin(), shape_.cells, [&](Cell& cell, __int64) {
                             cell = model;
                             return IsWhole(RealCells(), cell, num);
-                        });
-    return this->KeepIf(isDone);
+                        }));
 }
 
-// ---- NumberMatrix
-
-template <class Self, class Cell, typename Element>
-void NumberMatrix<Self, Cell, Element>::Zero() {
-    for (Cell& cell : *this) cell.Zero();
+template <class Self, class Cell>
+int Matrix<Self, Cell>::SetArrayPtr(__int64 row, __int64 col, const Cell& values) requires CplxCell<Cell> {
+    Cell* cell = GetArrayPtr(row, col);
+    if (!cell || !IsWhole(this->CellKind(), values, num_)) return 0;
+    *cell = values;
+    return IsWhole(this->CellKind(), *cell, num_);
 }
 
-// ---- SnapshotMatrix
-
-template <class Self, class Cell, typename Element>
-int SnapshotMatrix<Self, Cell, Element>::Append(const Cell& snapshot) {
-    if (!this->cells_ || snapshot.GetNum() != this->shape_.cells) return 0;
-    ++this->num_;
-    return this->KeepIf(TryEach(this->begin(), this->shape_.cells,
+template <class Self, class Cell>
+int Matrix<Self, Cell>::Append(const Cell& snapshot) requires RecordingCell<Cell> {
+    if (!cells_ || snapshot.GetNum() != shape_.cells) return 0;
+    ++num_;
+    return this->KeepIf(TryEach(this->begin(), shape_.cells,
                                 [&](Cell& cell, __int64 i) { return cell.Append(snapshot[i]); }));
 }
 
-// ---- CplxArrayMatrix
-
-template <class Self, class Cell, class Line, typename Real>
-CplxArrayMatrix<Self, Cell, Line, Real>::CplxArrayMatrix(int isComplex, __int64 rows, __int64 cols,
-                                                         __int64 num) {
-    Create(isComplex, rows, cols, num);
-}
-
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::Create(int isComplex, __int64 rows, __int64 cols, __int64 num) {
-    return this->CreateCells(CplxCells{isComplex ? 1 : 0}, rows, cols, num);
-}
-
-template <class Self, class Cell, class Line, typename Real>
-void CplxArrayMatrix<Self, Cell, Line, Real>::Zero() {
-    for (Cell& cell : *this) cell.Zero();
-}
-
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::SetData(Real value) {
-    for (Cell& cell : *this) FillParts(cell, value);
-    return this->cells_ != nullptr;
-}
-
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::SetArrayPtr(__int64 row, __int64 col, const Cell& values) {
-    Cell* cell = this->GetArrayPtr(row, col);
-    if (!cell || !IsWhole(this->CellKind(), values, this->num_)) return 0;
-    *cell = values;
-    return IsWhole(this->CellKind(), *cell, this->num_);
-}
-
-template <class Self, class Cell, class Line, typename Real>
-Self& CplxArrayMatrix<Self, Cell, Line, Real>::operator*=(Real k) {
-    for (Cell& cell : *this) ScaleParts(cell, k);
+template <class Self, class Cell>
+Self& Matrix<Self, Cell>::operator*=(Element k) requires ScalableCell<Cell> {
+    for (Cell& cell : *this) ScaleCell(cell, k);
     return static_cast<Self&>(*this);
 }
 
-template <class Self, class Cell, class Line, typename Real>
-Self& CplxArrayMatrix<Self, Cell, Line, Real>::operator/=(Real k) {
+template <class Self, class Cell>
+Self& Matrix<Self, Cell>::operator/=(Element k) requires ScalableCell<Cell> {
     return k == 0 ? static_cast<Self&>(*this) : *this *= 1 / k;
 }
 
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::SetDataFromMtxCplx(const Line& m, __int64 line) {
+template <class Self, class Cell>
+int Matrix<Self, Cell>::SetDataFromMtxCplx(const Line& m, __int64 line) requires CplxCell<Cell> {
     return LoadLine(m, line, Parts::both);
 }
 
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::SetDataFromMtxCplxReal(const Line& m, __int64 line) {
+template <class Self, class Cell>
+int Matrix<Self, Cell>::SetDataFromMtxCplxReal(const Line& m, __int64 line) requires CplxCell<Cell> {
     return LoadLine(m, line, Parts::realOnly);
 }
 
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::SetMtxCplx(Line* m, __int64 line) const {
+template <class Self, class Cell>
+int Matrix<Self, Cell>::SetMtxCplx(Line* m, __int64 line) const requires CplxCell<Cell> {
     return StoreLine(m, line, Parts::both);
 }
 
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::SetMtxCplxReal(Line* m, __int64 line) const {
+template <class Self, class Cell>
+int Matrix<Self, Cell>::SetMtxCplxReal(Line* m, __int64 line) const requires CplxCell<Cell> {
     return StoreLine(m, line, Parts::realOnly);
 }
 
-template <class Self, class Cell, class Line, typename Real>
-bool CplxArrayMatrix<Self, Cell, Line, Real>::HoldsLine(__int64 line) const {
-    return line >= 0 && line < this->num_ && std::all_of(this->begin(), this->end(), [&](const Cell& cell) {
+template <class Self, class Cell>
+bool Matrix<Self, Cell>::HoldsLine(__int64 line) const {
+    return line >= 0 && line < num_ && std::all_of(this->begin(), this->end(), [&](const Cell& cell) {
                return line < cell.GetNum() && cell.IsComplex() == this->complexFlag;
            });
 }
 
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::LoadLine(const Line& m, __int64 line, Parts parts) {
-    if (m.GetNumRow() != this->shape_.rows || m.GetNumCol() != this->shape_.cols || !HoldsLine(line))
-        return 0;
+template <class Self, class Cell>
+int Matrix<Self, Cell>::LoadLine(const Line& m, __int64 line, Parts parts) {
+    if (m.GetNumRow() != shape_.rows || m.GetNumCol() != shape_.cols || !HoldsLine(line)) return 0;
     const auto* value = m.GetDataPtr(0, 0);
     for (Cell& cell : *this) {
         cell.GetReal()[line] = value->GetReal();
@@ -360,11 +313,11 @@ int CplxArrayMatrix<Self, Cell, Line, Real>::LoadLine(const Line& m, __int64 lin
     return 1;
 }
 
-template <class Self, class Cell, class Line, typename Real>
-int CplxArrayMatrix<Self, Cell, Line, Real>::StoreLine(Line* m, __int64 line, Parts parts) const {
+template <class Self, class Cell>
+int Matrix<Self, Cell>::StoreLine(Line* m, __int64 line, Parts parts) const {
     if (!m || !HoldsLine(line)) return 0;
-    const bool hasShape = m->GetNumRow() == this->shape_.rows && m->GetNumCol() == this->shape_.cols;
-    if (!hasShape && !m->Create(this->shape_.rows, this->shape_.cols)) return 0;
+    const bool hasShape = m->GetNumRow() == shape_.rows && m->GetNumCol() == shape_.cols;
+    if (!hasShape && !m->Create(shape_.rows, shape_.cols)) return 0;
     auto* value = m->GetDataPtr(0, 0);
     for (const Cell& cell : *this) {
         value->SetReal(cell.GetReal()[line]);
@@ -372,6 +325,34 @@ int CplxArrayMatrix<Self, Cell, Line, Real>::StoreLine(Line* m, __int64 line, Pa
         ++value;
     }
     return 1;
+}
+
+template <class Self, class Cell>
+void Matrix<Self, Cell>::SerializeLayout(CArchive& archive, Generation generation) {
+    if (archive.IsStoring()) {
+        if (!this->AreCellsWhole()) throw CFileException(CFileException::genericException);
+        const std::int32_t rows = ArchiveCount(shape_.rows);
+        const std::int32_t cols = ArchiveCount(shape_.cols);
+        const std::int32_t num = ArchiveCount(num_);
+        StoreVersion(archive, generation);
+        StoreKind(archive, this->CellKind());
+        archive << rows << cols << num;
+        for (Cell& cell : *this) kvx::SerializeLayout(archive, cell, generation);
+        return;
+    }
+    LoadOrEmpty(*this, [&] {
+        SkipVersion(archive, generation);
+        typename CellTraits<Cell>::Kind kind;
+        LoadKind(archive, kind);
+        const __int64 rows = LoadCount(archive);
+        const __int64 cols = LoadCount(archive);
+        const __int64 num = LoadCount(archive);
+        if (rows < 1 || cols < 1 || !CanHold(kind, num)) return;
+        archive.RequireRemaining(rows * cols, CellBytes<Cell>(kind, num, generation));
+        if (!this->AllocateEmpty(kind, rows, cols, num)) return;
+        for (Cell& cell : *this) kvx::SerializeLayout(archive, cell, generation);
+        this->KeepIf(this->AreCellsWhole());
+    });
 }
 
 // ---- CplxMatrix
@@ -508,49 +489,65 @@ void CplxMatrix<Self, Value, Real>::Swap(CplxMatrix& other) noexcept {
     std::swap(values_, other.values_);
 }
 
+/// Version word (current generation only), rows and columns in 32 bits each, every value in its own layout. A
+/// matrix whose loading fails is empty.
 template <class Self, class Value, typename Real>
-void CplxMatrix<Self, Value, Real>::SerializeLayout(CArchive& archive, Generation generation) {
+void SerializeLayout(CArchive& archive, CplxMatrix<Self, Value, Real>& matrix, Generation generation) {
+    const auto serializeValues = [&] {
+        Value* values = matrix.GetDataPtr(0, 0);
+        const __int64 count = values ? matrix.GetNumRow() * matrix.GetNumCol() : 0;
+        for (__int64 i = 0; i < count; ++i) SerializeLayout(archive, values[i], generation);
+    };
     if (archive.IsStoring()) {
-        const std::int32_t rows = ArchiveCount(shape_.rows);
-        const std::int32_t cols = ArchiveCount(shape_.cols);
+        const std::int32_t rows = ArchiveCount(matrix.GetNumRow());
+        const std::int32_t cols = ArchiveCount(matrix.GetNumCol());
         StoreVersion(archive, generation);
         archive << rows << cols;
-        for (Value& value : *this) value.SerializeLayout(archive, generation);
+        serializeValues();
         return;
     }
-    LoadOrEmpty(*this, [&] {
+    LoadOrEmpty(matrix, [&] {
         SkipVersion(archive, generation);
         const __int64 rows = LoadCount(archive);
         const __int64 cols = LoadCount(archive);
         if (rows < 1 || cols < 1) return;
         const std::size_t versionBytes = generation == Generation::current ? sizeof(kLayoutVersion) : 0;
         archive.RequireRemaining(rows * cols, versionBytes + 2 * sizeof(Real));
-        Create(rows, cols);
-        for (Value& value : *this) value.SerializeLayout(archive, generation);
+        matrix.Create(rows, cols);
+        serializeValues();
     });
 }
 
+// The operations of Matrix are instantiated one by one, for their own matrices: Clang 14 would instantiate
+// all of them with the class.
 // clang-format off
-#define KVX_INSTANTIATE(Class, Cell)                        \
-    template class CellMatrix<Class, Cell, RealCells>; \
-    template class ArrayMatrix<Class, Cell, std::remove_pointer_t<decltype(Cell().GetData())>>;
+#define KVX_INSTANTIATE(Class, Cell) template int Matrix<Class, Cell>::SetData(CellTraits<Cell>::Element);
+KVX_CELL_MATRICES(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
+#define KVX_INSTANTIATE(Class, Cell) \
+    template int Matrix<Class, Cell>::SetData(__int64, const CellTraits<Cell>::Element*);
 KVX_ARRAY_MATRICES(KVX_INSTANTIATE)
 #undef KVX_INSTANTIATE
-#define KVX_INSTANTIATE(Class, Cell) \
-    template class NumberMatrix<Class, Cell, std::remove_pointer_t<decltype(Cell().GetData())>>;
-KVX_NUMBER_MATRICES(KVX_INSTANTIATE)
+#define KVX_INSTANTIATE(Class, Cell) template int Matrix<Class, Cell>::Append(const Cell&);
+KVX_RECORDING_MATRICES(KVX_INSTANTIATE)
 #undef KVX_INSTANTIATE
-#define KVX_INSTANTIATE(Class, Cell) \
-    template class SnapshotMatrix<Class, Cell, std::remove_pointer_t<decltype(Cell().GetData())>>;
-KVX_SNAPSHOT_MATRICES(KVX_INSTANTIATE)
+#define KVX_INSTANTIATE(Class, Cell)                                                \
+    template Class& Matrix<Class, Cell>::operator*=(CellTraits<Cell>::Element); \
+    template Class& Matrix<Class, Cell>::operator/=(CellTraits<Cell>::Element);
+KVX_SCALABLE_MATRICES(KVX_INSTANTIATE)
 #undef KVX_INSTANTIATE
-template class CellMatrix<CDataArrayDoubleMtxCplx, CDataArrayDoubleCplx, CplxCells>;
-template class CellMatrix<CDataArrayMtxCplx,       CDataArrayCplx,       CplxCells>;
-template class CplxArrayMatrix<CDataArrayDoubleMtxCplx, CDataArrayDoubleCplx, CDataDoubleMtxCplx, double>;
-template class CplxArrayMatrix<CDataArrayMtxCplx,       CDataArrayCplx,       CDataMtxCplx,       float>;
-template class CplxMatrix<CDataDoubleMtxCplx, CDataDoubleCplx, double>;
-template class CplxMatrix<CDataMtxCplx,       CDataCplx,       float>;
+#define KVX_INSTANTIATE(Class, Cell)                                                                           \
+    template int Matrix<Class, Cell>::SetArrayPtr(__int64, __int64, const Cell&);                              \
+    template int Matrix<Class, Cell>::SetDataFromMtxCplx(const CellTraits<Cell>::Line&, __int64);     \
+    template int Matrix<Class, Cell>::SetDataFromMtxCplxReal(const CellTraits<Cell>::Line&, __int64); \
+    template int Matrix<Class, Cell>::SetMtxCplx(CellTraits<Cell>::Line*, __int64) const;             \
+    template int Matrix<Class, Cell>::SetMtxCplxReal(CellTraits<Cell>::Line*, __int64) const;
+KVX_CPLX_MATRICES(KVX_INSTANTIATE)
+#undef KVX_INSTANTIATE
 // clang-format on
+
+template class CplxMatrix<CDataDoubleMtxCplx, CDataDoubleCplx, double>;
+template class CplxMatrix<CDataMtxCplx, CDataCplx, float>;
 
 namespace {
 
@@ -590,15 +587,6 @@ int ConvertCells(const From& from, To& to, ConvertCell convertCell) {
 // ---- the public classes
 
 using kvx::Generation;
-
-CDataArrayMtxDouble& CDataArrayMtxDouble::operator*=(double k) {
-    for (CDataArrayDouble& cell : *this) cell *= k;
-    return *this;
-}
-
-CDataArrayMtxDouble& CDataArrayMtxDouble::operator/=(double k) {
-    return k == 0.0 ? *this : *this *= 1.0 / k;
-}
 
 double CDataArrayMtxDouble::CalcRms(__int64 row, __int64 col, __int64 start, __int64 num) const {
     const CDataArrayDouble* cell = GetArrayPtr(row, col);
@@ -713,13 +701,13 @@ void CDataArrayMtxCplx::Serialize1st(CArchive& archive) {
 }
 
 void CDataDoubleMtxCplx::Serialize(CArchive& archive) {
-    SerializeLayout(archive, Generation::current);
+    kvx::SerializeLayout(archive, *this, Generation::current);
 }
 
 void CDataMtxCplx::Serialize(CArchive& archive) {
-    SerializeLayout(archive, Generation::current);
+    kvx::SerializeLayout(archive, *this, Generation::current);
 }
 
 void CDataMtxCplx::Serialize1st(CArchive& archive) {
-    SerializeLayout(archive, Generation::first);
+    kvx::SerializeLayout(archive, *this, Generation::first);
 }

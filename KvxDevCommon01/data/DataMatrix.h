@@ -6,13 +6,15 @@
 // handed out writable: one that a caller resizes makes the operations that need the common length fail, never
 // overrun. Not thread-safe: a matrix belongs to one thread at a time.
 //
-// What members share is written once in the layers of namespace kvx; each public class adds what only it can
-// do.
+// kvx::Matrix holds every operation that several of the array matrices have, and says which of them have it;
+// kvx::CplxMatrix is the matrix of complex numbers. Each public class adds what only it can do.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <type_traits>
+#include <utility>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataArray.h>
@@ -25,6 +27,8 @@ class CDataArrayMtxFloat;
 class CDataArrayMtxCplx;
 
 namespace kvx {
+
+enum class Generation : int;
 
 /// Rows, columns and their product.
 struct KVX_API MatrixShape {
@@ -48,179 +52,197 @@ struct KVX_API CplxCells {
     bool operator==(const CplxCells&) const = default;
 };
 
-/// A matrix of arrays: shape, access to the cells, copy and comparison.
-template <class Self, class Cell, class Kind>
-class KVX_API CellMatrix : protected Kind {
-public:
-    CellMatrix() = default;
-    CellMatrix(const CellMatrix& other);
-    CellMatrix(CellMatrix&& other) noexcept;
-    ~CellMatrix();
+/// What the operations of a matrix need to know of its cells: the type of a sample, what all cells are, and
+/// the matrix of complex numbers that holds one sample of every cell.
+template <class Cell>
+struct CellTraits {
+    using Element = std::remove_pointer_t<decltype(std::declval<Cell>().GetData())>;
+    using Kind = RealCells;
+    struct Line;  // real cells have none
+};
+template <>
+struct CellTraits<CDataArrayDoubleCplx> {
+    using Element = double;
+    using Kind = CplxCells;
+    using Line = CDataDoubleMtxCplx;
+};
+template <>
+struct CellTraits<CDataArrayCplx> {
+    using Element = float;
+    using Kind = CplxCells;
+    using Line = CDataMtxCplx;
+};
 
-    /// Takes over shape and samples, in place when the shapes agree; empty when the memory is not there.
-    CellMatrix& operator=(const CellMatrix& other);
-    /// The same with the cells of `other` where new ones would be needed.
-    CellMatrix& operator=(CellMatrix&& other) noexcept;
+// The cells whose matrix has an operation which not all matrices have.
+template <class Cell>
+concept CplxCell = OneOf<Cell, CDataArrayDoubleCplx, CDataArrayCplx>;
+template <class Cell>
+concept RealCell = !CplxCell<Cell>;
+template <class Cell>
+concept NumberCell = !OneOf<Cell, CDataArrayBool>;
+template <class Cell>
+concept RecordingCell = OneOf<Cell, CDataArrayDouble, CDataArrayFloat, CDataArrayLong>;
+template <class Cell>
+concept ScalableCell = CplxCell<Cell> || OneOf<Cell, CDataArrayDouble>;
 
-    /// Releases all cells and makes all counts 0.
-    void Free();
-
-    __int64 GetNumRow() const { return shape_.rows; }
-    __int64 GetNumCol() const { return shape_.cols; }
-    /// Number of samples in every cell.
-    __int64 GetNum() const { return num_; }
-    /// The cell; null when it is outside the matrix.
-    Cell* GetArrayPtr(__int64 row, __int64 col) const {
-        return shape_.Contains(row, col) ? &cells_[Index(shape_.IndexOf(row, col))] : nullptr;
-    }
-
-    /// Copies `num` samples from every cell of `src` to the cell here, 0 meaning all of this matrix's
-    /// samples: real cells as rings, complex cells as plain runs, as the Copy of the cell does it. Fails
-    /// unless rows and columns agree; succeeds at once on an empty matrix.
-    int Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num);
-
-    /// 1 when rows, columns, sample count and complex flag agree: matrices of one shape are equal whatever
-    /// they hold.
-    friend int operator==(const Self& a, const Self& b) { return a.HasShapeOf(b); }
-    friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
-
+/// The cells of a matrix of arrays and the work on them that every cell allows. This is what the library
+/// exports; the operations of the interface are those of Matrix.
+template <class Cell>
+class KVX_API MatrixStorage : protected CellTraits<Cell>::Kind {
 protected:
-    static std::size_t Index(__int64 index) { return static_cast<std::size_t>(index); }
+    using Kind = typename CellTraits<Cell>::Kind;
 
-    Kind& CellKind() { return *this; }
-    const Kind& CellKind() const { return *this; }
+    MatrixStorage() = default;
+    MatrixStorage(const MatrixStorage& other);
+    MatrixStorage(MatrixStorage&& other) noexcept;
+    ~MatrixStorage();
+    MatrixStorage& operator=(const MatrixStorage& other);
+    MatrixStorage& operator=(MatrixStorage&& other) noexcept;
 
-    /// Makes rows x cols cells of `num` zeros. Fails without a change when a count is below 1; leaves the
-    /// matrix empty when the memory is not there.
-    int CreateCells(Kind kind, __int64 rows, __int64 cols, __int64 num);
-    /// The same with cells that are still empty.
+    void Release();
+    /// Makes rows x cols cells of `num` zeros. False without a change when a count is below 1; leaves the
+    /// matrix empty when allocation fails.
     bool Allocate(Kind kind, __int64 rows, __int64 cols, __int64 num);
-    /// Fails, leaving the matrix empty, unless `done`.
-    int KeepIf(bool done);
+    bool CopyCells(const MatrixStorage& src, __int64 srcStart, __int64 dstStart, __int64 num);
 
-    Cell* begin() const { return cells_.get(); }
-    Cell* end() const { return cells_.get() + shape_.cells; }
-
-    /// Version word (current generation only), flag (complex cells only), rows, columns and sample count in
-    /// 32 bits each, then every cell in its own layout. A matrix whose loading fails, or whose cells differ
-    /// in length from the sample count, is empty; a matrix that cannot be stored throws before anything is
-    /// written.
-    void SerializeLayout(CArchive& archive, Generation generation);
+    /// Makes rows x cols cells that are still empty and will hold `num` samples; false, leaving the matrix
+    /// empty, when allocation fails.
+    KVX_NO_API bool AllocateEmpty(Kind kind, __int64 rows, __int64 cols, __int64 num);
+    KVX_NO_API bool AreCellsWhole() const;
+    KVX_NO_API bool HasShapeOf(const MatrixStorage& other) const {
+        return shape_ == other.shape_ && num_ == other.num_ && CellKind() == other.CellKind();
+    }
+    /// Leaves the matrix empty unless `done`, which is returned.
+    KVX_NO_API bool KeepIf(bool done);
+    KVX_NO_API Kind& CellKind() { return *this; }
+    KVX_NO_API const Kind& CellKind() const { return *this; }
+    KVX_NO_API Cell* begin() const { return cells_.get(); }
+    KVX_NO_API Cell* end() const { return cells_.get() + shape_.cells; }
 
     MatrixShape shape_;
     __int64 num_ = 0;
     std::unique_ptr<Cell[]> cells_;
 
 private:
-    bool HasShapeOf(const CellMatrix& other) const {
-        return shape_ == other.shape_ && num_ == other.num_ && CellKind() == other.CellKind();
-    }
-    void Swap(CellMatrix& other) noexcept;
-    bool AreCellsWhole() const;
+    KVX_NO_API void Swap(MatrixStorage& other) noexcept;
 };
 
-/// Matrices of real, integer or boolean arrays.
-template <class Self, class Cell, typename Element>
-class KVX_API ArrayMatrix : public CellMatrix<Self, Cell, RealCells> {
+/// The operations that all matrices of arrays or several of them have; `Self` is the public class.
+///
+/// Assignment takes over shape and samples, in place when the shapes agree; the matrix is empty when
+/// allocation fails. Assigning a temporary takes over its cells where new ones would be needed.
+template <class Self, class Cell>
+class KVX_API Matrix : public MatrixStorage<Cell> {
+    using Element = typename CellTraits<Cell>::Element;
+    using Line = typename CellTraits<Cell>::Line;
+
 public:
-    ArrayMatrix() = default;
+    Matrix() = default;
     /// As Create; empty when that fails.
-    ArrayMatrix(__int64 rows, __int64 cols, __int64 num);
+    Matrix(__int64 rows, __int64 cols, __int64 num) requires RealCell<Cell> { Create(rows, cols, num); }
+    Matrix(int isComplex, __int64 rows, __int64 cols, __int64 num) requires CplxCell<Cell> {
+        Create(isComplex, rows, cols, num);
+    }
 
     /// Makes rows x cols cells of `num` zeros. Fails without a change when a count is below 1; leaves the
-    /// matrix empty when the memory is not there.
-    int Create(__int64 rows, __int64 cols, __int64 num);
+    /// matrix empty when allocation fails.
+    int Create(__int64 rows, __int64 cols, __int64 num) requires RealCell<Cell> {
+        return this->Allocate(RealCells(), rows, cols, num);
+    }
+    /// The same, with imaginary parts when `isComplex` is not 0.
+    int Create(int isComplex, __int64 rows, __int64 cols, __int64 num) requires CplxCell<Cell> {
+        return this->Allocate(CplxCells{isComplex ? 1 : 0}, rows, cols, num);
+    }
+    /// Releases all cells and makes all counts 0.
+    void Free() { this->Release(); }
 
+    __int64 GetNumRow() const { return shape_.rows; }
+    __int64 GetNumCol() const { return shape_.cols; }
+    /// Number of samples in every cell.
+    __int64 GetNum() const { return num_; }
+    int IsComplex() const requires CplxCell<Cell> { return this->complexFlag; }
+    /// The cell; null when it is outside the matrix.
+    Cell* GetArrayPtr(__int64 row, __int64 col) const {
+        return shape_.Contains(row, col) ? this->begin() + shape_.IndexOf(row, col) : nullptr;
+    }
     /// The samples of a cell; null when it is outside the matrix.
-    Element* GetDataPtr(__int64 row, __int64 col) const {
-        const Cell* cell = this->GetArrayPtr(row, col);
+    Element* GetDataPtr(__int64 row, __int64 col) const requires RealCell<Cell> {
+        const Cell* cell = GetArrayPtr(row, col);
         return cell ? cell->GetData() : nullptr;
     }
-
-    /// Sets every sample to `value`; fails when there are none.
-    int SetData(Element value);
-    /// Makes every cell `num` samples copied from `data`, which may lie in this matrix, or zeros when `data`
-    /// is null. Fails without cells; leaves the matrix empty when `num` is negative or the memory is not
-    /// there.
-    int SetData(__int64 num, const Element* data);
-};
-
-/// Matrices of numbers.
-template <class Self, class Cell, typename Element>
-class KVX_API NumberMatrix : public ArrayMatrix<Self, Cell, Element> {
-public:
-    using ArrayMatrix<Self, Cell, Element>::ArrayMatrix;
-
-    /// Sets every sample to 0.
-    void Zero();
-};
-
-/// Matrices that record sample by sample.
-template <class Self, class Cell, typename Element>
-class KVX_API SnapshotMatrix : public NumberMatrix<Self, Cell, Element> {
-public:
-    using NumberMatrix<Self, Cell, Element>::NumberMatrix;
-
-    /// Appends snapshot[i] to cell i, row by row. Fails without a change unless the snapshot has one element
-    /// per cell; leaves the matrix empty when the memory is not there.
-    int Append(const Cell& snapshot);
-};
-
-/// Matrices of complex arrays. `Line` is the matrix of complex numbers that holds one sample of every cell.
-template <class Self, class Cell, class Line, typename Real>
-class KVX_API CplxArrayMatrix : public CellMatrix<Self, Cell, CplxCells> {
-public:
-    CplxArrayMatrix() = default;
-    /// As Create; empty when that fails.
-    CplxArrayMatrix(int isComplex, __int64 rows, __int64 cols, __int64 num);
-
-    /// Makes rows x cols cells of `num` zeros, with imaginary parts when `isComplex` is not 0. Fails without
-    /// a change when a count is below 1; leaves the matrix empty when the memory is not there.
-    int Create(int isComplex, __int64 rows, __int64 cols, __int64 num);
-    int IsComplex() const { return this->complexFlag; }
-
     /// The real parts of a cell; null when it is outside the matrix.
-    Real* GetReal(__int64 row, __int64 col) const {
-        const Cell* cell = this->GetArrayPtr(row, col);
+    Element* GetReal(__int64 row, __int64 col) const requires CplxCell<Cell> {
+        const Cell* cell = GetArrayPtr(row, col);
         return cell ? cell->GetReal() : nullptr;
     }
     /// The imaginary parts of a cell; null when it is outside the matrix or has none.
-    Real* GetImaginary(__int64 row, __int64 col) const {
-        const Cell* cell = this->GetArrayPtr(row, col);
+    Element* GetImaginary(__int64 row, __int64 col) const requires CplxCell<Cell> {
+        const Cell* cell = GetArrayPtr(row, col);
         return cell ? cell->GetImaginary() : nullptr;
     }
 
     /// Sets every sample to 0.
-    void Zero();
-    /// Sets the real and, when complex, the imaginary part of every sample to `value`; fails when there are
-    /// none.
-    int SetData(Real value);
-    /// Assigns one cell; fails when it is outside the matrix, `values` has another flag or length, or memory
-    /// is short.
-    int SetArrayPtr(__int64 row, __int64 col, const Cell& values);
+    void Zero() requires NumberCell<Cell> {
+        for (Cell& cell : *this) cell.Zero();
+    }
+    /// Sets every sample, when complex both of its parts, to `value`; fails when there are none.
+    int SetData(Element value);
+    /// Makes every cell `num` samples copied from `data`, which may lie in this matrix, or zeros when `data`
+    /// is null. Fails without cells; leaves the matrix empty when `num` is negative or allocation fails.
+    int SetData(__int64 num, const Element* data) requires RealCell<Cell>;
+    /// Assigns one cell; fails when it is outside the matrix, `values` has another flag or length, or
+    /// allocation fails.
+    int SetArrayPtr(__int64 row, __int64 col, const Cell& values) requires CplxCell<Cell>;
+    /// Appends snapshot[i] to cell i, row by row. Fails without a change unless the snapshot has one element
+    /// per cell; leaves the matrix empty when allocation fails.
+    int Append(const Cell& snapshot) requires RecordingCell<Cell>;
+    /// Copies `num` samples from every cell of `src` to the cell here, 0 meaning all of this matrix's
+    /// samples: real cells as rings, complex cells as plain runs, as the Copy of the cell does it. Fails
+    /// unless rows and columns agree; succeeds at once on an empty matrix.
+    int Copy(const Self& src, __int64 srcStart, __int64 dstStart, __int64 num) {
+        return this->CopyCells(src, srcStart, dstStart, num);
+    }
 
-    /// Scales every cell of a complex matrix; a real-only matrix is left as it is.
-    Self& operator*=(Real k);
+    /// Scales every cell; a matrix of real-only complex cells is left as it is.
+    Self& operator*=(Element k) requires ScalableCell<Cell>;
     /// Scales by 1 / k, likewise; nothing happens when `k` is 0.
-    Self& operator/=(Real k);
+    Self& operator/=(Element k) requires ScalableCell<Cell>;
 
     /// Sets sample `line` of every cell to the number of `m`, the real part alone in a real-only matrix.
     /// Fails unless `m` has the same rows and columns and 0 <= line < GetNum().
-    int SetDataFromMtxCplx(const Line& m, __int64 line);
+    int SetDataFromMtxCplx(const Line& m, __int64 line) requires CplxCell<Cell>;
     /// Sets the real parts only.
-    int SetDataFromMtxCplxReal(const Line& m, __int64 line);
+    int SetDataFromMtxCplxReal(const Line& m, __int64 line) requires CplxCell<Cell>;
     /// Sets `m`, re-created when its shape differs, to sample `line` of every cell. Fails when `m` is null or
     /// cannot be created, or `line` is not a sample.
-    int SetMtxCplx(Line* m, __int64 line) const;
+    int SetMtxCplx(Line* m, __int64 line) const requires CplxCell<Cell>;
     /// Sets the real parts of `m` only.
-    int SetMtxCplxReal(Line* m, __int64 line) const;
+    int SetMtxCplxReal(Line* m, __int64 line) const requires CplxCell<Cell>;
+
+    /// 1 when rows, columns, sample count and complex flag agree: matrices of one shape are equal whatever
+    /// they hold.
+    friend int operator==(const Self& a, const Self& b) {
+        return static_cast<const Matrix&>(a).HasShapeOf(b);
+    }
+    friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
+
+protected:
+    /// Version word (current generation only), flag (complex cells only), rows, columns and sample count in
+    /// 32 bits each, then every cell in its own layout. A matrix whose loading fails, or whose cells differ
+    /// in length from the sample count, is empty; a matrix that cannot be stored throws before anything is
+    /// written.
+    KVX_NO_API void SerializeLayout(CArchive& archive, Generation generation);
+
+    using MatrixStorage<Cell>::shape_;
+    using MatrixStorage<Cell>::num_;
+    using MatrixStorage<Cell>::cells_;
 
 private:
     enum class Parts { both, realOnly };
 
-    bool HoldsLine(__int64 line) const;
-    int LoadLine(const Line& m, __int64 line, Parts parts);
-    int StoreLine(Line* m, __int64 line, Parts parts) const;
+    KVX_NO_API bool HoldsLine(__int64 line) const;
+    KVX_NO_API int LoadLine(const Line& m, __int64 line, Parts parts);
+    KVX_NO_API int StoreLine(Line* m, __int64 line, Parts parts) const;
 };
 
 /// A matrix of complex numbers; `Self` is the public class.
@@ -232,7 +254,7 @@ public:
     CplxMatrix(CplxMatrix&& other) noexcept;
     ~CplxMatrix();
 
-    /// Takes over shape and values, in place when the shapes agree; empty when the memory is not there.
+    /// Takes over shape and values, in place when the shapes agree; empty when allocation fails.
     CplxMatrix& operator=(const CplxMatrix& other);
     /// The same with the values of `other` where new ones would be needed.
     CplxMatrix& operator=(CplxMatrix&& other) noexcept;
@@ -276,19 +298,14 @@ public:
     friend int operator==(const Self& a, const Self& b) { return a.shape_ == b.shape_; }
     friend int operator!=(const Self& a, const Self& b) { return !(a == b); }
 
-protected:
-    /// Version word (current generation only), rows and columns in 32 bits each, every value in its own
-    /// layout. A matrix whose loading fails is empty.
-    void SerializeLayout(CArchive& archive, Generation generation);
-
 private:
-    Value At(__int64 row, __int64 col) const {
+    KVX_NO_API Value At(__int64 row, __int64 col) const {
         const Value* value = GetDataPtr(row, col);
         return value ? *value : Value();
     }
-    Value* begin() const { return values_.get(); }
-    Value* end() const { return values_.get() + shape_.cells; }
-    void Swap(CplxMatrix& other) noexcept;
+    KVX_NO_API Value* begin() const { return values_.get(); }
+    KVX_NO_API Value* end() const { return values_.get() + shape_.cells; }
+    KVX_NO_API void Swap(CplxMatrix& other) noexcept;
 
     MatrixShape shape_;
     std::unique_ptr<Value[]> values_;
@@ -297,15 +314,9 @@ private:
 }  // namespace kvx
 
 /// Matrix of CDataArrayDouble: the samples of a multi-channel record.
-class KVX_API CDataArrayMtxDouble
-    : public kvx::SnapshotMatrix<CDataArrayMtxDouble, CDataArrayDouble, double> {
+class KVX_API CDataArrayMtxDouble : public kvx::Matrix<CDataArrayMtxDouble, CDataArrayDouble> {
 public:
-    using SnapshotMatrix::SnapshotMatrix;
-
-    /// Scales every sample.
-    CDataArrayMtxDouble& operator*=(double k);
-    /// Scales by 1 / k; nothing happens when `k` is 0.
-    CDataArrayMtxDouble& operator/=(double k);
+    using Matrix::Matrix;
 
     /// CDataArrayDouble::CalcRms of a cell; 0 when it is outside the matrix or `num` is above the sample
     /// count.
@@ -319,7 +330,7 @@ public:
     int GetMinMaxAndPMin(__int64 start, __int64 end, double* min, double* max, double* pmin) const;
 
     /// Makes `out` this matrix as floats, cell by cell as CDataArrayDouble::GetDataArrayFloat. Fails when
-    /// `out` is null, the cells have no samples or the memory is not there; `out` is then empty.
+    /// `out` is null, the cells have no samples or allocation fails; `out` is then empty.
     int GetDataArrayMtxFloat(CDataArrayMtxFloat* out) const;
     /// The inverse: makes this matrix `in`, cell by cell as CDataArrayDouble::SetDataArrayFloat.
     int SetDataArrayMtxFloat(const CDataArrayMtxFloat& in);
@@ -328,19 +339,18 @@ public:
     void Serialize(CArchive& archive);
 };
 
-class KVX_API CDataArrayMtxFloat : public kvx::SnapshotMatrix<CDataArrayMtxFloat, CDataArrayFloat, float> {
+class KVX_API CDataArrayMtxFloat : public kvx::Matrix<CDataArrayMtxFloat, CDataArrayFloat> {
 public:
-    using SnapshotMatrix::SnapshotMatrix;
+    using Matrix::Matrix;
 
     void Serialize(CArchive& archive);
     /// The first generation of the layout: no version words.
     void Serialize1st(CArchive& archive);
 };
 
-class KVX_API CDataArrayMtxLong
-    : public kvx::SnapshotMatrix<CDataArrayMtxLong, CDataArrayLong, std::int32_t> {
+class KVX_API CDataArrayMtxLong : public kvx::Matrix<CDataArrayMtxLong, CDataArrayLong> {
 public:
-    using SnapshotMatrix::SnapshotMatrix;
+    using Matrix::Matrix;
 
     /// Adds `k` to every sample, modulo 2^32.
     CDataArrayMtxLong& operator+=(std::int32_t k);
@@ -353,21 +363,19 @@ public:
     void Serialize1st(CArchive& archive);
 };
 
-class KVX_API CDataArrayMtxLongLong
-    : public kvx::NumberMatrix<CDataArrayMtxLongLong, CDataArrayLongLong, std::int64_t> {
+class KVX_API CDataArrayMtxLongLong : public kvx::Matrix<CDataArrayMtxLongLong, CDataArrayLongLong> {
 public:
-    using NumberMatrix::NumberMatrix;
+    using Matrix::Matrix;
 };
 
-class KVX_API CDataArrayMtxIntPtr
-    : public kvx::NumberMatrix<CDataArrayMtxIntPtr, CDataArrayIntPtr, std::int64_t> {
+class KVX_API CDataArrayMtxIntPtr : public kvx::Matrix<CDataArrayMtxIntPtr, CDataArrayIntPtr> {
 public:
-    using NumberMatrix::NumberMatrix;
+    using Matrix::Matrix;
 };
 
-class KVX_API CDataArrayMtxBool : public kvx::ArrayMatrix<CDataArrayMtxBool, CDataArrayBool, int> {
+class KVX_API CDataArrayMtxBool : public kvx::Matrix<CDataArrayMtxBool, CDataArrayBool> {
 public:
-    using ArrayMatrix::ArrayMatrix;
+    using Matrix::Matrix;
 
     void Serialize(CArchive& archive);
     /// The first generation of the layout: no version words.
@@ -375,12 +383,11 @@ public:
 };
 
 /// Matrix of CDataArrayDoubleCplx: the samples of a waveform or spectrum record.
-class KVX_API CDataArrayDoubleMtxCplx
-    : public kvx::CplxArrayMatrix<CDataArrayDoubleMtxCplx, CDataArrayDoubleCplx, CDataDoubleMtxCplx, double> {
+class KVX_API CDataArrayDoubleMtxCplx : public kvx::Matrix<CDataArrayDoubleMtxCplx, CDataArrayDoubleCplx> {
 public:
-    using CplxArrayMatrix::CplxArrayMatrix;
+    using Matrix::Matrix;
 
-    /// Makes `out` this matrix narrowed to float; fails when `out` is null or the memory is not there.
+    /// Makes `out` this matrix narrowed to float; fails when `out` is null or allocation fails.
     int GetDataArrayMtxCplx(CDataArrayMtxCplx* out) const;
     /// Makes this matrix `in` widened to double.
     int SetDataArrayMtxCplx(const CDataArrayMtxCplx& in);
@@ -389,10 +396,9 @@ public:
     void Serialize(CArchive& archive);
 };
 
-class KVX_API CDataArrayMtxCplx
-    : public kvx::CplxArrayMatrix<CDataArrayMtxCplx, CDataArrayCplx, CDataMtxCplx, float> {
+class KVX_API CDataArrayMtxCplx : public kvx::Matrix<CDataArrayMtxCplx, CDataArrayCplx> {
 public:
-    using CplxArrayMatrix::CplxArrayMatrix;
+    using Matrix::Matrix;
 
     void Serialize(CArchive& archive);
     /// The first generation of the layout: no version words.

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <limits>
 
-#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Types.h>
 
 namespace kvx {

@@ -19,7 +19,11 @@ TYPED_TEST(ArrayFamily, IsMadeOfAValueOrOfABlockOrOfZeros) {
     TypeParam array(3, 7);
     EXPECT_EQ(Contents(array), (Numbers{7, 7, 7}));
     EXPECT_EQ(Contents(TypeParam(2, array.GetData() + 1)), (Numbers{7, 7}));
-    EXPECT_EQ(Contents(TypeParam(2, nullptr)), (Numbers{0, 0}));
+    for (const TypeParam& zeros :
+         {TypeParam(2, nullptr), TypeParam(2, 0), TypeParam(2, 0U), TypeParam{2, 0LL}})
+        EXPECT_EQ(Contents(zeros), (Numbers{0, 0}));
+    EXPECT_TRUE(Leaves(array.SetData(1, 0), array, {0}));
+    EXPECT_TRUE(Leaves(array.SetData(2, 5LL), array, {5, 5}));
 }
 
 TYPED_TEST(ArrayFamily, FillingMakesAFreshBlockOf1024Zeros) {

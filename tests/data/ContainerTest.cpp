@@ -182,7 +182,28 @@ KVX_HAS(CDataDoubleMtxCplx,      0,     1,   0,   0,   0,  0,  0,  1, 0,     0, 
 KVX_HAS(CDataMtxCplx,            0,     1,   0,   0,   0,  0,  0,  1, 0,     0,  0,        0,     0,      0,        1,        1);
 #undef KVX_HAS
 // clang-format on
-static_assert(!std::is_convertible_v<CDataArrayLongLong, CDataArrayIntPtr>);
+
+/// Members of one element type share their storage, and are strangers all the same.
+template <class A, class B>
+constexpr bool kAreStrangers =
+    !std::is_constructible_v<A, const B&> && !std::is_assignable_v<A&, const B&> && !requires(A a, B b) {
+    a.Copy(b, 0, 0, 1);
+}
+&&!requires(A a, B b) {
+    a.Append(b);
+}
+&&!requires(A a, B b) {
+    a == b;
+};
+static_assert(kAreStrangers<CDataArrayLongLong, CDataArrayIntPtr> &&
+              kAreStrangers<CDataArrayIntPtr, CDataArrayLongLong> &&
+              kAreStrangers<CDataArrayLong, CDataArrayBool> &&
+              kAreStrangers<CDataArrayBool, CDataArrayLong> &&
+              kAreStrangers<CDataArrayMtxLongLong, CDataArrayMtxIntPtr> &&
+              kAreStrangers<CDataArrayMtxDouble, CDataArrayDoubleMtxCplx>);
+// A complex matrix is made with its flag, a real one without.
+static_assert(!std::is_constructible_v<CDataArrayMtxDouble, int, int, int, int> &&
+              !std::is_constructible_v<CDataArrayMtxCplx, int, int, int>);
 static_assert(sizeof(CDataArrayDouble) == 32 && sizeof(CDataArrayBool) == 32 &&
               sizeof(CDataArrayDoubleCplx) == 40 && sizeof(CDataArrayCplx) == 40 &&
               sizeof(CDataDoubleCplx) == 16 && sizeof(CDataCplx) == 8);

@@ -21,12 +21,12 @@ template <class, class... Members>
 using TypesAfterFirst = ::testing::Types<Members...>;
 #define KVX_COMMA_CLASS(Class, Part) , Class
 using AllArrays = TypesAfterFirst<void KVX_ALL_ARRAYS(KVX_COMMA_CLASS)>;
-using GrowingArrays = TypesAfterFirst<void KVX_GROWING_ARRAYS(KVX_COMMA_CLASS)>;
+using GrowingArrays = TypesAfterFirst<void KVX_NUMBER_ARRAYS(KVX_COMMA_CLASS)>;
 using IntegerArrays = TypesAfterFirst<void KVX_INTEGER_ARRAYS(KVX_COMMA_CLASS)>;
 using Int64Arrays = TypesAfterFirst<void KVX_INT64_ARRAYS(KVX_COMMA_CLASS)>;
 using FloatingArrays = TypesAfterFirst<void KVX_FLOATING_ARRAYS(KVX_COMMA_CLASS)>;
 using ArrayMatrices = TypesAfterFirst<void KVX_ARRAY_MATRICES(KVX_COMMA_CLASS)>;
-using SnapshotMatrices = TypesAfterFirst<void KVX_SNAPSHOT_MATRICES(KVX_COMMA_CLASS)>;
+using SnapshotMatrices = TypesAfterFirst<void KVX_RECORDING_MATRICES(KVX_COMMA_CLASS)>;
 using Containers = TypesAfterFirst<void KVX_ALL_ARRAYS(KVX_COMMA_CLASS) KVX_ARRAY_MATRICES(KVX_COMMA_CLASS),
                                    CDataArrayDoubleCplx, CDataArrayCplx, CDataArrayDoubleMtxCplx,
                                    CDataArrayMtxCplx, CDataDoubleMtxCplx, CDataMtxCplx>;

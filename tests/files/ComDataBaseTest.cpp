@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/ComDataBase.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cfloat>
 #include <span>
@@ -54,6 +56,20 @@ TEST(ComDataBase, ANewRecordIsEmptyButHasItsMode) {
     EXPECT_EQ(axisOnly.GetDataMode(), CComDataBase::MODE_AXIS);
     EXPECT_EQ(axisOnly.GetHData(), nullptr);
     EXPECT_EQ(StoredBytes(axisOnly), "") << "nothing is stored of it";
+}
+
+TEST(ComDataBase, ShowsTheSamplesOfItsCellsInPlace) {
+    using kvx::ImaginarySamples, kvx::Samples;
+    CComDataWave wave = Wave();
+    const CComDataSpecG spectrum = Spectrum();
+    static_assert(std::is_same_v<decltype(Samples(spectrum, 0, 0)), std::span<const double>>);
+    Samples(wave, 0, 1).front() = 7.0;
+    EXPECT_EQ(Contents(*wave.GetDataPtr()), (Numbers{1.0, 2.0, 7.0, -4.5}));
+    EXPECT_TRUE(std::ranges::equal(Samples(spectrum, 0, 0), Numbers{1.0, 2.0}));
+    EXPECT_TRUE(std::ranges::equal(ImaginarySamples(spectrum, 0, 0), Numbers{-1.0, 0.25}));
+    CComDataBase none;
+    EXPECT_TRUE(ImaginarySamples(wave, 0, 0).empty() && Samples(wave, 1, 0).empty() &&
+                Samples(none, 0, 0).empty() && ImaginarySamples(std::as_const(none), 0, 0).empty());
 }
 
 template <typename Record>

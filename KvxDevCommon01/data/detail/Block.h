@@ -15,7 +15,7 @@
 
 namespace kvx {
 
-/// Largest number of elements whose size in bytes can be told.
+/// Largest number of elements whose size in bytes does not overflow.
 template <typename Element>
 inline constexpr __int64 kMaxCount = std::numeric_limits<std::ptrdiff_t>::max() / __int64{sizeof(Element)};
 
@@ -25,7 +25,7 @@ std::size_t ByteSize(__int64 count) {
     return static_cast<std::size_t>(count) * sizeof(Element);
 }
 
-/// `count` zeros for std::free to release; null when count < 1 or the memory is not there.
+/// `count` zeros for std::free to release; null when count < 1 or allocation fails.
 template <typename Element>
 Element* AllocateZeroed(__int64 count) {
     if (count < 1 || count > kMaxCount<Element>) return nullptr;
