@@ -18,8 +18,8 @@ using kvx::ImaginarySamples, kvx::Samples;
 /// Whether the samples of containers (whole, or of a cell) are `Element`s, and const for const ones.
 template <class Element, class Container, class... Cell>
 constexpr bool kAreSpansOf =
-    std::same_as<decltype(Samples(std::declval<Container&>(), Cell()...)), std::span<Element>> &&
-    std::same_as<decltype(Samples(std::declval<const Container&>(), Cell()...)), std::span<const Element>>;
+    std::same_as<decltype(Samples(std::declval<Container&>(), Cell()...)), std::span<Element>>&& std::same_as<
+        decltype(Samples(std::declval<const Container&>(), Cell()...)), std::span<const Element>>;
 
 KVX_FAMILY(ArrayViews, AllArrays);
 
@@ -55,7 +55,8 @@ TYPED_TEST(ArrayMatrixViews, AreTheSamplesOfOneCell) {
     matrix.GetArrayPtr(0, 1)->SetData(2, nullptr);
     EXPECT_EQ(Samples(std::as_const(matrix), 0, 1).size(), 2u) << "a cell that was resized";
     for (const auto& [row, column] : {std::pair(-1, 0), std::pair(2, 0), std::pair(0, 3)})
-        EXPECT_TRUE(Samples(matrix, row, column).empty() && Samples(std::as_const(matrix), row, column).empty());
+        EXPECT_TRUE(Samples(matrix, row, column).empty() &&
+                    Samples(std::as_const(matrix), row, column).empty());
 }
 
 template <class Array, class Matrix, typename Real>

@@ -52,7 +52,7 @@ TEST(FindUnit, ForgivesCaseOnlyWhereNothingElseCanBeMeant) {
 }
 
 TEST(ParseUnit, ReadsCompoundsAndPrefersTheHintedDimension) {
-    constexpr std::uint32_t newton = 0x00040001, metre = 0x00030003;
+    constexpr auto newton = kNewton, metre = kMetre;
     const struct {
         const wchar_t* text;
         CUnitCtrl unit;
@@ -62,25 +62,25 @@ TEST(ParseUnit, ReadsCompoundsAndPrefersTheHintedDimension) {
         {L" 1 ", CUnitCtrl()},
         {L"g", Single(kG)},
         {L"(g)", Single(kG)},
-        {L"g2/Hz", Make({kG, 0x010}, {kHz, 0x100})},
-        {L"G\u00B2/Hz", Make({0x00010008, 0x010}, {kHz, 0x100})},
-        {L"(m/s2)2/Hz", Make({kAcc, 0x010}, {kHz, 0x100})},
-        {L"m/s2/V", Make({kAcc}, {kVolt, 0x100})},
-        {L"V/(m/s2)", Make({kVolt}, {kAcc, 0x100})},
-        {L"V/m/s2", Make({kVolt}, {metre, 0x100}, {kSec, 0x110})},
+        {L"g2/Hz", Make({kG, kSquared}, {kHz, kDivide})},
+        {L"G\u00B2/Hz", Make({kStandardGravityUppercase, kSquared}, {kHz, kDivide})},
+        {L"(m/s2)2/Hz", Make({kAcc, kSquared}, {kHz, kDivide})},
+        {L"m/s2/V", Make({kAcc}, {kVolt, kDivide})},
+        {L"V/(m/s2)", Make({kVolt}, {kAcc, kDivide})},
+        {L"V/m/s2", Make({kVolt}, {metre, kDivide}, {kSecond, kSquared | kDivide})},
         {L"V.m/s2", Make({kVolt}, {kAcc})},
-        {L"1/s", Make({kSec, 0x100})},
-        {L"1/(m/s2)2", Make({kAcc, 0x110})},
-        {L"(1/s)*V", Make({kSec, 0x100}, {kVolt})},
-        {L"V/(N/mm)", Make({kVolt}, {newton, 0x100}, {kMm})},
-        {L"(N/mm)2", Make({newton, 0x010}, {kMm, 0x110})},
-        {L"((N.s)/mm)/V", Make({newton}, {kSec}, {kMm, 0x100}, {kVolt, 0x100})},
-        {L"rpm/m", Single(0x00070004)},
-        {L"dB", Single(0x06000002)},
-        {L"g", Single(0x0E000004), CUnitCtrl::DIM_MASS},
-        {L"rpm", Single(0x02000003), CUnitCtrl::DIM_FREQUENCY},
-        {L"PA", Single(0x00080001), CUnitCtrl::DIM_PRESSURE},  // a hint settles the case
-        {L"Hz", Single(kHz), CUnitCtrl::DIM_MASS},             // a hint forbids nothing
+        {L"1/s", Make({kSecond, kDivide})},
+        {L"1/(m/s2)2", Make({kAcc, kSquared | kDivide})},
+        {L"(1/s)*V", Make({kSecond, kDivide}, {kVolt})},
+        {L"V/(N/mm)", Make({kVolt}, {newton, kDivide}, {kMm})},
+        {L"(N/mm)2", Make({newton, kSquared}, {kMm, kSquared | kDivide})},
+        {L"((N.s)/mm)/V", Make({newton}, {kSecond}, {kMm, kDivide}, {kVolt, kDivide})},
+        {L"rpm/m", Single(kRevolutionPerMinuteSquared)},
+        {L"dB", Single(kAmplitudeDecibel)},
+        {L"g", Single(kGram), DIM_MASS},
+        {L"rpm", Single(kRevolutionPerMinuteFrequency), DIM_FREQUENCY},
+        {L"PA", Single(kPascal), DIM_PRESSURE},  // a hint settles the case
+        {L"Hz", Single(kHz), DIM_MASS},          // a hint forbids nothing
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(kvx::ToUtf8(c.text));
@@ -102,9 +102,9 @@ TEST(ParseUnit, RefusesWhatItCannotRead) {
 
 TEST(PlainUnitName, HasNoMarkup) {
     EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl()), L"");
-    EXPECT_EQ(kvx::PlainUnitName(Make({0x00010004, 0x010}, {0x02000001, 0x100})), L"(m/s2)2/Hz");
-    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(Unit(0x0F000001), Unit(0x02000001), 1)), L"1/Hz");
-    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(Unit(0x0F000001), Unit(0x02000001), 0)), L"Hz");
+    EXPECT_EQ(kvx::PlainUnitName(Make({kMetrePerSecondSquared, kSquared}, {kHertz, kDivide})), L"(m/s2)2/Hz");
+    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(kNone, kHertz, 1)), L"1/Hz");
+    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(kNone, kHertz, 0)), L"Hz");
 }
 
 void ExpectReadsBack(const CUnitCtrl& unit) {
@@ -123,16 +123,16 @@ void ExpectReadsBack(const CUnitCtrl& unit) {
 
 TEST(PlainUnitName, OfEveryUnitAndEveryFormOfCompoundReadsBack) {
     for (const CUnitCtrl& unit : AllUnits()) ExpectReadsBack(unit);
-    const std::uint32_t units[] = {kAcc, kMmPerSec, 0x12000001, kHz, 0x0C000003, 0x05000001};
-    const std::uint32_t flags[] = {0x001, 0x010, 0x100, 0x110};
-    for (const std::uint32_t first : units) {
-        for (const std::uint32_t second : units) {
-            for (const std::uint32_t flag1 : flags) {
+    const CUnitCtrl::UNIT_CODE units[] = {kAcc, kMmPerSec, kNewtonMetre, kHz, kKilohm, kKelvin};
+    const CUnitCtrl::UNIT_CALC flags[] = {CUnitCtrl::CALC_PLAIN, kSquared, kDivide, kSquared | kDivide};
+    for (const CUnitCtrl::UNIT_CODE first : units) {
+        for (const CUnitCtrl::UNIT_CODE second : units) {
+            for (const CUnitCtrl::UNIT_CALC flag1 : flags) {
                 ExpectReadsBack(Make({first, flag1}));
-                for (const std::uint32_t flag2 : flags) {
-                    const MemberValue a{first, flag1}, b{second, flag2};
+                for (const CUnitCtrl::UNIT_CALC flag2 : flags) {
+                    const kvx::UnitPart a{first, flag1}, b{second, flag2};
                     ExpectReadsBack(Make(a, b));
-                    ExpectReadsBack(Make(a, b, {kMilliVolt, flag1}, {0x01000001, flag2}));
+                    ExpectReadsBack(Make(a, b, {kMillivolt, flag1}, {kMillisecond, flag2}));
                 }
             }
         }
