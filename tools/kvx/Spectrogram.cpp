@@ -10,8 +10,10 @@
 #include <vector>
 
 #include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 
 #include "Blocks.h"
 #include "Commands.h"
@@ -82,7 +84,8 @@ CComDataSpecA AnalyseSlices(const CComDataBase& record, const Channel& channel, 
     for (__int64 slice = 0; slice < slicing.count; ++slice) {
         double* row = slices.GetReal(slice, 0);
         if (row == nullptr || !average.Begin(window, slicing.cut.overlap)) throw std::bad_alloc();
-        average.Add(samples.GetData() + slicing.Start(slice), slicing.Length());
+        average.Add(Samples(samples).subspan(static_cast<std::size_t>(slicing.Start(slice)),
+                                             static_cast<std::size_t>(slicing.Length())));
         const int isDone = options.isDensity ? average.GetPsd(rateHz, &lines) : average.GetAmplitude(&lines);
         if (!isDone) throw std::bad_alloc();
         std::copy_n(lines.GetData(), lineCount, row);
@@ -98,7 +101,7 @@ std::optional<AxisRange> UsualBounds(const CComDataBase& slices, bool isDensity)
     RangeScan<double> scan;
     // The line at 0 Hz, which is not drawn, is left out.
     for (__int64 slice = 0; slice < slices.GetNumRow(); ++slice)
-        scan.Add(slices.GetReal(slice, 0) + 1, slices.GetNsamp() - 1);
+        scan.Add(Samples(slices, slice, 0).subspan(1));
     double highest = 0.0;
     double lowest = 0.0;
     if (!scan.Write(nullptr, &highest, &lowest) || !(highest > 0.0)) return std::nullopt;

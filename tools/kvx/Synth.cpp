@@ -96,7 +96,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
         CDataArrayDouble samples(static_cast<__int64>(count), 0.0);
         if (samples.GetNum() == 0) throw std::bad_alloc();
         std::uint32_t seed = options.seed;
-        if (!GenerateRandomWave(&samples, target.profile, settings, &seed)) {
+        if (!GenerateRandomWave(samples, target.profile, settings, &seed)) {
             throw Reason("nothing of the profile lies below half the rate of " + FormatNumber(rate, 10) +
                          " Hz");
         }
