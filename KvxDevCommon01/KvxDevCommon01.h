@@ -41,6 +41,7 @@
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxDevCommon01/units/ValConv.h>
 

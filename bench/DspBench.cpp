@@ -75,7 +75,7 @@ void BM_GenerateRandomWave(benchmark::State& state) {
     profile.SetPoints(freq, level);
     std::uint32_t seed = 1;
     for (auto _ : state)
-        benchmark::DoNotOptimize(kvx::GenerateRandomWave(&wave, profile, {.rateHz = 5120.0}, &seed));
+        benchmark::DoNotOptimize(kvx::GenerateRandomWave(wave, profile, {.rateHz = 5120.0}, &seed));
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(BM_GenerateRandomWave)->Arg(1000000)->Unit(benchmark::kMillisecond);

@@ -3,10 +3,11 @@
 // From a wave to a spectrum on disk and back: makes ten seconds of random vibration, averages its power
 // spectral density, stores wave and spectrum in one file each, loads the spectrum again and compares it with
 // the profile.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
+#include <numeric>
 
 #include <KvxDevCommon01/KvxDevCommon01.h>
 
@@ -20,11 +21,6 @@ constexpr __int64 kBlock = 4096;
 constexpr double kFrequenciesHz[] = {20.0, 80.0, 350.0, 2000.0};
 constexpr double kDensities[] = {0.01, 0.04, 0.04, 0.007};
 
-/// The samples of a record's only channel, as an array of their own.
-CDataArrayDouble Samples(const CComDataBase& record) {
-    return {record.GetNsamp(), record.GetReal(0, 0)};
-}
-
 /// Stores one record as a file of random-vibration data.
 bool Store(const wchar_t* path, const CComDataBase& record) {
     kvx::DataFileContent content{CComHdr(CComHdr::EXT_INFO_RANDOM_DATA, L"example"), {record}};
@@ -37,30 +33,28 @@ bool Store(const wchar_t* path, const CComDataBase& record) {
 }  // namespace
 
 int main() {
-    const CUnitCtrl acceleration(CUnitCtrl::DIM_ACCELERATION);
-    const auto density = kvx::ParseUnit(L"(m/s2)2/Hz");
+    using namespace kvx::units;
+    const CUnitCtrl acceleration = kvx::SingleUnit(kMetrePerSecondSquared);
+    const CUnitCtrl density(kvx::SingleUnit(kMetrePerSecondSquared, CUnitCtrl::CALC_SQUARED),
+                            kvx::SingleUnit(kHertz), 1);
     kvx::PsdProfile profile;
-    CDataArrayDouble wave(kSamples, 0.0);
+    CComDataWave recording(1.0 / kRateHz, 1, 1, kSamples, 0, acceleration, nullptr, nullptr);
     std::uint32_t seed = 1;
-    if (!density || !profile.SetPoints({4, kFrequenciesHz}, {4, kDensities}) ||
-        !kvx::GenerateRandomWave(&wave, profile, {.rateHz = kRateHz}, &seed)) {
+    if (!profile.SetPoints(kFrequenciesHz, kDensities) ||
+        !kvx::GenerateRandomWave(kvx::Samples(recording, 0, 0), profile, {.rateHz = kRateHz}, &seed)) {
         return 1;
     }
-    CComDataWave recording(1.0 / kRateHz, 1, 1, kSamples, 0, acceleration, nullptr, nullptr);
-    if (!recording.Check()) return 1;
-    std::memcpy(recording.GetReal(0, 0), wave.GetData(), kSamples * sizeof(double));
 
-    CDataArrayDouble window(kBlock, 0.0);
+    CDataArrayDouble window(kBlock, 0);
     CDataArrayDouble psd;
     kvx::AveragedSpectrum average;
     if (!CMatWIND::GeneHanning(&window) || !average.Begin(window, kBlock / 2) ||
-        !average.Add(Samples(recording)) || !average.GetPsd(1.0 / recording.GetDelta(), &psd)) {
+        !average.Add(kvx::Samples(recording, 0, 0)) || !average.GetPsd(1.0 / recording.GetDelta(), &psd)) {
         return 1;
     }
-    CComDataSpecA spectrum(kRateHz / kBlock, 1, 1, psd.GetNum(), 0, *density, nullptr, nullptr);
+    CComDataSpecA spectrum(kRateHz / kBlock, 1, 1, psd.GetNum(), 0, density, nullptr, nullptr);
     if (!spectrum.Check()) return 1;
-    std::memcpy(spectrum.GetReal(0, 0), psd.GetData(),
-                static_cast<std::size_t>(psd.GetNum()) * sizeof(double));
+    std::ranges::copy(psd, kvx::Samples(spectrum, 0, 0).begin());
 
     kvx::DataFileContent loaded;
     if (!Store(L"wave.vdf2", recording) || !Store(L"spectrum.vdf2", spectrum) ||
@@ -69,7 +63,8 @@ int main() {
     }
     const CComDataBase& record = loaded.records.front();
     const double df = record.GetDelta();
-    const double rms = std::sqrt(df * Samples(record).GetSum());
+    const auto lines = kvx::Samples(record, 0, 0);
+    const double rms = std::sqrt(df * std::accumulate(lines.begin(), lines.end(), 0.0));
     std::printf("%lld blocks, %lld lines of %g Hz; rms %.4f m/s2, of the profile %.4f m/s2\n",
                 static_cast<long long>(average.GetNumBlocks()), static_cast<long long>(record.GetNsamp()), df,
                 rms, profile.CalcRms());

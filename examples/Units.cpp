@@ -22,10 +22,9 @@ int main() {
 
     const double shock = g->ConvItoD(50.0, 1.0, 1);
     std::puts("A shock of 50 g is");
-    for (const wchar_t* name : {L"m/s2", L"Gal", L"g"}) {
-        const auto unit = kvx::ParseUnit(name, CUnitCtrl::DIM_ACCELERATION);
-        if (!unit) return 1;
-        Print(shock, *unit);
+    using namespace kvx::units;
+    for (const auto unit : {kMetrePerSecondSquared, kGal, kStandardGravity}) {
+        Print(shock, kvx::SingleUnit(unit));
     }
 
     const auto metric = kvx::ParseUnit(L"(m/s2)2/Hz");
@@ -34,12 +33,10 @@ int main() {
     Print(density->ConvItoD(0.04, 1.0, 1), *metric);
 
     std::puts("Units of velocity:");
-    CItemInfoList units;
-    CUnitCtrl::GetUnitListByDimCode(CUnitCtrl::DIM_VELOCITY, &units);
-    for (__int64 i = 0; i < units.GetNum(); ++i) {
-        CItemInfo item;
-        if (!units.GetItem(i, &item)) return 1;
-        const CUnitCtrl unit = kvx::SingleUnit(static_cast<CUnitCtrl::UNIT_CODE>(item.GetCode()));
+    CUnitCtrlList units;
+    units.MakeSingleUnitListByDimCode(CUnitCtrl::DIM_VELOCITY);
+    CUnitCtrl unit;
+    for (__int64 i = 0; units.GetUnit(i, &unit); ++i) {
         std::printf("  1 m/s = %10.6g %s\n", unit.ConvDtoI(1.0, 1.0, 1),
                     kvx::ToUtf8(kvx::PlainUnitName(unit)).c_str());
     }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -227,8 +228,8 @@ IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double s
     };
     const double from = held(shownFrom);
     const double to = held(shownTo);
-    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step, samples.y,
-                         samples.count, &range) == 0) {
+    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step,
+                         {samples.y, static_cast<std::size_t>(samples.count)}, &range) == 0) {
         return {0, 0};
     }
     // The bounds may be a rounding error off, and a step begins one sample earlier.

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <plot/LineLook.h>
 #include <plot/PeakMarks.h>
@@ -19,8 +20,6 @@ namespace kvx::plot {
 namespace {
 
 using Param = CGraphParam;
-
-constexpr auto kDegree = static_cast<CUnitCtrl::UNIT_CODE>(CUnitCtrl::DIM_ANGLE + 2);
 
 /// What a chart shows of its samples.
 enum class Part { kReal, kImaginary, kMagnitude, kPhase, kUnwrappedPhase };
@@ -111,8 +110,9 @@ public:
           x_(Keep(Converter(param_.m_units.x, param_.m_frame.suffix.x))),
           y_(Keep(Converter(param_.m_units.y, param_.m_frame.suffix.y))),
           y2_(Keep(Converter(param_.m_units.y2, param_.m_frame.suffix.y2))),
-          angle_(param_.m_units.y == CUnitCtrl::DIM_ANGLE ? y_
-                                                          : Keep(CValConv(kDegree, CValConv::SUFFIX_NONE))) {}
+          angle_(param_.m_units.y == CUnitCtrl::DIM_ANGLE
+                     ? y_
+                     : Keep(CValConv(units::kDegree, CValConv::SUFFIX_NONE))) {}
 
     void Build() {
         const auto pane = [&](std::wstring title, __int64 firstRow, __int64 rows, __int64 firstCol,
@@ -346,7 +346,7 @@ private:
         }
         const CValConv& shownY = IsPhase(part) ? angle_ : y_;
         chart->y.ticks.isDegrees =
-            kvx::PlainUnitName(shownY.GetUnit()) == kvx::PlainUnitName(SingleUnit(kDegree));
+            kvx::PlainUnitName(shownY.GetUnit()) == kvx::PlainUnitName(SingleUnit(units::kDegree));
         chart->y.title = AxisTitle(name, shownY);
         chart->y.shortTitle = UnitTitle(shownY);
         if (!chart->y2) return;

@@ -4,12 +4,12 @@
 #include <KvxDevCommon01/app/detail/Saturate.h>
 #include <KvxDevCommon01/platform/Clock.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 
 namespace {
 
 std::uint32_t Milliseconds(double seconds) {
-    constexpr auto kMsec = static_cast<CUnitCtrl::UNIT_CODE>(CUnitCtrl::DIM_TIME | 2);
-    return kvx::Saturate<std::uint32_t>(kvx::SingleUnit(kMsec).ConvDtoI(seconds, 1.0, 0));
+    return kvx::Saturate<std::uint32_t>(kvx::SingleUnit(kvx::units::kMillisecond).ConvDtoI(seconds, 1.0, 0));
 }
 
 }  // namespace

@@ -299,7 +299,7 @@ double Magnitude(const CDataArrayDoubleCplx& values, __int64 index) {
 template <typename Element>
 int FindRange(const Element* values, __int64 count, Element* min, Element* max, Element* pmin) {
     kvx::RangeScan<Element> scan;
-    scan.Add(values, count);
+    scan.Add({values, static_cast<std::size_t>(count)});
     return scan.Write(min, max, pmin);
 }
 

@@ -560,7 +560,7 @@ int FindRange(const Cell* begin, const Cell* end, __int64 start, __int64 last, E
         const __int64 stop = std::min(last, cell->GetNum() - 1);
         if (start < 0 || stop < start) return 0;
         RangeScan<Element> scan;
-        scan.Add(cell->GetData() + start, stop - start + 1);
+        scan.Add({cell->GetData() + start, static_cast<std::size_t>(stop - start + 1)});
         if (!scan.HasFound()) return 0;
         whole.Merge(scan);
     }

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <span>
 
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Types.h>
@@ -20,21 +21,21 @@ namespace kvx {
 template <typename Element>
 class RangeScan {
 public:
-    void Add(const Element* values, __int64 count) {
+    void Add(std::span<const Element> values) {
         std::array<Extremes, kLanes> lanes;
-        __int64 i = 0;
-        for (; count - i >= static_cast<__int64>(kLanes); i += static_cast<__int64>(kLanes)) {
+        std::size_t i = 0;
+        for (; values.size() - i >= kLanes; i += kLanes) {
             for (std::size_t lane = 0; lane < kLanes; ++lane) {
-                lanes[lane].Include(values[i + static_cast<__int64>(lane)]);
+                lanes[lane].Include(values[i + lane]);
             }
         }
-        for (; i < count; ++i) lanes[0].Include(values[i]);
+        for (; i < values.size(); ++i) lanes[0].Include(values[i]);
 
         Extremes run;
         for (const Extremes& lane : lanes) run.Merge(lane);
         if constexpr (Limits::has_quiet_NaN) {
             const auto isNan = [](Element value) { return std::isnan(value); };
-            if (!run.HasNumber()) holdsNan_ = holdsNan_ || std::any_of(values, values + count, isNan);
+            if (!run.HasNumber()) holdsNan_ = holdsNan_ || std::ranges::any_of(values, isNan);
         }
         extremes_.Merge(run);
     }

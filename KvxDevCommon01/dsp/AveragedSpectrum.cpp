@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace kvx {
 namespace {
@@ -36,11 +37,11 @@ int BlockTransform::SetWindow(const CDataArrayDouble& window) {
     return 0;
 }
 
-int BlockTransform::Transform(const double* samples) {
-    if (samples == nullptr || GetSize() == 0) return 0;
+int BlockTransform::Transform(std::span<const double> samples) {
+    if (std::ssize(samples) != GetSize() || GetSize() == 0) return 0;
     double* const real = real_.GetData();
     double* const imaginary = imaginary_.GetData();
-    std::transform(samples, samples + GetSize(), window_.GetData(), real,
+    std::transform(samples.begin(), samples.end(), window_.GetData(), real,
                    [](double x, double w) { return x * w; });
     return CMatFFT::XfrRfft(real, imaginary, GetSize(), real, imaginary, GetNumLines());
 }
@@ -55,15 +56,16 @@ int AveragedSpectrum::Begin(const CDataArrayDouble& window, __int64 overlap) {
     return 0;
 }
 
-__int64 AveragedSpectrum::Add(const double* signal, __int64 samples) {
-    const double* const re = transform_.GetReal();
-    const double* const im = transform_.GetImaginary();
+__int64 AveragedSpectrum::Add(std::span<const double> signal) {
+    const double* const re = transform_.GetReal().data();
+    const double* const im = transform_.GetImaginary().data();
     double* const sum = powerSum_.GetData();
     const __int64 lineCount = transform_.GetNumLines();
-    const __int64 added = cut_.ForEach(signal, samples, [&](const double* block) {
-        transform_.Transform(block);
+    const __int64 added = cut_.Count(std::ssize(signal));
+    for (__int64 block = 0; block < added; ++block) {
+        transform_.Transform(cut_.Block(signal, block));
         for (__int64 k = 0; k < lineCount; ++k) sum[k] += re[k] * re[k] + im[k] * im[k];
-    });
+    }
     blockCount_ += added;
     return added;
 }
@@ -90,15 +92,16 @@ int AveragedSpectrum::GetAmplitude(CDataArrayDouble* amp) const {
     return 1;
 }
 
-int CalcBlockSpectrum(CDataArrayDoubleCplx* spec, const CDataArrayDouble& signal, __int64 start,
+int CalcBlockSpectrum(CDataArrayDoubleCplx* spec, std::span<const double> signal, __int64 start,
                       const CDataArrayDouble& window) {
     BlockTransform transform;
     if (spec == nullptr || !transform.SetWindow(window)) return 0;
     const __int64 size = transform.GetSize();
-    if (start < 0 || signal.GetNum() < size || start > signal.GetNum() - size) return 0;
-    if (!transform.Transform(signal.GetData() + start) || !spec->Create(1, transform.GetNumLines())) return 0;
-    spec->SetReal(transform.GetReal());
-    spec->SetImaginary(transform.GetImaginary());
+    if (start < 0 || std::ssize(signal) < size || start > std::ssize(signal) - size) return 0;
+    const auto block = signal.subspan(static_cast<std::size_t>(start), static_cast<std::size_t>(size));
+    if (!transform.Transform(block) || !spec->Create(1, transform.GetNumLines())) return 0;
+    spec->SetReal(transform.GetReal().data());
+    spec->SetImaginary(transform.GetImaginary().data());
     *spec *= 2.0 / transform.GetSum();
     spec->GetReal()[0] *= 0.5;
     spec->GetImaginary()[0] *= 0.5;

@@ -5,6 +5,9 @@
 // or trend is removed. Block sizes N are powers of two from 2 to 131072, line k = 0..N/2-1 stands at k fs/N.
 #pragma once
 
+#include <cstddef>
+#include <span>
+
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
@@ -23,13 +26,10 @@ struct BlockCut {
     /// Full blocks in a signal of `samples` samples; 0 for a cut that is not valid.
     KVX_API __int64 Count(__int64 samples) const;
 
-    /// Calls visit(first sample of the block) for each full block, and returns how many there were; none in a
-    /// null signal.
-    template <class Visit>
-    __int64 ForEach(const double* signal, __int64 samples, Visit visit) const {
-        const __int64 count = signal != nullptr ? Count(samples) : 0;
-        for (__int64 block = 0; block < count; ++block) visit(signal + block * (size - overlap));
-        return count;
+    /// The samples of block `block`, 0 <= block < Count(signal.size()).
+    std::span<const double> Block(std::span<const double> signal, __int64 block) const {
+        return signal.subspan(static_cast<std::size_t>(block * (size - overlap)),
+                              static_cast<std::size_t>(size));
     }
 };
 
@@ -49,14 +49,18 @@ public:
     /// Sum of the squared window, which scales densities.
     double GetSquareSum() const { return squareSum_; }
 
-    /// Transforms GetSize() samples times the window; 0 for a null block and without a window.
-    int Transform(const double* samples);
+    /// Transforms GetSize() samples times the window; 0 for another count and without a window.
+    int Transform(std::span<const double> samples);
 
     /// The last transform, unscaled: GetNumLines() lines.
-    const double* GetReal() const { return real_.GetData(); }
-    const double* GetImaginary() const { return imaginary_.GetData(); }
+    std::span<const double> GetReal() const { return Lines(real_); }
+    std::span<const double> GetImaginary() const { return Lines(imaginary_); }
 
 private:
+    std::span<const double> Lines(std::span<const double> values) const {
+        return values.first(static_cast<std::size_t>(GetNumLines()));
+    }
+
     CDataArrayDouble window_;
     CDataArrayDouble real_;
     CDataArrayDouble imaginary_;
@@ -73,8 +77,7 @@ public:
 
     /// Adds all full blocks of a signal to the average and returns their number. Signals may follow one
     /// another, as the shots of one test do; no block spans two of them.
-    __int64 Add(const CDataArrayDouble& signal) { return Add(signal.GetData(), signal.GetNum()); }
-    __int64 Add(const double* signal, __int64 samples);
+    __int64 Add(std::span<const double> signal);
 
     /// Blocks added so far.
     __int64 GetNumBlocks() const { return blockCount_; }
@@ -102,7 +105,7 @@ private:
 /// Spectrum of the one block of `signal` that starts at sample `start`, in complex peak amplitudes over the
 /// window's mean. Fails (0) as BlockTransform::SetWindow, when the block is not wholly in the signal and for
 /// a null array.
-KVX_API int CalcBlockSpectrum(CDataArrayDoubleCplx* spec, const CDataArrayDouble& signal, __int64 start,
+KVX_API int CalcBlockSpectrum(CDataArrayDoubleCplx* spec, std::span<const double> signal, __int64 start,
                               const CDataArrayDouble& window);
 
 }  // namespace kvx

@@ -3,6 +3,8 @@
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 
+#include <iterator>
+
 namespace kvx {
 
 int AveragedTransfer::Begin(const CDataArrayDouble& window, __int64 overlap) {
@@ -17,32 +19,28 @@ int AveragedTransfer::Begin(const CDataArrayDouble& window, __int64 overlap) {
     return 0;
 }
 
-__int64 AveragedTransfer::Add(const CDataArrayDouble& reference, const CDataArrayDouble& response) {
-    if (reference.GetNum() != response.GetNum()) return 0;
-    return Add(reference.GetData(), response.GetData(), reference.GetNum());
-}
-
-__int64 AveragedTransfer::Add(const double* reference, const double* response, __int64 samples) {
-    if (reference == nullptr || response == nullptr) return 0;
-    const double* const xRe = reference_.GetReal();
-    const double* const xIm = reference_.GetImaginary();
-    const double* const yRe = response_.GetReal();
-    const double* const yIm = response_.GetImaginary();
+__int64 AveragedTransfer::Add(std::span<const double> reference, std::span<const double> response) {
+    if (reference.size() != response.size()) return 0;
+    const double* const xRe = reference_.GetReal().data();
+    const double* const xIm = reference_.GetImaginary().data();
+    const double* const yRe = response_.GetReal().data();
+    const double* const yIm = response_.GetImaginary().data();
     double* const xPower = referencePower_.GetReal();
     double* const yPower = responsePower_.GetReal();
     double* const crossRe = crossPower_.GetReal();
     double* const crossIm = crossPower_.GetImaginary();
     const __int64 lineCount = crossPower_.GetNum();
-    const __int64 added = cut_.ForEach(reference, samples, [&](const double* block) {
-        reference_.Transform(block);
-        response_.Transform(response + (block - reference));
+    const __int64 added = cut_.Count(std::ssize(reference));
+    for (__int64 block = 0; block < added; ++block) {
+        reference_.Transform(cut_.Block(reference, block));
+        response_.Transform(cut_.Block(response, block));
         for (__int64 k = 0; k < lineCount; ++k) {
             xPower[k] += xRe[k] * xRe[k] + xIm[k] * xIm[k];
             yPower[k] += yRe[k] * yRe[k] + yIm[k] * yIm[k];
             crossRe[k] += yRe[k] * xRe[k] + yIm[k] * xIm[k];
             crossIm[k] += yIm[k] * xRe[k] - yRe[k] * xIm[k];
         }
-    });
+    }
     blockCount_ += added;
     return added;
 }

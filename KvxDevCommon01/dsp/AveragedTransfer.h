@@ -5,6 +5,8 @@
 // the blocks.
 #pragma once
 
+#include <span>
+
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
@@ -22,8 +24,7 @@ public:
     /// Adds all full blocks of two signals that were sampled together and returns their number; 0 for signals
     /// of different counts. Pairs of signals may follow one another, as the blows of a hammer do; no block
     /// spans two of them.
-    __int64 Add(const CDataArrayDouble& reference, const CDataArrayDouble& response);
-    __int64 Add(const double* reference, const double* response, __int64 samples);
+    __int64 Add(std::span<const double> reference, std::span<const double> response);
 
     /// Blocks added so far.
     __int64 GetNumBlocks() const { return blockCount_; }

@@ -108,7 +108,7 @@ int CMatBasic::GetMinMaxAndPMin(__int64 n, const double* a, __int64 start, doubl
                                 double* positiveMin) {
     if (!IsInside(n, a, start)) return 0;
     kvx::RangeScan<double> scan;
-    scan.Add(a + start, n - start);
+    scan.Add({a + start, static_cast<std::size_t>(n - start)});
     return scan.Write(min, max, positiveMin);
 }
 

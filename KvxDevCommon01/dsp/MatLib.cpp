@@ -63,10 +63,10 @@ int MatLibCalcPSD(double* psd, const double* wave, __int64 count, __int64 blockS
     CDataArrayDouble windowSamples;
     kvx::AveragedSpectrum spectrum;
     CDataArrayDouble density;
-    if (psd == nullptr || wave == nullptr || !kvx::BlockCut{blockSize, overlap}.IsValid() ||
+    if (psd == nullptr || wave == nullptr || kvx::BlockCut{blockSize, overlap}.Count(count) == 0 ||
         !kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
-        !spectrum.Begin(windowSamples, overlap) || spectrum.Add(wave, count) == 0 ||
-        !spectrum.GetPsd(1.0, &density)) {
+        !spectrum.Begin(windowSamples, overlap) ||
+        spectrum.Add({wave, static_cast<std::size_t>(count)}) == 0 || !spectrum.GetPsd(1.0, &density)) {
         return 0;
     }
     std::copy_n(density.GetData(), density.GetNum(), psd);
@@ -75,17 +75,17 @@ int MatLibCalcPSD(double* psd, const double* wave, __int64 count, __int64 blockS
 
 int MatLibCalcXFR(double* xfrRe, double* xfrIm, double* coherence, const double* input, const double* output,
                   __int64 count, __int64 blockSize, __int64 overlap, int window) {
-    const kvx::BlockCut cut{blockSize, overlap};
     if (xfrRe == nullptr || xfrIm == nullptr || input == nullptr || output == nullptr ||
-        cut.Count(count) == 0) {
+        kvx::BlockCut{blockSize, overlap}.Count(count) == 0) {
         return 0;
     }
+    const auto samples = static_cast<std::size_t>(count);
     CDataArrayDouble windowSamples;
     CDataArrayDoubleCplx xfr;
     CDataArrayDouble coherenceLines;
     kvx::AveragedTransfer transfer;
     if (!kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
-        !transfer.Begin(windowSamples, overlap) || transfer.Add(input, output, count) == 0 ||
+        !transfer.Begin(windowSamples, overlap) || transfer.Add({input, samples}, {output, samples}) == 0 ||
         !transfer.GetTransfer(&xfr) || (coherence != nullptr && !transfer.GetCoherence(&coherenceLines))) {
         return 0;
     }

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 namespace kvx {
 namespace {
@@ -14,19 +16,22 @@ bool IsPositive(double value) {
     return value > 0.0 && std::isfinite(value);
 }
 
-bool AllPositive(const CDataArrayDouble& values) {
-    return std::all_of(values.GetData(), values.GetData() + values.GetNum(), IsPositive);
+/// As many elements as `values` has, or none when memory runs out.
+int Assign(CDataArrayDouble* array, std::span<const double> values) {
+    return array->SetData(std::ssize(values), values.data());
 }
 
 }  // namespace
 
-int PsdProfile::SetPoints(const CDataArrayDouble& freqHz, const CDataArrayDouble& level) {
-    const bool valid = freqHz.GetNum() >= 2 && freqHz.GetNum() == level.GetNum() && freqHz.IsSorted() &&
-                       AllPositive(freqHz) && AllPositive(level);
-    if (valid) {
-        freqHz_ = freqHz;
-        level_ = level;
-        if (freqHz_.GetNum() == freqHz.GetNum() && level_.GetNum() == level.GetNum()) return 1;
+int PsdProfile::SetPoints(std::span<const double> freqHz, std::span<const double> level) {
+    const bool valid = freqHz.size() >= 2 && freqHz.size() == level.size() &&
+                       std::ranges::all_of(freqHz, IsPositive) && std::ranges::all_of(level, IsPositive);
+    // Both are copied before either is replaced: they may be this profile's own.
+    CDataArrayDouble newFreqHz, newLevel;
+    if (valid && Assign(&newFreqHz, freqHz) && Assign(&newLevel, level) && newFreqHz.IsSorted()) {
+        freqHz_ = std::move(newFreqHz);
+        level_ = std::move(newLevel);
+        return 1;
     }
     freqHz_.Free();
     level_.Free();

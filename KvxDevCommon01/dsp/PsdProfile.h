@@ -5,6 +5,8 @@
 // changed.
 #pragma once
 
+#include <span>
+
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/platform/Types.h>
@@ -18,7 +20,7 @@ public:
 
     /// Takes over breakpoints: at least two, the frequencies [Hz] positive and strictly ascending, the levels
     /// positive, all finite. Fails (0) otherwise, leaving the profile without points.
-    int SetPoints(const CDataArrayDouble& freqHz, const CDataArrayDouble& level);
+    int SetPoints(std::span<const double> freqHz, std::span<const double> level);
 
     __int64 GetNumPoints() const { return freqHz_.GetNum(); }
     const CDataArrayDouble& GetFrequencies() const { return freqHz_; }

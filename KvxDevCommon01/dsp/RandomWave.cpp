@@ -10,9 +10,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numbers>
 #include <numeric>
-#include <utility>
 
 namespace kvx {
 namespace {
@@ -77,9 +77,9 @@ void OverlapAdd(CDataArrayDouble* wave, __int64 start, const CDataArrayDouble& f
 
 }  // namespace
 
-int GenerateRandomWave(CDataArrayDouble* wave, const PsdProfile& profile, const RandomWaveSettings& settings,
+int GenerateRandomWave(std::span<double> wave, const PsdProfile& profile, const RandomWaveSettings& settings,
                        std::uint32_t* seed) {
-    if (wave == nullptr || seed == nullptr || wave->GetNum() < 1 || profile.GetNumPoints() == 0) return 0;
+    if (wave.empty() || seed == nullptr || profile.GetNumPoints() == 0) return 0;
     if (!(settings.rateHz > 0.0) || !std::isfinite(settings.rateHz)) return 0;
     if (!(settings.targetRms >= 0.0) || !std::isfinite(settings.targetRms)) return 0;
     const __int64 size = FrameSize(settings, profile);
@@ -91,7 +91,7 @@ int GenerateRandomWave(CDataArrayDouble* wave, const PsdProfile& profile, const 
     CDataArrayDouble frame(size, 0.0);
     CDataArrayDouble work(size, 0.0);
     CDataArrayDouble window(size, 0.0);
-    CDataArrayDouble sum(wave->GetNum(), 0.0);
+    CDataArrayDouble sum(std::ssize(wave), 0.0);
     if (amplitudes.GetNum() == 0 || lines.GetNum() == 0 || frame.GetNum() == 0 || work.GetNum() == 0 ||
         window.GetNum() == 0 || sum.GetNum() == 0) {
         return 0;
@@ -111,7 +111,7 @@ int GenerateRandomWave(CDataArrayDouble* wave, const PsdProfile& profile, const 
         if (!(rms > 0.0)) return 0;
         sum *= settings.targetRms / rms;
     }
-    *wave = std::move(sum);
+    std::ranges::copy(sum, wave.begin());
     return 1;
 }
 

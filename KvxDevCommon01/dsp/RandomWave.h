@@ -8,8 +8,7 @@
 #include <KvxDevCommon01/platform/Types.h>
 
 #include <cstdint>
-
-class CDataArrayDouble;
+#include <span>
 
 namespace kvx {
 
@@ -26,14 +25,14 @@ struct RandomWaveSettings {
     __int64 frameSize = 0;
 };
 
-/// Fills `wave`, whose count the caller sets, with Gaussian noise of the density of `profile`. Frames of
+/// Fills `wave` with Gaussian noise of the density of `profile`. Frames of
 /// lines with the amplitudes of the profile (PsdProfile::GetLines) and random phases
 /// (CMatSpec::GenRandomPhaseSpec) are laid over each other by half, under a sine window: the squares of its
 /// two halves add to 1, so that the variance and the density are the same everywhere, the ends included.
 /// `seed` is advanced by at least one random number per line and frame; the same seed gives the same signal.
-/// Fails (0), leaving the wave as it is, for null pointers, an empty wave, settings outside the ranges above,
+/// Fails (0), leaving the wave as it is, for a null seed, an empty wave, settings outside the ranges above,
 /// a profile without power below half the rate, or when memory runs out.
-KVX_API int GenerateRandomWave(CDataArrayDouble* wave, const PsdProfile& profile,
+KVX_API int GenerateRandomWave(std::span<double> wave, const PsdProfile& profile,
                                const RandomWaveSettings& settings, std::uint32_t* seed);
 
 }  // namespace kvx

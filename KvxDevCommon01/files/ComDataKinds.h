@@ -6,12 +6,13 @@
 #pragma once
 
 #include <KvxDevCommon01/files/ComDataBase.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 
 namespace kvx {
 
 /// Units in which the axis is shown: "ms" and "Hz". Its numbers are in the standard units, seconds and hertz.
-inline constexpr auto kAxisMilliseconds = static_cast<CUnitCtrl::UNIT_CODE>(0x01000001);
-inline constexpr auto kAxisHertz = static_cast<CUnitCtrl::UNIT_CODE>(0x02000001);
+inline constexpr auto kAxisMilliseconds = units::kMillisecond;
+inline constexpr auto kAxisHertz = units::kHertz;
 
 /// What the records with an equally spaced axis share. Arguments as CComDataBase::Create has them.
 template <CUnitCtrl::UNIT_CODE axisUnit, int isComplex>

@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
 
+#include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 
 namespace kvx {
@@ -20,13 +23,14 @@ __int64 ClampedIndex(double index, __int64 low, __int64 high) {
 }
 
 /// The samples from `first` to `last`, both within [-1, count], without those of no value at the ends.
-int Trimmed(__int64 first, __int64 last, const double* values, __int64 count, IndexRange* range) {
+int Trimmed(__int64 first, __int64 last, std::span<const double> values, IndexRange* range) {
+    const auto isMissing = [&](__int64 index) {
+        return values[static_cast<std::size_t>(index)] == kNoValue<double>;
+    };
     first = std::max<__int64>(first, 0);
-    last = std::min(last, count - 1);
-    if (values != nullptr) {
-        while (first <= last && values[first] == kNoValue<double>) ++first;
-        while (first <= last && values[last] == kNoValue<double>) --last;
-    }
+    last = std::min(last, std::ssize(values) - 1);
+    while (first <= last && isMissing(first)) ++first;
+    while (first <= last && isMissing(last)) --last;
     if (first > last) return 0;
     *range = {first, last - first + 1};
     return 1;
@@ -34,25 +38,26 @@ int Trimmed(__int64 first, __int64 last, const double* values, __int64 count, In
 
 }  // namespace
 
-int FindVisibleRange(const AxisRange& shown, double start, double interval, const double* values,
-                     __int64 count, IndexRange* range) {
-    if (range == nullptr || count < 1) return 0;
+int FindVisibleRange(const AxisRange& shown, double start, double interval, std::span<const double> values,
+                     IndexRange* range) {
+    if (range == nullptr || values.empty()) return 0;
     const double first = std::floor((shown.low - start) / interval + kIndexTolerance);
     const double last = std::ceil((shown.high - start) / interval - kIndexTolerance);
     if (interval == 0.0 || std::isnan(first) || std::isnan(last)) return 0;
-    return Trimmed(ClampedIndex(first, -1, count), ClampedIndex(last, -1, count), values, count, range);
+    const __int64 count = std::ssize(values);
+    return Trimmed(ClampedIndex(first, -1, count), ClampedIndex(last, -1, count), values, range);
 }
 
-int FindVisibleRange(const AxisRange& shown, const CDataArrayDouble& xValues, const double* values,
-                     __int64 count, IndexRange* range) {
-    const __int64 num = std::min(count, xValues.GetNum());
-    if (range == nullptr || num < 1 || std::isnan(shown.low) || std::isnan(shown.high)) return 0;
-    const double* x = xValues.GetData();
-    __int64 first = CMatBasic::BinarySearch(x, num, shown.low);
-    __int64 last = CMatBasic::BinarySearch(x, num, shown.high);
+int FindVisibleRange(const AxisRange& shown, std::span<const double> xValues, std::span<const double> values,
+                     IndexRange* range) {
+    const std::size_t num = std::min(values.size(), xValues.size());
+    if (range == nullptr || num == 0 || std::isnan(shown.low) || std::isnan(shown.high)) return 0;
+    const double* x = xValues.data();
+    __int64 first = CMatBasic::BinarySearch(x, static_cast<__int64>(num), shown.low);
+    __int64 last = CMatBasic::BinarySearch(x, static_cast<__int64>(num), shown.high);
     if (x[first] * 0.99999 > shown.low) --first;
     if (shown.low > x[last] * 1.00001) ++last;
-    return Trimmed(first, last, values, num, range);
+    return Trimmed(first, last, values.first(num), range);
 }
 
 }  // namespace kvx

@@ -3,8 +3,9 @@
 // Which samples of a series a plot has to draw. Pure functions, safe from any thread.
 #pragma once
 
+#include <span>
+
 #include <KvxDevCommon01/Export.h>
-#include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/platform/Types.h>
 
@@ -17,15 +18,15 @@ struct IndexRange {
     bool operator==(const IndexRange&) const = default;
 };
 
-/// The samples that `shown` takes, of `count` samples where sample i lies at `start` + i * `interval`, with
-/// those just outside that the line comes from or goes to. Samples without a value (the no-value marker in
-/// `values`, which may be null) are left out at both ends. 0, with `range` unchanged, when none is left, for
-/// the interval 0, bounds that are no numbers and null.
-KVX_API int FindVisibleRange(const AxisRange& shown, double start, double interval, const double* values,
-                             __int64 count, IndexRange* range);
+/// The samples that `shown` takes, of `values` where sample i lies at `start` + i * `interval`, with those
+/// just outside that the line comes from or goes to. Samples that are the no-value marker are left out at
+/// both ends. 0, with `range` unchanged, when none is left, for the interval 0, bounds that are no numbers
+/// and null.
+KVX_API int FindVisibleRange(const AxisRange& shown, double start, double interval,
+                             std::span<const double> values, IndexRange* range);
 
 /// The same with an ascending X value for each sample; only as many samples as there are X values count.
-KVX_API int FindVisibleRange(const AxisRange& shown, const CDataArrayDouble& xValues, const double* values,
-                             __int64 count, IndexRange* range);
+KVX_API int FindVisibleRange(const AxisRange& shown, std::span<const double> xValues,
+                             std::span<const double> values, IndexRange* range);
 
 }  // namespace kvx

@@ -9,11 +9,12 @@
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 #include <KvxDevCommon01/text/ItemInfo.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
 namespace {
 
-static_assert(CUnitCtrl::UNIT_NONE == kvx::detail::kNoUnit);
+static_assert(CUnitCtrl::UNIT_NONE == kvx::units::kNone);
 
 template <typename Value>
 void StoreIfWanted(Value* out, Value value) {
@@ -66,8 +67,7 @@ CUnitCtrl::CUnitCtrl(UNIT_CODE a, UNIT_CODE b, int divide) : single_(0) {
 CUnitCtrl::CUnitCtrl(const CUnitCtrl& a, const CUnitCtrl& b, int divide) : single_(0) {
     const Member second = b.members_[0];
     members_[0] = a.members_[0];
-    members_[1] =
-        Validated(second.unit, divide ? static_cast<UNIT_CALC>(second.calc ^ CALC_DIVIDE) : second.calc);
+    members_[1] = Validated(second.unit, divide ? UNIT_CALC{second.calc ^ CALC_DIVIDE} : second.calc);
 }
 
 CUnitCtrl::CUnitCtrl(UNIT_CODE unit1, UNIT_CALC calc1, UNIT_CODE unit2, UNIT_CALC calc2, UNIT_CODE unit3,
@@ -111,7 +111,7 @@ int CUnitCtrl::GetDimCode(DIM_CODE* d1, DIM_CODE* d2, DIM_CODE* d3, DIM_CODE* d4
 }
 
 CUnitCtrl::DIM_CODE CUnitCtrl::GetDimCode(UNIT_CODE unit) {
-    return static_cast<DIM_CODE>(kvx::detail::DimensionOf(unit));
+    return kvx::detail::DimensionOf(unit);
 }
 
 void CUnitCtrl::GetInfo(UNIT_CODE* unit1, UNIT_CALC* calc1, int* single, UNIT_CODE* unit2, UNIT_CALC* calc2,
@@ -136,7 +136,7 @@ CUnitCtrl::UNIT_CODE CUnitCtrl::GetStdUnitCode(DIM_CODE dim, __int64* index) {
     const auto units = kvx::detail::UnitsOfDimension(dim);
     const auto standard = std::ranges::find(units, dimension->standardUnit, &kvx::detail::UnitRow::code);
     StoreIfWanted<__int64>(index, standard - units.begin());
-    return static_cast<UNIT_CODE>(dimension->standardUnit);
+    return dimension->standardUnit;
 }
 
 void CUnitCtrl::GetDimName(CString* name) const {
@@ -198,8 +198,8 @@ CUnitCtrl::Fields CUnitCtrl::GetFields() const {
 }
 
 void CUnitCtrl::SetFields(const Fields& fields) {
-    const auto unit = [&](std::size_t i) { return static_cast<UNIT_CODE>(fields[i]); };
-    const auto calc = [&](std::size_t i) { return static_cast<UNIT_CALC>(fields[i]); };
+    const auto unit = [&](std::size_t i) { return UNIT_CODE{fields[i]}; };
+    const auto calc = [&](std::size_t i) { return UNIT_CALC{fields[i]}; };
     *this = CUnitCtrl(unit(0), calc(1), unit(3), calc(4), unit(5), calc(6), unit(7), calc(8));
     // Only the stored flag tells a unit from its compound with no unit.
     if (fields[2] == 0 && unit(3) == UNIT_NONE) single_ = 0;
@@ -230,6 +230,17 @@ void CUnitCtrl::Serialize1st(CArchive& archive) {
     fields = {};
     archive.ReadNumbers(fields.data(), kFirstGenerationFields);
     SetFields(fields);
+}
+
+struct kvx::UnitAccess {
+    static std::span<const UnitPart> Members(const CUnitCtrl& unit) { return unit.members_; }
+};
+
+std::span<const kvx::UnitPart> kvx::UnitParts(const CUnitCtrl& unit) {
+    const std::span<const UnitPart> members = UnitAccess::Members(unit);
+    std::size_t used = unit.IsSingle() ? 1 : members.size();
+    while (used > 2 && members[used - 1].unit == units::kNone) --used;
+    return members.first(used);
 }
 
 CUnitCtrl kvx::SingleUnit(CUnitCtrl::UNIT_CODE unit, CUnitCtrl::UNIT_CALC calc) {

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/platform/Text.h>
@@ -21,6 +22,10 @@ class CDataArrayFloat;
 class CDataArrayMtxDouble;
 class CDataArrayMtxFloat;
 class CItemInfoList;
+
+namespace kvx {
+struct UnitAccess;
+}
 
 class KVX_API CUnitCtrl {
 public:
@@ -60,7 +65,8 @@ public:
         DIM_MAGNETIC_FLUX_DENSITY = 0x18000000,
     };
 
-    /// Unit: its dimension plus a 1-based unit number in the low 16 bits; 0x00010004 is "m/s#u2#n".
+    /// Unit: its dimension plus a 1-based unit number in the low 16 bits; 0x00010004 is "m/s#u2#n". All have
+    /// names in UnitNames.h.
     enum UNIT_CODE : std::uint32_t {
         UNIT_NONE = 0x0F000001,  ///< no unit: the default, an empty member, and what an unknown code becomes
     };
@@ -70,6 +76,17 @@ public:
         CALC_PLAIN = 0x001,
         CALC_SQUARED = 0x010,
         CALC_DIVIDE = 0x100,  ///< in the denominator; for the first member, the reciprocal
+    };
+    friend constexpr UNIT_CALC operator|(UNIT_CALC a, UNIT_CALC b) {
+        return UNIT_CALC{std::uint32_t{a} | std::uint32_t{b}};
+    }
+
+    /// One of the units that a descriptor joins, with its flags.
+    struct Member {
+        UNIT_CODE unit = UNIT_NONE;
+        UNIT_CALC calc = CALC_PLAIN;
+
+        bool operator==(const Member&) const = default;
     };
 
     /// No unit, single.
@@ -166,11 +183,8 @@ public:
 
 private:
     friend class CUnitCtrlList;
+    friend struct kvx::UnitAccess;
 
-    struct Member {
-        UNIT_CODE unit = UNIT_NONE;
-        UNIT_CALC calc = CALC_PLAIN;
-    };
     static constexpr std::size_t kMembers = 4;
 
     static Member Validated(UNIT_CODE unit, UNIT_CALC calc);
@@ -190,5 +204,11 @@ namespace kvx {
 
 /// The single descriptor of one unit; an unknown code gives no unit.
 KVX_API CUnitCtrl SingleUnit(CUnitCtrl::UNIT_CODE unit, CUnitCtrl::UNIT_CALC calc = CUnitCtrl::CALC_PLAIN);
+
+using UnitPart = CUnitCtrl::Member;
+
+/// The members of a descriptor in their order, for as long as it lives unchanged: one of a single descriptor,
+/// of a compound two to four, the last one that is used being the last. A member in between may be UNIT_NONE.
+KVX_API std::span<const UnitPart> UnitParts(const CUnitCtrl& unit);
 
 }  // namespace kvx

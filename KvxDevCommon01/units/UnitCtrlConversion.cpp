@@ -6,6 +6,7 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataMatrix.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/detail/UnitConversion.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
@@ -18,18 +19,15 @@ using kvx::detail::Direction;
 class Conversion {
 public:
     Conversion(const CUnitCtrl& descriptor, Direction direction, int absolute) : direction_(direction) {
-        std::array<CUnitCtrl::UNIT_CODE, 4> units;
-        std::array<CUnitCtrl::UNIT_CALC, 4> calcs;
-        int single = 0;
-        descriptor.GetInfo(&units[0], &calcs[0], &single, &units[1], &calcs[1], &units[2], &calcs[2],
-                           &units[3], &calcs[3]);
-        for (std::size_t i = 0; i < units.size(); ++i) {
-            const bool used = i == 0 || (!single && (i == 1 || units[i] != CUnitCtrl::UNIT_NONE));
-            const auto* row = kvx::detail::FindUnitRow(units[i]);
+        const auto parts = kvx::UnitParts(descriptor);
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            const auto& [unit, calc] = parts[i];
+            const bool used = i < 2 || unit != kvx::units::kNone;
+            const auto* row = kvx::detail::FindUnitRow(unit);
             if (!used || row == nullptr) continue;
             ConversionStep& step = steps_[count_++];
-            step = {*row, calcs[i]};
-            const bool temperature = CUnitCtrl::GetDimCode(units[i]) == CUnitCtrl::DIM_TEMPERATURE;
+            step = {*row, calc};
+            const bool temperature = CUnitCtrl::GetDimCode(unit) == CUnitCtrl::DIM_TEMPERATURE;
             if (temperature && !absolute) step.row.kind = kvx::detail::UnitKind::same;
         }
         if (direction == Direction::toStandard) std::ranges::reverse(std::span(steps_).first(count_));

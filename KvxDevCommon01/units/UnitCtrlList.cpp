@@ -14,7 +14,7 @@ template <typename Make>
 int ListDimension(CUnitCtrlList& list, CUnitCtrl::DIM_CODE dim, Make make) {
     list.Init();
     for (const auto& row : kvx::detail::UnitsOfDimension(dim)) {
-        if (!list.Append(make(static_cast<CUnitCtrl::UNIT_CODE>(row.code)))) return 0;
+        if (!list.Append(make(row.code))) return 0;
     }
     return list.GetNum() > 0;
 }

@@ -228,7 +228,7 @@ const std::vector<NamedUnit>& NamedUnits() {
     static const std::vector<NamedUnit> all = [] {
         std::vector<NamedUnit> named;
         for (const detail::UnitRow& row : detail::Units()) {
-            const auto unit = static_cast<UNIT>(row.code);
+            const UNIT unit = row.code;
             const std::wstring text = Normalised(ResourceText(row.nameId));
             std::vector<Factors> names = {{}};
             for (const Factor& factor : Parser(text).Text().value_or(Factors{})) {
@@ -377,9 +377,10 @@ std::optional<Members> MembersOf(Name factors, const Reading& reading) {
 }
 
 CUnitCtrl::UNIT_CALC CalcOf(const Member& member) {
-    if (member.power == 1) return CUnitCtrl::CALC_PLAIN;
-    return static_cast<CUnitCtrl::UNIT_CALC>((std::abs(member.power) == 2 ? CUnitCtrl::CALC_SQUARED : 0U) |
-                                             (member.power < 0 ? CUnitCtrl::CALC_DIVIDE : 0U));
+    const bool isSquared = std::abs(member.power) == 2;
+    if (member.power < 0)
+        return isSquared ? CUnitCtrl::CALC_SQUARED | CUnitCtrl::CALC_DIVIDE : CUnitCtrl::CALC_DIVIDE;
+    return isSquared ? CUnitCtrl::CALC_SQUARED : CUnitCtrl::CALC_PLAIN;
 }
 
 }  // namespace

@@ -8,21 +8,18 @@
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 #include <KvxDevCommon01/text/ConvData.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 
 namespace {
 
-constexpr auto kUnitAmplitudeDecibel = static_cast<CUnitCtrl::UNIT_CODE>(0x06000002);
-constexpr auto kUnitPowerDecibel = static_cast<CUnitCtrl::UNIT_CODE>(0x06000003);
-constexpr auto kUnitDegree = static_cast<CUnitCtrl::UNIT_CODE>(0x07000002);
-
 /// The format that the first member of a single descriptor brings along; empty for most.
 const wchar_t* CustomaryFormat(const CUnitCtrl& descriptor) {
-    CUnitCtrl::UNIT_CODE unit = CUnitCtrl::UNIT_NONE;
-    descriptor.GetInfo(&unit, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    using namespace kvx::units;
+    const CUnitCtrl::UNIT_CODE unit = kvx::UnitParts(descriptor).front().unit;
     if (descriptor == CUnitCtrl::DIM_FREQUENCY) return L"%.2f";
     if (descriptor == CUnitCtrl::DIM_VOLTAGE) return L"%.1f";
-    const bool isDecibel = unit == kUnitAmplitudeDecibel || unit == kUnitPowerDecibel;
-    return descriptor.IsSingle() && (isDecibel || unit == kUnitDegree) ? L"%6.2f" : L"";
+    const bool isDecibel = unit == kAmplitudeDecibel || unit == kPowerDecibel;
+    return descriptor.IsSingle() && (isDecibel || unit == kDegree) ? L"%6.2f" : L"";
 }
 
 /// The half-day text around a time.

@@ -66,8 +66,7 @@ TEST(AveragedSpectrum, NeedsAWindowBlocksAndAPlaceForTheResult) {
         EXPECT_EQ(spectrum.Begin(ToArray(window), 0), 0) << window.size();
     EXPECT_TRUE(AllFail(spectrum.Begin(Hann(16), 16), spectrum.Add(signal)));
     ASSERT_EQ(spectrum.Begin(Hann(16), 0), 1);
-    EXPECT_TRUE(
-        AllFail(spectrum.GetAmplitude(&out), spectrum.Add(CDataArrayDouble()), spectrum.Add(nullptr, 4096)));
+    EXPECT_TRUE(AllFail(spectrum.GetAmplitude(&out), spectrum.Add({}), spectrum.Add(CDataArrayDouble())));
     ASSERT_EQ(spectrum.Add(signal), 256);
     EXPECT_TRUE(AllFail(spectrum.GetPsd(1.0, nullptr), spectrum.GetPsd(0.0, &out), out.GetNum()));
 }

@@ -38,8 +38,8 @@ TEST(AveragedTransfer, NeedsAWindowPairsOfSignalsAndAPlaceForTheResult) {
     EXPECT_TRUE(AllFail(transfer.Add(signal, signal), transfer.GetTransfer(&xfr), transfer.Begin(window, 16),
                         transfer.Begin(silent, 0), transfer.Add(signal, signal)));
     ASSERT_EQ(transfer.Begin(window, 0), 1);
-    EXPECT_TRUE(AllFail(transfer.Add(signal, window), transfer.Add(nullptr, signal.GetData(), 64),
-                        transfer.GetCoherence(&coherence)));
+    EXPECT_TRUE(
+        AllFail(transfer.Add(signal, window), transfer.Add({}, {}), transfer.GetCoherence(&coherence)));
     ASSERT_EQ(transfer.Add(signal, signal), 4);
     EXPECT_TRUE(AllFail(transfer.GetTransfer(nullptr), transfer.GetCoherence(nullptr)));
 }

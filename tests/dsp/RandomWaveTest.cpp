@@ -12,7 +12,7 @@ using kvx::RandomWaveSettings;
 CDataArrayDouble Generate(__int64 count, const kvx::PsdProfile& profile, const RandomWaveSettings& settings,
                           std::uint32_t seed) {
     CDataArrayDouble wave(count, 0.0);
-    EXPECT_EQ(GenerateRandomWave(&wave, profile, settings, &seed), 1);
+    EXPECT_EQ(GenerateRandomWave(wave, profile, settings, &seed), 1);
     return wave;
 }
 
@@ -83,18 +83,17 @@ TEST(GenerateRandomWave, DoesNotRepeatWhenItsLinesDivideTheCycleOfTheGenerator) 
 }
 
 TEST(GenerateRandomWave, RefusesSettingsItCannotFollow) {
-    CDataArrayDouble wave(100, 7.0), empty;
+    CDataArrayDouble wave(100, 7.0);
     std::uint32_t seed = 1;
     const RandomWaveSettings good{.rateHz = 5120.0};
-    EXPECT_TRUE(AllFail(GenerateRandomWave(nullptr, ScreeningProfile(), good, &seed),
-                        GenerateRandomWave(&empty, ScreeningProfile(), good, &seed),
-                        GenerateRandomWave(&wave, ScreeningProfile(), good, nullptr),
-                        GenerateRandomWave(&wave, kvx::PsdProfile(), good, &seed)));
+    EXPECT_TRUE(AllFail(GenerateRandomWave({}, ScreeningProfile(), good, &seed),
+                        GenerateRandomWave(wave, ScreeningProfile(), good, nullptr),
+                        GenerateRandomWave(wave, kvx::PsdProfile(), good, &seed)));
     using Case = RandomWaveSettings;
     for (const Case& bad : {Case{0.0, 0.0, 0}, Case{kNaN, 0.0, 0}, Case{30.0, 0.0, 0}, Case{5120.0, -1.0, 0},
                             Case{5120.0, kNaN, 0}, Case{5120.0, 0.0, 1000}, Case{5120.0, 0.0, 8},
                             Case{5120.0, 0.0, 262144}, Case{5120.0, 0.0, -1024}}) {
-        EXPECT_EQ(GenerateRandomWave(&wave, ScreeningProfile(), bad, &seed), 0)
+        EXPECT_EQ(GenerateRandomWave(wave, ScreeningProfile(), bad, &seed), 0)
             << bad.rateHz << ' ' << bad.frameSize;
     }
     EXPECT_EQ(ToWave(wave), Wave(100, 7.0));

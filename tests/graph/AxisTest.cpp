@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The arithmetic of axes and panes: worked examples, and numbers that must not break anything.
+#include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/graph/AutoRange.h>
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/PaneLayout.h>
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <vector>
 
 namespace {
@@ -143,18 +145,17 @@ TEST(VisibleRange, TakesTheSamplesThatReachIntoTheView) {
     for (const auto& [low, high, start, interval, any, withValue] : cases) {
         const AxisRange shown = {low, high};
         IndexRange range;
-        EXPECT_EQ(FindVisibleRange(shown, start, interval, nullptr, 10, &range), any.count > 0);
+        EXPECT_EQ(FindVisibleRange(shown, start, interval, std::vector(10, 0.0), &range), any.count > 0);
         EXPECT_EQ(range, any) << low;
         range = {};
-        EXPECT_EQ(FindVisibleRange(shown, start, interval, values.data(), 10, &range), withValue.count > 0);
+        EXPECT_EQ(FindVisibleRange(shown, start, interval, values, &range), withValue.count > 0);
         EXPECT_EQ(range, withValue) << low;
     }
-    EXPECT_EQ(FindVisibleRange({0, 1}, 0, 1, nullptr, 10, nullptr), 0);
+    EXPECT_EQ(FindVisibleRange({0, 1}, 0, 1, values, nullptr), 0);
 }
 
 TEST(VisibleRange, IsFoundByTheNearestOfUnevenXValues) {
-    const double x[] = {1, 2, 4, 8, 16, 32};
-    const CDataArrayDouble axis(6, x);
+    const double axis[] = {1, 2, 4, 8, 16, 32}, values[6] = {};
     const struct {
         double low, high;
         IndexRange expected;
@@ -164,15 +165,15 @@ TEST(VisibleRange, IsFoundByTheNearestOfUnevenXValues) {
     };
     for (const auto& [low, high, expected] : cases) {
         IndexRange range;
-        EXPECT_EQ(FindVisibleRange({low, high}, axis, nullptr, 6, &range), 1);
+        EXPECT_EQ(FindVisibleRange({low, high}, axis, values, &range), 1);
         EXPECT_EQ(range, expected) << low;
     }
     IndexRange range;
-    EXPECT_EQ(FindVisibleRange({0.1, 100}, axis, nullptr, 3, &range), 1);
+    EXPECT_EQ(FindVisibleRange({0.1, 100}, axis, std::span(values).first(3), &range), 1);
     EXPECT_EQ(range, (IndexRange{0, 3}));
-    EXPECT_EQ(FindVisibleRange({0.1, 100}, axis, nullptr, 0, &range), 0);
-    EXPECT_EQ(FindVisibleRange({0.1, 100}, CDataArrayDouble(), nullptr, 6, &range), 0);
-    EXPECT_EQ(FindVisibleRange({kNaN, 100}, axis, nullptr, 6, &range), 0);
+    EXPECT_EQ(FindVisibleRange({0.1, 100}, axis, {}, &range), 0);
+    EXPECT_EQ(FindVisibleRange({0.1, 100}, {}, values, &range), 0);
+    EXPECT_EQ(FindVisibleRange({kNaN, 100}, axis, values, &range), 0);
 }
 
 /// The grid found by giving up one row or column at a time.
@@ -232,8 +233,9 @@ TEST(Axis, ArithmeticSurvivesAnyNumbers) {
             }
             for (const __int64 count : {__int64{0}, __int64{-5}, __int64{10}, INT64_MAX}) {
                 IndexRange range;
-                if (FindVisibleRange({a, b}, b, a, nullptr, count, &range)) {
-                    EXPECT_TRUE(range.first >= 0 && range.count >= 1 && range.count <= count - range.first);
+                const std::vector<double> values(count == 10 ? 10 : 0);
+                if (FindVisibleRange({a, b}, b, a, values, &range)) {
+                    EXPECT_TRUE(range.first >= 0 && range.count >= 1 && range.count <= 10 - range.first);
                 }
                 const PaneGrid grid = TilePanes(count, a, b, a);
                 EXPECT_TRUE(grid.columns >= 1 && grid.rows >= 1);

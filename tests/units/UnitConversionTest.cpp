@@ -31,7 +31,7 @@ void ExpectClose(double actual, double expected, double tolerance = kRoundTrip) 
 }
 
 double ByRow(UnitKind kind, double f, double o, Direction direction, double x) {
-    kvx::detail::ConvertByRow({0, 0, kind, f, o}, direction, {&x, 1});
+    kvx::detail::ConvertByRow({kNone, 0, kind, f, o}, direction, {&x, 1});
     return x;
 }
 
@@ -126,21 +126,21 @@ TEST(Conversion, SingleUnitsFollowTheirFormulaAndCompoundsTheRatiosOfTheirMember
         CUnitCtrl unit;
         double standard, viewed;
     } cases[] = {
-        {Single(0x02000003), 2.0, 120.0},                       // rpm as a frequency
-        {Single(0x18000003), 1.0, 1e4},                         // G as a magnetic flux density
-        {Single(0x06000002), 10.0, 20.0},                       // dB of an amplitude
-        {Single(0x06000003), 10.0, 10.0},                       // dB of a power
-        {Single(0x06000004), 8.0, 3.0},                         // oct
-        {Single(0x06000007), 1000.0, 3.0},                      // decade
-        {Make({kAcc, 0x010}, {kHz, 0x100}), 2.0, 2.0},          // (m/s2)2/Hz
-        {Make({kG, 0x010}, {0x02000002, 0x100}), g * g, 1000},  // g2/kHz
-        {Make({kMilliVolt}, {kG, 0x100}), 1.0, 1000 * g},       // mV/g
-        {Make({kG, 0x100}), 3.0, 3 * g},                        // 1/g
-        {Make({kMm, 0x110}), 5.0, 5e-6},                        // 1/mm2
-        {Make({0x0E000004}, {0x00030002, 0x010}), 2.0, 2e7},    // g cm2
-        {Make({kMilliVolt}, {kMm, 0x100}, {0x01000001, 0x100}, {0x0B000001}), 7.0, 7.0},
-        {Make({kMilliVolt}, {}, {0x01000001}, {0x0B000001}), 7.0, 7e9},  // the second slot empty
-        {Make({kMilliVolt}, {kCelsius, 0x100}), 2.0, 2000.0},            // a difference of temperatures
+        {Single(kRevolutionPerMinuteFrequency), 2.0, 120.0},         // rpm as a frequency
+        {Single(kGaussSymbol), 1.0, 1e4},                            // G as a magnetic flux density
+        {Single(kAmplitudeDecibel), 10.0, 20.0},                     // dB of an amplitude
+        {Single(kPowerDecibel), 10.0, 10.0},                         // dB of a power
+        {Single(kOct), 8.0, 3.0},                                    // oct
+        {Single(kDecade), 1000.0, 3.0},                              // decade
+        {Make({kAcc, kSquared}, {kHz, kDivide}), 2.0, 2.0},          // (m/s2)2/Hz
+        {Make({kG, kSquared}, {kKilohertz, kDivide}), g * g, 1000},  // g2/kHz
+        {Make({kMillivolt}, {kG, kDivide}), 1.0, 1000 * g},          // mV/g
+        {Make({kG, kDivide}), 3.0, 3 * g},                           // 1/g
+        {Make({kMm, kSquared | kDivide}), 5.0, 5e-6},                // 1/mm2
+        {Make({kGram}, {kCentimetre, kSquared}), 2.0, 2e7},          // g cm2
+        {Make({kMillivolt}, {kMm, kDivide}, {kMillisecond, kDivide}, {kMilliampere}), 7.0, 7.0},
+        {Make({kMillivolt}, {}, {kMillisecond}, {kMilliampere}), 7.0, 7e9},  // the second slot empty
+        {Make({kMillivolt}, {kDegreeCelsius, kDivide}), 2.0, 2000.0},        // a difference of temperatures
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(kvx::ToUtf8(NameOf(c.unit)));
@@ -149,7 +149,7 @@ TEST(Conversion, SingleUnitsFollowTheirFormulaAndCompoundsTheRatiosOfTheirMember
         EXPECT_EQ(c.unit.ConvDtoI(0.0, 1, 0), 0.0);
         EXPECT_TRUE(std::isnan(c.unit.ConvDtoI(kNan, 1, 0)));
     }
-    EXPECT_TRUE(std::isnan(CUnitCtrl(Unit(kVolt), Unit(0x0F000001), 1).ConvDtoI(kInf, 1, 0)))
+    EXPECT_TRUE(std::isnan(CUnitCtrl(kVolt, kNone, 1).ConvDtoI(kInf, 1, 0)))
         << "a second member counts even when it is no unit, and a ratio of infinities is no number";
 }
 
@@ -159,9 +159,9 @@ TEST(Conversion, OnlyAbsoluteTemperaturesAreShifted) {
         CUnitCtrl unit;
         double kelvin, viewed;
     } cases[] = {
-        {Single(kCelsius), 300.0, 26.85},
-        {Single(0x05000003), 373.15, 212.0},
-        {Make({kCelsius}, {0x01000001}), 300.0, 26850.0},
+        {Single(kDegreeCelsius), 300.0, 26.85},
+        {Single(kDegreeFahrenheit), 373.15, 212.0},
+        {Make({kDegreeCelsius}, {kMillisecond}), 300.0, 26850.0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(kvx::ToUtf8(NameOf(c.unit)));
@@ -191,8 +191,9 @@ void ExpectBufferBitsOfScalars(const CUnitCtrl& unit) {
 
 TEST(Conversion, BuffersHaveTheBitsOfTheScalarForm) {
     for (const CUnitCtrl& unit :
-         {Single(kAcc), Single(kG), Single(0x05000003), Single(0x06000002), Single(0x06000004),
-          Make({kG, 0x010}, {0x02000002, 0x100}), Make({kMilliVolt}, {kG, 0x100}, {0x01000001, 0x110})}) {
+         {Single(kAcc), Single(kG), Single(kDegreeFahrenheit), Single(kAmplitudeDecibel), Single(kOct),
+          Make({kG, kSquared}, {kKilohertz, kDivide}),
+          Make({kMillivolt}, {kG, kDivide}, {kMillisecond, kSquared | kDivide})}) {
         SCOPED_TRACE(kvx::ToUtf8(NameOf(unit)));
         ExpectBufferBitsOfScalars<double>(unit);
         ExpectBufferBitsOfScalars<float>(unit);
@@ -202,7 +203,7 @@ TEST(Conversion, BuffersHaveTheBitsOfTheScalarForm) {
 TEST(Conversion, FloatsAreComputedInDoubleAndRoundedOnce) {
     const float x = 0.1F;
     EXPECT_EQ(Single(kG).ConvDtoI(x, 1.0, 0), static_cast<float>(static_cast<double>(x) / 9.80665));
-    EXPECT_EQ(Single(0x00030008).ConvDtoI(1e30F, 1e-9, 0), 1e30F) << "no overflow between the steps";
+    EXPECT_EQ(Single(kNanometre).ConvDtoI(1e30F, 1e-9, 0), 1e30F) << "no overflow between the steps";
 }
 
 template <typename ArrayAndMatrix>

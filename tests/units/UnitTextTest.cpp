@@ -94,7 +94,7 @@ TEST(FindUnit, ForgivesCaseOnlyWhereNothingElseCanBeMeant) {
 }
 
 TEST(ParseUnit, ReadsCompoundsAndPrefersTheHintedDimension) {
-    constexpr std::uint32_t newton = 0x00040001, metre = 0x00030003;
+    constexpr auto newton = kNewton, metre = kMetre;
     const struct {
         const wchar_t* text;
         CUnitCtrl unit;
@@ -104,41 +104,41 @@ TEST(ParseUnit, ReadsCompoundsAndPrefersTheHintedDimension) {
         {L" 1 ", CUnitCtrl()},
         {L"g", Single(kG)},
         {L"(g)", Single(kG)},
-        {L"g2/Hz", Make({kG, 0x010}, {kHz, 0x100})},
-        {L"G\u00B2/Hz", Make({0x00010008, 0x010}, {kHz, 0x100})},
-        {L"(m/s2)2/Hz", Make({kAcc, 0x010}, {kHz, 0x100})},
-        {L"m/s2/V", Make({kAcc}, {kVolt, 0x100})},
-        {L"V/(m/s2)", Make({kVolt}, {kAcc, 0x100})},
-        {L"V/m/s2", Make({kVolt}, {metre, 0x100}, {kSec, 0x110})},
+        {L"g2/Hz", Make({kG, kSquared}, {kHz, kDivide})},
+        {L"G\u00B2/Hz", Make({kStandardGravityUppercase, kSquared}, {kHz, kDivide})},
+        {L"(m/s2)2/Hz", Make({kAcc, kSquared}, {kHz, kDivide})},
+        {L"m/s2/V", Make({kAcc}, {kVolt, kDivide})},
+        {L"V/(m/s2)", Make({kVolt}, {kAcc, kDivide})},
+        {L"V/m/s2", Make({kVolt}, {metre, kDivide}, {kSecond, kSquared | kDivide})},
         {L"V.m/s2", Make({kVolt}, {kAcc})},
-        {L"1/s", Make({kSec, 0x100})},
-        {L"1/(m/s2)2", Make({kAcc, 0x110})},
-        {L"(1/s)*V", Make({kSec, 0x100}, {kVolt})},
-        {L"V/(N/mm)", Make({kVolt}, {newton, 0x100}, {kMm})},
-        {L"(N/mm)2", Make({newton, 0x010}, {kMm, 0x110})},
-        {L"((N.s)/mm)/V", Make({newton}, {kSec}, {kMm, 0x100}, {kVolt, 0x100})},
-        {L"m s", Make({metre}, {kSec})},
-        {L"m s2", Make({metre}, {kSec, 0x010})},
-        {L"s^-1", Make({kSec, 0x100})},
-        {L"s\u207B\u00B9", Make({kSec, 0x100})},
-        {L"min-1", Make({0x01000005, 0x100})},
-        {L"g-2", Make({kG, 0x110})},
-        {L"V.(m/s2)-1", Make({kVolt}, {kAcc, 0x100})},
-        {L"m2/s4/Hz", Make({kAcc, 0x010}, {kHz, 0x100})},
-        {L"m^2 s^-4 Hz^-1", Make({kAcc, 0x010}, {kHz, 0x100})},
-        {L"V / ( m/s2 )", Make({kVolt}, {kAcc, 0x100})},
-        {L"V/A*s", Make({kVolt}, {kAmpere, 0x100}, {kSec})},  // from left to right
-        {L"(V/A) s", Make({kVolt}, {kAmpere, 0x100}, {kSec})},
+        {L"1/s", Make({kSecond, kDivide})},
+        {L"1/(m/s2)2", Make({kAcc, kSquared | kDivide})},
+        {L"(1/s)*V", Make({kSecond, kDivide}, {kVolt})},
+        {L"V/(N/mm)", Make({kVolt}, {newton, kDivide}, {kMm})},
+        {L"(N/mm)2", Make({newton, kSquared}, {kMm, kSquared | kDivide})},
+        {L"((N.s)/mm)/V", Make({newton}, {kSecond}, {kMm, kDivide}, {kVolt, kDivide})},
+        {L"m s", Make({metre}, {kSecond})},
+        {L"m s2", Make({metre}, {kSecond, kSquared})},
+        {L"s^-1", Make({kSecond, kDivide})},
+        {L"s\u207B\u00B9", Make({kSecond, kDivide})},
+        {L"min-1", Make({kMinute, kDivide})},
+        {L"g-2", Make({kG, kSquared | kDivide})},
+        {L"V.(m/s2)-1", Make({kVolt}, {kAcc, kDivide})},
+        {L"m2/s4/Hz", Make({kAcc, kSquared}, {kHz, kDivide})},
+        {L"m^2 s^-4 Hz^-1", Make({kAcc, kSquared}, {kHz, kDivide})},
+        {L"V / ( m/s2 )", Make({kVolt}, {kAcc, kDivide})},
+        {L"V/A*s", Make({kVolt}, {kAmpere, kDivide}, {kSecond})},  // from left to right
+        {L"(V/A) s", Make({kVolt}, {kAmpere, kDivide}, {kSecond})},
         {L"N.(m/s)", Make({newton}, {kVel})},
-        {L"kg m/s2", Make({0x0E000005}, {kAcc})},
-        {L"V/deg C", Make({kVolt}, {kCelsius, 0x100})},
-        {L"km/H", Make({0x0003000A}, {0x16000003, 0x100})},  // a henry as written
-        {L"rpm/m", Single(0x00070004)},
-        {L"dB", Single(0x06000002)},
-        {L"g", Single(0x0E000004), CUnitCtrl::DIM_MASS},
-        {L"rpm", Single(0x02000003), CUnitCtrl::DIM_FREQUENCY},
-        {L"PA", Single(0x00080001), CUnitCtrl::DIM_PRESSURE},  // a hint settles the case
-        {L"Hz", Single(kHz), CUnitCtrl::DIM_MASS},             // a hint forbids nothing
+        {L"kg m/s2", Make({kKilogram}, {kAcc})},
+        {L"V/deg C", Make({kVolt}, {kDegreeCelsius, kDivide})},
+        {L"km/H", Make({kKilometre}, {kHenry, kDivide})},  // a henry as written
+        {L"rpm/m", Single(kRevolutionPerMinuteSquared)},
+        {L"dB", Single(kAmplitudeDecibel)},
+        {L"g", Single(kGram), DIM_MASS},
+        {L"rpm", Single(kRevolutionPerMinuteFrequency), DIM_FREQUENCY},
+        {L"PA", Single(kPascal), DIM_PRESSURE},  // a hint settles the case
+        {L"Hz", Single(kHz), DIM_MASS},          // a hint forbids nothing
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(kvx::ToUtf8(c.text));
@@ -163,9 +163,9 @@ TEST(ParseUnit, RefusesWhatItCannotRead) {
 
 TEST(PlainUnitName, HasNoMarkup) {
     EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl()), L"");
-    EXPECT_EQ(kvx::PlainUnitName(Make({0x00010004, 0x010}, {0x02000001, 0x100})), L"(m/s2)2/Hz");
-    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(Unit(0x0F000001), Unit(0x02000001), 1)), L"1/Hz");
-    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(Unit(0x0F000001), Unit(0x02000001), 0)), L"Hz");
+    EXPECT_EQ(kvx::PlainUnitName(Make({kMetrePerSecondSquared, kSquared}, {kHertz, kDivide})), L"(m/s2)2/Hz");
+    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(kNone, kHertz, 1)), L"1/Hz");
+    EXPECT_EQ(kvx::PlainUnitName(CUnitCtrl(kNone, kHertz, 0)), L"Hz");
 }
 
 /// What the name of `unit` reads as, which has that name again; parentheses around all of it go.
@@ -183,22 +183,22 @@ void ExpectReadsBack(const CUnitCtrl& unit) {
     const CUnitCtrl back = ReadBack(unit);
     EXPECT_TRUE(back == unit) << kvx::ToUtf8(kvx::PlainUnitName(unit));
     // The two dB rows share name and dimension; what is read back is the first.
-    if (InfoOf(unit).members[0].unit == 0x06000003) return;
+    if (InfoOf(unit).members[0].unit == kPowerDecibel) return;
     EXPECT_EQ(back.ConvDtoI(8.5, 1, 1), unit.ConvDtoI(8.5, 1, 1));
 }
 
 TEST(PlainUnitName, OfEveryUnitAndEveryFormOfCompoundReadsBack) {
     for (const CUnitCtrl& unit : AllUnits()) ExpectReadsBack(unit);
-    const std::uint32_t units[] = {kAcc, kMmPerSec, 0x12000001, kHz, 0x0C000003, 0x05000001};
-    const std::uint32_t flags[] = {0x001, 0x010, 0x100, 0x110};
-    for (const std::uint32_t first : units) {
-        for (const std::uint32_t second : units) {
-            for (const std::uint32_t flag1 : flags) {
+    const CUnitCtrl::UNIT_CODE units[] = {kAcc, kMmPerSec, kNewtonMetre, kHz, kKilohm, kKelvin};
+    const CUnitCtrl::UNIT_CALC flags[] = {CUnitCtrl::CALC_PLAIN, kSquared, kDivide, kSquared | kDivide};
+    for (const CUnitCtrl::UNIT_CODE first : units) {
+        for (const CUnitCtrl::UNIT_CODE second : units) {
+            for (const CUnitCtrl::UNIT_CALC flag1 : flags) {
                 ExpectReadsBack(Make({first, flag1}));
-                for (const std::uint32_t flag2 : flags) {
-                    const MemberValue a{first, flag1}, b{second, flag2};
+                for (const CUnitCtrl::UNIT_CALC flag2 : flags) {
+                    const kvx::UnitPart a{first, flag1}, b{second, flag2};
                     ExpectReadsBack(Make(a, b));
-                    ExpectReadsBack(Make(a, b, {kMilliVolt, flag1}, {0x01000001, flag2}));
+                    ExpectReadsBack(Make(a, b, {kMillivolt, flag1}, {kMillisecond, flag2}));
                 }
             }
         }
@@ -211,8 +211,8 @@ TEST(PlainUnitName, OfEveryPairOfUnitsReadsBack) {
             for (const int divide : {0, 1}) ReadBack(CUnitCtrl(a, b, divide));
         }
     }
-    for (const std::uint32_t flags : {0x010u, 0x100u, 0x110u})
-        ReadBack(Make({0x0F000001, flags}, {kHz, 0x100}));
+    for (const auto flags : {kSquared, kDivide, kSquared | kDivide})
+        ReadBack(Make({kNone, flags}, {kHz, kDivide}));
 }
 
 }  // namespace

@@ -6,54 +6,44 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-inline CUnitCtrl::UNIT_CODE Unit(std::uint32_t code) {
-    return static_cast<CUnitCtrl::UNIT_CODE>(code);
-}
-inline CUnitCtrl::UNIT_CALC Calc(std::uint32_t flags) {
-    return static_cast<CUnitCtrl::UNIT_CALC>(flags);
-}
-inline CUnitCtrl::DIM_CODE Dim(std::uint32_t code) {
-    return static_cast<CUnitCtrl::DIM_CODE>(code);
-}
+using namespace kvx::units;
+using enum CUnitCtrl::DIM_CODE;
 
-struct MemberValue {
-    std::uint32_t unit = 0x0F000001;
-    std::uint32_t calc = 0x001;
-    bool operator==(const MemberValue&) const = default;
-};
+// Units and flags that many tests take, in short.
+inline constexpr auto kAcc = kMetrePerSecondSquared, kG = kStandardGravity, kMmPerSec = kMillimetrePerSecond,
+                      kVel = kMetrePerSecond, kMm = kMillimetre, kHz = kHertz;
+inline constexpr auto kSquared = CUnitCtrl::CALC_SQUARED, kDivide = CUnitCtrl::CALC_DIVIDE;
 
-// Units that many tests take, by their names.
-inline constexpr std::uint32_t kAcc = 0x00010004, kG = 0x00010007, kMmPerSec = 0x00020001, kVel = 0x00020004,
-                               kMm = 0x00030001, kSec = 0x01000003, kHz = 0x02000001, kMilliVolt = 0x04000001,
-                               kVolt = 0x04000002, kCelsius = 0x05000002, kAmpere = 0x0B000002;
+// Codes that are not in the tables.
+inline constexpr auto kUnknownUnit = CUnitCtrl::UNIT_CODE{0x00010063};
+inline constexpr auto kUnknownDimension = CUnitCtrl::DIM_CODE{0x19000000};
 
 /// A descriptor built from all four members.
-inline CUnitCtrl Make(MemberValue a, MemberValue b = {}, MemberValue c = {}, MemberValue d = {}) {
-    return {Unit(a.unit), Calc(a.calc), Unit(b.unit), Calc(b.calc),
-            Unit(c.unit), Calc(c.calc), Unit(d.unit), Calc(d.calc)};
+inline CUnitCtrl Make(kvx::UnitPart a, kvx::UnitPart b = {}, kvx::UnitPart c = {}, kvx::UnitPart d = {}) {
+    return {a.unit, a.calc, b.unit, b.calc, c.unit, c.calc, d.unit, d.calc};
 }
 
-inline CUnitCtrl Single(std::uint32_t unit) {
+inline CUnitCtrl Single(CUnitCtrl::UNIT_CODE unit) {
     return Make({unit});
 }
 
 struct Info {
-    MemberValue members[4];
+    kvx::UnitPart members[4];
     int single = 1;
     bool operator==(const Info&) const = default;
 };
 
 inline Info InfoOf(const CUnitCtrl& unit) {
-    CUnitCtrl::UNIT_CODE u[4];
-    CUnitCtrl::UNIT_CALC c[4];
-    int single = -1;
-    unit.GetInfo(&u[0], &c[0], &single, &u[1], &c[1], &u[2], &c[2], &u[3], &c[3]);
-    return {{{u[0], c[0]}, {u[1], c[1]}, {u[2], c[2]}, {u[3], c[3]}}, single};
+    Info info;
+    auto& [a, b, c, d] = info.members;
+    unit.GetInfo(&a.unit, &a.calc, &info.single, &b.unit, &b.calc, &c.unit, &c.calc, &d.unit, &d.calc);
+    return info;
 }
 
 inline std::wstring NameOf(const CUnitCtrl& unit) {
@@ -68,19 +58,46 @@ inline std::vector<CUnitCtrl> UnitsOf(const CUnitCtrlList& list) {
     return units;
 }
 
-/// Every dimension code, in the order of the selection lists.
-inline const std::vector<std::uint32_t> kDimensions = {
-    0x00010000, 0x00020000, 0x00030000, 0x00040000, 0x00050000, 0x00060000, 0x00070000, 0x00080000,
-    0x01000000, 0x02000000, 0x03000000, 0x04000000, 0x05000000, 0x06000000, 0x07000000, 0x08000000,
-    0x0A000000, 0x0B000000, 0x0C000000, 0x0D000000, 0x0E000000, 0x10000000, 0x11000000, 0x12000000,
-    0x13000000, 0x14000000, 0x15000000, 0x16000000, 0x17000000, 0x18000000, 0x09000000, 0x0F000000};
+/// Every dimension, in the order of the selection lists.
+inline const std::vector<CUnitCtrl::DIM_CODE> kDimensions = {DIM_ACCELERATION,
+                                                             DIM_VELOCITY,
+                                                             DIM_DISPLACEMENT,
+                                                             DIM_FORCE,
+                                                             DIM_STRAIN,
+                                                             DIM_ANGULAR_VELOCITY,
+                                                             DIM_ANGULAR_ACCELERATION,
+                                                             DIM_PRESSURE,
+                                                             DIM_TIME,
+                                                             DIM_FREQUENCY,
+                                                             DIM_CHARGE,
+                                                             DIM_VOLTAGE,
+                                                             DIM_TEMPERATURE,
+                                                             DIM_RATIO,
+                                                             DIM_ANGLE,
+                                                             DIM_CYCLES,
+                                                             DIM_COUNT,
+                                                             DIM_CURRENT,
+                                                             DIM_RESISTANCE,
+                                                             DIM_STANDARD_DEVIATION,
+                                                             DIM_MASS,
+                                                             DIM_HEAT,
+                                                             DIM_POWER,
+                                                             DIM_TORQUE,
+                                                             DIM_MOMENT_OF_INERTIA,
+                                                             DIM_CAPACITANCE,
+                                                             DIM_CONDUCTANCE,
+                                                             DIM_INDUCTANCE,
+                                                             DIM_MAGNETIC_FLUX,
+                                                             DIM_MAGNETIC_FLUX_DENSITY,
+                                                             DIM_ENGINEERING_UNIT,
+                                                             DIM_NONE};
 
 /// Every unit of the table.
 inline std::vector<CUnitCtrl> AllUnits() {
     std::vector<CUnitCtrl> all;
     CUnitCtrlList list;
-    for (const std::uint32_t dim : kDimensions) {
-        list.MakeSingleUnitListByDimCode(Dim(dim));
+    for (const CUnitCtrl::DIM_CODE dim : kDimensions) {
+        list.MakeSingleUnitListByDimCode(dim);
         for (const CUnitCtrl& unit : UnitsOf(list)) all.push_back(unit);
     }
     return all;

@@ -30,7 +30,7 @@ TEST(ValConv, GainsAndTextFollowTheSuffix) {
         {CValConv::SUFFIX_RMS, L"mm/s#l rms#n", 1.0},
     };
     for (const auto& [suffix, text, toDisplay] : cases) {
-        const CValConv converter(Unit(kMmPerSec), suffix);
+        const CValConv converter(kMmPerSec, suffix);
         CString unit;
         EXPECT_EQ(converter.GetUnitString(&unit), 1);
         EXPECT_EQ(unit, text);
@@ -54,7 +54,7 @@ TEST(ValConv, GainsAndTextFollowTheSuffix) {
 }
 
 TEST(ValConv, AnUnknownSuffixChangesNothing) {
-    CValConv converter(Unit(kMmPerSec), CValConv::SUFFIX_PEAK_TO_PEAK);
+    CValConv converter(kMmPerSec, CValConv::SUFFIX_PEAK_TO_PEAK);
     for (const std::uint32_t suffix : {0U, 5U}) {
         EXPECT_EQ(converter.SetUnitSuffix(static_cast<Suffix>(suffix)), 0);
         EXPECT_EQ(CValConv(CUnitCtrl(), static_cast<Suffix>(suffix)).GetUnitSuffix(), CValConv::SUFFIX_NONE);
@@ -64,39 +64,44 @@ TEST(ValConv, AnUnknownSuffixChangesNothing) {
 }
 
 TEST(ValConv, EachDimensionHasItsCustomarySuffix) {
-    for (const std::uint32_t dim : kDimensions) {
-        const int expected = dim <= 0x00020000 ? 2 : dim == 0x00030000 ? 3 : 1;
-        EXPECT_EQ(CValConv::GetUnitSuffixCode(Dim(dim)), expected) << dim;
+    for (const CUnitCtrl::DIM_CODE dim : kDimensions) {
+        const int expected = dim <= DIM_VELOCITY ? 2 : dim == DIM_DISPLACEMENT ? 3 : 1;
+        EXPECT_EQ(CValConv::GetUnitSuffixCode(dim), expected) << dim;
     }
 }
 
 TEST(ValConv, FewUnitsBringAFormatOfTheirOwn) {
-    const std::pair<std::uint32_t, const wchar_t*> cases[] = {
-        {0x02000003, L"%.2f"},  {kMilliVolt, L"%.1f"},  {0x06000001, L""}, {0x06000002, L"%6.2f"},
-        {0x06000003, L"%6.2f"}, {0x07000002, L"%6.2f"}, {0x07000001, L""}, {kG, L""}};
+    const std::pair<CUnitCtrl::UNIT_CODE, const wchar_t*> cases[] = {{kRevolutionPerMinuteFrequency, L"%.2f"},
+                                                                     {kMillivolt, L"%.1f"},
+                                                                     {kPercent, L""},
+                                                                     {kAmplitudeDecibel, L"%6.2f"},
+                                                                     {kPowerDecibel, L"%6.2f"},
+                                                                     {kDegree, L"%6.2f"},
+                                                                     {kRadian, L""},
+                                                                     {kG, L""}};
     for (const auto& [unit, format] : cases)
-        EXPECT_EQ(CValConv(Unit(unit), CValConv::SUFFIX_NONE).GetFmt(), format) << unit;
-    for (const std::uint32_t unit : {kHz, 0x07000002u})
-        EXPECT_EQ(CValConv(Make({unit}, {kSec}), CValConv::SUFFIX_NONE).GetFmt(), L"") << unit;
+        EXPECT_EQ(CValConv(unit, CValConv::SUFFIX_NONE).GetFmt(), format) << unit;
+    for (const CUnitCtrl::UNIT_CODE unit : {kHz, kDegree})
+        EXPECT_EQ(CValConv(Make({unit}, {kSecond}), CValConv::SUFFIX_NONE).GetFmt(), L"") << unit;
 }
 
 TEST(ValConv, AFormatOnceSetStays) {
     CValConv converter;
-    EXPECT_EQ(converter.SetUnitCode(Unit(kHz)), 1);
+    EXPECT_EQ(converter.SetUnitCode(kHz), 1);
     EXPECT_EQ(Shown(converter, 50.0), L"50.00 Hz");
     EXPECT_EQ(converter.SetFmt(nullptr), 0);
-    EXPECT_EQ(converter.SetUnitCode(Unit(kMilliVolt)), 1);
+    EXPECT_EQ(converter.SetUnitCode(kMillivolt), 1);
     EXPECT_EQ(Shown(converter, 0.5), L"500.00 mV");
     EXPECT_EQ(converter.SetFmt(L"%g"), 1);
-    EXPECT_EQ(converter.SetUnitCode(Unit(kHz)), 1);
+    EXPECT_EQ(converter.SetUnitCode(kHz), 1);
     EXPECT_EQ(Shown(converter, 50.0), L"50 Hz");
     EXPECT_EQ(converter.SetFmt(L""), 1);
-    EXPECT_EQ(converter.SetUnitCode(Unit(0x07000002)), 1);
+    EXPECT_EQ(converter.SetUnitCode(kDegree), 1);
     EXPECT_EQ(Shown(converter, 0.0), L"  0.00 degree");
 }
 
 TEST(ValConv, ValueAndUnitCanBeHadApart) {
-    const CValConv converter(Unit(kMmPerSec), CValConv::SUFFIX_RMS);
+    const CValConv converter(kMmPerSec, CValConv::SUFFIX_RMS);
     CString value;
     CString unit;
     EXPECT_EQ(converter.ConvDataToString(0.0005, &value, &unit, "de_DE"), 1);
@@ -109,7 +114,7 @@ TEST(ValConv, ValueAndUnitCanBeHadApart) {
 }
 
 TEST(ValConv, OnlyAbsoluteTemperaturesAreShifted) {
-    const CValConv converter(Unit(kCelsius), CValConv::SUFFIX_NONE);
+    const CValConv converter(kDegreeCelsius, CValConv::SUFFIX_NONE);
     CString text;
     EXPECT_EQ(Shown(converter, 20.0), L"20 \uFF9FC");
     EXPECT_EQ(converter.ConvTempDataToString(293.15, &text), 1);

@@ -10,6 +10,7 @@
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/graph/ScaleParam.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 #include <plot/Graph.h>
 
 #include "DataFiles.h"
@@ -39,7 +40,7 @@ struct FigureChoice {
 FigureChoice ResolveFigure(const AxisChoice& x, const AxisChoice& y, const std::string& unit);
 
 /// Units in which the axes are shown.
-inline constexpr auto kAxisSeconds = static_cast<CUnitCtrl::UNIT_CODE>(0x01000003);
+inline constexpr auto kAxisSeconds = units::kSecond;
 
 CGraphParam::DATA_KIND DataKindOf(const CComDataBase& record);
 

@@ -11,8 +11,10 @@
 #include <vector>
 
 #include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 
 #include "Blocks.h"
 #include "Commands.h"
@@ -85,7 +87,8 @@ CComDataSpecA AnalyseSlices(const CComDataBase& record, const Channel& channel, 
     for (__int64 slice = 0; slice < slicing.count; ++slice) {
         double* row = slices.GetReal(slice, 0);
         if (row == nullptr || !average.Begin(window, slicing.cut.overlap)) throw std::bad_alloc();
-        average.Add(samples.GetData() + slicing.Start(slice), slicing.Length());
+        average.Add(Samples(samples).subspan(static_cast<std::size_t>(slicing.Start(slice)),
+                                             static_cast<std::size_t>(slicing.Length())));
         const int isDone = options.isDensity ? average.GetPsd(rateHz, &lines) : average.GetAmplitude(&lines);
         if (!isDone) throw std::bad_alloc();
         RequireNumbers(lines, channel.name);
@@ -100,7 +103,7 @@ AxisRange ReachOfLevels(const CComDataBase& slices) {
     RangeScan<double> scan;
     // The line at 0 Hz, which is not drawn, is left out.
     for (__int64 slice = 0; slice < slices.GetNumRow(); ++slice)
-        scan.Add(slices.GetReal(slice, 0) + 1, slices.GetNsamp() - 1);
+        scan.Add(Samples(slices, slice, 0).subspan(1));
     AxisRange reach;
     scan.Write(nullptr, &reach.high, &reach.low);
     return reach;

@@ -119,7 +119,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
         if (samples.GetNum() == 0) throw std::bad_alloc();
         std::uint32_t seed = options.seed;
         RequireSignal(target.profile, rate);
-        if (!GenerateRandomWave(&samples, target.profile, settings, &seed)) throw std::bad_alloc();
+        if (!GenerateRandomWave(samples, target.profile, settings, &seed)) throw std::bad_alloc();
         const double rms = samples.CalcRms(0, 0);
         const double peak = samples.GetAbsMax(0, 0);
         if (!(rms > 0.0) || !std::isfinite(rms))

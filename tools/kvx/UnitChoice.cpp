@@ -7,6 +7,7 @@
 
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/ItemInfo.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 #include "Failure.h"
@@ -149,7 +150,7 @@ Heading ParseHeading(std::wstring_view text) {
 }
 
 std::optional<CUnitCtrl> DensityUnit(const CUnitCtrl& unit) {
-    constexpr auto kHertz = static_cast<CUnitCtrl::UNIT_CODE>(0x02000001);
+    using units::kHertz;
     CUnitCtrl::UNIT_CODE code = CUnitCtrl::UNIT_NONE;
     CUnitCtrl::UNIT_CALC calc = CUnitCtrl::CALC_PLAIN;
     unit.GetInfo(&code, &calc, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);

@@ -128,10 +128,7 @@ void LoadSamples(CArchive& archive, RecordGeneration generation, double* samples
     for (__int64 done = 0; done < count;) {
         const auto piece = std::min(static_cast<std::size_t>(count - done), narrow.size());
         archive.ReadNumbers(narrow.data(), piece);
-        for (std::size_t i = 0; i < piece; ++i) {
-            samples[done++] =
-                narrow[i] == kNoValue<float> ? kNoValue<double> : static_cast<double>(narrow[i]);
-        }
+        for (std::size_t i = 0; i < piece; ++i) samples[done++] = WidenedSample(narrow[i]);
     }
 }
 

@@ -9,7 +9,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
@@ -25,7 +24,7 @@ inline constexpr std::size_t kConversionBlock = 1024;
 /// A member of a descriptor as a conversion needs it.
 struct ConversionStep {
     UnitRow row;
-    std::uint32_t calc;
+    CUnitCtrl::UNIT_CALC calc;
 };
 
 // The quotient is formed first and dropped afterwards: a choice between two values vectorises, a branch does

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <span>
 
+#include <KvxDevCommon01/units/UnitCtrl.h>
+
 namespace kvx::detail {
 
 /// How a unit's value y follows from the value x in the standard unit of its dimension, with factor f and
@@ -27,7 +29,7 @@ enum class UnitKind : std::uint8_t {
 };
 
 struct UnitRow {
-    std::uint32_t code;   ///< dimension plus 1-based unit number
+    CUnitCtrl::UNIT_CODE code;
     unsigned int nameId;  ///< display name in the string table
     UnitKind kind;
     double factor = 1.0;
@@ -35,30 +37,27 @@ struct UnitRow {
 };
 
 struct DimensionRow {
-    std::uint32_t code;
-    std::uint32_t standardUnit;
+    CUnitCtrl::DIM_CODE code;
+    CUnitCtrl::UNIT_CODE standardUnit;
     bool controlAvailable;
     bool measurementAvailable;
     unsigned int nameId;
 };
 
-/// The code of no unit, present in the table.
-inline constexpr std::uint32_t kNoUnit = 0x0F000001;
-
-constexpr std::uint32_t DimensionOf(std::uint32_t unitCode) {
-    return unitCode & 0xFFFF0000;
+constexpr CUnitCtrl::DIM_CODE DimensionOf(CUnitCtrl::UNIT_CODE unit) {
+    return CUnitCtrl::DIM_CODE{unit & 0xFFFF0000};
 }
 
 /// All units, ascending by code.
 std::span<const UnitRow> Units();
 /// The units of a dimension, ascending by code; empty for an unknown one.
-std::span<const UnitRow> UnitsOfDimension(std::uint32_t dimension);
+std::span<const UnitRow> UnitsOfDimension(CUnitCtrl::DIM_CODE dimension);
 /// The row of a unit; null for an unknown code.
-const UnitRow* FindUnitRow(std::uint32_t code);
+const UnitRow* FindUnitRow(CUnitCtrl::UNIT_CODE code);
 
 /// All dimensions, in the order in which selection lists offer them.
 std::span<const DimensionRow> Dimensions();
 /// The row of a dimension; null for an unknown code.
-const DimensionRow* FindDimensionRow(std::uint32_t code);
+const DimensionRow* FindDimensionRow(CUnitCtrl::DIM_CODE code);
 
 }  // namespace kvx::detail
