@@ -33,7 +33,7 @@ bool IsRegularFile(const std::string& path) {
 std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const RecordingOptions& options,
                                           bool isForSound, Progress& progress) {
     if (IsRegularFile(path)) {
-        InputFile(WidePath(path));  // a file that cannot be read is told as such
+        const InputFile readable(WidePath(path));  // a file that cannot be read is told as such
         if (std::unique_ptr<RecordingReader> sound = OpenSoundFile(path)) return sound;
     }
     if (options.fullScale && !isForSound) throw Reason("--full-scale is for sound files");
