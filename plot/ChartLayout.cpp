@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/ChartLayout.h>
+#include <KvxPlot01/ChartLayout.h>
 
 #include <algorithm>
 #include <array>

@@ -12,8 +12,8 @@
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/graph/PaneLayout.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <plot/CanvasRegion.h>
-#include <plot/DepthGraph.h>
+#include <KvxPlot01/CanvasRegion.h>
+#include <KvxPlot01/DepthGraph.h>
 
 #include "Failure.h"
 #include "Format.h"

@@ -10,7 +10,7 @@
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/graph/ScaleParam.h>
-#include <plot/Graph.h>
+#include <KvxPlot01/Graph.h>
 
 #include "DataFiles.h"
 #include "PictureChoice.h"
