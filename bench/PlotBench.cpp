@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Graph.h>
-#include <plot/Picture.h>
+#include <KvxPlot01/Graph.h>
+#include <KvxPlot01/Picture.h>
 
 #include <benchmark/benchmark.h>
 

@@ -11,8 +11,8 @@ install(EXPORT KvxDevCommon01Targets NAMESPACE KvxDevCommon01:: DESTINATION ${pa
 if(TARGET KvxPlot01)
     # An export of its own: programs without plots need nothing of what it stands on.
     install(TARGETS KvxPlot01 EXPORT KvxPlot01Targets
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvxPlot01
-        FILE_SET generated_headers DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvxPlot01)
+        FILE_SET HEADERS
+        FILE_SET generated_headers)
     install(EXPORT KvxPlot01Targets NAMESPACE KvxDevCommon01:: DESTINATION ${package_dir})
 endif()
 

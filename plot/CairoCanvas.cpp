@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/CairoCanvas.h>
+#include <KvxPlot01/CairoCanvas.h>
 
 #include <pango/pangocairo.h>
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include <plot/detail/Markup.h>
+#include <KvxPlot01/detail/Markup.h>
 
 namespace kvx::plot {
 namespace {

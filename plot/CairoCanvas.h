@@ -6,8 +6,8 @@
 
 #include <memory>
 
-#include <plot/Canvas.h>
-#include <plot/Export.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Export.h>
 
 extern "C" {
 typedef struct _cairo cairo_t;

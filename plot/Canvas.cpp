@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Canvas.h>
+#include <KvxPlot01/Canvas.h>
 
 namespace kvx::plot {
 

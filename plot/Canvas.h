@@ -11,8 +11,8 @@
 #include <string_view>
 
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/CanvasRegion.h>
+#include <KvxPlot01/CanvasRegion.h>
 
 namespace kvx::plot {
 

@@ -3,9 +3,9 @@
 // CanvasRegion: a part of a canvas as a canvas of its own, for what draws over a whole canvas.
 #pragma once
 
-#include <plot/Canvas.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

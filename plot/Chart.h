@@ -12,9 +12,9 @@
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/GraphColorInfo.h>
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
-#include <plot/Curve.h>
-#include <plot/Geometry.h>
-#include <plot/Ticks.h>
+#include <KvxPlot01/Curve.h>
+#include <KvxPlot01/Geometry.h>
+#include <KvxPlot01/Ticks.h>
 
 namespace kvx::plot {
 

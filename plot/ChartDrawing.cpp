@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include <plot/ChartDrawing.h>
+#include <KvxPlot01/ChartDrawing.h>
 
 #include <algorithm>
 #include <optional>
 #include <vector>
 
-#include <plot/Curve.h>
-#include <plot/LineLook.h>
-#include <plot/detail/FineLines.h>
+#include <KvxPlot01/Curve.h>
+#include <KvxPlot01/LineLook.h>
+#include <KvxPlot01/detail/FineLines.h>
 
 namespace kvx::plot {
 namespace {

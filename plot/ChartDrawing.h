@@ -4,10 +4,10 @@
 // plot: the ground, then the inside confined to the plot's rectangle, then the frame.
 #pragma once
 
-#include <plot/Canvas.h>
-#include <plot/Chart.h>
-#include <plot/ChartLayout.h>
-#include <plot/Export.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Chart.h>
+#include <KvxPlot01/ChartLayout.h>
+#include <KvxPlot01/Export.h>
 
 namespace kvx::plot {
 

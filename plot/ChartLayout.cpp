@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/ChartLayout.h>
+#include <KvxPlot01/ChartLayout.h>
 
 #include <algorithm>
 #include <array>
@@ -334,8 +334,10 @@ private:
         }
         legend = OnPixels(legend);
         for (std::size_t i = 0; i < named_.size(); ++i) {
-            const double left = legend.left + padding + static_cast<double>(i / perColumn_) * cellWidth_;
-            const double top = legend.top + padding + static_cast<double>(i % perColumn_) * kEntry * letters;
+            const std::size_t column = i / perColumn_;
+            const std::size_t row = i % perColumn_;
+            const double left = legend.left + padding + static_cast<double>(column) * cellWidth_;
+            const double top = legend.top + padding + static_cast<double>(row) * kEntry * letters;
             LegendEntry entry;
             entry.curve = named_[i];
             entry.sample = {left + kGap * letters, top, left + (kGap + kSample) * letters,

@@ -11,10 +11,10 @@
 #include <vector>
 
 #include <KvxDevCommon01/graph/AxisMapping.h>
-#include <plot/Canvas.h>
-#include <plot/Chart.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Chart.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

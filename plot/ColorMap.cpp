@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/ColorMap.h>
+#include <KvxPlot01/ColorMap.h>
 
 #include <algorithm>
 #include <cmath>
@@ -9,12 +9,12 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/DataArray.h>
-#include <plot/ChartDrawing.h>
-#include <plot/ChartLayout.h>
-#include <plot/ValueColors.h>
-#include <plot/detail/FineLines.h>
-#include <plot/detail/ShownValues.h>
-#include <plot/detail/SliceAxisLayout.h>
+#include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/ChartLayout.h>
+#include <KvxPlot01/ValueColors.h>
+#include <KvxPlot01/detail/FineLines.h>
+#include <KvxPlot01/detail/ShownValues.h>
+#include <KvxPlot01/detail/SliceAxisLayout.h>
 
 namespace kvx::plot {
 namespace {

@@ -9,12 +9,12 @@
 
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/platform/Types.h>
-#include <plot/Canvas.h>
-#include <plot/Chart.h>
-#include <plot/Curve.h>
-#include <plot/DepthChart.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Chart.h>
+#include <KvxPlot01/Curve.h>
+#include <KvxPlot01/DepthChart.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

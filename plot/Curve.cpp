@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Curve.h>
+#include <KvxPlot01/Curve.h>
 
 #include <algorithm>
 #include <array>
@@ -10,8 +10,8 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/DataArray.h>
-#include <plot/detail/ShownValues.h>
-#include <plot/detail/VisibleSamples.h>
+#include <KvxPlot01/detail/ShownValues.h>
+#include <KvxPlot01/detail/VisibleSamples.h>
 
 namespace kvx::plot {
 namespace {

@@ -7,8 +7,8 @@
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/ValConv.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

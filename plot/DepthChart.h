@@ -11,8 +11,8 @@
 
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
 #include <KvxDevCommon01/platform/Types.h>
-#include <plot/Chart.h>
-#include <plot/Curve.h>
+#include <KvxPlot01/Chart.h>
+#include <KvxPlot01/Curve.h>
 
 namespace kvx::plot {
 

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include <plot/DepthGraph.h>
+#include <KvxPlot01/DepthGraph.h>
 
 #include <algorithm>
 #include <utility>
 
-#include <plot/ChartDrawing.h>
-#include <plot/ColorMap.h>
-#include <plot/DepthChart.h>
-#include <plot/LineLook.h>
-#include <plot/Waterfall.h>
-#include <plot/detail/GraphAxis.h>
-#include <plot/detail/SeriesSetting.h>
-#include <plot/detail/ShownValues.h>
+#include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/ColorMap.h>
+#include <KvxPlot01/DepthChart.h>
+#include <KvxPlot01/LineLook.h>
+#include <KvxPlot01/Waterfall.h>
+#include <KvxPlot01/detail/GraphAxis.h>
+#include <KvxPlot01/detail/SeriesSetting.h>
+#include <KvxPlot01/detail/ShownValues.h>
 
 namespace kvx::plot {
 namespace {

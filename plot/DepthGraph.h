@@ -4,9 +4,9 @@
 // samples of all slices become depth charts in panes.
 #pragma once
 
-#include <plot/Canvas.h>
-#include <plot/Export.h>
-#include <plot/Graph.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Graph.h>
 
 namespace kvx::plot {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Geometry.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-#include <plot/Export.h>
+#include <KvxPlot01/Export.h>
 
 namespace kvx::plot {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Graph.h>
+#include <KvxPlot01/Graph.h>
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +7,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/graph/PaneLayout.h>
-#include <plot/ChartDrawing.h>
+#include <KvxPlot01/ChartDrawing.h>
 
 namespace kvx::plot {
 namespace {

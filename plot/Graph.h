@@ -7,11 +7,11 @@
 #include <optional>
 #include <vector>
 
-#include <plot/Canvas.h>
-#include <plot/ChartLayout.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
-#include <plot/GraphCharts.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/ChartLayout.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
+#include <KvxPlot01/GraphCharts.h>
 
 namespace kvx::plot {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/GraphCharts.h>
+#include <KvxPlot01/GraphCharts.h>
 
 #include <algorithm>
 #include <cmath>
@@ -10,11 +10,11 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
-#include <plot/LineLook.h>
-#include <plot/PeakMarks.h>
-#include <plot/detail/GraphAxis.h>
-#include <plot/detail/SeriesSetting.h>
-#include <plot/detail/ShownValues.h>
+#include <KvxPlot01/LineLook.h>
+#include <KvxPlot01/PeakMarks.h>
+#include <KvxPlot01/detail/GraphAxis.h>
+#include <KvxPlot01/detail/SeriesSetting.h>
+#include <KvxPlot01/detail/ShownValues.h>
 
 namespace kvx::plot {
 namespace {

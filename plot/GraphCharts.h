@@ -15,8 +15,8 @@
 #include <KvxDevCommon01/graph/ScaleParam.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/ValConv.h>
-#include <plot/Chart.h>
-#include <plot/Export.h>
+#include <KvxPlot01/Chart.h>
+#include <KvxPlot01/Export.h>
 
 namespace kvx::plot {
 

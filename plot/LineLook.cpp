@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/LineLook.h>
+#include <KvxPlot01/LineLook.h>
 
 #include <cmath>
 #include <cstdint>

@@ -5,9 +5,9 @@
 
 #include <KvxDevCommon01/graph/GraphColorInfo.h>
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
-#include <plot/Canvas.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include <plot/PeakMarks.h>
+#include <KvxPlot01/PeakMarks.h>
 
 #include <algorithm>
 #include <utility>
 
 #include <KvxDevCommon01/dsp/MatBasic.h>
-#include <plot/detail/VisibleSamples.h>
+#include <KvxPlot01/detail/VisibleSamples.h>
 
 namespace kvx::plot {
 namespace {

@@ -9,8 +9,8 @@
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/GraphConfigInfo.h>
 #include <KvxDevCommon01/platform/Types.h>
-#include <plot/Curve.h>
-#include <plot/Export.h>
+#include <KvxPlot01/Curve.h>
+#include <KvxPlot01/Export.h>
 
 namespace kvx::plot {
 

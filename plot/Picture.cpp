@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Picture.h>
+#include <KvxPlot01/Picture.h>
 
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
@@ -14,9 +14,9 @@
 #include <utility>
 
 #include <KvxDevCommon01/platform/File.h>
-#include <plot/CairoCanvas.h>
-#include <plot/detail/JpegEncoder.h>
-#include <plot/detail/PngResolution.h>
+#include <KvxPlot01/CairoCanvas.h>
+#include <KvxPlot01/detail/JpegEncoder.h>
+#include <KvxPlot01/detail/PngResolution.h>
 
 namespace kvx::plot {
 namespace {

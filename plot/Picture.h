@@ -11,9 +11,9 @@
 
 #include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <plot/Canvas.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

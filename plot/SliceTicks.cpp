@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/SliceTicks.h>
+#include <KvxPlot01/SliceTicks.h>
 
 #include <algorithm>
 #include <cmath>

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include <KvxDevCommon01/platform/Types.h>
-#include <plot/DepthChart.h>
-#include <plot/Export.h>
+#include <KvxPlot01/DepthChart.h>
+#include <KvxPlot01/Export.h>
 
 namespace kvx::plot {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include <KvxDevCommon01/graph/AxisMapping.h>
-#include <plot/Export.h>
+#include <KvxPlot01/Export.h>
 
 namespace kvx::plot {
 

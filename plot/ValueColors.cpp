@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/ValueColors.h>
+#include <KvxPlot01/ValueColors.h>
 
 #include <algorithm>
 #include <cmath>

@@ -10,7 +10,7 @@
 #include <cstddef>
 
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
-#include <plot/Export.h>
+#include <KvxPlot01/Export.h>
 
 namespace kvx::plot {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Waterfall.h>
+#include <KvxPlot01/Waterfall.h>
 
 #include <algorithm>
 #include <cmath>
@@ -7,12 +7,12 @@
 #include <utility>
 
 #include <KvxDevCommon01/graph/GraphLineInfo.h>
-#include <plot/ChartDrawing.h>
-#include <plot/ChartLayout.h>
-#include <plot/Curve.h>
-#include <plot/LineLook.h>
-#include <plot/detail/FineLines.h>
-#include <plot/detail/SliceAxisLayout.h>
+#include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/ChartLayout.h>
+#include <KvxPlot01/Curve.h>
+#include <KvxPlot01/LineLook.h>
+#include <KvxPlot01/detail/FineLines.h>
+#include <KvxPlot01/detail/SliceAxisLayout.h>
 
 namespace kvx::plot {
 namespace {

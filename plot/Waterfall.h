@@ -7,11 +7,11 @@
 #include <span>
 #include <vector>
 
-#include <plot/Canvas.h>
-#include <plot/Chart.h>
-#include <plot/DepthChart.h>
-#include <plot/Export.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Chart.h>
+#include <KvxPlot01/DepthChart.h>
+#include <KvxPlot01/Export.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot {
 

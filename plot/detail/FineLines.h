@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include <plot/Canvas.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot::detail {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include <plot/detail/GraphAxis.h>
+#include <KvxPlot01/detail/GraphAxis.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include <KvxDevCommon01/graph/AutoRange.h>
 #include <KvxDevCommon01/units/UnitText.h>
-#include <plot/Ticks.h>
-#include <plot/detail/ShownValues.h>
+#include <KvxPlot01/Ticks.h>
+#include <KvxPlot01/detail/ShownValues.h>
 
 namespace kvx::plot {
 namespace {

@@ -8,7 +8,7 @@
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/ScaleParam.h>
 #include <KvxDevCommon01/units/ValConv.h>
-#include <plot/Curve.h>
+#include <KvxPlot01/Curve.h>
 
 namespace kvx::plot {
 

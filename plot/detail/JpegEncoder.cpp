@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/detail/JpegEncoder.h>
+#include <KvxPlot01/detail/JpegEncoder.h>
 
 #include <array>
 #include <csetjmp>

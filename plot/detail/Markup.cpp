@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/detail/Markup.h>
+#include <KvxPlot01/detail/Markup.h>
 
 #include <optional>
 #include <utility>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/detail/PngResolution.h>
+#include <KvxPlot01/detail/PngResolution.h>
 
 #include <cmath>
 #include <cstddef>

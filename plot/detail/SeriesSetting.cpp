@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/detail/SeriesSetting.h>
+#include <KvxPlot01/detail/SeriesSetting.h>
 
 namespace kvx::plot::detail {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include <plot/detail/SliceAxisLayout.h>
+#include <KvxPlot01/detail/SliceAxisLayout.h>
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include <plot/ChartDrawing.h>
-#include <plot/SliceTicks.h>
-#include <plot/detail/FineLines.h>
+#include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/SliceTicks.h>
+#include <KvxPlot01/detail/FineLines.h>
 
 namespace kvx::plot::detail {
 namespace {

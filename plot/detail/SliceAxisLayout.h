@@ -7,10 +7,10 @@
 #include <vector>
 
 #include <KvxDevCommon01/platform/Types.h>
-#include <plot/Canvas.h>
-#include <plot/ChartLayout.h>
-#include <plot/DepthChart.h>
-#include <plot/Geometry.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/ChartLayout.h>
+#include <KvxPlot01/DepthChart.h>
+#include <KvxPlot01/Geometry.h>
 
 namespace kvx::plot::detail {
 

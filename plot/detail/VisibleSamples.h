@@ -4,7 +4,7 @@
 #pragma once
 
 #include <KvxDevCommon01/graph/VisibleRange.h>
-#include <plot/Curve.h>
+#include <KvxPlot01/Curve.h>
 
 namespace kvx::plot {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include <plot/ChartDrawing.h>
-#include <plot/ChartLayout.h>
-#include <plot/Picture.h>
+#include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/ChartLayout.h>
+#include <KvxPlot01/Picture.h>
 
 int main(int argumentCount, char** arguments) {
     if (argumentCount != 2) return 2;

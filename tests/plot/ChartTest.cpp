@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include <plot/ChartDrawing.h>
-#include <plot/ChartLayout.h>
-#include <plot/LineLook.h>
+#include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/ChartLayout.h>
+#include <KvxPlot01/LineLook.h>
 
 #include <KvxDevCommon01/platform/Text.h>
 

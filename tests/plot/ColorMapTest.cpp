@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <plot/ColorMap.h>
-#include <plot/ValueColors.h>
+#include <KvxPlot01/ColorMap.h>
+#include <KvxPlot01/ValueColors.h>
 
 #include <cmath>
 #include <limits>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Curve.h>
-#include <plot/PeakMarks.h>
+#include <KvxPlot01/Curve.h>
+#include <KvxPlot01/PeakMarks.h>
 
 #include <cmath>
 #include <random>

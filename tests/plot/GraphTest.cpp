@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include <plot/CanvasRegion.h>
-#include <plot/Graph.h>
-#include <plot/GraphCharts.h>
+#include <KvxPlot01/CanvasRegion.h>
+#include <KvxPlot01/Graph.h>
+#include <KvxPlot01/GraphCharts.h>
 
 #include <cmath>
 #include <numbers>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include <plot/CairoCanvas.h>
-#include <plot/ChartDrawing.h>
-#include <plot/Picture.h>
+#include <KvxPlot01/CairoCanvas.h>
+#include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/Picture.h>
 
 #include <cairo.h>
 #include <jpeglib.h>

@@ -4,8 +4,8 @@
 #pragma once
 
 #include <KvxDevCommon01/data/DataArray.h>
-#include <plot/Canvas.h>
-#include <plot/Chart.h>
+#include <KvxPlot01/Canvas.h>
+#include <KvxPlot01/Chart.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <plot/Ticks.h>
+#include <KvxPlot01/Ticks.h>
 
 #include <cmath>
 #include <functional>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include <plot/DepthGraph.h>
-#include <plot/SliceTicks.h>
-#include <plot/Waterfall.h>
+#include <KvxPlot01/DepthGraph.h>
+#include <KvxPlot01/SliceTicks.h>
+#include <KvxPlot01/Waterfall.h>
 
 #include <functional>
 #include <vector>

@@ -14,9 +14,9 @@
 #include <KvxDevCommon01/graph/PaneLayout.h>
 #include <KvxDevCommon01/graph/VisibleRange.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <plot/CanvasRegion.h>
-#include <plot/DepthGraph.h>
-#include <plot/GraphCharts.h>
+#include <KvxPlot01/CanvasRegion.h>
+#include <KvxPlot01/DepthGraph.h>
+#include <KvxPlot01/GraphCharts.h>
 
 #include "Failure.h"
 #include "Format.h"

@@ -11,7 +11,7 @@
 #include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/graph/ScaleParam.h>
 #include <KvxDevCommon01/units/UnitNames.h>
-#include <plot/Graph.h>
+#include <KvxPlot01/Graph.h>
 
 #include "DataFiles.h"
 #include "PictureChoice.h"

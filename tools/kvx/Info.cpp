@@ -53,7 +53,7 @@ struct HeaderFacts {
 
 HeaderFacts ReadHeader(const std::string& path) {
     const std::wstring wide = WidePath(InputPath(path));
-    InputFile(std::wstring_view(wide));  // a file that cannot be read is told as such
+    const InputFile readable(wide);  // a file that cannot be read is told as such
     const CComHdr::HDRCODE_TYPE type = CComHdr::GetHdrCodeType(wide.c_str());
     if (type == CComHdr::HDRCODE_UNKNOWN) throw Reason("it is not a file of the suite");
     CComHdr header;

@@ -110,7 +110,7 @@ bool EndsWithColors(const std::wstring& path) {
 CGraphInfo LoadSettings(const std::string& path) {
     return Doing("read", path, [&] {
         const std::wstring wide = WidePath(InputPath(path));
-        InputFile(std::wstring_view(wide));  // a file that cannot be read is told as such
+        const InputFile readable(wide);  // a file that cannot be read is told as such
         CGraphInfo settings;
         if (settings.LoadGraphInfo(wide, nullptr, 0)) return settings;
         if (!settings.GetGraphColorInfo()->LoadGraphColorInfo(wide, nullptr, 0))

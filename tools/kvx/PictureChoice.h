@@ -12,7 +12,7 @@
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/GraphColorInfo.h>
 #include <KvxDevCommon01/graph/GraphInfo.h>
-#include <plot/Picture.h>
+#include <KvxPlot01/Picture.h>
 
 #include "Command.h"
 #include "OutputFormat.h"

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+//
+// The public headers of what is in namespace kvx, lowest floor first.
+#pragma once
+
+#include <KvxDevCommon01/Export.h>
+
+#include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/Clock.h>
+#include <KvxDevCommon01/platform/CodePage.h>
+#include <KvxDevCommon01/platform/Desktop.h>
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Folder.h>
+#include <KvxDevCommon01/platform/Locale.h>
+#include <KvxDevCommon01/platform/Path.h>
+#include <KvxDevCommon01/platform/Profile.h>
+#include <KvxDevCommon01/platform/Program.h>
+#include <KvxDevCommon01/platform/UserInterface.h>
+
+#include <KvxDevCommon01/resources/StringTable.h>
+#include <KvxDevCommon01/resources/TextId.h>
+
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/Samples.h>
+
+#include <KvxDevCommon01/units/UnitNames.h>
+#include <KvxDevCommon01/units/UnitText.h>
+
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/AveragedTransfer.h>
+#include <KvxDevCommon01/dsp/MrfChannels.h>
+#include <KvxDevCommon01/dsp/PsdProfile.h>
+#include <KvxDevCommon01/dsp/RandomWave.h>
+#include <KvxDevCommon01/dsp/SampleQueue.h>
+
+#include <KvxDevCommon01/files/DataFileStream.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
+
+#include <KvxDevCommon01/graph/AutoRange.h>
+#include <KvxDevCommon01/graph/AxisMapping.h>
+#include <KvxDevCommon01/graph/OwnedCopy.h>
+#include <KvxDevCommon01/graph/PaneLayout.h>
+#include <KvxDevCommon01/graph/VisibleRange.h>
