@@ -63,7 +63,11 @@ std::string ExplainExtras(const CLI::App& app) {
         if (!option->get_positional() || option->count() == 0) continue;
         const std::string& value = option->results().front();
         const std::string near = DidYouMean(value, CommandNames(command));
-        if (!near.empty()) return "there is no command " + Quote(command.get_name() + " " + value) + near;
+        if (near.empty()) continue;
+        std::string words = command.get_name();
+        words += ' ';
+        words += value;
+        return "there is no command " + Quote(words) + near;
     }
     return "the argument " + Quote(extras.front()) + " is one too many";
 }
