@@ -233,6 +233,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx synth high.txt -o x.vdf2", 1, "cannot synthesise 'high.txt': its level of 1e+307 at 20 Hz leaves the range of numbers\n"},
     WrongCase{"kvx synth low.txt -o x.vdf2", 1, "cannot synthesise 'low.txt': its rms is too small for a signal\n"},
     WrongCase{"kvx synth profile.txt -o x.vdf2 --rms 1e200", 1, "cannot synthesise 'profile.txt': the squares of the signal leave the range"},
+    WrongCase{"kvx synth profile.txt -o x.vdf2 --rms 1e308", 1, "cannot synthesise 'profile.txt': the squares of the signal leave the range"},
     WrongCase{"kvx profile high.txt --lines 1,99 -o x.vdf2", 1, "cannot read 'high.txt': its rms leaves the range of numbers\n"},
     WrongCase{"kvx plot psd.vdf2 -o x.svg --profile high.txt", 1, "cannot draw 'high.txt': its level of 1e+307 at 20 Hz leaves"},
     WrongCase{"kvx psd huge.vdf2 --block 4", 1, "cannot analyse 'huge.vdf2': the squares of channel 'a' leave the range of numbers\n"},

@@ -200,6 +200,8 @@ TEST(Content, ThatIsNotReadIsNamed) {
         const std::string bytes = MakeSound(folder, format);
         if (!bytes.empty()) ExpectRefusal(folder, bytes, "it is "s + name + ", which is not read");
     }
+    const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    ExpectRefusal(folder, Replaced(wav, 20, "\x55"), "its samples are MP3, which is not read");
     RunShell(folder, "printf '1\\n2\\n' | gzip > in");
     ExpectRefusal(folder, folder.Read("in"), "it is a gzip archive, which is not read");
     const ToolResult piped = RunShell(folder, "printf 'RIFF1234WAVE' | kvx import /dev/stdin -o out.vdf2");

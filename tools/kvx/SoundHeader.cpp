@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "Failure.h"
+
 namespace kvx::tool {
 namespace {
 
@@ -107,6 +109,14 @@ SampleBytes Measure(FieldReader& fields, std::uint64_t begin, std::uint64_t stat
     return {stated, stated, isFollowed || rest - stated <= padding ? 0 : rest - stated - padding};
 }
 
+/// Refuses MPEG audio in a WAV file by its number: the sound library could decode it, but prints what it
+/// finds wrong, and pads the samples.
+void RequireNoMpeg(std::uint64_t coding) {
+    constexpr std::uint64_t kMpeg = 0x50;
+    constexpr std::uint64_t kMpegLayer3 = 0x55;
+    if (coding == kMpeg || coding == kMpegLayer3) throw Reason("its samples are MP3, which is not read");
+}
+
 std::optional<SampleBytes> FindChunk(FieldReader& fields, const ChunkLayout& layout) {
     const std::uint64_t head = layout.nameBytes + layout.sizeBytes;
     std::optional<SizeField> large;  // of the samples of an RF64 file
@@ -116,6 +126,7 @@ std::optional<SampleBytes> FindChunk(FieldReader& fields, const ChunkLayout& lay
         std::uint64_t size = fields.Number(field);
         const std::uint64_t body = at + head;
         if (name == "ds64") large = {body + 8, 8, false};
+        if (name == "fmt ") RequireNoMpeg(fields.Number({body, 2, layout.isBigEndian}));
         if (name == layout.samples) {
             if (large && size == kAllOnes32) size = fields.Number(field = *large);
             const std::uint64_t others = (layout.countsItself ? head : 0) + layout.prefix;

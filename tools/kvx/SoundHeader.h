@@ -32,7 +32,8 @@ struct SampleBytes {
 };
 
 /// Looks for the samples of a file of this format; no value where the header does not lead to them, and for
-/// FLAC, whose samples are compressed. Leaves the file anywhere. Throws CFileException.
+/// FLAC, whose samples are compressed. Leaves the file anywhere. Throws CFileException, and Reason for
+/// samples that are MP3.
 std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format);
 
 }  // namespace kvx::tool

@@ -90,6 +90,12 @@ void RequireSignal(const PsdProfile& profile, double rateHz) {
     if (rms * rms < std::numeric_limits<double>::min()) throw Reason("its rms is too small for a signal");
 }
 
+/// Throws Reason for the rms of a signal that became 0 or infinite.
+void RequireSquares(double rms) {
+    if (rms > 0.0 && std::isfinite(rms)) return;
+    throw Reason("the squares of the signal leave the range of numbers");
+}
+
 /// The least power of two that leaves room above the profile for an anti-aliasing filter's slope.
 double DefaultRate(double topHz) {
     return std::exp2(std::ceil(std::log2(2.56 * topHz)));
@@ -114,7 +120,11 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
                              " Hz are " + FormatNumber(count) + " samples; a record holds 1 to 2147483647");
         }
         RandomWaveSettings settings = {rate};
-        if (options.rms) settings.targetRms = target.unit.ConvItoD(*options.rms, 1.0, 0);
+        if (options.rms) {
+            const double targetRms = target.unit.ConvItoD(*options.rms, 1.0, 0);
+            RequireSquares(targetRms);
+            settings.targetRms = targetRms;
+        }
         CDataArrayDouble samples(static_cast<__int64>(count), 0.0);
         if (samples.GetNum() == 0) throw std::bad_alloc();
         std::uint32_t seed = options.seed;
@@ -122,8 +132,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
         if (!GenerateRandomWave(samples, target.profile, settings, &seed)) throw std::bad_alloc();
         const double rms = samples.CalcRms(0, 0);
         const double peak = samples.GetAbsMax(0, 0);
-        if (!(rms > 0.0) || !std::isfinite(rms))
-            throw Reason("the squares of the signal leave the range of numbers");
+        RequireSquares(rms);
         if (target.topHz > rate / 2.0) {
             Note("the profile above " + FormatNumber(rate / 2.0, 10) + " Hz, half the rate, is left out");
         }
