@@ -105,6 +105,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx plot --nonsense", 2, "there is no option '--nonsense'; see 'kvx plot --help'"},
     WrongCase{"kvx plot a.vdf2 --dip=3", 2, "there is no option '--dip' (did you mean '--dpi'?); see"},
     WrongCase{"kvx info a.vdf2 b.vdf2", 2, "the argument 'b.vdf2' is one too many; see 'kvx info --help'"},
+    WrongCase{"kvx info -- a.vdf2 --b", 2, "the argument '--b' is one too many; see 'kvx info --help'"},
     WrongCase{"kvx info", 2, "FILE is required; see 'kvx info --help'"},
     WrongCase{"kvx info a.vdf2 --jsn", 2, "there is no option '--jsn' (did you mean '--json'?)"},
     WrongCase{"kvx import bad.csv -o x.vdf2", 1, "cannot import 'bad.csv': line 3, column 2: 'abc' is not a number\n"},

@@ -409,6 +409,7 @@ TEST(StandardStreams, GiveTheReportToStandardErrorAndAreNoFiles) {
         const char* sentence;
     } cases[] = {
         {"kvx psd - < in.csv", "cannot analyse standard input: it is not a vibration data file\n"},
+        {"kvx export - -o in.csv < in.csv", "the output 'in.csv' is the input file"},
         {"kvx psd - <&-", "cannot analyse standard input: the file handle is not valid\n"},
         {"kvx export ./- -o - --as wav > /dev/full", "cannot write to standard output: the disk is full\n"},
         {"kvx plot ./- -o - >&-", "cannot write to standard output: the file handle is not valid\n"},

@@ -2,10 +2,12 @@
 #include "CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <new>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -47,8 +49,9 @@ std::vector<std::string> CommandNames(const CLI::App& app) {
 std::string ExplainExtras(const CLI::App& app) {
     const auto commands = app.get_subcommands();
     const CLI::App& command = commands.empty() ? app : *commands.front();
-    const std::vector<std::string> extras = app.remaining(true);
-    for (const std::string& extra : extras) {
+    std::vector<std::string> extras = app.remaining(true);
+    const auto end = std::ranges::find(extras, "--");  // behind it stand values, however they begin
+    for (const std::string& extra : std::ranges::subrange(extras.begin(), end)) {
         if (extra.size() < 2 || !extra.starts_with('-')) continue;
         const std::string name = extra.substr(0, extra.find('='));
         std::vector<std::string> options;
@@ -57,6 +60,7 @@ std::string ExplainExtras(const CLI::App& app) {
         }
         return "there is no option " + Quote(name) + DidYouMean(name, options);
     }
+    if (end != extras.end()) extras.erase(end);
     if (extras.empty()) return {};
     // The name of a command within the command was taken for a value of it.
     for (const CLI::Option* option : command.get_options()) {

@@ -22,9 +22,11 @@ void Note(std::string_view text) {
 }
 
 void RequireAnotherFile(std::string_view input, std::string_view output) {
-    if (IsStandardStream(input) || IsStandardStream(output)) return;
+    if (IsStandardStream(output)) return;
+    // Redirected standard input is the file that it comes from.
+    const std::filesystem::path source = IsStandardStream(input) ? "/dev/stdin" : input;
     std::error_code ignored;
-    if (std::filesystem::equivalent(std::filesystem::path(input), std::filesystem::path(output), ignored) &&
+    if (std::filesystem::equivalent(source, std::filesystem::path(output), ignored) &&
         std::filesystem::is_regular_file(std::filesystem::path(output), ignored)) {
         throw ValueError("the output " + Quote(output) + " is the input file");
     }

@@ -17,7 +17,7 @@ void WriteText(ByteStream& stream, std::string_view text);
 void Note(std::string_view text);
 
 /// Throws ValueError when both paths name the same existing file: the output would destroy the input.
-/// Standard streams are never the same.
+/// "-" as the input is the file that standard input comes from; as the output it is never the same.
 void RequireAnotherFile(std::string_view input, std::string_view output);
 
 /// Throws ValueError when more than one of a command's inputs is "-".
