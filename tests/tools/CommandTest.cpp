@@ -83,6 +83,9 @@ TEST_P(WrongUse, IsToldInOneSentenceAndLeavesNothingBehind) {
     RunWell(folder, "kvx import a.csv -o a.vdf2 --rate 4 --unit g");
     RunWell(folder, "kvx import huge.csv -o huge.vdf2 --rate 4; kvx psd a.vdf2 --block 2 -o psd.vdf2");
     RunWell(folder, "head -c 900 a.vdf2 > short.vdf2; head -c 640 a.vdf2 > header.vdf2");
+    std::string bad = folder.Read("a.vdf2");
+    bad[644] = 99;  // the mode of the record
+    folder.Write("bad.vdf2", bad);
     const std::string before = folder.Read("a.vdf2");
     const std::size_t files = folder.Count();
 
@@ -105,6 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx plot --nonsense", 2, "there is no option '--nonsense'; see 'kvx plot --help'"},
     WrongCase{"kvx plot a.vdf2 --dip=3", 2, "there is no option '--dip' (did you mean '--dpi'?); see"},
     WrongCase{"kvx info a.vdf2 b.vdf2", 2, "the argument 'b.vdf2' is one too many; see 'kvx info --help'"},
+    WrongCase{"kvx info bad.vdf2", 1, "cannot read 'bad.vdf2': record 1: it is empty or damaged\n"},
     WrongCase{"kvx info -- a.vdf2 --b", 2, "the argument '--b' is one too many; see 'kvx info --help'"},
     WrongCase{"kvx info", 2, "FILE is required; see 'kvx info --help'"},
     WrongCase{"kvx info a.vdf2 --jsn", 2, "there is no option '--jsn' (did you mean '--json'?)"},

@@ -52,7 +52,7 @@ std::string ReasonText(const DataFileFailure& failure) {
         case DataFileFailure::kNoRecord:
             return "it has a header but no record";
         case DataFileFailure::kBadRecord:
-            return place + "it is empty, damaged or too large for the memory";
+            return place + "it is empty or damaged";
         case DataFileFailure::kNoMemory:
             return place + "there is not enough memory";
     }
