@@ -115,6 +115,8 @@ INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
     Case{"NamesOfWhichOneIsAUnit", "Date;2020\nx;N\n1;2\n", "x 1; N 2"},
     Case{"UnknownUnitOfTime", "time (UTC),a\n0,1\n1,2\n",
         "time 0 1; a 1 2; the unit 'UTC' of the time column is not known, so it is read in seconds"},
+    Case{"HeadingsThatAreMore", "time,top, left [g]\n0,1\n1,2\n", " 0 1;  1 2; line 1, 'time,top, left [g]', "
+        "does not have the 2 columns of the numbers below it and is not taken for headings"},
     Case{"TextAboveTheTable", "Made by the logger\nchannel 1\n\na,b\n1,2\n", "a 1; b 2"},
     Case{"CommentsAndBlankLines", "# t a\n0 1\n\n# pause\n1 2\n", "time 0 1; a 1 2"},
     Case{"TrailingSeparators", "a,b,\n1,2,\n3,4\n", "a 1 3; b 2 4"},
@@ -135,6 +137,8 @@ INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
     Case{"MissingValue", "1,2,3\n4,,6\n", "line 2, column 2: the value is missing"},
     Case{"MissingInTheFirstRow", "1,,3\n4,5,6\n", "line 1, column 2: the value is missing"},
     Case{"NotANumber", "1\nnan\n", "line 2, column 1: 'nan' is not a finite number"},
+    Case{"NotANumberInTheFirstRow", "a [g]\nNaN\n2\n", "line 2, column 1: 'NaN' is not a finite number"},
+    Case{"TooLargeInTheFirstRow", "time,a\n1e999,1\n2,3\n", "line 2, column 1: '1e999' is too large"},
     Case{"TooLarge", "1\n-1e999\n", "line 2, column 1: '-1e999' is too large"},
     Case{"GroupedThousands", "1,5;2\n1.234,5;2\n", "line 2, column 1: '1.234,5' is not a number"},
     Case{"TwoDecimalMarks", "1,5;2\n1.5;2\n",

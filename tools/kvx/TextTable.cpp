@@ -17,6 +17,7 @@
 #include <KvxDevCommon01/units/UnitText.h>
 
 #include "Failure.h"
+#include "Format.h"
 #include "TextLines.h"
 #include "UnitChoice.h"
 
@@ -28,6 +29,7 @@ constexpr std::size_t kLinesPerUpdate = 4096;
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kLoggerMagic = "LabVIEW Measurement";
 constexpr std::string_view kEndOfHeader = "***End_of_Header***";
+constexpr const char* kNoNumber = "is not a number";
 
 using Fields = std::vector<std::string_view>;
 
@@ -167,7 +169,7 @@ bool IsBlankOrComment(std::string_view line) {
 /// that one of them groups thousands.
 class NumberReader {
 public:
-    /// The number, or no value with `*fault` told ("is not a number").
+    /// The number, or no value with `*fault` told (kNoNumber or another).
     std::optional<double> Read(std::string_view field, const char** fault) {
         field = Unquoted(field);
         if (field.starts_with('+') && !field.starts_with("+-")) field.remove_prefix(1);
@@ -184,7 +186,7 @@ public:
         double value = 0.0;
         const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
         if (field.empty() || end != field.data() + field.size()) {
-            *fault = "is not a number";
+            *fault = kNoNumber;
             return std::nullopt;
         }
         // Too small a number is the nearest double all the same; from_chars leaves it out.
@@ -238,7 +240,7 @@ struct Layout {
     std::vector<Heading> headings;  ///< one per column, or none
     std::optional<bool> firstIsTime;
     std::string rateHint;
-    std::string remark;  ///< on how the headings were decoded; may be empty
+    std::string remark;  ///< on how the headings were read; may be empty
 };
 
 bool IsTimeHeading(const Heading& heading) {
@@ -313,14 +315,16 @@ std::string PlaceText(std::size_t line, std::size_t column) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column + 1);
 }
 
-/// A line in front of the data that is itself a row of data with something wrong in it, told as such.
+/// A line in front of the data that is itself a row of data with something wrong in it, told as such. It
+/// begins with a number, be it one that cannot be taken.
 void RefuseDamagedRow(std::string_view line, std::size_t number, const Layout& layout) {
     Fields fields;
     Split(line, layout.separator, &fields);
     NumberReader numbers;
     const char* fault = nullptr;
-    if (fields.size() != layout.columns || !numbers.Read(fields.front(), &fault)) return;
-    for (std::size_t c = 1; c < fields.size(); ++c) {
+    if (fields.size() != layout.columns) return;
+    if (!numbers.Read(fields.front(), &fault) && fault == kNoNumber) return;
+    for (std::size_t c = 0; c < fields.size(); ++c) {
         if (numbers.Read(fields[c], &fault)) continue;
         throw Reason(PlaceText(number, c) + ": " +
                      (fields[c].empty() ? "the value is missing" : Quote(fields[c]) + " " + fault));
@@ -366,6 +370,13 @@ Layout DetectLayout(LineReader& lines, const TextOptions& options) {
                 RefuseDamagedRow(heading, headingNumber, *layout);
                 layout->headings = ReadHeadings(heading, headingBefore, *layout, &decoder);
                 layout->remark = decoder.Remark();
+                if (layout->headings.empty() && !IsBlankOrComment(heading) &&
+                    Contains(heading, layout->separator)) {
+                    layout->remark = "line " + std::to_string(headingNumber) + ", " + Quote(Trim(heading)) +
+                                     ", does not have the " +
+                                     Count(static_cast<long long>(layout->columns), "column") +
+                                     " of the numbers below it and is not taken for headings";
+                }
             }
             lines.StepBack();
             return *std::move(layout);
