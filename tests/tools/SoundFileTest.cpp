@@ -175,6 +175,30 @@ TEST(SoundLength, EndsAtTheNextChunk) {
     ExpectSamples(folder, Replaced(wav, 40, "\0\x19\0\0"s), 1600, "73600 bytes after the samples");
 }
 
+TEST(SoundHeader, StatesARateThatIsNotWhole) {
+    const TempFolder folder;
+    const std::string aiff = MakeSound(folder, SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
+    const std::string caf = MakeSound(folder, SF_FORMAT_CAF | SF_FORMAT_PCM_16);
+    // 8000.5 is 2^12 times 0xFA04 / 2^15.
+    for (const std::string& bytes : {Replaced(aiff, aiff.find("COMM") + 16, "\x40\x0B\xFA\x04\0\0\0\0\0\0"s),
+                                     Replaced(caf, caf.find("desc") + 12, "\x40\xBF\x40\x80\0\0\0\0"s)}) {
+        ExpectSamples(folder, bytes, kFrames, "");
+        EXPECT_THAT(RunShell(folder, "kvx info out.vdf2").out, HasSubstr("rate 8000.5 Hz"));
+    }
+}
+
+TEST(SoundHeader, IsRefusedWhenItsSamplesAreNotPacked) {
+    const TempFolder folder;
+    const std::string why = "it is a damaged sound file: its header states ";
+    const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_24);
+    ExpectRefusal(folder, Replaced(wav, 32, "\x08"), why + "8 bytes for a sample of 2 channels of 24 bits");
+    const std::string big = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16 | SF_ENDIAN_BIG);
+    ExpectRefusal(folder, Replaced(big, 33, "\x02"), why + "2 bytes for a sample of 2 channels of 16 bits");
+    const std::string wave64 = MakeSound(folder, SF_FORMAT_W64 | SF_FORMAT_FLOAT);
+    ExpectRefusal(folder, Replaced(wave64, wave64.find("fmt ") + 36, "\x10"),
+                  why + "16 bytes for a sample of 2 channels of 32 bits");
+}
+
 TEST(SoundLength, EndsAtDamage) {
     const TempFolder folder;
     std::string flac = MakeSound(folder, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);

@@ -250,12 +250,13 @@ __int64 CountReadable(const std::string& path, const BytePatch& patch) {
 class SoundReader : public RecordingReader {
 public:
     SoundReader(const std::string& path, SoundFormat format, const std::optional<SampleBytes>& bytes,
-                bool isPartial)
+                std::optional<double> statedRateHz, bool isPartial)
         : input_(path, bytes ? bytes->actualSize : BytePatch()) {
         const SF_INFO& info = input_.Info();
         if (!IsFormat(info.format, format))
             throw Reason("it is a damaged sound file: its header contradicts itself");
         info_.rateHz = info.samplerate;
+        if (statedRateHz && std::abs(*statedRateHz - info_.rateHz) < 1.0) info_.rateHz = *statedRateHz;
         info_.hasFullScale = true;
         info_.channels.resize(static_cast<std::size_t>(std::max(info.channels, 0)));
         if (!info_.channels.empty() && info.samplerate > 0) SettleSamples(path, format, bytes, isPartial);
@@ -331,13 +332,14 @@ private:
 
 std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, SoundFormat format, bool isPartial) {
     InputFile file(WidePath(path));
+    RequireReadableSamples(file, format);
     const std::optional<SampleBytes> bytes = FindSamples(file, format);
     if (bytes && !bytes->stated && bytes->actualSize.bytes.empty()) {
         throw Reason("its header does not state its length, which is more than its format can hold");
     }
     if (bytes && bytes->IsCutShort() && !isPartial)
         throw Reason("it is cut short: " + Extent(*bytes) + kOffer);
-    return std::make_unique<SoundReader>(path, format, bytes, isPartial);
+    return std::make_unique<SoundReader>(path, format, bytes, FindRate(file, format), isPartial);
 }
 
 struct WavWriter::State {

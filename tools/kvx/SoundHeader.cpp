@@ -3,12 +3,16 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <string_view>
 
 #include "Failure.h"
+#include "Format.h"
 
 namespace kvx::tool {
 namespace {
@@ -109,36 +113,56 @@ SampleBytes Measure(FieldReader& fields, std::uint64_t begin, std::uint64_t stat
     return {stated, stated, isFollowed || rest - stated <= padding ? 0 : rest - stated - padding};
 }
 
-/// Refuses MPEG audio in a WAV file by its number: the sound library could decode it, but prints what it
-/// finds wrong, and pads the samples.
-void RequireNoMpeg(std::uint64_t coding) {
-    constexpr std::uint64_t kMpeg = 0x50;
-    constexpr std::uint64_t kMpegLayer3 = 0x55;
-    if (coding == kMpeg || coding == kMpegLayer3) throw Reason("its samples are MP3, which is not read");
+struct Chunk {
+    std::string name;  ///< its first four letters
+    SizeField field;
+    std::uint64_t size;  ///< as its field states it
+    std::uint64_t body;
+    std::uint64_t next;
+};
+
+/// The chunk at `at`; no value at the end of the file.
+std::optional<Chunk> ReadChunk(FieldReader& fields, const ChunkLayout& layout, std::uint64_t at) {
+    const std::uint64_t head = layout.nameBytes + layout.sizeBytes;
+    if (fields.Size() < head || at > fields.Size() - head) return std::nullopt;
+    const SizeField field = {at + layout.nameBytes, layout.sizeBytes, layout.isBigEndian};
+    Chunk chunk = {std::string(fields.Bytes(at, 4)), field, fields.Number(field), at + head, fields.Size()};
+    const std::uint64_t size = chunk.size - (layout.countsItself ? std::min(chunk.size, head) : 0);
+    if (size <= fields.Size() - chunk.body) {
+        chunk.next = chunk.body + size + (layout.alignment - size % layout.alignment) % layout.alignment;
+    }
+    return chunk;
 }
 
 std::optional<SampleBytes> FindChunk(FieldReader& fields, const ChunkLayout& layout) {
     const std::uint64_t head = layout.nameBytes + layout.sizeBytes;
     std::optional<SizeField> large;  // of the samples of an RF64 file
-    for (std::uint64_t at = layout.first; at + head <= fields.Size();) {
-        const std::string name(fields.Bytes(at, 4));
-        SizeField field = {at + layout.nameBytes, layout.sizeBytes, layout.isBigEndian};
-        std::uint64_t size = fields.Number(field);
-        const std::uint64_t body = at + head;
-        if (name == "ds64") large = {body + 8, 8, false};
-        if (name == "fmt ") RequireNoMpeg(fields.Number({body, 2, layout.isBigEndian}));
-        if (name == layout.samples) {
-            if (large && size == kAllOnes32) size = fields.Number(field = *large);
-            const std::uint64_t others = (layout.countsItself ? head : 0) + layout.prefix;
-            const std::uint64_t stated = size == kAllOnes64 ? size : size - std::min(size, others);
-            const std::uint64_t padding = (layout.alignment - size % layout.alignment) % layout.alignment;
-            return Measure(fields, body + layout.prefix, stated, padding, field, others);
-        }
-        if (layout.countsItself) size -= std::min(size, head);
-        if (size > fields.Size() - body) break;
-        at = body + size + (layout.alignment - size % layout.alignment) % layout.alignment;
+    for (auto chunk = ReadChunk(fields, layout, layout.first); chunk;
+         chunk = ReadChunk(fields, layout, chunk->next)) {
+        if (chunk->name == "ds64") large = {chunk->body + 8, 8, false};
+        if (chunk->name != layout.samples) continue;
+        SizeField field = chunk->field;
+        std::uint64_t size = chunk->size;
+        if (large && size == kAllOnes32) size = fields.Number(field = *large);
+        const std::uint64_t others = (layout.countsItself ? head : 0) + layout.prefix;
+        const std::uint64_t stated = size == kAllOnes64 ? size : size - std::min(size, others);
+        const std::uint64_t padding = (layout.alignment - size % layout.alignment) % layout.alignment;
+        return Measure(fields, chunk->body + layout.prefix, stated, padding, field, others);
     }
     return std::nullopt;
+}
+
+/// Where the content of the first chunk of that name begins.
+std::optional<std::uint64_t> FindBody(FieldReader& fields, const ChunkLayout& layout, std::string_view name) {
+    for (auto chunk = ReadChunk(fields, layout, layout.first); chunk;
+         chunk = ReadChunk(fields, layout, chunk->next)) {
+        if (chunk->name == name) return chunk->body;
+    }
+    return std::nullopt;
+}
+
+const ChunkLayout& RiffLayout(FieldReader& fields) {
+    return fields.Bytes(0, 4) == "RIFX" ? kRifx : kRiff;
 }
 
 }  // namespace
@@ -147,7 +171,7 @@ std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format) {
     FieldReader fields(file);
     switch (format) {
         case SoundFormat::wav:
-            return FindChunk(fields, fields.Bytes(0, 4) == "RIFX" ? kRifx : kRiff);
+            return FindChunk(fields, RiffLayout(fields));
         case SoundFormat::rf64:
             return FindChunk(fields, kRiff);
         case SoundFormat::wave64:
@@ -165,6 +189,49 @@ std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format) {
             break;
     }
     return std::nullopt;
+}
+
+std::optional<double> FindRate(InputFile& file, SoundFormat format) {
+    FieldReader fields(file);
+    if (format == SoundFormat::aiff) {
+        const std::optional<std::uint64_t> body = FindBody(fields, kAiff, "COMM");
+        if (!body) return std::nullopt;
+        // Ten bytes: sign and exponent, then 64 bits of which the first is the whole part.
+        const auto exponent = static_cast<int>(fields.Number({*body + 8, 2, true}));
+        const auto mantissa = static_cast<double>(fields.Number({*body + 10, 8, true}));
+        return std::ldexp(mantissa, exponent - 16383 - 63);
+    }
+    if (format == SoundFormat::caf) {
+        const std::optional<std::uint64_t> body = FindBody(fields, kCaf, "desc");
+        if (body) return std::bit_cast<double>(fields.Number({*body, 8, true}));
+    }
+    return std::nullopt;
+}
+
+void RequireReadableSamples(InputFile& file, SoundFormat format) {
+    FieldReader fields(file);
+    const bool isRiff = format == SoundFormat::wav || format == SoundFormat::rf64;
+    if (!isRiff && format != SoundFormat::wave64) return;
+    const ChunkLayout& layout = isRiff ? RiffLayout(fields) : kWave64;
+    const std::optional<std::uint64_t> body = FindBody(fields, layout, "fmt ");
+    if (!body) return;
+    const auto number = [&](std::uint64_t offset) {
+        return fields.Number({*body + offset, 2, layout.isBigEndian});
+    };
+    // The sound library could decode MPEG audio, but prints what it finds wrong, and pads the samples.
+    constexpr std::uint64_t kMpeg = 0x50;
+    constexpr std::uint64_t kMpegLayer3 = 0x55;
+    if (number(0) == kMpeg || number(0) == kMpegLayer3)
+        throw Reason("its samples are MP3, which is not read");
+    constexpr std::uint64_t kPlain[] = {1, 3, 0xFFFE};  // whole, floating, and those with their kind behind
+    if (std::ranges::find(kPlain, number(0)) == std::end(kPlain)) return;
+    const std::uint64_t channels = number(2);
+    const std::uint64_t stated = number(12);
+    const std::uint64_t bits = number(14);
+    if (stated == 0 || stated == channels * ((bits + 7) / 8)) return;
+    throw Reason("it is a damaged sound file: its header states " + std::to_string(stated) +
+                 " bytes for a sample of " + Count(static_cast<long long>(channels), "channel") + " of " +
+                 std::to_string(bits) + " bits");
 }
 
 }  // namespace kvx::tool

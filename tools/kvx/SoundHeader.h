@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the header of a sound file states of its length, against what the file holds. The sound library takes
-// a file that is cut short for a shorter one.
+// What the header of a sound file states of its length, against what the file holds, and what else of it the
+// sound library passes over. The library takes a file that is cut short for a shorter one.
 #pragma once
 
 #include <cstdint>
@@ -32,8 +32,16 @@ struct SampleBytes {
 };
 
 /// Looks for the samples of a file of this format; no value where the header does not lead to them, and for
-/// FLAC, whose samples are compressed. Leaves the file anywhere. Throws CFileException, and Reason for
-/// samples that are MP3.
+/// FLAC, whose samples are compressed. Leaves the file anywhere. Throws CFileException.
 std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format);
+
+/// The sampling rate in Hz as an AIFF or CAF header states it, which need not be whole. The sound library
+/// only tells a whole one. No value for other formats. Leaves the file anywhere. Throws CFileException.
+std::optional<double> FindRate(InputFile& file, SoundFormat format);
+
+/// Refuses a WAV, RF64 or Wave64 header that gives the samples of all channels another number of bytes than
+/// their bits take, which the sound library reads as if they were packed, and one whose samples are MP3.
+/// Leaves the file anywhere. Throws Reason and CFileException.
+void RequireReadableSamples(InputFile& file, SoundFormat format);
 
 }  // namespace kvx::tool
