@@ -150,6 +150,13 @@ TEST(Xfr, FindsADelayAndAGainAcrossRecords) {
     EXPECT_EQ(stored[1]["unit"], "-");
     EXPECT_NEAR(stored[1]["channels"][1]["min"].get<double>(), 1.0, 1e-12);
 
+    // A response and its coherence have one name.
+    const std::string byName = "kvx export h.vdf2 -o - --channels base";
+    EXPECT_THAT(RunShell(folder, byName).out, HasSubstr("base re [g/N]"));
+    EXPECT_THAT(RunShell(folder, byName + " --record 2").out, HasSubstr("frequency [Hz],base [-]\n"));
+    EXPECT_THAT(RunShell(folder, "kvx export h.vdf2 -o - --channels 2 --record 2").err,
+                HasSubstr("channel 2 is in record 1, not in record 2"));
+
     RunWell(
         folder,
         "sed 's/ .N.//; s/base .g./base/' in.csv > plain.csv; kvx import plain.csv -o plain.vdf2 --rate 64");

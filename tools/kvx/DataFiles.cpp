@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "Failure.h"
@@ -109,8 +111,16 @@ std::vector<Channel> SelectChannels(const std::vector<Channel>& all, std::size_t
         throw Reason("it has no record " + std::to_string(options.record) + ", only " +
                      Count(static_cast<long long>(records), "record"));
     }
+    // A name that the record has is not looked for in the others: a response and its coherence share one.
+    const auto isInRecord = [&](const Channel& channel) { return channel.record + 1 == options.record; };
+    std::set<std::wstring> own;
+    for (const Channel& channel : all) {
+        if (isInRecord(channel)) own.insert(channel.name);
+    }
     std::vector<std::wstring> names;
-    for (const Channel& channel : all) names.push_back(channel.name);
+    for (const Channel& channel : all) {
+        names.push_back(isInRecord(channel) || !own.contains(channel.name) ? channel.name : L"");
+    }
     std::vector<Channel> chosen;
     for (const std::size_t at : ChooseChannels(options.channels, names)) {
         if (options.record == 0 || all[at].record == options.record - 1) {
