@@ -199,6 +199,13 @@ TEST(SoundHeader, IsRefusedWhenItsSamplesAreNotPacked) {
                   why + "16 bytes for a sample of 2 channels of 32 bits");
 }
 
+TEST(Content, OfSoundTakesNoOptionForTexts) {
+    const TempFolder folder;
+    const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    for (const std::string option : {"--time none", "--decimal comma", "--encoding gbk"})
+        ExpectRefusal(folder, wav, option.substr(0, option.find(' ')) + " is for texts", option);
+}
+
 TEST(SoundLength, EndsAtDamage) {
     const TempFolder folder;
     std::string flac = MakeSound(folder, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);

@@ -45,7 +45,11 @@ std::unique_ptr<RecordingReader> OpenFile(const std::string& path, const Recordi
                                           bool isForSound, Progress& progress) {
     if (IsRegularFile(path)) {
         if (const std::optional<SoundFormat> format = ReadContent(path).sound) {
-            if (options.encoding != "auto") throw Reason("--encoding is for texts");
+            for (const auto& [option, value] : {std::pair("--time", &options.time),
+                                                {"--decimal", &options.decimal},
+                                                {"--encoding", &options.encoding}}) {
+                if (*value != "auto") throw Reason(option + std::string(" is for texts"));
+            }
             return OpenSoundFile(path, *format, options.isPartial);
         }
     }
