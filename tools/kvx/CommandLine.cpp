@@ -51,9 +51,9 @@ std::string ExplainExtras(const CLI::App& app) {
     const CLI::App& command = commands.empty() ? app : *commands.front();
     std::vector<std::string> extras = app.remaining(true);
     const auto end = std::ranges::find(extras, "--");  // behind it stand values, however they begin
-    for (const std::string& extra : std::ranges::subrange(extras.begin(), end)) {
-        if (extra.size() < 2 || !extra.starts_with('-')) continue;
-        const std::string name = extra.substr(0, extra.find('='));
+    for (auto extra = extras.begin(); extra != end; ++extra) {
+        if (extra->size() < 2 || !extra->starts_with('-')) continue;
+        const std::string name = extra->substr(0, extra->find('='));
         std::vector<std::string> options;
         for (const CLI::Option* option : command.get_options()) {
             for (const std::string& known : option->get_lnames()) options.push_back("--" + known);
