@@ -170,6 +170,8 @@ TEST(SoundLength, EndsAtTheNextChunk) {
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     const std::string chunk = "LIST\x04\0\0\0INFO"s;
     ExpectSamples(folder, wav + chunk, kFrames, "");
+    // Letters are no chunk when what would be its size does not fit.
+    ExpectSamples(folder, wav + "garbage behind", kFrames, "14 bytes after the samples belong to no chunk");
     ExpectRefusal(folder, Replaced(wav.substr(0, 44), 40, "\0\0\0\0"s) + chunk,
                   "the sound file holds no samples");
     ExpectSamples(folder, Replaced(wav, 40, "\0\x19\0\0"s), 1600, "73600 bytes after the samples");

@@ -99,26 +99,13 @@ BytePatch MakePatch(const SizeField& field, std::uint64_t size) {
     return patch;
 }
 
-/// Samples from `begin` on, of which the header states `stated` bytes, in a field that also counts `others`.
-/// `padding` bytes behind the samples align the next chunk.
-SampleBytes Measure(FieldReader& fields, std::uint64_t begin, std::uint64_t stated, std::uint64_t padding,
-                    const SizeField& field, std::uint64_t others) {
-    const std::uint64_t rest = fields.Size() - std::min(begin, fields.Size());
-    const bool endsInside = stated <= rest;
-    const bool isFollowed = endsInside && (IsChunkName(fields.Bytes(begin + stated, 4)) ||
-                                           IsChunkName(fields.Bytes(begin + stated + padding, 4)));
-    const BytePatch actualSize = MakePatch(field, rest + others);
-    if (IsPlaceholder(stated) && stated != rest && !isFollowed) return {std::nullopt, rest, 0, actualSize};
-    if (!endsInside) return {stated, rest, 0, actualSize};
-    return {stated, stated, isFollowed || rest - stated <= padding ? 0 : rest - stated - padding};
-}
-
 struct Chunk {
     std::string name;  ///< its first four letters
     SizeField field;
     std::uint64_t size;  ///< as its field states it
     std::uint64_t body;
-    std::uint64_t next;
+    std::uint64_t next;  ///< that of the file where its size does not fit
+    bool isWhole;        ///< whether its size fits
 };
 
 /// The chunk at `at`; no value at the end of the file.
@@ -126,12 +113,34 @@ std::optional<Chunk> ReadChunk(FieldReader& fields, const ChunkLayout& layout, s
     const std::uint64_t head = layout.nameBytes + layout.sizeBytes;
     if (fields.Size() < head || at > fields.Size() - head) return std::nullopt;
     const SizeField field = {at + layout.nameBytes, layout.sizeBytes, layout.isBigEndian};
-    Chunk chunk = {std::string(fields.Bytes(at, 4)), field, fields.Number(field), at + head, fields.Size()};
+    Chunk chunk = {
+        std::string(fields.Bytes(at, 4)), field, fields.Number(field), at + head, fields.Size(), false};
     const std::uint64_t size = chunk.size - (layout.countsItself ? std::min(chunk.size, head) : 0);
     if (size <= fields.Size() - chunk.body) {
+        chunk.isWhole = true;
         chunk.next = chunk.body + size + (layout.alignment - size % layout.alignment) % layout.alignment;
     }
     return chunk;
+}
+
+bool IsChunkAt(FieldReader& fields, const ChunkLayout& layout, std::uint64_t at) {
+    const std::optional<Chunk> chunk = ReadChunk(fields, layout, at);
+    return chunk && chunk->isWhole && IsChunkName(chunk->name);
+}
+
+/// Samples from `begin` on, of which the header states `stated` bytes, in a field that also counts `others`.
+/// `padding` bytes behind the samples align the next chunk, if the format has chunks.
+SampleBytes Measure(FieldReader& fields, std::uint64_t begin, std::uint64_t stated, std::uint64_t padding,
+                    const SizeField& field, std::uint64_t others, const ChunkLayout* layout) {
+    const std::uint64_t rest = fields.Size() - std::min(begin, fields.Size());
+    const bool endsInside = stated <= rest;
+    const bool isFollowed =
+        endsInside && layout != nullptr &&
+        (IsChunkAt(fields, *layout, begin + stated) || IsChunkAt(fields, *layout, begin + stated + padding));
+    const BytePatch actualSize = MakePatch(field, rest + others);
+    if (IsPlaceholder(stated) && stated != rest && !isFollowed) return {std::nullopt, rest, 0, actualSize};
+    if (!endsInside) return {stated, rest, 0, actualSize};
+    return {stated, stated, isFollowed || rest - stated <= padding ? 0 : rest - stated - padding};
 }
 
 std::optional<SampleBytes> FindChunk(FieldReader& fields, const ChunkLayout& layout) {
@@ -147,7 +156,7 @@ std::optional<SampleBytes> FindChunk(FieldReader& fields, const ChunkLayout& lay
         const std::uint64_t others = (layout.countsItself ? head : 0) + layout.prefix;
         const std::uint64_t stated = size == kAllOnes64 ? size : size - std::min(size, others);
         const std::uint64_t padding = (layout.alignment - size % layout.alignment) % layout.alignment;
-        return Measure(fields, chunk->body + layout.prefix, stated, padding, field, others);
+        return Measure(fields, chunk->body + layout.prefix, stated, padding, field, others, &layout);
     }
     return std::nullopt;
 }
@@ -183,7 +192,8 @@ std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format) {
         case SoundFormat::au: {
             const bool isBigEndian = fields.Bytes(0, 4) == ".snd";
             const SizeField size = {8, 4, isBigEndian};
-            return Measure(fields, fields.Number({4, 4, isBigEndian}), fields.Number(size), 0, size, 0);
+            return Measure(fields, fields.Number({4, 4, isBigEndian}), fields.Number(size), 0, size, 0,
+                           nullptr);
         }
         case SoundFormat::flac:
             break;
