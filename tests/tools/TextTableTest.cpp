@@ -95,6 +95,7 @@ INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
     Case{"BlanksAndDecimalCommas", "0,1 2,5\n0,2 3,5\n", " 0.1 0.2;  2.5 3.5"},
     Case{"QuotedDecimalCommas", "\"0,1\",\"2,5\"\n\"0,3\",\"3,5\"\n", " 0.1 0.3;  2.5 3.5"},
     Case{"TabsAndCrLf", "t\ta\r\n0\t1\r\n1\t2\r\n", "time 0 1; a 1 2"},
+    Case{"MinusSigns", "\u22121,5;3\n2;\u22124\n", " -1.5 2;  3 -4"},
     Case{"LoneCarriageReturns", "a\r1\r2\r", "a 1 2"},
     Case{"ByteOrderMark", "\xEF\xBB\xBF" "a\n1\n", "a 1"},
     Case{"Utf16LittleEndian", "\xFF\xFE" "\xA0\x52\n\0" "1\0\n\0" "2\0"s, "加 1 2"},

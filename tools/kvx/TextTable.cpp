@@ -29,6 +29,7 @@ constexpr std::size_t kLinesPerUpdate = 4096;
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kLoggerMagic = "LabVIEW Measurement";
 constexpr std::string_view kEndOfHeader = "***End_of_Header***";
+constexpr std::string_view kMinusSign = "\u2212";  // as typesetters and some spreadsheets write it
 constexpr const char* kNoNumber = "is not a number";
 
 using Fields = std::vector<std::string_view>;
@@ -174,12 +175,18 @@ public:
         field = Unquoted(field);
         if (field.starts_with('+') && !field.starts_with("+-")) field.remove_prefix(1);
         std::array<char, 64> copy;
+        if (field.starts_with(kMinusSign) && field.size() < copy.size()) {
+            copy[0] = '-';
+            field.remove_prefix(kMinusSign.size());
+            std::ranges::copy(field, copy.begin() + 1);
+            field = std::string_view(copy.data(), field.size() + 1);
+        }
         std::size_t mark = field.find('.');
         if (mark != std::string_view::npos) {
             pointSeen_ = true;
         } else if ((mark = field.find(',')) != std::string_view::npos && field.size() < copy.size()) {
             commaSeen_ = true;
-            std::ranges::copy(field, copy.begin());
+            if (field.data() != copy.data()) std::ranges::copy(field, copy.begin());
             copy[mark] = '.';
             field = std::string_view(copy.data(), field.size());
         }
