@@ -238,6 +238,8 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx synth high.txt -o x.vdf2", 1, "cannot synthesise 'high.txt': its level of 1e+307 at 20 Hz leaves the range of numbers\n"},
     WrongCase{"kvx synth low.txt -o x.vdf2", 1, "cannot synthesise 'low.txt': its rms is too small for a signal\n"},
     WrongCase{"kvx synth profile.txt -o x.vdf2 --rms 1e200", 1, "cannot synthesise 'profile.txt': the squares of the signal leave the range"},
+    WrongCase{"kvx units convert 1e308 g m/s2", 1, "'1e308' g leaves the range of numbers in m/s2\n"},
+    WrongCase{"kvx show-value 1e308 g", 1, "'1e308' g leaves the range of numbers\n"},
     WrongCase{"kvx synth profile.txt -o x.vdf2 --rms 1e308", 1, "cannot synthesise 'profile.txt': the squares of the signal leave the range"},
     WrongCase{"kvx profile high.txt --lines 1,99 -o x.vdf2", 1, "cannot read 'high.txt': its rms leaves the range of numbers\n"},
     WrongCase{"kvx plot psd.vdf2 -o x.svg --profile high.txt", 1, "cannot draw 'high.txt': its level of 1e+307 at 20 Hz leaves"},

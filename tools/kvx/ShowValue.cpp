@@ -3,6 +3,7 @@
 // kvx show-value: a value as the suite shows it, in every unit of its dimension.
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -59,6 +60,8 @@ void RunShowValue(const ShowOptions& options, ByteStream& out) {
     const bool isTemperature = DimensionOf(from) == CUnitCtrl::DIM_TEMPERATURE;
     const bool isAbsolute = from.IsSingle() && !options.isDifference;
     const double held = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
+    if (!std::isfinite(held))
+        throw Failure(Quote(options.value) + " " + options.unit + " leaves the range of numbers");
     const CValConv::UNIT_SUFFIX suffix = RequireSuffix(options.suffix, from);
     std::optional<std::wstring> format;
     if (options.format && !(format = FromUtf8(*options.format)))

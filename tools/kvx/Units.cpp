@@ -3,6 +3,7 @@
 // kvx units: the dimensions and units of the suite, and conversion between them.
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -129,6 +130,10 @@ void RunConvert(const UnitsOptions& options, ByteStream& out) {
     }
     const int absolute = from.IsSingle();
     const double converted = to.ConvDtoI(from.ConvItoD(value, 1.0, absolute), 1.0, absolute);
+    if (!std::isfinite(converted)) {
+        throw Failure(Quote(options.value) + " " + options.from + " leaves the range of numbers in " +
+                      UnitText(to));
+    }
     WriteText(out, FormatExact(converted) + " " + UnitText(to) + "\n");
 }
 
