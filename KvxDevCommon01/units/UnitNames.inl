@@ -4,6 +4,10 @@
 // dimension plus a 1-based number; it is stored in files and never changes its meaning. Each row here has one
 // in UnitTable.cpp, which the compiler checks.
 
+#ifndef KVX_UNIT
+#define KVX_UNIT(name, code)  // alone it declares nothing
+#endif
+
 // clang-format off
 // DIM_ACCELERATION
 KVX_UNIT(kGalLowercase,                     0x00010001)  // gal
