@@ -168,7 +168,7 @@ TEST(DataFileNames, TakeMemoryByTheSizeOfTheFile) {
     kvx::DataFileReader file;
     ASSERT_TRUE(file.Open(path.c_str()));
     EXPECT_EQ(file.GetRecords()[0].fields.rowNames, CStringArray{L"n"});
-    EXPECT_LT(FailingMemory::largest, 4 * kNames);
+    EXPECT_LT(FailingMemory::largest.load(), 4 * kNames);
 }
 
 INSTANTIATE_TEST_SUITE_P(Generations, DataFileStream, testing::Values(&CurrentFile, &FirstFile, &OtherFile));

@@ -3,7 +3,7 @@
 // How tests let memory run out. One file of the program includes FailingMemory.h, which makes it so.
 #pragma once
 
-#include <algorithm>
+#include <atomic>
 #include <cstddef>
 
 /// While it lives, `allowed` allocations succeed and every later one fails.
@@ -18,11 +18,13 @@ public:
     FailingMemory& operator=(const FailingMemory&) = delete;
 
     static bool RunsOut(std::size_t size) {
-        largest = std::max(largest, size);
+        for (std::size_t seen = largest; seen < size && !largest.compare_exchange_weak(seen, size);) {
+        }
         return isActive_ && left_-- <= 0;
     }
 
-    static inline std::size_t largest = 0;  ///< the most bytes asked for at once, since it was set to 0
+    /// The most bytes asked for at once, by any thread, since it was set to 0.
+    static inline std::atomic<std::size_t> largest = 0;
 
 private:
     static inline int left_ = 0;
