@@ -55,8 +55,12 @@ TEST(CodePage, BytesAreDecodedOrRefusedOrReplaced) {
     }
 }
 
-TEST(CodePage, EveryByteOfATextOfWrongBytesIsReplaced) {
-    const std::size_t size = 20'000;
+TEST(CodePage, ATextOfNothingButWrongBytesTakesNoLongerThanItsLength) {
+#ifdef __SANITIZE_THREAD__
+    const std::size_t size = 20'000;  // the sanitizer looks at all that is left of the text for each byte
+#else
+    const std::size_t size = 2'000'000;
+#endif
     EXPECT_EQ(kvx::DecodeCodePageReplacing(std::string(size, '\xFF'), 932), std::wstring(size, L'\u30FB'));
 }
 
