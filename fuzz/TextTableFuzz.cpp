@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "Failure.h"
-#include "ProfileText.h"
-#include "TextTable.h"
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxRecording01/ProfileText.h>
+#include <KvxRecording01/TextTable.h>
 
-using namespace kvx::tool;
+using namespace kvx;
 
 namespace {
 
@@ -29,8 +29,8 @@ template <typename Read>
 void ReadOrRefuse(Read read) {
     try {
         read();
-    } catch (const Reason& reason) {
-        const std::string sentence = reason.what();
+    } catch (const Error& error) {
+        const std::string sentence = error.what();
         Check(!sentence.empty() && std::ranges::none_of(sentence, [](char c) { return c >= 0 && c < ' '; }));
     }
 }
@@ -46,9 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::vector<std::string> encodings = EncodingNames();
     options.codePage = CodePageOf(encodings[(data[0] >> 3) % encodings.size()]);
     ReadOrRefuse([&] {
-        Progress progress("");
         const auto open = [&] { return std::make_unique<kvx::MemoryStream>(std::as_bytes(std::span(text))); };
-        const std::unique_ptr<RecordingReader> reader = OpenTextTable(open, options, progress);
+        const std::unique_ptr<RecordingReader> reader = OpenTextTable(open, options);
         const RecordingInfo& recording = reader->Info();
         Check(recording.samples > 0 && !recording.channels.empty());
         std::vector<double> samples(recording.channels.size());

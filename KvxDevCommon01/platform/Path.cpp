@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 
 namespace kvx {
@@ -56,6 +58,11 @@ std::optional<std::string> HostPath(std::wstring_view path) {
     std::string host = ToUtf8(path);
     std::replace(host.begin(), host.end(), '\\', '/');
     return host;
+}
+
+std::wstring WidePath(std::string_view path) {
+    if (std::optional<std::wstring> wide = FromUtf8(path)) return *std::move(wide);
+    throw Error(ErrorKind::kBadValue, "the name is not valid UTF-8");
 }
 
 std::optional<std::wstring> Environment(const char* name) {

@@ -38,6 +38,9 @@ KVX_API std::optional<std::wstring> JoinPath(const PathParts& parts);
 /// another computer's share (two backslashes first).
 KVX_API std::optional<std::string> HostPath(std::wstring_view path);
 
+/// A path given in UTF-8 as the library takes it. Throws Error (kBadValue) when it is not UTF-8.
+KVX_API std::wstring WidePath(std::string_view path);
+
 /// An environment variable as wide text; no value when it is not set.
 KVX_API std::optional<std::wstring> Environment(const char* name);
 

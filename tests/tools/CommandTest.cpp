@@ -11,10 +11,10 @@
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 
-#include "Failure.h"
 #include "ToolRun.h"
+#include "cli/Failure.h"
 
-using kvx::tool::Quote;
+using kvx::Quote;
 using testing::HasSubstr;
 using testing::StartsWith;
 

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include <KvxDevCommon01/files/DataFile.h>
+#include <KvxRecording01/FileContent.h>
 
-#include "FileContent.h"
 #include "ToolRun.h"
 
 using testing::EndsWith;
@@ -246,7 +246,7 @@ TEST(Content, OfATextIsATextHoweverItBegins) {
          {"ID3,a\n1,2\n", "PAR1\tPAR2\n1\t2\n", "    -1\n    58\n    12\n", "MATLAB 5\n1\n", "dns.a,b\n1,2\n",
           "RIFF,WAVE\n1,2\n", "PK,b\n1,2\n", "\xFF\xE3\xEE\xE4\n1\n", "\xFF\xFE\x31", "FORM,AIFF\n1,2\n",
           ".snd\n1\n", "0\n0\n", "BZh9\n1\n"}) {
-        EXPECT_EQ(kvx::tool::RecognizeContent(text).name, "") << text;
+        EXPECT_EQ(kvx::RecognizeContent(text).name, "") << text;
     }
 }
 

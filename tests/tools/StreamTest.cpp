@@ -18,13 +18,14 @@
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/DataFile.h>
 
-#include "Failure.h"
-#include "Processes.h"
-#include "Signal.h"
-#include "SignalWriter.h"
-#include "Stream.h"
 #include "ToolRun.h"
+#include "cli/Failure.h"
+#include "commands/Processes.h"
+#include "commands/Signal.h"
+#include "commands/SignalWriter.h"
+#include "commands/Stream.h"
 
+using namespace kvx;
 using namespace kvx::tool;
 using testing::StartsWith;
 

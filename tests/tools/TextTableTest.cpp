@@ -11,16 +11,17 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxRecording01/ProfileText.h>
+#include <KvxRecording01/TextTable.h>
 
-#include "Failure.h"
-#include "Format.h"
-#include "Options.h"
-#include "ProfileText.h"
-#include "TextTable.h"
-#include "UnitChoice.h"
+#include "cli/Format.h"
+#include "cli/Options.h"
+#include "commands/UnitChoice.h"
 
 using namespace std::string_literals;
+using namespace kvx;
 using namespace kvx::tool;
 
 namespace {
@@ -53,13 +54,11 @@ std::string Describe(RecordingReader& recording) {
 
 /// What comes of a text: the description, or the sentence that refuses it.
 std::string Outcome(const std::string& text, const TextOptions& options = {}) {
-    Progress progress("");
     try {
         return Describe(*OpenTextTable(
-            [&] { return std::make_unique<kvx::MemoryStream>(std::as_bytes(std::span(text))); }, options,
-            progress));
-    } catch (const Reason& reason) {
-        return reason.what();
+            [&] { return std::make_unique<kvx::MemoryStream>(std::as_bytes(std::span(text))); }, options));
+    } catch (const Error& error) {
+        return error.what();
     }
 }
 
@@ -220,8 +219,8 @@ std::string AxisOutcome(const std::vector<double>& times, double resolution, std
         const TimeAxis axis = SettleAxis(recording, rate, "--rate", &notes);
         return FormatNumber(axis.rateHz, 9) + " " + std::to_string(axis.offset) +
                (notes.empty() ? "" : ": " + notes.front());
-    } catch (const Reason& reason) {
-        return reason.what();
+    } catch (const Error& error) {
+        return error.what();
     }
 }
 
@@ -253,7 +252,7 @@ TEST(ChannelChoice, TakesNumbersRangesAndNames) {
     EXPECT_THAT(ChooseChannels("3-1", names), testing::ElementsAre(2));
     for (const char* wrong :
          {"0", "5", "2-1", "1-99999999999", "1-", "x", "1,", "-1", "1,1", "99999999999999999999"}) {
-        EXPECT_THROW(ChooseChannels(wrong, names), Reason) << wrong;
+        EXPECT_THROW(ChooseChannels(wrong, names), Error) << wrong;
     }
 }
 
@@ -278,8 +277,8 @@ TEST(ProfileText, IsRefusedWithTheLine) {
         try {
             ParseProfileText(text);
             ADD_FAILURE() << text;
-        } catch (const Reason& reason) {
-            EXPECT_STREQ(reason.what(), sentence) << text;
+        } catch (const Error& error) {
+            EXPECT_STREQ(error.what(), sentence) << text;
         }
     }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "CommandLine.h"
+#include "cli/CommandLine.h"
 
 int main(int argc, char** argv) {
     return kvx::tool::RunCommandLine(argc, argv);

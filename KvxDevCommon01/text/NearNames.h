@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+//
+// The name that was meant: commands, options, values and units that a mistyped one is near to.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <KvxDevCommon01/Export.h>
+
+namespace kvx {
+
+/// " (did you mean 'm/s2' or 'mm/s'?)": those of the names (UTF-8), at most three, that the change of a
+/// character or two leads to, nearest first; empty when there is none. Case does not count.
+KVX_API std::string DidYouMean(std::string_view text, const std::vector<std::string>& names);
+
+}  // namespace kvx

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+//
+// What sentences for a person are made of, in UTF-8 and independent of the locale: numbers, counts, and names
+// and values from outside that may hold anything.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <KvxDevCommon01/Export.h>
+
+namespace kvx {
+
+/// At most `digits` significant digits (1 to 17), trailing zeros dropped: "0.000605", "1.25e-07".
+KVX_API std::string FormatNumber(double value, int digits = 6);
+
+/// The shortest text that reads back as the same double.
+KVX_API std::string FormatExact(double value);
+
+/// "1 channel", "3 channels".
+KVX_API std::string Count(long long number, std::string_view noun);
+
+/// Text from outside made fit for a terminal: control characters, those that change the direction of writing,
+/// and bytes that are not UTF-8 are written as \xNN, so that it stays on its line.
+KVX_API std::string Printable(std::string_view text);
+
+/// Text from outside made fit for a sentence: Printable, in quotes, and cut in the middle where it is longer
+/// than about 60 characters; the name of a file at its end is kept.
+KVX_API std::string Quote(std::string_view text);
+KVX_API std::string Quote(std::wstring_view text);
+
+}  // namespace kvx

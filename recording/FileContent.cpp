@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/FileContent.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
+namespace kvx {
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Magic {
+    std::string_view bytes;  ///< '?' stands for any byte
+    FileContent content;
+};
+
+// clang-format off
+constexpr Magic kMagics[] = {
+    {"RIFF????WAVE"sv,                     {"a WAV file", SoundFormat::wav}},
+    {"RIFX????WAVE"sv,                     {"a WAV file", SoundFormat::wav}},
+    {"RF64????WAVE"sv,                     {"an RF64 file", SoundFormat::rf64}},
+    {"riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv, {"a Wave64 file", SoundFormat::wave64}},
+    {"FORM????AIFF"sv,                     {"an AIFF file", SoundFormat::aiff}},
+    {"FORM????AIFC"sv,                     {"an AIFF file", SoundFormat::aiff}},
+    {".snd\0"sv,                           {"an AU file", SoundFormat::au}},
+    {"dns.??\0\0"sv,                       {"an AU file", SoundFormat::au}},
+    {"caff\0\1"sv,                         {"a CAF file", SoundFormat::caf}},
+    {"fLaC"sv,                             {"a FLAC file", SoundFormat::flac}},
+    {"MATLAB 5.0 MAT-file"sv,              {"a MATLAB file"}},
+    {"MATLAB 7.3 MAT-file"sv,              {"a MATLAB file"}},
+    {"\x89HDF\r\n\x1A\n"sv,                {"an HDF5 file"}},
+    {"CDF\1"sv,                            {"a NetCDF file"}},
+    {"CDF\2"sv,                            {"a NetCDF file"}},
+    {"TDSm?\0\0\0"sv,                    {"a TDMS file"}},
+    {"\x93NUMPY"sv,                        {"a NumPy file"}},
+    {"PAR1\x15"sv,                         {"a Parquet file"}},
+    {"SQLite format 3\0"sv,                {"an SQLite database"}},
+    {"PK\3\4"sv,                           {"a ZIP archive, as XLSX and NPZ files are"}},
+    {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, {"an office document of an old kind, as XLS files are"}},
+    {"\x1F\x8B"sv,                         {"a gzip archive"}},
+    {"BZh?1AY&SY"sv,                       {"a bzip2 archive"}},
+    {"\xFD" "7zXZ\0"sv,                    {"an XZ archive"}},
+    {"\x28\xB5\x2F\xFD"sv,                 {"a Zstandard archive"}},
+    {"7z\xBC\xAF\x27\x1C"sv,               {"a 7z archive"}},
+    {"Rar!\x1A\7"sv,                       {"a RAR archive"}},
+    {"%PDF-"sv,                            {"a PDF file"}},
+    {"{\\rtf"sv,                           {"an RTF document"}},
+    {"\x89PNG\r\n\x1A\n"sv,                {"a PNG picture"}},
+    {"\xFF\xD8\xFF"sv,                     {"a JPEG picture"}},
+    {"GIF8?a"sv,                           {"a GIF picture"}},
+    {"ID3\2"sv,                            {"an MP3 file"}},
+    {"ID3\3"sv,                            {"an MP3 file"}},
+    {"ID3\4"sv,                            {"an MP3 file"}},
+    {"OggS\0"sv,                           {"an Ogg file"}},
+    {"\0\0\0?ftyp"sv,                      {"an MP4 file"}},
+    {"\x1A\x45\xDF\xA3"sv,                 {"a Matroska file"}},
+    {"RIFF????AVI "sv,                     {"an AVI file"}},
+    {"BW64????WAVE"sv,                     {"a BW64 file"}},
+    {"NIST_1A\n"sv,                        {"a SPHERE sound file"}},
+    {"Creative Voice File\x1A"sv,          {"a VOC sound file"}},
+};
+// clang-format on
+
+bool StartsWith(std::string_view begin, std::string_view magic) {
+    return begin.size() >= magic.size() &&
+           std::ranges::equal(begin.substr(0, magic.size()), magic,
+                              [](char byte, char expected) { return expected == '?' || byte == expected; });
+}
+
+std::uint32_t Word(std::string_view bytes, std::size_t at, bool bigEndian) {
+    std::uint32_t word = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[at + i]);
+        word |= std::uint32_t{byte} << 8 * (bigEndian ? 3 - i : i);
+    }
+    return word;
+}
+
+/// A level 4 file has no mark. It begins with the header of a matrix: five words and a name.
+bool IsMatlabLevel4(std::string_view begin) {
+    constexpr std::size_t kName = 20;
+    if (begin.size() < kName) return false;
+    for (const bool bigEndian : {false, true}) {
+        const std::uint32_t type = Word(begin, 0, bigEndian) - (bigEndian ? 1000 : 0);
+        const std::uint32_t isComplex = Word(begin, 12, bigEndian);
+        const std::uint32_t nameBytes = Word(begin, 16, bigEndian);
+        if (type / 10 > 5 || type % 10 > 2 || isComplex > 1 || nameBytes < 2 || nameBytes > 64) continue;
+        if (begin.find('\0', kName) == kName + nameBytes - 1) return true;
+    }
+    return false;
+}
+
+/// Whether the header of a frame of layer III stands in front. A text may begin with its bytes, but holds no
+/// 0.
+bool IsMp3(std::string_view begin) {
+    if (begin.size() < 4 || begin.find('\0') == begin.npos) return false;
+    const std::uint32_t head = Word(begin, 0, true);
+    const bool isVersion = (head >> 19 & 3) != 1;
+    const bool isRate = (head >> 12 & 15) != 15 && (head >> 10 & 3) != 3;
+    return head >> 21 == 0x7FF && isVersion && (head >> 17 & 3) == 1 && isRate;
+}
+
+/// A line from the front of `*text`, without the blanks behind it.
+std::string_view TakeLine(std::string_view* text) {
+    const std::size_t end = std::min(text->find('\n'), text->size());
+    std::string_view line = text->substr(0, end);
+    text->remove_prefix(std::min(end + 1, text->size()));
+    return line.substr(0, line.find_last_not_of(" \r") + 1);
+}
+
+/// Whether a line is a whole number in the first six columns, as a Fortran format I6 writes it.
+bool IsSixColumnNumber(std::string_view line) {
+    return line.size() == 6 &&
+           line.find_first_not_of("0123456789", line.find_first_not_of(" -")) == line.npos;
+}
+
+/// The delimiter of a dataset, its number and the first record of it, which is more than a number of six
+/// columns: that would be a table of one column.
+bool IsUniversalFile(std::string_view begin) {
+    if (TakeLine(&begin) != "    -1") return false;
+    const std::string_view dataset = TakeLine(&begin);
+    if (dataset.substr(0, 7) == "    58b") return true;
+    return IsSixColumnNumber(dataset) && !IsSixColumnNumber(TakeLine(&begin));
+}
+
+}  // namespace
+
+FileContent RecognizeContent(std::string_view begin) {
+    const auto row =
+        std::ranges::find_if(kMagics, [&](const Magic& m) { return StartsWith(begin, m.bytes); });
+    if (row != std::end(kMagics)) return row->content;
+    if (IsMp3(begin)) return {"an MP3 file"};
+    if (IsMatlabLevel4(begin)) return {"a MATLAB file"};
+    if (IsUniversalFile(begin)) return {"a universal file (UFF)"};
+    return {};
+}
+
+}  // namespace kvx

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+//
+// A recording as a text table or a sound file holds it, before its axis and its units are settled: what the
+// file says of it, and its samples block by block, however long it is.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Types.h>
+#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxRecording01/Export.h>
+
+namespace kvx {
+
+/// What an axis needs to know of a time column, in seconds.
+struct TimeStamps {
+    struct Stray {
+        __int64 index;
+        double stamp;
+    };
+
+    __int64 count = 0;
+    double first = 0.0;
+    double last = 0.0;
+    double resolution = 0.0;     ///< what the last decimal stands for
+    std::optional<Stray> stray;  ///< the first stamp that stands where it should not
+
+    /// Mean distance of stamps, of which there must be two.
+    double Step() const { return (last - first) / static_cast<double>(count - 1); }
+    /// Where even spacing would put a stamp.
+    double Expected(__int64 index) const { return first + static_cast<double>(index) * Step(); }
+    /// Whether stamps rise and none strays by more than the resolution and 1 % of a step.
+    bool IsEven() const { return count >= 2 && Step() > 0.0 && !stray; }
+};
+
+/// Finds the first stray of stamps whose number, ends and resolution are known, as they pass in their order.
+class KVX_RECORDING_API StrayFinder {
+public:
+    explicit StrayFinder(TimeStamps* stamps);
+    void Add(double stamp);
+
+private:
+    TimeStamps* stamps_;
+    double tolerance_ = 0.0;
+    double previous_ = 0.0;
+    __int64 index_ = 0;
+};
+
+struct RecordingInfo {
+    struct Channel {
+        std::wstring name;              ///< empty where the file gives none
+        std::optional<CUnitCtrl> unit;  ///< where the file states one that is known
+        std::wstring unknownUnit;       ///< what the file states instead
+    };
+    std::vector<Channel> channels;
+    __int64 samples = 0;               ///< of each channel, 1 or more
+    double rateHz = 0.0;               ///< as the file states it; 0 where it does not
+    bool hasFullScale = false;         ///< whether samples are parts of a full scale, read as 1.0
+    std::optional<TimeStamps> stamps;  ///< of the time column, when there is one
+    std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
+    std::vector<std::string> remarks;  ///< sentences on what was assumed of the file
+};
+
+class KVX_RECORDING_API RecordingReader {
+public:
+    virtual ~RecordingReader() = default;
+    RecordingReader(const RecordingReader&) = delete;
+    RecordingReader& operator=(const RecordingReader&) = delete;
+
+    const RecordingInfo& Info() const { return info_; }
+    /// Delivers the next samples, at most `room` of each channel, in the unit of the channel, and returns how
+    /// many; 0 at the end. There is a target per channel, null for one that is not wanted. Throws Error.
+    virtual std::size_t Read(std::span<double* const> targets, std::size_t room) = 0;
+    /// Where the file has a sample of those that Read delivered last, both 0-based: "line 7, column 2".
+    virtual std::string Place(std::size_t channel, std::size_t index) const = 0;
+
+protected:
+    RecordingReader() = default;
+
+    RecordingInfo info_;
+};
+
+/// Where the samples stand: sample i at (offset + i) / rateHz seconds.
+struct TimeAxis {
+    double rateHz = 0.0;
+    __int64 offset = 0;
+};
+
+/// The axis by the given rate (Hz), else by the file's rate, else by the first and last time stamp. Appends
+/// sentences about what was assumed; throws Error when there is no rate or the stamps are uneven. The rate
+/// is given with the option `rateName`.
+KVX_RECORDING_API TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz,
+                                      const std::string& rateName, std::vector<std::string>* notes);
+
+}  // namespace kvx

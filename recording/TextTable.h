@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+//
+// Recordings from text: comma, semicolon, tab or blank separated columns with or without headings and a time
+// column, decimal point or comma, and the measurement text files of data loggers (.lvm), whose header blocks
+// are read for what they say of the columns. Numbers become the nearest double.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include <KvxDevCommon01/platform/Progress.h>
+#include <KvxRecording01/Export.h>
+#include <KvxRecording01/Recording.h>
+#include <KvxRecording01/TextLines.h>
+
+namespace kvx {
+
+/// What the person states because a text cannot say it.
+struct TextOptions {
+    /// Whether the first column is the time; without a statement headings and spacing decide.
+    std::optional<bool> firstColumnIsTime;
+    /// A comma inside a number is the decimal mark even where it could separate columns.
+    bool decimalComma = false;
+    /// The code page of the text; 0 for UTF-8, what a byte-order mark says, or a guess for headings.
+    unsigned int codePage = 0;
+};
+
+/// Goes through a whole text, so that what is wrong with it is told before it is read: throws Error naming
+/// the line and column. Of the text no more than a line is kept.
+KVX_RECORDING_API std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options,
+                                                                 const ProgressFunction& progress = {});
+
+}  // namespace kvx

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "cli/Options.h"
+
+namespace kvx::tool {
+
+Option& Option::Required() {
+    option_->required();
+    return *this;
+}
+
+Option& Option::Type(const std::string& name) {
+    option_->type_name(name);
+    return *this;
+}
+
+Option& Option::Values(int count) {
+    option_->type_size(count);
+    return *this;
+}
+
+Option& Option::Check(const Complaint& complaint) {
+    option_->check(complaint);
+    return *this;
+}
+
+Option& Option::OneOf(const std::vector<std::string>& values) {
+    const auto complain = [values](const std::string& text) {
+        return std::ranges::find(values, text) != values.end() ? std::string() : NoSuchName(text, values);
+    };
+    std::string list = "{";
+    for (const std::string& value : values) list += (list.size() > 1 ? "," : "") + value;
+    option_->check(CLI::Validator(complain, list + "}"));
+    return *this;
+}
+
+Option& Option::ShowDefault() {
+    option_->capture_default_str();
+    return *this;
+}
+
+Command Command::AddCommand(const std::string& name, const std::string& description) {
+    app_->require_subcommand(0, 1);
+    return {app_->add_subcommand(name, description), action_};
+}
+
+template <typename Target>
+Option Command::AddOption(const std::string& names, Target& target, const std::string& description) {
+    CLI::Option* option = app_->add_option(names, target, description);
+    if constexpr (std::is_same_v<Target, std::vector<std::string>>) option->allow_extra_args(false);
+    return Option(option);
+}
+
+#define KVX_OPTION_TARGET(Target) \
+    template Option Command::AddOption(const std::string&, Target&, const std::string&)
+KVX_OPTION_TARGET(std::string);
+KVX_OPTION_TARGET(std::optional<std::string>);
+KVX_OPTION_TARGET(std::vector<std::string>);
+KVX_OPTION_TARGET(double);
+KVX_OPTION_TARGET(std::optional<double>);
+KVX_OPTION_TARGET(std::int64_t);
+KVX_OPTION_TARGET(std::optional<std::int64_t>);
+KVX_OPTION_TARGET(std::uint32_t);
+KVX_OPTION_TARGET(std::size_t);
+#undef KVX_OPTION_TARGET
+
+Option Command::AddFlag(const std::string& name, bool& target, const std::string& description) {
+    return Option(app_->add_flag(name, target, description));
+}
+
+void Command::SetFooter(const std::string& text) {
+    app_->footer(text);
+}
+
+void Command::OnRun(Action action) {
+    // A command within a command comes first and is the one that is meant.
+    app_->callback([action = std::move(action), target = action_] {
+        if (!*target) *target = action;
+    });
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+#include "cli/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <ranges>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/text/NearNames.h>
+
+#include "cli/Failure.h"
+#include "cli/Format.h"
+#include "cli/Interrupts.h"
+#include "cli/Output.h"
+#include "cli/StandardStreams.h"
+#include "commands/Commands.h"
+
+namespace kvx::tool {
+namespace {
+
+int Report(const std::string& sentence, ExitStatus status) {
+    std::fprintf(stderr, "kvx: %s\n", Printable(sentence).c_str());
+    return status;
+}
+
+/// A complaint about the command line as a sentence that points to the help of the command it is about.
+int ReportUsage(const CLI::App& app, std::string complaint, ExitStatus status) {
+    const auto commands = app.get_subcommands();
+    const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
+    while (complaint.ends_with('\n') || complaint.ends_with('.')) complaint.pop_back();
+    return Report(complaint + "; see 'kvx" + command + " --help'", status);
+}
+
+std::vector<std::string> CommandNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    return names;
+}
+
+/// What is wrong with the arguments that no option of the command has taken; empty when there are none.
+std::string ExplainExtras(const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    const CLI::App& command = commands.empty() ? app : *commands.front();
+    std::vector<std::string> extras = app.remaining(true);
+    const auto end = std::ranges::find(extras, "--");  // behind it stand values, however they begin
+    for (auto extra = extras.begin(); extra != end; ++extra) {
+        if (extra->size() < 2 || !extra->starts_with('-')) continue;
+        const std::string name = extra->substr(0, extra->find('='));
+        std::vector<std::string> options;
+        for (const CLI::Option* option : command.get_options()) {
+            for (const std::string& known : option->get_lnames()) options.push_back("--" + known);
+        }
+        return "there is no option " + Quote(name) + DidYouMean(name, options);
+    }
+    if (end != extras.end()) extras.erase(end);
+    if (extras.empty()) return {};
+    // The name of a command within the command was taken for a value of it.
+    for (const CLI::Option* option : command.get_options()) {
+        if (!option->get_positional() || option->count() == 0) continue;
+        const std::string& value = option->results().front();
+        const std::string near = DidYouMean(value, CommandNames(command));
+        if (near.empty()) continue;
+        std::string words = command.get_name();
+        words += ' ';
+        words += value;
+        return "there is no command " + Quote(words) + near;
+    }
+    return "the argument " + Quote(extras.front()) + " is one too many";
+}
+
+/// The parser would only say that something was not expected.
+void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
+    if (argc < 2) throw UsageError("a command is missing");
+    const std::string first = argv[1];
+    const auto named =
+        app.get_subcommands([&](const CLI::App* command) { return command->check_name(first); });
+    if (!first.starts_with('-') && named.empty()) {
+        throw UsageError("there is no command " + Quote(first) + DidYouMean(first, CommandNames(app)));
+    }
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, const char* const* argv) {
+    CLI::App app("Imports, describes, analyses and exports vibration data files (.vdf2).", "kvx");
+    app.set_version_flag("--version", "kvx " KVX_VERSION);
+    app.get_formatter()->column_width(28);
+    app.footer(
+        "'kvx COMMAND --help' tells more about a command and ends with an example. A file called - is\n"
+        "standard input or standard output.");
+    Action action;
+    for (const auto add :
+         {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddResample, AddExport, AddPlot,
+          AddSpectrogram, AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
+        add(Command(&app, &action));
+    }
+
+    // A file that grows beyond the limit set for it is a failed write, not the end of the process.
+    std::signal(SIGXFSZ, SIG_IGN);
+    RemoveUnfinishedFilesOnSignals();
+
+    try {
+        try {
+            RequireCommand(app, argc, argv);
+            app.parse(argc, argv);
+        } catch (const CLI::CallForHelp&) {
+            action = [&](ByteStream& stream) { WriteText(stream, app.help()); };
+        } catch (const CLI::CallForVersion& version) {
+            const std::string text = version.what();
+            action = [text](ByteStream& stream) { WriteText(stream, text + "\n"); };
+        }
+        action(StandardOutput());
+        return kDone;
+    } catch (const CLI::ValidationError& error) {
+        return ReportUsage(app, error.what(), kFailed);
+    } catch (const CLI::ConversionError& error) {
+        return ReportUsage(app, error.what(), kFailed);
+    } catch (const ValueError& error) {
+        return ReportUsage(app, error.what(), kFailed);
+    } catch (const CLI::ParseError& error) {
+        // An unknown option comes before one that is missing, which its value may have been meant for.
+        const std::string extras = ExplainExtras(app);
+        return ReportUsage(app, extras.empty() ? error.what() : extras, kWrongUsage);
+    } catch (const UsageError& error) {
+        return ReportUsage(app, error.what(), kWrongUsage);
+    } catch (const Failure& failure) {
+        return Report(failure.what(), kFailed);
+    } catch (const CFileException& error) {
+        // Every file is opened on behalf of a sentence of its own; what is left is standard output.
+        return Report("cannot write to standard output: " + Explain(Error(error)), kFailed);
+    } catch (const std::exception&) {
+        return Report(Error::Current().what(), kFailed);
+    }
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+//
+// Tables as text.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/text/PlainText.h>
+
+namespace kvx::tool {
+
+/// A code with at least `digits` hexadecimal digits: "0x20011", "0x00010004".
+std::string HexCode(unsigned int code, std::size_t digits = 1);
+
+/// Columns of a printed table: text is set left, numbers are set right.
+enum class Align { left, right };
+
+/// Lines of cells, each Printable, with two blanks between columns, as wide as a terminal shows them; each
+/// line is indented by two.
+std::string FormatTable(const std::vector<Align>& columns,
+                        const std::vector<std::vector<std::string>>& lines);
+
+}  // namespace kvx::tool

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include "cli/Options.h"
+
+#include <charconv>
+#include <cmath>
+#include <functional>
+#include <numeric>
+#include <optional>
+#include <system_error>
+
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/NearNames.h>
+
+#include "cli/Format.h"
+
+namespace kvx::tool {
+namespace {
+
+std::optional<double> ParseNumber(std::string_view text) {
+    double value = 0.0;
+    if (text.starts_with('+')) text.remove_prefix(1);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+/// A check that the text is a number for which `holds`; "'abc' is not WANTED" otherwise.
+Complaint NumberCheck(const std::string& wanted, const std::function<bool(double)>& holds) {
+    return [wanted, holds](const std::string& text) {
+        const std::optional<double> value = ParseNumber(text);
+        return value && holds(*value) ? std::string() : Quote(text) + " is not " + wanted;
+    };
+}
+
+/// A 1-based number from the start of `*text`, which is left behind it.
+std::optional<std::size_t> TakeIndex(std::string_view* text) {
+    std::size_t value = 0;
+    const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), value);
+    if (error != std::errc()) return std::nullopt;
+    text->remove_prefix(static_cast<std::size_t>(end - text->data()));
+    return value;
+}
+
+}  // namespace
+
+Complaint PositiveNumber() {
+    return NumberCheck("a number above 0", [](double v) { return std::isfinite(v) && v > 0.0; });
+}
+
+Complaint NonNegativeNumber() {
+    return NumberCheck("a number of 0 or more", [](double v) { return std::isfinite(v) && v >= 0.0; });
+}
+
+Complaint WholeNumber(std::int64_t least, std::int64_t most) {
+    const std::string wanted = "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
+    return NumberCheck(wanted, [=](double v) {
+        return v == std::floor(v) && v >= static_cast<double>(least) && v <= static_cast<double>(most);
+    });
+}
+
+Complaint FiniteNumber() {
+    return NumberCheck("a number", [](double v) { return std::isfinite(v); });
+}
+
+std::string JoinList(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+std::string NoSuchName(std::string_view name, const std::vector<std::string>& names) {
+    const std::string near = DidYouMean(name, names);
+    return "there is no " + Quote(name) + (near.empty() ? ", only " + JoinList(names) : near);
+}
+
+double ParseArgument(std::string_view text) {
+    const std::optional<double> value = ParseNumber(text);
+    if (!value || !std::isfinite(*value)) throw ValueError(Quote(text) + " is not a number");
+    return *value;
+}
+
+std::vector<std::string> SplitList(std::string_view list) {
+    std::vector<std::string> pieces;
+    for (std::size_t begin = 0; begin <= list.size();) {
+        const std::size_t end = std::min(list.find(',', begin), list.size());
+        pieces.emplace_back(list.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return pieces;
+}
+
+std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count) {
+    std::vector<std::string> pieces = SplitList(list);
+    if (pieces.size() == 1) pieces.resize(count, pieces.front());
+    if (pieces.size() != count) {
+        throw ValueError(std::string(option) + " gives " + Count(std::ssize(pieces), "value") + " for " +
+                         Count(static_cast<long long>(count), "channel"));
+    }
+    return pieces;
+}
+
+std::vector<std::size_t> ChooseChannels(std::string_view choice, const std::vector<std::wstring>& names) {
+    std::vector<std::size_t> chosen;
+    if (choice.empty()) {
+        chosen.resize(names.size());
+        std::iota(chosen.begin(), chosen.end(), std::size_t{0});
+        return chosen;
+    }
+    for (const std::string& piece : SplitList(choice)) {
+        const auto named = std::ranges::find(names, FromUtf8(piece).value_or(L""));
+        if (!piece.empty() && named != names.end()) {
+            chosen.push_back(static_cast<std::size_t>(named - names.begin()));
+            continue;
+        }
+        std::string_view rest = piece;
+        const std::optional<std::size_t> first = TakeIndex(&rest);
+        std::optional<std::size_t> last = first;
+        if (first && rest.starts_with('-')) {
+            rest.remove_prefix(1);
+            last = TakeIndex(&rest);
+        }
+        if (!first || !last || !rest.empty() || *first < 1 || *last < *first || *last > names.size()) {
+            throw Error(ErrorKind::kBadValue, "there is no channel " + Quote(piece) + " among its " +
+                                                  Count(std::ssize(names), "channel"));
+        }
+        for (std::size_t number = *first; number <= *last; ++number) chosen.push_back(number - 1);
+    }
+    for (auto at = chosen.begin(); at != chosen.end(); ++at) {
+        if (std::find(chosen.begin(), at, *at) != at) {
+            throw Error(ErrorKind::kBadValue, "channel " + std::to_string(*at + 1) + " is chosen twice");
+        }
+    }
+    return chosen;
+}
+
+}  // namespace kvx::tool

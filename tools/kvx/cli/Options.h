@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+//
+// Pieces of the command line that several commands share.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <ranges>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/Command.h"
+#include "cli/Failure.h"
+
+namespace kvx::tool {
+
+/// Checks of an option's text.
+Complaint PositiveNumber();
+Complaint NonNegativeNumber();
+Complaint FiniteNumber();
+Complaint WholeNumber(std::int64_t least, std::int64_t most);
+
+/// "hold, zeros, periodic"
+std::string JoinList(const std::vector<std::string>& names);
+
+/// "there is no 'hol' (did you mean 'hold'?)", or with all names where none is near.
+std::string NoSuchName(std::string_view name, const std::vector<std::string>& names);
+
+/// The names of a table's rows, as a list or as text: "hold, zeros, periodic".
+template <std::ranges::range Table>
+std::vector<std::string> NameList(const Table& table) {
+    std::vector<std::string> names;
+    for (const auto& row : table) names.emplace_back(row.name);
+    return names;
+}
+template <std::ranges::range Table>
+std::string Names(const Table& table) {
+    return JoinList(NameList(table));
+}
+
+/// The row of that name; throws ValueError naming `option` when there is none.
+template <std::ranges::range Table>
+const auto& Choose(const Table& table, const std::string& option, const std::string& name) {
+    const auto found = std::ranges::find(table, name, [](const auto& row) { return row.name; });
+    if (found == std::ranges::end(table)) {
+        throw ValueError(option + ": " + NoSuchName(name, NameList(table)));
+    }
+    return *found;
+}
+
+/// A number as an argument writes it: decimal point, no blanks; throws ValueError ("'abc' is not a number").
+double ParseArgument(std::string_view text);
+
+/// The pieces of a comma list; one empty piece for an empty text.
+std::vector<std::string> SplitList(std::string_view list);
+
+/// `values` spread over `count` receivers: one for all, or one each; throws ValueError naming `option`
+/// otherwise.
+std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count);
+
+/// 0-based positions of the chosen channels, in the order of the choice. `choice` is a comma list of names,
+/// 1-based numbers and ranges "2-4"; empty chooses all. Throws Error when it names a channel that is not
+/// there.
+std::vector<std::size_t> ChooseChannels(std::string_view choice, const std::vector<std::wstring>& names);
+
+}  // namespace kvx::tool

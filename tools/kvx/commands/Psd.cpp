@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx psd: averaged power spectral densities.
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/MatSpec.h>
+
+#include "cli/Options.h"
+#include "commands/Analysis.h"
+#include "commands/Commands.h"
+#include "commands/UnitChoice.h"
+
+namespace kvx::tool {
+namespace {
+
+__int64 CalculatePsd(const Signal& signal, double* real, double*) {
+    AveragedSpectrum average;
+    CDataArrayDouble psd;
+    if (!average.Begin(signal.window, signal.overlap)) throw std::bad_alloc();
+    average.Add(signal.samples);
+    if (!average.GetPsd(signal.rateHz, &psd)) throw std::bad_alloc();
+    std::copy_n(psd.GetData(), psd.GetNum(), real);
+    return average.GetNumBlocks();
+}
+
+double PsdRms(double* levels, __int64 count, __int64, double spacingHz, double) {
+    return CMatSpec::CalcPsdRms(levels, count, spacingHz, 0, 0);
+}
+
+}  // namespace
+
+void AddPsd(Command app) {
+    const auto options = std::make_shared<AnalysisOptions>();
+    Command command = app.AddCommand("psd", "Averaged power spectral density of time waveforms");
+    AddAnalysisOptions(command, options.get());
+    command
+        .AddOption("--cutoff", options->cutoffHz,
+                   "Lowest frequency of the motion (default: that of the first line above 0 Hz)")
+        .Type("HZ")
+        .Check(NonNegativeNumber());
+    command.SetFooter(
+        "One-sided density in the square of the channel's unit per hertz, averaged over all full blocks; no\n"
+        "mean or trend is removed. The rms is that of the lines in the band.\n\n"
+        "Accelerations also get the rms of acceleration, velocity (mm/s) and displacement (mm) of the lines "
+        "in\n"
+        "the band from --cutoff on. What an offset and drift leave in the lowest lines grows with 1/f^2 and\n"
+        "1/f^4 there: cut off at a few line spacings or more. Q of a peak is its frequency over the width "
+        "at\n"
+        "half its density, \"-\" when the lines do not fall that far on both sides; the window widens "
+        "narrow\n"
+        "peaks to about two lines.\n\n"
+        "Example:\n"
+        "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
+        "  kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20\n"
+        "  kvx psd random.vdf2 -o random-psd.vdf2 --block 2048 --from 20 --to 2000 --peaks 3");
+    const LineMethod method = {false, true, DensityUnit, CalculatePsd, PsdRms};
+    command.OnRun([=](ByteStream& out) { RunAnalysis(*options, method, out); });
+}
+
+}  // namespace kvx::tool

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+//
+// kvx resample: another sampling rate for signals of any length, by the suite's multi-rate filters.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/Failure.h"
+#include "cli/Format.h"
+#include "cli/Options.h"
+#include "cli/Output.h"
+#include "cli/StandardStreams.h"
+#include "commands/Commands.h"
+#include "commands/Processes.h"
+#include "commands/Stream.h"
+
+namespace kvx::tool {
+namespace {
+
+struct ResampleOptions {
+    StreamOptions stream;
+    std::optional<std::int64_t> down;
+    std::optional<std::int64_t> up;
+    std::optional<double> rateHz;
+    bool keepDelay = false;
+    std::string ends = "hold";
+};
+
+/// Every change of the rate, from the most samples to the fewest.
+std::vector<RateChange> AllChanges() {
+    std::vector<RateChange> changes;
+    for (int code = CMatMrf::OVS_RAT_500; code > CMatMrf::OVS_RAT_1; --code) {
+        changes.push_back({CMatFir::RATE_INTERPOLATE, static_cast<CMatMrf::OVS_RAT>(code)});
+    }
+    changes.push_back({});
+    for (int code = CMatMrf::OVS_RAT_2; code <= CMatMrf::OVS_RAT_500; ++code) {
+        changes.push_back({CMatFir::RATE_DECIMATE, static_cast<CMatMrf::OVS_RAT>(code)});
+    }
+    return changes;
+}
+
+double RateAfter(const RateChange& change, double rateHz) {
+    const auto ratio = static_cast<double>(change.Ratio());
+    return change.mode == CMatFir::RATE_INTERPOLATE ? rateHz * ratio : rateHz / ratio;
+}
+
+/// "3000 Hz (--down 16)"
+std::string ChangeText(const RateChange& change, double rateHz) {
+    const std::string text = FormatNumber(RateAfter(change, rateHz), 10) + " Hz";
+    if (change.mode == CMatFir::RATE_NONE) return text;
+    return text + (change.mode == CMatFir::RATE_INTERPOLATE ? " (--up " : " (--down ") +
+           std::to_string(change.Ratio()) + ")";
+}
+
+RateChange ChangeBy(const std::string& option, CMatFir::RATE_CONV mode, std::int64_t ratio) {
+    for (const RateChange& change : AllChanges()) {
+        if (change.Ratio() == ratio && (change.mode == mode || ratio == 1)) return change;
+    }
+    std::string ratios;
+    for (const RateChange& change : AllChanges()) {
+        if (change.mode == CMatFir::RATE_DECIMATE) ratios += ", " + std::to_string(change.Ratio());
+    }
+    throw ValueError(option + ": " + std::to_string(ratio) + " is not one of the ratios 1" + ratios);
+}
+
+/// The change that leads from one rate to another, to the accuracy of a sampling clock.
+RateChange ChangeTo(double rateHz, double fromHz) {
+    constexpr double kClockAccuracy = 1e-6;
+    const std::vector<RateChange> changes = AllChanges();
+    for (const RateChange& change : changes) {
+        if (std::abs(RateAfter(change, fromHz) / rateHz - 1.0) <= kClockAccuracy) return change;
+    }
+    const auto below = std::ranges::find_if(
+        changes, [&](const RateChange& change) { return RateAfter(change, fromHz) < rateHz; });
+    std::string nearest;
+    if (below != changes.end()) nearest = ChangeText(*below, fromHz);
+    if (below != changes.begin()) {
+        nearest += (nearest.empty() ? "" : " and ") + ChangeText(*std::prev(below), fromHz);
+    }
+    throw Error(ErrorKind::kBadValue, "no ratio leads from its rate of " + FormatNumber(fromHz, 10) +
+                                          " Hz to " + FormatNumber(rateHz, 10) +
+                                          " Hz; the nearest that can be reached: " + nearest);
+}
+
+RateChange ChooseChange(const ResampleOptions& options, const SignalRun& run) {
+    if (options.down) return ChangeBy("--down", CMatFir::RATE_DECIMATE, *options.down);
+    if (options.up) return ChangeBy("--up", CMatFir::RATE_INTERPOLATE, *options.up);
+    return ChangeTo(*options.rateHz, 1.0 / run.delta);
+}
+
+std::string RunText(const SignalRun& before, const ResampledRun& after, bool keepDelay) {
+    // Where the pass band of the filters ends, of the lower rate.
+    constexpr double kPassBand = 1.0 / 2.56;
+    const double bandHz = kPassBand / std::max(before.delta, after.run.delta);
+    return "record " + std::to_string(before.record) + ": " + Count(std::ssize(before.channels), "channel") +
+           " of " + Count(before.samples, "sample") + " at " + FormatNumber(1.0 / before.delta, 10) +
+           " Hz become " + std::to_string(after.run.samples) + " at " +
+           FormatNumber(1.0 / after.run.delta, 10) + " Hz, band up to " + FormatNumber(bandHz) +
+           " Hz, delay of " + FormatNumber(after.delaySeconds) + " s " + (keepDelay ? "kept" : "taken out") +
+           "\n";
+}
+
+void RunResample(const ResampleOptions& options, ByteStream& out) {
+    if (int{options.down.has_value()} + int{options.up.has_value()} + int{options.rateHz.has_value()} != 1) {
+        throw UsageError("one of --down, --up and --rate is required");
+    }
+    const Ends ends = Choose(kEndNames, "--ends", options.ends).ends;
+    const std::string& input = options.stream.input;
+    const std::unique_ptr<SignalReader> reader = OpenInput("resample", options.stream);
+    std::vector<RateChange> changes;
+    std::vector<ResampledRun> plans;
+    std::vector<SignalRun> runs;
+    std::string report;
+    __int64 growth = 1;
+    Doing("resample", input, [&] {
+        for (const SignalRun& run : reader->Runs()) {
+            changes.push_back(ChooseChange(options, run));
+            plans.push_back(PlanResampling(run, changes.back(), options.keepDelay));
+            runs.push_back(plans.back().run);
+            report += RunText(run, plans.back(), options.keepDelay);
+            if (changes.back().mode == CMatFir::RATE_INTERPOLATE)
+                growth = std::max(growth, changes.back().Ratio());
+        }
+    });
+    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
+    const auto process = [&](std::size_t run, std::size_t) {
+        return MakeResampler(changes[run], plans[run].alignment, ends);
+    };
+    Stream({"resample", input, options.stream.output.name}, *reader, *writer, process,
+           kStreamBlock / static_cast<std::size_t>(growth));
+    WriteText(ReportStream(options.stream.output.name, out), report);
+}
+
+}  // namespace
+
+void AddResample(Command app) {
+    const auto options = std::make_shared<ResampleOptions>();
+    Command command = app.AddCommand("resample", "Change the sampling rate of time waveforms of any length");
+    AddStreamFiles(command, &options->stream);
+    command.AddOption("--down", options->down, "Divide the rate by 2, 4, 5, 8, 10 ... up to 500")
+        .Type("RATIO");
+    command.AddOption("--up", options->up, "Multiply the rate by such a ratio").Type("RATIO");
+    command.AddOption("--rate", options->rateHz, "The new rate, where one of the ratios leads to it")
+        .Type("HZ")
+        .Check(PositiveNumber());
+    command.AddFlag("--keep-delay", options->keepDelay,
+                    "Leave the delay of the filters in the signal, as a filter at work has it");
+    command.AddOption("--ends", options->ends, "What the signal is outside its ends: " + Names(kEndNames))
+        .Type("NAME")
+        .ShowDefault();
+    AddStreamOptions(command, "--input-rate", &options->stream);
+    command.SetFooter(
+        "Ratios: 1, 2, 4, 5, 8, 10, 16, 20, 25, 32, 40, 50, 80, 100, 160, 200, 250, 320, 400, 500. The "
+        "band up\n"
+        "to the lower rate over 2.56 passes. Samples stand at whole multiples of their distance from 0 s, so "
+        "that\n"
+        "every event stays at its time. Files are read and written block by block, however long they "
+        "are.\n\n"
+        "Example:\n"
+        "  awk 'BEGIN { for (i = 0; i < 8000; ++i) print sin(0.02 * i) }' > sine.txt\n"
+        "  kvx import sine.txt -o sine.vdf2 --rate 8000 --unit g --name sine\n"
+        "  kvx resample sine.vdf2 -o slow.vdf2 --down 8\n"
+        "  kvx resample slow.vdf2 -o fast.vdf2 --rate 8000\n"
+        "  kvx resample sine.txt -o sine.wav --input-rate 8000 --up 2");
+    command.OnRun([=](ByteStream& out) { RunResample(*options, out); });
+}
+
+}  // namespace kvx::tool

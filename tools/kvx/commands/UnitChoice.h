@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+//
+// Units as the command line names them.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxDevCommon01/units/ValConv.h>
+
+namespace kvx::tool {
+
+/// The unit named by an argument (UTF-8), among several of one name that of `hint`'s dimension. Throws
+/// ValueError, which suggests near names, when there is none.
+CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint = std::nullopt);
+
+/// The amplitude suffix of that name: none, 0-p, p-p, rms or, for what is customary for the unit, usual.
+/// Throws ValueError for any other.
+CValConv::UNIT_SUFFIX RequireSuffix(std::string_view name, const CUnitCtrl& unit);
+
+}  // namespace kvx::tool
