@@ -16,16 +16,21 @@
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Profile.h>
 #include <KvxDevCommon01/platform/Program.h>
+#include <KvxDevCommon01/platform/Progress.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
 
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
+
+#include <KvxDevCommon01/text/NearNames.h>
+#include <KvxDevCommon01/text/PlainText.h>
 
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Samples.h>
 
 #include <KvxDevCommon01/units/UnitNames.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>

@@ -19,6 +19,7 @@
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Profile.h>
 #include <KvxDevCommon01/platform/Program.h>
+#include <KvxDevCommon01/platform/Progress.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/platform/Thread.h>
 #include <KvxDevCommon01/platform/Types.h>
@@ -31,6 +32,8 @@
 #include <KvxDevCommon01/text/Character.h>
 #include <KvxDevCommon01/text/ConvData.h>
 #include <KvxDevCommon01/text/ItemInfo.h>
+#include <KvxDevCommon01/text/NearNames.h>
+#include <KvxDevCommon01/text/PlainText.h>
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
@@ -42,6 +45,7 @@
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
 #include <KvxDevCommon01/units/UnitNames.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxDevCommon01/units/ValConv.h>
 

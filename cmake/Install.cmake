@@ -8,13 +8,17 @@ install(TARGETS KvxDevCommon01 EXPORT KvxDevCommon01Targets
     FILE_SET generated_headers)
 install(EXPORT KvxDevCommon01Targets NAMESPACE KvxDevCommon01:: DESTINATION ${package_dir})
 
-if(TARGET KvxPlot01)
-    # An export of its own: programs without plots need nothing of what it stands on.
-    install(TARGETS KvxPlot01 EXPORT KvxPlot01Targets
-        FILE_SET HEADERS
-        FILE_SET generated_headers)
-    install(EXPORT KvxPlot01Targets NAMESPACE KvxDevCommon01:: DESTINATION ${package_dir})
-endif()
+# Exports of their own: programs need nothing of what the libraries stand on that they do not use.
+set(libraries "")
+foreach(library KvxRecording01 KvxPlot01)
+    if(TARGET ${library})
+        list(APPEND libraries ${library})
+        install(TARGETS ${library} EXPORT ${library}Targets
+            FILE_SET HEADERS
+            FILE_SET generated_headers)
+        install(EXPORT ${library}Targets NAMESPACE KvxDevCommon01:: DESTINATION ${package_dir})
+    endif()
+endforeach()
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KvxDevCommon01Config.cmake.in
     ${PROJECT_BINARY_DIR}/KvxDevCommon01Config.cmake INSTALL_DESTINATION ${package_dir})
@@ -27,19 +31,12 @@ install(FILES
 
 # The prefix is found from where the .pc file lies, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-set(pc_definitions "")
-if(NOT BUILD_SHARED_LIBS)
-    set(pc_definitions " -DKVXDEVCOMMON01_STATIC_DEFINE")
-endif()
-set(packages KvxDevCommon01)
-set(plot_definitions "")
-if(TARGET KvxPlot01)
-    list(APPEND packages KvxPlot01)
+foreach(package KvxDevCommon01 ${libraries})
+    set(pc_definitions "")
     if(NOT BUILD_SHARED_LIBS)
-        set(plot_definitions " -DKVXPLOT01_STATIC_DEFINE")
+        string(TOUPPER ${package} upper_name)
+        set(pc_definitions " -D${upper_name}_STATIC_DEFINE")
     endif()
-endif()
-foreach(package ${packages})
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
