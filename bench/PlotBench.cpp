@@ -43,7 +43,7 @@ void Plot(benchmark::State& state, PictureFormat format, bool isLogarithmic, boo
     scale.m_bXLog = scale.m_bYLog = isLogarithmic;
     const CGraphInfo info;
     GraphContent content;
-    content.series = {{samples.data(), nullptr, param.m_x.num, hasXValues ? x.data() : nullptr}};
+    content.series = {{samples, {}, hasXValues ? std::span<const double>(x) : std::span<const double>()}};
     for (auto _ : state) {
         std::string bytes;
         const PictureResult result = MakePicture(

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <optional>
 #include <utility>
 
 #include <KvxDevCommon01/data/DataArray.h>
@@ -80,7 +79,7 @@ float Blend(float first, float second, float weight) {
     return std::lerp(first, second, weight);
 }
 
-/// Held values become shown ones.
+/// Standard values become shown ones.
 void Show(const CValConv* shown, std::vector<double>& values) {
     if (shown != nullptr) ToShown(*shown, values);
 }
@@ -102,9 +101,10 @@ public:
         for (std::size_t i = 0; i < row.size(); ++i) {
             const Origin& origin = columns_[i];
             const bool isBlend = origin.weight > 0.0F;
-            const double* const first = samples.y + origin.first;
-            first_[i] = Largest(first, isBlend ? 1 : origin.count);
-            second_[i] = isBlend ? Largest(first + 1, 1) : 0.0;
+            const auto first = static_cast<std::size_t>(origin.first);
+            const auto count = static_cast<std::size_t>(isBlend ? 1 : origin.count);
+            first_[i] = Largest(samples.y.subspan(first, count));
+            second_[i] = isBlend ? Largest(samples.y.subspan(first + 1, 1)) : 0.0;
         }
         Show(samples.shownY, first_);
         Show(samples.shownY, second_);
@@ -128,14 +128,11 @@ private:
 
     /// Slices usually lie at the same X; then the columns' origins are found only once.
     void FindColumns(const CurveSamples& samples) {
-        const Places wanted{samples.y != nullptr ? std::max<__int64>(samples.count, 0) : 0, samples.x,
-                            samples.start, samples.step, samples.shownX};
+        const Places wanted{samples.Count(), samples.x.data(), samples.start, samples.step, samples.shownX};
         if (places_ == wanted) return;
         places_ = wanted;
         std::vector<double> places(static_cast<std::size_t>(wanted.count));
-        for (std::size_t i = 0; i < places.size(); ++i)
-            places[i] =
-                wanted.x != nullptr ? wanted.x[i] : wanted.start + static_cast<double>(i) * wanted.step;
+        for (std::size_t i = 0; i < places.size(); ++i) places[i] = samples.XAt(static_cast<__int64>(i));
         Show(wanted.shown, places);
         double farthest = -std::numeric_limits<double>::infinity();
         for (double& place : places) place = farthest = std::fmax(farthest, frame_.x.ToPixel(place));
@@ -143,10 +140,10 @@ private:
     }
 
     /// The largest of some samples; NaN when there is none.
-    static double Largest(const double* samples, __int64 count) {
+    static double Largest(std::span<const double> samples) {
         // The no-value marker is the lowest of all values, and nothing is above NaN.
         double largest = kNoValue<double>;
-        for (__int64 i = 0; i < count; ++i) largest = samples[i] > largest ? samples[i] : largest;
+        for (const double sample : samples) largest = sample > largest ? sample : largest;
         return largest > kNoValue<double> ? largest : std::numeric_limits<double>::quiet_NaN();
     }
 
@@ -158,7 +155,7 @@ private:
     std::span<const CurveSamples> slices_;
     const MapFrame& frame_;
     AxisMapping scale_;
-    std::optional<Places> places_;
+    Places places_{.count = -1};  // of no slice yet
     std::vector<Origin> columns_;
     std::vector<double> first_;  // of each column the largest sample, or the first of two to be blended
     std::vector<double> second_;

@@ -37,9 +37,10 @@ void ForEachShown(const CurveSamples& samples, const IndexRange& range, __int64 
         const auto filled = static_cast<std::size_t>(std::min(left, static_cast<__int64>(x.size())));
         for (std::size_t i = 0; i < filled; ++i) {
             const __int64 index = first + static_cast<__int64>(i) * stride;
-            x[i] = samples.x != nullptr ? samples.x[index] : samples.XAt(index);
-            const bool isGap = samples.y[index] == kNoValue<double> || x[i] == kNoValue<double>;
-            y[i] = isGap ? std::numeric_limits<double>::quiet_NaN() : samples.y[index];
+            x[i] = samples.XAt(index);
+            y[i] = samples.YAt(index);
+            if (x[i] == kNoValue<double> || y[i] == kNoValue<double>)
+                y[i] = std::numeric_limits<double>::quiet_NaN();
         }
         if (samples.shownX != nullptr) ToShown(*samples.shownX, std::span(x).first(filled));
         if (samples.shownY != nullptr) ToShown(*samples.shownY, std::span(y).first(filled));
@@ -51,8 +52,8 @@ void ForEachShown(const CurveSamples& samples, const IndexRange& range, __int64 
 /// Calls `use` with each `stride`-th sample that the frame may show, and `skip` where there is a gap.
 template <typename Use, typename Skip>
 void ForEachSample(const CurveSamples& samples, const CurveFrame& frame, __int64 stride, Use use, Skip skip) {
-    if (samples.y == nullptr || samples.count < 1) return;
-    stride = std::clamp<__int64>(stride, 1, samples.count);
+    if (samples.Count() == 0) return;
+    stride = std::clamp<__int64>(stride, 1, samples.Count());
     const IndexRange visible =
         SamplesWithin(samples, frame.x.ToValue(frame.plot.left), frame.x.ToValue(frame.plot.right));
     ForEachShown(samples, visible, stride, [&](double x, double y, __int64 index) {
@@ -98,45 +99,45 @@ public:
 
     void Add(Point point) {
         const double column = std::floor(point.x / columnWidth_);
-        if (held_ != 0 && column == column_) {
-            if (point.y < low_.point.y) low_ = {point, held_};
-            if (point.y > high_.point.y) high_ = {point, held_};
-            last_ = {point, held_};
-            ++held_;
+        if (gathered_ != 0 && column == column_) {
+            if (point.y < low_.point.y) low_ = {point, gathered_};
+            if (point.y > high_.point.y) high_ = {point, gathered_};
+            last_ = {point, gathered_};
+            ++gathered_;
             return;
         }
         Flush();
         column_ = column;
         first_ = low_ = high_ = last_ = {point, 0};
-        held_ = 1;
+        gathered_ = 1;
     }
     void Break() {
         Flush();
         sink_.Break();
     }
     void Flush() {
-        if (held_ == 0) return;
+        if (gathered_ == 0) return;
         const bool isLowFirst = low_.order < high_.order;
         __int64 done = -1;
-        for (const Held& held : {first_, isLowFirst ? low_ : high_, isLowFirst ? high_ : low_, last_}) {
-            if (held.order <= done) continue;
-            sink_.Add(held.point);
-            done = held.order;
+        for (const Extreme& extreme : {first_, isLowFirst ? low_ : high_, isLowFirst ? high_ : low_, last_}) {
+            if (extreme.order <= done) continue;
+            sink_.Add(extreme.point);
+            done = extreme.order;
         }
-        held_ = 0;
+        gathered_ = 0;
     }
 
 private:
-    struct Held {
+    struct Extreme {
         Point point;
         __int64 order = 0;
     };
 
     double columnWidth_;
     Sink& sink_;
-    __int64 held_ = 0;
+    __int64 gathered_ = 0;
     double column_ = 0.0;
-    Held first_, low_, high_, last_;
+    Extreme first_, low_, high_, last_;
 };
 
 /// Joins points by lines and keeps what lies within a rectangle.
@@ -221,26 +222,30 @@ double BarBase(const CurveFrame& frame) {
 }  // namespace
 
 IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double shownTo) {
-    IndexRange range{0, samples.count};
-    if (samples.x != nullptr) return range;
-    const auto held = [&](double shown) {
-        return samples.shownX != nullptr ? ToHeld(*samples.shownX, shown) : shown;
+    IndexRange range{0, samples.Count()};
+    if (!samples.IsEven()) return range;
+    const auto stored = [&](double shown) {
+        return samples.shownX != nullptr ? ToStandard(*samples.shownX, shown) : shown;
     };
-    const double from = held(shownFrom);
-    const double to = held(shownTo);
-    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step,
-                         {samples.y, static_cast<std::size_t>(samples.count)}, &range) == 0) {
+    const double from = stored(shownFrom);
+    const double to = stored(shownTo);
+    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step, samples.y,
+                         &range) == 0) {
         return {0, 0};
     }
     // The bounds may be a rounding error off, and a step begins one sample earlier.
-    const __int64 end = std::min(samples.count, range.first + range.count + 1);
+    const __int64 end = std::min(samples.Count(), range.first + range.count + 1);
     range.first = std::max<__int64>(0, range.first - 1);
     range.count = end - range.first;
     return range;
 }
 
-double CurveSamples::ShownX(double held) const {
-    return shownX != nullptr ? ToShown(*shownX, held) : held;
+__int64 CurveSamples::Count() const {
+    return std::ssize(IsEven() ? y : y.first(std::min(x.size(), y.size())));
+}
+
+double CurveSamples::ShownXAt(__int64 index) const {
+    return shownX != nullptr ? ToShown(*shownX, XAt(index)) : XAt(index);
 }
 
 void CurveExtent::Include(const CurveExtent& other) {
@@ -257,16 +262,16 @@ void CurveExtent::Include(const CurveExtent& other) {
 }
 
 CurveExtent ExtentOfX(const CurveSamples& samples) {
-    if (samples.y == nullptr || samples.count < 1) return {};
+    if (samples.Count() == 0) return {};
     ExtentScan scan;
-    ForEachShown(samples, {0, samples.count}, 1, [&](double x, double y, __int64) {
+    ForEachShown(samples, {0, samples.Count()}, 1, [&](double x, double y, __int64) {
         if (!std::isnan(y)) scan.Add(x);
     });
     return scan.GetExtent();
 }
 
 CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange& x) {
-    if (samples.y == nullptr || samples.count < 1) return {};
+    if (samples.Count() == 0) return {};
     ExtentScan scan;
     ExtentScan around;
     Point previous{x.low, std::numeric_limits<double>::quiet_NaN()};
@@ -301,8 +306,8 @@ Path StepPath(const CurveSamples& samples, const CurveFrame& frame) {
     std::optional<Sample> previous;
     // An evenly spaced sample counts up to where the next one would be.
     const auto holdLast = [&] {
-        if (!previous || samples.x != nullptr) return;
-        const double next = samples.ShownX(samples.XAt(previous->index + 1));
+        if (!previous || !samples.IsEven()) return;
+        const double next = samples.ShownXAt(previous->index + 1);
         const double pixel = std::clamp(frame.x.ToPixel(next), -kFarthestPixel, kFarthestPixel);
         if (!std::isnan(pixel)) reducer.Add({pixel, previous->pixel.y});
     };
@@ -338,15 +343,11 @@ Path BarPath(const CurveSamples& samples, const CurveFrame& frame) {
         if (seen.IsEmpty()) return;
         path.Append(Path::Around(seen));
     };
-    const auto pixelOfX = [&](__int64 index) {
-        const double held = samples.x != nullptr ? samples.x[index] : samples.XAt(index);
-        return frame.x.ToPixel(samples.ShownX(held));
-    };
+    const auto pixelOfX = [&](__int64 index) { return frame.x.ToPixel(samples.ShownXAt(index)); };
     // A bar reaches nearly half-way to its neighbours, at the ends as far as to the other side.
     const auto halfWidths = [&](__int64 index, double x) {
-        const bool isEven = samples.x == nullptr;
-        const bool hasNext = isEven || index + 1 < samples.count;
-        const bool hasPrevious = isEven || index > 0;
+        const bool hasNext = samples.IsEven() || index + 1 < samples.Count();
+        const bool hasPrevious = samples.IsEven() || index > 0;
         double left = hasPrevious ? x - pixelOfX(index - 1) : 0.0;
         double right = hasNext ? pixelOfX(index + 1) - x : left;
         if (!hasPrevious) left = right;

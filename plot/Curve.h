@@ -4,6 +4,9 @@
 // column of pixels, and no peak is lost. Pure functions, safe from any thread.
 #pragma once
 
+#include <cstddef>
+#include <span>
+
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/ValConv.h>
@@ -14,18 +17,23 @@ namespace kvx::plot {
 
 /// The samples of a curve, which stay where they are. No-value and NaN are gaps.
 struct KVX_PLOT_API CurveSamples {
-    const double* y = nullptr;
-    __int64 count = 0;
-    const double* x = nullptr;  ///< null: sample i lies at start + i * step
+    std::span<const double> y = {};
+    std::span<const double> x = {};  ///< X of each sample; empty: sample i lies at start + i * step
     double start = 0.0;
     double step = 1.0;
-    const CValConv* shownX = nullptr;  ///< how held values become shown ones; null: they are
+    const CValConv* shownX = nullptr;  ///< how standard values become shown ones; null: they are
     const CValConv* shownY = nullptr;
 
-    /// X as shown.
-    double ShownX(double held) const;
-    /// X of an evenly spaced sample, as held.
-    double XAt(__int64 index) const { return start + static_cast<double>(index) * step; }
+    /// Samples with both an X and a Y.
+    __int64 Count() const;
+    bool IsEven() const { return x.empty(); }
+    /// X of a sample as it is stored; evenly spaced samples go on beyond either end.
+    double XAt(__int64 index) const {
+        return IsEven() ? start + static_cast<double>(index) * step : x[static_cast<std::size_t>(index)];
+    }
+    double YAt(__int64 index) const { return y[static_cast<std::size_t>(index)]; }
+    /// The same as shown.
+    double ShownXAt(__int64 index) const;
 };
 
 enum class CurveShape {

@@ -44,8 +44,7 @@ bool CanBeDrawn(const GraphView& view) {
     // The product of the counts may be more than a number holds.
     if (num % param.m_z.num != 0 || num / param.m_z.num != param.m_series.num) return false;
     if (Shown(param, *view.scale).count < 1) return false;
-    return std::ranges::all_of(slices,
-                               [](const GraphSeries& s) { return s.real != nullptr && s.count >= 1; });
+    return std::ranges::all_of(slices, detail::IsComplete);
 }
 
 /// The graph with its slices side by side: in two dimensions, a pane for each series, which has them as its

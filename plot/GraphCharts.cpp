@@ -7,7 +7,7 @@
 #include <numbers>
 #include <utility>
 
-#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxPlot01/LineLook.h>
@@ -86,10 +86,10 @@ double Derived(Part part, double real, double imaginary) {
 }
 
 /// Takes the jumps by whole turns out of phases in radians; gaps are passed over.
-void Unwrap(std::vector<double>* phases) {
+void Unwrap(std::span<double> phases) {
     constexpr double kTurn = 2.0 * std::numbers::pi;
     double last = std::numeric_limits<double>::quiet_NaN();
-    for (double& phase : *phases) {
+    for (double& phase : phases) {
         if (phase == kNoValue<double> || !std::isfinite(phase)) continue;
         if (!std::isnan(last)) phase -= std::round((phase - last) / kTurn) * kTurn;
         last = phase;
@@ -183,44 +183,39 @@ private:
     // ---- Samples ----
 
     /// A part of a series' samples: the real part itself, anything else derived into `derived_`.
-    const double* Values(const GraphSeries& series, Part part) {
+    std::span<const double> Values(const GraphSeries& series, Part part) {
         if (part == Part::kReal) return series.real;
-        std::vector<double>& values = charts_.derived_.emplace_back();
-        values.reserve(static_cast<std::size_t>(series.count));
-        for (__int64 i = 0; i < series.count; ++i) {
-            const double imaginary = series.imaginary != nullptr ? series.imaginary[i] : 0.0;
-            values.push_back(Derived(part, series.real[i], imaginary));
+        std::vector<double>& values = charts_.derived_.emplace_back(series.real.size());
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const double imaginary = series.imaginary.empty() ? 0.0 : series.imaginary[i];
+            values[i] = Derived(part, series.real[i], imaginary);
         }
-        if (part == Part::kUnwrappedPhase) Unwrap(&values);
-        return values.data();
+        if (part == Part::kUnwrappedPhase) Unwrap(values);
+        return values;
     }
 
-    CurveSamples SamplesOver(const GraphSeries& series, const double* values, const CValConv& shownY) const {
+    CurveSamples SamplesOver(const GraphSeries& series, std::span<const double> values,
+                             const CValConv& shownY) const {
         CurveSamples samples;
         samples.y = values;
-        samples.count = series.count;
         samples.shownX = &x_;
         samples.shownY = &shownY;
-        if (series.x != nullptr) {
+        if (!series.x.empty()) {
             samples.x = series.x;
             return samples;
         }
         if (param_.m_x.interval == 0.0) {
-            samples.x = param_.m_x.values.GetData();
-            samples.count = std::min(samples.count, param_.m_x.values.GetNum());
+            samples.x = Samples(param_.m_x.values);
         } else {
             samples.start = param_.m_x.start + static_cast<double>(param_.m_x.offset) * param_.m_x.interval;
             samples.step = param_.m_x.interval;
         }
         const bool hasFirst = (param_.m_x.option & Param::X_WITHOUT_FIRST) == 0;
-        if (hasFirst || samples.count < 1) return samples;
-        ++samples.y;
-        --samples.count;
-        if (samples.x != nullptr) {
-            ++samples.x;
-        } else {
-            samples.start += samples.step;
-        }
+        if (hasFirst || samples.Count() == 0) return samples;
+        samples.y = samples.y.subspan(1);
+        // Without a sample left there is no X either, which would be an even spacing.
+        if (!samples.IsEven()) samples.x = samples.x.subspan(samples.y.empty() ? 0 : 1);
+        samples.start += samples.step;
         return samples;
     }
 
@@ -246,7 +241,7 @@ private:
             if (source.special && isPhaseBelow && isPhaseLine != IsPhase(part)) continue;
             const CValConv* shownY = IsPhase(part) ? &angle_ : &y_;
             ChartCurve curve = NewCurve(k, shownY);
-            const double* values = Values(source, source.special ? Part::kReal : part);
+            const std::span<const double> values = Values(source, source.special ? Part::kReal : part);
             curve.samples = SamplesOver(source, values, *shownY);
             chart->curves.push_back(std::move(curve));
         }
@@ -264,11 +259,9 @@ private:
             curve.isOnSecondAxis = false;
             curve.samples.shownX = curve.samples.shownY = &y_;
             curve.samples.x = SeriesAt(k).real;
-            curve.samples.count = SeriesAt(k).count;
             if (isOrbit) {
                 const GraphSeries& over = SeriesAt(series[i + 1]);
                 curve.samples.y = over.real;
-                curve.samples.count = std::min(curve.samples.count, over.count);
                 if (!NameOf(series[i + 1]).empty()) curve.name = NameOf(series[i + 1]) + L" / " + curve.name;
             } else {
                 curve.samples.y = Values(SeriesAt(k), Part::kImaginary);
@@ -299,7 +292,7 @@ private:
     /// What a curve needs of X. Bars at the ends are as wide as the others.
     static CurveExtent RoomOfX(const ChartCurve& curve) {
         CurveExtent extent = ExtentOfX(curve.samples);
-        if (curve.shape != CurveShape::kBars || curve.samples.x != nullptr || extent.IsEmpty()) return extent;
+        if (curve.shape != CurveShape::kBars || !curve.samples.IsEven() || extent.IsEmpty()) return extent;
         CurveSamples edges = curve.samples;
         edges.start -= edges.step / 2.0;
         extent.Include(ExtentOfX(edges));
@@ -358,11 +351,11 @@ private:
     }
 
     /// A value with its unit; temperatures as readings unless they are a member of a compound.
-    static std::wstring ValueText(double held, CValConv shown) {
+    static std::wstring ValueText(double value, CValConv shown) {
         CString text;
         shown.SetFmt(L"%.4g");
-        shown.GetUnit().IsSingle() ? shown.ConvTempDataToString(held, &text)
-                                   : shown.ConvDataToString(held, &text);
+        shown.GetUnit().IsSingle() ? shown.ConvTempDataToString(value, &text)
+                                   : shown.ConvDataToString(value, &text);
         return text;
     }
 
@@ -379,9 +372,8 @@ private:
         for (std::size_t i = 0; i < static_cast<std::size_t>(cells); ++i) {
             const ChartCurve& curve = chart->curves[i];
             for (const Peak& peak : FindPeaks(curve.samples, chart->x.bounds, search, most)) {
-                const double x =
-                    curve.samples.x != nullptr ? curve.samples.x[peak.index] : curve.samples.XAt(peak.index);
-                const double y = curve.samples.y[peak.index];
+                const double x = curve.samples.XAt(peak.index);
+                const double y = curve.samples.YAt(peak.index);
                 ChartMark mark{i,
                                {ToShown(*curve.samples.shownX, x), ToShown(*curve.samples.shownY, y)},
                                peak.isMaximum,
@@ -463,8 +455,7 @@ bool CanBeDrawn(const GraphView& view) {
     if (std::ssize(series) != param.m_series.num) return false;
     // Rows times columns may be more than a number holds.
     if (param.m_cells.rowNum > std::ssize(series) / param.m_cells.colNum) return false;
-    return std::ranges::all_of(series,
-                               [](const GraphSeries& s) { return s.real != nullptr && s.count >= 1; });
+    return std::ranges::all_of(series, detail::IsComplete);
 }
 
 }  // namespace

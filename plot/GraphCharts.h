@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
 // GraphCharts: a graph of the suite as charts: its parameters, scales and settings together with its samples.
-// Samples and bounds are held in standard units and shown in the graph's units.
+// Samples and bounds are in standard units; what is shown of them is in the graph's.
 #pragma once
 
 #include <deque>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,10 +23,9 @@ namespace kvx::plot {
 
 /// The samples of one series, in standard units; they stay where they are while the graph is drawn.
 struct GraphSeries {
-    const double* real = nullptr;
-    const double* imaginary = nullptr;  ///< null: all 0
-    __int64 count = 0;
-    const double* x = nullptr;  ///< X of each sample; null: as the graph's parameters say
+    std::span<const double> real = {};
+    std::span<const double> imaginary = {};  ///< as many; empty: all 0
+    std::span<const double> x = {};          ///< X of each sample; empty: as the graph's parameters say
     /// Drawn as one of the special lines instead of the colour of its line setting.
     std::optional<CGraphColorInfo::DATALINE_KIND> special = {};
 };

@@ -2,6 +2,7 @@
 #include <KvxPlot01/PeakMarks.h>
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include <KvxDevCommon01/dsp/MatBasic.h>
@@ -24,15 +25,16 @@ bool IsWanted(const Peak& peak, const Search& search) {
 }
 
 /// Every extreme of the run, maxima and minima by turns.
-std::vector<Peak> Extremes(const double* values, __int64 count, const Search& search) {
+std::vector<Peak> Extremes(std::span<const double> values, const Search& search) {
+    const __int64 count = std::ssize(values);
     double low = 0.0;
     double high = 0.0;
-    if (!CMatBasic::GetMinMax(count, values, 0, &low, &high)) return {};
+    if (!CMatBasic::GetMinMax(count, values.data(), 0, &low, &high)) return {};
     const bool isRatio = search.ThresholdKind != Search::THRESHOLD_LINEAR;
     const double depth = isRatio ? search.RatioThreshold : search.LinearThreshold;
     const auto next = [&](__int64 start, bool forward, int* isPeak) {
-        return CMatBasic::SearchPeakNotch(count, values, 0, start, forward, 1, 1, isRatio, depth, low, high,
-                                          isPeak);
+        return CMatBasic::SearchPeakNotch(count, values.data(), 0, start, forward, 1, 1, isRatio, depth, low,
+                                          high, isPeak);
     };
     std::vector<Peak> extremes;
     int isPeak = 0;
@@ -52,20 +54,21 @@ std::vector<Peak> Extremes(const double* values, __int64 count, const Search& se
 
 std::vector<Peak> FindPeaks(const CurveSamples& samples, const AxisRange& x, const Search& search,
                             __int64 most) {
-    if (samples.y == nullptr || samples.count < 2 || most < 1) return {};
+    if (samples.Count() < 2 || most < 1) return {};
     const IndexRange visible = SamplesWithin(samples, x.low, x.high);
     if (visible.count < 2) return {};
-    std::vector<Peak> peaks = Extremes(samples.y + visible.first, visible.count, search);
+    std::vector<Peak> peaks = Extremes(
+        samples.y.subspan(static_cast<std::size_t>(visible.first), static_cast<std::size_t>(visible.count)),
+        search);
     for (Peak& peak : peaks) peak.index += visible.first;
     std::erase_if(peaks, [&](const Peak& peak) {
-        const double at =
-            samples.ShownX(samples.x != nullptr ? samples.x[peak.index] : samples.XAt(peak.index));
+        const double at = samples.ShownXAt(peak.index);
         return !IsWanted(peak, search) || !(at >= x.low && at <= x.high);
     });
 
     const auto minima =
         std::stable_partition(peaks.begin(), peaks.end(), [](const Peak& p) { return p.isMaximum; });
-    const auto value = [&](const Peak& peak) { return samples.y[peak.index]; };
+    const auto value = [&](const Peak& peak) { return samples.YAt(peak.index); };
     std::stable_sort(peaks.begin(), minima,
                      [&](const Peak& a, const Peak& b) { return value(a) > value(b); });
     std::stable_sort(minima, peaks.end(), [&](const Peak& a, const Peak& b) { return value(a) < value(b); });

@@ -73,15 +73,15 @@ std::vector<CurveSamples> Joined(std::span<const CurveSamples> slices, std::size
         const std::size_t first = i * slices.size() / most;
         const std::size_t end = (i + 1) * slices.size() / most;
         CurveSamples& sum = joined.emplace_back(slices[first]);
-        std::vector<double>& largest = values->emplace_back(sum.y, sum.y + std::max<__int64>(sum.count, 0));
+        std::vector<double>& largest = values->emplace_back(sum.y.begin(), sum.y.end());
         for (const CurveSamples& slice : slices.subspan(first + 1, end - first - 1)) {
-            const std::size_t count = std::min(largest.size(), static_cast<std::size_t>(slice.count));
+            const std::size_t count = std::min(largest.size(), slice.y.size());
             for (std::size_t k = 0; k < count; ++k) {
                 // The no-value marker is the lowest of all values; NaN gives way to any other.
                 if (!(largest[k] >= slice.y[k])) largest[k] = slice.y[k];
             }
         }
-        sum.y = largest.data();
+        sum.y = largest;
     }
     return joined;
 }

@@ -100,8 +100,8 @@ AxisSetting Y2Setting(const CScaleParam& scale) {
 
 AxisRange ShownBounds(const AxisSetting& setting, const CValConv& shown, const CurveExtent& data) {
     if (setting.isAutomatic || setting.isFullRange) return AutomaticBounds(setting, data);
-    const double first = ToShown(shown, setting.held.low);
-    const double second = ToShown(shown, setting.held.high);
+    const double first = ToShown(shown, setting.standard.low);
+    const double second = ToShown(shown, setting.standard.high);
     // A unit of reciprocals turns the bounds round.
     AxisRange bounds{std::min(first, second), std::max(first, second)};
     if (setting.isSymmetric) {

@@ -16,7 +16,7 @@ namespace kvx::plot {
 struct AxisSetting {
     bool isFullRange = false;  ///< exactly what the data reach
     bool isAutomatic = false;
-    AxisRange held;  ///< bounds in the standard unit
+    AxisRange standard;  ///< bounds in the standard unit
     AxisForm form = AxisForm::kLinear;
     bool isSymmetric = false;
     bool hasRoom = false;  ///< automatic bounds lie a little beyond the data

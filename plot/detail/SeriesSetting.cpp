@@ -3,6 +3,13 @@
 
 namespace kvx::plot::detail {
 
+bool IsComplete(const GraphSeries& series) {
+    const auto isAsLong = [&](std::span<const double> values) {
+        return values.empty() || values.size() == series.real.size();
+    };
+    return !series.real.empty() && isAsLong(series.imaginary) && isAsLong(series.x);
+}
+
 bool IsCell(const CGraphParam& param, __int64 series) {
     return series / param.m_cells.colNum < param.m_cells.rowNum;
 }

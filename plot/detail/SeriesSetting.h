@@ -9,8 +9,12 @@
 #include <KvxDevCommon01/graph/GraphLineInfo.h>
 #include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/platform/Types.h>
+#include <KvxPlot01/GraphCharts.h>
 
 namespace kvx::plot::detail {
+
+/// Whether there are samples, and for each as much as for every other.
+bool IsComplete(const GraphSeries& series);
 
 /// Whether it is a cell of the data; the others accompany every pane.
 bool IsCell(const CGraphParam& param, __int64 series);

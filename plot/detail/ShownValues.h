@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Held values as shown ones and back. Temperatures are readings, not differences, unless they are a member of
-// a compound.
+// Values in the standard unit as shown ones and back. Temperatures are readings, not differences, unless they
+// are a member of a compound.
 #pragma once
 
 #include <span>
@@ -14,7 +14,7 @@ inline double ToShown(const CValConv& shown, double value) {
     return shown.ConvDtoI(value, shown.GetUnit().IsSingle());
 }
 
-inline double ToHeld(const CValConv& shown, double value) {
+inline double ToStandard(const CValConv& shown, double value) {
     return shown.ConvItoD(value, shown.GetUnit().IsSingle());
 }
 

@@ -22,8 +22,7 @@ int main(int argumentCount, char** arguments) {
     chart.y.bounds = {0.0, 16.0};
     kvx::plot::ChartCurve& curve = chart.curves.emplace_back();
     curve.name = L"squares";
-    curve.samples.y = squares.data();
-    curve.samples.count = 5;
+    curve.samples.y = squares;
 
     const CGraphColorInfo colors;
     const auto result = kvx::plot::WritePicture(path, *format, {}, [&](kvx::plot::Canvas& canvas) {

@@ -126,7 +126,7 @@ TEST(ColorMap, HasItsPixelsWhateverTheSamplesAre) {
         {kNaN, kNaN, kNaN}, {2.0, 1.0, 0.0}, {-1e308, 0.0, 1e308}, {1.0, 1.0, 1.0}};
     for (const std::vector<double>& x : wild) {
         CurveSamples samples = SamplesOf(y);
-        samples.x = x.data();
+        samples.x = x;
         const std::vector<CurveSamples> slices = {samples, CurveSamples(), samples};
         for (const AxisRange values : {AxisRange{0.0, 3.0}, {1.0, 1.0}, {kNaN, 2.0}}) {
             MapFrame frame = Frame(16, 9, 0.0, 2.0);

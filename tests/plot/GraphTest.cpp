@@ -33,8 +33,9 @@ struct Subject {
         param.m_units.y = *ParseUnit(L"g");
         param.m_series.num = 5;
         scale.m_bXAuto = 1;
-        content.series.assign(4, {kReal.data(), kImaginary.data(), 5});
-        content.series.push_back({kReal.data(), nullptr, 2, kReal.data(), CGraphColorInfo::DATALINE_LIMIT});
+        content.series.assign(4, {kReal, kImaginary});
+        content.series.push_back(
+            {std::span(kReal).first(2), {}, std::span(kReal).first(2), CGraphColorInfo::DATALINE_LIMIT});
         content.xName = L"f";
     }
 
@@ -54,7 +55,7 @@ struct Subject {
 class TestGraph : public testing::Test, protected Subject {};
 
 std::vector<double> Values(const ChartCurve& curve) {
-    return {curve.samples.y, curve.samples.y + curve.samples.count};
+    return {curve.samples.y.begin(), curve.samples.y.end()};
 }
 
 TEST_F(TestGraph, HasAPaneForAllOrPerRowColumnOrCell) {
@@ -71,7 +72,7 @@ TEST_F(TestGraph, HasAPaneForAllOrPerRowColumnOrCell) {
         for (const GraphPane& pane : charts.GetPanes()) {
             found.push_back(pane.charts.front().title);
             EXPECT_EQ(pane.charts.front().curves.size(), curves);
-            EXPECT_EQ(pane.charts.front().curves.back().samples.x, kReal.data());  // the profile
+            EXPECT_EQ(pane.charts.front().curves.back().samples.x.data(), kReal.data());  // the profile
         }
         EXPECT_EQ(found, titles);
     }
@@ -126,15 +127,15 @@ TEST_F(TestGraph, DrawsLoopsOfOneQuantityOverAnother) {
     param.m_cells.graphKind = CGraphParam::GRAPH_NYQUIST;
     const GraphCharts nyquist(View());
     const ChartCurve& loop = nyquist.GetPanes()[0].charts[0].curves[1];
-    EXPECT_EQ(loop.samples.x, kReal.data());
+    EXPECT_EQ(loop.samples.x.data(), kReal.data());
     EXPECT_EQ(Values(loop)[2], -2.0);
     param.m_cells.graphKind = CGraphParam::GRAPH_ORBIT;
-    content.series[1].real = kImaginary.data();
+    content.series[1].real = kImaginary;
     const GraphCharts orbit(View());
     const std::vector<ChartCurve>& orbits = orbit.GetPanes()[0].charts[0].curves;
     ASSERT_EQ(orbits.size(), 2U);
-    EXPECT_EQ(orbits[0].samples.x, kReal.data());
-    EXPECT_EQ(orbits[0].samples.y, kImaginary.data());
+    EXPECT_EQ(orbits[0].samples.x.data(), kReal.data());
+    EXPECT_EQ(orbits[0].samples.y.data(), kImaginary.data());
     EXPECT_EQ(orbits[0].name, L"ch1 / b / ch1 / a");
 }
 
@@ -142,7 +143,7 @@ TEST_F(TestGraph, HasTheBoundsOfItsScalesInShownUnits) {
     const auto chart = [&] { return GraphCharts(View()).GetPanes().at(0).charts.at(0); };
     param.m_x.start = 5.0;
     EXPECT_EQ(chart().x.bounds, (AxisRange{-1.0, 35.0}));  // the profile starts at -1; no value at 45
-    content.series[4].x = nullptr;
+    content.series[4].x = {};
     EXPECT_EQ(chart().x.bounds, (AxisRange{5.0, 35.0}));
     content.hasRoom = false;
     EXPECT_NEAR(chart().y.bounds.low, -1.0 / 9.80665, 0.005);
@@ -162,7 +163,7 @@ TEST_F(TestGraph, HasTheBoundsOfItsScalesInShownUnits) {
     EXPECT_DOUBLE_EQ(chart().y.bounds.high, 10.0);
     EXPECT_GT(chart().x.bounds.high, 20.0);  // bounds at one place are parted
     param.m_x.option = CGraphParam::X_WITHOUT_FIRST;
-    EXPECT_EQ(chart().curves[0].samples.count, 4);
+    EXPECT_EQ(chart().curves[0].samples.Count(), 4);
     EXPECT_EQ(chart().curves[0].samples.start, 15.0);
 }
 
@@ -176,7 +177,7 @@ TEST_F(TestGraph, FitsItsBoundsToDataOfAnySort) {
         {{0.0, 1e-310}, AxisForm::kLinear},
     };
     for (const auto& [values, form] : cases) {
-        content.series.assign(5, {values.data(), nullptr, std::ssize(values)});
+        content.series.assign(5, {values, {}});
         scale.m_bYLog = scale.m_bXLog = form == AxisForm::kLogarithmic;
         const GraphCharts charts(View());
         const Chart& chart = charts.GetPanes().at(0).charts.at(0);
@@ -244,7 +245,7 @@ TEST_F(TestGraph, IsTheSameInARegionOfACanvas) {
 
 TEST_F(TestGraph, MarksPeaksWhenConfigured) {
     const std::vector<double> peak = {0.0, 9.80665, 0.0, 0.0, 0.0};
-    content.series[0].real = peak.data();
+    content.series[0].real = peak;
     EXPECT_TRUE(GraphCharts(View()).GetPanes()[0].charts[0].marks.empty());
     info.GetGraphConfigInfo()->SetPeakMarkInfo({}, 1, 1, 1);
     const GraphCharts charts(View());
@@ -274,8 +275,10 @@ TEST_F(TestGraph, IsNotDrawnWhenItDoesNotFitTogether) {
         [](Subject& g) { g.param.m_x.num = 0; },
         [](Subject& g) { g.scale.m_bXAuto = 0; },
         [](Subject& g) { g.param.m_series.num = 4; },
-        [](Subject& g) { g.content.series[1].real = nullptr; },
-        [](Subject& g) { g.content.series[1].count = 0; },
+        [](Subject& g) { g.content.series[1].real = {}; },
+        [](Subject& g) {
+            g.content.series[1].imaginary = kReal, g.content.series[1].real = std::span(kReal).first(4);
+        },
         [](Subject& g) { g.param.m_cells.rowNum = 3, g.param.m_cells.rowNames.resize(3); },
         [](Subject& g) { g.scale.m_eDispType = CGraphParam::GRAPHDISP_WATERFALL, g.scale.m_lZNum = 1; },
     };

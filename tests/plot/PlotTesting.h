@@ -75,8 +75,7 @@ private:
 /// Samples over 0, 1, 2 ...
 inline CurveSamples SamplesOf(const std::vector<double>& y) {
     CurveSamples samples;
-    samples.y = y.data();
-    samples.count = static_cast<__int64>(y.size());
+    samples.y = y;
     return samples;
 }
 

@@ -85,7 +85,7 @@ public:
         scale_.m_eDispType = CGraphParam::GRAPHDISP_WATERFALL;
         scale_.m_lZNum = 3;
         content_.xName = L"f";
-        content_.series.assign(6, {samples_.data(), nullptr, 4});
+        content_.series.assign(6, {samples_, {}});
     }
 
     int Draw(Canvas& canvas) { return DrawDepthGraph(view_, canvas); }
@@ -150,9 +150,9 @@ TEST_F(DepthGraph, JoinsTooManySlicesWithoutLosingAPeak) {
     param_.m_cells.rowNum = param_.m_series.num = 1;
     param_.m_cells.rowNames = {L""};
     param_.m_z.num = scale_.m_lZNum = 1000;
-    content_.series.assign(1000, {samples_.data(), nullptr, 4});
+    content_.series.assign(1000, {samples_, {}});
     const std::vector<double> peak = {0.0, kNaN, 50.0, kNone};
-    content_.series[501].real = peak.data();
+    content_.series[501].real = peak;
     RecordingCanvas canvas;
     ASSERT_EQ(Draw(canvas), 1);
     const std::vector<Path> lines = Lines(canvas);
@@ -166,8 +166,8 @@ TEST_F(DepthGraph, JoinsTooManySlicesWithoutLosingAPeak) {
 
 TEST_F(DepthGraph, IsDrawnWhateverItsRatiosNumbersAndSizeAre) {
     const std::vector<double> odd = {kNaN, kNone, 1e300, -1e300};
-    content_.series[1].real = odd.data();
-    content_.series[3].count = 1;
+    content_.series[1].real = odd;
+    content_.series[3].real = std::span(samples_).first(1);
     for (const auto type : {CGraphParam::GRAPHDISP_WATERFALL, CGraphParam::GRAPHDISP_COLORMAP}) {
         param_.m_z.dispType = scale_.m_eDispType = type;
         for (const double ratio : {0.0, -0.5, 1e9, kNaN}) {
@@ -192,7 +192,7 @@ TEST_F(DepthGraph, IsRefusedWhenItsPartsDoNotFit) {
         [](auto& g) { g.scale_.m_eDispType = CGraphParam::GRAPHDISP_COLORMAP; },
         [](auto& g) { g.param_.m_z.dispType = g.scale_.m_eDispType = CGraphParam::GRAPHDISP_2D; },
         [](auto& g) { g.scale_.m_lZStart = 3; },
-        [](auto& g) { g.content_.series[5].real = nullptr; },
+        [](auto& g) { g.content_.series[5].real = {}; },
         [](auto& g) { g.content_.series.pop_back(); },
         [](auto& g) { g.scale_.m_bXAuto = 0; },
     };

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 #include <KvxDevCommon01/graph/PaneLayout.h>
 #include <KvxDevCommon01/graph/VisibleRange.h>
 #include <KvxDevCommon01/platform/Text.h>
@@ -77,10 +78,10 @@ bool IsSigned(const Param& param) {
 
 /// Whether a logarithmic axis shows any of the values.
 bool HasLevels(const Figure& figure) {
-    const __int64 first = figure.param.m_x.option == Param::X_WITHOUT_FIRST ? 1 : 0;
+    const std::size_t first = figure.param.m_x.option == Param::X_WITHOUT_FIRST ? 1 : 0;
     const bool isMagnitude = IsForComplex(figure.param.m_cells.graphKind);
     return std::ranges::any_of(figure.content.series, [&](const plot::GraphSeries& series) {
-        for (__int64 i = first; i < series.count; ++i) {
+        for (std::size_t i = first; i < series.real.size(); ++i) {
             if (series.real[i] > 0.0) return true;
             if (!isMagnitude || series.real[i] == kNoValue<double>) continue;
             if (series.real[i] < 0.0 || series.imaginary[i] != 0.0) return true;
@@ -286,10 +287,12 @@ Figure MakeFigure(const CComDataBase& record, const std::vector<Channel>& channe
         // The colour stays with the channel, whichever are chosen.
         line.m_lColorIndex =
             (channel.row * record.GetNumCol() + channel.column) % CGraphLineInfoList::GetMaxColorNum();
-        const double* const imaginary = record.GetImaginary(channel.row, channel.column);
-        figure.content.series.push_back({record.GetReal(channel.row, channel.column) + drawn.first,
-                                         imaginary != nullptr ? imaginary + drawn.first : nullptr,
-                                         drawn.count});
+        const auto first = static_cast<std::size_t>(drawn.first);
+        const auto length = static_cast<std::size_t>(drawn.count);
+        plot::GraphSeries& series = figure.content.series.emplace_back();
+        series.real = Samples(record, channel.row, channel.column).subspan(first, length);
+        series.imaginary = ImaginarySamples(record, channel.row, channel.column);
+        if (!series.imaginary.empty()) series.imaginary = series.imaginary.subspan(first, length);
     }
     figure.content.xName = isLocus ? L"Real part" : IsFrequency(record) ? L"Frequency" : L"Time";
     figure.content.yName = ValueName(param);
@@ -382,8 +385,7 @@ void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& n
         throw Error(ErrorKind::kBadValue, "there is no room for the profile beside 64 channels");
     figure.param.m_series.num += 1;
     figure.param.m_frame.legend = 1;
-    figure.content.series.push_back(
-        {levels.GetData(), nullptr, levels.GetNum(), hz.GetData(), CGraphColorInfo::DATALINE_LIMIT});
+    figure.content.series.push_back({Samples(levels), {}, Samples(hz), CGraphColorInfo::DATALINE_LIMIT});
     figure.own.push_back(std::move(hz));
     figure.own.push_back(std::move(levels));
 }

@@ -128,7 +128,7 @@ Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const
     z.interval = static_cast<double>(slicing.Start(1)) * wave.GetDelta();
     figure.content.series.clear();
     for (__int64 slice = 0; slice < slicing.count; ++slice)
-        figure.content.series.push_back({slices.GetReal(slice, 0), nullptr, slices.GetNsamp()});
+        figure.content.series.push_back({Samples(slices, slice, 0)});
     ApplyScale(figure, slices, choice);
     CScaleParam& scale = figure.scale;
     const AxisRange reach = ReachOfLevels(slices);
