@@ -36,6 +36,7 @@
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
+#include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>

@@ -11,6 +11,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 
@@ -69,13 +70,9 @@ void BM_AveragedPsd(benchmark::State& state) {
 BENCHMARK(BM_AveragedPsd)->Arg(1024)->Arg(4096)->Arg(16384)->Unit(benchmark::kMillisecond);
 
 void BM_GenerateRandomWave(benchmark::State& state) {
-    CDataArrayDouble wave(state.range(0), 0.0), freq(2, 20.0), level(2, 0.01);
-    freq[1] = 2000.0;
-    kvx::PsdProfile profile;
-    profile.SetPoints(freq, level);
-    std::uint32_t seed = 1;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(kvx::GenerateRandomWave(wave, profile, {.rateHz = 5120.0}, &seed));
+    CDataArrayDouble wave(state.range(0), 0.0);
+    const kvx::PsdProfile profile(std::array{20.0, 2000.0}, std::array{0.01, 0.01});
+    for (auto _ : state) benchmark::DoNotOptimize(kvx::GenerateRandomWave(wave, profile, {.rateHz = 5120.0}));
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(BM_GenerateRandomWave)->Arg(1000000)->Unit(benchmark::kMillisecond);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <numeric>
 
@@ -32,18 +33,14 @@ bool Store(const wchar_t* path, const CComDataBase& record) {
 
 }  // namespace
 
-int main() {
+int main() try {
     using namespace kvx::units;
     const CUnitCtrl acceleration = kvx::SingleUnit(kMetrePerSecondSquared);
     const CUnitCtrl density(kvx::SingleUnit(kMetrePerSecondSquared, CUnitCtrl::CALC_SQUARED),
                             kvx::SingleUnit(kHertz), 1);
-    kvx::PsdProfile profile;
+    const kvx::PsdProfile profile(kFrequenciesHz, kDensities);
     CComDataWave recording(1.0 / kRateHz, 1, 1, kSamples, 0, acceleration, nullptr, nullptr);
-    std::uint32_t seed = 1;
-    if (!profile.SetPoints(kFrequenciesHz, kDensities) ||
-        !kvx::GenerateRandomWave(kvx::Samples(recording, 0, 0), profile, {.rateHz = kRateHz}, &seed)) {
-        return 1;
-    }
+    kvx::GenerateRandomWave(kvx::Samples(recording, 0, 0), profile, {.rateHz = kRateHz});
 
     CDataArrayDouble window(kBlock, 0);
     CDataArrayDouble psd;
@@ -67,8 +64,11 @@ int main() {
     const double rms = std::sqrt(df * std::accumulate(lines.begin(), lines.end(), 0.0));
     std::printf("%lld blocks, %lld lines of %g Hz; rms %.4f m/s2, of the profile %.4f m/s2\n",
                 static_cast<long long>(average.GetNumBlocks()), static_cast<long long>(record.GetNsamp()), df,
-                rms, profile.CalcRms());
+                rms, profile.Rms());
     std::filesystem::remove("wave.vdf2");
     std::filesystem::remove("spectrum.vdf2");
-    return std::abs(rms / profile.CalcRms() - 1.0) < 0.05 ? 0 : 1;
+    return std::abs(rms / profile.Rms() - 1.0) < 0.05 ? 0 : 1;
+} catch (const std::exception& error) {
+    std::printf("%s\n", error.what());
+    return 1;
 }

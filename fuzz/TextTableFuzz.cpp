@@ -63,8 +63,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Check(SettleAxis(recording, std::nullopt, "--rate", &notes).rateHz > 0.0);
     });
     ReadOrRefuse([&] {
-        const ProfileText profile = ParseProfileText(text);
-        Check(profile.frequencies.size() >= 2 && std::ranges::is_sorted(profile.frequencies));
+        const PsdProfile profile = ParseProfileText(text).profile;
+        Check(profile.Frequencies().size() >= 2 && std::ranges::is_sorted(profile.Frequencies()));
     });
     return 0;
 }

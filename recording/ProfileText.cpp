@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <new>
+#include <iterator>
+#include <span>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
@@ -50,17 +52,22 @@ CUnitCtrl SignalUnit(std::string_view text) {
     const std::optional<std::wstring> wide = FromUtf8(text);
     const std::optional<CUnitCtrl> density = wide ? ParseUnit(*wide) : std::nullopt;
     if (density) {
-        CUnitCtrl::UNIT_CODE code = CUnitCtrl::UNIT_NONE;
-        CUnitCtrl::UNIT_CALC calc = CUnitCtrl::CALC_PLAIN;
-        density->GetInfo(&code, &calc, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-        const CUnitCtrl unit = calc == CUnitCtrl::CALC_DIVIDE ? CUnitCtrl() : SingleUnit(code);
+        const UnitPart& first = UnitParts(*density).front();
+        const CUnitCtrl unit = first.calc == CUnitCtrl::CALC_DIVIDE ? CUnitCtrl() : SingleUnit(first.unit);
         if (PlainUnitName(*DensityUnit(unit)) == PlainUnitName(*density)) return unit;
     }
     throw Error(ErrorKind::kDamaged,
                 Quote(text) + " is not the unit of a density such as g2/Hz or (m/s2)2/Hz");
 }
 
-void ParseLine(std::string_view line, ProfileText* profile) {
+/// What the lines read so far state.
+struct Lines {
+    std::vector<double> frequencies;
+    std::vector<double> levels;
+    std::optional<CUnitCtrl> signalUnit;
+};
+
+void ParseLine(std::string_view line, Lines* profile) {
     line = line.substr(0, line.find('#'));
     const std::string_view first = TakeWord(&line);
     if (first.empty()) return;
@@ -85,7 +92,7 @@ void ParseLine(std::string_view line, ProfileText* profile) {
 }  // namespace
 
 ProfileText ParseProfileText(std::string_view text) {
-    ProfileText profile;
+    Lines profile;
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
     for (std::size_t number = 1; !text.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());
@@ -98,7 +105,7 @@ ProfileText ParseProfileText(std::string_view text) {
     }
     if (profile.frequencies.size() < 2)
         throw Error(ErrorKind::kDamaged, "a profile needs two breakpoints or more");
-    return profile;
+    return {PsdProfile(profile.frequencies, profile.levels), profile.signalUnit};
 }
 
 ProfileText ReadProfileText(const std::string& path) {
@@ -110,29 +117,30 @@ ProfileText ReadProfileText(const std::string& path) {
 }
 
 PsdProfile ProfileIn(const ProfileText& text, const CUnitCtrl& density) {
-    const CDataArrayDouble frequencies(std::ssize(text.frequencies), text.frequencies.data());
-    CDataArrayDouble levels(std::ssize(text.levels), text.levels.data());
-    density.ConvItoD(&levels, 1.0, 0);
-    for (__int64 i = 0; i < levels.GetNum(); ++i) {
+    const std::span<const double> frequencies = text.profile.Frequencies();
+    std::vector<double> levels(text.profile.Levels().begin(), text.profile.Levels().end());
+    density.ConvItoD(levels.data(), levels.data(), std::ssize(levels), 1.0, 0);
+    for (std::size_t i = 0; i < levels.size(); ++i) {
         if (levels[i] > 0.0 && std::isfinite(levels[i])) continue;
-        throw Error(ErrorKind::kDamaged,
-                    "its level of " + FormatNumber(text.levels[static_cast<std::size_t>(i)]) + " at " +
-                        FormatNumber(frequencies[i]) + " Hz leaves the range of numbers");
+        throw Error(ErrorKind::kBadValue, "its level of " + FormatNumber(text.profile.Levels()[i]) + " at " +
+                                              FormatNumber(frequencies[i]) +
+                                              " Hz leaves the range of numbers");
     }
-    PsdProfile profile;
-    if (!profile.SetPoints(frequencies, levels)) throw std::bad_alloc();
-    const double rms = profile.CalcRms();
+    PsdProfile profile(frequencies, levels);
+    const double rms = profile.Rms();
     if (!(rms > 0.0) || !std::isfinite(rms))
-        throw Error(ErrorKind::kDamaged, "its rms leaves the range of numbers");
+        throw Error(ErrorKind::kBadValue, "its rms leaves the range of numbers");
     return profile;
 }
 
-std::string FormatProfileText(const ProfileText& profile) {
-    std::string text;
-    if (profile.signalUnit) text += "unit " + UnitText(*DensityUnit(*profile.signalUnit)) + "\n";
-    for (std::size_t i = 0; i < profile.frequencies.size(); ++i)
-        text += FormatExact(profile.frequencies[i]) + " " + FormatExact(profile.levels[i]) + "\n";
-    return text;
+std::string FormatProfileText(const ProfileText& text) {
+    std::string formatted;
+    if (text.signalUnit) formatted += "unit " + UnitText(*DensityUnit(*text.signalUnit)) + "\n";
+    for (std::size_t i = 0; i < text.profile.Frequencies().size(); ++i) {
+        formatted +=
+            FormatExact(text.profile.Frequencies()[i]) + " " + FormatExact(text.profile.Levels()[i]) + "\n";
+    }
+    return formatted;
 }
 
 }  // namespace kvx

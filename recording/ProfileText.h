@@ -6,7 +6,7 @@
 
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
@@ -15,8 +15,7 @@
 namespace kvx {
 
 struct ProfileText {
-    std::vector<double> frequencies;      ///< [Hz], positive and strictly ascending, two or more
-    std::vector<double> levels;           ///< positive; in the square of the signal's unit per hertz
+    PsdProfile profile;                   ///< levels in the square of the signal's unit per hertz
     std::optional<CUnitCtrl> signalUnit;  ///< g of "unit g2/Hz"; no value without such a line
 };
 
@@ -25,11 +24,11 @@ KVX_RECORDING_API ProfileText ReadProfileText(const std::string& path);
 
 KVX_RECORDING_API ProfileText ParseProfileText(std::string_view text);
 
-/// The library's profile of breakpoints whose levels are in `density`, in its standard unit. Throws Error
-/// when a level or the rms leaves the range of numbers, or std::bad_alloc.
+/// The profile of a text whose levels are in `density`, in its standard unit. Throws Error when a level or
+/// the rms leaves the range of numbers.
 KVX_RECORDING_API PsdProfile ProfileIn(const ProfileText& text, const CUnitCtrl& density);
 
 /// The text that reads back as the same profile.
-KVX_RECORDING_API std::string FormatProfileText(const ProfileText& profile);
+KVX_RECORDING_API std::string FormatProfileText(const ProfileText& text);
 
 }  // namespace kvx

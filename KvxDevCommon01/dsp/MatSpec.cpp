@@ -270,13 +270,8 @@ double CMatSpec::CalcPsdRms(const CDataArrayDouble& psd, const CDataArrayDouble&
     if (!Match(&psd, freq)) return 0.0;
     const auto range = LineRange::Of(psd.GetNum(), first, last);
     if (!range) return 0.0;
-    double power = 0.0;
-    for (__int64 i = range->first; i < range->last; ++i) {
-        const kvx::ProfileSegment segment = kvx::SegmentAt(freq, psd, i);
-        if (segment.f1 > 0.0 && segment.f2 > 0.0 && segment.p1 > 0.0 && segment.HasLevels()) {
-            power += segment.Area();
-        }
-    }
+    const double power = kvx::ProfilePower(freq, psd, static_cast<std::size_t>(range->first),
+                                           static_cast<std::size_t>(range->last));
     return power > 0.0 ? std::sqrt(power) : 0.0;
 }
 
@@ -350,7 +345,7 @@ int CMatSpec::GenRandomPhaseSpec(CDataArrayDoubleCplx* out, double amp, std::uin
 int CMatSpec::GetLevelFromFreq(double f, __int64 index, const CDataArrayDouble& freq,
                                const CDataArrayDouble& level, double* out) {
     if (out == nullptr || !Match(&freq, level) || index < 0 || index >= freq.GetNum() - 1) return 0;
-    const kvx::ProfileSegment segment = kvx::SegmentAt(freq, level, index);
+    const kvx::ProfileSegment segment = kvx::SegmentAt(freq, level, static_cast<std::size_t>(index));
     if (!(segment.f1 <= f && f <= segment.f2)) return 0;
     *out = segment.LevelAt(f);
     return 1;

@@ -4,8 +4,8 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
-#include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/detail/FilterResponse.h>
+#include <KvxDevCommon01/dsp/detail/ProfileSegment.h>
 
 #include <algorithm>
 #include <cmath>
@@ -90,13 +90,13 @@ private:
 /// A profile in the making.
 class FilteredProfile {
 public:
-    FilteredProfile(const kvx::PsdProfile& source, const PsdFilter& filter)
-        : source_(source), filter_(filter) {}
+    FilteredProfile(const CDataArrayDouble& freq, const CDataArrayDouble& level, const PsdFilter& filter)
+        : sourceFreq_(freq), sourceLevel_(level), filter_(filter) {}
 
     /// Appends the filtered level at f.
     void AddPoint(double f) {
         if (!filter_.Passes(f)) return;
-        const double level = source_.GetLevel(f) * std::exp(filter_.LogGain(f));
+        const double level = kvx::ProfileLevelAt(sourceFreq_, sourceLevel_, f) * std::exp(filter_.LogGain(f));
         isComplete_ =
             isComplete_ && freq_.Append(f) && level_.Append(std::clamp(level, Limits::min(), Limits::max()));
     }
@@ -125,7 +125,8 @@ private:
     static constexpr double kTolerance = 0.0023;  // 0.01 dB of power, in nepers of power
     static constexpr int kMaxSplits = 12;
 
-    const kvx::PsdProfile& source_;
+    const CDataArrayDouble& sourceFreq_;
+    const CDataArrayDouble& sourceLevel_;
     const PsdFilter& filter_;
     CDataArrayDouble freq_;
     CDataArrayDouble level_;
@@ -136,11 +137,10 @@ private:
 
 int CMatSpec::FilteringPsd(double fc, int filter, CDataArrayDouble* freq, CDataArrayDouble* psd,
                            double parameter) {
-    kvx::PsdProfile source;
     const PsdFilter response(fc, filter, parameter);
-    if (freq == nullptr || psd == nullptr || !source.SetPoints(*freq, *psd) || !response.IsValid()) return 0;
+    if (freq == nullptr || psd == nullptr || !kvx::IsProfile(*freq, *psd) || !response.IsValid()) return 0;
 
-    FilteredProfile filtered(source, response);
+    FilteredProfile filtered(*freq, *psd, response);
     const double* const points = freq->GetData();
     const __int64 count = freq->GetNum();
     for (__int64 i = 0; i + 1 < count; ++i) {

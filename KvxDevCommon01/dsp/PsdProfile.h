@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
 // PsdProfile: a power spectral density given by breakpoints, straight between them on log-log axes and 0
-// outside, as random-vibration tests are specified. Levels are in unit^2/Hz. Not thread-safe while it is
-// changed.
+// outside, as random-vibration tests are specified. Levels are in unit^2/Hz. A value that
+// does not change; ProfileEditing.h makes changed ones of it.
 #pragma once
 
+#include <cstddef>
 #include <span>
+#include <vector>
 
 #include <KvxDevCommon01/Export.h>
-#include <KvxDevCommon01/data/DataArray.h>
-#include <KvxDevCommon01/platform/Types.h>
 
 namespace kvx {
 
@@ -18,34 +18,32 @@ public:
     /// A profile without points, which is 0 everywhere.
     PsdProfile() = default;
 
-    /// Takes over breakpoints: at least two, the frequencies [Hz] positive and strictly ascending, the levels
-    /// positive, all finite. Fails (0) otherwise, leaving the profile without points.
-    int SetPoints(std::span<const double> freqHz, std::span<const double> level);
+    /// A profile of breakpoints: at least two, the frequencies [Hz] positive and strictly ascending, the
+    /// levels positive, all finite. Throws Error (kBadValue) otherwise.
+    PsdProfile(std::span<const double> freqHz, std::span<const double> levels);
 
-    __int64 GetNumPoints() const { return freqHz_.GetNum(); }
-    const CDataArrayDouble& GetFrequencies() const { return freqHz_; }
-    const CDataArrayDouble& GetLevels() const { return level_; }
+    /// The breakpoints; good for as long as the profile is neither assigned nor destroyed.
+    std::span<const double> Frequencies() const { return freqHz_; }
+    std::span<const double> Levels() const { return levels_; }
 
     /// Level at a frequency; 0 outside the profile.
-    double GetLevel(double freqHz) const;
+    double LevelAt(double freqHz) const;
 
-    /// Rms of a signal of this density: the square root of the exact integral.
-    double CalcRms() const;
+    /// Rms of a signal of this density: the square root of the exact integral. It may be infinite or 0 where
+    /// levels are near the limits of double.
+    double Rms() const;
 
-    /// Multiplies the levels so that the rms becomes `rms`. Fails (0) for rms <= 0 or not finite and without
-    /// points.
-    int ScaleToRms(double rms);
-
-    /// The profile on lines k dfHz, k = 0..num-1: each line gets the mean of the profile over its cell from
+    /// The profile on lines k dfHz, k = 0..count-1: each line gets the mean of the profile over its cell from
     /// (k - 1/2) dfHz to (k + 1/2) dfHz, so that dfHz times the sum of the lines is the power of the profile,
     /// wherever its ends and corners lie between the lines. A line whose cell the profile fills only in part
     /// is the lower for it. The DC line stays 0: what lies below dfHz/2 or above the last cell is left out.
-    /// Fails (0) for a null array, num < 1, dfHz <= 0, a profile without points or when memory runs out.
-    int GetLines(double dfHz, __int64 num, CDataArrayDouble* psd) const;
+    /// Throws Error (kBadValue) for a spacing that is not positive and finite, no lines and a profile without
+    /// points.
+    std::vector<double> Lines(double dfHz, std::size_t count) const;
 
 private:
-    CDataArrayDouble freqHz_;
-    CDataArrayDouble level_;
+    std::vector<double> freqHz_;
+    std::vector<double> levels_;
 };
 
 }  // namespace kvx

@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: MIT
 
-#include <KvxDevCommon01/dsp/MatSpec.h>
+#include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <tests/dsp/Signals.h>
 
+#include <functional>
+#include <numeric>
+
 namespace {
 
-using kvx::PsdProfile;
+using namespace kvx;
 
 TEST(PsdProfile, HasThePublishedRmsOfTheScreeningProfile) {
-    PsdProfile profile = ScreeningProfile();
-    EXPECT_NEAR(profile.CalcRms(), 6.06, 0.005);
-    ASSERT_EQ(profile.ScaleToRms(3.0), 1);
-    EXPECT_NEAR(profile.CalcRms(), 3.0, 1e-14);
-    EXPECT_NEAR(profile.GetLevel(100.0) / profile.GetLevel(20.0), 4.0, 1e-13);
-    for (const double bad : {0.0, -1.0, kInfinity, kNaN}) EXPECT_EQ(profile.ScaleToRms(bad), 0);
-    EXPECT_EQ(PsdProfile().ScaleToRms(1.0), 0);
+    EXPECT_NEAR(ScreeningProfile().Rms(), 6.06, 0.005);
+    EXPECT_EQ(PsdProfile().Rms(), 0.0);
 }
 
 TEST(PsdProfile, IsStraightOnLogarithmicAxesAndZeroOutside) {
@@ -23,9 +21,9 @@ TEST(PsdProfile, IsStraightOnLogarithmicAxesAndZeroOutside) {
     for (const auto& [freqHz, level] :
          {Case{19.99, 0}, Case{20, 0.01}, Case{40, 0.02}, Case{80, 0.04}, Case{200, 0.04}, Case{700, 0.02},
           Case{2000, 0.007}, Case{2001, 0}, Case{-1, 0}, Case{kNaN, 0}}) {
-        EXPECT_NEAR(ScreeningProfile().GetLevel(freqHz), level, 1e-15) << freqHz;
+        EXPECT_NEAR(ScreeningProfile().LevelAt(freqHz), level, 1e-15) << freqHz;
     }
-    EXPECT_EQ(PsdProfile().GetLevel(50.0), 0.0);
+    EXPECT_EQ(PsdProfile().LevelAt(50.0), 0.0);
 }
 
 TEST(PsdProfile, RefusesPointsThatAreNoProfile) {
@@ -36,17 +34,16 @@ TEST(PsdProfile, RefusesPointsThatAreNoProfile) {
     };
     // clang-format on
     for (const auto& [freqHz, level] : cases) {
-        PsdProfile profile = ScreeningProfile();
-        EXPECT_EQ(profile.SetPoints(ToArray(freqHz), ToArray(level)), 0);
-        EXPECT_TRUE(AllFail(profile.GetNumPoints(), profile.CalcRms()));
+        EXPECT_TRUE(IsBadValue([&] { PsdProfile(freqHz, level); })) << testing::PrintToString(freqHz);
     }
 }
 
 TEST(PsdProfile, LinesKeepThePowerWhereverTheEndsLie) {
     for (const double dfHz : {0.3, 1.0, 2.5, 7.7, 30.0, 39.9}) {
-        CDataArrayDouble lines;
-        ASSERT_EQ(ScreeningProfile().GetLines(dfHz, static_cast<__int64>(2000.0 / dfHz) + 2, &lines), 1);
-        EXPECT_NEAR(CMatSpec::CalcPsdRms(lines, dfHz, 0, 0), ScreeningProfile().CalcRms(), 1e-12) << dfHz;
+        const Wave lines = ScreeningProfile().Lines(dfHz, static_cast<std::size_t>(2000.0 / dfHz) + 2);
+        EXPECT_NEAR(std::sqrt(dfHz * std::reduce(lines.begin(), lines.end())), ScreeningProfile().Rms(),
+                    1e-12)
+            << dfHz;
     }
 }
 
@@ -63,22 +60,76 @@ TEST(PsdProfile, LinesAreMeansOverTheirCellsOfTenHertz) {
     };
     // clang-format on
     for (const auto& [freqHz, level, expected] : cases) {
-        PsdProfile profile;
-        CDataArrayDouble lines;
-        ASSERT_EQ(profile.SetPoints(ToArray(freqHz), ToArray(level)), 1);
-        ASSERT_EQ(profile.GetLines(10.0, Size(expected), &lines), 1);
-        EXPECT_THAT(ToWave(lines), Near(expected, 1e-14));
+        EXPECT_THAT(PsdProfile(freqHz, level).Lines(10.0, expected.size()), Near(expected, 1e-14));
     }
 }
 
 TEST(PsdProfile, LinesNeedAGridAndAProfile) {
-    CDataArrayDouble lines;
-    EXPECT_TRUE(AllFail(ScreeningProfile().GetLines(1.0, 10, nullptr),
-                        ScreeningProfile().GetLines(1.0, 0, &lines), PsdProfile().GetLines(1.0, 10, &lines)));
+    EXPECT_TRUE(IsBadValue([] { PsdProfile().Lines(1.0, 10); }));
+    EXPECT_TRUE(IsBadValue([] { ScreeningProfile().Lines(1.0, 0); }));
     for (const double dfHz : {0.0, -1.0, kNaN, kInfinity})
-        EXPECT_EQ(ScreeningProfile().GetLines(dfHz, 10, &lines), 0);
-    EXPECT_EQ(ScreeningProfile().GetLines(1e-300, 10, &lines), 1);
-    EXPECT_TRUE(lines.IsAllZero());
+        EXPECT_TRUE(IsBadValue([&] { ScreeningProfile().Lines(dfHz, 10); })) << dfHz;
+    EXPECT_THAT(ScreeningProfile().Lines(1e-300, 10), testing::Each(0.0));
+}
+
+/// The levels of a profile at these frequencies.
+Wave LevelsAt(const PsdProfile& profile, const Wave& freqHz) {
+    return WaveOf(freqHz.size(),
+                  [&](double i) { return profile.LevelAt(freqHz[static_cast<std::size_t>(i)]); });
+}
+
+TEST(ProfileEditing, ChangesInABandAndNowhereElse) {
+    const PsdProfile source = ScreeningProfile();
+    const Wave hz = {20, 40, 90, 100, 120, 140, 200, 1000, 2000};
+    Wave set = LevelsAt(source, hz), raised = set;
+    for (const std::size_t inside : {3U, 4U, 5U}) {
+        set[inside] = 0.001;
+        raised[inside] *= 4.0;
+    }
+    EXPECT_THAT(LevelsAt(WithLevel(source, 100, 140, 0.001), hz), Near(set, 1e-14));
+    EXPECT_THAT(LevelsAt(WithLevelRatio(source, 100, 140, 4.0), hz), Near(raised, 1e-14));
+    EXPECT_THAT(LevelsAt(WithLevelRatio(source, 100, 140, 4.0, 2.0), hz), Near(raised, 1e-14))
+        << "an edge that never comes back to 1 is a flank";
+    // Edges of (f/corner)^2: back at 1 an octave away, half way up at a factor of sqrt 2.
+    const PsdProfile notched = WithLevelRatio(source, 200, 210, 0.25, 2.0);
+    EXPECT_THAT(LevelsAt(notched, {100, 100 * std::sqrt(2.0), 200, 205, 210 * std::sqrt(2.0), 420}),
+                Near({0.04, 0.02, 0.01, 0.01, 0.02, source.LevelAt(420)}, 1e-14));
+    EXPECT_EQ(WithLevel(source, 1, 1e4, 0.5).Frequencies().size(), 4U) << "a band around it adds no points";
+}
+
+TEST(ProfileEditing, ScalesToAnRmsAndKeepsTheShape) {
+    const PsdProfile scaled = WithRms(ScreeningProfile(), 3.0);
+    EXPECT_NEAR(scaled.Rms(), 3.0, 1e-14);
+    EXPECT_NEAR(scaled.LevelAt(100.0) / scaled.LevelAt(20.0), 4.0, 1e-13);
+}
+
+TEST(ProfileEditing, MakesAProfileOfLines) {
+    const PsdProfile profile = ProfileOfLines(Wave{5, 0, 2, 1, 0, 3}, 2.5);
+    EXPECT_THAT(profile.Frequencies(), testing::ElementsAre(5.0, 7.5, 12.5)) << "nothing at 0 Hz";
+    EXPECT_THAT(profile.Levels(), testing::ElementsAre(2, 1, 3));
+}
+
+TEST(ProfileEditing, RefusesWhatLeavesNoProfile) {
+    const PsdProfile p = ScreeningProfile();
+    const std::function<void()> cases[] = {
+        [&] { WithLevel(p, 1, 2, 1); },
+        [&] { WithLevel(p, 3000, 4000, 1); },
+        [&] { WithLevel(p, 100, 100, 1); },
+        [&] { WithLevel(p, -1, 100, 1); },
+        [&] { WithLevel(p, 100, 140, 0); },
+        [&] { WithLevel(p, 100, 140, kInfinity); },
+        [&] { WithLevelRatio(p, 100, 140, -1); },
+        [&] { WithLevelRatio(p, 100, 140, 1e308); },
+        [&] { WithRms(p, 0.0); },
+        [&] { WithLevelRatio(p, 100, 140, 2, kNaN); },
+        [&] { WithRms(p, 1e200); },
+        [&] { WithRms(PsdProfile(), 1.0); },
+        [&] { WithRms(p, kNaN); },
+        [&] {
+            ProfileOfLines(Wave{5, 0, 1}, 2.5);
+        },
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) EXPECT_TRUE(IsBadValue(cases[i])) << i;
 }
 
 }  // namespace

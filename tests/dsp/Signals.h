@@ -8,6 +8,7 @@
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
+#include <KvxDevCommon01/platform/Error.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -45,6 +46,17 @@ testing::AssertionResult AllFail(Result... results) {
         if (result != 0.0) return testing::AssertionFailure() << "number " << position << " gave " << result;
     }
     return testing::AssertionSuccess();
+}
+
+/// Whether the work throws Error (kBadValue).
+template <class Work>
+bool IsBadValue(Work work) {
+    try {
+        work();
+    } catch (const kvx::Error& error) {
+        return error.Kind() == kvx::ErrorKind::kBadValue;
+    }
+    return false;
 }
 
 /// Uniform noise in [-1, 1).
@@ -102,9 +114,7 @@ inline CDataArrayDouble Hann(std::int64_t count) {
 /// The screening profile of NAVMAT P-9492: 3 dB/octave up to 80 Hz, 0.04 g^2/Hz to 350 Hz, 3 dB/octave
 /// down; 6.06 g rms.
 inline kvx::PsdProfile ScreeningProfile() {
-    kvx::PsdProfile profile;
-    profile.SetPoints(ToArray({20, 80, 350, 2000}), ToArray({0.01, 0.04, 0.04, 0.007}));
-    return profile;
+    return kvx::PsdProfile(Wave{20, 80, 350, 2000}, Wave{0.01, 0.04, 0.04, 0.007});
 }
 
 /// A value of a complex transform in extended precision.

@@ -257,10 +257,10 @@ TEST(ChannelChoice, TakesNumbersRangesAndNames) {
 }
 
 TEST(ProfileText, ReadsBreakpointsAndTheirUnit) {
-    const ProfileText profile = ParseProfileText("# vibration\nunit (m/s2)2/Hz\n20, 0.5 # low\r\n\n2e3;1\n");
-    EXPECT_THAT(profile.frequencies, testing::ElementsAre(20, 2000));
-    EXPECT_THAT(profile.levels, testing::ElementsAre(0.5, 1));
-    EXPECT_EQ(UnitText(profile.signalUnit.value()), "m/s2");
+    const auto [profile, unit] = ParseProfileText("# vibration\nunit (m/s2)2/Hz\n20, 0.5 # low\r\n\n2e3;1\n");
+    EXPECT_THAT(profile.Frequencies(), testing::ElementsAre(20, 2000));
+    EXPECT_THAT(profile.Levels(), testing::ElementsAre(0.5, 1));
+    EXPECT_EQ(UnitText(unit.value()), "m/s2");
 }
 
 TEST(ProfileText, IsRefusedWithTheLine) {

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// One segment of a breakpoint profile: a straight line on log-log axes between two points.
+// The arithmetic of breakpoint profiles: a segment is a straight line on log-log axes between two points.
 #pragma once
 
-#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/data/NoValue.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <functional>
+#include <span>
 
 namespace kvx {
 
@@ -52,8 +56,36 @@ struct ProfileSegment {
 };
 
 /// The segment from point i of a profile to the next.
-inline ProfileSegment SegmentAt(const CDataArrayDouble& freq, const CDataArrayDouble& level, __int64 i) {
+inline ProfileSegment SegmentAt(std::span<const double> freq, std::span<const double> level, std::size_t i) {
     return {freq[i], level[i], freq[i + 1], level[i + 1]};
+}
+
+/// Whether these are breakpoints: two or more, the frequencies strictly ascending, all positive and finite.
+inline bool IsProfile(std::span<const double> freq, std::span<const double> level) {
+    const auto isPositive = [](double value) { return value > 0.0 && std::isfinite(value); };
+    return freq.size() >= 2 && freq.size() == level.size() && std::ranges::all_of(freq, isPositive) &&
+           std::ranges::all_of(level, isPositive) &&
+           std::ranges::adjacent_find(freq, std::ranges::greater_equal()) == freq.end();
+}
+
+/// Level of a profile at f; 0 outside it and without points.
+inline double ProfileLevelAt(std::span<const double> freq, std::span<const double> level, double f) {
+    if (freq.empty() || !(freq.front() <= f && f <= freq.back())) return 0.0;
+    const auto above = static_cast<std::size_t>(std::ranges::upper_bound(freq, f) - freq.begin());
+    return SegmentAt(freq, level, std::min(above, freq.size() - 1) - 1).LevelAt(f);
+}
+
+/// Integral of a density from point `first` to point `last`; a segment without logarithms at its lower end or
+/// without levels counts as 0.
+inline double ProfilePower(std::span<const double> freq, std::span<const double> level, std::size_t first,
+                           std::size_t last) {
+    double power = 0.0;
+    for (std::size_t i = first; i < last; ++i) {
+        const ProfileSegment segment = SegmentAt(freq, level, i);
+        if (segment.f1 > 0.0 && segment.f2 > 0.0 && segment.p1 > 0.0 && segment.HasLevels())
+            power += segment.Area();
+    }
+    return power;
 }
 
 }  // namespace kvx

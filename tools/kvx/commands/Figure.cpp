@@ -7,6 +7,7 @@
 #include <cwctype>
 #include <new>
 #include <numeric>
+#include <span>
 #include <tuple>
 #include <utility>
 
@@ -369,15 +370,15 @@ void AddProfile(Figure& figure, const PsdProfile& profile, const std::wstring& n
     constexpr __int64 kPointsPerSegment = 32;
     CDataArrayDouble hz;
     CDataArrayDouble levels;
-    const CDataArrayDouble& corners = profile.GetFrequencies();
-    for (__int64 i = 0; i + 1 < corners.GetNum(); ++i) {
+    const std::span<const double> corners = profile.Frequencies();
+    for (std::size_t i = 0; i + 1 < corners.size(); ++i) {
         const double ratio = corners[i + 1] / corners[i];
         for (__int64 k = 0; k < kPointsPerSegment; ++k)
             hz.Append(corners[i] * std::pow(ratio, static_cast<double>(k) / kPointsPerSegment));
     }
-    hz.Append(corners[corners.GetNum() - 1]);
-    for (__int64 i = 0; i < hz.GetNum(); ++i) levels.Append(profile.GetLevel(hz[i]));
-    if (levels.GetNum() != (corners.GetNum() - 1) * kPointsPerSegment + 1) throw std::bad_alloc();
+    hz.Append(corners.back());
+    for (__int64 i = 0; i < hz.GetNum(); ++i) levels.Append(profile.LevelAt(hz[i]));
+    if (levels.GetNum() != (std::ssize(corners) - 1) * kPointsPerSegment + 1) throw std::bad_alloc();
 
     CGraphLineInfo line;
     line.m_strName = name;

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx synth: a random waveform of a given power spectral density.
-#include <algorithm>
+#include <fmt/format.h>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -17,6 +16,7 @@
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxRecording01/ProfileText.h>
 
@@ -50,109 +50,71 @@ struct SynthOptions {
 struct Target {
     PsdProfile profile;
     CUnitCtrl unit;
-    double topHz = 0.0;
 };
 
 Target ReadTarget(const SynthOptions& options) {
     const ProfileText text = ReadProfileText(InputPath(options.profile));
-    Target target;
     std::optional<CUnitCtrl> given;
     if (!options.unit.empty()) given = RequireUnit(options.unit);
-    target.unit = given ? *given : text.signalUnit.value_or(CUnitCtrl());
+    const CUnitCtrl unit = given ? *given : text.signalUnit.value_or(CUnitCtrl());
     // Without a unit of their own the levels are in that of the waveform, squared per hertz.
-    const CUnitCtrl levelUnit = text.signalUnit.value_or(target.unit);
-    if (!IsConvertible(levelUnit, target.unit)) {
-        throw ValueError("--unit: the profile is for " + Quote(UnitText(levelUnit)) +
-                         ", which does not convert to " + Quote(options.unit));
+    const CUnitCtrl levelUnit = text.signalUnit.value_or(unit);
+    if (!IsConvertible(levelUnit, unit)) {
+        throw ValueError(fmt::format("--unit: the profile is for {}, which does not convert to {}",
+                                     Quote(UnitText(levelUnit)), Quote(options.unit)));
     }
     const std::optional<CUnitCtrl> density = DensityUnit(levelUnit);
     if (!density) throw ValueError("--unit: " + Quote(options.unit) + " is a compound, which has no density");
-    target.profile = ProfileIn(text, *density);
-    target.topHz = text.frequencies.back();
-    return target;
+    return {ProfileIn(text, *density), unit};
 }
 
-/// Throws Error where the profile gives no signal at that rate: when no line of the shortest or the longest
-/// frame lies within it, or the squares of samples vanish.
-void RequireSignal(const PsdProfile& profile, double rateHz) {
-    constexpr double kShortestFrame = 1024.0;
-    constexpr double kLongestFrame = 131072.0;
-    const CDataArrayDouble& hz = profile.GetFrequencies();
-    if (hz[0] >= (0.5 - 0.5 / kShortestFrame) * rateHz) {
-        throw Error(ErrorKind::kBadValue,
-                    "nothing of the profile lies below half the rate of " + FormatNumber(rateHz, 10) + " Hz");
+/// A record of `seconds` with room for a channel of that name.
+CComDataWave MakeRecord(double seconds, double rateHz, const CUnitCtrl& unit, const std::wstring& name) {
+    const double count = std::round(rateHz * seconds);
+    if (!(count >= 1.0 && count <= std::numeric_limits<std::int32_t>::max())) {
+        throw ValueError(fmt::format("{} s at {} Hz are {} samples; a record holds 1 to 2147483647",
+                                     FormatNumber(seconds), FormatNumber(rateHz, 10), FormatNumber(count)));
     }
-    if (hz[hz.GetNum() - 1] <= 0.5 / kLongestFrame * rateHz) {
-        throw Error(ErrorKind::kBadValue, "the frequencies of the profile are too low for a rate of " +
-                                              FormatNumber(rateHz, 10) + " Hz");
-    }
-    const double rms = profile.CalcRms();
-    if (rms * rms < std::numeric_limits<double>::min())
-        throw Error(ErrorKind::kBadValue, "its rms is too small for a signal");
-}
-
-/// Throws Error for the rms of a signal that became 0 or infinite.
-void RequireSquares(double rms) {
-    if (rms > 0.0 && std::isfinite(rms)) return;
-    throw Error(ErrorKind::kBadValue, "the squares of the signal leave the range of numbers");
-}
-
-/// The least power of two that leaves room above the profile for an anti-aliasing filter's slope.
-double DefaultRate(double topHz) {
-    return std::exp2(std::ceil(std::log2(2.56 * topHz)));
+    const CStringArray names = {name};
+    CComDataWave wave(1.0 / rateHz, 1, 1, static_cast<__int64>(count), 0, unit, &names, nullptr);
+    if (wave.GetReal(0, 0) == nullptr) throw std::bad_alloc();
+    return wave;
 }
 
 void RunSynth(const SynthOptions& options, ByteStream& out) {
     const std::string& output = options.output.name;
     RequireAnotherFile(options.profile, output);
     FormatOf(options.output, kSynthFormats);
-    const CStringArray names = {FromUtf8(options.name).value_or(L"")};
-    if (names.front().empty()) throw ValueError("--name: " + Quote(options.name) + " is empty or not UTF-8");
+    const std::wstring name = FromUtf8(options.name).value_or(L"");
+    if (name.empty()) throw ValueError("--name: " + Quote(options.name) + " is empty or not UTF-8");
     CComDataWave wave;
     std::string summary;
     std::wstring text;
     Doing("synthesise", options.profile, [&] {
         const Target target = ReadTarget(options);
         text = FromUtf8(SourceText(options.profile)).value_or(L"");
-        const double rate = options.rateHz.value_or(DefaultRate(target.topHz));
-        const double count = std::round(rate * options.durationSeconds);
-        if (!(count >= 1.0 && count <= std::numeric_limits<std::int32_t>::max())) {
-            throw ValueError(FormatNumber(options.durationSeconds) + " s at " + FormatNumber(rate, 10) +
-                             " Hz are " + FormatNumber(count) + " samples; a record holds 1 to 2147483647");
+        RandomWaveSettings settings = {options.rateHz ? *options.rateHz : RandomWaveRate(target.profile)};
+        settings.seed = options.seed;
+        if (options.rms) settings.targetRms = target.unit.ConvItoD(*options.rms, 1.0, 0);
+        wave = MakeRecord(options.durationSeconds, settings.rateHz, target.unit, name);
+        const RandomWaveFigures figures = GenerateRandomWave(Samples(wave, 0, 0), target.profile, settings);
+        const double half = settings.rateHz / 2.0;
+        if (target.profile.Frequencies().back() > half) {
+            Note(fmt::format("the profile above {} Hz, half the rate, is left out", FormatNumber(half, 10)));
         }
-        RandomWaveSettings settings = {rate};
-        if (options.rms) {
-            const double targetRms = target.unit.ConvItoD(*options.rms, 1.0, 0);
-            RequireSquares(targetRms);
-            settings.targetRms = targetRms;
-        }
-        CDataArrayDouble samples(static_cast<__int64>(count), 0.0);
-        if (samples.GetNum() == 0) throw std::bad_alloc();
-        std::uint32_t seed = options.seed;
-        RequireSignal(target.profile, rate);
-        if (!GenerateRandomWave(samples, target.profile, settings, &seed)) throw std::bad_alloc();
-        const double rms = samples.CalcRms(0, 0);
-        const double peak = samples.GetAbsMax(0, 0);
-        RequireSquares(rms);
-        if (target.topHz > rate / 2.0) {
-            Note("the profile above " + FormatNumber(rate / 2.0, 10) + " Hz, half the rate, is left out");
-        }
-        wave.Create(1.0 / rate, 1, 1, samples.GetNum(), 0, target.unit, &names, nullptr);
-        double* stored = wave.GetReal(0, 0);
-        if (stored == nullptr) throw std::bad_alloc();
-        std::copy_n(samples.GetData(), samples.GetNum(), stored);
-
-        const std::string unit = UnitText(target.unit);
         const auto shown = [&](double value) {
-            return FormatNumber(target.unit.ConvDtoI(value, 1.0, 0)) + " " + unit;
+            return fmt::format("{} {}", FormatNumber(target.unit.ConvDtoI(value, 1.0, 0)),
+                               UnitText(target.unit));
         };
-        summary = OutputName(output) + ": " + Count(samples.GetNum(), "sample") + " at " +
-                  FormatNumber(rate, 10) + " Hz (" + FormatNumber(count / rate, 7) + " s), seed " +
-                  std::to_string(options.seed) + "\n" +
-                  FormatTable({Align::left, Align::left}, {{"profile rms", shown(target.profile.CalcRms())},
-                                                           {"signal rms", shown(rms)},
-                                                           {"peak", shown(peak)},
-                                                           {"crest factor", FormatNumber(peak / rms, 4)}});
+        summary =
+            fmt::format("{}: {} at {} Hz ({} s), seed {}\n{}", OutputName(output),
+                        Count(wave.GetNsamp(), "sample"), FormatNumber(settings.rateHz, 10),
+                        FormatNumber(static_cast<double>(wave.GetNsamp()) / settings.rateHz, 7), options.seed,
+                        FormatTable({Align::left, Align::left},
+                                    {{"profile rms", shown(target.profile.Rms())},
+                                     {"signal rms", shown(figures.rms)},
+                                     {"peak", shown(figures.peak)},
+                                     {"crest factor", FormatNumber(figures.peak / figures.rms, 4)}}));
     });
     Doing("write", output, [&] {
         std::vector<CComDataBase> records;
