@@ -13,6 +13,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Folder.h>
 #include <KvxDevCommon01/platform/Locale.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Profile.h>
 #include <KvxDevCommon01/platform/Program.h>

@@ -16,6 +16,7 @@
 #include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/Folder.h>
 #include <KvxDevCommon01/platform/Locale.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Profile.h>
 #include <KvxDevCommon01/platform/Program.h>
