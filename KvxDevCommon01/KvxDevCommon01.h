@@ -41,6 +41,7 @@
 #include <KvxDevCommon01/data/DataMatrix.h>
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/Ring.h>
 #include <KvxDevCommon01/data/Samples.h>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>

@@ -15,11 +15,11 @@
 
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/Ring.h>
 #include <KvxDevCommon01/data/detail/ArrayFamily.h>
 #include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/ElementLayout.h>
 #include <KvxDevCommon01/data/detail/LaneSum.h>
-#include <KvxDevCommon01/data/detail/Ring.h>
 
 namespace kvx {
 namespace {

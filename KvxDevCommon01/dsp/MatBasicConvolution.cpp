@@ -6,9 +6,7 @@
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
-#include <KvxDevCommon01/dsp/MatLib.h>
 #include <KvxDevCommon01/dsp/detail/FrameConvolution.h>
-#include <KvxDevCommon01/dsp/detail/TrigTables.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,16 +15,8 @@
 
 namespace {
 
+using kvx::IsFrameBlock;
 using std::numbers::pi;
-
-/// Whether frames of half of n samples can be laid over each other by half.
-bool IsBlockSize(__int64 n) {
-    return kvx::IsTransformSize(n, 4);
-}
-
-bool IsTerm(CMatBasic::DATA_TERM term) {
-    return term == CMatBasic::TERM_ZERO || term == CMatBasic::TERM_PERIODIC || term == CMatBasic::TERM_HOLD;
-}
 
 bool HasSamples(const CDataArrayDouble* array) {
     return array != nullptr && array->GetNum() > 0 && array->GetData() != nullptr;
@@ -36,90 +26,7 @@ bool IsComplex(const CDataArrayDoubleCplx& spec, __int64 lineCount) {
     return spec.GetNum() >= lineCount && spec.GetReal() != nullptr && spec.GetImaginary() != nullptr;
 }
 
-/// Fills `out` with the periodic continuation of a signal on from index `start`.
-void CopyPeriodic(double* out, __int64 count, const double* in, __int64 period, __int64 start) {
-    __int64 source = start % period;
-    if (source < 0) source += period;
-    while (count > 0) {
-        const __int64 run = std::min(count, period - source);
-        out = std::copy_n(in + source, run, out);
-        count -= run;
-        source = 0;
-    }
-}
-
-/// What of an array of `count` samples that starts at index `start` of a signal lies before the signal, in it
-/// and behind it.
-struct Sections {
-    __int64 before;
-    __int64 inside;
-    __int64 behind;
-
-    Sections(__int64 start, __int64 count, __int64 signalCount)
-        : before(start >= 0        ? 0
-                 : start <= -count ? count
-                                   : -start),
-          inside(start >= signalCount ? 0
-                                      : std::min(count - before, signalCount - std::max<__int64>(start, 0))),
-          behind(count - before - inside) {}
-};
-
 }  // namespace
-
-int kvx::SelectSamples(double* out, __int64 outCount, const double* in, __int64 count, __int64 start,
-                       CMatBasic::DATA_TERM term) {
-    if (!IsTerm(term)) return 0;
-    if (term == CMatBasic::TERM_PERIODIC) {
-        CopyPeriodic(out, outCount, in, count, start);
-        return 1;
-    }
-    const bool isHeld = term == CMatBasic::TERM_HOLD;
-    const Sections sections(start, outCount, count);
-    out = std::fill_n(out, sections.before, isHeld ? in[0] : 0.0);
-    if (sections.inside > 0) out = std::copy_n(in + std::max<__int64>(start, 0), sections.inside, out);
-    std::fill_n(out, sections.behind, isHeld ? in[count - 1] : 0.0);
-    return 1;
-}
-
-int kvx::ConvolveFrames(double* out, __int64 outCount, const double* in, __int64 count, __int64 blockSize,
-                        const CDataArrayDoubleCplx& response, CMatBasic::DATA_TERM term, __int64 start,
-                        __int64 skip) {
-    // Positions of frames, which run past the end of the stream by one frame, must be numbers.
-    constexpr __int64 kFarthest = std::numeric_limits<__int64>::max() / 4;
-    if (start > kFarthest || start < -kFarthest || skip < 0 || skip > kFarthest || outCount > kFarthest)
-        return 0;
-    if (!IsBlockSize(blockSize) || !IsComplex(response, blockSize / 2)) return 0;
-
-    const __int64 hop = blockSize / 4;
-    CDataArrayDouble window(2 * hop, 1.0);
-    CDataArrayDouble frame(2 * hop, nullptr);
-    CDataArrayDouble sum(blockSize, nullptr);
-    CDataArrayDouble wave(blockSize, nullptr);
-    CDataArrayDouble work(blockSize, nullptr);
-    CDataArrayDoubleCplx spec(1, 2 * hop);
-    if (!HasSamples(&frame) || !HasSamples(&sum) ||
-        !CMatBasic::WindowCore(0.5, 0.5, 0.0, pi / static_cast<double>(hop), window.GetNum(),
-                               window.GetData())) {
-        return 0;
-    }
-
-    const __int64 streamEnd = skip + outCount;
-    __int64 position = 0;
-    for (__int64 stream = -hop; stream < streamEnd; stream += hop) {
-        // This frame finishes the samples from `stream` to `stream` + hop; before the second there are none.
-        if (!SelectSamples(frame.GetData(), frame.GetNum(), in, count, start + stream, term)) return 0;
-        CMatBasic::MulArr(frame.GetData(), window.GetData(), frame.GetNum());
-        if (!CMatBasic::CoreAddCir(&sum, position, frame, response, &spec, &wave, &work)) return 0;
-
-        double* const finished = sum.GetData() + position;
-        const __int64 first = std::max(stream, skip);
-        const __int64 end = std::min(stream + hop, streamEnd);
-        if (first < end) std::copy_n(finished + (first - stream), end - first, out + (first - skip));
-        CMatBasic::ZeroArr(finished, hop);
-        position = (position + hop) % blockSize;
-    }
-    return 1;
-}
 
 int CMatBasic::SelectWave(CDataArrayDouble* out, const CDataArrayDouble& in, __int64 start, DATA_TERM term) {
     if (out == nullptr || out == &in) return 0;
@@ -140,18 +47,16 @@ __int64 CMatBasic::WaveInterpol(CDataArrayDouble* out, const CDataArrayDouble& i
 
 int CMatBasic::SpecFiltering(CDataArrayDouble* out, const CDataArrayDouble& in, DATA_TERM term,
                              const CDataArrayDoubleCplx& response, __int64 blockSize) {
-    if (!HasSamples(out) || out->GetNum() != in.GetNum() || !IsTerm(term)) return 0;
-    return MatLibCvlFiltering(out->GetData(), in.GetData(), in.GetNum(), static_cast<int>(term) - 1,
-                              response.GetReal(), response.GetImaginary(), response.GetNum(), blockSize);
+    return SpecFilteringModPeri(out, in, term, response, blockSize, 0, in.GetNum() - 1);
 }
 
 int CMatBasic::SpecFilteringModPeri(CDataArrayDouble* out, const CDataArrayDouble& in, DATA_TERM term,
                                     const CDataArrayDoubleCplx& response, __int64 blockSize, __int64 first,
                                     __int64 last) {
-    if (!HasSamples(out) || out->GetNum() != in.GetNum() || !IsTerm(term)) return 0;
-    return MatLibCvlFilteringModPeri(in.GetData(), out->GetData(), in.GetNum(), static_cast<int>(term) - 1,
-                                     response.GetReal(), response.GetImaginary(), response.GetNum(),
-                                     blockSize, first, last);
+    if (!HasSamples(out) || out->GetNum() != in.GetNum()) return 0;
+    return kvx::FilterStretch(in.GetData(), out->GetData(), in.GetNum(), term,
+                              {response.GetReal(), response.GetImaginary(), response.GetNum()}, blockSize,
+                              first, last);
 }
 
 int CMatBasic::CoreAddCir(CDataArrayDouble* sum, __int64 position, const CDataArrayDouble& frame,
@@ -159,23 +64,13 @@ int CMatBasic::CoreAddCir(CDataArrayDouble* sum, __int64 position, const CDataAr
                           CDataArrayDouble* wave, CDataArrayDouble* work) {
     if (!HasSamples(sum) || !HasSamples(wave) || !HasSamples(work) || spec == nullptr) return 0;
     const __int64 size = sum->GetNum();
-    if (!IsBlockSize(size) || position < 0 || position >= size || frame.GetNum() != size / 2 ||
+    if (!IsFrameBlock(size) || position < 0 || position >= size || frame.GetNum() != size / 2 ||
         wave->GetNum() != size || work->GetNum() != size || spec->GetNum() != size / 2 ||
         !IsComplex(*spec, size / 2) || !IsComplex(response, size / 2)) {
         return 0;
     }
-    wave->Zero();
-    std::copy_n(frame.GetData(), size / 2, wave->GetData() + size / 4);
-    if (!CMatFFT::XfrRfft(wave->GetData(), work->GetData(), size, spec->GetReal(), spec->GetImaginary(),
-                          size / 2) ||
-        !SpecMul(spec, *spec, response) ||
-        !CMatFFT::XfrIfft(wave->GetData(), work->GetData(), size, spec->GetReal(), spec->GetImaginary(),
-                          size / 2)) {
-        return 0;
-    }
-    AddArr(sum->GetData() + position, wave->GetData(), size - position);
-    AddArr(sum->GetData(), wave->GetData() + (size - position), position);
-    return 1;
+    return kvx::AddFrame(sum->GetData(), position, size, frame.GetData(), response, spec, wave->GetData(),
+                         work->GetData());
 }
 
 int CMatBasic::CoreMultiFrame(CDataArrayDouble* out, const CDataArrayDouble& in, __int64 blockSize,
@@ -194,7 +89,7 @@ int CMatBasic::CalcConvolCoef(const CDataArrayDoubleCplx& in, CDataArrayDoubleCp
     constexpr double kRollOff = 6.0;
     if (out == nullptr || workSpec == nullptr || workWave == nullptr || workImag == nullptr) return 0;
     if (out == workSpec || workWave == workImag) return 0;
-    if (!IsBlockSize(n) || !IsBlockSize(2 * n) || in.GetNum() != n / 2 || !IsComplex(in, n / 2)) return 0;
+    if (!IsFrameBlock(n) || !IsFrameBlock(2 * n) || in.GetNum() != n / 2 || !IsComplex(in, n / 2)) return 0;
     if (!(a >= 0.0 && a <= 1.0 && b >= 0.0 && b <= 1.0)) return 0;
     if (mode != IXFR_DC_ZERO && mode != IXFR_DC_FIRST_LINE && mode != IXFR_DC_SETTLED) return 0;
     const double size = static_cast<double>(n);
@@ -232,23 +127,4 @@ int CMatBasic::CalcConvolCoef(const CDataArrayDoubleCplx& in, CDataArrayDoubleCp
     }
     ZeroArr(wave + causal, 2 * n - causal - early);
     return CMatFFT::XfrRfft(wave, workImag->GetData(), 2 * n, out->GetReal(), out->GetImaginary(), n);
-}
-
-int CMatBasic::WindowCore(double a, double b, double phase0, double dphase, __int64 n, double* data) {
-    // Up to here the nearest entry is a whole number that a double holds to the last digit.
-    constexpr double kLargestAngle = 1e11;
-    if (data == nullptr || n < 1) return 0;
-    const double lastAngle = phase0 + static_cast<double>(n - 1) * dphase;
-    if (!(std::fabs(phase0) <= kLargestAngle) || !(std::fabs(lastAngle) <= kLargestAngle)) return 0;
-
-    constexpr double kHalfTurn = static_cast<double>(kvx::kSineHalfTurn);
-    const double* const sine = kvx::SineTable();
-    for (__int64 i = 0; i < n; ++i) {
-        const double angle = phase0 + static_cast<double>(i) * dphase;
-        const auto entry = static_cast<__int64>(std::floor(angle * kHalfTurn / pi + 0.5));
-        const __int64 shifted = entry + kvx::kSineHalfTurn / 2;
-        const double value = sine[shifted & (kvx::kSineHalfTurn - 1)];
-        data[i] *= a - b * ((shifted & kvx::kSineHalfTurn) != 0 ? -value : value);
-    }
-    return 1;
 }

@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// Sequences of numbers: evenly and logarithmically spaced values, rounding to grids of values, random
-// numbers.
+// Sequences of numbers: evenly and logarithmically spaced values, rounding to grids of values, cosine
+// windows, random numbers.
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/dsp/detail/TrigTables.h>
 
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <span>
 
 namespace {
@@ -184,6 +186,25 @@ double CMatBasic::TrimValStep(double x, double step, TRIM_MODE mode) {
     }
     if (!(std::abs(steps) < kFinest)) return x;
     return trimmed * size + 0.0;  // + 0.0 makes a negative zero positive
+}
+
+int CMatBasic::WindowCore(double a, double b, double phase0, double dphase, __int64 n, double* data) {
+    // Up to here the nearest entry is a whole number that a double holds to the last digit.
+    constexpr double kLargestAngle = 1e11;
+    if (data == nullptr || n < 1) return 0;
+    const double lastAngle = phase0 + static_cast<double>(n - 1) * dphase;
+    if (!(std::fabs(phase0) <= kLargestAngle) || !(std::fabs(lastAngle) <= kLargestAngle)) return 0;
+
+    constexpr double kHalfTurn = static_cast<double>(kvx::kSineHalfTurn);
+    const double* const sine = kvx::SineTable();
+    for (__int64 i = 0; i < n; ++i) {
+        const double angle = phase0 + static_cast<double>(i) * dphase;
+        const auto entry = static_cast<__int64>(std::floor(angle * kHalfTurn / std::numbers::pi + 0.5));
+        const __int64 shifted = entry + kvx::kSineHalfTurn / 2;
+        const double value = sine[shifted & (kvx::kSineHalfTurn - 1)];
+        data[i] *= a - b * ((shifted & kvx::kSineHalfTurn) != 0 ? -value : value);
+    }
+    return 1;
 }
 
 double CMatBasic::GenRandom(std::uint32_t* seed) {

@@ -33,29 +33,9 @@ int MatLibCvlFiltering(double* out, const double* in, __int64 count, int mode, c
 int MatLibCvlFilteringModPeri(const double* in, double* out, __int64 count, int mode,
                               const double* responseRe, const double* responseIm, __int64 lineCount,
                               __int64 blockSize, __int64 first, __int64 last) {
-    if (in == nullptr || out == nullptr || responseRe == nullptr || responseIm == nullptr) return 0;
-    if (lineCount < 1 || blockSize < 1 || first < 0 || first > last || last >= count) return 0;
     if (mode != MATLIB_ZERO && mode != MATLIB_PERIODIC && mode != MATLIB_HOLD) return 0;
-    const auto term = static_cast<CMatBasic::DATA_TERM>(mode + 1);
-    CDataArrayDoubleCplx response(1, blockSize / 2);
-    const __int64 given = std::min(lineCount, response.GetNum());
-    std::copy_n(responseRe, given, response.GetReal());
-    std::copy_n(responseIm, given, response.GetImaginary());
-
-    // In place, the stretch is filtered from a copy of the signal.
-    CDataArrayDouble copy;
-    if (out == in) {
-        if (!copy.SetData(count, in)) return 0;
-        in = copy.GetData();
-    }
-    // What lies before the stretch has its full weight once the stream has run for half a block.
-    if (!kvx::ConvolveFrames(out + first, last - first + 1, in, count, blockSize, response, term,
-                             first - blockSize / 4, blockSize / 2)) {
-        return 0;
-    }
-    std::copy_n(in, first, out);
-    std::copy_n(in + last + 1, count - last - 1, out + last + 1);
-    return 1;
+    return kvx::FilterStretch(in, out, count, static_cast<CMatBasic::DATA_TERM>(mode + 1),
+                              {responseRe, responseIm, lineCount}, blockSize, first, last);
 }
 
 int MatLibCalcPSD(double* psd, const double* wave, __int64 count, __int64 blockSize, __int64 overlap,

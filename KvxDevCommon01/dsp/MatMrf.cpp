@@ -2,9 +2,9 @@
 
 #include <KvxDevCommon01/dsp/MatMrf.h>
 
+#include <KvxDevCommon01/data/Ring.h>
 #include <KvxDevCommon01/dsp/detail/FirCoefficients.h>
 #include <KvxDevCommon01/dsp/detail/IntegerSamples.h>
-#include <KvxDevCommon01/dsp/detail/RingRuns.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -79,8 +79,9 @@ template <typename Element, class Feed>
 int FeedRing(const Element* data, __int64 start, __int64 num, __int64 ringLength, Feed feed) {
     if (data == nullptr || num < 0 || ringLength < 1) return 0;
     int kept = feed(data, 0);
-    kvx::ForEachRingRun(start, num, ringLength,
-                        [&](__int64 position, __int64 run) { kept &= feed(data + position, run); });
+    kvx::WalkRings(
+        num, [&](__int64 run, const Element* samples) { kept &= feed(samples, run); },
+        kvx::Ring<const Element>{data, ringLength, kvx::WrapIndex(start, ringLength)});
     return kept;
 }
 
@@ -96,8 +97,9 @@ int FeedArray(const Array& data, __int64 start, __int64 num, int isRing, Feed fe
 template <typename Element, class Take>
 __int64 TakeToRing(Element* out, __int64 start, __int64 count, __int64 ringLength, Take take) {
     if (out == nullptr || count < 1 || ringLength < 1) return 0;
-    kvx::ForEachRingRun(start, count, ringLength,
-                        [&](__int64 position, __int64 run) { take(out + position, run); });
+    kvx::WalkRings(
+        count, [&](__int64 run, Element* samples) { take(samples, run); },
+        kvx::Ring<Element>{out, ringLength, kvx::WrapIndex(start, ringLength)});
     return count;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Arrays walked as rings: an index that reaches the end of its array restarts at 0.
+// Blocks of elements walked as rings: an index that reaches the end of its block restarts at 0. All loops
+// over rings are cut into contiguous stretches here.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +26,7 @@ struct Ring {
 };
 
 /// Walks `num` elements along all rings in step and calls `action(length, pointers...)` for every stretch in
-/// which none of them wraps.
+/// which none of them wraps; calls nothing for num < 1.
 template <class Action, typename... Elements>
 void WalkRings(__int64 num, Action action, Ring<Elements>... rings) {
     while (num > 0) {
