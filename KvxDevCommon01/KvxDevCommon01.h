@@ -68,7 +68,11 @@
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
+#include <KvxDevCommon01/dsp/Resampling.h>
+#include <KvxDevCommon01/dsp/SampleFilters.h>
+#include <KvxDevCommon01/dsp/SampleProcess.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>
+#include <KvxDevCommon01/dsp/SpectralFilter.h>
 
 #include <KvxDevCommon01/files/ComDataBase.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>

@@ -167,51 +167,6 @@ TEST(Xfr, FindsADelayAndAGainAcrossRecords) {
     EXPECT_THAT(RunShell(folder, "kvx xfr in.vdf2 --block 256").err, HasSubstr("single block is always 1"));
 }
 
-struct GainCase {
-    const char* options;
-    double gain;       ///< of a sine at 1.5 times the corner of 64 Hz
-    double tolerance;  ///< gains without phase are smoothed, the more the sharper
-};
-
-class Filter : public testing::TestWithParam<GainCase> {};
-
-TEST_P(Filter, PassesASineWithItsGain) {
-    const TempFolder folder;
-    MakeCosine(folder, 5120, 96);
-    RunWell(folder, std::string("kvx filter c.vdf2 -o f.vdf2 --ends periodic ") + GetParam().options);
-    const nlohmann::json channel = RunJson(
-        folder, "kvx spectrum f.vdf2 --window rectangular --from 96 --to 96")["records"][0]["channels"][0];
-    EXPECT_NEAR(channel["highestLevel"].get<double>(), GetParam().gain, GetParam().tolerance);
-}
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Kinds, Filter, testing::Values(
-    GainCase{"--lowpass 64 --kind first",               1 / std::sqrt(3.25),              1e-9},
-    GainCase{"--highpass 64 --kind first",              1.5 / std::sqrt(3.25),            1e-9},
-    GainCase{"--lowpass 64 --kind second --q 2",        1 / std::sqrt(2.125),             1e-9},
-    GainCase{"--highpass 64 --kind second",             2.25 / std::sqrt(1 + 5.0625),     1e-9},
-    GainCase{"--lowpass 64",                            1 / std::sqrt(1 + std::pow(1.5, 8)),  1e-9},
-    GainCase{"--highpass 64 --order 1",                 1.5 / std::sqrt(3.25),            1e-9},
-    GainCase{"--highpass 64 --lowpass 64 --kind first", 1.5 / 3.25,                       1e-9},
-    GainCase{"--lowpass 64 --kind second --q 0.2",      1 / std::sqrt(1.5625 + 56.25),    1e-5},
-    GainCase{"--lowpass 64 --kind slope --order 2",     1 / 2.25,                         1e-4},
-    GainCase{"--highpass 128 --kind slope --order 2",   0.5625,                           1e-4},
-    GainCase{"--lowpass 64 --kind cut",                 0,                                1e-5},
-    GainCase{"--highpass 64 --kind cut",                1,                                1e-5}));
-// clang-format on
-
-TEST(FilterEnds, AreContinuedAsAsked) {
-    const TempFolder folder;
-    RunWell(folder, "yes 1 | head -n 100 > one.txt; kvx import one.txt -o one.vdf2 --rate 1000");
-    RunWell(folder, "kvx filter one.vdf2 -o hold.vdf2 --lowpass 10");
-    RunWell(folder, "kvx filter one.vdf2 -o zeros.vdf2 --lowpass 10 --ends zeros");
-    const auto least = [&](const std::string& file) {
-        return RunJson(folder, "kvx info " + file)["records"][0]["channels"][0]["min"].get<double>();
-    };
-    EXPECT_NEAR(least("hold.vdf2"), 1.0, 1e-6);
-    EXPECT_LT(least("zeros.vdf2"), 0.01);
-}
-
 /// The screening profile of NAVMAT P-9492, whose rms is given as 6.06 g.
 class Profile : public testing::Test {
 protected:

@@ -63,8 +63,7 @@ int AddFrame(double* sum, __int64 position, __int64 size, const double* frame,
     std::fill_n(wave + size / 4 * 3, size / 4, 0.0);
     double* const re = spec->GetReal();
     double* const im = spec->GetImaginary();
-    if (!CMatFFT::XfrRfft(wave, work, size, re, im, size / 2) ||
-        !CMatBasic::SpecMul(spec, *spec, response) ||
+    if (!CMatFFT::XfrRfft(wave, work, size, re, im, size / 2) || !CMatBasic::SpecMul(spec, *spec, response) ||
         !CMatFFT::XfrIfft(wave, work, size, re, im, size / 2)) {
         return 0;
     }

@@ -2,40 +2,34 @@
 //
 // kvx filter: low-pass and high-pass filtering of time waveforms through spectra, and recursive and FIR
 // filters, sample by sample, for signals of any length.
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <new>
-#include <numbers>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
-#include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/dsp/SampleFilters.h>
+#include <KvxDevCommon01/dsp/SpectralFilter.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxRecording01/TextTable.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
+#include "cli/Progress.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
-#include "commands/SampleFilters.h"
 #include "commands/Stream.h"
 #include "commands/UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
-
-constexpr __int64 kSmallestBlock = 16;
-constexpr __int64 kLargestBlock = 131072;
 
 struct FilterOptions {
     StreamOptions stream;
@@ -46,68 +40,50 @@ struct FilterOptions {
     std::optional<double> order;
     std::optional<__int64> block;
     std::optional<std::string> ends;
-    SampleFilterOptions bySamples;
+    std::vector<std::string> butterworths;  ///< three values each
+    std::optional<std::string> firFile;
+    std::optional<__int64> firSet;
+    bool keepDelay = false;
 
     bool IsBySpectra() const { return lowPassHz || highPassHz || kind || q || order || block; }
+    bool HasFir() const { return firFile || firSet; }
 };
 
-/// A kind of filter: how it acts on spectra, and which of the parameters it has.
-struct Kind {
-    using Apply = int (*)(CDataArrayDoubleCplx*, double spacingHz, double cornerHz, double parameter);
+/// What the command does to a run, and what it says of it.
+struct RunFilters {
+    std::string text;
+    std::function<std::unique_ptr<SampleProcess>()> make;
+    std::vector<RmsChange> levels;  ///< per channel
+};
+using PlanRun = std::function<RunFilters(const SignalRun& run)>;
 
+// ---- through spectra ----
+
+struct KindName {
     std::string_view name;
-    Apply lowPass;
-    Apply highPass;
+    SpectralFilter::Kind kind;
     std::string_view parameter;  ///< the option's name; empty when there is none
-    double usual;                ///< its value without the option
-    bool isAnalogue;             ///< causal with a phase; otherwise a real gain
 };
-
-using Spectrum = CDataArrayDoubleCplx;
-
-// clang-format off
-constexpr std::array kKinds = {
-    Kind{"first",
-         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecLPF1Ex(s, 0.0, df, fc); },
-         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecHPF1Ex(s, 0.0, df, fc); },
-         "", 0.0, true},
-    Kind{"second",
-         [](Spectrum* s, double df, double fc, double q) { return CMatBasic::SpecLPF2Ex(s, 0.0, df, fc, q); },
-         [](Spectrum* s, double df, double fc, double q) { return CMatBasic::SpecHPF2Ex(s, 0.0, df, fc, q); },
-         "--q", 0.5 * std::numbers::sqrt2, true},
-    Kind{"butterworth",
-         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecBwLPFN(s, 0.0, df, fc, static_cast<std::int32_t>(order)); },
-         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecBwHPFN(s, 0.0, df, fc, static_cast<std::int32_t>(order)); },
-         "--order", 4.0, true},
-    Kind{"slope",
-         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecLinLPFN(s, 0.0, df, fc, order); },
-         [](Spectrum* s, double df, double fc, double order) { return CMatBasic::SpecLinHPFN(s, 0.0, df, fc, order); },
-         "--order", 4.0, false},
-    Kind{"cut",
-         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecTrancLPF(s, 0.0, df, fc); },
-         [](Spectrum* s, double df, double fc, double) { return CMatBasic::SpecTrancHPF(s, 0.0, df, fc); },
-         "", 0.0, false},
-};
-
-struct End {
+struct TermName {
     std::string_view name;
     CMatBasic::DATA_TERM term;
 };
-constexpr std::array kEnds = {
-    End{"hold",     CMatBasic::TERM_HOLD},
-    End{"zeros",    CMatBasic::TERM_ZERO},
-    End{"periodic", CMatBasic::TERM_PERIODIC},
+// clang-format off
+constexpr std::array kKinds = {
+    KindName{"first",       SpectralFilter::Kind::first,       ""},
+    KindName{"second",      SpectralFilter::Kind::second,      "--q"},
+    KindName{"butterworth", SpectralFilter::Kind::butterworth, "--order"},
+    KindName{"slope",       SpectralFilter::Kind::slope,       "--order"},
+    KindName{"cut",         SpectralFilter::Kind::cut,         ""},
+};
+constexpr std::array kTerms = {
+    TermName{"hold",     CMatBasic::TERM_HOLD},
+    TermName{"zeros",    CMatBasic::TERM_ZERO},
+    TermName{"periodic", CMatBasic::TERM_PERIODIC},
 };
 // clang-format on
 
-/// The filter of the options.
-struct Filter {
-    const Kind& kind;
-    double parameter;
-    CMatBasic::DATA_TERM term;
-};
-
-Filter ReadFilter(const FilterOptions& options) {
+SpectralFilter ReadSpectralFilter(const FilterOptions& options, const KindName& kind) {
     if (!options.lowPassHz && !options.highPassHz) {
         throw UsageError("one of --lowpass, --highpass, --butterworth, --fir and --fir-set is required");
     }
@@ -115,183 +91,121 @@ Filter ReadFilter(const FilterOptions& options) {
         throw ValueError("--lowpass " + FormatNumber(*options.lowPassHz) + " lies below --highpass " +
                          FormatNumber(*options.highPassHz) + ", which leaves no band");
     }
-    const Kind& kind = Choose(kKinds, "--kind", options.kind.value_or("butterworth"));
     if (options.q && kind.parameter != "--q") throw UsageError("--q is for --kind second");
     if (options.order && kind.parameter != "--order") {
         throw UsageError("--order is for --kind butterworth and slope");
     }
-    const double parameter = options.q.value_or(options.order.value_or(kind.usual));
-    if (kind.name == "butterworth" && !(parameter == std::floor(parameter) && parameter <= 16.0)) {
-        throw ValueError("--order: " + FormatNumber(parameter) +
+    SpectralFilter filter = {kind.kind, options.lowPassHz, options.highPassHz};
+    filter.q = options.q.value_or(filter.q);
+    filter.order = options.order.value_or(filter.order);
+    if (kind.kind == SpectralFilter::Kind::butterworth &&
+        !(filter.order == std::floor(filter.order) && filter.order <= 16.0)) {
+        throw ValueError("--order: " + FormatNumber(filter.order) +
                          " is not a whole number from 1 to 16, as Butterworth filters have them");
     }
-    if (options.block && !(*options.block >= kSmallestBlock && *options.block <= kLargestBlock &&
-                           CMatBasic::GreaterEqPow2(*options.block) == *options.block)) {
+    if (options.block && CMatBasic::GreaterEqPow2(*options.block) != *options.block) {
         throw ValueError("--block: " + std::to_string(*options.block) +
                          " is not a power of two from 16 to 131072");
     }
-    return {kind, parameter,
-            Choose(kEnds, "--ends", options.ends.value_or(options.highPassHz ? "zeros" : "hold")).term};
+    return filter;
 }
 
-/// Periods of the lowest corner that a block must hold, so that an analogue filter's impulse response falls
-/// by the factor e^decay within the quarter of a block that counts, and a gain is as sharp beside its corner.
-double BlockPeriods(const Filter& filter, double decay) {
-    if (!filter.kind.isAnalogue) return 2.0 * decay;
-    double q = 0.5;
-    // The least damped section of a Butterworth filter; below 1/2 the slower of two real poles.
-    if (filter.kind.name == "butterworth") {
-        q = std::max(q, 0.5 / std::sin(0.5 * std::numbers::pi / filter.parameter));
-    } else if (filter.kind.name == "second") {
-        const double damping = 0.5 / filter.parameter;
-        q = damping < 1.0 ? filter.parameter : 0.5 * (damping + std::sqrt(damping * damping - 1.0));
-    }
-    return 4.0 * decay * q / std::numbers::pi;
-}
-
-/// The block size for a signal of this rate; throws Error when none that is allowed will do.
-__int64 ChooseBlock(const FilterOptions& options, const Filter& filter, double rateHz) {
-    // To a millionth where blocks can be that long, to a thousandth everywhere.
-    constexpr double kWanted = 13.8;
-    constexpr double kRequired = 6.9;
-    constexpr double kUsual = 4096.0;
-    for (const std::optional<double>& corner : {options.lowPassHz, options.highPassHz}) {
-        if (corner) RequireCorner(*corner, rateHz);
-    }
-    const double lowestHz = std::min(options.lowPassHz.value_or(rateHz), options.highPassHz.value_or(rateHz));
-    const double required = BlockPeriods(filter, kRequired) * rateHz / lowestHz;
-    const double wanted = std::max(BlockPeriods(filter, kWanted) * rateHz / lowestHz, kUsual);
-    const __int64 block = options.block.value_or(
-        CMatBasic::GreaterEqPow2(static_cast<__int64>(std::min(std::ceil(wanted), double{kLargestBlock}))));
-    if (static_cast<double>(block) < required) {
-        throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(lowestHz) + " Hz at its rate of " +
-                                              FormatNumber(rateHz, 10) + " Hz needs blocks of more than " +
-                                              std::to_string(block) + " samples");
-    }
-    return block;
-}
-
-/// The response of the filter for blocks of `block` samples.
-Spectrum MakeResponse(const FilterOptions& options, const Filter& filter, double rateHz, __int64 block) {
-    // A gain has no end in time of its own. Designed on a block of half the size, it is given one.
-    const __int64 designBlock = filter.kind.isAnalogue ? block : block / 2;
-    const double spacingHz = rateHz / static_cast<double>(designBlock);
-    Spectrum response(1, designBlock / 2);
-    if (response.GetImaginary() == nullptr) throw std::bad_alloc();
-    std::fill_n(response.GetReal(), response.GetNum(), 1.0);
-    // A gain that ends beyond the last line leaves all lines alone, and says so.
-    if (options.lowPassHz) filter.kind.lowPass(&response, spacingHz, *options.lowPassHz, filter.parameter);
-    if (options.highPassHz) filter.kind.highPass(&response, spacingHz, *options.highPassHz, filter.parameter);
-    if (filter.kind.isAnalogue) return response;
-
-    Spectrum limited, workSpectrum;
-    CDataArrayDouble workWave, workImaginary;
-    const auto dcMode = options.highPassHz ? CMatBasic::IXFR_DC_ZERO : CMatBasic::IXFR_DC_FIRST_LINE;
-    if (!CMatBasic::CalcConvolCoef(response, &limited, &workSpectrum, &workWave, designBlock, &workImaginary,
-                                   0.5, 0.5, dcMode, 0.0, 0.0)) {
-        throw std::bad_alloc();
-    }
-    return limited;
-}
-
-std::string FilterText(const FilterOptions& options, const Filter& filter) {
-    std::string text(filter.kind.name);
-    if (!filter.kind.parameter.empty()) {
-        text += " " + std::string(filter.kind.parameter.substr(2)) + " " + FormatNumber(filter.parameter, 4);
-    }
-    if (options.highPassHz) text += ", high-pass " + FormatNumber(*options.highPassHz) + " Hz";
-    if (options.lowPassHz) text += ", low-pass " + FormatNumber(*options.lowPassHz) + " Hz";
+std::string FilterText(const SpectralFilter& filter, const KindName& kind) {
+    std::string text(kind.name);
+    if (kind.parameter == "--q") text += " q " + FormatNumber(filter.q, 4);
+    if (kind.parameter == "--order") text += " order " + FormatNumber(filter.order, 4);
+    if (filter.highPassHz) text += ", high-pass " + FormatNumber(*filter.highPassHz) + " Hz";
+    if (filter.lowPassHz) text += ", low-pass " + FormatNumber(*filter.lowPassHz) + " Hz";
     return text;
 }
 
-/// Filters a channel as a whole.
-class SpectralFilter : public ChannelProcess {
-public:
-    SpectralFilter(Spectrum response, __int64 block, CMatBasic::DATA_TERM term)
-        : response_(std::move(response)), block_(block), term_(term) {}
-
-    void Feed(std::span<const double> samples, std::vector<double>*) override {
-        samples_.insert(samples_.end(), samples.begin(), samples.end());
-    }
-    void Finish(std::vector<double>* out) override {
-        const CDataArrayDouble samples(std::ssize(samples_), samples_.data());
-        samples_ = {};
-        CDataArrayDouble result(samples.GetNum(), nullptr);
-        if (!CMatBasic::SpecFiltering(&result, samples, term_, response_, block_)) throw std::bad_alloc();
-        out->insert(out->end(), result.GetData(), result.GetData() + result.GetNum());
-    }
-
-private:
-    Spectrum response_;
-    __int64 block_;
-    CMatBasic::DATA_TERM term_;
-    std::vector<double> samples_;
-};
-
-/// The rms of samples as they pass.
-class RunningRms {
-public:
-    void Add(std::span<const double> samples) {
-        for (const double sample : samples) squares_ += sample * sample;
-        count_ += std::ssize(samples);
-    }
-    double Get() const { return std::sqrt(squares_ / static_cast<double>(count_)); }
-
-private:
-    double squares_ = 0.0;
-    __int64 count_ = 0;
-};
-
-struct Levels {
-    RunningRms before;
-    RunningRms after;
-};
-
-/// Measures what a process does to the level.
-class Measured : public ChannelProcess {
-public:
-    Measured(std::unique_ptr<ChannelProcess> process, Levels* levels)
-        : process_(std::move(process)), levels_(levels) {}
-
-    void Feed(std::span<const double> samples, std::vector<double>* out) override {
-        levels_->before.Add(samples);
-        const std::size_t begin = out->size();
-        process_->Feed(samples, out);
-        levels_->after.Add(std::span(*out).subspan(begin));
-    }
-    void Finish(std::vector<double>* out) override {
-        const std::size_t begin = out->size();
-        process_->Finish(out);
-        levels_->after.Add(std::span(*out).subspan(begin));
-    }
-
-private:
-    std::unique_ptr<ChannelProcess> process_;
-    Levels* levels_;
-};
-
-/// What the command does to a run, and what it says of it.
-struct RunFilters {
-    std::string text;
-    std::function<std::unique_ptr<ChannelProcess>()> make;
-    std::vector<Levels> levels;  ///< per channel
-};
-
-using PlanRun = std::function<RunFilters(const SignalRun& run)>;
-
 PlanRun PlanSpectra(const FilterOptions& options) {
-    const Filter filter = ReadFilter(options);
-    return [&options, filter](const SignalRun& run) {
-        const double rateHz = 1.0 / run.delta;
-        const __int64 block = ChooseBlock(options, filter, rateHz);
-        const Spectrum response = MakeResponse(options, filter, rateHz, block);
-        RunFilters filters;
-        filters.text = FilterText(options, filter) + ", blocks of " + std::to_string(block);
-        filters.make = [=, term = filter.term] {
-            return std::make_unique<SpectralFilter>(response, block, term);
-        };
-        return filters;
+    const KindName& kind = Choose(kKinds, "--kind", options.kind.value_or("butterworth"));
+    const SpectralFilter filter = ReadSpectralFilter(options, kind);
+    const std::string ends = options.ends.value_or(options.highPassHz ? "zeros" : "hold");
+    const CMatBasic::DATA_TERM term = Choose(kTerms, "--ends", ends).term;
+    return [=, &kind, block = options.block](const SignalRun& run) {
+        const auto response =
+            std::make_shared<const SpectralResponse>(DesignSpectralFilter(filter, 1.0 / run.delta, block));
+        return RunFilters{FilterText(filter, kind) + ", blocks of " + std::to_string(response->block),
+                          [=] { return MakeSpectralFilter(response, term); },
+                          {}};
     };
+}
+
+// ---- sample by sample ----
+
+/// The numbers of a text in one column or one row.
+std::vector<double> ReadCoefficients(const std::string& path) {
+    constexpr __int64 kMost = 1 << 20;
+    Progress progress("reading " + InputName(path));
+    const std::unique_ptr<RecordingReader> text =
+        OpenTextTable(OpenTextFile(InputPath(path)), {false, false}, progress.Function());
+    const std::size_t columns = text->Info().channels.size();
+    const __int64 rows = text->Info().samples;
+    if (columns > 1 && rows > 1)
+        throw Error(ErrorKind::kBadValue, "coefficients stand in one column or one row");
+    if (rows > kMost) throw Error(ErrorKind::kUnsupported, "it has more than 1048576 coefficients");
+    std::vector<double> values(columns * static_cast<std::size_t>(rows));
+    std::vector<double*> targets;
+    for (std::size_t c = 0; c < columns; ++c) targets.push_back(&values[c]);
+    text->Read(targets, static_cast<std::size_t>(rows));
+    return values;
+}
+
+FirFilter ReadFir(const std::string& path) {
+    FirFilter filter = {Doing("read", path, [&] { return ReadCoefficients(path); })};
+    const std::optional<double> delay = LinearPhaseDelay(filter.coefficients);
+    if (!delay) Note("the coefficients are not symmetric; what they delay, stays delayed");
+    filter.delay = static_cast<__int64>(delay.value_or(0.0));
+    if (delay && static_cast<double>(filter.delay) != *delay)
+        Note("an even number of taps leaves a delay of half a sample");
+    return filter;
+}
+
+std::vector<ButterworthFilter> ReadButterworths(const std::vector<std::string>& values) {
+    using Pass = ButterworthFilter::Pass;
+    constexpr double kHighestOrder = 64.0;
+    std::vector<ButterworthFilter> filters;
+    for (std::size_t v = 0; v + 2 < values.size(); v += 3) {
+        const std::string& pass = values[v];
+        if (pass != "lp" && pass != "hp")
+            throw ValueError("--butterworth: " + Quote(pass) + " is not lp or hp");
+        const double order = ParseArgument(values[v + 1]);
+        if (!(order >= 1.0 && order <= kHighestOrder && order == std::floor(order))) {
+            throw ValueError("--butterworth: " + Quote(values[v + 1]) + " is not an order from 1 to 64");
+        }
+        const double cornerHz = ParseArgument(values[v + 2]);
+        if (!(cornerHz > 0.0)) {
+            throw ValueError("--butterworth: " + Quote(values[v + 2]) + " is not a frequency above 0");
+        }
+        filters.push_back(
+            {pass == "lp" ? Pass::low : Pass::high, static_cast<std::int32_t>(order), cornerHz});
+    }
+    const PassedBand band = BandOf(filters);
+    if (band.highestHz < band.lowestHz) {
+        throw ValueError("--butterworth: the low-pass at " + FormatNumber(band.highestHz) +
+                         " Hz lies below the high-pass at " + FormatNumber(band.lowestHz) +
+                         " Hz, which leaves no band");
+    }
+    return filters;
+}
+
+std::string FilterText(const FilterOptions& options, const SampleFilters& filters) {
+    std::string text;
+    for (const FirFilter& fir : filters.firs) {
+        const bool isFromFile = text.empty() && options.firFile;
+        const std::string taps = Count(std::ssize(fir.coefficients), "tap");
+        text += (text.empty() ? "" : ", ") +
+                (isFromFile ? "FIR of " + taps + " from " + InputName(*options.firFile)
+                            : "FIR set " + std::to_string(*options.firSet) + " of " + taps);
+    }
+    for (const ButterworthFilter& filter : filters.butterworths) {
+        text += std::string(text.empty() ? "" : ", ") + "butterworth " +
+                (filter.pass == ButterworthFilter::Pass::low ? "low" : "high") + "-pass of order " +
+                std::to_string(filter.order) + " at " + FormatNumber(filter.cornerHz) + " Hz";
+    }
+    return text;
 }
 
 PlanRun PlanSamples(const FilterOptions& options) {
@@ -300,12 +214,19 @@ PlanRun PlanSamples(const FilterOptions& options) {
             "--butterworth, --fir and --fir-set do not go with the options of --lowpass and "
             "--highpass, which filter through spectra");
     }
-    std::optional<Ends> ends;
-    if (options.ends) ends = Choose(kEndNames, "--ends", *options.ends).ends;
-    const auto filters = std::make_shared<const SampleFilters>(options.bySamples, ends);
-    return [filters](const SignalRun& run) {
-        filters->RequireRate(1.0 / run.delta);
-        return RunFilters{filters->Text(), [&run, filters] { return filters->Make(run); }, {}};
+    SampleFilters filters;
+    if (options.ends) filters.ends = Choose(kEndNames, "--ends", *options.ends).ends;
+    filters.butterworths = ReadButterworths(options.butterworths);
+    if (options.firFile) filters.firs.push_back(ReadFir(*options.firFile));
+    if (options.firSet) filters.firs.push_back(BuiltInFir(static_cast<CMatFir::FIR_COEF>(*options.firSet)));
+    for (FirFilter& fir : filters.firs) {
+        if (options.keepDelay) fir.delay = 0;
+    }
+    return [text = FilterText(options, filters), filters](const SignalRun& run) {
+        for (const ButterworthFilter& filter : filters.butterworths)
+            RequireCorner(filter.cornerHz, 1.0 / run.delta);
+        return RunFilters{
+            text, [&filters, delta = run.delta] { return MakeSampleFilters(filters, delta); }, {}};
     };
 }
 
@@ -327,13 +248,12 @@ std::string Report(const SignalRun& run, const RunFilters& filters) {
 }
 
 void RunFilter(const FilterOptions& options, ByteStream& out) {
-    if (options.bySamples.keepDelay && !options.bySamples.firFile && !options.bySamples.firSet) {
-        throw UsageError("--keep-delay is for --fir and --fir-set");
-    }
+    if (options.keepDelay && !options.HasFir()) throw UsageError("--keep-delay is for --fir and --fir-set");
     const std::string& output = options.stream.output.name;
-    RequireAnotherFile(options.bySamples.firFile.value_or(""), output);
-    RequireOneStandardInput({options.stream.input, options.bySamples.firFile.value_or("")});
-    const PlanRun plan = options.bySamples.IsAny() ? PlanSamples(options) : PlanSpectra(options);
+    RequireAnotherFile(options.firFile.value_or(""), output);
+    RequireOneStandardInput({options.stream.input, options.firFile.value_or("")});
+    const bool isBySamples = !options.butterworths.empty() || options.HasFir();
+    const PlanRun plan = isBySamples ? PlanSamples(options) : PlanSpectra(options);
     const std::string& input = options.stream.input;
     const std::unique_ptr<SignalReader> reader = OpenInput("filter", options.stream);
     const std::vector<SignalRun>& runs = reader->Runs();
@@ -346,7 +266,7 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
     });
     const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
     Stream({"filter", input, output}, *reader, *writer, [&](std::size_t run, std::size_t c) {
-        return std::make_unique<Measured>(filters[run].make(), &filters[run].levels[c]);
+        return MakeMeasured(filters[run].make(), filters[run].levels[c]);
     });
     std::string report;
     for (std::size_t r = 0; r < runs.size(); ++r) report += Report(runs[r], filters[r]);
@@ -379,13 +299,26 @@ void AddFilter(Command app) {
         .AddOption("--block", options->block,
                    "Samples per block, a power of two from 16 to 131072 (default: by the corner)")
         .Type("N")
-        .Check(WholeNumber(kSmallestBlock, kLargestBlock));
+        .Check(WholeNumber(kSmallestSpectralBlock, kLargestSpectralBlock));
     command
         .AddOption("--ends", options->ends,
-                   "How the signal goes on outside its ends: " + Names(kEnds) +
+                   "How the signal goes on outside its ends: " + Names(kTerms) +
                        " (default: zeros with a high-pass, otherwise hold)")
         .Type("NAME");
-    AddSampleFilterOptions(command, &options->bySamples);
+    command
+        .AddOption("--butterworth", options->butterworths,
+                   "Recursive filter: lp or hp, order from 1 to 64 and corner in Hz; may be repeated")
+        .Type("PASS ORDER HZ")
+        .Values(3);
+    command
+        .AddOption("--fir", options->firFile,
+                   "FIR filter: text file of its coefficients in one column or one row")
+        .Type("FILE");
+    command.AddOption("--fir-set", options->firSet, "FIR filter: built-in low-pass of a rate change, 0 to 5")
+        .Type("SET")
+        .Check(WholeNumber(0, 5));
+    command.AddFlag("--keep-delay", options->keepDelay,
+                    "Leave the delay of --fir and --fir-set in the signal");
     AddStreamOptions(command, "--rate", &options->stream);
     command.SetFooter(
         "Through spectra (--lowpass, --highpass): first, second and butterworth are the analogue filters, "
@@ -401,7 +334,7 @@ void AddFilter(Command app) {
         "stays\n"
         "in its place. Near the ends, as far as the impulse response reaches (at most a quarter of a block), "
         "the\n"
-        "result depends on what --ends assumes. The signal is kept in memory.\n\n"
+        "result depends on what --ends assumes. With --ends periodic the signal is kept in memory.\n\n"
         "With --ends hold the signal has always had its first value, with zeros it begins from nothing. A "
         "high-pass\n"
         "would take a first value in the middle of a vibration for an offset, and its end for a step: there "

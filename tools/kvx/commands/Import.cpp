@@ -66,7 +66,7 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
     });
     const std::unique_ptr<SignalWriter> writer =
         Doing("write", output, [&] { return CreateDataFile(output, *text, reader->Runs()); });
-    Stream({"import", options.input, output}, *reader, *writer, [](auto...) { return NoChange(); });
+    Stream({"import", options.input, output}, *reader, *writer, [](auto...) { return MakeChain({}); });
     WriteText(ReportStream(output, out), Summary(output, writer->Records()));
 }
 

@@ -2,7 +2,6 @@
 //
 // kvx resample: another sampling rate for signals of any length, by the suite's multi-rate filters.
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <iterator>
 #include <memory>
@@ -10,13 +9,14 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/dsp/Resampling.h>
+
 #include "cli/Failure.h"
 #include "cli/Format.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
-#include "commands/Processes.h"
 #include "commands/Stream.h"
 
 namespace kvx::tool {
@@ -31,52 +31,28 @@ struct ResampleOptions {
     std::string ends = "hold";
 };
 
-/// Every change of the rate, from the most samples to the fewest.
-std::vector<RateChange> AllChanges() {
-    std::vector<RateChange> changes;
-    for (int code = CMatMrf::OVS_RAT_500; code > CMatMrf::OVS_RAT_1; --code) {
-        changes.push_back({CMatFir::RATE_INTERPOLATE, static_cast<CMatMrf::OVS_RAT>(code)});
-    }
-    changes.push_back({});
-    for (int code = CMatMrf::OVS_RAT_2; code <= CMatMrf::OVS_RAT_500; ++code) {
-        changes.push_back({CMatFir::RATE_DECIMATE, static_cast<CMatMrf::OVS_RAT>(code)});
-    }
-    return changes;
-}
-
-double RateAfter(const RateChange& change, double rateHz) {
-    const auto ratio = static_cast<double>(change.Ratio());
-    return change.mode == CMatFir::RATE_INTERPOLATE ? rateHz * ratio : rateHz / ratio;
-}
-
 /// "3000 Hz (--down 16)"
 std::string ChangeText(const RateChange& change, double rateHz) {
-    const std::string text = FormatNumber(RateAfter(change, rateHz), 10) + " Hz";
+    const std::string text = FormatNumber(change.RateAfter(rateHz), 10) + " Hz";
     if (change.mode == CMatFir::RATE_NONE) return text;
     return text + (change.mode == CMatFir::RATE_INTERPOLATE ? " (--up " : " (--down ") +
            std::to_string(change.Ratio()) + ")";
 }
 
 RateChange ChangeBy(const std::string& option, CMatFir::RATE_CONV mode, std::int64_t ratio) {
-    for (const RateChange& change : AllChanges()) {
-        if (change.Ratio() == ratio && (change.mode == mode || ratio == 1)) return change;
-    }
+    if (const std::optional<RateChange> change = FindRateChange(mode, ratio)) return *change;
     std::string ratios;
-    for (const RateChange& change : AllChanges()) {
+    for (const RateChange& change : RateChanges()) {
         if (change.mode == CMatFir::RATE_DECIMATE) ratios += ", " + std::to_string(change.Ratio());
     }
     throw ValueError(option + ": " + std::to_string(ratio) + " is not one of the ratios 1" + ratios);
 }
 
-/// The change that leads from one rate to another, to the accuracy of a sampling clock.
 RateChange ChangeTo(double rateHz, double fromHz) {
-    constexpr double kClockAccuracy = 1e-6;
-    const std::vector<RateChange> changes = AllChanges();
-    for (const RateChange& change : changes) {
-        if (std::abs(RateAfter(change, fromHz) / rateHz - 1.0) <= kClockAccuracy) return change;
-    }
+    if (const std::optional<RateChange> change = FindRateChange(fromHz, rateHz)) return *change;
+    const std::vector<RateChange> changes = RateChanges();
     const auto below = std::ranges::find_if(
-        changes, [&](const RateChange& change) { return RateAfter(change, fromHz) < rateHz; });
+        changes, [&](const RateChange& change) { return change.RateAfter(fromHz) < rateHz; });
     std::string nearest;
     if (below != changes.end()) nearest = ChangeText(*below, fromHz);
     if (below != changes.begin()) {
@@ -93,14 +69,11 @@ RateChange ChooseChange(const ResampleOptions& options, const SignalRun& run) {
     return ChangeTo(*options.rateHz, 1.0 / run.delta);
 }
 
-std::string RunText(const SignalRun& before, const ResampledRun& after, bool keepDelay) {
-    // Where the pass band of the filters ends, of the lower rate.
-    constexpr double kPassBand = 1.0 / 2.56;
-    const double bandHz = kPassBand / std::max(before.delta, after.run.delta);
+std::string RunText(const SignalRun& before, const ResamplingPlan& after, bool keepDelay) {
     return "record " + std::to_string(before.record) + ": " + Count(std::ssize(before.channels), "channel") +
            " of " + Count(before.samples, "sample") + " at " + FormatNumber(1.0 / before.delta, 10) +
-           " Hz become " + std::to_string(after.run.samples) + " at " +
-           FormatNumber(1.0 / after.run.delta, 10) + " Hz, band up to " + FormatNumber(bandHz) +
+           " Hz become " + std::to_string(after.times.samples) + " at " +
+           FormatNumber(1.0 / after.times.delta, 10) + " Hz, band up to " + FormatNumber(after.bandHz) +
            " Hz, delay of " + FormatNumber(after.delaySeconds) + " s " + (keepDelay ? "kept" : "taken out") +
            "\n";
 }
@@ -112,27 +85,26 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
     const Ends ends = Choose(kEndNames, "--ends", options.ends).ends;
     const std::string& input = options.stream.input;
     const std::unique_ptr<SignalReader> reader = OpenInput("resample", options.stream);
-    std::vector<RateChange> changes;
-    std::vector<ResampledRun> plans;
-    std::vector<SignalRun> runs;
+    std::vector<ResamplingPlan> plans;
+    std::vector<SignalRun> runs = reader->Runs();
     std::string report;
-    __int64 growth = 1;
+    std::size_t growth = 1;
     Doing("resample", input, [&] {
-        for (const SignalRun& run : reader->Runs()) {
-            changes.push_back(ChooseChange(options, run));
-            plans.push_back(PlanResampling(run, changes.back(), options.keepDelay));
-            runs.push_back(plans.back().run);
-            report += RunText(run, plans.back(), options.keepDelay);
-            if (changes.back().mode == CMatFir::RATE_INTERPOLATE)
-                growth = std::max(growth, changes.back().Ratio());
+        for (SignalRun& run : runs) {
+            const RateChange change = ChooseChange(options, run);
+            plans.push_back(PlanResampling({run.delta, run.offset, run.samples}, change, options.keepDelay));
+            const ResamplingPlan& plan = plans.back();
+            report += RunText(run, plan, options.keepDelay);
+            run.delta = plan.times.delta;
+            run.offset = plan.times.offset;
+            run.samples = plan.times.samples;
+            if (change.mode == CMatFir::RATE_INTERPOLATE)
+                growth = std::max(growth, static_cast<std::size_t>(change.Ratio()));
         }
     });
     const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
-    const auto process = [&](std::size_t run, std::size_t) {
-        return MakeResampler(changes[run], plans[run].alignment, ends);
-    };
-    Stream({"resample", input, options.stream.output.name}, *reader, *writer, process,
-           kStreamBlock / static_cast<std::size_t>(growth));
+    const auto process = [&](std::size_t run, std::size_t) { return MakeResampler(plans[run], ends); };
+    Stream({"resample", input, options.stream.output.name}, *reader, *writer, process, kStreamBlock / growth);
     WriteText(ReportStream(options.stream.output.name, out), report);
 }
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <utility>
+#include <span>
 
 #include "cli/Failure.h"
 #include "cli/Output.h"
@@ -68,50 +68,24 @@ void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer
     Progress progress("reading " + InputName(names.input));
     const std::uint64_t total = CountSamples(reader.Runs());
     std::uint64_t done = 0;
-    for (std::size_t r = 0; r < reader.Runs().size(); ++r) {
-        const std::size_t channels = reader.Runs()[r].channels.size();
-        const std::size_t room = std::max<std::size_t>(1, blockSamples / channels);
-        std::vector<std::vector<double>> in(channels, std::vector<double>(room));
-        std::vector<std::vector<double>> out(channels);
-        std::vector<std::unique_ptr<ChannelProcess>> processes(channels);
-        std::vector<double*> targets(channels);
-        for (std::size_t c = 0; c < channels; ++c) {
-            processes[c] = process(r, c);
-            targets[c] = in[c].data();
+    Doing(names.verb, names.input, [&] {
+        for (std::size_t r = 0; r < reader.Runs().size(); ++r) {
+            const std::size_t channels = reader.Runs()[r].channels.size();
+            std::vector<std::unique_ptr<SampleProcess>> processes;
+            for (std::size_t c = 0; c < channels; ++c) processes.push_back(process(r, c));
+            const auto read = [&](std::span<double* const> targets, std::size_t room) {
+                const std::size_t count = reader.Read(r, targets, room);
+                done += count * channels;
+                progress.Update(done, total);
+                return count;
+            };
+            const auto write = [&](std::span<double* const> results, std::size_t count) {
+                Doing("write", names.output, [&] { writer.Write(r, results, count); });
+            };
+            RunProcesses(processes, std::max<std::size_t>(1, blockSamples / channels), read, write);
         }
-        for (bool isOver = false; !isOver;) {
-            std::size_t count = 0;
-            std::vector<double*> results(channels);
-            std::size_t resultCount = 0;
-            Doing(names.verb, names.input, [&] {
-                count = reader.Read(r, targets, room);
-                isOver = count == 0;
-                for (std::size_t c = 0; c < channels; ++c) {
-                    out[c].clear();
-                    isOver ? processes[c]->Finish(&out[c]) : processes[c]->Feed({targets[c], count}, &out[c]);
-                    results[c] = out[c].data();
-                }
-                resultCount = out.front().size();
-            });
-            if (resultCount > 0) {
-                Doing("write", names.output, [&] { writer.Write(r, results, resultCount); });
-            }
-            done += count * channels;
-            progress.Update(done, total);
-        }
-    }
+    });
     Doing("write", names.output, [&] { writer.Commit(); });
-}
-
-std::unique_ptr<ChannelProcess> NoChange() {
-    class Copy : public ChannelProcess {
-    public:
-        void Feed(std::span<const double> samples, std::vector<double>* out) override {
-            out->insert(out->end(), samples.begin(), samples.end());
-        }
-        void Finish(std::vector<double>*) override {}
-    };
-    return std::make_unique<Copy>();
 }
 
 }  // namespace kvx::tool

@@ -4,13 +4,15 @@
 // their length.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <KvxDevCommon01/dsp/SampleProcess.h>
 
 #include "cli/Command.h"
 #include "cli/OutputFormat.h"
@@ -18,6 +20,12 @@
 #include "commands/SignalWriter.h"
 
 namespace kvx::tool {
+
+struct EndName {
+    std::string_view name;
+    Ends ends;
+};
+inline constexpr std::array kEndNames = {EndName{"hold", Ends::held}, EndName{"zeros", Ends::zero}};
 
 /// What the commands that stream have in common.
 struct StreamOptions {
@@ -41,24 +49,6 @@ std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptio
 std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const std::wstring& text,
                                            const std::vector<SignalRun>& runs);
 
-/// What becomes of one channel, block by block. May keep samples back.
-class ChannelProcess {
-public:
-    virtual ~ChannelProcess() = default;
-    ChannelProcess(const ChannelProcess&) = delete;
-    ChannelProcess& operator=(const ChannelProcess&) = delete;
-
-    /// Takes the next samples, at least one, and appends what comes out.
-    virtual void Feed(std::span<const double> samples, std::vector<double>* out) = 0;
-    /// Appends what is due after the last sample.
-    virtual void Finish(std::vector<double>* out) = 0;
-
-protected:
-    ChannelProcess() = default;
-};
-
-std::unique_ptr<ChannelProcess> NoChange();
-
 /// The files of a stream and what is done with them, for sentences.
 struct StreamNames {
     std::string verb;
@@ -70,10 +60,10 @@ struct StreamNames {
 inline constexpr std::size_t kStreamBlock = std::size_t{1} << 18;
 
 /// Makes the process of a channel of a run (both 0-based).
-using MakeProcess = std::function<std::unique_ptr<ChannelProcess>(std::size_t run, std::size_t channel)>;
+using MakeProcess = std::function<std::unique_ptr<SampleProcess>(std::size_t run, std::size_t channel)>;
 
-/// Takes every run of `reader` through its processes into the same run of `writer`, and commits that. All
-/// channels of a run must come out equally long. Throws Failure.
+/// Takes every run of `reader` through its processes (RunProcesses) into the same run of `writer`, and
+/// commits that. Throws Failure.
 void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
             std::size_t blockSamples = kStreamBlock);
 

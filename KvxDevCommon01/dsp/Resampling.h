@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+//
+// Other sampling rates for signals of any length: the ratios that the cascades of CMatMrf know, and processes
+// whose samples stand at the time of what they show.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/dsp/MatFir.h>
+#include <KvxDevCommon01/dsp/MatMrf.h>
+#include <KvxDevCommon01/dsp/SampleProcess.h>
+#include <KvxDevCommon01/platform/Types.h>
+
+namespace kvx {
+
+/// A change of the sampling rate by one of the ratios of CMatMrf.
+struct RateChange {
+    CMatFir::RATE_CONV mode = CMatFir::RATE_NONE;
+    CMatMrf::OVS_RAT code = CMatMrf::OVS_RAT_1;
+
+    KVX_API std::int32_t Ratio() const;
+    /// The rate that comes of `rate`, in its unit.
+    KVX_API double RateAfter(double rate) const;
+};
+
+/// Every change, from the one that gives the most samples to the one that gives the fewest.
+KVX_API std::vector<RateChange> RateChanges();
+/// The change that multiplies or divides by `ratio`, which 1 does not change; none for another ratio.
+KVX_API std::optional<RateChange> FindRateChange(CMatFir::RATE_CONV mode, std::int64_t ratio);
+/// The change that leads from one rate [Hz] to another, to a millionth, the accuracy of a sampling clock.
+KVX_API std::optional<RateChange> FindRateChange(double fromHz, double toHz);
+
+/// Where the samples of a signal stand: sample i at (offset + i) delta seconds.
+struct SampleTimes {
+    double delta = 0.0;
+    __int64 offset = 0;
+    __int64 samples = 0;
+};
+
+/// What a change of the rate makes of a signal.
+struct ResamplingPlan {
+    RateChange change;
+    SampleTimes times;          ///< of the result
+    double delaySeconds = 0.0;  ///< what the results show is so much earlier when the delay is kept
+    double bandHz = 0.0;        ///< where the band ends that passes
+
+    // How the cascade is run for that.
+    __int64 lead = 0;  ///< samples that are put in front of the signal
+    __int64 skip = 0;  ///< results that are dropped first
+};
+
+/// Plans the change of a signal's rate. Without `keepDelay` a sample of the result stands at the time of what
+/// it shows, as near to the start of the signal as the spacing of the result allows; with it the results are
+/// those of filters at rest that are fed the signal alone. Throws Error when nothing is left, or when the
+/// signal becomes too long or begins too far from 0 s.
+KVX_API ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change, bool keepDelay);
+
+/// Changes the rate of the samples of the plan's signal. Throws std::bad_alloc.
+KVX_API std::unique_ptr<SampleProcess> MakeResampler(const ResamplingPlan& plan, Ends ends);
+
+}  // namespace kvx
