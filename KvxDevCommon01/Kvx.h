@@ -47,7 +47,9 @@
 #include <KvxDevCommon01/dsp/SampleQueue.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 
+#include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
+#include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
 
 #include <KvxDevCommon01/graph/AutoRange.h>

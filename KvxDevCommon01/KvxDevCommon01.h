@@ -80,7 +80,9 @@
 #include <KvxDevCommon01/files/ComFileFunc.h>
 #include <KvxDevCommon01/files/ComHdr.h>
 #include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
+#include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
 
 #include <KvxDevCommon01/app/AppFunc.h>

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // Storing and loading one record of 64 MiB: through memory, where the archive's own cost shows, and as a
-// whole file in the temporary folder, durable on return.
+// whole file in the temporary folder, durable on return; and reading that file block by block.
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <benchmark/benchmark.h>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -109,5 +111,19 @@ BENCHMARK_DEFINE_F(WholeFile, BM_Load)(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * kBytes);
 }
 BENCHMARK_REGISTER_F(WholeFile, BM_Load)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// All channels side by side, in the blocks of a program that streams.
+BENCHMARK_DEFINE_F(WholeFile, BM_ReadBlocks)(benchmark::State& state) {
+    constexpr __int64 kBlock = 1 << 14;
+    std::vector<double> block(kBlock);
+    for (auto _ : state) {
+        kvx::DataFileReader file(path_);
+        for (__int64 start = 0; start < kSamples; start += kBlock) {
+            for (__int64 row = 0; row < kChannels; ++row) file.ReadReal({0, row, 0, start}, block);
+        }
+    }
+    state.SetBytesProcessed(state.iterations() * kBytes);
+}
+BENCHMARK_REGISTER_F(WholeFile, BM_ReadBlocks)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -23,11 +23,11 @@ constexpr double kFrequenciesHz[] = {20.0, 80.0, 350.0, 2000.0};
 constexpr double kDensities[] = {0.01, 0.04, 0.04, 0.007};
 
 /// Stores one record as a file of random-vibration data.
-bool Store(const wchar_t* path, const CComDataBase& record) {
-    kvx::DataFileContent content{CComHdr(CComHdr::EXT_INFO_RANDOM_DATA, L"example"), {record}};
-    kvx::DataFileFailure failure;
-    if (CComDataFile::StoreDataFile(path, content, &failure)) return true;
-    std::printf("%s\n", failure.Text().c_str());
+bool Store(const wchar_t* path, const CComDataBase& record) try {
+    kvx::StoreDataFile(path, {CComHdr(CComHdr::EXT_INFO_RANDOM_DATA, L"example"), {record}});
+    return true;
+} catch (const kvx::Error& error) {
+    std::printf("%s\n", error.what());
     return false;
 }
 

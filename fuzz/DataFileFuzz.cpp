@@ -6,35 +6,35 @@
 #include <cstdint>
 #include <cstdlib>
 #include <span>
+#include <string>
 
-#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
-
-#include "fuzz/MemoryFile.h"
+#include <KvxDevCommon01/platform/Error.h>
 
 namespace {
 
-bool LoadBytes(std::span<const std::byte> bytes, kvx::DataFileContent* content) {
-    kvx::DataFileFailure failure;
-    const MemoryFile file(bytes);
-    const bool isLoaded = CComDataFile::LoadDataFile(file.Path().c_str(), content, &failure) != 0;
-    if (isLoaded != (failure.reason == kvx::DataFileFailure::kNone) || failure.Text().empty()) std::abort();
-    kvx::DataFileReader reader;
-    kvx::DataFileFailure reading;
-    if ((reader.Open(file.Path().c_str(), &reading) != 0) != isLoaded || reading.Text() != failure.Text() ||
-        reader.GetRecords().size() != content->records.size())
-        std::abort();
-    return isLoaded;
+/// The sentence of the Error that `read(stream)` throws; empty when it throws none.
+template <typename Read>
+std::string ReasonOf(std::span<const std::byte> bytes, Read read) try {
+    kvx::MemoryStream stream(bytes);
+    read(stream);
+    return {};
+} catch (const kvx::Error& error) {
+    if (*error.what() == '\0') std::abort();
+    return error.what();
 }
 
-kvx::MemoryStream Stored(kvx::DataFileContent& content) {
-    kvx::MemoryStream stream;
-    CArchive archive(stream, CArchive::store);
-    content.header.Serialize(archive);
-    for (const CComDataBase& record : content.records) record.Store(archive);
-    archive.Flush();
-    return stream;
+bool LoadBytes(std::span<const std::byte> bytes, kvx::DataFileContent* content) {
+    std::size_t records = 0;
+    const std::string reason =
+        ReasonOf(bytes, [&](kvx::ByteStream& stream) { *content = kvx::LoadDataFile(stream); });
+    const auto open = [&](kvx::ByteStream& stream) {
+        records = kvx::DataFileReader(stream).Records().size();
+    };
+    if (ReasonOf(bytes, open) != reason || records != content->records.size()) std::abort();
+    return reason.empty();
 }
 
 }  // namespace
@@ -42,8 +42,9 @@ kvx::MemoryStream Stored(kvx::DataFileContent& content) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     kvx::DataFileContent content;
     if (!LoadBytes(std::as_bytes(std::span(data, size)), &content)) return 0;
+    kvx::MemoryStream stored;
+    kvx::StoreDataFile(stored, content);
     kvx::DataFileContent again;
-    if (!LoadBytes(Stored(content).Bytes(), &again) || again.records.size() != content.records.size())
-        std::abort();
+    if (!LoadBytes(stored.Bytes(), &again) || again.records.size() != content.records.size()) std::abort();
     return 0;
 }

@@ -68,31 +68,33 @@ bool CopyCell(CplxCells, Cell& dst, __int64 dstStart, const Cell& src, __int64 s
     return CopyParts(dst, dstStart, src, srcStart, num);
 }
 
-void StoreKind(CArchive&, RealCells) {}
-void StoreKind(CArchive& archive, CplxCells kind) {
-    archive << std::int32_t{kind.complexFlag};
+/// The head of a matrix with cells of that kind.
+void StoreMatrixHead(CArchive& archive, Generation generation, RealCells, const ArrayMatrixHead& head) {
+    StoreHead(archive, generation, head);
 }
-
-void LoadKind(CArchive&, RealCells&) {}
-void LoadKind(CArchive& archive, CplxCells& kind) {
-    std::int32_t isComplex = 0;
-    archive >> isComplex;
-    kind.complexFlag = isComplex ? 1 : 0;
+void StoreMatrixHead(CArchive& archive, Generation generation, CplxCells kind, const ArrayMatrixHead& head) {
+    StoreHead(archive, generation, CplxArrayMatrixHead{kind.complexFlag, head.rows, head.cols, head.num});
+}
+ArrayMatrixHead LoadMatrixHead(CArchive& archive, Generation generation, RealCells*) {
+    return LoadHead<ArrayMatrixHead>(archive, generation);
+}
+ArrayMatrixHead LoadMatrixHead(CArchive& archive, Generation generation, CplxCells* kind) {
+    const auto head = LoadHead<CplxArrayMatrixHead>(archive, generation);
+    kind->complexFlag = head.isComplex ? 1 : 0;
+    return {head.rows, head.cols, head.num};
 }
 
 /// The fewest bytes that a cell of `num` samples takes in an archive.
 template <class Cell>
 std::size_t CellBytes(RealCells, __int64 num, Generation generation) {
     using Element = std::remove_pointer_t<decltype(std::declval<Cell>().GetData())>;
-    const std::size_t words = generation == Generation::current ? 2 : 1;
-    return words * sizeof(std::int32_t) + ByteSize<Element>(num);
+    return HeadBytes<ArrayHead>(generation) + ByteSize<Element>(num);
 }
 
 template <class Cell>
 std::size_t CellBytes(CplxCells kind, __int64 num, Generation generation) {
     using Real = std::remove_pointer_t<decltype(std::declval<Cell>().GetReal())>;
-    const std::size_t words = generation == Generation::current ? 3 : 2;
-    return words * sizeof(std::int32_t) + ByteSize<Real>(num) * (kind.complexFlag ? 2 : 1);
+    return HeadBytes<CplxArrayHead>(generation) + ByteSize<Real>(num) * (kind.complexFlag ? 2 : 1);
 }
 
 /// Whether a matrix of that kind may have cells of `num` samples: a block of a real array may be empty.
@@ -331,22 +333,13 @@ template <class Self, class Cell>
 void Matrix<Self, Cell>::SerializeLayout(CArchive& archive, Generation generation) {
     if (archive.IsStoring()) {
         if (!this->AreCellsWhole()) throw CFileException(CFileException::genericException);
-        const std::int32_t rows = ArchiveCount(shape_.rows);
-        const std::int32_t cols = ArchiveCount(shape_.cols);
-        const std::int32_t num = ArchiveCount(num_);
-        StoreVersion(archive, generation);
-        StoreKind(archive, this->CellKind());
-        archive << rows << cols << num;
+        StoreMatrixHead(archive, generation, this->CellKind(), {shape_.rows, shape_.cols, num_});
         for (Cell& cell : *this) kvx::SerializeLayout(archive, cell, generation);
         return;
     }
     LoadOrEmpty(*this, [&] {
-        SkipVersion(archive, generation);
         typename CellTraits<Cell>::Kind kind;
-        LoadKind(archive, kind);
-        const __int64 rows = LoadCount(archive);
-        const __int64 cols = LoadCount(archive);
-        const __int64 num = LoadCount(archive);
+        const auto [rows, cols, num] = LoadMatrixHead(archive, generation, &kind);
         if (rows < 1 || cols < 1 || !CanHold(kind, num)) return;
         archive.RequireRemaining(rows * cols, CellBytes<Cell>(kind, num, generation));
         if (!this->AllocateEmpty(kind, rows, cols, num)) return;
@@ -489,8 +482,7 @@ void CplxMatrix<Self, Value, Real>::Swap(CplxMatrix& other) noexcept {
     std::swap(values_, other.values_);
 }
 
-/// Version word (current generation only), rows and columns in 32 bits each, every value in its own layout. A
-/// matrix whose loading fails is empty.
+/// The head, then every value in its own layout. A matrix whose loading fails is empty.
 template <class Self, class Value, typename Real>
 void SerializeLayout(CArchive& archive, CplxMatrix<Self, Value, Real>& matrix, Generation generation) {
     const auto serializeValues = [&] {
@@ -499,17 +491,12 @@ void SerializeLayout(CArchive& archive, CplxMatrix<Self, Value, Real>& matrix, G
         for (__int64 i = 0; i < count; ++i) SerializeLayout(archive, values[i], generation);
     };
     if (archive.IsStoring()) {
-        const std::int32_t rows = ArchiveCount(matrix.GetNumRow());
-        const std::int32_t cols = ArchiveCount(matrix.GetNumCol());
-        StoreVersion(archive, generation);
-        archive << rows << cols;
+        StoreHead(archive, generation, CplxMatrixHead{matrix.GetNumRow(), matrix.GetNumCol()});
         serializeValues();
         return;
     }
     LoadOrEmpty(matrix, [&] {
-        SkipVersion(archive, generation);
-        const __int64 rows = LoadCount(archive);
-        const __int64 cols = LoadCount(archive);
+        const auto [rows, cols] = LoadHead<CplxMatrixHead>(archive, generation);
         if (rows < 1 || cols < 1) return;
         const std::size_t versionBytes = generation == Generation::current ? sizeof(kLayoutVersion) : 0;
         archive.RequireRemaining(rows * cols, versionBytes + 2 * sizeof(Real));

@@ -7,14 +7,15 @@
 #include <type_traits>
 #include <utility>
 
-#include <KvxDevCommon01/files/detail/DataFileAccess.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 #include <KvxDevCommon01/files/detail/RecordLayout.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/FileException.h>
 
 /// Loads a record with its samples.
 struct kvx::RecordLoader {
     CArchive& archive;
-    RecordGeneration generation;
+    Generation generation;
     CComDataBase record = CComDataBase();
 
     CArchive& Archive() { return archive; }
@@ -28,26 +29,23 @@ struct kvx::RecordLoader {
     void TakeCell(__int64 cell) {
         const __int64 row = cell / record.GetNumCol();
         const __int64 col = cell % record.GetNumCol();
-        for (double* samples : {record.GetReal(row, col), record.GetImaginary(row, col)}) {
-            if (samples != nullptr) LoadSamples(archive, generation, samples, record.GetNsamp());
-        }
+        LoadSamples(archive, generation, Samples(record, row, col));
+        LoadSamples(archive, generation, ImaginarySamples(record, row, col));
     }
 
     void TakeAxis() {
         record.hdata_ = std::make_unique<CDataArrayDouble>();
         if (!record.hdata_->SetData(record.GetNsamp(), nullptr)) throw std::bad_alloc();
-        LoadSamples(archive, generation, record.hdata_->GetData(), record.GetNsamp());
+        LoadSamples(archive, generation, Samples(*record.hdata_));
     }
 
     CComDataBase Load() {
-        RecordOutline outline;
-        LoadRecord(*this, generation, &outline);
-        record.fields_ = std::move(outline.fields);
+        record.fields_ = LoadRecord(*this, generation).fields;
         return std::move(record);
     }
 };
 
-CComDataBase kvx::LoadWholeRecord(CArchive& archive, RecordGeneration generation) {
+CComDataBase kvx::LoadWholeRecord(CArchive& archive, Generation generation) {
     return RecordLoader{archive, generation}.Load();
 }
 
@@ -272,13 +270,13 @@ void CComDataBase::Serialize(CArchive& archive) {
     if (archive.IsStoring()) {
         Store(archive);
     } else {
-        LclLoad(archive, kvx::RecordGeneration::kCurrent);
+        LclLoad(archive, kvx::Generation::current);
     }
 }
 
 void CComDataBase::Serialize1st(CArchive& archive) {
     if (archive.IsStoring()) throw CFileException(CFileException::endOfFile);
-    LclLoad(archive, kvx::RecordGeneration::kFirst);
+    LclLoad(archive, kvx::Generation::first);
 }
 
 void CComDataBase::Store(CArchive& archive) const {
@@ -290,10 +288,10 @@ void CComDataBase::Store(CArchive& archive) const {
     archive.Flush();
 }
 
-void CComDataBase::LclLoad(CArchive& archive, kvx::RecordGeneration generation) try {
+void CComDataBase::LclLoad(CArchive& archive, kvx::Generation generation) try {
     Free();
     *this = kvx::LoadWholeRecord(archive, generation);
-} catch (const kvx::Refused&) {
+} catch (const kvx::Error&) {
     // The record stays empty.
 } catch (const std::bad_alloc&) {
     // Here, too.

@@ -18,7 +18,7 @@
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
 namespace kvx {
-enum class RecordGeneration;
+enum class Generation : int;
 struct RecordLoader;
 }  // namespace kvx
 
@@ -138,7 +138,7 @@ private:
                   const CStringArray* rowNames, const CStringArray* colNames);
     int LclSetNsamp(__int64 nsamp);
     int LclCopy(const CComDataBase& other);
-    void LclLoad(CArchive& archive, kvx::RecordGeneration generation);
+    void LclLoad(CArchive& archive, kvx::Generation generation);
 
     Fields fields_;
     std::unique_ptr<CDataArrayDoubleMtxCplx> data_;

@@ -255,10 +255,11 @@ int CComHdr::GetExtInfo(EXT_INFO_TYPE type, CString* extension, CString* name, i
     return 1;
 }
 
-CComHdr::HDRCODE_TYPE kvx::LoadHeaderType(ByteStream& source) {
-    CArchive archive(source, CArchive::load, sizeof(std::uint32_t));
+CComHdr::HDRCODE_TYPE kvx::PeekHeaderType(CArchive& archive) {
+    std::array<std::byte, sizeof(std::uint32_t)> bytes;
+    if (archive.Peek(bytes) < bytes.size()) return CComHdr::HDRCODE_UNKNOWN;
     std::uint32_t magic = 0;
-    archive >> magic;
+    for (std::size_t i = 0; i < bytes.size(); ++i) magic |= std::to_integer<std::uint32_t>(bytes[i]) << 8 * i;
     if (magic == kMagic) return CComHdr::HDRCODE_CURRENT;
     return magic == kFirstMagic ? CComHdr::HDRCODE_FIRST : CComHdr::HDRCODE_UNKNOWN;
 }
@@ -266,22 +267,26 @@ CComHdr::HDRCODE_TYPE kvx::LoadHeaderType(ByteStream& source) {
 CComHdr::HDRCODE_TYPE CComHdr::GetHdrCodeType(const wchar_t* path) try {
     if (path == nullptr) return HDRCODE_UNKNOWN;
     kvx::InputFile file(path);
-    return kvx::LoadHeaderType(file);
+    CArchive archive(file, CArchive::load, sizeof(std::uint32_t));
+    return kvx::PeekHeaderType(archive);
 } catch (const std::exception&) {
     return HDRCODE_UNKNOWN;
 }
 
 int CComHdr::LoadComHdr(const wchar_t* path, BOOL withExtension) try {
-    const HDRCODE_TYPE type = GetHdrCodeType(path);
-    if (type == HDRCODE_UNKNOWN) return 0;
+    if (path == nullptr) return 0;
     kvx::InputFile file(path);
     CArchive archive(file, CArchive::load, kArchiveBufferSize);
-    if (type == HDRCODE_FIRST) {
-        Serialize1st(archive, withExtension, nullptr);
-    } else {
-        Serialize(archive);
+    switch (kvx::PeekHeaderType(archive)) {
+        case HDRCODE_FIRST:
+            Serialize1st(archive, withExtension, nullptr);
+            return 1;
+        case HDRCODE_CURRENT:
+            Serialize(archive);
+            return 1;
+        default:
+            return 0;
     }
-    return 1;
 } catch (const std::exception&) {
     return 0;
 }

@@ -2,25 +2,22 @@
 #include <KvxDevCommon01/files/DataFile.h>
 
 #include <exception>
-#include <new>
 #include <utility>
 
 #include <KvxDevCommon01/files/ComFileErr.h>
 #include <KvxDevCommon01/files/detail/DataFileAccess.h>
-#include <KvxDevCommon01/files/detail/RecordLayout.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 
 using kvx::DataFileContent;
-using kvx::DataFileFailure;
-using kvx::Refused;
 
 namespace {
 
-constexpr std::size_t kArchiveBufferSize = 64 * 1024;
 constexpr unsigned int kWarningIcon = 0x30;
 
 void ShowWarning(CString text) {
@@ -30,63 +27,33 @@ void ShowWarning(CString text) {
     kvx::CurrentUserInterface().ShowMessage(request);
 }
 
-void LoadContent(const wchar_t* path, DataFileContent& content, DataFileFailure& failure) {
-    kvx::InputFile file(path);
-    const std::uint64_t size = file.Remaining();
-    const CComHdr::HDRCODE_TYPE type = kvx::BeginDataFile(file);
-    const auto generation =
-        type == CComHdr::HDRCODE_FIRST ? kvx::RecordGeneration::kFirst : kvx::RecordGeneration::kCurrent;
-    CArchive archive(file, CArchive::load, kArchiveBufferSize);
-    kvx::LoadDataHeader(archive, type, &content.header);
-    if (archive.Remaining() == 0) throw Refused{DataFileFailure::kNoRecord};
-    while (archive.Remaining() > 0) {
-        failure.record = static_cast<__int64>(content.records.size());
-        failure.offset = size - archive.Remaining();
-        content.records.push_back(kvx::LoadWholeRecord(archive, generation));
-    }
-}
-
-void StoreContent(const wchar_t* path, const DataFileContent& content, DataFileFailure& failure) {
-    CComHdr header = content.header;
-    kvx::RequireDataHeader(header);
-    if (content.records.empty()) throw Refused{DataFileFailure::kNoRecord};
-    for (const CComDataBase& record : content.records) {
-        failure.record = &record - content.records.data();
-        if (!record.Check()) throw Refused{DataFileFailure::kBadRecord};
-    }
-    failure.record = -1;
-
-    kvx::OutputFile file(path);
-    CArchive archive(file, CArchive::store, kArchiveBufferSize);
-    header.Serialize(archive);
-    for (const CComDataBase& record : content.records) record.Store(archive);
-    archive.Flush();
-    file.Commit();
-}
-
-CString MessageFor(const DataFileFailure& failure) {
-    CString text;
-    if (failure.reason == DataFileFailure::kNotDataFile) {
-        text = failure.error.m_strFileName + L'\n' + CString(kvx::ResourceText(kvx::kTextWrongFileKind));
-    } else {
-        CComFileErr::GetFileErrorString(&failure.error, &text, L"%s", nullptr);
-    }
-    return text;
-}
-
-/// Runs `work(path, failure)` and turns whatever it throws into a result and one report.
+/// Runs `work`, which works on that file. Whatever it throws becomes 0 and, when wanted, one message.
 template <typename Work>
-int Report(const wchar_t* path, DataFileFailure* reported, BOOL showMessage, Work work) try {
-    DataFileFailure failure;
-    const bool isDone = kvx::AttemptOnFile(path, &failure, work);
-    if (reported != nullptr) *reported = failure;
-    if (!isDone && showMessage) ShowWarning(MessageFor(failure));
-    return isDone;
-} catch (const std::bad_alloc&) {  // no memory for the report either
-    if (reported != nullptr) reported->reason = DataFileFailure::kNoMemory;
+int Report(const wchar_t* path, BOOL showMessage, Work work) try {
+    const CString name = path != nullptr ? path : L"";
+    CFileException failure(CFileException::genericException, -1, name);
+    bool isWrongKind = false;
+    try {
+        if (path == nullptr) throw CFileException(CFileException::badPath);
+        work();
+        return 1;
+    } catch (const kvx::Error& e) {
+        isWrongKind = e.Kind() == kvx::ErrorKind::kUnsupported;
+    } catch (const CFileException& e) {
+        failure = CFileException(e.m_cause, e.m_lOsError, name);
+    } catch (const std::exception&) {
+    }
+    if (!showMessage) return 0;
+    CString text;
+    if (isWrongKind) {
+        text = name + L'\n' + CString(kvx::ResourceText(kvx::kTextWrongFileKind));
+    } else {
+        CComFileErr::GetFileErrorString(&failure, &text, L"%s", nullptr);
+    }
+    ShowWarning(std::move(text));
     return 0;
 } catch (const std::exception&) {
-    return 0;  // from the user interface
+    return 0;  // from the user interface, or no memory for the message
 }
 
 bool Accepts(const std::wstring& path, CComDataFile::CHECK_FUNC check, __int64 user) {
@@ -123,50 +90,24 @@ CStringArray Choose(kvx::FileDialogRequest request, CComHdr::EXT_INFO_TYPE kind,
 
 }  // namespace
 
-std::string DataFileFailure::Text() const {
-    std::string text;
-    if (record >= 0)
-        text += "record " + std::to_string(record + 1) + " at byte " + std::to_string(offset) + ": ";
-    switch (reason) {
-        case kNone:
-            return "no error";
-        case kFileError:
-            return text + error.what();
-        case kNotDataFile:
-            text += "this is not a data file";
-            break;
-        case kNoRecord:
-            text += "there is no record";
-            break;
-        case kBadRecord:
-            text += "the record is empty or damaged";
-            break;
-        case kNoMemory:
-            text += "there is not enough memory";
-            break;
-    }
-    return text + ": '" + kvx::ToUtf8(error.m_strFileName) + "'";
-}
-
-int CComDataFile::LoadDataFile(const wchar_t* path, DataFileContent* content, DataFileFailure* failure,
-                               BOOL showMessage) {
+int CComDataFile::LoadDataFile(const wchar_t* path, DataFileContent* content, BOOL showMessage) {
     if (content == nullptr) return 0;
     *content = {};
-    DataFileContent loaded;
-    const auto load = [&loaded](const wchar_t* source, DataFileFailure& reason) {
-        LoadContent(source, loaded, reason);
-    };
-    if (!Report(path, failure, showMessage, load)) return 0;
-    *content = std::move(loaded);
-    return 1;
+    return Report(path, showMessage, [&] {
+        kvx::InputFile file(path);
+        kvx::ErrorPlace place;
+        *content = kvx::LoadContent(file, &place);
+    });
 }
 
-int CComDataFile::StoreDataFile(const wchar_t* path, const DataFileContent& content, DataFileFailure* failure,
-                                BOOL showMessage) {
-    const auto store = [&content](const wchar_t* target, DataFileFailure& reason) {
-        StoreContent(target, content, reason);
-    };
-    return Report(path, failure, showMessage, store);
+int CComDataFile::StoreDataFile(const wchar_t* path, const DataFileContent& content, BOOL showMessage) {
+    return Report(path, showMessage, [&] {
+        kvx::ErrorPlace place;
+        kvx::RequireContent(content, &place);
+        kvx::OutputFile file(path);
+        kvx::StoreContent(file, content);
+        file.Commit();
+    });
 }
 
 int CComDataFile::MakeFilter(CComHdr::EXT_INFO_TYPE kind, CString* filter) {

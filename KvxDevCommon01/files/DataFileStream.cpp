@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <exception>
+#include <cstdint>
 #include <iterator>
 #include <limits>
 #include <map>
@@ -22,101 +22,207 @@ namespace {
 
 constexpr std::size_t kBuffer = 4096;
 
-/// Where the samples of a record stand. All cells have the same size.
-struct Place {
-    std::uint64_t cells = 0;  ///< byte at which the first cell begins, with its own head
-    CellLayout layout = {};
-    std::uint64_t samples = 0;  ///< of the records before, imaginary parts too
+/// A file or another's stream, and the name of the file for reports.
+template <class File>
+struct Target {
+    explicit Target(std::wstring_view name) : path(ToUtf8(name)), file(std::in_place, name), stream(*file) {}
+    explicit Target(ByteStream& other) : stream(other) {}
 
-    std::uint64_t CellBytes(const RecordOutline& record) const {
-        return layout.headBytes + SamplesOfCell(record) * layout.sampleBytes;
-    }
-    static std::uint64_t SamplesOfCell(const RecordOutline& record) {
-        return static_cast<std::uint64_t>(record.nsamp) * (record.isComplex ? 2 : 1);
-    }
+    std::string path;
+    std::optional<File> file;
+    ByteStream& stream;
 };
 
-/// Where a range of samples begins.
+/// Where the numbers of a record stand.
+struct RecordPlace {
+    RecordPlan plan;
+    std::uint64_t cells = 0;    ///< byte at which the first cell begins, with its own head
+    std::uint64_t axis = 0;     ///< byte at which the first axis value stands
+    std::uint64_t numbers = 0;  ///< of the records before
+};
+
+/// Where a range of samples or axis values begins.
 struct Spot {
     std::uint64_t byte;    ///< of the file
-    std::uint64_t sample;  ///< of all samples of the file, in their order
+    std::uint64_t number;  ///< of all samples and axis values of the file
 };
 
-/// No value for a range that is not within the records.
-std::optional<Spot> Find(const std::vector<RecordOutline>& records, const std::vector<Place>& places,
-                         const SampleRange& range, bool isImaginary) {
-    const auto within = [](__int64 index, __int64 count) { return index >= 0 && index < count; };
-    if (!within(range.record, std::ssize(records))) return std::nullopt;
-    const auto index = static_cast<std::size_t>(range.record);
-    const RecordOutline& record = records[index];
-    if (!within(range.row, record.rows) || !within(range.col, record.cols) || range.num < 0 ||
-        range.start < 0 || range.start > record.nsamp || range.num > record.nsamp - range.start ||
-        (isImaginary && !record.isComplex)) {
-        return std::nullopt;
-    }
-    const Place& place = places[index];
-    const auto cell = static_cast<std::uint64_t>(range.row * record.cols + range.col);
-    const auto first = static_cast<std::uint64_t>(range.start + (isImaginary ? record.nsamp : 0));
-    return Spot{place.cells + cell * place.CellBytes(record) + place.layout.headBytes +
-                    first * place.layout.sampleBytes,
-                place.samples + cell * Place::SamplesOfCell(record) + first};
+enum class Part { real, imaginary };
+
+void RequireThere(bool isThere) {
+    if (!isThere) throw Error(ErrorKind::kBadValue, "it has no such samples");
 }
 
-/// Runs `work` on behalf of an operation that reports in `reported`.
-template <typename Work>
-int Operate(const wchar_t* path, DataFileFailure* reported, Work work) try {
-    DataFileFailure failure;
-    const bool isDone = AttemptOnFile(path, &failure, work);
-    if (reported != nullptr) *reported = std::move(failure);
-    return isDone;
-} catch (const std::exception&) {  // no memory for the report either
-    if (reported != nullptr) reported->reason = DataFileFailure::kNoMemory;
-    return 0;
-}
+/// The records of a file and where their numbers stand.
+struct RecordMap {
+    std::vector<RecordOutline> records;
+    std::vector<RecordPlace> places;
+
+    std::size_t Index(__int64 record) const {
+        RequireThere(record >= 0 && record < std::ssize(records));
+        return static_cast<std::size_t>(record);
+    }
+
+    Spot FindSamples(const SamplePlace& place, std::size_t count, Part part) const {
+        const std::size_t index = Index(place.record);
+        const RecordOutline& record = records[index];
+        const auto within = [](__int64 number, __int64 all) { return number >= 0 && number < all; };
+        RequireThere(within(place.row, record.rows) && within(place.col, record.cols) &&
+                     (part == Part::real || record.isComplex));
+        RequireRange(record, place.start, count);
+        const auto& [plan, cells, axis, numbers] = places[index];
+        const auto cell = static_cast<std::uint64_t>(place.row * record.cols + place.col);
+        const auto first =
+            static_cast<std::uint64_t>(place.start + (part == Part::imaginary ? record.nsamp : 0));
+        return {cells + cell * plan.CellBytes() + plan.cellHeadBytes + first * plan.numberBytes,
+                numbers + cell * plan.numbersPerCell + first};
+    }
+
+    Spot FindAxis(__int64 number, __int64 start, std::size_t count) const {
+        const std::size_t index = Index(number);
+        RequireRange(records[index], start, count);
+        const auto& [plan, cells, axis, numbers] = places[index];
+        if (plan.axisValues == 0) throw Error(ErrorKind::kBadValue, "it has no axis values");
+        const auto first = static_cast<std::uint64_t>(start);
+        return {axis + first * plan.numberBytes, numbers + plan.cells * plan.numbersPerCell + first};
+    }
+
+private:
+    static void RequireRange(const RecordOutline& record, __int64 start, std::size_t count) {
+        RequireThere(start >= 0 && start <= record.nsamp &&
+                     count <= static_cast<std::size_t>(record.nsamp - start));
+    }
+};
 
 /// Finds its way through the records of a file without their samples.
 class RecordScanner {
 public:
-    explicit RecordScanner(InputFile& file) : file_(file), size_(file.Remaining()) { Restart(0); }
+    explicit RecordScanner(ByteStream& stream) : stream_(stream), size_(stream.Remaining()) {
+        archive_.emplace(stream_, CArchive::load, kBuffer);
+    }
 
     CArchive& Archive() { return *archive_; }
-    /// The byte at which loading goes on.
-    std::uint64_t Position() const { return size_ - archive_->Remaining(); }
-    bool IsAtEnd() const { return archive_->Remaining() == 0; }
 
     void Begin(const RecordOutline& record) {
-        record_ = &record;
-        place_.cells = Position();
+        place_ = {.plan = RecordPlan(record, generation_), .cells = Position()};
     }
-    void TakeCell(__int64) { Skip(Place::SamplesOfCell(*record_) * place_.layout.sampleBytes); }
-    void TakeAxis() { Skip(static_cast<std::uint64_t>(record_->nsamp) * place_.layout.sampleBytes); }
+    void TakeCell(__int64) { Skip(place_.plan.CellBytes() - place_.plan.cellHeadBytes); }
+    void TakeAxis() {
+        place_.axis = Position();
+        Skip(place_.plan.AxisBytes());
+    }
 
-    Place Scan(RecordGeneration generation, RecordOutline* record) {
-        place_ = {.layout = CellLayoutOf(generation)};
-        LoadRecord(*this, generation, record);
-        return place_;
+    /// Appends the next record to the map.
+    void Scan(Generation generation, RecordMap* map) {
+        generation_ = generation;
+        RecordOutline record = LoadRecord(*this, generation);
+        map->places.push_back(place_);
+        map->records.push_back(std::move(record));
     }
 
 private:
-    void Restart(std::uint64_t position) {
-        file_.Seek(position);
-        archive_.emplace(file_, CArchive::load, kBuffer);
-    }
+    /// The byte at which loading goes on.
+    std::uint64_t Position() const { return size_ - archive_->Remaining(); }
+
     /// The layout was checked to fit the file.
     void Skip(std::uint64_t bytes) {
         std::array<std::byte, kBuffer> passed;
         if (bytes <= passed.size()) {
             archive_->ReadExact(passed.data(), static_cast<std::size_t>(bytes));
         } else {
-            Restart(Position() + bytes);
+            stream_.Seek(Position() + bytes);
+            archive_.emplace(stream_, CArchive::load, kBuffer);
         }
     }
 
-    InputFile& file_;
+    ByteStream& stream_;
     std::uint64_t size_;
     std::optional<CArchive> archive_;
-    const RecordOutline* record_ = nullptr;
-    Place place_;
+    Generation generation_ = Generation::current;
+    RecordPlace place_;
+};
+
+/// Passes on what is written, and knows where it stands.
+class PlacedOutput final : public ByteStream {
+public:
+    explicit PlacedOutput(ByteStream& target) : target_(target) {}
+
+    std::size_t Read(void*, std::size_t) override { return 0; }
+    void Write(const void* data, std::size_t size) override {
+        target_.Write(data, size);
+        position_ += size;
+    }
+    std::uint64_t Remaining() const override { return 0; }
+    void Seek(std::uint64_t position) override {
+        target_.Seek(position);
+        position_ = position;
+    }
+    std::uint64_t Position() const { return position_; }
+
+private:
+    ByteStream& target_;
+    std::uint64_t position_ = 0;
+};
+
+/// Writes everything of a file but the samples and axis values, of which it writes nothing or zeros.
+class FilePlanner {
+public:
+    explicit FilePlanner(ByteStream& target) : output_(target), archive_(output_, CArchive::store, kBuffer) {}
+
+    void PlanHeader(CComHdr header) { header.Serialize(archive_); }
+
+    /// Completes the names of the record and says where its numbers are to be written.
+    RecordPlace PlanRecord(RecordOutline* record, std::uint64_t numbersBefore) {
+        RequireRecord(*record);
+        CompleteRowNames(std::move(record->fields.rowNames), record->rows, &record->fields);
+        CompleteColNames(std::move(record->fields.colNames), record->cols, &record->fields);
+        StoreRecordHead(archive_, record->fields);
+        StoreMatrixHead(archive_, *record);
+        RecordPlace place = {.plan = RecordPlan(*record, Generation::current), .numbers = numbersBefore};
+        place.cells = Position();
+        for (std::uint64_t cell = 0; cell < place.plan.cells; ++cell) {
+            StoreCellHead(archive_, *record);
+            LeaveOut(place.plan.CellBytes() - place.plan.cellHeadBytes);
+        }
+        StoreRecordSpacing(archive_, record->fields);
+        if (record->fields.mode == CComDataBase::MODE_AXIS) {
+            StoreAxisHead(archive_, *record);
+            place.axis = Position();
+            LeaveOut(place.plan.AxisBytes());
+        }
+        return place;
+    }
+
+    /// What was left out at the end is not part of the file before it is written.
+    void Finish() { archive_.Flush(); }
+
+private:
+    static void RequireRecord(const RecordOutline& record) {
+        constexpr __int64 kMost = std::numeric_limits<std::int32_t>::max();
+        const auto holds = [](__int64 count) { return count >= 1 && count <= kMost; };
+        const auto mode = record.fields.mode;
+        const bool hasAxis = mode == CComDataBase::MODE_SPACING || mode == CComDataBase::MODE_AXIS;
+        if (!hasAxis || !holds(record.rows) || !holds(record.cols) || !holds(record.nsamp) ||
+            record.rows > kMost / record.cols) {
+            throw Error(ErrorKind::kBadValue, "it is empty or damaged");
+        }
+    }
+    std::uint64_t Position() {
+        archive_.Flush();
+        return output_.Position();
+    }
+    /// Zeros where a jump costs more.
+    void LeaveOut(std::uint64_t bytes) {
+        static constexpr std::array<std::byte, kBuffer / 2> kZeros = {};
+        if (bytes <= kZeros.size()) {
+            archive_.Write(kZeros.data(), static_cast<std::size_t>(bytes));
+        } else {
+            output_.Seek(Position() + bytes);
+        }
+    }
+
+    PlacedOutput output_;
+    CArchive archive_;
 };
 
 /// Which of the samples of a file were written: disjoint ranges that do not touch, first to behind the last.
@@ -150,193 +256,142 @@ private:
 // ---- reading ----
 
 struct DataFileReader::State {
-    std::wstring path;
-    InputFile file;
-    CComHdr header;
-    RecordGeneration generation = RecordGeneration::kCurrent;
-    std::vector<RecordOutline> records;
-    std::vector<Place> places;
+    template <class Source>
+    explicit State(Source&& source) : input(source) {}
 
-    explicit State(const wchar_t* name) : path(name), file(name) {}
+    static std::unique_ptr<State> Open(auto&& source, const ErrorPlace& file) {
+        return WithPlace(file, [&](ErrorPlace& place) {
+            auto state = std::make_unique<State>(source);
+            RecordScanner scanner(state->input.stream);
+            state->head = LoadDataFileHead(scanner.Archive());
+            while (scanner.Archive().Remaining() > 0) {
+                place.record = std::ssize(state->map.records) + 1;
+                scanner.Scan(GenerationOf(state->head), &state->map);
+            }
+            return state;
+        });
+    }
 
-    void Index(DataFileFailure& failure);
-    void Read(std::uint64_t begin, double* samples, __int64 count);
+    /// Reads what `find` finds.
+    template <typename Find>
+    void Read(__int64 record, std::span<double> numbers, Find find) {
+        WithPlace({.path = input.path, .record = record + 1}, [&](ErrorPlace&) {
+            input.stream.Seek(find().byte);
+            CArchive archive(input.stream, CArchive::load, 0);
+            LoadSamples(archive, GenerationOf(head), numbers);
+        });
+    }
+
+    Target<InputFile> input;
+    FileHead head;
+    RecordMap map;
 };
 
-void DataFileReader::State::Index(DataFileFailure& failure) {
-    const CComHdr::HDRCODE_TYPE type = BeginDataFile(file);
-    if (type == CComHdr::HDRCODE_FIRST) generation = RecordGeneration::kFirst;
-    RecordScanner scanner(file);
-    LoadDataHeader(scanner.Archive(), type, &header);
-    if (scanner.IsAtEnd()) throw Refused{DataFileFailure::kNoRecord};
-    while (!scanner.IsAtEnd()) {
-        failure.record = std::ssize(records);
-        failure.offset = scanner.Position();
-        RecordOutline record;
-        places.push_back(scanner.Scan(generation, &record));
-        records.push_back(std::move(record));
-    }
-}
-
-void DataFileReader::State::Read(std::uint64_t begin, double* samples, __int64 count) {
-    file.Seek(begin);
-    CArchive archive(file, CArchive::load, kBuffer);
-    LoadSamples(archive, generation, samples, count);
-}
-
-DataFileReader::DataFileReader() = default;
+DataFileReader::DataFileReader(std::wstring_view path) : state_(State::Open(path, {.path = ToUtf8(path)})) {}
+DataFileReader::DataFileReader(ByteStream& stream) : state_(State::Open(stream, {})) {}
 DataFileReader::~DataFileReader() = default;
+DataFileReader::DataFileReader(DataFileReader&&) noexcept = default;
+DataFileReader& DataFileReader::operator=(DataFileReader&&) noexcept = default;
 
-int DataFileReader::Open(const wchar_t* path, DataFileFailure* failure) {
-    state_.reset();
-    return Operate(path, failure, [this](const wchar_t* name, DataFileFailure& place) {
-        auto state = std::make_unique<State>(name);
-        state->Index(place);
-        state_ = std::move(state);
-    });
+const FileHead& DataFileReader::Head() const {
+    return state_->head;
 }
 
-const CComHdr& DataFileReader::GetHeader() const {
-    static const CComHdr none;
-    return state_ != nullptr ? state_->header : none;
+const std::vector<RecordOutline>& DataFileReader::Records() const {
+    return state_->map.records;
 }
 
-const std::vector<RecordOutline>& DataFileReader::GetRecords() const {
-    static const std::vector<RecordOutline> none;
-    return state_ != nullptr ? state_->records : none;
+void DataFileReader::ReadReal(const SamplePlace& place, std::span<double> samples) {
+    state_->Read(place.record, samples,
+                 [&] { return state_->map.FindSamples(place, samples.size(), Part::real); });
 }
 
-int DataFileReader::ReadReal(const SampleRange& range, double* samples, DataFileFailure* failure) {
-    return Read(range, false, samples, failure);
+void DataFileReader::ReadImaginary(const SamplePlace& place, std::span<double> samples) {
+    state_->Read(place.record, samples,
+                 [&] { return state_->map.FindSamples(place, samples.size(), Part::imaginary); });
 }
 
-int DataFileReader::ReadImaginary(const SampleRange& range, double* samples, DataFileFailure* failure) {
-    return Read(range, true, samples, failure);
-}
-
-int DataFileReader::Read(const SampleRange& range, bool isImaginary, double* samples,
-                         DataFileFailure* failure) {
-    const wchar_t* path = state_ != nullptr ? state_->path.c_str() : nullptr;
-    return Operate(path, failure, [&](const wchar_t*, DataFileFailure& place) {
-        place.record = range.record;
-        const auto begin = Find(state_->records, state_->places, range, isImaginary);
-        if (!begin || samples == nullptr) throw Refused{DataFileFailure::kBadRecord};
-        state_->Read(begin->byte, samples, range.num);
-    });
+void DataFileReader::ReadAxis(__int64 record, __int64 start, std::span<double> values) {
+    state_->Read(record, values, [&] { return state_->map.FindAxis(record, start, values.size()); });
 }
 
 // ---- writing ----
 
 struct DataFileWriter::State {
-    std::wstring path;
-    OutputFile file;
-    std::vector<RecordOutline> records;
-    std::vector<Place> places;
-    std::uint64_t samples = 0;  ///< of all records, imaginary parts too
-    WrittenRanges written;
+    template <class Destination>
+    explicit State(Destination&& destination) : output(destination) {}
 
-    explicit State(const wchar_t* name) : path(name), file(name) {}
-
-    void LayOut(const CComHdr& header, DataFileFailure& failure);
-    std::uint64_t LayOutRecord(std::uint64_t begin, RecordOutline* record);
-
-    /// Runs `store` on an archive that begins at a byte of the file; the bytes that it stored.
-    template <typename Store>
-    std::uint64_t StoreAt(std::uint64_t begin, Store store) {
-        MemoryStream bytes;
-        CArchive archive(bytes, CArchive::store, kBuffer);
-        store(archive);
-        archive.Flush();
-        file.Seek(begin);
-        file.Write(bytes.Bytes().data(), bytes.Bytes().size());
-        return bytes.Bytes().size();
+    static std::unique_ptr<State> Begin(auto&& destination, const ErrorPlace& file, const CComHdr& header,
+                                        std::vector<RecordOutline> records) {
+        return WithPlace(file, [&](ErrorPlace& place) {
+            RequireDataHeader(header);
+            if (records.empty()) throw Error(ErrorKind::kBadValue, "there is no record to store");
+            auto state = std::make_unique<State>(destination);
+            FilePlanner planner(state->output.stream);
+            planner.PlanHeader(header);
+            for (RecordOutline& record : records) {
+                place.record = std::ssize(state->map.places) + 1;
+                state->map.places.push_back(planner.PlanRecord(&record, state->numbers));
+                state->numbers += state->map.places.back().plan.Numbers();
+            }
+            planner.Finish();
+            state->map.records = std::move(records);
+            return state;
+        });
     }
+
+    /// Writes to where `find` finds.
+    template <typename Find>
+    void Write(__int64 record, std::span<const double> values, Find find) {
+        WithPlace({.path = output.path, .record = record + 1}, [&](ErrorPlace&) {
+            const Spot spot = find();
+            output.stream.Seek(spot.byte);
+            CArchive archive(output.stream, CArchive::store, 0);
+            archive.WriteNumbers(values.data(), values.size());
+            archive.Flush();
+            written.Add(spot.number, spot.number + values.size());
+        });
+    }
+
+    void Commit() {
+        WithPlace({.path = output.path}, [this](ErrorPlace&) {
+            if (!written.AreAll(numbers))
+                throw Error(ErrorKind::kBadValue, "not all of its samples and axis values were written");
+            if (output.file) output.file->Commit();
+        });
+    }
+
+    Target<OutputFile> output;
+    RecordMap map;
+    std::uint64_t numbers = 0;  ///< samples and axis values of all records
+    WrittenRanges written;
 };
 
-void DataFileWriter::State::LayOut(const CComHdr& header, DataFileFailure& failure) {
-    RequireDataHeader(header);
-    if (records.empty()) throw Refused{DataFileFailure::kNoRecord};
-    std::uint64_t position = StoreAt(0, [&](CArchive& archive) { CComHdr(header).Serialize(archive); });
-    for (RecordOutline& record : records) {
-        failure.record = &record - records.data();
-        position = LayOutRecord(position, &record);
-    }
-}
-
-std::uint64_t DataFileWriter::State::LayOutRecord(std::uint64_t begin, RecordOutline* record) {
-    constexpr __int64 kMost = std::numeric_limits<std::int32_t>::max();
-    const auto holds = [](__int64 count) { return count >= 1 && count <= kMost; };
-    if (record->fields.mode != CComDataBase::MODE_SPACING || !holds(record->rows) || !holds(record->cols) ||
-        !holds(record->nsamp) || record->rows > kMost / record->cols) {
-        throw Refused{DataFileFailure::kBadRecord};
-    }
-    CompleteRowNames(std::move(record->fields.rowNames), record->rows, &record->fields);
-    CompleteColNames(std::move(record->fields.colNames), record->cols, &record->fields);
-    Place place;
-    place.layout = CellLayoutOf(RecordGeneration::kCurrent);
-    place.samples = samples;
-    place.cells = begin + StoreAt(begin, [&](CArchive& archive) {
-                      StoreRecordHead(archive, record->fields);
-                      StoreMatrixHead(archive, *record);
-                  });
-    const __int64 cells = record->rows * record->cols;
-    const auto cellAt = [&](__int64 cell) {
-        return place.cells + static_cast<std::uint64_t>(cell) * place.CellBytes(*record);
-    };
-    for (__int64 cell = 0; cell < cells; ++cell) {
-        StoreAt(cellAt(cell), [&](CArchive& archive) { StoreCellHead(archive, *record); });
-    }
-    const std::uint64_t tail = cellAt(cells);
-    places.push_back(place);
-    samples += static_cast<std::uint64_t>(cells) * Place::SamplesOfCell(*record);
-    return tail + StoreAt(tail, [&](CArchive& archive) { StoreRecordSpacing(archive, record->fields); });
-}
-
-DataFileWriter::DataFileWriter() = default;
+DataFileWriter::DataFileWriter(std::wstring_view path, const CComHdr& header,
+                               std::vector<RecordOutline> records)
+    : state_(State::Begin(path, {.path = ToUtf8(path)}, header, std::move(records))) {}
+DataFileWriter::DataFileWriter(ByteStream& stream, const CComHdr& header, std::vector<RecordOutline> records)
+    : state_(State::Begin(stream, {}, header, std::move(records))) {}
 DataFileWriter::~DataFileWriter() = default;
+DataFileWriter::DataFileWriter(DataFileWriter&&) noexcept = default;
+DataFileWriter& DataFileWriter::operator=(DataFileWriter&&) noexcept = default;
 
-int DataFileWriter::Create(const wchar_t* path, const CComHdr& header,
-                           const std::vector<RecordOutline>& records, DataFileFailure* failure) {
-    state_.reset();
-    return Operate(path, failure, [&](const wchar_t* name, DataFileFailure& place) {
-        auto state = std::make_unique<State>(name);
-        state->records = records;
-        state->LayOut(header, place);
-        state_ = std::move(state);
-    });
+void DataFileWriter::WriteReal(const SamplePlace& place, std::span<const double> samples) {
+    state_->Write(place.record, samples,
+                  [&] { return state_->map.FindSamples(place, samples.size(), Part::real); });
 }
 
-int DataFileWriter::WriteReal(const SampleRange& range, const double* samples, DataFileFailure* failure) {
-    return Write(range, false, samples, failure);
+void DataFileWriter::WriteImaginary(const SamplePlace& place, std::span<const double> samples) {
+    state_->Write(place.record, samples,
+                  [&] { return state_->map.FindSamples(place, samples.size(), Part::imaginary); });
 }
 
-int DataFileWriter::WriteImaginary(const SampleRange& range, const double* samples,
-                                   DataFileFailure* failure) {
-    return Write(range, true, samples, failure);
+void DataFileWriter::WriteAxis(__int64 record, __int64 start, std::span<const double> values) {
+    state_->Write(record, values, [&] { return state_->map.FindAxis(record, start, values.size()); });
 }
 
-int DataFileWriter::Write(const SampleRange& range, bool isImaginary, const double* samples,
-                          DataFileFailure* failure) {
-    const wchar_t* path = state_ != nullptr ? state_->path.c_str() : nullptr;
-    return Operate(path, failure, [&](const wchar_t*, DataFileFailure& place) {
-        place.record = range.record;
-        const auto begin = Find(state_->records, state_->places, range, isImaginary);
-        const auto count = static_cast<std::uint64_t>(range.num);
-        if (!begin || samples == nullptr) throw Refused{DataFileFailure::kBadRecord};
-        state_->file.Seek(begin->byte);
-        CArchive archive(state_->file, CArchive::store, kBuffer);
-        archive.WriteNumbers(samples, static_cast<std::size_t>(count));
-        archive.Flush();
-        state_->written.Add(begin->sample, begin->sample + count);
-    });
-}
-
-int DataFileWriter::Commit(DataFileFailure* failure) {
-    const wchar_t* path = state_ != nullptr ? state_->path.c_str() : nullptr;
-    return Operate(path, failure, [&](const wchar_t*, DataFileFailure&) {
-        if (!state_->written.AreAll(state_->samples)) throw Refused{DataFileFailure::kBadRecord};
-        state_->file.Commit();
-    });
+void DataFileWriter::Commit() {
+    state_->Commit();
 }
 
 }  // namespace kvx

@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
 //
 // Data files of any length, block by block: DataFileReader finds its way through a file without loading
-// samples, DataFileWriter lays a file out and takes the samples in any order. Operations return 1, or 0 with
-// the reason in `failure` (may be null). One object belongs to one thread at a time.
+// samples, DataFileWriter lays a file out and takes the samples in any order. Both work on a file or on any
+// stream that can be moved. Operations throw Error with the record concerned: kUnsupported for what is no
+// data file, kDamaged for a damaged one, kBadValue for samples or records that there cannot be, and what the
+// host refuses. One object belongs to one thread at a time.
 #pragma once
 
 #include <memory>
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/files/ComDataBase.h>
-#include <KvxDevCommon01/files/ComHdr.h>
-#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/FileHead.h>
+#include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/Types.h>
 
 namespace kvx {
@@ -25,67 +29,67 @@ struct RecordOutline {
     bool isComplex = false;
 };
 
-/// Samples `start` to `start + num - 1` of a cell.
-struct SampleRange {
-    __int64 record;
-    __int64 row;
-    __int64 col;
-    __int64 start;
-    __int64 num;
+/// Sample number `start` of a cell, from where on samples are read or written; all counted from 0.
+struct SamplePlace {
+    __int64 record = 0;
+    __int64 row = 0;
+    __int64 col = 0;
+    __int64 start = 0;
 };
 
 class KVX_API DataFileReader {
 public:
-    DataFileReader();
+    /// Opens a file of either generation, by the same strict rules as LoadDataFile: everything but the values
+    /// of samples is checked.
+    explicit DataFileReader(std::wstring_view path);
+    /// The same for a stream that stands at its first byte and can be moved; it must outlive the reader.
+    explicit DataFileReader(ByteStream& stream);
     ~DataFileReader();
-    DataFileReader(const DataFileReader&) = delete;
-    DataFileReader& operator=(const DataFileReader&) = delete;
+    DataFileReader(DataFileReader&&) noexcept;
+    DataFileReader& operator=(DataFileReader&&) noexcept;
 
-    /// Opens a file of either generation, by the same strict rules as CComDataFile::LoadDataFile: everything
-    /// but the values of samples is checked.
-    int Open(const wchar_t* path, DataFileFailure* failure = nullptr);
+    const FileHead& Head() const;
+    const std::vector<RecordOutline>& Records() const;
 
-    /// What the open file says; an empty header and no records without one.
-    const CComHdr& GetHeader() const;
-    const std::vector<RecordOutline>& GetRecords() const;
-
-    /// Reads real or imaginary samples. Fails for a null pointer and for samples that are not there.
-    int ReadReal(const SampleRange& range, double* samples, DataFileFailure* failure = nullptr);
-    int ReadImaginary(const SampleRange& range, double* samples, DataFileFailure* failure = nullptr);
+    /// Reads the real or imaginary samples of a cell from `place` on, as many as `samples` has room for. All
+    /// of them must be there.
+    void ReadReal(const SamplePlace& place, std::span<double> samples);
+    void ReadImaginary(const SamplePlace& place, std::span<double> samples);
+    /// Reads the axis values of the samples from `start` on, in the standard unit of the axis. An evenly
+    /// spaced record has none: sample i lies at (offset + i) * delta.
+    void ReadAxis(__int64 record, __int64 start, std::span<double> values);
 
 private:
     struct State;
-
-    int Read(const SampleRange& range, bool isImaginary, double* samples, DataFileFailure* failure);
 
     std::unique_ptr<State> state_;
 };
 
 class KVX_API DataFileWriter {
 public:
-    DataFileWriter();
+    /// Begins a file of records to which samples are then written. The header must be of group 2; there must
+    /// be a record; each must be evenly spaced or have axis values, and counts from 1 to 2147483647; names
+    /// are completed as by CComDataBase::Create.
+    DataFileWriter(std::wstring_view path, const CComHdr& header, std::vector<RecordOutline> records);
+    /// The same on an empty stream that can be moved; it must outlive the writer.
+    DataFileWriter(ByteStream& stream, const CComHdr& header, std::vector<RecordOutline> records);
     /// Without Commit an existing file stays as it was.
     ~DataFileWriter();
-    DataFileWriter(const DataFileWriter&) = delete;
-    DataFileWriter& operator=(const DataFileWriter&) = delete;
+    DataFileWriter(DataFileWriter&&) noexcept;
+    DataFileWriter& operator=(DataFileWriter&&) noexcept;
 
-    /// Begins a file of records with equally spaced axes, to which samples are then written. The header must
-    /// be of group 2; counts must be from 1 to 2147483647; names are completed as by CComDataBase::Create.
-    int Create(const wchar_t* path, const CComHdr& header, const std::vector<RecordOutline>& records,
-               DataFileFailure* failure = nullptr);
+    /// Writes real or imaginary samples of a cell from `place` on, in any order; what is written again
+    /// replaces what was there.
+    void WriteReal(const SamplePlace& place, std::span<const double> samples);
+    void WriteImaginary(const SamplePlace& place, std::span<const double> samples);
+    /// Writes axis values, in the standard unit of the axis, of a record that has them.
+    void WriteAxis(__int64 record, __int64 start, std::span<const double> values);
 
-    /// Writes real or imaginary samples, in any order; what is written again replaces what was there. Fails
-    /// for a null pointer and for samples that the records do not have.
-    int WriteReal(const SampleRange& range, const double* samples, DataFileFailure* failure = nullptr);
-    int WriteImaginary(const SampleRange& range, const double* samples, DataFileFailure* failure = nullptr);
-
-    /// Puts the file in its place. Fails while a sample of the records was never written.
-    int Commit(DataFileFailure* failure = nullptr);
+    /// Puts the file in its place. Throws kBadValue while a sample or axis value was never written.
+    void Commit();
 
 private:
     struct State;
-
-    int Write(const SampleRange& range, bool isImaginary, const double* samples, DataFileFailure* failure);
 
     std::unique_ptr<State> state_;
 };

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include <KvxDevCommon01/platform/CodePage.h>
 #include <KvxDevCommon01/platform/FileException.h>
@@ -70,6 +71,21 @@ std::size_t CArchive::Read(void* data, std::size_t size) {
         done += count;
     }
     return done;
+}
+
+std::size_t CArchive::Peek(std::span<std::byte> bytes) {
+    if (mode_ != load) throw CFileException(CFileException::genericException);
+    const std::size_t wanted = std::min(bytes.size(), capacity_);
+    if (end_ - begin_ < wanted) {
+        std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
+        end_ -= std::exchange(begin_, 0);
+        std::size_t came = 1;
+        for (; end_ < wanted && came > 0; end_ += came)
+            came = stream_.Read(buffer_.get() + end_, capacity_ - end_);
+    }
+    const std::size_t count = std::min(wanted, end_ - begin_);
+    std::copy_n(buffer_.get() + begin_, count, bytes.begin());
+    return count;
 }
 
 void CArchive::ReadExact(void* data, std::size_t size) {

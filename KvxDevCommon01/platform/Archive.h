@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <type_traits>
 
 #include <KvxDevCommon01/Export.h>
@@ -43,6 +44,9 @@ public:
 
     /// Reads up to `size` bytes and returns how many came; fewer only at the end of the source.
     std::size_t Read(void* data, std::size_t size);
+    /// Copies the next bytes, which are read again: as many as `bytes` and the archive's buffer have room
+    /// for, fewer only at the end of the source. Returns how many came.
+    std::size_t Peek(std::span<std::byte> bytes);
     /// Reads exactly `size` bytes or throws the end-of-file exception.
     void ReadExact(void* data, std::size_t size);
     void Write(const void* data, std::size_t size);

@@ -26,13 +26,18 @@ public:
     /// Number of bytes that Read can still deliver; the largest number for a source without an end (a pipe).
     virtual std::uint64_t Remaining() const = 0;
 
+    /// The next Read or Write begins at this byte of the stream, counted from its start. Throws
+    /// CFileException for a stream that cannot be moved, which is every one that does not say otherwise.
+    virtual void Seek(std::uint64_t position);
+
 protected:
     ByteStream() = default;
     ByteStream(const ByteStream&) = default;
     ByteStream& operator=(const ByteStream&) = default;
 };
 
-/// A growing block of memory: what was written can be read from the start.
+/// A growing block of memory: what was written can be read from the start. Seek moves both reading and
+/// writing; what is never written before the end reads as zeros.
 class KVX_API MemoryStream : public ByteStream {
 public:
     MemoryStream() = default;
@@ -42,6 +47,7 @@ public:
     std::size_t Read(void* data, std::size_t size) override;
     void Write(const void* data, std::size_t size) override;
     std::uint64_t Remaining() const override;
+    void Seek(std::uint64_t position) override;
 
     /// Everything written or given so far, read or not.
     std::span<const std::byte> Bytes() const { return bytes_; }
@@ -49,6 +55,7 @@ public:
 private:
     std::vector<std::byte> bytes_;
     std::size_t readPosition_ = 0;
+    std::size_t writePosition_ = 0;
 };
 
 }  // namespace kvx

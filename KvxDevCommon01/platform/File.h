@@ -28,7 +28,7 @@ public:
     std::uint64_t Remaining() const override;
     /// The next Read begins at this byte; there is nothing to read beyond the end. Throws for a source that
     /// is no regular file.
-    void Seek(std::uint64_t position);
+    void Seek(std::uint64_t position) override;
 
 private:
     std::wstring path_;
@@ -52,7 +52,7 @@ public:
     std::uint64_t Remaining() const override;
     /// The next Write begins at this byte; what is never written before the end reads as zeros. Throws for a
     /// pipe.
-    void Seek(std::uint64_t position);
+    void Seek(std::uint64_t position) override;
 
     /// Flushes to the disk and puts the new file in the target's place; keeps an existing target's
     /// permissions.

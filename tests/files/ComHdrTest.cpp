@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/files/FileHead.h>
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -223,6 +224,18 @@ TEST(ComHdr, AFileSaysWhatHeaderItHasAndLoadsWhenItIsWhole) {
         EXPECT_EQ(header.LoadComHdr(path.c_str(), 1), c.loadsWithExtension) << c.bytes.size();
         const bool isCutShort = c.type != CComHdr::HDRCODE_UNKNOWN && !c.loadsWithExtension;
         EXPECT_EQ(header == CComHdr(), isCutShort) << "what fails to load is empty: " << c.bytes.size();
+        kvx::MemoryStream stream = StreamOf(c.bytes);
+        if (c.loads) {
+            // The extension block counts where it is whole.
+            CComHdr expected;
+            expected.LoadComHdr(path.c_str(), c.loadsWithExtension);
+            const kvx::FileHead head = kvx::ReadFileHead(stream);
+            EXPECT_EQ(head.header, expected) << c.bytes.size();
+            EXPECT_EQ(head.isFirstGeneration, c.type == CComHdr::HDRCODE_FIRST);
+        } else {
+            const auto error = ErrorOf([&] { kvx::ReadFileHead(stream); });
+            EXPECT_EQ(error->Kind(), isCutShort ? kvx::ErrorKind::kDamaged : kvx::ErrorKind::kUnsupported);
+        }
     }
     const std::wstring directory = folder.Path().wstring();
     for (const wchar_t* none : {directory.c_str(), L"/missing", L"", static_cast<const wchar_t*>(nullptr)}) {

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <fstream>
+#include <new>
+#include <span>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/files/FileSupport.h"
@@ -16,7 +20,6 @@
 namespace {
 
 using kvx::DataFileContent;
-using kvx::DataFileFailure;
 using kvx::RecordOutline;
 
 std::string CurrentFile() {
@@ -43,112 +46,124 @@ protected:
     std::wstring Path() const { return (folder_ / "file.vdf2").wstring(); }
 
     TempFolder folder_;
-    DataFileFailure failure_;
 };
 
-/// The samples of a cell, read in pieces of `step`.
-std::vector<double> Samples(kvx::DataFileReader& file, __int64 record, __int64 row, __int64 col,
-                            bool imaginary, __int64 step) {
-    const __int64 count = file.GetRecords()[static_cast<std::size_t>(record)].nsamp;
-    std::vector<double> samples(static_cast<std::size_t>(count), -1.0);
+/// `count` numbers, read by `read(start, numbers)` in pieces of `step`.
+template <typename Read>
+std::vector<double> InPieces(__int64 count, __int64 step, Read read) {
+    std::vector<double> numbers(static_cast<std::size_t>(count), -1.0);
     for (__int64 start = 0; start < count; start += step) {
-        const kvx::SampleRange range = {record, row, col, start, std::min(step, count - start)};
-        EXPECT_TRUE(imaginary ? file.ReadImaginary(range, &samples[static_cast<std::size_t>(start)])
-                              : file.ReadReal(range, &samples[static_cast<std::size_t>(start)]));
+        const auto piece = static_cast<std::size_t>(std::min(step, count - start));
+        read(start, std::span(numbers).subspan(static_cast<std::size_t>(start), piece));
     }
-    return samples;
+    return numbers;
+}
+
+/// What the reader delivers of a record, in pieces of `step`, against the record.
+void ExpectNumbersOf(const CComDataBase& record, kvx::DataFileReader& file, __int64 index, __int64 step) {
+    const auto expect = [&](auto wanted, auto read) {
+        EXPECT_EQ(InPieces(record.GetNsamp(), step, read), std::vector<double>(wanted.begin(), wanted.end()));
+    };
+    for (__int64 cell = 0; cell < record.GetNumRow() * record.GetNumCol(); ++cell) {
+        const __int64 row = cell / record.GetNumCol();
+        const __int64 col = cell % record.GetNumCol();
+        expect(kvx::Samples(record, row, col), [&](__int64 start, std::span<double> samples) {
+            file.ReadReal({index, row, col, start}, samples);
+        });
+        const auto imaginary = kvx::ImaginarySamples(record, row, col);
+        if (imaginary.empty()) continue;
+        expect(imaginary, [&](__int64 start, std::span<double> samples) {
+            file.ReadImaginary({index, row, col, start}, samples);
+        });
+    }
+    if (const CDataArrayDouble* axis = record.GetHData()) {
+        expect(kvx::Samples(*axis),
+               [&](__int64 start, std::span<double> values) { file.ReadAxis(index, start, values); });
+    }
 }
 
 TEST_P(DataFileStream, ReadsWhatLoadingTheWholeFileReads) {
     folder_.Write("file.vdf2", GetParam()());
-    DataFileContent whole;
-    ASSERT_TRUE(CComDataFile::LoadDataFile(Path().c_str(), &whole));
-    kvx::DataFileReader file;
-    ASSERT_TRUE(file.Open(Path().c_str(), &failure_)) << failure_.Text();
-    EXPECT_EQ(file.GetHeader(), whole.header);
-    ASSERT_EQ(file.GetRecords().size(), whole.records.size());
-    for (std::size_t r = 0; r < whole.records.size(); ++r) {
-        const RecordOutline& outline = file.GetRecords()[r];
-        const CComDataBase& record = whole.records[r];
-        EXPECT_EQ(outline.fields.mode, record.GetDataMode());
-        EXPECT_EQ(outline.fields.delta, record.GetDelta());
-        EXPECT_EQ(outline.fields.offset, record.GetOffset());
-        EXPECT_EQ(outline.fields.unit, record.GetUnit());
-        EXPECT_EQ(outline.fields.rowNames, record.GetRowName());
-        EXPECT_EQ(outline.fields.colNames, record.GetColName());
-        for (__int64 cell = 0; cell < record.GetNumRow() * record.GetNumCol(); ++cell) {
-            const __int64 row = cell / record.GetNumCol();
-            const __int64 col = cell % record.GetNumCol();
-            for (const __int64 step : {1, 2, 1000}) {
-                const auto read = [&](bool imaginary) {
-                    return Samples(file, static_cast<__int64>(r), row, col, imaginary, step);
-                };
-                const double* real = record.GetReal(row, col);
-                EXPECT_EQ(read(false), std::vector<double>(real, real + record.GetNsamp()));
-                const double* imaginary = record.GetImaginary(row, col);
-                ASSERT_EQ(imaginary != nullptr, outline.isComplex);
-                if (imaginary != nullptr) {
-                    EXPECT_EQ(read(true), std::vector<double>(imaginary, imaginary + record.GetNsamp()));
-                }
-            }
+    const DataFileContent whole = kvx::LoadDataFile(Path());
+    kvx::MemoryStream stream = StreamOf(GetParam()());
+    kvx::DataFileReader files[] = {kvx::DataFileReader(Path()), kvx::DataFileReader(stream)};
+    for (kvx::DataFileReader& file : files) {
+        EXPECT_EQ(file.Head().header, whole.header);
+        EXPECT_EQ(file.Head().isFirstGeneration, GetParam() == &FirstFile);
+        ASSERT_EQ(file.Records().size(), whole.records.size());
+        for (std::size_t r = 0; r < whole.records.size(); ++r) {
+            const RecordOutline& outline = file.Records()[r];
+            const CComDataBase& record = whole.records[r];
+            EXPECT_EQ(outline.fields.mode, record.GetDataMode());
+            EXPECT_EQ(outline.fields.delta, record.GetDelta());
+            EXPECT_EQ(outline.fields.offset, record.GetOffset());
+            EXPECT_EQ(outline.fields.unit, record.GetUnit());
+            EXPECT_EQ(outline.fields.rowNames, record.GetRowName());
+            EXPECT_EQ(outline.fields.colNames, record.GetColName());
+            EXPECT_EQ(outline.isComplex, record.GetDataPtr()->IsComplex() != 0);
+            for (const __int64 step : {1, 2, 1000})
+                ExpectNumbersOf(record, file, static_cast<__int64>(r), step);
         }
     }
 }
 
-/// Loads the file both ways, which must agree; whether they accept it.
-void ExpectSameOutcome(const std::wstring& path, std::size_t place) {
-    DataFileContent whole;
-    DataFileFailure loading, reading;
-    const int isLoaded = CComDataFile::LoadDataFile(path.c_str(), &whole, &loading);
-    kvx::DataFileReader file;
-    ASSERT_EQ(file.Open(path.c_str(), &reading), isLoaded)
-        << place << ": " << loading.Text() << reading.Text();
-    ASSERT_EQ(reading.Text(), loading.Text()) << place;
-    ASSERT_EQ(reading.error.m_cause, loading.error.m_cause) << place;
-    ASSERT_EQ(file.GetRecords().size(), whole.records.size()) << place;
+/// Loads the file both ways, which must agree.
+void ExpectSameOutcome(const std::string& bytes, std::size_t place) {
+    std::size_t loaded = 0;
+    std::size_t opened = 0;
+    const std::string loading = WhatOf([&] {
+        kvx::MemoryStream stream = StreamOf(bytes);
+        loaded = kvx::LoadDataFile(stream).records.size();
+    });
+    const std::string reading = WhatOf([&] {
+        kvx::MemoryStream stream = StreamOf(bytes);
+        opened = kvx::DataFileReader(stream).Records().size();
+    });
+    ASSERT_EQ(reading, loading) << place;
+    ASSERT_EQ(opened, loaded) << place;
+    ASSERT_EQ(loaded == 0, !loading.empty()) << place;
 }
 
 TEST_P(DataFileStream, RefusesEveryShortenedFileAsLoadingDoes) {
     const std::string bytes = GetParam()();
-    folder_.Write("file.vdf2", bytes);
-    for (std::size_t size = bytes.size(); size-- > 0 && !HasFatalFailure();) {
-        resize_file(folder_ / "file.vdf2", size);
-        ExpectSameOutcome(Path(), size);
-    }
+    for (std::size_t size = bytes.size(); size-- > 0 && !HasFatalFailure();)
+        ExpectSameOutcome(bytes.substr(0, size), size);
 }
 
 TEST_P(DataFileStream, RefusesEveryDamagedFileAsLoadingDoes) {
     const std::string bytes = GetParam()();
-    folder_.Write("file.vdf2", bytes);
-    std::fstream file(folder_ / "file.vdf2", std::ios::in | std::ios::out | std::ios::binary);
-    const auto put = [&](std::size_t place, const std::string& some) {
-        file.seekp(static_cast<std::streamoff>(place));
-        file.write(some.data(), static_cast<std::streamsize>(some.size())).flush();
+    const auto expect = [&](std::size_t place, const std::string& some) {
+        ExpectSameOutcome(std::string(bytes).replace(place, some.size(), some), place);
     };
     for (std::size_t place = 0; place + 4 <= bytes.size() && !HasFatalFailure(); ++place) {
         if (place == 12) place = 316;  // the text of the header, of any generation
-        for (const int flips : {0x01, 0x02, 0x80, 0xFF}) {
-            put(place, std::string(1, static_cast<char>(bytes[place] ^ flips)));
-            ExpectSameOutcome(Path(), place);
-        }
-        for (const std::uint32_t word : {0U, 2U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
-            put(place, ByteImage().Words({word}).bytes);
-            ExpectSameOutcome(Path(), place);
-        }
-        put(place, bytes.substr(place, 4));
+        for (const int flips : {0x01, 0x02, 0x80, 0xFF})
+            expect(place, std::string(1, static_cast<char>(bytes[place] ^ flips)));
+        for (const std::uint32_t word : {0U, 2U, 0x7FFFFFFFU, 0xFFFFFFFFU})
+            expect(place, ByteImage().Words({word}).bytes);
     }
 }
 
 TEST_P(DataFileStream, IsNeverCalledDamagedWhenAllocationFails) {
     folder_.Write("file.vdf2", GetParam()());
     const std::wstring path = Path();
-    const auto expectNoMemory = [this] { EXPECT_EQ(failure_.reason, DataFileFailure::kNoMemory); };
-    DataFileContent whole;
-    EXPECT_GT(
-        Starve([&] { return CComDataFile::LoadDataFile(path.c_str(), &whole, &failure_); }, expectNoMemory),
-        9);
-    kvx::DataFileReader file;
-    EXPECT_GT(Starve([&] { return file.Open(path.c_str(), &failure_); }, expectNoMemory), 9);
+    const auto starve = [](auto work) {
+        bool isMemory = true;
+        const auto attempt = [&] {
+            try {
+                work();
+                return true;
+            } catch (const kvx::Error& error) {
+                isMemory = error.Kind() == kvx::ErrorKind::kNoMemory;
+            } catch (const std::bad_alloc&) {
+                isMemory = true;
+            }
+            return false;
+        };
+        return Starve(attempt, [&] { EXPECT_TRUE(isMemory); });
+    };
+    EXPECT_GT(starve([&] { kvx::LoadDataFile(path); }), 9);
+    EXPECT_GT(starve([&] { kvx::DataFileReader reader(path); }), 9);
 }
 
 TEST(DataFileNames, TakeMemoryByTheSizeOfTheFile) {
@@ -161,13 +176,10 @@ TEST(DataFileNames, TakeMemoryByTheSizeOfTheFile) {
     folder.Write("file.vdf2", FirstHeaderBytes(0, "", 1) + image.bytes);
     const std::wstring path = (folder / "file.vdf2").wstring();
     FailingMemory::largest = 0;
-    DataFileContent whole;
-    ASSERT_TRUE(CComDataFile::LoadDataFile(path.c_str(), &whole));
+    const DataFileContent whole = kvx::LoadDataFile(path);
     EXPECT_EQ(whole.records[0].GetRowName(), CStringArray{L"n"});
     EXPECT_LT(whole.records[0].GetRowName().capacity(), 9U);
-    kvx::DataFileReader file;
-    ASSERT_TRUE(file.Open(path.c_str()));
-    EXPECT_EQ(file.GetRecords()[0].fields.rowNames, CStringArray{L"n"});
+    EXPECT_EQ(kvx::DataFileReader(path).Records()[0].fields.rowNames, CStringArray{L"n"});
     EXPECT_LT(FailingMemory::largest.load(), 4 * kNames);
 }
 
@@ -175,7 +187,8 @@ INSTANTIATE_TEST_SUITE_P(Generations, DataFileStream, testing::Values(&CurrentFi
 
 using DataFileWriting = DataFileStream;
 
-std::vector<RecordOutline> TwoRecords() {
+/// Two cells of five samples on an even axis, eight of five complex ones, and three samples on an axis.
+std::vector<RecordOutline> Outlines() {
     RecordOutline wave;
     wave.fields.mode = CComDataBase::MODE_SPACING;
     wave.fields.hunit = kvx::SingleUnit(kvx::kAxisMilliseconds);
@@ -190,48 +203,78 @@ std::vector<RecordOutline> TwoRecords() {
     spectrum.fields.hunit = kvx::SingleUnit(kvx::kAxisHertz);
     spectrum.cols = 2;
     spectrum.isComplex = true;
-    return {wave, spectrum};
+    RecordOutline uneven = spectrum;
+    uneven.fields.mode = CComDataBase::MODE_AXIS;
+    uneven.rows = 1;
+    uneven.nsamp = 600;  // more than is written as zeros
+    return {wave, spectrum, uneven};
+}
+
+/// A record of that outline with samples that are all different.
+CComDataBase RecordOf(const RecordOutline& outline) {
+    const auto& [fields, rows, cols, nsamp, isComplex] = outline;
+    double value = 0.0;
+    CComDataBase record;
+    if (fields.mode == CComDataBase::MODE_AXIS) {
+        CDataArrayDouble axis(nsamp, nullptr);
+        for (double& at : kvx::Samples(axis)) at = value += 0.5;
+        record.Create(rows, cols, isComplex, fields.hunit, fields.unit, axis, &fields.rowNames,
+                      &fields.colNames);
+    } else {
+        record.Create(fields.delta, rows, cols, nsamp, fields.offset, isComplex, fields.hunit, fields.unit,
+                      &fields.rowNames, &fields.colNames);
+    }
+    for (__int64 cell = 0; cell < rows * cols; ++cell) {
+        for (double& sample : kvx::Samples(record, cell / cols, cell % cols)) sample = value += 1.25;
+        for (double& sample : kvx::ImaginarySamples(record, cell / cols, cell % cols)) sample = value -= 9.75;
+    }
+    return record;
+}
+
+/// Writes samples `start` to `end - 1` of every cell, last cell first, and of the axis.
+void WriteSome(kvx::DataFileWriter& file, const CComDataBase& record, __int64 index, __int64 start,
+               __int64 end) {
+    const auto some = [&](auto all) {
+        return all.subspan(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
+    };
+    if (record.GetHData() != nullptr) file.WriteAxis(index, start, some(kvx::Samples(*record.GetHData())));
+    for (__int64 cell = record.GetNumRow() * record.GetNumCol(); cell-- > 0;) {
+        const kvx::SamplePlace place = {index, cell / record.GetNumCol(), cell % record.GetNumCol(), start};
+        if (record.GetDataPtr()->IsComplex())
+            file.WriteImaginary(place, some(kvx::ImaginarySamples(record, place.row, place.col)));
+        EXPECT_THROW(file.Commit(), kvx::Error);
+        file.WriteReal(place, some(kvx::Samples(record, place.row, place.col)));
+    }
 }
 
 TEST_F(DataFileWriting, InAnyOrderGivesTheBytesOfStoringTheWholeFile) {
     const CComHdr header(CComHdr::EXT_INFO_VIB_DATA, L"text");
-    const std::vector<RecordOutline> outlines = TwoRecords();
     DataFileContent whole = {header, {}};
-    kvx::DataFileWriter file;
-    const std::wstring streamed = (folder_ / "streamed.vdf2").wstring();
-    ASSERT_TRUE(file.Create(streamed.c_str(), header, outlines, &failure_)) << failure_.Text();
-    for (std::size_t r = 0; r < outlines.size(); ++r) {
-        const auto& [fields, rows, cols, nsamp, isComplex] = outlines[r];
-        CComDataBase& record = whole.records.emplace_back();
-        record.Create(fields.delta, rows, cols, nsamp, fields.offset, isComplex, fields.hunit, fields.unit,
-                      &fields.rowNames, &fields.colNames);
-        double value = 1.0;
-        for (__int64 start : {3, 0}) {  // the last two samples of every cell come first
-            for (__int64 cell = 0; cell < rows * cols; ++cell) {
-                const kvx::SampleRange range = {static_cast<__int64>(r), cell / cols, cell % cols, start,
-                                                start == 0 ? 3 : 2};
-                for (const bool imaginary : {true, false}) {
-                    double* samples = imaginary ? record.GetImaginary(range.row, range.col)
-                                                : record.GetReal(range.row, range.col);
-                    if (samples == nullptr) continue;
-                    for (__int64 i = 0; i < range.num; ++i) samples[start + i] = value *= 1.25;
-                    EXPECT_FALSE(file.Commit());
-                    EXPECT_TRUE(imaginary ? file.WriteImaginary(range, samples + start)
-                                          : file.WriteReal(range, samples + start));
-                }
-            }
+    for (const RecordOutline& outline : Outlines()) whole.records.push_back(RecordOf(outline));
+    kvx::StoreDataFile(Path(), whole);
+    kvx::MemoryStream memory;
+    kvx::DataFileWriter files[] = {
+        kvx::DataFileWriter((folder_ / "streamed.vdf2").wstring(), header, Outlines()),
+        kvx::DataFileWriter(memory, header, Outlines())};
+    for (kvx::DataFileWriter& file : files) {
+        for (__int64 r = std::ssize(whole.records); r-- > 0;) {
+            const CComDataBase& record = whole.records[static_cast<std::size_t>(r)];
+            WriteSome(file, record, r, 3, record.GetNsamp());
+            WriteSome(file, record, r, 0, 3);
         }
+        file.Commit();
     }
-    ASSERT_TRUE(file.Commit(&failure_)) << failure_.Text();
-    ASSERT_TRUE(CComDataFile::StoreDataFile(Path().c_str(), whole));
     EXPECT_EQ(folder_.Read("streamed.vdf2"), folder_.Read("file.vdf2"));
+    EXPECT_EQ(TextOf(memory.Bytes()), folder_.Read("file.vdf2"));
     EXPECT_EQ(folder_.Count(), 2U);
+    kvx::MemoryStream stored;
+    kvx::StoreDataFile(stored, whole);
+    EXPECT_EQ(TextOf(stored.Bytes()), folder_.Read("file.vdf2"));
 }
 
 TEST_F(DataFileWriting, CountsNoSampleTwice) {
     const CComHdr header(CComHdr::EXT_INFO_VIB_DATA, L"");
-    std::vector<RecordOutline> records = TwoRecords();
-    records.pop_back();  // two cells of five samples
+    const std::vector<RecordOutline> records = {Outlines()[0]};
     const double samples[5] = {1.0, 2.0, 3.0, 4.0, 5.0};
     struct Write {
         __int64 row, start, num;
@@ -243,45 +286,46 @@ TEST_F(DataFileWriting, CountsNoSampleTwice) {
         {{0, 2, 3}, {1, 0, 3}, {1, 4, 1}, {0, 0, 1}, {1, 2, 2}, {0, 0, 4}},
     };
     for (const std::vector<Write>& order : orders) {
-        kvx::DataFileWriter file;
-        ASSERT_TRUE(file.Create(Path().c_str(), header, records));
-        for (const Write& write : order) {
-            EXPECT_FALSE(file.Commit());
-            ASSERT_TRUE(file.WriteReal({0, write.row, 0, write.start, write.num}, samples));
+        kvx::DataFileWriter file(Path(), header, records);
+        for (const auto& [row, start, num] : order) {
+            EXPECT_THROW(file.Commit(), kvx::Error);
+            file.WriteReal({0, row, 0, start}, std::span(samples).first(static_cast<std::size_t>(num)));
         }
-        EXPECT_TRUE(file.Commit());
+        file.Commit();
     }
     // What was written last stays.
-    kvx::DataFileReader file;
-    ASSERT_TRUE(file.Open(Path().c_str()));
-    EXPECT_EQ(Samples(file, 0, 0, 0, false, 5), (std::vector<double>{1.0, 2.0, 3.0, 4.0, 3.0}));
+    std::vector<double> last(5);
+    kvx::DataFileReader(Path()).ReadReal({0, 0, 0, 0}, last);
+    EXPECT_EQ(last, (std::vector<double>{1.0, 2.0, 3.0, 4.0, 3.0}));
 }
 
 TEST_F(DataFileWriting, RefusesWhatIsNoRecordOrOutsideIt) {
-    kvx::DataFileWriter file;
-    double sample = 0.0;
-    EXPECT_FALSE(file.WriteReal({0, 0, 0, 0, 1}, &sample));
-    EXPECT_FALSE(file.Commit());
     const CComHdr header(CComHdr::EXT_INFO_VIB_DATA, L"");
-    const auto create = [&](auto change) {
-        std::vector<RecordOutline> records = TwoRecords();
+    const auto creating = [&](auto change) {
+        std::vector<RecordOutline> records = Outlines();
         change(records);
-        return file.Create(Path().c_str(), header, records, &failure_);
+        return WhatOf([&] { kvx::DataFileWriter file(L"/tmp/kvx-none.vdf2", header, records); });
     };
-    EXPECT_FALSE(create([](auto& records) { records.clear(); }));
-    EXPECT_FALSE(create([](auto& records) { records[1].nsamp = 0; }));
-    EXPECT_EQ(failure_.record, 1);
-    EXPECT_FALSE(create([](auto& records) { records[0].nsamp = __int64{1} << 31; }));
-    EXPECT_FALSE(create([](auto& records) { records[0].fields.mode = CComDataBase::MODE_AXIS; }));
-    EXPECT_FALSE(file.Create(Path().c_str(), CComHdr(), TwoRecords()));
-    ASSERT_TRUE(create([](auto&) {}));
-    const kvx::SampleRange outside[] = {{2, 0, 0, 0, 1}, {-1, 0, 0, 0, 1}, {0, 2, 0, 0, 1}, {0, 0, 1, 0, 1},
-                                        {0, 0, 0, 4, 2}, {0, 0, 0, -1, 1}, {0, 0, 0, 6, 0}, {0, 0, 0, 0, -1}};
-    for (const kvx::SampleRange& range : outside) EXPECT_FALSE(file.WriteReal(range, &sample));
-    EXPECT_FALSE(file.WriteImaginary({0, 0, 0, 0, 1}, &sample));
-    EXPECT_FALSE(file.WriteReal({0, 0, 0, 0, 1}, nullptr));
-    EXPECT_FALSE(file.Commit(&failure_));
-    EXPECT_FALSE(create([](auto& records) { records.clear(); }));
+    const std::string path = "/tmp/kvx-none.vdf2: ";
+    EXPECT_EQ(creating([](auto& records) { records.clear(); }), path + "there is no record to store");
+    EXPECT_EQ(creating([](auto& records) { records[1].nsamp = 0; }),
+              path + "record 2: it is empty or damaged");
+    EXPECT_NE(creating([](auto& records) { records[0].nsamp = __int64{1} << 31; }), "");
+    EXPECT_NE(creating([](auto& records) { records[0].fields.mode = CComDataBase::MODE_EMPTY; }), "");
+    EXPECT_THROW(kvx::DataFileWriter(Path(), CComHdr(), Outlines()), kvx::Error);
+    {
+        kvx::DataFileWriter file(Path(), header, Outlines());
+        const std::vector<double> samples(2);
+        const std::tuple<kvx::SamplePlace, std::size_t> outside[] = {
+            {{3, 0, 0, 0}, 1}, {{-1, 0, 0, 0}, 1}, {{0, 2, 0, 0}, 1}, {{0, 0, 1, 0}, 1},
+            {{0, 0, 0, 4}, 2}, {{0, 0, 0, -1}, 1}, {{0, 0, 0, 6}, 0}};
+        for (const auto& [place, count] : outside)
+            EXPECT_THROW(file.WriteReal(place, std::span(samples).first(count)), kvx::Error);
+        EXPECT_THROW(file.WriteImaginary({0, 0, 0, 0}, samples), kvx::Error);
+        EXPECT_THROW(file.WriteAxis(2, 599, samples), kvx::Error);
+        EXPECT_EQ(ErrorOf([&] { file.WriteAxis(1, 0, samples); })->Sentence(), "it has no axis values");
+        EXPECT_THROW(file.Commit(), kvx::Error);
+    }
     EXPECT_EQ(folder_.Count(), 0U);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <csignal>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -20,9 +22,9 @@
 namespace {
 
 using kvx::DataFileContent;
-using kvx::DataFileFailure;
+using kvx::Error;
+using kvx::ErrorKind;
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 /// A person: answers file dialogs with paths in turn until the dialog accepts, and keeps what was shown.
 class Person final : public kvx::UserInterface {
@@ -66,30 +68,38 @@ class DataFile : public testing::Test {
 protected:
     std::wstring Path(const std::string& name = "file.vdf2") const { return (folder_ / name).wstring(); }
 
-    /// Loads the file; the outcome stays in content_ and failure_.
-    int Load() { return CComDataFile::LoadDataFile(Path().c_str(), &content_, &failure_); }
-    int Load(const std::string& bytes) {
+    /// Loads the file both ways; the outcome stays in content_ and error_.
+    int Load(const std::wstring& path) {
+        error_ = ErrorOf([&] { content_ = kvx::LoadDataFile(path); });
+        const int isLoaded = CComDataFile::LoadDataFile(path.c_str(), &content_);
+        EXPECT_EQ(isLoaded, !error_);
+        return isLoaded;
+    }
+    int Load() { return Load(Path()); }
+    int LoadBytes(const std::string& bytes) {
         folder_.Write("file.vdf2", bytes);
         return Load();
     }
     int Store(const std::wstring& path) {
-        return CComDataFile::StoreDataFile(path.c_str(), content_, &failure_);
+        error_ = ErrorOf([&] { kvx::StoreDataFile(path, content_); });
+        const int isStored = CComDataFile::StoreDataFile(path.c_str(), content_);
+        EXPECT_EQ(isStored, !error_);
+        return isStored;
     }
     bool IsEmpty() const { return content_.records.empty() && content_.header == CComHdr(); }
 
     TempFolder folder_;
     DataFileContent content_;
-    DataFileFailure failure_;
+    std::optional<Error> error_;
 };
 
 TEST_F(DataFile, IsLoadedAndStoredByteForByte) {
-    ASSERT_EQ(Load(CurrentFile()), 1);
-    EXPECT_EQ(failure_.reason, DataFileFailure::kNone);
+    ASSERT_EQ(LoadBytes(CurrentFile()), 1);
     ASSERT_EQ(Store(Path("copy.vdf2")), 1);
     EXPECT_EQ(folder_.Read("copy.vdf2"), CurrentFile());
     EXPECT_EQ(folder_.Count(), 2U);
 
-    ASSERT_EQ(Load(FirstFile()), 1);
+    ASSERT_EQ(LoadBytes(FirstFile()), 1);
     EXPECT_EQ(content_.records.size(), 2U);
     ASSERT_EQ(Store(Path()), 1);
     EXPECT_THAT(folder_.Read("file.vdf2"), testing::AllOf(testing::StartsWith(CurrentFile().substr(0, 8)),
@@ -109,14 +119,12 @@ TEST_F(DataFile, CutShortAnywhereFailsAndSaysWhere) {
             if (size == second) continue;  // a file of one record
             ASSERT_EQ(Load(), 0) << size;
             ASSERT_TRUE(IsEmpty()) << size;
-            const auto reason = size < 4        ? DataFileFailure::kNotDataFile
-                                : size == first ? DataFileFailure::kNoRecord
-                                                : DataFileFailure::kFileError;
-            ASSERT_EQ(failure_.reason, reason) << size;
-            ASSERT_EQ(failure_.error.m_cause == CFileException::endOfFile,
-                      reason == DataFileFailure::kFileError);
-            ASSERT_EQ(failure_.record, size <= first ? -1 : size < second ? 0 : 1) << size;
-            ASSERT_EQ(failure_.offset, size <= first ? 0 : size < second ? first : second) << size;
+            ASSERT_EQ(error_->Kind(), size < 4 ? ErrorKind::kUnsupported : ErrorKind::kDamaged) << size;
+            ASSERT_EQ(error_->Sentence(), size < 4        ? "it is not a vibration data file"
+                                          : size == first ? "it has a header but no record"
+                                                          : "the file ends too early");
+            ASSERT_EQ(error_->Place().record.value_or(0), size <= first ? 0 : size < second ? 1 : 2) << size;
+            ASSERT_EQ(error_->Place().path, kvx::ToUtf8(Path()));
         }
     }
 }
@@ -143,7 +151,6 @@ TEST_F(DataFile, WithAnyByteDamagedIsWholeOrNotLoadedAtAll) {
                     }
                 } else {
                     ASSERT_TRUE(IsEmpty()) << place;
-                    ASSERT_NE(failure_.reason, DataFileFailure::kNone) << place;
                 }
             }
             put(place, bytes[place]);
@@ -157,37 +164,39 @@ TEST_F(DataFile, HoldsWholeRecordsOfTheDataGroupAndNothingElse) {
     std::string emptyRecord = record;
     emptyRecord[4] = 9;
     const std::string header = CurrentHeader(CComHdr::EXT_INFO_VIB_DATA);
-    using F = DataFileFailure;
-    const std::tuple<std::string, F::Reason, const char*> cases[] = {
-        {CurrentHeader(CComHdr::EXT_INFO_GRAPH_COLOR) + record, F::kNotDataFile, "not a data file"},
-        {FirstHeaderBytes(0x11001, "", 1001) + FirstWaveBytes(), F::kNotDataFile, "not a data file"},
-        {std::string(2000, 'x'), F::kNotDataFile, "not a data file"},
-        {header, F::kNoRecord, "no record"},
-        {CurrentFile() + "x", F::kFileError, "record 3 at byte"},
-        {header + emptyRecord, F::kBadRecord, "record 1 at byte 640: the record is empty or damaged"},
+    const std::tuple<std::string, ErrorKind, std::string> cases[] = {
+        {CurrentHeader(CComHdr::EXT_INFO_GRAPH_COLOR) + record, ErrorKind::kUnsupported,
+         "it is not a vibration data file"},
+        {FirstHeaderBytes(0x11001, "", 1001) + FirstWaveBytes(), ErrorKind::kUnsupported,
+         "it is not a vibration data file"},
+        {std::string(2000, 'x'), ErrorKind::kUnsupported, "it is not a vibration data file"},
+        {header, ErrorKind::kDamaged, "it has a header but no record"},
+        {CurrentFile() + "x", ErrorKind::kDamaged, "record 3: the file ends too early"},
+        {header + emptyRecord, ErrorKind::kDamaged, "record 1: it is empty or damaged"},
     };
-    for (const auto& [bytes, reason, text] : cases) {
-        EXPECT_EQ(Load(bytes), 0) << text;
-        EXPECT_EQ(failure_.reason, reason) << text;
-        EXPECT_THAT(failure_.Text(), testing::AllOf(HasSubstr(text), HasSubstr("file.vdf2")));
+    for (const auto& [bytes, kind, text] : cases) {
+        EXPECT_EQ(LoadBytes(bytes), 0) << text;
+        EXPECT_EQ(error_->Kind(), kind) << text;
+        EXPECT_EQ(error_->what(), kvx::ToUtf8(Path()) + ": " + text);
         EXPECT_TRUE(IsEmpty());
     }
 }
 
 TEST_F(DataFile, ThatCannotBeReadGivesTheCause) {
-    const std::pair<std::wstring, int> cases[] = {
-        {Path("missing.vdf2"), CFileException::fileNotFound},
-        {folder_.Path().wstring(), CFileException::accessDenied},
-        {L"/dev/zero", CFileException::invalidFile},  // without an end
-        {L"", CFileException::badPath},
+    const std::pair<std::wstring, ErrorKind> cases[] = {
+        {Path("missing.vdf2"), ErrorKind::kNotFound},
+        {folder_.Path().wstring(), ErrorKind::kDenied},
+        {L"/dev/zero", ErrorKind::kHost},  // without an end
+        {L"", ErrorKind::kNotFound},
     };
-    for (const auto& [path, cause] : cases) {
+    for (const auto& [file, kind] : cases) {
+        const std::wstring path = file;
         content_.records.resize(1);
-        EXPECT_EQ(CComDataFile::LoadDataFile(path.c_str(), &content_, &failure_), 0);
-        EXPECT_EQ(failure_.reason, DataFileFailure::kFileError);
-        EXPECT_EQ(failure_.error.m_cause, cause);
-        EXPECT_EQ(failure_.error.m_strFileName, path);
+        EXPECT_EQ(Load(path), 0);
+        EXPECT_EQ(error_->Kind(), kind);
+        EXPECT_EQ(error_->Place().path, kvx::ToUtf8(path));
         EXPECT_TRUE(IsEmpty());
+        EXPECT_EQ(ErrorOf([&] { kvx::DataFileReader reader(path); })->Kind(), kind);
     }
     EXPECT_EQ(CComDataFile::LoadDataFile(nullptr, &content_), 0);
     EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), nullptr), 0);
@@ -196,27 +205,26 @@ TEST_F(DataFile, ThatCannotBeReadGivesTheCause) {
 
 TEST_F(DataFile, ThatCannotBeStoredLeavesTheOldOne) {
     const std::string old = CurrentFile();
-    ASSERT_EQ(Load(old), 1);
+    ASSERT_EQ(LoadBytes(old), 1);
     const DataFileContent good = content_;
-    const auto expectRefused = [&](DataFileFailure::Reason reason, int cause, __int64 record) {
+    const auto expectRefused = [&](ErrorKind kind, std::optional<std::int64_t> record = std::nullopt) {
         EXPECT_EQ(Store(Path()), 0);
-        EXPECT_EQ(failure_.reason, reason);
-        EXPECT_EQ(failure_.error.m_cause, cause);
-        EXPECT_EQ(failure_.record, record);
+        EXPECT_EQ(error_->Kind(), kind);
+        EXPECT_EQ(error_->Place().record, record);
         EXPECT_EQ(folder_.Read("file.vdf2"), old);
         EXPECT_EQ(folder_.Count(), 1U);
     };
     content_.records.emplace_back();
-    expectRefused(DataFileFailure::kBadRecord, CFileException::genericException, 2);
+    expectRefused(ErrorKind::kBadValue, 3);
     content_.records.clear();
-    expectRefused(DataFileFailure::kNoRecord, CFileException::genericException, -1);
+    expectRefused(ErrorKind::kBadValue);
     COMHDR_TAG noMagic = good.header.GetTag();
     noMagic.Magic = 0;
     const CComHdr otherGroup(CComHdr::EXT_INFO_GRAPH_COLOR, nullptr);
     for (const COMHDR_TAG& tag : {noMagic, otherGroup.GetTag()}) {
         content_ = good;
         content_.header = &tag;
-        expectRefused(DataFileFailure::kNotDataFile, CFileException::genericException, -1);
+        expectRefused(ErrorKind::kUnsupported);
     }
 
     // A limit on the size of files acts like a disk that fills up while the records are written.
@@ -226,16 +234,16 @@ TEST_F(DataFile, ThatCannotBeStoredLeavesTheOldOne) {
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     const rlimit small = {1000, before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    expectRefused(DataFileFailure::kFileError, CFileException::diskFull, -1);
+    expectRefused(ErrorKind::kDiskFull);
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
 
-    const std::pair<std::wstring, int> places[] = {{Path("missing/file.vdf2"), CFileException::badPath},
-                                                   {folder_.Path().wstring(), CFileException::accessDenied},
-                                                   {L"/dev/full", CFileException::diskFull}};
-    for (const auto& [path, cause] : places) {
+    const std::pair<std::wstring, ErrorKind> places[] = {{Path("missing/file.vdf2"), ErrorKind::kNotFound},
+                                                         {folder_.Path().wstring(), ErrorKind::kDenied},
+                                                         {L"/dev/full", ErrorKind::kDiskFull}};
+    for (const auto& [path, kind] : places) {
         EXPECT_EQ(Store(path), 0);
-        EXPECT_EQ(failure_.error.m_cause, cause);
+        EXPECT_EQ(error_->Kind(), kind);
     }
 }
 
@@ -248,14 +256,14 @@ TEST(FirstGeneration, IsNeverWritten) {
 
 TEST_F(DataFile, TellsThePersonOnceAndOnlyWhenAsked) {
     Person person;
-    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, nullptr, 0), 0);
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, 0), 0);
     EXPECT_TRUE(person.messages.empty());
-    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, nullptr, 1), 0);
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, 1), 0);
     folder_.Write("text.txt", "not a data file");
-    EXPECT_EQ(CComDataFile::LoadDataFile(Path("text.txt").c_str(), &content_, nullptr, 1), 0);
-    ASSERT_EQ(Load(CurrentFile()), 1);
-    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, nullptr, 1), 1);
-    EXPECT_EQ(CComDataFile::StoreDataFile(folder_.Path().wstring().c_str(), content_, nullptr, 1), 0);
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path("text.txt").c_str(), &content_, 1), 0);
+    ASSERT_EQ(LoadBytes(CurrentFile()), 1);
+    EXPECT_EQ(CComDataFile::LoadDataFile(Path().c_str(), &content_, 1), 1);
+    EXPECT_EQ(CComDataFile::StoreDataFile(folder_.Path().wstring().c_str(), content_, 1), 0);
     EXPECT_THAT(
         person.messages,
         ElementsAre(Path() + L"\nファイルが見つかりません", Path("text.txt") + L"\nファイル種別が不正です",

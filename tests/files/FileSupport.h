@@ -5,6 +5,7 @@
 
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/FileException.h>
 
 #include <bit>
@@ -97,21 +98,28 @@ inline std::string FirstSpectrumBytes() {
     return image.Words({2}).Floats({10.0F, 12.5F}).bytes;
 }
 
+inline std::string TextOf(std::span<const std::byte> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 /// Everything that reached the target of an archive; what the object did not flush is missing.
 template <typename Object>
 std::string StoredBytes(Object& object) {
     kvx::MemoryStream stream;
     CArchive archive(stream, CArchive::store);
     object.Serialize(archive);
-    const std::span<const std::byte> bytes = stream.Bytes();
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+    return TextOf(stream.Bytes());
+}
+
+inline kvx::MemoryStream StreamOf(std::string_view bytes) {
+    return kvx::MemoryStream(std::as_bytes(std::span(bytes)));
 }
 
 /// Runs `load` on an archive over `bytes` and returns the cause of the exception it ended in; none if it did
 /// not.
 template <typename Load>
 int CauseOfLoading(std::string_view bytes, Load load) {
-    kvx::MemoryStream stream(std::as_bytes(std::span(bytes)));
+    kvx::MemoryStream stream = StreamOf(bytes);
     CArchive archive(stream, CArchive::load);
     try {
         load(archive);
@@ -119,4 +127,19 @@ int CauseOfLoading(std::string_view bytes, Load load) {
     } catch (const CFileException& e) {
         return e.m_cause;
     }
+}
+
+/// The Error that `work` throws; none if it throws nothing.
+template <typename Work>
+std::optional<kvx::Error> ErrorOf(Work work) try {
+    work();
+    return std::nullopt;
+} catch (const kvx::Error& error) {
+    return error;
+}
+
+template <typename Work>
+std::string WhatOf(Work work) {
+    const std::optional<kvx::Error> error = ErrorOf(work);
+    return error ? error->what() : "";
 }

@@ -149,6 +149,41 @@ TEST(Archive, MixedSizesSurviveEveryBufferSize) {
     }
 }
 
+TEST(Archive, PeekedBytesAreReadAgain) {
+    for (const std::size_t bufferSize : {16U, 17U, 4096U}) {
+        kvx::MemoryStream stream = StreamOf("0123456789abcdefghijklmn");
+        CArchive archive(stream, CArchive::load, bufferSize);
+        const auto peeked = [&] {
+            char bytes[6] = {};
+            return std::string(bytes, archive.Peek(std::as_writable_bytes(std::span(bytes))));
+        };
+        char passed[13] = {};
+        EXPECT_EQ(peeked(), "012345") << bufferSize;
+        archive.ReadExact(passed, 13);
+        EXPECT_EQ(std::string(passed, 13), "0123456789abc") << bufferSize;
+        EXPECT_EQ(peeked(), "defghi") << bufferSize;
+        EXPECT_EQ(archive.Remaining(), 11U);
+        archive.ReadExact(passed, 8);
+        EXPECT_EQ(peeked(), "lmn") << bufferSize;
+        EXPECT_EQ(peeked(), "lmn") << bufferSize;
+    }
+}
+
+TEST(MemoryStream, IsMovedLikeAFile) {
+    kvx::MemoryStream stream = StreamOf("0123456789");
+    stream.Seek(8);
+    stream.Write("ab!", 3);
+    stream.Seek(13);
+    EXPECT_EQ(stream.Remaining(), 0U);
+    stream.Write("z", 1);
+    EXPECT_EQ(BytesOf(stream), "01234567ab!" + std::string(2, '\0') + "z");
+    stream.Seek(9);
+    char read[9] = {};
+    EXPECT_EQ(stream.Read(read, sizeof(read)), 5U);
+    EXPECT_EQ(std::string(read, 2), "b!");
+    EXPECT_THROW(stream.Seek(UINT64_MAX), CFileException);
+}
+
 TEST(Archive, TheWrongDirectionIsRefused) {
     kvx::MemoryStream stream;
     CArchive out(stream, CArchive::store);

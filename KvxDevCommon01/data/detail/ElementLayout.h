@@ -29,47 +29,40 @@ void SerializeLayout(CArchive& archive, CplxValue<Self, Real>& value, Generation
     value.SetData(re, im);
 }
 
-/// Version word (current generation only), 32-bit count, elements. An array whose loading fails is empty; a
-/// count that cannot be stored in 32 bits throws before anything is written.
-template <class Self, typename Element>
+/// The head, then the elements. An array whose loading fails is empty; a count that cannot be stored in 32
+/// bits throws before anything is written.
+template <class Self, class Element>
 void SerializeLayout(CArchive& archive, Array<Self, Element>& array, Generation generation) {
     if (archive.IsStoring()) {
-        const std::int32_t count = ArchiveCount(array.GetNum());
-        StoreVersion(archive, generation);
-        archive << count;
-        archive.WriteNumbers(array.GetData(), static_cast<std::size_t>(count));
+        StoreHead(archive, generation, ArrayHead{array.GetNum()});
+        archive.WriteNumbers(array.GetData(), static_cast<std::size_t>(array.GetNum()));
         return;
     }
     LoadOrEmpty(array, [&] {
-        SkipVersion(archive, generation);
-        const __int64 count = LoadCount(archive);
-        archive.RequireRemaining(count, sizeof(Element));
-        if (array.SetData(count, static_cast<const Element*>(nullptr)))
-            archive.ReadNumbers(array.GetData(), static_cast<std::size_t>(count));
+        const auto head = LoadHead<ArrayHead>(archive, generation);
+        archive.RequireRemaining(head.num, sizeof(Element));
+        if (array.SetData(head.num, static_cast<const Element*>(nullptr)))
+            archive.ReadNumbers(array.GetData(), static_cast<std::size_t>(head.num));
     });
 }
 
-/// Version word (current generation only), 32-bit flag, 32-bit count, the blocks. An array whose loading
-/// fails is empty.
+/// The head, then the blocks. An array whose loading fails is empty.
 template <class Self, typename Real>
 void SerializeLayout(CArchive& archive, CplxArray<Self, Real>& array, Generation generation) {
+    const auto transferParts = [&](auto transfer) {
+        const auto count = static_cast<std::size_t>(array.GetNum());
+        (archive.*transfer)(array.GetReal(), count);
+        if (array.IsComplex()) (archive.*transfer)(array.GetImaginary(), count);
+    };
     if (archive.IsStoring()) {
-        const std::int32_t count = ArchiveCount(array.GetNum());
-        StoreVersion(archive, generation);
-        archive << std::int32_t{array.IsComplex()} << count;
-        archive.WriteNumbers(array.GetReal(), static_cast<std::size_t>(count));
-        if (array.IsComplex()) archive.WriteNumbers(array.GetImaginary(), static_cast<std::size_t>(count));
+        StoreHead(archive, generation, CplxArrayHead{array.IsComplex(), array.GetNum()});
+        transferParts(&CArchive::WriteNumbers<Real>);
         return;
     }
     LoadOrEmpty(array, [&] {
-        SkipVersion(archive, generation);
-        std::int32_t isComplex = 0;
-        archive >> isComplex;
-        const __int64 count = LoadCount(archive);
-        archive.RequireRemaining(count, isComplex ? 2 * sizeof(Real) : sizeof(Real));
-        if (!array.Create(isComplex, count)) return;
-        archive.ReadNumbers(array.GetReal(), static_cast<std::size_t>(count));
-        if (isComplex) archive.ReadNumbers(array.GetImaginary(), static_cast<std::size_t>(count));
+        const auto head = LoadHead<CplxArrayHead>(archive, generation);
+        archive.RequireRemaining(head.num, head.isComplex ? 2 * sizeof(Real) : sizeof(Real));
+        if (array.Create(head.isComplex != 0, head.num)) transferParts(&CArchive::ReadNumbers<Real>);
     });
 }
 

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// What the archive layouts of the containers have in common: the version word, 32-bit counts, and the promise
-// that an object whose loading fails is empty.
+// How the archive layouts of the containers begin, for all who load or store one, as a whole or block by
+// block: a version word, then flags and counts in 32 bits each. And the promise that an object whose loading
+// fails is empty. The records of files/ are laid out with the same heads.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <tuple>
 
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/FileException.h>
@@ -27,17 +31,73 @@ inline void SkipVersion(CArchive& archive, Generation generation) {
     if (generation == Generation::current) archive >> version;
 }
 
-/// A count as the archive holds it. Throws rather than let a count that does not fit be written wrong.
-inline std::int32_t ArchiveCount(__int64 count) {
-    if (count > std::numeric_limits<std::int32_t>::max())
-        throw CFileException(CFileException::genericException);
-    return static_cast<std::int32_t>(count);
+// ---- the words behind the version, in their order; a flag is 0 or not
+
+/// In front of the elements of an array.
+struct ArrayHead {
+    __int64 num = 0;
+    auto Words() { return std::array{&num}; }
+};
+
+/// In front of the parts of a complex array: `num` real ones, then as many imaginary ones if it is complex.
+struct CplxArrayHead {
+    __int64 isComplex = 0;
+    __int64 num = 0;
+    auto Words() { return std::array{&isComplex, &num}; }
+};
+
+/// In front of the arrays of a matrix, row by row; each has its own head and `num` elements.
+struct ArrayMatrixHead {
+    __int64 rows = 0;
+    __int64 cols = 0;
+    __int64 num = 0;
+    auto Words() { return std::array{&rows, &cols, &num}; }
+};
+
+/// In front of the complex arrays of a matrix.
+struct CplxArrayMatrixHead {
+    __int64 isComplex = 0;
+    __int64 rows = 0;
+    __int64 cols = 0;
+    __int64 num = 0;
+    auto Words() { return std::array{&isComplex, &rows, &cols, &num}; }
+};
+
+/// In front of the values of a complex matrix.
+struct CplxMatrixHead {
+    __int64 rows = 0;
+    __int64 cols = 0;
+    auto Words() { return std::array{&rows, &cols}; }
+};
+
+/// Bytes of a head with its version word.
+template <class Head>
+constexpr std::size_t HeadBytes(Generation generation) {
+    constexpr std::size_t kWords = std::tuple_size_v<decltype(Head().Words())>;
+    return sizeof(std::int32_t) * (kWords + (generation == Generation::current ? 1 : 0));
 }
 
-inline __int64 LoadCount(CArchive& archive) {
-    std::int32_t count = 0;
-    archive >> count;
-    return count;
+/// Throws, before anything is written, rather than let a count that needs more than 32 bits be written wrong.
+template <class Head>
+void StoreHead(CArchive& archive, Generation generation, Head head) {
+    for (const __int64* word : head.Words()) {
+        if (*word > std::numeric_limits<std::int32_t>::max())
+            throw CFileException(CFileException::genericException);
+    }
+    StoreVersion(archive, generation);
+    for (const __int64* word : head.Words()) archive << static_cast<std::int32_t>(*word);
+}
+
+template <class Head>
+Head LoadHead(CArchive& archive, Generation generation) {
+    SkipVersion(archive, generation);
+    Head head;
+    for (__int64* word : head.Words()) {
+        std::int32_t loaded = 0;
+        archive >> loaded;
+        *word = loaded;
+    }
+    return head;
 }
 
 /// Empties `object`, runs `load`, and empties it again when that throws.

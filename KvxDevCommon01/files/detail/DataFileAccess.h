@@ -1,59 +1,42 @@
 // SPDX-License-Identifier: MIT
 //
-// What reading and writing data files have in common, whole or block by block: the header, and the way from
-// exceptions to a DataFileFailure.
+// What reading and writing data files have in common, whole or block by block: the head of the file, and the
+// way from exceptions to an Error with its place.
 #pragma once
 
-#include <exception>
-
-#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/files/DataFileContent.h>
+#include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/platform/Archive.h>
-#include <KvxDevCommon01/platform/File.h>
-#include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Error.h>
 
 namespace kvx {
 
-/// Ends a piece of work; AttemptOnFile reports it.
-struct Refused {
-    DataFileFailure::Reason reason;
-};
+/// What header comes next in the archive, whose buffer has room for its first four bytes.
+CComHdr::HDRCODE_TYPE PeekHeaderType(CArchive& archive);
 
-/// What header `source` begins with, from its first four bytes.
-CComHdr::HDRCODE_TYPE LoadHeaderType(ByteStream& source);
+/// Loads the head of a data file, which comes next. Its records must have an end, since they run to that of
+/// the file. Throws Error for the head of any other file and where no record follows.
+FileHead LoadDataFileHead(CArchive& archive);
 
-/// What begins the reading of a data file, which stands at its start: its records must have an end, since
-/// they run to that of the file. Says which header it has. Throws for any other file.
-CComHdr::HDRCODE_TYPE BeginDataFile(InputFile& file);
-
-/// Loads the header of a data file from its start and throws Refused when it is of another group.
-void LoadDataHeader(CArchive& archive, CComHdr::HDRCODE_TYPE type, CComHdr* header);
-
-/// Throws Refused unless the header is one of a data file.
+/// Throws Error unless the header is one of a data file.
 void RequireDataHeader(const CComHdr& header);
 
-/// Runs `work(path, failure)`, which may fill in what it works on. Whatever it throws becomes the rest of
-/// `failure`, which tells nothing after success. False for failure; throws only when memory does not even
-/// suffice for that.
+/// LoadDataFile and StoreDataFile with the exceptions of the archive as they are; `place` names the record
+/// that they work on.
+DataFileContent LoadContent(ByteStream& stream, ErrorPlace* place);
+void StoreContent(ByteStream& stream, const DataFileContent& content);
+/// What can be said before anything is written.
+void RequireContent(const DataFileContent& content, ErrorPlace* place);
+
+/// Runs `work(place)`; whatever it throws becomes an Error at that place, which `work` may make more exact.
 template <typename Work>
-bool AttemptOnFile(const wchar_t* path, DataFileFailure* failure, Work work) {
-    *failure = {};
-    const CString name = path != nullptr ? path : L"";
-    const auto fail = [&](DataFileFailure::Reason reason, int cause, std::int32_t osError) {
-        failure->reason = reason;
-        failure->error = CFileException(cause, osError, name);
-    };
+auto WithPlace(ErrorPlace place, Work work) {
     try {
-        if (path == nullptr) throw CFileException(CFileException::badPath);
-        work(path, *failure);
-        *failure = {};
-    } catch (const Refused& e) {
-        fail(e.reason, CFileException::genericException, -1);
-    } catch (const CFileException& e) {
-        fail(DataFileFailure::kFileError, e.m_cause, e.m_lOsError);
-    } catch (const std::exception&) {
-        fail(DataFileFailure::kNoMemory, CFileException::genericException, -1);
+        return work(place);
+    } catch (...) {
+        throw Error::Current().At(place);
     }
-    return failure->reason == DataFileFailure::kNone;
 }
 
 }  // namespace kvx

@@ -6,12 +6,21 @@
 #include <string>
 #include <string_view>
 
-#include <KvxDevCommon01/files/detail/DataFileAccess.h>
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 
 namespace kvx {
 namespace {
+
+constexpr std::size_t NumberBytes(Generation generation) {
+    return generation == Generation::first ? sizeof(float) : sizeof(double);
+}
+
+void RequireRecord(bool isRecord) {
+    if (!isRecord) throw Error(ErrorKind::kDamaged, "it is empty or damaged");
+}
 
 /// The name of an unnamed row or column, from its 0-based index.
 CString DefaultName(TextId format, __int64 index) {
@@ -37,106 +46,104 @@ CStringArray CompleteNames(CStringArray names, __int64 count, TextId format) {
     return names;
 }
 
-void SkipVersion(CArchive& archive, RecordGeneration generation) {
-    std::int32_t version = 0;  // all versions share one layout
-    if (generation == RecordGeneration::kCurrent) archive >> version;
-}
-
 }  // namespace
 
-void LoadRecordHead(CArchive& archive, RecordGeneration generation, RecordFields* fields) {
-    const bool isFirst = generation == RecordGeneration::kFirst;
+RecordPlan::RecordPlan(const RecordOutline& record, Generation generation)
+    : cellHeadBytes(HeadBytes<CplxArrayHead>(generation)),
+      numberBytes(NumberBytes(generation)),
+      numbersPerCell(static_cast<std::uint64_t>(record.nsamp) * (record.isComplex ? 2 : 1)),
+      cells(static_cast<std::uint64_t>(record.rows) * static_cast<std::uint64_t>(record.cols)),
+      axisValues(record.fields.mode == CComDataBase::MODE_AXIS ? static_cast<std::uint64_t>(record.nsamp)
+                                                               : 0) {}
+
+RecordOutline LoadRecordHead(CArchive& archive, Generation generation) {
+    RecordOutline record;
+    CComDataBase::Fields& fields = record.fields;
     SkipVersion(archive, generation);
     std::uint32_t mode = 0;
     archive >> mode;
-    fields->mode = static_cast<CComDataBase::DATA_MODE>(mode);
-    for (CUnitCtrl* unit : {&fields->hunit, &fields->unit})
-        isFirst ? unit->Serialize1st(archive) : unit->Serialize(archive);
-    const auto [cellHead, sample] = CellLayoutOf(generation);
-    for (CStringArray* names : {&fields->rowNames, &fields->colNames})
-        archive.ReadStrings(names, archive.Remaining() / (cellHead + sample));
-    if (mode > CComDataBase::MODE_AXIS) throw Refused{DataFileFailure::kBadRecord};
+    fields.mode = static_cast<CComDataBase::DATA_MODE>(mode);
+    for (CUnitCtrl* unit : {&fields.hunit, &fields.unit})
+        generation == Generation::first ? unit->Serialize1st(archive) : unit->Serialize(archive);
+    const std::size_t smallestCell = HeadBytes<CplxArrayHead>(generation) + NumberBytes(generation);
+    for (CStringArray* names : {&fields.rowNames, &fields.colNames})
+        archive.ReadStrings(names, archive.Remaining() / smallestCell);
+    RequireRecord(mode <= CComDataBase::MODE_AXIS);
+
+    const auto head = LoadHead<CplxArrayMatrixHead>(archive, generation);
+    RequireRecord(head.rows >= 1 && head.cols >= 1 && head.num >= 1);
+    record.isComplex = head.isComplex != 0;
+    record.rows = head.rows;
+    record.cols = head.cols;
+    record.nsamp = head.num;
+    archive.RequireRemaining(record.rows * record.cols,
+                             static_cast<std::size_t>(RecordPlan(record, generation).CellBytes()));
+    return record;
 }
 
-void StoreRecordHead(CArchive& archive, const RecordFields& fields) {
-    archive << kRecordVersion << static_cast<std::uint32_t>(fields.mode);
+void StoreRecordHead(CArchive& archive, const CComDataBase::Fields& fields) {
+    StoreVersion(archive, Generation::current);
+    archive << static_cast<std::uint32_t>(fields.mode);
     for (CUnitCtrl unit : {fields.hunit, fields.unit}) unit.Serialize(archive);
     archive << fields.rowNames << fields.colNames;
 }
 
-void LoadMatrixHead(CArchive& archive, RecordGeneration generation, RecordOutline* record) {
-    SkipVersion(archive, generation);
-    std::int32_t isComplex = 0;
-    std::int32_t rows = 0;
-    std::int32_t cols = 0;
-    std::int32_t nsamp = 0;
-    archive >> isComplex >> rows >> cols >> nsamp;
-    if (rows < 1 || cols < 1 || nsamp < 1) throw Refused{DataFileFailure::kBadRecord};
-    record->isComplex = isComplex != 0;
-    record->rows = rows;
-    record->cols = cols;
-    record->nsamp = nsamp;
-    const auto [head, sample] = CellLayoutOf(generation);
-    const auto samples = static_cast<std::uint64_t>(nsamp) * (record->isComplex ? 2 : 1);
-    archive.RequireRemaining(record->rows * record->cols, static_cast<std::size_t>(head + samples * sample));
-}
-
 void StoreMatrixHead(CArchive& archive, const RecordOutline& record) {
-    archive << kRecordVersion << std::int32_t{record.isComplex} << static_cast<std::int32_t>(record.rows)
-            << static_cast<std::int32_t>(record.cols) << static_cast<std::int32_t>(record.nsamp);
+    StoreHead(archive, Generation::current,
+              CplxArrayMatrixHead{record.isComplex, record.rows, record.cols, record.nsamp});
 }
 
-void LoadCellHead(CArchive& archive, RecordGeneration generation, const RecordOutline& record) {
-    SkipVersion(archive, generation);
-    std::int32_t isComplex = 0;
-    std::int32_t count = 0;
-    archive >> isComplex >> count;
-    if (count != record.nsamp || (isComplex != 0) != record.isComplex)
-        throw Refused{DataFileFailure::kBadRecord};
+void LoadCellHead(CArchive& archive, Generation generation, const RecordOutline& record) {
+    const auto head = LoadHead<CplxArrayHead>(archive, generation);
+    RequireRecord(head.num == record.nsamp && (head.isComplex != 0) == record.isComplex);
 }
 
 void StoreCellHead(CArchive& archive, const RecordOutline& record) {
-    archive << kRecordVersion << std::int32_t{record.isComplex} << static_cast<std::int32_t>(record.nsamp);
+    StoreHead(archive, Generation::current, CplxArrayHead{record.isComplex, record.nsamp});
 }
 
-void LoadRecordSpacing(CArchive& archive, RecordFields* fields) {
+void LoadRecordSpacing(CArchive& archive, CComDataBase::Fields* fields) {
     if (fields->mode != CComDataBase::MODE_SPACING) return;
     std::int32_t offset = 0;
     archive >> fields->delta >> offset;
     fields->offset = offset;
 }
 
-void StoreRecordSpacing(CArchive& archive, const RecordFields& fields) {
+void StoreRecordSpacing(CArchive& archive, const CComDataBase::Fields& fields) {
     if (fields.mode != CComDataBase::MODE_SPACING) return;
     archive << fields.delta << static_cast<std::int32_t>(fields.offset);
 }
 
-void LoadAxisHead(CArchive& archive, RecordGeneration generation, const RecordOutline& record) {
-    SkipVersion(archive, generation);
-    std::int32_t count = 0;
-    archive >> count;
-    if (count != record.nsamp) throw Refused{DataFileFailure::kBadRecord};
-    archive.RequireRemaining(count, static_cast<std::size_t>(CellLayoutOf(generation).sampleBytes));
+void LoadAxisHead(CArchive& archive, Generation generation, const RecordOutline& record) {
+    const auto head = LoadHead<ArrayHead>(archive, generation);
+    RequireRecord(head.num == record.nsamp);
+    archive.RequireRemaining(head.num, NumberBytes(generation));
 }
 
-void LoadSamples(CArchive& archive, RecordGeneration generation, double* samples, __int64 count) {
-    if (generation == RecordGeneration::kCurrent) {
-        archive.ReadNumbers(samples, static_cast<std::size_t>(count));
+void StoreAxisHead(CArchive& archive, const RecordOutline& record) {
+    StoreHead(archive, Generation::current, ArrayHead{record.nsamp});
+}
+
+void LoadSamples(CArchive& archive, Generation generation, std::span<double> samples) {
+    if (generation == Generation::current) {
+        archive.ReadNumbers(samples.data(), samples.size());
         return;
     }
     std::array<float, 4096> narrow;
-    for (__int64 done = 0; done < count;) {
-        const auto piece = std::min(static_cast<std::size_t>(count - done), narrow.size());
+    while (!samples.empty()) {
+        const std::size_t piece = std::min(samples.size(), narrow.size());
         archive.ReadNumbers(narrow.data(), piece);
-        for (std::size_t i = 0; i < piece; ++i) samples[done++] = WidenedSample(narrow[i]);
+        std::transform(narrow.begin(), narrow.begin() + static_cast<std::ptrdiff_t>(piece), samples.begin(),
+                       WidenedSample);
+        samples = samples.subspan(piece);
     }
 }
 
-void CompleteRowNames(CStringArray given, __int64 rows, RecordFields* fields) {
+void CompleteRowNames(CStringArray given, __int64 rows, CComDataBase::Fields* fields) {
     fields->rowNames = CompleteNames(std::move(given), rows, kTextRowName);
 }
 
-void CompleteColNames(CStringArray given, __int64 cols, RecordFields* fields) {
+void CompleteColNames(CStringArray given, __int64 cols, CComDataBase::Fields* fields) {
     fields->colNames = CompleteNames(std::move(given), cols, kTextColumnName);
 }
 

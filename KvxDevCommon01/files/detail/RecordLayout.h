@@ -1,89 +1,89 @@
 // SPDX-License-Identifier: MIT
 //
 // The archive layout of a data record, for all that load or store one: as a whole or without its samples.
-// Each function throws what the archive throws and, when loading, Refused for contents that make no record.
+// Each function throws what the archive throws and, when loading, Error for contents that make no record.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <utility>
 
+#include <KvxDevCommon01/data/detail/Layout.h>
 #include <KvxDevCommon01/files/ComDataBase.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/Archive.h>
 
 namespace kvx {
 
-/// The first generation has no version words and holds samples and axis values in single precision.
-enum class RecordGeneration { kFirst, kCurrent };
-
-inline constexpr std::int32_t kRecordVersion = 1;
-
-/// A record without its samples, as long as nothing was allocated for them.
-using RecordFields = CComDataBase::Fields;
-
-/// Bytes in front of the samples of a cell, and of a sample.
-struct CellLayout {
-    std::uint64_t headBytes;
-    std::uint64_t sampleBytes;
-};
-
-constexpr CellLayout CellLayoutOf(RecordGeneration generation) {
-    // Flag and count, in the current generation behind a version.
-    if (generation == RecordGeneration::kFirst) return {8, sizeof(float)};
-    return {12, sizeof(double)};
+inline Generation GenerationOf(const FileHead& head) {
+    return head.isFirstGeneration ? Generation::first : Generation::current;
 }
 
-/// What stands before the samples: mode, units and names, of which no more are kept than there can be cells
-/// in what follows.
-void LoadRecordHead(CArchive& archive, RecordGeneration generation, RecordFields* fields);
-void StoreRecordHead(CArchive& archive, const RecordFields& fields);
+/// Where the numbers of a record stand behind its head. The first generation holds them in single precision.
+struct RecordPlan {
+    std::uint64_t cellHeadBytes = 0;
+    std::uint64_t numberBytes = 0;
+    std::uint64_t numbersPerCell = 0;  ///< real and imaginary
+    std::uint64_t cells = 0;
+    std::uint64_t axisValues = 0;
 
-/// The counts and the flag of the matrix. Loading also checks that the archive can still hold the cells.
-void LoadMatrixHead(CArchive& archive, RecordGeneration generation, RecordOutline* record);
+    RecordPlan() = default;
+    RecordPlan(const RecordOutline& record, Generation generation);
+
+    std::uint64_t CellBytes() const { return cellHeadBytes + numbersPerCell * numberBytes; }
+    std::uint64_t AxisBytes() const { return axisValues * numberBytes; }
+    std::uint64_t Numbers() const { return cells * numbersPerCell + axisValues; }
+};
+
+/// What stands in front of the cells: mode, units, names, of which no more are kept than there can be cells
+/// in what follows, and the head of the matrix. Loading also checks that the archive can still hold the
+/// cells.
+RecordOutline LoadRecordHead(CArchive& archive, Generation generation);
+void StoreRecordHead(CArchive& archive, const CComDataBase::Fields& fields);
 void StoreMatrixHead(CArchive& archive, const RecordOutline& record);
 
 /// What stands in front of the samples of a cell. Loading accepts only what the record states.
-void LoadCellHead(CArchive& archive, RecordGeneration generation, const RecordOutline& record);
+void LoadCellHead(CArchive& archive, Generation generation, const RecordOutline& record);
 void StoreCellHead(CArchive& archive, const RecordOutline& record);
 
 /// What stands behind the samples of a record with an equally spaced axis; nothing for others.
-void LoadRecordSpacing(CArchive& archive, RecordFields* fields);
-void StoreRecordSpacing(CArchive& archive, const RecordFields& fields);
+void LoadRecordSpacing(CArchive& archive, CComDataBase::Fields* fields);
+void StoreRecordSpacing(CArchive& archive, const CComDataBase::Fields& fields);
 
 /// What stands in front of axis values, of which there must be as many as a cell has samples.
-void LoadAxisHead(CArchive& archive, RecordGeneration generation, const RecordOutline& record);
+void LoadAxisHead(CArchive& archive, Generation generation, const RecordOutline& record);
+void StoreAxisHead(CArchive& archive, const RecordOutline& record);
 
 /// Samples or axis values; those of the first generation are widened, their no-data marker with them.
-void LoadSamples(CArchive& archive, RecordGeneration generation, double* samples, __int64 count);
+void LoadSamples(CArchive& archive, Generation generation, std::span<double> samples);
 
 /// A name per row and column: the given ones, then default ones.
-void CompleteRowNames(CStringArray given, __int64 rows, RecordFields* fields);
-void CompleteColNames(CStringArray given, __int64 cols, RecordFields* fields);
+void CompleteRowNames(CStringArray given, __int64 rows, CComDataBase::Fields* fields);
+void CompleteColNames(CStringArray given, __int64 cols, CComDataBase::Fields* fields);
 
 /// Loads a record, in the order of its bytes: the one place that knows this order and what is checked when,
-/// so that all who load find the same faults. `Source` has the archive and does what it wants with the
+/// so that all who load find the same faults. `Taker` has the archive and does what it wants with the
 /// samples: Archive() is where loading goes on, Begin(record) comes before the first cell, TakeCell(cell) and
 /// TakeAxis() read or skip the samples of a cell and the axis values.
-template <typename Source>
-void LoadRecord(Source& source, RecordGeneration generation, RecordOutline* record) {
-    LoadRecordHead(source.Archive(), generation, &record->fields);
-    LoadMatrixHead(source.Archive(), generation, record);
-    source.Begin(*record);
-    for (__int64 cell = 0; cell < record->rows * record->cols; ++cell) {
-        LoadCellHead(source.Archive(), generation, *record);
-        source.TakeCell(cell);
+template <typename Taker>
+RecordOutline LoadRecord(Taker& taker, Generation generation) {
+    RecordOutline record = LoadRecordHead(taker.Archive(), generation);
+    taker.Begin(record);
+    for (__int64 cell = 0; cell < record.rows * record.cols; ++cell) {
+        LoadCellHead(taker.Archive(), generation, record);
+        taker.TakeCell(cell);
     }
-    LoadRecordSpacing(source.Archive(), &record->fields);
-    if (record->fields.mode == CComDataBase::MODE_AXIS) {
-        LoadAxisHead(source.Archive(), generation, *record);
-        source.TakeAxis();
+    LoadRecordSpacing(taker.Archive(), &record.fields);
+    if (record.fields.mode == CComDataBase::MODE_AXIS) {
+        LoadAxisHead(taker.Archive(), generation, record);
+        taker.TakeAxis();
     }
-    CompleteRowNames(std::move(record->fields.rowNames), record->rows, &record->fields);
-    CompleteColNames(std::move(record->fields.colNames), record->cols, &record->fields);
+    CompleteRowNames(std::move(record.fields.rowNames), record.rows, &record.fields);
+    CompleteColNames(std::move(record.fields.colNames), record.cols, &record.fields);
+    return record;
 }
 
 /// The record as a whole; std::bad_alloc when there is not enough memory.
-CComDataBase LoadWholeRecord(CArchive& archive, RecordGeneration generation);
+CComDataBase LoadWholeRecord(CArchive& archive, Generation generation);
 
 }  // namespace kvx

@@ -42,40 +42,15 @@ void RequireSpacing(double delta, __int64 offset, __int64 samples, std::size_t i
 
 }  // namespace
 
-std::string ReasonText(const DataFileFailure& failure) {
-    const std::string place = failure.record < 0 ? "" : "record " + std::to_string(failure.record + 1) + ": ";
-    switch (failure.reason) {
-        case DataFileFailure::kNone:
-            break;
-        case DataFileFailure::kFileError:
-            return place + Explain(Error(failure.error));
-        case DataFileFailure::kNotDataFile:
-            return "it is not a vibration data file";
-        case DataFileFailure::kNoRecord:
-            return "it has a header but no record";
-        case DataFileFailure::kBadRecord:
-            return place + "it is empty or damaged";
-        case DataFileFailure::kNoMemory:
-            return place + "there is not enough memory";
-    }
-    return "the reason is not known";
-}
-
 DataFileContent LoadDataFile(const std::string& path) {
-    DataFileContent content;
-    DataFileFailure failure;
-    if (!CComDataFile::LoadDataFile(WidePath(InputPath(path)).c_str(), &content, &failure))
-        throw Error(ErrorKind::kBadValue, ReasonText(failure));
-    return content;
+    return kvx::LoadDataFile(WidePath(InputPath(path)));
 }
 
 void StoreDataFile(const std::string& path, const std::wstring& text, std::vector<CComDataBase> records) {
     const DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), std::move(records)};
     for (std::size_t r = 0; r < content.records.size(); ++r) RequireAxis(content.records[r], r);
     OutputTarget target(path);
-    DataFileFailure failure;
-    if (!CComDataFile::StoreDataFile(WidePath(target.Path()).c_str(), content, &failure))
-        throw Error(ErrorKind::kBadValue, ReasonText(failure));
+    kvx::StoreDataFile(WidePath(target.Path()), content);
     target.Deliver();
 }
 

@@ -15,9 +15,6 @@
 
 namespace kvx::tool {
 
-/// Why a data file could not be read or written, as an Error has it.
-std::string ReasonText(const DataFileFailure& failure);
-
 /// Throws Error.
 DataFileContent LoadDataFile(const std::string& path);
 

@@ -154,12 +154,9 @@ private:
 
 class DataFileSignal : public SignalReader {
 public:
-    DataFileSignal(const std::string& path, const ChannelOptions& options) {
-        DataFileFailure failure;
-        if (!file_.Open(WidePath(path).c_str(), &failure))
-            throw Error(ErrorKind::kBadValue, ReasonText(failure));
-        text_ = file_.GetHeader().GetName();
-        const std::vector<RecordOutline>& records = file_.GetRecords();
+    DataFileSignal(const std::string& path, const ChannelOptions& options) : file_(WidePath(path)) {
+        text_ = file_.Head().header.GetName();
+        const std::vector<RecordOutline>& records = file_.Records();
         for (Channel& channel : SelectChannels(ListChannels(records), records.size(), options)) {
             const RecordOutline& record = records[channel.record];
             RequireWaveform(record, channel.record);
@@ -181,11 +178,8 @@ public:
         const __int64 count = std::min(static_cast<__int64>(room), runs_[run].samples - done_);
         for (std::size_t c = 0; c < targets.size() && count > 0; ++c) {
             const Channel& cell = cells_[run][c];
-            DataFileFailure failure;
-            if (!file_.ReadReal({static_cast<__int64>(cell.record), cell.row, cell.column, done_, count},
-                                targets[c], &failure)) {
-                throw Error(ErrorKind::kBadValue, ReasonText(failure));
-            }
+            file_.ReadReal({static_cast<__int64>(cell.record), cell.row, cell.column, done_},
+                           {targets[c], static_cast<std::size_t>(count)});
             RequireValues(targets[c], count, cell.name, done_);
         }
         done_ += count;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include <KvxDevCommon01/files/ComDataKinds.h>
@@ -38,28 +39,20 @@ public:
                          const std::vector<SignalRun>& runs)
         : target_(path) {
         for (const SignalRun& run : runs) AddRun(run);
-        DataFileFailure failure;
-        const CComHdr header(CComHdr::EXT_INFO_VIB_DATA, text.c_str());
-        if (!file_.Create(WidePath(target_.Path()).c_str(), header, records_, &failure))
-            throw Error(ErrorKind::kBadValue, ReasonText(failure));
+        file_.emplace(WidePath(target_.Path()), CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), records_);
         done_.resize(runs.size());
     }
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
-        DataFileFailure failure;
         for (std::size_t c = 0; c < channels.size(); ++c) {
             const auto [record, row] = places_[run][c];
-            if (!file_.WriteReal({record, row, 0, done_[run], static_cast<__int64>(count)}, channels[c],
-                                 &failure)) {
-                throw Error(ErrorKind::kBadValue, ReasonText(failure));
-            }
+            file_->WriteReal({record, row, 0, done_[run]}, {channels[c], count});
         }
         done_[run] += static_cast<__int64>(count);
     }
 
     void Commit() override {
-        DataFileFailure failure;
-        if (!file_.Commit(&failure)) throw Error(ErrorKind::kBadValue, ReasonText(failure));
+        file_->Commit();
         target_.Deliver();
     }
 
@@ -106,7 +99,7 @@ private:
     }
 
     OutputTarget target_;
-    DataFileWriter file_;
+    std::optional<DataFileWriter> file_;
     std::vector<RecordOutline> records_;
     std::vector<std::vector<Place>> places_;  ///< per run and channel
     std::vector<__int64> done_;               ///< samples written per run
