@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/ConvData.h>
@@ -51,18 +52,16 @@ struct HeaderFacts {
     bool isData = false;
 };
 
-HeaderFacts ReadHeader(const std::string& path) {
-    const std::wstring wide = WidePath(InputPath(path));
-    const InputFile readable(wide);  // a file that cannot be read is told as such
-    const CComHdr::HDRCODE_TYPE type = CComHdr::GetHdrCodeType(wide.c_str());
-    if (type == CComHdr::HDRCODE_UNKNOWN) throw Error(ErrorKind::kBadValue, "it is not a file of the suite");
-    CComHdr header;
-    if (!header.LoadComHdr(wide.c_str(), 0)) throw Error(ErrorKind::kBadValue, "its header is cut short");
-    // Only data files of the first generation have the extension block behind the header.
-    if (type == CComHdr::HDRCODE_FIRST && header.CheckGrpType(CComHdr::GRP_DATA)) {
-        CComHdr extended;
-        if (extended.LoadComHdr(wide.c_str(), 1)) header = extended;
-    }
+std::string TimeText(const COleDateTime& time) {
+    CString text;
+    CValConv::GetDateTimeString(&text, time, CValConv::DATE_HYPHENS, CValConv::TIME_WESTERN, 1, 1);
+    return ToUtf8(text);
+}
+
+/// Reads the head of an input that is open.
+HeaderFacts ReadFacts(const std::string& input, InputFile& file) {
+    const FileHead head = ReadFileHead(file);
+    const CComHdr& header = head.header;
     HeaderFacts facts;
     CString kind;
     CString extension;
@@ -78,15 +77,10 @@ HeaderFacts ReadHeader(const std::string& path) {
     facts.extension = ToUtf8(extension);
     facts.value = header.GetExtInfoType(CComHdr::HDRCODE_CURRENT);
     facts.code = HexCode(header.GetTag().HdrCode);
-    facts.generation = type == CComHdr::HDRCODE_FIRST ? 1 : 2;
+    facts.generation = head.isFirstGeneration ? 1 : 2;
     facts.application = ToUtf8(application);
     facts.text = ToUtf8(header.GetName());
-    if (!IsStandardStream(path)) {
-        CString changed;
-        CValConv::GetDateTimeString(&changed, FileTime(wide), CValConv::DATE_HYPHENS, CValConv::TIME_WESTERN,
-                                    1, 1);
-        facts.changed = ToUtf8(changed);
-    }
+    if (!IsStandardStream(input)) facts.changed = TimeText(FileTime(WidePath(input)));
     facts.isData = header.CheckGrpType(CComHdr::GRP_DATA) != 0;
     return facts;
 }
@@ -275,9 +269,13 @@ std::string TextOf(const CComDataBase& record, const std::vector<Channel>& chann
 void RunInfo(const InfoOptions& options, ByteStream& out) {
     std::string text;
     Doing("read", options.file, [&] {
-        const HeaderFacts facts = ReadHeader(options.file);
+        InputFile file(WidePath(InputPath(options.file)));
+        const HeaderFacts facts = ReadFacts(options.file, file);
         DataFileContent content;
-        if (facts.isData) content = LoadDataFile(options.file);
+        if (facts.isData) {
+            file.Seek(0);
+            content = kvx::LoadDataFile(file);
+        }
         const std::vector<Channel> channels = ListChannels(content);
         if (options.json) {
             Json json = {{"file", options.file},
