@@ -54,6 +54,7 @@
 
 #include <KvxDevCommon01/graph/AutoRange.h>
 #include <KvxDevCommon01/graph/AxisMapping.h>
+#include <KvxDevCommon01/graph/GraphSettings.h>
 #include <KvxDevCommon01/graph/OwnedCopy.h>
 #include <KvxDevCommon01/graph/PaneLayout.h>
 #include <KvxDevCommon01/graph/VisibleRange.h>

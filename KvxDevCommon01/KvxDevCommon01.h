@@ -99,6 +99,7 @@
 #include <KvxDevCommon01/graph/GraphLineInfo.h>
 #include <KvxDevCommon01/graph/GraphMarkInfo.h>
 #include <KvxDevCommon01/graph/GraphParam.h>
+#include <KvxDevCommon01/graph/GraphSettings.h>
 #include <KvxDevCommon01/graph/KvxGraphLineSample.h>
 #include <KvxDevCommon01/graph/OwnedCopy.h>
 #include <KvxDevCommon01/graph/PaneLayout.h>

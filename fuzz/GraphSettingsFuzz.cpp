@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// Damaged files of graph settings, scales and early configurations: loading gives the settings or the
-// defaults, and settings that were loaded come back the same when they are stored and loaded again.
+// Damaged files of graph settings, scales and early configurations: loading gives the settings or a reason,
+// and settings that were loaded come back the same when they are stored and loaded again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
 
-#include <KvxDevCommon01/graph/GraphInfo.h>
+#include <KvxDevCommon01/graph/GraphSettings.h>
 #include <KvxDevCommon01/graph/ScaleParam.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/FileException.h>
-
-#include "fuzz/MemoryFile.h"
 
 namespace {
 
@@ -39,27 +38,18 @@ void StoreAndLoad(Type& value) {
     if (!Load(&again, stream.Bytes(), &Type::Serialize) || !(again == value)) std::abort();
 }
 
-/// The members one by one: the settings as a whole reset themselves when they are serialised.
-void StoreAndLoadMembers(const CGraphInfo& info) {
-    StoreAndLoad(*info.GetGraphColorInfo());
-    StoreAndLoad(*info.GetGraphConfigInfo());
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Bytes bytes = std::as_bytes(std::span(data, size));
-    const MemoryFile file(bytes);
-    CString text;
-    CGraphInfo info;
-    if (info.LoadGraphInfo(file.Path(), &text, 0)) {
-        StoreAndLoadMembers(info);
-    } else if (!(info == CGraphInfo())) {
-        std::abort();
+    try {
+        kvx::MemoryStream stream(bytes);
+        const CGraphInfo info = kvx::LoadGraphSettings(stream);
+        StoreAndLoad(*info.GetGraphColorInfo());
+        StoreAndLoad(*info.GetGraphConfigInfo());
+    } catch (const kvx::Error& error) {
+        if (*error.what() == '\0') std::abort();
     }
-    CGraphColorInfo colors;
-    if (colors.LoadGraphColorInfo(file.Path(), &text, 0)) StoreAndLoad(colors);
-
     CGraphConfigInfo config;
     if (Load(&config, bytes, &CGraphConfigInfo::Serialize)) StoreAndLoad(config);
     if (Load(&config, bytes, &CGraphConfigInfo::Serialize1st)) StoreAndLoad(config);

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include <KvxDevCommon01/files/detail/DataFileAccess.h>
+#include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/files/detail/FileKindTable.h>
 #include <KvxDevCommon01/files/detail/FirstGenerationCodes.h>
 #include <KvxDevCommon01/platform/File.h>

@@ -5,9 +5,13 @@
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 
 namespace kvx {
+
+/// What header comes next in an archive, from its first four bytes, which are read again.
+KVX_API CComHdr::HDRCODE_TYPE PeekHeaderType(CArchive& archive);
 
 struct FileHead {
     /// Of a data file of the first generation, the kind that its extension block states.

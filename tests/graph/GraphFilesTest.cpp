@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/ComHdr.h>
 #include <KvxDevCommon01/graph/GraphInfo.h>
+#include <KvxDevCommon01/graph/GraphSettings.h>
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "tests/files/FileSupport.h"
 #include "tests/graph/GraphTesting.h"
@@ -203,6 +205,35 @@ TEST(GraphInfo, SerialisesForLoadingOnly) {
     EXPECT_EQ(loaded, CGraphInfo());
     Stored(info);
     EXPECT_EQ(info, CGraphInfo()) << "storing resets the settings, too";
+}
+
+TEST(GraphSettings, AreColoursWithOrWithoutAConfiguration) {
+    Settings both;
+    MakeUnusual(both);
+    Settings colors;
+    MakeUnusual(*colors.GetGraphColorInfo());
+    const std::string bytes = HeaderBytes(CComHdr::EXT_INFO_GRAPH_COLOR, L"text") + RecordBytes(both);
+    const std::size_t end = bytes.size() - RecordBytes(*both.GetGraphConfigInfo()).size();
+    const std::string first = FirstHeaderBytes(0x40005, "first") + FirstRecord<Settings>();
+    const auto load = [](const std::string& some) {
+        kvx::MemoryStream stream = StreamOf(some);
+        return kvx::LoadGraphSettings(stream);
+    };
+    EXPECT_EQ(load(bytes), both);
+    EXPECT_EQ(load(bytes.substr(0, end)), colors);
+    EXPECT_NE(load(first), CGraphInfo());
+    const std::string none = "it holds no graph settings";
+    const std::pair<std::string, std::string> refused[] = {
+        {bytes.substr(0, bytes.size() - 1), "its configuration is damaged"},
+        {bytes.substr(0, end + 1), "its configuration is damaged"},
+        {bytes.substr(0, end - 1), none},
+        {bytes.substr(0, 639), none},
+        {"", none},
+        {"no header", none},
+        {first.substr(0, first.size() - 1), none},
+        {HeaderBytes(CComHdr::EXT_INFO_GRAPH_CONFIG, L"text") + bytes.substr(640), none},
+    };
+    for (const auto& c : refused) EXPECT_EQ(WhatOf([&] { load(c.first); }), c.second) << c.first.size();
 }
 
 TEST(GraphInfo, IsChangedByTheDialogOnlyWhenAccepted) {

@@ -12,9 +12,6 @@
 
 namespace kvx {
 
-/// What header comes next in the archive, whose buffer has room for its first four bytes.
-CComHdr::HDRCODE_TYPE PeekHeaderType(CArchive& archive);
-
 /// Loads the head of a data file, which comes next. Its records must have an end, since they run to that of
 /// the file. Throws Error for the head of any other file and where no record follows.
 FileHead LoadDataFileHead(CArchive& archive);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <KvxDevCommon01/files/ComFileErr.h>
+#include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
@@ -50,7 +51,7 @@ CString LoadFile(const SettingsFileKind& kind, const CString& path, const Settin
     InputFile file(path);
     CArchive archive(file, CArchive::load, kArchiveBufferSize);
     CComHdr header;
-    switch (CComHdr::GetHdrCodeType(path.c_str())) {
+    switch (PeekHeaderType(archive)) {
         case CComHdr::HDRCODE_CURRENT:
             if (!loader.load) throw CFileException(CFileException::invalidFile);
             header.Serialize(archive);

@@ -7,8 +7,7 @@
 #include <new>
 #include <string_view>
 
-#include <KvxDevCommon01/files/ComHdr.h>
-#include <KvxDevCommon01/platform/Archive.h>
+#include <KvxDevCommon01/graph/GraphSettings.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Text.h>
 
@@ -97,26 +96,10 @@ plot::PictureOptions OptionsOf(const PictureChoice& choice, PictureFormat format
     return options;
 }
 
-/// Whether nothing stands behind the colours of a file that holds them.
-bool EndsWithColors(const std::wstring& path) {
-    InputFile file(path);
-    CArchive archive(file, CArchive::load);
-    CComHdr().Serialize(archive);
-    CGraphColorInfo().Serialize(archive);
-    return archive.Remaining() == 0;
-}
-
-/// Settings of either kind of file: colours and configuration, or colours alone.
 CGraphInfo LoadSettings(const std::string& path) {
     return Doing("read", path, [&] {
-        const std::wstring wide = WidePath(InputPath(path));
-        const InputFile readable(wide);  // a file that cannot be read is told as such
-        CGraphInfo settings;
-        if (settings.LoadGraphInfo(wide, nullptr, 0)) return settings;
-        if (!settings.GetGraphColorInfo()->LoadGraphColorInfo(wide, nullptr, 0))
-            throw Error(ErrorKind::kBadValue, "it holds no graph settings");
-        if (!EndsWithColors(wide)) throw Error(ErrorKind::kBadValue, "its configuration is damaged");
-        return settings;
+        InputFile file(WidePath(InputPath(path)));
+        return LoadGraphSettings(file);
     });
 }
 
