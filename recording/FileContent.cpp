@@ -5,62 +5,59 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <iterator>
+#include <system_error>
+
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Path.h>
+#include <KvxRecording01/Formats.h>
 
 namespace kvx {
 namespace {
 
 using namespace std::string_view_literals;
 
-struct Magic {
-    std::string_view bytes;  ///< '?' stands for any byte
-    FileContent content;
+/// What is known and not read.
+struct Foreign {
+    std::string_view mark;  ///< '?' stands for any byte
+    std::string_view name;
 };
 
 // clang-format off
-constexpr Magic kMagics[] = {
-    {"RIFF????WAVE"sv,                     {"a WAV file", SoundFormat::wav}},
-    {"RIFX????WAVE"sv,                     {"a WAV file", SoundFormat::wav}},
-    {"RF64????WAVE"sv,                     {"an RF64 file", SoundFormat::rf64}},
-    {"riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv, {"a Wave64 file", SoundFormat::wave64}},
-    {"FORM????AIFF"sv,                     {"an AIFF file", SoundFormat::aiff}},
-    {"FORM????AIFC"sv,                     {"an AIFF file", SoundFormat::aiff}},
-    {".snd\0"sv,                           {"an AU file", SoundFormat::au}},
-    {"dns.??\0\0"sv,                       {"an AU file", SoundFormat::au}},
-    {"caff\0\1"sv,                         {"a CAF file", SoundFormat::caf}},
-    {"fLaC"sv,                             {"a FLAC file", SoundFormat::flac}},
-    {"MATLAB 5.0 MAT-file"sv,              {"a MATLAB file"}},
-    {"MATLAB 7.3 MAT-file"sv,              {"a MATLAB file"}},
-    {"\x89HDF\r\n\x1A\n"sv,                {"an HDF5 file"}},
-    {"CDF\1"sv,                            {"a NetCDF file"}},
-    {"CDF\2"sv,                            {"a NetCDF file"}},
-    {"TDSm?\0\0\0"sv,                    {"a TDMS file"}},
-    {"\x93NUMPY"sv,                        {"a NumPy file"}},
-    {"PAR1\x15"sv,                         {"a Parquet file"}},
-    {"SQLite format 3\0"sv,                {"an SQLite database"}},
-    {"PK\3\4"sv,                           {"a ZIP archive, as XLSX and NPZ files are"}},
-    {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, {"an office document of an old kind, as XLS files are"}},
-    {"\x1F\x8B"sv,                         {"a gzip archive"}},
-    {"BZh?1AY&SY"sv,                       {"a bzip2 archive"}},
-    {"\xFD" "7zXZ\0"sv,                    {"an XZ archive"}},
-    {"\x28\xB5\x2F\xFD"sv,                 {"a Zstandard archive"}},
-    {"7z\xBC\xAF\x27\x1C"sv,               {"a 7z archive"}},
-    {"Rar!\x1A\7"sv,                       {"a RAR archive"}},
-    {"%PDF-"sv,                            {"a PDF file"}},
-    {"{\\rtf"sv,                           {"an RTF document"}},
-    {"\x89PNG\r\n\x1A\n"sv,                {"a PNG picture"}},
-    {"\xFF\xD8\xFF"sv,                     {"a JPEG picture"}},
-    {"GIF8?a"sv,                           {"a GIF picture"}},
-    {"ID3\2"sv,                            {"an MP3 file"}},
-    {"ID3\3"sv,                            {"an MP3 file"}},
-    {"ID3\4"sv,                            {"an MP3 file"}},
-    {"OggS\0"sv,                           {"an Ogg file"}},
-    {"\0\0\0?ftyp"sv,                      {"an MP4 file"}},
-    {"\x1A\x45\xDF\xA3"sv,                 {"a Matroska file"}},
-    {"RIFF????AVI "sv,                     {"an AVI file"}},
-    {"BW64????WAVE"sv,                     {"a BW64 file"}},
-    {"NIST_1A\n"sv,                        {"a SPHERE sound file"}},
-    {"Creative Voice File\x1A"sv,          {"a VOC sound file"}},
+constexpr Foreign kForeign[] = {
+    {"MATLAB 5.0 MAT-file"sv,              "a MATLAB file"},
+    {"MATLAB 7.3 MAT-file"sv,              "a MATLAB file"},
+    {"\x89HDF\r\n\x1A\n"sv,                "an HDF5 file"},
+    {"CDF\1"sv,                            "a NetCDF file"},
+    {"CDF\2"sv,                            "a NetCDF file"},
+    {"TDSm?\0\0\0"sv,                    "a TDMS file"},
+    {"\x93NUMPY"sv,                        "a NumPy file"},
+    {"PAR1\x15"sv,                         "a Parquet file"},
+    {"SQLite format 3\0"sv,                "an SQLite database"},
+    {"PK\3\4"sv,                           "a ZIP archive, as XLSX and NPZ files are"},
+    {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, "an office document of an old kind, as XLS files are"},
+    {"\x1F\x8B"sv,                         "a gzip archive"},
+    {"BZh?1AY&SY"sv,                       "a bzip2 archive"},
+    {"\xFD" "7zXZ\0"sv,                    "an XZ archive"},
+    {"\x28\xB5\x2F\xFD"sv,                 "a Zstandard archive"},
+    {"7z\xBC\xAF\x27\x1C"sv,               "a 7z archive"},
+    {"Rar!\x1A\7"sv,                       "a RAR archive"},
+    {"%PDF-"sv,                            "a PDF file"},
+    {"{\\rtf"sv,                           "an RTF document"},
+    {"\x89PNG\r\n\x1A\n"sv,                "a PNG picture"},
+    {"\xFF\xD8\xFF"sv,                     "a JPEG picture"},
+    {"GIF8?a"sv,                           "a GIF picture"},
+    {"ID3\2"sv,                            "an MP3 file"},
+    {"ID3\3"sv,                            "an MP3 file"},
+    {"ID3\4"sv,                            "an MP3 file"},
+    {"OggS\0"sv,                           "an Ogg file"},
+    {"\0\0\0?ftyp"sv,                      "an MP4 file"},
+    {"\x1A\x45\xDF\xA3"sv,                 "a Matroska file"},
+    {"RIFF????AVI "sv,                     "an AVI file"},
+    {"BW64????WAVE"sv,                     "a BW64 file"},
+    {"NIST_1A\n"sv,                        "a SPHERE sound file"},
+    {"Creative Voice File\x1A"sv,          "a VOC sound file"},
 };
 // clang-format on
 
@@ -129,13 +126,29 @@ bool IsUniversalFile(std::string_view begin) {
 }  // namespace
 
 FileContent RecognizeContent(std::string_view begin) {
-    const auto row =
-        std::ranges::find_if(kMagics, [&](const Magic& m) { return StartsWith(begin, m.bytes); });
-    if (row != std::end(kMagics)) return row->content;
-    if (IsMp3(begin)) return {"an MP3 file"};
-    if (IsMatlabLevel4(begin)) return {"a MATLAB file"};
-    if (IsUniversalFile(begin)) return {"a universal file (UFF)"};
-    return {};
+    for (const FormatRow& row : Formats()) {
+        for (const std::string_view mark : row.marks) {
+            if (!mark.empty() && StartsWith(begin, mark)) return {row.name, row.format};
+        }
+    }
+    const auto foreign =
+        std::ranges::find_if(kForeign, [&](const Foreign& row) { return StartsWith(begin, row.mark); });
+    if (foreign != std::end(kForeign)) return {foreign->name, Format::none};
+    if (IsMp3(begin)) return {"an MP3 file", Format::none};
+    if (IsMatlabLevel4(begin)) return {"a MATLAB file", Format::none};
+    if (IsUniversalFile(begin)) return {"a universal file (UFF)", Format::none};
+    return {RowOf(Format::text).name, Format::text};
+}
+
+FileContent RecognizeFile(const std::string& path) {
+    std::error_code ignored;
+    std::string begin;
+    if (std::filesystem::is_regular_file(path, ignored)) {
+        InputFile file(WidePath(path));
+        begin.resize(kContentBytes);
+        begin.resize(file.Read(begin.data(), begin.size()));
+    }
+    return RecognizeContent(begin);
 }
 
 }  // namespace kvx

@@ -3,19 +3,20 @@
 // What a file is, by its first bytes. Neither its name nor what a library would try has a say.
 #pragma once
 
-#include <optional>
+#include <cstddef>
+#include <string>
 #include <string_view>
 
 #include <KvxRecording01/Export.h>
 
 namespace kvx {
 
-/// The sound formats that are read.
-enum class SoundFormat { wav, rf64, wave64, aiff, au, caf, flac };
+/// The formats that are read; Formats.h tells what each is.
+enum class Format { dataFile, wav, rf64, wave64, aiff, au, caf, flac, loggerText, text, none };
 
 struct FileContent {
-    std::string_view name = {};                       ///< "a MATLAB file"; empty for what may be a text
-    std::optional<SoundFormat> sound = std::nullopt;  ///< when it is a sound file that is read
+    std::string_view name;  ///< "a MATLAB file"
+    Format format;          ///< none for what is known but not read; text for what is not known
 };
 
 /// The first bytes of a file that tell what it is.
@@ -23,5 +24,9 @@ inline constexpr std::size_t kContentBytes = 512;
 
 /// Recognises what begins with these bytes, kContentBytes of them where there are as many.
 KVX_RECORDING_API FileContent RecognizeContent(std::string_view begin);
+
+/// Recognises the file at `path` (UTF-8). What cannot be opened a second time, such as a pipe, is not looked
+/// at and taken for a text. Throws CFileException.
+KVX_RECORDING_API FileContent RecognizeFile(const std::string& path);
 
 }  // namespace kvx

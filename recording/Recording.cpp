@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <limits>
 
-#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
 
 namespace kvx {
@@ -19,7 +18,7 @@ constexpr double kRateDoubt = 0.01;
 
 double RateOfStamps(const TimeStamps& stamps, const std::string& rateName) {
     if (stamps.count < 2)
-        throw Error(ErrorKind::kDamaged, "one sample has no sampling rate; give it with " + rateName);
+        throw Error(ErrorKind::kBadValue, "one sample has no sampling rate; give it with " + rateName);
     if (!(stamps.Step() > 0.0))
         throw Error(ErrorKind::kDamaged,
                     "the time column does not rise; give the sampling rate with " + rateName);
@@ -50,8 +49,8 @@ void StrayFinder::Add(double stamp) {
     ++index_;
 }
 
-TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz, const std::string& rateName,
-                    std::vector<std::string>* notes) {
+TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz,
+                    const std::string& rateName) {
     const std::optional<TimeStamps>& stamps = recording.stamps;
     TimeAxis axis;
     if (rateHz) {
@@ -59,8 +58,8 @@ TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz
         if (stamps && stamps->IsEven()) {
             const double stamped = 1.0 / stamps->Step();
             if (std::abs(stamped / *rateHz - 1.0) > kRateDoubt) {
-                notes->push_back("the time column says " + FormatNumber(stamped, 7) + " Hz; " + rateName +
-                                 " " + FormatNumber(*rateHz, 10) + " is used");
+                axis.remarks.push_back("the time column says " + FormatNumber(stamped, 7) + " Hz; " +
+                                       rateName + " " + FormatNumber(*rateHz, 10) + " is used");
             }
         }
     } else if (recording.rateHz > 0.0) {
@@ -68,18 +67,18 @@ TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz
     } else if (stamps) {
         axis.rateHz = RateOfStamps(*stamps, rateName);
     } else {
-        throw Error(ErrorKind::kDamaged,
+        throw Error(ErrorKind::kBadValue,
                     "it has no time column; give the sampling rate with " + rateName + recording.rateHint);
     }
-    if (!std::isfinite(axis.rateHz) || !std::isfinite(1.0 / axis.rateHz)) {
-        throw Error(ErrorKind::kDamaged,
+    if (!(axis.rateHz > 0.0) || !std::isfinite(axis.rateHz) || !std::isfinite(1.0 / axis.rateHz)) {
+        throw Error(ErrorKind::kUnsupported,
                     "a sampling rate of " + FormatNumber(axis.rateHz) + " Hz cannot be stored");
     }
     if (!stamps) return axis;
     const double offset = std::round(stamps->first * axis.rateHz);
     if (std::abs(offset) > std::numeric_limits<std::int32_t>::max()) {
-        notes->push_back("the first stamp, " + FormatNumber(stamps->first, 12) +
-                         " s, is too far from 0; the record starts at 0 s");
+        axis.remarks.push_back("the first stamp, " + FormatNumber(stamps->first, 12) +
+                               " s, is too far from 0; the record starts at 0 s");
     } else {
         axis.offset = static_cast<__int64>(offset);
     }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxRecording01/Export.h>
@@ -75,8 +76,10 @@ public:
     /// Delivers the next samples, at most `room` of each channel, in the unit of the channel, and returns how
     /// many; 0 at the end. There is a target per channel, null for one that is not wanted. Throws Error.
     virtual std::size_t Read(std::span<double* const> targets, std::size_t room) = 0;
-    /// Where the file has a sample of those that Read delivered last, both 0-based: "line 7, column 2".
-    virtual std::string Place(std::size_t channel, std::size_t index) const = 0;
+    /// What is wrong with a sample of those that Read delivered last (both 0-based), told with its place in
+    /// the file: "line 7, column 2: the value overflows".
+    virtual Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
+                          const std::string& sentence) const = 0;
 
 protected:
     RecordingReader() = default;
@@ -88,12 +91,13 @@ protected:
 struct TimeAxis {
     double rateHz = 0.0;
     __int64 offset = 0;
+    std::vector<std::string> remarks = {};  ///< sentences on what was assumed
 };
 
-/// The axis by the given rate (Hz), else by the file's rate, else by the first and last time stamp. Appends
-/// sentences about what was assumed; throws Error when there is no rate or the stamps are uneven. The rate
-/// is given with the option `rateName`.
+/// The axis by the given rate (Hz), else by the file's rate, else by the first and last time stamp. Throws
+/// Error when there is no rate, or one that cannot be stored, or the stamps are uneven. Sentences name the
+/// given rate `rateName`.
 KVX_RECORDING_API TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz,
-                                      const std::string& rateName, std::vector<std::string>* notes);
+                                      const std::string& rateName);
 
 }  // namespace kvx

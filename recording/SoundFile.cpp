@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <KvxRecording01/SoundFile.h>
 
-#include <sndfile.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -20,20 +18,10 @@
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/detail/SoundHeader.h>
+#include <KvxRecording01/detail/SoundLibrary.h>
 
 namespace kvx {
 namespace {
-
-/// Frames of a block, so that its size does not depend on the number of channels.
-std::size_t BlockFrames(std::size_t channels) {
-    constexpr std::size_t kBlockSamples = 1 << 17;
-    return std::max<std::size_t>(1, kBlockSamples / channels);
-}
-
-struct CloseSound {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-using SoundHandle = std::unique_ptr<SNDFILE, CloseSound>;
 
 // ---- files as the sound library wants them: nothing may be thrown through it ----
 
@@ -85,73 +73,6 @@ sf_count_t SourceWrite(const void*, sf_count_t, void*) {
     return 0;
 }
 
-struct OutputTarget {
-    OutputFile file;
-    sf_count_t position = 0;
-    sf_count_t length = 0;
-    std::exception_ptr failure = nullptr;
-};
-
-OutputTarget& Target(void* user) {
-    return *static_cast<OutputTarget*>(user);
-}
-
-sf_count_t TargetLength(void* user) {
-    return Target(user).length;
-}
-
-sf_count_t TargetTell(void* user) {
-    return Target(user).position;
-}
-
-sf_count_t TargetSeek(sf_count_t offset, int whence, void* user) {
-    OutputTarget& target = Target(user);
-    const sf_count_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? target.position : target.length;
-    target.position = std::max<sf_count_t>(0, base + offset);
-    return target.position;
-}
-
-sf_count_t TargetRead(void*, sf_count_t, void*) {
-    return 0;
-}
-
-sf_count_t TargetWrite(const void* data, sf_count_t count, void* user) {
-    OutputTarget& target = Target(user);
-    try {
-        target.file.Seek(static_cast<std::uint64_t>(target.position));
-        target.file.Write(data, static_cast<std::size_t>(count));
-    } catch (...) {
-        target.failure = std::current_exception();
-        return 0;
-    }
-    target.position += count;
-    target.length = std::max(target.length, target.position);
-    return count;
-}
-
-struct Encoding {
-    WavSamples samples;
-    int format;
-    int integerBits;  ///< 0 for floating samples
-    std::size_t bytes;
-};
-
-// clang-format off
-constexpr Encoding kEncodings[] = {
-    {WavSamples::pcm16,          SF_FORMAT_PCM_16, 16, 2},
-    {WavSamples::pcm24,          SF_FORMAT_PCM_24, 24, 3},
-    {WavSamples::floating,       SF_FORMAT_FLOAT,   0, 4},
-    {WavSamples::doubleFloating, SF_FORMAT_DOUBLE,  0, 8},
-};
-// clang-format on
-
-/// The integer sample of `bits` bits in the top bits of 32; +1.0 becomes the largest that there is.
-int IntegerSample(double value, int bits) {
-    const double scale = std::ldexp(1.0, bits - 1);
-    const double level = std::clamp(std::nearbyint(value * scale), -scale, scale - 1.0);
-    return static_cast<int>(level * std::ldexp(1.0, 32 - bits));
-}
-
 /// A sound file being read.
 class SoundInput {
 public:
@@ -194,29 +115,27 @@ private:
 };
 
 /// Whether the sound library has taken the file for what it is.
-bool IsFormat(int libraryFormat, SoundFormat format) {
+bool IsFormat(int libraryFormat, Format format) {
     switch (libraryFormat & SF_FORMAT_TYPEMASK) {
         case SF_FORMAT_WAV:
         case SF_FORMAT_WAVEX:
-            return format == SoundFormat::wav;
+            return format == Format::wav;
         case SF_FORMAT_RF64:
-            return format == SoundFormat::rf64;
+            return format == Format::rf64;
         case SF_FORMAT_W64:
-            return format == SoundFormat::wave64;
+            return format == Format::wave64;
         case SF_FORMAT_AIFF:
-            return format == SoundFormat::aiff;
+            return format == Format::aiff;
         case SF_FORMAT_AU:
-            return format == SoundFormat::au;
+            return format == Format::au;
         case SF_FORMAT_CAF:
-            return format == SoundFormat::caf;
+            return format == Format::caf;
         case SF_FORMAT_FLAC:
-            return format == SoundFormat::flac;
+            return format == Format::flac;
         default:
             return false;
     }
 }
-
-constexpr const char* kOffer = "; --partial takes those";
 
 std::string Samples(__int64 count) {
     return std::to_string(count) + (count == 1 ? " sample" : " samples");
@@ -252,9 +171,9 @@ __int64 CountReadable(const std::string& path, const BytePatch& patch) {
 
 class SoundReader : public RecordingReader {
 public:
-    SoundReader(const std::string& path, SoundFormat format, const std::optional<SampleBytes>& bytes,
-                std::optional<double> statedRateHz, bool isPartial)
-        : input_(path, bytes ? bytes->actualSize : BytePatch()) {
+    SoundReader(const std::string& path, Format format, const std::optional<SampleBytes>& bytes,
+                std::optional<double> statedRateHz, bool isPartial, const std::string& offer)
+        : input_(path, bytes ? bytes->actualSize : BytePatch()), offer_(offer) {
         const SF_INFO& info = input_.Info();
         if (!IsFormat(info.format, format))
             throw Error(ErrorKind::kDamaged, "it is a damaged sound file: its header contradicts itself");
@@ -276,7 +195,7 @@ public:
             if (block.empty()) {
                 throw Error(ErrorKind::kDamaged,
                             "it is cut short or damaged: not all of the " + Samples(info_.samples) +
-                                " that its header states can be read" + kOffer + " before the damage");
+                                " that its header states can be read" + offer_ + " before the damage");
             }
             for (std::size_t i = 0; i < block.size(); ++i) {
                 if (std::isfinite(block[i])) continue;
@@ -294,16 +213,21 @@ public:
         return done;
     }
 
-    std::string Place(std::size_t channel, std::size_t index) const override {
+    Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
+                  const std::string& sentence) const override {
+        return Error(kind, Place(channel, index) + ": " + sentence);
+    }
+
+private:
+    std::string Place(std::size_t channel, std::size_t index) const {
         return "sample " + std::to_string(before_ + static_cast<__int64>(index) + 1) + " of channel " +
                std::to_string(channel + 1);
     }
 
-private:
     /// Settles how many samples are taken. Where their number cannot be trusted, they are read for it.
-    void SettleSamples(const std::string& path, SoundFormat format, const std::optional<SampleBytes>& bytes,
+    void SettleSamples(const std::string& path, Format format, const std::optional<SampleBytes>& bytes,
                        bool isPartial) {
-        const bool isFlac = format == SoundFormat::flac;
+        const bool isFlac = format == Format::flac;
         const __int64 stated = input_.Info().frames;
         const bool isOpen = isFlac ? stated < 1 || stated == SF_COUNT_MAX : bytes && !bytes->stated;
         const bool isCutShort = bytes && bytes->IsCutShort();
@@ -329,13 +253,16 @@ private:
     }
 
     SoundInput input_;
+    std::string offer_;  ///< what a file that is cut short could be read by, for a sentence
     __int64 done_ = 0;
     __int64 before_ = 0;  ///< the samples in front of the block last read
 };
 
 }  // namespace
 
-std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, SoundFormat format, bool isPartial) {
+std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, Format format, bool isPartial,
+                                               const std::string& partialName) {
+    const std::string offer = "; " + partialName + " takes those";
     InputFile file(WidePath(path));
     RequireReadableSamples(file, format);
     const std::optional<SampleBytes> bytes = FindSamples(file, format);
@@ -344,76 +271,8 @@ std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, SoundFor
                     "its header does not state its length, which is more than its format can hold");
     }
     if (bytes && bytes->IsCutShort() && !isPartial)
-        throw Error(ErrorKind::kDamaged, "it is cut short: " + Extent(*bytes) + kOffer);
-    return std::make_unique<SoundReader>(path, format, bytes, FindRate(file, format), isPartial);
-}
-
-struct WavWriter::State {
-    OutputTarget target;
-    const Encoding& encoding;
-    std::size_t channels;
-    SoundHandle sound = nullptr;
-    std::vector<double> block = {};
-    std::vector<int> integers = {};
-
-    [[noreturn]] void Fail(const char* otherwise) const {
-        if (target.failure) std::rethrow_exception(target.failure);
-        throw Error(ErrorKind::kDamaged, otherwise);
-    }
-};
-
-WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
-                     WavSamples samples) {
-    const Encoding& encoding = *std::ranges::find(kEncodings, samples, &Encoding::samples);
-    if (channels > 1024) throw Error(ErrorKind::kDamaged, "a WAV file holds at most 1024 channels");
-    state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels});
-
-    constexpr std::size_t kHeaderBytes = 4096;
-    const std::uint64_t dataBytes = static_cast<std::uint64_t>(frames) * channels * encoding.bytes;
-    SF_INFO info = {};
-    info.samplerate = rateHz;
-    info.channels = static_cast<int>(channels);
-    // Sizes in a plain WAV header have 32 bits.
-    const bool large = dataBytes + kHeaderBytes > std::numeric_limits<std::uint32_t>::max();
-    info.format = encoding.format | (large ? SF_FORMAT_RF64 : SF_FORMAT_WAV);
-    SF_VIRTUAL_IO io = {TargetLength, TargetSeek, TargetRead, TargetWrite, TargetTell};
-    state_->sound.reset(sf_open_virtual(&io, SFM_WRITE, &info, &state_->target));
-    if (!state_->sound) state_->Fail(sf_strerror(nullptr));
-    // Without the peak chunk, which holds the time of day, equal samples make equal files.
-    sf_command(state_->sound.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-}
-
-WavWriter::~WavWriter() = default;
-
-void WavWriter::Write(std::span<const double* const> channels, std::size_t count) {
-    State& state = *state_;
-    const std::size_t blockFrames = BlockFrames(state.channels);
-    state.block.resize(blockFrames * state.channels);
-    for (std::size_t begin = 0; begin < count; begin += blockFrames) {
-        const std::size_t frames = std::min(blockFrames, count - begin);
-        for (std::size_t c = 0; c < state.channels; ++c) {
-            for (std::size_t i = 0; i < frames; ++i) {
-                state.block[i * state.channels + c] = channels[c][begin + i];
-            }
-        }
-        const auto wanted = static_cast<sf_count_t>(frames);
-        sf_count_t written = 0;
-        if (const int bits = state.encoding.integerBits; bits > 0) {
-            state.integers.resize(state.block.size());
-            std::ranges::transform(state.block, state.integers.begin(),
-                                   [&](double v) { return IntegerSample(v, bits); });
-            written = sf_writef_int(state.sound.get(), state.integers.data(), wanted);
-        } else {
-            written = sf_writef_double(state.sound.get(), state.block.data(), wanted);
-        }
-        if (written != wanted) state.Fail(sf_strerror(state.sound.get()));
-    }
-}
-
-void WavWriter::Commit() {
-    const int error = sf_close(state_->sound.release());
-    if (error != 0 || state_->target.failure) state_->Fail("the sound library could not finish the file");
-    state_->target.file.Commit();
+        throw Error(ErrorKind::kDamaged, "it is cut short: " + Extent(*bytes) + offer);
+    return std::make_unique<SoundReader>(path, format, bytes, FindRate(file, format), isPartial, offer);
 }
 
 }  // namespace kvx

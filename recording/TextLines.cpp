@@ -13,6 +13,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/FileContent.h>
+#include <KvxRecording01/Formats.h>
 
 namespace kvx {
 namespace {
@@ -64,9 +65,10 @@ ByteOrderMark FindMark(std::string_view begin) {
 /// Throws, for what begins like something else than a text, what it is.
 void RequireText(std::string_view begin, const char* soundRefusal) {
     const FileContent content = RecognizeContent(begin.substr(0, kContentBytes));
-    if (content.name.empty()) return;
-    throw Error(ErrorKind::kDamaged, "it is " + std::string(content.name) + ", which is not " +
-                                         (content.sound ? soundRefusal : "read"));
+    const bool isSound = IsSound(content.format);
+    if (!isSound && content.format != Format::none) return;
+    throw Error(ErrorKind::kUnsupported,
+                "it is " + std::string(content.name) + ", which is not " + (isSound ? soundRefusal : "read"));
 }
 
 constexpr const char* kNoText = "it is neither a text table nor a sound file";
@@ -102,7 +104,7 @@ std::string ReadPipe(ByteStream& pipe, unsigned int codePage) {
             if (codePage == 0) codePage = FindMark(bytes).codePage;
         }
         if (!IsUtf16(codePage) && bytes.find('\0', begin) != std::string::npos)
-            throw Error(ErrorKind::kDamaged, kNoText);
+            throw Error(ErrorKind::kUnsupported, kNoText);
     }
     return bytes;
 }
@@ -112,7 +114,7 @@ std::string ReadPipe(ByteStream& pipe, unsigned int codePage) {
 /// A text without its byte-order mark, piece by piece; UTF-16 becomes UTF-8.
 class LineReader::Decoder {
 public:
-    Decoder(std::unique_ptr<ByteStream> stream, unsigned int codePage)
+    Decoder(std::unique_ptr<ByteStream> stream, unsigned int codePage, const std::string& encodingName)
         : stream_(std::move(stream)), size_(stream_->Remaining()), codePage_(codePage) {
         const std::string begin = ReadBytes();
         if (begin.empty()) throw Error(ErrorKind::kDamaged, "the file is empty");
@@ -120,9 +122,9 @@ public:
         const ByteOrderMark mark = FindMark(begin);
         if (mark.codePage != 0) {
             if (codePage_ != 0 && codePage_ != mark.codePage) {
-                throw Error(ErrorKind::kDamaged,
+                throw Error(ErrorKind::kBadValue,
                             "its byte-order mark says " + std::string(EncodingName(mark.codePage)) +
-                                ", not --encoding " + std::string(EncodingName(codePage_)));
+                                ", not " + encodingName + " " + std::string(EncodingName(codePage_)));
             }
             codePage_ = mark.codePage;
         }
@@ -141,7 +143,7 @@ public:
         } else {
             *text += bytes;
         }
-        if (text->find('\0', begin) != std::string::npos) throw Error(ErrorKind::kDamaged, kNoText);
+        if (text->find('\0', begin) != std::string::npos) throw Error(ErrorKind::kUnsupported, kNoText);
         return !bytes.empty();
     }
 
@@ -209,8 +211,9 @@ std::string_view EncodingName(unsigned int codePage) {
     return row != kEncodings.end() ? row->name : "another encoding";
 }
 
-LineReader::LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage)
-    : decoder_(std::make_unique<Decoder>(std::move(stream), codePage)) {
+LineReader::LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage,
+                       const std::string& encodingName)
+    : decoder_(std::make_unique<Decoder>(std::move(stream), codePage, encodingName)) {
     while (text_.find('\n') == std::string::npos && text_.size() < kLongestLine) {
         if (!decoder_->Append(&text_)) break;
     }
@@ -219,7 +222,7 @@ LineReader::LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage
 
 LineReader::~LineReader() = default;
 
-bool LineReader::Next(std::string_view* line) {
+std::optional<std::string_view> LineReader::Next() {
     begin_ = next_;
     std::size_t searched = begin_;
     std::size_t end = text_.find(end_, searched);
@@ -228,7 +231,7 @@ bool LineReader::Next(std::string_view* line) {
         begin_ = 0;
         searched = text_.size();
         if (searched > kLongestLine) {
-            throw Error(ErrorKind::kDamaged,
+            throw Error(ErrorKind::kUnsupported,
                         "line " + std::to_string(number_ + 1) + " is longer than a table's can be");
         }
         if (!decoder_->Append(&text_)) break;
@@ -236,14 +239,14 @@ bool LineReader::Next(std::string_view* line) {
     }
     if (begin_ == text_.size()) {
         next_ = begin_;
-        return false;
+        return std::nullopt;
     }
     end = std::min(end, text_.size());
     next_ = std::min(end + 1, text_.size());
     ++number_;
-    *line = std::string_view(text_).substr(begin_, end - begin_);
-    if (line->ends_with('\r')) line->remove_suffix(1);
-    return true;
+    std::string_view line = std::string_view(text_).substr(begin_, end - begin_);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    return line;
 }
 
 void LineReader::StepBack() {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,15 +39,16 @@ KVX_RECORDING_API OpenText OpenTextFile(const std::string& path, unsigned int co
 /// Error for what is no text.
 class KVX_RECORDING_API LineReader {
 public:
-    /// `codePage` is that of the text where it is stated, or 0.
-    explicit LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage = 0);
+    /// `codePage` is that of the text where it is stated, or 0; sentences name the statement `encodingName`.
+    explicit LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage = 0,
+                        const std::string& encodingName = "codePage");
     ~LineReader();
 
     /// The code page that the lines are in: that of UTF-8 for a text in UTF-16, 0 where neither a statement
     /// nor a byte-order mark says it.
     unsigned int CodePage() const;
-    /// The next line, without its end; it lasts until the one after it is asked for. False at the end.
-    bool Next(std::string_view* line);
+    /// The next line, without its end; it lasts until the one after it is asked for. No value at the end.
+    std::optional<std::string_view> Next();
     /// Makes the line last delivered the next one.
     void StepBack();
     /// Number of the line last delivered, from 1.

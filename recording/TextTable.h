@@ -6,24 +6,14 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 
 #include <KvxDevCommon01/platform/Progress.h>
 #include <KvxRecording01/Export.h>
 #include <KvxRecording01/Recording.h>
+#include <KvxRecording01/Statements.h>
 #include <KvxRecording01/TextLines.h>
 
 namespace kvx {
-
-/// What the person states because a text cannot say it.
-struct TextOptions {
-    /// Whether the first column is the time; without a statement headings and spacing decide.
-    std::optional<bool> firstColumnIsTime;
-    /// A comma inside a number is the decimal mark even where it could separate columns.
-    bool decimalComma = false;
-    /// The code page of the text; 0 for UTF-8, what a byte-order mark says, or a guess for headings.
-    unsigned int codePage = 0;
-};
 
 /// Goes through a whole text, so that what is wrong with it is told before it is read: throws Error naming
 /// the line and column. Of the text no more than a line is kept.

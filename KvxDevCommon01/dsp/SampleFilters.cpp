@@ -152,8 +152,8 @@ std::unique_ptr<SampleProcess> MakeButterworth(const ButterworthFilter& filter, 
 }
 
 std::unique_ptr<SampleProcess> MakeSampleFilters(const SampleFilters& filters, double delta) {
-    const Ends ends = filters.ends.value_or(
-        std::ranges::all_of(filters.butterworths, IsLowPass) ? Ends::held : Ends::zero);
+    const Ends ends =
+        filters.ends.value_or(std::ranges::all_of(filters.butterworths, IsLowPass) ? Ends::held : Ends::zero);
     std::vector<std::unique_ptr<SampleProcess>> links;
     for (const FirFilter& filter : filters.firs) links.push_back(MakeFir(filter, ends));
     for (const ButterworthFilter& filter : filters.butterworths) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Filters that work sample by sample, as processes for signals of any length: FIR filters, with their delay taken
-// out, and Butterworth filters. What a signal is beyond its ends is assumed.
+// Filters that work sample by sample, as processes for signals of any length: FIR filters, with their delay
+// taken out, and Butterworth filters. What a signal is beyond its ends is assumed.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ namespace kvx {
 /// A FIR filter y[n] = sum of h[k] x[n - k].
 struct FirFilter {
     std::vector<double> coefficients = {};  ///< h[0], h[1] ...
-    __int64 delay = 0;                 ///< whole samples, 0 or more, by which the result is moved forward in time
+    __int64 delay = 0;  ///< whole samples, 0 or more, by which the result is moved forward in time
 };
 
 /// A digital Butterworth filter: -3 dB at the corner.
@@ -33,9 +33,9 @@ struct ButterworthFilter {
     double cornerHz = 0.0;   ///< above 0, below half the sampling rate
 };
 
-/// The delay, half a sample less than there are coefficients, of a filter that delays all frequencies alike: one whose
-/// coefficients mirror each other, with or without a change of sign, to a millionth of the largest, the rounding of
-/// printed coefficients. None for other filters.
+/// The delay, half a sample less than there are coefficients, of a filter that delays all frequencies alike:
+/// one whose coefficients mirror each other, with or without a change of sign, to a millionth of the largest,
+/// the rounding of printed coefficients. None for other filters.
 KVX_API std::optional<double> LinearPhaseDelay(std::span<const double> coefficients);
 
 /// A built-in low-pass of CMatFir with its delay. Throws Error for an unknown set.
@@ -55,15 +55,16 @@ KVX_API void RequireCorner(double cornerHz, double rateHz);
 struct SampleFilters {
     std::vector<FirFilter> firs = {};  ///< first
     std::vector<ButterworthFilter> butterworths = {};
-    /// Without a choice the signal is 0 outside its ends when there is a high-pass, which would take its first value for
-    /// an offset and its end for a step, and held otherwise.
+    /// Without a choice the signal is 0 outside its ends when there is a high-pass, which would take its
+    /// first value for an offset and its end for a step, and held otherwise.
     std::optional<Ends> ends = std::nullopt;
 };
 
-// The processes give as many results as there are samples. Each function throws Error for a value outside the ranges
-// above, and std::bad_alloc.
+// The processes give as many results as there are samples. Each function throws Error for a value outside the
+// ranges above, and std::bad_alloc.
 KVX_API std::unique_ptr<SampleProcess> MakeFir(const FirFilter& filter, Ends ends);
-/// For samples `delta` seconds apart. Held, a low-pass begins settled on the first sample and a high-pass at 0.
+/// For samples `delta` seconds apart. Held, a low-pass begins settled on the first sample and a high-pass at
+/// 0.
 KVX_API std::unique_ptr<SampleProcess> MakeButterworth(const ButterworthFilter& filter, double delta,
                                                        Ends ends);
 KVX_API std::unique_ptr<SampleProcess> MakeSampleFilters(const SampleFilters& filters, double delta);

@@ -115,7 +115,8 @@ void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std
         }
         const std::size_t due = results.front().size();
         if (std::ranges::any_of(results, [due](const auto& channel) { return channel.size() != due; })) {
-            throw Error(ErrorKind::kBadValue, "the processes of the channels give different numbers of results");
+            throw Error(ErrorKind::kBadValue,
+                        "the processes of the channels give different numbers of results");
         }
         if (due > 0) write(out, due);
     }

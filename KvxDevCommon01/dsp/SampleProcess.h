@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Sample processes: what becomes of the samples of a channel, block by block, such as a filter or a change of the
-// sampling rate, and how the channels of a signal go through theirs. A process keeps its state from call to call:
-// the results are the same bits however the signal is cut. Signals of any length pass in constant memory.
-// An object belongs to one thread at a time.
+// Sample processes: what becomes of the samples of a channel, block by block, such as a filter or a change of
+// the sampling rate, and how the channels of a signal go through theirs. A process keeps its state from call
+// to call: the results are the same bits however the signal is cut. Signals of any length pass in constant
+// memory. An object belongs to one thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -35,10 +35,9 @@ void Require(const SpectralFilter& filter, double rateHz, std::optional<__int64>
         refuse("a low-pass at " + FormatNumber(*filter.lowPassHz) + " Hz and a high-pass at " +
                FormatNumber(*filter.highPassHz) + " Hz leave no band");
     }
-    const bool isOrder = filter.kind == Kind::butterworth
-                             ? filter.order == std::floor(filter.order) && filter.order >= 1.0 &&
-                                   filter.order <= 16.0
-                             : filter.order > 0.0 && std::isfinite(filter.order);
+    const bool isOrder = filter.kind == Kind::butterworth ? filter.order == std::floor(filter.order) &&
+                                                                filter.order >= 1.0 && filter.order <= 16.0
+                                                          : filter.order > 0.0 && std::isfinite(filter.order);
     if (!isOrder) refuse("the filter cannot have the order " + FormatNumber(filter.order));
     if (!(filter.q > 0.0 && std::isfinite(filter.q))) {
         refuse("the filter cannot have the quality " + FormatNumber(filter.q));
@@ -74,8 +73,8 @@ __int64 ChooseBlock(const SpectralFilter& filter, double rateHz, std::optional<_
     const double lowestHz = std::min(filter.lowPassHz.value_or(rateHz), filter.highPassHz.value_or(rateHz));
     const double required = BlockPeriods(filter, kRequired) * rateHz / lowestHz;
     const double wanted = std::max(BlockPeriods(filter, kWanted) * rateHz / lowestHz, kUsual);
-    const __int64 block = wish.value_or(
-        CMatBasic::GreaterEqPow2(static_cast<__int64>(std::min(std::ceil(wanted), kLargest))));
+    const __int64 block =
+        wish.value_or(CMatBasic::GreaterEqPow2(static_cast<__int64>(std::min(std::ceil(wanted), kLargest))));
     if (static_cast<double>(block) < required) {
         throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(lowestHz) + " Hz at its rate of " +
                                               FormatNumber(rateHz, 10) + " Hz needs blocks of more than " +

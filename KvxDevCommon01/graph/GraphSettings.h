@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Graph settings from any stream, with the reason of a failure: a file of colours and configuration, or one of
-// colours alone, of either generation. The given classes load the same files by their path.
+// Graph settings from any stream, with the reason of a failure: a file of colours and configuration, or one
+// of colours alone, of either generation. The given classes load the same files by their path.
 #pragma once
 
 #include <KvxDevCommon01/Export.h>
@@ -10,8 +10,9 @@
 
 namespace kvx {
 
-/// Loads settings from a stream that stands at its first byte; without a configuration that is at its default.
-/// Throws Error: kUnsupported for what holds no settings, kDamaged when only the configuration is damaged.
+/// Loads settings from a stream that stands at its first byte; without a configuration that is at its
+/// default. Throws Error: kUnsupported for what holds no settings, kDamaged when only the configuration is
+/// damaged.
 KVX_API CGraphInfo LoadGraphSettings(ByteStream& stream);
 
 }  // namespace kvx

@@ -176,34 +176,33 @@ const ChunkLayout& RiffLayout(FieldReader& fields) {
 
 }  // namespace
 
-std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format) {
+std::optional<SampleBytes> FindSamples(InputFile& file, Format format) {
     FieldReader fields(file);
     switch (format) {
-        case SoundFormat::wav:
+        case Format::wav:
             return FindChunk(fields, RiffLayout(fields));
-        case SoundFormat::rf64:
+        case Format::rf64:
             return FindChunk(fields, kRiff);
-        case SoundFormat::wave64:
+        case Format::wave64:
             return FindChunk(fields, kWave64);
-        case SoundFormat::aiff:
+        case Format::aiff:
             return FindChunk(fields, kAiff);
-        case SoundFormat::caf:
+        case Format::caf:
             return FindChunk(fields, kCaf);
-        case SoundFormat::au: {
+        case Format::au: {
             const bool isBigEndian = fields.Bytes(0, 4) == ".snd";
             const SizeField size = {8, 4, isBigEndian};
             return Measure(fields, fields.Number({4, 4, isBigEndian}), fields.Number(size), 0, size, 0,
                            nullptr);
         }
-        case SoundFormat::flac:
-            break;
+        default:
+            return std::nullopt;
     }
-    return std::nullopt;
 }
 
-std::optional<double> FindRate(InputFile& file, SoundFormat format) {
+std::optional<double> FindRate(InputFile& file, Format format) {
     FieldReader fields(file);
-    if (format == SoundFormat::aiff) {
+    if (format == Format::aiff) {
         const std::optional<std::uint64_t> body = FindBody(fields, kAiff, "COMM");
         if (!body) return std::nullopt;
         // Ten bytes: sign and exponent, then 64 bits of which the first is the whole part.
@@ -211,17 +210,17 @@ std::optional<double> FindRate(InputFile& file, SoundFormat format) {
         const auto mantissa = static_cast<double>(fields.Number({*body + 10, 8, true}));
         return std::ldexp(mantissa, exponent - 16383 - 63);
     }
-    if (format == SoundFormat::caf) {
+    if (format == Format::caf) {
         const std::optional<std::uint64_t> body = FindBody(fields, kCaf, "desc");
         if (body) return std::bit_cast<double>(fields.Number({*body, 8, true}));
     }
     return std::nullopt;
 }
 
-void RequireReadableSamples(InputFile& file, SoundFormat format) {
+void RequireReadableSamples(InputFile& file, Format format) {
     FieldReader fields(file);
-    const bool isRiff = format == SoundFormat::wav || format == SoundFormat::rf64;
-    if (!isRiff && format != SoundFormat::wave64) return;
+    const bool isRiff = format == Format::wav || format == Format::rf64;
+    if (!isRiff && format != Format::wave64) return;
     const ChunkLayout& layout = isRiff ? RiffLayout(fields) : kWave64;
     const std::optional<std::uint64_t> body = FindBody(fields, layout, "fmt ");
     if (!body) return;
@@ -232,7 +231,7 @@ void RequireReadableSamples(InputFile& file, SoundFormat format) {
     constexpr std::uint64_t kMpeg = 0x50;
     constexpr std::uint64_t kMpegLayer3 = 0x55;
     if (number(0) == kMpeg || number(0) == kMpegLayer3)
-        throw Error(ErrorKind::kDamaged, "its samples are MP3, which is not read");
+        throw Error(ErrorKind::kUnsupported, "its samples are MP3, which is not read");
     constexpr std::uint64_t kPlain[] = {1, 3, 0xFFFE};  // whole, floating, and those with their kind behind
     if (std::ranges::find(kPlain, number(0)) == std::end(kPlain)) return;
     const std::uint64_t channels = number(2);

@@ -32,15 +32,15 @@ struct SampleBytes {
 
 /// Looks for the samples of a file of this format; no value where the header does not lead to them, and for
 /// FLAC, whose samples are compressed. Leaves the file anywhere. Throws CFileException.
-std::optional<SampleBytes> FindSamples(InputFile& file, SoundFormat format);
+std::optional<SampleBytes> FindSamples(InputFile& file, Format format);
 
 /// The sampling rate in Hz as an AIFF or CAF header states it, which need not be whole. The sound library
 /// only tells a whole one. No value for other formats. Leaves the file anywhere. Throws CFileException.
-std::optional<double> FindRate(InputFile& file, SoundFormat format);
+std::optional<double> FindRate(InputFile& file, Format format);
 
 /// Refuses a WAV, RF64 or Wave64 header that gives the samples of all channels another number of bytes than
 /// their bits take, which the sound library reads as if they were packed, and one whose samples are MP3.
 /// Leaves the file anywhere. Throws Error and CFileException.
-void RequireReadableSamples(InputFile& file, SoundFormat format);
+void RequireReadableSamples(InputFile& file, Format format);
 
 }  // namespace kvx

@@ -25,7 +25,8 @@ using Kind = SpectralFilter::Kind;
 /// What a process makes of a wave that is fed in pieces.
 Wave Through(const Process& process, const Wave& wave, std::size_t piece = 1 << 20) {
     Wave results;
-    for (std::span<const double> rest = wave; !rest.empty(); rest = rest.subspan(std::min(piece, rest.size()))) {
+    for (std::span<const double> rest = wave; !rest.empty();
+         rest = rest.subspan(std::min(piece, rest.size()))) {
         process->Feed(rest.first(std::min(piece, rest.size())), results);
     }
     process->Finish(results);
@@ -35,7 +36,8 @@ Wave Through(const Process& process, const Wave& wave, std::size_t piece = 1 << 
 /// A sine of amplitude 1 and phase 0.7, sampled from `offset` on.
 Wave Sine(double hz, const SampleTimes& times) {
     return WaveOf(static_cast<std::size_t>(times.samples), [&](double i) {
-        return std::sin(2 * pi * std::fmod(hz * (i + static_cast<double>(times.offset)) * times.delta, 1.0) + 0.7);
+        return std::sin(2 * pi * std::fmod(hz * (i + static_cast<double>(times.offset)) * times.delta, 1.0) +
+                        0.7);
     });
 }
 
@@ -60,8 +62,7 @@ SineFit FitSine(const Wave& wave, const SampleTimes& times, double hz) {
     }
     double rest = 0.0;
     for (std::size_t i = 0; i < count; ++i) {
-        rest += std::pow(
-            wave[first + i] - inPhase * std::sin(angle(i)) - quadrature * std::cos(angle(i)), 2);
+        rest += std::pow(wave[first + i] - inPhase * std::sin(angle(i)) - quadrature * std::cos(angle(i)), 2);
     }
     const double amplitude = std::hypot(inPhase, quadrature);
     return {amplitude, (0.7 - std::atan2(quadrature, inPhase)) / (2 * pi * hz),
@@ -137,7 +138,8 @@ TEST(Resampling, HoldsAConstantUpToTheEnds) {
         const Wave level = Through(MakeResampler(Plan(times, mode, ratio), Ends::held), constant);
         for (std::size_t i = 0; i < level.size(); ++i) {
             EXPECT_NEAR(level[i], 5.0, 0.01);
-            EXPECT_NEAR(level[i], level[i % 5], 1e-12) << ratio;  // up by 5, each phase is a filter of its own
+            EXPECT_NEAR(level[i], level[i % 5], 1e-12)
+                << ratio;  // up by 5, each phase is a filter of its own
         }
     }
     EXPECT_LT(Through(MakeResampler(Plan(times, kDown, 20), Ends::zero), constant)[0], 3.0);
@@ -165,7 +167,8 @@ TEST(Resampling, FindsTheChangeBetweenTwoRates) {
     EXPECT_FALSE(FindRateChange(kUp, 3));
     const std::vector<RateChange> changes = RateChanges();
     EXPECT_EQ(changes.size(), 39U);
-    EXPECT_TRUE(std::ranges::is_sorted(changes, std::greater(), [](const RateChange& c) { return c.RateAfter(1); }));
+    EXPECT_TRUE(
+        std::ranges::is_sorted(changes, std::greater(), [](const RateChange& c) { return c.RateAfter(1); }));
 }
 
 // ---- filters by samples ----
@@ -240,7 +243,8 @@ TEST(SampleFilters, OnlySymmetricCoefficientsDelayAllFrequenciesAlike) {
         EXPECT_EQ(std::ssize(filter.coefficients), taps);
         EXPECT_EQ(LinearPhaseDelay(filter.coefficients), static_cast<double>(filter.delay));
     }
-    const PassedBand band = BandOf(std::vector<ButterworthFilter>{{Pass::low, 1, 9}, {Pass::high, 1, 5}, {Pass::low, 1, 8}});
+    const PassedBand band =
+        BandOf(std::vector<ButterworthFilter>{{Pass::low, 1, 9}, {Pass::high, 1, 5}, {Pass::low, 1, 8}});
     EXPECT_EQ(std::pair(band.lowestHz, band.highestHz), std::pair(5.0, 8.0));
 }
 
@@ -280,8 +284,8 @@ TEST(SpectralFilters, PassASineWithTheirGain) {
 
 TEST(SpectralFilters, GiveTheBitsOfTheWholeSignalHoweverItIsCut) {
     for (const __int64 block : {16, 64, 4096}) {
-        const auto response = std::make_shared<SpectralResponse>(
-            DesignSpectralFilter({Kind::first, 400}, 1024, block));
+        const auto response =
+            std::make_shared<SpectralResponse>(DesignSpectralFilter({Kind::first, 400}, 1024, block));
         for (const std::size_t count : {1U, 7U, 64U, 5003U}) {
             const CDataArrayDouble wave = ToArray(Noise(count));
             for (const auto term : {CMatBasic::TERM_ZERO, CMatBasic::TERM_HOLD, CMatBasic::TERM_PERIODIC}) {
@@ -308,8 +312,7 @@ TEST(HighPasses, MakeNoStepOfTheFirstSample) {
     const std::vector<ButterworthFilter> band = {{Pass::low, 2, 400}, {Pass::high, 2, 5}};
     EXPECT_LT(peak(MakeSampleFilters({{}, band, {}}, 1e-3)), 1.1 * 998);
     EXPECT_GT(peak(MakeSampleFilters({{}, band, Ends::held}, 1e-3)), 1.2 * 998);
-    for (const SpectralFilter& filter :
-         {SpectralFilter{Kind::butterworth, {}, 5}, {Kind::second, 300, 5}}) {
+    for (const SpectralFilter& filter : {SpectralFilter{Kind::butterworth, {}, 5}, {Kind::second, 300, 5}}) {
         EXPECT_LT(peak(Spectral(filter, CMatBasic::TERM_ZERO, 1000)), 1.1 * 998);
         EXPECT_GT(peak(Spectral(filter, CMatBasic::TERM_HOLD, 1000)), 1.2 * 998);
     }
@@ -362,7 +365,8 @@ TEST(RunProcesses, TakesChannelsInBlocksAndMeasuresThem) {
     for (const std::size_t room : {1U, 64U, 5000U}) {
         std::vector<RmsChange> levels(3);
         std::vector<Process> processes;
-        for (RmsChange& level : levels) processes.push_back(MakeMeasured(MakeFir({{0, 2}, 1}, Ends::zero), level));
+        for (RmsChange& level : levels)
+            processes.push_back(MakeMeasured(MakeFir({{0, 2}, 1}, Ends::zero), level));
         std::size_t at = 0;
         std::vector<Wave> out(3);
         RunProcesses(
@@ -374,7 +378,8 @@ TEST(RunProcesses, TakesChannelsInBlocksAndMeasuresThem) {
                 return count;
             },
             [&](std::span<double* const> channels, std::size_t count) {
-                for (std::size_t c = 0; c < 3; ++c) out[c].insert(out[c].end(), channels[c], channels[c] + count);
+                for (std::size_t c = 0; c < 3; ++c)
+                    out[c].insert(out[c].end(), channels[c], channels[c] + count);
             });
         for (std::size_t c = 0; c < 3; ++c) {
             double squares = 0;
@@ -400,34 +405,78 @@ TEST(Processes, SayWhatIsWrongWithTheirValues) {
         ErrorKind kind;
         const char* sentence;
     } cases[] = {
-        {[] { Butterworth(Pass::low, 1025, 10); }, ErrorKind::kBadValue, "order of 1025 is above the limit of 1024"},
+        {[] { Butterworth(Pass::low, 1025, 10); }, ErrorKind::kBadValue,
+         "order of 1025 is above the limit of 1024"},
         {[] { Butterworth(Pass::low, 0, 10); }, ErrorKind::kBadValue, "order of 0 is below 1"},
-        {[] { Butterworth(Pass::high, 2, 500); }, ErrorKind::kBadValue, "500 Hz is not below half its rate of 1000 Hz"},
+        {[] { Butterworth(Pass::high, 2, 500); }, ErrorKind::kBadValue,
+         "500 Hz is not below half its rate of 1000 Hz"},
         {[] { Butterworth(Pass::high, 2, kNaN); }, ErrorKind::kBadValue, "is not above 0"},
         {[] { MakeFir({}, Ends::held); }, ErrorKind::kBadValue, "no coefficients"},
-        {[] { MakeFir({{1}, -1}, Ends::held); }, ErrorKind::kBadValue, "a delay of -1 samples"},
-        {[] { BuiltInFir(static_cast<CMatFir::FIR_COEF>(6)); }, ErrorKind::kUnknownName, "no built-in filter 6"},
+        {[] {
+             MakeFir({{1}, -1}, Ends::held);
+         },
+         ErrorKind::kBadValue, "a delay of -1 samples"},
+        {[] { BuiltInFir(static_cast<CMatFir::FIR_COEF>(6)); }, ErrorKind::kUnknownName,
+         "no built-in filter 6"},
         {[&] { design({Kind::first}); }, ErrorKind::kBadValue, "no corner"},
-        {[&] { design({Kind::first, 600, {}}); }, ErrorKind::kBadValue, "not below half"},
-        {[&] { design({Kind::first, 10, 20}); }, ErrorKind::kBadValue, "leave no band"},
-        {[&] { design({Kind::butterworth, 10, {}, 1.5}); }, ErrorKind::kBadValue, "the order 1.5"},
-        {[&] { design({Kind::slope, 10, {}, 0}); }, ErrorKind::kBadValue, "the order 0"},
-        {[&] { design({Kind::second, 10, {}, 4, -1}); }, ErrorKind::kBadValue, "the quality -1"},
-        {[&] { design({Kind::first, 10, {}}, 1000); }, ErrorKind::kBadValue, "1000 samples is not a power of two"},
-        {[&] { design({Kind::first, 0.01, {}}); }, ErrorKind::kBadValue, "needs blocks of more than 131072"},
-        {[&] { MakeSpectralFilter(std::make_shared<SpectralResponse>(small), CMatBasic::TERM_ZERO); }, ErrorKind::kBadValue, "does not fit its block"},
-        {[] { Plan({1e-3, 0, 3}, kDown, 4, true); }, ErrorKind::kBadValue, "too few for a ratio of 4"},
-        {[] { Plan({1e-3, kLowest / 4, 3}, kDown, 4); }, ErrorKind::kUnsupported, "begins too far from 0 s"},
-        {[] { Plan({1e-3, 1 << 30, 3}, kUp, 4); }, ErrorKind::kUnsupported, "begins too far from 0 s"},
-        {[] { Plan({1e-3, 0, kFarthest}, kUp, 4); }, ErrorKind::kUnsupported, "too many samples"},
-        {[] { PlanResampling({1e-3, 0, 9}, {kUp, CMatMrf::OVS_RAT_UNKNOWN}, false); }, ErrorKind::kBadValue, "unknown ratio"},
+        {[&] {
+             design({Kind::first, 600, {}});
+         },
+         ErrorKind::kBadValue, "not below half"},
+        {[&] {
+             design({Kind::first, 10, 20});
+         },
+         ErrorKind::kBadValue, "leave no band"},
+        {[&] {
+             design({Kind::butterworth, 10, {}, 1.5});
+         },
+         ErrorKind::kBadValue, "the order 1.5"},
+        {[&] {
+             design({Kind::slope, 10, {}, 0});
+         },
+         ErrorKind::kBadValue, "the order 0"},
+        {[&] {
+             design({Kind::second, 10, {}, 4, -1});
+         },
+         ErrorKind::kBadValue, "the quality -1"},
+        {[&] {
+             design({Kind::first, 10, {}}, 1000);
+         },
+         ErrorKind::kBadValue, "1000 samples is not a power of two"},
+        {[&] {
+             design({Kind::first, 0.01, {}});
+         },
+         ErrorKind::kBadValue, "needs blocks of more than 131072"},
+        {[&] { MakeSpectralFilter(std::make_shared<SpectralResponse>(small), CMatBasic::TERM_ZERO); },
+         ErrorKind::kBadValue, "does not fit its block"},
+        {[] {
+             Plan({1e-3, 0, 3}, kDown, 4, true);
+         },
+         ErrorKind::kBadValue, "too few for a ratio of 4"},
+        {[] {
+             Plan({1e-3, kLowest / 4, 3}, kDown, 4);
+         },
+         ErrorKind::kUnsupported, "begins too far from 0 s"},
+        {[] {
+             Plan({1e-3, 1 << 30, 3}, kUp, 4);
+         },
+         ErrorKind::kUnsupported, "begins too far from 0 s"},
+        {[] {
+             Plan({1e-3, 0, kFarthest}, kUp, 4);
+         },
+         ErrorKind::kUnsupported, "too many samples"},
+        {[] {
+             PlanResampling({1e-3, 0, 9}, {kUp, CMatMrf::OVS_RAT_UNKNOWN}, false);
+         },
+         ErrorKind::kBadValue, "unknown ratio"},
         {[&] { RunProcesses({}, 1, none, nullptr); }, ErrorKind::kBadValue, "one or more channels"},
         {[&] {
              std::vector<Process> processes;
              processes.push_back(MakeChain({}));
              processes.push_back(MakeResampler(Plan({1e-3, 0, 9}, kUp, 2), Ends::held));
              RunProcesses(processes, 1, none, nullptr);
-         }, ErrorKind::kBadValue, "different numbers of results"},
+         },
+         ErrorKind::kBadValue, "different numbers of results"},
     };
     for (const auto& [action, kind, sentence] : cases) {
         try {

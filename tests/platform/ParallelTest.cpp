@@ -18,7 +18,8 @@ TEST(ForEachInParallel, DoesEveryPieceOnceOnAnyNumberOfThreads) {
     for (const std::size_t threads : {0U, 1U, 2U, 3U, 7U}) {
         for (const std::size_t count : {0U, 1U, 2U, 1000U}) {
             std::vector<int> calls(count, 0);
-            ForEachInParallel(count, [&](std::size_t i) { ++calls[i]; }, threads);
+            ForEachInParallel(
+                count, [&](std::size_t i) { ++calls[i]; }, threads);
             EXPECT_EQ(calls, std::vector<int>(count, 1)) << threads;
         }
     }
@@ -72,7 +73,8 @@ TEST(ForEachInParallel, MayBeCalledFromItsOwnPiecesAndFromManyThreads) {
             8,
             [&](std::size_t i) {
                 std::vector<std::size_t> terms(100);
-                ForEachInParallel(terms.size(), [&](std::size_t k) { terms[k] = i * k; }, 3);
+                ForEachInParallel(
+                    terms.size(), [&](std::size_t k) { terms[k] = i * k; }, 3);
                 sums[caller][i] = std::accumulate(terms.begin(), terms.end(), std::size_t{0});
             },
             3);

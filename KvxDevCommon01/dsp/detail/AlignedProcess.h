@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Causal processes whose results are moved in time: what FIR filters, changes of the rate and the spectral filter
-// share.
+// Causal processes whose results are moved in time: what FIR filters, changes of the rate and the spectral
+// filter share.
 #pragma once
 
 #include <KvxDevCommon01/dsp/SampleProcess.h>
@@ -46,9 +46,11 @@ protected:
 
 private:
     void FeedConstant(double value, __int64 count, std::vector<double>& results) {
-        constant_.assign(static_cast<std::size_t>(std::min(count, piece_)), ends_ == Ends::held ? value : 0.0);
+        constant_.assign(static_cast<std::size_t>(std::min(count, piece_)),
+                         ends_ == Ends::held ? value : 0.0);
         for (; count > 0; count -= piece_) {
-            FeedPieces(std::span(constant_).first(static_cast<std::size_t>(std::min(count, piece_))), results);
+            FeedPieces(std::span(constant_).first(static_cast<std::size_t>(std::min(count, piece_))),
+                       results);
         }
     }
 

@@ -62,7 +62,7 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
     if (ToUtf16(*text).size() > kHeaderTextLength) Note("the header keeps 257 characters of the text");
     const std::unique_ptr<SignalReader> reader = Doing("import", options.input, [&] {
         Progress progress("reading " + InputName(options.input));
-        return OpenRecording(options.input, options.channels, options.recording, false, progress);
+        return OpenRecording(options.input, options.channels, options.recording, progress);
     });
     const std::unique_ptr<SignalWriter> writer =
         Doing("write", output, [&] { return CreateDataFile(output, *text, reader->Runs()); });

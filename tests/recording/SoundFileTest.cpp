@@ -7,17 +7,21 @@
 #include <sndfile.h>
 
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/FileContent.h>
+#include <KvxRecording01/SignalReader.h>
 
-#include "ToolRun.h"
+#include "tests/support/TempFolder.h"
 
-using testing::EndsWith;
+using namespace kvx;
 using testing::HasSubstr;
 using namespace std::string_literals;
 
@@ -53,37 +57,58 @@ std::string MakeSound(const TempFolder& folder, int format) {
     return bytes;
 }
 
-/// Imports these bytes and expects the first `frames` samples of each channel, or any number but 0 for -1.
-void ExpectSamples(const TempFolder& folder, const std::string& bytes, __int64 frames,
-                   const std::string& remark, const std::string& options = "") {
+/// What the library makes of these bytes.
+std::unique_ptr<SignalReader> Open(const TempFolder& folder, const std::string& bytes,
+                                   const RecordingStatements& statements = {},
+                                   const std::string& channels = {}) {
     folder.Write("in", bytes);
-    const ToolResult result = RunShell(folder, "kvx import in -o out.vdf2 " + options);
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.err.empty(), remark.empty()) << result.err;
-    EXPECT_THAT(result.err, HasSubstr(remark));
-    kvx::DataFileContent content;
-    ASSERT_TRUE(CComDataFile::LoadDataFile((folder / "out.vdf2").wstring().c_str(), &content));
-    const CComDataBase& record = content.records.front();
-    if (frames < 0) {
-        EXPECT_GT(record.GetNsamp(), 0);
-    } else {
-        EXPECT_EQ(record.GetNsamp(), frames);
+    return OpenSignal((folder / "in").string(), {channels}, statements);
+}
+
+/// The samples of all channels.
+std::vector<std::vector<double>> ReadAll(SignalReader& reader) {
+    std::vector<std::vector<double>> samples(reader.Runs().front().channels.size());
+    std::vector<std::vector<double>> block(samples.size(), std::vector<double>(4099));
+    std::vector<double*> targets;
+    for (std::vector<double>& channel : block) targets.push_back(channel.data());
+    while (const std::size_t count = reader.Read(0, targets, block.front().size())) {
+        for (std::size_t c = 0; c < samples.size(); ++c)
+            samples[c].insert(samples[c].end(), targets[c], targets[c] + count);
     }
+    return samples;
+}
+
+const RecordingStatements kPartial = {.isPartial = true};
+
+/// Reads these bytes and expects the first `frames` samples of each channel, or any number but 0 for -1.
+void ExpectSamples(const TempFolder& folder, const std::string& bytes, __int64 frames,
+                   const std::string& remark, const RecordingStatements& statements = {}) {
+    const std::unique_ptr<SignalReader> reader = Open(folder, bytes, statements);
+    const std::vector<std::string>& remarks = reader->Remarks();
+    EXPECT_EQ(remarks.size(), remark.empty() ? 0U : 1U);
+    EXPECT_THAT(remarks.empty() ? "" : remarks.front(), HasSubstr(remark));
+    const std::vector<std::vector<double>> samples = ReadAll(*reader);
+    ASSERT_EQ(samples.size(), kChannels);
     for (__int64 c = 0; c < kChannels; ++c) {
-        for (__int64 i = 0; i < record.GetNsamp(); ++i)
-            ASSERT_EQ(record.GetReal(c, 0)[i], Level(i, c) / 32768.0) << i;
+        const std::vector<double>& channel = samples[static_cast<std::size_t>(c)];
+        EXPECT_GT(std::ssize(channel), 0);
+        EXPECT_TRUE(frames < 0 || std::ssize(channel) == frames) << channel.size();
+        for (__int64 i = 0; i < std::ssize(channel); ++i)
+            ASSERT_EQ(channel[static_cast<std::size_t>(i)], Level(i, c) / 32768.0) << i;
     }
 }
 
-/// Expects the whole sentence, alone on standard error, and no file.
+/// The kind and the sentence by which these bytes are refused, be it while they are read.
 void ExpectRefusal(const TempFolder& folder, const std::string& bytes, const std::string& why,
-                   const std::string& options = "") {
-    folder.Write("in", bytes);
-    std::filesystem::remove(folder / "out.vdf2");
-    const ToolResult result = RunShell(folder, "kvx import in -o out.vdf2 " + options);
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "kvx: cannot import 'in': " + why + "\n");
-    EXPECT_EQ(folder.Count(), 1U);
+                   ErrorKind kind = ErrorKind::kDamaged, const RecordingStatements& statements = {},
+                   const std::string& channels = {}) {
+    try {
+        ReadAll(*Open(folder, bytes, statements, channels));
+        ADD_FAILURE() << "it was read; " << why;
+    } catch (const Error& error) {
+        EXPECT_EQ(error.what(), why);
+        EXPECT_EQ(error.Kind(), kind) << why;
+    }
 }
 
 std::string Replaced(std::string bytes, std::size_t at, const std::string& by) {
@@ -117,16 +142,16 @@ TEST_P(Sound, IsRefusedWhenItIsCutShortUnlessAPartWillDo) {
         ExpectRefusal(
             folder_, cut,
             "it is cut short or damaged: not all of the 20000 samples that its header states can be read; "
-            "--partial takes those before the damage");
-        ExpectSamples(folder_, cut, -1, "cut short or damaged; the first ", "--partial");
+            "isPartial takes those before the damage");
+        ExpectSamples(folder_, cut, -1, "cut short or damaged; the first ", kPartial);
         return;
     }
     const __int64 all = kFrames * GetParam().frameBytes;
     const std::string extent = std::to_string(all - kCut) + " of the " + std::to_string(all) + " bytes";
     ExpectRefusal(
         folder_, cut,
-        "it is cut short: " + extent + " of samples that its header states are there; --partial takes those");
-    ExpectSamples(folder_, cut, kFrames - kCut / GetParam().frameBytes, extent, "--partial");
+        "it is cut short: " + extent + " of samples that its header states are there; isPartial takes those");
+    ExpectSamples(folder_, cut, kFrames - kCut / GetParam().frameBytes, extent, kPartial);
 }
 
 // clang-format off
@@ -148,7 +173,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, Sound, testing::Values(
 TEST(SoundLength, IsFoundWhereTheHeaderLeavesItOpen) {
     const TempFolder folder;
     const std::string remark =
-        "does not state its length; all 20000 samples up to the end of the file are taken\n";
+        "does not state its length; all 20000 samples up to the end of the file are taken";
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     ASSERT_EQ(wav.substr(36, 4), "data");
     for (const std::string& size :
@@ -185,7 +210,7 @@ TEST(SoundHeader, StatesARateThatIsNotWhole) {
     for (const std::string& bytes : {Replaced(aiff, aiff.find("COMM") + 16, "\x40\x0B\xFA\x04\0\0\0\0\0\0"s),
                                      Replaced(caf, caf.find("desc") + 12, "\x40\xBF\x40\x80\0\0\0\0"s)}) {
         ExpectSamples(folder, bytes, kFrames, "");
-        EXPECT_THAT(RunShell(folder, "kvx info out.vdf2").out, HasSubstr("rate 8000.5 Hz"));
+        EXPECT_EQ(Open(folder, bytes)->Runs().front().delta, 1.0 / 8000.5);
     }
 }
 
@@ -201,20 +226,28 @@ TEST(SoundHeader, IsRefusedWhenItsSamplesAreNotPacked) {
                   why + "16 bytes for a sample of 2 channels of 32 bits");
 }
 
-TEST(Content, OfSoundTakesNoOptionForTexts) {
+TEST(Content, OfSoundTakesNoStatementForTexts) {
     const TempFolder folder;
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    for (const std::string option : {"--time none", "--decimal comma", "--encoding gbk"})
-        ExpectRefusal(folder, wav, option.substr(0, option.find(' ')) + " is for texts", option);
+    const std::pair<TextOptions, const char*> cases[] = {{{.firstColumnIsTime = false}, "firstColumnIsTime"},
+                                                         {{.decimalComma = true}, "decimalComma"},
+                                                         {{.codePage = 936}, "codePage"}};
+    for (const auto& [text, name] : cases) {
+        RecordingStatements stated;
+        stated.text = text;
+        ExpectRefusal(folder, wav, name + " is for texts"s, ErrorKind::kUnsupported, stated);
+    }
 }
 
 TEST(SoundLength, EndsAtDamage) {
     const TempFolder folder;
     std::string flac = MakeSound(folder, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     flac[flac.size() / 2] ^= 0x55;
-    folder.Write("in", flac);
-    EXPECT_EQ(RunShell(folder, "kvx import in -o out.vdf2").status, 1);
-    ExpectSamples(folder, flac, -1, "the first ", "--partial");
+    ExpectRefusal(
+        folder, flac,
+        "it is cut short or damaged: not all of the 20000 samples that its header states can be read; "
+        "isPartial takes those before the damage");
+    ExpectSamples(folder, flac, -1, "the first ", kPartial);
 }
 
 TEST(Content, ThatIsNotReadIsNamed) {
@@ -231,14 +264,14 @@ TEST(Content, ThatIsNotReadIsNamed) {
     };
     for (const auto& [format, name] : made) {
         const std::string bytes = MakeSound(folder, format);
-        if (!bytes.empty()) ExpectRefusal(folder, bytes, "it is "s + name + ", which is not read");
+        if (bytes.empty()) continue;
+        ExpectRefusal(folder, bytes, "it is "s + name + ", which is not read", ErrorKind::kUnsupported);
     }
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    ExpectRefusal(folder, Replaced(wav, 20, "\x55"), "its samples are MP3, which is not read");
-    RunShell(folder, "printf '1\\n2\\n' | gzip > in");
-    ExpectRefusal(folder, folder.Read("in"), "it is a gzip archive, which is not read");
-    const ToolResult piped = RunShell(folder, "printf 'RIFF1234WAVE' | kvx import /dev/stdin -o out.vdf2");
-    EXPECT_THAT(piped.err, EndsWith("it is a WAV file, which is not read from a pipe\n"));
+    ExpectRefusal(folder, Replaced(wav, 20, "\x55"), "its samples are MP3, which is not read",
+                  ErrorKind::kUnsupported);
+    ExpectRefusal(folder, "\x1F\x8B\x08\0"s, "it is a gzip archive, which is not read",
+                  ErrorKind::kUnsupported);
 }
 
 TEST(Content, OfATextIsATextHoweverItBegins) {
@@ -246,11 +279,11 @@ TEST(Content, OfATextIsATextHoweverItBegins) {
          {"ID3,a\n1,2\n", "PAR1\tPAR2\n1\t2\n", "    -1\n    58\n    12\n", "MATLAB 5\n1\n", "dns.a,b\n1,2\n",
           "RIFF,WAVE\n1,2\n", "PK,b\n1,2\n", "\xFF\xE3\xEE\xE4\n1\n", "\xFF\xFE\x31", "FORM,AIFF\n1,2\n",
           ".snd\n1\n", "0\n0\n", "BZh9\n1\n"}) {
-        EXPECT_EQ(kvx::RecognizeContent(text).name, "") << text;
+        EXPECT_EQ(RecognizeContent(text).format, Format::text) << text;
     }
 }
 
-TEST(Content, ThatIsDamagedLeavesOneLineOnStandardError) {
+TEST(Content, ThatIsDamagedIsRefusedOnOneLine) {
     std::mt19937 random(1);
     for (const std::string& begin :
          {"RIFF\xFF\xFF\0\0WAVEfmt "s, "RF64\xFF\xFF\xFF\xFFWAVEds64"s, "FORM\0\0\1\0AIFF"s,
@@ -260,11 +293,12 @@ TEST(Content, ThatIsDamagedLeavesOneLineOnStandardError) {
             const TempFolder folder;
             std::string bytes = begin;
             while (bytes.size() < 3000) bytes += static_cast<char>(random());
-            folder.Write("in", bytes);
-            const ToolResult result = RunShell(folder, "kvx import in -o out.vdf2");
-            EXPECT_EQ(result.status, 1) << begin;
-            EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
-            EXPECT_EQ(result.err.find("kvx: cannot import 'in': "), 0U) << result.err;
+            try {
+                ReadAll(*Open(folder, bytes));
+                ADD_FAILURE() << begin;
+            } catch (const Error& error) {
+                EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << error.what();
+            }
         }
     }
 }
@@ -272,13 +306,15 @@ TEST(Content, ThatIsDamagedLeavesOneLineOnStandardError) {
 TEST(Values, ThatOverflowAreRefusedWithTheirPlace) {
     const TempFolder folder;
     const std::string rest = " overflows in conversion from 'km' to the standard unit";
+    const ErrorKind kind = ErrorKind::kUnsupported;
     ExpectRefusal(folder, "time,a [g],b [km]\n0,1,2\n# pause\n\n1,1,-1e306\n",
-                  "line 5, column 3: the value" + rest);
+                  "line 5, column 3: the value" + rest, kind);
+    RecordingStatements stated = {.rateHz = 1.0};
     ExpectRefusal(folder, "1\n-1.7976931348623157e308\n",
-                  "line 2, column 1: the value is reserved as the marker of missing samples", "--rate 1");
+                  "line 2, column 1: the value is reserved as the marker of missing samples", kind, stated);
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    ExpectRefusal(folder, wav, "sample 1 of channel 2: the value" + rest,
-                  "--channels 2 --unit km --full-scale 1e306");
+    stated = {.units = {NamedUnit("km")}, .fullScale = 1e306};
+    ExpectRefusal(folder, wav, "sample 1 of channel 2: the value" + rest, kind, stated, "2");
     const std::string floats = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
     ExpectRefusal(folder, Replaced(floats, floats.find("data") + 8 + 20, "\0\0\x80\x7F"s),
                   "sample 3 of channel 2 is not a finite number");

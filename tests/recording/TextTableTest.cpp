@@ -8,21 +8,16 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <KvxRecording01/ProfileText.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/TextTable.h>
-
-#include "cli/Format.h"
-#include "cli/Options.h"
-#include "commands/UnitChoice.h"
 
 using namespace std::string_literals;
 using namespace kvx;
-using namespace kvx::tool;
 
 namespace {
 
@@ -100,13 +95,13 @@ INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
     Case{"Utf16LittleEndian", "\xFF\xFE" "\xA0\x52\n\0" "1\0\n\0" "2\0"s, "加 1 2"},
     Case{"Utf16BigEndian", "\xFE\xFF\0a\0\n\0" "1\0\n"s, "a 1"},
     Case{"HeadingOfCodePage932", "\x89\xC1\x91\xAC\x93x,b\n1,2\n",
-        "加速度 1; b 2; column 1: the heading '加速度' is not UTF-8 and was read as shift-jis; --encoding chooses another"},
+        "加速度 1; b 2; column 1: the heading '加速度' is not UTF-8 and was read as shift-jis; codePage chooses another"},
     Case{"HeadingInHalfWidthKatakana", "x,\xB1\xDD\xCC\xDF [V]\n1,2\n",
-        "x 1; ｱﾝﾌﾟ [V] 2; column 2: the heading 'ｱﾝﾌﾟ [V]' is not UTF-8 and was read as shift-jis; --encoding chooses another"},
+        "x 1; ｱﾝﾌﾟ [V] 2; column 2: the heading 'ｱﾝﾌﾟ [V]' is not UTF-8 and was read as shift-jis; codePage chooses another"},
     Case{"HeadingInLatin1", "D\xE9placement [\xB5m],a [m/s\xB2]\n1,2\n", "Déplacement [μm] 1; a [m/s2] 2; "
-        "column 1: the heading 'Déplacement [µm]' is not UTF-8 and was read as windows-1252; --encoding chooses another"},
+        "column 1: the heading 'Déplacement [µm]' is not UTF-8 and was read as windows-1252; codePage chooses another"},
     Case{"HeadingThatIsNotValidJapanese", "temp\xE9rature \x96 capteur\n1\n", "température – capteur 1; column 1: "
-        "the heading 'température – capteur' is not UTF-8 and was read as windows-1252; --encoding chooses another"},
+        "the heading 'température – capteur' is not UTF-8 and was read as windows-1252; codePage chooses another"},
     Case{"QuotedHeadings", "\"a, \"\"b\"\"\",c\n1,2\n", "a, \"b\" 1; c 2"},
     Case{"UnitsOnALineOfTheirOwn", "time,a,b\ns,g,m/s^2\n0,1,2\n1,3,4\n", "time 0 1; a [g] 1 3; b [m/s2] 2 4"},
     Case{"BracketsThatHoldNoUnit", "p [psi],a (top),n (2)\n1,2,3\n", "p [psi] ?psi 1; a (top) ?top 2; n (2) 3"},
@@ -146,7 +141,7 @@ INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
     Case{"NoNumbers", "a,b\nc,d\n", "no line of it is a row of numbers; line 2 begins 'c,d'"},
     Case{"OnlyBlankLines", "\n \n", "it holds no text"},
     Case{"Binary", "ab\0cd"s, "it is neither a text table nor a sound file"},
-    Case{"BytesOfNoEncoding", "a\x81 x\n1\n", "column 1: the heading 'a\\x81 x' is not UTF-8; give its encoding with --encoding"},
+    Case{"BytesOfNoEncoding", "a\x81 x\n1\n", "column 1: the heading 'a\\x81 x' is not UTF-8; give its encoding with codePage"},
     Case{"TimeBeyondSeconds", "t [h],a\n0,1\n1e306,2\n", "line 3, column 1: the time overflows in conversion to seconds"},
     Case{"HalfACharacter", "\xFF\xFE" "a", "its UTF-16 text ends in the middle of a character"},
     Case{"TooManyColumns", std::string(70000, ',') + "1\n", "line 1 has more than 65536 columns"},
@@ -167,7 +162,7 @@ TEST(TextTableOptions, NameTheEncoding) {
         utf16 += {static_cast<char>(unit >> 8), static_cast<char>(unit)};
     const std::string latin = "a [m/s\xB2]\n1\n";
     const auto outcome = [](const std::string& bytes, const char* encoding) {
-        return Outcome(bytes, {std::nullopt, false, CodePageOf(encoding)});
+        return Outcome(bytes, {.codePage = CodePageOf(encoding)});
     };
     EXPECT_EQ(outcome(latin, "latin-1"), "a [m/s2] 1");
     EXPECT_EQ(outcome(kvx::ToUtf8(text), "utf-8"), "a [m/s2] 1");
@@ -178,14 +173,14 @@ TEST(TextTableOptions, NameTheEncoding) {
     EXPECT_EQ(outcome(utf16, "auto"), "it is neither a text table nor a sound file");
     EXPECT_EQ(outcome(latin, "utf-8"), "column 1: the heading 'a [m/s\\xB2]' is not utf-8");
     EXPECT_EQ(outcome("\xFE\xFF" + utf16, "latin-1"),
-              "its byte-order mark says utf-16be, not --encoding windows-1252");
+              "its byte-order mark says utf-16be, not codePage windows-1252");
 }
 
 TEST(TextTableOptions, SayWhatATextCannot) {
-    const TextOptions noTime = {false, false, 0};
+    const TextOptions noTime = {.firstColumnIsTime = false};
     EXPECT_EQ(Outcome("time,a\n0,5\n1,6\n", noTime), "time 0 1; a 5 6");
-    EXPECT_EQ(Outcome("x,a\n0,5\n1,6\n", {true, false, 0}), "time 0 1; a 5 6");
-    EXPECT_EQ(Outcome("0,5\n1,6\n", {std::nullopt, true, 0}), " 0.5 1.6");
+    EXPECT_EQ(Outcome("x,a\n0,5\n1,6\n", {.firstColumnIsTime = true}), "time 0 1; a 5 6");
+    EXPECT_EQ(Outcome("0,5\n1,6\n", {.decimalComma = true}), " 0.5 1.6");
 }
 
 TEST(TextTableReader, IsTheSameInEveryEncodingHoweverLong) {
@@ -204,83 +199,6 @@ TEST(TextTableReader, IsTheSameInEveryEncodingHoweverLong) {
 TEST(TextTableReader, RefusesALineWithoutEnd) {
     EXPECT_EQ(Outcome("1\n" + std::string(std::size_t{40} << 20, '2')),
               "line 2 is longer than a table's can be");
-}
-
-/// The axis as "rate offset", or the sentence.
-std::string AxisOutcome(const std::vector<double>& times, double resolution, std::optional<double> rate) {
-    RecordingInfo recording;
-    if (!times.empty()) {
-        recording.stamps = {std::ssize(times), times.front(), times.back(), resolution, {}};
-        StrayFinder finder(&*recording.stamps);
-        for (const double stamp : times) finder.Add(stamp);
-    }
-    std::vector<std::string> notes;
-    try {
-        const TimeAxis axis = SettleAxis(recording, rate, "--rate", &notes);
-        return FormatNumber(axis.rateHz, 9) + " " + std::to_string(axis.offset) +
-               (notes.empty() ? "" : ": " + notes.front());
-    } catch (const Error& error) {
-        return error.what();
-    }
-}
-
-TEST(TimeAxis, FollowsTheStampsUnlessARateIsGiven) {
-    EXPECT_EQ(AxisOutcome({0, 0.000391, 0.000781, 0.001172}, 1e-6, {}), "2559.72696 0");
-    EXPECT_EQ(AxisOutcome({0, 0.000391, 0.000781, 0.001172}, 1e-6, 2560), "2560 0");
-    EXPECT_EQ(AxisOutcome({-0.2, -0.1, 0}, 0.1, {}), "10 -2");
-    EXPECT_EQ(AxisOutcome({}, 1, 100), "100 0");
-    EXPECT_EQ(AxisOutcome({0, 0.1, 0.2}, 0.1, 20), "20 0: the time column says 10 Hz; --rate 20 is used");
-    EXPECT_EQ(AxisOutcome({1e9, 1e9 + 0.01}, 0.01, 100),
-              "100 0: the first stamp, 1000000000 s, is too far from 0; the record starts at 0 s");
-}
-
-TEST(TimeAxis, IsRefusedWithoutARateOrWithUnevenStamps) {
-    EXPECT_EQ(AxisOutcome({}, 1, {}), "it has no time column; give the sampling rate with --rate");
-    EXPECT_EQ(AxisOutcome({1}, 1, {}), "one sample has no sampling rate; give it with --rate");
-    EXPECT_EQ(AxisOutcome({2, 1}, 1, {}),
-              "the time column does not rise; give the sampling rate with --rate");
-    EXPECT_EQ(AxisOutcome({0, 0.1, 0.25, 0.3}, 0.01, {}),
-              "the time column is not evenly spaced: sample 3 is stamped 0.25 s where 0.2 s was expected; "
-              "give the true "
-              "sampling rate with --rate");
-}
-
-TEST(ChannelChoice, TakesNumbersRangesAndNames) {
-    const std::vector<std::wstring> names = {L"a", L"b", L"3-1", L"d"};
-    EXPECT_THAT(ChooseChannels("", names), testing::ElementsAre(0, 1, 2, 3));
-    EXPECT_THAT(ChooseChannels("d,1-2", names), testing::ElementsAre(3, 0, 1));
-    EXPECT_THAT(ChooseChannels("3-1", names), testing::ElementsAre(2));
-    for (const char* wrong :
-         {"0", "5", "2-1", "1-99999999999", "1-", "x", "1,", "-1", "1,1", "99999999999999999999"}) {
-        EXPECT_THROW(ChooseChannels(wrong, names), Error) << wrong;
-    }
-}
-
-TEST(ProfileText, ReadsBreakpointsAndTheirUnit) {
-    const auto [profile, unit] = ParseProfileText("# vibration\nunit (m/s2)2/Hz\n20, 0.5 # low\r\n\n2e3;1\n");
-    EXPECT_THAT(profile.Frequencies(), testing::ElementsAre(20, 2000));
-    EXPECT_THAT(profile.Levels(), testing::ElementsAre(0.5, 1));
-    EXPECT_EQ(UnitText(unit.value()), "m/s2");
-}
-
-TEST(ProfileText, IsRefusedWithTheLine) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"20 1\n", "a profile needs two breakpoints or more"},
-        {"20 1\n20 2\n", "line 2: the frequency '20' is not above the one before"},
-        {"20 1\n30\n", "line 2: the level is missing"},
-        {"20 -1\n", "line 1: the level '-1' is not a number above 0"},
-        {"20 1 2\n", "line 1: '2' is too much"},
-        {"20 x\n", "line 1: 'x' is not a number"},
-        {"unit g\n", "line 1: 'g' is not the unit of a density such as g2/Hz or (m/s2)2/Hz"},
-    };
-    for (const auto& [text, sentence] : cases) {
-        try {
-            ParseProfileText(text);
-            ADD_FAILURE() << text;
-        } catch (const Error& error) {
-            EXPECT_STREQ(error.what(), sentence) << text;
-        }
-    }
 }
 
 }  // namespace

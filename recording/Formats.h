@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+//
+// The formats of recordings, one row each: its name, the ends of its file names, its first bytes, and what
+// reads and writes it. A new format is a file that reads or writes it, a value of Format and a row in
+// Formats.cpp.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Progress.h>
+#include <KvxRecording01/Export.h>
+#include <KvxRecording01/FileContent.h>
+#include <KvxRecording01/Recording.h>
+#include <KvxRecording01/SignalWriter.h>
+#include <KvxRecording01/Statements.h>
+
+namespace kvx {
+
+struct FormatRow {
+    /// Opens the file at `path` (UTF-8) for reading. Throws Error or CFileException.
+    using Open = std::unique_ptr<RecordingReader> (*)(const std::string& path, const FormatRow& row,
+                                                      const RecordingStatements& statements,
+                                                      const ProgressFunction& progress);
+    /// Begins a file of `runs` at `path` (UTF-8). Throws Error or CFileException.
+    using Create = std::unique_ptr<SignalWriter> (*)(const std::string& path,
+                                                     const std::vector<SignalRun>& runs,
+                                                     const SignalFileOptions& options);
+
+    Format format;
+    std::string_view name;                  ///< "a WAV file"
+    std::array<std::string_view, 2> ends;   ///< of file names, in small letters with the dot; may be empty
+    std::array<std::string_view, 2> marks;  ///< how files begin, '?' for any byte; empty where nothing tells
+    Open open;                              ///< null for a data file, whose axes, units and names are settled
+    Create create;                          ///< null for what is only read
+};
+
+/// All formats that are read or written.
+KVX_RECORDING_API std::span<const FormatRow> Formats();
+
+/// The row of a format other than none.
+KVX_RECORDING_API const FormatRow& RowOf(Format format);
+
+/// The format whose file names end so (".wav", in small letters); no value when none does.
+KVX_RECORDING_API std::optional<Format> FormatOfEnd(std::string_view end);
+
+/// Whether files of the format hold sound: samples that are parts of a full scale.
+KVX_RECORDING_API bool IsSound(Format format);
+
+/// Opens the text table or sound file at `path`, whatever its name, before its axis and units are settled; a
+/// data file is refused as no text. Refuses what was stated of it and does not apply. Throws Error or
+/// CFileException.
+KVX_RECORDING_API std::unique_ptr<RecordingReader> OpenRecording(const std::string& path,
+                                                                 const RecordingStatements& statements,
+                                                                 const ProgressFunction& progress = {});
+
+/// Begins a file of one of the formats that are written. Throws Error, also for a format that is only read,
+/// or CFileException.
+KVX_RECORDING_API std::unique_ptr<SignalWriter> CreateSignalFile(const std::string& path, Format format,
+                                                                 const std::vector<SignalRun>& runs,
+                                                                 const SignalFileOptions& options = {});
+
+}  // namespace kvx

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/SignalReader.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/Formats.h>
+#include <KvxRecording01/detail/ChannelChoice.h>
+#include <KvxRecording01/detail/SignalFiles.h>
+
+namespace kvx {
+namespace {
+
+using Channels = std::vector<SignalRun::Channel>;
+
+void StateNames(const RecordingStatements& statements, Channels* channels) {
+    const std::vector<std::wstring>& names = statements.names;
+    if (names.empty()) return;
+    if (names.size() != channels->size()) {
+        throw StatementError(statements.called.names + " gives " + Count(std::ssize(names), "name") +
+                             " for " + Count(std::ssize(*channels), "channel"));
+    }
+    for (std::size_t c = 0; c < names.size(); ++c) (*channels)[c].name = names[c];
+}
+
+void StateUnits(const RecordingStatements& statements, Channels* channels) {
+    const std::vector<CUnitCtrl>& units = statements.units;
+    if (units.empty()) return;
+    if (units.size() > 1 && units.size() != channels->size()) {
+        throw StatementError(statements.called.units + " gives " + Count(std::ssize(units), "value") +
+                             " for " + Count(std::ssize(*channels), "channel"));
+    }
+    for (std::size_t c = 0; c < channels->size(); ++c) (*channels)[c].unit = units[units.size() > 1 ? c : 0];
+}
+
+/// A recording with what was stated of it; its samples become those of the standard units as they pass.
+class RecordingSignal : public SignalReader {
+public:
+    RecordingSignal(std::unique_ptr<RecordingReader> recording, const std::string& channels,
+                    const RecordingStatements& statements)
+        : recording_(std::move(recording)),
+          scale_(recording_->Info().hasFullScale ? statements.fullScale.value_or(1.0) : 1.0) {
+        text_ = statements.source;
+        remarks_ = recording_->Info().remarks;
+        SignalRun run;
+        run.samples = recording_->Info().samples;
+        run.channels = SettleChannels(channels, statements);
+        TimeAxis axis = SettleAxis(recording_->Info(), statements.rateHz, statements.called.rate);
+        run.delta = 1.0 / axis.rateHz;
+        run.offset = axis.offset;
+        runs_.push_back(std::move(run));
+        std::ranges::move(axis.remarks, std::back_inserter(remarks_));
+    }
+
+    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+        const Channels& channels = runs_.front().channels;
+        std::vector<double*> all(recording_->Info().channels.size(), nullptr);
+        for (std::size_t c = 0; c < channels.size(); ++c) all[channels[c].number - 1] = targets[c];
+        const std::size_t count = recording_->Read(all, room);
+        for (std::size_t c = 0; c < channels.size(); ++c) {
+            for (std::size_t i = 0; i < count; ++i) targets[c][i] *= scale_;
+            const CUnitCtrl& unit = channels[c].unit;
+            unit.ConvItoD(targets[c], targets[c], static_cast<__int64>(count), 1.0, unit.IsSingle());
+            RequireStorable(channels[c], {targets[c], count});
+        }
+        return count;
+    }
+
+private:
+    void RequireStorable(const SignalRun::Channel& channel, std::span<const double> samples) const {
+        const auto bad = std::ranges::find_if(
+            samples, [](double v) { return v == kNoValue<double> || !std::isfinite(v); });
+        if (bad == samples.end()) return;
+        throw recording_->ErrorAt(
+            channel.number - 1, static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
+            std::isfinite(*bad) ? "the value is reserved as the marker of missing samples"
+                                : "the value overflows in conversion from " + Quote(UnitText(channel.unit)) +
+                                      " to the standard unit");
+    }
+
+    /// The chosen channels with their names and units.
+    Channels SettleChannels(const std::string& choice, const RecordingStatements& statements) {
+        const std::vector<RecordingInfo::Channel>& all = recording_->Info().channels;
+        std::vector<std::wstring> names;
+        for (const RecordingInfo::Channel& channel : all) {
+            names.push_back(channel.name.empty() ? L"ch" + std::to_wstring(names.size() + 1) : channel.name);
+        }
+        Channels chosen;
+        for (const std::size_t at : ChannelPositions(choice, names)) {
+            chosen.push_back({names[at], all[at].unit.value_or(CUnitCtrl()), at + 1});
+        }
+        StateNames(statements, &chosen);
+        StateUnits(statements, &chosen);
+        for (const SignalRun::Channel& channel : chosen) {
+            const std::wstring& unknown = all[channel.number - 1].unknownUnit;
+            if (unknown.empty() || !statements.units.empty()) continue;
+            remarks_.push_back("the unit " + Quote(unknown) + " of channel " + Quote(channel.name) +
+                               " is not known, so its values are plain numbers; give it with " +
+                               statements.called.units);
+        }
+        return chosen;
+    }
+
+    std::unique_ptr<RecordingReader> recording_;
+    double scale_;
+};
+
+void RequireNothingStated(const RecordingStatements& stated) {
+    const TextOptions& text = stated.text;
+    if (!stated.rateHz && stated.units.empty() && stated.names.empty() && !stated.fullScale &&
+        !stated.isPartial && !text.firstColumnIsTime && !text.decimalComma && text.codePage == 0) {
+        return;
+    }
+    throw Error(ErrorKind::kUnsupported, "a data file knows its rate, units and names; the " +
+                                             stated.called.any +
+                                             " that state them are for text and sound files");
+}
+
+}  // namespace
+
+StatementError::StatementError(std::string sentence) : Error(ErrorKind::kBadValue, std::move(sentence)) {}
+
+std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> recording,
+                                           const std::string& channels,
+                                           const RecordingStatements& statements) {
+    return std::make_unique<RecordingSignal>(std::move(recording), channels, statements);
+}
+
+std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const SignalChoice& choice,
+                                         const RecordingStatements& statements,
+                                         const ProgressFunction& progress) {
+    if (RecognizeFile(path).format == Format::dataFile) {
+        RequireNothingStated(statements);
+        return OpenDataFileSignal(path, choice);
+    }
+    if (choice.record > 0)
+        throw Error(ErrorKind::kUnsupported, statements.called.record + " is for data files");
+    RecordingStatements stated = statements;
+    if (stated.source.empty()) {
+        stated.source = FromUtf8(std::filesystem::path(path).filename().string()).value_or(L"");
+    }
+    return SettleSignal(OpenRecording(path, stated, progress), choice.channels, stated);
+}
+
+}  // namespace kvx

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+//
+// Time waveforms of a data file, a text table or a sound file, block by block in standard units, with their
+// axes, names and units settled, however long they are.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Progress.h>
+#include <KvxDevCommon01/platform/Types.h>
+#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxRecording01/Export.h>
+#include <KvxRecording01/Recording.h>
+#include <KvxRecording01/Statements.h>
+
+namespace kvx {
+
+/// Channels that were sampled together: sample i of each stands at (offset + i) * delta seconds.
+struct SignalRun {
+    struct Channel {
+        std::wstring name;
+        CUnitCtrl unit;
+        std::size_t number = 0;  ///< in the source, from 1
+    };
+
+    std::size_t record = 1;  ///< in the source, from 1
+    double delta = 0.0;
+    __int64 offset = 0;
+    __int64 samples = 0;  ///< of each channel
+    std::vector<Channel> channels;
+};
+
+/// One object belongs to one thread at a time.
+class KVX_RECORDING_API SignalReader {
+public:
+    virtual ~SignalReader() = default;
+    SignalReader(const SignalReader&) = delete;
+    SignalReader& operator=(const SignalReader&) = delete;
+
+    const std::vector<SignalRun>& Runs() const { return runs_; }
+    /// The free text of a data file; the name of another file.
+    const std::wstring& Text() const { return text_; }
+    /// Sentences on what was assumed of the file.
+    const std::vector<std::string>& Remarks() const { return remarks_; }
+    /// Delivers the next samples of a run, at most `room`, to a target per channel, in the standard units,
+    /// and returns how many; 0 at the end. Runs are read one after the other. Throws Error, also for a
+    /// sample that holds no value.
+    virtual std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) = 0;
+
+protected:
+    SignalReader() = default;
+
+    std::vector<SignalRun> runs_;
+    std::wstring text_;
+    std::vector<std::string> remarks_;
+};
+
+/// Which channels are taken.
+struct SignalChoice {
+    std::string channels = {};  ///< by name, number or range, in this order: "1,3-4,top"; empty for all
+    std::size_t record = 0;     ///< only those of this record of a data file, from 1; 0 for all
+};
+
+/// Opens a data file, in which all chosen channels must be waveforms, a text table or a sound file, whatever
+/// its name. Of a data file nothing can be stated. Throws StatementError, Error or CFileException.
+KVX_RECORDING_API std::unique_ptr<SignalReader> OpenSignal(const std::string& path,
+                                                           const SignalChoice& choice = {},
+                                                           const RecordingStatements& statements = {},
+                                                           const ProgressFunction& progress = {});
+
+/// The waveforms of a recording that is open: its chosen channels with the names, units and rate that were
+/// stated, else with its own. Its text is the source that was stated. Throws StatementError or Error.
+KVX_RECORDING_API std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> recording,
+                                                             const std::string& channels = {},
+                                                             const RecordingStatements& statements = {});
+
+}  // namespace kvx

@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/WavFile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <exception>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Path.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/SignalWriter.h>
+#include <KvxRecording01/detail/SignalFiles.h>
+#include <KvxRecording01/detail/SoundLibrary.h>
+
+namespace kvx {
+namespace {
+
+// ---- a file as the sound library wants it: nothing may be thrown through it ----
+
+struct SoundTarget {
+    OutputFile file;
+    sf_count_t position = 0;
+    sf_count_t length = 0;
+    std::exception_ptr failure = nullptr;
+};
+
+SoundTarget& Target(void* user) {
+    return *static_cast<SoundTarget*>(user);
+}
+
+sf_count_t TargetLength(void* user) {
+    return Target(user).length;
+}
+
+sf_count_t TargetTell(void* user) {
+    return Target(user).position;
+}
+
+sf_count_t TargetSeek(sf_count_t offset, int whence, void* user) {
+    SoundTarget& target = Target(user);
+    const sf_count_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? target.position : target.length;
+    target.position = std::max<sf_count_t>(0, base + offset);
+    return target.position;
+}
+
+sf_count_t TargetRead(void*, sf_count_t, void*) {
+    return 0;
+}
+
+sf_count_t TargetWrite(const void* data, sf_count_t count, void* user) {
+    SoundTarget& target = Target(user);
+    try {
+        target.file.Seek(static_cast<std::uint64_t>(target.position));
+        target.file.Write(data, static_cast<std::size_t>(count));
+    } catch (...) {
+        target.failure = std::current_exception();
+        return 0;
+    }
+    target.position += count;
+    target.length = std::max(target.length, target.position);
+    return count;
+}
+
+struct Encoding {
+    WavSamples samples;
+    int format;
+    int integerBits;  ///< 0 for floating samples
+    std::size_t bytes;
+};
+
+// clang-format off
+constexpr Encoding kEncodings[] = {
+    {WavSamples::pcm16,          SF_FORMAT_PCM_16, 16, 2},
+    {WavSamples::pcm24,          SF_FORMAT_PCM_24, 24, 3},
+    {WavSamples::floating,       SF_FORMAT_FLOAT,   0, 4},
+    {WavSamples::doubleFloating, SF_FORMAT_DOUBLE,  0, 8},
+};
+// clang-format on
+
+/// The integer sample of `bits` bits in the top bits of 32; +1.0 becomes the largest that there is.
+int IntegerSample(double value, int bits) {
+    const double scale = std::ldexp(1.0, bits - 1);
+    const double level = std::clamp(std::nearbyint(value * scale), -scale, scale - 1.0);
+    return static_cast<int>(level * std::ldexp(1.0, 32 - bits));
+}
+
+class WavSignalWriter : public SignalWriter {
+public:
+    WavSignalWriter(const std::string& path, const SignalRun& run, const WavOptions& options)
+        : file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.samples) {
+        for (const SignalRun::Channel& channel : run.channels) {
+            scales_.emplace_back(channel.name, channel.unit, options);
+        }
+    }
+
+    void Write(std::size_t, std::span<double* const> channels, std::size_t count) override {
+        for (std::size_t c = 0; c < channels.size(); ++c) scales_[c].Apply({channels[c], count});
+        file_.Write({channels.data(), channels.size()}, count);
+    }
+    void Commit() override {
+        for (const WavScale& scale : scales_) scale.RequireUnclipped();
+        file_.Commit();
+    }
+
+private:
+    WavWriter file_;
+    std::vector<WavScale> scales_;
+};
+
+}  // namespace
+
+int WavRate(double delta) {
+    constexpr double kClockAccuracy = 1e-6;
+    const double rate = 1.0 / delta;
+    const double whole = std::round(rate);
+    if (!(whole >= 1.0 && whole <= std::numeric_limits<int>::max()) ||
+        std::abs(rate / whole - 1.0) > kClockAccuracy) {
+        throw Error(ErrorKind::kUnsupported,
+                    "its rate of " + FormatNumber(rate, 10) + " Hz is not whole, as a WAV file needs it");
+    }
+    return static_cast<int>(whole);
+}
+
+WavScale::WavScale(std::wstring name, const CUnitCtrl& unit, const WavOptions& options)
+    : name_(std::move(name)), unit_(unit), options_(options) {
+    if (!(options.fullScale > 0.0) || !std::isfinite(options.fullScale))
+        throw Error(ErrorKind::kBadValue, options.called.fullScale + " is not a number above 0");
+}
+
+void WavScale::Apply(std::span<double> samples) {
+    unit_.ConvDtoI(samples.data(), samples.data(), std::ssize(samples), 1.0, unit_.IsSingle());
+    for (double& sample : samples) {
+        peak_ = std::max(peak_, std::abs(sample));
+        sample /= options_.fullScale;
+    }
+}
+
+void WavScale::RequireUnclipped() const {
+    if (IsInteger(options_.samples) && peak_ > options_.fullScale) {
+        throw Error(ErrorKind::kBadValue, "channel " + Quote(name_) + " would be clipped: it reaches " +
+                                              FormatNumber(peak_) + " " + UnitText(unit_) +
+                                              " and full scale is " + FormatNumber(options_.fullScale) +
+                                              "; raise " + options_.called.fullScale);
+    }
+}
+
+struct WavWriter::State {
+    SoundTarget target;
+    const Encoding& encoding;
+    std::size_t channels;
+    SoundHandle sound = nullptr;
+    std::vector<double> block = {};
+    std::vector<int> integers = {};
+
+    [[noreturn]] void Fail(const char* otherwise) const {
+        if (target.failure) std::rethrow_exception(target.failure);
+        throw Error(ErrorKind::kHost, otherwise);
+    }
+};
+
+WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
+                     WavSamples samples) {
+    const Encoding& encoding = *std::ranges::find(kEncodings, samples, &Encoding::samples);
+    if (channels > 1024) throw Error(ErrorKind::kUnsupported, "a WAV file holds at most 1024 channels");
+    state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels});
+
+    constexpr std::size_t kHeaderBytes = 4096;
+    const std::uint64_t dataBytes = static_cast<std::uint64_t>(frames) * channels * encoding.bytes;
+    SF_INFO info = {};
+    info.samplerate = rateHz;
+    info.channels = static_cast<int>(channels);
+    // Sizes in a plain WAV header have 32 bits.
+    const bool large = dataBytes + kHeaderBytes > std::numeric_limits<std::uint32_t>::max();
+    info.format = encoding.format | (large ? SF_FORMAT_RF64 : SF_FORMAT_WAV);
+    SF_VIRTUAL_IO io = {TargetLength, TargetSeek, TargetRead, TargetWrite, TargetTell};
+    state_->sound.reset(sf_open_virtual(&io, SFM_WRITE, &info, &state_->target));
+    if (!state_->sound) state_->Fail(sf_strerror(nullptr));
+    // Without the peak chunk, which holds the time of day, equal samples make equal files.
+    sf_command(state_->sound.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+}
+
+WavWriter::~WavWriter() = default;
+
+void WavWriter::Write(std::span<const double* const> channels, std::size_t count) {
+    State& state = *state_;
+    const std::size_t blockFrames = BlockFrames(state.channels);
+    state.block.resize(blockFrames * state.channels);
+    for (std::size_t begin = 0; begin < count; begin += blockFrames) {
+        const std::size_t frames = std::min(blockFrames, count - begin);
+        for (std::size_t c = 0; c < state.channels; ++c) {
+            for (std::size_t i = 0; i < frames; ++i) {
+                state.block[i * state.channels + c] = channels[c][begin + i];
+            }
+        }
+        const auto wanted = static_cast<sf_count_t>(frames);
+        sf_count_t written = 0;
+        if (const int bits = state.encoding.integerBits; bits > 0) {
+            state.integers.resize(state.block.size());
+            std::ranges::transform(state.block, state.integers.begin(),
+                                   [&](double v) { return IntegerSample(v, bits); });
+            written = sf_writef_int(state.sound.get(), state.integers.data(), wanted);
+        } else {
+            written = sf_writef_double(state.sound.get(), state.block.data(), wanted);
+        }
+        if (written != wanted) state.Fail(sf_strerror(state.sound.get()));
+    }
+}
+
+void WavWriter::Commit() {
+    const int error = sf_close(state_->sound.release());
+    if (error != 0 || state_->target.failure) state_->Fail("the sound library could not finish the file");
+    state_->target.file.Commit();
+}
+
+std::unique_ptr<SignalWriter> CreateWavSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options) {
+    if (runs.size() != 1) {
+        throw Error(ErrorKind::kUnsupported,
+                    "a WAV file holds one record; choose it with " + options.wav.called.record);
+    }
+    return std::make_unique<WavSignalWriter>(path, runs.front(), options.wav);
+}
+
+}  // namespace kvx

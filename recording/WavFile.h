@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+//
+// WAV files being written, block by block. Those that are too long for the sizes of a WAV header become RF64
+// files.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+
+#include <KvxDevCommon01/platform/Types.h>
+#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxRecording01/Export.h>
+#include <KvxRecording01/Statements.h>
+
+namespace kvx {
+
+/// How the samples of a WAV file are held.
+enum class WavSamples { pcm16, pcm24, floating, doubleFloating };
+
+constexpr bool IsInteger(WavSamples samples) {
+    return samples == WavSamples::pcm16 || samples == WavSamples::pcm24;
+}
+
+struct WavOptions {
+    WavSamples samples = WavSamples::floating;
+    double fullScale = 1.0;  ///< the value that becomes full scale, above 0, in the unit of its channel
+    StatementNames called = {};
+};
+
+/// The rate of samples `delta` seconds apart as a WAV header holds it: whole, to the accuracy of a sampling
+/// clock. Throws Error.
+KVX_RECORDING_API int WavRate(double delta);
+
+/// Turns a channel's samples of the standard unit, block by block, into what a WAV file holds.
+class KVX_RECORDING_API WavScale {
+public:
+    WavScale(std::wstring name, const CUnitCtrl& unit, const WavOptions& options);
+    void Apply(std::span<double> samples);
+    /// Throws Error when integers could not hold the samples so far.
+    void RequireUnclipped() const;
+
+private:
+    std::wstring name_;
+    CUnitCtrl unit_;
+    WavOptions options_;
+    double peak_ = 0.0;
+};
+
+/// Writes a WAV file through a temporary neighbour. Operations throw Error or CFileException.
+class KVX_RECORDING_API WavWriter {
+public:
+    /// Begins a file of `frames` samples in each channel.
+    WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz, WavSamples samples);
+    ~WavWriter();
+    WavWriter(const WavWriter&) = delete;
+    WavWriter& operator=(const WavWriter&) = delete;
+
+    /// Appends `count` samples of each channel, within [-1, 1] (integer samples) or any (floating).
+    void Write(std::span<const double* const> channels, std::size_t count);
+    void Commit();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace kvx

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+//
+// What reads and writes the formats, for their rows in Formats.cpp: one source file per format.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <KvxRecording01/SignalReader.h>
+#include <KvxRecording01/SignalWriter.h>
+
+namespace kvx {
+
+/// The waveforms of a data file.
+std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const SignalChoice& choice);
+
+/// A data file with one record per run and unit, in the order in which the units first appear.
+std::unique_ptr<SignalWriter> CreateDataFileSignal(const std::string& path,
+                                                   const std::vector<SignalRun>& runs,
+                                                   const SignalFileOptions& options);
+
+/// A WAV file, for which there must be one run.
+std::unique_ptr<SignalWriter> CreateWavSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options);
+
+/// A CSV table, for which there must be one run.
+std::unique_ptr<SignalWriter> CreateCsvSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options);
+
+}  // namespace kvx

@@ -1,0 +1,285 @@
+// SPDX-License-Identifier: MIT
+//
+// What is written reads back: signals in every format that is written, and data files as text.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitNames.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/CsvFile.h>
+#include <KvxRecording01/Formats.h>
+#include <KvxRecording01/RecordTable.h>
+#include <KvxRecording01/SignalReader.h>
+
+#include "tests/support/TempFolder.h"
+
+using namespace kvx;
+using namespace std::string_literals;
+
+namespace {
+
+constexpr std::size_t kSamples = 1000;
+constexpr std::array<std::size_t, 3> kByUnit = {0, 2, 1};
+
+/// Sample `i` of channel `c` in its unit: sixteenths, which no format rounds.
+double Level(std::size_t c, std::size_t i) {
+    return static_cast<double>((i * 7 + c * 5) % 33) / 16 - 1;
+}
+
+SignalRun RunIn(std::initializer_list<const char*> units) {
+    SignalRun run = {1, 1.0 / 512, 0, kSamples, {}};
+    for (const char* unit : units) {
+        const std::size_t number = run.channels.size() + 1;
+        run.channels.push_back({L"c" + std::to_wstring(number), NamedUnit(unit), number});
+    }
+    return run;
+}
+
+/// Writes the levels, a different number of them each time.
+void WriteLevels(SignalWriter& writer, const SignalRun& run) {
+    std::vector<std::vector<double>> block(run.channels.size());
+    for (std::size_t done = 0, count = 1; done < kSamples; done += count, count = count * 3 + 1) {
+        count = std::min(count, kSamples - done);
+        std::vector<double*> channels;
+        for (std::size_t c = 0; c < block.size(); ++c) {
+            block[c].resize(count);
+            for (std::size_t i = 0; i < count; ++i) block[c][i] = Level(c, done + i);
+            const CUnitCtrl& unit = run.channels[c].unit;
+            unit.ConvItoD(block[c].data(), block[c].data(), static_cast<__int64>(count), 1.0,
+                          unit.IsSingle());
+            channels.push_back(block[c].data());
+        }
+        writer.Write(0, channels, count);
+    }
+}
+
+std::string KindOf(const std::string& path) {
+    return std::string(RecognizeFile(path).name);
+}
+
+class Writer : public testing::TestWithParam<Format> {
+protected:
+    TempFolder folder_;
+    std::string path_ = (folder_ / "out").string();
+};
+
+TEST_P(Writer, IsReadBackToTheBit) {
+    const SignalRun run = RunIn({"g", "N", "g"});
+    const auto writer =
+        CreateSignalFile(path_, GetParam(), {run}, {L"a text", {WavSamples::doubleFloating, 2.0, {}}});
+    WriteLevels(*writer, run);
+    EXPECT_FALSE(std::filesystem::exists(path_));
+    writer->Commit();
+    EXPECT_EQ(KindOf(path_), RowOf(GetParam()).name);
+
+    RecordingStatements stated;
+    if (GetParam() == Format::wav) {
+        for (const SignalRun::Channel& channel : run.channels) stated.units.push_back(channel.unit);
+        stated.fullScale = 2.0;
+    }
+    const auto reader = OpenSignal(path_, {}, stated);
+    std::string channels;
+    for (std::size_t r = 0; r < reader->Runs().size(); ++r) {
+        const SignalRun& back = reader->Runs()[r];
+        EXPECT_EQ(back.delta, run.delta);
+        ASSERT_EQ(back.samples, kSamples);
+        std::vector<std::vector<double>> samples(back.channels.size(), std::vector<double>(kSamples));
+        std::vector<double*> targets;
+        for (std::vector<double>& channel : samples) targets.push_back(channel.data());
+        ASSERT_EQ(reader->Read(r, targets, kSamples), kSamples);
+        for (std::size_t at = 0; at < samples.size(); ++at) {
+            const auto& [name, unit, number] = back.channels[at];
+            channels += ToUtf8(name) + " " + UnitText(unit) + ", ";
+            // The channels of one unit stand together in a data file.
+            const std::size_t c = GetParam() == Format::dataFile ? kByUnit[number - 1] : number - 1;
+            for (std::size_t i = 0; i < kSamples; ++i)
+                ASSERT_EQ(samples[at][i], unit.ConvItoD(Level(c, i), 1.0, 1)) << c << " " << i;
+        }
+    }
+    EXPECT_EQ(channels, GetParam() == Format::dataFile ? "c1 g, c3 g, c2 N, "
+                        : GetParam() == Format::wav    ? "ch1 g, ch2 N, ch3 g, "
+                                                       : "c1 g, c2 N, c3 g, ");
+}
+
+TEST_P(Writer, LeavesItsTargetAloneWithoutCommit) {
+    folder_.Write("out", "before");
+    WriteLevels(*CreateSignalFile(path_, GetParam(), {RunIn({"g"})}), RunIn({"g"}));
+    EXPECT_EQ(folder_.Read("out"), "before");
+    EXPECT_EQ(folder_.Count(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, Writer, testing::Values(Format::dataFile, Format::wav, Format::text));
+
+/// The sentence with which an operation is refused.
+template <typename Operation>
+std::string Refusal(ErrorKind kind, Operation operation) {
+    try {
+        operation();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.Kind(), kind) << error.what();
+        return error.what();
+    }
+    return "";
+}
+
+TEST(Writers, RefuseWhatTheirFormatCannotHold) {
+    const TempFolder folder;
+    const std::string path = (folder / "out").string();
+    const auto create = [&](Format format, const std::vector<SignalRun>& runs, WavOptions wav = {}) {
+        return [=] { WriteLevels(*CreateSignalFile(path, format, runs, {L"", wav}), runs.front()); };
+    };
+    SignalRun uneven = RunIn({"g"});
+    uneven.delta = 0.3;
+    const SignalRun good = RunIn({"g"});
+    const ErrorKind kind = ErrorKind::kUnsupported;
+    EXPECT_EQ(Refusal(kind, create(Format::wav, {uneven})),
+              "its rate of 3.333333333 Hz is not whole, as a WAV file needs it");
+    EXPECT_EQ(Refusal(kind, create(Format::wav, {good, good})),
+              "a WAV file holds one record; choose it with record");
+    EXPECT_EQ(Refusal(kind, create(Format::text, {good, good})),
+              "a CSV table holds one record; choose it with record");
+    EXPECT_EQ(Refusal(kind, create(Format::flac, {good})), "a FLAC file is only read, not written");
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue, create(Format::wav, {good}, {WavSamples::pcm16, -1.0, {}})),
+              "fullScale is not a number above 0");
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue,
+                      [&] {
+                          const auto writer = CreateSignalFile(path, Format::wav, {good},
+                                                               {L"", {WavSamples::pcm24, 0.5, {}}});
+                          WriteLevels(*writer, good);
+                          writer->Commit();
+                      }),
+              "channel 'c1' would be clipped: it reaches 1 g and full scale is 0.5; raise fullScale");
+    EXPECT_EQ(folder.Count(), 0U);
+}
+
+TEST(Formats, AreFoundByTheEndsOfNames) {
+    const std::pair<const char*, Format> ends[] = {{".vdf2", Format::dataFile}, {".csv", Format::text},
+                                                   {".txt", Format::text},      {".lvm", Format::loggerText},
+                                                   {".wav", Format::wav},       {".flac", Format::flac},
+                                                   {".w64", Format::wave64}};
+    for (const auto& [end, format] : ends) EXPECT_EQ(FormatOfEnd(end), format) << end;
+    EXPECT_EQ(FormatOfEnd(".xlsx"), std::nullopt);
+    EXPECT_EQ(FormatOfEnd(""), std::nullopt);
+    EXPECT_EQ(RecognizeContent("LabVIEW Measurement\t\r\n").format, Format::loggerText);
+    EXPECT_THROW(RowOf(Format::none), Error);
+}
+
+TEST(OpenSignal, TakesStatementsThatSuitTheRecording) {
+    const TempFolder folder;
+    folder.Write("in.csv", "a [g],b\n1,2\n3,4\n");
+    const std::string path = (folder / "in.csv").string();
+    RecordingStatements stated = {.rateHz = 4.0, .units = {NamedUnit("N")}, .names = {L"force"}};
+    const auto reader = OpenSignal(path, {"b"}, stated);
+    EXPECT_EQ(reader->Text(), L"in.csv");
+    EXPECT_EQ(reader->Runs().front().delta, 0.25);
+    const SignalRun::Channel& channel = reader->Runs().front().channels.front();
+    EXPECT_EQ(ToUtf8(channel.name) + " " + UnitText(channel.unit) + " " + std::to_string(channel.number),
+              "force N 2");
+
+    EXPECT_THROW(OpenSignal(path, {}, stated), StatementError);  // one name for two channels
+    stated.names.clear();
+    EXPECT_NO_THROW(OpenSignal(path, {}, stated));  // one unit for all
+    stated.units.resize(3);
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { OpenSignal(path, {}, stated); }),
+              "units gives 3 values for 2 channels");
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { OpenSignal(path); }),
+              "it has no time column; give the sampling rate with rateHz");
+    const ErrorKind kind = ErrorKind::kUnsupported;
+    EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {}, {.rateHz = -4.0}); }),
+              "a sampling rate of -4 Hz cannot be stored");
+    EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {}, {.fullScale = 2.0}); }),
+              "fullScale is for sound files");
+    EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {"", 1}); }), "record is for data files");
+    EXPECT_EQ(Refusal(ErrorKind::kUnknownName, [&] { OpenSignal(path, {"c"}, {.rateHz = 4.0}); }),
+              "there is no channel 'c' among its 2 channels");
+}
+
+// ---- numbers as text ----
+
+TEST(Numbers, AreTheShortestThatAreStoredAlike) {
+    for (const CUnitCtrl::UNIT_CODE code : units::kAll) {
+        const CUnitCtrl unit = SingleUnit(code);
+        for (const char* text :
+             {"1", "-1", "0.1", "3", "20", "1e-07", "123456", "9.80665", "0.3", "-27.077947", "45.299014"}) {
+            double value = 0.0;
+            std::from_chars(text, text + std::string_view(text).size(), value);
+            const double stored = unit.ConvItoD(value, 1.0, 1);
+            if (!std::isfinite(stored)) continue;
+            const std::string number = NumberIn(unit, stored);
+            double back = 0.0;
+            std::from_chars(number.data(), number.data() + number.size(), back);
+            EXPECT_EQ(unit.ConvItoD(back, 1.0, 1), stored) << number << " " << UnitText(unit);
+            EXPECT_LE(number.size(), std::string_view(text).size())
+                << number << " for " << text << " " << UnitText(unit);
+        }
+    }
+    EXPECT_EQ(NumberIn(NamedUnit("N"), 0.1 + 0.2), "0.30000000000000004");
+}
+
+/// A data file of two records on axes of their own, one of them complex.
+std::string WriteRecords(const TempFolder& folder) {
+    const CStringArray names = {L"a", L"b, c"};
+    const double places[] = {1.0, 2.5, 10.0};
+    CDataArrayDouble axis;
+    EXPECT_TRUE(axis.SetData(3, places));
+    CComDataBase values(2, 1, 0, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY), NamedUnit("g"), axis, &names, nullptr);
+    CComDataBase complexes(0.5, 1, 1, 3, 2, 1, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY), NamedUnit("N"), &names,
+                           nullptr);
+    for (__int64 i = 0; i < 3; ++i) {
+        values.GetReal(0, 0)[i] = NamedUnit("g").ConvItoD(static_cast<double>(i) / 10, 1.0, 1);
+        values.GetReal(1, 0)[i] = i == 1 ? kNoValue<double> : 9.80665;
+        complexes.GetReal(0, 0)[i] = static_cast<double>(i);
+        complexes.GetImaginary(0, 0)[i] = -0.25;
+    }
+    const DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, L"text"), {values, complexes}};
+    EXPECT_TRUE(CComDataFile::StoreDataFile((folder / "in.vdf2").wstring().c_str(), content));
+    return (folder / "in.vdf2").string();
+}
+
+std::string CsvOf(RecordTable table) {
+    MemoryStream text;
+    WriteCsv(table, text);
+    const auto bytes = text.Bytes();
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+TEST(RecordTable, BecomesTextWithWhateverAxisAndParts) {
+    const TempFolder folder;
+    const std::string path = WriteRecords(folder);
+    EXPECT_EQ(CsvOf(RecordTable(path, {"", 1})),
+              "frequency [Hz],a [g],\"b, c [g]\"\n1,0,1\n2.5,0.1,\n10,0.2,1\n");
+    RecordTable table(path, {"", 2});
+    table.SetUnit(0, NamedUnit("kN"));
+    EXPECT_FALSE(table.IsWaveform());
+    EXPECT_EQ(CsvOf(std::move(table)),
+              "frequency [Hz],a re [kN],a im [kN]\n1,0,-0.00025\n1.5,0.001,-0.00025\n2,0.002,-0.00025\n");
+    const ErrorKind kind = ErrorKind::kUnsupported;
+    EXPECT_EQ(Refusal(kind, [&] { RecordTable both(path); }),
+              "records 1 and 2 differ in their axis; choose one with record");
+    EXPECT_EQ(Refusal(kind,
+                      [&] {
+                          RecordTable spectrum(path, {"", 1});
+                          RequireWav(spectrum, {});
+                      }),
+              "a WAV file holds time waveforms only; choose CSV");
+    EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path); }), "record 1 is not a time waveform");
+    EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {}, {.rateHz = 5.0}); }),
+              "a data file knows its rate, units and names; the members that state them are for text and "
+              "sound files");
+}
+
+}  // namespace
