@@ -50,6 +50,7 @@
 #include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/files/FileHead.h>
+#include <KvxDevCommon01/files/FileKinds.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
 
 #include <KvxDevCommon01/graph/AutoRange.h>

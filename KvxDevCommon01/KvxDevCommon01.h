@@ -83,6 +83,7 @@
 #include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/files/FileHead.h>
+#include <KvxDevCommon01/files/FileKinds.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
 
 #include <KvxDevCommon01/app/AppFunc.h>

@@ -54,6 +54,13 @@ std::string FormatExact(double value) {
     return std::string(buffer.data(), result.ptr);
 }
 
+std::string HexCode(std::uint32_t code, std::size_t digits) {
+    std::array<char, 8> buffer;
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), code, 16);
+    const std::string text(buffer.data(), result.ptr);
+    return "0x" + std::string(digits - std::min(digits, text.size()), '0') + text;
+}
+
 std::string Count(long long number, std::string_view noun) {
     return std::to_string(number) + " " + std::string(noun) + (number == 1 ? "" : "s");
 }

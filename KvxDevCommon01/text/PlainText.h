@@ -4,6 +4,8 @@
 // and values from outside that may hold anything.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -16,6 +18,9 @@ KVX_API std::string FormatNumber(double value, int digits = 6);
 
 /// The shortest text that reads back as the same double.
 KVX_API std::string FormatExact(double value);
+
+/// A code with at least `digits` hexadecimal digits: "0x20011", "0x00010004".
+KVX_API std::string HexCode(std::uint32_t code, std::size_t digits = 1);
 
 /// "1 channel", "3 channels".
 KVX_API std::string Count(long long number, std::string_view noun);

@@ -3,74 +3,23 @@
 
 #include <algorithm>
 #include <array>
-#include <vector>
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <KvxDevCommon01/text/ItemInfo.h>
 #include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitCtrlList.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <KvxDevCommon01/units/detail/UnitTable.h>
 
 namespace kvx {
 namespace {
 
-struct DimensionName {
-    CUnitCtrl::DIM_CODE code;
-    std::string_view english;
-};
-
-// clang-format off
-constexpr std::array kDimensionNames = {
-    DimensionName{CUnitCtrl::DIM_ACCELERATION,          "acceleration"},
-    DimensionName{CUnitCtrl::DIM_VELOCITY,              "velocity"},
-    DimensionName{CUnitCtrl::DIM_DISPLACEMENT,          "displacement"},
-    DimensionName{CUnitCtrl::DIM_FORCE,                 "force"},
-    DimensionName{CUnitCtrl::DIM_STRAIN,                "strain"},
-    DimensionName{CUnitCtrl::DIM_ANGULAR_VELOCITY,      "angular velocity"},
-    DimensionName{CUnitCtrl::DIM_ANGULAR_ACCELERATION,  "angular acceleration"},
-    DimensionName{CUnitCtrl::DIM_PRESSURE,              "pressure"},
-    DimensionName{CUnitCtrl::DIM_TIME,                  "time"},
-    DimensionName{CUnitCtrl::DIM_FREQUENCY,             "frequency"},
-    DimensionName{CUnitCtrl::DIM_CHARGE,                "charge"},
-    DimensionName{CUnitCtrl::DIM_VOLTAGE,               "voltage"},
-    DimensionName{CUnitCtrl::DIM_TEMPERATURE,           "temperature"},
-    DimensionName{CUnitCtrl::DIM_RATIO,                 "ratio"},
-    DimensionName{CUnitCtrl::DIM_ANGLE,                 "angle"},
-    DimensionName{CUnitCtrl::DIM_CYCLES,                "cycles"},
-    DimensionName{CUnitCtrl::DIM_ENGINEERING_UNIT,      "engineering unit"},
-    DimensionName{CUnitCtrl::DIM_COUNT,                 "count"},
-    DimensionName{CUnitCtrl::DIM_CURRENT,               "current"},
-    DimensionName{CUnitCtrl::DIM_RESISTANCE,            "resistance"},
-    DimensionName{CUnitCtrl::DIM_STANDARD_DEVIATION,    "standard deviation"},
-    DimensionName{CUnitCtrl::DIM_MASS,                  "mass"},
-    DimensionName{CUnitCtrl::DIM_NONE,                  "none"},
-    DimensionName{CUnitCtrl::DIM_HEAT,                  "heat"},
-    DimensionName{CUnitCtrl::DIM_POWER,                 "power"},
-    DimensionName{CUnitCtrl::DIM_TORQUE,                "torque"},
-    DimensionName{CUnitCtrl::DIM_MOMENT_OF_INERTIA,     "moment of inertia"},
-    DimensionName{CUnitCtrl::DIM_CAPACITANCE,           "capacitance"},
-    DimensionName{CUnitCtrl::DIM_CONDUCTANCE,           "conductance"},
-    DimensionName{CUnitCtrl::DIM_INDUCTANCE,            "inductance"},
-    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX,         "magnetic flux"},
-    DimensionName{CUnitCtrl::DIM_MAGNETIC_FLUX_DENSITY, "magnetic flux density"},
-};
-// clang-format on
-
 std::vector<std::string> AllUnitNames() {
     std::vector<std::string> names;
-    CItemInfoList dimensions;
-    CUnitCtrl::GetDimList(0, &dimensions);
-    CItemInfo item;
-    for (__int64 d = 0; dimensions.GetItem(d, &item); ++d) {
-        CItemInfoList units;
-        CUnitCtrl::GetUnitListByDimCode(static_cast<CUnitCtrl::DIM_CODE>(item.GetCode()), &units);
-        for (__int64 u = 0; units.GetItem(u, &item); ++u) {
-            const auto code = static_cast<CUnitCtrl::UNIT_CODE>(item.GetCode());
-            names.push_back(ToUtf8(PlainUnitName(SingleUnit(code))));
-        }
-    }
+    for (const detail::UnitRow& row : detail::Units())
+        names.push_back(ToUtf8(PlainUnitName(SingleUnit(row.code))));
     return names;
 }
 
@@ -88,22 +37,17 @@ std::size_t FindClosingPair(std::wstring_view text) {
     return std::wstring_view::npos;
 }
 
-struct Members {
-    std::array<CUnitCtrl::DIM_CODE, 4> dimensions;
-    std::array<CUnitCtrl::UNIT_CALC, 4> calcs;
-    int single;
-    bool operator==(const Members&) const = default;
+struct SuffixName {
+    std::string_view name;
+    CValConv::UNIT_SUFFIX suffix;
 };
 
-Members MembersOf(const CUnitCtrl& unit) {
-    std::array<CUnitCtrl::UNIT_CODE, 4> codes = {};
-    Members members = {};
-    unit.GetInfo(&codes[0], &members.calcs[0], &members.single, &codes[1], &members.calcs[1], &codes[2],
-                 &members.calcs[2], &codes[3], &members.calcs[3]);
-    std::ranges::transform(codes, members.dimensions.begin(),
-                           [](CUnitCtrl::UNIT_CODE code) { return CUnitCtrl::GetDimCode(code); });
-    return members;
-}
+constexpr std::array kSuffixNames = {
+    SuffixName{"none", CValConv::SUFFIX_NONE},
+    SuffixName{"0-p", CValConv::SUFFIX_ZERO_TO_PEAK},
+    SuffixName{"p-p", CValConv::SUFFIX_PEAK_TO_PEAK},
+    SuffixName{"rms", CValConv::SUFFIX_RMS},
+};
 
 }  // namespace
 
@@ -139,12 +83,10 @@ UnitHeading ParseUnitHeading(std::wstring_view text) {
 
 std::optional<CUnitCtrl> DensityUnit(const CUnitCtrl& unit) {
     using units::kHertz;
-    CUnitCtrl::UNIT_CODE code = CUnitCtrl::UNIT_NONE;
-    CUnitCtrl::UNIT_CALC calc = CUnitCtrl::CALC_PLAIN;
-    unit.GetInfo(&code, &calc, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-    if (!unit.IsSingle() || calc != CUnitCtrl::CALC_PLAIN) return std::nullopt;
-    if (code == CUnitCtrl::UNIT_NONE) return SingleUnit(kHertz, CUnitCtrl::CALC_DIVIDE);
-    return CUnitCtrl(code, CUnitCtrl::CALC_SQUARED, kHertz, CUnitCtrl::CALC_DIVIDE, CUnitCtrl::UNIT_NONE,
+    const UnitPart& part = UnitParts(unit).front();
+    if (!unit.IsSingle() || part.calc != CUnitCtrl::CALC_PLAIN) return std::nullopt;
+    if (part.unit == CUnitCtrl::UNIT_NONE) return SingleUnit(kHertz, CUnitCtrl::CALC_DIVIDE);
+    return CUnitCtrl(part.unit, CUnitCtrl::CALC_SQUARED, kHertz, CUnitCtrl::CALC_DIVIDE, CUnitCtrl::UNIT_NONE,
                      CUnitCtrl::CALC_PLAIN, CUnitCtrl::UNIT_NONE, CUnitCtrl::CALC_PLAIN);
 }
 
@@ -153,19 +95,90 @@ std::optional<CUnitCtrl> TransferUnit(const CUnitCtrl& response, const CUnitCtrl
     return reference == CUnitCtrl::DIM_NONE ? response : CUnitCtrl(response, reference, 1);
 }
 
+bool IsConvertible(const CUnitCtrl& a, const CUnitCtrl& b) {
+    constexpr std::uint32_t kFlags = CUnitCtrl::CALC_SQUARED | CUnitCtrl::CALC_DIVIDE;
+    return std::ranges::equal(UnitParts(a), UnitParts(b), [](const UnitPart& one, const UnitPart& other) {
+        return detail::DimensionOf(one.unit) == detail::DimensionOf(other.unit) &&
+               (one.calc & kFlags) == (other.calc & kFlags);
+    });
+}
+
+double ConvertValue(double value, const CUnitCtrl& from, const CUnitCtrl& to) {
+    const int absolute = from.IsSingle();
+    return to.ConvDtoI(from.ConvItoD(value, 1.0, absolute), 1.0, absolute);
+}
+
+UnitPair NamedUnitPair(std::string_view from, std::string_view to) {
+    UnitPair pair;
+    pair.from = NamedUnit(from);
+    pair.to = NamedUnit(to, DimensionOf(pair.from));
+    if (!IsConvertible(pair.from, pair.to)) {
+        pair.to = NamedUnit(to);
+        pair.from = NamedUnit(from, DimensionOf(pair.to));
+    }
+    if (!IsConvertible(pair.from, pair.to)) {
+        throw Error(ErrorKind::kBadValue,
+                    Quote(from) + " does not convert to " + Quote(to) + ": they are of different dimensions");
+    }
+    return pair;
+}
+
+std::vector<CUnitCtrl> UnitsAlike(const CUnitCtrl& unit) {
+    CUnitCtrlList list;
+    list.MakeConexusUnitListByUnit(unit, 0);
+    std::vector<CUnitCtrl> units(static_cast<std::size_t>(list.GetNum()));
+    for (std::size_t i = 0; i < units.size(); ++i) list.GetUnit(static_cast<__int64>(i), &units[i]);
+    return units;
+}
+
 CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit) {
-    CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
-    unit.GetDimCode(&dimension, nullptr, nullptr, nullptr);
-    return dimension;
+    return detail::DimensionOf(UnitParts(unit).front().unit);
 }
 
 std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension) {
-    const auto row = std::ranges::find(kDimensionNames, dimension, &DimensionName::code);
-    return row != kDimensionNames.end() ? row->english : std::string_view();
+    const detail::DimensionRow* row = detail::FindDimensionRow(dimension);
+    return row != nullptr ? row->english : std::string_view();
 }
 
-bool IsConvertible(const CUnitCtrl& a, const CUnitCtrl& b) {
-    return MembersOf(a) == MembersOf(b);
+std::string DimensionDisplayName(CUnitCtrl::DIM_CODE dimension) {
+    CString name;
+    if (detail::FindDimensionRow(dimension) != nullptr) CUnitCtrl(dimension).GetDimName(&name);
+    return ToUtf8(name);
+}
+
+std::vector<CUnitCtrl::DIM_CODE> AllDimensions() {
+    std::vector<CUnitCtrl::DIM_CODE> dimensions;
+    for (const detail::DimensionRow& row : detail::Dimensions()) dimensions.push_back(row.code);
+    return dimensions;
+}
+
+std::vector<CUnitCtrl::DIM_CODE> FindDimensions(std::string_view text) {
+    std::vector<CUnitCtrl::DIM_CODE> dimensions = AllDimensions();
+    const auto isCalled = [&](CUnitCtrl::DIM_CODE dimension) {
+        return text == DimensionText(dimension) || text == DimensionDisplayName(dimension) ||
+               text == HexCode(dimension, 8);
+    };
+    if (const auto named = std::ranges::find_if(dimensions, isCalled); named != dimensions.end())
+        return {*named};
+    const std::vector<CUnitCtrl::UNIT_CODE> units = FindUnit(FromUtf8(text).value_or(L""));
+    std::erase_if(dimensions, [&](CUnitCtrl::DIM_CODE dimension) {
+        return std::ranges::find(units, dimension, detail::DimensionOf) == units.end();
+    });
+    return dimensions;
+}
+
+std::vector<CUnitCtrl> UnitsOf(CUnitCtrl::DIM_CODE dimension) {
+    std::vector<CUnitCtrl> units;
+    for (const detail::UnitRow& row : detail::UnitsOfDimension(dimension))
+        units.push_back(SingleUnit(row.code));
+    return units;
+}
+
+std::optional<CValConv::UNIT_SUFFIX> FindSuffix(std::string_view name, const CUnitCtrl& unit) {
+    if (name == "usual")
+        return unit.IsSingle() ? CValConv::GetUnitSuffixCode(DimensionOf(unit)) : CValConv::SUFFIX_NONE;
+    const auto row = std::ranges::find(kSuffixNames, name, &SuffixName::name);
+    return row != kSuffixNames.end() ? std::optional(row->suffix) : std::nullopt;
 }
 
 }  // namespace kvx

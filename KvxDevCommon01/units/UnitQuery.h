@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
 // Questions about units: by which name, of which dimension, what the unit of a density or of a transfer
-// function is, and whether values convert. Pure functions, safe from any thread.
+// function is, which values convert, and what there is to choose from. Pure functions, safe from any thread.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/ValConv.h>
 
 namespace kvx {
 
@@ -29,12 +31,6 @@ struct UnitHeading {
 };
 KVX_API UnitHeading ParseUnitHeading(std::wstring_view text);
 
-/// The dimension of a unit's first member.
-KVX_API CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit);
-
-/// The English name of a dimension: "angular velocity"; empty for an unknown one.
-KVX_API std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension);
-
 /// The unit squared per hertz: "g2/Hz"; no value for a unit that is no plain single one.
 KVX_API std::optional<CUnitCtrl> DensityUnit(const CUnitCtrl& unit);
 
@@ -44,5 +40,43 @@ KVX_API std::optional<CUnitCtrl> TransferUnit(const CUnitCtrl& response, const C
 /// Whether both units are single or compounds of the same dimensions, so that values convert from one to the
 /// other.
 KVX_API bool IsConvertible(const CUnitCtrl& a, const CUnitCtrl& b);
+
+/// A value of one unit in another to which it is convertible; temperatures of single units are absolute. It
+/// may be infinite or 0 at the limits of double.
+KVX_API double ConvertValue(double value, const CUnitCtrl& from, const CUnitCtrl& to);
+
+/// Two units of which one converts to the other.
+struct UnitPair {
+    CUnitCtrl from;
+    CUnitCtrl to;
+};
+/// The units of these names; where one of the names means several units, the other one decides. Throws Error:
+/// kUnknownName as NamedUnit does, kBadValue when they are of different dimensions.
+KVX_API UnitPair NamedUnitPair(std::string_view from, std::string_view to);
+
+/// What a selection list offers in place of the unit: the first member in all units of its dimension.
+KVX_API std::vector<CUnitCtrl> UnitsAlike(const CUnitCtrl& unit);
+
+/// The dimension of a unit's first member.
+KVX_API CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit);
+
+/// The English name of a dimension: "angular velocity"; empty for an unknown one.
+KVX_API std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension);
+/// Its name as the suite's programs show it, UTF-8; empty for an unknown one.
+KVX_API std::string DimensionDisplayName(CUnitCtrl::DIM_CODE dimension);
+
+/// All dimensions, in the order in which selection lists offer them.
+KVX_API std::vector<CUnitCtrl::DIM_CODE> AllDimensions();
+
+/// The dimension that a text names: in English, as the programs show it, or by its code "0x00010000"; else
+/// those of the units of that name. Empty when it means none.
+KVX_API std::vector<CUnitCtrl::DIM_CODE> FindDimensions(std::string_view text);
+
+/// The units of a dimension, ascending by code; empty for an unknown one.
+KVX_API std::vector<CUnitCtrl> UnitsOf(CUnitCtrl::DIM_CODE dimension);
+
+/// The amplitude suffix of that name: "none", "0-p", "p-p", "rms" or, for what is customary for the unit,
+/// "usual". No value for any other.
+KVX_API std::optional<CValConv::UNIT_SUFFIX> FindSuffix(std::string_view name, const CUnitCtrl& unit);
 
 }  // namespace kvx

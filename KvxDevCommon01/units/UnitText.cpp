@@ -400,14 +400,13 @@ std::wstring WithoutMarkup(std::wstring_view text) {
 }
 
 std::wstring PlainUnitName(const CUnitCtrl& unit) {
-    std::array<UNIT, kMaxMembers> units{};
-    std::array<CUnitCtrl::UNIT_CALC, kMaxMembers> calcs{};
-    unit.GetInfo(&units[0], &calcs[0], nullptr, &units[1], &calcs[1], &units[2], &calcs[2], &units[3],
-                 &calcs[3]);
+    std::array<UnitPart, kMaxMembers> p{};
+    std::ranges::copy(UnitParts(unit), p.begin());
     CString name;
-    if (units[0] == CUnitCtrl::UNIT_NONE &&
-        calcs[0] != CUnitCtrl::CALC_PLAIN) {  // the square of no unit is none
-        CUnitCtrl(units[0], CUnitCtrl::CALC_PLAIN, units[1], calcs[1], units[2], calcs[2], units[3], calcs[3])
+    if (p[0].unit == CUnitCtrl::UNIT_NONE && p[0].calc != CUnitCtrl::CALC_PLAIN) {
+        // The square of no unit is none.
+        CUnitCtrl(p[0].unit, CUnitCtrl::CALC_PLAIN, p[1].unit, p[1].calc, p[2].unit, p[2].calc, p[3].unit,
+                  p[3].calc)
             .GetUnitName(&name);
     } else {
         unit.GetUnitName(&name);

@@ -2,12 +2,16 @@
 //
 // The catalogue of file kinds, by a checksum over all of it.
 #include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/files/FileKinds.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 
@@ -45,6 +49,25 @@ TEST(FileKinds, AnUnknownKindOrCodeTouchesNothing) {
     EXPECT_EQ(CComHdr::GetExtInfo(CComHdr::EXT_INFO_NONE, &extension, nullptr, nullptr), 0);
     EXPECT_EQ(extension, L"untouched");
     EXPECT_EQ(CComHdr::GetExtInfo(CComHdr::EXT_INFO_LAST, nullptr, nullptr, nullptr), 1);
+}
+
+TEST(FileKinds, AreFoundByNumberCodeExtensionOrAPartOfTheirTexts) {
+    const auto numbers = [](std::string_view text) {
+        std::vector<int> found;
+        for (const kvx::FileKind& kind : kvx::FindFileKinds(text)) found.push_back(kind.type);
+        return found;
+    };
+    EXPECT_EQ(kvx::AllFileKinds().size(), 359U);
+    for (const char* text : {"181", "0x20011", "0X20011"}) EXPECT_EQ(numbers(text), std::vector{181}) << text;
+    const std::vector<int> dataFiles = numbers("vdf2");
+    EXPECT_GT(dataFiles.size(), 1U);
+    EXPECT_EQ(dataFiles, numbers(".VDF2"));
+    const std::vector<int> named = numbers("加振データ");
+    EXPECT_NE(std::ranges::find(named, 181), named.end());
+    EXPECT_TRUE(numbers("no such kind").empty());
+    const kvx::FileKind kind = kvx::FindFileKinds("185").front();
+    EXPECT_EQ(kind.code, 0x21111U);
+    EXPECT_EQ(kind.extension, ".vdf2");
 }
 
 }  // namespace

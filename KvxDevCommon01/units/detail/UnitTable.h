@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
@@ -41,7 +42,8 @@ struct DimensionRow {
     CUnitCtrl::UNIT_CODE standardUnit;
     bool controlAvailable;
     bool measurementAvailable;
-    unsigned int nameId;
+    unsigned int nameId;  ///< display name in the string table
+    std::string_view english;
 };
 
 constexpr CUnitCtrl::DIM_CODE DimensionOf(CUnitCtrl::UNIT_CODE unit) {

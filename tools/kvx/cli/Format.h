@@ -3,16 +3,12 @@
 // Tables as text.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
 #include <KvxDevCommon01/text/PlainText.h>
 
 namespace kvx::tool {
-
-/// A code with at least `digits` hexadecimal digits: "0x20011", "0x00010004".
-std::string HexCode(unsigned int code, std::size_t digits = 1);
 
 /// Columns of a printed table: text is set left, numbers are set right.
 enum class Align { left, right };

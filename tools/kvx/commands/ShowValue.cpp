@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx show-value: a value as the suite shows it, in every unit of its dimension.
-#include <algorithm>
-#include <array>
+#include <fmt/format.h>
 #include <cmath>
 #include <memory>
 #include <optional>
@@ -13,7 +12,7 @@
 #include <KvxDevCommon01/platform/Locale.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/ConvData.h>
-#include <KvxDevCommon01/units/UnitCtrlList.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxDevCommon01/units/ValConv.h>
 
@@ -43,16 +42,11 @@ std::vector<CUnitCtrl> UnitsToShow(const ShowOptions& options, const CUnitCtrl& 
     for (const std::string& name : options.in.empty() ? std::vector<std::string>() : SplitList(options.in)) {
         units.push_back(RequireUnit(name, DimensionOf(from)));
         if (!IsConvertible(from, units.back())) {
-            throw Failure(Quote(options.unit) + " does not convert to " + Quote(name) +
-                          ": they are of different dimensions");
+            throw Failure(fmt::format("{} does not convert to {}: they are of different dimensions",
+                                      Quote(options.unit), Quote(name)));
         }
     }
-    if (!units.empty()) return units;
-    CUnitCtrlList list;
-    list.MakeConexusUnitListByUnit(from, 0);
-    units.resize(static_cast<std::size_t>(list.GetNum()));
-    for (std::size_t i = 0; i < units.size(); ++i) list.GetUnit(static_cast<__int64>(i), &units[i]);
-    return units;
+    return units.empty() ? UnitsAlike(from) : units;
 }
 
 void RunShowValue(const ShowOptions& options, ByteStream& out) {
@@ -61,18 +55,19 @@ void RunShowValue(const ShowOptions& options, ByteStream& out) {
     const bool isAbsolute = from.IsSingle() && !options.isDifference;
     const double held = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
     if (!std::isfinite(held))
-        throw Failure(Quote(options.value) + " " + options.unit + " leaves the range of numbers");
+        throw Failure(fmt::format("{} {} leaves the range of numbers", Quote(options.value), options.unit));
     const CValConv::UNIT_SUFFIX suffix = RequireSuffix(options.suffix, from);
     std::optional<std::wstring> format;
     if (options.format && !(format = FromUtf8(*options.format)))
-        throw ValueError("--format: " + Quote(*options.format) + " is not valid UTF-8");
+        throw ValueError(fmt::format("--format: {} is not valid UTF-8", Quote(*options.format)));
     if (format && !IsNumberFormat(*format))
-        throw ValueError("--format: " + Quote(*options.format) +
-                         " is not a format of one number, such as %.2f, %8.3e or %g");
+        throw ValueError(fmt::format("--format: {} is not a format of one number, such as %.2f, %8.3e or %g",
+                                     Quote(*options.format)));
     if (options.locale && !FindDecimalSign(options.locale->c_str()))
-        throw ValueError("--locale: there is no locale " + Quote(*options.locale) + " on this host");
+        throw ValueError(fmt::format("--locale: there is no locale {} on this host", Quote(*options.locale)));
     if (options.isDifference && !isTemperature)
-        throw ValueError("--difference is for temperatures, and " + Quote(options.unit) + " is not one");
+        throw ValueError(
+            fmt::format("--difference is for temperatures, and {} is not one", Quote(options.unit)));
 
     const char* const locale = options.locale ? options.locale->c_str() : nullptr;
     std::vector<std::vector<std::string>> lines;

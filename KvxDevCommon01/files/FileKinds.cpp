@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/files/FileKinds.h>
+
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/PlainText.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace kvx {
+namespace {
+
+std::string Lower(std::string text) {
+    for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return text;
+}
+
+bool IsCalled(const FileKind& kind, std::string_view wanted) {
+    const std::string_view extension = kind.extension;
+    return wanted == std::to_string(kind.type) || wanted == HexCode(kind.code) || wanted == extension ||
+           (extension.starts_with('.') && wanted == extension.substr(1));
+}
+
+}  // namespace
+
+std::vector<FileKind> AllFileKinds() {
+    std::vector<FileKind> kinds;
+    for (std::uint32_t number = 1; number <= CComHdr::EXT_INFO_LAST; ++number) {
+        const auto type = static_cast<CComHdr::EXT_INFO_TYPE>(number);
+        const CComHdr header(type, nullptr);
+        CString extension, name, application;
+        if (!header.GetExtInfo(&extension, &name)) continue;
+        header.GetAppTypeName(&application);
+        kinds.push_back(
+            {type, header.GetTag().HdrCode, ToUtf8(extension), ToUtf8(application), ToUtf8(name)});
+    }
+    return kinds;
+}
+
+std::vector<FileKind> FindFileKinds(std::string_view text) {
+    const std::vector<FileKind> all = AllFileKinds();
+    const std::string wanted = Lower(std::string(text));
+    std::vector<FileKind> found;
+    std::ranges::copy_if(all, std::back_inserter(found),
+                         [&](const FileKind& kind) { return IsCalled(kind, wanted); });
+    if (!found.empty()) return found;
+    std::ranges::copy_if(all, std::back_inserter(found), [&](const FileKind& kind) {
+        const std::string texts = kind.name + "\n" + kind.application + "\n" + kind.extension;
+        return Lower(texts).find(wanted) != std::string::npos;
+    });
+    return found;
+}
+
+}  // namespace kvx
