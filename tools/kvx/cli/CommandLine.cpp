@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/CommandLine.h"
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
@@ -35,7 +36,7 @@ int ReportUsage(const CLI::App& app, std::string complaint, ExitStatus status) {
     const auto commands = app.get_subcommands();
     const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
     while (complaint.ends_with('\n') || complaint.ends_with('.')) complaint.pop_back();
-    return Report(complaint + "; see 'kvx" + command + " --help'", status);
+    return Report(fmt::format("{}; see 'kvx{} --help'", complaint, command), status);
 }
 
 std::vector<std::string> CommandNames(const CLI::App& app) {
@@ -58,7 +59,7 @@ std::string ExplainExtras(const CLI::App& app) {
         for (const CLI::Option* option : command.get_options()) {
             for (const std::string& known : option->get_lnames()) options.push_back("--" + known);
         }
-        return "there is no option " + Quote(name) + DidYouMean(name, options);
+        return fmt::format("there is no option {}{}", Quote(name), DidYouMean(name, options));
     }
     if (end != extras.end()) extras.erase(end);
     if (extras.empty()) return {};
@@ -68,12 +69,10 @@ std::string ExplainExtras(const CLI::App& app) {
         const std::string& value = option->results().front();
         const std::string near = DidYouMean(value, CommandNames(command));
         if (near.empty()) continue;
-        std::string words = command.get_name();
-        words += ' ';
-        words += value;
-        return "there is no command " + Quote(words) + near;
+        const std::string words = fmt::format("{} {}", command.get_name(), value);
+        return fmt::format("there is no command {}{}", Quote(words), near);
     }
-    return "the argument " + Quote(extras.front()) + " is one too many";
+    return fmt::format("the argument {} is one too many", Quote(extras.front()));
 }
 
 /// The parser would only say that something was not expected.
@@ -83,7 +82,8 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
     const auto named =
         app.get_subcommands([&](const CLI::App* command) { return command->check_name(first); });
     if (!first.starts_with('-') && named.empty()) {
-        throw UsageError("there is no command " + Quote(first) + DidYouMean(first, CommandNames(app)));
+        throw UsageError(
+            fmt::format("there is no command {}{}", Quote(first), DidYouMean(first, CommandNames(app))));
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Failure.h"
 
-#include <new>
+#include <fmt/format.h>
 
 namespace kvx::tool {
 
@@ -21,8 +21,8 @@ void ThrowFailure(std::string_view verb, std::string_view path) {
         throw;
     } catch (...) {
         const std::string stream = verb == "write" ? "to standard output" : "standard input";
-        throw Failure("cannot " + std::string(verb) + " " + (path == "-" ? stream : Quote(path)) + ": " +
-                      Explain(Error::Current()));
+        throw Failure(fmt::format("cannot {} {}: {}", verb, path == "-" ? stream : Quote(path),
+                                  Explain(Error::Current())));
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/Options.h"
 
+#include <fmt/format.h>
 #include <charconv>
 #include <cmath>
 #include <functional>
@@ -28,7 +29,7 @@ std::optional<double> ParseNumber(std::string_view text) {
 Complaint NumberCheck(const std::string& wanted, const std::function<bool(double)>& holds) {
     return [wanted, holds](const std::string& text) {
         const std::optional<double> value = ParseNumber(text);
-        return value && holds(*value) ? std::string() : Quote(text) + " is not " + wanted;
+        return value && holds(*value) ? std::string() : fmt::format("{} is not {}", Quote(text), wanted);
     };
 }
 
@@ -52,8 +53,7 @@ Complaint NonNegativeNumber() {
 }
 
 Complaint WholeNumber(std::int64_t least, std::int64_t most) {
-    const std::string wanted = "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
-    return NumberCheck(wanted, [=](double v) {
+    return NumberCheck(fmt::format("a whole number from {} to {}", least, most), [=](double v) {
         return v == std::floor(v) && v >= static_cast<double>(least) && v <= static_cast<double>(most);
     });
 }
@@ -63,14 +63,12 @@ Complaint FiniteNumber() {
 }
 
 std::string JoinList(const std::vector<std::string>& names) {
-    std::string list;
-    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
-    return list;
+    return fmt::format("{}", fmt::join(names, ", "));
 }
 
 std::string NoSuchName(std::string_view name, const std::vector<std::string>& names) {
     const std::string near = DidYouMean(name, names);
-    return "there is no " + Quote(name) + (near.empty() ? ", only " + JoinList(names) : near);
+    return fmt::format("there is no {}{}", Quote(name), near.empty() ? ", only " + JoinList(names) : near);
 }
 
 double ParseArgument(std::string_view text) {
@@ -93,8 +91,8 @@ std::vector<std::string> SpreadList(std::string_view option, std::string_view li
     std::vector<std::string> pieces = SplitList(list);
     if (pieces.size() == 1) pieces.resize(count, pieces.front());
     if (pieces.size() != count) {
-        throw ValueError(std::string(option) + " gives " + Count(std::ssize(pieces), "value") + " for " +
-                         Count(static_cast<long long>(count), "channel"));
+        throw ValueError(fmt::format("{} gives {} for {}", option, Count(std::ssize(pieces), "value"),
+                                     Count(static_cast<long long>(count), "channel")));
     }
     return pieces;
 }
@@ -120,14 +118,15 @@ std::vector<std::size_t> ChooseChannels(std::string_view choice, const std::vect
             last = TakeIndex(&rest);
         }
         if (!first || !last || !rest.empty() || *first < 1 || *last < *first || *last > names.size()) {
-            throw Error(ErrorKind::kBadValue, "there is no channel " + Quote(piece) + " among its " +
-                                                  Count(std::ssize(names), "channel"));
+            throw Error(ErrorKind::kUnknownName,
+                        fmt::format("there is no channel {} among its {}", Quote(piece),
+                                    Count(std::ssize(names), "channel")));
         }
         for (std::size_t number = *first; number <= *last; ++number) chosen.push_back(number - 1);
     }
     for (auto at = chosen.begin(); at != chosen.end(); ++at) {
         if (std::find(chosen.begin(), at, *at) != at) {
-            throw Error(ErrorKind::kBadValue, "channel " + std::to_string(*at + 1) + " is chosen twice");
+            throw Error(ErrorKind::kBadValue, fmt::format("channel {} is chosen twice", *at + 1));
         }
     }
     return chosen;
