@@ -19,6 +19,7 @@
 #include <KvxDevCommon01/platform/Program.h>
 #include <KvxDevCommon01/platform/Progress.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
+#include <KvxDevCommon01/platform/Version.h>
 
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>

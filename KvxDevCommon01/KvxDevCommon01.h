@@ -25,6 +25,7 @@
 #include <KvxDevCommon01/platform/Thread.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/platform/UserInterface.h>
+#include <KvxDevCommon01/platform/Version.h>
 #include <KvxDevCommon01/platform/Window.h>
 
 #include <KvxDevCommon01/resources/StringTable.h>

@@ -14,6 +14,7 @@
 #include <KvxDevCommon01/files/detail/FirstGenerationCodes.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Version.h>
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/text/Character.h>
 
@@ -24,7 +25,23 @@ namespace {
 constexpr std::uint32_t kMagic = 0x51372D32;       // "Q7-2"
 constexpr std::uint32_t kFirstMagic = 0x434F4D52;  // "RMOC" on disk
 constexpr std::uint32_t kNoCode = 0xFFFFFFFF;
-constexpr std::uint32_t kMasterVersion = 23U << 24 | 0U << 16 | 0U << 8 | 0U;
+
+/// The library's version as a header states it: a byte each for the major, minor, third and fourth number.
+consteval std::uint32_t MasterVersion() {
+    std::uint32_t version = 0;
+    std::uint32_t number = 0;
+    int shift = 24;
+    for (const char c : kvx::kVersion) {
+        if (c == '.') {
+            version |= number << shift;
+            shift -= 8;
+            number = 0;
+        } else {
+            number = 10 * number + static_cast<std::uint32_t>(c - '0');
+        }
+    }
+    return version | number << shift;
+}
 
 // What generation a data file is of, whatever its application.
 constexpr std::uint32_t kSecondGenerationData = 0x20011;
@@ -140,7 +157,7 @@ void CComHdr::LclInit() {
     tag_ = {};
     tag_.Magic = kMagic;
     tag_.HdrCode = kNoCode;
-    tag_.MasterVersion = kMasterVersion;
+    tag_.MasterVersion = MasterVersion();
 }
 
 void CComHdr::LclSetName(const CString& name) {

@@ -14,6 +14,7 @@
 
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Version.h>
 #include <KvxDevCommon01/text/NearNames.h>
 
 #include "cli/Failure.h"
@@ -91,7 +92,7 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
 
 int RunCommandLine(int argc, const char* const* argv) {
     CLI::App app("Imports, describes, analyses and exports vibration data files (.vdf2).", "kvx");
-    app.set_version_flag("--version", "kvx " KVX_VERSION);
+    app.set_version_flag("--version", fmt::format("kvx {}", kVersion));
     app.get_formatter()->column_width(28);
     app.footer(
         "'kvx COMMAND --help' tells more about a command and ends with an example. A file called - is\n"
