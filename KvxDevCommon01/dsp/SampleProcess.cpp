@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 
 namespace kvx {
 namespace {
@@ -104,7 +105,7 @@ void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std
     for (bool isOver = false; !isOver;) {
         const std::size_t count = read(in, room);
         isOver = count == 0;
-        for (std::size_t c = 0; c < channels; ++c) {
+        ForEachInParallel(channels, [&](std::size_t c) {
             results[c].clear();
             if (isOver) {
                 processes[c]->Finish(results[c]);
@@ -112,7 +113,7 @@ void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std
                 processes[c]->Feed({in[c], count}, results[c]);
             }
             out[c] = results[c].data();
-        }
+        });
         const std::size_t due = results.front().size();
         if (std::ranges::any_of(results, [due](const auto& channel) { return channel.size() != due; })) {
             throw Error(ErrorKind::kBadValue,

@@ -69,8 +69,8 @@ using ReadBlock = std::function<std::size_t(std::span<double* const> channels, s
 using WriteBlock = std::function<void(std::span<double* const> channels, std::size_t count)>;
 
 /// Takes the channels of a signal, one per process, from `read` through their processes to `write` in blocks
-/// of at most `room` >= 1 samples. Throws what these throw, and Error when the channels do not come out
-/// equally long.
+/// of at most `room` >= 1 samples. The processes work side by side on all cores, `read` and `write` in turn
+/// with them. Throws what these throw, and Error when the channels do not come out equally long.
 KVX_API void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std::size_t room,
                           const ReadBlock& read, const WriteBlock& write);
 
