@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Filters a signal in blocks, as it comes from a recorder: two channels at 8192 Hz with a vibration at 40 Hz, an
-// offset and a disturbance at 3000 Hz lose the offset and the disturbance and leave at a quarter of the rate. Nothing
-// of the signal is kept but what the filters remember.
+// Filters a signal in blocks, as it comes from a recorder: two channels at 8192 Hz with a vibration at 40 Hz,
+// an offset and a disturbance at 3000 Hz lose the offset and the disturbance and leave at a quarter of the
+// rate. Nothing of the signal is kept but what the filters remember.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

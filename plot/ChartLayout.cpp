@@ -57,6 +57,18 @@ Rect OnPixels(const Rect& rect) {
     return {middle(rect.left), middle(rect.top), middle(rect.right), middle(rect.bottom)};
 }
 
+/// Room beside a plot: from the left and the right edge of its area.
+struct PlotMargins {
+    double left = 0.0;
+    double right = 0.0;
+
+    bool operator==(const PlotMargins&) const = default;
+};
+
+PlotMargins MarginsOf(const ChartLayout& layout) {
+    return {layout.plot.left - layout.area.left, layout.area.right - layout.plot.right};
+}
+
 /// What a chart is laid out in.
 struct Frame {
     Rect area;
@@ -427,46 +439,29 @@ double LetterSizeFor(Size size, double pointLength) {
     return kLetterPoints * pointLength * std::clamp(std::sqrt(std::max(ratio, 0.0)), 0.75, 4.0);
 }
 
-namespace {
-
-/// The size that the chart asks for, else that which suits the area.
-double LettersOf(const Chart& chart, Size area, double pointLength) {
-    return chart.letterSize > 0.0 ? chart.letterSize : LetterSizeFor(area, pointLength);
-}
-
-}  // namespace
-
 ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
                         const TextMeasure& measure) {
-    const double letterSize = LettersOf(chart, {area.Width(), area.Height()}, pointLength);
+    const double letterSize =
+        chart.letterSize > 0.0 ? chart.letterSize : LetterSizeFor({area.Width(), area.Height()}, pointLength);
     return LayOutIn({area, letterSize}, chart, pointLength, measure);
 }
 
-PlotMargins WidestMargins(std::span<const ChartLayout> layouts) {
-    PlotMargins widest;
-    for (const ChartLayout& layout : layouts) {
-        widest.left = std::max(widest.left, layout.plot.left - layout.area.left);
-        widest.right = std::max(widest.right, layout.area.right - layout.plot.right);
-    }
-    return widest;
-}
-
-std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,
-                                     double pointLength, const TextMeasure& measure,
-                                     const PlotMargins& least) {
-    const std::size_t count = std::min(charts.size(), areas.size());
-    if (count == 0) return {};
-    const Size whole{areas[0].Width(), areas[count - 1].bottom - areas[0].top};
-    const double letterSize = LettersOf(charts[0], whole, pointLength);
-    const auto layOut = [&](const PlotMargins& margins) {
-        std::vector<ChartLayout> stack;
-        for (std::size_t i = 0; i < count; ++i) {
-            stack.push_back(LayOutIn({areas[i], letterSize, margins}, charts[i], pointLength, measure));
-        }
-        return stack;
+std::vector<ChartLayout> LayOutInLine(std::span<const ChartPlace> places, double pointLength,
+                                      const TextMeasure& measure) {
+    const auto layOut = [&](const ChartPlace& place, const PlotMargins& least) {
+        return LayOutIn({place.area, place.letterSize, least}, *place.chart, pointLength, measure);
     };
-    // First each as it likes, then all with the most that one of them needs.
-    return layOut(WidestMargins(layOut(least)));
+    // First each as it likes, then those that have less than the widest margins with these.
+    std::vector<ChartLayout> layouts;
+    PlotMargins widest;
+    for (const ChartPlace& place : places) {
+        const PlotMargins own = MarginsOf(layouts.emplace_back(layOut(place, {})));
+        widest = {std::max(widest.left, own.left), std::max(widest.right, own.right)};
+    }
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (MarginsOf(layouts[i]) != widest) layouts[i] = layOut(places[i], widest);
+    }
+    return layouts;
 }
 
 }  // namespace kvx::plot

@@ -71,18 +71,15 @@ KVX_PLOT_API double LetterSizeFor(Size size, double pointLength);
 KVX_PLOT_API ChartLayout LayOutChart(const Chart& chart, const Rect& area, double pointLength,
                                      const TextMeasure& measure);
 
-/// Room beside a plot: from the left and the right edge of its area.
-struct PlotMargins {
-    double left = 0.0;
-    double right = 0.0;
+/// Where a chart is to stand.
+struct ChartPlace {
+    const Chart* chart = nullptr;
+    Rect area;
+    double letterSize = 0.0;  ///< in canvas units
 };
-/// The margins of the plot with the widest on either side.
-KVX_PLOT_API PlotMargins WidestMargins(std::span<const ChartLayout> layouts);
-
-/// Lays out charts one below the other, each in its area, with letters of one size and the left and right
-/// edges of the plots in line; the margins are at least `least`.
-KVX_PLOT_API std::vector<ChartLayout> LayOutStack(std::span<const Chart> charts, std::span<const Rect> areas,
-                                                  double pointLength, const TextMeasure& measure,
-                                                  const PlotMargins& least = {});
+/// Lays out charts that stand below or beside each other: each plot is as far from the left and right edges
+/// of its area as the plot that needs the most room there.
+KVX_PLOT_API std::vector<ChartLayout> LayOutInLine(std::span<const ChartPlace> places, double pointLength,
+                                                   const TextMeasure& measure);
 
 }  // namespace kvx::plot

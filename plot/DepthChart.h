@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // DepthChart: slices one behind the other, described in shown values: what a waterfall or colour map consists
-// of when its settings, units and data are resolved (see DepthGraph.h), and what any other data can be drawn
+// of when its settings, units and data are resolved (see Graph.h), and what any other data can be drawn
 // with.
 #pragma once
 

@@ -3,11 +3,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 #include <utility>
 
 #include <KvxDevCommon01/graph/PaneLayout.h>
 #include <KvxPlot01/ChartDrawing.h>
+#include <KvxPlot01/ColorMap.h>
+#include <KvxPlot01/Waterfall.h>
+#include <KvxPlot01/detail/ResolvedCharts.h>
+#include <KvxPlot01/detail/SlicesInDepth.h>
 
 namespace kvx::plot {
 namespace {
@@ -19,110 +24,157 @@ constexpr double kNoteGap = 0.4;  // over the size of the letters
 constexpr double kTitleSize = 1.25;
 constexpr double kHeightForTexts = 24.0;
 
-}  // namespace
+/// The places of a pane's charts, one below the other.
+std::vector<Rect> ChartAreas(const Rect& pane, std::size_t charts) {
+    if (charts == 1) return {pane};
+    const double middle = std::round(pane.top + kUpperShare * pane.Height());
+    return {{pane.left, pane.top, pane.right, middle}, {pane.left, middle, pane.right, pane.bottom}};
+}
 
-GraphLayout LayOutGraph(const GraphView& view, const GraphCharts& charts, const Rect& area,
-                        double pointLength, const TextMeasure& measure) {
+/// Everything but the charts.
+GraphLayout Arrange(const ResolvedGraph& graph, Size size, double letterSize, double pointLength,
+                    const TextMeasure& measure) {
     GraphLayout layout;
-    layout.area = area;
-    const double wanted = view.content->letterSize;
-    const double em = wanted > 0.0 ? wanted : LetterSizeFor({area.Width(), area.Height()}, pointLength);
-    Rect room = area;
-    const auto addLine = [&](const std::wstring& text, double size, Align across) {
-        std::wstring cut = CutText(text, size, area.Width() - 2.0 * em, measure);
-        const double x = across == Align::kMiddle ? area.Center().x : area.left + em;
+    layout.area = {0.0, 0.0, size.width, size.height};
+    const double em = letterSize > 0.0 ? letterSize : LetterSizeFor(size, pointLength);
+    Rect room = layout.area;
+    const auto addLine = [&](const std::wstring& text, double textSize, Align across) {
+        std::wstring cut = CutText(text, textSize, size.width - 2.0 * em, measure);
+        const double x = across == Align::kMiddle ? layout.area.Center().x : layout.area.left + em;
         PlacedText placed = PlaceText(std::move(cut), {x, room.top + kNoteGap * em},
-                                      {size, 0, across, Align::kStart}, measure);
+                                      {textSize, 0, across, Align::kStart}, measure);
         room.top = placed.box.bottom;
         return placed;
     };
     // A small picture is for the plots.
-    const bool hasRoom = area.Height() > kHeightForTexts * em;
-    if (hasRoom && view.param->m_frame.title && !view.param->m_z.title.empty()) {
-        layout.title = addLine(view.param->m_z.title, kTitleSize * em, Align::kMiddle);
+    if (size.height > kHeightForTexts * em) {
+        if (!graph.GetTitle().empty())
+            layout.title = addLine(graph.GetTitle(), kTitleSize * em, Align::kMiddle);
+        for (const std::wstring& note : graph.GetNotes())
+            layout.notes.push_back(addLine(note, em, Align::kStart));
     }
-    const CGraphConfigInfo& config = *view.info->GetGraphConfigInfo();
-    if (hasRoom && config.IsDispTestTime() && !view.content->testTime.empty()) {
-        layout.notes.push_back(addLine(view.content->testTime, em, Align::kStart));
-    }
-    if (hasRoom && config.IsDispStat() && !view.content->status.empty()) {
-        layout.notes.push_back(addLine(view.content->status, em, Align::kStart));
-    }
-
-    const auto paneNum = static_cast<__int64>(charts.GetPanes().size());
-    const PaneGrid grid = TilePanes(paneNum, room.Width(), room.Height(), kPaneAspect);
-    for (__int64 i = 0; i < paneNum; ++i) {
-        const auto edge = [](double from, double to, __int64 index, __int64 count) {
-            return std::round(from + (to - from) * static_cast<double>(index) / static_cast<double>(count));
-        };
-        const __int64 column = i % grid.columns;
-        const __int64 row = i / grid.columns;
+    const std::vector<GraphPane>& panes = graph.GetPanes();
+    const PaneGrid grid = TilePanes(std::ssize(panes), room.Width(), room.Height(), kPaneAspect);
+    const auto edge = [](double from, double to, __int64 index, __int64 count) {
+        return std::round(from + (to - from) * static_cast<double>(index) / static_cast<double>(count));
+    };
+    for (std::size_t i = 0; i < panes.size(); ++i) {
+        const __int64 column = static_cast<__int64>(i) % grid.columns;
+        const __int64 row = static_cast<__int64>(i) / grid.columns;
         const Rect pane{edge(room.left, room.right, column, grid.columns),
                         edge(room.top, room.bottom, row, grid.rows),
                         edge(room.left, room.right, column + 1, grid.columns),
                         edge(room.top, room.bottom, row + 1, grid.rows)};
-        std::vector<Rect>& areas = layout.paneAreas.emplace_back();
-        if (charts.GetPanes()[static_cast<std::size_t>(i)].charts.size() == 1) {
-            areas = {pane};
-            continue;
-        }
-        const double middle = std::round(pane.top + kUpperShare * pane.Height());
-        areas = {{pane.left, pane.top, pane.right, middle}, {pane.left, middle, pane.right, pane.bottom}};
+        layout.paneAreas.push_back(ChartAreas(pane, panes[i].charts.size()));
     }
     return layout;
 }
 
-namespace {
-
-/// The layouts of each pane's charts.
-std::vector<std::vector<ChartLayout>> LayOutPanes(const GraphCharts& charts, const GraphLayout& layout,
-                                                  const Canvas& canvas, const PlotMargins& least) {
-    std::vector<std::vector<ChartLayout>> panes;
-    for (std::size_t i = 0; i < layout.paneAreas.size(); ++i) {
-        panes.push_back(LayOutStack(charts.GetPanes()[i].charts, layout.paneAreas[i], canvas.GetPointLength(),
-                                    canvas, least));
-    }
-    return panes;
-}
-
-GraphLayout LayOutOver(const GraphView& view, const GraphCharts& charts, const Canvas& canvas) {
-    const auto [width, height] = canvas.GetSize();
-    return LayOutGraph(view, charts, {0.0, 0.0, width, height}, canvas.GetPointLength(), canvas);
-}
-
-PlotMargins WidestOf(const std::vector<std::vector<ChartLayout>>& panes, PlotMargins widest) {
-    for (const std::vector<ChartLayout>& pane : panes) {
-        const PlotMargins margins = WidestMargins(pane);
-        widest = {std::max(widest.left, margins.left), std::max(widest.right, margins.right)};
-    }
-    return widest;
-}
-
 }  // namespace
 
-PlotMargins GraphMargins(const GraphView& view, const Canvas& canvas) {
-    const GraphCharts charts(view);
-    if (charts.GetPanes().empty()) return {};
-    return WidestOf(LayOutPanes(charts, LayOutOver(view, charts, canvas), canvas, {}), {});
+struct ResolvedGraph::Content {
+    std::optional<detail::FlatGraph> flat;  // of a graph with depth; its charts refer to it
+    detail::ResolvedCharts charts;
+    std::vector<std::vector<DepthChart>> stacks;  // as the panes; none in two dimensions
+    bool isWaterfall = false;
+    std::wstring title;
+    std::vector<std::wstring> notes;
+    ChartColors colors;
+};
+
+ResolvedGraph::ResolvedGraph(const GraphView& view) {
+    detail::RequireConsistent(view);
+    const CGraphParam& param = *view.param;
+    const auto content = std::make_shared<Content>();
+    if (param.m_z.dispType == CGraphParam::GRAPHDISP_2D) {
+        content->charts = detail::ResolveCharts(view);
+    } else {
+        const detail::FlatGraph& flat = content->flat.emplace(view);
+        content->charts = detail::ResolveCharts(flat.View());
+        content->stacks = detail::StackSlices(view, flat, content->charts.panes);
+        content->isWaterfall = param.m_z.dispType == CGraphParam::GRAPHDISP_WATERFALL;
+    }
+    if (param.m_frame.title) content->title = param.m_z.title;
+    const CGraphConfigInfo& config = *view.info->GetGraphConfigInfo();
+    const auto addNote = [&](BOOL isWanted, const std::wstring& text) {
+        if (isWanted && !text.empty()) content->notes.push_back(text);
+    };
+    addNote(config.IsDispTestTime(), view.content->testTime);
+    addNote(config.IsDispStat(), view.content->status);
+    content->colors = {view.info->GetGraphColorInfo(), view.output};
+    content_ = content;
 }
 
-int DrawGraph(const GraphView& view, Canvas& canvas, const PlotMargins& least) {
-    const GraphCharts charts(view);
-    if (charts.GetPanes().empty()) return 0;
-    const GraphLayout layout = LayOutOver(view, charts, canvas);
-    const PlotMargins margins = WidestOf(LayOutPanes(charts, layout, canvas, least), least);
-    const std::vector<std::vector<ChartLayout>> panes = LayOutPanes(charts, layout, canvas, margins);
+const std::vector<GraphPane>& ResolvedGraph::GetPanes() const {
+    return content_->charts.panes;
+}
 
-    const ChartColors colors{view.info->GetGraphColorInfo(), view.output};
+bool ResolvedGraph::HasDepth() const {
+    return content_->flat.has_value();
+}
+
+const std::wstring& ResolvedGraph::GetTitle() const {
+    return content_->title;
+}
+
+const std::vector<std::wstring>& ResolvedGraph::GetNotes() const {
+    return content_->notes;
+}
+
+void ResolvedGraph::Draw(const GraphLayout& layout, Canvas& canvas) const {
+    const ChartColors& colors = content_->colors;
     canvas.FillRect(layout.area, colors.Of(CGraphColorInfo::COMPO_WINDOW_BACK));
-    for (std::size_t i = 0; i < panes.size(); ++i) {
-        const std::vector<Chart>& pane = charts.GetPanes()[i].charts;
-        for (std::size_t k = 0; k < pane.size(); ++k) DrawChart(pane[k], panes[i][k], colors, canvas);
+    for (std::size_t i = 0; i < GetPanes().size(); ++i) {
+        const std::vector<Chart>& charts = GetPanes()[i].charts;
+        for (std::size_t k = 0; k < charts.size(); ++k) {
+            if (!HasDepth()) {
+                DrawChart(charts[k], layout.charts[i][k], colors, canvas);
+            } else if (content_->isWaterfall) {
+                DrawWaterfall(content_->stacks[i][k], layout.paneAreas[i][k], colors, canvas);
+            } else {
+                DrawColorMap(content_->stacks[i][k], layout.paneAreas[i][k], colors, canvas);
+            }
+        }
     }
     const COLORREF text = colors.Of(CGraphColorInfo::COMPO_TEXT);
     if (layout.title) DrawPlacedText(*layout.title, text, canvas);
     for (const PlacedText& note : layout.notes) DrawPlacedText(note, text, canvas);
-    return 1;
+}
+
+std::vector<GraphLayout> LayOutGraphs(std::span<const ResolvedGraph> graphs, std::span<const Size> sizes,
+                                      double letterSize, double pointLength, const TextMeasure& measure) {
+    std::vector<GraphLayout> layouts;
+    std::vector<ChartPlace> places;
+    for (std::size_t i = 0; i < graphs.size(); ++i) {
+        const ResolvedGraph& graph = graphs[i];
+        const GraphLayout& layout =
+            layouts.emplace_back(Arrange(graph, sizes[i], letterSize, pointLength, measure));
+        for (std::size_t pane = 0; pane < layout.paneAreas.size() && !graph.HasDepth(); ++pane) {
+            const std::vector<Rect>& areas = layout.paneAreas[pane];
+            const Size whole{areas.front().Width(), areas.back().bottom - areas.front().top};
+            const double letters = letterSize > 0.0 ? letterSize : LetterSizeFor(whole, pointLength);
+            for (std::size_t k = 0; k < areas.size(); ++k)
+                places.push_back({&graph.GetPanes()[pane].charts[k], areas[k], letters});
+        }
+    }
+    std::vector<ChartLayout> charts = LayOutInLine(places, pointLength, measure);
+    auto next = charts.begin();
+    for (std::size_t i = 0; i < graphs.size(); ++i) {
+        for (std::size_t pane = 0; pane < layouts[i].paneAreas.size() && !graphs[i].HasDepth(); ++pane) {
+            const auto end = next + std::ssize(layouts[i].paneAreas[pane]);
+            layouts[i].charts.emplace_back(std::move_iterator(next), std::move_iterator(end));
+            next = end;
+        }
+    }
+    return layouts;
+}
+
+void DrawGraph(const GraphView& view, Canvas& canvas) {
+    const ResolvedGraph graph(view);
+    const Size size = canvas.GetSize();
+    const std::vector<GraphLayout> layouts =
+        LayOutGraphs({&graph, 1}, {&size, 1}, 0.0, canvas.GetPointLength(), canvas);
+    graph.Draw(layouts.front(), canvas);
 }
 
 }  // namespace kvx::plot

@@ -10,9 +10,9 @@
 #include <map>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <utility>
 
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxPlot01/CairoCanvas.h>
 #include <KvxPlot01/detail/JpegEncoder.h>
@@ -22,6 +22,7 @@ namespace kvx::plot {
 namespace {
 
 constexpr double kPointsPerInch = 72.0;
+constexpr double kMillimetresPerInch = 25.4;
 constexpr double kMaxResolution = 10'000.0;
 
 struct SurfaceDeleter {
@@ -59,9 +60,13 @@ bool AreGood(PictureFormat format, const PictureOptions& options) {
     return options.jpegQuality >= 1 && options.jpegQuality <= 100;
 }
 
-PictureResult ResultOf(cairo_status_t status) {
-    if (status == CAIRO_STATUS_SUCCESS) return {};
-    return {status == CAIRO_STATUS_NO_MEMORY ? PictureError::kNoMemory : PictureError::kNotDrawn};
+[[noreturn]] void Refuse() {
+    throw Error(ErrorKind::kHost, "it could not be drawn");
+}
+
+void RequireSuccess(cairo_status_t status) {
+    if (status == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
+    if (status != CAIRO_STATUS_SUCCESS) Refuse();
 }
 
 Surface CreateSurface(PictureFormat format, Size size, std::string* bytes) {
@@ -104,45 +109,25 @@ void NumberAnew(std::string* svg) {
 }
 
 /// Turns what is on the surface into the bytes of the file.
-PictureResult Finish(PictureFormat format, const PictureOptions& options, cairo_surface_t* surface,
-                     std::string* bytes) {
+void Finish(PictureFormat format, const PictureOptions& options, cairo_surface_t* surface,
+            std::string* bytes) {
     switch (format) {
-        case PictureFormat::kPng: {
-            const PictureResult result =
-                ResultOf(cairo_surface_write_to_png_stream(surface, AppendBytes, bytes));
-            if (result) SetPngResolution(options.pixelsPerInch, bytes);
-            return result;
-        }
+        case PictureFormat::kPng:
+            RequireSuccess(cairo_surface_write_to_png_stream(surface, AppendBytes, bytes));
+            SetPngResolution(options.pixelsPerInch, bytes);
+            break;
         case PictureFormat::kJpeg: {
             const ImageView image = {
                 cairo_image_surface_get_data(surface), cairo_image_surface_get_width(surface),
                 cairo_image_surface_get_height(surface), cairo_image_surface_get_stride(surface)};
-            const bool isEncoded = EncodeJpeg(image, options.jpegQuality, options.pixelsPerInch, bytes);
-            return {isEncoded ? PictureError::kNone : PictureError::kNotDrawn};
+            if (!EncodeJpeg(image, options.jpegQuality, options.pixelsPerInch, bytes)) Refuse();
+            break;
         }
         default:
             cairo_surface_finish(surface);
+            RequireSuccess(cairo_surface_status(surface));
             if (format == PictureFormat::kSvg) NumberAnew(bytes);
-            return ResultOf(cairo_surface_status(surface));
     }
-}
-
-PictureResult Make(PictureFormat format, const PictureOptions& options,
-                   const std::function<void(Canvas&)>& draw, std::string* bytes) {
-    Size size = options.size;
-    if (format != PictureFormat::kPdf) size = {std::floor(size.width), std::floor(size.height)};
-    const double pointLength = format == PictureFormat::kPdf ? 1.0 : options.pixelsPerInch / kPointsPerInch;
-    const Surface surface = CreateSurface(format, size, bytes);
-    const Context context(cairo_create(surface.get()));
-    if (PictureResult result = ResultOf(cairo_status(context.get())); !result) return result;
-    {
-        CairoCanvas canvas(context.get(), size, pointLength, HasPixels(format));
-        canvas.FillRect({0.0, 0.0, size.width, size.height}, kvx::Rgb(255, 255, 255));
-        draw(canvas);
-    }
-    if (PictureResult result = ResultOf(cairo_status(context.get())); !result) return result;
-    cairo_surface_flush(surface.get());
-    return Finish(format, options, surface.get(), bytes);
 }
 
 }  // namespace
@@ -167,35 +152,51 @@ std::optional<PictureFormat> PictureFormatOf(std::wstring_view path) {
     return std::nullopt;
 }
 
-PictureResult MakePicture(PictureFormat format, const PictureOptions& options,
-                          const std::function<void(Canvas&)>& draw, std::string* bytes) {
-    bytes->clear();
-    if (!AreGood(format, options)) return {PictureError::kBadOptions};
-    PictureResult result;
-    try {
-        result = Make(format, options, draw, bytes);
-    } catch (const std::bad_alloc&) {
-        result.error = PictureError::kNoMemory;
-    } catch (const std::length_error&) {
-        result.error = PictureError::kNoMemory;
-    }
-    if (!result) bytes->clear();
-    return result;
+Size PixelsOf(Size millimetres, double pixelsPerInch) {
+    const double pixelsPerMm = pixelsPerInch / kMillimetresPerInch;
+    return {millimetres.width * pixelsPerMm, millimetres.height * pixelsPerMm};
 }
 
-PictureResult WritePicture(std::wstring_view path, PictureFormat format, const PictureOptions& options,
-                           const std::function<void(Canvas&)>& draw) {
+PictureOptions OptionsInPixels(PictureFormat format, Size pixels, double pixelsPerInch) {
+    PictureOptions options;
+    options.pixelsPerInch = pixelsPerInch;
+    const double scale = kPointsPerInch / pixelsPerInch;
+    options.size = format == PictureFormat::kPdf ? Size{pixels.width * scale, pixels.height * scale}
+                                                 : Size{std::round(pixels.width), std::round(pixels.height)};
+    return options;
+}
+
+std::string MakePicture(PictureFormat format, const PictureOptions& options,
+                        const std::function<void(Canvas&)>& draw) {
+    if (!AreGood(format, options))
+        throw Error(ErrorKind::kBadValue, "the picture would be too small or too large");
+    Size size = options.size;
+    if (format != PictureFormat::kPdf) size = {std::floor(size.width), std::floor(size.height)};
+    const double pointLength = format == PictureFormat::kPdf ? 1.0 : options.pixelsPerInch / kPointsPerInch;
     std::string bytes;
-    if (PictureResult result = MakePicture(format, options, draw, &bytes); !result) return result;
+    const Surface surface = CreateSurface(format, size, &bytes);
+    const Context context(cairo_create(surface.get()));
+    RequireSuccess(cairo_status(context.get()));
+    {
+        CairoCanvas canvas(context.get(), size, pointLength, HasPixels(format));
+        canvas.FillRect({0.0, 0.0, size.width, size.height}, kvx::Rgb(255, 255, 255));
+        draw(canvas);
+    }
+    RequireSuccess(cairo_status(context.get()));
+    cairo_surface_flush(surface.get());
+    Finish(format, options, surface.get(), &bytes);
+    return bytes;
+}
+
+void WritePicture(std::wstring_view path, PictureFormat format, const PictureOptions& options,
+                  const std::function<void(Canvas&)>& draw) {
+    const std::string bytes = MakePicture(format, options, draw);
     try {
         OutputFile file(path);
         file.Write(bytes.data(), bytes.size());
         file.Commit();
-        return {};
     } catch (const CFileException& failure) {
-        return {PictureError::kNotWritten, failure};
-    } catch (const std::bad_alloc&) {
-        return {PictureError::kNoMemory};
+        throw Error(failure);
     }
 }
 

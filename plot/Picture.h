@@ -9,8 +9,6 @@
 #include <string>
 #include <string_view>
 
-#include <KvxDevCommon01/platform/FileException.h>
-#include <KvxDevCommon01/platform/Text.h>
 #include <KvxPlot01/Canvas.h>
 #include <KvxPlot01/Export.h>
 #include <KvxPlot01/Geometry.h>
@@ -35,30 +33,24 @@ struct PictureOptions {
 inline constexpr double kMaxPictureSide = 32'000.0;
 inline constexpr double kMaxPixels = 120e6;
 
-enum class PictureError {
-    kNone,
-    kBadOptions,  ///< a size, resolution or quality that is not positive or too large
-    kNoMemory,
-    kNotDrawn,  ///< the drawing library refused
-    kNotWritten,
-};
+/// Paper on its long side, in millimetres.
+inline constexpr Size kA4Millimetres{297.0, 210.0};
+inline constexpr Size kA3Millimetres{420.0, 297.0};
+/// The pixels of paper at a resolution.
+KVX_PLOT_API Size PixelsOf(Size millimetres, double pixelsPerInch);
 
-/// What became of a picture.
-struct PictureResult {
-    PictureError error = PictureError::kNone;
-    std::optional<CFileException> file = {};  ///< why it was not written
+/// The options for a picture of that many pixels: rounded to whole ones, on PDF their length in points.
+KVX_PLOT_API PictureOptions OptionsInPixels(PictureFormat format, Size pixels, double pixelsPerInch);
 
-    explicit operator bool() const { return error == PictureError::kNone; }
-};
+/// Calls `draw` once with the canvas of a picture; the bytes of the file. Throws Error (kBadValue) for a
+/// size, resolution or quality that is not positive or too large, (kHost) when the drawing library refuses,
+/// and what `draw` throws.
+KVX_PLOT_API std::string MakePicture(PictureFormat format, const PictureOptions& options,
+                                     const std::function<void(Canvas&)>& draw);
 
-/// Calls `draw` once with the canvas of a picture and puts the file's bytes into `*bytes`, which is empty on
-/// failure.
-KVX_PLOT_API PictureResult MakePicture(PictureFormat format, const PictureOptions& options,
-                                       const std::function<void(Canvas&)>& draw, std::string* bytes);
-
-/// The same into a file, replacing an existing one only when everything was drawn and written.
-KVX_PLOT_API PictureResult WritePicture(std::wstring_view path, PictureFormat format,
-                                        const PictureOptions& options,
-                                        const std::function<void(Canvas&)>& draw);
+/// The same into a file, replacing an existing one only when everything was drawn and written. Throws Error
+/// also when it cannot be written.
+KVX_PLOT_API void WritePicture(std::wstring_view path, PictureFormat format, const PictureOptions& options,
+                               const std::function<void(Canvas&)>& draw);
 
 }  // namespace kvx::plot

@@ -48,4 +48,9 @@ CGraphInfo LoadGraphSettings(ByteStream& stream) {
     return settings;
 }
 
+void StoreGraphSettings(const std::wstring& path, const CGraphInfo& settings) {
+    CGraphInfo stored(settings);
+    if (!stored.StoreGraphInfo(path, nullptr, 0)) throw Error(ErrorKind::kHost, "it cannot be written");
+}
+
 }  // namespace kvx

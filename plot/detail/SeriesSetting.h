@@ -9,7 +9,7 @@
 #include <KvxDevCommon01/graph/GraphLineInfo.h>
 #include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/platform/Types.h>
-#include <KvxPlot01/GraphCharts.h>
+#include <KvxPlot01/GraphContent.h>
 
 namespace kvx::plot::detail {
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxPlot01/ChartDrawing.h>
 #include <KvxPlot01/ChartLayout.h>
 #include <KvxPlot01/Picture.h>
@@ -25,12 +26,16 @@ int main(int argumentCount, char** arguments) {
     curve.samples.y = squares;
 
     const CGraphColorInfo colors;
-    const auto result = kvx::plot::WritePicture(path, *format, {}, [&](kvx::plot::Canvas& canvas) {
-        const auto [width, height] = canvas.GetSize();
-        const auto layout =
-            kvx::plot::LayOutChart(chart, {0.0, 0.0, width, height}, canvas.GetPointLength(), canvas);
-        kvx::plot::DrawChart(chart, layout, {&colors}, canvas);
-    });
-    if (!result) std::printf("cannot draw %s\n", name.c_str());
-    return result ? 0 : 1;
+    try {
+        kvx::plot::WritePicture(path, *format, {}, [&](kvx::plot::Canvas& canvas) {
+            const auto [width, height] = canvas.GetSize();
+            const auto layout =
+                kvx::plot::LayOutChart(chart, {0.0, 0.0, width, height}, canvas.GetPointLength(), canvas);
+            kvx::plot::DrawChart(chart, layout, {&colors}, canvas);
+        });
+    } catch (const kvx::Error& error) {
+        std::printf("cannot draw %s\n", error.what());
+        return 1;
+    }
+    return 0;
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <KvxPlot01/CanvasRegion.h>
 #include <KvxPlot01/Graph.h>
-#include <KvxPlot01/GraphCharts.h>
 
 #include <cmath>
 #include <numbers>
@@ -42,7 +41,7 @@ struct Subject {
     GraphView View() const { return {&param, &scale, &info, &content, CGraphColorInfo::OUTPUT_DISPLAY}; }
     RecordingCanvas Drawn() const {
         RecordingCanvas canvas;
-        EXPECT_EQ(DrawGraph(View(), canvas), 1);
+        DrawGraph(View(), canvas);
         return canvas;
     }
 
@@ -67,7 +66,7 @@ TEST_F(TestGraph, HasAPaneForAllOrPerRowColumnOrCell) {
     };
     for (const auto& [mode, titles, curves] : cases) {
         param.m_frame.paneMode = mode;
-        const GraphCharts charts(View());
+        const ResolvedGraph charts(View());
         std::vector<std::wstring> found;
         for (const GraphPane& pane : charts.GetPanes()) {
             found.push_back(pane.charts.front().title);
@@ -76,10 +75,12 @@ TEST_F(TestGraph, HasAPaneForAllOrPerRowColumnOrCell) {
         }
         EXPECT_EQ(found, titles);
     }
-    const GraphLayout layout =
-        LayOutGraph(View(), GraphCharts(View()), {0.0, 0.0, 800.0, 600.0}, 1.0, RecordingCanvas());
+    const ResolvedGraph graph(View());
+    const Size size{800.0, 600.0};
+    const GraphLayout layout = LayOutGraphs({&graph, 1}, {&size, 1}, 0.0, 1.0, RecordingCanvas()).front();
     ASSERT_EQ(layout.paneAreas.size(), 4U);
     EXPECT_EQ(layout.paneAreas[3], (std::vector<Rect>{{400.0, 300.0, 800.0, 600.0}}));
+    EXPECT_EQ(layout.charts[3][0].area, layout.paneAreas[3][0]);
 }
 
 TEST_F(TestGraph, ShowsTheWantedPartOfComplexSamples) {
@@ -98,7 +99,7 @@ TEST_F(TestGraph, ShowsTheWantedPartOfComplexSamples) {
     };
     for (const auto& [kind, parts] : cases) {
         param.m_cells.graphKind = kind;
-        const GraphCharts charts(View());
+        const ResolvedGraph charts(View());
         ASSERT_EQ(charts.GetPanes().size(), 1U);
         ASSERT_EQ(charts.GetPanes()[0].charts.size(), parts.size());
         for (std::size_t i = 0; i < parts.size(); ++i) {
@@ -112,7 +113,7 @@ TEST_F(TestGraph, ShowsTheWantedPartOfComplexSamples) {
     param.m_cells.graphKind = Param::GRAPH_MAGNITUDE_PHASE;
     content.yName = L"H";
     content.lowerName = L"Phase";
-    const GraphCharts charts(View());
+    const ResolvedGraph charts(View());
     const std::vector<Chart>& both = charts.GetPanes()[0].charts;
     EXPECT_EQ(both[0].curves.size(), 5U);
     EXPECT_EQ(both[1].curves.size(), 4U);
@@ -125,13 +126,13 @@ TEST_F(TestGraph, ShowsTheWantedPartOfComplexSamples) {
 
 TEST_F(TestGraph, DrawsLoopsOfOneQuantityOverAnother) {
     param.m_cells.graphKind = CGraphParam::GRAPH_NYQUIST;
-    const GraphCharts nyquist(View());
+    const ResolvedGraph nyquist(View());
     const ChartCurve& loop = nyquist.GetPanes()[0].charts[0].curves[1];
     EXPECT_EQ(loop.samples.x.data(), kReal.data());
     EXPECT_EQ(Values(loop)[2], -2.0);
     param.m_cells.graphKind = CGraphParam::GRAPH_ORBIT;
     content.series[1].real = kImaginary;
-    const GraphCharts orbit(View());
+    const ResolvedGraph orbit(View());
     const std::vector<ChartCurve>& orbits = orbit.GetPanes()[0].charts[0].curves;
     ASSERT_EQ(orbits.size(), 2U);
     EXPECT_EQ(orbits[0].samples.x.data(), kReal.data());
@@ -140,7 +141,7 @@ TEST_F(TestGraph, DrawsLoopsOfOneQuantityOverAnother) {
 }
 
 TEST_F(TestGraph, HasTheBoundsOfItsScalesInShownUnits) {
-    const auto chart = [&] { return GraphCharts(View()).GetPanes().at(0).charts.at(0); };
+    const auto chart = [&] { return ResolvedGraph(View()).GetPanes().at(0).charts.at(0); };
     param.m_x.start = 5.0;
     EXPECT_EQ(chart().x.bounds, (AxisRange{-1.0, 35.0}));  // the profile starts at -1; no value at 45
     content.series[4].x = {};
@@ -179,7 +180,7 @@ TEST_F(TestGraph, FitsItsBoundsToDataOfAnySort) {
     for (const auto& [values, form] : cases) {
         content.series.assign(5, {values, {}});
         scale.m_bYLog = scale.m_bXLog = form == AxisForm::kLogarithmic;
-        const GraphCharts charts(View());
+        const ResolvedGraph charts(View());
         const Chart& chart = charts.GetPanes().at(0).charts.at(0);
         EXPECT_LT(chart.y.bounds.low, chart.y.bounds.high) << values[0];
         EXPECT_LT(chart.x.bounds.low, chart.x.bounds.high) << values[0];
@@ -205,7 +206,7 @@ TEST_F(TestGraph, FollowsItsSettings) {
     info.GetGraphConfigInfo()->SetScaleDigitFlg(1);
     info.GetGraphConfigInfo()->SetScaleDigit(3);
     content.cursors = {20.0};
-    const GraphCharts charts(View());
+    const ResolvedGraph charts(View());
     const Chart& chart = charts.GetPanes()[0].charts[0];
     ASSERT_EQ(chart.curves.size(), 4U);
     EXPECT_EQ(chart.curves[0].name, L"named");
@@ -220,12 +221,11 @@ TEST_F(TestGraph, FollowsItsSettings) {
 }
 
 TEST_F(TestGraph, IsTheSameInARegionOfACanvas) {
-    content.letterSize = 13.0;
     const RecordingCanvas alone = Drawn();
     RecordingCanvas whole({2000.0, 1000.0});
     {
         CanvasRegion region(whole, {300.0, 40.0, 1100.0, 540.0});
-        ASSERT_EQ(DrawGraph(View(), region), 1);
+        DrawGraph(View(), region);
     }
     const auto isMoved = [](const Point& from, const Point& to) {
         return std::abs(from.x + 300.0 - to.x) < 1e-9 && std::abs(from.y + 40.0 - to.y) < 1e-9;
@@ -246,9 +246,9 @@ TEST_F(TestGraph, IsTheSameInARegionOfACanvas) {
 TEST_F(TestGraph, MarksPeaksWhenConfigured) {
     const std::vector<double> peak = {0.0, 9.80665, 0.0, 0.0, 0.0};
     content.series[0].real = peak;
-    EXPECT_TRUE(GraphCharts(View()).GetPanes()[0].charts[0].marks.empty());
+    EXPECT_TRUE(ResolvedGraph(View()).GetPanes()[0].charts[0].marks.empty());
     info.GetGraphConfigInfo()->SetPeakMarkInfo({}, 1, 1, 1);
-    const GraphCharts charts(View());
+    const ResolvedGraph charts(View());
     const std::vector<ChartMark>& marks = charts.GetPanes()[0].charts[0].marks;
     ASSERT_FALSE(marks.empty());
     EXPECT_EQ(marks[0].curve, 0U);
@@ -286,11 +286,11 @@ TEST_F(TestGraph, IsNotDrawnWhenItDoesNotFitTogether) {
         Subject graph;
         faults[i](graph);
         RecordingCanvas canvas;
-        EXPECT_EQ(DrawGraph(graph.View(), canvas), 0) << i;
+        EXPECT_THROW(DrawGraph(graph.View(), canvas), Error) << i;
         EXPECT_TRUE(canvas.shapes.empty());
     }
     RecordingCanvas canvas;
-    EXPECT_EQ(DrawGraph({}, canvas), 0);
+    EXPECT_THROW(DrawGraph({}, canvas), Error);
 }
 
 }  // namespace

@@ -253,10 +253,18 @@ void DrawSomething(Canvas& canvas) {
     canvas.DrawText(L"加速度 m/s#u2#n", {60.0, 20.0}, {12.0, 0});
 }
 
+/// The kind of the Error that an action throws.
+std::optional<ErrorKind> KindOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.Kind();
+    }
+    return std::nullopt;
+}
+
 std::string Made(PictureFormat format, const PictureOptions& options = {{200.0, 100.0}}) {
-    std::string bytes;
-    EXPECT_TRUE(MakePicture(format, options, DrawSomething, &bytes));
-    return bytes;
+    return MakePicture(format, options, DrawSomething);
 }
 
 TEST(Picture, IsTheSameBytesForTheSameDrawing) {
@@ -342,14 +350,10 @@ TEST(Picture, RefusesAbsurdOptions) {
                                      {{9.0, 9.0}, 96.0, 101}};
     for (const PictureOptions& options : absurd) {
         for (const PictureFormat format : {PictureFormat::kSvg, PictureFormat::kPdf, PictureFormat::kJpeg}) {
-            std::string bytes = "before";
-            EXPECT_EQ(MakePicture(format, options, DrawSomething, &bytes).error, PictureError::kBadOptions);
-            EXPECT_EQ(bytes, "");
+            EXPECT_EQ(KindOf([&] { Made(format, options); }), ErrorKind::kBadValue);
         }
     }
-    std::string bytes;
-    EXPECT_EQ(MakePicture(PictureFormat::kPng, {{30'000.0, 30'000.0}}, DrawSomething, &bytes).error,
-              PictureError::kBadOptions);
+    EXPECT_EQ(KindOf([] { Made(PictureFormat::kPng, {{30'000.0, 30'000.0}}); }), ErrorKind::kBadValue);
     EXPECT_FALSE(Made(PictureFormat::kSvg, {{30'000.0, 30'000.0}}).empty());
     EXPECT_FALSE(Made(PictureFormat::kPng, {{1.0, 1.0}}).empty());
 }
@@ -358,19 +362,29 @@ TEST(Picture, FailsWithoutHarmWhereItCannotBeWritten) {
     const TempFolder folder;
     folder.Write("old.png", "old");
     const auto write = [](const std::filesystem::path& path, const std::function<void(Canvas&)>& draw) {
-        return WritePicture(path.wstring(), PictureFormat::kPng, {{50.0, 50.0}}, draw);
+        WritePicture(path.wstring(), PictureFormat::kPng, {{50.0, 50.0}}, draw);
     };
-    const auto cause = [](const PictureResult& result) { return result.file ? result.file->m_cause : -1; };
-    EXPECT_EQ(cause(write(folder / "absent" / "a.png", DrawSomething)), CFileException::badPath);
-    EXPECT_EQ(cause(write(folder.Path(), DrawSomething)), CFileException::accessDenied);
-    EXPECT_EQ(cause(write("/dev/full", DrawSomething)), CFileException::diskFull);
-    EXPECT_EQ(write("", DrawSomething).error, PictureError::kNotWritten);
-    const auto outOfMemory = [](Canvas&) { throw std::bad_alloc(); };
-    EXPECT_EQ(write(folder / "old.png", outOfMemory).error, PictureError::kNoMemory);
+    const std::pair<std::filesystem::path, ErrorKind> refused[] = {
+        {folder / "absent" / "a.png", ErrorKind::kNotFound},
+        {folder.Path(), ErrorKind::kDenied},
+        {"/dev/full", ErrorKind::kDiskFull},
+        {"", ErrorKind::kNotFound}};
+    for (const auto& target : refused)
+        EXPECT_EQ(KindOf([&] { write(target.first, DrawSomething); }), target.second) << target.first;
+    EXPECT_THROW(write(folder / "old.png", [](Canvas&) { throw std::bad_alloc(); }), std::bad_alloc);
     EXPECT_EQ(folder.Read("old.png"), "old");
-    EXPECT_TRUE(write(folder / "old.png", DrawSomething));
+    write(folder / "old.png", DrawSomething);
     EXPECT_TRUE(folder.Read("old.png").starts_with("\x89PNG"));
     EXPECT_EQ(folder.Count(), 1U);
+}
+
+TEST(Picture, MeasuresPaperAndPixels) {
+    const Size a4 = PixelsOf(kA4Millimetres, 96.0);
+    EXPECT_NEAR(a4.width, 1122.52, 0.01);
+    EXPECT_EQ(OptionsInPixels(PictureFormat::kPng, a4, 96.0).size, (Size{1123.0, 794.0}));
+    const PictureOptions pdf = OptionsInPixels(PictureFormat::kPdf, a4, 96.0);
+    EXPECT_NEAR(pdf.size.width, 841.89, 0.01);  // points
+    EXPECT_EQ(OptionsInPixels(PictureFormat::kSvg, {10.4, 9.6}, 300.0).size, (Size{10.0, 10.0}));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxPlot01/Canvas.h>
 #include <KvxPlot01/Chart.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <KvxPlot01/DepthGraph.h>
+#include <KvxPlot01/Graph.h>
 #include <KvxPlot01/SliceTicks.h>
 #include <KvxPlot01/Waterfall.h>
 
@@ -88,7 +88,7 @@ public:
         content_.series.assign(6, {samples_, {}});
     }
 
-    int Draw(Canvas& canvas) { return DrawDepthGraph(view_, canvas); }
+    void Draw(Canvas& canvas) { DrawGraph(view_, canvas); }
     COLORREF Back() const {
         return info_.GetGraphColorInfo()->GetCompoInfo(CGraphColorInfo::COMPO_GRAPH_BACK, view_.output);
     }
@@ -113,7 +113,7 @@ public:
 TEST_F(DepthGraph, DrawsSlicesFromTheBackToTheFrontOverWhatTheyHide) {
     content_.cursors = {1.0};
     RecordingCanvas canvas;
-    ASSERT_EQ(Draw(canvas), 1);
+    Draw(canvas);
     EXPECT_EQ(canvas.Of(0x0000FF).size(), 2U) << "a red cursor in each pane";
     const std::vector<Path> lines = Lines(canvas);
     ASSERT_EQ(lines.size(), 6U) << "three in each pane";
@@ -140,7 +140,7 @@ TEST_F(DepthGraph, DrawsSlicesFromTheBackToTheFrontOverWhatTheyHide) {
     param_.m_lines.GetInfoPtr(1)->m_bDisp = 0;
     scale_.m_lZStart = 1;
     canvas = RecordingCanvas();
-    ASSERT_EQ(Draw(canvas), 1);
+    Draw(canvas);
     EXPECT_EQ(Lines(canvas).size(), 2U) << "slices 1 and 2 of the series that is shown";
     EXPECT_EQ(fills(), 0);
     EXPECT_THAT(canvas.Texts(), Not(Contains(L"monitor")));
@@ -154,7 +154,7 @@ TEST_F(DepthGraph, JoinsTooManySlicesWithoutLosingAPeak) {
     const std::vector<double> peak = {0.0, kNaN, 50.0, kNone};
     content_.series[501].real = peak;
     RecordingCanvas canvas;
-    ASSERT_EQ(Draw(canvas), 1);
+    Draw(canvas);
     const std::vector<Path> lines = Lines(canvas);
     ASSERT_EQ(lines.size(), 255U);
     const auto heights = [](const Path& line) {
@@ -177,7 +177,8 @@ TEST_F(DepthGraph, IsDrawnWhateverItsRatiosNumbersAndSizeAre) {
                 for (const BOOL flag : {0, 1}) {
                     scale_.m_bZFlag1 = scale_.m_bZFlag2 = flag;
                     RecordingCanvas canvas(size);
-                    EXPECT_EQ(Draw(canvas), 1);
+                    EXPECT_NO_THROW(Draw(canvas)) << type << ' ' << ratio;
+                    EXPECT_FALSE(canvas.shapes.empty());
                 }
             }
         }
@@ -190,6 +191,9 @@ TEST_F(DepthGraph, IsRefusedWhenItsPartsDoNotFit) {
         [](auto& g) { g.param_.m_z.num = 2; },
         [](auto& g) { g.param_.m_cells.graphKind = CGraphParam::GRAPH_NYQUIST; },
         [](auto& g) { g.scale_.m_eDispType = CGraphParam::GRAPHDISP_COLORMAP; },
+        [](auto& g) {
+            g.param_.m_lines.GetInfoPtr(0)->m_bDisp = g.param_.m_lines.GetInfoPtr(1)->m_bDisp = 0;
+        },
         [](auto& g) { g.param_.m_z.dispType = g.scale_.m_eDispType = CGraphParam::GRAPHDISP_2D; },
         [](auto& g) { g.scale_.m_lZStart = 3; },
         [](auto& g) { g.content_.series[5].real = {}; },
@@ -202,7 +206,7 @@ TEST_F(DepthGraph, IsRefusedWhenItsPartsDoNotFit) {
         } graph;
         damage(graph);
         RecordingCanvas canvas;
-        EXPECT_EQ(graph.Draw(canvas), 0) << &damage - damages;
+        EXPECT_THROW(graph.Draw(canvas), Error) << &damage - damages;
         EXPECT_TRUE(canvas.shapes.empty());
     }
 }

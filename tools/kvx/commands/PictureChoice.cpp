@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <new>
 #include <string_view>
 
 #include <KvxDevCommon01/graph/GraphSettings.h>
@@ -16,37 +14,31 @@
 #include "cli/Options.h"
 #include "cli/Output.h"
 #include "cli/StandardStreams.h"
+#include "commands/UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
 
-using plot::PictureError;
 using plot::PictureFormat;
 
 constexpr std::array kPictureFormats = {OutputFormat::svg, OutputFormat::pdf, OutputFormat::png,
                                         OutputFormat::jpeg};
 constexpr std::array kSettingsFormats = {OutputFormat::settings};
 
-constexpr double kMillimetresPerInch = 25.4;
-constexpr double kPointsPerInch = 72.0;
-
 struct Paper {
     std::string_view name;
-    double widthMm;
-    double heightMm;
+    plot::Size millimetres;
 };
-constexpr std::array kPapers = {Paper{"A4", 297.0, 210.0}, Paper{"A3", 420.0, 297.0}};
+constexpr std::array kPapers = {Paper{"A4", plot::kA4Millimetres}, Paper{"A3", plot::kA3Millimetres}};
 
-/// Colours of the default settings: on black or on white for the display, and for the printer.
 struct Scheme {
     std::string_view name;
-    CGraphColorInfo::OUTPUT_KIND colors;
-    void (CGraphColorInfo::*apply)(CGraphColorInfo::OUTPUT_KIND);
+    plot::ColorScheme scheme;
 };
 constexpr std::array kSchemes = {
-    Scheme{"white", CGraphColorInfo::OUTPUT_DISPLAY, &CGraphColorInfo::SetDefault2},
-    Scheme{"black", CGraphColorInfo::OUTPUT_DISPLAY, &CGraphColorInfo::SetDefault1},
-    Scheme{"printer", CGraphColorInfo::OUTPUT_PRINTER, nullptr},
+    Scheme{"white", plot::ColorScheme::kWhite},
+    Scheme{"black", plot::ColorScheme::kBlack},
+    Scheme{"printer", plot::ColorScheme::kPrinter},
 };
 
 PictureFormat PictureFormatOf(const OutputChoice& output) {
@@ -65,10 +57,7 @@ PictureFormat PictureFormatOf(const OutputChoice& output) {
 /// Width and height of the picture: pixels as the option gives them, or those of the paper.
 plot::Size SizeInPixels(const PictureChoice& choice) {
     const auto paper = std::ranges::find(kPapers, choice.size, &Paper::name);
-    if (paper != kPapers.end()) {
-        const double pixelsPerMm = choice.pixelsPerInch / kMillimetresPerInch;
-        return {paper->widthMm * pixelsPerMm, paper->heightMm * pixelsPerMm};
-    }
+    if (paper != kPapers.end()) return plot::PixelsOf(paper->millimetres, choice.pixelsPerInch);
     const std::size_t cross = choice.size.find('x');
     try {
         if (cross != std::string::npos) {
@@ -82,38 +71,26 @@ plot::Size SizeInPixels(const PictureChoice& choice) {
                      Names(kPapers));
 }
 
-plot::PictureOptions OptionsOf(const PictureChoice& choice, PictureFormat format) {
-    plot::PictureOptions options;
-    options.pixelsPerInch = choice.pixelsPerInch;
-    options.size = SizeInPixels(choice);
-    const double scale = format == PictureFormat::kPdf ? kPointsPerInch / choice.pixelsPerInch : 1.0;
-    options.size.width *= scale;
-    options.size.height *= scale;
-    if (format != PictureFormat::kPdf) {
-        options.size.width = std::round(options.size.width);
-        options.size.height = std::round(options.size.height);
-    }
-    return options;
-}
-
-CGraphInfo LoadSettings(const std::string& path) {
-    return Doing("read", path, [&] {
-        InputFile file(WidePath(InputPath(path)));
-        return LoadGraphSettings(file);
-    });
-}
-
-void StoreSettings(const std::string& path, CGraphInfo settings) {
-    Doing("write", path, [&] {
-        OutputTarget target(path);
-        if (!settings.StoreGraphInfo(WidePath(target.Path()), nullptr, 0))
-            throw Error(ErrorKind::kBadValue, "it cannot be written");
-        target.Deliver();
-    });
-}
-
 std::optional<double> BoundOf(const std::string& text) {
     return text.empty() ? std::nullopt : std::optional(ParseArgument(text));
+}
+
+plot::AxisChoice ResolveAxis(const std::string& axis, const AxisOptions& options) {
+    plot::AxisChoice choice;
+    choice.name = "--" + axis;
+    if (options.scale != "auto")
+        choice.form = options.scale == "log" ? AxisForm::kLogarithmic : AxisForm::kLinear;
+    if (options.range.empty()) return choice;
+    const std::vector<std::string> pieces = SplitList(options.range);
+    if (pieces.size() != 2) throw ValueError(choice.name + ": " + Quote(options.range) + " is not FROM,TO");
+    choice.low = BoundOf(pieces[0]);
+    choice.high = BoundOf(pieces[1]);
+    if (choice.low && choice.high && !(*choice.low < *choice.high))
+        throw ValueError(choice.name + ": " + pieces[0] + " is not below " + pieces[1]);
+    const bool isAboveZero = choice.low.value_or(1) > 0 && choice.high.value_or(1) > 0;
+    if (choice.form == AxisForm::kLogarithmic && !isAboveZero)
+        throw ValueError(choice.name + ": a logarithmic axis needs bounds above 0");
+    return choice;
 }
 
 }  // namespace
@@ -153,72 +130,67 @@ PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std:
         throw ValueError("--store-settings: " + Quote(choice.output.name) + " is the picture");
     if (!choice.storeSettings.empty()) FormatOf({choice.storeSettings, {}}, kSettingsFormats);
     const PictureFormat format = PictureFormatOf(choice.output);
-    PictureTarget target = {format, OptionsOf(choice, format), {}, CGraphColorInfo::OUTPUT_DISPLAY};
+    PictureTarget target = {
+        format, plot::OptionsInPixels(format, SizeInPixels(choice), choice.pixelsPerInch), {}};
     if (choice.title) {
         target.title = FromUtf8(*choice.title);
         if (!target.title) throw ValueError("--title: " + Quote(*choice.title) + " is not valid UTF-8");
     }
-    if (!choice.settings.empty()) target.settings = LoadSettings(choice.settings);
+    if (!choice.settings.empty()) {
+        target.look.settings = Doing("read", choice.settings, [&] {
+            InputFile file(WidePath(InputPath(choice.settings)));
+            return LoadGraphSettings(file);
+        });
+    }
     if (choice.scheme || choice.settings.empty()) {
         const Scheme& scheme = Choose(kSchemes, "--scheme", choice.scheme.value_or("white"));
-        target.colors = scheme.colors;
-        if (scheme.apply != nullptr) (target.settings.GetGraphColorInfo()->*scheme.apply)(scheme.colors);
+        plot::ApplyScheme(scheme.scheme, target.look);
     }
     return target;
 }
 
-void WritePicture(const PictureChoice& choice, const PictureTarget& target,
-                  const std::function<void(plot::Canvas&)>& draw) {
-    if (!choice.storeSettings.empty()) StoreSettings(choice.storeSettings, target.settings);
-    Doing("write", choice.output.name, [&] {
-        OutputTarget file(choice.output.name);
-        const plot::PictureResult result =
-            plot::WritePicture(WidePath(file.Path()), target.format, target.options, draw);
-        switch (result.error) {
-            case PictureError::kNone:
-                return file.Deliver();
-            case PictureError::kBadOptions:
-                throw Error(ErrorKind::kBadValue, "the picture would be too small or too large");
-            case PictureError::kNoMemory:
-                throw std::bad_alloc();
-            case PictureError::kNotDrawn:
-                throw Error(ErrorKind::kBadValue, "it could not be drawn");
-            case PictureError::kNotWritten:
-                throw result.file.value_or(CFileException());
-        }
+void WriteSheet(const PictureChoice& choice, const PictureTarget& target, const plot::GraphSheet& sheet,
+                ByteStream& out) {
+    const std::string& output = choice.output.name;
+    if (!choice.storeSettings.empty()) {
+        Doing("write", choice.storeSettings, [&] {
+            OutputTarget file(choice.storeSettings);
+            StoreGraphSettings(WidePath(file.Path()), target.look.settings);
+            file.Deliver();
+        });
+    }
+    Doing("write", output, [&] {
+        OutputTarget file(output);
+        plot::WritePicture(WidePath(file.Path()), target.format, target.options,
+                           [&](plot::Canvas& canvas) { sheet.Draw(canvas); });
+        file.Deliver();
     });
+    const plot::Size& size = target.options.size;
+    const bool storesToStream = IsStandardStream(choice.storeSettings);
+    WriteText(ReportStream(storesToStream ? choice.storeSettings : output, out),
+              OutputName(output) + ": " + Count(static_cast<long long>(sheet.Count()), "graph") + ", " +
+                  FormatNumber(size.width) + " x " + FormatNumber(size.height) +
+                  (target.format == PictureFormat::kPdf ? " points\n" : " pixels\n"));
 }
 
-void AddAxisOptions(Command command, const std::string& axis, const std::string& unit, AxisChoice* choice) {
-    command.AddOption("--" + axis, choice->range, "Bounds of that axis in " + unit).Type("FROM,TO");
+void AddAxisOptions(Command command, const std::string& axis, const std::string& unit, AxisOptions* options) {
+    command.AddOption("--" + axis, options->range, "Bounds of that axis in " + unit).Type("FROM,TO");
     command
         .AddOption(
-            "--" + axis + "-scale", choice->scale,
+            "--" + axis + "-scale", options->scale,
             "Linear or logarithmic; auto: linear with a bound that is not above 0, else what suits the "
             "data")
         .Type("SCALE")
         .OneOf({"auto", "linear", "log"});
 }
 
-AxisBounds ResolveAxis(const std::string& axis, const AxisChoice& choice) {
-    AxisBounds bounds;
-    if (choice.scale != "auto") {
-        bounds.form = choice.scale == "log" ? AxisForm::kLogarithmic : AxisForm::kLinear;
-    }
-    if (choice.range.empty()) return bounds;
-    const std::vector<std::string> pieces = SplitList(choice.range);
-    if (pieces.size() != 2) throw ValueError("--" + axis + ": " + Quote(choice.range) + " is not FROM,TO");
-    bounds.low = BoundOf(pieces[0]);
-    bounds.high = BoundOf(pieces[1]);
-    if (bounds.low && bounds.high && !(*bounds.low < *bounds.high)) {
-        throw ValueError("--" + axis + ": " + pieces[0] + " is not below " + pieces[1]);
-    }
-    if (bounds.low.value_or(1) <= 0 || bounds.high.value_or(1) <= 0) {
-        if (bounds.form == AxisForm::kLogarithmic)
-            throw ValueError("--" + axis + ": a logarithmic axis needs bounds above 0");
-        bounds.form = AxisForm::kLinear;
-    }
-    return bounds;
+plot::RecordGraphChoice ResolveGraphs(const AxisOptions& x, const AxisOptions& y, const std::string& unit) {
+    plot::RecordGraphChoice choice;
+    choice.x = ResolveAxis("x", x);
+    choice.y = ResolveAxis("y", y);
+    if (choice.y.low.has_value() != choice.y.high.has_value()) throw ValueError("--y needs both bounds");
+    if (!unit.empty()) choice.unit = RequireUnit(unit);
+    return choice;
 }
 
 }  // namespace kvx::tool

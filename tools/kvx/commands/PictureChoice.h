@@ -4,15 +4,14 @@
 // scales of its axes, and files with graph settings.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <KvxDevCommon01/graph/AxisMapping.h>
-#include <KvxDevCommon01/graph/GraphColorInfo.h>
-#include <KvxDevCommon01/graph/GraphInfo.h>
+#include <KvxPlot01/GraphLook.h>
+#include <KvxPlot01/GraphSheet.h>
 #include <KvxPlot01/Picture.h>
+#include <KvxPlot01/RecordGraph.h>
 
 #include "cli/Command.h"
 #include "cli/OutputFormat.h"
@@ -35,8 +34,7 @@ void AddPictureOptions(Command command, PictureChoice* choice);
 struct PictureTarget {
     plot::PictureFormat format;
     plot::PictureOptions options;
-    CGraphInfo settings;
-    CGraphColorInfo::OUTPUT_KIND colors;  ///< the set of the settings that is used
+    plot::GraphLook look;
     std::optional<std::wstring> title = {};
 };
 
@@ -44,28 +42,21 @@ struct PictureTarget {
 /// Failure when the settings cannot be read.
 PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std::string>& inputs);
 
-/// Stores the settings if asked to and draws the picture; throws Failure.
-void WritePicture(const PictureChoice& choice, const PictureTarget& target,
-                  const std::function<void(plot::Canvas&)>& draw);
+/// Stores the settings if asked to, draws the sheet and tells of it on `out`; throws Failure.
+void WriteSheet(const PictureChoice& choice, const PictureTarget& target, const plot::GraphSheet& sheet,
+                ByteStream& out);
 
 /// How an axis is to be scaled.
-struct AxisChoice {
+struct AxisOptions {
     std::string range;  ///< "FROM,TO", one of them may be missing; empty for automatic bounds
     std::string scale = "auto";
 };
 
 /// The options --AXIS and --AXIS-scale; `unit` tells in which unit the bounds are.
-void AddAxisOptions(Command command, const std::string& axis, const std::string& unit, AxisChoice* choice);
+void AddAxisOptions(Command command, const std::string& axis, const std::string& unit, AxisOptions* options);
 
-/// What the options of an axis say; a bound or form that they leave open has no value. An axis with a bound
-/// that is not above 0 is linear.
-struct AxisBounds {
-    std::optional<double> low;
-    std::optional<double> high;
-    std::optional<AxisForm> form;
-};
-
-/// Throws ValueError for bounds that are no numbers or not in order.
-AxisBounds ResolveAxis(const std::string& axis, const AxisChoice& choice);
+/// The choice that the options of both axes and --unit stand for. Throws ValueError for bounds that are no
+/// numbers or not in order, and for an unknown unit.
+plot::RecordGraphChoice ResolveGraphs(const AxisOptions& x, const AxisOptions& y, const std::string& unit);
 
 }  // namespace kvx::tool

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/platform/Text.h>
@@ -17,7 +18,6 @@
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
 #include "commands/DataFiles.h"
-#include "commands/Figure.h"
 #include "commands/PictureChoice.h"
 #include "commands/UnitChoice.h"
 
@@ -28,8 +28,8 @@ struct PlotOptions {
     std::string input;
     PictureChoice picture;
     ChannelOptions channels;
-    AxisChoice x;
-    AxisChoice y;
+    AxisOptions x;
+    AxisOptions y;
     std::string unit;
     std::optional<std::string> suffix;
     std::optional<std::string> show;
@@ -59,56 +59,69 @@ constexpr std::array kGraphKinds = {
 };
 // clang-format on
 
-FigureChoice ChoiceOf(const PlotOptions& options) {
-    FigureChoice choice = ResolveFigure(options.x, options.y, options.unit);
-    if (options.suffix) RequireSuffix(*options.suffix, CUnitCtrl());
-    choice.suffix = options.suffix;
+plot::RecordGraphChoice ChoiceOf(const PlotOptions& options) {
+    plot::RecordGraphChoice choice = ResolveGraphs(options.x, options.y, options.unit);
+    if (options.suffix) {
+        RequireSuffix(*options.suffix, CUnitCtrl());
+        choice.suffixOf = [name = *options.suffix](const CUnitCtrl& unit) {
+            return RequireSuffix(name, unit);
+        };
+    }
     if (options.show) choice.graphKind = Choose(kGraphKinds, "--show", *options.show).kind;
     if (options.panes == "channel") choice.paneMode = CGraphParam::PANE_PER_ROW;
     return choice;
 }
 
-/// A figure for the chosen channels of each record, or for each of them.
-std::vector<Figure> MakeFigures(const DataFileContent& content, const PlotOptions& options,
-                                const FigureChoice& choice) {
-    std::vector<Figure> figures;
+/// A graph for the chosen channels of each record, or for each of them.
+std::vector<plot::RecordGraph> MakeGraphs(const DataFileContent& content, const PlotOptions& options,
+                                          const plot::RecordGraphChoice& choice) {
+    std::vector<plot::RecordGraph> graphs;
     const std::vector<Channel> channels = SelectChannels(content, options.channels);
     bool isUnitUsed = !choice.unit;
     bool isKindUsed = !choice.graphKind;
-    bool isSuffixUsed = !choice.suffix;
-    for (auto begin = channels.begin(); begin != channels.end();) {
-        auto end = begin + 1;
-        if (choice.paneMode == CGraphParam::PANE_SINGLE)
-            while (end != channels.end() && end->record == begin->record) ++end;
-        const CComDataBase& record = content.records[begin->record];
-        figures.push_back(MakeFigure(record, {begin, end}, choice));
-        const CGraphParam& param = figures.back().param;
+    bool isSuffixUsed = !choice.suffixOf;
+    for (std::size_t first = 0; first < channels.size();) {
+        const CComDataBase& record = content.records[channels[first].record];
+        std::vector<plot::RecordCell> cells;
+        std::size_t next = first;
+        do {
+            const Channel& channel = channels[next++];
+            cells.push_back({channel.row, channel.column, channel.name});
+        } while (choice.paneMode == CGraphParam::PANE_SINGLE && next < channels.size() &&
+                 channels[next].record == channels[first].record);
+        if (std::ssize(cells) > CGraphLineInfoList::GetMaxLineNum()) {
+            throw Error(ErrorKind::kBadValue, "a graph shows at most " +
+                                                  std::to_string(CGraphLineInfoList::GetMaxLineNum()) +
+                                                  " channels; choose some with --channels");
+        }
+        graphs.push_back(plot::MakeRecordGraph(record, cells, choice));
+        const CGraphParam::Cells& drawn = graphs.back().param.m_cells;
         isUnitUsed = isUnitUsed || IsConvertible(record.GetUnit(), *choice.unit);
-        isKindUsed = isKindUsed || param.m_cells.graphKind == *choice.graphKind;
-        isSuffixUsed = isSuffixUsed || HasAmplitudes(param);
-        begin = end;
+        isKindUsed = isKindUsed || drawn.graphKind == *choice.graphKind;
+        isSuffixUsed = isSuffixUsed || plot::AreAmplitudes(drawn.dataKind);
+        first = next;
     }
     if (!isUnitUsed)
         throw Error(ErrorKind::kBadValue, "no channel has a unit that converts to " + Quote(options.unit));
     if (!isKindUsed) {
         throw Error(ErrorKind::kBadValue,
                     "--show " + *options.show + " is for " +
-                        (IsForComplex(*choice.graphKind) ? "complex lines" : "real values") +
+                        (plot::DrawsComplexValues(*choice.graphKind) ? "complex lines" : "real values") +
                         ", which no channel has");
     }
     if (!isSuffixUsed) throw Error(ErrorKind::kBadValue, "--suffix is for amplitudes, which no channel has");
-    return figures;
+    return graphs;
 }
 
-/// Draws the profile into the figures of densities it belongs to.
-void AddProfileText(std::vector<Figure>& figures, const ProfileText& text) {
+/// Draws the profile into the graphs of densities it belongs to.
+void AddProfileText(std::vector<plot::RecordGraph>& graphs, const ProfileText& text) {
     bool isUsed = false;
-    for (Figure& figure : figures) {
-        const CUnitCtrl& unit = figure.param.m_units.y;
+    for (plot::RecordGraph& graph : graphs) {
+        const CUnitCtrl& unit = graph.param.m_units.y;
         const std::optional<CUnitCtrl> own = text.signalUnit ? DensityUnit(*text.signalUnit) : unit;
-        if (figure.param.m_cells.dataKind != CGraphParam::DATA_PSD || !own || !IsConvertible(*own, unit))
+        if (graph.param.m_cells.dataKind != CGraphParam::DATA_PSD || !own || !IsConvertible(*own, unit))
             continue;
-        AddProfile(figure, ProfileIn(text, *own), L"profile");
+        plot::AddProfile(graph, ProfileIn(text, *own), L"profile");
         isUsed = true;
     }
     if (!isUsed) throw Error(ErrorKind::kBadValue, "no density to be drawn is of its unit");
@@ -117,16 +130,18 @@ void AddProfileText(std::vector<Figure>& figures, const ProfileText& text) {
 void RunPlot(const PlotOptions& options, ByteStream& out) {
     RequireOneStandardInput({options.input, options.profile, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {options.input, options.profile});
-    const FigureChoice choice = ChoiceOf(options);
+    const plot::RecordGraphChoice choice = ChoiceOf(options);
     const DataFileContent content = Doing("read", options.input, [&] { return LoadDataFile(options.input); });
-    std::vector<Figure> figures =
-        Doing("draw", options.input, [&] { return MakeFigures(content, options, choice); });
+    std::vector<plot::RecordGraph> graphs =
+        Doing("draw", options.input, [&] { return MakeGraphs(content, options, choice); });
     if (!options.profile.empty()) {
         Doing("draw", options.profile,
-              [&] { AddProfileText(figures, ReadProfileText(InputPath(options.profile))); });
+              [&] { AddProfileText(graphs, ReadProfileText(InputPath(options.profile))); });
     }
-    Doing("draw", options.input, [&] { RequireSomethingSeen(figures); });
-    WriteFigures(options.picture, target, content.header.GetName(), figures, out);
+    const plot::GraphSheet sheet(std::move(graphs), target.title.value_or(content.header.GetName()),
+                                 target.look);
+    Doing("draw", options.input, [&] { sheet.RequireSomethingSeen(choice.y.name); });
+    WriteSheet(options.picture, target, sheet, out);
 }
 
 }  // namespace

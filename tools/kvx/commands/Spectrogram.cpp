@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
@@ -25,7 +24,6 @@
 #include "commands/Blocks.h"
 #include "commands/Commands.h"
 #include "commands/DataFiles.h"
-#include "commands/Figure.h"
 #include "commands/PictureChoice.h"
 #include "commands/UnitChoice.h"
 
@@ -41,8 +39,8 @@ struct SpectrogramOptions {
     PictureChoice picture;
     ChannelOptions channels;
     BlockOptions blocks;
-    AxisChoice x;
-    AxisChoice y;
+    AxisOptions x;
+    AxisOptions y;
     std::string unit;
     bool isDensity = false;
     bool isWaterfall = false;
@@ -98,63 +96,34 @@ CComDataSpecA AnalyseSlices(const CComDataBase& record, const Channel& channel, 
     return slices;
 }
 
-/// The lowest and the highest level of the slices.
-AxisRange ReachOfLevels(const CComDataBase& slices) {
-    RangeScan<double> scan;
-    // The line at 0 Hz, which is not drawn, is left out.
-    for (__int64 slice = 0; slice < slices.GetNumRow(); ++slice)
-        scan.Add(Samples(slices, slice, 0).subspan(1));
-    AxisRange reach;
-    scan.Write(nullptr, &reach.high, &reach.low);
-    return reach;
-}
-
 /// The graph of slices that follow one another in time.
-Figure MakeDepthFigure(const CComDataBase& slices, const Channel& channel, const CComDataBase& wave,
-                       const Slicing& slicing, const SpectrogramOptions& options,
-                       const FigureChoice& choice) {
+plot::RecordGraph GraphOf(const CComDataBase& slices, const Channel& channel, const CComDataBase& wave,
+                          const Slicing& slicing, const SpectrogramOptions& options,
+                          const plot::RecordGraphChoice& choice) {
     if (choice.unit && !IsConvertible(slices.GetUnit(), *choice.unit)) {
         throw Error(ErrorKind::kBadValue, "no channel has a unit that converts to " + Quote(options.unit));
     }
-    Figure figure = MakeFigure(slices, {{1, 0, 0, 0, channel.name}}, choice);
-    CGraphParam::ZAxis& z = figure.param.m_z;
-    z.dispType = options.isWaterfall ? CGraphParam::GRAPHDISP_WATERFALL : CGraphParam::GRAPHDISP_COLORMAP;
-    z.num = slicing.count;
-    z.name = L"Time";
-    z.unit = SingleUnit(kAxisSeconds);
+    plot::SliceCourse course;
     // A slice lies at the middle of its blocks.
-    z.start = (static_cast<double>(wave.GetOffset()) + static_cast<double>(slicing.Length() - 1) / 2.0) *
-              wave.GetDelta();
-    z.interval = static_cast<double>(slicing.Start(1)) * wave.GetDelta();
-    figure.content.series.clear();
-    for (__int64 slice = 0; slice < slicing.count; ++slice)
-        figure.content.series.push_back({Samples(slices, slice, 0)});
-    ApplyScale(figure, slices, choice);
-    CScaleParam& scale = figure.scale;
-    const AxisRange reach = ReachOfLevels(slices);
-    if (!scale.m_bYAuto && (reach.low > scale.m_dYMax || reach.high < scale.m_dYMin))
-        throw Error(ErrorKind::kBadValue, "--y shows none of the levels of channel " + Quote(channel.name));
-    // Of a logarithmic axis the uppermost 60 dB, so that the few lines that nearly vanish leave something of
-    // the scale to the others.
-    const double low = std::max(reach.low, reach.high / (options.isDensity ? 1e6 : 1e3));
-    if (scale.m_bYAuto && scale.m_bYLog && low < reach.high) {
-        scale.m_bYAuto = 0;
-        scale.m_dYMin = low;
-        scale.m_dYMax = reach.high;
-    }
-    return figure;
+    course.startSeconds =
+        (static_cast<double>(wave.GetOffset()) + static_cast<double>(slicing.Length() - 1) / 2.0) *
+        wave.GetDelta();
+    course.intervalSeconds = static_cast<double>(slicing.Start(1)) * wave.GetDelta();
+    course.isWaterfall = options.isWaterfall;
+    course.dynamicRange = options.isDensity ? 1e6 : 1e3;  // 60 dB
+    return plot::MakeSliceGraph(slices, channel.name, course, choice);
 }
 
 void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
     RequireOneStandardInput({options.input, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {options.input});
-    const FigureChoice choice = ResolveFigure(options.x, options.y, options.unit);
+    const plot::RecordGraphChoice choice = ResolveGraphs(options.x, options.y, options.unit);
     MakeWindow(options.blocks);
     const __int64 most = options.isWaterfall ? CGraphLineInfoList::GetWaterfallMaxLineNum() : kMostMapSlices;
     if (options.slices > most)
         throw ValueError("--slices: at most " + Count(most, "slice") + " can be drawn");
     std::vector<CComDataBase> records;
-    std::vector<Figure> figures;
+    std::vector<plot::RecordGraph> graphs;
     std::wstring title;
     Doing("analyse", options.input, [&] {
         Progress progress("analysing " + InputName(options.input));
@@ -165,12 +134,11 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
             const Slicing slicing = SliceUp(*source.record, options);
             for (const Channel& channel : source.channels) {
                 records.push_back(AnalyseSlices(*source.record, channel, slicing, options, progress));
-                figures.push_back(
-                    MakeDepthFigure(records.back(), channel, *source.record, slicing, options, choice));
+                graphs.push_back(GraphOf(records.back(), channel, *source.record, slicing, options, choice));
             }
         }
     });
-    WriteFigures(options.picture, target, title, figures, out);
+    WriteSheet(options.picture, target, {std::move(graphs), target.title.value_or(title), target.look}, out);
 }
 
 }  // namespace

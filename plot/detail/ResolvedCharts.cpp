@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <KvxPlot01/GraphCharts.h>
+#include <KvxPlot01/detail/ResolvedCharts.h>
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/Samples.h>
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxPlot01/LineLook.h>
@@ -16,7 +17,7 @@
 #include <KvxPlot01/detail/SeriesSetting.h>
 #include <KvxPlot01/detail/ShownValues.h>
 
-namespace kvx::plot {
+namespace kvx::plot::detail {
 namespace {
 
 using Param = CGraphParam;
@@ -96,17 +97,15 @@ void Unwrap(std::span<double> phases) {
     }
 }
 
-}  // namespace
-
-class GraphCharts::Builder {
+/// Builds the charts of a view that is consistent.
+class Builder {
 public:
-    Builder(const GraphView& view, GraphCharts* charts)
+    explicit Builder(const GraphView& view)
         : param_(*view.param),
           scale_(*view.scale),
           info_(*view.info),
           content_(*view.content),
           output_(view.output),
-          charts_(*charts),
           x_(Keep(Converter(param_.m_units.x, param_.m_frame.suffix.x))),
           y_(Keep(Converter(param_.m_units.y, param_.m_frame.suffix.y))),
           y2_(Keep(Converter(param_.m_units.y2, param_.m_frame.suffix.y2))),
@@ -114,7 +113,7 @@ public:
                      ? y_
                      : Keep(CValConv(units::kDegree, CValConv::SUFFIX_NONE))) {}
 
-    void Build() {
+    ResolvedCharts Build() {
         const auto pane = [&](std::wstring title, __int64 firstRow, __int64 rows, __int64 firstCol,
                               __int64 cols) {
             std::vector<__int64> cells;
@@ -123,7 +122,7 @@ public:
                     cells.push_back(row * param_.m_cells.colNum + col);
                 }
             }
-            charts_.panes_.push_back(BuildPane(std::move(title), std::move(cells)));
+            charts_.panes.push_back(BuildPane(std::move(title), std::move(cells)));
         };
         const __int64 rows = param_.m_cells.rowNum;
         const __int64 cols = param_.m_cells.colNum;
@@ -142,12 +141,11 @@ public:
             default:
                 pane({}, 0, rows, 0, cols);
         }
+        return std::move(charts_);
     }
 
 private:
-    const CValConv& Keep(CValConv converter) {
-        return charts_.converters_.emplace_back(std::move(converter));
-    }
+    const CValConv& Keep(CValConv converter) { return charts_.converters.emplace_back(std::move(converter)); }
 
     std::wstring RowName(__int64 row) const { return param_.m_cells.rowNames[static_cast<std::size_t>(row)]; }
     std::wstring ColName(__int64 col) const { return param_.m_cells.colNames[static_cast<std::size_t>(col)]; }
@@ -185,7 +183,7 @@ private:
     /// A part of a series' samples: the real part itself, anything else derived into `derived_`.
     std::span<const double> Values(const GraphSeries& series, Part part) {
         if (part == Part::kReal) return series.real;
-        std::vector<double>& values = charts_.derived_.emplace_back(series.real.size());
+        std::vector<double>& values = charts_.derived.emplace_back(series.real.size());
         for (std::size_t i = 0; i < values.size(); ++i) {
             const double imaginary = series.imaginary.empty() ? 0.0 : series.imaginary[i];
             values[i] = Derived(part, series.real[i], imaginary);
@@ -273,7 +271,6 @@ private:
     Chart NewChart() const {
         const Param::Frame& frame = param_.m_frame;
         Chart chart;
-        chart.letterSize = content_.letterSize;
         chart.hasGrid = frame.grid != 0;
         chart.hasNumbers = frame.numbers != 0;
         chart.legend = frame.legend ? content_.legend : LegendPlace::kNone;
@@ -429,41 +426,43 @@ private:
         return pane;
     }
 
+    ResolvedCharts charts_;
     const CGraphParam& param_;
     const CScaleParam& scale_;
     const CGraphInfo& info_;
     const GraphContent& content_;
     CGraphColorInfo::OUTPUT_KIND output_;
-    GraphCharts& charts_;
     const CValConv& x_;
     const CValConv& y_;
     const CValConv& y2_;
     const CValConv& angle_;
 };
 
-namespace {
-
-bool CanBeDrawn(const GraphView& view) {
-    if (view.param == nullptr || view.scale == nullptr || view.info == nullptr || view.content == nullptr) {
-        return false;
-    }
-    const CGraphParam& param = *view.param;
-    if (!param.Check() || !view.scale->Check()) return false;
-    if (param.m_z.dispType != Param::GRAPHDISP_2D || view.scale->m_eDispType != Param::GRAPHDISP_2D)
-        return false;
-    const std::vector<GraphSeries>& series = view.content->series;
-    if (std::ssize(series) != param.m_series.num) return false;
-    // Rows times columns may be more than a number holds.
-    if (param.m_cells.rowNum > std::ssize(series) / param.m_cells.colNum) return false;
-    return std::ranges::all_of(series, detail::IsComplete);
-}
-
 }  // namespace
 
-GraphCharts::GraphCharts(const GraphView& view) {
-    if (CanBeDrawn(view)) Builder(view, this).Build();
+void Require(bool isGiven, const char* sentence) {
+    if (!isGiven) throw Error(ErrorKind::kBadValue, sentence);
 }
 
-GraphCharts::~GraphCharts() = default;
+void RequireConsistent(const GraphView& view) {
+    Require(view.param != nullptr && view.scale != nullptr && view.info != nullptr && view.content != nullptr,
+            "a graph needs parameters, scales, settings and content");
+    Require(view.param->Check(), "the parameters of the graph are incomplete or contradict each other");
+    Require(view.scale->Check(), "the scales of the graph have no bounds or contradict each other");
+    Require(view.scale->m_eDispType == view.param->m_z.dispType,
+            "the scales are made for another display type than the graph's");
+    Require(std::ranges::all_of(view.content->series, IsComplete),
+            "a series has no samples, or X values or imaginary parts for some of them only");
+}
 
-}  // namespace kvx::plot
+ResolvedCharts ResolveCharts(const GraphView& view) {
+    RequireConsistent(view);
+    const CGraphParam& param = *view.param;
+    const __int64 num = std::ssize(view.content->series);
+    // Rows times columns may be more than a number holds.
+    Require(num == param.m_series.num && param.m_cells.rowNum <= num / param.m_cells.colNum,
+            "the series of samples are not as many as the parameters of the graph say");
+    return Builder(view).Build();
+}
+
+}  // namespace kvx::plot::detail

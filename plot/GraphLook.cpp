@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#include <KvxPlot01/GraphLook.h>
+
+namespace kvx::plot {
+void ApplyScheme(ColorScheme scheme, GraphLook& look) {
+    look.output =
+        scheme == ColorScheme::kPrinter ? CGraphColorInfo::OUTPUT_PRINTER : CGraphColorInfo::OUTPUT_DISPLAY;
+    CGraphColorInfo& colors = *look.settings.GetGraphColorInfo();
+    if (scheme == ColorScheme::kWhite) colors.SetDefault2(look.output);
+    if (scheme == ColorScheme::kBlack) colors.SetDefault1(look.output);
+}
+
+}  // namespace kvx::plot
