@@ -48,6 +48,7 @@
 #include <KvxDevCommon01/dsp/SampleQueue.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/files/FileHead.h>

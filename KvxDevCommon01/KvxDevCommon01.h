@@ -75,6 +75,7 @@
 #include <KvxDevCommon01/dsp/SampleQueue.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/files/ComDataBase.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/ComFileErr.h>

@@ -58,39 +58,35 @@ struct RecordMap {
     std::vector<RecordOutline> records;
     std::vector<RecordPlace> places;
 
-    std::size_t Index(__int64 record) const {
-        RequireThere(record >= 0 && record < std::ssize(records));
-        return static_cast<std::size_t>(record);
+    /// The record, which must have samples `start` to `start + count - 1`.
+    const RecordOutline& Require(__int64 number, __int64 start, std::size_t count) const {
+        RequireThere(number >= 0 && number < std::ssize(records));
+        const RecordOutline& record = records[static_cast<std::size_t>(number)];
+        RequireThere(start >= 0 && start <= record.nsamp &&
+                     count <= static_cast<std::size_t>(record.nsamp - start));
+        return record;
     }
 
     Spot FindSamples(const SamplePlace& place, std::size_t count, Part part) const {
-        const std::size_t index = Index(place.record);
-        const RecordOutline& record = records[index];
+        const RecordOutline& record = Require(place.record, place.start, count);
         const auto within = [](__int64 number, __int64 all) { return number >= 0 && number < all; };
         RequireThere(within(place.row, record.rows) && within(place.col, record.cols) &&
                      (part == Part::real || record.isComplex));
-        RequireRange(record, place.start, count);
-        const auto& [plan, cells, axis, numbers] = places[index];
+        const RecordPlace& at = places[static_cast<std::size_t>(place.record)];
         const auto cell = static_cast<std::uint64_t>(place.row * record.cols + place.col);
         const auto first =
             static_cast<std::uint64_t>(place.start + (part == Part::imaginary ? record.nsamp : 0));
-        return {cells + cell * plan.CellBytes() + plan.cellHeadBytes + first * plan.numberBytes,
-                numbers + cell * plan.numbersPerCell + first};
+        return {at.cells + cell * at.plan.CellBytes() + at.plan.cellHeadBytes + first * at.plan.numberBytes,
+                at.numbers + cell * at.plan.numbersPerCell + first};
     }
 
     Spot FindAxis(__int64 number, __int64 start, std::size_t count) const {
-        const std::size_t index = Index(number);
-        RequireRange(records[index], start, count);
-        const auto& [plan, cells, axis, numbers] = places[index];
-        if (plan.axisValues == 0) throw Error(ErrorKind::kBadValue, "it has no axis values");
+        Require(number, start, count);
+        const RecordPlace& at = places[static_cast<std::size_t>(number)];
+        if (at.plan.axisValues == 0) throw Error(ErrorKind::kBadValue, "it has no axis values");
         const auto first = static_cast<std::uint64_t>(start);
-        return {axis + first * plan.numberBytes, numbers + plan.cells * plan.numbersPerCell + first};
-    }
-
-private:
-    static void RequireRange(const RecordOutline& record, __int64 start, std::size_t count) {
-        RequireThere(start >= 0 && start <= record.nsamp &&
-                     count <= static_cast<std::size_t>(record.nsamp - start));
+        return {at.axis + first * at.plan.numberBytes,
+                at.numbers + at.plan.cells * at.plan.numbersPerCell + first};
     }
 };
 
@@ -272,15 +268,30 @@ struct DataFileReader::State {
         });
     }
 
-    /// Reads what `find` finds.
-    template <typename Find>
-    void Read(__int64 record, std::span<double> numbers, Find find) {
-        WithPlace({.path = input.path, .record = record + 1}, [&](ErrorPlace&) {
-            input.stream.Seek(find().byte);
-            CArchive archive(input.stream, CArchive::load, 0);
-            LoadSamples(archive, GenerationOf(head), numbers);
+    void ReadSamples(const SamplePlace& place, std::span<double> samples, Part part) {
+        WithPlace(At(place.record),
+                  [&](ErrorPlace&) { ReadFrom(map.FindSamples(place, samples.size(), part), samples); });
+    }
+
+    void ReadAxis(__int64 record, __int64 start, std::span<double> values) {
+        WithPlace(At(record), [&](ErrorPlace&) {
+            const CComDataBase::Fields& fields = map.Require(record, start, values.size()).fields;
+            if (fields.mode == CComDataBase::MODE_SPACING) {
+                __int64 index = fields.offset + start;
+                for (double& value : values) value = static_cast<double>(index++) * fields.delta;
+            } else {
+                ReadFrom(map.FindAxis(record, start, values.size()), values);
+            }
         });
     }
+
+    void ReadFrom(const Spot& spot, std::span<double> numbers) {
+        input.stream.Seek(spot.byte);
+        CArchive archive(input.stream, CArchive::load, 0);
+        LoadSamples(archive, GenerationOf(head), numbers);
+    }
+
+    ErrorPlace At(__int64 record) const { return {.path = input.path, .record = record + 1}; }
 
     Target<InputFile> input;
     FileHead head;
@@ -302,17 +313,15 @@ const std::vector<RecordOutline>& DataFileReader::Records() const {
 }
 
 void DataFileReader::ReadReal(const SamplePlace& place, std::span<double> samples) {
-    state_->Read(place.record, samples,
-                 [&] { return state_->map.FindSamples(place, samples.size(), Part::real); });
+    state_->ReadSamples(place, samples, Part::real);
 }
 
 void DataFileReader::ReadImaginary(const SamplePlace& place, std::span<double> samples) {
-    state_->Read(place.record, samples,
-                 [&] { return state_->map.FindSamples(place, samples.size(), Part::imaginary); });
+    state_->ReadSamples(place, samples, Part::imaginary);
 }
 
 void DataFileReader::ReadAxis(__int64 record, __int64 start, std::span<double> values) {
-    state_->Read(record, values, [&] { return state_->map.FindAxis(record, start, values.size()); });
+    state_->ReadAxis(record, start, values);
 }
 
 // ---- writing ----
@@ -340,18 +349,25 @@ struct DataFileWriter::State {
         });
     }
 
-    /// Writes to where `find` finds.
-    template <typename Find>
-    void Write(__int64 record, std::span<const double> values, Find find) {
-        WithPlace({.path = output.path, .record = record + 1}, [&](ErrorPlace&) {
-            const Spot spot = find();
-            output.stream.Seek(spot.byte);
-            CArchive archive(output.stream, CArchive::store, 0);
-            archive.WriteNumbers(values.data(), values.size());
-            archive.Flush();
-            written.Add(spot.number, spot.number + values.size());
-        });
+    void WriteSamples(const SamplePlace& place, std::span<const double> samples, Part part) {
+        WithPlace(At(place.record),
+                  [&](ErrorPlace&) { WriteTo(map.FindSamples(place, samples.size(), part), samples); });
     }
+
+    void WriteAxis(__int64 record, __int64 start, std::span<const double> values) {
+        WithPlace(At(record),
+                  [&](ErrorPlace&) { WriteTo(map.FindAxis(record, start, values.size()), values); });
+    }
+
+    void WriteTo(const Spot& spot, std::span<const double> values) {
+        output.stream.Seek(spot.byte);
+        CArchive archive(output.stream, CArchive::store, 0);
+        archive.WriteNumbers(values.data(), values.size());
+        archive.Flush();
+        written.Add(spot.number, spot.number + values.size());
+    }
+
+    ErrorPlace At(__int64 record) const { return {.path = output.path, .record = record + 1}; }
 
     void Commit() {
         WithPlace({.path = output.path}, [this](ErrorPlace&) {
@@ -377,17 +393,15 @@ DataFileWriter::DataFileWriter(DataFileWriter&&) noexcept = default;
 DataFileWriter& DataFileWriter::operator=(DataFileWriter&&) noexcept = default;
 
 void DataFileWriter::WriteReal(const SamplePlace& place, std::span<const double> samples) {
-    state_->Write(place.record, samples,
-                  [&] { return state_->map.FindSamples(place, samples.size(), Part::real); });
+    state_->WriteSamples(place, samples, Part::real);
 }
 
 void DataFileWriter::WriteImaginary(const SamplePlace& place, std::span<const double> samples) {
-    state_->Write(place.record, samples,
-                  [&] { return state_->map.FindSamples(place, samples.size(), Part::imaginary); });
+    state_->WriteSamples(place, samples, Part::imaginary);
 }
 
 void DataFileWriter::WriteAxis(__int64 record, __int64 start, std::span<const double> values) {
-    state_->Write(record, values, [&] { return state_->map.FindAxis(record, start, values.size()); });
+    state_->WriteAxis(record, start, values);
 }
 
 void DataFileWriter::Commit() {

@@ -55,8 +55,8 @@ public:
     /// of them must be there.
     void ReadReal(const SamplePlace& place, std::span<double> samples);
     void ReadImaginary(const SamplePlace& place, std::span<double> samples);
-    /// Reads the axis values of the samples from `start` on, in the standard unit of the axis. An evenly
-    /// spaced record has none: sample i lies at (offset + i) * delta.
+    /// The axis values of the samples from `start` on, in the standard unit of the axis: those that the
+    /// record has, or (offset + start + i) * delta.
     void ReadAxis(__int64 record, __int64 start, std::span<double> values);
 
 private:

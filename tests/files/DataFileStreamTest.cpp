@@ -76,9 +76,19 @@ void ExpectNumbersOf(const CComDataBase& record, kvx::DataFileReader& file, __in
             file.ReadImaginary({index, row, col, start}, samples);
         });
     }
-    if (const CDataArrayDouble* axis = record.GetHData()) {
-        expect(kvx::Samples(*axis),
-               [&](__int64 start, std::span<double> values) { file.ReadAxis(index, start, values); });
+    std::vector<double> axis;
+    for (__int64 i = 0; i < record.GetNsamp() && record.GetDataMode() != CComDataBase::MODE_EMPTY; ++i) {
+        axis.push_back(record.GetHData() != nullptr
+                           ? (*record.GetHData())[i]
+                           : static_cast<double>(i + record.GetOffset()) * record.GetDelta());
+    }
+    const auto readAxis = [&](__int64 start, std::span<double> values) {
+        file.ReadAxis(index, start, values);
+    };
+    if (!axis.empty()) {
+        expect(axis, readAxis);
+    } else {
+        EXPECT_THROW(InPieces(1, 1, readAxis), kvx::Error);
     }
 }
 

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <functional>
-#include <numeric>
 #include <optional>
 #include <system_error>
 
@@ -31,15 +30,6 @@ Complaint NumberCheck(const std::string& wanted, const std::function<bool(double
         const std::optional<double> value = ParseNumber(text);
         return value && holds(*value) ? std::string() : fmt::format("{} is not {}", Quote(text), wanted);
     };
-}
-
-/// A 1-based number from the start of `*text`, which is left behind it.
-std::optional<std::size_t> TakeIndex(std::string_view* text) {
-    std::size_t value = 0;
-    const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), value);
-    if (error != std::errc()) return std::nullopt;
-    text->remove_prefix(static_cast<std::size_t>(end - text->data()));
-    return value;
 }
 
 }  // namespace
@@ -95,41 +85,6 @@ std::vector<std::string> SpreadList(std::string_view option, std::string_view li
                                      Count(static_cast<long long>(count), "channel")));
     }
     return pieces;
-}
-
-std::vector<std::size_t> ChooseChannels(std::string_view choice, const std::vector<std::wstring>& names) {
-    std::vector<std::size_t> chosen;
-    if (choice.empty()) {
-        chosen.resize(names.size());
-        std::iota(chosen.begin(), chosen.end(), std::size_t{0});
-        return chosen;
-    }
-    for (const std::string& piece : SplitList(choice)) {
-        const auto named = std::ranges::find(names, FromUtf8(piece).value_or(L""));
-        if (!piece.empty() && named != names.end()) {
-            chosen.push_back(static_cast<std::size_t>(named - names.begin()));
-            continue;
-        }
-        std::string_view rest = piece;
-        const std::optional<std::size_t> first = TakeIndex(&rest);
-        std::optional<std::size_t> last = first;
-        if (first && rest.starts_with('-')) {
-            rest.remove_prefix(1);
-            last = TakeIndex(&rest);
-        }
-        if (!first || !last || !rest.empty() || *first < 1 || *last < *first || *last > names.size()) {
-            throw Error(ErrorKind::kUnknownName,
-                        fmt::format("there is no channel {} among its {}", Quote(piece),
-                                    Count(std::ssize(names), "channel")));
-        }
-        for (std::size_t number = *first; number <= *last; ++number) chosen.push_back(number - 1);
-    }
-    for (auto at = chosen.begin(); at != chosen.end(); ++at) {
-        if (std::find(chosen.begin(), at, *at) != at) {
-            throw Error(ErrorKind::kBadValue, fmt::format("channel {} is chosen twice", *at + 1));
-        }
-    }
-    return chosen;
 }
 
 }  // namespace kvx::tool

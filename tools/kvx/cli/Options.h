@@ -59,9 +59,4 @@ std::vector<std::string> SplitList(std::string_view list);
 /// otherwise.
 std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count);
 
-/// 0-based positions of the chosen channels, in the order of the choice. `choice` is a comma list of names,
-/// 1-based numbers and ranges "2-4"; empty chooses all. Throws Error when it names a channel that is not
-/// there.
-std::vector<std::size_t> ChooseChannels(std::string_view choice, const std::vector<std::wstring>& names);
-
 }  // namespace kvx::tool
