@@ -31,6 +31,7 @@
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Ring.h>
 #include <KvxDevCommon01/data/Samples.h>
+#include <KvxDevCommon01/data/Statistics.h>
 
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
@@ -38,6 +39,8 @@
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
+#include <KvxDevCommon01/dsp/Blocks.h>
+#include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
@@ -46,7 +49,9 @@
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>
+#include <KvxDevCommon01/dsp/SlicedSpectrum.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
+#include <KvxDevCommon01/dsp/Windows.h>
 
 #include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/files/DataFileContent.h>
@@ -54,6 +59,7 @@
 #include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/files/FileKinds.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
+#include <KvxDevCommon01/files/SpectrumRecord.h>
 
 #include <KvxDevCommon01/graph/AutoRange.h>
 #include <KvxDevCommon01/graph/AxisMapping.h>

@@ -44,6 +44,7 @@
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Ring.h>
 #include <KvxDevCommon01/data/Samples.h>
+#include <KvxDevCommon01/data/Statistics.h>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
@@ -54,6 +55,8 @@
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
+#include <KvxDevCommon01/dsp/Blocks.h>
+#include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatFir.h>
@@ -73,7 +76,9 @@
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>
+#include <KvxDevCommon01/dsp/SlicedSpectrum.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
+#include <KvxDevCommon01/dsp/Windows.h>
 
 #include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/files/ComDataBase.h>
@@ -87,6 +92,7 @@
 #include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/files/FileKinds.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
+#include <KvxDevCommon01/files/SpectrumRecord.h>
 
 #include <KvxDevCommon01/app/AppFunc.h>
 #include <KvxDevCommon01/app/ComThread.h>

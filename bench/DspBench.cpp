@@ -8,12 +8,14 @@
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
+#include <KvxDevCommon01/dsp/Windows.h>
 
 #include <benchmark/benchmark.h>
 
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <vector>
 
 namespace {
 
@@ -57,13 +59,11 @@ BENCHMARK(BM_WaveIfft)->RangeMultiplier(4)->Range(256, 65536)->Arg(131072);
 void BM_AveragedPsd(benchmark::State& state) {
     constexpr __int64 kSamples = 1000000;
     const CDataArrayDouble wave = TestWave(kSamples);
-    CDataArrayDouble window(state.range(0), 0.0), psd;
-    CMatWIND::GeneHanning(&window);
-    kvx::AveragedSpectrum spectrum;
+    const std::vector<double> window = kvx::MakeWindow("hann", state.range(0));
     for (auto _ : state) {
-        spectrum.Begin(window, window.GetNum() / 2);
+        kvx::AveragedSpectrum spectrum(window, state.range(0) / 2);
         spectrum.Add(wave);
-        benchmark::DoNotOptimize(spectrum.GetPsd(1.0, &psd));
+        benchmark::DoNotOptimize(spectrum.Psd(1.0));
     }
     state.SetItemsProcessed(state.iterations() * kSamples);
 }

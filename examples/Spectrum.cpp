@@ -9,6 +9,7 @@
 #include <exception>
 #include <filesystem>
 #include <numeric>
+#include <vector>
 
 #include <KvxDevCommon01/KvxDevCommon01.h>
 
@@ -42,14 +43,10 @@ int main() try {
     CComDataWave recording(1.0 / kRateHz, 1, 1, kSamples, 0, acceleration, nullptr, nullptr);
     kvx::GenerateRandomWave(kvx::Samples(recording, 0, 0), profile, {.rateHz = kRateHz});
 
-    CDataArrayDouble window(kBlock, 0);
-    CDataArrayDouble psd;
-    kvx::AveragedSpectrum average;
-    if (!CMatWIND::GeneHanning(&window) || !average.Begin(window, kBlock / 2) ||
-        !average.Add(kvx::Samples(recording, 0, 0)) || !average.GetPsd(1.0 / recording.GetDelta(), &psd)) {
-        return 1;
-    }
-    CComDataSpecA spectrum(kRateHz / kBlock, 1, 1, psd.GetNum(), 0, density, nullptr, nullptr);
+    kvx::AveragedSpectrum average(kvx::MakeWindow("hann", kBlock), kBlock / 2);
+    average.Add(kvx::Samples(recording, 0, 0));
+    const std::vector<double> psd = average.Psd(1.0 / recording.GetDelta());
+    CComDataSpecA spectrum(kRateHz / kBlock, 1, 1, kBlock / 2, 0, density, nullptr, nullptr);
     if (!spectrum.Check()) return 1;
     std::ranges::copy(psd, kvx::Samples(spectrum, 0, 0).begin());
 
@@ -63,8 +60,8 @@ int main() try {
     const auto lines = kvx::Samples(record, 0, 0);
     const double rms = std::sqrt(df * std::accumulate(lines.begin(), lines.end(), 0.0));
     std::printf("%lld blocks, %lld lines of %g Hz; rms %.4f m/s2, of the profile %.4f m/s2\n",
-                static_cast<long long>(average.GetNumBlocks()), static_cast<long long>(record.GetNsamp()), df,
-                rms, profile.Rms());
+                static_cast<long long>(average.Blocks()), static_cast<long long>(record.GetNsamp()), df, rms,
+                profile.Rms());
     std::filesystem::remove("wave.vdf2");
     std::filesystem::remove("spectrum.vdf2");
     return std::abs(rms / profile.Rms() - 1.0) < 0.05 ? 0 : 1;

@@ -38,10 +38,7 @@ public:
     }
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
-        if (run != run_) {
-            run_ = run;
-            done_ = 0;
-        }
+        Enter(run);
         const __int64 left = runs_[run].samples - done_;
         const auto count = static_cast<std::size_t>(std::min(static_cast<__int64>(room), left));
         for (std::size_t c = 0; c < targets.size() && count > 0; ++c) {
@@ -52,7 +49,18 @@ public:
         return count;
     }
 
+    void Skip(std::size_t run, __int64 count) override {
+        Enter(run);
+        done_ += std::min(count, runs_[run].samples - done_);
+    }
+
 private:
+    void Enter(std::size_t run) {
+        if (run == run_) return;
+        run_ = run;
+        done_ = 0;
+    }
+
     DataFileInput file_;
     std::vector<std::vector<Cell>> cells_;  ///< per run and channel
     std::size_t run_ = 0;

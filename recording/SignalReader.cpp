@@ -124,6 +124,18 @@ void RequireNothingStated(const RecordingStatements& stated) {
 
 }  // namespace
 
+void SignalReader::Skip(std::size_t run, __int64 count) {
+    constexpr std::size_t kRoom = std::size_t{1} << 14;
+    std::vector<std::vector<double>> samples(runs_[run].channels.size(), std::vector<double>(kRoom));
+    std::vector<double*> targets;
+    for (std::vector<double>& channel : samples) targets.push_back(channel.data());
+    while (count > 0) {
+        const std::size_t passed = Read(run, targets, std::min(kRoom, static_cast<std::size_t>(count)));
+        if (passed == 0) return;
+        count -= static_cast<__int64>(passed);
+    }
+}
+
 StatementError::StatementError(std::string sentence) : Error(ErrorKind::kBadValue, std::move(sentence)) {}
 
 std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> recording,

@@ -50,6 +50,9 @@ public:
     /// and returns how many; 0 at the end. Runs are read one after the other. Throws Error, also for a
     /// sample that holds no value.
     virtual std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) = 0;
+    /// Passes over the next samples of a run, `count` or as many as there are; those of a data file are not
+    /// read. Throws Error.
+    virtual void Skip(std::size_t run, __int64 count);
 
 protected:
     SignalReader() = default;

@@ -1,111 +1,72 @@
 // SPDX-License-Identifier: MIT
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
-#include <KvxDevCommon01/dsp/MatFFT.h>
-#include <KvxDevCommon01/dsp/detail/TrigTables.h>
+#include <KvxDevCommon01/dsp/detail/BlockQueue.h>
+#include <KvxDevCommon01/dsp/detail/BlockTransform.h>
+#include <KvxDevCommon01/platform/Error.h>
 
-#include <algorithm>
-#include <cmath>
 #include <iterator>
 
 namespace kvx {
-namespace {
 
-constexpr __int64 kSmallestBlock = 2;
+struct AveragedSpectrum::State {
+    PowerAverage average;
+    BlockQueue<1> queue;
 
-}  // namespace
-
-bool BlockCut::IsValid() const {
-    return IsTransformSize(size, kSmallestBlock) && overlap >= 0 && overlap < size;
-}
-
-__int64 BlockCut::Count(__int64 samples) const {
-    if (!IsValid() || samples < size) return 0;
-    return (samples - size) / (size - overlap) + 1;
-}
-
-int BlockTransform::SetWindow(const CDataArrayDouble& window) {
-    const __int64 size = window.GetNum();
-    sum_ = window.GetSum();
-    squareSum_ = window.GetSqSum(0, size);
-    if (IsTransformSize(size, kSmallestBlock) && sum_ != 0.0 && std::isfinite(sum_) &&
-        std::isfinite(squareSum_) && window_.SetData(size, window.GetData()) &&
-        real_.SetData(size, nullptr) && imaginary_.SetData(size, nullptr)) {
-        return 1;
+    const PowerAverage& Average() const {
+        if (average.Blocks() == 0) throw Error(ErrorKind::kBadValue, "no block was averaged");
+        return average;
     }
-    *this = BlockTransform();
-    return 0;
+};
+
+AveragedSpectrum::AveragedSpectrum(std::span<const double> window, std::int64_t overlap)
+    : state_(new State{PowerAverage(window), BlockQueue<1>(RequireCut({std::ssize(window), overlap}))}) {}
+
+AveragedSpectrum::~AveragedSpectrum() = default;
+AveragedSpectrum::AveragedSpectrum(AveragedSpectrum&& other) noexcept = default;
+AveragedSpectrum& AveragedSpectrum::operator=(AveragedSpectrum&& other) noexcept = default;
+
+void AveragedSpectrum::Add(std::span<const double> samples) {
+    state_->queue.Feed({samples}, [this](const auto& block) { state_->average.Add(block.front()); });
 }
 
-int BlockTransform::Transform(std::span<const double> samples) {
-    if (std::ssize(samples) != GetSize() || GetSize() == 0) return 0;
-    double* const real = real_.GetData();
-    double* const imaginary = imaginary_.GetData();
-    std::transform(samples.begin(), samples.end(), window_.GetData(), real,
-                   [](double x, double w) { return x * w; });
-    return CMatFFT::XfrRfft(real, imaginary, GetSize(), real, imaginary, GetNumLines());
+void AveragedSpectrum::NextSignal() {
+    state_->queue.Clear();
 }
 
-int AveragedSpectrum::Begin(const CDataArrayDouble& window, __int64 overlap) {
-    cut_ = {window.GetNum(), overlap};
-    blockCount_ = 0;
-    if (cut_.IsValid() && transform_.SetWindow(window) &&
-        powerSum_.SetData(transform_.GetNumLines(), nullptr))
-        return 1;
-    cut_ = {};
-    return 0;
+std::int64_t AveragedSpectrum::Blocks() const {
+    return state_->average.Blocks();
 }
 
-__int64 AveragedSpectrum::Add(std::span<const double> signal) {
-    const double* const re = transform_.GetReal().data();
-    const double* const im = transform_.GetImaginary().data();
-    double* const sum = powerSum_.GetData();
-    const __int64 lineCount = transform_.GetNumLines();
-    const __int64 added = cut_.Count(std::ssize(signal));
-    for (__int64 block = 0; block < added; ++block) {
-        transform_.Transform(cut_.Block(signal, block));
-        for (__int64 k = 0; k < lineCount; ++k) sum[k] += re[k] * re[k] + im[k] * im[k];
-    }
-    blockCount_ += added;
-    return added;
+std::int64_t AveragedSpectrum::BlockSize() const {
+    return state_->average.Transform().Size();
 }
 
-int AveragedSpectrum::GetPower(double dcFactor, double factor, CDataArrayDouble* power) const {
-    if (power == nullptr || blockCount_ == 0) return 0;
-    if (!power->SetData(powerSum_.GetNum(), powerSum_.GetData())) return 0;
-    *power *= factor / static_cast<double>(blockCount_);
-    (*power)[0] = powerSum_[0] * (dcFactor / static_cast<double>(blockCount_));
-    return 1;
+double AveragedSpectrum::NoiseBandwidth() const {
+    return state_->average.Transform().NoiseBandwidth();
 }
 
-int AveragedSpectrum::GetPsd(double rateHz, CDataArrayDouble* psd) const {
-    if (!(rateHz > 0.0)) return 0;
-    const double dcFactor = 1.0 / (rateHz * transform_.GetSquareSum());
-    return GetPower(dcFactor, 2.0 * dcFactor, psd);
+std::vector<double> AveragedSpectrum::Psd(double rateHz) const {
+    if (!(rateHz > 0.0)) throw Error(ErrorKind::kBadValue, "a sampling rate is above 0");
+    return state_->Average().Psd(rateHz);
 }
 
-int AveragedSpectrum::GetAmplitude(CDataArrayDouble* amp) const {
-    const double dcFactor = 1.0 / (transform_.GetSum() * transform_.GetSum());
-    if (!GetPower(dcFactor, 4.0 * dcFactor, amp)) return 0;
-    std::transform(amp->GetData(), amp->GetData() + amp->GetNum(), amp->GetData(),
-                   [](double p) { return std::sqrt(p); });
-    return 1;
+std::vector<double> AveragedSpectrum::Amplitude() const {
+    return state_->Average().Amplitude();
 }
 
-int CalcBlockSpectrum(CDataArrayDoubleCplx* spec, std::span<const double> signal, __int64 start,
-                      const CDataArrayDouble& window) {
-    BlockTransform transform;
-    if (spec == nullptr || !transform.SetWindow(window)) return 0;
-    const __int64 size = transform.GetSize();
-    if (start < 0 || std::ssize(signal) < size || start > std::ssize(signal) - size) return 0;
-    const auto block = signal.subspan(static_cast<std::size_t>(start), static_cast<std::size_t>(size));
-    if (!transform.Transform(block) || !spec->Create(1, transform.GetNumLines())) return 0;
-    spec->SetReal(transform.GetReal().data());
-    spec->SetImaginary(transform.GetImaginary().data());
-    *spec *= 2.0 / transform.GetSum();
-    spec->GetReal()[0] *= 0.5;
-    spec->GetImaginary()[0] *= 0.5;
-    return 1;
+std::vector<std::complex<double>> BlockSpectrum(std::span<const double> block,
+                                                std::span<const double> window) {
+    BlockTransform transform(window);
+    if (block.size() != window.size())
+        throw Error(ErrorKind::kBadValue, "a block has as many samples as its window");
+    transform.Transform(block);
+    const double factor = 2.0 / transform.Sum();
+    std::vector<std::complex<double>> lines(static_cast<std::size_t>(transform.Lines()));
+    for (std::size_t k = 0; k < lines.size(); ++k)
+        lines[k] = {transform.Real()[k] * factor, transform.Imaginary()[k] * factor};
+    lines.front() *= 0.5;
+    return lines;
 }
 
 }  // namespace kvx

@@ -1,69 +1,109 @@
 // SPDX-License-Identifier: MIT
 
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
-#include <KvxDevCommon01/dsp/MatSpec.h>
+#include <KvxDevCommon01/dsp/detail/BlockQueue.h>
+#include <KvxDevCommon01/dsp/detail/BlockTransform.h>
+#include <KvxDevCommon01/platform/Error.h>
 
 #include <iterator>
 
 namespace kvx {
 
-int AveragedTransfer::Begin(const CDataArrayDouble& window, __int64 overlap) {
-    cut_ = {window.GetNum(), overlap};
-    blockCount_ = 0;
-    if (cut_.IsValid() && reference_.SetWindow(window) && response_.SetWindow(window) &&
-        referencePower_.Create(0, cut_.size / 2) && responsePower_.Create(0, cut_.size / 2) &&
-        crossPower_.Create(1, cut_.size / 2)) {
-        return 1;
+struct AveragedTransfer::State {
+    State(std::span<const double> window, std::int64_t overlap)
+        : reference(window), response(window), queue(RequireCut({std::ssize(window), overlap})) {
+        for (std::vector<double>* sums : {&referencePower, &responsePower, &crossReal, &crossImaginary})
+            sums->resize(static_cast<std::size_t>(reference.Lines()));
     }
-    cut_ = {};
-    return 0;
-}
 
-__int64 AveragedTransfer::Add(std::span<const double> reference, std::span<const double> response) {
-    if (reference.size() != response.size()) return 0;
-    const double* const xRe = reference_.GetReal().data();
-    const double* const xIm = reference_.GetImaginary().data();
-    const double* const yRe = response_.GetReal().data();
-    const double* const yIm = response_.GetImaginary().data();
-    double* const xPower = referencePower_.GetReal();
-    double* const yPower = responsePower_.GetReal();
-    double* const crossRe = crossPower_.GetReal();
-    double* const crossIm = crossPower_.GetImaginary();
-    const __int64 lineCount = crossPower_.GetNum();
-    const __int64 added = cut_.Count(std::ssize(reference));
-    for (__int64 block = 0; block < added; ++block) {
-        reference_.Transform(cut_.Block(reference, block));
-        response_.Transform(cut_.Block(response, block));
-        for (__int64 k = 0; k < lineCount; ++k) {
+    void AddBlock(const BlockQueue<2>::Spans& block) {
+        reference.Transform(block[0]);
+        response.Transform(block[1]);
+        const double* const xRe = reference.Real();
+        const double* const xIm = reference.Imaginary();
+        const double* const yRe = response.Real();
+        const double* const yIm = response.Imaginary();
+        double* const xPower = referencePower.data();
+        double* const yPower = responsePower.data();
+        double* const crossRe = crossReal.data();
+        double* const crossIm = crossImaginary.data();
+        for (std::size_t k = 0; k < referencePower.size(); ++k) {
             xPower[k] += xRe[k] * xRe[k] + xIm[k] * xIm[k];
             yPower[k] += yRe[k] * yRe[k] + yIm[k] * yIm[k];
             crossRe[k] += yRe[k] * xRe[k] + yIm[k] * xIm[k];
             crossIm[k] += yIm[k] * xRe[k] - yRe[k] * xIm[k];
         }
+        ++blocks;
     }
-    blockCount_ += added;
-    return added;
+
+    /// The cross power of a line over one of the powers.
+    std::complex<double> CrossOver(const std::vector<double>& power, std::size_t k) const {
+        if (power[k] == 0.0) return 0.0;
+        return {crossReal[k] / power[k], crossImaginary[k] / power[k]};
+    }
+
+    void RequireBlocks() const {
+        if (blocks == 0) throw Error(ErrorKind::kBadValue, "no block was averaged");
+    }
+
+    BlockTransform reference;
+    BlockTransform response;
+    BlockQueue<2> queue;
+    // Sums over the blocks; the cross power is the response times the conjugate reference.
+    std::vector<double> referencePower;
+    std::vector<double> responsePower;
+    std::vector<double> crossReal;
+    std::vector<double> crossImaginary;
+    std::int64_t blocks = 0;
+};
+
+AveragedTransfer::AveragedTransfer(std::span<const double> window, std::int64_t overlap)
+    : state_(std::make_unique<State>(window, overlap)) {}
+
+AveragedTransfer::~AveragedTransfer() = default;
+AveragedTransfer::AveragedTransfer(AveragedTransfer&& other) noexcept = default;
+AveragedTransfer& AveragedTransfer::operator=(AveragedTransfer&& other) noexcept = default;
+
+void AveragedTransfer::Add(std::span<const double> reference, std::span<const double> response) {
+    if (reference.size() != response.size())
+        throw Error(ErrorKind::kBadValue, "a reference and its response have equally many samples");
+    state_->queue.Feed({reference, response}, [this](const auto& block) { state_->AddBlock(block); });
 }
 
-int AveragedTransfer::GetTransfer(CDataArrayDoubleCplx* xfr) const {
-    if (xfr == nullptr || blockCount_ == 0 || !xfr->Create(1, crossPower_.GetNum())) return 0;
-    return CMatSpec::CalcXfr(xfr, referencePower_, crossPower_);
+void AveragedTransfer::NextSignal() {
+    state_->queue.Clear();
 }
 
-int AveragedTransfer::GetCoherence(CDataArrayDouble* coherence) const {
-    CDataArrayDoubleCplx forward;
-    CDataArrayDoubleCplx backward;
-    if (coherence == nullptr || !GetTransfer(&forward) || !backward.Create(1, crossPower_.GetNum()) ||
-        !CMatSpec::CalcXfr(&backward, responsePower_, crossPower_) ||
-        !coherence->SetData(crossPower_.GetNum(), nullptr)) {
-        return 0;
+std::int64_t AveragedTransfer::Blocks() const {
+    return state_->blocks;
+}
+
+std::int64_t AveragedTransfer::BlockSize() const {
+    return state_->reference.Size();
+}
+
+double AveragedTransfer::NoiseBandwidth() const {
+    return state_->reference.NoiseBandwidth();
+}
+
+std::vector<std::complex<double>> AveragedTransfer::Transfer() const {
+    state_->RequireBlocks();
+    std::vector<std::complex<double>> transfer(state_->referencePower.size());
+    for (std::size_t k = 0; k < transfer.size(); ++k)
+        transfer[k] = state_->CrossOver(state_->referencePower, k);
+    return transfer;
+}
+
+std::vector<double> AveragedTransfer::Coherence() const {
+    state_->RequireBlocks();
+    std::vector<double> coherence(state_->referencePower.size());
+    for (std::size_t k = 0; k < coherence.size(); ++k) {
+        // Quotients first: the product of two powers could leave the range of a double.
+        const std::complex<double> forward = state_->CrossOver(state_->referencePower, k);
+        const std::complex<double> backward = state_->CrossOver(state_->responsePower, k);
+        coherence[k] = forward.real() * backward.real() + forward.imag() * backward.imag();
     }
-    // Quotients first: the product of two powers could leave the range of a double.
-    for (__int64 k = 0; k < coherence->GetNum(); ++k) {
-        (*coherence)[k] = forward.GetReal()[k] * backward.GetReal()[k] +
-                          forward.GetImaginary()[k] * backward.GetImaginary()[k];
-    }
-    return 1;
+    return coherence;
 }
 
 }  // namespace kvx

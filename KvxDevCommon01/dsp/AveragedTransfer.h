@@ -2,52 +2,57 @@
 //
 // Averaged transfer function from a reference to a response, and its coherence: both signals are cut,
 // windowed and transformed alike (see AveragedSpectrum.h), and their powers and cross power are averaged over
-// the blocks.
+// the blocks. The signals may come in calls of any length, with the same bits for every cut.
 #pragma once
 
+#include <complex>
+#include <cstdint>
+#include <memory>
 #include <span>
+#include <vector>
 
 #include <KvxDevCommon01/Export.h>
-#include <KvxDevCommon01/data/DataArray.h>
-#include <KvxDevCommon01/data/DataCplx.h>
-#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
-#include <KvxDevCommon01/platform/Types.h>
 
 namespace kvx {
 
+/// Nothing is allocated between calls. An object that was moved from can only be assigned to or destroyed.
 class KVX_API AveragedTransfer {
 public:
-    /// Begins anew with a window, whose count is the block size, and an overlap in samples, 0 <= overlap <
-    /// count. Fails (0) as AveragedSpectrum::Begin; then nothing can be added.
-    int Begin(const CDataArrayDouble& window, __int64 overlap);
+    /// Takes and throws what the constructor of AveragedSpectrum does.
+    AveragedTransfer(std::span<const double> window, std::int64_t overlap);
+    ~AveragedTransfer();
+    AveragedTransfer(AveragedTransfer&& other) noexcept;
+    AveragedTransfer& operator=(AveragedTransfer&& other) noexcept;
 
-    /// Adds all full blocks of two signals that were sampled together and returns their number; 0 for signals
-    /// of different counts. Pairs of signals may follow one another, as the blows of a hammer do; no block
-    /// spans two of them.
-    __int64 Add(std::span<const double> reference, std::span<const double> response);
+    /// Takes the next samples of two signals that were sampled together and averages the blocks that they
+    /// complete. Throws Error (kBadValue) for different counts, taking none.
+    void Add(std::span<const double> reference, std::span<const double> response);
 
-    /// Blocks added so far.
-    __int64 GetNumBlocks() const { return blockCount_; }
+    /// Ends both signals: the samples to come belong to another pair, as the blows of a hammer do, and no
+    /// block spans the two. The average goes on.
+    void NextSignal();
+
+    /// Blocks averaged so far.
+    std::int64_t Blocks() const;
+
+    std::int64_t BlockSize() const;
+    /// That of the window, in lines; see Windows.h.
+    double NoiseBandwidth() const;
 
     /// Transfer function H1, the cross power over the reference's power, as complex numbers in the response's
     /// unit over the reference's: the best estimate when noise is on the response alone. 0 on lines where the
-    /// reference has no power. Fails (0) for a null array, without blocks or when memory runs out.
-    int GetTransfer(CDataArrayDoubleCplx* xfr) const;
+    /// reference has no power. Throws Error (kBadValue) without blocks.
+    std::vector<std::complex<double>> Transfer() const;
 
     /// Coherence, the squared cross power over both powers, from 0 to 1: the part of the response's power
     /// that the reference explains, always 1 for a single block. 0 on lines where one of them has no power.
-    /// Fails as GetTransfer.
-    int GetCoherence(CDataArrayDouble* coherence) const;
+    /// Throws Error (kBadValue) without blocks.
+    std::vector<double> Coherence() const;
 
 private:
-    BlockCut cut_{};
-    BlockTransform reference_;
-    BlockTransform response_;
-    // Sums over the blocks; the cross power is the response times the conjugate reference.
-    CDataArrayDoubleCplx referencePower_;
-    CDataArrayDoubleCplx responsePower_;
-    CDataArrayDoubleCplx crossPower_;
-    __int64 blockCount_ = 0;
+    struct State;
+
+    std::unique_ptr<State> state_;
 };
 
 }  // namespace kvx

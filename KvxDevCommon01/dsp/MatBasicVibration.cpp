@@ -5,7 +5,9 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataMatrix.h>
+#include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/detail/AnalysisWindow.h>
 #include <KvxDevCommon01/dsp/detail/RootOfPower.h>
@@ -14,6 +16,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <exception>
 #include <numbers>
 #include <optional>
 
@@ -202,14 +205,16 @@ int CMatBasic::CalcWavePSD(const CDataArrayMtxDouble& waves, double fs, __int64 
         return 0;
     }
     if (!psd->Create(waves.GetNumRow(), waves.GetNumCol(), blockSize / 2)) return 0;
-    kvx::AveragedSpectrum spectrum;
-    for (__int64 row = 0; row < waves.GetNumRow(); ++row) {
-        for (__int64 col = 0; col < waves.GetNumCol(); ++col) {
-            if (!spectrum.Begin(windowSamples, overlap) || spectrum.Add(*waves.GetArrayPtr(row, col)) == 0 ||
-                !spectrum.GetPsd(fs, psd->GetArrayPtr(row, col))) {
-                return 0;
+    try {
+        for (__int64 row = 0; row < waves.GetNumRow(); ++row) {
+            for (__int64 col = 0; col < waves.GetNumCol(); ++col) {
+                kvx::AveragedSpectrum spectrum(windowSamples, overlap);
+                spectrum.Add(kvx::Samples(waves, row, col));
+                std::ranges::copy(spectrum.Psd(fs), kvx::Samples(*psd, row, col).begin());
             }
         }
+        return 1;
+    } catch (const std::exception&) {
+        return 0;
     }
-    return 1;
 }

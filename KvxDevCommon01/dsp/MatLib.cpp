@@ -4,6 +4,7 @@
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
+#include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatLib.h>
 #include <KvxDevCommon01/dsp/detail/AnalysisWindow.h>
@@ -12,10 +13,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <limits>
+#include <vector>
 
 int MatLibFFTSetMaxSample(int maxSample) {
     if (maxSample < 1 || maxSample > 1 << kvx::kMaxLog2Size) return 0;
@@ -41,16 +45,18 @@ int MatLibCvlFilteringModPeri(const double* in, double* out, __int64 count, int 
 int MatLibCalcPSD(double* psd, const double* wave, __int64 count, __int64 blockSize, __int64 overlap,
                   int window) {
     CDataArrayDouble windowSamples;
-    kvx::AveragedSpectrum spectrum;
-    CDataArrayDouble density;
     if (psd == nullptr || wave == nullptr || kvx::BlockCut{blockSize, overlap}.Count(count) == 0 ||
-        !kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
-        !spectrum.Begin(windowSamples, overlap) ||
-        spectrum.Add({wave, static_cast<std::size_t>(count)}) == 0 || !spectrum.GetPsd(1.0, &density)) {
+        !kvx::MakeAnalysisWindow(window, blockSize, &windowSamples)) {
         return 0;
     }
-    std::copy_n(density.GetData(), density.GetNum(), psd);
-    return 1;
+    try {
+        kvx::AveragedSpectrum spectrum(windowSamples, overlap);
+        spectrum.Add({wave, static_cast<std::size_t>(count)});
+        std::ranges::copy(spectrum.Psd(1.0), psd);
+        return 1;
+    } catch (const std::exception&) {
+        return 0;
+    }
 }
 
 int MatLibCalcXFR(double* xfrRe, double* xfrIm, double* coherence, const double* input, const double* output,
@@ -61,18 +67,20 @@ int MatLibCalcXFR(double* xfrRe, double* xfrIm, double* coherence, const double*
     }
     const auto samples = static_cast<std::size_t>(count);
     CDataArrayDouble windowSamples;
-    CDataArrayDoubleCplx xfr;
-    CDataArrayDouble coherenceLines;
-    kvx::AveragedTransfer transfer;
-    if (!kvx::MakeAnalysisWindow(window, blockSize, &windowSamples) ||
-        !transfer.Begin(windowSamples, overlap) || transfer.Add({input, samples}, {output, samples}) == 0 ||
-        !transfer.GetTransfer(&xfr) || (coherence != nullptr && !transfer.GetCoherence(&coherenceLines))) {
+    if (!kvx::MakeAnalysisWindow(window, blockSize, &windowSamples)) return 0;
+    try {
+        kvx::AveragedTransfer average(windowSamples, overlap);
+        average.Add({input, samples}, {output, samples});
+        const std::vector<double> coherences = average.Coherence();
+        for (const std::complex<double>& line : average.Transfer()) {
+            *xfrRe++ = line.real();
+            *xfrIm++ = line.imag();
+        }
+        if (coherence != nullptr) std::ranges::copy(coherences, coherence);
+        return 1;
+    } catch (const std::exception&) {
         return 0;
     }
-    std::copy_n(xfr.GetReal(), xfr.GetNum(), xfrRe);
-    std::copy_n(xfr.GetImaginary(), xfr.GetNum(), xfrIm);
-    if (coherence != nullptr) std::copy_n(coherenceLines.GetData(), coherenceLines.GetNum(), coherence);
-    return 1;
 }
 
 double* MatLibMtxpAllocReal(__int64 rows, __int64 cols) {

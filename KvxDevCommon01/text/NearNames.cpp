@@ -51,4 +51,12 @@ std::string DidYouMean(std::string_view text, const std::vector<std::string>& na
     return list.empty() ? list : " (did you mean " + list + "?)";
 }
 
+std::string NoSuchName(std::string_view text, const std::vector<std::string>& names) {
+    std::string hint = DidYouMean(text, names);
+    if (hint.empty()) {
+        for (const std::string& name : names) hint += (hint.empty() ? ", only " : ", ") + name;
+    }
+    return "there is no " + Quote(text) + hint;
+}
+
 }  // namespace kvx

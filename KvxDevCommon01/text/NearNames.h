@@ -15,4 +15,7 @@ namespace kvx {
 /// character or two leads to, nearest first; empty when there is none. Case does not count.
 KVX_API std::string DidYouMean(std::string_view text, const std::vector<std::string>& names);
 
+/// "there is no 'hol' (did you mean 'hold'?)", or with all names, "only hold, zeros", where none is near.
+KVX_API std::string NoSuchName(std::string_view text, const std::vector<std::string>& names);
+
 }  // namespace kvx

@@ -1,47 +1,73 @@
 // SPDX-License-Identifier: MIT
 
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
+#include <KvxDevCommon01/dsp/LineSpectrum.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <tests/dsp/Signals.h>
 
 namespace {
 
 using kvx::AveragedTransfer;
+using kvx::ErrorKind;
 
-TEST(AveragedTransfer, AveragesPowersOfSignalsOneAfterAnother) {
-    const CDataArrayDouble blow = ToArray(Noise(700));
-    CDataArrayDouble threefold = blow, opposite = blow, coherence;
-    threefold *= 3.0;
-    opposite *= -3.0;
-    AveragedTransfer transfer;
-    CDataArrayDoubleCplx xfr;
-    ASSERT_EQ(transfer.Begin(Hann(256), 128), 1);
-    for (const CDataArrayDouble* response : {&threefold, &opposite, &threefold, &threefold})
-        EXPECT_EQ(transfer.Add(blow, *response), 4);
-    EXPECT_EQ(transfer.GetNumBlocks(), 16);
-    ASSERT_EQ(transfer.GetTransfer(&xfr) + transfer.GetCoherence(&coherence), 2);
-    // (3 + 3 + 3 - 3)/4, whose square is a quarter of the 9 that the response has over the reference.
-    EXPECT_THAT(PartsOf(xfr).first, Near(Wave(128, 1.5), 1e-13));
-    EXPECT_THAT(PartsOf(xfr).second, Near(Wave(128, 0.0), 1e-13));
-    EXPECT_THAT(ToWave(coherence), Near(Wave(128, 0.25), 1e-13));
-
-    ASSERT_EQ(transfer.Begin(Hann(256), 0), 1);
-    EXPECT_EQ(transfer.Add(CDataArrayDouble(256, 0.0), CDataArrayDouble(256, 1.0)), 1);
-    ASSERT_EQ(transfer.GetTransfer(&xfr) + transfer.GetCoherence(&coherence), 2);
-    EXPECT_TRUE(xfr.IsAllZero() && coherence.IsAllZero()) << "no reference, no transfer";
+Wave Scaled(Wave wave, double factor) {
+    for (double& x : wave) x *= factor;
+    return wave;
 }
 
-TEST(AveragedTransfer, NeedsAWindowPairsOfSignalsAndAPlaceForTheResult) {
-    AveragedTransfer transfer;
-    CDataArrayDoubleCplx xfr;
-    CDataArrayDouble coherence;
-    const CDataArrayDouble signal(64, 1.0), window(16, 1.0), silent(16, 0.0);
-    EXPECT_TRUE(AllFail(transfer.Add(signal, signal), transfer.GetTransfer(&xfr), transfer.Begin(window, 16),
-                        transfer.Begin(silent, 0), transfer.Add(signal, signal)));
-    ASSERT_EQ(transfer.Begin(window, 0), 1);
-    EXPECT_TRUE(
-        AllFail(transfer.Add(signal, window), transfer.Add({}, {}), transfer.GetCoherence(&coherence)));
-    ASSERT_EQ(transfer.Add(signal, signal), 4);
-    EXPECT_TRUE(AllFail(transfer.GetTransfer(nullptr), transfer.GetCoherence(nullptr)));
+TEST(AveragedTransfer, AveragesPowersOfSignalsOneAfterAnother) {
+    const Wave blow = Noise(700);
+    AveragedTransfer transfer(Hann(256), 128);
+    for (const double factor : {3.0, -3.0, 3.0, 3.0}) {
+        transfer.Add(blow, Scaled(blow, factor));
+        transfer.NextSignal();
+    }
+    EXPECT_EQ(transfer.Blocks(), 16);
+    // (3 + 3 + 3 - 3)/4, whose square is a quarter of the 9 that the response has over the reference.
+    for (const auto& line : transfer.Transfer()) EXPECT_NEAR(std::abs(line - 1.5), 0.0, 1e-13);
+    EXPECT_THAT(transfer.Coherence(), Near(Wave(128, 0.25), 1e-13));
+
+    AveragedTransfer silent(Hann(256), 0);
+    silent.Add(Wave(256, 0.0), Wave(256, 1.0));
+    EXPECT_EQ(silent.Transfer(), std::vector<std::complex<double>>(128)) << "no reference, no transfer";
+    EXPECT_EQ(silent.Coherence(), Wave(128, 0.0));
+}
+
+TEST(AveragedTransfer, HasTheSameBitsForEveryCut) {
+    const Wave in = Noise(500, 1), out = Noise(500, 2);
+    AveragedTransfer whole(Hann(64), 40), cut(Hann(64), 40);
+    whole.Add(in, out);
+    for (std::size_t done = 0, length = 1; done < 500; done += length, ++length) {
+        length = std::min(length, 500 - done);
+        cut.Add(std::span(in).subspan(done, length), std::span(out).subspan(done, length));
+    }
+    ASSERT_EQ(cut.Blocks(), 19);
+    EXPECT_EQ(cut.Transfer(), whole.Transfer());
+    EXPECT_EQ(cut.Coherence(), whole.Coherence());
+}
+
+TEST(AveragedTransfer, BecomesLinesWithTheirUnit) {
+    AveragedTransfer transfer(Hann(64), 0);
+    transfer.Add(Noise(64), Scaled(Noise(64), -2.0));
+    const CUnitCtrl g = kvx::NamedUnit("g"), newton = kvx::NamedUnit("N"), both = kvx::NamedUnit("g/N");
+    const kvx::LineSpectrum lines = kvx::TransferLines(transfer, 32.0, g, newton);
+    EXPECT_EQ(kvx::UnitText(lines.unit), "g/N");
+    EXPECT_EQ(lines.spacingHz, 0.5);
+    EXPECT_EQ(lines.blocks, 1);
+    EXPECT_THAT(lines.Levels(), Near(Wave(32, 2.0), 1e-12));
+    EXPECT_EQ(kvx::CoherenceLines(transfer, 32.0).real, transfer.Coherence());
+    EXPECT_EQ(FailureOf([&] { kvx::TransferUnitOf(g, both); }), ErrorKind::kUnsupported);
+}
+
+TEST(AveragedTransfer, NeedsAWindowAndPairsOfSignals) {
+    EXPECT_EQ(FailureOf([] { AveragedTransfer(Wave(16, 1.0), 16); }), ErrorKind::kBadValue);
+    EXPECT_EQ(FailureOf([] { AveragedTransfer(Wave(16, 0.0), 0); }), ErrorKind::kBadValue);
+    AveragedTransfer transfer(Wave(16, 1.0), 0);
+    EXPECT_EQ(FailureOf([&] { transfer.Add(Wave(64), Wave(63)); }), ErrorKind::kBadValue);
+    EXPECT_EQ(FailureOf([&] { transfer.Transfer(); }), ErrorKind::kBadValue);
+    EXPECT_EQ(FailureOf([&] { transfer.Coherence(); }), ErrorKind::kBadValue);
+    transfer.Add(Wave(64, 1.0), Wave(64, 1.0));
+    EXPECT_EQ(transfer.Blocks(), 4);
 }
 
 }  // namespace

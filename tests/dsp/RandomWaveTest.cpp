@@ -23,13 +23,12 @@ TEST(GenerateRandomWave, HasTheDensityAndTheRmsOfItsProfile) {
     // 117 s of a band some 1000 Hz wide: the rms scatters by 0.2 %.
     EXPECT_NEAR(wave.CalcRms(0, 0) / ScreeningProfile().Rms(), 1.0, 0.01);
 
-    CDataArrayDouble psd;
-    kvx::AveragedSpectrum spectrum;
-    ASSERT_EQ(spectrum.Begin(Hann(2048), 1024), 1);
-    ASSERT_EQ(spectrum.Add(wave), 584);
-    ASSERT_EQ(spectrum.GetPsd(5120.0, &psd), 1);
+    kvx::AveragedSpectrum spectrum(Hann(2048), 1024);
+    spectrum.Add(wave);
+    ASSERT_EQ(spectrum.Blocks(), 584);
+    const Wave psd = spectrum.Psd(5120.0);
     // One line scatters by some 4.3 % with 584 half-overlapping blocks; 4.5 of that are not met by chance.
-    for (__int64 k = 12; k <= 795; ++k)
+    for (std::size_t k = 12; k <= 795; ++k)
         EXPECT_NEAR(psd[k] / ScreeningProfile().LevelAt(2.5 * static_cast<double>(k)), 1.0, 0.2) << k;
     EXPECT_LT(psd[4], 1e-5);
     EXPECT_LT(psd[820], 1e-5);

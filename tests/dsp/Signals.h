@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <limits>
 #include <numbers>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -48,15 +49,21 @@ testing::AssertionResult AllFail(Result... results) {
     return testing::AssertionSuccess();
 }
 
+/// The kind of the Error that `action` throws; none when it throws nothing.
+template <class Action>
+std::optional<kvx::ErrorKind> FailureOf(Action action) {
+    try {
+        action();
+        return std::nullopt;
+    } catch (const kvx::Error& error) {
+        return error.Kind();
+    }
+}
+
 /// Whether the work throws Error (kBadValue).
 template <class Work>
 bool IsBadValue(Work work) {
-    try {
-        work();
-    } catch (const kvx::Error& error) {
-        return error.Kind() == kvx::ErrorKind::kBadValue;
-    }
-    return false;
+    return FailureOf(work) == kvx::ErrorKind::kBadValue;
 }
 
 /// Uniform noise in [-1, 1).

@@ -167,6 +167,59 @@ TEST(Xfr, FindsADelayAndAGainAcrossRecords) {
     EXPECT_THAT(RunShell(folder, "kvx xfr in.vdf2 --block 256").err, HasSubstr("single block is always 1"));
 }
 
+/// A table of noise in two units, sampled at 512 Hz.
+std::string NoiseTable(int count) {
+    std::uint32_t seed = 7;
+    return "hammer [N],top [g],base [N],side [g]\n" + Table(count, [&](std::ostream& out, int) {
+               for (const char* end : {",", ",", ",", ""})
+                   out << (seed = seed * 1664525U + 1013904223U) * 0x1p-32 - 0.5 << end;
+           });
+}
+
+TEST(Analyses, TakeAnyRecordingAndGiveTheSameBitsOnAnyNumberOfThreads) {
+    const TempFolder folder;
+    folder.Write("in.csv", NoiseTable(3000));
+    RunWell(folder, "kvx import in.csv -o in.vdf2 --rate 512 --text in.csv");
+    for (const std::string command : {"psd --overlap 75", "spectrum", "spectrum --complex --start 1.3",
+                                      "xfr --reference top", "xfr --reference base --response side,top"}) {
+        const auto lines = [&](const std::string& before, const std::string& input) {
+            const ToolResult result =
+                RunShell(folder, before + "kvx " + command + " " + input + " --block 256 -o -");
+            EXPECT_EQ(result.status, 0) << command << result.err;
+            return result.out;
+        };
+        const std::string expected = lines("", "in.vdf2");
+        EXPECT_FALSE(expected.empty());
+        EXPECT_EQ(lines("KVX_THREADS=1 ", "in.vdf2"), expected) << command;
+        EXPECT_EQ(lines("KVX_THREADS=5 ", "in.vdf2"), expected) << command;
+        EXPECT_TRUE(lines("", "in.csv --rate 512") == expected) << command;
+    }
+    EXPECT_EQ(RunWell(folder, "cat in.csv | kvx psd - --rate 512"),
+              RunWell(folder, "kvx psd in.csv --rate 512 --unit N,g,N,g"));
+    const std::string draw = "kvx spectrogram --block 256 -o x.svg --unit m/s2 ";
+    RunWell(folder, "KVX_THREADS=1 " + draw + "in.vdf2 --record 2");
+    const std::string picture = folder.Read("x.svg");
+    RunWell(folder, "KVX_THREADS=3 " + draw + "in.csv --channels top,side --rate 512 --input-unit g");
+    EXPECT_EQ(folder.Read("x.svg"), picture);
+    EXPECT_THAT(RunShell(folder, "kvx psd in.vdf2 --rate 1").err,
+                HasSubstr("a data file knows its rate, units and names"));
+}
+
+TEST(Analyses, OfOneBlockReadNoMore) {
+    const TempFolder folder;
+    CComDataWave wave(0.25, 1, 1, 64, 0, CUnitCtrl(), nullptr, nullptr);
+    wave.Init();  // no sample holds a value
+    for (int i = 16; i < 32; ++i) wave.GetReal(0, 0)[i] = 3.0;
+    const kvx::DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, L""), {wave}};
+    ASSERT_TRUE(CComDataFile::StoreDataFile((folder / "d.vdf2").wstring().c_str(), content));
+    const std::string spectrum = "kvx spectrum d.vdf2 --block 16 --window rectangular ";
+    const nlohmann::json record = RunJson(folder, spectrum + "--complex --start 4 --to 0.1")["records"][0];
+    EXPECT_NEAR(record["channels"][0]["highestLevel"].get<double>(), 3.0, 1e-12);
+    EXPECT_THAT(RunShell(folder, spectrum + "--complex --start 3").err,
+                HasSubstr("sample 13 of channel 'Data-Row-001' holds no value"));
+    EXPECT_THAT(RunShell(folder, spectrum).err, HasSubstr("sample 1 of channel"));
+}
+
 /// The screening profile of NAVMAT P-9492, whose rms is given as 6.06 g.
 class Profile : public testing::Test {
 protected:

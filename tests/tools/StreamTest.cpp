@@ -242,7 +242,8 @@ TEST(StandardStreams, GiveTheReportToStandardErrorAndAreNoFiles) {
         const char* command;
         const char* sentence;
     } cases[] = {
-        {"kvx psd - < in.csv", "cannot analyse standard input: it is not a vibration data file\n"},
+        {"kvx psd - < in.csv",
+         "cannot analyse standard input: it has no time column; give the sampling rate"},
         {"kvx export - -o in.csv < in.csv", "the output 'in.csv' is the input file"},
         {"kvx psd - <&-", "cannot analyse standard input: the file handle is not valid\n"},
         {"kvx export ./- -o - --as wav > /dev/full", "cannot write to standard output: the disk is full\n"},

@@ -9,7 +9,6 @@
 #include <system_error>
 
 #include <KvxDevCommon01/platform/Text.h>
-#include <KvxDevCommon01/text/NearNames.h>
 
 #include "cli/Format.h"
 
@@ -54,11 +53,6 @@ Complaint FiniteNumber() {
 
 std::string JoinList(const std::vector<std::string>& names) {
     return fmt::format("{}", fmt::join(names, ", "));
-}
-
-std::string NoSuchName(std::string_view name, const std::vector<std::string>& names) {
-    const std::string near = DidYouMean(name, names);
-    return fmt::format("there is no {}{}", Quote(name), near.empty() ? ", only " + JoinList(names) : near);
 }
 
 double ParseArgument(std::string_view text) {

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include <KvxDevCommon01/text/NearNames.h>
+
 #include "cli/Command.h"
 #include "cli/Failure.h"
 
@@ -23,9 +25,6 @@ Complaint WholeNumber(std::int64_t least, std::int64_t most);
 
 /// "hold, zeros, periodic"
 std::string JoinList(const std::vector<std::string>& names);
-
-/// "there is no 'hol' (did you mean 'hold'?)", or with all names where none is near.
-std::string NoSuchName(std::string_view name, const std::vector<std::string>& names);
 
 /// The names of a table's rows, as a list or as text: "hold, zeros, periodic".
 template <std::ranges::range Table>

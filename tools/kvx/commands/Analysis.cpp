@@ -3,13 +3,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 
-#include <KvxDevCommon01/dsp/MatWIND.h>
-#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/files/SpectrumRecord.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
@@ -17,41 +19,41 @@
 #include "cli/Output.h"
 #include "cli/Progress.h"
 #include "cli/StandardStreams.h"
-#include "commands/LineFigures.h"
-#include "commands/UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
 
-/// One analysed channel: what its lines say in the band of the options.
+constexpr double kMillimetresPerMetre = 1000.0;
+
+/// One analysed channel: what its lines say in the band of the options, in the units of the report.
 struct ChannelReport {
-    Channel channel;
+    SignalRun::Channel channel;
     double rms = 0.0;
     double highestHz = 0.0;
     double highestLevel = 0.0;
-    std::optional<Motion> motion;  ///< in the units of the report
-    std::vector<Peak> peaks;
+    std::optional<SpectrumMotion> motion;
+    std::vector<SpectrumPeak> peaks;
 };
 
 /// One analysed record.
 struct RecordReport {
-    std::size_t record = 0;  ///< 0-based
+    std::size_t record = 0;  ///< from 1
     double rateHz = 0.0;
     double spacingHz = 0.0;
-    __int64 blocks = 0;
+    std::int64_t blocks = 0;
     std::string unit;       ///< of the signal
     std::string levelUnit;  ///< of the lines
     std::vector<ChannelReport> channels;
 };
 
-/// The chosen waveforms; throws Error when one does not fill a block.
-std::vector<ChosenWaveforms> SelectSources(const DataFileContent& content, const AnalysisOptions& options) {
-    std::vector<ChosenWaveforms> sources = SelectWaveforms(content, options.channels);
-    for (const ChosenWaveforms& source : sources) RequireBlock(*source.record, options.blocks);
-    return sources;
-}
+/// What an analysis makes.
+struct Results {
+    std::wstring text;  ///< of the recording
+    std::vector<CComDataBase> records;
+    std::vector<RecordReport> reports;
+};
 
-nlohmann::ordered_json JsonOf(const Motion& motion) {
+nlohmann::ordered_json JsonOf(const SpectrumMotion& motion) {
     return {{"fromHz", motion.fromHz},
             {"acceleration", motion.acceleration},
             {"velocity", motion.velocity * kMillimetresPerMetre},
@@ -60,9 +62,9 @@ nlohmann::ordered_json JsonOf(const Motion& motion) {
             {"displacementUnit", "mm"}};
 }
 
-nlohmann::ordered_json JsonOf(const std::vector<Peak>& peaks) {
+nlohmann::ordered_json JsonOf(const std::vector<SpectrumPeak>& peaks) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (const Peak& peak : peaks) {
+    for (const SpectrumPeak& peak : peaks) {
         list.push_back({{"hz", peak.hz}, {"level", peak.level}, {"q", nullptr}});
         if (peak.q) list.back()["q"] = *peak.q;
     }
@@ -70,13 +72,13 @@ nlohmann::ordered_json JsonOf(const std::vector<Peak>& peaks) {
 }
 
 nlohmann::ordered_json JsonOf(const AnalysisOptions& options, const std::vector<RecordReport>& reports) {
-    nlohmann::ordered_json json = {{"file", options.input},
+    nlohmann::ordered_json json = {{"file", options.input.file},
                                    {"block", options.blocks.size},
                                    {"window", options.blocks.window},
-                                   {"overlap", OverlapSamples(options.blocks)},
+                                   {"overlap", PlanBlocks(options.blocks).cut.overlap},
                                    {"records", nlohmann::ordered_json::array()}};
     for (const RecordReport& report : reports) {
-        nlohmann::ordered_json record = {{"record", report.record + 1},
+        nlohmann::ordered_json record = {{"record", report.record},
                                          {"rate", report.rateHz},
                                          {"lineSpacing", report.spacingHz},
                                          {"blocks", report.blocks},
@@ -98,69 +100,115 @@ nlohmann::ordered_json JsonOf(const AnalysisOptions& options, const std::vector<
     return json;
 }
 
-/// The lines of one record as a record of their own, and what the report says of them.
-struct Analysed {
-    CComDataBase lines;
-    RecordReport report;
-};
-
-Analysed Analyse(const ChosenWaveforms& source, const AnalysisOptions& options, const LineMethod& method,
-                 Progress& progress) {
-    const CComDataBase& record = *source.record;
-    const std::size_t index = source.channels.front().record;
-    const std::optional<CUnitCtrl> unit = method.unitOf(record.GetUnit());
-    if (!unit) {
-        throw Error(ErrorKind::kBadValue, "the unit " + Quote(UnitText(record.GetUnit())) + " of record " +
-                                              std::to_string(index + 1) +
-                                              " is a compound, which has no density");
+/// Throws Error when a signal does not fill a block, has no density or no line in the band.
+void RequireLines(const SignalReader& reader, const AnalysisOptions& options, const BlockCut& cut) {
+    for (const SignalRun& run : reader.Runs()) {
+        RequireBlock(run, cut);
+        options.band.Lines(RateOf(run) / static_cast<double>(cut.size), cut.size / 2);
     }
-    const CDataArrayDouble window = MakeWindow(options.blocks);
-    double bandwidth = 0.0;
-    CMatWIND::CalcWindENBW(window, &bandwidth, nullptr);
-    const __int64 lines = options.blocks.size / 2;
-    const double rateHz = RateOf(record);
-    const double spacingHz = rateHz / static_cast<double>(options.blocks.size);
-    const Band band = BandLines(options.band, spacingHz, lines);
+    for (const RunRecord& record : RecordsOf(reader.Runs())) {
+        if (options.kind != LineKind::kDensity || DensityUnit(record.unit)) continue;
+        throw Error(ErrorKind::kUnsupported, "the unit " + Quote(UnitText(record.unit)) + " of record " +
+                                                 std::to_string(record.number) +
+                                                 " is a compound, which has no density");
+    }
+}
 
-    const CStringArray names = NamesOf(source.channels);
-    Analysed result;
-    result.lines.Create(spacingHz, std::ssize(names), 1, lines, 0, method.isComplex, SingleUnit(kAxisHertz),
-                        *unit, &names, nullptr);
-    result.report = {index, rateHz, spacingHz, 0, UnitText(record.GetUnit()), UnitText(*unit), {}};
-    for (const Channel& channel : source.channels) {
-        const auto row = static_cast<__int64>(result.report.channels.size());
-        double* real = result.lines.GetReal(row, 0);
-        double* imaginary = result.lines.GetImaginary(row, 0);
-        if (real == nullptr) throw std::bad_alloc();
-        const CDataArrayDouble samples = StandardSamples(record, channel);
-        result.report.blocks =
-            method.calculate({samples, rateHz, window, OverlapSamples(options.blocks)}, real, imaginary);
+/// The lines of one block of each channel.
+std::vector<LineSpectrum> AnalyseBlock(SignalReader& reader, std::size_t r, double startSeconds,
+                                       const BlockPlan& plan, Progress& progress) {
+    const SignalRun& run = reader.Runs()[r];
+    const double start = std::round(startSeconds * RateOf(run));
+    if (!(start <= static_cast<double>(run.samples - plan.cut.size))) {
+        throw Error(ErrorKind::kBadValue,
+                    "no full block is left from " + FormatNumber(startSeconds) + " s on");
+    }
+    reader.Skip(r, static_cast<std::int64_t>(start));
+    std::vector<std::vector<double>> blocks(run.channels.size());
+    const auto append = [&](std::span<double* const> samples, std::size_t count) {
+        for (std::size_t c = 0; c < blocks.size(); ++c)
+            blocks[c].insert(blocks[c].end(), samples[c], samples[c] + count);
+    };
+    ReadRun(reader, r, progress, append, plan.cut.size);
+    std::vector<LineSpectrum> spectra;
+    for (std::size_t c = 0; c < blocks.size(); ++c)
+        spectra.push_back(BlockLines(blocks[c], plan.window, RateOf(run), run.channels[c].unit));
+    return spectra;
+}
 
-        CDataArrayDouble levels(lines, real);
-        if (levels.GetNum() == 0) throw std::bad_alloc();
-        for (__int64 k = 0; imaginary != nullptr && k < lines; ++k)
-            levels[k] = std::hypot(real[k], imaginary[k]);
-        RequireNumbers(levels, channel.name);
-        const double rms = method.rms(levels.GetData() + band.first, band.last - band.first + 1, -band.first,
-                                      spacingHz, bandwidth);
-        const __int64 highest = HighestLine(levels, band);
-        ChannelReport report = {channel,
-                                record.GetUnit().ConvDtoI(rms, 1.0, 0),
-                                static_cast<double>(highest) * spacingHz,
-                                unit->ConvDtoI(levels[highest], 1.0, 0),
-                                {},
-                                FindPeaks(levels, band, spacingHz, options.peaks, method.isDensity)};
-        for (Peak& peak : report.peaks) peak.level = unit->ConvDtoI(peak.level, 1.0, 0);
-        if (method.isDensity && record.GetUnit().IsAcc()) {
-            report.motion = MotionOf(levels, band, spacingHz, options.cutoffHz);
-            if (report.motion) {
-                report.motion->acceleration = record.GetUnit().ConvDtoI(report.motion->acceleration, 1.0, 0);
-            }
+/// The averaged lines of each channel.
+std::vector<LineSpectrum> AnalyseAll(SignalReader& reader, std::size_t r, LineKind kind,
+                                     const BlockPlan& plan, Progress& progress) {
+    const SignalRun& run = reader.Runs()[r];
+    std::vector<AveragedSpectrum> averages;
+    for (std::size_t c = 0; c < run.channels.size(); ++c)
+        averages.emplace_back(plan.window, plan.cut.overlap);
+    ReadRun(reader, r, progress, [&](std::span<double* const> samples, std::size_t count) {
+        ForEachInParallel(averages.size(), [&](std::size_t c) { averages[c].Add({samples[c], count}); });
+    });
+    std::vector<LineSpectrum> spectra;
+    for (std::size_t c = 0; c < averages.size(); ++c) {
+        spectra.push_back((kind == LineKind::kDensity ? Densities : Amplitudes)(averages[c], RateOf(run),
+                                                                                run.channels[c].unit));
+    }
+    return spectra;
+}
+
+ChannelReport Report(const SignalRun::Channel& channel, const LineSpectrum& spectrum, const LineBand& band,
+                     const AnalysisOptions& options) {
+    const std::vector<double> levels = spectrum.Levels();
+    RequireNumbers(levels, channel.name);
+    const std::int64_t highest = HighestLine(levels, band);
+    const auto shown = [](const CUnitCtrl& unit, double value) { return unit.ConvDtoI(value, 1.0, 0); };
+    ChannelReport report = {channel,
+                            shown(channel.unit, BandRms(spectrum, band)),
+                            spectrum.FrequencyOf(highest),
+                            shown(spectrum.unit, levels[static_cast<std::size_t>(highest)]),
+                            std::nullopt,
+                            FindPeaks(spectrum, band, options.peaks)};
+    for (SpectrumPeak& peak : report.peaks) peak.level = shown(spectrum.unit, peak.level);
+    if (spectrum.kind == LineKind::kDensity && channel.unit.IsAcc()) {
+        report.motion = MotionOf(spectrum, band, options.cutoffHz);
+        if (report.motion) report.motion->acceleration = shown(channel.unit, report.motion->acceleration);
+    }
+    return report;
+}
+
+Results Analyse(SignalReader& reader, const AnalysisOptions& options, const BlockPlan& plan,
+                Progress& progress) {
+    RequireLines(reader, options, plan.cut);
+    Results results;
+    results.text = reader.Text();
+    std::vector<LineSpectrum> spectra;
+    std::size_t analysed = reader.Runs().size();  // the run of the spectra, at first none
+    for (const RunRecord& record : RecordsOf(reader.Runs())) {
+        const SignalRun& run = reader.Runs()[record.run];
+        if (record.run != analysed) {
+            analysed = record.run;
+            spectra = options.kind == LineKind::kComplex
+                          ? AnalyseBlock(reader, analysed, options.startSeconds, plan, progress)
+                          : AnalyseAll(reader, analysed, options.kind, plan, progress);
         }
-        result.report.channels.push_back(std::move(report));
-        progress.Update(static_cast<std::uint64_t>(row) + 1, source.channels.size());
+        RecordReport report = {record.number, RateOf(run), 0.0, 0, UnitText(record.unit), {}, {}};
+        std::vector<LineSpectrum> rows;
+        for (const std::size_t c : record.channels) {
+            const LineBand band = options.band.Lines(spectra[c].spacingHz, std::ssize(spectra[c].real));
+            report.channels.push_back(Report(run.channels[c], spectra[c], band, options));
+            rows.push_back(std::move(spectra[c]));
+        }
+        report.spacingHz = rows.front().spacingHz;
+        report.blocks = rows.front().blocks;
+        report.levelUnit = UnitText(rows.front().unit);
+        results.records.push_back(SpectrumRecord(rows, NamesOf(run, record.channels)));
+        results.reports.push_back(std::move(report));
     }
-    return result;
+    const auto hasMotion = [](const RecordReport& report) {
+        return std::ranges::any_of(report.channels, [](const auto& channel) { return !!channel.motion; });
+    };
+    if (options.cutoffHz > 0.0 && std::ranges::none_of(results.reports, hasMotion)) {
+        throw Error(ErrorKind::kBadValue, "--cutoff is for the motion of accelerations, which no channel is");
+    }
+    return results;
 }
 
 using Cells = std::vector<std::vector<std::string>>;
@@ -187,7 +235,7 @@ std::string MotionTable(const RecordReport& report) {
 std::string PeakTable(const RecordReport& report) {
     Cells lines = {{"channel", "name", "peak", "", "level", "", "Q"}};
     for (const ChannelReport& channel : report.channels) {
-        for (const Peak& peak : channel.peaks) {
+        for (const SpectrumPeak& peak : channel.peaks) {
             lines.push_back({std::to_string(channel.channel.number), ToUtf8(channel.channel.name),
                              FormatNumber(peak.hz, 7), "Hz", FormatNumber(peak.level), report.levelUnit,
                              peak.q ? FormatNumber(*peak.q, 4) : "-"});
@@ -205,7 +253,7 @@ void WriteReport(ByteStream& out, const AnalysisOptions& options, const std::vec
     }
     std::string text;
     for (const RecordReport& report : reports) {
-        text += "record " + std::to_string(report.record + 1) + ": " +
+        text += "record " + std::to_string(report.record) + ": " +
                 BlocksText(options.blocks, report.blocks, report.rateHz) + BandText(options.band);
         Cells lines = {{"channel", "name", "rms", "", "highest line", "", "level", ""}};
         for (const ChannelReport& channel : report.channels) {
@@ -224,44 +272,32 @@ void WriteReport(ByteStream& out, const AnalysisOptions& options, const std::vec
 
 }  // namespace
 
-void AddAnalysisOptions(Command command, AnalysisOptions* options) {
-    command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
+void AddAnalysisOptions(Command& command, AnalysisOptions* options) {
+    AddInputFile(command, &options->input);
     AddLinesOutput(command, &options->output);
     AddBlockOptions(command, &options->blocks);
-    AddChannelOptions(command, &options->channels);
+    AddChannelOptions(command, &options->input.channels);
     AddBandOptions(command, "rms, highest line and peaks", &options->band);
     command.AddOption("--peaks", options->peaks, "Report this many of the highest peaks of each channel")
         .Type("N")
         .Check(WholeNumber(1, 65536));
+    AddRecordingOptions(command, &options->input.recording);
     command.AddFlag("--json", options->json, "Report as JSON, with all digits");
 }
 
-void RunAnalysis(const AnalysisOptions& options, const LineMethod& method, ByteStream& out) {
-    RequireLinesOutput(options.input, options.output);
-    MakeWindow(options.blocks);
-    OverlapSamples(options.blocks);
-    std::vector<CComDataBase> records;
-    std::vector<RecordReport> reports;
-    std::wstring text;
-    Doing("analyse", options.input, [&] {
-        Progress progress("analysing " + InputName(options.input));
-        const DataFileContent content = LoadDataFile(options.input);
-        text = content.header.GetName();
-        for (const ChosenWaveforms& source : SelectSources(content, options)) {
-            Analysed analysed = Analyse(source, options, method, progress);
-            records.push_back(std::move(analysed.lines));
-            reports.push_back(std::move(analysed.report));
-        }
-        const auto hasMotion = [](const RecordReport& report) {
-            return std::ranges::any_of(report.channels, [](const auto& channel) { return !!channel.motion; });
-        };
-        if (options.cutoffHz > 0.0 && std::ranges::none_of(reports, hasMotion))
-            throw Error(ErrorKind::kBadValue,
-                        "--cutoff is for the motion of accelerations, which no channel is");
+void RunAnalysis(const AnalysisOptions& options, ByteStream& out) {
+    const std::string& input = options.input.file;
+    RequireLinesOutput(input, options.output);
+    const BlockPlan plan = PlanBlocks(options.blocks);
+    Results results = Doing("analyse", input, [&] {
+        Progress progress("analysing " + InputName(input));
+        return Analyse(*OpenWaveforms(options.input, progress), options, plan, progress);
     });
     const std::string& output = options.output.name;
-    if (!output.empty()) Doing("write", output, [&] { StoreDataFile(output, text, std::move(records)); });
-    WriteReport(ReportStream(output, out), options, reports);
+    if (!output.empty()) {
+        Doing("write", output, [&] { StoreDataFile(output, results.text, std::move(results.records)); });
+    }
+    WriteReport(ReportStream(output, out), options, results.reports);
 }
 
 }  // namespace kvx::tool

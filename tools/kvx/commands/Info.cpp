@@ -7,14 +7,18 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/data/Statistics.h>
 #include <KvxDevCommon01/files/ComHdr.h>
+#include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/ConvData.h>
 #include <KvxDevCommon01/units/UnitText.h>
@@ -24,6 +28,7 @@
 #include "cli/Format.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
+#include "cli/Progress.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
 #include "commands/DataFiles.h"
@@ -85,46 +90,6 @@ HeaderFacts ReadFacts(const std::string& input, InputFile& file) {
     return facts;
 }
 
-/// Of the samples that hold a value; in a complex record, of their magnitudes.
-struct Statistics {
-    __int64 missing = 0;
-    double mean = 0.0;
-    double rms = 0.0;
-    double min = 0.0;
-    double max = 0.0;
-    double peak = 0.0;
-};
-
-Statistics Measure(const CComDataBase& record, const Channel& channel) {
-    CDataArrayDouble values = ViewedSamples(record, record.GetReal(channel.row, channel.column));
-    if (const double* imaginary = record.GetImaginary(channel.row, channel.column)) {
-        const CDataArrayDouble other = ViewedSamples(record, imaginary);
-        for (__int64 i = 0; i < values.GetNum(); ++i) {
-            if (values[i] != kNoValue<double>) values[i] = std::hypot(values[i], other[i]);
-        }
-    }
-    CDataArrayDouble present;
-    Statistics statistics;
-    double* begin = values.GetData();
-    double* end = std::remove(begin, begin + values.GetNum(), kNoValue<double>);
-    statistics.missing = values.GetNum() - (end - begin);
-    if (end == begin) return statistics;
-    if (!present.SetData(end - begin, begin)) throw std::bad_alloc();
-    statistics.mean = present.GetAve();
-    statistics.rms = present.CalcRms(0, 0);
-    present.GetMinMax(0, &statistics.min, &statistics.max);
-    statistics.peak = present.GetAbsMax(0, 0);
-    return statistics;
-}
-
-std::string TypeOf(const CComDataBase& record) {
-    const bool isComplex = record.GetImaginary(0, 0) != nullptr;
-    if (record.GetHUnit() == CUnitCtrl::DIM_TIME) return isComplex ? "complex waveform" : "time waveform";
-    if (record.GetHUnit() == CUnitCtrl::DIM_FREQUENCY)
-        return isComplex ? "complex spectrum" : "real spectrum";
-    return isComplex ? "complex data" : "real data";
-}
-
 /// The axis in the standard unit of its dimension: seconds, hertz.
 struct Axis {
     CUnitCtrl unit;
@@ -135,64 +100,133 @@ struct Axis {
     double last = 0.0;
 };
 
-Axis AxisOf(const CComDataBase& record) {
+/// The axis of record number `index` (0-based) of a file.
+Axis AxisOf(DataFileReader& file, std::size_t index) {
+    const RecordOutline& record = file.Records()[index];
     Axis axis;
-    CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_NONE;
-    record.GetHUnit().GetDimCode(&dimension, nullptr, nullptr, nullptr);
-    axis.unit = CUnitCtrl(dimension);
-    const __int64 last = record.GetNsamp() - 1;
-    axis.isEven = record.GetDataMode() == CComDataBase::MODE_SPACING;
+    axis.unit = CUnitCtrl(DimensionOf(record.fields.hunit));
+    const __int64 last = record.nsamp - 1;
+    axis.isEven = record.fields.mode == CComDataBase::MODE_SPACING;
     if (axis.isEven) {
-        axis.delta = record.GetDelta();
-        axis.offset = record.GetOffset();
+        axis.delta = record.fields.delta;
+        axis.offset = record.fields.offset;
         axis.first = static_cast<double>(axis.offset) * axis.delta;
         axis.last = static_cast<double>(axis.offset + last) * axis.delta;
-    } else if (const CDataArrayDouble* values = record.GetHData()) {
-        axis.first = (*values)[0];
-        axis.last = (*values)[last];
+    } else {
+        file.ReadAxis(static_cast<__int64>(index), 0, {&axis.first, 1});
+        file.ReadAxis(static_cast<__int64>(index), last, {&axis.last, 1});
     }
     return axis;
 }
 
-Json JsonOf(const CComDataBase& record, const std::vector<Channel>& channels, std::size_t index) {
-    const Axis axis = AxisOf(record);
+/// `samples` in the unit of their record; what holds no value stays so.
+void View(const CUnitCtrl& unit, const std::vector<double>& samples, std::vector<double>* viewed) {
+    viewed->resize(samples.size());
+    // A single temperature is a reading, not a difference; compounds only ever hold differences.
+    unit.ConvDtoI(viewed->data(), samples.data(), std::ssize(samples), 1.0, unit.IsSingle());
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        if (samples[i] == kNoValue<double>) (*viewed)[i] = samples[i];
+    }
+}
+
+/// The figures of channels of one record, in its unit; of complex ones those of the magnitudes. Throws Error.
+std::vector<SampleFigures> Measure(DataFileReader& file, std::span<const Channel> channels) {
+    constexpr std::size_t kSamples = std::size_t{1} << 16;  // of all channels that are read together
+    const RecordOutline& record = file.Records()[channels.front().record];
+    const auto room = static_cast<__int64>(std::max<std::size_t>(1, kSamples / channels.size()));
+    struct Buffers {
+        std::vector<double> real;
+        std::vector<double> imaginary;
+        std::vector<double> viewed;
+        SampleStatistics statistics;
+    };
+    std::vector<Buffers> all(channels.size());
+    for (__int64 done = 0; done < record.nsamp; done += room) {
+        const __int64 count = std::min(room, record.nsamp - done);
+        for (std::size_t c = 0; c < channels.size(); ++c) {
+            all[c].real.resize(static_cast<std::size_t>(count));
+            all[c].imaginary.resize(record.isComplex ? all[c].real.size() : 0);
+            const SamplePlace place = {static_cast<__int64>(channels[c].record), channels[c].row,
+                                       channels[c].column, done};
+            file.ReadReal(place, all[c].real);
+            if (record.isComplex) file.ReadImaginary(place, all[c].imaginary);
+        }
+        ForEachInParallel(all.size(), [&](std::size_t c) {
+            View(record.fields.unit, all[c].real, &all[c].viewed);
+            std::vector<double>& values = all[c].real;
+            values.swap(all[c].viewed);
+            if (record.isComplex) {
+                View(record.fields.unit, all[c].imaginary, &all[c].viewed);
+                for (std::size_t i = 0; i < values.size(); ++i) {
+                    if (values[i] != kNoValue<double>) values[i] = std::hypot(values[i], all[c].viewed[i]);
+                }
+            }
+            all[c].statistics.Add(values);
+        });
+    }
+    std::vector<SampleFigures> figures;
+    for (const Buffers& buffers : all) figures.push_back(buffers.statistics.Figures());
+    return figures;
+}
+
+/// A record of the file with the figures of its channels.
+struct RecordFacts {
+    std::size_t index;  ///< from 0
+    const RecordOutline& record;
+    Axis axis;
+    std::vector<Channel> channels;
+    std::vector<SampleFigures> figures;  ///< of each channel
+};
+
+std::string TypeOf(const RecordOutline& record) {
+    const bool isComplex = record.isComplex;
+    const CUnitCtrl& axis = record.fields.hunit;
+    if (axis == CUnitCtrl::DIM_TIME) return isComplex ? "complex waveform" : "time waveform";
+    if (axis == CUnitCtrl::DIM_FREQUENCY) return isComplex ? "complex spectrum" : "real spectrum";
+    return isComplex ? "complex data" : "real data";
+}
+
+Json JsonOf(const RecordFacts& facts) {
+    const RecordOutline& record = facts.record;
+    const CComDataBase::Fields& fields = record.fields;
+    const Axis& axis = facts.axis;
     CString dimension;
-    record.GetUnit().GetDimName(&dimension);
+    fields.unit.GetDimName(&dimension);
     Json axisJson = {{"unit", UnitText(axis.unit)}, {"first", axis.first}, {"last", axis.last}};
     if (axis.isEven) {
         axisJson["delta"] = axis.delta;
         axisJson["offset"] = axis.offset;
     }
     if (IsWaveform(record)) {
-        axisJson["rate"] = RateOf(record);
-        axisJson["duration"] = static_cast<double>(record.GetNsamp()) * axis.delta;
+        axisJson["rate"] = 1.0 / axis.delta;
+        axisJson["duration"] = static_cast<double>(record.nsamp) * axis.delta;
     }
     Json names = Json::array();
-    for (const CString& name : record.GetColName()) names.push_back(ToUtf8(name));
-    Json json = {{"record", index + 1},
+    for (const CString& name : fields.colNames) names.push_back(ToUtf8(name));
+    Json json = {{"record", facts.index + 1},
                  {"type", TypeOf(record)},
-                 {"mode", static_cast<int>(record.GetDataMode())},
-                 {"rows", record.GetNumRow()},
-                 {"columns", record.GetNumCol()},
-                 {"samples", record.GetNsamp()},
-                 {"unit", UnitText(record.GetUnit())},
+                 {"mode", static_cast<int>(fields.mode)},
+                 {"rows", record.rows},
+                 {"columns", record.cols},
+                 {"samples", record.nsamp},
+                 {"unit", UnitText(fields.unit)},
                  {"dimension", ToUtf8(dimension)},
                  {"axis", axisJson},
                  {"columnNames", names},
                  {"channels", Json::array()}};
-    for (const Channel& channel : channels) {
-        if (channel.record != index) continue;
-        const Statistics statistics = Measure(record, channel);
+    for (std::size_t c = 0; c < facts.channels.size(); ++c) {
+        const Channel& channel = facts.channels[c];
+        const SampleFigures& figures = facts.figures[c];
         json["channels"].push_back({{"channel", channel.number},
                                     {"row", channel.row + 1},
                                     {"column", channel.column + 1},
                                     {"name", ToUtf8(channel.name)},
-                                    {"missing", statistics.missing},
-                                    {"mean", statistics.mean},
-                                    {"rms", statistics.rms},
-                                    {"min", statistics.min},
-                                    {"max", statistics.max},
-                                    {"peak", statistics.peak}});
+                                    {"missing", figures.missing},
+                                    {"mean", figures.mean},
+                                    {"rms", figures.rms},
+                                    {"min", figures.min},
+                                    {"max", figures.max},
+                                    {"peak", figures.peak}});
     }
     return json;
 }
@@ -224,38 +258,38 @@ std::string Figure(double value) {
     return ToUtf8(text);
 }
 
-std::string TextOf(const CComDataBase& record, const std::vector<Channel>& channels, std::size_t index) {
-    const Axis axis = AxisOf(record);
-    std::string text = "record " + std::to_string(index + 1) + ": " + TypeOf(record) + ", " +
-                       Count(record.GetNumRow(), "row") + " x " + Count(record.GetNumCol(), "column") +
-                       " of " + Count(record.GetNsamp(), "sample") + ", unit " + UnitText(record.GetUnit()) +
-                       "\n  ";
+std::string TextOf(const RecordFacts& facts) {
+    const RecordOutline& record = facts.record;
+    const CUnitCtrl& unit = record.fields.unit;
+    const Axis& axis = facts.axis;
+    std::string text = "record " + std::to_string(facts.index + 1) + ": " + TypeOf(record) + ", " +
+                       Count(record.rows, "row") + " x " + Count(record.cols, "column") + " of " +
+                       Count(record.nsamp, "sample") + ", unit " + UnitText(unit) + "\n  ";
     if (IsWaveform(record)) {
-        text += "rate " + AxisFigure(CUnitCtrl::DIM_FREQUENCY, RateOf(record)) + ", from " +
+        text += "rate " + AxisFigure(CUnitCtrl::DIM_FREQUENCY, 1.0 / axis.delta) + ", from " +
                 AxisFigure(axis.unit, axis.first) + " (offset " + std::to_string(axis.offset) +
-                "), duration " + AxisFigure(axis.unit, static_cast<double>(record.GetNsamp()) * axis.delta) +
-                "\n";
+                "), duration " + AxisFigure(axis.unit, static_cast<double>(record.nsamp) * axis.delta) + "\n";
     } else {
         text += axis.isEven ? "spacing " + AxisFigure(axis.unit, axis.delta) : "an axis value per sample";
         text +=
             ", from " + AxisFigure(axis.unit, axis.first) + " to " + AxisFigure(axis.unit, axis.last) + "\n";
     }
-    if (record.GetImaginary(0, 0) != nullptr) text += "  figures are those of the magnitudes\n";
+    if (record.isComplex) text += "  figures are those of the magnitudes\n";
     // The figures of a spectrum are not those of an amplitude.
-    const bool isAmplitude = IsWaveform(record) && record.GetUnit().IsAccOrVelOrDisp();
+    const bool isAmplitude = IsWaveform(record) && unit.IsAccOrVelOrDisp();
     const CValConv::UNIT_SUFFIX rms = isAmplitude ? CValConv::SUFFIX_RMS : CValConv::SUFFIX_NONE;
     const CValConv::UNIT_SUFFIX peak = isAmplitude ? CValConv::SUFFIX_ZERO_TO_PEAK : CValConv::SUFFIX_NONE;
     const auto heading = [&](const char* name, CValConv::UNIT_SUFFIX suffix) {
-        return FigureHeading(name, record.GetUnit(), suffix);
+        return FigureHeading(name, unit, suffix);
     };
     std::vector<std::vector<std::string>> lines = {
         {"channel", "name", heading("mean", CValConv::SUFFIX_NONE), heading("rms", rms),
          heading("min", CValConv::SUFFIX_NONE), heading("max", CValConv::SUFFIX_NONE),
          heading("peak", peak)}};
     __int64 missing = 0;
-    for (const Channel& channel : channels) {
-        if (channel.record != index) continue;
-        const Statistics s = Measure(record, channel);
+    for (std::size_t c = 0; c < facts.channels.size(); ++c) {
+        const Channel& channel = facts.channels[c];
+        const SampleFigures& s = facts.figures[c];
         missing += s.missing;
         lines.push_back({std::to_string(channel.number), ToUtf8(channel.name), Figure(s.mean), Figure(s.rms),
                          Figure(s.min), Figure(s.max), Figure(s.peak)});
@@ -266,17 +300,41 @@ std::string TextOf(const CComDataBase& record, const std::vector<Channel>& chann
                               lines);
 }
 
+/// What the records of a data file hold; the file must outlive it. Throws Error.
+std::vector<RecordFacts> ReadRecords(DataFileReader& file, Progress& progress) {
+    constexpr std::size_t kTogether = 64;  // channels that are measured at a time
+    const std::vector<RecordOutline>& records = file.Records();
+    const std::vector<Channel> channels = ListChannels(records);
+    std::vector<RecordFacts> facts;
+    std::size_t done = 0;
+    for (std::size_t r = 0; r < records.size(); ++r) {
+        RecordFacts& record = facts.emplace_back(RecordFacts{r, records[r], AxisOf(file, r), {}, {}});
+        for (; done < channels.size() && channels[done].record == r; ++done)
+            record.channels.push_back(channels[done]);
+        const std::span<const Channel> all = record.channels;
+        for (std::size_t c = 0; c < all.size(); c += kTogether) {
+            const std::vector<SampleFigures> figures =
+                Measure(file, all.subspan(c, std::min(kTogether, all.size() - c)));
+            record.figures.insert(record.figures.end(), figures.begin(), figures.end());
+            progress.Update(done - all.size() + record.figures.size(), channels.size());
+        }
+    }
+    return facts;
+}
+
 void RunInfo(const InfoOptions& options, ByteStream& out) {
     std::string text;
     Doing("read", options.file, [&] {
         InputFile file(WidePath(InputPath(options.file)));
         const HeaderFacts facts = ReadFacts(options.file, file);
-        DataFileContent content;
+        Progress progress("reading " + InputName(options.file));
+        std::optional<DataFileReader> reader;
+        std::vector<RecordFacts> records;
         if (facts.isData) {
             file.Seek(0);
-            content = kvx::LoadDataFile(file);
+            reader.emplace(file);
+            records = ReadRecords(*reader, progress);
         }
-        const std::vector<Channel> channels = ListChannels(content);
         if (options.json) {
             Json json = {{"file", options.file},
                          {"kind", facts.kind},
@@ -289,9 +347,7 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
                          {"version", facts.version},
                          {"changed", facts.changed},
                          {"records", Json::array()}};
-            for (std::size_t r = 0; r < content.records.size(); ++r) {
-                json["records"].push_back(JsonOf(content.records[r], channels, r));
-            }
+            for (const RecordFacts& record : records) json["records"].push_back(JsonOf(record));
             text = json.dump(2) + "\n";
             return;
         }
@@ -306,9 +362,7 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
                             {"changed", facts.changed.empty() ? "-" : facts.changed}});
         if (!facts.isData)
             text += "a settings or definition file: it has the common header and no data records\n";
-        for (std::size_t r = 0; r < content.records.size(); ++r) {
-            text += "\n" + TextOf(content.records[r], channels, r);
-        }
+        for (const RecordFacts& record : records) text += "\n" + TextOf(record);
     });
     WriteText(out, text);
 }

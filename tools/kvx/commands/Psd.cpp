@@ -1,36 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx psd: averaged power spectral densities.
-#include <algorithm>
 #include <memory>
-#include <new>
-
-#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
-#include <KvxDevCommon01/dsp/MatSpec.h>
 
 #include "cli/Options.h"
 #include "commands/Analysis.h"
 #include "commands/Commands.h"
-#include "commands/UnitChoice.h"
 
 namespace kvx::tool {
-namespace {
-
-__int64 CalculatePsd(const Signal& signal, double* real, double*) {
-    AveragedSpectrum average;
-    CDataArrayDouble psd;
-    if (!average.Begin(signal.window, signal.overlap)) throw std::bad_alloc();
-    average.Add(signal.samples);
-    if (!average.GetPsd(signal.rateHz, &psd)) throw std::bad_alloc();
-    std::copy_n(psd.GetData(), psd.GetNum(), real);
-    return average.GetNumBlocks();
-}
-
-double PsdRms(double* levels, __int64 count, __int64, double spacingHz, double) {
-    return CMatSpec::CalcPsdRms(levels, count, spacingHz, 0, 0);
-}
-
-}  // namespace
 
 void AddPsd(Command app) {
     const auto options = std::make_shared<AnalysisOptions>();
@@ -56,8 +33,8 @@ void AddPsd(Command app) {
         "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
         "  kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20\n"
         "  kvx psd random.vdf2 -o random-psd.vdf2 --block 2048 --from 20 --to 2000 --peaks 3");
-    const LineMethod method = {false, true, DensityUnit, CalculatePsd, PsdRms};
-    command.OnRun([=](ByteStream& out) { RunAnalysis(*options, method, out); });
+    options->kind = LineKind::kDensity;
+    command.OnRun([=](ByteStream& out) { RunAnalysis(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -26,7 +26,7 @@ RecordingStatements StatementsOf(const std::string& path, const RecordingOptions
     stated.text.codePage = CodePageOf(options.encoding);
     stated.text.encodingName = "--encoding";
     stated.source = FromUtf8(std::filesystem::path(SourceText(path)).filename().string()).value_or(L"");
-    stated.called = OptionNames(options.rateName);
+    stated.called = OptionNames(options);
     if (!options.units.empty()) {
         for (const std::string& unit : SplitList(options.units)) stated.units.push_back(RequireUnit(unit));
     }
@@ -58,7 +58,9 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
                    "True sampling rate; without it that of the sound file or the time column")
         .Type("HZ")
         .Check(PositiveNumber());
-    command.AddOption("--unit", options->units, "Unit of the values, one for all channels or a list: g,g,N")
+    command
+        .AddOption(options->unitName, options->units,
+                   "Unit of the values, one for all channels or a list: g,g,N")
         .Type("LIST");
     command.AddOption("--name", options->names, "Names of the channels: top,base").Type("LIST");
     command
@@ -80,10 +82,14 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command.AddFlag("--partial", options->isPartial, "Take a sound file that is cut short as far as it goes");
 }
 
-StatementNames OptionNames(const std::string& rateName) {
+bool IsDataFile(const std::string& input) {
+    return RecognizeFile(InputPath(input)).format == Format::dataFile;
+}
+
+StatementNames OptionNames(const RecordingOptions& options) {
     return {.any = "options",
-            .rate = rateName,
-            .units = "--unit",
+            .rate = options.rateName,
+            .units = options.unitName,
             .names = "--name",
             .fullScale = "--full-scale",
             .partial = "--partial",

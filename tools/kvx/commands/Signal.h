@@ -18,6 +18,7 @@ namespace kvx::tool {
 /// What a person states of a text table or sound file.
 struct RecordingOptions {
     std::string rateName = "--rate";  ///< option of the rate
+    std::string unitName = "--unit";  ///< option of the units
     std::optional<double> rateHz;
     std::string units;
     std::string names;
@@ -30,8 +31,11 @@ struct RecordingOptions {
 
 void AddRecordingOptions(Command& command, RecordingOptions* options);
 
+/// Whether an input is a file of the suite, not a text table or a sound file.
+bool IsDataFile(const std::string& input);
+
 /// How the options name what they state.
-StatementNames OptionNames(const std::string& rateName = "--rate");
+StatementNames OptionNames(const RecordingOptions& options = {});
 
 /// Opens a text table or a sound file, of which `channels` chooses. Remarks go to standard error. Throws
 /// Error or ValueError.

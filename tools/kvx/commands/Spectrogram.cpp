@@ -6,14 +6,17 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/data/Samples.h>
-#include <KvxDevCommon01/dsp/AveragedSpectrum.h>
+#include <KvxDevCommon01/dsp/SlicedSpectrum.h>
+#include <KvxDevCommon01/dsp/Windows.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
@@ -23,8 +26,8 @@
 #include "cli/StandardStreams.h"
 #include "commands/Blocks.h"
 #include "commands/Commands.h"
-#include "commands/DataFiles.h"
 #include "commands/PictureChoice.h"
+#include "commands/Runs.h"
 #include "commands/UnitChoice.h"
 
 namespace kvx::tool {
@@ -35,9 +38,8 @@ constexpr __int64 kUsualMapSlices = 600;
 constexpr __int64 kUsualWaterfallSlices = 40;
 
 struct SpectrogramOptions {
-    std::string input;
+    InputOptions input;
     PictureChoice picture;
-    ChannelOptions channels;
     BlockOptions blocks;
     AxisOptions x;
     AxisOptions y;
@@ -47,57 +49,35 @@ struct SpectrogramOptions {
     std::optional<std::int64_t> slices;
 };
 
-/// The blocks of a waveform in groups of equally many, each of which makes a slice.
-struct Slicing {
-    BlockCut cut;
-    __int64 count;  ///< of slices
-    __int64 blocksPerSlice;
-
-    __int64 Start(__int64 slice) const { return slice * blocksPerSlice * (cut.size - cut.overlap); }
-    __int64 Length() const { return (blocksPerSlice - 1) * (cut.size - cut.overlap) + cut.size; }
-};
-
-Slicing SliceUp(const CComDataBase& record, const SpectrogramOptions& options) {
-    const __int64 usual = options.isWaterfall ? kUsualWaterfallSlices : kUsualMapSlices;
-    const __int64 most = options.slices.value_or(usual);
-    const BlockCut cut = {options.blocks.size, OverlapSamples(options.blocks)};
-    const __int64 blocks = cut.Count(record.GetNsamp());
-    const __int64 blocksPerSlice = (blocks + most - 1) / most;
-    return {cut, blocks / blocksPerSlice, blocksPerSlice};
-}
-
-/// The slices of one channel, a row each.
-CComDataSpecA AnalyseSlices(const CComDataBase& record, const Channel& channel, const Slicing& slicing,
-                            const SpectrogramOptions& options, Progress& progress) {
-    const std::optional<CUnitCtrl> unit =
-        options.isDensity ? DensityUnit(record.GetUnit()) : record.GetUnit();
-    if (!unit)
-        throw Error(ErrorKind::kBadValue,
-                    "the unit " + Quote(UnitText(record.GetUnit())) + " is a compound, which has no density");
-    const CDataArrayDouble window = MakeWindow(options.blocks);
-    const CDataArrayDouble samples = StandardSamples(record, channel);
-    const double rateHz = RateOf(record);
-    const __int64 lineCount = slicing.cut.size / 2;
-    CComDataSpecA slices(rateHz / static_cast<double>(slicing.cut.size), slicing.count, 1, lineCount, 0,
-                         *unit, nullptr, nullptr);
-    AveragedSpectrum average;
-    CDataArrayDouble lines;
-    for (__int64 slice = 0; slice < slicing.count; ++slice) {
-        double* row = slices.GetReal(slice, 0);
-        if (row == nullptr || !average.Begin(window, slicing.cut.overlap)) throw std::bad_alloc();
-        average.Add(Samples(samples).subspan(static_cast<std::size_t>(slicing.Start(slice)),
-                                             static_cast<std::size_t>(slicing.Length())));
-        const int isDone = options.isDensity ? average.GetPsd(rateHz, &lines) : average.GetAmplitude(&lines);
-        if (!isDone) throw std::bad_alloc();
-        RequireNumbers(lines, channel.name);
-        std::copy_n(lines.GetData(), lineCount, row);
-        progress.Update(static_cast<std::uint64_t>(slice) + 1, static_cast<std::uint64_t>(slicing.count));
+/// The slices of each channel of run `r`, a row each.
+std::vector<CComDataSpecA> AnalyseSlices(SignalReader& reader, std::size_t r, const Slicing& slicing,
+                                         const BlockPlan& plan, LineKind kind, Progress& progress) {
+    const SignalRun& run = reader.Runs()[r];
+    std::vector<CComDataSpecA> slices;
+    for (const SignalRun::Channel& channel : run.channels) {
+        slices.emplace_back(RateOf(run) / static_cast<double>(plan.cut.size), slicing.Count(run.samples), 1,
+                            plan.cut.size / 2, 0, LineUnit(kind, channel.unit), nullptr, nullptr);
+        if (!slices.back().Check()) throw std::bad_alloc();
+    }
+    std::vector<SlicedSpectrum> spectra;
+    for (CComDataSpecA& record : slices) {
+        const auto store = [&record, row = __int64{0}](std::span<const double> lines) mutable {
+            std::ranges::copy(lines, Samples(record, row++, 0).begin());
+        };
+        spectra.emplace_back(plan.window, slicing, kind, RateOf(run), store);
+    }
+    ReadRun(reader, r, progress, [&](std::span<double* const> samples, std::size_t count) {
+        ForEachInParallel(spectra.size(), [&](std::size_t c) { spectra[c].Add({samples[c], count}); });
+    });
+    for (std::size_t c = 0; c < slices.size(); ++c) {
+        for (__int64 row = 0; row < slices[c].GetNumRow(); ++row)
+            RequireNumbers(Samples(std::as_const(slices[c]), row, 0), run.channels[c].name);
     }
     return slices;
 }
 
-/// The graph of slices that follow one another in time.
-plot::RecordGraph GraphOf(const CComDataBase& slices, const Channel& channel, const CComDataBase& wave,
+/// The graph of the slices of a channel, which follow one another in time.
+plot::RecordGraph GraphOf(const CComDataBase& slices, const SignalRun::Channel& channel, const SignalRun& run,
                           const Slicing& slicing, const SpectrogramOptions& options,
                           const plot::RecordGraphChoice& choice) {
     if (choice.unit && !IsConvertible(slices.GetUnit(), *choice.unit)) {
@@ -106,35 +86,38 @@ plot::RecordGraph GraphOf(const CComDataBase& slices, const Channel& channel, co
     plot::SliceCourse course;
     // A slice lies at the middle of its blocks.
     course.startSeconds =
-        (static_cast<double>(wave.GetOffset()) + static_cast<double>(slicing.Length() - 1) / 2.0) *
-        wave.GetDelta();
-    course.intervalSeconds = static_cast<double>(slicing.Start(1)) * wave.GetDelta();
+        (static_cast<double>(run.offset) + static_cast<double>(slicing.Length() - 1) / 2.0) * run.delta;
+    course.intervalSeconds = static_cast<double>(slicing.Start(1)) * run.delta;
     course.isWaterfall = options.isWaterfall;
     course.dynamicRange = options.isDensity ? 1e6 : 1e3;  // 60 dB
     return plot::MakeSliceGraph(slices, channel.name, course, choice);
 }
 
 void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
-    RequireOneStandardInput({options.input, options.picture.settings});
-    const PictureTarget target = ResolvePicture(options.picture, {options.input});
+    const std::string& input = options.input.file;
+    RequireOneStandardInput({input, options.picture.settings});
+    const PictureTarget target = ResolvePicture(options.picture, {input});
     const plot::RecordGraphChoice choice = ResolveGraphs(options.x, options.y, options.unit);
-    MakeWindow(options.blocks);
+    const BlockPlan plan = PlanBlocks(options.blocks);
     const __int64 most = options.isWaterfall ? CGraphLineInfoList::GetWaterfallMaxLineNum() : kMostMapSlices;
     if (options.slices > most)
         throw ValueError("--slices: at most " + Count(most, "slice") + " can be drawn");
-    std::vector<CComDataBase> records;
+    const __int64 usual = options.isWaterfall ? kUsualWaterfallSlices : kUsualMapSlices;
+    const LineKind kind = options.isDensity ? LineKind::kDensity : LineKind::kAmplitude;
+    std::vector<std::vector<CComDataSpecA>> records;  // per run and channel; the graphs look at them
     std::vector<plot::RecordGraph> graphs;
     std::wstring title;
-    Doing("analyse", options.input, [&] {
-        Progress progress("analysing " + InputName(options.input));
-        const DataFileContent content = LoadDataFile(options.input);
-        title = content.header.GetName();
-        for (const ChosenWaveforms& source : SelectWaveforms(content, options.channels)) {
-            RequireBlock(*source.record, options.blocks);
-            const Slicing slicing = SliceUp(*source.record, options);
-            for (const Channel& channel : source.channels) {
-                records.push_back(AnalyseSlices(*source.record, channel, slicing, options, progress));
-                graphs.push_back(GraphOf(records.back(), channel, *source.record, slicing, options, choice));
+    Doing("analyse", input, [&] {
+        Progress progress("analysing " + InputName(input));
+        const std::unique_ptr<SignalReader> reader = OpenWaveforms(options.input, progress);
+        title = reader->Text();
+        for (const SignalRun& run : reader->Runs()) RequireBlock(run, plan.cut);
+        for (std::size_t r = 0; r < reader->Runs().size(); ++r) {
+            const SignalRun& run = reader->Runs()[r];
+            const Slicing slicing = Slicing::AtMost(options.slices.value_or(usual), run.samples, plan.cut);
+            records.push_back(AnalyseSlices(*reader, r, slicing, plan, kind, progress));
+            for (std::size_t c = 0; c < run.channels.size(); ++c) {
+                graphs.push_back(GraphOf(records.back()[c], run.channels[c], run, slicing, options, choice));
             }
         }
     });
@@ -147,9 +130,9 @@ void AddSpectrogram(Command app) {
     const auto options = std::make_shared<SpectrogramOptions>();
     Command command =
         app.AddCommand("spectrogram", "Draw how the spectrum changes: a colour map or a waterfall");
-    command.AddOption("FILE", options->input, "Data file with time waveforms").Required();
+    AddInputFile(command, &options->input);
     AddPictureOptions(command, &options->picture);
-    AddChannelOptions(command, &options->channels);
+    AddChannelOptions(command, &options->input.channels);
     AddBlockOptions(command, &options->blocks);
     command.AddFlag("--density", options->isDensity, "Spectral densities instead of peak amplitudes");
     command.AddFlag("--waterfall", options->isWaterfall, "A waterfall instead of a colour map");
@@ -162,6 +145,8 @@ void AddSpectrogram(Command app) {
     AddAxisOptions(command, "y", "the unit of the levels: of the colours, or of the height of a slice",
                    &options->y);
     command.AddOption("--unit", options->unit, "Show the levels in this unit").Type("UNIT");
+    options->input.recording.unitName = "--input-unit";
+    AddRecordingOptions(command, &options->input.recording);
     command.SetFooter(
         "The waveform is cut into blocks as 'kvx psd' cuts it. Each slice is the spectrum of one block, or\n"
         "averaged over several where there are too many; it stands at the time of their middle. Every "
