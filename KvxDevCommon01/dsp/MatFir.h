@@ -8,14 +8,21 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataArray.h>
-#include <KvxDevCommon01/dsp/SampleQueue.h>
 #include <KvxDevCommon01/platform/Types.h>
 
 class KVX_API CMatFir {
 public:
+    CMatFir();
+    CMatFir(const CMatFir& other);
+    CMatFir(CMatFir&& other) noexcept;
+    ~CMatFir();
+    CMatFir& operator=(const CMatFir& other);
+    CMatFir& operator=(CMatFir&& other) noexcept;
+
     /// What happens to the sampling rate.
     enum RATE_CONV : std::uint32_t {
         RATE_NONE = 0,         ///< it stays
@@ -75,54 +82,26 @@ public:
     // Results. The single forms give 0 when none waits; the block forms take n, at most all that wait, and
     // return how many these were: 0 for a null pointer or n < 1. Integers are rounded to the nearest, within
     // the limits of 32 bits; not-a-number becomes 0.
-    double GetOutputData() { return results_.Take(); }
-    __int64 GetOutputData(double* out, __int64 n) { return results_.Take(out, n); }
+    double GetOutputData();
+    __int64 GetOutputData(double* out, __int64 n);
     std::int32_t GetOutputDataLong();
     __int64 GetOutputDataLong(std::int32_t* out, __int64 n);
     /// Results that wait. They stay when coefficients or rate are set, until the next preparation.
-    __int64 GetNumOutputData() const { return results_.GetNum(); }
+    __int64 GetNumOutputData() const;
 
     /// Discards the results that wait, and prepares the filter if it is not.
     int ClearResult();
 
 private:
-    /// A copy that memory did not suffice for lacks one of these.
-    bool IsReady() const {
-        return isPrepared_ && coef_.GetNum() > 0 && work_.GetNum() > 0 && offsets_.GetNum() > 0 &&
-               sums_.GetNum() > 0 && results_.GetSize() > 0;
-    }
-    bool Prepare() { return IsReady() || (!isPrepared_ && PrepFir()); }
-    // Put the results of `count` new samples on from position `first` of the line into the queue.
-    int FilterRun(__int64 first, __int64 count);
-    int FilterSingly(__int64 first, __int64 count);
-    int DecimateRun(__int64 first, __int64 count);
-    int InterpolateRun(__int64 first, __int64 count);
-    /// Adds the terms of `count` samples to the running sums and calls use(sum) for each that this completes.
-    template <class Use>
-    void RunSums(__int64 first, __int64 count, Use use);
-    /// Calls use(phase) for each phase that has taps, with the results of `count` samples in `row`.
-    template <class Use>
-    void ForEachPhase(__int64 first, __int64 count, double* row, Use use);
+    struct State;
+    bool Prepare();
+    int SetCoefCount(__int64 count);
 
-    CDataArrayDouble coef_;
     double delay_ = 0.0;
     RATE_CONV mode_ = RATE_NONE;
     __int64 ratio_ = 1;
     __int64 outBufSize_ = 1024;
     bool isDelayOnly_ = false;
-
-    // What PrepFir sets up.
     bool isPrepared_ = false;
-    bool isRunning_ = false;   // whether the running sums are up to date
-    __int64 history_ = 0;      // samples before a new one that its results need
-    __int64 lineSize_ = 0;     // samples of the line: the history and a block of new ones
-    __int64 lineEnd_ = 0;      // where the next sample goes
-    __int64 sinceResult_ = 0;  // decimating, samples since the last result
-    __int64 rowLength_ = 0;    // decimating, samples of a row
-    __int64 singles_ = 0;      // samples in a row that came in small blocks, at most as many as taps
-    __int64 completing_ = 0;   // the running sum that the next sample completes
-    CDataArrayDouble work_;    // the line, then the rows or the running sums
-    CDataArrayDouble sums_;    // the coefficients as the sums need them
-    CDataArrayLongLong offsets_;
-    kvx::SampleQueue results_;
+    std::unique_ptr<State> state_;  // the coefficients, and what PrepFir sets up
 };

@@ -146,16 +146,19 @@ int CMatMrf::SetConvCond(CMatFir::RATE_CONV mode, OVS_RAT code, __int64 outBufSi
     constexpr double kUnity = 1.0;
     stageCount_ = std::max(plan->count, 1);
     int isBuilt = plan->count > 0 || stages_[0].SetCoef(&kUnity, 1, 0.0) ? 1 : 0;
+    const bool isDecimation = mode_ == CMatFir::RATE_DECIMATE;
+    // What is fed at once makes at most kBlock samples ahead of the last stage, the first of the plan's row.
+    if (mode_ == CMatFir::RATE_INTERPOLATE && plan->count > 0) {
+        feedSize_ = kBlock * kvx::RateChangeOf(plan->sets[0]) / plan->ratio;
+    }
     std::int32_t product = 1;
     for (int i = 0; i < plan->count; ++i) {
-        const int row = mode_ == CMatFir::RATE_DECIMATE ? i : plan->count - 1 - i;
-        const CMatFir::FIR_COEF set = plan->sets[Index(row)];
-        // What is fed at once makes at most kBlock samples ahead of the last stage.
-        if (mode_ == CMatFir::RATE_INTERPOLATE) feedSize_ = kBlock / product;
-        product *= kvx::RateChangeOf(set);
+        const CMatFir::FIR_COEF set = plan->sets[Index(isDecimation ? i : plan->count - 1 - i)];
+        const int ratio = kvx::RateChangeOf(set);
+        product *= ratio;
         CMatFir& stage = stages_[Index(i)];
-        isBuilt &= stage.SetStdCoef(set, delayOnly) & stage.SetRateConv(mode_, kvx::RateChangeOf(set)) &
-                   stage.SetOutBufSize(kBlock);
+        isBuilt &= stage.SetStdCoef(set, delayOnly) & stage.SetRateConv(mode_, ratio) &
+                   stage.SetOutBufSize(isDecimation ? feedSize_ / product + 1 : feedSize_ * product);
         delay_ += stage.GetDelay() / product;
     }
     isBuilt &= LastStage().SetOutBufSize(outBufSize);

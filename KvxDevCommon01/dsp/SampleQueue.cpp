@@ -3,57 +3,60 @@
 #include <KvxDevCommon01/dsp/SampleQueue.h>
 
 #include <algorithm>
+#include <new>
+
+#include <KvxDevCommon01/data/Ring.h>
 
 namespace kvx {
 
-int SampleQueue::SetSize(__int64 size) {
+void SampleQueue::SetSize(__int64 size) {
     readIndex_ = 0;
     waiting_ = 0;
-    if (size == GetSize() && size > 0) return 1;
-    values_.Free();
-    return size > 0 ? values_.SetData(size, nullptr) : 0;
+    if (size == GetSize()) return;
+    values_ = {};
+    const auto count = static_cast<std::size_t>(size);
+    if (count > values_.max_size()) throw std::bad_alloc();
+    values_ = std::vector<double>(count);
 }
 
 template <class Write>
-int SampleQueue::Enqueue(__int64 count, Write write) {
+bool SampleQueue::Enqueue(__int64 count, Write write) {
     const __int64 size = GetSize();
-    if (size == 0) return count == 0 ? 1 : 0;
+    if (size == 0) return count == 0;
     const __int64 kept = std::min(count, size);
     const __int64 lost = std::max<__int64>(waiting_ - (size - kept), 0);
-    readIndex_ = Wrap(readIndex_ + lost);
+    readIndex_ = static_cast<__int64>(Wrap(readIndex_ + lost));
     waiting_ -= lost;
-
-    double* const values = values_.GetData();
-    for (__int64 done = 0; done < kept;) {
-        const __int64 writeIndex = Wrap(readIndex_ + waiting_);
-        const __int64 run = std::min(kept - done, size - writeIndex);
-        write(values + writeIndex, count - kept + done, run);
-        waiting_ += run;
-        done += run;
-    }
-    return lost == 0 && kept == count ? 1 : 0;
+    __int64 first = count - kept;
+    WalkRings(
+        kept,
+        [&](__int64 run, double* destination) {
+            write(destination, first, run);
+            first += run;
+        },
+        Ring<double>{values_.data(), size, static_cast<__int64>(Wrap(readIndex_ + waiting_))});
+    waiting_ += kept;
+    return lost == 0 && kept == count;
 }
 
-int SampleQueue::Put(const double* samples, __int64 count) {
-    return Enqueue(count, [samples](double* destination, __int64 first, __int64 run) {
-        std::copy_n(samples + first, run, destination);
+bool SampleQueue::Put(std::span<const double> samples) {
+    return Enqueue(std::ssize(samples), [samples](double* destination, __int64 first, __int64 run) {
+        std::copy_n(samples.begin() + first, run, destination);
     });
 }
 
-int SampleQueue::PutRepeated(double value, __int64 count) {
+bool SampleQueue::PutRepeated(double value, __int64 count) {
     return Enqueue(
         count, [value](double* destination, __int64, __int64 run) { std::fill_n(destination, run, value); });
 }
 
-__int64 SampleQueue::Take(double* out, __int64 count) {
-    if (out == nullptr) return 0;
-    const __int64 taken = std::clamp<__int64>(count, 0, GetNum());
-    for (__int64 done = 0; done < taken;) {
-        const __int64 run = std::min(taken - done, GetSize() - readIndex_);
-        std::copy_n(values_.GetData() + readIndex_, run, out + done);
-        readIndex_ = Wrap(readIndex_ + run);
-        done += run;
-    }
+__int64 SampleQueue::Take(std::span<double> out) {
+    const __int64 taken = std::min(std::ssize(out), waiting_);
+    auto to = out.begin();
+    WalkRings(
+        taken, [&](__int64 run, const double* from) { to = std::copy_n(from, run, to); },
+        Ring<const double>{values_.data(), GetSize(), readIndex_});
+    readIndex_ = static_cast<__int64>(Wrap(readIndex_ + taken));
     waiting_ -= taken;
     return taken;
 }

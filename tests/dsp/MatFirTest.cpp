@@ -99,9 +99,12 @@ TEST(FirKernels, GiveTheSameBitsInEverySetWhereverTheBlocksLie) {
                                         coef[3] * x[k + 7] + coef[4] * x[k + 1];
                 ASSERT_EQ(y[k], expected) << set.name << " " << count;
             }
-            Wave sums(count + shift + kvx::kFirOverrun, 0.25);
-            set.fir->addScaled(x.data() + shift, 3.0, sums.data() + shift, static_cast<std::int64_t>(count));
-            for (std::size_t k = shift; k < count + shift; ++k) ASSERT_EQ(sums[k], 0.25 + x[k] * 3.0);
+            const Wave before = Noise(count + shift + 1 + kvx::kFirOverrun, 5);
+            Wave sums = before;
+            set.fir->addScaledShifted(x.data() + shift, 3.0, sums.data() + shift,
+                                      static_cast<std::int64_t>(count));
+            for (std::size_t k = shift; k < count + shift; ++k)
+                ASSERT_EQ(sums[k], before[k + 1] + x[k] * 3.0);
         }
     }
 }

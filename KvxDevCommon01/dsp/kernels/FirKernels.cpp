@@ -72,12 +72,12 @@ void WeightedSums(const double* coef, const Index* offsets, Index taps, const do
     if (count > k) filter.Sum<1>(x + k, y + k);
 }
 
-void AddScaled(const double* coef, double x, double* sums, Index count) {
-    for (Index k = 0; k < count; k += kLanes) Store(sums + k, Load(sums + k) + Load(coef + k) * x);
+void AddScaledShifted(const double* coef, double x, double* sums, Index count) {
+    for (Index k = 0; k < count; k += kLanes) Store(sums + k, Load(sums + k + 1) + Load(coef + k) * x);
 }
 
 }  // namespace
 
-extern const FirKernels kFirKernels = {WeightedSums, AddScaled};
+extern const FirKernels kFirKernels = {WeightedSums, AddScaledShifted};
 
 }  // namespace kvx::KVX_KERNEL_SET

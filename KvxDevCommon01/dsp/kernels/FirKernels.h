@@ -19,8 +19,8 @@ struct FirKernels {
     void (*weightedSums)(const double* coef, const std::int64_t* offsets, std::int64_t taps, const double* x,
                          double* y, std::int64_t count);
 
-    /// sums[k] += coef[k] x for k = 0..count-1, with the same room in both blocks.
-    void (*addScaled)(const double* coef, double x, double* sums, std::int64_t count);
+    /// sums[k] = sums[k + 1] + coef[k] x for k = 0..count-1, with the same room in both blocks.
+    void (*addScaledShifted)(const double* coef, double x, double* sums, std::int64_t count);
 };
 
 }  // namespace kvx
