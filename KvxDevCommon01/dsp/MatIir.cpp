@@ -13,6 +13,7 @@
 #include <new>
 #include <numbers>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace {
@@ -35,6 +36,42 @@ struct Corner {
         return Corner{std::cos(toEnd), std::sin(toEnd), -1.0};
     }
 };
+
+/// The difference equation as y = side y1 + b0 (x + previousInput x1) - leak y1, leak = side - a1: see
+/// SecondOrder.
+struct FirstOrder {
+    double side{}, b0{};
+    double previousInput{};  // 1 for a low-pass, -1 for a high-pass
+    double leak{};
+    double x1{}, y1{};
+
+    double Step(double x);
+    int Design(double fc, double pass);
+};
+
+/// Near the ends of the range of fc the poles crowd at z = side, 1 for a low corner and -1 for a high one,
+/// and the difference equation as it is written would lose what lies between them to rounding. The same
+/// equation is therefore evaluated with small steps v and coefficients free of cancellation,
+///   glide = -side a2,  leak = side - a1 - side a2.
+/// Where the pass band lies at z = side, direct = 0 and n = b; elsewhere the zeros crowd there as well, and
+/// direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 leak. Value is a double, or a pair of them
+/// for two sections at once.
+template <class Value>
+struct SecondOrder {
+    Value side{}, direct{}, n0{}, n1{}, n2{}, glide{}, leak{};
+    Value x1{}, x2{}, r1{}, v1{};
+
+    Value Step(const Value& x);
+    int Design(double fc, double q, double pass);
+    void SetState(double inputBefore, double inputBeforeThat, double outputBefore, double outputBeforeThat);
+};
+
+/// The section that an object holds in bytes, so that its header need not name the numbers.
+template <class Section, std::size_t size>
+Section& In(std::byte (&bytes)[size]) {
+    static_assert(sizeof(Section) == size && std::is_trivially_copyable_v<Section>);
+    return *std::launder(reinterpret_cast<Section*>(bytes));
+}
 
 template <class Filter>
 int FilterArray(Filter* filter, CDataArrayDouble* out, const CDataArrayDouble& in) {
@@ -70,16 +107,87 @@ void RestInSilence(double& output, double& difference) {
     if (IsSilent(difference)) difference = 0.0;
 }
 
+inline double FirstOrder::Step(double x) {
+    y1 = side * y1 + (b0 * (x + previousInput * x1) - leak * y1);
+    if (IsSilent(y1)) [[unlikely]]
+        y1 = 0.0;
+    x1 = x;
+    return y1;
+}
+
+template <class Value>
+inline Value SecondOrder<Value>::Step(const Value& x) {
+    v1 = (glide * v1 + ((n0 * x + n2 * x2) + n1 * x1)) - leak * r1;
+    r1 = side * r1 + v1;
+    RestInSilence(r1, v1);
+    x2 = x1;
+    x1 = x;
+    return direct * x + r1;
+}
+
+int FirstOrder::Design(double fc, double pass) {
+    const auto corner = Corner::At(fc);
+    if (!corner) return 0;
+    const double sum = corner->sine + corner->cosine;
+    b0 = (pass == kLowPass ? corner->sine : corner->cosine) / sum;
+    previousInput = pass;
+    side = corner->side;
+    leak = corner->side > 0.0 ? 2.0 * (corner->sine / sum) : -2.0 * (corner->cosine / sum);
+    return 1;
+}
+
+template <class Value>
+int SecondOrder<Value>::Design(double fc, double q, double pass) {
+    const auto corner = Corner::At(fc);
+    if (!corner || !(q > 0.0 && q <= std::numeric_limits<double>::max())) return 0;
+    // With p = sine/cosine: D = 1 + p/q + p^2 = (q + damping)/(q cosine^2).
+    const double damping = corner->sine * corner->cosine;
+    const double scale = q / (q + damping);
+    const double low = corner->sine * corner->sine * scale;
+    const double high = corner->cosine * corner->cosine * scale;
+    const double b0 = pass == kLowPass ? low : high;
+
+    const double y1 = direct * x1 + r1;
+    const double y2 = direct * x2 + side * (r1 - v1);
+    side = corner->side;
+    glide = side * ((q - damping) / (q + damping));
+    leak = side > 0.0 ? 4.0 * low : -4.0 * high;
+    if (side == pass) {
+        direct = 0.0;
+        n0 = b0;
+        n1 = 2.0 * pass * b0;
+        n2 = b0;
+    } else {
+        direct = b0;
+        n0 = 0.0;
+        n2 = b0 * (2.0 * (damping / (q + damping)));
+        n1 = -side * n2 - b0 * leak;
+    }
+    SetState(x1, x2, y1, y2);
+    return 1;
+}
+
+template <class Value>
+void SecondOrder<Value>::SetState(double inputBefore, double inputBeforeThat, double outputBefore,
+                                  double outputBeforeThat) {
+    x1 = inputBefore;
+    x2 = inputBeforeThat;
+    r1 = outputBefore - direct * x1;
+    v1 = r1 - side * (outputBeforeThat - direct * x2);
+}
+
 bool IsBlock(const double* data, const double* out, __int64 n) {
     return data != nullptr && out != nullptr && n >= 1;
 }
 
 /// Runs a block through a copy of the section, which can stay in registers.
 template <class Section>
-void RunBlock(Section* section, const double* data, double* out, __int64 n) {
+int RunBlock(Section* section, const double* data, double* out, __int64 n) {
+    if (!IsBlock(data, out, n)) return 0;
     Section local = *section;
     for (__int64 i = 0; i < n; ++i) out[i] = local.Step(OrSilence(data[i]));
     *section = local;
+    return 1;
 }
 
 /// Two numbers side by side.
@@ -98,32 +206,30 @@ void RestInSilence(Pair& output, Pair& difference) {
 }
 
 /// Two sections as one of pairs, and back; a section is nothing but its numbers.
-template <template <class> class Section>
-Section<Pair> Join(const Section<double>& first, const Section<double>& second) {
-    std::array<Pair, sizeof(Section<Pair>) / sizeof(Pair)> pairs;
+SecondOrder<Pair> Join(const SecondOrder<double>& first, const SecondOrder<double>& second) {
+    std::array<Pair, sizeof(SecondOrder<Pair>) / sizeof(Pair)> pairs;
     const auto firsts = std::bit_cast<std::array<double, pairs.size()>>(first);
     const auto seconds = std::bit_cast<std::array<double, pairs.size()>>(second);
     for (std::size_t i = 0; i < pairs.size(); ++i) pairs[i] = {firsts[i], seconds[i]};
-    return std::bit_cast<Section<Pair>>(pairs);
+    return std::bit_cast<SecondOrder<Pair>>(pairs);
 }
-template <template <class> class Section>
-void Part(const Section<Pair>& both, Section<double>* first, Section<double>* second) {
+void Part(const SecondOrder<Pair>& both, SecondOrder<double>* first, SecondOrder<double>* second) {
     const auto pairs = std::bit_cast<std::array<Pair, sizeof(both) / sizeof(Pair)>>(both);
     std::array<double, pairs.size()> firsts, seconds;
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         firsts[i] = pairs[i].first;
         seconds[i] = pairs[i].second;
     }
-    *first = std::bit_cast<Section<double>>(firsts);
-    *second = std::bit_cast<Section<double>>(seconds);
+    *first = std::bit_cast<SecondOrder<double>>(firsts);
+    *second = std::bit_cast<SecondOrder<double>>(seconds);
 }
 
 /// Runs a block through two sections at once. The second one works a sample behind the first, so that neither
 /// waits for the other.
-template <template <class> class Section>
-void RunBlock(Section<double>* first, Section<double>* second, const double* data, double* out, __int64 n) {
+void RunBlock(SecondOrder<double>* first, SecondOrder<double>* second, const double* data, double* out,
+              __int64 n) {
     Pair next{0.0, first->Step(OrSilence(data[0]))};
-    Section<Pair> both = Join(*first, *second);
+    SecondOrder<Pair> both = Join(*first, *second);
     for (__int64 i = 1; i < n; ++i) {
         next.first = OrSilence(data[i]);
         const Pair y = both.Step(next);
@@ -164,121 +270,61 @@ void ForEachPlace(int count, Use use) {
 
 }  // namespace
 
-inline double CMatIir1th::Section::Step(double x) {
-    y1 = side * y1 + (b0 * (x + previousInput * x1) - leak * y1);
-    if (IsSilent(y1)) [[unlikely]]
-        y1 = 0.0;
-    x1 = x;
-    return y1;
-}
+using First = FirstOrder;
+using Second = SecondOrder<double>;
 
-template <class Value>
-inline Value CMatIir2th::Section<Value>::Step(const Value& x) {
-    v1 = (glide * v1 + ((n0 * x + n2 * x2) + n1 * x1)) - leak * r1;
-    r1 = side * r1 + v1;
-    RestInSilence(r1, v1);
-    x2 = x1;
-    x1 = x;
-    return direct * x + r1;
+// A section repeats its state until it is designed.
+CMatIir1th::CMatIir1th() {
+    new (section_) First{.side = 1.0};
 }
 
 int CMatIir1th::CalcCoefLPF(double fc) {
-    return Design(fc, kLowPass);
+    return In<First>(section_).Design(fc, kLowPass);
 }
 
 int CMatIir1th::CalcCoefHPF(double fc) {
-    return Design(fc, kHighPass);
-}
-
-int CMatIir1th::Design(double fc, double previousInput) {
-    const auto corner = Corner::At(fc);
-    if (!corner) return 0;
-    const double sum = corner->sine + corner->cosine;
-    section_.b0 = (previousInput == kLowPass ? corner->sine : corner->cosine) / sum;
-    section_.previousInput = previousInput;
-    section_.side = corner->side;
-    section_.leak = corner->side > 0.0 ? 2.0 * (corner->sine / sum) : -2.0 * (corner->cosine / sum);
-    return 1;
+    return In<First>(section_).Design(fc, kHighPass);
 }
 
 void CMatIir1th::ClearBuf(double value) {
-    section_.x1 = value;
-    section_.y1 = value;
+    In<First>(section_).x1 = value;
+    In<First>(section_).y1 = value;
 }
 
 double CMatIir1th::Filtering(double x) {
-    return section_.Step(OrSilence(x));
+    return In<First>(section_).Step(OrSilence(x));
 }
 
 int CMatIir1th::Filtering(const double* data, double* out, __int64 n) {
-    if (!IsBlock(data, out, n)) return 0;
-    RunBlock(&section_, data, out, n);
-    return 1;
+    return RunBlock(&In<First>(section_), data, out, n);
 }
 
 int CMatIir1th::Filtering(CDataArrayDouble* out, const CDataArrayDouble& in) {
     return FilterArray(this, out, in);
 }
 
+CMatIir2th::CMatIir2th() {
+    new (section_) Second{.side = 1.0};
+}
+
 int CMatIir2th::CalcCoefLPF(double fc, double q) {
-    return Design(fc, q, kLowPass);
+    return In<Second>(section_).Design(fc, q, kLowPass);
 }
 
 int CMatIir2th::CalcCoefHPF(double fc, double q) {
-    return Design(fc, q, kHighPass);
-}
-
-int CMatIir2th::Design(double fc, double q, double previousInput) {
-    const auto corner = Corner::At(fc);
-    if (!corner || !(q > 0.0 && q <= std::numeric_limits<double>::max())) return 0;
-    // With p = sine/cosine: D = 1 + p/q + p^2 = (q + damping)/(q cosine^2).
-    const double damping = corner->sine * corner->cosine;
-    const double scale = q / (q + damping);
-    const double low = corner->sine * corner->sine * scale;
-    const double high = corner->cosine * corner->cosine * scale;
-    const double b0 = previousInput == kLowPass ? low : high;
-
-    Section<double>& s = section_;
-    const double y1 = s.direct * s.x1 + s.r1;
-    const double y2 = s.direct * s.x2 + s.side * (s.r1 - s.v1);
-    s.side = corner->side;
-    s.glide = s.side * ((q - damping) / (q + damping));
-    s.leak = s.side > 0.0 ? 4.0 * low : -4.0 * high;
-    if (s.side == previousInput) {
-        s.direct = 0.0;
-        s.n0 = b0;
-        s.n1 = 2.0 * previousInput * b0;
-        s.n2 = b0;
-    } else {
-        s.direct = b0;
-        s.n0 = 0.0;
-        s.n2 = b0 * (2.0 * (damping / (q + damping)));
-        s.n1 = -s.side * s.n2 - b0 * s.leak;
-    }
-    SetState(s.x1, s.x2, y1, y2);
-    return 1;
-}
-
-void CMatIir2th::SetState(double x1, double x2, double y1, double y2) {
-    Section<double>& s = section_;
-    s.x1 = x1;
-    s.x2 = x2;
-    s.r1 = y1 - s.direct * x1;
-    s.v1 = s.r1 - s.side * (y2 - s.direct * x2);
+    return In<Second>(section_).Design(fc, q, kHighPass);
 }
 
 void CMatIir2th::ClearBuf(double value) {
-    SetState(value, value, value, value);
+    In<Second>(section_).SetState(value, value, value, value);
 }
 
 double CMatIir2th::Filtering(double x) {
-    return section_.Step(OrSilence(x));
+    return In<Second>(section_).Step(OrSilence(x));
 }
 
 int CMatIir2th::Filtering(const double* data, double* out, __int64 n) {
-    if (!IsBlock(data, out, n)) return 0;
-    RunBlock(&section_, data, out, n);
-    return 1;
+    return RunBlock(&In<Second>(section_), data, out, n);
 }
 
 int CMatIir2th::Filtering(CDataArrayDouble* out, const CDataArrayDouble& in) {
@@ -330,13 +376,15 @@ int CMatIirNth::CalcCoefBwHPF(double fc, std::int32_t order) {
 
 int CMatIirNth::Design(double fc, std::int32_t order, double previousInput) {
     if (!Corner::At(fc) || order < 0 || order > kMaxOrder || !LclAlloc(order / 2)) return 0;
-    if (order % 2 == 1) first_.emplace().Design(fc, previousInput);
+    const bool isLowPass = previousInput == kLowPass;
+    if (order % 2 == 1) isLowPass ? first_.emplace().CalcCoefLPF(fc) : first_.emplace().CalcCoefHPF(fc);
     // The pole pair k stands at an angle of k pi/N + pi/N (pi/2N for an even order) from the negative real
     // axis.
     const int firstHalfSteps = order % 2 == 1 ? 2 : 1;
     ForEachPlace(order / 2, [&](std::size_t place, int k) {
         const double angle = std::numbers::pi * (2 * k + firstHalfSteps) / (2.0 * order);
-        sections_[place].Design(fc, 0.5 / std::cos(angle), previousInput);
+        const double q = 0.5 / std::cos(angle);
+        isLowPass ? sections_[place].CalcCoefLPF(fc, q) : sections_[place].CalcCoefHPF(fc, q);
     });
     return 1;
 }
@@ -349,9 +397,9 @@ void CMatIirNth::ClearBuf(double value) {
 
 double CMatIirNth::Filtering(double x) {
     if (first_ || sectionCount_ > 0) x = OrSilence(x);
-    if (first_) x = first_->section_.Step(x);
+    if (first_) x = In<First>(first_->section_).Step(x);
     std::for_each_n(sections_.get(), sectionCount_,
-                    [&x](CMatIir2th& section) { x = section.section_.Step(x); });
+                    [&x](CMatIir2th& section) { x = In<Second>(section.section_).Step(x); });
     return x;
 }
 
@@ -365,7 +413,7 @@ int CMatIirNth::Filtering(const double* data, double* out, __int64 n) {
     CMatIir2th* section = sections_.get();
     CMatIir2th* const end = section + sectionCount_;
     for (; end - section >= 2; section += 2) {
-        RunBlock(&section[0].section_, &section[1].section_, from, out, n);
+        RunBlock(&In<Second>(section[0].section_), &In<Second>(section[1].section_), from, out, n);
         from = out;
     }
     if (section != end) {

@@ -16,6 +16,7 @@
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/platform/Types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -28,6 +29,8 @@ class CDataArrayDouble;
 /// Before it is designed, a section repeats its state: 0, or the value of ClearBuf.
 class KVX_API CMatIir1th {
 public:
+    CMatIir1th();
+
     /// Designs a low-pass and keeps the state. Fails (0), changing nothing, unless 0 < fc < 0.5.
     int CalcCoefLPF(double fc);
     /// The same for a high-pass.
@@ -49,22 +52,7 @@ public:
 private:
     friend class CMatIirNth;
 
-    int Design(double fc, double previousInput);
-
-    // The difference equation as y = side y1 + b0 (x + previousInput x1) - leak y1, leak = side - a1: see
-    // CMatIir2th.
-    struct Section {
-        double b0 = 0.0;
-        double previousInput = 0.0;  // 1 for a low-pass, -1 for a high-pass
-        double side = 1.0;
-        double leak = 0.0;
-        double x1 = 0.0;
-        double y1 = 0.0;
-
-        double Step(double x);
-    };
-
-    Section section_;
+    alignas(double) std::byte section_[6 * sizeof(double)];  // coefficients and memory
 };
 
 /// Second order: y = b0 x + b1 x1 + b2 x2 + a1 y1 + a2 y2. With D = 1 + p/q + p^2: a1 = 2 (1 - p^2)/D,
@@ -74,6 +62,8 @@ private:
 /// q is the gain at the corner, 1/sqrt(2) for the flattest response.
 class KVX_API CMatIir2th {
 public:
+    CMatIir2th();
+
     /// Designs a low-pass and keeps the state. Fails (0), changing nothing, unless 0 < fc < 0.5 and q is
     /// positive and finite.
     int CalcCoefLPF(double fc, double q);
@@ -91,25 +81,7 @@ public:
 private:
     friend class CMatIirNth;
 
-    int Design(double fc, double q, double previousInput);
-    void SetState(double x1, double x2, double y1, double y2);
-
-    // Near the ends of the range of fc the poles crowd at z = side, 1 for a low corner and -1 for a high one,
-    // and the difference equation as it is written would lose what lies between them to rounding. The same
-    // equation is therefore evaluated with small steps v and coefficients free of cancellation,
-    //   glide = -side a2,  leak = side - a1 - side a2.
-    // Where the pass band lies at z = side, direct = 0 and n = b; elsewhere the zeros crowd there as well,
-    // and direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 leak. Value is a double, or a pair
-    // of them for two sections at once.
-    template <class Value>
-    struct Section {
-        Value direct{}, n0{}, n1{}, n2{}, side{}, glide{}, leak{};
-        Value x1{}, x2{}, r1{}, v1{};
-
-        Value Step(const Value& x);
-    };
-
-    Section<double> section_{.side = 1.0};
+    alignas(double) std::byte section_[11 * sizeof(double)];  // coefficients and memory
 };
 
 /// Butterworth filters of order N: for an odd order a first-order section, then N/2 second-order sections,

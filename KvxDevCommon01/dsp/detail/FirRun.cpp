@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The samples that a result is made of lie side by side in a line, so that one loop (see FirKernels.h) serves
-// every mode, computing many results at once, and each result is the same sum whatever block its samples came in.
+// every mode, computing many results at once, and each result is the same sum whatever block its samples came
+// in.
 
 #include <KvxDevCommon01/dsp/detail/FirRun.h>
 
@@ -120,8 +121,8 @@ public:
 };
 
 /// Without a rate change. Single samples would wait for one addition after another. So, when samples come in
-/// small blocks, the sums of the next results are kept instead: each sample adds its term to all of them, side
-/// by side. A sum still gets its terms in the order of the taps.
+/// small blocks, the sums of the next results are kept instead: each sample adds its term to all of them,
+/// side by side. A sum still gets its terms in the order of the taps.
 class PlainRun : public Cloneable<PlainRun> {
 public:
     explicit PlainRun(__int64 taps)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// FIR filters at work: one class for each thing that CMatFir does with the sampling rate, and one for filters that
-// only delay.
+// FIR filters at work: one class for each thing that CMatFir does with the sampling rate, and one for filters
+// that only delay.
 #pragma once
 
 #include <KvxDevCommon01/dsp/MatFir.h>
