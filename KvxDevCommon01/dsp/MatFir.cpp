@@ -149,13 +149,13 @@ int CMatFir::PrepFir() {
 }
 
 /// A copy that could not be allocated lacks its run.
-bool CMatFir::Prepare() {
+inline bool CMatFir::Prepare() {
     if (isPrepared_) return state_ != nullptr && state_->run != nullptr;
     return PrepFir() != 0;
 }
 
 int CMatFir::SetInputData(double x) {
-    return SetInputData(&x, 1);
+    return Prepare() && state_->run->Feed(&x, 1, &state_->results) ? 1 : 0;
 }
 
 int CMatFir::SetInputData(const double* x, __int64 n) {
