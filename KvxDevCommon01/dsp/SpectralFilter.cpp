@@ -76,9 +76,9 @@ __int64 ChooseBlock(const SpectralFilter& filter, double rateHz, std::optional<_
     const __int64 block =
         wish.value_or(CMatBasic::GreaterEqPow2(static_cast<__int64>(std::min(std::ceil(wanted), kLargest))));
     if (static_cast<double>(block) < required) {
-        throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(lowestHz) + " Hz at its rate of " +
-                                              FormatNumber(rateHz, 10) + " Hz needs blocks of more than " +
-                                              std::to_string(block) + " samples");
+        throw Error(ErrorKind::kUnsupported, "a corner of " + FormatNumber(lowestHz) + " Hz at its rate of " +
+                                                 FormatNumber(rateHz, 10) + " Hz needs blocks of more than " +
+                                                 std::to_string(block) + " samples");
     }
     return block;
 }

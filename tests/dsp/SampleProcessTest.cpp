@@ -3,6 +3,7 @@
 #include <KvxDevCommon01/dsp/Resampling.h>
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
+#include <KvxDevCommon01/dsp/SampleQueue.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <tests/dsp/Signals.h>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <new>
 #include <string>
 
 using namespace kvx;
@@ -360,6 +362,29 @@ TEST(Chains, AllocateNothingOnceTheyRun) {
     for (int block = 0; block < 10; ++block) EXPECT_NO_THROW(chain->Feed(wave, results));
 }
 
+TEST(SampleQueue, GivesTheNewestInTheirOrder) {
+    SampleQueue queue;
+    EXPECT_FALSE(queue.Put(1.0));
+    EXPECT_EQ(queue.Take(), 0.0);
+    queue.SetSize(4);
+    EXPECT_TRUE(queue.Put(Wave{1, 2, 3}));
+    EXPECT_EQ(queue.Take(), 1.0);
+    EXPECT_TRUE(queue.PutRepeated(7, 2));
+    EXPECT_FALSE(queue.Put(8.0));
+    EXPECT_FALSE(queue.Put(Wave{1, 2, 3, 4, 5, 6}));
+    SampleQueue copy = queue;
+    Wave out(3);
+    EXPECT_EQ(copy.Take(out), 3);
+    EXPECT_THAT(out, testing::ElementsAre(3, 4, 5));
+    EXPECT_EQ(copy.Take(out), 1);
+    EXPECT_EQ(out[0], 6.0);
+    EXPECT_EQ(queue.GetNum(), 4);
+    queue.SetSize(2);
+    EXPECT_EQ(queue.GetNum(), 0);
+    EXPECT_THROW(queue.SetSize(kFarthest), std::bad_alloc);
+    EXPECT_EQ(queue.GetSize(), 0);
+}
+
 TEST(RunProcesses, TakesChannelsInBlocksAndMeasuresThem) {
     const std::vector<Wave> waves = {Noise(1000, 1), Noise(1000, 2), Noise(1000, 3)};
     for (const std::size_t room : {1U, 64U, 5000U}) {
@@ -446,7 +471,7 @@ TEST(Processes, SayWhatIsWrongWithTheirValues) {
         {[&] {
              design({Kind::first, 0.01, {}});
          },
-         ErrorKind::kBadValue, "needs blocks of more than 131072"},
+         ErrorKind::kUnsupported, "needs blocks of more than 131072"},
         {[&] { MakeSpectralFilter(std::make_shared<SpectralResponse>(small), CMatBasic::TERM_ZERO); },
          ErrorKind::kBadValue, "does not fit its block"},
         {[] {

@@ -364,7 +364,8 @@ private:
         const __int64 whole = delay_ / mode_.ratio, rest = delay_ % mode_.ratio;
         bool kept = true;
         for (const double* x = first - whole; x < first - whole + count; ++x) {
-            kept &= results->PutRepeated(x[-1], rest) & results->PutRepeated(x[0], mode_.ratio - rest);
+            kept &= results->PutRepeated(x[-1], rest);
+            kept &= results->PutRepeated(x[0], mode_.ratio - rest);
         }
         return kept;
     }

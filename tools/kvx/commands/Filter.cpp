@@ -144,7 +144,7 @@ std::vector<double> ReadCoefficients(const std::string& path) {
     const std::size_t columns = text->Info().channels.size();
     const __int64 rows = text->Info().samples;
     if (columns > 1 && rows > 1)
-        throw Error(ErrorKind::kBadValue, "coefficients stand in one column or one row");
+        throw Error(ErrorKind::kUnsupported, "coefficients stand in one column or one row");
     if (rows > kMost) throw Error(ErrorKind::kUnsupported, "it has more than 1048576 coefficients");
     std::vector<double> values(columns * static_cast<std::size_t>(rows));
     std::vector<double*> targets;

@@ -58,9 +58,9 @@ RateChange ChangeTo(double rateHz, double fromHz) {
     if (below != changes.begin()) {
         nearest += (nearest.empty() ? "" : " and ") + ChangeText(*std::prev(below), fromHz);
     }
-    throw Error(ErrorKind::kBadValue, "no ratio leads from its rate of " + FormatNumber(fromHz, 10) +
-                                          " Hz to " + FormatNumber(rateHz, 10) +
-                                          " Hz; the nearest that can be reached: " + nearest);
+    throw Error(ErrorKind::kUnsupported, "no ratio leads from its rate of " + FormatNumber(fromHz, 10) +
+                                             " Hz to " + FormatNumber(rateHz, 10) +
+                                             " Hz; the nearest that can be reached: " + nearest);
 }
 
 RateChange ChooseChange(const ResampleOptions& options, const SignalRun& run) {
