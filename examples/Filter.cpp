@@ -60,7 +60,7 @@ int main() {
         };
         kvx::RunProcesses(processes, kBlock, readBlock, writeBlock);
 
-        bool isRight = written == plan.times.samples;
+        bool isRight = written == plan.after.samples;
         for (std::size_t c = 0; c < kChannels; ++c) {
             const double expected = std::numbers::sqrt2 / 2.0 / static_cast<double>(c + 1);
             std::printf("channel %d: rms %.4f becomes %.4f, of the vibration %.4f\n", static_cast<int>(c + 1),

@@ -17,10 +17,34 @@ namespace {
 
 constexpr __int64 kPiece = 4096;  // samples that a cascade is fed, or gives, at once
 
+/// How a cascade is run so that its results stand at their time.
+struct Course {
+    __int64 lead = 0;  // samples that are put in front of the signal
+    __int64 skip = 0;  // results that are dropped first
+};
+
+Course CourseOf(const ResamplingPlan& plan) {
+    if (plan.keepsDelay) return {};
+    const __int64 ratio = plan.change.Ratio();
+    const __int64 delay = CascadeDelay(plan.change.code);  // in samples of the higher rate
+    if (plan.change.mode != CMatFir::RATE_DECIMATE) {
+        const __int64 lead = 2 * delay / ratio + 1;
+        return {lead, lead * ratio + delay};
+    }
+    // Result k comes with sample k ratio + ratio - 1, the lead included, and shows sample
+    // k ratio + ratio - 1 - delay - lead. The first one kept shows the first sample that stands where a
+    // sample of the result may stand; the lead covers the memory of the filters before that.
+    const __int64 first = plan.after.offset * ratio - plan.before.offset;
+    const __int64 memory = 2 * delay;
+    const __int64 shown = memory + first + delay + 1;
+    const __int64 lead = memory + (ratio - shown % ratio) % ratio;
+    return {lead, (lead + first + delay + 1) / ratio - 1};
+}
+
 class Resampler : public AlignedProcess {
 public:
-    Resampler(const ResamplingPlan& plan, Ends ends)
-        : AlignedProcess(PieceOf(plan.change), plan.lead, plan.skip, plan.times.samples, ends) {
+    Resampler(const ResamplingPlan& plan, const Course& course, Ends ends)
+        : AlignedProcess(PieceOf(plan.change), course.lead, course.skip, plan.after.samples, ends) {
         if (!cascade_.SetConvCond(plan.change.mode, plan.change.code, kPiece, 0)) throw std::bad_alloc();
     }
 
@@ -97,33 +121,19 @@ ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change
     if (times.samples > kMostSamples) throw Error(ErrorKind::kUnsupported, "it has too many samples");
     if (std::abs(times.offset) > kMostSamples) ThrowTooFar();
     const __int64 delay = CascadeDelay(change.code);  // in samples of the higher rate
-    ResamplingPlan plan;
-    plan.change = change;
-    SampleTimes& after = plan.times;
+    ResamplingPlan plan = {change, keepDelay, times};
+    SampleTimes& after = plan.after;
     if (change.mode == CMatFir::RATE_DECIMATE) {
         after.delta = times.delta * static_cast<double>(ratio);
         after.offset = FloorDivide(times.offset + (keepDelay ? 0 : ratio - 1), ratio);
-        // Result k comes with sample k ratio + ratio - 1, the lead included, and shows sample
-        // k ratio + ratio - 1 - delay - lead. The first one kept shows the first sample that stands where a
-        // sample of the result may stand; the lead covers the memory of the filters before that.
         const __int64 first = after.offset * ratio - times.offset;
         after.samples = keepDelay ? times.samples / ratio : (times.samples - first + ratio - 1) / ratio;
         plan.delaySeconds = static_cast<double>(keepDelay ? delay + 1 - ratio + first : delay) * times.delta;
-        if (!keepDelay) {
-            const __int64 memory = 2 * delay;
-            const __int64 shown = memory + first + delay + 1;
-            plan.lead = memory + (ratio - shown % ratio) % ratio;
-            plan.skip = (plan.lead + first + delay + 1) / ratio - 1;
-        }
     } else {
         after.delta = times.delta / static_cast<double>(ratio);
         after.offset = times.offset * ratio;
         after.samples = times.samples * ratio;
         plan.delaySeconds = static_cast<double>(delay) * after.delta;
-        if (!keepDelay) {
-            plan.lead = 2 * delay / ratio + 1;
-            plan.skip = plan.lead * ratio + delay;
-        }
     }
     if (after.samples < 1) {
         throw Error(ErrorKind::kBadValue, "its samples are too few for a ratio of " + std::to_string(ratio));
@@ -134,7 +144,7 @@ ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change
 }
 
 std::unique_ptr<SampleProcess> MakeResampler(const ResamplingPlan& plan, Ends ends) {
-    return std::make_unique<Resampler>(plan, ends);
+    return std::make_unique<Resampler>(plan, CourseOf(plan), ends);
 }
 
 }  // namespace kvx

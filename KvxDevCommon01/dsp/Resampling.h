@@ -43,14 +43,12 @@ struct SampleTimes {
 
 /// What a change of the rate makes of a signal.
 struct ResamplingPlan {
-    RateChange change;
-    SampleTimes times;          ///< of the result
+    RateChange change = {};
+    bool keepsDelay = false;
+    SampleTimes before = {};
+    SampleTimes after = {};
     double delaySeconds = 0.0;  ///< what the results show is so much earlier when the delay is kept
     double bandHz = 0.0;        ///< where the band ends that passes
-
-    // How the cascade is run for that.
-    __int64 lead = 0;  ///< samples that are put in front of the signal
-    __int64 skip = 0;  ///< results that are dropped first
 };
 
 /// Plans the change of a signal's rate. Without `keepDelay` a sample of the result stands at the time of what
@@ -59,7 +57,7 @@ struct ResamplingPlan {
 /// signal becomes too long or begins too far from 0 s.
 KVX_API ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change, bool keepDelay);
 
-/// Changes the rate of the samples of the plan's signal. Throws std::bad_alloc.
+/// Gives the `after.samples` results of the plan. Throws std::bad_alloc.
 KVX_API std::unique_ptr<SampleProcess> MakeResampler(const ResamplingPlan& plan, Ends ends);
 
 }  // namespace kvx

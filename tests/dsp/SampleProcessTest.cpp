@@ -97,14 +97,14 @@ TEST_P(Resampling, KeepsASineWithItsAmplitudeAndItsTime) {
     const double rate = mode == kDown ? kLowerRate * ratio : kLowerRate;
     const SampleTimes times = {1 / rate, offset, static_cast<__int64>(rate)};
     const ResamplingPlan plan = Plan(times, mode, ratio);
-    EXPECT_EQ(plan.times.samples, mode == kDown ? times.samples / ratio : times.samples * ratio);
-    EXPECT_EQ(plan.times.offset, newOffset);
-    EXPECT_NEAR(plan.times.delta, mode == kDown ? 1 / kLowerRate : 1 / (kLowerRate * ratio), 1e-18);
+    EXPECT_EQ(plan.after.samples, mode == kDown ? times.samples / ratio : times.samples * ratio);
+    EXPECT_EQ(plan.after.offset, newOffset);
+    EXPECT_NEAR(plan.after.delta, mode == kDown ? 1 / kLowerRate : 1 / (kLowerRate * ratio), 1e-18);
     EXPECT_NEAR(plan.bandHz, kLowerRate / 2.56, 1e-9);
     for (const double hz : {96.0, 380.0}) {
         const Wave wave = Through(MakeResampler(plan, Ends::held), Sine(hz, times));
-        ASSERT_EQ(Size(wave), plan.times.samples);
-        const SineFit sine = FitSine(wave, plan.times, hz);
+        ASSERT_EQ(Size(wave), plan.after.samples);
+        const SineFit sine = FitSine(wave, plan.after, hz);
         EXPECT_NEAR(sine.amplitude, 1.0, kRipple);
         EXPECT_NEAR(sine.delaySeconds, 0.0, 1e-15);
         EXPECT_LT(sine.noise, kImages);
@@ -126,8 +126,8 @@ INSTANTIATE_TEST_SUITE_P(Ratios, Resampling, testing::Values(
 TEST(Resampling, UpAndDownAgainGivesTheSignalBack) {
     const SampleTimes times = {1e-3, 3, 900};
     const Wave sine = Sine(150, times);
-    const ResamplingPlan up = Plan(times, kUp, 8), down = Plan(up.times, kDown, 8);
-    EXPECT_EQ(down.times.offset, 3);
+    const ResamplingPlan up = Plan(times, kUp, 8), down = Plan(up.after, kDown, 8);
+    EXPECT_EQ(down.after.offset, 3);
     const Wave back = Through(MakeResampler(down, Ends::held), Through(MakeResampler(up, Ends::held), sine));
     ASSERT_EQ(back.size(), sine.size());
     for (std::size_t i = 50; i < sine.size() - 50; ++i) EXPECT_NEAR(back[i], sine[i], 3e-3) << i;
@@ -152,7 +152,7 @@ TEST(Resampling, KeepsTheDelayThatItTells) {
     for (const auto& [mode, ratio] : {std::pair(kDown, 10), {kUp, 8}}) {
         const ResamplingPlan plan = Plan(times, mode, ratio, true);
         const Wave wave = Through(MakeResampler(plan, Ends::held), Sine(4, times));
-        EXPECT_NEAR(FitSine(wave, plan.times, 4).delaySeconds, plan.delaySeconds, 1e-6) << ratio;
+        EXPECT_NEAR(FitSine(wave, plan.after, 4).delaySeconds, plan.delaySeconds, 1e-6) << ratio;
     }
 }
 
@@ -337,7 +337,7 @@ Process Everything(__int64 samples) {
     links.push_back(Spectral({Kind::butterworth, 200, {}}, CMatBasic::TERM_HOLD));
     const ResamplingPlan down = Plan({1e-3, 0, samples}, kDown, 10);
     links.push_back(MakeResampler(down, Ends::held));
-    links.push_back(MakeResampler(Plan(down.times, kUp, 4), Ends::zero));
+    links.push_back(MakeResampler(Plan(down.after, kUp, 4), Ends::zero));
     return MakeChain(std::move(links));
 }
 

@@ -69,13 +69,13 @@ RateChange ChooseChange(const ResampleOptions& options, const SignalRun& run) {
     return ChangeTo(*options.rateHz, 1.0 / run.delta);
 }
 
-std::string RunText(const SignalRun& before, const ResamplingPlan& after, bool keepDelay) {
-    return "record " + std::to_string(before.record) + ": " + Count(std::ssize(before.channels), "channel") +
-           " of " + Count(before.samples, "sample") + " at " + FormatNumber(1.0 / before.delta, 10) +
-           " Hz become " + std::to_string(after.times.samples) + " at " +
-           FormatNumber(1.0 / after.times.delta, 10) + " Hz, band up to " + FormatNumber(after.bandHz) +
-           " Hz, delay of " + FormatNumber(after.delaySeconds) + " s " + (keepDelay ? "kept" : "taken out") +
-           "\n";
+std::string RunText(const SignalRun& run, const ResamplingPlan& plan) {
+    return "record " + std::to_string(run.record) + ": " + Count(std::ssize(run.channels), "channel") +
+           " of " + Count(run.samples, "sample") + " at " + FormatNumber(1.0 / run.delta, 10) +
+           " Hz become " + std::to_string(plan.after.samples) + " at " +
+           FormatNumber(1.0 / plan.after.delta, 10) + " Hz, band up to " + FormatNumber(plan.bandHz) +
+           " Hz, delay of " + FormatNumber(plan.delaySeconds) + " s " +
+           (plan.keepsDelay ? "kept" : "taken out") + "\n";
 }
 
 void RunResample(const ResampleOptions& options, ByteStream& out) {
@@ -94,10 +94,10 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
             const RateChange change = ChooseChange(options, run);
             plans.push_back(PlanResampling({run.delta, run.offset, run.samples}, change, options.keepDelay));
             const ResamplingPlan& plan = plans.back();
-            report += RunText(run, plan, options.keepDelay);
-            run.delta = plan.times.delta;
-            run.offset = plan.times.offset;
-            run.samples = plan.times.samples;
+            report += RunText(run, plan);
+            run.delta = plan.after.delta;
+            run.offset = plan.after.offset;
+            run.samples = plan.after.samples;
             if (change.mode == CMatFir::RATE_INTERPOLATE)
                 growth = std::max(growth, static_cast<std::size_t>(change.Ratio()));
         }
