@@ -195,7 +195,7 @@ void CairoCanvas::DrawText(std::wstring_view text, Point anchor, const TextStyle
     }
     cairo_save(cairo_);
     cairo_translate(cairo_, Confined(anchor.x), Confined(anchor.y));
-    if (style.isUpright) cairo_rotate(cairo_, -std::numbers::pi / 2.0);
+    if (style.isVertical) cairo_rotate(cairo_, -std::numbers::pi / 2.0);
     SetColor(style.color);
     cairo_move_to(cairo_, start.x, start.y);
     pango_cairo_show_layout_line(cairo_, text_->GetLine());

@@ -24,7 +24,7 @@ struct TextStyle {
     COLORREF color = 0;
     Align across = Align::kStart;  ///< along the text
     Align down = Align::kMiddle;   ///< at a right angle to the text
-    bool isUpright = false;        ///< turned to run from the bottom to the top; alignment turns with it
+    bool isVertical = false;       ///< turned to run from the bottom to the top; alignment turns with it
 };
 
 struct Pen {
@@ -53,7 +53,7 @@ public:
     virtual double GetPointLength() const = 0;
     /// The least distance that is worth drawing: a pixel, or a fraction of a point where there are none.
     virtual double GetFineness() const = 0;
-    /// The coordinate nearest to `coordinate` at which an upright or level line of that width is sharp.
+    /// The coordinate nearest to `coordinate` at which a vertical or horizontal line of that width is sharp.
     virtual double Sharp(double coordinate, double lineWidth) const = 0;
 
     /// Fills the inside of each run.

@@ -31,10 +31,10 @@ void DrawGrid(const ChartLayout& layout, const ChartColors& colors, Canvas& canv
     FineLines lines(canvas);
     for (const bool isMajor : {false, true}) {
         for (const PlacedTick& tick : layout.x.ticks) {
-            if (tick.isMajor == isMajor) lines.AddUpright(tick.pixel, plot.top, plot.bottom);
+            if (tick.isMajor == isMajor) lines.AddVertical(tick.pixel, plot.top, plot.bottom);
         }
         for (const PlacedTick& tick : layout.y.ticks) {
-            if (tick.isMajor == isMajor) lines.AddLevel(tick.pixel, plot.left, plot.right);
+            if (tick.isMajor == isMajor) lines.AddHorizontal(tick.pixel, plot.left, plot.right);
         }
         lines.Draw(isMajor ? major : minor);
     }
@@ -46,14 +46,14 @@ void DrawFrameLines(const ChartLayout& layout, COLORREF color, Canvas& canvas) {
     FineLines lines(canvas);
     const auto length = [&](const PlacedTick& tick) { return detail::TickLength(tick.isMajor, canvas); };
     for (const PlacedTick& tick : layout.x.ticks) {
-        lines.AddUpright(tick.pixel, plot.bottom - length(tick), plot.bottom);
+        lines.AddVertical(tick.pixel, plot.bottom - length(tick), plot.bottom);
     }
     for (const PlacedTick& tick : layout.y.ticks) {
-        lines.AddLevel(tick.pixel, plot.left, plot.left + length(tick));
+        lines.AddHorizontal(tick.pixel, plot.left, plot.left + length(tick));
     }
     if (layout.y2) {
         for (const PlacedTick& tick : layout.y2->ticks) {
-            lines.AddLevel(tick.pixel, plot.right - length(tick), plot.right);
+            lines.AddHorizontal(tick.pixel, plot.right - length(tick), plot.right);
         }
     }
     lines.Draw(color);
@@ -65,7 +65,7 @@ void DrawCursors(const Chart& chart, const ChartLayout& layout, COLORREF color, 
     for (const double value : chart.cursors) {
         const double x = layout.x.mapping.ToPixel(value);
         if (x >= layout.plot.left && x <= layout.plot.right) {
-            lines.AddUpright(x, layout.plot.top, layout.plot.bottom);
+            lines.AddVertical(x, layout.plot.top, layout.plot.bottom);
         }
     }
     lines.Draw(color);

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
 #include <KvxDevCommon01/graph/AxisMapping.h>
@@ -15,15 +14,9 @@
 #include <KvxPlot01/Chart.h>
 #include <KvxPlot01/Export.h>
 #include <KvxPlot01/Geometry.h>
+#include <KvxPlot01/PlacedText.h>
 
 namespace kvx::plot {
-
-struct PlacedText {
-    std::wstring text;
-    Point anchor;
-    TextStyle style;  ///< without its colour
-    Rect box;         ///< what the text covers
-};
 
 struct PlacedTick {
     double pixel = 0.0;
@@ -55,16 +48,6 @@ struct ChartLayout {
     std::optional<Rect> legend;
     std::vector<LegendEntry> entries;
 };
-
-/// The text with its box; an upright one is turned about its anchor.
-KVX_PLOT_API PlacedText PlaceText(std::wstring text, Point anchor, const TextStyle& style,
-                                  const TextMeasure& measure);
-/// The text, or as much of its beginning and end, by which names of channels differ, as fits into `width`
-/// with an ellipsis between; of a text with markup only the beginning. Empty when not even that fits.
-KVX_PLOT_API std::wstring CutText(std::wstring_view text, double letterSize, double width,
-                                  const TextMeasure& measure);
-/// The size of letters that suits a picture or pane of that size: 9 points on 600 by 375 points.
-KVX_PLOT_API double LetterSizeFor(Size size, double pointLength);
 
 /// Lays out a chart in `area`. Where that is too small for everything, the legend, then the titles, then the
 /// numbers give way to the plot.

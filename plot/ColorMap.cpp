@@ -171,7 +171,7 @@ void DrawScale(const Rect& strip, const AxisLayout& values, COLORREF frame, Canv
     canvas.DrawImage(strip, colors, 1, std::ssize(colors), true);
     detail::FineLines lines(canvas);
     for (const PlacedTick& tick : values.ticks)
-        lines.AddLevel(tick.pixel, strip.right - detail::TickLength(tick.isMajor, canvas), strip.right);
+        lines.AddHorizontal(tick.pixel, strip.right - detail::TickLength(tick.isMajor, canvas), strip.right);
     lines.Draw(frame);
     canvas.StrokeRect(strip, {frame, lines.GetWidth()});
 }

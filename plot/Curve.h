@@ -71,8 +71,8 @@ KVX_PLOT_API CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange&
 /// The line through the samples, cut at the edges of the plot. A run of one point is a sample without
 /// neighbours. On a logarithmic axis values not above 0 lie far below the plot.
 KVX_PLOT_API Path LinePath(const CurveSamples& samples, const CurveFrame& frame);
-/// The same with level lines from sample to sample; when X is evenly spaced the last one is as long as the
-/// others.
+/// The same with horizontal lines from sample to sample; when X is evenly spaced the last one is as long as
+/// the others.
 KVX_PLOT_API Path StepPath(const CurveSamples& samples, const CurveFrame& frame);
 /// A rectangle per sample, per column where they are closer; each is a run to be filled.
 KVX_PLOT_API Path BarPath(const CurveSamples& samples, const CurveFrame& frame);

@@ -107,10 +107,10 @@ public:
         FillBetween({Side(front_), front_.top}, {Side(front_), front_.bottom}, ground);
         if (chart_.hasGrid) DrawGrid();
         FineLines lines(canvas_);
-        lines.AddLevel(back_.bottom, back_.left, back_.right);
-        lines.AddLevel(back_.top, back_.left, back_.right);
-        lines.AddUpright(back_.left, back_.top, back_.bottom);
-        lines.AddUpright(back_.right, back_.top, back_.bottom);
+        lines.AddHorizontal(back_.bottom, back_.left, back_.right);
+        lines.AddHorizontal(back_.top, back_.left, back_.right);
+        lines.AddVertical(back_.left, back_.top, back_.bottom);
+        lines.AddVertical(back_.right, back_.top, back_.bottom);
         lines.AddSlanted({front_.left, front_.bottom}, {back_.left, back_.bottom});
         lines.AddSlanted({front_.right, front_.bottom}, {back_.right, back_.bottom});
         lines.AddSlanted({Side(front_), front_.top}, {Side(back_), back_.top});
@@ -138,7 +138,7 @@ public:
         FineLines lines(canvas_);
         for (const double cursor : chart_.cursors) {
             const double x = layout_.x.mapping.ToPixel(cursor);
-            if (x >= front_.left && x <= front_.right) lines.AddUpright(x, front_.top, front_.bottom);
+            if (x >= front_.left && x <= front_.right) lines.AddVertical(x, front_.top, front_.bottom);
         }
         lines.Draw(colors_.Of(Compo::COMPO_CURSOR));
         const COLORREF text = colors_.Of(Compo::COMPO_TEXT);
@@ -157,15 +157,15 @@ private:
 
     void DrawAxisLines() const {
         FineLines lines(canvas_);
-        lines.AddLevel(front_.bottom, front_.left, front_.right);
-        lines.AddUpright(Side(front_), front_.top, front_.bottom);
+        lines.AddHorizontal(front_.bottom, front_.left, front_.right);
+        lines.AddVertical(Side(front_), front_.top, front_.bottom);
         const double inward = isMirrored_ ? -1.0 : 1.0;
         for (const PlacedTick& tick : layout_.x.ticks)
-            lines.AddUpright(tick.pixel, front_.bottom - detail::TickLength(tick.isMajor, canvas_),
-                             front_.bottom);
+            lines.AddVertical(tick.pixel, front_.bottom - detail::TickLength(tick.isMajor, canvas_),
+                              front_.bottom);
         for (const PlacedTick& tick : Values().ticks) {
             const double length = inward * detail::TickLength(tick.isMajor, canvas_);
-            lines.AddLevel(tick.pixel, Side(front_), Side(front_) + length);
+            lines.AddHorizontal(tick.pixel, Side(front_), Side(front_) + length);
         }
         lines.Draw(colors_.Of(Compo::COMPO_FRAME));
     }
@@ -196,13 +196,13 @@ private:
             if (!tick.isMajor) continue;
             const Point foot{tick.pixel, front_.bottom};
             lines.AddSlanted(foot, AtBack(foot));
-            lines.AddUpright(AtBack(foot).x, back_.top, back_.bottom);
+            lines.AddVertical(AtBack(foot).x, back_.top, back_.bottom);
         }
         for (const PlacedTick& tick : Values().ticks) {
             if (!tick.isMajor) continue;
             const Point end{Side(front_), tick.pixel};
             lines.AddSlanted(end, AtBack(end));
-            lines.AddLevel(AtBack(end).y, back_.left, back_.right);
+            lines.AddHorizontal(AtBack(end).y, back_.left, back_.right);
         }
         lines.Draw(colors_.Of(Compo::COMPO_GRID));
     }

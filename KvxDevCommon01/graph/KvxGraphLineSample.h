@@ -47,7 +47,7 @@ public:
         MARK_TRIANGLE = 8,
         MARK_TRIANGLE_DOWN = 9,
         MARK_CROSS = 10,  ///< two diagonal strokes
-        MARK_PLUS = 11,   ///< an upright and a level stroke
+        MARK_PLUS = 11,   ///< a vertical and a horizontal stroke
     };
 
     /// Equal in all thirteen attributes.

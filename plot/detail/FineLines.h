@@ -41,11 +41,11 @@ public:
     explicit FineLines(Canvas& canvas)
         : canvas_(canvas), width_(std::max(kFinePoints * canvas.GetPointLength(), canvas.GetFineness())) {}
 
-    void AddUpright(double x, double top, double bottom) {
+    void AddVertical(double x, double top, double bottom) {
         x = canvas_.Sharp(x, width_);
         path_.AddLine({x, top}, {x, bottom});
     }
-    void AddLevel(double y, double left, double right) {
+    void AddHorizontal(double y, double left, double right) {
         y = canvas_.Sharp(y, width_);
         path_.AddLine({left, y}, {right, y});
     }

@@ -27,7 +27,7 @@ double Length(const SliceLine& line) {
     return std::hypot(line.last.x - line.first.x, line.last.y - line.first.y);
 }
 
-/// Beside the numbers: at the middle of an upright line, at the lower end of a slanted one, where there is
+/// Beside the numbers: at the middle of a vertical line, at the lower end of a slanted one, where there is
 /// most room.
 void PlaceTitle(std::wstring title, const SliceLine& line, double letterSize, const TextMeasure& measure,
                 SliceAxisLayout* layout) {
@@ -111,7 +111,8 @@ void DrawSliceAxis(const SliceAxisLayout& layout, const SliceLine& line, COLORRE
     FineLines lines(canvas);
     const double inward = line.isTextAtLeft ? 1.0 : -1.0;
     for (const SliceAxisLayout::PlacedTick& tick : layout.ticks)
-        lines.AddLevel(tick.place.y, tick.place.x, tick.place.x + inward * TickLength(tick.isMajor, canvas));
+        lines.AddHorizontal(tick.place.y, tick.place.x,
+                            tick.place.x + inward * TickLength(tick.isMajor, canvas));
     lines.Draw(frame);
     for (const PlacedText& placed : layout.texts) DrawPlacedText(placed, text, canvas);
 }

@@ -88,10 +88,10 @@ TEST(CairoText, LiesWhereItsAlignmentSays) {
     EXPECT_NEAR(InkOf(L"H", {20.0, 0, Align::kEnd, Align::kStart}).right, 100.0, 3.0);
     EXPECT_GE(InkOf(L"加H", {20.0, 0, Align::kStart, Align::kStart}).top, 100.0);
     EXPECT_LE(InkOf(L"加g", {20.0, 0, Align::kStart, Align::kEnd}).bottom, 100.0);
-    const Rect upright = InkOf(L"HHH", {20.0, 0, Align::kMiddle, Align::kEnd, true});
-    EXPECT_GT(upright.Height(), 2.0 * upright.Width());
-    EXPECT_NEAR(upright.Center().y, 100.0, 1.0);
-    EXPECT_LE(upright.right, 100.0);
+    const Rect vertical = InkOf(L"HHH", {20.0, 0, Align::kMiddle, Align::kEnd, true});
+    EXPECT_GT(vertical.Height(), 2.0 * vertical.Width());
+    EXPECT_NEAR(vertical.Center().y, 100.0, 1.0);
+    EXPECT_LE(vertical.right, 100.0);
 }
 
 TEST(CairoText, RaisesAndLowersRunsOfMarkup) {
