@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Physical units: values are held in the standard unit of their dimension and converted where a person reads
+// Physical units: values are in the standard unit of their dimension and converted where a person reads
 // or types them. Converts a shock level between units, then a spectral density, whose unit is a compound.
 #include <cstdio>
 

@@ -87,8 +87,8 @@ public:
         for (const TextRun& run : SplitMarkup(text)) {
             const std::size_t start = utf8.size();
             utf8 += run.utf8;
-            if (run.level == TextLevel::kNormal) continue;
-            const double rise = run.level == TextLevel::kRaised ? kRaise : kLower;
+            if (run.script == Script::kNormal) continue;
+            const double rise = run.script == Script::kSuperscript ? kRaise : kLower;
             add(pango_attr_rise_new(static_cast<int>(rise * size)), start);
             add(pango_attr_scale_new(kScriptScale), start);
         }

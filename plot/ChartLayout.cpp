@@ -43,31 +43,31 @@ PlotMargins MarginsOf(const ChartLayout& layout) {
 }
 
 /// What a chart is laid out in.
-struct Frame {
+struct ChartRoom {
     Rect area;
     double letterSize = 0.0;
     PlotMargins least = {};
 };
 
-bool IsLargeEnough(const Rect& plot, const Frame& frame) {
-    return plot.Width() >= std::max(0.4 * frame.area.Width(), 5.0 * frame.letterSize) &&
-           plot.Height() >= std::max(0.35 * frame.area.Height(), 3.0 * frame.letterSize);
+bool IsLargeEnough(const Rect& plot, const ChartRoom& chartRoom) {
+    return plot.Width() >= std::max(0.4 * chartRoom.area.Width(), 5.0 * chartRoom.letterSize) &&
+           plot.Height() >= std::max(0.35 * chartRoom.area.Height(), 3.0 * chartRoom.letterSize);
 }
 
 /// The room inside the outer margin, which is narrower in a small area.
-Rect Inside(const Frame& frame) {
-    const double least = std::min(frame.area.Width(), frame.area.Height());
-    return frame.area.Inset(std::min(kOuterMargin * frame.letterSize, 0.05 * least));
+Rect Inside(const ChartRoom& chartRoom) {
+    const double least = std::min(chartRoom.area.Width(), chartRoom.area.Height());
+    return chartRoom.area.Inset(std::min(kOuterMargin * chartRoom.letterSize, 0.05 * least));
 }
 
 /// Takes the legend's room from `room`.
-std::optional<LegendPlan> TakeLegend(const Chart& chart, const Frame& frame, const LayoutStyle& legendStyle,
-                                     Rect& room) {
-    std::optional<LegendPlan> legend = PlanLegend(chart, frame.area.Width(), room, legendStyle);
+std::optional<LegendPlan> TakeLegend(const Chart& chart, const ChartRoom& chartRoom,
+                                     const LayoutStyle& legendStyle, Rect& room) {
+    std::optional<LegendPlan> legend = PlanLegend(chart, chartRoom.area.Width(), room, legendStyle);
     if (legend && chart.legend == LegendPlace::kBelow) {
-        room.bottom -= legend->frame.Height() + kTextGap * frame.letterSize;
+        room.bottom -= legend->frame.Height() + kTextGap * chartRoom.letterSize;
     } else if (legend) {
-        room.right -= legend->frame.Width() + kOuterMargin * frame.letterSize;
+        room.right -= legend->frame.Width() + kOuterMargin * chartRoom.letterSize;
     }
     return legend;
 }
@@ -82,7 +82,7 @@ struct PlannedAxes {
 
 /// Plans the axes in `room`, of which the title and the legend have taken theirs. The heights come first:
 /// they do not depend on any number's width.
-PlannedAxes PlanAxes(const Chart& chart, const Frame& frame, const LayoutStyle& style, Rect room) {
+PlannedAxes PlanAxes(const Chart& chart, const ChartRoom& chartRoom, const LayoutStyle& style, Rect room) {
     PlannedAxes axes;
     const bool hasXTitle = style.hasTitles && !chart.x.title.empty();
     const double titleOfX = style.Ems(kLineHeight + kBelowNumbers);
@@ -107,8 +107,8 @@ PlannedAxes PlanAxes(const Chart& chart, const Frame& frame, const LayoutStyle& 
     } else if (style.hasNumbers) {
         room.right -= style.Ems(kHalfNumberWidth);
     }
-    room.left = std::max(room.left, frame.area.left + frame.least.left);
-    room.right = std::min(room.right, frame.area.right - frame.least.right);
+    room.left = std::max(room.left, chartRoom.area.left + chartRoom.least.left);
+    room.right = std::min(room.right, chartRoom.area.right - chartRoom.least.right);
     axes.plot = OnPixels(room);
     axes.x = PlanHorizontal(chart.x, axes.plot.Width(), style);
     // The factor of the numbers stands where the title would.
@@ -124,28 +124,28 @@ void PlaceAxes(const Chart& chart, const PlannedAxes& axes, const LayoutStyle& s
 }
 
 /// The chart with these parts; nothing when its plot would be too small.
-std::optional<ChartLayout> LayOutParts(const Chart& chart, const Frame& frame, const Parts& parts,
+std::optional<ChartLayout> LayOutParts(const Chart& chart, const ChartRoom& chartRoom, const Parts& parts,
                                        double pointLength, const TextMeasure& measure) {
-    const LayoutStyle style{frame.letterSize, pointLength, measure, parts.hasTitles,
+    const LayoutStyle style{chartRoom.letterSize, pointLength, measure, parts.hasTitles,
                             parts.hasNumbers && chart.hasNumbers};
     LayoutStyle legendStyle = style;
     legendStyle.letterSize *= parts.legendScale;
-    Rect room = Inside(frame);
+    Rect room = Inside(chartRoom);
     const bool hasTitle = style.hasTitles && !chart.title.empty();
     const double titleTop = room.top;
     if (hasTitle) room.top += style.Ems(kTitleLetters * kLineHeight + kTextGap);
     std::optional<LegendPlan> legend;
-    if (parts.hasLegend) legend = TakeLegend(chart, frame, legendStyle, room);
-    const PlannedAxes axes = PlanAxes(chart, frame, style, room);
-    if (!IsLargeEnough(axes.plot, frame)) return std::nullopt;
+    if (parts.hasLegend) legend = TakeLegend(chart, chartRoom, legendStyle, room);
+    const PlannedAxes axes = PlanAxes(chart, chartRoom, style, room);
+    if (!IsLargeEnough(axes.plot, chartRoom)) return std::nullopt;
 
     ChartLayout layout;
-    layout.area = frame.area;
-    layout.letterSize = frame.letterSize;
+    layout.area = chartRoom.area;
+    layout.letterSize = chartRoom.letterSize;
     PlaceAxes(chart, axes, style, layout);
     if (hasTitle) {
         const double size = style.Ems(kTitleLetters);
-        std::wstring title = CutText(chart.title, size, frame.area.Width(), measure);
+        std::wstring title = CutText(chart.title, size, chartRoom.area.Width(), measure);
         if (!title.empty()) {
             layout.title = PlaceText(std::move(title), {axes.plot.Center().x, titleTop},
                                      {size, 0, Align::kMiddle, Align::kStart}, measure);
@@ -156,24 +156,25 @@ std::optional<ChartLayout> LayOutParts(const Chart& chart, const Frame& frame, c
 }
 
 /// Nothing but the plot over the whole area.
-ChartLayout LayOutBare(const Chart& chart, const Frame& frame, const TextMeasure& measure) {
-    const Rect& area = frame.area;
+ChartLayout LayOutBare(const Chart& chart, const ChartRoom& chartRoom, const TextMeasure& measure) {
+    const Rect& area = chartRoom.area;
     const Rect inner = OnPixels({area.left, area.top, area.right - 1.0, area.bottom - 1.0});
     ChartLayout layout;
     layout.area = area;
-    layout.letterSize = frame.letterSize;
+    layout.letterSize = chartRoom.letterSize;
     const LayoutStyle style{
-        .letterSize = frame.letterSize, .measure = measure, .hasTitles = false, .hasNumbers = false};
+        .letterSize = chartRoom.letterSize, .measure = measure, .hasTitles = false, .hasNumbers = false};
     PlaceAxes(chart, {{}, {}, {}, inner.IsEmpty() ? area : inner}, style, layout);
     return layout;
 }
 
-ChartLayout LayOutIn(const Frame& frame, const Chart& chart, double pointLength, const TextMeasure& measure) {
+ChartLayout LayOutIn(const ChartRoom& chartRoom, const Chart& chart, double pointLength,
+                     const TextMeasure& measure) {
     for (const Parts& parts : kPartSteps) {
-        std::optional<ChartLayout> layout = LayOutParts(chart, frame, parts, pointLength, measure);
+        std::optional<ChartLayout> layout = LayOutParts(chart, chartRoom, parts, pointLength, measure);
         if (layout) return *std::move(layout);
     }
-    return LayOutBare(chart, frame, measure);
+    return LayOutBare(chart, chartRoom, measure);
 }
 
 }  // namespace

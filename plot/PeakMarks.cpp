@@ -13,7 +13,7 @@ namespace {
 
 using Search = GRAPHCONFIGINFO_PEAKSEARCH_TAG;
 
-bool IsWanted(const Peak& peak, const Search& search) {
+bool IsWanted(const CurvePeak& peak, const Search& search) {
     switch (search.SearchType) {
         case Search::SEARCH_MAXIMA:
             return peak.isMaximum;
@@ -25,7 +25,7 @@ bool IsWanted(const Peak& peak, const Search& search) {
 }
 
 /// Every extreme of the run, maxima and minima by turns.
-std::vector<Peak> Extremes(std::span<const double> values, const Search& search) {
+std::vector<CurvePeak> Extremes(std::span<const double> values, const Search& search) {
     const __int64 count = std::ssize(values);
     double low = 0.0;
     double high = 0.0;
@@ -36,7 +36,7 @@ std::vector<Peak> Extremes(std::span<const double> values, const Search& search)
         return CMatBasic::SearchPeakNotch(count, values.data(), 0, start, forward, 1, 1, isRatio, depth, low,
                                           high, isPeak);
     };
-    std::vector<Peak> extremes;
+    std::vector<CurvePeak> extremes;
     int isPeak = 0;
     for (__int64 at = next(0, true, &isPeak); at >= 0;) {
         extremes.push_back({at, isPeak != 0});
@@ -52,27 +52,28 @@ std::vector<Peak> Extremes(std::span<const double> values, const Search& search)
 
 }  // namespace
 
-std::vector<Peak> FindPeaks(const CurveSamples& samples, const AxisRange& x, const Search& search,
-                            __int64 most) {
+std::vector<CurvePeak> FindPeaks(const CurveSamples& samples, const AxisRange& x, const Search& search,
+                                 __int64 most) {
     if (samples.Count() < 2 || most < 1) return {};
     const IndexRange visible = SamplesWithin(samples, x.low, x.high);
     if (visible.count < 2) return {};
-    std::vector<Peak> peaks = Extremes(
+    std::vector<CurvePeak> peaks = Extremes(
         samples.y.subspan(static_cast<std::size_t>(visible.first), static_cast<std::size_t>(visible.count)),
         search);
-    for (Peak& peak : peaks) peak.index += visible.first;
-    std::erase_if(peaks, [&](const Peak& peak) {
+    for (CurvePeak& peak : peaks) peak.index += visible.first;
+    std::erase_if(peaks, [&](const CurvePeak& peak) {
         const double at = samples.ShownXAt(peak.index);
         return !IsWanted(peak, search) || !(at >= x.low && at <= x.high);
     });
 
     const auto minima =
-        std::stable_partition(peaks.begin(), peaks.end(), [](const Peak& p) { return p.isMaximum; });
-    const auto value = [&](const Peak& peak) { return samples.YAt(peak.index); };
+        std::stable_partition(peaks.begin(), peaks.end(), [](const CurvePeak& p) { return p.isMaximum; });
+    const auto value = [&](const CurvePeak& peak) { return samples.YAt(peak.index); };
     std::stable_sort(peaks.begin(), minima,
-                     [&](const Peak& a, const Peak& b) { return value(a) > value(b); });
-    std::stable_sort(minima, peaks.end(), [&](const Peak& a, const Peak& b) { return value(a) < value(b); });
-    std::vector<Peak> chosen;
+                     [&](const CurvePeak& a, const CurvePeak& b) { return value(a) > value(b); });
+    std::stable_sort(minima, peaks.end(),
+                     [&](const CurvePeak& a, const CurvePeak& b) { return value(a) < value(b); });
+    std::vector<CurvePeak> chosen;
     for (auto high = peaks.begin(), low = minima; high != minima || low != peaks.end();) {
         for (auto* list : {&high, &low}) {
             if (*list == (list == &high ? minima : peaks.end())) continue;

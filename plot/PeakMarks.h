@@ -14,17 +14,17 @@
 
 namespace kvx::plot {
 
-struct Peak {
+struct CurvePeak {
     __int64 index = 0;
     bool isMaximum = true;
 
-    bool operator==(const Peak&) const = default;
+    bool operator==(const CurvePeak&) const = default;
 };
 
 /// The peaks among the samples whose shown X lies within `x`: the extremes from which the values come back on
 /// both sides by the threshold of `search`. Of more than `most` the highest maxima and the lowest minima,
 /// when both are wanted in turn. The highest comes first.
-KVX_PLOT_API std::vector<Peak> FindPeaks(const CurveSamples& samples, const AxisRange& x,
-                                         const GRAPHCONFIGINFO_PEAKSEARCH_TAG& search, __int64 most);
+KVX_PLOT_API std::vector<CurvePeak> FindPeaks(const CurveSamples& samples, const AxisRange& x,
+                                              const GRAPHCONFIGINFO_PEAKSEARCH_TAG& search, __int64 most);
 
 }  // namespace kvx::plot

@@ -165,7 +165,7 @@ AxisRange ReachOfX(const Param& param, bool isLogarithmic) {
 }
 
 /// The samples whose X lies within the bounds; throws Error when there is none.
-IndexRange SamplesWithin(const Param& param, const AxisChoice& bounds) {
+IndexRange DrawnSamples(const Param& param, const AxisChoice& bounds) {
     __int64 first = 0;
     __int64 end = param.m_x.num;
     while (bounds.low && first < end && param.GetXValue(first) < *bounds.low) ++first;
@@ -278,7 +278,7 @@ RecordGraph MakeRecordGraph(const CComDataBase& record, std::span<const RecordCe
     param.m_frame.legend = choice.paneMode == Param::PANE_SINGLE;
     param.m_series.num = count;
     if (!param.m_lines.CreateInfo(count)) throw std::bad_alloc();
-    const IndexRange drawn = SamplesWithin(param, IsLocus(param) ? choice.x : AxisChoice());
+    const IndexRange drawn = DrawnSamples(param, IsLocus(param) ? choice.x : AxisChoice());
     const auto drawnOf = [&](std::span<const double> samples) {
         if (samples.empty()) return samples;
         return samples.subspan(static_cast<std::size_t>(drawn.first), static_cast<std::size_t>(drawn.count));

@@ -12,16 +12,17 @@
 #include <KvxPlot01/Curve.h>
 #include <KvxPlot01/LineLook.h>
 #include <KvxPlot01/detail/FineLines.h>
+#include <KvxPlot01/detail/LayoutStyle.h>
 #include <KvxPlot01/detail/SliceAxisLayout.h>
 
 namespace kvx::plot {
 namespace {
 
 using Compo = CGraphColorInfo;
-using detail::Between;
 using detail::DrawSliceAxis;
 using detail::FineLines;
 using detail::LayOutSliceAxis;
+using detail::MixColors;
 using detail::SliceAxisLayout;
 using detail::SliceLine;
 
@@ -30,9 +31,8 @@ constexpr double kTint = 0.25;  // how much of its line's colour a filled slice 
 // Lines are cut beside their slice only: their heights are brought between its edges later.
 constexpr double kNoEdge = 1e9;
 
-// Lengths over the size of the letters.
-constexpr double kAbove = 1.2;   // what a layout leaves above its plot
-constexpr double kMargin = 0.7;  // around everything
+// What a layout leaves above its plot, over the size of the letters.
+constexpr double kAbovePlot = detail::kOuterMargin + detail::kHalfNumberHeight;
 
 double FiniteOrZero(double value) {
     return std::isfinite(value) ? value : 0.0;
@@ -232,14 +232,14 @@ private:
 
     Pen PenAt(double depth) const {
         Pen pen = LinePen(chart_.look, colors_.output, canvas_.GetPointLength());
-        pen.color = Between(pen.color, colors_.Of(Compo::COMPO_GRAPH_BACK), kFade * depth);
+        pen.color = MixColors(pen.color, colors_.Of(Compo::COMPO_GRAPH_BACK), kFade * depth);
         return pen;
     }
 
     void FillSlice(const SlicePaths& paths, double depth) const {
         if (!chart_.isSolid) return;
         const COLORREF ground = colors_.Of(Compo::COMPO_GRAPH_BACK);
-        canvas_.Fill(paths.below, chart_.isFilled ? Between(ground, PenAt(depth).color, kTint) : ground);
+        canvas_.Fill(paths.below, chart_.isFilled ? MixColors(ground, PenAt(depth).color, kTint) : ground);
     }
 
     void StrokeSlice(const SlicePaths& paths, double depth) const {
@@ -324,14 +324,14 @@ void DrawWaterfall(const DepthChart& chart, const Rect& area, const ChartColors&
     for (int pass = 0; pass < 2; ++pass) {
         space = WaterfallSpace::Within(whole, chart.rise, chart.shift);
         const Rect& front = space.front;
-        const Rect around{front.left - left, front.top - kAbove * frame.letterSize, front.right + right,
+        const Rect around{front.left - left, front.top - kAbovePlot * frame.letterSize, front.right + right,
                           front.bottom + below};
         layout = LayOutChart(frame, around, pointLength, canvas);
         space = Placed(space, layout.plot, whole);
         line = DepthLine(space, chart.isLastInFront);
         slices = LayOutSliceAxis(chart, line, frame.letterSize, pointLength, canvas);
         if (pass == 0) {
-            const double margin = kMargin * frame.letterSize;
+            const double margin = detail::kOuterMargin * frame.letterSize;
             whole.left += slices.LeftOf(area.left + margin);
             whole.right -= slices.RightOf(area.right - margin);
         }

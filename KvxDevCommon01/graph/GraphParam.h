@@ -131,7 +131,7 @@ public:
         X_OPTION option = X_PLAIN;
     };
 
-    /// Units in which the values are shown; they are held in standard units.
+    /// The shown units; the values are in standard units.
     struct Units {
         CUnitCtrl x;
         CUnitCtrl y;

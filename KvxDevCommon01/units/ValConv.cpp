@@ -71,7 +71,7 @@ int CValConv::SetUnitSuffix(UNIT_SUFFIX suffix) {
     if (suffix < SUFFIX_NONE || suffix > SUFFIX_RMS) return 0;
     const bool isPeakToPeak = suffix == SUFFIX_PEAK_TO_PEAK;
     suffix_ = suffix;
-    gainToDisplay_ = isPeakToPeak ? 2.0 : 1.0;
+    gainToShown_ = isPeakToPeak ? 2.0 : 1.0;
     gainToStandard_ = isPeakToPeak ? 0.5 : 1.0;
     return 1;
 }
@@ -95,19 +95,19 @@ CValConv::UNIT_SUFFIX CValConv::GetUnitSuffixCode(CUnitCtrl::DIM_CODE dim) {
 }
 
 double CValConv::ConvDtoI(double x, int absolute) const {
-    return unit_.ConvDtoI(x, gainToDisplay_, absolute);
+    return unit_.ConvDtoI(x, gainToShown_, absolute);
 }
 
 float CValConv::ConvDtoI(float x, int absolute) const {
-    return unit_.ConvDtoI(x, gainToDisplay_, absolute);
+    return unit_.ConvDtoI(x, gainToShown_, absolute);
 }
 
 int CValConv::ConvDtoI(double* dst, const double* src, __int64 num, int absolute) const {
-    return unit_.ConvDtoI(dst, src, num, gainToDisplay_, absolute);
+    return unit_.ConvDtoI(dst, src, num, gainToShown_, absolute);
 }
 
 int CValConv::ConvDtoI(float* dst, const float* src, __int64 num, int absolute) const {
-    return unit_.ConvDtoI(dst, src, num, gainToDisplay_, absolute);
+    return unit_.ConvDtoI(dst, src, num, gainToShown_, absolute);
 }
 
 double CValConv::ConvItoD(double x, int absolute) const {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // CValConv: how a value is shown to a person: in which unit, as which amplitude (zero-to-peak, peak-to-peak,
-// rms) and with which number format. Data are held in the standard unit of their dimension, amplitudes as
+// rms) and with which number format. Data are in the standard unit of their dimension, amplitudes as
 // zero-to-peak; text is made here, at the very end. Also the texts of dates and times. A value type; an
 // object belongs to one thread at a time.
 #pragma once
@@ -16,7 +16,7 @@
 
 class KVX_API CValConv {
 public:
-    /// Amplitude suffix. Peak-to-peak doubles a value on its way to the display and halves it on its way
+    /// Amplitude suffix. Peak-to-peak doubles a value on its way to the shown one and halves it on its way
     /// back; the others leave it as it is.
     enum UNIT_SUFFIX : std::uint32_t {
         SUFFIX_NONE = 1,
@@ -62,7 +62,7 @@ public:
     /// displacements, none for all others.
     static UNIT_SUFFIX GetUnitSuffixCode(CUnitCtrl::DIM_CODE dim);
 
-    /// Converts a held value to the displayed one, as CUnitCtrl does, with the gain of the suffix.
+    /// Converts a standard value to the shown one, as CUnitCtrl does, with the gain of the suffix.
     double ConvDtoI(double x, int absolute) const;
     float ConvDtoI(float x, int absolute) const;
     /// `dst` and `src` are the same or do not overlap. 0 when either is null or `num` is negative.
@@ -77,9 +77,9 @@ public:
     /// The unit's name followed by the text of the suffix, with markup: "mm#l p-p#n". 0 when null.
     int GetUnitString(CString* out) const;
 
-    /// The text of a held value; temperatures are taken as differences. No-value stays no-value. The first
-    /// form gives value, blank and unit in one; the second apart, the unit only if wanted, with the decimal
-    /// sign of `locale` (null: of the current one). 0 when the text or value is null.
+    /// The text of a standard value; temperatures are taken as differences. No-value stays no-value. The
+    /// first form gives value, blank and unit in one; the second apart, the unit only if wanted, with the
+    /// decimal sign of `locale` (null: of the current one). 0 when the text or value is null.
     int ConvDataToString(double x, CString* text) const;
     int ConvDataToString(double x, CString* value, CString* unit, const char* locale) const;
     /// The same for absolute temperatures.
@@ -103,6 +103,6 @@ private:
     CUnitCtrl unit_;
     UNIT_SUFFIX suffix_ = SUFFIX_NONE;
     CString format_;
-    double gainToDisplay_ = 1.0;
+    double gainToShown_ = 1.0;
     double gainToStandard_ = 1.0;
 };

@@ -9,7 +9,6 @@
 namespace kvx::plot::detail {
 namespace {
 
-constexpr double kMinorPoints = 3.5;  // least distance of minor ticks
 constexpr double kBeforeAll = -1e300;
 
 bool IsShowable(const ChartAxis& axis) {
@@ -29,8 +28,8 @@ TickPlan Plan(const ChartAxis& axis, double length, const LayoutStyle& style, Fi
             return tick.number.empty() || fits(tick.number, mapping.ToPixel(tick.value), &end);
         });
     };
-    TickPlan plan =
-        PlanTicks(axis.bounds, axis.form, length, kMinorPoints * style.pointLength, axis.ticks, haveRoom);
+    TickPlan plan = PlanTicks(axis.bounds, axis.form, length, kMinorPitchPoints * style.pointLength,
+                              axis.ticks, haveRoom);
     if (!style.hasNumbers) {
         plan.factor.clear();
         for (Tick& tick : plan.ticks) tick.number.clear();
@@ -52,8 +51,7 @@ void PlaceTitle(const ChartAxis& axis, Point anchor, const TextStyle& textStyle,
                 const LayoutStyle& style, AxisLayout& layout) {
     if (!style.hasTitles) return;
     const bool isShort = !axis.shortTitle.empty() && style.WidthOf(axis.title) > room;
-    std::wstring title =
-        CutText(isShort ? axis.shortTitle : axis.title, textStyle.size, room, style.measure);
+    std::wstring title = CutText(isShort ? axis.shortTitle : axis.title, textStyle.size, room, style.measure);
     if (!title.empty())
         layout.titles.push_back(PlaceText(std::move(title), anchor, textStyle, style.measure));
 }
@@ -98,8 +96,8 @@ AxisLayout PlaceHorizontal(const ChartAxis& axis, const TickPlan& plan, const Re
     if (style.hasNumbers) below += style.Ems(kLineHeight + kBelowNumbers);
     double titleRoom = plot.Width();
     if (!plan.factor.empty()) {
-        layout.titles.push_back(PlaceText(plan.factor, {plot.right, below},
-                                          {em, 0, Align::kEnd, Align::kStart}, style.measure));
+        layout.titles.push_back(
+            PlaceText(plan.factor, {plot.right, below}, {em, 0, Align::kEnd, Align::kStart}, style.measure));
         titleRoom -= 2.0 * (style.WidthOf(plan.factor) + style.Ems(kNumberGap));
     }
     PlaceTitle(axis, {plot.Center().x, below}, {em, 0, Align::kMiddle, Align::kStart}, titleRoom, style,

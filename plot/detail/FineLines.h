@@ -21,7 +21,7 @@ inline double TickLength(bool isMajor, const Canvas& canvas) {
 }
 
 /// A colour between two, `part` of the way from the first.
-inline COLORREF Between(COLORREF from, COLORREF to, double part) {
+inline COLORREF MixColors(COLORREF from, COLORREF to, double part) {
     const auto mix = [&](unsigned shift) {
         const double start = (from >> shift) & 0xFFu;
         const double end = (to >> shift) & 0xFFu;
@@ -32,7 +32,7 @@ inline COLORREF Between(COLORREF from, COLORREF to, double part) {
 
 /// The colour of minor grid lines.
 inline COLORREF MinorGridColor(COLORREF major, COLORREF ground) {
-    return Between(major, ground, 0.6);
+    return MixColors(major, ground, 0.6);
 }
 
 /// Lines as fine as they get, on pixels where there are any.

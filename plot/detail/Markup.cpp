@@ -9,14 +9,14 @@
 namespace kvx::plot {
 namespace {
 
-std::optional<TextLevel> LevelOf(wchar_t letter) {
+std::optional<Script> ScriptOf(wchar_t letter) {
     switch (letter) {
         case L'u':
-            return TextLevel::kRaised;
+            return Script::kSuperscript;
         case L'l':
-            return TextLevel::kLowered;
+            return Script::kSubscript;
         case L'n':
-            return TextLevel::kNormal;
+            return Script::kNormal;
         default:
             return std::nullopt;
     }
@@ -27,16 +27,16 @@ std::optional<TextLevel> LevelOf(wchar_t letter) {
 std::vector<TextRun> SplitMarkup(std::wstring_view text) {
     std::vector<TextRun> runs;
     std::wstring plain;
-    TextLevel level = TextLevel::kNormal;
+    Script script = Script::kNormal;
     const auto finishRun = [&] {
-        if (!plain.empty()) runs.push_back({ToUtf8(plain), level});
+        if (!plain.empty()) runs.push_back({ToUtf8(plain), script});
         plain.clear();
     };
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == L'#' && i + 1 < text.size()) {
-            if (const std::optional<TextLevel> next = LevelOf(text[i + 1])) {
+            if (const std::optional<Script> next = ScriptOf(text[i + 1])) {
                 finishRun();
-                level = *next;
+                script = *next;
                 ++i;
                 continue;
             }

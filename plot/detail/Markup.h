@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Text with markup ("m/s#u2#n") as runs of plain text on their levels.
+// Text with markup ("m/s#u2#n") as runs of plain text, superscript or subscript.
 #pragma once
 
 #include <string>
@@ -9,11 +9,11 @@
 
 namespace kvx::plot {
 
-enum class TextLevel { kNormal, kRaised, kLowered };
+enum class Script { kNormal, kSuperscript, kSubscript };
 
 struct TextRun {
     std::string utf8;
-    TextLevel level = TextLevel::kNormal;
+    Script script = Script::kNormal;
 };
 
 /// The runs of a text, none of them empty. Control characters, which have no place on one line, become

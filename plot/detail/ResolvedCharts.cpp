@@ -368,7 +368,7 @@ private:
             std::ranges::count_if(series, [&](__int64 k) { return IsCell(k) && LineOf(k).m_bDisp; });
         for (std::size_t i = 0; i < static_cast<std::size_t>(cells); ++i) {
             const ChartCurve& curve = chart->curves[i];
-            for (const Peak& peak : FindPeaks(curve.samples, chart->x.bounds, search, most)) {
+            for (const CurvePeak& peak : FindPeaks(curve.samples, chart->x.bounds, search, most)) {
                 const double x = curve.samples.XAt(peak.index);
                 const double y = curve.samples.YAt(peak.index);
                 ChartMark mark{i,

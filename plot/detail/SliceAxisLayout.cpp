@@ -8,16 +8,15 @@
 #include <KvxPlot01/ChartDrawing.h>
 #include <KvxPlot01/SliceTicks.h>
 #include <KvxPlot01/detail/FineLines.h>
+#include <KvxPlot01/detail/LayoutStyle.h>
 
 namespace kvx::plot::detail {
 namespace {
 
 // Lengths over the size of the letters.
-constexpr double kGap = 0.45;         // between line, numbers and title
-constexpr double kPitch = 1.7;        // least distance of numbers one above the other
-constexpr double kBeside = 0.9;       // least room between numbers side by side
-constexpr double kLeastTitle = 12.0;  // a title may have that length where the line is shorter
-constexpr double kMinorPoints = 3.5;
+constexpr double kSlicePitch = 1.7;         // least distance of numbers one above the other
+constexpr double kSliceGap = 0.9;           // least room between numbers side by side
+constexpr double kLeastTitleLength = 12.0;  // a title may have that length where the line is shorter
 
 double Height(const SliceLine& line) {
     return std::abs(line.last.y - line.first.y);
@@ -43,7 +42,7 @@ void PlaceTitle(std::wstring title, const SliceLine& line, double letterSize, co
     }
     const TextStyle style{letterSize, 0, Align::kMiddle, line.isTextAtLeft ? Align::kEnd : Align::kStart,
                           true};
-    const Point anchor{outward * (edge + kGap * letterSize), middle};
+    const Point anchor{outward * (edge + kTextGap * letterSize), middle};
     layout->texts.push_back(PlaceText(std::move(title), anchor, style, measure));
 }
 
@@ -78,15 +77,16 @@ SliceAxisLayout LayOutSliceAxis(const DepthChart& chart, const SliceLine& line, 
                 const Point b = line.At(tick.place, count);
                 const double width = std::max(measure.Measure(previous->text, letterSize).width,
                                               measure.Measure(tick.text, letterSize).width);
-                const bool isApart = std::abs(b.y - a.y) >= kPitch * letterSize ||
-                                     std::abs(b.x - a.x) >= width + kBeside * letterSize;
+                const bool isApart = std::abs(b.y - a.y) >= kSlicePitch * letterSize ||
+                                     std::abs(b.x - a.x) >= width + kSliceGap * letterSize;
                 if (!isApart) return false;
             }
             previous = &tick;
         }
         return true;
     };
-    const SliceTickPlan plan = PlanSliceTicks(chart.z, count, Length(line), kMinorPoints * pointLength, fits);
+    const SliceTickPlan plan =
+        PlanSliceTicks(chart.z, count, Length(line), kMinorPitchPoints * pointLength, fits);
 
     SliceAxisLayout layout;
     const double outward = line.isTextAtLeft ? -1.0 : 1.0;
@@ -95,13 +95,13 @@ SliceAxisLayout LayOutSliceAxis(const DepthChart& chart, const SliceLine& line, 
         const Point place = line.At(tick.place, count);
         layout.ticks.push_back({place, tick.isMajor});
         if (!chart.hasNumbers || tick.text.empty()) continue;
-        const Point anchor{place.x + outward * kGap * letterSize, place.y};
+        const Point anchor{place.x + outward * kTextGap * letterSize, place.y};
         layout.texts.push_back(PlaceText(tick.text, anchor, style, measure));
     }
     std::wstring title = chart.z.title;
     if (!plan.factor.empty()) title += (title.empty() ? L"" : L"  ") + plan.factor;
     if (title.empty()) return layout;
-    title = CutText(title, letterSize, std::max(Height(line), kLeastTitle * letterSize), measure);
+    title = CutText(title, letterSize, std::max(Height(line), kLeastTitleLength * letterSize), measure);
     if (!title.empty()) PlaceTitle(std::move(title), line, letterSize, measure, &layout);
     return layout;
 }

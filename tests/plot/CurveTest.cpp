@@ -155,7 +155,7 @@ TEST(Peaks, StandOutOnBothSides) {
     Search search;
     search.LinearThreshold = 0.2;
     const auto found = [&](AxisRange x, __int64 most) { return FindPeaks(SamplesOf(y), x, search, most); };
-    const std::vector<Peak> all = {{5, true}, {2, false}, {8, true}, {7, false}, {9, false}};
+    const std::vector<CurvePeak> all = {{5, true}, {2, false}, {8, true}, {7, false}, {9, false}};
     EXPECT_EQ(found({0.0, 10.0}, 9), all);
     EXPECT_THAT(found({0.0, 10.0}, 3), ElementsAre(all[0], all[1], all[2]));
     EXPECT_THAT(found({2.5, 10.0}, 9), ElementsAre(all[0], all[3], all[2], all[4]));

@@ -22,32 +22,32 @@ TEST(ValConv, GainsAndTextFollowTheSuffix) {
     const struct {
         Suffix suffix;
         const wchar_t* unit;
-        double toDisplay;
+        double toShown;
     } cases[] = {
         {CValConv::SUFFIX_NONE, L"mm/s", 1.0},
         {CValConv::SUFFIX_ZERO_TO_PEAK, L"mm/s#l 0-p#n", 1.0},
         {CValConv::SUFFIX_PEAK_TO_PEAK, L"mm/s#l p-p#n", 2.0},
         {CValConv::SUFFIX_RMS, L"mm/s#l rms#n", 1.0},
     };
-    for (const auto& [suffix, text, toDisplay] : cases) {
+    for (const auto& [suffix, text, toShown] : cases) {
         const CValConv converter(kMmPerSec, suffix);
         CString unit;
         EXPECT_EQ(converter.GetUnitString(&unit), 1);
         EXPECT_EQ(unit, text);
-        EXPECT_EQ(converter.ConvDtoI(0.25, 0), 250.0 * toDisplay);
-        EXPECT_EQ(converter.ConvItoD(250.0, 0), 0.25 / toDisplay);
-        EXPECT_EQ(converter.ConvDtoI(0.25F, 0), 250.0 * toDisplay);
-        EXPECT_EQ(converter.ConvItoD(250.0F, 0), 0.25 / toDisplay);
+        EXPECT_EQ(converter.ConvDtoI(0.25, 0), 250.0 * toShown);
+        EXPECT_EQ(converter.ConvItoD(250.0, 0), 0.25 / toShown);
+        EXPECT_EQ(converter.ConvDtoI(0.25F, 0), 250.0 * toShown);
+        EXPECT_EQ(converter.ConvItoD(250.0F, 0), 0.25 / toShown);
 
         const std::array<double, 2> held = {1.0, -0.5};
         std::array<double, 2> shown;
         EXPECT_EQ(converter.ConvDtoI(shown.data(), held.data(), 2, 0), 1);
-        EXPECT_EQ(shown, (std::array{1000.0 * toDisplay, -500.0 * toDisplay}));
+        EXPECT_EQ(shown, (std::array{1000.0 * toShown, -500.0 * toShown}));
         EXPECT_EQ(converter.ConvItoD(shown.data(), shown.data(), 2, 0), 1);
         EXPECT_EQ(shown, held);
         float value = 0.25F;
         EXPECT_EQ(converter.ConvDtoI(&value, &value, 1, 0), 1);
-        EXPECT_EQ(value, 250.0 * toDisplay);
+        EXPECT_EQ(value, 250.0 * toShown);
         EXPECT_EQ(converter.ConvItoD(&value, &value, 1, 0), 1);
         EXPECT_EQ(value, 0.25);
     }
