@@ -110,36 +110,6 @@ TEST_F(Plot, ShowsEveryChoiceAndTheSameTwice) {
     EXPECT_TRUE(pictures.contains(Picture("plot psd.vdf2 --unit g2/Hz --x-scale log")));
 }
 
-TEST_F(Plot, DrawsALinearAxisToABoundThatIsNotAboveZero) {
-    for (const char* bounds : {" --x 0,300", " --x -10,", " --y 0,1e-3", " --y -1,1"}) {
-        const std::string axis(bounds, 4);
-        EXPECT_TRUE(Picture(std::string("plot psd.vdf2") + bounds) ==
-                    Picture(std::string("plot psd.vdf2") + bounds + axis + "-scale linear"))
-            << bounds;
-    }
-}
-
-TEST_F(Plot, TakesBoundsOfPhasesInDegrees) {
-    // Phases lie within 180 degrees, and of random ones most are beyond 3 degrees.
-    const std::string command = "kvx plot xfr.vdf2 --record 1 -o phases.svg --show phase --y ";
-    EXPECT_EQ(RunShell(*folder_, command + "181,300").status, 1);
-    EXPECT_EQ(RunShell(*folder_, command + "60,170").status, 0);
-}
-
-TEST_F(Plot, DrawsOfALocusTheLinesInTheBandOfX) {
-    // Lines 2 Hz apart; the path of the curve is "M x y" and then "L x y" for every other line.
-    const auto linesOf = [](const std::string& options) {
-        const std::string svg = Picture("plot xfr.vdf2 --record 1 --channels 1 --show nyquist" + options);
-        const std::size_t path = svg.find(" d=", svg.find("stroke-width:1;"));
-        return 1 + std::count(svg.begin() + static_cast<std::ptrdiff_t>(path),
-                              svg.begin() + static_cast<std::ptrdiff_t>(svg.find("/>", path)), 'L');
-    };
-    EXPECT_EQ(linesOf(" --x 10,20"), 6);
-    EXPECT_EQ(linesOf(" --x 9.5,20.5"), 6);
-    EXPECT_EQ(linesOf(" --x 508,"), 2);
-    EXPECT_EQ(linesOf(" --x -1,9999"), linesOf(""));
-}
-
 TEST_F(Plot, TellsWhatItCannotShow) {
     RunWell(*folder_,
             "set -e\nprintf 'a [V],b [A]\\n1e308,-1\\n-1e308,-2\\n' > huge.csv\n"
@@ -208,22 +178,11 @@ TEST_F(Plot, ShowsDataOfAnySort) {
                 Picture("plot flat-psd.vdf2 --channels 1 --y-scale linear"));
 }
 
-TEST_F(Plot, TellsCoherencesFromSpectraWithoutAUnit) {
-    RunWell(*folder_,
-            "set -e\ncut -d, -f1 in.csv | sed 1d > plain.txt\n"
-            "kvx import plain.txt -o plain.vdf2 --rate 1024\nkvx spectrum plain.vdf2 -o lines.vdf2");
-    const std::string asCoherence = " --y 0,1 --y-scale linear";
-    EXPECT_EQ(Picture("plot xfr.vdf2 --record 2"), Picture("plot xfr.vdf2 --record 2" + asCoherence));
-    EXPECT_NE(Picture("plot lines.vdf2"), Picture("plot lines.vdf2" + asCoherence));
-}
-
 TEST_F(Plot, TakesColoursFromTheSettingsItStored) {
     const std::string black = Picture("plot psd.vdf2 --scheme black --store-settings black.gci2");
     EXPECT_EQ(Picture("plot psd.vdf2 --settings black.gci2"), black);
     EXPECT_EQ(Picture("plot psd.vdf2 --settings black.gci2 --scheme white"), Picture("plot psd.vdf2"));
-    // A file of colours alone ends where the configuration would begin.
-    RunWell(*folder_, "head -c 35716 black.gci2 > colours.gci2\nhead -c 36000 black.gci2 > short.gci2");
-    EXPECT_EQ(Picture("plot psd.vdf2 --settings colours.gci2"), black);
+    RunWell(*folder_, "head -c 36000 black.gci2 > short.gci2");
     const auto error = [](const std::string& options) {
         return RunShell(*folder_, "kvx plot psd.vdf2 -o x.svg " + options).err;
     };
