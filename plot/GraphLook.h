@@ -21,5 +21,7 @@ enum class ColorScheme { kWhite, kBlack, kPrinter };
 
 /// Gives the look the colours of a scheme; those for the printer are the settings' own.
 KVX_PLOT_API void ApplyScheme(ColorScheme scheme, GraphLook& look);
+/// Default settings with the colours of a scheme.
+KVX_PLOT_API GraphLook LookOf(ColorScheme scheme);
 
 }  // namespace kvx::plot

@@ -161,7 +161,9 @@ TEST(RecordGraph, StandsSlicesBehindEachOther) {
     EXPECT_EQ(graph.content.series.size(), 5U);
     EXPECT_DOUBLE_EQ(graph.scale.m_dYMin, 1e3);
     EXPECT_DOUBLE_EQ(graph.scale.m_dYMax, 1e6);
-    EXPECT_EQ(SentenceOf([&] { MakeSliceGraph(slices, L"a", {}, {.y = {1e6, 1e7, {}, "Y"}}); }),
+    EXPECT_EQ(SentenceOf([&] {
+                  MakeSliceGraph(slices, L"a", {}, {.y = {1e6, 1e7, {}, "Y"}});
+              }),
               "Y shows none of the levels of channel 'a'");
 }
 
@@ -178,16 +180,15 @@ TEST(GraphSheet, StandsGraphsBelowEachOtherInLineUnderOneTitle) {
     EXPECT_EQ(line.real.size(), 65U);
     for (std::size_t i = 0; i < 33; ++i) EXPECT_NEAR(line.real[i], line.x[i] / 10.0, 1e-12) << "straight";
 
-    GraphLook look;
-    ApplyScheme(ColorScheme::kBlack, look);
+    const GraphLook look = LookOf(ColorScheme::kBlack);
     const GraphSheet sheet(graphs, L"Both", look);
     EXPECT_EQ(sheet.Count(), 2U);
     RecordingCanvas canvas;
     sheet.Draw(canvas);
     EXPECT_THAT(canvas.Texts(), Contains(L"Both"));
     EXPECT_THAT(canvas.Texts(), Contains(L"limit"));
-    const auto frames = canvas.Of(look.settings.GetGraphColorInfo()->GetCompoInfo(
-        CGraphColorInfo::COMPO_FRAME, look.output));
+    const auto frames =
+        canvas.Of(look.settings.GetGraphColorInfo()->GetCompoInfo(CGraphColorInfo::COMPO_FRAME, look.output));
     std::vector<Rect> plots;  // the frames of the plots are the widest shapes of that colour
     for (const RecordingCanvas::Shape& shape : frames) {
         const std::span<const Point> points = shape.path.GetPoints();
@@ -202,8 +203,7 @@ TEST(GraphSheet, StandsGraphsBelowEachOtherInLineUnderOneTitle) {
 
 TEST(GraphSettings, AreReadAsTheyWereStored) {
     const TempFolder folder;
-    GraphLook look;
-    ApplyScheme(ColorScheme::kWhite, look);
+    const GraphLook look = LookOf(ColorScheme::kWhite);
     const std::wstring path = (folder / "white.gci2").wstring();
     StoreGraphSettings(path, look.settings);
     const auto colors = [](CGraphInfo settings) { return *settings.GetGraphColorInfo(); };
