@@ -18,7 +18,8 @@ int main() {
     CComDataWave wave(1.0 / kRateHz, 1, 1, 1000, 0, g, nullptr, nullptr);
     double seconds = 0.0;
     for (double& sample : kvx::Samples(wave, 0, 0)) {
-        const double shown = 5.0 * std::exp(-4.0 * seconds) * std::sin(2.0 * std::numbers::pi * 20.0 * seconds);
+        const double shown =
+            5.0 * std::exp(-4.0 * seconds) * std::sin(2.0 * std::numbers::pi * 20.0 * seconds);
         sample = g.ConvItoD(shown, 1.0, 1);
         seconds += 1.0 / kRateHz;
     }

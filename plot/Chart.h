@@ -56,6 +56,7 @@ struct Chart {
     bool isLegendWidthFromText = false;  ///< else it has a fifth of the width and cuts longer names
     bool hasGrid = true;
     bool hasNumbers = true;
+    bool isToScale = false;   ///< of linear axes one is widened until both have the same length for a unit
     double letterSize = 0.0;  ///< in canvas units; 0 for one that suits the area
     double rightRoom = 0.0;   ///< left free between the plot and what stands right of it, in canvas units
 };

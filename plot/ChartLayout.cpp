@@ -168,13 +168,39 @@ ChartLayout LayOutBare(const Chart& chart, const ChartRoom& chartRoom, const Tex
     return layout;
 }
 
-ChartLayout LayOutIn(const ChartRoom& chartRoom, const Chart& chart, double pointLength,
-                     const TextMeasure& measure) {
+ChartLayout LayOutAsIs(const ChartRoom& chartRoom, const Chart& chart, double pointLength,
+                       const TextMeasure& measure) {
     for (const Parts& parts : kPartSteps) {
         std::optional<ChartLayout> layout = LayOutParts(chart, chartRoom, parts, pointLength, measure);
         if (layout) return *std::move(layout);
     }
     return LayOutBare(chart, chartRoom, measure);
+}
+
+/// Widens bounds about their middle until a pixel stands for that much.
+void Widen(AxisRange& bounds, double perPixel, double pixels) {
+    const double room = (perPixel * pixels - (bounds.high - bounds.low)) / 2.0;
+    if (room > 0.0) bounds = {bounds.low - room, bounds.high + room};
+}
+
+ChartLayout LayOutIn(const ChartRoom& chartRoom, const Chart& chart, double pointLength,
+                     const TextMeasure& measure) {
+    ChartLayout layout = LayOutAsIs(chartRoom, chart, pointLength, measure);
+    const bool isLinear = chart.x.form == AxisForm::kLinear && chart.y.form == AxisForm::kLinear;
+    if (!chart.isToScale || !isLinear) return layout;
+    // The numbers of wider bounds may leave the plot another width: the second time it is the same.
+    for (int pass = 0; pass < 2; ++pass) {
+        const double width = layout.plot.Width();
+        const double height = layout.plot.Height();
+        Chart scaled = chart;
+        const double perPixel = std::max((chart.x.bounds.high - chart.x.bounds.low) / width,
+                                         (chart.y.bounds.high - chart.y.bounds.low) / height);
+        if (!std::isfinite(perPixel)) break;
+        Widen(scaled.x.bounds, perPixel, width);
+        Widen(scaled.y.bounds, perPixel, height);
+        layout = LayOutAsIs(chartRoom, scaled, pointLength, measure);
+    }
+    return layout;
 }
 
 }  // namespace

@@ -181,6 +181,18 @@ bool IsLogarithmic(const AxisChoice& choice, bool suitsData) {
     return choice.form.value_or(suitable) == AxisForm::kLogarithmic;
 }
 
+/// Whether there are values, and all of them are 0.
+bool IsNought(const RecordGraph& graph) {
+    RangeScan<double> scan;
+    for (const GraphSeries& series : graph.content.series) {
+        scan.Add(series.real);
+        scan.Add(series.imaginary);
+    }
+    AxisRange reach{1.0, 1.0};
+    scan.Write(&reach.low, &reach.high, nullptr);
+    return reach == AxisRange{0.0, 0.0};
+}
+
 void ScaleX(RecordGraph& graph, bool isFrequency, const AxisChoice& x) {
     const Param& param = graph.param;
     CScaleParam& scale = graph.scale;
@@ -204,7 +216,9 @@ void ScaleY(RecordGraph& graph, const AxisChoice& y) {
     scale.m_bYLog = IsLogarithmic(y, !isCoherence && !IsSigned(param) && HasLevels(graph));
     if (y.low.has_value() != y.high.has_value()) Refuse(y.name + " needs both bounds");
     const bool isWhole = isCoherence && !y.low && !scale.m_bYLog;
-    scale.m_bYAuto = !y.low && !isWhole;
+    // Levels are never below 0, not even around a value of 0.
+    const bool isFloor = !y.low && !scale.m_bYLog && !IsSigned(param) && IsNought(graph);
+    scale.m_bYAuto = !y.low && !isWhole && !isFloor;
     if (scale.m_bYAuto) return;
     const CValConv shown = ShownY(param);
     const double first = ToStandard(shown, y.low.value_or(0.0));
@@ -318,6 +332,8 @@ RecordGraph MakeSliceGraph(const CComDataBase& slices, const std::wstring& name,
         graph.content.series.push_back({Samples(slices, slice, 0)});
     ApplyScale(graph, IsFrequency(slices), choice);
     CScaleParam& scale = graph.scale;
+    // Rounded bounds would leave a strip beside the map.
+    scale.m_bXFullRange = scale.m_bXAuto && !course.isWaterfall;
     const AxisRange reach = ReachOfLevels(graph);
     if (!scale.m_bYAuto && (reach.low > scale.m_dYMax || reach.high < scale.m_dYMin))
         Refuse(choice.y.name + " shows none of the levels of channel " + Quote(name));

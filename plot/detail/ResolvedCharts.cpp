@@ -400,6 +400,7 @@ private:
             if (isLoop) {
                 AddLoops(series, &chart);
                 chart.y2.reset();
+                chart.isToScale = scale_.m_bXAuto && scale_.m_bYAuto;
             } else {
                 AddCurves(series, part, kind == Param::GRAPH_MAGNITUDE_PHASE, &chart);
             }

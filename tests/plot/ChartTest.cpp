@@ -147,6 +147,22 @@ TEST(ChartLayout, KeepsStackedPlotsInLine) {
     EXPECT_GT(alone.right, stack[1].plot.right);
 }
 
+TEST(ChartLayout, HasAxesToScaleWhenWanted) {
+    Chart chart = TestChart();
+    chart.isToScale = true;
+    for (const AxisRange& x : {AxisRange{-1.0, 1.0}, {100.0, 200.0}}) {
+        chart.x.bounds = x;
+        const ChartLayout layout = LayOut(chart, {800.0, 500.0});
+        EXPECT_NEAR(layout.x.mapping.scale, -layout.y.mapping.scale, 0.01 * layout.x.mapping.scale);
+        EXPECT_GE(layout.x.mapping.ToPixel(x.low), layout.plot.left - 1e-9);
+        EXPECT_LE(layout.y.mapping.ToPixel(chart.y.bounds.low), layout.plot.bottom + 1e-9);
+    }
+    chart.y.form = AxisForm::kLogarithmic;
+    chart.y.bounds = {1.0, 10.0};
+    EXPECT_DOUBLE_EQ(LayOut(chart, {800.0, 500.0}).x.mapping.ToValue(LayOut(chart, {800.0, 500.0}).plot.left),
+                     100.0);
+}
+
 TEST(ChartLayout, TakesTheShortTitleWhereTheWholeOneHasNoRoom) {
     Chart chart = TestChart();
     chart.y.title = L"A title of considerable length, too long for the height of the plot";

@@ -165,6 +165,14 @@ TEST(RecordGraph, StandsSlicesBehindEachOther) {
                   MakeSliceGraph(slices, L"a", {}, {.y = {1e6, 1e7, {}, "Y"}});
               }),
               "Y shows none of the levels of channel 'a'");
+
+    // A colour map is filled by its lines, and levels of nothing but 0 stand above 0.
+    const CComDataSpecA silence(10.0, 2, 1, 8, 0, Unit(L"g"), nullptr, nullptr);
+    const RecordGraph map = MakeSliceGraph(silence, L"a", {});
+    EXPECT_TRUE(map.scale.m_bXAuto && map.scale.m_bXFullRange);
+    EXPECT_FALSE(graph.scale.m_bXFullRange);
+    EXPECT_EQ(map.scale.m_dYMin, 0.0);
+    EXPECT_DOUBLE_EQ(map.scale.m_dYMax, 9.80665);
 }
 
 TEST(GraphSheet, StandsGraphsBelowEachOtherInLineUnderOneTitle) {
