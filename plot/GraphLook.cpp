@@ -10,4 +10,10 @@ void ApplyScheme(ColorScheme scheme, GraphLook& look) {
     if (scheme == ColorScheme::kBlack) colors.SetDefault1(look.output);
 }
 
+GraphLook LookOf(ColorScheme scheme) {
+    GraphLook look;
+    ApplyScheme(scheme, look);
+    return look;
+}
+
 }  // namespace kvx::plot
