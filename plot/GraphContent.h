@@ -39,8 +39,8 @@ struct GraphContent {
     std::wstring lowerName;  ///< of Y in the lower plot of a kind that has two; empty: as in the upper one
     std::wstring y2Name;
     LegendPlace legend = LegendPlace::kRight;
-    /// Automatic bounds lie a little beyond the values; not in a depth graph, whose slices stand on its
-    /// floor.
+    /// Automatic bounds lie 2 % of the range beyond the values; not in a depth graph, whose slices stand on
+    /// its floor.
     bool hasRoom = true;
 };
 

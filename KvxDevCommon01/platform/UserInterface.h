@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // The one place where the library meets a person: message boxes and dialogs go through a host object that an
-// application replaces with its own. The built-in host writes to the terminal and never blocks when there is
-// none. Set the host before other threads start.
+// application replaces with its own. The built-in host writes to standard error. It asks only when standard
+// input and standard error are terminals; otherwise a message gets its default button and a file dialog
+// counts as cancelled. Set the host before other threads start.
 #pragma once
 
 #include <functional>
