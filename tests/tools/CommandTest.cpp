@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 #include <string>
@@ -13,6 +14,7 @@
 
 #include "ToolRun.h"
 #include "cli/Format.h"
+#include "cli/Help.h"
 
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -52,6 +54,26 @@ INSTANTIATE_TEST_SUITE_P(Commands, Help,
                          testing::Values("import", "info", "psd", "spectrum", "export", "synth", "units",
                                          "kinds", "units convert", "show-value", "folders", "xfr", "filter",
                                          "resample", "profile", "plot", "spectrogram"));
+
+TEST(HelpText, FillsTheTerminal) {
+    using kvx::tool::Wrapped;
+    EXPECT_EQ(Wrapped("\na bc\nd\n\nlonger words", 4), "a bc\nd\n\nlonger\nwords");
+    EXPECT_EQ(kvx::tool::HelpFooter("", "\n1\n  2\n"), "Example:\n  1\n    2");
+    const TempFolder folder;
+    const auto widest = [&](const std::string& columns) {
+        std::istringstream help(RunWell(folder, columns + " kvx profile --help"));
+        std::size_t width = 0;
+        for (std::string line; std::getline(help, line) && line != "Example:";)
+            width = std::max(width, line.size());
+        return width;
+    };
+    const std::pair<const char*, std::size_t> cases[] = {
+        {"COLUMNS=10", 80}, {"COLUMNS=90", 90}, {"COLUMNS=999", 120}, {"env -u COLUMNS", 100}};
+    for (const auto& [columns, width] : cases) {
+        EXPECT_LE(widest(columns), width) << columns;
+        EXPECT_GT(widest(columns), width - 10) << columns;
+    }
+}
 
 struct WrongCase {
     const char* command;

@@ -8,9 +8,18 @@
 #include <type_traits>
 #include <utility>
 
+#include "cli/Help.h"
 #include "cli/Options.h"
 
 namespace kvx::tool {
+namespace {
+
+/// The text of an option, wrapped to its column of the help.
+std::string Description(const CLI::App& app, const std::string& text) {
+    return Wrapped(text, HelpWidth() - app.get_formatter()->get_column_width());
+}
+
+}  // namespace
 
 Option& Option::Required() {
     option_->required();
@@ -54,7 +63,7 @@ Command Command::AddCommand(const std::string& name, const std::string& descript
 
 template <typename Target>
 Option Command::AddOption(const std::string& names, Target& target, const std::string& description) {
-    CLI::Option* option = app_->add_option(names, target, description);
+    CLI::Option* option = app_->add_option(names, target, Description(*app_, description));
     if constexpr (std::is_same_v<Target, std::vector<std::string>>) option->allow_extra_args(false);
     return Option(option);
 }
@@ -73,7 +82,11 @@ KVX_OPTION_TARGET(std::size_t);
 #undef KVX_OPTION_TARGET
 
 Option Command::AddFlag(const std::string& name, bool& target, const std::string& description) {
-    return Option(app_->add_flag(name, target, description));
+    return Option(app_->add_flag(name, target, Description(*app_, description)));
+}
+
+void Command::SetFooter(std::string_view paragraphs, std::string_view example) {
+    app_->footer(HelpFooter(paragraphs, example));
 }
 
 void Command::SetFooter(const std::string& text) {

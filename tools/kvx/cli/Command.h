@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -56,7 +57,9 @@ public:
     template <typename Target>
     Option AddOption(const std::string& names, Target& target, const std::string& description);
     Option AddFlag(const std::string& name, bool& target, const std::string& description);
-    /// What the help ends with.
+    /// What the help ends with: paragraphs that are wrapped, then the lines of an example that are not.
+    /// Either may be a raw string with line ends around it.
+    void SetFooter(std::string_view paragraphs, std::string_view example);
     void SetFooter(const std::string& text);
     void OnRun(Action action);
 

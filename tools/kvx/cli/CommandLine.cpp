@@ -19,6 +19,7 @@
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
+#include "cli/Help.h"
 #include "cli/Interrupts.h"
 #include "cli/Output.h"
 #include "cli/StandardStreams.h"
@@ -95,8 +96,10 @@ int RunCommandLine(int argc, const char* const* argv) {
     app.set_version_flag("--version", fmt::format("kvx {}", kVersion));
     app.get_formatter()->column_width(28);
     app.footer(
-        "'kvx COMMAND --help' tells more about a command and ends with an example. A file called - is\n"
-        "standard input or standard output.");
+        Wrapped("'kvx COMMAND --help' tells more about a command and ends with an example. A file called - "
+                "is standard "
+                "input or standard output.",
+                HelpWidth()));
     Action action;
     for (const auto add :
          {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddResample, AddExport, AddPlot,

@@ -80,12 +80,14 @@ void AddFolders(Command app) {
     const auto asJson = std::make_shared<bool>(false);
     Command command = app.AddCommand("folders", "Tell where the suite's folders and settings are");
     command.AddFlag("--json", *asJson, "As JSON");
-    command.SetFooter(
-        "All but the test definitions hang off the environment variable SystemDrive, a folder; nothing is "
-        "created.\n\n"
-        "Example:\n"
-        "  kvx folders --json\n"
-        "  SystemDrive=/srv/shaker kvx folders");
+    command.SetFooter(R"(
+All but the test definitions are below the folder that the environment variable SystemDrive names.
+Nothing is created.
+)",
+                      R"(
+kvx folders --json
+SystemDrive=/srv/shaker kvx folders
+)");
     command.OnRun([=](ByteStream& out) { RunFolders(*asJson, out); });
 }
 

@@ -33,7 +33,11 @@ void AddKinds(Command app) {
     command.AddOption(
         "TEXT", *text,
         "Part of a name or application, an extension, a code (0x20011) or a number; none lists all");
-    command.SetFooter("Example:\n  kvx kinds vdf2\n  kvx kinds 0x20011\n  kvx kinds 加振データ");
+    command.SetFooter("", R"(
+kvx kinds vdf2
+kvx kinds 0x20011
+kvx kinds 加振データ
+)");
     command.OnRun([=](ByteStream& out) { RunKinds(*text, out); });
 }
 

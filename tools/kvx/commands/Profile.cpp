@@ -226,17 +226,17 @@ void AddProfile(Command app) {
         .AddOption("--lines", options->lines,
                    "Put the profile on N lines from 0 Hz on: each the mean over the HZ around it")
         .Type("HZ,N");
-    command.SetFooter(
-        "The density runs straight between breakpoints on log-log axes and is 0 outside. First the bands "
-        "are\n"
-        "set, then multiplied, each in the order given, then the rms is scaled. Breakpoints are added where "
-        "a\n"
-        "band needs them; without a slope its flanks are 0.1 % of the frequency wide.\n\n"
-        "Example:\n"
-        "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
-        "  kvx profile profile.txt --level-at 20,40,1000\n"
-        "  kvx profile profile.txt -o notched.txt --band-ratio 100,140,0.25,4 --scale-rms 5\n"
-        "  kvx profile notched.txt -o notched.vdf2 --lines 2,1024");
+    command.SetFooter(R"(
+The density runs straight between breakpoints on log-log axes and is 0 outside. First the bands are
+set, then multiplied, each in the order given, then the rms is scaled. Breakpoints are added where a
+band needs them; without a slope its flanks are 0.1 % of the frequency wide.
+)",
+                      R"(
+printf 'unit g2/Hz\n20 0.01\n80 0.04\n350 0.04\n2000 0.007\n' > profile.txt
+kvx profile profile.txt --level-at 20,40,1000
+kvx profile profile.txt -o notched.txt --band-ratio 100,140,0.25,4 --scale-rms 5
+kvx profile notched.txt -o notched.vdf2 --lines 2,1024
+)");
     command.OnRun([=](ByteStream& out) { RunProfile(*options, out); });
 }
 

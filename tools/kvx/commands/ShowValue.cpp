@@ -105,11 +105,11 @@ void AddShowValue(Command app) {
                       "for the unit");
     command.AddOption("--locale", options->locale, "Locale whose decimal sign is used: de_DE, Russian ...");
     command.AddFlag("--difference", options->isDifference, "A difference of temperatures, not a temperature");
-    command.SetFooter(
-        "Example:\n"
-        "  kvx show-value 1 g\n"
-        "  kvx show-value 0.5 mm --suffix usual --in mm,inch\n"
-        "  kvx show-value 1234.5 Hz --format '%.3e' --locale de_DE");
+    command.SetFooter("", R"(
+kvx show-value 1 g
+kvx show-value 0.5 mm --suffix usual --in mm,inch
+kvx show-value 1234.5 Hz --format '%.3e' --locale de_DE
+)");
     command.OnRun([=](ByteStream& out) { RunShowValue(*options, out); });
 }
 

@@ -153,13 +153,14 @@ void AddSynth(Command app) {
     command.AddOption("--unit", options->unit, "Unit of the signal; without it that of the profile")
         .Type("UNIT");
     command.AddOption("--name", options->name, "Name of the channel").Type("NAME").ShowDefault();
-    command.SetFooter(
-        "The density runs straight between breakpoints on log-log axes. The noise is Gaussian and "
-        "stationary.\n\n"
-        "Example:\n"
-        "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
-        "  kvx synth profile.txt -o random.vdf2 --rms 3 --seed 7 --duration 4\n"
-        "  kvx info random.vdf2");
+    command.SetFooter(R"(
+The density runs straight between breakpoints on log-log axes. The noise is Gaussian and stationary.
+)",
+                      R"(
+printf 'unit g2/Hz\n20 0.01\n80 0.04\n350 0.04\n2000 0.007\n' > profile.txt
+kvx synth profile.txt -o random.vdf2 --rms 3 --seed 7 --duration 4
+kvx info random.vdf2
+)");
     command.OnRun([=](ByteStream& out) { RunSynth(*options, out); });
 }
 

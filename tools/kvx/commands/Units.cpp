@@ -94,14 +94,17 @@ void AddUnits(Command app) {
     convert.AddOption("VALUE", options->value, "The number to convert").Required();
     convert.AddOption("FROM", options->from, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...").Required();
     convert.AddOption("TO", options->to, "The unit wanted").Required();
-    convert.SetFooter("Example:\n  kvx units convert 1 g m/s2\n  kvx units convert -40 degC degF");
+    convert.SetFooter("", R"(
+kvx units convert 1 g m/s2
+kvx units convert -40 degC degF
+)");
     convert.OnRun([=](ByteStream& out) { RunConvert(*options, out); });
-    command.SetFooter(
-        "Example:\n"
-        "  kvx units\n"
-        "  kvx units acceleration\n"
-        "  kvx units convert 1 g m/s2\n"
-        "  kvx units convert 0.04 g2/Hz '(m/s2)2/Hz'");
+    command.SetFooter("", R"(
+kvx units
+kvx units acceleration
+kvx units convert 1 g m/s2
+kvx units convert 0.04 g2/Hz '(m/s2)2/Hz'
+)");
     command.OnRun([=](ByteStream& out) { RunUnits(*options, out); });
 }
 
