@@ -33,8 +33,9 @@ TEST(PsdProfile, RefusesPointsThatAreNoProfile) {
         {{10, 20}, {1, 0}}, {{10, 20}, {-1, 1}}, {{10, kInfinity}, {1, 1}}, {{10, 20}, {1, kInfinity}}, {{10, 20}, {1, kNaN}},
     };
     // clang-format on
-    for (const auto& [freqHz, level] : cases) {
-        EXPECT_TRUE(IsBadValue([&] { PsdProfile(freqHz, level); })) << testing::PrintToString(freqHz);
+    for (const auto& points : cases) {
+        EXPECT_TRUE(IsBadValue([&] { PsdProfile(points.first, points.second); }))
+            << testing::PrintToString(points);
     }
 }
 

@@ -53,17 +53,18 @@ TEST(FileKinds, AnUnknownKindOrCodeTouchesNothing) {
 
 TEST(FileKinds, AreFoundByNumberCodeExtensionOrAPartOfTheirTexts) {
     const auto numbers = [](std::string_view text) {
-        std::vector<int> found;
+        std::vector<std::uint32_t> found;
         for (const kvx::FileKind& kind : kvx::FindFileKinds(text)) found.push_back(kind.type);
         return found;
     };
     EXPECT_EQ(kvx::AllFileKinds().size(), 359U);
-    for (const char* text : {"181", "0x20011", "0X20011"}) EXPECT_EQ(numbers(text), std::vector{181}) << text;
-    const std::vector<int> dataFiles = numbers("vdf2");
+    for (const char* text : {"181", "0x20011", "0X20011"})
+        EXPECT_EQ(numbers(text), std::vector{181U}) << text;
+    const std::vector<std::uint32_t> dataFiles = numbers("vdf2");
     EXPECT_GT(dataFiles.size(), 1U);
     EXPECT_EQ(dataFiles, numbers(".VDF2"));
-    const std::vector<int> named = numbers("加振データ");
-    EXPECT_NE(std::ranges::find(named, 181), named.end());
+    const std::vector<std::uint32_t> named = numbers("加振データ");
+    EXPECT_NE(std::ranges::find(named, 181U), named.end());
     EXPECT_TRUE(numbers("no such kind").empty());
     const kvx::FileKind kind = kvx::FindFileKinds("185").front();
     EXPECT_EQ(kind.code, 0x21111U);
