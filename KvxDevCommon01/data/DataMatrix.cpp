@@ -121,8 +121,7 @@ std::unique_ptr<Value[]> NewValues(const MatrixShape& shape) {
     return std::unique_ptr<Value[]>(new (std::nothrow) Value[static_cast<std::size_t>(shape.cells)]);
 }
 
-/// The shape rows x cols; without cells when a count is below 1 or there are more cells than memory can be
-/// told.
+/// The shape rows x cols; without cells when a count is below 1 or the size in bytes overflows.
 template <class Value>
 MatrixShape ShapeFor(__int64 rows, __int64 cols) {
     if (rows < 1 || cols < 1 || cols > kMaxCount<Value> / rows) return {};

@@ -51,7 +51,7 @@ public:
                  const CDataArrayDouble& hdata, const CStringArray* rowNames, const CStringArray* colNames);
     ~CComDataBase();
 
-    /// Copies everything; the copy is empty when memory does not suffice.
+    /// Copies everything; the copy is empty when allocation fails.
     CComDataBase(const CComDataBase& other);
     CComDataBase& operator=(const CComDataBase& other);
     /// Leaves `other` empty.
@@ -62,7 +62,7 @@ public:
     /// is not 0) on an axis of spacing `delta`, in the standard unit of `hunit`; the first sample has the
     /// index `offset`. Rows and columns beyond the given names (null: all of them) are named Data-Row-001,
     /// Data-Col-001 and so on; surplus names are ignored. Returns 0, with an empty record, when a count is
-    /// below 1 or memory does not suffice.
+    /// below 1 or allocation fails.
     int Create(double delta, __int64 rows, __int64 cols, __int64 nsamp, __int64 offset, int isComplex,
                const CUnitCtrl& hunit, const CUnitCtrl& unit, const CStringArray* rowNames,
                const CStringArray* colNames);
@@ -103,12 +103,12 @@ public:
     int SetDelta(double delta);
     int SetOffset(__int64 offset);
     /// Changes the sample count of every cell; unless it has it already, the samples become zeros. 0 unless
-    /// the mode is 1 and there is a matrix; when memory does not suffice or `nsamp` is below 1 the record
+    /// the mode is 1 and there is a matrix; when allocation fails or `nsamp` is below 1 the record
     /// becomes empty, too.
     int SetNsamp(__int64 nsamp);
     /// Changes the axis to one of another length, with all samples zero. An axis of the present length is
     /// deliberately not taken over: the call succeeds and changes nothing. 0 unless the mode is 2, the record
-    /// is not empty and `hdata` has values; when memory does not suffice the record becomes empty, too.
+    /// is not empty and `hdata` has values; when allocation fails the record becomes empty, too.
     int SetHData(const CDataArrayDouble& hdata);
     int SetUnit(const CUnitCtrl& unit);
     int SetHUnit(const CUnitCtrl& hunit);

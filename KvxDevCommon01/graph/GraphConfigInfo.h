@@ -71,7 +71,7 @@ public:
     std::int32_t GetScaleDigit() const { return scaleDigits_; }
     void SetScaleDigit(std::int32_t digits) { scaleDigits_ = digits; }
 
-    /// Empties `list` and fills it with the search types; 0 when it is null or memory is short.
+    /// Empties `list` and fills it with the search types; 0 when it is null or allocation fails.
     static BOOL GetPeakSearchTypeItemInfoList(CItemInfoList* list);
 
     /// The configuration record, 292 bytes. Loading reads any version; what an older one lacks gets its

@@ -33,10 +33,10 @@ public:
     /// 255: most slices of a waterfall.
     static __int64 GetWaterfallMaxLineNum();
 
-    /// Appends a copy; 0 when the list is full or memory is short.
+    /// Appends a copy; 0 when the list is full or allocation fails.
     BOOL Append(const CGraphLineInfo& info);
     /// Fills the list anew with `count` default series, each with its own index as colour index. 0, with the
-    /// list unchanged, when that is more than the list takes or memory is short.
+    /// list unchanged, when that is more than the list takes or allocation fails.
     BOOL CreateInfo(__int64 count);
     /// 0 when `index` is outside [0, count).
     BOOL Delete(__int64 index);

@@ -39,7 +39,7 @@ private:
 class KVX_API CGraphMarkInfoList {
 public:
     // The operations return 0, with the list unchanged, when there is no such entry, the code is that of
-    // another entry, or memory is short.
+    // another entry, or allocation fails.
 
     BOOL Append(const CGraphMarkInfo& info);
     /// Finds an entry; each output may be null.

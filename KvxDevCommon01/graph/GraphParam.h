@@ -29,7 +29,7 @@ public:
     virtual ~SliceTexts();
     /// The text of slice `index`, counted from 0.
     virtual CString GetText(__int64 index) const = 0;
-    /// A copy with a life of its own; null when memory is short.
+    /// A copy with a life of its own; null when allocation fails.
     virtual std::unique_ptr<SliceTexts> Clone() const = 0;
 
 protected:
@@ -187,7 +187,7 @@ public:
     /// Nothing but defaults: an empty waveform in two dimensions, which Check refuses.
     CGraphParam();
     ~CGraphParam();
-    /// Copies everything, the sources of the Z values included; the copy is cleared when memory is short.
+    /// Copies everything, the sources of the Z values included; the copy is cleared when allocation fails.
     CGraphParam(const CGraphParam& other);
     CGraphParam& operator=(const CGraphParam& other);
     /// Leaves `other` cleared.
@@ -205,7 +205,7 @@ public:
     /// Display name of a display type; 0, with `text` unchanged, for any other value and for null.
     static BOOL GetGraphDispTypeString(GRAPHDISP_TYPE type, CString* text);
     /// Fills a selection list with the display types (item code: the type); those outside `enabledMask`
-    /// cannot be chosen. 0 when the list is null or memory is short.
+    /// cannot be chosen. 0 when the list is null or allocation fails.
     static BOOL GetGraphDispTypeItemInfoList(CItemInfoList* list, std::int32_t enabledMask);
 
     /// X of a sample in the standard unit; outside the explicit X values 0.

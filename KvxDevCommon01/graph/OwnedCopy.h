@@ -19,7 +19,7 @@ public:
     OwnedCopy(std::nullptr_t) {}
     template <std::derived_from<Object> Derived>
     OwnedCopy(std::unique_ptr<Derived> object) : object_(std::move(object)) {}
-    /// Throws std::bad_alloc when memory is short; an owner of the interface catches it.
+    /// Throws std::bad_alloc when allocation fails; an owner of the interface catches it.
     OwnedCopy(const OwnedCopy& other) : object_(CopyOf(other.get())) {}
     OwnedCopy(OwnedCopy&&) noexcept = default;
     OwnedCopy& operator=(OwnedCopy other) noexcept {

@@ -27,7 +27,7 @@ struct CRuntimeClass {
     CWinThread* (*m_pfnCreateObject)();  ///< null for a class that cannot be created so
     const CRuntimeClass* m_pBaseClass;   ///< null for CWinThread
 
-    /// A new object, which the caller owns; null when the class cannot be created or memory is short.
+    /// A new object, which the caller owns; null when the class cannot be created or allocation fails.
     CWinThread* CreateObject() const { return m_pfnCreateObject != nullptr ? m_pfnCreateObject() : nullptr; }
 };
 

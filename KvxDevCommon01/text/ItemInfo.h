@@ -39,13 +39,13 @@ public:
     void Init() { items_.clear(); }
     __int64 GetNum() const { return std::ssize(items_); }
 
-    /// Copies an item out; 0, with `out` unchanged, when it is null, `index` is outside [0, count) or memory
-    /// is short.
+    /// Copies an item out; 0, with `out` unchanged, when it is null, `index` is outside [0, count) or
+    /// allocation fails.
     int GetItem(__int64 index, CItemInfo* out) const;
     /// Index of the first item with `code`, -1 when there is none.
     __int64 Find(std::int32_t code) const;
 
-    /// The operations that add an item return 0, with the list unchanged, when there is no memory for it.
+    /// The operations that add an item return 0, with the list unchanged, when allocation fails.
     int Append(const CItemInfo& item);
     int Append(std::int32_t code, const CString& text, int enabled = 1);
     /// Appends the text `id` of the string table, cut to CItemInfo::kTextLimit; 0 when there is no such text.

@@ -165,12 +165,12 @@ public:
     int ConvItoD(CDataArrayMtxFloat* matrix, double gain, int absolute) const;
 
     /// Fills a selection list with dimensions (item code: the dimension): those for control when `which` is
-    /// 1, those for measurement when it is 2, else all. 0 when the list is null or memory is short.
+    /// 1, those for measurement when it is 2, else all. 0 when the list is null or allocation fails.
     static int GetDimList(int which, CItemInfoList* list);
     static int GetControlDimList(CItemInfoList* list) { return GetDimList(1, list); }
     static int GetMeasurementDimList(CItemInfoList* list) { return GetDimList(2, list); }
     /// Fills a selection list with the units of a dimension, or of a unit's dimension (item code: the unit).
-    /// 0 when the list is null, the dimension has no units (the list is then empty) or memory is short.
+    /// 0 when the list is null, the dimension has no units (the list is then empty) or allocation fails.
     static int GetUnitListByDimCode(DIM_CODE dim, CItemInfoList* list);
     static int GetUnitListByUnitCode(UNIT_CODE unit, CItemInfoList* list);
 

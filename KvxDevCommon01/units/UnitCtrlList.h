@@ -17,10 +17,10 @@ public:
     __int64 GetNum() const { return std::ssize(units_); }
     /// Copies a descriptor out; 0 when `out` is null or `index` is outside [0, count).
     int GetUnit(__int64 index, CUnitCtrl* out) const;
-    /// 0, with the list unchanged, when memory is short.
+    /// 0, with the list unchanged, when allocation fails.
     int Append(CUnitCtrl unit);
 
-    // The builders below empty the list first and return 0 when there is nothing to list or memory is short.
+    // The builders below empty the list first and return 0 when there is nothing to list or allocation fails.
 
     /// One plain single descriptor per unit of the dimension, in table order.
     int MakeSingleUnitListByDimCode(CUnitCtrl::DIM_CODE dim);
@@ -36,7 +36,7 @@ public:
     int MakeConexusUnitListByUnit(const CUnitCtrl& a, const CUnitCtrl& b, int varySecond, int divide);
 
     /// One item per descriptor: its index in this list as code, its unit name as text. 0 when `list` is null
-    /// or memory is short.
+    /// or allocation fails.
     int MakeItemInfoList(CItemInfoList* list) const;
 
 private:

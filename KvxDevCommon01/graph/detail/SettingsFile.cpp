@@ -34,7 +34,7 @@ void TellFailure(TextId format, const CFileException& failure) try {
 /// Runs `work`; what it throws becomes 0 and, when wanted, one message.
 template <typename Work>
 BOOL Report(const CString& path, int showMessage, TextId format, Work work) {
-    CFileException failure(CFileException::genericException, -1, path);  // when memory is short
+    CFileException failure(CFileException::genericException, -1, path);  // when allocation fails
     try {
         work();
         return 1;
