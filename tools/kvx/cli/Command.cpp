@@ -89,10 +89,6 @@ void Command::SetFooter(std::string_view paragraphs, std::string_view example) {
     app_->footer(HelpFooter(paragraphs, example));
 }
 
-void Command::SetFooter(const std::string& text) {
-    app_->footer(text);
-}
-
 void Command::OnRun(Action action) {
     // A command within a command comes first and is the one that is meant.
     app_->callback([action = std::move(action), target = action_] {

@@ -60,7 +60,6 @@ public:
     /// What the help ends with: paragraphs that are wrapped, then the lines of an example that are not.
     /// Either may be a raw string with line ends around it.
     void SetFooter(std::string_view paragraphs, std::string_view example);
-    void SetFooter(const std::string& text);
     void OnRun(Action action);
 
 private:

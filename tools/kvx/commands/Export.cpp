@@ -97,15 +97,16 @@ void AddExport(Command app) {
                    "Value that becomes full scale of the WAV file (default 1)")
         .Type("VALUE")
         .Check(PositiveNumber());
-    command.SetFooter(
-        "CSV has a heading line, the time in s or the frequency in Hz, and every number with the digits "
-        "that\n"
-        "read back as the same value; complex channels take two columns.\n\n"
-        "Example:\n"
-        "  printf '0,0.1\\n0.5,0.3\\n1,-0.2\\n' > shaker.csv\n"
-        "  kvx import shaker.csv -o shaker.vdf2 --unit g --name top\n"
-        "  kvx export shaker.vdf2 -o - --unit m/s2\n"
-        "  kvx export shaker.vdf2 -o shaker.wav --samples pcm24 --full-scale 0.5");
+    command.SetFooter(R"(
+CSV has a heading line, the time in s or the frequency in Hz, and every number with the digits that
+read back as the same value; complex channels take two columns.
+)",
+                      R"(
+printf '0,0.1\n0.5,0.3\n1,-0.2\n' > shaker.csv
+kvx import shaker.csv -o shaker.vdf2 --unit g --name top
+kvx export shaker.vdf2 -o - --unit m/s2
+kvx export shaker.vdf2 -o shaker.wav --samples pcm24 --full-scale 0.5
+)");
     command.OnRun([=](ByteStream& out) { RunExport(*options, out); });
 }
 

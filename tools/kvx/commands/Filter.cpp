@@ -320,39 +320,32 @@ void AddFilter(Command app) {
     command.AddFlag("--keep-delay", options->keepDelay,
                     "Leave the delay of --fir and --fir-set in the signal");
     AddStreamOptions(command, "--rate", &options->stream);
-    command.SetFooter(
-        "Through spectra (--lowpass, --highpass): first, second and butterworth are the analogue filters, "
-        "with "
-        "their\n"
-        "phase: -3 dB at the corner (second: the gain is Q there). slope and cut are gains without phase, 1 "
-        "on "
-        "one\n"
-        "side of the corner; on the other slope falls by 6 dB per octave and order and cut leaves nothing, "
-        "sharp to\n"
-        "about four line spacings, rate/block. With both corners the filters follow one another. Every "
-        "sample "
-        "stays\n"
-        "in its place. Near the ends, as far as the impulse response reaches (at most a quarter of a block), "
-        "the\n"
-        "result depends on what --ends assumes. With --ends periodic the signal is kept in memory.\n\n"
-        "With --ends hold the signal has always had its first value, with zeros it begins from nothing. A "
-        "high-pass\n"
-        "would take a first value in the middle of a vibration for an offset, and its end for a step: there "
-        "zeros is\n"
-        "the default, and hold is for a signal that rests on an offset before it begins.\n\n"
-        "Sample by sample (--butterworth, --fir, --fir-set): one filter after the other, FIR first, block by "
-        "block\n"
-        "however long the file is. --butterworth is the digital filter of a controller, causal, -3 dB at "
-        "the\n"
-        "corner. The delay of symmetric FIR filters is taken out.\n\n"
-        "Example:\n"
-        "  awk 'BEGIN { for (i = 0; i < 5000; ++i) print 1 + sin(0.1 * i) + sin(2 * i) }' > mixed.txt\n"
-        "  kvx import mixed.txt -o mixed.vdf2 --rate 1000 --unit g --name mixed\n"
-        "  kvx filter mixed.vdf2 -o low.vdf2 --lowpass 50\n"
-        "  kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1 --ends zeros\n"
-        "  kvx filter mixed.vdf2 -o band.vdf2 --butterworth hp 2 5 --butterworth lp 6 50\n"
-        "  echo 0.25 0.5 0.25 > mean.txt\n"
-        "  kvx filter mixed.txt -o mean.wav --rate 1000 --fir mean.txt --full-scale 4");
+    command.SetFooter(R"(
+Through spectra (--lowpass, --highpass): first, second and butterworth are the analogue filters,
+with their phase: -3 dB at the corner (second: the gain is Q there). slope and cut are gains without
+phase, 1 on one side of the corner; on the other slope falls by 6 dB per octave and order and cut
+leaves nothing, sharp to about four line spacings, rate/block. With both corners the filters follow
+one another. Every sample stays in its place. Near the ends, as far as the impulse response reaches
+(at most a quarter of a block), the result depends on what --ends assumes. With --ends periodic the
+signal is kept in memory.
+
+With --ends hold the signal has always had its first value, with zeros it begins from nothing. A
+high-pass would take a first value in the middle of a vibration for an offset, and its end for a
+step: there zeros is the default, and hold is for a signal that rests on an offset before it begins.
+
+Sample by sample (--butterworth, --fir, --fir-set): one filter after the other, FIR first, block by
+block however long the file is. --butterworth is the digital filter of a controller, causal, -3 dB
+at the corner. The delay of symmetric FIR filters is taken out.
+)",
+                      R"(
+awk 'BEGIN { for (i = 0; i < 5000; ++i) print 1 + sin(0.1 * i) + sin(2 * i) }' > mixed.txt
+kvx import mixed.txt -o mixed.vdf2 --rate 1000 --unit g --name mixed
+kvx filter mixed.vdf2 -o low.vdf2 --lowpass 50
+kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1 --ends zeros
+kvx filter mixed.vdf2 -o band.vdf2 --butterworth hp 2 5 --butterworth lp 6 50
+echo 0.25 0.5 0.25 > mean.txt
+kvx filter mixed.txt -o mean.wav --rate 1000 --fir mean.txt --full-scale 4
+)");
     command.OnRun([=](ByteStream& out) { RunFilter(*options, out); });
 }
 

@@ -89,13 +89,15 @@ void AddImport(Command app) {
     command.AddOption("--text", options->text, "Free text of the header; without it the input's name")
         .Type("TEXT");
     AddRecordingOptions(command, &options->recording);
-    command.SetFooter(
-        "Values are stored in the standard unit of their dimension and shown in the unit given. Channels of\n"
-        "one unit make one record.\n\n"
-        "Example:\n"
-        "  printf 'time,top [g],base [g]\\n0,0.1,0.2\\n0.5,0.3,-0.1\\n1,0.2,0.4\\n' > shaker.csv\n"
-        "  kvx import shaker.csv -o shaker.vdf2\n"
-        "  kvx import shaker.csv -o force.vdf2 --rate 2.0004 --channels base --unit N --name force");
+    command.SetFooter(R"(
+Values are stored in the standard unit of their dimension and shown in the unit given. Channels of
+one unit make one record.
+)",
+                      R"(
+printf 'time,top [g],base [g]\n0,0.1,0.2\n0.5,0.3,-0.1\n1,0.2,0.4\n' > shaker.csv
+kvx import shaker.csv -o shaker.vdf2
+kvx import shaker.csv -o force.vdf2 --rate 2.0004 --channels base --unit N --name force
+)");
     command.OnRun([=](ByteStream& out) { RunImport(*options, out); });
 }
 

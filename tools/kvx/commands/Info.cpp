@@ -375,12 +375,13 @@ void AddInfo(Command app) {
     command.AddOption("FILE", options->file, "File of either generation; one without data shows its header")
         .Required();
     command.AddFlag("--json", options->json, "As JSON, with all digits");
-    command.SetFooter(
-        "Figures are in the unit of the record; peak is the largest magnitude.\n\n"
-        "Example:\n"
-        "  printf '0,0.1\\n0.5,0.3\\n1,0.2\\n' | kvx import /dev/stdin -o shaker.vdf2 --unit g --text "
-        "'Shaker 3'\n"
-        "  kvx info shaker.vdf2");
+    command.SetFooter(R"(
+Figures are in the unit of the record; peak is the largest magnitude.
+)",
+                      R"(
+printf '0,0.1\n0.5,0.3\n1,0.2\n' | kvx import /dev/stdin -o shaker.vdf2 --unit g --text 'Shaker 3'
+kvx info shaker.vdf2
+)");
     command.OnRun([=](ByteStream& out) { RunInfo(*options, out); });
 }
 

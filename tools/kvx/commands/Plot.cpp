@@ -176,18 +176,19 @@ void AddPlot(Command app) {
         .AddOption("--profile", options->profile,
                    "Draw this profile (see 'kvx synth') into the panes of densities")
         .Type("FILE");
-    command.SetFooter(
-        "Waveforms are drawn on linear axes, spectra and densities on logarithmic ones, transfer functions "
-        "as\n"
-        "magnitude and phase. Channels of different records, and so of different units, have panes of their\n"
-        "own.\n\n"
-        "Example:\n"
-        "  printf 'unit g2/Hz\\n20 0.01\\n80 0.04\\n350 0.04\\n2000 0.007\\n' > profile.txt\n"
-        "  kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20\n"
-        "  kvx plot random.vdf2 -o random.png --x 1,1.25 --title 'Random vibration'\n"
-        "  kvx psd random.vdf2 -o random-psd.vdf2 --block 2048\n"
-        "  kvx plot random-psd.vdf2 -o random-psd.svg --x 10,3000 --profile profile.txt\n"
-        "  kvx plot random-psd.vdf2 -o random-psd.pdf --size A4 --scheme printer --store-settings mine.gci2");
+    command.SetFooter(R"(
+Waveforms are drawn on linear axes, spectra and densities on logarithmic ones, transfer functions as
+magnitude and phase. Channels of different records, and so of different units, have panes of their
+own.
+)",
+                      R"(
+printf 'unit g2/Hz\n20 0.01\n80 0.04\n350 0.04\n2000 0.007\n' > profile.txt
+kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20
+kvx plot random.vdf2 -o random.png --x 1,1.25 --title 'Random vibration'
+kvx psd random.vdf2 -o random-psd.vdf2 --block 2048
+kvx plot random-psd.vdf2 -o random-psd.svg --x 10,3000 --profile profile.txt
+kvx plot random-psd.vdf2 -o random-psd.pdf --size A4 --scheme printer --store-settings mine.gci2
+)");
     command.OnRun([=](ByteStream& out) { RunPlot(*options, out); });
 }
 

@@ -126,19 +126,19 @@ void AddResample(Command app) {
         .Type("NAME")
         .ShowDefault();
     AddStreamOptions(command, "--input-rate", &options->stream);
-    command.SetFooter(
-        "Ratios: 1, 2, 4, 5, 8, 10, 16, 20, 25, 32, 40, 50, 80, 100, 160, 200, 250, 320, 400, 500. The "
-        "band up\n"
-        "to the lower rate over 2.56 passes. Samples stand at whole multiples of their distance from 0 s, so "
-        "that\n"
-        "every event stays at its time. Files are read and written block by block, however long they "
-        "are.\n\n"
-        "Example:\n"
-        "  awk 'BEGIN { for (i = 0; i < 8000; ++i) print sin(0.02 * i) }' > sine.txt\n"
-        "  kvx import sine.txt -o sine.vdf2 --rate 8000 --unit g --name sine\n"
-        "  kvx resample sine.vdf2 -o slow.vdf2 --down 8\n"
-        "  kvx resample slow.vdf2 -o fast.vdf2 --rate 8000\n"
-        "  kvx resample sine.txt -o sine.wav --input-rate 8000 --up 2");
+    command.SetFooter(R"(
+Ratios: 1, 2, 4, 5, 8, 10, 16, 20, 25, 32, 40, 50, 80, 100, 160, 200, 250, 320, 400, 500. The band
+up to the lower rate over 2.56 passes. Samples stand at whole multiples of their distance from 0 s,
+so that every event stays at its time. Files are read and written block by block, however long they
+are.
+)",
+                      R"(
+awk 'BEGIN { for (i = 0; i < 8000; ++i) print sin(0.02 * i) }' > sine.txt
+kvx import sine.txt -o sine.vdf2 --rate 8000 --unit g --name sine
+kvx resample sine.vdf2 -o slow.vdf2 --down 8
+kvx resample slow.vdf2 -o fast.vdf2 --rate 8000
+kvx resample sine.txt -o sine.wav --input-rate 8000 --up 2
+)");
     command.OnRun([=](ByteStream& out) { RunResample(*options, out); });
 }
 

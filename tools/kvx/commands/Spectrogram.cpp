@@ -147,17 +147,18 @@ void AddSpectrogram(Command app) {
     command.AddOption("--unit", options->unit, "Show the levels in this unit").Type("UNIT");
     options->input.recording.unitName = "--input-unit";
     AddRecordingOptions(command, &options->input.recording);
-    command.SetFooter(
-        "The waveform is cut into blocks as 'kvx psd' cuts it. Each slice is the spectrum of one block, or\n"
-        "averaged over several where there are too many; it stands at the time of their middle. Every "
-        "channel\n"
-        "has a pane of its own.\n\n"
-        "Example:\n"
-        "  awk 'BEGIN { print \"sweep [g]\"; for (i = 0; i < 32768; ++i) {\n"
-        "      t = i / 4096; print sin(6.2831853 * 20 * (exp(0.5 * t) - 1) / 0.5) } }' > sweep.csv\n"
-        "  kvx import sweep.csv -o sweep.vdf2 --rate 4096\n"
-        "  kvx spectrogram sweep.vdf2 -o sweep.png --block 512 --overlap 75\n"
-        "  kvx spectrogram sweep.vdf2 -o sweep.svg --waterfall --x 10,1500 --y-scale linear");
+    command.SetFooter(R"(
+The waveform is cut into blocks as 'kvx psd' cuts it. Each slice is the spectrum of one block, or
+averaged over several where there are too many; it stands at the time of their middle. Every channel
+has a pane of its own.
+)",
+                      R"(
+awk 'BEGIN { print "sweep [g]"; for (i = 0; i < 32768; ++i) {
+    t = i / 4096; print sin(6.2831853 * 20 * (exp(0.5 * t) - 1) / 0.5) } }' > sweep.csv
+kvx import sweep.csv -o sweep.vdf2 --rate 4096
+kvx spectrogram sweep.vdf2 -o sweep.png --block 512 --overlap 75
+kvx spectrogram sweep.vdf2 -o sweep.svg --waterfall --x 10,1500 --y-scale linear
+)");
     command.OnRun([=](ByteStream& out) { RunSpectrogram(*options, out); });
 }
 

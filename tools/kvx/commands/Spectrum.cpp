@@ -20,15 +20,16 @@ void AddSpectrum(Command app) {
         .AddOption("--start", options->startSeconds, "Begin of that block, in seconds from the first sample")
         .Type("S")
         .Check(NonNegativeNumber());
-    command.SetFooter(
-        "Peak amplitudes in the channel's unit: a sine of amplitude A that stands on a line reads A with "
-        "every\n"
-        "window. The rms is that of the signal in the band, freed of the window's spreading.\n\n"
-        "Example:\n"
-        "  awk 'BEGIN { for (i = 0; i < 4096; ++i) print sin(6.283185307179586 * i / 64) }' > sine.txt\n"
-        "  kvx import sine.txt -o sine.vdf2 --rate 2048 --unit g --name sine\n"
-        "  kvx spectrum sine.vdf2 --block 1024 --window flat-top\n"
-        "  kvx spectrum sine.vdf2 -o block.vdf2 --block 1024 --complex --start 0.5");
+    command.SetFooter(R"(
+Peak amplitudes in the channel's unit: a sine of amplitude A that stands on a line reads A with
+every window. The rms is that of the signal in the band, freed of the window's spreading.
+)",
+                      R"(
+awk 'BEGIN { for (i = 0; i < 4096; ++i) print sin(6.283185307179586 * i / 64) }' > sine.txt
+kvx import sine.txt -o sine.vdf2 --rate 2048 --unit g --name sine
+kvx spectrum sine.vdf2 --block 1024 --window flat-top
+kvx spectrum sine.vdf2 -o block.vdf2 --block 1024 --complex --start 0.5
+)");
     command.OnRun([=](ByteStream& out) {
         if (*isComplex) {
             options->kind = LineKind::kComplex;

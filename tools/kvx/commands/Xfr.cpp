@@ -386,18 +386,18 @@ void AddXfr(Command app) {
         .Type("LIST");
     AddRecordingOptions(command, &options->input.recording);
     command.AddFlag("--json", options->json, "Report as JSON, with all digits");
-    command.SetFooter(
-        "H1: the averaged cross power over the averaged power of the reference. The output holds one "
-        "complex\n"
-        "record per unit of the responses, in that unit over the reference's, and last a record with the\n"
-        "coherences; each response is a row, the reference the column. Blocks are cut as 'kvx psd' cuts "
-        "them;\n"
-        "blows that each fill a block, begin and end at rest, want --window rectangular --overlap 0.\n\n"
-        "Example:\n"
-        "  awk 'BEGIN { srand(1); print \"force [N],top [m/s2]\"; for (i = 0; i < 8192; ++i) {\n"
-        "      f = rand() - 0.5; a = 1.9 * b - 0.95 * c + f; c = b; b = a; print f \",\" a } }' > beam.csv\n"
-        "  kvx import beam.csv -o beam.vdf2 --rate 1024\n"
-        "  kvx xfr beam.vdf2 -o beam-xfr.vdf2 --reference force --block 512 --at 20,40");
+    command.SetFooter(R"(
+H1: the averaged cross power over the averaged power of the reference. The output holds one complex
+record per unit of the responses, in that unit over the reference's, and last a record with the
+coherences; each response is a row, the reference the column. Blocks are cut as 'kvx psd' cuts them;
+blows that each fill a block, begin and end at rest, want --window rectangular --overlap 0.
+)",
+                      R"(
+awk 'BEGIN { srand(1); print "force [N],top [m/s2]"; for (i = 0; i < 8192; ++i) {
+    f = rand() - 0.5; a = 1.9 * b - 0.95 * c + f; c = b; b = a; print f "," a } }' > beam.csv
+kvx import beam.csv -o beam.vdf2 --rate 1024
+kvx xfr beam.vdf2 -o beam-xfr.vdf2 --reference force --block 512 --at 20,40
+)");
     command.OnRun([=](ByteStream& out) { RunXfr(*options, out); });
 }
 
