@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include <KvxPlot01/Graph.h>
+#include <KvxPlot01/GraphSheet.h>
 #include <KvxPlot01/Picture.h>
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <random>
+#include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/RecordSamples.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 namespace {
@@ -52,6 +57,26 @@ void Plot(benchmark::State& state, PictureFormat format, bool isLogarithmic, boo
     }
     state.SetItemsProcessed(state.iterations() * param.m_x.num);
 }
+
+/// Waveforms of 1000 samples, a graph each, on one sheet.
+void Sheet(benchmark::State& state) {
+    const std::vector<double> samples = Noise(1000);
+    CComDataWave wave(1e-3, state.range(0), 1, std::ssize(samples), 0, *kvx::ParseUnit(L"g"), nullptr,
+                      nullptr);
+    for (__int64 row = 0; row < wave.GetNumRow(); ++row)
+        std::ranges::copy(samples, kvx::Samples(wave, row, 0).begin());
+    for (auto _ : state) {
+        std::vector<RecordGraph> graphs;
+        for (__int64 row = 0; row < wave.GetNumRow(); ++row) {
+            const RecordCell cell{row, 0, L"noise"};
+            graphs.push_back(MakeRecordGraph(wave, {&cell, 1}));
+        }
+        const GraphSheet sheet(std::move(graphs), L"Noise");
+        benchmark::DoNotOptimize(
+            MakePicture(PictureFormat::kSvg, {{800.0, 500.0}}, [&](Canvas& canvas) { sheet.Draw(canvas); }));
+    }
+}
+BENCHMARK(Sheet)->Arg(1)->Arg(12)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_CAPTURE(Plot, Png, PictureFormat::kPng, false, false)
     ->Arg(1000)
