@@ -201,13 +201,13 @@ CArchive& CArchive::operator<<(const CStringArray& texts) {
 }
 
 CArchive& CArchive::operator>>(CStringArray& texts) {
-    ReadStrings(&texts, UINT64_MAX);
+    texts.clear();
+    texts = ReadStrings(UINT64_MAX);
     return *this;
 }
 
-void CArchive::ReadStrings(CStringArray* texts, std::uint64_t most) {
+CStringArray CArchive::ReadStrings(std::uint64_t most) {
     constexpr std::uint64_t kMostReserved = 1 << 16;  // while a source may end before the stated count
-    texts->clear();
     std::uint16_t count16 = 0;
     *this >> count16;
     std::uint32_t count = count16;
@@ -220,5 +220,5 @@ void CArchive::ReadStrings(CStringArray* texts, std::uint64_t most) {
     for (std::uint64_t i = 0; i < kept; ++i) *this >> loaded.emplace_back();
     CString dropped;
     for (std::uint64_t i = kept; i < count; ++i) *this >> dropped;
-    *texts = std::move(loaded);
+    return loaded;
 }

@@ -93,8 +93,8 @@ public:
     /// A string array: the count (16 bits, or FFFF and 32 bits), then each string.
     CArchive& operator<<(const CStringArray& texts);
     CArchive& operator>>(CStringArray& texts);
-    /// The same, of which only the first `most` strings are kept.
-    void ReadStrings(CStringArray* texts, std::uint64_t most);
+    /// A string array, of which only the first `most` strings are kept.
+    CStringArray ReadStrings(std::uint64_t most);
 
 private:
     void WriteLittleEndian(const void* values, std::size_t width, std::size_t count);

@@ -67,7 +67,7 @@ RecordOutline LoadRecordHead(CArchive& archive, Generation generation) {
         generation == Generation::first ? unit->Serialize1st(archive) : unit->Serialize(archive);
     const std::size_t smallestCell = HeadBytes<CplxArrayHead>(generation) + NumberBytes(generation);
     for (CStringArray* names : {&fields.rowNames, &fields.colNames})
-        archive.ReadStrings(names, archive.Remaining() / smallestCell);
+        *names = archive.ReadStrings(archive.Remaining() / smallestCell);
     RequireRecord(mode <= CComDataBase::MODE_AXIS);
 
     const auto head = LoadHead<CplxArrayMatrixHead>(archive, generation);
