@@ -252,10 +252,9 @@ private:
 // ---- reading ----
 
 struct DataFileReader::State {
-    template <class Source>
-    explicit State(Source&& source) : input(source) {}
+    explicit State(auto& source) : input(source) {}
 
-    static std::unique_ptr<State> Open(auto&& source, const ErrorPlace& file) {
+    static std::unique_ptr<State> Open(auto& source, const ErrorPlace& file) {
         return WithPlace(file, [&](ErrorPlace& place) {
             auto state = std::make_unique<State>(source);
             RecordScanner scanner(state->input.stream);
@@ -327,10 +326,9 @@ void DataFileReader::ReadAxis(__int64 record, __int64 start, std::span<double> v
 // ---- writing ----
 
 struct DataFileWriter::State {
-    template <class Destination>
-    explicit State(Destination&& destination) : output(destination) {}
+    explicit State(auto& destination) : output(destination) {}
 
-    static std::unique_ptr<State> Begin(auto&& destination, const ErrorPlace& file, const CComHdr& header,
+    static std::unique_ptr<State> Begin(auto& destination, const ErrorPlace& file, const CComHdr& header,
                                         std::vector<RecordOutline> records) {
         return WithPlace(file, [&](ErrorPlace& place) {
             RequireDataHeader(header);
