@@ -56,7 +56,7 @@ CUnitCtrl SignalUnit(std::string_view text) {
         const CUnitCtrl unit = first.calc == CUnitCtrl::CALC_DIVIDE ? CUnitCtrl() : SingleUnit(first.unit);
         if (PlainUnitName(*DensityUnit(unit)) == PlainUnitName(*density)) return unit;
     }
-    throw Error(ErrorKind::kDamaged,
+    throw Error(ErrorKind::kUnknownName,
                 Quote(text) + " is not the unit of a density such as g2/Hz or (m/s2)2/Hz");
 }
 
@@ -112,7 +112,7 @@ ProfileText ReadProfileText(const std::string& path) {
     InputFile file(WidePath(path));
     std::string text(kLongestProfile + 1, '\0');
     text.resize(file.Read(text.data(), text.size()));
-    if (text.size() > kLongestProfile) throw Error(ErrorKind::kDamaged, "it is too long for a profile");
+    if (text.size() > kLongestProfile) throw Error(ErrorKind::kUnsupported, "it is too long for a profile");
     return ParseProfileText(text);
 }
 

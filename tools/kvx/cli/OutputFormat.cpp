@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include <KvxRecording01/Formats.h>
+
 #include "cli/Failure.h"
 #include "cli/StandardStreams.h"
 
@@ -16,20 +18,28 @@ struct End {
     std::string_view text;
     OutputFormat format;
 };
-// clang-format off
-constexpr std::array kEnds = {
-    End{".vdf2", OutputFormat::dataFile},
-    End{".wav",  OutputFormat::wav},
-    End{".csv",  OutputFormat::csv},
-    End{".txt",  OutputFormat::text},
-    End{".svg",  OutputFormat::svg},
-    End{".pdf",  OutputFormat::pdf},
-    End{".png",  OutputFormat::png},
-    End{".jpg",  OutputFormat::jpeg},
-    End{".jpeg", OutputFormat::jpeg},
-    End{".gci2", OutputFormat::settings},
-};
-// clang-format on
+std::string_view EndOfFormat(Format format, std::size_t index = 0) {
+    return RowOf(format).ends[index];
+}
+
+/// The ends of names: those of the formats of recordings, and those of what only the tool writes.
+const auto& Ends() {
+    // clang-format off
+    static const std::array ends = {
+        End{EndOfFormat(Format::dataFile), OutputFormat::dataFile},
+        End{EndOfFormat(Format::wav),      OutputFormat::wav},
+        End{EndOfFormat(Format::text, 0),  OutputFormat::csv},
+        End{EndOfFormat(Format::text, 1),  OutputFormat::text},
+        End{".svg",  OutputFormat::svg},
+        End{".pdf",  OutputFormat::pdf},
+        End{".png",  OutputFormat::png},
+        End{".jpg",  OutputFormat::jpeg},
+        End{".jpeg", OutputFormat::jpeg},
+        End{".gci2", OutputFormat::settings},
+    };
+    // clang-format on
+    return ends;
+}
 
 /// The end of a name in small letters, with its dot.
 std::string EndOf(const std::string& name) {
@@ -42,15 +52,15 @@ std::string EndOf(const std::string& name) {
 
 /// The row of an end among those of `formats`; null when there is none.
 const End* Find(std::string_view end, std::span<const OutputFormat> formats) {
-    const auto row = std::ranges::find(kEnds, end, &End::text);
-    return row != kEnds.end() && std::ranges::count(formats, row->format) > 0 ? &*row : nullptr;
+    const auto row = std::ranges::find(Ends(), end, &End::text);
+    return row != Ends().end() && std::ranges::count(formats, row->format) > 0 ? &*row : nullptr;
 }
 
 /// ".svg, .pdf, .png or .jpg", with the dots or without them.
 std::string ListOf(std::span<const OutputFormat> formats, bool hasDots = true) {
     std::string list;
     for (std::size_t i = 0; i < formats.size(); ++i) {
-        const End& end = *std::ranges::find(kEnds, formats[i], &End::format);
+        const End& end = *std::ranges::find(Ends(), formats[i], &End::format);
         list += i == 0 ? "" : i + 1 < formats.size() ? ", " : " or ";
         list += end.text.substr(hasDots ? 0 : 1);
     }
