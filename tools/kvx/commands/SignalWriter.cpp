@@ -54,9 +54,12 @@ void AddSamplesOption(Command& command, std::string* samples) {
         .ShowDefault();
 }
 
+WavSamples WavSamplesOf(const WavChoice& choice) {
+    return Choose(kSampleNames, "--samples", choice.samples).samples;
+}
+
 WavOptions WavOptionsOf(const WavChoice& choice) {
-    return {Choose(kSampleNames, "--samples", choice.samples).samples, choice.fullScale.value_or(1.0),
-            OptionNames()};
+    return {WavSamplesOf(choice), choice.fullScale.value_or(1.0), OptionNames()};
 }
 
 std::unique_ptr<SignalWriter> CreateDataFile(const std::string& path, const std::wstring& text,

@@ -20,7 +20,8 @@ struct WavChoice {
     std::optional<double> fullScale;
 };
 void AddSamplesOption(Command& command, std::string* samples);
-/// Throws ValueError.
+/// Throw ValueError.
+WavSamples WavSamplesOf(const WavChoice& choice);
 WavOptions WavOptionsOf(const WavChoice& choice);
 
 /// Begins a data file with one record per run and unit; "-" is standard output.

@@ -47,7 +47,7 @@ void AddStreamOptions(Command& command, const std::string& rateName, StreamOptio
 std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options) {
     RequireAnotherFile(options.input, options.output.name);
     const bool isForSound = options.IsForSound();
-    WavOptionsOf({options.samples, {}});  // a wrong kind is told before the work
+    WavSamplesOf({options.samples, {}});  // a wrong kind is told before the work
     return Doing(verb, options.input, [&] {
         Progress progress("reading " + InputName(options.input));
         return OpenSignal(options.input, options.channels, options.recording, isForSound, progress);
