@@ -46,8 +46,8 @@ void PrintChannels(kvx::SignalReader& reader, std::size_t run) {
         // The samples are in the standard unit of their dimension.
         const auto& [name, unit, number] = signal.channels[c];
         const double rms = std::sqrt(squares[c] / static_cast<double>(signal.samples));
-        std::printf("%3zu  %-12s  rms %.6g %s\n", number, kvx::ToUtf8(name).c_str(), unit.ConvDtoI(rms, 1.0, 0),
-                    kvx::UnitText(unit).c_str());
+        std::printf("%3zu  %-12s  rms %.6g %s\n", number, kvx::ToUtf8(name).c_str(),
+                    unit.ConvDtoI(rms, 1.0, 0), kvx::UnitText(unit).c_str());
     }
 }
 

@@ -104,7 +104,8 @@ public:
     CsvSignalWriter(const std::string& path, const SignalRun& run)
         : file_(WidePath(path)), csv_(file_, CUnitCtrl(CUnitCtrl::DIM_TIME), ColumnsOf(run)), run_(run) {}
 
-    void Write(std::size_t, std::span<double* const> channels, std::size_t count) override {
+    void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
+        RequireChannels(channels.size(), run == 0 ? run_.channels.size() : 0);
         axis_.resize(count);
         for (double& time : axis_) time = static_cast<double>(run_.offset + done_++) * run_.delta;
         csv_.Write(axis_, {channels.data(), channels.size()});
@@ -145,6 +146,7 @@ CsvWriter::CsvWriter(ByteStream& stream, const CUnitCtrl& axisUnit, std::vector<
 }
 
 void CsvWriter::Write(std::span<const double> axis, std::span<const double* const> columns) {
+    RequireChannels(columns.size(), columns_.size());
     const auto rows = static_cast<__int64>(axis.size());
     std::vector<std::vector<double>> shown(columns.size(), std::vector<double>(axis.size()));
     std::vector<std::vector<double>> again = shown;

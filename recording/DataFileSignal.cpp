@@ -38,6 +38,7 @@ public:
     }
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        RequireChannels(targets.size(), run < runs_.size() ? runs_[run].channels.size() : 0);
         Enter(run);
         const __int64 left = runs_[run].samples - done_;
         const auto count = static_cast<std::size_t>(std::min(static_cast<__int64>(room), left));
@@ -76,6 +77,7 @@ public:
         : records_(LayOut(runs)), file_(path, text, records_), done_(runs.size()) {}
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
+        RequireChannels(channels.size(), run < places_.size() ? places_[run].size() : 0);
         for (std::size_t c = 0; c < channels.size(); ++c) {
             const auto [record, row] = places_[run][c];
             file_.WriteReal(record, row, done_[run], {channels[c], count});

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/CsvFile.h>
 #include <KvxRecording01/detail/DataFileBlocks.h>
 #include <KvxRecording01/detail/DataFileCells.h>
@@ -116,7 +117,13 @@ const std::vector<RecordTable::Column>& RecordTable::Columns() const {
 }
 
 void RecordTable::SetUnit(std::size_t column, const CUnitCtrl& unit) {
-    state_->columns.at(column).unit = unit;
+    if (column >= state_->columns.size())
+        throw Error(ErrorKind::kBadValue, "there is no column " + std::to_string(column));
+    if (!IsConvertible(state_->columns[column].unit, unit)) {
+        throw Error(ErrorKind::kBadValue,
+                    UnitText(state_->columns[column].unit) + " does not convert to " + UnitText(unit));
+    }
+    state_->columns[column].unit = unit;
 }
 
 __int64 RecordTable::Count() const {

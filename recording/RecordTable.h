@@ -43,7 +43,7 @@ public:
     RecordTable& operator=(RecordTable&&) noexcept;
 
     const std::vector<Column>& Columns() const;
-    /// Chooses the unit of a column, one that its values convert to.
+    /// Chooses the unit of a column. Throws Error for one that its values do not convert to.
     void SetUnit(std::size_t column, const CUnitCtrl& unit);
     __int64 Count() const;  ///< of rows
     CUnitCtrl AxisUnit() const;

@@ -58,8 +58,9 @@ public:
         std::ranges::move(axis.remarks, std::back_inserter(remarks_));
     }
 
-    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+    std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
         const Channels& channels = runs_.front().channels;
+        RequireChannels(targets.size(), run == 0 ? channels.size() : 0);
         std::vector<double*> all(recording_->Info().channels.size(), nullptr);
         for (std::size_t c = 0; c < channels.size(); ++c) all[channels[c].number - 1] = targets[c];
         const std::size_t count = recording_->Read(all, room);
@@ -134,6 +135,14 @@ void SignalReader::Skip(std::size_t run, __int64 count) {
         if (passed == 0) return;
         count -= static_cast<__int64>(passed);
     }
+}
+
+void RequireChannels(std::size_t given, std::size_t expected) {
+    if (given == expected && expected > 0) return;
+    throw Error(ErrorKind::kBadValue, expected == 0 ? "there is no such run"
+                                                    : "the run has " +
+                                                          Count(static_cast<long long>(expected), "channel") +
+                                                          ", not " + std::to_string(given));
 }
 
 StatementError::StatementError(std::string sentence) : Error(ErrorKind::kBadValue, std::move(sentence)) {}

@@ -99,7 +99,8 @@ public:
         }
     }
 
-    void Write(std::size_t, std::span<double* const> channels, std::size_t count) override {
+    void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
+        RequireChannels(channels.size(), run == 0 ? scales_.size() : 0);
         for (std::size_t c = 0; c < channels.size(); ++c) scales_[c].Apply({channels[c], count});
         file_.Write({channels.data(), channels.size()}, count);
     }

@@ -3,6 +3,7 @@
 // What reads and writes the formats, for their rows in Formats.cpp: one source file per format.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,9 @@
 #include <KvxRecording01/SignalWriter.h>
 
 namespace kvx {
+
+/// Throws Error unless `given` channels of a run are the `expected` ones; 0 where there is no such run.
+void RequireChannels(std::size_t given, std::size_t expected);
 
 /// The waveforms of a data file.
 std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const SignalChoice& choice);

@@ -163,6 +163,14 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
                           writer->Commit();
                       }),
               "channel 'c1' would be clipped: it reaches 1 g and full scale is 0.5; raise fullScale");
+    for (const Format format : {Format::dataFile, Format::wav, Format::text}) {
+        const auto writer = CreateSignalFile(path, format, {good});
+        double sample = 0.0;
+        const std::vector<double*> two = {&sample, &sample};
+        EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { writer->Write(0, two, 1); }),
+                  "the run has 1 channel, not 2");
+        EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { writer->Write(1, two, 1); }), "there is no such run");
+    }
     EXPECT_EQ(folder.Count(), 0U);
 }
 
@@ -265,6 +273,8 @@ TEST(RecordTable, BecomesTextWithWhateverAxisAndParts) {
     RecordTable table(path, {"", 2});
     table.SetUnit(0, NamedUnit("kN"));
     EXPECT_FALSE(table.IsWaveform());
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { table.SetUnit(0, NamedUnit("g")); }),
+              "kN does not convert to g");
     EXPECT_EQ(CsvOf(std::move(table)),
               "frequency [Hz],a re [kN],a im [kN]\n1,0,-0.00025\n1.5,0.001,-0.00025\n2,0.002,-0.00025\n");
     const ErrorKind kind = ErrorKind::kUnsupported;
