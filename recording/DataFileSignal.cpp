@@ -5,11 +5,11 @@
 #include <utility>
 
 #include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitText.h>
-#include <KvxRecording01/detail/DataFileBlocks.h>
-#include <KvxRecording01/detail/DataFileCells.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
@@ -17,23 +17,19 @@ namespace {
 
 class DataFileSignal : public SignalReader {
 public:
-    DataFileSignal(const std::string& path, const SignalChoice& choice) : file_(path) {
-        text_ = file_.Text();
+    DataFileSignal(const std::string& path, const ChannelChoice& choice) : file_(WidePath(path)) {
+        text_ = file_.Head().header.GetName();
         const std::vector<RecordOutline>& records = file_.Records();
-        for (Cell& cell : SelectCells(records, choice)) {
-            const RecordOutline& record = records[cell.record];
-            if (!IsWaveform(record)) {
-                throw Error(ErrorKind::kUnsupported,
-                            "record " + std::to_string(cell.record + 1) + " is not a time waveform");
-            }
-            RequireEvenAxis(record, cell.record);
-            if (cells_.empty() || cells_.back().front().record != cell.record) {
+        for (Channel& channel : SelectChannels(records, choice)) {
+            const RecordOutline& record = records[channel.record];
+            RequireWaveform(record, channel.record);
+            if (channels_.empty() || channels_.back().front().record != channel.record) {
                 runs_.push_back(
-                    {cell.record + 1, record.fields.delta, record.fields.offset, record.nsamp, {}});
-                cells_.emplace_back();
+                    {channel.record + 1, record.fields.delta, record.fields.offset, record.nsamp, {}});
+                channels_.emplace_back();
             }
-            runs_.back().channels.push_back({cell.name, record.fields.unit, cell.number});
-            cells_.back().push_back(std::move(cell));
+            runs_.back().channels.push_back({channel.name, record.fields.unit, channel.number});
+            channels_.back().push_back(std::move(channel));
         }
     }
 
@@ -43,8 +39,8 @@ public:
         const __int64 left = runs_[run].samples - done_;
         const auto count = static_cast<std::size_t>(std::min(static_cast<__int64>(room), left));
         for (std::size_t c = 0; c < targets.size() && count > 0; ++c) {
-            file_.ReadReal(cells_[run][c], done_, {targets[c], count});
-            RequireValues({targets[c], count}, cells_[run][c].name, done_);
+            file_.ReadReal(PlaceOf(channels_[run][c], done_), {targets[c], count});
+            RequireValues({targets[c], count}, channels_[run][c].name, done_);
         }
         done_ += static_cast<__int64>(count);
         return count;
@@ -62,8 +58,8 @@ private:
         done_ = 0;
     }
 
-    DataFileInput file_;
-    std::vector<std::vector<Cell>> cells_;  ///< per run and channel
+    DataFileReader file_;
+    std::vector<std::vector<Channel>> channels_;  ///< per run and channel
     std::size_t run_ = 0;
     __int64 done_ = 0;  ///< samples of the run that were read
 };
@@ -74,13 +70,15 @@ class DataFileSignalWriter : public SignalWriter {
 public:
     DataFileSignalWriter(const std::string& path, const std::vector<SignalRun>& runs,
                          const std::wstring& text)
-        : records_(LayOut(runs)), file_(path, text, records_), done_(runs.size()) {}
+        : records_(LayOut(runs)),
+          file_(WidePath(path), CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), records_),
+          done_(runs.size()) {}
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
         RequireChannels(channels.size(), run < places_.size() ? places_[run].size() : 0);
         for (std::size_t c = 0; c < channels.size(); ++c) {
             const auto [record, row] = places_[run][c];
-            file_.WriteReal(record, row, done_[run], {channels[c], count});
+            file_.WriteReal({record, row, 0, done_[run]}, {channels[c], count});
         }
         done_[run] += static_cast<__int64>(count);
     }
@@ -138,13 +136,13 @@ private:
 
     std::vector<std::vector<Place>> places_;  ///< per run and channel
     std::vector<RecordOutline> records_;
-    DataFileOutput file_;
+    DataFileWriter file_;
     std::vector<__int64> done_;  ///< samples written per run
 };
 
 }  // namespace
 
-std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const SignalChoice& choice) {
+std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const ChannelChoice& choice) {
     return std::make_unique<DataFileSignal>(path, choice);
 }
 

@@ -5,11 +5,12 @@
 #include <cstdint>
 #include <utility>
 
+#include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/CsvFile.h>
-#include <KvxRecording01/detail/DataFileBlocks.h>
-#include <KvxRecording01/detail/DataFileCells.h>
+#include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
 namespace {
@@ -29,19 +30,25 @@ void ForEachBlock(RecordTable& table, const ProgressFunction& progress, Use use)
     }
 }
 
-/// The samples of a waveform as a WAV file holds them, block by block.
+/// The samples of a waveform as a WAV file holds them, block by block. Operations throw Error for what a WAV
+/// file cannot hold.
 class WavBlocks {
 public:
-    WavBlocks(const RecordTable& table, const WavOptions& options) : samples_(table.Columns().size()) {
-        for (const RecordTable::Column& column : table.Columns()) {
+    WavBlocks(const RecordTable& table, const WavOptions& options)
+        : columns_(table.Columns()), samples_(columns_.size()) {
+        if (!table.IsWaveform())
+            throw Error(ErrorKind::kUnsupported, "a WAV file holds time waveforms only; choose CSV");
+        WavRate(table.Spacing());
+        for (const RecordTable::Column& column : columns_) {
             scales_.emplace_back(column.name, column.unit, options);
         }
     }
 
-    /// The scaled samples of all columns.
-    std::vector<const double*> Scale(const RecordTable::Rows& rows) {
+    /// The scaled samples of all columns, of which `done` rows came before.
+    std::vector<const double*> Scale(const RecordTable::Rows& rows, __int64 done) {
         std::vector<const double*> channels;
-        for (std::size_t c = 0; c < samples_.size(); ++c) {
+        for (std::size_t c = 0; c < columns_.size(); ++c) {
+            RequireValues(rows.real[c], columns_[c].name, done);
             samples_[c] = rows.real[c];
             scales_[c].Apply(samples_[c]);
             channels.push_back(samples_[c].data());
@@ -53,6 +60,7 @@ public:
     }
 
 private:
+    const std::vector<RecordTable::Column>& columns_;
     std::vector<WavScale> scales_;
     std::vector<std::vector<double>> samples_;
 };
@@ -60,20 +68,20 @@ private:
 }  // namespace
 
 struct RecordTable::State {
-    DataFileInput file;
-    std::vector<Cell> cells = {};
+    DataFileReader file;
+    std::vector<Channel> channels = {};
     std::vector<Column> columns = {};
     Rows rows = {};
 
-    const RecordOutline& Record(const Cell& cell) const { return file.Records()[cell.record]; }
+    const RecordOutline& Record(const Channel& channel) const { return file.Records()[channel.record]; }
 
-    bool HaveSameAxis(const Cell& a, const Cell& b);
+    bool HaveSameAxis(const Channel& a, const Channel& b);
+    void ReadAxis(__int64 first, std::span<double> values);
 };
 
-bool RecordTable::State::HaveSameAxis(const Cell& a, const Cell& b) {
+bool RecordTable::State::HaveSameAxis(const Channel& a, const Channel& b) {
     const RecordOutline& first = Record(a);
     const RecordOutline& second = Record(b);
-    if (a.record == b.record) return true;
     if (first.fields.mode != second.fields.mode || first.nsamp != second.nsamp ||
         first.fields.hunit != second.fields.hunit) {
         return false;
@@ -83,27 +91,35 @@ bool RecordTable::State::HaveSameAxis(const Cell& a, const Cell& b) {
     std::vector<double> values[2];
     for (__int64 done = 0; done < first.nsamp; done += std::ssize(values[0])) {
         const auto count = std::min(static_cast<__int64>(kBlock), first.nsamp - done);
-        for (const Cell* cell : {&a, &b}) {
-            std::vector<double>& axis = values[cell == &b];
+        for (const Channel* channel : {&a, &b}) {
+            std::vector<double>& axis = values[channel == &b];
             axis.resize(static_cast<std::size_t>(count));
-            file.ReadAxis(cell->record, done, axis);
+            file.ReadAxis(static_cast<__int64>(channel->record), done, axis);
         }
         if (values[0] != values[1]) return false;
     }
     return true;
 }
 
-RecordTable::RecordTable(const std::string& path, const SignalChoice& choice, const StatementNames& called)
-    : state_(new State{DataFileInput(path)}) {
+void RecordTable::State::ReadAxis(__int64 first, std::span<double> values) {
+    const CComDataBase::Fields& fields = Record(channels.front()).fields;
+    if (fields.mode == CComDataBase::MODE_AXIS)
+        return file.ReadAxis(static_cast<__int64>(channels.front().record), first, values);
+    for (double& value : values) value = static_cast<double>(fields.offset + first++) * fields.delta;
+}
+
+RecordTable::RecordTable(const std::string& path, const ChannelChoice& choice, const StatementNames& called)
+    : state_(new State{DataFileReader(WidePath(path))}) {
     State& state = *state_;
-    state.cells = SelectCells(state.file.Records(), choice);
-    for (const Cell& cell : state.cells) RequireEvenAxis(state.Record(cell), cell.record);
-    for (const Cell& cell : state.cells) {
-        const RecordOutline& record = state.Record(cell);
-        state.columns.push_back({cell.name, record.fields.unit, record.isComplex});
-        if (state.HaveSameAxis(state.cells.front(), cell)) continue;
-        throw Error(ErrorKind::kUnsupported, "records " + std::to_string(state.cells.front().record + 1) +
-                                                 " and " + std::to_string(cell.record + 1) +
+    state.channels = SelectChannels(state.file.Records(), choice);
+    const Channel* before = &state.channels.front();
+    for (const Channel& channel : state.channels) {
+        const RecordOutline& record = state.Record(channel);
+        state.columns.push_back({channel.name, record.fields.unit, record.isComplex});
+        const bool isOfSameRecord = channel.record == std::exchange(before, &channel)->record;
+        if (isOfSameRecord || state.HaveSameAxis(state.channels.front(), channel)) continue;
+        throw Error(ErrorKind::kUnsupported, "records " + std::to_string(state.channels.front().record + 1) +
+                                                 " and " + std::to_string(channel.record + 1) +
                                                  " differ in their axis; choose one with " + called.record);
     }
 }
@@ -127,21 +143,21 @@ void RecordTable::SetUnit(std::size_t column, const CUnitCtrl& unit) {
 }
 
 __int64 RecordTable::Count() const {
-    return state_->Record(state_->cells.front()).nsamp;
+    return state_->Record(state_->channels.front()).nsamp;
 }
 
 CUnitCtrl RecordTable::AxisUnit() const {
-    return state_->Record(state_->cells.front()).fields.hunit;
+    return state_->Record(state_->channels.front()).fields.hunit;
 }
 
 double RecordTable::Spacing() const {
-    const CComDataBase::Fields& fields = state_->Record(state_->cells.front()).fields;
+    const CComDataBase::Fields& fields = state_->Record(state_->channels.front()).fields;
     return fields.mode == CComDataBase::MODE_SPACING ? fields.delta : 0.0;
 }
 
 bool RecordTable::IsWaveform() const {
-    return std::ranges::all_of(state_->cells,
-                               [&](const Cell& cell) { return kvx::IsWaveform(state_->Record(cell)); });
+    return std::ranges::all_of(
+        state_->channels, [&](const Channel& channel) { return kvx::IsWaveform(state_->Record(channel)); });
 }
 
 const RecordTable::Rows& RecordTable::Read(__int64 first, std::size_t count) {
@@ -150,14 +166,15 @@ const RecordTable::Rows& RecordTable::Read(__int64 first, std::size_t count) {
     const __int64 left = std::max<__int64>(0, Count() - first);
     count = static_cast<std::size_t>(std::min(left, static_cast<__int64>(count)));
     rows.axis.resize(count);
-    rows.real.resize(state.cells.size());
-    rows.imaginary.resize(state.cells.size());
-    if (count > 0) state.file.ReadAxis(state.cells.front().record, first, rows.axis);
-    for (std::size_t c = 0; c < state.cells.size(); ++c) {
+    rows.real.resize(state.channels.size());
+    rows.imaginary.resize(state.channels.size());
+    if (count > 0) state.ReadAxis(first, rows.axis);
+    for (std::size_t c = 0; c < state.channels.size(); ++c) {
         rows.real[c].resize(count);
         rows.imaginary[c].resize(state.columns[c].isComplex ? count : 0);
-        if (count > 0) state.file.ReadReal(state.cells[c], first, rows.real[c]);
-        if (!rows.imaginary[c].empty()) state.file.ReadImaginary(state.cells[c], first, rows.imaginary[c]);
+        if (count > 0) state.file.ReadReal(PlaceOf(state.channels[c], first), rows.real[c]);
+        if (!rows.imaginary[c].empty())
+            state.file.ReadImaginary(PlaceOf(state.channels[c], first), rows.imaginary[c]);
     }
     return rows;
 }
@@ -181,26 +198,19 @@ void WriteCsv(RecordTable& table, ByteStream& stream, const ProgressFunction& pr
 }
 
 void RequireWav(RecordTable& table, const WavOptions& options) {
-    if (!table.IsWaveform())
-        throw Error(ErrorKind::kUnsupported, "a WAV file holds time waveforms only; choose CSV");
-    WavRate(table.Spacing());
     WavBlocks blocks(table, options);
-    ForEachBlock(table, {}, [&](const RecordTable::Rows& rows, __int64 done) {
-        for (std::size_t c = 0; c < rows.real.size(); ++c) {
-            RequireValues(rows.real[c], table.Columns()[c].name, done);
-        }
-        blocks.Scale(rows);
-    });
+    ForEachBlock(table, {}, [&](const RecordTable::Rows& rows, __int64 done) { blocks.Scale(rows, done); });
     blocks.RequireUnclipped();
 }
 
 void WriteWav(RecordTable& table, const std::string& path, const WavOptions& options,
               const ProgressFunction& progress) {
-    WavWriter file(path, table.Columns().size(), table.Count(), WavRate(table.Spacing()), options.samples);
     WavBlocks blocks(table, options);
-    ForEachBlock(table, progress, [&](const RecordTable::Rows& rows, __int64) {
-        file.Write(blocks.Scale(rows), rows.axis.size());
+    WavWriter file(path, table.Columns().size(), table.Count(), WavRate(table.Spacing()), options.samples);
+    ForEachBlock(table, progress, [&](const RecordTable::Rows& rows, __int64 done) {
+        file.Write(blocks.Scale(rows, done), rows.axis.size());
     });
+    blocks.RequireUnclipped();
     file.Commit();
 }
 

@@ -36,7 +36,7 @@ public:
     };
 
     /// Opens the data file at `path` (UTF-8). Throws Error, also for channels that differ in their axis.
-    explicit RecordTable(const std::string& path, const SignalChoice& choice = {},
+    explicit RecordTable(const std::string& path, const ChannelChoice& choice = {},
                          const StatementNames& called = {});
     ~RecordTable();
     RecordTable(RecordTable&&) noexcept;
@@ -65,11 +65,12 @@ private:
 KVX_RECORDING_API void WriteCsv(RecordTable& table, ByteStream& stream,
                                 const ProgressFunction& progress = {});
 
-/// Throws Error for a table that cannot be written as a WAV file: one that is no waveform, lacks values, has
-/// a rate that is not whole or would be clipped. Goes through all its samples.
+/// Goes through the table for what a WAV file cannot hold, so that it is told before the writing: throws
+/// Error unless it is a waveform with a value in every row, a whole rate and, as integers, no clipping.
 KVX_RECORDING_API void RequireWav(RecordTable& table, const WavOptions& options);
 
-/// Writes the table as a WAV file at `path` (UTF-8). Throws Error or CFileException.
+/// Writes the table as a WAV file at `path` (UTF-8). Throws as RequireWav does, or CFileException; then no
+/// file is left.
 KVX_RECORDING_API void WriteWav(RecordTable& table, const std::string& path, const WavOptions& options,
                                 const ProgressFunction& progress = {});
 

@@ -11,7 +11,6 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/Formats.h>
-#include <KvxRecording01/detail/ChannelChoice.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
@@ -93,7 +92,7 @@ private:
             names.push_back(channel.name.empty() ? L"ch" + std::to_wstring(names.size() + 1) : channel.name);
         }
         Channels chosen;
-        for (const std::size_t at : ChannelPositions(choice, names)) {
+        for (const std::size_t at : ChooseChannels(choice, names)) {
             chosen.push_back({names[at], all[at].unit.value_or(CUnitCtrl()), at + 1});
         }
         StateNames(statements, &chosen);
@@ -153,7 +152,7 @@ std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> reco
     return std::make_unique<RecordingSignal>(std::move(recording), channels, statements);
 }
 
-std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const SignalChoice& choice,
+std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelChoice& choice,
                                          const RecordingStatements& statements,
                                          const ProgressFunction& progress) {
     if (RecognizeFile(path).format == Format::dataFile) {

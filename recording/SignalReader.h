@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Progress.h>
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
@@ -62,16 +63,10 @@ protected:
     std::vector<std::string> remarks_;
 };
 
-/// Which channels are taken.
-struct SignalChoice {
-    std::string channels = {};  ///< by name, number or range, in this order: "1,3-4,top"; empty for all
-    std::size_t record = 0;     ///< only those of this record of a data file, from 1; 0 for all
-};
-
 /// Opens a data file, in which all chosen channels must be waveforms, a text table or a sound file, whatever
 /// its name. Of a data file nothing can be stated. Throws StatementError, Error or CFileException.
 KVX_RECORDING_API std::unique_ptr<SignalReader> OpenSignal(const std::string& path,
-                                                           const SignalChoice& choice = {},
+                                                           const ChannelChoice& choice = {},
                                                            const RecordingStatements& statements = {},
                                                            const ProgressFunction& progress = {});
 

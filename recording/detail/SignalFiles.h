@@ -16,8 +16,13 @@ namespace kvx {
 /// Throws Error unless `given` channels of a run are the `expected` ones; 0 where there is no such run.
 void RequireChannels(std::size_t given, std::size_t expected);
 
+/// Sample number `start` of a channel in its file.
+inline SamplePlace PlaceOf(const Channel& channel, __int64 start) {
+    return {static_cast<__int64>(channel.record), channel.row, channel.column, start};
+}
+
 /// The waveforms of a data file.
-std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const SignalChoice& choice);
+std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const ChannelChoice& choice);
 
 /// A data file with one record per run and unit, in the order in which the units first appear.
 std::unique_ptr<SignalWriter> CreateDataFileSignal(const std::string& path,

@@ -15,7 +15,7 @@
 
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
-#include <KvxDevCommon01/files/DataFile.h>
+#include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitNames.h>
@@ -254,7 +254,7 @@ std::string WriteRecords(const TempFolder& folder) {
         complexes.GetImaginary(0, 0)[i] = -0.25;
     }
     const DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, L"text"), {values, complexes}};
-    EXPECT_TRUE(CComDataFile::StoreDataFile((folder / "in.vdf2").wstring().c_str(), content));
+    StoreDataFile((folder / "in.vdf2").wstring(), content);
     return (folder / "in.vdf2").string();
 }
 
@@ -283,7 +283,7 @@ TEST(RecordTable, BecomesTextWithWhateverAxisAndParts) {
     EXPECT_EQ(Refusal(kind,
                       [&] {
                           RecordTable spectrum(path, {"", 1});
-                          RequireWav(spectrum, {});
+                          WriteWav(spectrum, (folder / "out.wav").string(), {});
                       }),
               "a WAV file holds time waveforms only; choose CSV");
     EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path); }), "record 1 is not a time waveform");
