@@ -45,7 +45,8 @@ int main() {
         std::printf("rms %.4f m/s2, highest at %g Hz; %.4f mm/s, %.5f mm\n", kvx::BandRms(density, band),
                     peaks.front().hz, 1000.0 * motion->velocity, 1000.0 * motion->displacement);
         const double rms = kAmplitude / std::numbers::sqrt2;
-        return std::abs(kvx::BandRms(density, band) / rms - 1.0) < 1e-9 && peaks.front().hz == kToneHz ? 0 : 1;
+        return std::abs(kvx::BandRms(density, band) / rms - 1.0) < 1e-9 && peaks.front().hz == kToneHz ? 0
+                                                                                                       : 1;
     } catch (const kvx::Error& error) {
         std::printf("%s\n", error.what());
         return 1;
