@@ -129,7 +129,7 @@ std::vector<LineSpectrum> AnalyseBlock(SignalReader& reader, std::size_t r, doub
         for (std::size_t c = 0; c < blocks.size(); ++c)
             blocks[c].insert(blocks[c].end(), samples[c], samples[c] + count);
     };
-    ReadRun(reader, r, progress, append, plan.cut.size);
+    ReadRun(reader, r, append, progress.Function(), plan.cut.size);
     std::vector<LineSpectrum> spectra;
     for (std::size_t c = 0; c < blocks.size(); ++c)
         spectra.push_back(BlockLines(blocks[c], plan.window, RateOf(run), run.channels[c].unit));
@@ -143,9 +143,10 @@ std::vector<LineSpectrum> AnalyseAll(SignalReader& reader, std::size_t r, LineKi
     std::vector<AveragedSpectrum> averages;
     for (std::size_t c = 0; c < run.channels.size(); ++c)
         averages.emplace_back(plan.window, plan.cut.overlap);
-    ReadRun(reader, r, progress, [&](std::span<double* const> samples, std::size_t count) {
+    const auto add = [&](std::span<double* const> samples, std::size_t count) {
         ForEachInParallel(averages.size(), [&](std::size_t c) { averages[c].Add({samples[c], count}); });
-    });
+    };
+    ReadRun(reader, r, add, progress.Function());
     std::vector<LineSpectrum> spectra;
     for (std::size_t c = 0; c < averages.size(); ++c) {
         spectra.push_back((kind == LineKind::kDensity ? Densities : Amplitudes)(averages[c], RateOf(run),

@@ -66,9 +66,10 @@ std::vector<CComDataSpecA> AnalyseSlices(SignalReader& reader, std::size_t r, co
         };
         spectra.emplace_back(plan.window, slicing, kind, RateOf(run), store);
     }
-    ReadRun(reader, r, progress, [&](std::span<double* const> samples, std::size_t count) {
+    const auto add = [&](std::span<double* const> samples, std::size_t count) {
         ForEachInParallel(spectra.size(), [&](std::size_t c) { spectra[c].Add({samples[c], count}); });
-    });
+    };
+    ReadRun(reader, r, add, progress.Function());
     for (std::size_t c = 0; c < slices.size(); ++c) {
         for (__int64 row = 0; row < slices[c].GetNumRow(); ++row)
             RequireNumbers(Samples(std::as_const(slices[c]), row, 0), run.channels[c].name);

@@ -185,7 +185,7 @@ std::vector<AveragedTransfer> AverageRun(const Selection& selection, std::size_t
     std::vector<double> excitation;
     std::vector<AveragedTransfer> averages;
     for (std::size_t c = 0; c < channels.size(); ++c) averages.emplace_back(plan.window, plan.cut.overlap);
-    ReadRun(reader, r, progress, [&](std::span<double* const> samples, std::size_t count) {
+    const auto add = [&](std::span<double* const> samples, std::size_t count) {
         if (other != nullptr) {
             excitation.resize(count);
             double* const target = excitation.data();
@@ -197,7 +197,8 @@ std::vector<AveragedTransfer> AverageRun(const Selection& selection, std::size_t
         ForEachInParallel(responses.size(), [&](std::size_t i) {
             averages[responses[i]].Add(reference, {samples[responses[i]], count});
         });
-    });
+    };
+    ReadRun(reader, r, add, progress.Function());
     return averages;
 }
 

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+//
+// Runs of a signal from their first sample to their last, and the records that results on them make.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Progress.h>
+#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxRecording01/Export.h>
+#include <KvxRecording01/SignalReader.h>
+
+namespace kvx {
+
+/// The rate of a run, in hertz.
+inline double RateOf(const SignalRun& run) {
+    return 1.0 / run.delta;
+}
+
+/// Takes the next `count` samples of each channel, in the order of the run.
+using TakeSamples = std::function<void(std::span<double* const> channels, std::size_t count)>;
+
+/// Reads the rest of a run, or its next `most` samples, piece by piece. Throws what the reader throws.
+KVX_RECORDING_API void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take,
+                               const ProgressFunction& progress = {},
+                               std::optional<std::int64_t> most = std::nullopt);
+
+/// The channels of a run that have one unit: results on them become one record, as they do in an import.
+struct RunRecord {
+    std::size_t run;
+    std::size_t number;  ///< in the source, from 1
+    CUnitCtrl unit;
+    std::vector<std::size_t> channels;  ///< positions in the run
+};
+KVX_RECORDING_API std::vector<RunRecord> RecordsOf(std::span<const SignalRun> runs);
+
+}  // namespace kvx
