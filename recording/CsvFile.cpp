@@ -14,6 +14,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
@@ -108,11 +109,13 @@ public:
         RequireChannels(channels.size(), run == 0 ? run_.channels.size() : 0);
         axis_.resize(count);
         for (double& time : axis_) time = static_cast<double>(run_.offset + done_++) * run_.delta;
-        csv_.Write(axis_, {channels.data(), channels.size()});
+        WithErrors([&] { csv_.Write(axis_, {channels.data(), channels.size()}); });
     }
     void Commit() override {
-        csv_.Flush();
-        file_.Commit();
+        WithErrors([&] {
+            csv_.Flush();
+            file_.Commit();
+        });
     }
 
 private:
@@ -179,7 +182,7 @@ std::unique_ptr<SignalWriter> CreateCsvSignal(const std::string& path, const std
         throw Error(ErrorKind::kUnsupported,
                     "a CSV table holds one record; choose it with " + options.wav.called.record);
     }
-    return std::make_unique<CsvSignalWriter>(path, runs.front());
+    return WithErrors([&] { return std::make_unique<CsvSignalWriter>(path, runs.front()); });
 }
 
 }  // namespace kvx

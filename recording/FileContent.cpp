@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxRecording01/Formats.h>
+#include <KvxRecording01/detail/HostErrors.h>
 
 namespace kvx {
 namespace {
@@ -144,9 +145,11 @@ FileContent RecognizeFile(const std::string& path) {
     std::error_code ignored;
     std::string begin;
     if (std::filesystem::is_regular_file(path, ignored)) {
-        InputFile file(WidePath(path));
-        begin.resize(kContentBytes);
-        begin.resize(file.Read(begin.data(), begin.size()));
+        WithErrors([&] {
+            InputFile file(WidePath(path));
+            begin.resize(kContentBytes);
+            begin.resize(file.Read(begin.data(), begin.size()));
+        });
     }
     return RecognizeContent(begin);
 }

@@ -26,7 +26,7 @@ inline constexpr std::size_t kContentBytes = 512;
 KVX_RECORDING_API FileContent RecognizeContent(std::string_view begin);
 
 /// Recognises the file at `path` (UTF-8). What cannot be opened a second time, such as a pipe, is not looked
-/// at and taken for a text. Throws CFileException.
+/// at and taken for a text. Throws Error.
 KVX_RECORDING_API FileContent RecognizeFile(const std::string& path);
 
 }  // namespace kvx

@@ -23,11 +23,11 @@
 namespace kvx {
 
 struct FormatRow {
-    /// Opens the file at `path` (UTF-8) for reading. Throws Error or CFileException.
+    /// Opens the file at `path` (UTF-8) for reading. Throws Error.
     using Open = std::unique_ptr<RecordingReader> (*)(const std::string& path, const FormatRow& row,
                                                       const RecordingStatements& statements,
                                                       const ProgressFunction& progress);
-    /// Begins a file of `runs` at `path` (UTF-8). Throws Error or CFileException.
+    /// Begins a file of `runs` at `path` (UTF-8). Throws Error.
     using Create = std::unique_ptr<SignalWriter> (*)(const std::string& path,
                                                      const std::vector<SignalRun>& runs,
                                                      const SignalFileOptions& options);
@@ -53,14 +53,12 @@ KVX_RECORDING_API std::optional<Format> FormatOfEnd(std::string_view end);
 KVX_RECORDING_API bool IsSound(Format format);
 
 /// Opens the text table or sound file at `path`, whatever its name, before its axis and units are settled; a
-/// data file is refused as no text. Refuses what was stated of it and does not apply. Throws Error or
-/// CFileException.
+/// data file is refused as no text. Refuses what was stated of it and does not apply. Throws Error.
 KVX_RECORDING_API std::unique_ptr<RecordingReader> OpenRecording(const std::string& path,
                                                                  const RecordingStatements& statements,
                                                                  const ProgressFunction& progress = {});
 
-/// Begins a file of one of the formats that are written. Throws Error, also for a format that is only read,
-/// or CFileException.
+/// Begins a file of one of the formats that are written. Throws Error, also for a format that is only read.
 KVX_RECORDING_API std::unique_ptr<SignalWriter> CreateSignalFile(const std::string& path, Format format,
                                                                  const std::vector<SignalRun>& runs,
                                                                  const SignalFileOptions& options = {});

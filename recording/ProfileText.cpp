@@ -17,6 +17,7 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <KvxRecording01/detail/HostErrors.h>
 
 namespace kvx {
 namespace {
@@ -109,9 +110,11 @@ ProfileText ParseProfileText(std::string_view text) {
 }
 
 ProfileText ReadProfileText(const std::string& path) {
-    InputFile file(WidePath(path));
     std::string text(kLongestProfile + 1, '\0');
-    text.resize(file.Read(text.data(), text.size()));
+    WithErrors([&] {
+        InputFile file(WidePath(path));
+        text.resize(file.Read(text.data(), text.size()));
+    });
     if (text.size() > kLongestProfile) throw Error(ErrorKind::kUnsupported, "it is too long for a profile");
     return ParseProfileText(text);
 }

@@ -19,7 +19,7 @@ struct ProfileText {
     std::optional<CUnitCtrl> signalUnit;  ///< g of "unit g2/Hz"; no value without such a line
 };
 
-/// Throws Error naming the line and what is wrong with it, or CFileException.
+/// Throws Error naming the line and what is wrong with it.
 KVX_RECORDING_API ProfileText ReadProfileText(const std::string& path);
 
 KVX_RECORDING_API ProfileText ParseProfileText(std::string_view text);

@@ -61,7 +61,7 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// Writes the table as CSV, as CsvWriter does. Throws Error or CFileException.
+/// Writes the table as CSV, as CsvWriter does. Throws Error, or what the stream throws.
 KVX_RECORDING_API void WriteCsv(RecordTable& table, ByteStream& stream,
                                 const ProgressFunction& progress = {});
 
@@ -69,7 +69,7 @@ KVX_RECORDING_API void WriteCsv(RecordTable& table, ByteStream& stream,
 /// Error unless it is a waveform with a value in every row, a whole rate and, as integers, no clipping.
 KVX_RECORDING_API void RequireWav(RecordTable& table, const WavOptions& options);
 
-/// Writes the table as a WAV file at `path` (UTF-8). Throws as RequireWav does, or CFileException; then no
+/// Writes the table as a WAV file at `path` (UTF-8). Throws Error, as RequireWav does as well; then no
 /// file is left.
 KVX_RECORDING_API void WriteWav(RecordTable& table, const std::string& path, const WavOptions& options,
                                 const ProgressFunction& progress = {});

@@ -45,6 +45,8 @@ public:
                     const RecordingStatements& statements)
         : recording_(std::move(recording)),
           scale_(recording_->Info().hasFullScale ? statements.fullScale.value_or(1.0) : 1.0) {
+        if (!(scale_ > 0.0) || !std::isfinite(scale_))
+            throw StatementError(statements.called.fullScale + " is not a number above 0");
         text_ = statements.source;
         remarks_ = recording_->Info().remarks;
         SignalRun run;

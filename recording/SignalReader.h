@@ -64,7 +64,8 @@ protected:
 };
 
 /// Opens a data file, in which all chosen channels must be waveforms, a text table or a sound file, whatever
-/// its name. Of a data file nothing can be stated. Throws StatementError, Error or CFileException.
+/// its name. Channels are chosen as ChooseChannels does; only data files have records to choose from, and of
+/// them nothing can be stated. Throws StatementError or Error.
 KVX_RECORDING_API std::unique_ptr<SignalReader> OpenSignal(const std::string& path,
                                                            const ChannelChoice& choice = {},
                                                            const RecordingStatements& statements = {},

@@ -22,7 +22,7 @@ struct SignalFileOptions {
 };
 
 /// Takes the samples of runs; the file is in place after Commit, and before that its target is as it was.
-/// Operations throw Error or CFileException. One object belongs to one thread at a time.
+/// Operations throw Error. One object belongs to one thread at a time.
 class KVX_RECORDING_API SignalWriter {
 public:
     virtual ~SignalWriter() = default;

@@ -17,6 +17,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/SoundHeader.h>
 #include <KvxRecording01/detail/SoundLibrary.h>
 
@@ -191,7 +192,7 @@ public:
         before_ = done_;
         while (done < room && done_ < info_.samples) {
             const auto wanted = std::min(static_cast<__int64>(room - done), info_.samples - done_);
-            const std::span<const double> block = input_.Read(wanted);
+            const std::span<const double> block = WithErrors([&] { return input_.Read(wanted); });
             if (block.empty()) {
                 throw Error(ErrorKind::kDamaged,
                             "it is cut short or damaged: not all of the " + Samples(info_.samples) +
@@ -258,11 +259,8 @@ private:
     __int64 before_ = 0;  ///< the samples in front of the block last read
 };
 
-}  // namespace
-
-std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, Format format, bool isPartial,
-                                               const std::string& partialName) {
-    const std::string offer = "; " + partialName + " takes those";
+std::unique_ptr<RecordingReader> OpenSound(const std::string& path, Format format, bool isPartial,
+                                           const std::string& offer) {
     InputFile file(WidePath(path));
     RequireReadableSamples(file, format);
     const std::optional<SampleBytes> bytes = FindSamples(file, format);
@@ -273,6 +271,14 @@ std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, Format f
     if (bytes && bytes->IsCutShort() && !isPartial)
         throw Error(ErrorKind::kDamaged, "it is cut short: " + Extent(*bytes) + offer);
     return std::make_unique<SoundReader>(path, format, bytes, FindRate(file, format), isPartial, offer);
+}
+
+}  // namespace
+
+std::unique_ptr<RecordingReader> OpenSoundFile(const std::string& path, Format format, bool isPartial,
+                                               const std::string& partialName) {
+    return WithErrors(
+        [&] { return OpenSound(path, format, isPartial, "; " + partialName + " takes those"); });
 }
 
 }  // namespace kvx

@@ -56,7 +56,7 @@ struct RecordingStatements {
     StatementNames called = {};
 };
 
-/// What was stated does not suit the recording: as many names as it has no channels.
+/// What was stated cannot be used for the recording, such as another number of names than it has channels.
 class KVX_RECORDING_API StatementError : public Error {
 public:
     explicit StatementError(std::string sentence);

@@ -14,6 +14,7 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/FileContent.h>
 #include <KvxRecording01/Formats.h>
+#include <KvxRecording01/detail/HostErrors.h>
 
 namespace kvx {
 namespace {
@@ -267,12 +268,14 @@ std::uint64_t LineReader::Size() const {
 }
 
 OpenText OpenTextFile(const std::string& path, unsigned int codePage) {
-    InputFile file(WidePath(path));
-    if (file.Remaining() < std::numeric_limits<std::uint64_t>::max()) {
-        return [path] { return std::make_unique<InputFile>(WidePath(path)); };
-    }
-    const auto text = std::make_shared<const std::string>(ReadPipe(file, codePage));
-    return [text] { return std::make_unique<KeptText>(text); };
+    return WithErrors([&]() -> OpenText {
+        InputFile file(WidePath(path));
+        if (file.Remaining() < std::numeric_limits<std::uint64_t>::max()) {
+            return [path] { return std::make_unique<InputFile>(WidePath(path)); };
+        }
+        const auto text = std::make_shared<const std::string>(ReadPipe(file, codePage));
+        return [text] { return std::make_unique<KeptText>(text); };
+    });
 }
 
 }  // namespace kvx

@@ -32,7 +32,7 @@ KVX_RECORDING_API std::string_view EncodingName(unsigned int codePage);
 using OpenText = std::function<std::unique_ptr<ByteStream>()>;
 
 /// The text at `path` (UTF-8) in a code page that is stated, or 0; what cannot be opened twice, such as a
-/// pipe, is kept in memory. Throws Error or CFileException.
+/// pipe, is kept in memory. Throws Error.
 KVX_RECORDING_API OpenText OpenTextFile(const std::string& path, unsigned int codePage = 0);
 
 /// Walks over lines that end in LF, CR LF or, in a text without any LF near its start, CR. Operations throw

@@ -13,6 +13,7 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/TextFields.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextLayout.h>
@@ -113,6 +114,17 @@ public:
     }
 
     std::size_t Read(std::span<double* const> targets, std::size_t room) override {
+        return WithErrors([&] { return ReadRows(targets, room); });
+    }
+
+    Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
+                  const std::string& sentence) const override {
+        const std::size_t column = rows_->Table().skipped + firstChannel_ + channel;
+        return Error(kind, sentence, FieldPlace(lineNumbers_[index], column));
+    }
+
+private:
+    std::size_t ReadRows(std::span<double* const> targets, std::size_t room) {
         if (!rows_) rows_ = std::make_unique<RowReader>(open_, options_);
         std::size_t count = 0;
         lineNumbers_.clear();
@@ -129,13 +141,6 @@ public:
         return count;
     }
 
-    Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
-                  const std::string& sentence) const override {
-        const std::size_t column = rows_->Table().skipped + firstChannel_ + channel;
-        return Error(kind, sentence, FieldPlace(lineNumbers_[index], column));
-    }
-
-private:
     /// Goes through the whole text once, and once more through a column that may be the time.
     void Survey(const ProgressFunction& progress) {
         RowReader rows(open_, options_);
@@ -197,7 +202,7 @@ private:
 
 std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options,
                                                const ProgressFunction& progress) {
-    return std::make_unique<TextTableReader>(std::move(open), options, progress);
+    return WithErrors([&] { return std::make_unique<TextTableReader>(std::move(open), options, progress); });
 }
 
 }  // namespace kvx

@@ -15,6 +15,7 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/SignalWriter.h>
+#include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 #include <KvxRecording01/detail/SoundLibrary.h>
 
@@ -160,7 +161,7 @@ struct WavWriter::State {
     std::vector<int> integers = {};
 
     [[noreturn]] void Fail(const char* otherwise) const {
-        if (target.failure) std::rethrow_exception(target.failure);
+        if (target.failure) WithErrors([&] { std::rethrow_exception(target.failure); });
         throw Error(ErrorKind::kHost, otherwise);
     }
 };
@@ -169,7 +170,7 @@ WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 fram
                      WavSamples samples) {
     const Encoding& encoding = *std::ranges::find(kEncodings, samples, &Encoding::samples);
     if (channels > 1024) throw Error(ErrorKind::kUnsupported, "a WAV file holds at most 1024 channels");
-    state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels});
+    WithErrors([&] { state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels}); });
 
     constexpr std::size_t kHeaderBytes = 4096;
     const std::uint64_t dataBytes = static_cast<std::uint64_t>(frames) * channels * encoding.bytes;
@@ -216,7 +217,7 @@ void WavWriter::Write(std::span<const double* const> channels, std::size_t count
 void WavWriter::Commit() {
     const int error = sf_close(state_->sound.release());
     if (error != 0 || state_->target.failure) state_->Fail("the sound library could not finish the file");
-    state_->target.file.Commit();
+    WithErrors([&] { state_->target.file.Commit(); });
 }
 
 std::unique_ptr<SignalWriter> CreateWavSignal(const std::string& path, const std::vector<SignalRun>& runs,

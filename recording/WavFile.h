@@ -48,7 +48,7 @@ private:
     double peak_ = 0.0;
 };
 
-/// Writes a WAV file through a temporary neighbour. Operations throw Error or CFileException.
+/// Writes a WAV file through a temporary neighbour. Operations throw Error.
 class KVX_RECORDING_API WavWriter {
 public:
     /// Begins a file of `frames` samples in each channel.
