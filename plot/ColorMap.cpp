@@ -166,11 +166,11 @@ __int64 PixelsOf(double length, double pixel) {
 }
 
 /// A strip of all colours, the highest on top.
-void DrawScale(const Rect& strip, const AxisLayout& values, COLORREF frame, Canvas& canvas) {
+void DrawScale(const Rect& strip, const std::vector<PlacedTick>& ticks, COLORREF frame, Canvas& canvas) {
     std::vector<COLORREF> colors(ValueColors().rbegin(), ValueColors().rend());
     canvas.DrawImage(strip, colors, 1, std::ssize(colors), true);
     detail::FineLines lines(canvas);
-    for (const PlacedTick& tick : values.ticks)
+    for (const PlacedTick& tick : ticks)
         lines.AddHorizontal(tick.pixel, strip.right - detail::TickLength(tick.isMajor, canvas), strip.right);
     lines.Draw(frame);
     canvas.StrokeRect(strip, {frame, lines.GetWidth()});
@@ -189,7 +189,7 @@ std::vector<COLORREF> ColorsOf(std::span<const float> values, COLORREF ground) {
 }
 
 /// A plot without curves, with the scale of the colours as its second axis.
-Chart FrameChart(const DepthChart& chart) {
+Chart FrameChart(const DepthChart& chart, double letterSize) {
     Chart frame;
     frame.title = chart.title;
     frame.x = chart.x;
@@ -198,6 +198,7 @@ Chart FrameChart(const DepthChart& chart) {
     frame.cursors = chart.cursors;
     frame.legend = LegendPlace::kNone;
     frame.hasGrid = false;
+    frame.letterSize = letterSize;
     frame.hasNumbers = chart.hasNumbers;
     return frame;
 }
@@ -224,6 +225,40 @@ void Move(PlacedText& text, double distance) {
     text.anchor.x += distance;
     text.box.left += distance;
     text.box.right += distance;
+}
+
+/// Where everything of a colour map stands.
+struct ColorMapLayout {
+    ChartLayout frame;  ///< its second axis has the numbers beside the scale of the colours, without ticks
+    Rect scale;
+    std::vector<PlacedTick> scaleTicks;
+    SliceLine sliceLine;
+    SliceAxisLayout axis;  ///< of the slices
+};
+
+/// Width and height of the plot do not depend on each other: the first layout tells which numbers the slices
+/// get, the second leaves room for them.
+ColorMapLayout LayOutColorMap(const DepthChart& chart, const Chart& frame, const Rect& area,
+                              double pointLength, const TextMeasure& measure) {
+    const double gap = kScaleGap * frame.letterSize;
+    const double scaleWidth = kScaleWidth * frame.letterSize;
+    ColorMapLayout layout;
+    Rect room = area;
+    room.right -= gap + scaleWidth;
+    const Rect& plot = layout.frame.plot;
+    for (const bool isLast : {false, true}) {
+        layout.frame = LayOutChart(frame, room, pointLength, measure);
+        const double half = plot.Height() / static_cast<double>(2 * chart.slices.size());
+        layout.sliceLine = {{plot.left, plot.bottom - half}, {plot.left, plot.top + half}, true};
+        if (chart.isLastInFront) std::swap(layout.sliceLine.first, layout.sliceLine.last);
+        layout.axis = LayOutSliceAxis(chart, layout.sliceLine, frame.letterSize, pointLength, measure);
+        if (!isLast) room.left += layout.axis.LeftOf(plot.left);
+    }
+    layout.scale = {plot.right + gap, plot.top, plot.right + gap + scaleWidth, plot.bottom};
+    layout.scaleTicks = std::exchange(layout.frame.y2->ticks, {});
+    for (PlacedText& text : layout.frame.y2->numbers) Move(text, gap + scaleWidth);
+    for (PlacedText& text : layout.frame.y2->titles) Move(text, gap + scaleWidth);
+    return layout;
 }
 
 }  // namespace
@@ -268,42 +303,16 @@ std::vector<float> MapPixels(std::span<const CurveSamples> slices, const MapFram
 
 void DrawColorMap(const DepthChart& chart, const Rect& area, const ChartColors& colors, Canvas& canvas) {
     if (chart.slices.empty()) return;
-    Chart frame = FrameChart(chart);
-    const double pointLength = canvas.GetPointLength();
-    frame.letterSize = LetterSizeFor({area.Width(), area.Height()}, pointLength);
-    const double gap = kScaleGap * frame.letterSize;
-    const double scaleWidth = kScaleWidth * frame.letterSize;
-
-    // Width and height of the plot do not depend on each other: the first layout tells which numbers the
-    // slices get, the second leaves room for them.
-    Rect room = area;
-    room.right -= gap + scaleWidth;
-    ChartLayout layout;
-    SliceLine line;
-    SliceAxisLayout slices;
-    for (int pass = 0; pass < 2; ++pass) {
-        layout = LayOutChart(frame, room, pointLength, canvas);
-        const double half = layout.plot.Height() / static_cast<double>(2 * chart.slices.size());
-        line = {
-            {layout.plot.left, layout.plot.bottom - half}, {layout.plot.left, layout.plot.top + half}, true};
-        if (chart.isLastInFront) std::swap(line.first, line.last);
-        slices = LayOutSliceAxis(chart, line, frame.letterSize, pointLength, canvas);
-        if (pass == 0) room.left += slices.LeftOf(layout.plot.left);
-    }
-
-    canvas.FillRect(area, colors.Of(Compo::COMPO_WINDOW_BACK));
-    DrawChartGround(frame, layout, colors, canvas);
-    DrawMap(chart, layout, colors.Of(Compo::COMPO_GRAPH_BACK), canvas);
-
-    const Rect& plot = layout.plot;
+    const Chart frame =
+        FrameChart(chart, LetterSizeFor({area.Width(), area.Height()}, canvas.GetPointLength()));
+    const ColorMapLayout layout = LayOutColorMap(chart, frame, area, canvas.GetPointLength(), canvas);
     const COLORREF lineColor = colors.Of(Compo::COMPO_FRAME);
-    const Rect strip{plot.right + gap, plot.top, plot.right + gap + scaleWidth, plot.bottom};
-    DrawScale(strip, *layout.y2, lineColor, canvas);
-    layout.y2->ticks.clear();
-    for (PlacedText& text : layout.y2->numbers) Move(text, gap + scaleWidth);
-    for (PlacedText& text : layout.y2->titles) Move(text, gap + scaleWidth);
-    DrawChartFrame(frame, layout, colors, canvas);
-    DrawSliceAxis(slices, line, lineColor, colors.Of(Compo::COMPO_TEXT), canvas);
+    canvas.FillRect(area, colors.Of(Compo::COMPO_WINDOW_BACK));
+    DrawChartGround(frame, layout.frame, colors, canvas);
+    DrawMap(chart, layout.frame, colors.Of(Compo::COMPO_GRAPH_BACK), canvas);
+    DrawScale(layout.scale, layout.scaleTicks, lineColor, canvas);
+    DrawChartFrame(frame, layout.frame, colors, canvas);
+    DrawSliceAxis(layout.axis, layout.sliceLine, lineColor, colors.Of(Compo::COMPO_TEXT), canvas);
 }
 
 }  // namespace kvx::plot

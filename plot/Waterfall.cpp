@@ -86,6 +86,64 @@ std::vector<CurveSamples> Joined(std::span<const CurveSamples> slices, std::size
     return joined;
 }
 
+/// Where everything of a waterfall stands.
+struct WaterfallLayout {
+    std::optional<PlacedText> title;
+    ChartLayout frame;  ///< of the front slice
+    WaterfallSpace space;
+    SliceLine depthLine;
+    SliceAxisLayout axis;  ///< along the depth
+};
+
+/// A plot without curves, with the axis of the values at the left, or at the right where slices go to the
+/// left.
+Chart FrameChart(const DepthChart& chart, double letterSize) {
+    Chart frame;
+    frame.title = chart.title;
+    frame.x = chart.x;
+    frame.legend = LegendPlace::kNone;
+    frame.hasNumbers = chart.hasNumbers;
+    frame.letterSize = letterSize;
+    if (chart.shift < 0.0) {
+        frame.y.bounds = {0.0, 0.0};  // no ticks: the values stand at the right
+        frame.y2 = chart.y;
+    } else {
+        frame.y = chart.y;
+    }
+    return frame;
+}
+
+/// The first layout tells how large the whole is and where its title stands; the others are those of the
+/// front slice, with room for the way to the back and finally for the texts beside it.
+WaterfallLayout LayOutWaterfall(const DepthChart& chart, const Rect& area, double pointLength,
+                                const TextMeasure& measure) {
+    const double em = LetterSizeFor({area.Width(), area.Height()}, pointLength);
+    Chart frame = FrameChart(chart, em);
+    WaterfallLayout layout;
+    layout.frame = LayOutChart(frame, area, pointLength, measure);
+    layout.title = std::move(layout.frame.title);
+    frame.title.clear();
+    Rect whole = layout.frame.plot;
+    const double left = whole.left - area.left;
+    const double right = area.right - whole.right;
+    const double below = area.bottom - whole.bottom;
+    for (const bool isLast : {false, true}) {
+        layout.space = WaterfallSpace::Within(whole, chart.rise, chart.shift);
+        const Rect& front = layout.space.front;
+        const Rect around{front.left - left, front.top - kAbovePlot * em, front.right + right,
+                          front.bottom + below};
+        layout.frame = LayOutChart(frame, around, pointLength, measure);
+        layout.space = Placed(layout.space, layout.frame.plot, whole);
+        layout.depthLine = DepthLine(layout.space, chart.isLastInFront);
+        layout.axis = LayOutSliceAxis(chart, layout.depthLine, em, pointLength, measure);
+        if (isLast) break;
+        const double margin = detail::kOuterMargin * em;
+        whole.left += layout.axis.LeftOf(area.left + margin);
+        whole.right -= layout.axis.RightOf(area.right - margin);
+    }
+    return layout;
+}
+
 /// The walls and the floor of the box, the axes at its edges and the slices in it.
 class WaterfallPainter {
 public:
@@ -295,56 +353,15 @@ std::vector<Point> ClampedRun(std::span<const Point> run, double top, double bot
 
 void DrawWaterfall(const DepthChart& chart, const Rect& area, const ChartColors& colors, Canvas& canvas) {
     if (chart.slices.empty()) return;
-    const double pointLength = canvas.GetPointLength();
-    Chart frame;
-    frame.title = chart.title;
-    frame.x = chart.x;
-    frame.legend = LegendPlace::kNone;
-    frame.hasNumbers = chart.hasNumbers;
-    frame.letterSize = LetterSizeFor({area.Width(), area.Height()}, pointLength);
-    if (chart.shift < 0.0) {
-        frame.y.bounds = {0.0, 0.0};  // no ticks: the values stand at the right
-        frame.y2 = chart.y;
-    } else {
-        frame.y = chart.y;
-    }
-
-    // The first layout tells how large the whole is and where its title stands; the others are those of the
-    // front slice, with room for the way to the back and finally for the texts beside it.
-    ChartLayout layout = LayOutChart(frame, area, pointLength, canvas);
-    const std::optional<PlacedText> title = std::move(layout.title);
-    frame.title.clear();
-    Rect whole = layout.plot;
-    const double left = layout.plot.left - area.left;
-    const double right = area.right - layout.plot.right;
-    const double below = area.bottom - layout.plot.bottom;
-    WaterfallSpace space;
-    SliceLine line;
-    SliceAxisLayout slices;
-    for (int pass = 0; pass < 2; ++pass) {
-        space = WaterfallSpace::Within(whole, chart.rise, chart.shift);
-        const Rect& front = space.front;
-        const Rect around{front.left - left, front.top - kAbovePlot * frame.letterSize, front.right + right,
-                          front.bottom + below};
-        layout = LayOutChart(frame, around, pointLength, canvas);
-        space = Placed(space, layout.plot, whole);
-        line = DepthLine(space, chart.isLastInFront);
-        slices = LayOutSliceAxis(chart, line, frame.letterSize, pointLength, canvas);
-        if (pass == 0) {
-            const double margin = detail::kOuterMargin * frame.letterSize;
-            whole.left += slices.LeftOf(area.left + margin);
-            whole.right -= slices.RightOf(area.right - margin);
-        }
-    }
-
+    const WaterfallLayout layout = LayOutWaterfall(chart, area, canvas.GetPointLength(), canvas);
     canvas.FillRect(area, colors.Of(Compo::COMPO_WINDOW_BACK));
-    const WaterfallPainter painter(chart, layout, space, colors, canvas);
+    const WaterfallPainter painter(chart, layout.frame, layout.space, colors, canvas);
     painter.DrawWalls();
     painter.DrawSlices();
     painter.DrawRest();
     const COLORREF text = colors.Of(Compo::COMPO_TEXT);
-    if (title) DrawPlacedText(*title, text, canvas);
-    DrawSliceAxis(slices, line, colors.Of(Compo::COMPO_FRAME), text, canvas);
+    if (layout.title) DrawPlacedText(*layout.title, text, canvas);
+    DrawSliceAxis(layout.axis, layout.depthLine, colors.Of(Compo::COMPO_FRAME), text, canvas);
 }
 
 }  // namespace kvx::plot

@@ -138,9 +138,12 @@ void RunPlot(const PlotOptions& options, ByteStream& out) {
         Doing("draw", options.profile,
               [&] { AddProfileText(graphs, ReadProfileText(InputPath(options.profile))); });
     }
-    const plot::GraphSheet sheet(std::move(graphs), target.title.value_or(content.header.GetName()),
-                                 target.look);
-    Doing("draw", options.input, [&] { sheet.RequireSomethingSeen(choice.y.name); });
+    const plot::GraphSheet sheet = Doing("draw", options.input, [&] {
+        const std::wstring title = target.title.value_or(content.header.GetName());
+        plot::GraphSheet made(std::move(graphs), title, target.look);
+        made.RequireSomethingSeen(choice.y.name);
+        return made;
+    });
     WriteSheet(options.picture, target, sheet, out);
 }
 

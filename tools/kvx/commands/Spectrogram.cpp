@@ -122,7 +122,10 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
             }
         }
     });
-    WriteSheet(options.picture, target, {std::move(graphs), target.title.value_or(title), target.look}, out);
+    const plot::GraphSheet sheet = Doing("draw", options.input, [&] {
+        return plot::GraphSheet(std::move(graphs), target.title.value_or(title), target.look);
+    });
+    WriteSheet(options.picture, target, sheet, out);
 }
 
 }  // namespace
