@@ -75,11 +75,11 @@ struct GraphSheet::Content {
     std::vector<ResolvedGraph> graphs;  // they refer to all of these
 };
 
-GraphSheet::GraphSheet(std::vector<RecordGraph> graphs, std::wstring title, GraphLook look) {
+GraphSheet::GraphSheet(std::vector<RecordGraph> graphs, std::wstring title, const GraphLook& look) {
     const auto content = std::make_shared<Content>();
     content->records = std::move(graphs);
     content->title = std::move(title);
-    content->look = std::move(look);
+    content->look = look;
     // The only graph has the title within its own frame.
     if (content->records.size() == 1) content->records.front().param.m_z.title = content->title;
     for (const RecordGraph& graph : content->records) {

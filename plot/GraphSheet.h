@@ -20,7 +20,7 @@ class KVX_PLOT_API GraphSheet {
 public:
     /// Resolves the graphs, whose records must outlive the sheet. Throws Error as ResolvedGraph does.
     GraphSheet(std::vector<RecordGraph> graphs, std::wstring title,
-               GraphLook look = LookOf(ColorScheme::kWhite));
+               const GraphLook& look = LookOf(ColorScheme::kWhite));
 
     std::size_t Count() const;
 

@@ -71,8 +71,10 @@ void PlaceLegend(const Chart& chart, const LegendPlan& plan, const LayoutStyle& 
     const double gap = style.Ems(kTextGap);
     const double entryHeight = style.Ems(kEntryHeight);
     for (std::size_t i = 0; i < plan.curves.size(); ++i) {
-        const double left = frame.left + gap + static_cast<double>(i / plan.perColumn) * plan.cellWidth;
-        const double top = frame.top + gap + static_cast<double>(i % plan.perColumn) * entryHeight;
+        const std::size_t column = i / plan.perColumn;
+        const std::size_t row = i % plan.perColumn;
+        const double left = frame.left + gap + static_cast<double>(column) * plan.cellWidth;
+        const double top = frame.top + gap + static_cast<double>(row) * entryHeight;
         LegendEntry& entry = layout.entries.emplace_back();
         entry.curve = plan.curves[i];
         entry.sample = {left + gap, top, left + gap + style.Ems(kSampleLength), top + entryHeight};
