@@ -140,7 +140,8 @@ std::vector<double> ReadCoefficients(const std::string& path) {
     constexpr __int64 kMost = 1 << 20;
     Progress progress("reading " + InputName(path));
     const std::unique_ptr<RecordingReader> text =
-        OpenTextTable(OpenTextFile(InputPath(path)), {.firstColumnIsTime = false}, progress.Function());
+        OpenTextTable(OpenTextFile(InputPath(path)),
+                      {.firstColumnIsTime = false, .encodingName = "--encoding"}, progress.Function());
     const std::size_t columns = text->Info().channels.size();
     const __int64 rows = text->Info().samples;
     if (columns > 1 && rows > 1)
