@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <KvxPlot01/GraphSettings.h>
+#include <KvxPlot01/GraphLook.h>
 #include <KvxPlot01/GraphSheet.h>
 #include <KvxPlot01/RecordGraph.h>
 

@@ -122,7 +122,7 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
             }
         }
     });
-    const plot::GraphSheet sheet = Doing("draw", options.input, [&] {
+    const plot::GraphSheet sheet = Doing("draw", input, [&] {
         return plot::GraphSheet(std::move(graphs), target.title.value_or(title), target.look);
     });
     WriteSheet(options.picture, target, sheet, out);
