@@ -26,7 +26,8 @@ KVX_API std::string HexCode(std::uint32_t code, std::size_t digits = 1);
 KVX_API std::string Count(long long number, std::string_view noun);
 
 /// Text from outside made fit for a terminal: control characters, those that change the direction of writing,
-/// and bytes that are not UTF-8 are written as \xNN, so that it stays on its line.
+/// and bytes that are not UTF-8 become a backslash, an x and two hexadecimal digits a byte, so that it stays
+/// on its line.
 KVX_API std::string Printable(std::string_view text);
 
 /// Text from outside made fit for a sentence: Printable, in quotes, and cut in the middle where it is longer

@@ -9,6 +9,8 @@
 
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
+#include <KvxDevCommon01/graph/GraphSettings.h>
+#include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 #include "tests/plot/PlotTesting.h"
@@ -181,8 +183,7 @@ TEST(GraphSheet, StandsGraphsBelowEachOtherInLineUnderOneTitle) {
     std::vector<RecordGraph> graphs;
     graphs.push_back(GraphOf(psd));
     graphs.push_back(GraphOf(wave));
-    PsdProfile profile;
-    ASSERT_TRUE(profile.SetPoints(std::vector<double>{10.0, 40.0, 60.0}, std::vector<double>{1.0, 4.0, 4.0}));
+    const PsdProfile profile(std::vector<double>{10.0, 40.0, 60.0}, std::vector<double>{1.0, 4.0, 4.0});
     AddProfile(graphs[0], profile, L"limit");
     const GraphSeries line = graphs[0].content.series.back();
     EXPECT_EQ(line.real.size(), 65U);
@@ -214,21 +215,24 @@ TEST(GraphSettings, AreReadAsTheyWereStored) {
     const GraphLook look = LookOf(ColorScheme::kWhite);
     const std::wstring path = (folder / "white.gci2").wstring();
     StoreGraphSettings(path, look.settings);
+    const auto load = [](const std::wstring& name) {
+        InputFile file(name);
+        return LoadGraphSettings(file);
+    };
     const auto colors = [](CGraphInfo settings) { return *settings.GetGraphColorInfo(); };
-    EXPECT_TRUE(colors(LoadGraphSettings(path)) == colors(look.settings));
-    EXPECT_FALSE(colors(LoadGraphSettings(path)) == colors(CGraphInfo()));
+    EXPECT_TRUE(colors(load(path)) == colors(look.settings));
+    EXPECT_FALSE(colors(load(path)) == colors(CGraphInfo()));
     // A file of colours alone ends where the configuration would begin.
     const std::string bytes = folder.Read("white.gci2");
     folder.Write("colours.gci2", bytes.substr(0, 35'716));
-    EXPECT_TRUE(colors(LoadGraphSettings((folder / "colours.gci2").wstring())) == colors(look.settings));
+    EXPECT_TRUE(colors(load((folder / "colours.gci2").wstring())) == colors(look.settings));
     folder.Write("short.gci2", bytes.substr(0, 36'000));
     folder.Write("other.gci2", "other");
     const auto sentence = [&](const char* name) {
-        return SentenceOf([&] { LoadGraphSettings((folder / name).wstring()); });
+        return SentenceOf([&] { load((folder / name).wstring()); });
     };
     EXPECT_EQ(sentence("short.gci2"), "its configuration is damaged");
     EXPECT_EQ(sentence("other.gci2"), "it holds no graph settings");
-    EXPECT_NE(sentence("absent.gci2"), "");
     EXPECT_NE(SentenceOf([&] { StoreGraphSettings(L"/dev/null/none", look.settings); }), "");
 }
 
