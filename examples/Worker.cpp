@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+//
+// A worker thread with its own pace: it steps every few milliseconds until it is released, and a stopwatch
+// tells how long that took.
+#include <atomic>
+#include <cmath>
+#include <cstdio>
+
+#include <KvxDevCommon01/KvxDevCommon01.h>
+
+namespace {
+
+class Counter : public CComThread {
+public:
+    ~Counter() override { ThreadRelease(); }
+
+    int Steps() const { return steps_; }
+    void OneStepRun() override { ++steps_; }
+
+private:
+    std::atomic<int> steps_ = 0;
+};
+
+}  // namespace
+
+int main() {
+    CPtimer watch;
+    watch.Start();
+    Counter counter;
+    counter.SetLoopSleep(2);
+    if (!counter.ThreadInit()) return 1;
+    counter.ThreadStart();
+    CWaitTimer wait;
+    while (counter.Steps() < 10) wait.NormalWait(0.005);
+    counter.ThreadRelease();
+    std::printf("%s the thread has made its steps in less than %.0f s\n", counter.IsRelease() ? "released:" : "running:",
+                std::ceil(watch.Stop()) + 1.0);
+    return counter.IsRelease() && counter.Steps() >= 10 ? 0 : 1;
+}
