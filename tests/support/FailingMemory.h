@@ -11,6 +11,12 @@
 
 #include <tests/support/Starve.h>
 
+// Under the address sanitizer a refused allocation is null, as it is without it.
+extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
+const char* __asan_default_options() {
+    return "allocator_may_return_null=1";
+}
+
 // Not inlined: a compiler that saw malloc and free through them would take every new for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return FailingMemory::RunsOut(size) ? nullptr : std::malloc(size);
