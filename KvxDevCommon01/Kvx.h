@@ -40,6 +40,7 @@
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/Blocks.h>
+#include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+//
+// Analyses of recordings from end to end: spectra, transfer functions with their coherence, and how a
+// spectrum changes. All channels are read together, block by block, and calculated side by side on the cores:
+// the memory in use does not grow with the length of the recording, and the results have the same bits on any
+// number of threads. What cannot be analysed is refused before the first sample is read.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <KvxDevCommon01/dsp/Blocks.h>
+#include <KvxDevCommon01/dsp/LineFigures.h>
+#include <KvxDevCommon01/dsp/SlicedSpectrum.h>
+#include <KvxDevCommon01/files/ComDataKinds.h>
+#include <KvxDevCommon01/platform/Progress.h>
+#include <KvxRecording01/Export.h>
+#include <KvxRecording01/SignalReader.h>
+#include <KvxRecording01/SignalRuns.h>
+
+namespace kvx {
+
+/// How the signals are cut into blocks, and the window of a block.
+struct BlockPlan {
+    BlockCut cut;
+    std::vector<double> window;         ///< of cut.size samples
+    std::string sizeName = "cut.size";  ///< how sentences name the size of a block
+};
+
+struct SpectraChoice {
+    LineKind kind = LineKind::kDensity;  ///< kDensity and kAmplitude average all blocks; kComplex is of one
+    BlockPlan blocks;
+    FigureChoice figures = {};
+    double startSeconds = 0.0;  ///< of the block of kComplex, from the first sample on
+};
+
+struct ChannelSpectrum {
+    SignalRun::Channel channel;
+    LineSpectrum lines;
+    SpectrumFigures figures;
+};
+
+/// The spectra of the channels of a run that have one unit.
+struct RecordSpectra {
+    std::size_t record;  ///< from 1, as RecordsOf numbers them
+    double rateHz;
+    CUnitCtrl unit;  ///< of the signals
+    std::vector<ChannelSpectrum> channels;
+};
+
+/// The spectra of all channels of a reader that nothing was read from; of one block no more than that is
+/// read. Throws Error for a run that does not fill a block or has no line in the band, for a density of a
+/// compound unit and for lines that leave the range of numbers, and what the reader throws.
+KVX_RECORDING_API std::vector<RecordSpectra> SpectraOf(SignalReader& reader, const SpectraChoice& choice,
+                                                       const ProgressFunction& progress = {});
+
+/// Opens channels of one recording, as ChooseChannels takes them, each time anew from its start.
+using OpenChannels = std::function<std::unique_ptr<SignalReader>(const std::string& channels)>;
+
+struct TransferChoice {
+    BlockPlan blocks;
+    std::string reference = "1";              ///< the channel that excites the others
+    std::string responses = {};               ///< empty for all but the reference
+    FrequencyBand band = {};                  ///< of the largest magnitude
+    std::vector<double> frequencies = {};     ///< whose lines are wanted, in Hz, from 0 on
+    std::string referenceName = "reference";  ///< how sentences name the choice of the reference
+    /// Whether the chosen channels are opened by themselves, so that nothing else of a data file need be a
+    /// waveform. Otherwise all are opened, and what is stated of the recording is stated of all.
+    bool isByPart = false;
+};
+
+struct ChannelTransfer {
+    SignalRun::Channel channel;
+    LineSpectrum transfer;  ///< H1: averaged cross power over the averaged power of the reference
+    LineSpectrum coherence;
+    TransferLine largest;             ///< the line of the largest magnitude in the band
+    std::vector<TransferLine> lines;  ///< those nearest to the frequencies
+};
+
+struct RecordingTransfers {
+    std::wstring text;    ///< of the recording
+    SignalRun reference;  ///< with no other channel
+    double spacingHz = 0.0;
+    std::int64_t blocks = 0;
+    std::vector<std::vector<ChannelTransfer>> records = {};  ///< the responses of one unit each
+};
+
+/// The transfer functions from one channel of a recording to others, which may be in other records but were
+/// sampled together with it. Throws Error for channels that are not there, several references, a reference
+/// among the responses, no response, another rate, count or start than the reference's, compound units, and
+/// as SpectraOf.
+KVX_RECORDING_API RecordingTransfers TransfersOf(const OpenChannels& open, const TransferChoice& choice,
+                                                 const ProgressFunction& progress = {});
+
+/// The lines as records of a data file: one per unit, after the transfer functions one with all coherences.
+KVX_RECORDING_API std::vector<CComDataBase> DataRecords(std::span<const RecordSpectra> spectra);
+KVX_RECORDING_API std::vector<CComDataBase> DataRecords(const RecordingTransfers& transfers);
+
+struct SlicesChoice {
+    LineKind kind = LineKind::kAmplitude;  ///< or kDensity
+    BlockPlan blocks;
+    std::int64_t most = 600;  ///< slices of a run; more blocks than that are averaged
+};
+
+struct RunSlices {
+    std::vector<CComDataSpecA> channels;  ///< in the order of the run, with a row per slice
+    double startSeconds;                  ///< of the middle of the first slice
+    double intervalSeconds;               ///< from one slice to the next
+};
+
+/// The slices of each run. Throws Error as SpectraOf; std::bad_alloc when memory runs out.
+KVX_RECORDING_API std::vector<RunSlices> SlicesOf(SignalReader& reader, const SlicesChoice& choice,
+                                                  const ProgressFunction& progress = {});
+
+}  // namespace kvx
