@@ -1,35 +1,120 @@
 // SPDX-License-Identifier: MIT
 //
-// What the psd and the spectrum command have in common: their options, the analysis and the report.
+// What the commands that analyse recordings have in common: their options, how they run, and their reports.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
 
-#include <KvxDevCommon01/dsp/LineSpectrum.h>
+#include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxRecording01/RecordingAnalysis.h>
 
 #include "cli/Command.h"
-#include "commands/Blocks.h"
-#include "commands/Runs.h"
+#include "cli/Failure.h"
+#include "cli/OutputFormat.h"
+#include "cli/Progress.h"
+#include "cli/StandardStreams.h"
+#include "commands/DataFiles.h"
+#include "commands/Signal.h"
 
 namespace kvx::tool {
 
-struct AnalysisOptions {
+struct InputOptions {
+    std::string file;
+    ChannelOptions channels;
+    RecordingOptions recording;
+};
+
+/// Describes the input; AddRecordingOptions describes what may be stated of it.
+void AddInputFile(Command& command, InputOptions* options);
+
+/// What `analyse` returns, which opens the input and is given the progress.
+template <class Analyse>
+auto AnalyseInput(const InputOptions& input, Analyse analyse) {
+    return Doing("analyse", input.file, [&] {
+        Progress progress("analysing " + InputName(input.file));
+        return analyse(progress);
+    });
+}
+
+/// Opens the recording; throws Error or ValueError.
+std::unique_ptr<SignalReader> OpenWaveforms(const InputOptions& options, Progress& progress);
+
+struct BlockOptions {
+    std::int64_t size = 1024;
+    std::string window = "hann";
+    double overlapPercent = 50.0;
+};
+
+void AddBlockOptions(Command command, BlockOptions* options);
+
+/// Throws ValueError.
+BlockPlan PlanBlocks(const BlockOptions& options);
+
+/// Of a command that makes lines.
+struct LinesOptions {
     InputOptions input;
     OutputChoice output;  ///< empty for a report only
     BlockOptions blocks;
-    BandOptions band;
+    FrequencyBand band;
+    bool json = false;
+};
+
+/// Describes -o for the lines, a data file; without it there is only a report.
+void AddLinesOutput(Command& command, OutputChoice* output);
+
+/// Describes --from and --to, which bound where a report looks for `figures`.
+void AddBandOptions(Command command, const std::string& figures, FrequencyBand* band);
+
+void AddJsonFlag(Command& command, LinesOptions* options);
+
+/// Throws ValueError when the lines cannot go to the output, if one is named.
+void RequireLinesOutput(const LinesOptions& options);
+
+/// Stores the lines when an output is named, with the text of the recording.
+template <class Lines>
+void StoreLines(const LinesOptions& options, const std::wstring& text, const Lines& lines) {
+    const std::string& output = options.output.name;
+    if (output.empty()) return;
+    Doing("write", output, [&] { StoreDataFile(output, text, DataRecords(lines)); });
+}
+
+/// What a report as JSON begins with.
+nlohmann::ordered_json JsonOf(const LinesOptions& options);
+
+/// "3 blocks of 1024 at 2048 Hz, hann window, line spacing 2 Hz, band from 20 Hz to 2000 Hz"
+std::string BlocksText(const LinesOptions& options, std::int64_t count, double rateHz);
+
+/// A table of figures of channels: names and units, the columns without a heading, are set left and numbers
+/// right.
+class ChannelTable {
+public:
+    /// The headings of what follows the number and the name of a channel.
+    explicit ChannelTable(const std::vector<std::string>& headings);
+    void Add(const SignalRun::Channel& channel, const std::vector<std::string>& figures);
+    bool IsEmpty() const { return lines_.size() == 1; }
+    std::string Text() const;
+
+private:
+    std::vector<std::vector<std::string>> lines_;
+};
+
+struct SpectraOptions : LinesOptions {
     LineKind kind = LineKind::kAmplitude;
     double startSeconds = 0.0;  ///< of the block whose complex lines are wanted
     double cutoffHz = 0.0;      ///< of the motion that densities of accelerations tell of
     std::size_t peaks = 0;      ///< how many to report
-    bool json = false;
 };
 
-/// Describes the options that both commands have.
-void AddAnalysisOptions(Command& command, AnalysisOptions* options);
+/// Describes the options that psd and spectrum have.
+void AddSpectraOptions(Command& command, SpectraOptions* options);
 
 /// Analyses the chosen channels, stores the lines when an output is given and prints the report.
-void RunAnalysis(const AnalysisOptions& options, ByteStream& out);
+void RunSpectra(const SpectraOptions& options, ByteStream& out);
 
 }  // namespace kvx::tool

@@ -10,9 +10,9 @@
 namespace kvx::tool {
 
 void AddPsd(Command app) {
-    const auto options = std::make_shared<AnalysisOptions>();
+    const auto options = std::make_shared<SpectraOptions>();
     Command command = app.AddCommand("psd", "Averaged power spectral density of time waveforms");
-    AddAnalysisOptions(command, options.get());
+    AddSpectraOptions(command, options.get());
     command
         .AddOption("--cutoff", options->cutoffHz,
                    "Lowest frequency of the motion (default: that of the first line above 0 Hz)")
@@ -34,7 +34,7 @@ kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20
 kvx psd random.vdf2 -o random-psd.vdf2 --block 2048 --from 20 --to 2000 --peaks 3
 )");
     options->kind = LineKind::kDensity;
-    command.OnRun([=](ByteStream& out) { RunAnalysis(*options, out); });
+    command.OnRun([=](ByteStream& out) { RunSpectra(*options, out); });
 }
 
 }  // namespace kvx::tool

@@ -1,33 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx spectrogram: how the spectrum of a waveform changes, as a colour map or waterfall.
-#include <algorithm>
-#include <cmath>
 #include <memory>
-#include <new>
 #include <optional>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <KvxDevCommon01/data/Samples.h>
-#include <KvxDevCommon01/dsp/SlicedSpectrum.h>
-#include <KvxDevCommon01/dsp/Windows.h>
-#include <KvxDevCommon01/files/ComDataKinds.h>
-#include <KvxDevCommon01/files/RecordSamples.h>
-#include <KvxDevCommon01/platform/Parallel.h>
-
 #include "cli/Failure.h"
-#include "cli/Format.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
-#include "cli/Progress.h"
 #include "cli/StandardStreams.h"
-#include "commands/Blocks.h"
+#include "commands/Analysis.h"
 #include "commands/Commands.h"
 #include "commands/PictureChoice.h"
-#include "commands/Runs.h"
 #include "commands/UnitChoice.h"
 
 namespace kvx::tool {
@@ -49,49 +35,22 @@ struct SpectrogramOptions {
     std::optional<std::int64_t> slices;
 };
 
-/// The slices of each channel of run `r`, a row each.
-std::vector<CComDataSpecA> AnalyseSlices(SignalReader& reader, std::size_t r, const Slicing& slicing,
-                                         const BlockPlan& plan, LineKind kind, Progress& progress) {
-    const SignalRun& run = reader.Runs()[r];
-    std::vector<CComDataSpecA> slices;
-    for (const SignalRun::Channel& channel : run.channels) {
-        slices.emplace_back(RateOf(run) / static_cast<double>(plan.cut.size), slicing.Count(run.samples), 1,
-                            plan.cut.size / 2, 0, LineUnit(kind, channel.unit), nullptr, nullptr);
-        if (!slices.back().Check()) throw std::bad_alloc();
-    }
-    std::vector<SlicedSpectrum> spectra;
-    for (CComDataSpecA& record : slices) {
-        const auto store = [&record, row = __int64{0}](std::span<const double> lines) mutable {
-            std::ranges::copy(lines, Samples(record, row++, 0).begin());
-        };
-        spectra.emplace_back(plan.window, slicing, kind, RateOf(run), store);
-    }
-    const auto add = [&](std::span<double* const> samples, std::size_t count) {
-        ForEachInParallel(spectra.size(), [&](std::size_t c) { spectra[c].Add({samples[c], count}); });
-    };
-    ReadRun(reader, r, add, progress.Function());
-    for (std::size_t c = 0; c < slices.size(); ++c) {
-        for (__int64 row = 0; row < slices[c].GetNumRow(); ++row)
-            RequireNumbers(Samples(std::as_const(slices[c]), row, 0), run.channels[c].name);
-    }
-    return slices;
-}
-
-/// The graph of the slices of a channel, which follow one another in time.
-plot::RecordGraph GraphOf(const CComDataBase& slices, const SignalRun::Channel& channel, const SignalRun& run,
-                          const Slicing& slicing, const SpectrogramOptions& options,
-                          const plot::RecordGraphChoice& choice) {
-    if (choice.unit && !IsConvertible(slices.GetUnit(), *choice.unit)) {
-        throw Error(ErrorKind::kBadValue, "no channel has a unit that converts to " + Quote(options.unit));
-    }
+/// The graphs of the slices of a run, which follow one another in time.
+void AppendGraphs(const RunSlices& slices, const SignalRun& run, const SpectrogramOptions& options,
+                  const plot::RecordGraphChoice& choice, std::vector<plot::RecordGraph>* graphs) {
     plot::SliceCourse course;
-    // A slice lies at the middle of its blocks.
-    course.startSeconds =
-        (static_cast<double>(run.offset) + static_cast<double>(slicing.Length() - 1) / 2.0) * run.delta;
-    course.intervalSeconds = static_cast<double>(slicing.Start(1)) * run.delta;
+    course.startSeconds = slices.startSeconds;
+    course.intervalSeconds = slices.intervalSeconds;
     course.isWaterfall = options.isWaterfall;
     course.dynamicRange = options.isDensity ? 1e6 : 1e3;  // 60 dB
-    return plot::MakeSliceGraph(slices, channel.name, course, choice);
+    for (std::size_t c = 0; c < run.channels.size(); ++c) {
+        const CComDataBase& record = slices.channels[c];
+        if (choice.unit && !IsConvertible(record.GetUnit(), *choice.unit)) {
+            throw Error(ErrorKind::kBadValue,
+                        "no channel has a unit that converts to " + Quote(options.unit));
+        }
+        graphs->push_back(plot::MakeSliceGraph(record, run.channels[c].name, course, choice));
+    }
 }
 
 void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
@@ -105,22 +64,15 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
         throw ValueError("--slices: at most " + Count(most, "slice") + " can be drawn");
     const __int64 usual = options.isWaterfall ? kUsualWaterfallSlices : kUsualMapSlices;
     const LineKind kind = options.isDensity ? LineKind::kDensity : LineKind::kAmplitude;
-    std::vector<std::vector<CComDataSpecA>> records;  // per run and channel; the graphs look at them
+    std::vector<RunSlices> slices;  // the graphs look at them
     std::vector<plot::RecordGraph> graphs;
     std::wstring title;
-    Doing("analyse", input, [&] {
-        Progress progress("analysing " + InputName(input));
+    AnalyseInput(options.input, [&](Progress& progress) {
         const std::unique_ptr<SignalReader> reader = OpenWaveforms(options.input, progress);
         title = reader->Text();
-        for (const SignalRun& run : reader->Runs()) RequireBlock(run, plan.cut);
-        for (std::size_t r = 0; r < reader->Runs().size(); ++r) {
-            const SignalRun& run = reader->Runs()[r];
-            const Slicing slicing = Slicing::AtMost(options.slices.value_or(usual), run.samples, plan.cut);
-            records.push_back(AnalyseSlices(*reader, r, slicing, plan, kind, progress));
-            for (std::size_t c = 0; c < run.channels.size(); ++c) {
-                graphs.push_back(GraphOf(records.back()[c], run.channels[c], run, slicing, options, choice));
-            }
-        }
+        slices = SlicesOf(*reader, {kind, plan, options.slices.value_or(usual)}, progress.Function());
+        for (std::size_t r = 0; r < slices.size(); ++r)
+            AppendGraphs(slices[r], reader->Runs()[r], options, choice, &graphs);
     });
     const plot::GraphSheet sheet = Doing("draw", input, [&] {
         return plot::GraphSheet(std::move(graphs), target.title.value_or(title), target.look);

@@ -11,10 +11,10 @@
 namespace kvx::tool {
 
 void AddSpectrum(Command app) {
-    const auto options = std::make_shared<AnalysisOptions>();
+    const auto options = std::make_shared<SpectraOptions>();
     const auto isComplex = std::make_shared<bool>(false);
     Command command = app.AddCommand("spectrum", "Amplitude spectrum of time waveforms");
-    AddAnalysisOptions(command, options.get());
+    AddSpectraOptions(command, options.get());
     command.AddFlag("--complex", *isComplex, "Complex spectrum of one block instead of averaged amplitudes");
     command
         .AddOption("--start", options->startSeconds, "Begin of that block, in seconds from the first sample")
@@ -36,7 +36,7 @@ kvx spectrum sine.vdf2 -o block.vdf2 --block 1024 --complex --start 0.5
         } else if (options->startSeconds > 0.0) {
             throw UsageError("--start chooses the block of --complex; without that all blocks are averaged");
         }
-        RunAnalysis(*options, out);
+        RunSpectra(*options, out);
     });
 }
 
