@@ -10,6 +10,7 @@
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
+#include <KvxDevCommon01/dsp/Windows.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
 #include <KvxDevCommon01/files/SpectrumRecord.h>
 #include <KvxDevCommon01/platform/Error.h>
@@ -238,6 +239,10 @@ std::vector<CComDataSpecA> SlicesOfRun(SignalReader& reader, std::size_t r, cons
 }
 
 }  // namespace
+
+BlockPlan PlanBlocks(std::int64_t size, double overlapPercent, std::string_view window) {
+    return {CutWithOverlap(size, overlapPercent), MakeWindow(window, size)};
+}
 
 std::vector<RecordSpectra> SpectraOf(SignalReader& reader, const SpectraChoice& choice,
                                      const ProgressFunction& progress) {

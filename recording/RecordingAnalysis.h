@@ -4,6 +4,9 @@
 // spectrum changes. All channels are read together, block by block, and calculated side by side on the cores:
 // the memory in use does not grow with the length of the recording, and the results have the same bits on any
 // number of threads. What cannot be analysed is refused before the first sample is read.
+//
+//     const auto reader = kvx::OpenSignal("shaker.wav");
+//     const auto spectra = kvx::SpectraOf(*reader, {kvx::LineKind::kDensity, kvx::PlanBlocks(1024)});
 #pragma once
 
 #include <cstddef>
@@ -12,6 +15,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <KvxDevCommon01/dsp/Blocks.h>
@@ -31,6 +35,11 @@ struct BlockPlan {
     std::vector<double> window;         ///< of cut.size samples
     std::string sizeName = "cut.size";  ///< how sentences name the size of a block
 };
+
+/// Blocks of `size` samples that overlap by `overlapPercent` of it, with the window of that name. Throws what
+/// CutWithOverlap and MakeWindow throw.
+KVX_RECORDING_API BlockPlan PlanBlocks(std::int64_t size, double overlapPercent = 50.0,
+                                       std::string_view window = "hann");
 
 struct SpectraChoice {
     LineKind kind = LineKind::kDensity;  ///< kDensity and kAmplitude average all blocks; kComplex is of one

@@ -30,8 +30,10 @@ public:
     explicit Signals(const std::string& choice = {}) {
         const CUnitCtrl acceleration = kvx::NamedUnit("m/s2"), newton = kvx::NamedUnit("N");
         runs_ = {{1, 1 / kRate, 0, 256, {}}, {3, 1 / kRate, 0, 256, {}}};
-        const kvx::SignalRun::Channel all[] = {
-            {L"sine", acceleration, 1}, {L"pulses", newton, 2}, {L"thrice", acceleration, 3}, {L"last", newton, 4}};
+        const kvx::SignalRun::Channel all[] = {{L"sine", acceleration, 1},
+                                               {L"pulses", newton, 2},
+                                               {L"thrice", acceleration, 3},
+                                               {L"last", newton, 4}};
         std::vector<std::wstring> names;
         for (const auto& channel : all) names.push_back(channel.name);
         for (const std::size_t at : kvx::ChooseChannels(choice, names))
@@ -59,8 +61,8 @@ private:
     std::vector<std::int64_t> done_;
 };
 
-kvx::BlockPlan Plan(std::int64_t size = 64, std::int64_t overlap = 0) {
-    return {{size, overlap}, kvx::MakeWindow("rectangular", size)};
+kvx::BlockPlan Plan(std::int64_t size = 64, double overlapPercent = 0.0) {
+    return kvx::PlanBlocks(size, overlapPercent, "rectangular");
 }
 
 /// What `action` is refused with.
@@ -77,7 +79,7 @@ TEST(RecordingAnalysis, FindsASineInEverySpectrum) {
     for (const LineKind kind : {LineKind::kDensity, LineKind::kAmplitude, LineKind::kComplex}) {
         Signals signals;
         std::uint64_t told = 0;
-        const auto spectra = kvx::SpectraOf(signals, {kind, Plan(64, 32), {{4.0, 20.0}, 1, 2.0}, 1.0},
+        const auto spectra = kvx::SpectraOf(signals, {kind, Plan(64, 50), {{4.0, 20.0}, 1, 2.0}, 1.0},
                                             [&](std::uint64_t done, std::uint64_t) { told = done; });
         ASSERT_EQ(spectra.size(), 3U);
         EXPECT_EQ(spectra[0].record, 1U);
@@ -156,7 +158,8 @@ TEST(RecordingAnalysis, RefusesWhatItCannotDoBeforeItReads) {
     EXPECT_EQ(spectra({LineKind::kCoherence, Plan()}), "a transfer function or coherence is of two channels");
     EXPECT_THAT(spectra({LineKind::kDensity, Plan(), {{40.0}}}), testing::HasSubstr("lies in the band"));
     for (const double start : {3.1, -1.0, std::numeric_limits<double>::quiet_NaN()})
-        EXPECT_THAT(spectra({LineKind::kComplex, Plan(), {}, start}), testing::HasSubstr("no full block is left"));
+        EXPECT_THAT(spectra({LineKind::kComplex, Plan(), {}, start}),
+                    testing::HasSubstr("no full block is left"));
     const auto transfers = [](const kvx::TransferChoice& choice) {
         return Refusal([&] {
             kvx::TransfersOf([](const std::string& channels) { return std::make_unique<Signals>(channels); },
