@@ -92,6 +92,7 @@
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/files/FileHead.h>
 #include <KvxDevCommon01/files/FileKinds.h>
+#include <KvxDevCommon01/files/RecordFigures.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
 #include <KvxDevCommon01/files/SpectrumRecord.h>
 

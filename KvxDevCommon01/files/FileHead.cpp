@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <string>
 
 #include <KvxDevCommon01/files/detail/DataFileAccess.h>
 #include <KvxDevCommon01/platform/FileException.h>
@@ -29,6 +30,14 @@ CComHdr LoadFirstGeneration(CArchive& archive) {
 }
 
 }  // namespace
+
+std::string VersionText(const CComHdr& header) {
+    std::array<BYTE, 4> numbers = {};
+    header.GetMasterVersion(&numbers[0], &numbers[1], &numbers[2], &numbers[3], nullptr);
+    std::string text;
+    for (const BYTE number : numbers) text += (text.empty() ? "" : ".") + std::to_string(number);
+    return text;
+}
 
 FileHead ReadFileHead(ByteStream& stream) try {
     CArchive archive(stream, CArchive::load, kLargestHead);

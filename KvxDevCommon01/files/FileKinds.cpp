@@ -24,16 +24,20 @@ bool IsCalled(const FileKind& kind, std::string_view wanted) {
 
 }  // namespace
 
+FileKind KindOf(const CComHdr& header) {
+    CString extension, name, application;
+    header.GetExtInfo(&extension, &name);
+    header.GetAppTypeName(&application);
+    return {header.GetExtInfoType(CComHdr::HDRCODE_CURRENT), header.GetTag().HdrCode, ToUtf8(extension),
+            ToUtf8(application), ToUtf8(name)};
+}
+
 std::vector<FileKind> AllFileKinds() {
     std::vector<FileKind> kinds;
     for (std::uint32_t number = 1; number <= CComHdr::EXT_INFO_LAST; ++number) {
         const auto type = static_cast<CComHdr::EXT_INFO_TYPE>(number);
         const CComHdr header(type, nullptr);
-        CString extension, name, application;
-        if (!header.GetExtInfo(&extension, &name)) continue;
-        header.GetAppTypeName(&application);
-        kinds.push_back(
-            {type, header.GetTag().HdrCode, ToUtf8(extension), ToUtf8(application), ToUtf8(name)});
+        if (header.GetExtInfo(nullptr, nullptr)) kinds.push_back(KindOf(header));
     }
     return kinds;
 }

@@ -22,6 +22,10 @@ struct FileKind {
     std::string name;         ///< display name
 };
 
+/// The kind that a header states, with the header's own code; name and extension are empty for an unknown
+/// one.
+KVX_API FileKind KindOf(const CComHdr& header);
+
 /// All kinds, ascending by number.
 KVX_API std::vector<FileKind> AllFileKinds();
 
