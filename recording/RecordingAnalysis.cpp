@@ -36,7 +36,8 @@ void RequireBlock(const SignalRun& run, const BlockPlan& blocks) {
                                           blocks.sizeName);
 }
 
-/// Throws Error when a run does not fill a block, has no density or no line in the band.
+/// Throws Error when a run does not fill a block, has no density or no line in the band, and for a cut-off
+/// where there is no motion.
 void RequireSpectra(const std::vector<SignalRun>& runs, const SpectraChoice& choice) {
     if (choice.kind == LineKind::kTransfer || choice.kind == LineKind::kCoherence)
         throw Error(ErrorKind::kBadValue, "a transfer function or coherence is of two channels");
@@ -49,6 +50,11 @@ void RequireSpectra(const std::vector<SignalRun>& runs, const SpectraChoice& cho
         throw Error(ErrorKind::kUnsupported, "the unit " + Quote(UnitText(record.unit)) + " of record " +
                                                  std::to_string(record.number) +
                                                  " is a compound, which has no density");
+    }
+    const auto isAboutMotion = [](const RunRecord& record) { return record.unit.IsAcc() != 0; };
+    if (choice.figures.cutoffHz > 0.0 && std::ranges::none_of(RecordsOf(runs), isAboutMotion)) {
+        throw Error(ErrorKind::kBadValue,
+                    choice.cutoffName + " is for the motion of accelerations, which no channel is");
     }
 }
 

@@ -45,7 +45,8 @@ struct SpectraChoice {
     LineKind kind = LineKind::kDensity;  ///< kDensity and kAmplitude average all blocks; kComplex is of one
     BlockPlan blocks;
     FigureChoice figures = {};
-    double startSeconds = 0.0;  ///< of the block of kComplex, from the first sample on
+    double startSeconds = 0.0;            ///< of the block of kComplex, from the first sample on
+    std::string cutoffName = "cutoffHz";  ///< how sentences name the cut-off of the motion
 };
 
 struct ChannelSpectrum {
@@ -64,7 +65,8 @@ struct RecordSpectra {
 
 /// The spectra of all channels of a reader that nothing was read from; of one block no more than that is
 /// read. Throws Error for a run that does not fill a block or has no line in the band, for a density of a
-/// compound unit and for lines that leave the range of numbers, and what the reader throws.
+/// compound unit, a cut-off where no channel is an acceleration, and lines that leave the range of numbers;
+/// and what the reader throws.
 KVX_RECORDING_API std::vector<RecordSpectra> SpectraOf(SignalReader& reader, const SpectraChoice& choice,
                                                        const ProgressFunction& progress = {});
 

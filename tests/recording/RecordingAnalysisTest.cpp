@@ -157,6 +157,11 @@ TEST(RecordingAnalysis, RefusesWhatItCannotDoBeforeItReads) {
               "the window has another size than the blocks");
     EXPECT_EQ(spectra({LineKind::kCoherence, Plan()}), "a transfer function or coherence is of two channels");
     EXPECT_THAT(spectra({LineKind::kDensity, Plan(), {{40.0}}}), testing::HasSubstr("lies in the band"));
+    Signals pulses("2,4");
+    EXPECT_EQ(Refusal([&] {
+                  kvx::SpectraOf(pulses, {LineKind::kDensity, Plan(), {{}, 0, 9.0}});
+              }),
+              "cutoffHz is for the motion of accelerations, which no channel is");
     for (const double start : {3.1, -1.0, std::numeric_limits<double>::quiet_NaN()})
         EXPECT_THAT(spectra({LineKind::kComplex, Plan(), {}, start}),
                     testing::HasSubstr("no full block is left"));

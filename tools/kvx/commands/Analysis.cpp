@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands/Analysis.h"
 
-#include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -234,21 +233,13 @@ void RunSpectra(const SpectraOptions& options, ByteStream& out) {
     const SpectraChoice choice = {options.kind,
                                   PlanBlocks(options.blocks),
                                   {options.band, options.peaks, options.cutoffHz},
-                                  options.startSeconds};
+                                  options.startSeconds,
+                                  "--cutoff"};
     std::wstring text;
     const std::vector<RecordSpectra> records = AnalyseInput(options.input, [&](Progress& progress) {
         const std::unique_ptr<SignalReader> reader = OpenWaveforms(options.input, progress);
         text = reader->Text();
-        std::vector<RecordSpectra> spectra = SpectraOf(*reader, choice, progress.Function());
-        const auto hasMotion = [](const ChannelSpectrum& channel) { return !!channel.figures.motion; };
-        const auto isAbout = [&](const RecordSpectra& record) {
-            return std::ranges::any_of(record.channels, hasMotion);
-        };
-        if (options.cutoffHz > 0.0 && std::ranges::none_of(spectra, isAbout)) {
-            throw Error(ErrorKind::kBadValue,
-                        "--cutoff is for the motion of accelerations, which no channel is");
-        }
-        return spectra;
+        return SpectraOf(*reader, choice, progress.Function());
     });
     StoreLines(options, text, records);
     WriteText(ReportStream(options.output.name, out),
