@@ -37,6 +37,14 @@ LineSpectrum Averaged(LineKind kind, const AveragedSpectrum& average, double rat
     return spectrum;
 }
 
+/// Throws Error unless all lines of the band are among `lines` lines.
+void RequireBand(const LineBand& band, std::int64_t lines) {
+    if (0 <= band.first && band.first <= band.last && band.last < lines) return;
+    throw Error(ErrorKind::kBadValue, "lines " + std::to_string(band.first) + " to " +
+                                          std::to_string(band.last) + " are no band of " +
+                                          Count(lines, "line"));
+}
+
 void SetLines(const std::vector<std::complex<double>>& lines, LineSpectrum& spectrum) {
     for (const std::complex<double>& line : lines) {
         spectrum.real.push_back(line.real());
@@ -109,24 +117,27 @@ void RequireNumbers(std::span<const double> lines, std::wstring_view channel) {
 LineBand LinesInBand(double fromHz, std::optional<double> toHz, double spacingHz, std::int64_t lines) {
     // Limits typed with the digits of a line's frequency include that line.
     constexpr double kSlack = 1e-6;
+    if (!(spacingHz > 0.0) || !std::isfinite(spacingHz))
+        throw Error(ErrorKind::kBadValue, "the spacing of lines is a number above 0");
     const double top = static_cast<double>(lines - 1);
-    const double from = std::min(std::ceil(fromHz / spacingHz - kSlack), top + 1.0);
+    const double from = std::max(std::ceil(fromHz / spacingHz - kSlack), 0.0);
     const double to = toHz ? std::min(std::floor(*toHz / spacingHz + kSlack), top) : top;
-    const LineBand band = {static_cast<std::int64_t>(from), static_cast<std::int64_t>(to)};
-    if (band.first > band.last) {
+    if (!(from <= to)) {
         throw Error(ErrorKind::kBadValue, "no line of it, " + FormatNumber(spacingHz) + " Hz apart up to " +
                                               FormatNumber(top * spacingHz) + " Hz, lies in the band");
     }
-    return band;
+    return {static_cast<std::int64_t>(from), static_cast<std::int64_t>(to)};
 }
 
 std::int64_t HighestLine(std::span<const double> levels, const LineBand& band) {
+    RequireBand(band, std::ssize(levels));
     const std::int64_t first = band.first == 0 && band.last > 0 ? 1 : band.first;
     return std::max_element(levels.begin() + first, levels.begin() + band.last + 1) - levels.begin();
 }
 
 double BandRms(const LineSpectrum& spectrum, const LineBand& band) {
     const std::vector<double> levels = spectrum.Levels();
+    RequireBand(band, std::ssize(levels));
     const double* const lines = levels.data() + band.first;
     const std::int64_t count = band.last - band.first + 1;
     if (spectrum.kind == LineKind::kDensity)
@@ -137,6 +148,7 @@ double BandRms(const LineSpectrum& spectrum, const LineBand& band) {
 std::vector<SpectrumPeak> FindPeaks(const LineSpectrum& spectrum, const LineBand& band, std::size_t count) {
     const std::vector<double> levels = spectrum.Levels();
     const auto lines = std::ssize(levels);
+    RequireBand(band, lines);
     std::vector<double> frequencies(levels.size());
     for (std::int64_t k = 0; k < lines; ++k)
         frequencies[static_cast<std::size_t>(k)] = spectrum.FrequencyOf(k);
@@ -164,6 +176,7 @@ std::vector<SpectrumPeak> FindPeaks(const LineSpectrum& spectrum, const LineBand
 std::optional<SpectrumMotion> MotionOf(const LineSpectrum& densities, const LineBand& band, double cutoffHz) {
     if (densities.kind != LineKind::kDensity)
         throw Error(ErrorKind::kBadValue, "only densities of an acceleration tell of its motion");
+    RequireBand(band, std::ssize(densities.real));
     const std::int64_t kept =
         LinesInBand(cutoffHz, std::nullopt, densities.spacingHz, std::ssize(densities.real)).first;
     const std::int64_t first = std::max({band.first, std::int64_t{1}, kept});

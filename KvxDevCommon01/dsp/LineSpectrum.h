@@ -69,7 +69,7 @@ KVX_API LineSpectrum CoherenceLines(const AveragedTransfer& average, double rate
 /// the squares of its samples leave the range.
 KVX_API void RequireNumbers(std::span<const double> lines, std::wstring_view channel);
 
-/// Lines first to last.
+/// Lines first to last. What takes a band throws Error (kBadValue) for one that is not all among the lines.
 struct LineBand {
     std::int64_t first;
     std::int64_t last;
@@ -77,7 +77,7 @@ struct LineBand {
 
 /// Those of `lines` lines, `spacingHz` apart from 0 Hz on, that lie from `fromHz` to `toHz`, or to the last
 /// one. A frequency a millionth of the spacing outside counts as inside. Throws Error (kBadValue) when there
-/// is none.
+/// is none, and for a spacing that is not above 0.
 KVX_API LineBand LinesInBand(double fromHz, std::optional<double> toHz, double spacingHz, std::int64_t lines);
 
 /// The highest of the levels in the band, the one at 0 Hz left out where there is another.

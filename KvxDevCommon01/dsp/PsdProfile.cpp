@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace kvx {
 
@@ -31,6 +32,7 @@ std::vector<double> PsdProfile::Lines(double dfHz, std::size_t count) const {
         throw Error(ErrorKind::kBadValue,
                     "lines need breakpoints, a spacing above 0 and a count of 1 or more");
     }
+    if (count > std::vector<double>().max_size()) throw std::bad_alloc();
     std::vector<double> lines(count);
     // Each segment is cut at the borders of the cells it crosses.
     for (std::size_t i = 0; i + 1 < freqHz_.size(); ++i) {

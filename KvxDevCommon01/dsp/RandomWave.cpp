@@ -112,6 +112,7 @@ RandomWaveFigures GenerateRandomWave(std::span<double> wave, const PsdProfile& p
         throw BadValue("a random signal needs samples and a profile");
     if (!(settings.rateHz > 0.0) || !std::isfinite(settings.rateHz))
         throw BadValue("a sampling rate is above 0");
+    if (settings.targetRms && !(*settings.targetRms > 0.0)) throw BadValue("an rms is above 0");
     if (settings.targetRms) RequireSquares(*settings.targetRms);
     const __int64 size = FrameSize(settings, profile);
     RequireSignal(profile, settings.rateHz, size);

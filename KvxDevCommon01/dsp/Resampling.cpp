@@ -69,6 +69,10 @@ __int64 FloorDivide(__int64 value, __int64 step) {
     return value / step - (value % step < 0 ? 1 : 0);
 }
 
+void RequireRatio(const RateChange& change) {
+    if (change.Ratio() < 1) throw Error(ErrorKind::kBadValue, "the change of the rate has an unknown ratio");
+}
+
 [[noreturn]] void ThrowTooFar() {
     throw Error(ErrorKind::kUnsupported, "it begins too far from 0 s for a record at the new rate");
 }
@@ -116,8 +120,10 @@ ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change
     // Within these limits nothing that follows overflows.
     constexpr __int64 kMost = std::numeric_limits<std::int32_t>::max();
     constexpr __int64 kMostSamples = std::numeric_limits<__int64>::max() / 1024;
+    RequireRatio(change);
     const __int64 ratio = change.Ratio();
-    if (ratio < 1) throw Error(ErrorKind::kBadValue, "the change of the rate has an unknown ratio");
+    if (!(times.delta > 0.0) || !std::isfinite(times.delta))
+        throw Error(ErrorKind::kBadValue, "the spacing of its samples is no number above 0");
     if (times.samples > kMostSamples) throw Error(ErrorKind::kUnsupported, "it has too many samples");
     if (std::abs(times.offset) > kMostSamples) ThrowTooFar();
     const __int64 delay = CascadeDelay(change.code);  // in samples of the higher rate
@@ -144,6 +150,7 @@ ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change
 }
 
 std::unique_ptr<SampleProcess> MakeResampler(const ResamplingPlan& plan, Ends ends) {
+    RequireRatio(plan.change);
     return std::make_unique<Resampler>(plan, CourseOf(plan), ends);
 }
 

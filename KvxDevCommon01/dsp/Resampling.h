@@ -53,11 +53,11 @@ struct ResamplingPlan {
 
 /// Plans the change of a signal's rate. Without `keepDelay` a sample of the result stands at the time of what
 /// it shows, as near to the start of the signal as the spacing of the result allows; with it the results are
-/// those of filters at rest that are fed the signal alone. Throws Error when nothing is left, or when the
-/// signal becomes too long or begins too far from 0 s.
+/// those of filters at rest that are fed the signal alone. Throws Error for a spacing that is not above 0 and
+/// an unknown ratio, when nothing is left, and when the signal becomes too long or begins too far from 0 s.
 KVX_API ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change, bool keepDelay);
 
-/// Gives the `after.samples` results of the plan. Throws std::bad_alloc.
+/// Gives the `after.samples` results of the plan. Throws Error for an unknown ratio, and std::bad_alloc.
 KVX_API std::unique_ptr<SampleProcess> MakeResampler(const ResamplingPlan& plan, Ends ends);
 
 }  // namespace kvx

@@ -123,7 +123,7 @@ void RequireCorner(double cornerHz, double rateHz) {
     if (!(cornerHz > 0.0)) {
         throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(cornerHz) + " Hz is not above 0");
     }
-    if (cornerHz < 0.5 * rateHz) return;
+    if (cornerHz < 0.5 * rateHz && std::isfinite(rateHz)) return;
     throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(cornerHz) +
                                           " Hz is not below half its rate of " + FormatNumber(rateHz, 10) +
                                           " Hz");

@@ -48,7 +48,7 @@ struct PassedBand {
 };
 KVX_API PassedBand BandOf(std::span<const ButterworthFilter> filters);
 
-/// Throws Error unless the corner is below half the rate.
+/// Throws Error unless the corner is above 0 and below half the rate.
 KVX_API void RequireCorner(double cornerHz, double rateHz);
 
 /// Filters that work one after the other.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include <KvxDevCommon01/platform/Error.h>
@@ -14,6 +15,11 @@ namespace kvx {
 namespace {
 
 using Links = std::vector<std::unique_ptr<SampleProcess>>;
+
+void RequireProcesses(std::span<const std::unique_ptr<SampleProcess>> processes) {
+    if (std::find(processes.begin(), processes.end(), nullptr) != processes.end())
+        throw Error(ErrorKind::kBadValue, "a process is missing");
+}
 
 class Chain : public SampleProcess {
 public:
@@ -76,6 +82,7 @@ SampleProcess::SampleProcess() = default;
 SampleProcess::~SampleProcess() = default;
 
 std::unique_ptr<SampleProcess> MakeChain(Links links) {
+    RequireProcesses(links);
     return std::make_unique<Chain>(std::move(links));
 }
 
@@ -89,6 +96,7 @@ double RunningRms::Get() const {
 }
 
 std::unique_ptr<SampleProcess> MakeMeasured(std::unique_ptr<SampleProcess> process, RmsChange& levels) {
+    RequireProcesses({&process, 1});
     return std::make_unique<Measured>(std::move(process), levels);
 }
 
@@ -96,7 +104,10 @@ void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std
                   const ReadBlock& read, const WriteBlock& write) {
     if (processes.empty() || room == 0)
         throw Error(ErrorKind::kBadValue, "a signal is processed in blocks of one or more channels");
+    if (!read || !write) throw Error(ErrorKind::kBadValue, "a signal is processed from a source to a sink");
+    RequireProcesses(processes);
     const std::size_t channels = processes.size();
+    if (room > std::vector<double>().max_size() / channels) throw std::bad_alloc();
     std::vector<double> block(channels * room);
     std::vector<std::vector<double>> results(channels);
     std::vector<double*> in(channels);
@@ -104,6 +115,7 @@ void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std
     for (std::size_t c = 0; c < channels; ++c) in[c] = block.data() + c * room;
     for (bool isOver = false; !isOver;) {
         const std::size_t count = read(in, room);
+        if (count > room) throw Error(ErrorKind::kBadValue, "more samples came than there was room for");
         isOver = count == 0;
         ForEachInParallel(channels, [&](std::size_t c) {
             results[c].clear();

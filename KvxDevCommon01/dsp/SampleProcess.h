@@ -37,7 +37,7 @@ protected:
     SampleProcess();
 };
 
-/// One process after the other; without any, the samples pass as they are.
+/// One process after the other; without any, the samples pass as they are. Throws Error (kBadValue) for null.
 KVX_API std::unique_ptr<SampleProcess> MakeChain(std::vector<std::unique_ptr<SampleProcess>> links);
 
 /// The rms of samples as they pass.
@@ -58,7 +58,8 @@ struct RmsChange {
     RunningRms after;
 };
 
-/// A process that records in `levels`, which must live as long, what it does to the rms.
+/// A process that records in `levels`, which must live as long, what it does to the rms. Throws Error
+/// (kBadValue) for null.
 KVX_API std::unique_ptr<SampleProcess> MakeMeasured(std::unique_ptr<SampleProcess> process,
                                                     RmsChange& levels);
 
@@ -70,7 +71,8 @@ using WriteBlock = std::function<void(std::span<double* const> channels, std::si
 
 /// Takes the channels of a signal, one per process, from `read` through their processes to `write` in blocks
 /// of at most `room` >= 1 samples. The processes work side by side on all cores, `read` and `write` in turn
-/// with them. Throws what these throw, and Error when the channels do not come out equally long.
+/// with them. Throws what these throw, and Error (kBadValue) when the channels do not come out equally long,
+/// when `read` tells of more samples than it had room for, and for what is missing: no process, a null one.
 KVX_API void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std::size_t room,
                           const ReadBlock& read, const WriteBlock& write);
 

@@ -12,6 +12,7 @@
 namespace kvx {
 
 Slicing Slicing::AtMost(std::int64_t most, std::int64_t samples, const BlockCut& cut) {
+    if (most < 1) throw Error(ErrorKind::kBadValue, "a spectrogram has one slice or more");
     return {cut, std::max<std::int64_t>(1, (cut.Count(samples) + most - 1) / most)};
 }
 
@@ -33,8 +34,8 @@ struct SlicedSpectrum::State {
 
 SlicedSpectrum::SlicedSpectrum(std::span<const double> window, const Slicing& slicing, LineKind kind,
                                double rateHz, Deliver deliver) {
-    if (kind == LineKind::kComplex || !(rateHz > 0.0) || slicing.blocksPerSlice < 1 ||
-        std::ssize(window) != slicing.cut.size) {
+    if ((kind != LineKind::kDensity && kind != LineKind::kAmplitude) || !deliver || !(rateHz > 0.0) ||
+        slicing.blocksPerSlice < 1 || std::ssize(window) != slicing.cut.size) {
         throw Error(ErrorKind::kBadValue, "the slices, their window or their rate make no spectrogram");
     }
     state_.reset(new State{PowerAverage(window), BlockQueue<1>(RequireCut(slicing.cut)),

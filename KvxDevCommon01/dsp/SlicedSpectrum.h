@@ -21,11 +21,14 @@ struct Slicing {
     BlockCut cut;
     std::int64_t blocksPerSlice = 1;
 
-    /// The fewest blocks per slice with which `samples` samples make at most `most` >= 1 slices.
+    /// The fewest blocks per slice with which `samples` samples make at most `most` >= 1 slices. Throws Error
+    /// (kBadValue) for less.
     KVX_API static Slicing AtMost(std::int64_t most, std::int64_t samples, const BlockCut& cut);
 
-    /// Full slices in `samples` samples.
-    std::int64_t Count(std::int64_t samples) const { return cut.Count(samples) / blocksPerSlice; }
+    /// Full slices in `samples` samples; 0 for less than one block per slice.
+    std::int64_t Count(std::int64_t samples) const {
+        return blocksPerSlice > 0 ? cut.Count(samples) / blocksPerSlice : 0;
+    }
     /// The first sample of a slice.
     std::int64_t Start(std::int64_t slice) const { return slice * blocksPerSlice * cut.Step(); }
     /// Samples of a slice, which overlaps the next one as blocks do.

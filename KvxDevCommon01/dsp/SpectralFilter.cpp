@@ -200,6 +200,7 @@ SpectralResponse DesignSpectralFilter(const SpectralFilter& filter, double rateH
 }
 
 std::unique_ptr<SampleProcess> MakeSpectralFilter(Response response, CMatBasic::DATA_TERM term) {
+    if (!response) throw Error(ErrorKind::kBadValue, "a spectral filter needs a response");
     const CDataArrayDoubleCplx& lines = response->lines;
     if (!IsTerm(term) || !IsFrameBlock(response->block) || lines.GetNum() < response->block / 2 ||
         lines.GetReal() == nullptr || lines.GetImaginary() == nullptr) {

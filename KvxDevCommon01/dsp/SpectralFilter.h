@@ -59,7 +59,7 @@ KVX_API SpectralResponse DesignSpectralFilter(const SpectralFilter& filter, doub
 /// Filters by a response, as CMatBasic::SpecFiltering filters the whole signal: the results are the same
 /// bits. `term` says how the signal goes on outside its ends. With TERM_PERIODIC, where the first result
 /// needs the last sample, the process keeps the signal in memory; otherwise it holds about two blocks. Throws
-/// Error for an unknown `term` or a response that does not fit its block, and std::bad_alloc.
+/// Error for an unknown `term`, null or a response that does not fit its block, and std::bad_alloc.
 KVX_API std::unique_ptr<SampleProcess> MakeSpectralFilter(std::shared_ptr<const SpectralResponse> response,
                                                           CMatBasic::DATA_TERM term);
 

@@ -121,6 +121,8 @@ TEST(SlicedSpectrum, AveragesNeighboursAndLeavesOutWhatFillsNoSlice) {
     const Wave signal = Noise(1000);
     EXPECT_EQ(kvx::Slicing::AtMost(100, 1000, cut).blocksPerSlice, 1);
     EXPECT_EQ(kvx::Slicing::AtMost(100, 10, cut).Count(10), 0);
+    EXPECT_EQ(FailureOf([&] { kvx::Slicing::AtMost(0, 1000, cut); }), ErrorKind::kBadValue);
+    EXPECT_EQ((kvx::Slicing{cut, 0}.Count(1000)), 0);
     const auto slicing = kvx::Slicing::AtMost(8, 1000, cut);
     ASSERT_EQ(slicing.blocksPerSlice, 8);  // of 59
     ASSERT_EQ(slicing.Count(1000), 7);
@@ -190,6 +192,16 @@ TEST(LineSpectrum, CountsLinesAtTheLimitsOfABand) {
     }
     EXPECT_EQ(FailureOf([] { kvx::LinesInBand(2.1, 3.9, 2.0, 10); }), ErrorKind::kBadValue);
     EXPECT_EQ(FailureOf([] { kvx::LinesInBand(1e300, {}, 2.0, 10); }), ErrorKind::kBadValue);
+    for (const double spacing : {0.0, -1.0, kInfinity})
+        EXPECT_EQ(FailureOf([=] { kvx::LinesInBand(1, {}, spacing, 10); }), ErrorKind::kBadValue);
+    EXPECT_EQ(kvx::LinesInBand(-5.0, {}, 2.0, 10).first, 0);
+    const LineSpectrum lines = Lines(LineKind::kDensity, Wave(10, 1.0));
+    for (const kvx::LineBand band : {kvx::LineBand{-1, 5}, {0, 10}, {6, 5}}) {
+        EXPECT_EQ(FailureOf([&] { kvx::BandRms(lines, band); }), ErrorKind::kBadValue);
+        EXPECT_EQ(FailureOf([&] { kvx::FindPeaks(lines, band, 1); }), ErrorKind::kBadValue);
+        EXPECT_EQ(FailureOf([&] { kvx::HighestLine(lines.real, band); }), ErrorKind::kBadValue);
+        EXPECT_EQ(FailureOf([&] { kvx::MotionOf(lines, band, 0); }), ErrorKind::kBadValue);
+    }
     EXPECT_EQ(kvx::HighestLine(Wave{9, 1, 5, 5}, {0, 3}), 2);
     EXPECT_EQ(kvx::HighestLine(Wave{9, 1, 5, 5}, {0, 0}), 0);
 }

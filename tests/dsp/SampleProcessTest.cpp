@@ -422,6 +422,7 @@ TEST(Processes, SayWhatIsWrongWithTheirValues) {
     const FirFilter fir = {{1, 2}, 1};
     const SpectralResponse small = {16, CDataArrayDoubleCplx(1, 7)};
     const auto none = [](std::span<double* const>, std::size_t) -> std::size_t { return 0; };
+    const auto drop = [](std::span<double* const>, std::size_t) {};
     const auto design = [](const SpectralFilter& filter, std::optional<__int64> block = {}) {
         DesignSpectralFilter(filter, 1000, block);
     };
@@ -499,9 +500,32 @@ TEST(Processes, SayWhatIsWrongWithTheirValues) {
              std::vector<Process> processes;
              processes.push_back(MakeChain({}));
              processes.push_back(MakeResampler(Plan({1e-3, 0, 9}, kUp, 2), Ends::held));
-             RunProcesses(processes, 1, none, nullptr);
+             RunProcesses(processes, 1, none, drop);
          },
          ErrorKind::kBadValue, "different numbers of results"},
+        {[&] { RunProcesses(std::vector<Process>(1), 1, none, drop); }, ErrorKind::kBadValue, "missing"},
+        {[&] { RunProcesses(std::vector<Process>(1), 1, {}, drop); }, ErrorKind::kBadValue, "source"},
+        {[&] {
+             std::vector<Process> processes;
+             processes.push_back(MakeChain({}));
+             RunProcesses(
+                 processes, 1, [](auto, std::size_t) { return std::size_t{2}; }, drop);
+         },
+         ErrorKind::kBadValue, "more samples came"},
+        {[] { MakeChain(std::vector<Process>(1)); }, ErrorKind::kBadValue, "missing"},
+        {[] { MakeSpectralFilter(nullptr, CMatBasic::TERM_ZERO); }, ErrorKind::kBadValue, "response"},
+        {[] {
+             MakeButterworth({Pass::low, 2, 10}, 0, Ends::held);
+         },
+         ErrorKind::kBadValue, "below half"},
+        {[] {
+             MakeResampler({{kUp, CMatMrf::OVS_RAT_UNKNOWN}}, Ends::held);
+         },
+         ErrorKind::kBadValue, "unknown ratio"},
+        {[] {
+             Plan({kNaN, 0, 9}, kUp, 2);
+         },
+         ErrorKind::kBadValue, "spacing"},
     };
     for (const auto& [action, kind, sentence] : cases) {
         try {
