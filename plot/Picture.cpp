@@ -56,8 +56,7 @@ bool AreGood(PictureFormat format, const PictureOptions& options) {
     const Size& size = options.size;
     if (!IsSide(size.width) || !IsSide(size.height)) return false;
     if (HasPixels(format) && size.width * size.height > kMaxPixels) return false;
-    if (!(options.pixelsPerInch >= 1.0 && options.pixelsPerInch <= kMaxResolution)) return false;
-    return options.jpegQuality >= 1 && options.jpegQuality <= 100;
+    return options.pixelsPerInch >= 1.0 && options.pixelsPerInch <= kMaxResolution;
 }
 
 [[noreturn]] void Refuse() {
@@ -170,6 +169,9 @@ std::string MakePicture(PictureFormat format, const PictureOptions& options,
                         const std::function<void(Canvas&)>& draw) {
     if (!AreGood(format, options))
         throw Error(ErrorKind::kBadValue, "the picture would be too small or too large");
+    if (options.jpegQuality < 1 || options.jpegQuality > 100)
+        throw Error(ErrorKind::kBadValue, "the quality of a JPEG is 1 to 100");
+    if (!draw) throw Error(ErrorKind::kBadValue, "there is nothing to draw");
     Size size = options.size;
     if (format != PictureFormat::kPdf) size = {std::floor(size.width), std::floor(size.height)};
     const double pointLength = format == PictureFormat::kPdf ? 1.0 : options.pixelsPerInch / kPointsPerInch;

@@ -273,6 +273,11 @@ bool DrawsComplexValues(Param::GRAPH_KIND kind) {
 RecordGraph MakeRecordGraph(const CComDataBase& record, std::span<const RecordCell> cells,
                             const RecordGraphChoice& choice) {
     const __int64 count = std::ssize(cells);
+    if (count == 0) Refuse("a graph shows one channel or more");
+    for (const RecordCell& cell : cells) {
+        if (Samples(record, cell.row, cell.column).empty())
+            Refuse("the record has no channel " + Quote(cell.name));
+    }
     if (count > CGraphLineInfoList::GetMaxLineNum()) {
         Refuse("a graph shows at most " + std::to_string(CGraphLineInfoList::GetMaxLineNum()) + " channels");
     }

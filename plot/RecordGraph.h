@@ -72,8 +72,9 @@ KVX_PLOT_API bool AreAmplitudes(CGraphParam::DATA_KIND kind);
 KVX_PLOT_API bool DrawsComplexValues(CGraphParam::GRAPH_KIND kind);
 
 /// The graph of some cells of one record: waveforms on linear axes, spectra and densities on logarithmic
-/// ones, complex lines as magnitude over phase. Throws Error (kBadValue) for more cells than a graph shows,
-/// bounds that make no axis or leave nothing of X, and a logarithmic axis without a value above 0.
+/// ones, complex lines as magnitude over phase. Throws Error (kBadValue) for no cells, more than a graph
+/// shows and one that is not in the record, bounds that make no axis or leave nothing of X, and a logarithmic
+/// axis without a value above 0.
 KVX_PLOT_API RecordGraph MakeRecordGraph(const CComDataBase& record, std::span<const RecordCell> cells,
                                          const RecordGraphChoice& choice = {});
 
