@@ -103,15 +103,19 @@ std::string AxisHeading(const CUnitCtrl& unit) {
 class CsvSignalWriter : public SignalWriter {
 public:
     CsvSignalWriter(const std::string& path, const SignalRun& run)
-        : file_(WidePath(path)), csv_(file_, CUnitCtrl(CUnitCtrl::DIM_TIME), ColumnsOf(run)), run_(run) {}
+        : written_(run),
+          file_(WidePath(path)),
+          csv_(file_, CUnitCtrl(CUnitCtrl::DIM_TIME), ColumnsOf(run)),
+          run_(run) {}
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
-        RequireChannels(channels.size(), run == 0 ? run_.channels.size() : 0);
+        written_.Add(run, channels, count);
         axis_.resize(count);
         for (double& time : axis_) time = static_cast<double>(run_.offset + done_++) * run_.delta;
         WithErrors([&] { csv_.Write(axis_, {channels.data(), channels.size()}); });
     }
     void Commit() override {
+        written_.RequireAll();
         WithErrors([&] {
             csv_.Flush();
             file_.Commit();
@@ -126,6 +130,7 @@ private:
         return columns;
     }
 
+    WrittenRun written_;
     OutputFile file_;
     CsvWriter csv_;
     SignalRun run_;
@@ -149,7 +154,7 @@ CsvWriter::CsvWriter(ByteStream& stream, const CUnitCtrl& axisUnit, std::vector<
 }
 
 void CsvWriter::Write(std::span<const double> axis, std::span<const double* const> columns) {
-    RequireChannels(columns.size(), columns_.size());
+    RequireChannels(columns, columns_.size(), axis.size());
     const auto rows = static_cast<__int64>(axis.size());
     std::vector<std::vector<double>> shown(columns.size(), std::vector<double>(axis.size()));
     std::vector<std::vector<double>> again = shown;

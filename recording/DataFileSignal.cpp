@@ -34,10 +34,12 @@ public:
     }
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
-        RequireChannels(targets.size(), run < runs_.size() ? runs_[run].channels.size() : 0);
+        RequireChannels({targets.data(), targets.size()}, run < runs_.size() ? runs_[run].channels.size() : 0,
+                        room);
         Enter(run);
         const __int64 left = runs_[run].samples - done_;
-        const auto count = static_cast<std::size_t>(std::min(static_cast<__int64>(room), left));
+        const auto count =
+            static_cast<std::size_t>(std::min(std::uint64_t{room}, static_cast<std::uint64_t>(left)));
         for (std::size_t c = 0; c < targets.size() && count > 0; ++c) {
             file_.ReadReal(PlaceOf(channels_[run][c], done_), {targets[c], count});
             RequireValues({targets[c], count}, channels_[run][c].name, done_);
@@ -47,8 +49,9 @@ public:
     }
 
     void Skip(std::size_t run, __int64 count) override {
+        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
         Enter(run);
-        done_ += std::min(count, runs_[run].samples - done_);
+        done_ += std::min(std::max<__int64>(0, count), runs_[run].samples - done_);
     }
 
 private:
@@ -75,7 +78,8 @@ public:
           done_(runs.size()) {}
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
-        RequireChannels(channels.size(), run < places_.size() ? places_[run].size() : 0);
+        RequireChannels({channels.data(), channels.size()}, run < places_.size() ? places_[run].size() : 0,
+                        count);
         for (std::size_t c = 0; c < channels.size(); ++c) {
             const auto [record, row] = places_[run][c];
             file_.WriteReal({record, row, 0, done_[run]}, {channels[c], count});

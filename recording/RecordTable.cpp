@@ -164,7 +164,7 @@ const RecordTable::Rows& RecordTable::Read(__int64 first, std::size_t count) {
     State& state = *state_;
     Rows& rows = state.rows;
     const __int64 left = std::max<__int64>(0, Count() - first);
-    count = static_cast<std::size_t>(std::min(left, static_cast<__int64>(count)));
+    count = static_cast<std::size_t>(std::min(static_cast<std::uint64_t>(left), std::uint64_t{count}));
     rows.axis.resize(count);
     rows.real.resize(state.channels.size());
     rows.imaginary.resize(state.channels.size());

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <utility>
 
@@ -61,7 +62,7 @@ public:
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
         const Channels& channels = runs_.front().channels;
-        RequireChannels(targets.size(), run == 0 ? channels.size() : 0);
+        RequireChannels({targets.data(), targets.size()}, run == 0 ? channels.size() : 0, room);
         std::vector<double*> all(recording_->Info().channels.size(), nullptr);
         for (std::size_t c = 0; c < channels.size(); ++c) all[channels[c].number - 1] = targets[c];
         const std::size_t count = recording_->Read(all, room);
@@ -128,6 +129,7 @@ void RequireNothingStated(const RecordingStatements& stated) {
 
 void SignalReader::Skip(std::size_t run, __int64 count) {
     constexpr std::size_t kRoom = std::size_t{1} << 14;
+    if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
     std::vector<std::vector<double>> samples(runs_[run].channels.size(), std::vector<double>(kRoom));
     std::vector<double*> targets;
     for (std::vector<double>& channel : samples) targets.push_back(channel.data());
@@ -138,12 +140,36 @@ void SignalReader::Skip(std::size_t run, __int64 count) {
     }
 }
 
-void RequireChannels(std::size_t given, std::size_t expected) {
-    if (given == expected && expected > 0) return;
+void RequireChannels(std::span<const double* const> channels, std::size_t expected, std::size_t count) {
+    const std::size_t given = channels.size();
+    if (given == expected && expected > 0) {
+        if (count == 0 || std::find(channels.begin(), channels.end(), nullptr) == channels.end()) return;
+        throw Error(ErrorKind::kBadValue, "a channel has no samples");
+    }
     throw Error(ErrorKind::kBadValue, expected == 0 ? "there is no such run"
                                                     : "the run has " +
                                                           Count(static_cast<long long>(expected), "channel") +
                                                           ", not " + std::to_string(given));
+}
+
+WrittenRun::WrittenRun(const SignalRun& run) : channels_(run.channels.size()), left_(run.samples) {
+    if (channels_ == 0 || left_ < 1)
+        throw Error(ErrorKind::kBadValue, "there are no channels or no samples to write");
+    if (!IsEvenAxis(run.delta, run.offset, run.samples)) {
+        throw Error(ErrorKind::kBadValue,
+                    "a spacing of " + FormatNumber(run.delta) + " s makes no time axis");
+    }
+}
+
+void WrittenRun::Add(std::size_t run, std::span<double* const> channels, std::size_t count) {
+    RequireChannels({channels.data(), channels.size()}, run == 0 ? channels_ : 0, count);
+    if (count > static_cast<std::uint64_t>(left_))
+        throw Error(ErrorKind::kBadValue, "there are more samples than the run has");
+    left_ -= static_cast<__int64>(count);
+}
+
+void WrittenRun::RequireAll() const {
+    if (left_ > 0) throw Error(ErrorKind::kBadValue, "not all of its samples were written");
 }
 
 StatementError::StatementError(std::string sentence) : Error(ErrorKind::kBadValue, std::move(sentence)) {}
@@ -151,6 +177,7 @@ StatementError::StatementError(std::string sentence) : Error(ErrorKind::kBadValu
 std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> recording,
                                            const std::string& channels,
                                            const RecordingStatements& statements) {
+    if (!recording) throw Error(ErrorKind::kBadValue, "there is no recording");
     return std::make_unique<RecordingSignal>(std::move(recording), channels, statements);
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 namespace kvx {
@@ -12,9 +13,12 @@ void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take, con
     // Of all channels together; so many that the work on them outweighs the starting of threads, and few
     // enough to stay in the processor's cache.
     constexpr std::size_t kSamples = std::size_t{1} << 17;
+    if (run >= reader.Runs().size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+    if (!take) throw Error(ErrorKind::kBadValue, "nothing takes the samples");
     const std::size_t channels = reader.Runs()[run].channels.size();
     const std::size_t room = std::max<std::size_t>(1, kSamples / channels);
-    const auto total = static_cast<std::uint64_t>(most.value_or(reader.Runs()[run].samples));
+    const auto total =
+        static_cast<std::uint64_t>(std::max<std::int64_t>(0, most.value_or(reader.Runs()[run].samples)));
     std::vector<std::vector<double>> samples(channels, std::vector<double>(room));
     std::vector<double*> targets;
     for (std::vector<double>& channel : samples) targets.push_back(channel.data());

@@ -31,6 +31,7 @@ public:
 
     /// Appends `count` samples, in standard units, of each channel of a run. They may be used as room.
     virtual void Write(std::size_t run, std::span<double* const> channels, std::size_t count) = 0;
+    /// Throws Error (kBadValue) while samples of a run are missing.
     virtual void Commit() = 0;
     /// The records being written; none in what is no data file.
     virtual std::vector<RecordOutline> Records() const { return {}; }

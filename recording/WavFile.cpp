@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <exception>
+#include <iterator>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -94,23 +95,25 @@ int IntegerSample(double value, int bits) {
 class WavSignalWriter : public SignalWriter {
 public:
     WavSignalWriter(const std::string& path, const SignalRun& run, const WavOptions& options)
-        : file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.samples) {
+        : written_(run), file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.samples) {
         for (const SignalRun::Channel& channel : run.channels) {
             scales_.emplace_back(channel.name, channel.unit, options);
         }
     }
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
-        RequireChannels(channels.size(), run == 0 ? scales_.size() : 0);
+        written_.Add(run, channels, count);
         for (std::size_t c = 0; c < channels.size(); ++c) scales_[c].Apply({channels[c], count});
         file_.Write({channels.data(), channels.size()}, count);
     }
     void Commit() override {
+        written_.RequireAll();
         for (const WavScale& scale : scales_) scale.RequireUnclipped();
         file_.Commit();
     }
 
 private:
+    WrittenRun written_;
     WavWriter file_;
     std::vector<WavScale> scales_;
 };
@@ -168,7 +171,12 @@ struct WavWriter::State {
 
 WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
                      WavSamples samples) {
-    const Encoding& encoding = *std::ranges::find(kEncodings, samples, &Encoding::samples);
+    const Encoding* const known = std::ranges::find(kEncodings, samples, &Encoding::samples);
+    if (known == std::end(kEncodings) || channels == 0 || frames < 0 || rateHz < 1) {
+        throw Error(ErrorKind::kBadValue,
+                    "a WAV file has one channel or more, a count of samples, a rate and a kind of samples");
+    }
+    const Encoding& encoding = *known;
     if (channels > 1024) throw Error(ErrorKind::kUnsupported, "a WAV file holds at most 1024 channels");
     WithErrors([&] { state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels}); });
 
@@ -191,6 +199,8 @@ WavWriter::~WavWriter() = default;
 
 void WavWriter::Write(std::span<const double* const> channels, std::size_t count) {
     State& state = *state_;
+    RequireChannels(channels, state.channels, count);
+    if (!state.sound) throw Error(ErrorKind::kBadValue, "the file was committed");
     const std::size_t blockFrames = BlockFrames(state.channels);
     state.block.resize(blockFrames * state.channels);
     for (std::size_t begin = 0; begin < count; begin += blockFrames) {

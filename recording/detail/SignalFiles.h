@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,25 @@
 
 namespace kvx {
 
-/// Throws Error unless `given` channels of a run are the `expected` ones; 0 where there is no such run.
-void RequireChannels(std::size_t given, std::size_t expected);
+/// Throws Error unless the channels of a run are the `expected` ones, 0 where there is no such run, and those
+/// of `count` samples are there.
+void RequireChannels(std::span<const double* const> channels, std::size_t expected, std::size_t count);
+
+/// What was written of a file of one run.
+class WrittenRun {
+public:
+    /// Throws Error for a run without channels or samples, or without a time axis.
+    explicit WrittenRun(const SignalRun& run);
+    /// Counts what comes next. Throws Error for channels that are not those of the run, and for more samples
+    /// than it has.
+    void Add(std::size_t run, std::span<double* const> channels, std::size_t count);
+    /// Throws Error while samples are missing.
+    void RequireAll() const;
+
+private:
+    std::size_t channels_;
+    __int64 left_;
+};
 
 /// Sample number `start` of a channel in its file.
 inline SamplePlace PlaceOf(const Channel& channel, __int64 start) {

@@ -170,6 +170,17 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
         EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { writer->Write(0, two, 1); }),
                   "the run has 1 channel, not 2");
         EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { writer->Write(1, two, 1); }), "there is no such run");
+        const std::vector<double*> none = {nullptr};
+        EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { writer->Write(0, none, 1); }),
+                  "a channel has no samples");
+        std::vector<double> samples(kSamples + 1);
+        const std::vector<double*> one = {samples.data()};
+        EXPECT_FALSE(Refusal(ErrorKind::kBadValue, [&] { writer->Write(0, one, kSamples + 1); }).empty());
+        writer->Write(0, one, 1);
+        EXPECT_THAT(Refusal(ErrorKind::kBadValue, [&] { writer->Commit(); }),
+                    testing::HasSubstr("not all of its samples"));
+        for (const SignalRun& run : {SignalRun{}, SignalRun{1, 0.0, 0, kSamples, good.channels}})
+            EXPECT_FALSE(Refusal(ErrorKind::kBadValue, create(format, {run})).empty());
     }
     EXPECT_EQ(folder.Count(), 0U);
 }
