@@ -12,6 +12,8 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Folder.h>
+#include <KvxDevCommon01/platform/HandleStream.h>
+#include <KvxDevCommon01/platform/Interrupts.h>
 #include <KvxDevCommon01/platform/Locale.h>
 #include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Path.h>
@@ -33,6 +35,7 @@
 #include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/data/Statistics.h>
 
+#include <KvxDevCommon01/units/ShownValue.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
@@ -62,6 +65,8 @@
 #include <KvxDevCommon01/files/RecordFigures.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
 #include <KvxDevCommon01/files/SpectrumRecord.h>
+
+#include <KvxDevCommon01/app/SuitePlaces.h>
 
 #include <KvxDevCommon01/graph/AutoRange.h>
 #include <KvxDevCommon01/graph/AxisMapping.h>

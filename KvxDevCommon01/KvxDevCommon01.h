@@ -15,6 +15,8 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/Folder.h>
+#include <KvxDevCommon01/platform/HandleStream.h>
+#include <KvxDevCommon01/platform/Interrupts.h>
 #include <KvxDevCommon01/platform/Locale.h>
 #include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Path.h>
@@ -46,6 +48,7 @@
 #include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/data/Statistics.h>
 
+#include <KvxDevCommon01/units/ShownValue.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
 #include <KvxDevCommon01/units/UnitNames.h>
@@ -99,6 +102,7 @@
 #include <KvxDevCommon01/app/AppFunc.h>
 #include <KvxDevCommon01/app/ComThread.h>
 #include <KvxDevCommon01/app/Ptimer.h>
+#include <KvxDevCommon01/app/SuitePlaces.h>
 #include <KvxDevCommon01/app/TickTimers.h>
 #include <KvxDevCommon01/app/WaitTimer.h>
 

@@ -5,6 +5,7 @@
 #include <cairo-svg.h>
 #include <cairo.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <map>
@@ -14,6 +15,7 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/text/PlainText.h>
 #include <KvxPlot01/CairoCanvas.h>
 #include <KvxPlot01/detail/JpegEncoder.h>
 #include <KvxPlot01/detail/PngResolution.h>
@@ -154,6 +156,17 @@ std::optional<PictureFormat> PictureFormatOf(std::wstring_view path) {
 Size PixelsOf(Size millimetres, double pixelsPerInch) {
     const double pixelsPerMm = pixelsPerInch / kMillimetresPerInch;
     return {millimetres.width * pixelsPerMm, millimetres.height * pixelsPerMm};
+}
+
+std::optional<Size> ParsePictureSize(std::string_view text, double pixelsPerInch) {
+    const auto paper = std::ranges::find(kPapers, text, &Paper::name);
+    if (paper != kPapers.end()) return PixelsOf(paper->millimetres, pixelsPerInch);
+    const std::size_t cross = text.find('x');
+    if (cross == text.npos) return std::nullopt;
+    const std::optional<double> width = ParseNumber(text.substr(0, cross));
+    const std::optional<double> height = ParseNumber(text.substr(cross + 1));
+    if (!width || !height || !std::isfinite(*width) || !std::isfinite(*height)) return std::nullopt;
+    return Size{*width, *height};
 }
 
 PictureOptions OptionsInPixels(PictureFormat format, Size pixels, double pixelsPerInch) {

@@ -4,6 +4,7 @@
 // bytes: nothing in them tells when they were made. Safe from any thread.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -36,8 +37,15 @@ inline constexpr double kMaxPixels = 120e6;
 /// Paper on its long side, in millimetres.
 inline constexpr Size kA4Millimetres{297.0, 210.0};
 inline constexpr Size kA3Millimetres{420.0, 297.0};
+struct Paper {
+    std::string_view name;
+    Size millimetres;
+};
+inline constexpr std::array kPapers = {Paper{"A4", kA4Millimetres}, Paper{"A3", kA3Millimetres}};
 /// The pixels of paper at a resolution.
 KVX_PLOT_API Size PixelsOf(Size millimetres, double pixelsPerInch);
+/// The pixels that a text asks for: "800x500", or a paper's name; no value for any other text.
+KVX_PLOT_API std::optional<Size> ParsePictureSize(std::string_view text, double pixelsPerInch);
 
 /// The options for a picture of that many pixels: rounded to whole ones, on PDF their length in points.
 KVX_PLOT_API PictureOptions OptionsInPixels(PictureFormat format, Size pixels, double pixelsPerInch);

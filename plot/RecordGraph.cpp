@@ -27,6 +27,23 @@ namespace {
 
 using Param = CGraphParam;
 
+// clang-format off
+constexpr std::array kGraphKinds = {
+    NamedGraphKind{"magnitude-phase", Param::GRAPH_MAGNITUDE_PHASE},
+    NamedGraphKind{"magnitude",       Param::GRAPH_MAGNITUDE},
+    NamedGraphKind{"phase",           Param::GRAPH_PHASE},
+    NamedGraphKind{"unwrapped-phase", Param::GRAPH_UNWRAPPED_PHASE},
+    NamedGraphKind{"real-imaginary",  Param::GRAPH_REAL_IMAGINARY},
+    NamedGraphKind{"real",            Param::GRAPH_REAL},
+    NamedGraphKind{"imaginary",       Param::GRAPH_IMAGINARY},
+    NamedGraphKind{"nyquist",         Param::GRAPH_NYQUIST},
+    NamedGraphKind{"line",            Param::GRAPH_VALUE},
+    NamedGraphKind{"steps",           Param::GRAPH_STEPS},
+    NamedGraphKind{"bars",            Param::GRAPH_BARS},
+    NamedGraphKind{"marks",           Param::GRAPH_MARKS},
+};
+// clang-format on
+
 [[noreturn]] void Refuse(const std::string& why) {
     throw Error(ErrorKind::kBadValue, why);
 }
@@ -270,6 +287,10 @@ bool DrawsComplexValues(Param::GRAPH_KIND kind) {
     return kind >= Param::GRAPH_MAGNITUDE && kind <= Param::GRAPH_NYQUIST;
 }
 
+std::span<const NamedGraphKind> NamedGraphKinds() {
+    return kGraphKinds;
+}
+
 RecordGraph MakeRecordGraph(const CComDataBase& record, std::span<const RecordCell> cells,
                             const RecordGraphChoice& choice) {
     const __int64 count = std::ssize(cells);
@@ -279,7 +300,8 @@ RecordGraph MakeRecordGraph(const CComDataBase& record, std::span<const RecordCe
             Refuse("the record has no channel " + Quote(cell.name));
     }
     if (count > CGraphLineInfoList::GetMaxLineNum()) {
-        Refuse("a graph shows at most " + std::to_string(CGraphLineInfoList::GetMaxLineNum()) + " channels");
+        Refuse("a graph shows at most " + std::to_string(CGraphLineInfoList::GetMaxLineNum()) + " channels" +
+               (choice.advice.empty() ? "" : "; " + choice.advice));
     }
     RecordGraph graph;
     Param& param = graph.param;
@@ -319,6 +341,22 @@ RecordGraph MakeRecordGraph(const CComDataBase& record, std::span<const RecordCe
     if (!param.Check()) throw std::bad_alloc();
     ApplyScale(graph, IsFrequency(record), choice);
     return graph;
+}
+
+std::vector<RecordGraph> MakeRecordGraphs(const DataFileContent& content, std::span<const Channel> channels,
+                                          const RecordGraphChoice& choice) {
+    std::vector<RecordGraph> graphs;
+    for (std::size_t next = 0; next < channels.size();) {
+        const std::size_t record = channels[next].record;
+        std::vector<RecordCell> cells;
+        do {
+            const Channel& channel = channels[next++];
+            cells.push_back({channel.row, channel.column, channel.name});
+        } while (choice.paneMode == Param::PANE_SINGLE && next < channels.size() &&
+                 channels[next].record == record);
+        graphs.push_back(MakeRecordGraph(content.records[record], cells, choice));
+    }
+    return graphs;
 }
 
 RecordGraph MakeSliceGraph(const CComDataBase& slices, const std::wstring& name, const SliceCourse& course,

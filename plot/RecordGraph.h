@@ -9,10 +9,13 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <KvxDevCommon01/dsp/PsdProfile.h>
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/files/ComDataBase.h>
+#include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/graph/AxisMapping.h>
 #include <KvxDevCommon01/graph/GraphParam.h>
 #include <KvxDevCommon01/graph/ScaleParam.h>
@@ -33,6 +36,13 @@ struct AxisChoice {
     std::string name = {};  ///< what errors call the axis
 };
 
+/// A kind of graph and how a person calls it: "magnitude-phase", "nyquist", "steps" ...
+struct NamedGraphKind {
+    std::string_view name;
+    CGraphParam::GRAPH_KIND kind;
+};
+KVX_PLOT_API std::span<const NamedGraphKind> NamedGraphKinds();
+
 /// How records are drawn; what is left open is chosen to suit each record.
 struct RecordGraphChoice {
     /// Bounds in seconds or hertz. A locus is drawn of the lines between them, on axes of its own.
@@ -45,6 +55,8 @@ struct RecordGraphChoice {
     std::function<CValConv::UNIT_SUFFIX(const CUnitCtrl&)> suffixOf = {};
     std::optional<CGraphParam::GRAPH_KIND> graphKind = {};  ///< for the records it suits
     CGraphParam::PANE_MODE paneMode = CGraphParam::PANE_SINGLE;
+    /// What errors advise when there are more channels than a graph shows: "choose some with --channels".
+    std::string advice = {};
 };
 
 /// A cell of a record and the name to show.
@@ -77,6 +89,13 @@ KVX_PLOT_API bool DrawsComplexValues(CGraphParam::GRAPH_KIND kind);
 /// axis without a value above 0.
 KVX_PLOT_API RecordGraph MakeRecordGraph(const CComDataBase& record, std::span<const RecordCell> cells,
                                          const RecordGraphChoice& choice = {});
+
+/// Graphs of channels in their order: one for those of a record that follow one another, or with another
+/// paneMode than PANE_SINGLE one for each. The content must outlive them. Throws Error as MakeRecordGraph
+/// does.
+KVX_PLOT_API std::vector<RecordGraph> MakeRecordGraphs(const DataFileContent& content,
+                                                       std::span<const Channel> channels,
+                                                       const RecordGraphChoice& choice = {});
 
 /// Slices that follow one another in time.
 struct SliceCourse {

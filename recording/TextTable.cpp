@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -203,6 +204,24 @@ private:
 std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options,
                                                const ProgressFunction& progress) {
     return WithErrors([&] { return std::make_unique<TextTableReader>(std::move(open), options, progress); });
+}
+
+std::vector<double> ReadCoefficients(OpenText open, TextOptions options, const ProgressFunction& progress) {
+    constexpr __int64 kMost = 1 << 20;
+    options.firstColumnIsTime = false;
+    const std::unique_ptr<RecordingReader> text = OpenTextTable(std::move(open), options, progress);
+    const std::size_t columns = text->Info().channels.size();
+    const __int64 rows = text->Info().samples;
+    if (columns > 1 && rows > 1)
+        throw Error(ErrorKind::kUnsupported, "coefficients stand in one column or one row");
+    if (rows > kMost) {
+        throw Error(ErrorKind::kUnsupported, "it has more than " + std::to_string(kMost) + " coefficients");
+    }
+    std::vector<double> values(columns * static_cast<std::size_t>(rows));
+    std::vector<double*> targets;
+    for (double& value : std::span(values).first(columns)) targets.push_back(&value);
+    text->Read(targets, static_cast<std::size_t>(rows));
+    return values;
 }
 
 }  // namespace kvx

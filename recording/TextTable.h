@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include <KvxDevCommon01/platform/Progress.h>
 #include <KvxRecording01/Export.h>
@@ -19,5 +20,10 @@ namespace kvx {
 /// the line and column. Of the text no more than a line is kept.
 KVX_RECORDING_API std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options,
                                                                  const ProgressFunction& progress = {});
+
+/// The coefficients of a filter: the numbers of a text in one column or one row, 1048576 at most. A time
+/// column cannot be stated. Throws Error.
+KVX_RECORDING_API std::vector<double> ReadCoefficients(OpenText open, TextOptions options = {},
+                                                       const ProgressFunction& progress = {});
 
 }  // namespace kvx

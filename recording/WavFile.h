@@ -4,10 +4,12 @@
 // files.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
@@ -18,6 +20,18 @@ namespace kvx {
 
 /// How the samples of a WAV file are held.
 enum class WavSamples { pcm16, pcm24, floating, doubleFloating };
+
+/// The kinds and how a person calls them.
+struct NamedWavSamples {
+    std::string_view name;
+    WavSamples samples;
+};
+inline constexpr std::array kWavSamples = {
+    NamedWavSamples{"float", WavSamples::floating},
+    NamedWavSamples{"double", WavSamples::doubleFloating},
+    NamedWavSamples{"pcm16", WavSamples::pcm16},
+    NamedWavSamples{"pcm24", WavSamples::pcm24},
+};
 
 constexpr bool IsInteger(WavSamples samples) {
     return samples == WavSamples::pcm16 || samples == WavSamples::pcm24;

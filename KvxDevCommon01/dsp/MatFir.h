@@ -44,12 +44,12 @@ public:
 
     /// Takes over n >= 1 coefficients; the first meets the oldest sample. `delay` is the group delay at the
     /// rate at which the coefficients stand [samples]; one that is not a finite number above 0 means (n-1)/2.
-    /// Fails without a change for a null pointer or n < 1; without memory there are no coefficients.
+    /// Fails without a change for a null pointer or n < 1; when an allocation fails no coefficients are left.
     int SetCoef(const double* coef, __int64 n, double delay);
     int SetCoef(const CDataArrayDouble& coef, double delay);
     /// Takes over a built-in set. With `delayOnly` not 0 the filter only delays, by as many samples as that
     /// set would: decimation picks samples, interpolation repeats each. Fails for an unknown set, without a
-    /// change, and without memory.
+    /// change, and when an allocation fails.
     int SetStdCoef(FIR_COEF set, int delayOnly);
     /// Copies the coefficients unless `out` is null, and returns the group delay [samples].
     double GetCoef(CDataArrayDouble* out) const;

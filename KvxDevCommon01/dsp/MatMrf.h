@@ -38,8 +38,8 @@ public:
 
     /// Builds the cascade and starts it from rest. `mode` 0 means ratio 1, at which samples pass unchanged;
     /// `outBufSize` >= 1 results may wait; with `delayOnly` not 0 samples are delayed as the filters would
-    /// delay them, but not filtered. For an unknown code, a size below 1 or without memory it fails and
-    /// leaves no stages: then input fails and there are no results.
+    /// delay them, but not filtered. For an unknown code, a size below 1 and when an allocation fails
+    /// it fails and leaves no stages: then input fails and there are no results.
     int SetConvCond(CMatFir::RATE_CONV mode, OVS_RAT code, __int64 outBufSize, int delayOnly);
     /// The conditions as they were set: code and size unless null, and the mode.
     CMatFir::RATE_CONV GetConvCond(OVS_RAT* code, __int64* outBufSize) const;
@@ -63,8 +63,8 @@ public:
 
     // Results. The single forms give 0 when none waits. The range forms take `num`, at most all that wait,
     // write them to a ring as above and return how many these were. With `isRing` 0 the array ends behind
-    // them: 0 <= start <= its count. They return 0, taking nothing, for a null pointer, num < 1, no ring or
-    // without memory. Integers are rounded as by CMatFir.
+    // them: 0 <= start <= its count. They return 0, taking nothing, for a null pointer, num < 1, no ring and
+    // when an allocation fails. Integers are rounded as by CMatFir.
     double GetOutputData();
     __int64 GetOutputData(double* out, __int64 start, __int64 num, __int64 ringLength);
     __int64 GetOutputData(CDataArrayDouble* out, __int64 start, __int64 num, int isRing);

@@ -24,7 +24,7 @@ public:
     // Results. Each form takes `num`, at most all that wait, from every channel and returns how many these
     // were: 0 for a null pointer or num < 1.
     /// Makes `out` a matrix of that many samples, re-created when it has another shape; it is left alone when
-    /// nothing is taken. Without memory it is empty and nothing is taken.
+    /// nothing is taken. When an allocation fails it is empty and nothing is taken.
     __int64 GetOutputData(CDataArrayMtxDouble* out, __int64 num);
     /// Writes interleaved snapshots.
     __int64 GetOutputData(double* snapshots, __int64 num);

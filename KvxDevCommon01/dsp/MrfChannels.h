@@ -21,8 +21,8 @@ public:
     MrfChannels(const MrfChannels& other);
     MrfChannels(MrfChannels&& other) noexcept;
     ~MrfChannels();
-    /// Copies carry the state of every channel. Without memory there are no channels, or one whose filters
-    /// did not find theirs starts anew or does nothing, as CMatFir says.
+    /// Copies carry the state of every channel. When an allocation fails there are no channels, or the
+    /// one concerned starts anew or does nothing, as CMatFir says.
     MrfChannels& operator=(const MrfChannels& other);
     MrfChannels& operator=(MrfChannels&& other) noexcept;
 
@@ -63,7 +63,7 @@ protected:
     }
 
 private:
-    /// Makes rows x cols channels without a cascade; none for a count below 1 or without memory.
+    /// Makes rows x cols channels without a cascade; none for a count below 1 and when an allocation fails.
     int Allocate(__int64 rows, __int64 cols);
 
     MatrixShape shape_;

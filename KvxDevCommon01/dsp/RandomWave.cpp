@@ -2,6 +2,7 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
@@ -151,9 +152,8 @@ RandomWaveFigures GenerateRandomWave(std::span<double> wave, const PsdProfile& p
 }
 
 double RandomWaveRate(const PsdProfile& profile) {
-    constexpr double kOversampling = 2.56;
     if (profile.Frequencies().empty()) throw BadValue("a random signal needs a profile");
-    return std::exp2(std::ceil(std::log2(kOversampling * profile.Frequencies().back())));
+    return std::exp2(std::ceil(std::log2(kRateOverBand * profile.Frequencies().back())));
 }
 
 }  // namespace kvx

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <string>
 
+#include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/detail/AlignedProcess.h>
 #include <KvxDevCommon01/platform/Error.h>
 
@@ -114,9 +116,19 @@ std::optional<RateChange> FindRateChange(double fromHz, double toHz) {
     return std::nullopt;
 }
 
+std::vector<RateChange> NearestRateChanges(double fromHz, double toHz) {
+    const std::vector<RateChange> changes = RateChanges();
+    const auto below = std::ranges::find_if(
+        changes, [&](const RateChange& change) { return change.RateAfter(fromHz) < toHz; });
+    std::vector<RateChange> nearest;
+    if (below != changes.end()) nearest.push_back(*below);
+    if (below != changes.begin()) nearest.push_back(*std::prev(below));
+    return nearest;
+}
+
 ResamplingPlan PlanResampling(const SampleTimes& times, const RateChange& change, bool keepDelay) {
     // Where the pass band of the cascades ends, of the lower rate.
-    constexpr double kPassBand = 1.0 / 2.56;
+    constexpr double kPassBand = 1.0 / kRateOverBand;
     // Within these limits nothing that follows overflows.
     constexpr __int64 kMost = std::numeric_limits<std::int32_t>::max();
     constexpr __int64 kMostSamples = std::numeric_limits<__int64>::max() / 1024;

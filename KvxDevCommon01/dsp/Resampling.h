@@ -34,6 +34,10 @@ KVX_API std::optional<RateChange> FindRateChange(CMatFir::RATE_CONV mode, std::i
 /// The change that leads from one rate [Hz] to another, to a millionth, the accuracy of a sampling clock.
 KVX_API std::optional<RateChange> FindRateChange(double fromHz, double toHz);
 
+/// The changes that lead from one rate [Hz] nearest to another from below and above, in this order; only one
+/// where the other rate is beyond all that can be reached.
+KVX_API std::vector<RateChange> NearestRateChanges(double fromHz, double toHz);
+
 /// Where the samples of a signal stand: sample i at (offset + i) delta seconds.
 struct SampleTimes {
     double delta = 0.0;

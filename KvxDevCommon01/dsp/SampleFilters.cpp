@@ -85,6 +85,11 @@ bool IsLowPass(const ButterworthFilter& filter) {
 
 }  // namespace
 
+std::string FilterText(const ButterworthFilter& filter) {
+    return std::string("butterworth ") + (IsLowPass(filter) ? "low" : "high") + "-pass of order " +
+           std::to_string(filter.order) + " at " + FormatNumber(filter.cornerHz) + " Hz";
+}
+
 std::optional<double> LinearPhaseDelay(std::span<const double> coefficients) {
     constexpr double kPrinted = 1e-6;
     double largest = 0.0;
@@ -95,6 +100,11 @@ std::optional<double> LinearPhaseDelay(std::span<const double> coefficients) {
     };
     if (coefficients.empty() || (!isMirrored(1.0) && !isMirrored(-1.0))) return std::nullopt;
     return 0.5 * static_cast<double>(coefficients.size() - 1);
+}
+
+FirFilter CentredFir(std::vector<double> coefficients) {
+    const auto delay = static_cast<__int64>(LinearPhaseDelay(coefficients).value_or(0.0));
+    return {std::move(coefficients), delay};
 }
 
 FirFilter BuiltInFir(CMatFir::FIR_COEF set) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
@@ -33,10 +34,17 @@ struct ButterworthFilter {
     double cornerHz = 0.0;   ///< above 0, below half the sampling rate
 };
 
+/// The filter for a person: "butterworth low-pass of order 4 at 50 Hz".
+KVX_API std::string FilterText(const ButterworthFilter& filter);
+
 /// The delay, half a sample less than there are coefficients, of a filter that delays all frequencies alike:
 /// one whose coefficients mirror each other, with or without a change of sign, to a millionth of the largest,
 /// the rounding of printed coefficients. None for other filters.
 KVX_API std::optional<double> LinearPhaseDelay(std::span<const double> coefficients);
+
+/// The filter of those coefficients with its delay, without half a sample; one that does not delay all
+/// frequencies alike has none that could be taken out.
+KVX_API FirFilter CentredFir(std::vector<double> coefficients);
 
 /// A built-in low-pass of CMatFir with its delay. Throws Error for an unknown set.
 KVX_API FirFilter BuiltInFir(CMatFir::FIR_COEF set);

@@ -174,6 +174,16 @@ private:
 
 }  // namespace
 
+std::string FilterText(const SpectralFilter& filter) {
+    const auto* const named = std::ranges::find(kFilterKinds, filter.kind, &NamedFilterKind::kind);
+    std::string text(named != kFilterKinds.end() ? named->name : "");
+    if (filter.HasQ()) text += " q " + FormatNumber(filter.q, 4);
+    if (filter.HasOrder()) text += " order " + FormatNumber(filter.order, 4);
+    if (filter.highPassHz) text += ", high-pass " + FormatNumber(*filter.highPassHz) + " Hz";
+    if (filter.lowPassHz) text += ", low-pass " + FormatNumber(*filter.lowPassHz) + " Hz";
+    return text;
+}
+
 SpectralResponse DesignSpectralFilter(const SpectralFilter& filter, double rateHz,
                                       std::optional<__int64> wish) {
     Require(filter, rateHz, wish);

@@ -5,12 +5,16 @@
 // up; every sample stays in its place.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <numbers>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
 #include <KvxDevCommon01/platform/Types.h>
@@ -34,9 +38,27 @@ struct SpectralFilter {
     double order = 4.0;                    ///< a whole number from 1 to 16 for butterworth, above 0 for slope
     double q = 0.5 * std::numbers::sqrt2;  ///< above 0
 
+    bool HasQ() const { return kind == Kind::second; }
+    bool HasOrder() const { return kind == Kind::butterworth || kind == Kind::slope; }
     /// The analogue filters are causal and have a phase; the gains have none.
     bool IsAnalogue() const { return kind != Kind::slope && kind != Kind::cut; }
 };
+
+/// The kinds and how a person calls them.
+struct NamedFilterKind {
+    std::string_view name;
+    SpectralFilter::Kind kind;
+};
+inline constexpr std::array kFilterKinds = {
+    NamedFilterKind{"first", SpectralFilter::Kind::first},
+    NamedFilterKind{"second", SpectralFilter::Kind::second},
+    NamedFilterKind{"butterworth", SpectralFilter::Kind::butterworth},
+    NamedFilterKind{"slope", SpectralFilter::Kind::slope},
+    NamedFilterKind{"cut", SpectralFilter::Kind::cut},
+};
+
+/// The filter for a person: "butterworth order 4, high-pass 5 Hz, low-pass 50 Hz".
+KVX_API std::string FilterText(const SpectralFilter& filter);
 
 /// A filter made for one sampling rate.
 struct SpectralResponse {
@@ -46,7 +68,7 @@ struct SpectralResponse {
 
 /// The smallest and the largest block of a response.
 inline constexpr __int64 kSmallestSpectralBlock = 16;
-inline constexpr __int64 kLargestSpectralBlock = 131072;
+inline constexpr __int64 kLargestSpectralBlock = kLargestBlock;
 
 /// Designs a filter for a sampling rate. Without `block`, a power of two within the limits above, it is
 /// chosen by the lowest corner: 4096 or more, such that the impulse response has fallen to a millionth within

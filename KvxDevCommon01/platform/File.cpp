@@ -16,9 +16,9 @@
 #include <limits>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/HandleStream.h>
 #include <KvxDevCommon01/platform/Path.h>
 
 namespace kvx {
@@ -263,10 +263,7 @@ bool CopyFile(std::wstring_view from, std::wstring_view to) {
     try {
         InputFile source(from);
         OutputFile target(to);
-        std::vector<char> piece(std::size_t{64} << 10);
-        while (const std::size_t count = source.Read(piece.data(), piece.size())) {
-            target.Write(piece.data(), count);
-        }
+        CopyRest(source, target);
         target.Commit();
         return true;
     } catch (const std::exception&) {

@@ -101,4 +101,48 @@ std::string Quote(std::wstring_view text) {
     return Quote(ToUtf8(text));
 }
 
+std::string Wrapped(std::string_view text, std::size_t width) {
+    std::string wrapped;
+    std::size_t column = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t begin = std::min(text.find_first_not_of(" \n", at), text.size());
+        const std::string_view gap = text.substr(at, begin - at);
+        const std::size_t end = std::min(text.find_first_of(" \n", begin), text.size());
+        const std::string_view word = text.substr(begin, end - begin);
+        at = end;
+        if (word.empty()) break;
+        if (std::ranges::count(gap, '\n') > 1) {
+            wrapped += "\n\n";
+            column = 0;
+        } else if (column > 0 && column + 1 + word.size() > width) {
+            wrapped += '\n';
+            column = 0;
+        } else if (column > 0) {
+            wrapped += ' ';
+            ++column;
+        }
+        wrapped += word;
+        column += word.size();
+    }
+    return wrapped;
+}
+
+std::optional<double> ParseNumber(std::string_view text) {
+    double value = 0.0;
+    if (text.starts_with('+')) text.remove_prefix(1);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+std::vector<std::string> SplitList(std::string_view list) {
+    std::vector<std::string> pieces;
+    for (std::size_t begin = 0; begin <= list.size();) {
+        const std::size_t end = std::min(list.find(',', begin), list.size());
+        pieces.emplace_back(list.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return pieces;
+}
+
 }  // namespace kvx

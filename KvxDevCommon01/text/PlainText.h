@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
 // What sentences for a person are made of, in UTF-8 and independent of the locale: numbers, counts, and names
-// and values from outside that may hold anything.
+// and values from outside that may hold anything; and numbers and lists as a person types them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <KvxDevCommon01/Export.h>
 
@@ -34,5 +36,15 @@ KVX_API std::string Printable(std::string_view text);
 /// than about 60 characters; the name of a file at its end is kept.
 KVX_API std::string Quote(std::string_view text);
 KVX_API std::string Quote(std::wstring_view text);
+
+/// The words of the text in lines of at most `width` bytes, a longer word in a line of its own. A blank line
+/// parts paragraphs; other line ends are blanks.
+KVX_API std::string Wrapped(std::string_view text, std::size_t width);
+
+/// A text that is one number and nothing else, with a decimal point and perhaps a sign; also "inf" and "nan".
+KVX_API std::optional<double> ParseNumber(std::string_view text);
+
+/// The pieces of a comma list; one empty piece for an empty text.
+KVX_API std::vector<std::string> SplitList(std::string_view list);
 
 }  // namespace kvx

@@ -2,8 +2,8 @@
 //
 // CUnitCtrl: the unit descriptor that every stored, converted, plotted or printed quantity carries: one unit,
 // or up to four joined by multiplication and division, each optionally squared ("(m/s#u2#n)#u2#n/Hz"). Data
-// are held in the standard unit (D) of their dimension; the descriptor converts to the unit in which a person
-// views or enters them (I) and back. A small value without storage of its own; an object belongs to one
+// are in the standard unit (D) of their dimension; the descriptor converts to the shown unit (I), in which a
+// person views or enters them, and back. A small value without storage of its own; an object belongs to one
 // thread at a time.
 #pragma once
 

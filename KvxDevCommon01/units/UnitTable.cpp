@@ -263,7 +263,7 @@ constexpr auto kUnits = std::to_array<UnitRow>({
 
 // One row per dimension: code, standard unit, offered for control, offered for measurement, name in the string table,
 // English name.
-// Ratios are held as plain numbers; "%" is what their standard unit is reported as.
+// The standard of ratios is the plain number; "%" is what their standard unit is reported as.
 constexpr auto kDimensions = std::to_array<DimensionRow>({
     {CUnitCtrl::DIM_ACCELERATION,            units::kMetrePerSecondSquared,  true,  true,  101, "acceleration"},           // 加速度
     {CUnitCtrl::DIM_VELOCITY,                units::kMetrePerSecond,         true,  true,  102, "velocity"},               // 速度

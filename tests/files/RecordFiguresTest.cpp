@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/DataFileContent.h>
 #include <KvxDevCommon01/files/RecordFigures.h>
 #include <KvxDevCommon01/files/RecordSamples.h>
-#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <gtest/gtest.h>
 

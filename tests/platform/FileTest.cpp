@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/HandleStream.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -209,6 +211,38 @@ TEST(FileException, HostErrorsMapToCauses) {
         EXPECT_EQ(e.m_lOsError, error);
         EXPECT_NE(std::string(e.what()).find("測定.vdf2"), std::string::npos);
     }
+}
+
+TEST(HandleStream, CarriesBytesOfFilesWithoutANameAndOfPipes) {
+    const TempFolder folder;
+    {
+        const ScopedEnvironment set("TMPDIR", folder.Path().string().c_str());
+        const kvx::UnnamedFile file;
+        EXPECT_EQ(folder.Count(), 0U);
+        kvx::HandleStream stream = file.Stream();
+        stream.Write("abc", 3);
+        int ends[2] = {};
+        ASSERT_EQ(::pipe(ends), 0);
+        kvx::InputFile again(kvx::FromUtf8(file.Path()).value());
+        kvx::HandleStream in(ends[1], L"in"), out(ends[0], L"out");
+        EXPECT_FALSE(kvx::ReadsAgain(ends[0], L"out"));
+        kvx::CopyRest(again, in);
+        ::close(ends[1]);
+        kvx::MemoryStream copy;
+        kvx::CopyRest(out, copy);
+        EXPECT_EQ(copy.Bytes().size(), 3U);
+        EXPECT_EQ(copy.Bytes()[2], std::byte{'c'});
+        ::close(ends[0]);
+    }
+    try {
+        kvx::ReadsAgain(-1, L"nothing");
+        FAIL() << "a handle that is not open";
+    } catch (const CFileException& error) {
+        EXPECT_EQ(error.m_strFileName, L"nothing");
+    }
+    const ScopedEnvironment set("TMPDIR", "/none");
+    EXPECT_EQ(kvx::TemporaryFolder(), "/none");
+    EXPECT_THROW(kvx::UnnamedFile(), CFileException);
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -18,6 +20,16 @@ TEST(PlainText, WritesNumbersWithoutTrailingZeros) {
     EXPECT_EQ(HexCode(0x20011), "0x20011");
     EXPECT_EQ(HexCode(0x10004, 8), "0x00010004");
     EXPECT_EQ(Count(1, "channel") + ", " + Count(0, "line"), "1 channel, 0 lines");
+}
+
+TEST(PlainText, WrapsWordsAndReadsNumbersAndLists) {
+    EXPECT_EQ(Wrapped("\na bc\nd\n\nlonger words", 4), "a bc\nd\n\nlonger\nwords");
+    EXPECT_EQ(SplitList("a,,b c"), (std::vector<std::string>{"a", "", "b c"}));
+    EXPECT_EQ(SplitList("").size(), 1U);
+    EXPECT_EQ(ParseNumber("+1.5e3"), 1500.0);
+    EXPECT_EQ(ParseNumber("-.5"), -0.5);
+    for (const char* text : {"", " 1", "1 ", "1,5", "0x10", "1e999", "--1", "a"})
+        EXPECT_EQ(ParseNumber(text), std::nullopt) << text;
 }
 
 TEST(PlainText, CutsLongNamesInTheMiddleAndKeepsThemToTheirLine) {

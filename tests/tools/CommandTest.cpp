@@ -56,8 +56,6 @@ INSTANTIATE_TEST_SUITE_P(Commands, Help,
                                          "resample", "profile", "plot", "spectrogram"));
 
 TEST(HelpText, FillsTheTerminal) {
-    using kvx::tool::Wrapped;
-    EXPECT_EQ(Wrapped("\na bc\nd\n\nlonger words", 4), "a bc\nd\n\nlonger\nwords");
     EXPECT_EQ(kvx::tool::HelpFooter("", "\n1\n  2\n"), "Example:\n  1\n    2");
     const TempFolder folder;
     const auto widest = [&](const std::string& columns) {

@@ -141,7 +141,7 @@ TEST_P(AnyInput, GivesTheSameHoweverItIsCut) {
         Progress progress("");
         const auto reader = OpenSignal(path, {}, {}, false, progress);
         const std::string output = (folder_ / "out.vdf2").string();
-        const auto writer = CreateDataFile(output, L"text", reader->Runs());
+        const auto writer = CreateSignal(output, Format::dataFile, reader->Runs(), {L"text", {}});
         const auto process = [](std::size_t, std::size_t) { return MakeFir({{0.2, 0.3}, 1}, Ends::held); };
         Stream({"filter", path, output}, *reader, *writer, process, block);
         if (whole.empty()) whole = folder_.Read("out.vdf2");

@@ -14,14 +14,15 @@
 
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/FileException.h>
+#include <KvxDevCommon01/platform/Interrupts.h>
 #include <KvxDevCommon01/platform/Version.h>
 #include <KvxDevCommon01/text/NearNames.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
 #include "cli/Help.h"
-#include "cli/Interrupts.h"
 #include "cli/Output.h"
+#include "cli/Progress.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
 
@@ -109,7 +110,7 @@ int RunCommandLine(int argc, const char* const* argv) {
 
     // A file that grows beyond the limit set for it is a failed write, not the end of the process.
     std::signal(SIGXFSZ, SIG_IGN);
-    RemoveUnfinishedFilesOnSignals();
+    RemoveUnfinishedFilesOnSignals(Progress::ClearLine);
 
     try {
         try {

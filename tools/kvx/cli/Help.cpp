@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cstdlib>
 
+#include <KvxDevCommon01/text/PlainText.h>
+
 namespace kvx::tool {
 namespace {
 
@@ -29,32 +31,6 @@ std::size_t HelpWidth() {
     winsize window = {};
     if (width == 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0) width = window.ws_col;
     return width == 0 ? kUnknown : std::clamp(width, kLeast, kMost);
-}
-
-std::string Wrapped(std::string_view text, std::size_t width) {
-    std::string wrapped;
-    std::size_t column = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t begin = std::min(text.find_first_not_of(" \n", at), text.size());
-        const std::string_view gap = text.substr(at, begin - at);
-        const std::size_t end = std::min(text.find_first_of(" \n", begin), text.size());
-        const std::string_view word = text.substr(begin, end - begin);
-        at = end;
-        if (word.empty()) break;
-        if (std::ranges::count(gap, '\n') > 1) {
-            wrapped += "\n\n";
-            column = 0;
-        } else if (column > 0 && column + 1 + word.size() > width) {
-            wrapped += '\n';
-            column = 0;
-        } else if (column > 0) {
-            wrapped += ' ';
-            ++column;
-        }
-        wrapped += word;
-        column += word.size();
-    }
-    return wrapped;
 }
 
 std::string HelpFooter(std::string_view paragraphs, std::string_view example) {

@@ -13,10 +13,6 @@ namespace kvx::tool {
 /// 120; 100 where neither says it.
 std::size_t HelpWidth();
 
-/// The words of the text in lines of at most `width` characters, a longer word in a line of its own. A blank
-/// line parts paragraphs; other line ends are blanks.
-std::string Wrapped(std::string_view text, std::size_t width);
-
 /// What the help of a command ends with: wrapped paragraphs, then the lines of an example as they are. The
 /// line ends around both do not matter, as raw strings have them.
 std::string HelpFooter(std::string_view paragraphs, std::string_view example);

@@ -2,26 +2,14 @@
 #include "cli/Options.h"
 
 #include <fmt/format.h>
-#include <charconv>
 #include <cmath>
 #include <functional>
 #include <optional>
-#include <system_error>
-
-#include <KvxDevCommon01/platform/Text.h>
 
 #include "cli/Format.h"
 
 namespace kvx::tool {
 namespace {
-
-std::optional<double> ParseNumber(std::string_view text) {
-    double value = 0.0;
-    if (text.starts_with('+')) text.remove_prefix(1);
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return value;
-}
 
 /// A check that the text is a number for which `holds`; "'abc' is not WANTED" otherwise.
 Complaint NumberCheck(const std::string& wanted, const std::function<bool(double)>& holds) {
@@ -59,16 +47,6 @@ double ParseArgument(std::string_view text) {
     const std::optional<double> value = ParseNumber(text);
     if (!value || !std::isfinite(*value)) throw ValueError(Quote(text) + " is not a number");
     return *value;
-}
-
-std::vector<std::string> SplitList(std::string_view list) {
-    std::vector<std::string> pieces;
-    for (std::size_t begin = 0; begin <= list.size();) {
-        const std::size_t end = std::min(list.find(',', begin), list.size());
-        pieces.emplace_back(list.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return pieces;
 }
 
 std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count) {

@@ -51,9 +51,6 @@ const auto& Choose(const Table& table, const std::string& option, const std::str
 /// A number as an argument writes it: decimal point, no blanks; throws ValueError ("'abc' is not a number").
 double ParseArgument(std::string_view text);
 
-/// The pieces of a comma list; one empty piece for an empty text.
-std::vector<std::string> SplitList(std::string_view list);
-
 /// `values` spread over `count` receivers: one for all, or one each; throws ValueError naming `option`
 /// otherwise.
 std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count);

@@ -42,7 +42,7 @@ const auto& Ends() {
 }
 
 /// The end of a name in small letters, with its dot.
-std::string EndOf(const std::string& name) {
+std::string EndOfName(const std::string& name) {
     std::string end = std::filesystem::path(name).extension().string();
     for (char& letter : end) {
         if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
@@ -60,9 +60,8 @@ const End* Find(std::string_view end, std::span<const OutputFormat> formats) {
 std::string ListOf(std::span<const OutputFormat> formats, bool hasDots = true) {
     std::string list;
     for (std::size_t i = 0; i < formats.size(); ++i) {
-        const End& end = *std::ranges::find(Ends(), formats[i], &End::format);
         list += i == 0 ? "" : i + 1 < formats.size() ? ", " : " or ";
-        list += end.text.substr(hasDots ? 0 : 1);
+        list += EndOf(formats[i]).substr(hasDots ? 0 : 1);
     }
     return list;
 }
@@ -76,6 +75,10 @@ bool IsNoFile(const std::string& name) {
 }
 
 }  // namespace
+
+std::string_view EndOf(OutputFormat format) {
+    return std::ranges::find(Ends(), format, &End::format)->text;
+}
 
 Option AddOutputOptions(Command& command, const std::string& what, std::span<const OutputFormat> formats,
                         OutputChoice* choice) {
@@ -95,7 +98,7 @@ OutputFormat FormatOf(const OutputChoice& choice, std::span<const OutputFormat> 
     const End* const stated = Find("." + choice.as, formats);
     if (!choice.as.empty() && stated == nullptr)
         throw ValueError("--as: there is no " + Quote(choice.as) + ", only " + ListOf(formats, false));
-    const std::string end = EndOf(choice.name);
+    const std::string end = EndOfName(choice.name);
     if (end.empty() || IsNoFile(choice.name)) {
         if (stated != nullptr) return stated->format;
         if (IsNoFile(choice.name)) return formats.front();

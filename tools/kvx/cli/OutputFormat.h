@@ -19,6 +19,9 @@ struct OutputChoice {
     std::string as;    ///< an end of names without its dot; empty where the name tells the format
 };
 
+/// The end of names of a format, with its dot.
+std::string_view EndOf(OutputFormat format);
+
 /// Describes -o, for which `what` says what it is, and with more than one format --as, for outputs whose name
 /// tells none. The first format is that of "-" without --as.
 Option AddOutputOptions(Command& command, const std::string& what, std::span<const OutputFormat> formats,

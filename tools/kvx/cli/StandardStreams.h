@@ -5,11 +5,12 @@
 // disappears with the program, however that ends.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/HandleStream.h>
 
 namespace kvx::tool {
 
@@ -24,7 +25,8 @@ std::string OutputName(const std::string& output);
 std::string SourceText(const std::string& input);
 
 /// The path at which an input can be opened, as often as one likes: itself, or for "-" that of standard
-/// input, which is kept in a temporary file unless it is a file already. Throws CFileException.
+/// input, which is kept in a temporary file unless it is a file already. Throws Error or
+/// CFileException.
 std::string InputPath(const std::string& input);
 
 /// Standard output and standard error without a buffer of their own, so that nothing can fail after the last
@@ -35,18 +37,16 @@ ByteStream& StandardError();
 /// Where a command writes its report: standard error when `output`, the file it makes, is standard output.
 ByteStream& ReportStream(const std::string& output, ByteStream& report);
 
-/// A file without a name. Operations throw CFileException.
-class UnnamedFile;
+/// Lets `write` write an output as a stream: a file, which takes its place when all was written, or standard
+/// output. Throws what `write` throws, and CFileException.
+void WriteOutput(const std::string& output, const std::function<void(ByteStream&)>& write);
 
 /// Where an output is written: the path that was named, or for "-" that of a temporary file, which goes to
 /// standard output when it is complete.
 class OutputTarget {
 public:
-    /// Throws CFileException.
+    /// Throws Error.
     explicit OutputTarget(const std::string& output);
-    ~OutputTarget();
-    OutputTarget(const OutputTarget&) = delete;
-    OutputTarget& operator=(const OutputTarget&) = delete;
 
     const std::string& Path() const { return path_; }
     /// Passes the file at Path() on to standard output if that was named. Throws CFileException.

@@ -22,6 +22,12 @@ void StoreDataFile(const std::string& path, const std::wstring& text, std::vecto
     target.Deliver();
 }
 
+void StoreDataFile(const std::string& path, const std::wstring& text, CComDataBase record) {
+    std::vector<CComDataBase> records;
+    records.push_back(std::move(record));
+    StoreDataFile(path, text, std::move(records));
+}
+
 void AddChannelOptions(Command command, ChannelOptions* options) {
     command
         .AddOption("--channels", options->channels,

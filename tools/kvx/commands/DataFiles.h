@@ -21,6 +21,7 @@ DataFileContent LoadDataFile(const std::string& path);
 /// Stores records as a vibration data file with the free text `text`, of which the header keeps 257
 /// characters. Throws Error.
 void StoreDataFile(const std::string& path, const std::wstring& text, std::vector<CComDataBase> records);
+void StoreDataFile(const std::string& path, const std::wstring& text, CComDataBase record);
 
 /// Which channels a command works on.
 using ChannelOptions = ChannelChoice;

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <KvxDevCommon01/platform/File.h>
 #include <KvxRecording01/RecordTable.h>
 
 #include "cli/Failure.h"
@@ -68,12 +67,8 @@ void RunExport(const ExportOptions& options, ByteStream& out) {
             OutputTarget target(output);
             WriteWav(table, target.Path(), wav, progress.Function());
             target.Deliver();
-        } else if (IsStandardStream(output)) {
-            WriteCsv(table, StandardOutput(), progress.Function());
         } else {
-            OutputFile file(WidePath(output));
-            WriteCsv(table, file, progress.Function());
-            file.Commit();
+            WriteOutput(output, [&](ByteStream& stream) { WriteCsv(table, stream, progress.Function()); });
         }
     });
     if (IsStandardStream(output)) return;

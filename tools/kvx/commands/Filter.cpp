@@ -59,31 +59,21 @@ using PlanRun = std::function<RunFilters(const SignalRun& run)>;
 
 // ---- through spectra ----
 
-struct KindName {
-    std::string_view name;
-    SpectralFilter::Kind kind;
-    std::string_view parameter;  ///< the option's name; empty when there is none
-};
 struct TermName {
     std::string_view name;
     CMatBasic::DATA_TERM term;
 };
 // clang-format off
-constexpr std::array kKinds = {
-    KindName{"first",       SpectralFilter::Kind::first,       ""},
-    KindName{"second",      SpectralFilter::Kind::second,      "--q"},
-    KindName{"butterworth", SpectralFilter::Kind::butterworth, "--order"},
-    KindName{"slope",       SpectralFilter::Kind::slope,       "--order"},
-    KindName{"cut",         SpectralFilter::Kind::cut,         ""},
-};
 constexpr std::array kTerms = {
-    TermName{"hold",     CMatBasic::TERM_HOLD},
-    TermName{"zeros",    CMatBasic::TERM_ZERO},
-    TermName{"periodic", CMatBasic::TERM_PERIODIC},
+    TermName{kEndNames[0].name, CMatBasic::TERM_HOLD},
+    TermName{kEndNames[1].name, CMatBasic::TERM_ZERO},
+    TermName{"periodic",        CMatBasic::TERM_PERIODIC},
 };
 // clang-format on
 
-SpectralFilter ReadSpectralFilter(const FilterOptions& options, const KindName& kind) {
+SpectralFilter ReadSpectralFilter(const FilterOptions& options) {
+    SpectralFilter filter;
+    filter.kind = Choose(kFilterKinds, "--kind", options.kind.value_or("butterworth")).kind;
     if (!options.lowPassHz && !options.highPassHz) {
         throw UsageError("one of --lowpass, --highpass, --butterworth, --fir and --fir-set is required");
     }
@@ -91,14 +81,15 @@ SpectralFilter ReadSpectralFilter(const FilterOptions& options, const KindName& 
         throw ValueError("--lowpass " + FormatNumber(*options.lowPassHz) + " lies below --highpass " +
                          FormatNumber(*options.highPassHz) + ", which leaves no band");
     }
-    if (options.q && kind.parameter != "--q") throw UsageError("--q is for --kind second");
-    if (options.order && kind.parameter != "--order") {
+    if (options.q && !filter.HasQ()) throw UsageError("--q is for --kind second");
+    if (options.order && !filter.HasOrder()) {
         throw UsageError("--order is for --kind butterworth and slope");
     }
-    SpectralFilter filter = {kind.kind, options.lowPassHz, options.highPassHz};
+    filter.lowPassHz = options.lowPassHz;
+    filter.highPassHz = options.highPassHz;
     filter.q = options.q.value_or(filter.q);
     filter.order = options.order.value_or(filter.order);
-    if (kind.kind == SpectralFilter::Kind::butterworth &&
+    if (filter.kind == SpectralFilter::Kind::butterworth &&
         !(filter.order == std::floor(filter.order) && filter.order <= 16.0)) {
         throw ValueError("--order: " + FormatNumber(filter.order) +
                          " is not a whole number from 1 to 16, as Butterworth filters have them");
@@ -110,24 +101,14 @@ SpectralFilter ReadSpectralFilter(const FilterOptions& options, const KindName& 
     return filter;
 }
 
-std::string FilterText(const SpectralFilter& filter, const KindName& kind) {
-    std::string text(kind.name);
-    if (kind.parameter == "--q") text += " q " + FormatNumber(filter.q, 4);
-    if (kind.parameter == "--order") text += " order " + FormatNumber(filter.order, 4);
-    if (filter.highPassHz) text += ", high-pass " + FormatNumber(*filter.highPassHz) + " Hz";
-    if (filter.lowPassHz) text += ", low-pass " + FormatNumber(*filter.lowPassHz) + " Hz";
-    return text;
-}
-
 PlanRun PlanSpectra(const FilterOptions& options) {
-    const KindName& kind = Choose(kKinds, "--kind", options.kind.value_or("butterworth"));
-    const SpectralFilter filter = ReadSpectralFilter(options, kind);
+    const SpectralFilter filter = ReadSpectralFilter(options);
     const std::string ends = options.ends.value_or(options.highPassHz ? "zeros" : "hold");
     const CMatBasic::DATA_TERM term = Choose(kTerms, "--ends", ends).term;
-    return [=, &kind, block = options.block](const SignalRun& run) {
+    return [=, block = options.block](const SignalRun& run) {
         const auto response =
             std::make_shared<const SpectralResponse>(DesignSpectralFilter(filter, 1.0 / run.delta, block));
-        return RunFilters{FilterText(filter, kind) + ", blocks of " + std::to_string(response->block),
+        return RunFilters{FilterText(filter) + ", blocks of " + std::to_string(response->block),
                           [=] { return MakeSpectralFilter(response, term); },
                           {}};
     };
@@ -135,30 +116,14 @@ PlanRun PlanSpectra(const FilterOptions& options) {
 
 // ---- sample by sample ----
 
-/// The numbers of a text in one column or one row.
-std::vector<double> ReadCoefficients(const std::string& path) {
-    constexpr __int64 kMost = 1 << 20;
-    Progress progress("reading " + InputName(path));
-    const std::unique_ptr<RecordingReader> text =
-        OpenTextTable(OpenTextFile(InputPath(path)),
-                      {.firstColumnIsTime = false, .encodingName = "--encoding"}, progress.Function());
-    const std::size_t columns = text->Info().channels.size();
-    const __int64 rows = text->Info().samples;
-    if (columns > 1 && rows > 1)
-        throw Error(ErrorKind::kUnsupported, "coefficients stand in one column or one row");
-    if (rows > kMost) throw Error(ErrorKind::kUnsupported, "it has more than 1048576 coefficients");
-    std::vector<double> values(columns * static_cast<std::size_t>(rows));
-    std::vector<double*> targets;
-    for (std::size_t c = 0; c < columns; ++c) targets.push_back(&values[c]);
-    text->Read(targets, static_cast<std::size_t>(rows));
-    return values;
-}
-
 FirFilter ReadFir(const std::string& path) {
-    FirFilter filter = {Doing("read", path, [&] { return ReadCoefficients(path); })};
+    FirFilter filter = CentredFir(Doing("read", path, [&] {
+        Progress progress("reading " + InputName(path));
+        return ReadCoefficients(OpenTextFile(InputPath(path)), {.encodingName = "--encoding"},
+                                progress.Function());
+    }));
     const std::optional<double> delay = LinearPhaseDelay(filter.coefficients);
     if (!delay) Note("the coefficients are not symmetric; what they delay, stays delayed");
-    filter.delay = static_cast<__int64>(delay.value_or(0.0));
     if (delay && static_cast<double>(filter.delay) != *delay)
         Note("an even number of taps leaves a delay of half a sample");
     return filter;
@@ -202,9 +167,7 @@ std::string FilterText(const FilterOptions& options, const SampleFilters& filter
                             : "FIR set " + std::to_string(*options.firSet) + " of " + taps);
     }
     for (const ButterworthFilter& filter : filters.butterworths) {
-        text += std::string(text.empty() ? "" : ", ") + "butterworth " +
-                (filter.pass == ButterworthFilter::Pass::low ? "low" : "high") + "-pass of order " +
-                std::to_string(filter.order) + " at " + FormatNumber(filter.cornerHz) + " Hz";
+        text += (text.empty() ? "" : ", ") + FilterText(filter);
     }
     return text;
 }
@@ -286,7 +249,9 @@ void AddFilter(Command app) {
     command.AddOption("--highpass", options->highPassHz, "Keep what lies above this frequency")
         .Type("HZ")
         .Check(PositiveNumber());
-    command.AddOption("--kind", options->kind, "Kind of filter: " + Names(kKinds) + " (default: butterworth)")
+    command
+        .AddOption("--kind", options->kind,
+                   "Kind of filter: " + Names(kFilterKinds) + " (default: butterworth)")
         .Type("NAME");
     command.AddOption("--q", options->q, "Quality of --kind second (default: 0.7071)")
         .Type("Q")

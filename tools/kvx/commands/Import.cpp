@@ -64,8 +64,9 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
         Progress progress("reading " + InputName(options.input));
         return OpenRecording(options.input, options.channels, options.recording, progress);
     });
-    const std::unique_ptr<SignalWriter> writer =
-        Doing("write", output, [&] { return CreateDataFile(output, *text, reader->Runs()); });
+    const std::unique_ptr<SignalWriter> writer = Doing("write", output, [&] {
+        return CreateSignal(output, Format::dataFile, reader->Runs(), {*text, {}});
+    });
     Stream({"import", options.input, output}, *reader, *writer, [](auto...) { return MakeChain({}); });
     WriteText(ReportStream(output, out), Summary(output, writer->Records()));
 }

@@ -13,7 +13,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/ConvData.h>
-#include <KvxDevCommon01/units/UnitText.h>
+#include <KvxDevCommon01/units/ShownValue.h>
 #include <KvxDevCommon01/units/ValConv.h>
 
 #include "cli/Failure.h"
@@ -91,21 +91,7 @@ Json JsonOf(const RecordOutline& record, const RecordFigures& measured) {
 /// A figure of the axis with its unit; with ten digits, for the customary two decimals of a frequency hide a
 /// fine line spacing.
 std::string AxisFigure(const CUnitCtrl& unit, double value) {
-    CValConv converter;
-    CString text;
-    converter.SetFmt(L"%.10g");
-    converter.SetUnit(unit);
-    converter.ConvDataToString(value, &text);
-    return ToUtf8(WithoutMarkup(text));
-}
-
-/// The heading of a column of figures: "peak [g 0-p]".
-std::string FigureHeading(const char* name, const CUnitCtrl& unit, CValConv::UNIT_SUFFIX suffix) {
-    CString text;
-    CValConv(unit, suffix).GetUnitString(&text);
-    text = WithoutMarkup(text);
-    const bool isNamed = text.find_first_not_of(L' ') != text.npos;
-    return isNamed ? name + (" [" + ToUtf8(text) + "]") : name;
+    return ShownText(unit, value, {.format = L"%.10g"});
 }
 
 /// A figure that is already in its unit.
@@ -138,7 +124,7 @@ std::string TextOf(const RecordOutline& record, const RecordFigures& measured) {
     const CValConv::UNIT_SUFFIX rms = isAmplitude ? CValConv::SUFFIX_RMS : CValConv::SUFFIX_NONE;
     const CValConv::UNIT_SUFFIX peak = isAmplitude ? CValConv::SUFFIX_ZERO_TO_PEAK : CValConv::SUFFIX_NONE;
     const auto heading = [&](const char* name, CValConv::UNIT_SUFFIX suffix) {
-        return FigureHeading(name, unit, suffix);
+        return ColumnHeading(name, unit, suffix);
     };
     std::vector<std::vector<std::string>> lines = {
         {"channel", "name", heading("mean", CValConv::SUFFIX_NONE), heading("rms", rms),

@@ -25,50 +25,10 @@ constexpr std::array kPictureFormats = {OutputFormat::svg, OutputFormat::pdf, Ou
                                         OutputFormat::jpeg};
 constexpr std::array kSettingsFormats = {OutputFormat::settings};
 
-struct Paper {
-    std::string_view name;
-    plot::Size millimetres;
-};
-constexpr std::array kPapers = {Paper{"A4", plot::kA4Millimetres}, Paper{"A3", plot::kA3Millimetres}};
-
-struct Scheme {
-    std::string_view name;
-    plot::ColorScheme scheme;
-};
-constexpr std::array kSchemes = {
-    Scheme{"white", plot::ColorScheme::kWhite},
-    Scheme{"black", plot::ColorScheme::kBlack},
-    Scheme{"printer", plot::ColorScheme::kPrinter},
-};
-
-PictureFormat PictureFormatOf(const OutputChoice& output) {
-    switch (FormatOf(output, kPictureFormats)) {
-        case OutputFormat::pdf:
-            return PictureFormat::kPdf;
-        case OutputFormat::png:
-            return PictureFormat::kPng;
-        case OutputFormat::jpeg:
-            return PictureFormat::kJpeg;
-        default:
-            return PictureFormat::kSvg;
-    }
-}
-
-/// Width and height of the picture: pixels as the option gives them, or those of the paper.
 plot::Size SizeInPixels(const PictureChoice& choice) {
-    const auto paper = std::ranges::find(kPapers, choice.size, &Paper::name);
-    if (paper != kPapers.end()) return plot::PixelsOf(paper->millimetres, choice.pixelsPerInch);
-    const std::size_t cross = choice.size.find('x');
-    try {
-        if (cross != std::string::npos) {
-            return {ParseArgument(std::string_view(choice.size).substr(0, cross)),
-                    ParseArgument(std::string_view(choice.size).substr(cross + 1))};
-        }
-    } catch (const ValueError&) {
-        // What is no pair of numbers is told below.
-    }
+    if (const auto size = plot::ParsePictureSize(choice.size, choice.pixelsPerInch)) return *size;
     throw ValueError("--size: " + Quote(choice.size) + " is no size such as 800x500, and not " +
-                     Names(kPapers));
+                     Names(plot::kPapers));
 }
 
 std::optional<double> BoundOf(const std::string& text) {
@@ -108,7 +68,7 @@ void AddPictureOptions(Command command, PictureChoice* choice) {
         .AddOption("--scheme", choice->scheme,
                    "Colours: on white (the default) or black ground, or those for the printer")
         .Type("NAME")
-        .OneOf({"white", "black", "printer"});
+        .OneOf(NameList(plot::kColorSchemes));
     command.AddOption("--title", choice->title, "Title; without it the text of the file's header")
         .Type("TEXT");
     command
@@ -129,7 +89,8 @@ PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std:
     if (choice.storeSettings == choice.output.name)
         throw ValueError("--store-settings: " + Quote(choice.output.name) + " is the picture");
     if (!choice.storeSettings.empty()) FormatOf({choice.storeSettings, {}}, kSettingsFormats);
-    const PictureFormat format = PictureFormatOf(choice.output);
+    const std::string_view end = EndOf(FormatOf(choice.output, kPictureFormats));
+    const PictureFormat format = plot::PictureFormatOf(WidePath(end)).value();
     PictureTarget target = {
         format, plot::OptionsInPixels(format, SizeInPixels(choice), choice.pixelsPerInch), {}};
     if (choice.title) {
@@ -143,8 +104,8 @@ PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std:
         });
     }
     if (choice.scheme || choice.settings.empty()) {
-        const Scheme& scheme = Choose(kSchemes, "--scheme", choice.scheme.value_or("white"));
-        plot::ApplyScheme(scheme.scheme, target.look);
+        const auto& named = Choose(plot::kColorSchemes, "--scheme", choice.scheme.value_or("white"));
+        plot::ApplyScheme(named.scheme, target.look);
     }
     return target;
 }

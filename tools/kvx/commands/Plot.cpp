@@ -2,10 +2,8 @@
 //
 // kvx plot: pictures of waveforms, spectra, densities and transfer functions.
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -37,28 +35,6 @@ struct PlotOptions {
     std::string profile;
 };
 
-struct GraphKindName {
-    std::string_view name;
-    CGraphParam::GRAPH_KIND kind;
-};
-
-// clang-format off
-constexpr std::array kGraphKinds = {
-    GraphKindName{"magnitude-phase", CGraphParam::GRAPH_MAGNITUDE_PHASE},
-    GraphKindName{"magnitude",       CGraphParam::GRAPH_MAGNITUDE},
-    GraphKindName{"phase",           CGraphParam::GRAPH_PHASE},
-    GraphKindName{"unwrapped-phase", CGraphParam::GRAPH_UNWRAPPED_PHASE},
-    GraphKindName{"real-imaginary",  CGraphParam::GRAPH_REAL_IMAGINARY},
-    GraphKindName{"real",            CGraphParam::GRAPH_REAL},
-    GraphKindName{"imaginary",       CGraphParam::GRAPH_IMAGINARY},
-    GraphKindName{"nyquist",         CGraphParam::GRAPH_NYQUIST},
-    GraphKindName{"line",            CGraphParam::GRAPH_VALUE},
-    GraphKindName{"steps",           CGraphParam::GRAPH_STEPS},
-    GraphKindName{"bars",            CGraphParam::GRAPH_BARS},
-    GraphKindName{"marks",           CGraphParam::GRAPH_MARKS},
-};
-// clang-format on
-
 plot::RecordGraphChoice ChoiceOf(const PlotOptions& options) {
     plot::RecordGraphChoice choice = ResolveGraphs(options.x, options.y, options.unit);
     if (options.suffix) {
@@ -67,50 +43,31 @@ plot::RecordGraphChoice ChoiceOf(const PlotOptions& options) {
             return RequireSuffix(name, unit);
         };
     }
-    if (options.show) choice.graphKind = Choose(kGraphKinds, "--show", *options.show).kind;
+    if (options.show) choice.graphKind = Choose(plot::NamedGraphKinds(), "--show", *options.show).kind;
+    choice.advice = "choose some with --channels";
     if (options.panes == "channel") choice.paneMode = CGraphParam::PANE_PER_ROW;
     return choice;
 }
 
-/// A graph for the chosen channels of each record, or for each of them.
-std::vector<plot::RecordGraph> MakeGraphs(const DataFileContent& content, const PlotOptions& options,
-                                          const plot::RecordGraphChoice& choice) {
-    std::vector<plot::RecordGraph> graphs;
-    const std::vector<Channel> channels = SelectChannels(content, options.channels);
-    bool isUnitUsed = !choice.unit;
-    bool isKindUsed = !choice.graphKind;
-    bool isSuffixUsed = !choice.suffixOf;
-    for (std::size_t first = 0; first < channels.size();) {
-        const CComDataBase& record = content.records[channels[first].record];
-        std::vector<plot::RecordCell> cells;
-        std::size_t next = first;
-        do {
-            const Channel& channel = channels[next++];
-            cells.push_back({channel.row, channel.column, channel.name});
-        } while (choice.paneMode == CGraphParam::PANE_SINGLE && next < channels.size() &&
-                 channels[next].record == channels[first].record);
-        if (std::ssize(cells) > CGraphLineInfoList::GetMaxLineNum()) {
-            throw Error(ErrorKind::kBadValue, "a graph shows at most " +
-                                                  std::to_string(CGraphLineInfoList::GetMaxLineNum()) +
-                                                  " channels; choose some with --channels");
-        }
-        graphs.push_back(plot::MakeRecordGraph(record, cells, choice));
-        const CGraphParam::Cells& drawn = graphs.back().param.m_cells;
-        isUnitUsed = isUnitUsed || IsConvertible(record.GetUnit(), *choice.unit);
-        isKindUsed = isKindUsed || drawn.graphKind == *choice.graphKind;
-        isSuffixUsed = isSuffixUsed || plot::AreAmplitudes(drawn.dataKind);
-        first = next;
-    }
-    if (!isUnitUsed)
+/// Throws Error when something that was chosen suits none of the graphs.
+void RequireUse(const std::vector<plot::RecordGraph>& graphs, const PlotOptions& options,
+                const plot::RecordGraphChoice& choice) {
+    const auto isUseless = [&](const auto& chosen, const auto& suits) {
+        return chosen && std::ranges::none_of(graphs, suits, &plot::RecordGraph::param);
+    };
+    if (isUseless(choice.unit,
+                  [&](const CGraphParam& p) { return IsConvertible(p.m_units.y, *choice.unit); }))
         throw Error(ErrorKind::kBadValue, "no channel has a unit that converts to " + Quote(options.unit));
-    if (!isKindUsed) {
+    if (isUseless(choice.graphKind,
+                  [&](const CGraphParam& p) { return p.m_cells.graphKind == *choice.graphKind; })) {
         throw Error(ErrorKind::kBadValue,
                     "--show " + *options.show + " is for " +
                         (plot::DrawsComplexValues(*choice.graphKind) ? "complex lines" : "real values") +
                         ", which no channel has");
     }
-    if (!isSuffixUsed) throw Error(ErrorKind::kBadValue, "--suffix is for amplitudes, which no channel has");
-    return graphs;
+    if (isUseless(choice.suffixOf,
+                  [](const CGraphParam& p) { return plot::AreAmplitudes(p.m_cells.dataKind); }))
+        throw Error(ErrorKind::kBadValue, "--suffix is for amplitudes, which no channel has");
 }
 
 /// Draws the profile into the graphs of densities it belongs to.
@@ -132,8 +89,11 @@ void RunPlot(const PlotOptions& options, ByteStream& out) {
     const PictureTarget target = ResolvePicture(options.picture, {options.input, options.profile});
     const plot::RecordGraphChoice choice = ChoiceOf(options);
     const DataFileContent content = Doing("read", options.input, [&] { return LoadDataFile(options.input); });
-    std::vector<plot::RecordGraph> graphs =
-        Doing("draw", options.input, [&] { return MakeGraphs(content, options, choice); });
+    std::vector<plot::RecordGraph> graphs = Doing("draw", options.input, [&] {
+        auto made = plot::MakeRecordGraphs(content, SelectChannels(content, options.channels), choice);
+        RequireUse(made, options, choice);
+        return made;
+    });
     if (!options.profile.empty()) {
         Doing("draw", options.profile,
               [&] { AddProfileText(graphs, ReadProfileText(InputPath(options.profile))); });
@@ -169,7 +129,7 @@ void AddPlot(Command app) {
                    "What is drawn: of complex lines magnitude-phase (the default), one or both parts, their "
                    "locus (nyquist); of real values a line, steps, bars or marks")
         .Type("WHAT")
-        .OneOf(NameList(kGraphKinds));
+        .OneOf(NameList(plot::NamedGraphKinds()));
     command
         .AddOption("--panes", options->panes, "A pane for the channels of each record, or for each channel")
         .Type("BY")

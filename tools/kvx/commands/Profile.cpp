@@ -15,7 +15,6 @@
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/files/ComDataKinds.h>
-#include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxRecording01/ProfileText.h>
 
@@ -109,26 +108,13 @@ void RequireOverlap(const PsdProfile& profile, const std::vector<BandChange>& ba
     }
 }
 
-void WriteLines(const std::string& path, const std::wstring& text, const std::vector<double>& lines,
-                const Grid& grid, const CUnitCtrl& density) {
+/// A record of the lines, which are in the unit shown.
+CComDataBase RecordOf(const std::vector<double>& lines, double spacingHz, const CUnitCtrl& density) {
     const CStringArray names = {L"profile"};
-    CComDataSpecA record(grid.spacingHz, 1, 1, std::ssize(lines), 0, density, &names, nullptr);
+    CComDataSpecA record(spacingHz, 1, 1, std::ssize(lines), 0, density, &names, nullptr);
     if (record.GetReal(0, 0) == nullptr) throw std::bad_alloc();
     density.ConvItoD(record.GetReal(0, 0), lines.data(), std::ssize(lines), 1.0, 0);
-    std::vector<CComDataBase> records;
-    records.push_back(std::move(record));
-    StoreDataFile(path, text, std::move(records));
-}
-
-void WriteProfile(const std::string& output, const ProfileText& profile) {
-    const std::string text = FormatProfileText(profile);
-    if (IsStandardStream(output)) {
-        WriteText(StandardOutput(), text);
-        return;
-    }
-    OutputFile file(WidePath(output));
-    WriteText(file, text);
-    file.Commit();
+    return record;
 }
 
 void RunProfile(const ProfileOptions& options, ByteStream& out) {
@@ -187,13 +173,14 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
 
     if (!output.empty()) {
         Doing("write", output, [&] {
-            if (!isDataFile) {
-                if (grid) profile = ProfileOfLines(lines, grid->spacingHz);
-                WriteProfile(output, text);
+            if (isDataFile) {
+                ProfileIn(text, density);  // in the standard unit, too, levels must be numbers
+                StoreDataFile(output, FromUtf8(SourceText(options.profile)).value_or(L""),
+                              RecordOf(lines, grid->spacingHz, density));
                 return;
             }
-            ProfileIn(text, density);  // in the standard unit, too, levels must be numbers
-            WriteLines(output, FromUtf8(SourceText(options.profile)).value_or(L""), lines, *grid, density);
+            if (grid) profile = ProfileOfLines(lines, grid->spacingHz);
+            WriteOutput(output, [&](ByteStream& file) { WriteText(file, FormatProfileText(text)); });
         });
     }
     WriteText(ReportStream(output, out), report);

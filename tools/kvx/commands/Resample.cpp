@@ -3,7 +3,6 @@
 // kvx resample: another sampling rate for signals of any length, by the suite's multi-rate filters.
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -50,14 +49,9 @@ RateChange ChangeBy(const std::string& option, CMatFir::RATE_CONV mode, std::int
 
 RateChange ChangeTo(double rateHz, double fromHz) {
     if (const std::optional<RateChange> change = FindRateChange(fromHz, rateHz)) return *change;
-    const std::vector<RateChange> changes = RateChanges();
-    const auto below = std::ranges::find_if(
-        changes, [&](const RateChange& change) { return change.RateAfter(fromHz) < rateHz; });
     std::string nearest;
-    if (below != changes.end()) nearest = ChangeText(*below, fromHz);
-    if (below != changes.begin()) {
-        nearest += (nearest.empty() ? "" : " and ") + ChangeText(*std::prev(below), fromHz);
-    }
+    for (const RateChange& change : NearestRateChanges(fromHz, rateHz))
+        nearest += (nearest.empty() ? "" : " and ") + ChangeText(change, fromHz);
     throw Error(ErrorKind::kUnsupported, "no ratio leads from its rate of " + FormatNumber(fromHz, 10) +
                                              " Hz to " + FormatNumber(rateHz, 10) +
                                              " Hz; the nearest that can be reached: " + nearest);

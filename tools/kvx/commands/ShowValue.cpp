@@ -12,9 +12,8 @@
 #include <KvxDevCommon01/platform/Locale.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/ConvData.h>
+#include <KvxDevCommon01/units/ShownValue.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
-#include <KvxDevCommon01/units/UnitText.h>
-#include <KvxDevCommon01/units/ValConv.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
@@ -53,8 +52,8 @@ void RunShowValue(const ShowOptions& options, ByteStream& out) {
     const CUnitCtrl from = RequireUnit(options.unit);
     const bool isTemperature = DimensionOf(from) == CUnitCtrl::DIM_TEMPERATURE;
     const bool isAbsolute = from.IsSingle() && !options.isDifference;
-    const double held = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
-    if (!std::isfinite(held))
+    const double standard = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
+    if (!std::isfinite(standard))
         throw Failure(fmt::format("{} {} leaves the range of numbers", Quote(options.value), options.unit));
     const CValConv::UNIT_SUFFIX suffix = RequireSuffix(options.suffix, from);
     std::optional<std::wstring> format;
@@ -72,18 +71,8 @@ void RunShowValue(const ShowOptions& options, ByteStream& out) {
     const char* const locale = options.locale ? options.locale->c_str() : nullptr;
     std::vector<std::vector<std::string>> lines;
     for (const CUnitCtrl& to : UnitsToShow(options, from)) {
-        CValConv converter;
-        if (format) converter.SetFmt(format->c_str());
-        converter.SetUnit(to);
-        converter.SetUnitSuffix(suffix);
-        CString value;
-        CString unit;
-        if (isAbsolute) {
-            converter.ConvTempDataToString(held, &value, &unit, locale);
-        } else {
-            converter.ConvDataToString(held, &value, &unit, locale);
-        }
-        lines.push_back({ToUtf8(value), ToUtf8(WithoutMarkup(unit))});
+        const ShownValue shown = ShowIn(to, standard, {format, suffix, isAbsolute, locale});
+        lines.push_back({shown.value, shown.unit});
     }
     WriteText(out, FormatTable({Align::right, Align::left}, lines));
 }

@@ -1,29 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "commands/SignalWriter.h"
 
-#include <array>
-
-#include <KvxRecording01/Formats.h>
-
 #include "cli/Options.h"
 #include "cli/StandardStreams.h"
 #include "commands/Signal.h"
 
 namespace kvx::tool {
 namespace {
-
-struct SampleName {
-    std::string_view name;
-    WavSamples samples;
-};
-// clang-format off
-constexpr std::array kSampleNames = {
-    SampleName{"float",  WavSamples::floating},
-    SampleName{"double", WavSamples::doubleFloating},
-    SampleName{"pcm16",  WavSamples::pcm16},
-    SampleName{"pcm24",  WavSamples::pcm24},
-};
-// clang-format on
 
 /// A file that goes to standard output, if that was named, when it is complete.
 class DeliveredWriter : public SignalWriter {
@@ -49,28 +32,21 @@ private:
 }  // namespace
 
 void AddSamplesOption(Command& command, std::string* samples) {
-    command.AddOption("--samples", *samples, "WAV samples: " + Names(kSampleNames))
-        .Type("KIND")
-        .ShowDefault();
+    command.AddOption("--samples", *samples, "WAV samples: " + Names(kWavSamples)).Type("KIND").ShowDefault();
 }
 
 WavSamples WavSamplesOf(const WavChoice& choice) {
-    return Choose(kSampleNames, "--samples", choice.samples).samples;
+    return Choose(kWavSamples, "--samples", choice.samples).samples;
 }
 
 WavOptions WavOptionsOf(const WavChoice& choice) {
     return {WavSamplesOf(choice), choice.fullScale.value_or(1.0), OptionNames()};
 }
 
-std::unique_ptr<SignalWriter> CreateDataFile(const std::string& path, const std::wstring& text,
-                                             const std::vector<SignalRun>& runs) {
-    return std::make_unique<DeliveredWriter>(path, Format::dataFile, runs, SignalFileOptions{text, {}});
-}
-
-std::unique_ptr<SignalWriter> CreateWavFile(const std::string& path, const std::vector<SignalRun>& runs,
-                                            const WavChoice& choice) {
-    return std::make_unique<DeliveredWriter>(path, Format::wav, runs,
-                                             SignalFileOptions{{}, WavOptionsOf(choice)});
+std::unique_ptr<SignalWriter> CreateSignal(const std::string& path, Format format,
+                                           const std::vector<SignalRun>& runs,
+                                           const SignalFileOptions& options) {
+    return std::make_unique<DeliveredWriter>(path, format, runs, options);
 }
 
 }  // namespace kvx::tool

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include <KvxRecording01/SignalWriter.h>
+#include <KvxRecording01/Formats.h>
 
 #include "cli/Command.h"
 
@@ -24,11 +24,9 @@ void AddSamplesOption(Command& command, std::string* samples);
 WavSamples WavSamplesOf(const WavChoice& choice);
 WavOptions WavOptionsOf(const WavChoice& choice);
 
-/// Begins a data file with one record per run and unit; "-" is standard output.
-std::unique_ptr<SignalWriter> CreateDataFile(const std::string& path, const std::wstring& text,
-                                             const std::vector<SignalRun>& runs);
-/// Begins a WAV file, for which there must be one run.
-std::unique_ptr<SignalWriter> CreateWavFile(const std::string& path, const std::vector<SignalRun>& runs,
-                                            const WavChoice& choice);
+/// As CreateSignalFile; "-" is standard output.
+std::unique_ptr<SignalWriter> CreateSignal(const std::string& path, Format format,
+                                           const std::vector<SignalRun>& runs,
+                                           const SignalFileOptions& options);
 
 }  // namespace kvx::tool

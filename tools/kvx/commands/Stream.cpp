@@ -57,9 +57,9 @@ std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptio
 std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const std::wstring& text,
                                            const std::vector<SignalRun>& runs) {
     const std::string& name = options.output.name;
+    const WavOptions wav = WavOptionsOf({options.samples, options.recording.fullScale});
     return Doing("write", name, [&] {
-        if (!options.IsForSound()) return CreateDataFile(name, text, runs);
-        return CreateWavFile(name, runs, {options.samples, options.recording.fullScale});
+        return CreateSignal(name, options.IsForSound() ? Format::wav : Format::dataFile, runs, {text, wav});
     });
 }
 

@@ -70,10 +70,12 @@ Target ReadTarget(const SynthOptions& options) {
 
 /// A record of `seconds` with room for a channel of that name.
 CComDataWave MakeRecord(double seconds, double rateHz, const CUnitCtrl& unit, const std::wstring& name) {
+    constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
     const double count = std::round(rateHz * seconds);
-    if (!(count >= 1.0 && count <= std::numeric_limits<std::int32_t>::max())) {
-        throw ValueError(fmt::format("{} s at {} Hz are {} samples; a record holds 1 to 2147483647",
-                                     FormatNumber(seconds), FormatNumber(rateHz, 10), FormatNumber(count)));
+    if (!(count >= 1.0 && count <= kMost)) {
+        throw ValueError(fmt::format("{} s at {} Hz are {} samples; a record holds 1 to {}",
+                                     FormatNumber(seconds), FormatNumber(rateHz, 10), FormatNumber(count),
+                                     kMost));
     }
     const CStringArray names = {name};
     CComDataWave wave(1.0 / rateHz, 1, 1, static_cast<__int64>(count), 0, unit, &names, nullptr);
@@ -116,11 +118,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
                                      {"peak", shown(figures.peak)},
                                      {"crest factor", FormatNumber(figures.peak / figures.rms, 4)}}));
     });
-    Doing("write", output, [&] {
-        std::vector<CComDataBase> records;
-        records.push_back(std::move(wave));
-        StoreDataFile(output, text, std::move(records));
-    });
+    Doing("write", output, [&] { StoreDataFile(output, text, std::move(wave)); });
     WriteText(ReportStream(output, out), summary);
 }
 

@@ -1,21 +1,23 @@
 // SPDX-License-Identifier: MIT
-#include "cli/Interrupts.h"
+#include <KvxDevCommon01/platform/Interrupts.h>
 
+#include <atomic>
 #include <csignal>
 
 #include <KvxDevCommon01/platform/File.h>
 
-#include "cli/Progress.h"
-
-namespace kvx::tool {
+namespace kvx {
 namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGHUP, SIGTERM, SIGQUIT, SIGPIPE};
 
+std::atomic<void (*)()> atEnd = nullptr;
+static_assert(std::atomic<void (*)()>::is_always_lock_free);
+
 /// Only what is safe in the handler of a signal.
 void EndProgram(int signal) {
     RemoveUnfinishedFiles();
-    Progress::ClearLine();
+    if (const auto also = atEnd.load()) also();
     // The default action takes effect when this handler returns, before the program goes on.
     std::signal(signal, SIG_DFL);
     std::raise(signal);
@@ -23,7 +25,8 @@ void EndProgram(int signal) {
 
 }  // namespace
 
-void RemoveUnfinishedFilesOnSignals() {
+void RemoveUnfinishedFilesOnSignals(void (*also)()) {
+    atEnd = also;
     struct sigaction action = {};
     action.sa_handler = &EndProgram;
     ::sigemptyset(&action.sa_mask);
@@ -35,4 +38,4 @@ void RemoveUnfinishedFilesOnSignals() {
     }
 }
 
-}  // namespace kvx::tool
+}  // namespace kvx
