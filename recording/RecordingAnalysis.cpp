@@ -125,25 +125,26 @@ std::size_t NumberOf(const SignalRun& single) {
 Selection SelectChannels(const OpenChannels& open, const TransferChoice& choice) {
     const bool isNamed = !choice.responses.empty();
     const bool isByPart = isNamed && choice.isByPart;
-    Selection selection = {open(isByPart ? choice.responses : "")};
+    // The reference comes first: it is what is told of when the responses are wrong as well.
+    Selection selection = {open(isByPart ? choice.reference : "")};
     std::vector<SignalRun> all = SingleChannels(selection.reader->Runs());
-    std::vector<std::size_t> responses;  // numbers in the order of the choice
-    if (isByPart) {
-        std::ranges::transform(all, std::back_inserter(responses), NumberOf);
-        all = SingleChannels(open(choice.reference)->Runs());
-        if (all.size() == 1) selection.reference = all.front();
-    } else {
+    const auto choose = [&](const std::string& list) {
         std::vector<std::wstring> names;
         for (const SignalRun& run : all) names.push_back(run.channels.front().name);
-        const std::vector<std::size_t> reference = ChooseChannels(choice.reference, names);
-        if (reference.size() == 1) selection.reference = all[reference.front()];
-        for (const std::size_t at : ChooseChannels(choice.responses, names))
-            responses.push_back(NumberOf(all[at]));
-    }
-    if (selection.reference.channels.empty()) {
+        return ChooseChannels(isByPart ? "" : list, names);  // by part the reader has chosen
+    };
+    const std::vector<std::size_t> references = choose(choice.reference);
+    if (references.size() != 1) {
         throw Error(ErrorKind::kBadValue,
                     choice.referenceName + " " + Quote(choice.reference) + " names several channels");
     }
+    selection.reference = all[references.front()];
+    if (isByPart) {
+        selection.reader = open(choice.responses);
+        all = SingleChannels(selection.reader->Runs());
+    }
+    std::vector<std::size_t> responses;  // numbers in the order of the choice
+    for (const std::size_t at : choose(choice.responses)) responses.push_back(NumberOf(all[at]));
     const SignalRun::Channel& reference = selection.reference.channels.front();
     if (std::erase(responses, reference.number) > 0 && isNamed) {
         throw Error(ErrorKind::kBadValue,

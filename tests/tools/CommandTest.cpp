@@ -178,6 +178,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx psd a.vdf2 --block 4 --window han", 1, "--window: there is no 'han' (did you mean 'hann'?); see"},
     WrongCase{"kvx xfr a.vdf2 --block 4", 1, "cannot analyse 'a.vdf2': it has no channel but the reference\n"},
     WrongCase{"kvx xfr a.vdf2 --block 4 --response 1", 1, "cannot analyse 'a.vdf2': channel 'a' is the reference, not a response\n"},
+    WrongCase{"kvx xfr a.vdf2 --block 4 --reference x --response y", 1, "cannot analyse 'a.vdf2': there is no channel 'x' among its 1 channel"},
     WrongCase{"kvx xfr a.vdf2 --block 4 --at 1.5", 1, "cannot analyse 'a.vdf2': its last line is at 1 Hz, not at 1.5 Hz\n"},
     WrongCase{"kvx xfr a.vdf2 --at 1,x", 1, "'x' is not a number"},
     WrongCase{"kvx plot a.vdf2", 2, "--output is required"},
