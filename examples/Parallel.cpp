@@ -22,7 +22,8 @@ int main() {
         rms[c] = std::sqrt(squares / static_cast<double>(channels[c].size()));
     });
     std::string text;
-    for (std::size_t c = 0; c < rms.size(); ++c) text += std::to_string(c + 1) + "," + kvx::FormatExact(rms[c]) + "\n";
+    for (std::size_t c = 0; c < rms.size(); ++c)
+        text += std::to_string(c + 1) + "," + kvx::FormatExact(rms[c]) + "\n";
 
     const auto store = [&](const wchar_t* path) {
         try {

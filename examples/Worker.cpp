@@ -33,7 +33,7 @@ int main() {
     CWaitTimer wait;
     while (counter.Steps() < 10) wait.NormalWait(0.005);
     counter.ThreadRelease();
-    std::printf("%s the thread has made its steps in less than %.0f s\n", counter.IsRelease() ? "released:" : "running:",
-                std::ceil(watch.Stop()) + 1.0);
+    std::printf("%s the thread has made its steps in less than %.0f s\n",
+                counter.IsRelease() ? "released:" : "running:", std::ceil(watch.Stop()) + 1.0);
     return counter.IsRelease() && counter.Steps() >= 10 ? 0 : 1;
 }

@@ -2,6 +2,7 @@
 #include <KvxRecording01/RecordTable.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <utility>
 
@@ -77,6 +78,8 @@ struct RecordTable::State {
 
     bool HaveSameAxis(const Channel& a, const Channel& b);
     void ReadAxis(__int64 first, std::span<double> values);
+    /// Throws Error for an axis value of the first channel that is no number.
+    void RequireAxisNumbers();
 };
 
 bool RecordTable::State::HaveSameAxis(const Channel& a, const Channel& b) {
@@ -108,10 +111,27 @@ void RecordTable::State::ReadAxis(__int64 first, std::span<double> values) {
     for (double& value : values) value = static_cast<double>(fields.offset + first++) * fields.delta;
 }
 
+void RecordTable::State::RequireAxisNumbers() {
+    const Channel& channel = channels.front();
+    const RecordOutline& record = Record(channel);
+    if (record.fields.mode == CComDataBase::MODE_SPACING) return;
+    std::vector<double> values;
+    for (__int64 done = 0; done < record.nsamp; done += std::ssize(values)) {
+        values.resize(static_cast<std::size_t>(std::min(static_cast<__int64>(kBlock), record.nsamp - done)));
+        ReadAxis(done, values);
+        const auto bad = std::ranges::find_if(values, [](double value) { return !std::isfinite(value); });
+        if (bad == values.end()) continue;
+        throw Error(ErrorKind::kDamaged, "its place on the axis is no number",
+                    {.record = static_cast<std::int64_t>(channel.record) + 1,
+                     .sample = done + (bad - values.begin()) + 1});
+    }
+}
+
 RecordTable::RecordTable(const std::string& path, const ChannelChoice& choice, const StatementNames& called)
     : state_(new State{DataFileReader(WidePath(path))}) {
     State& state = *state_;
     state.channels = SelectChannels(state.file.Records(), choice);
+    state.RequireAxisNumbers();
     const Channel* before = &state.channels.front();
     for (const Channel& channel : state.channels) {
         const RecordOutline& record = state.Record(channel);

@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -250,9 +251,9 @@ TEST(Numbers, AreTheShortestThatAreStoredAlike) {
 }
 
 /// A data file of two records on axes of their own, one of them complex.
-std::string WriteRecords(const TempFolder& folder) {
+std::string WriteRecords(const TempFolder& folder, double secondPlace = 2.5) {
     const CStringArray names = {L"a", L"b, c"};
-    const double places[] = {1.0, 2.5, 10.0};
+    const double places[] = {1.0, secondPlace, 10.0};
     CDataArrayDouble axis;
     EXPECT_TRUE(axis.SetData(3, places));
     CComDataBase values(2, 1, 0, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY), NamedUnit("g"), axis, &names, nullptr);
@@ -288,6 +289,13 @@ TEST(RecordTable, BecomesTextWithWhateverAxisAndParts) {
               "kN does not convert to g");
     EXPECT_EQ(CsvOf(std::move(table)),
               "frequency [Hz],a re [kN],a im [kN]\n1,0,-0.00025\n1.5,0.001,-0.00025\n2,0.002,-0.00025\n");
+    const std::string torn = WriteRecords(folder, std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(Refusal(ErrorKind::kDamaged,
+                      [&] {
+                          RecordTable values(torn, {"", 1});
+                      }),
+              "record 1, sample 2: its place on the axis is no number");
+    WriteRecords(folder);
     const ErrorKind kind = ErrorKind::kUnsupported;
     EXPECT_EQ(Refusal(kind, [&] { RecordTable both(path); }),
               "records 1 and 2 differ in their axis; choose one with record");
