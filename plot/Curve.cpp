@@ -222,22 +222,18 @@ double BarBase(const CurveFrame& frame) {
 }  // namespace
 
 IndexRange SamplesWithin(const CurveSamples& samples, double shownFrom, double shownTo) {
-    IndexRange range{0, samples.Count()};
-    if (!samples.IsEven()) return range;
+    if (!samples.IsEven()) return {0, samples.Count()};
     const auto stored = [&](double shown) {
         return samples.shownX != nullptr ? ToStandard(*samples.shownX, shown) : shown;
     };
     const double from = stored(shownFrom);
     const double to = stored(shownTo);
-    if (FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step, samples.y,
-                         &range) == 0) {
-        return {0, 0};
-    }
+    const std::optional<IndexRange> range =
+        FindVisibleRange({std::min(from, to), std::max(from, to)}, samples.start, samples.step, samples.y);
+    if (!range) return {0, 0};
     // The bounds may be a rounding error off, and a step begins one sample earlier.
-    const __int64 end = std::min(samples.Count(), range.first + range.count + 1);
-    range.first = std::max<__int64>(0, range.first - 1);
-    range.count = end - range.first;
-    return range;
+    const __int64 first = std::max<__int64>(0, range->first - 1);
+    return {first, std::min(samples.Count(), range->first + range->count + 1) - first};
 }
 
 __int64 CurveSamples::Count() const {

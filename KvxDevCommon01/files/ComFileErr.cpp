@@ -23,9 +23,8 @@ int CComFileErr::GetFileErrorString(const CFileException* e, CString* out, const
                                     int* isError) {
     if (e == nullptr || out == nullptr) return 0;
     if (e->m_cause < CFileException::none || e->m_cause > CFileException::endOfFile) return 1;
-    CString message;
-    kvx::LoadResourceText(kvx::kTextFirstFileError + static_cast<unsigned int>(e->m_cause), &message,
-                          kLongestMessage);
+    const unsigned int id = kvx::kTextFirstFileError + static_cast<unsigned int>(e->m_cause);
+    const CString message(kvx::ResourceText(id).substr(0, kLongestMessage));
     *out = format == nullptr ? message : InsertName(format, e->m_strFileName) + L'\n' + message;
     if (isError != nullptr) *isError = e->m_cause != CFileException::none;
     return 1;

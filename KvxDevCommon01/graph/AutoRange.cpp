@@ -37,18 +37,17 @@ double RoundedBound(double bound, double margin, CMatBasic::TRIM_MODE mode) {
 
 }  // namespace
 
-int AutoRange(double first, double second, AxisForm form, RangeRounding mode, AxisRange* range) {
+std::optional<AxisRange> AutoRange(double first, double second, AxisForm form, RangeRounding mode) {
     const auto* rounding = std::ranges::find(kRoundings, mode, &RoundingRow::mode);
-    if (range == nullptr || rounding == std::end(kRoundings)) return 0;
-    if (!std::isfinite(second - first)) return 0;
+    if (rounding == std::end(kRoundings) || !std::isfinite(second - first)) return std::nullopt;
     const auto [low, high] = std::minmax(first, second);
 
     const bool isWide = form == AxisForm::kLogarithmic && low > 0.0 && high / low >= 2.0;
     const double span = high - low;
     const double lowMargin = isWide ? low * 0.05 : span / 100.0;
     const double highMargin = isWide ? high * 0.05 : span / 100.0;
-    *range = {RoundedBound(low, lowMargin, rounding->low), RoundedBound(high, highMargin, rounding->high)};
-    return 1;
+    return AxisRange{RoundedBound(low, lowMargin, rounding->low),
+                     RoundedBound(high, highMargin, rounding->high)};
 }
 
 double RoundToSignificantDigits(double value, int digits) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/graph/AxisMapping.h>
@@ -23,8 +24,8 @@ enum class RangeRounding : std::uint32_t {
 /// Bounds for data between `first` and `second`, which come in either order: multiples of a step of the
 /// series 1, 2, 5. The step is a hundredth of the range, or on a logarithmic axis, for positive data that
 /// reach over a factor of 2, a twentieth of each bound. Data without a step (of one value) are their own
-/// bounds. 0, with `range` unchanged, for another mode, null, or data whose range is not finite.
-KVX_API int AutoRange(double first, double second, AxisForm form, RangeRounding mode, AxisRange* range);
+/// bounds. No value for another mode and for data whose range is not finite.
+KVX_API std::optional<AxisRange> AutoRange(double first, double second, AxisForm form, RangeRounding mode);
 
 /// Rounds a bound to `digits` significant digits for display: a positive one to the nearest, a negative one
 /// down by half a unit or up to one and a half. That the two differ is deliberate. A value that cannot be

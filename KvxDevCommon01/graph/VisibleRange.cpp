@@ -23,7 +23,7 @@ __int64 ClampedIndex(double index, __int64 low, __int64 high) {
 }
 
 /// The samples from `first` to `last`, both within [-1, count], without those of no value at the ends.
-int Trimmed(__int64 first, __int64 last, std::span<const double> values, IndexRange* range) {
+std::optional<IndexRange> Trimmed(__int64 first, __int64 last, std::span<const double> values) {
     const auto isMissing = [&](__int64 index) {
         return values[static_cast<std::size_t>(index)] == kNoValue<double>;
     };
@@ -31,33 +31,32 @@ int Trimmed(__int64 first, __int64 last, std::span<const double> values, IndexRa
     last = std::min(last, std::ssize(values) - 1);
     while (first <= last && isMissing(first)) ++first;
     while (first <= last && isMissing(last)) --last;
-    if (first > last) return 0;
-    *range = {first, last - first + 1};
-    return 1;
+    if (first > last) return std::nullopt;
+    return IndexRange{first, last - first + 1};
 }
 
 }  // namespace
 
-int FindVisibleRange(const AxisRange& shown, double start, double interval, std::span<const double> values,
-                     IndexRange* range) {
-    if (range == nullptr || values.empty()) return 0;
+std::optional<IndexRange> FindVisibleRange(const AxisRange& shown, double start, double interval,
+                                           std::span<const double> values) {
+    if (values.empty()) return std::nullopt;
     const double first = std::floor((shown.low - start) / interval + kIndexTolerance);
     const double last = std::ceil((shown.high - start) / interval - kIndexTolerance);
-    if (interval == 0.0 || std::isnan(first) || std::isnan(last)) return 0;
+    if (interval == 0.0 || std::isnan(first) || std::isnan(last)) return std::nullopt;
     const __int64 count = std::ssize(values);
-    return Trimmed(ClampedIndex(first, -1, count), ClampedIndex(last, -1, count), values, range);
+    return Trimmed(ClampedIndex(first, -1, count), ClampedIndex(last, -1, count), values);
 }
 
-int FindVisibleRange(const AxisRange& shown, std::span<const double> xValues, std::span<const double> values,
-                     IndexRange* range) {
+std::optional<IndexRange> FindVisibleRange(const AxisRange& shown, std::span<const double> xValues,
+                                           std::span<const double> values) {
     const std::size_t num = std::min(values.size(), xValues.size());
-    if (range == nullptr || num == 0 || std::isnan(shown.low) || std::isnan(shown.high)) return 0;
+    if (num == 0 || std::isnan(shown.low) || std::isnan(shown.high)) return std::nullopt;
     const double* x = xValues.data();
     __int64 first = CMatBasic::BinarySearch(x, static_cast<__int64>(num), shown.low);
     __int64 last = CMatBasic::BinarySearch(x, static_cast<__int64>(num), shown.high);
     if (x[first] * 0.99999 > shown.low) --first;
     if (shown.low > x[last] * 1.00001) ++last;
-    return Trimmed(first, last, values.first(num), range);
+    return Trimmed(first, last, values.first(num));
 }
 
 }  // namespace kvx

@@ -19,11 +19,4 @@ std::wstring_view ResourceText(unsigned int id) {
     return row != kTexts.end() && row->id == id ? row->text : std::wstring_view{};
 }
 
-int LoadResourceText(unsigned int id, CString* text, std::size_t limit) {
-    const std::wstring_view found = ResourceText(id);
-    if (text == nullptr || found.empty()) return 0;
-    text->assign(found.substr(0, limit));
-    return 1;
-}
-
 }  // namespace kvx

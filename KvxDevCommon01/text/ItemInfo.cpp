@@ -35,8 +35,8 @@ int CItemInfoList::Append(std::int32_t code, const CString& text, int enabled) t
 }
 
 int CItemInfoList::AppendResource(std::int32_t code, unsigned int id, int enabled) try {
-    CString text;
-    return kvx::LoadResourceText(id, &text, CItemInfo::kTextLimit) && Append(code, text, enabled);
+    const CString text(kvx::ResourceText(id).substr(0, CItemInfo::kTextLimit));
+    return !text.empty() && Append(code, text, enabled);
 } catch (const std::bad_alloc&) {
     return 0;
 }

@@ -63,13 +63,11 @@ AxisRange AutomaticBounds(const AxisSetting& setting, const CurveExtent& data) {
     if (!(range.high - range.low > std::max(kLeastRange * size, isLinear ? kLeastAxisSpan : 0.0)))
         return Around(range, setting.form);
     if (setting.hasRoom) range = WithRoom(range, setting.form);
-    AxisRange rounded;
-    if (!setting.isFullRange &&
-        AutoRange(range.low, range.high, setting.form, RangeRounding::kOutward, &rounded) != 0 &&
-        rounded.low < rounded.high && (!isLogarithmic || rounded.low > 0.0)) {
-        return rounded;
-    }
-    return range;
+    if (setting.isFullRange) return range;
+    const std::optional<AxisRange> rounded =
+        AutoRange(range.low, range.high, setting.form, RangeRounding::kOutward);
+    return rounded && rounded->low < rounded->high && (!isLogarithmic || rounded->low > 0.0) ? *rounded
+                                                                                             : range;
 }
 
 }  // namespace
