@@ -60,16 +60,10 @@ bool HasReference(const CComDataBase& record) {
 
 /// Whether the unit has hertz in a denominator.
 bool IsPerHertz(const CUnitCtrl& unit) {
-    std::array<CUnitCtrl::UNIT_CODE, 4> codes;
-    std::array<CUnitCtrl::UNIT_CALC, 4> calcs;
-    unit.GetInfo(&codes[0], &calcs[0], nullptr, &codes[1], &calcs[1], &codes[2], &calcs[2], &codes[3],
-                 &calcs[3]);
-    for (std::size_t i = 0; i < codes.size(); ++i) {
-        if (CUnitCtrl::GetDimCode(codes[i]) == CUnitCtrl::DIM_FREQUENCY &&
-            (calcs[i] & CUnitCtrl::CALC_DIVIDE))
-            return true;
-    }
-    return false;
+    return std::ranges::any_of(UnitParts(unit), [](const UnitPart& part) {
+        return CUnitCtrl::GetDimCode(part.unit) == CUnitCtrl::DIM_FREQUENCY &&
+               (part.calc & CUnitCtrl::CALC_DIVIDE);
+    });
 }
 
 bool IsLocus(const Param& param) {
