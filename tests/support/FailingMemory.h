@@ -11,9 +11,13 @@
 
 #include <tests/support/Starve.h>
 
-// Under the address sanitizer a refused allocation is null, as it is without it.
+// Under the sanitizers that replace malloc a refused allocation is null, as it is without them.
 extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
+extern "C" [[gnu::visibility("default")]] const char* __tsan_default_options();
 const char* __asan_default_options() {
+    return "allocator_may_return_null=1";
+}
+const char* __tsan_default_options() {
     return "allocator_may_return_null=1";
 }
 
