@@ -11,10 +11,10 @@
 
 namespace kvx {
 
-/// A record over frequency with a row per spectrum, named by `names`, and one column, which may have a name,
-/// that of a transfer function's reference. Throws Error (kBadValue) without
-/// spectra, for another number of names, and for spectra of different kinds, counts, spacings or units;
-/// std::bad_alloc when memory runs out.
+/// A record over frequency with one row for a spectrum, named by `names`, and one column, which may have a
+/// name, that of a transfer function's reference. Throws Error (kBadValue) without spectra, for another
+/// number of names, and for spectra of different kinds, counts, spacings or units; std::bad_alloc when memory
+/// runs out.
 KVX_API CComDataBase SpectrumRecord(std::span<const LineSpectrum> spectra, const CStringArray& names,
                                     const CString& column = {});
 
