@@ -77,7 +77,7 @@ public:
     /// many; 0 at the end. There is a target per channel, null for one that is not wanted. Throws Error.
     virtual std::size_t Read(std::span<double* const> targets, std::size_t room) = 0;
     /// What is wrong with a sample of those that Read delivered last (both 0-based), told with its place in
-    /// the file: "line 7, column 2: the value overflows".
+    /// the file: "line 7, column 2: the value overflows". Of a text without one for a sample that was not.
     virtual Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
                           const std::string& sentence) const = 0;
 

@@ -212,9 +212,18 @@ std::string_view EncodingName(unsigned int codePage) {
     return row != kEncodings.end() ? row->name : "another encoding";
 }
 
+namespace {
+
+std::unique_ptr<ByteStream> RequireStream(std::unique_ptr<ByteStream> stream) {
+    if (stream == nullptr) throw Error(ErrorKind::kBadValue, "there is no text to read");
+    return stream;
+}
+
+}  // namespace
+
 LineReader::LineReader(std::unique_ptr<ByteStream> stream, unsigned int codePage,
                        const std::string& encodingName)
-    : decoder_(std::make_unique<Decoder>(std::move(stream), codePage, encodingName)) {
+    : decoder_(std::make_unique<Decoder>(RequireStream(std::move(stream)), codePage, encodingName)) {
     while (text_.find('\n') == std::string::npos && text_.size() < kLongestLine) {
         if (!decoder_->Append(&text_)) break;
     }

@@ -120,6 +120,7 @@ public:
 
     Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
                   const std::string& sentence) const override {
+        if (index >= lineNumbers_.size()) return Error(kind, sentence);
         const std::size_t column = rows_->Table().skipped + firstChannel_ + channel;
         return Error(kind, sentence, FieldPlace(lineNumbers_[index], column));
     }

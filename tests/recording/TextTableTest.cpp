@@ -201,4 +201,17 @@ TEST(TextTableReader, RefusesALineWithoutEnd) {
               "line 2 is longer than a table's can be");
 }
 
+TEST(TextTableReader, TellsTheLinesOfDeliveredSamplesAlone) {
+    const std::string text = "1,2\n3,4\n";
+    const auto reader =
+        OpenTextTable([&] { return std::make_unique<MemoryStream>(std::as_bytes(std::span(text))); }, {});
+    const auto told = [&] { return std::string(reader->ErrorAt(1, 1, ErrorKind::kBadValue, "odd").what()); };
+    EXPECT_EQ(told(), "odd");
+    std::vector<double> samples(4);
+    std::vector<double*> targets = {&samples[0], &samples[2]};
+    EXPECT_EQ(reader->Read(targets, 2), 2U);
+    EXPECT_EQ(told(), "line 2, column 2: odd");
+    EXPECT_THROW(LineReader(nullptr), Error);
+}
+
 }  // namespace
