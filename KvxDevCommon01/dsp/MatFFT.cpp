@@ -2,7 +2,7 @@
 
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/detail/TrigTables.h>
-#include <KvxDevCommon01/dsp/kernels/KernelSets.h>
+#include <KvxDevCommon01/dsp/kernels/FftKernels.h>
 
 #include <algorithm>
 #include <array>
@@ -82,7 +82,7 @@ void Forward(__int64 size, const double* wave, double* re, double* im) {
     if (log2Size < kLog2SmallestKernel) {
         ForwardByDefinition(size, wave, re, im);
     } else {
-        ActiveKernels().fft->forward(log2Size, TwiddlesUpTo(log2Size), wave, re, im);
+        ActiveKernels<FftKernels>().forward(log2Size, TwiddlesUpTo(log2Size), wave, re, im);
     }
 }
 
@@ -92,7 +92,7 @@ void Inverse(__int64 size, double* re, double* im) {
     if (log2Size < kLog2SmallestKernel) {
         InverseByDefinition(size, re, im);
     } else {
-        ActiveKernels().fft->inverse(log2Size, TwiddlesUpTo(log2Size), re, im);
+        ActiveKernels<FftKernels>().inverse(log2Size, TwiddlesUpTo(log2Size), re, im);
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <KvxDevCommon01/dsp/MatFir.h>
-#include <KvxDevCommon01/dsp/kernels/KernelSets.h>
+#include <KvxDevCommon01/dsp/kernels/FirKernels.h>
 #include <tests/dsp/Signals.h>
 
 #include <algorithm>
@@ -88,21 +88,22 @@ INSTANTIATE_TEST_SUITE_P(Shapes, FirFilter,
 TEST(FirKernels, GiveTheSameBitsInEverySetWhereverTheBlocksLie) {
     const std::vector<std::int64_t> offsets = {3, 0, 7, 7, 1};
     const Wave coef = Noise(5, 3), x = Noise(300);
-    for (const kvx::KernelSet& set : kvx::AvailableKernels()) {
+    for (const kvx::KernelSet set : kvx::AvailableKernelSets()) {
+        const kvx::FirKernels& kernels = kvx::KernelsOf<kvx::FirKernels>(set);
         for (std::size_t count = 0; count < 140; ++count) {
             const std::size_t shift = count % 3;
             Wave y(count + shift + kvx::kFirOverrun);
-            set.fir->weightedSums(coef.data(), offsets.data(), 5, x.data() + shift, y.data() + shift,
-                                  static_cast<std::int64_t>(count));
+            kernels.weightedSums(coef.data(), offsets.data(), 5, x.data() + shift, y.data() + shift,
+                                 static_cast<std::int64_t>(count));
             for (std::size_t k = shift; k < count + shift; ++k) {
                 const double expected = coef[0] * x[k + 3] + coef[1] * x[k] + coef[2] * x[k + 7] +
                                         coef[3] * x[k + 7] + coef[4] * x[k + 1];
-                ASSERT_EQ(y[k], expected) << set.name << " " << count;
+                ASSERT_EQ(y[k], expected) << kvx::NameOf(set) << " " << count;
             }
             const Wave before = Noise(count + shift + 1 + kvx::kFirOverrun, 5);
             Wave sums = before;
-            set.fir->addScaledShifted(x.data() + shift, 3.0, sums.data() + shift,
-                                      static_cast<std::int64_t>(count));
+            kernels.addScaledShifted(x.data() + shift, 3.0, sums.data() + shift,
+                                     static_cast<std::int64_t>(count));
             for (std::size_t k = shift; k < count + shift; ++k)
                 ASSERT_EQ(sums[k], before[k + 1] + x[k] * 3.0);
         }

@@ -6,7 +6,7 @@
 
 #include <KvxDevCommon01/dsp/detail/FirRun.h>
 
-#include <KvxDevCommon01/dsp/kernels/KernelSets.h>
+#include <KvxDevCommon01/dsp/kernels/FirKernels.h>
 
 #include <algorithm>
 #include <array>
@@ -152,8 +152,8 @@ public:
             if (singles_ == taps_) return FeedSingly(first, run, results);
             areSumsKept_ = false;
             Block out;
-            ActiveKernels().fir->weightedSums(coef_.data(), offsets_.data(), taps_, first - (taps_ - 1),
-                                              out.data(), run);
+            ActiveKernels<FirKernels>().weightedSums(coef_.data(), offsets_.data(), taps_,
+                                                     first - (taps_ - 1), out.data(), run);
             return PutBlock(out, run, results);
         });
     }
@@ -174,7 +174,7 @@ private:
     double Step(double x) {
         double* const sums = sums_.data();
         const double completed = sums[0] + turned_[0] * x;
-        ActiveKernels().fir->addScaledShifted(turned_.data() + 1, x, sums, taps_ - 1);
+        ActiveKernels<FirKernels>().addScaledShifted(turned_.data() + 1, x, sums, taps_ - 1);
         sums[taps_ - 1] = kNothing;
         return completed;
     }
@@ -231,8 +231,8 @@ public:
                 }
             });
             Block out;
-            ActiveKernels().fir->weightedSums(coef_.data(), offsets_.data(), taps_, rows_.data(), out.data(),
-                                              due);
+            ActiveKernels<FirKernels>().weightedSums(coef_.data(), offsets_.data(), taps_, rows_.data(),
+                                                     out.data(), due);
             return PutBlock(out, due, results);
         });
     }
@@ -286,7 +286,8 @@ private:
         const double* coef = coef_.data();
         for (__int64 phase = 0; phase < std::min(ratio_, taps_); ++phase) {
             const __int64 back = (taps_ - 1 - phase) / ratio_;
-            ActiveKernels().fir->weightedSums(coef, offsets_.data(), back + 1, first - back, row, count);
+            ActiveKernels<FirKernels>().weightedSums(coef, offsets_.data(), back + 1, first - back, row,
+                                                     count);
             coef += back + 1;
             use(phase);
         }

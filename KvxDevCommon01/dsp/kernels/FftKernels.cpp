@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: MIT
 //
-// Compiled once per instruction set: KVX_KERNEL_SET names the set, and with it the namespace, so that no two
-// compilations share a symbol. For the same reason nothing of the standard library is called here: an inline
-// function of it compiled for a newer machine could be the copy the linker keeps for everyone.
-//
 // A real block of N points is taken as a complex block of M = N/2, even samples real and odd samples
 // imaginary. The complex transform is a self-sorting radix-4 (Stockham) decimation in frequency: each pass
 // reads one buffer and writes the other, so that no reordering by bit reversal is needed and the inner loops
@@ -11,22 +7,11 @@
 // is one block of N values, the real parts in its lower half and the imaginary parts in its upper one. The
 // inverse transform is the forward one with the parts exchanged.
 
-#include <KvxDevCommon01/dsp/kernels/CompiledKernels.h>
-
-// Tells the compiler that the iterations of the loop that follows touch different elements, so that it may
-// vectorise without proving it.
-#if defined(__clang__)
-#define KVX_INDEPENDENT_ITERATIONS _Pragma("clang loop vectorize(assume_safety)")
-#elif defined(__GNUC__)
-#define KVX_INDEPENDENT_ITERATIONS _Pragma("GCC ivdep")
-#else
-#define KVX_INDEPENDENT_ITERATIONS
-#endif
+#include <KvxDevCommon01/dsp/kernels/FftKernels.h>
+#include <KvxDevCommon01/platform/kernels/Lanes.h>
 
 namespace kvx::KVX_KERNEL_SET {
 namespace {
-
-using Index = std::int64_t;
 
 struct Complex {
     double re;

@@ -5,6 +5,8 @@
 // additions.
 #pragma once
 
+#include <KvxDevCommon01/platform/kernels/KernelSets.h>
+
 #include <cstdint>
 
 namespace kvx {
@@ -27,5 +29,7 @@ struct FftKernels {
     /// left undefined.
     void (*inverse)(std::int64_t log2Size, TwiddleTables twiddles, double* re, double* im);
 };
+
+KVX_DECLARE_KERNELS(FftKernels)
 
 }  // namespace kvx

@@ -1,46 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// Compiled once per instruction set, like FftKernels.cpp and under its rules. The sums of neighbouring
+// The sums of neighbouring
 // results are built side by side, each in its own lane: the lanes never meet, so that their number changes no
 // bit. Vector types of the compiler are used because GCC 12 keeps a plain array of sums in memory, which
 // makes the loop three times slower.
 
-#include <KvxDevCommon01/dsp/kernels/CompiledKernels.h>
+#include <KvxDevCommon01/dsp/kernels/FirKernels.h>
+#include <KvxDevCommon01/platform/kernels/Lanes.h>
 
 namespace kvx::KVX_KERNEL_SET {
 namespace {
-
-using Index = std::int64_t;
-
-#if defined(__GNUC__)
-#if defined(__AVX512F__)
-constexpr unsigned kLanes = 8;
-#elif defined(__AVX__)
-constexpr unsigned kLanes = 4;
-#else
-constexpr unsigned kLanes = 2;
-#endif
-using Lanes = double __attribute__((vector_size(kLanes * sizeof(double))));
-
-inline Lanes Load(const double* from) {
-    Lanes lanes;
-    __builtin_memcpy(&lanes, from, sizeof lanes);
-    return lanes;
-}
-inline void Store(double* to, Lanes lanes) {
-    __builtin_memcpy(to, &lanes, sizeof lanes);
-}
-#else
-constexpr unsigned kLanes = 1;
-using Lanes = double;
-
-inline Lanes Load(const double* from) {
-    return *from;
-}
-inline void Store(double* to, Lanes lanes) {
-    *to = lanes;
-}
-#endif
 
 static_assert(2 * kLanes - 1 <= kFirOverrun);
 

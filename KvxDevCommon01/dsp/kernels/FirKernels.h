@@ -4,6 +4,8 @@
 // order, so that all sets give the same bits.
 #pragma once
 
+#include <KvxDevCommon01/platform/kernels/KernelSets.h>
+
 #include <cstdint>
 
 namespace kvx {
@@ -22,5 +24,7 @@ struct FirKernels {
     /// sums[k] = sums[k + 1] + coef[k] x for k = 0..count-1, with the same room in both blocks.
     void (*addScaledShifted)(const double* coef, double x, double* sums, std::int64_t count);
 };
+
+KVX_DECLARE_KERNELS(FirKernels)
 
 }  // namespace kvx
