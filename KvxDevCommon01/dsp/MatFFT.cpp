@@ -15,9 +15,6 @@
 namespace kvx {
 namespace {
 
-/// Blocks shorter than 2^kLog2SmallestKernel points are summed by definition.
-constexpr int kLog2SmallestKernel = 4;
-
 bool ValidArguments(const double* wave, const double* work, __int64 size, const double* re, const double* im,
                     __int64 lineCount) {
     return wave != nullptr && work != nullptr && re != nullptr && im != nullptr && IsTransformSize(size) &&
@@ -28,71 +25,67 @@ int Log2(__int64 size) {
     return std::countr_zero(static_cast<std::uint64_t>(size));
 }
 
-/// Cosine and sine of 2 pi k/131072, 0 <= k < 131072.
-struct TableAngle {
-    double cosine;
-    double sine;
-
-    explicit TableAngle(__int64 k) {
-        const double sign = k < kSineHalfTurn ? 1.0 : -1.0;
-        const double* const entry = SineTable() + k % kSineHalfTurn;
-        cosine = sign * entry[kSineHalfTurn / 2];
-        sine = sign * entry[0];
-    }
-};
-
-using SmallBlock = std::array<double, 1 << (kLog2SmallestKernel - 1)>;
+/// Blocks without a plan are summed by definition.
+bool HasPlan(__int64 size) {
+    return size >= __int64{1} << kMinLog2PlannedSize;
+}
 
 /// Angle of the product of a line and a sample in a block of `size` points.
 TableAngle ProductAngle(__int64 line, __int64 sample, __int64 size) {
     return TableAngle(line * sample % size * (2 * kSineHalfTurn / size));
 }
 
-void ForwardByDefinition(__int64 size, const double* wave, double* re, double* im) {
-    SmallBlock samples{};
+/// The lines 0..size/2 - 1 times `scale`, as many as lines.count; returns the middle line times `scale`,
+/// which of one point is the line at 0 Hz.
+double ForwardByDefinition(__int64 size, const double* wave, const FftLines& lines) {
+    std::array<double, __int64{1} << (kMinLog2PlannedSize - 1)> samples{};
     std::copy_n(wave, size, samples.begin());
-    for (__int64 k = 0; k < size; ++k) {
-        re[k] = 0.0;
-        im[k] = 0.0;
+    double middle = 0.0;
+    for (__int64 k = 0; 2 * k <= size; ++k) {
+        double re = 0.0, im = 0.0;
         for (__int64 n = 0; n < size; ++n) {
             const TableAngle angle = ProductAngle(k, n, size);
-            re[k] += samples[static_cast<std::size_t>(n)] * angle.cosine;
-            im[k] -= samples[static_cast<std::size_t>(n)] * angle.sine;
+            re += samples[static_cast<std::size_t>(n)] * angle.cosine;
+            im -= samples[static_cast<std::size_t>(n)] * angle.sine;
+        }
+        if (2 * k == size || size == 1) {
+            middle = lines.scale * re;
+        } else if (k < lines.count) {
+            lines.re[k] = lines.scale * re;
+            lines.im[k] = lines.scale * im;
         }
     }
+    return middle;
 }
 
-void InverseByDefinition(__int64 size, double* re, const double* im) {
-    SmallBlock lines{};
-    std::copy_n(re, size / 2 + 1, lines.begin());
+void InverseByDefinition(__int64 size, const FftSpectrum& lines, double* wave, double scale) {
+    std::array<double, __int64{1} << (kMinLog2PlannedSize - 1)> samples{};
     for (__int64 n = 0; n < size; ++n) {
-        re[n] = lines[0];
-        for (__int64 k = 1; 2 * k <= size; ++k) {
+        double sum = lines.dc + (n % 2 == 0 ? lines.middle : -lines.middle);
+        for (__int64 k = 1; 2 * k < size; ++k) {
             const TableAngle angle = ProductAngle(k, n, size);
-            const double weight = 2 * k < size ? 2.0 : 1.0;
-            re[n] += weight * lines[static_cast<std::size_t>(k)] * angle.cosine;
-            if (2 * k < size) re[n] -= weight * im[k] * angle.sine;
+            sum += 2.0 * (lines.re[k] * angle.cosine - lines.im[k] * angle.sine);
         }
+        samples[static_cast<std::size_t>(n)] = scale * sum;
     }
+    std::copy_n(samples.begin(), size, wave);
 }
 
-/// The whole transform of `wave`, which may be `re`.
-void Forward(__int64 size, const double* wave, double* re, double* im) {
-    const int log2Size = Log2(size);
-    if (log2Size < kLog2SmallestKernel) {
-        ForwardByDefinition(size, wave, re, im);
-    } else {
-        ActiveKernels<FftKernels>().forward(log2Size, TwiddlesUpTo(log2Size), wave, re, im);
-    }
+/// The same of any size. The lines may overlap `wave`, but not `work`.
+double Forward(__int64 size, const double* wave, double* work, const FftLines& lines) {
+    if (!HasPlan(size)) return ForwardByDefinition(size, wave, lines);
+    return ActiveKernels<FftKernels>().forward(TransformPlan(Log2(size)), wave, nullptr, work, lines);
 }
 
-/// The time block of the lines 0..size/2 in `re` and `im`, into `re`.
-void Inverse(__int64 size, double* re, double* im) {
-    const int log2Size = Log2(size);
-    if (log2Size < kLog2SmallestKernel) {
-        InverseByDefinition(size, re, im);
-    } else {
-        ActiveKernels<FftKernels>().inverse(log2Size, TwiddlesUpTo(log2Size), re, im);
+/// Sets the lines from the middle one on, which mirror those below.
+void FillLinesFromMiddle(__int64 size, double middle, double* re, double* im, __int64 lineCount) {
+    if (lineCount > size / 2) {
+        re[size / 2] = middle;
+        im[size / 2] = 0.0;
+    }
+    for (__int64 k = size / 2 + 1; k < lineCount; ++k) {
+        re[k] = re[size - k];
+        im[k] = -im[size - k];
     }
 }
 
@@ -100,29 +93,26 @@ void Inverse(__int64 size, double* re, double* im) {
 void InverseOfLines(double* wave, double* work, __int64 size, const double* re, const double* im,
                     __int64 lineCount, double dcScale, double scale) {
     const __int64 half = size / 2;
-    // A line above size/2 overwrites its mirror image below, which keeps the spectrum Hermitian.
-    const __int64 firstMirrored = std::min(half, size - lineCount + 1);
-    const __int64 directEnd = std::min(lineCount, std::max<__int64>(firstMirrored, 1));
-
-    wave[0] = dcScale * re[0];
-    for (__int64 k = 1; k < directEnd; ++k) {
-        wave[k] = scale * re[k];
-        work[k] = scale * im[k];
+    FftSpectrum lines = {dcScale / scale * re[0], 0.0, re, im};
+    if (half >= 1 && lineCount > half) lines.middle = re[half];
+    const bool isWhole = lineCount == half || lineCount == half + 1;
+    if (!isWhole || im == work) {
+        // The lines are put together in the wave: real parts below, imaginary ones above. A line above size/2
+        // replaces its mirror image, which keeps the spectrum Hermitian.
+        const auto gather = [&](double* to, const double* from, double mirroredSign) {
+            for (__int64 k = 1; k < half; ++k)
+                to[k] = size - k < lineCount ? mirroredSign * from[size - k] : k < lineCount ? from[k] : 0.0;
+        };
+        gather(wave, re, 1.0);
+        gather(wave + half, im, -1.0);
+        lines.re = wave;
+        lines.im = wave + half;
     }
-    for (__int64 k = std::max<__int64>(directEnd, 1); k < half; ++k) {
-        const bool mirrored = size - k < lineCount;
-        wave[k] = mirrored ? scale * re[size - k] : 0.0;
-        work[k] = mirrored ? -scale * im[size - k] : 0.0;
+    if (HasPlan(size)) {
+        ActiveKernels<FftKernels>().inverse(TransformPlan(Log2(size)), lines, work, wave, scale);
+    } else {
+        InverseByDefinition(size, lines, wave, scale);
     }
-    // The line at size/2 is its own mirror image: its imaginary part cannot be Hermitian, and gives an
-    // imaginary part of the time block that alternates from sample to sample.
-    const bool hasMiddle = half >= 1 && lineCount > half;
-    const double alternating = hasMiddle ? -scale * im[half] : 0.0;
-    if (half >= 1) wave[half] = hasMiddle ? scale * re[half] : 0.0;
-
-    Inverse(size, wave, work);
-    for (__int64 n = 0; n < size; n += 2) work[n] = alternating;
-    for (__int64 n = 1; n < size; n += 2) work[n] = alternating == 0.0 ? 0.0 : -alternating;
 }
 
 }  // namespace
@@ -130,18 +120,23 @@ void InverseOfLines(double* wave, double* work, __int64 size, const double* re, 
 
 int CMatFFT::WaveRfft(double* wave, double* work, __int64 N, double* re, double* im, __int64 nLines) {
     if (!kvx::ValidArguments(wave, work, N, re, im, nLines)) return 0;
-    const std::unique_ptr<double[]> real(new (std::nothrow) double[static_cast<std::size_t>(N)]);
-    if (real == nullptr) return 0;
-    kvx::Forward(N, wave, real.get(), work);
-
-    const double dcScale = 1.0 / static_cast<double>(N);
-    const double scale = 2.0 / static_cast<double>(N);
-    re[0] = dcScale * real[0];
-    im[0] = dcScale * work[0];
-    for (__int64 k = 1; k < nLines; ++k) {
-        re[k] = scale * real[static_cast<std::size_t>(k)];
-        im[k] = scale * work[k];
+    const __int64 half = N / 2;
+    const double scale = N > 1 ? 2.0 / static_cast<double>(N) : 1.0;
+    kvx::FftLines lines = {re, im, std::min(nLines, half), scale};
+    // Where the lines replace the work, their imaginary parts pass through the upper half of the wave, which
+    // they replace, too, or of a block.
+    std::unique_ptr<double[]> block;
+    if (im == work) {
+        if (re != wave) {
+            block.reset(new (std::nothrow) double[static_cast<std::size_t>(half) + 1]);
+            if (block == nullptr) return 0;
+        }
+        lines.im = re == wave ? wave + half : block.get();
     }
+    const double middle = kvx::Forward(N, wave, work, lines);
+    if (im == work) std::copy_n(lines.im, lines.count, im);
+    if (N > 1) re[0] *= 0.5;
+    kvx::FillLinesFromMiddle(N, middle, re, im, nLines);
     return 1;
 }
 
@@ -153,17 +148,26 @@ int CMatFFT::WaveIfft(double* wave, double* work, __int64 N, double* re, double*
 
 int CMatFFT::XfrRfft(double* wave, double* work, __int64 N, double* re, double* im, __int64 nLines) {
     if (!kvx::ValidArguments(wave, work, N, re, im, nLines)) return 0;
-    kvx::Forward(N, wave, wave, work);
+    const __int64 half = N / 2;
+    const double middle = kvx::Forward(N, wave, work, {wave, wave + half, half, 1.0});
+    std::copy_n(wave + half, half, work);
+    kvx::FillLinesFromMiddle(N, middle, wave, work, N);
+    work[0] = 0.0;
     if (re != wave) std::copy_n(wave, nLines, re);
     if (im != work) std::copy_n(work, nLines, im);
-    im[0] = 0.0;
     return 1;
 }
 
 int CMatFFT::XfrIfft(double* wave, double* work, __int64 N, double* re, double* im, __int64 nLines) {
     if (!kvx::ValidArguments(wave, work, N, re, im, nLines)) return 0;
     const double scale = 1.0 / static_cast<double>(N);
+    // The line at N/2 is its own mirror image: its imaginary part cannot be Hermitian, and gives an imaginary
+    // part of the time block that alternates from sample to sample.
+    const bool hasMiddle = N >= 2 && nLines > N / 2;
+    const double alternating = hasMiddle ? -scale * im[N / 2] : 0.0;
     kvx::InverseOfLines(wave, work, N, re, im, nLines, scale, scale);
+    for (__int64 n = 0; n < N; n += 2) work[n] = alternating;
+    for (__int64 n = 1; n < N; n += 2) work[n] = alternating == 0.0 ? 0.0 : -alternating;
     return 1;
 }
 

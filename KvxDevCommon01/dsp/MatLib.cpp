@@ -23,7 +23,9 @@
 
 int MatLibFFTSetMaxSample(int maxSample) {
     if (maxSample < 1 || maxSample > 1 << kvx::kMaxLog2Size) return 0;
-    kvx::TwiddlesUpTo(std::bit_width(static_cast<unsigned>(maxSample) - 1U));
+    const auto largest = static_cast<int>(std::bit_width(static_cast<unsigned>(maxSample) - 1U));
+    for (int log2Size = kvx::kMinLog2PlannedSize; log2Size <= largest; ++log2Size)
+        kvx::TransformPlan(log2Size);
     return 1;
 }
 

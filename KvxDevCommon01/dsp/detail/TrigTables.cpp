@@ -3,6 +3,7 @@
 #include <KvxDevCommon01/dsp/detail/TrigTables.h>
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <mutex>
 #include <numbers>
@@ -36,60 +37,128 @@ struct Sines {
     }
 };
 
-// How the twiddles of all sizes 2^m, m >= 2, follow one another in one block. A real block of the largest
-// size is transformed as a complex one of half of it, so the largest size needs the first two runs only.
-
-constexpr std::size_t Quarter(std::size_t m) {
-    return std::size_t{1} << (m - 2);
+constexpr std::size_t Power(int log2) {
+    return std::size_t{1} << log2;
 }
 
-constexpr std::size_t RunCount(std::size_t m) {
-    return m < kMaxLog2Size ? 6 : 2;
+/// The radix of a pass over 2^log2Groups groups; the last one takes up to 8 at once.
+constexpr int RadixOf(int log2Groups) {
+    return log2Groups < 3 ? 1 << log2Groups : log2Groups == 4 ? 4 : 8;
 }
 
-/// Six runs for each smaller size come first: 6 (1 + 2 + 4 + ...).
-constexpr std::size_t Offset(std::size_t m) {
-    return 6 * (Quarter(m) - 1);
+constexpr bool IsLastPass(int log2Groups) {
+    return log2Groups <= 3;
 }
 
-constexpr std::size_t kTwiddleCount = Offset(kMaxLog2Size) + RunCount(kMaxLog2Size) * Quarter(kMaxLog2Size);
+/// The groups of a block of 2^log2Size points, as a power of two.
+constexpr int Log2Groups(int log2Size) {
+    return log2Size - kMinLog2PlannedSize;
+}
 
-class Twiddles {
+// How many values each table has: those of one size, and those of a middle pass, which sizes share. A table
+// in blocks of 8 angles has one block at least.
+
+constexpr std::size_t InBlocks(std::size_t angles) {
+    return angles < 8 ? 16 : 2 * angles;
+}
+constexpr std::size_t FirstCount(int log2Size) {
+    return 7 * InBlocks(Power(Log2Groups(log2Size)));
+}
+constexpr std::size_t RealCount(int log2Size) {
+    return InBlocks(Power(log2Size - 2));
+}
+constexpr std::size_t HalfwayCount = 8;
+constexpr std::size_t PassCount(int log2Groups) {
+    if (IsLastPass(log2Groups)) return 0;
+    const auto radix = static_cast<std::size_t>(RadixOf(log2Groups));
+    return 2 * (radix - 1) * Power(log2Groups) / radix;
+}
+constexpr std::size_t SizeCount(int log2Size) {
+    return FirstCount(log2Size) + RealCount(log2Size) + HalfwayCount;
+}
+
+constexpr std::size_t TableCount() {
+    std::size_t count = 0;
+    for (int log2Size = kMinLog2PlannedSize; log2Size <= kMaxLog2Size; ++log2Size)
+        count += SizeCount(log2Size) + PassCount(Log2Groups(log2Size));
+    return count;
+}
+
+class Plans {
 public:
-    Twiddles() {
-        for (std::size_t m = 2; m < tables_.size(); ++m) tables_[m] = storage_.data() + Offset(m);
-    }
-
-    TwiddleTables UpTo(std::int64_t log2Size) {
-        for (std::size_t m = 2; m <= static_cast<std::size_t>(log2Size); ++m) {
-            std::call_once(built_[m], [this, m] { Build(m); });
-        }
-        return tables_.data();
+    const FftPlan& Of(int log2Size) {
+        const auto index = static_cast<std::size_t>(log2Size - kMinLog2PlannedSize);
+        std::call_once(built_[index], [&] { Build(log2Size, &plans_[index]); });
+        return plans_[index];
     }
 
 private:
-    void Build(std::size_t m) {
-        const double* const sine = SineTable();
-        const std::size_t quarter = Quarter(m);
-        const std::size_t step = kQuarterTurn / quarter;
-        for (std::size_t run = 0; run < RunCount(m); run += 2) {
-            double* const cosines = storage_.data() + Offset(m) + run * quarter;
-            double* const sines = cosines + quarter;
-            for (std::size_t p = 0; p < quarter; ++p) {
-                // Three times the angle passes the half turn: its values stand half a turn lower, with the
-                // sign turned.
-                std::size_t angle = (run / 2 + 1) * p * step;
-                const double sign = angle < kSineHalfTurn ? 1.0 : -1.0;
-                angle %= kSineHalfTurn;
-                cosines[p] = sign * sine[angle + kQuarterTurn];
-                sines[p] = sign * sine[angle];
-            }
+    void Build(int log2Size, FftPlan* plan) {
+        const std::size_t size = Power(log2Size);
+        plan->groups = std::int64_t{1} << Log2Groups(log2Size);
+        plan->middlePasses = 0;
+        int log2Groups = Log2Groups(log2Size);
+        for (; !IsLastPass(log2Groups);
+             log2Groups -= std::countr_zero(static_cast<unsigned>(RadixOf(log2Groups))))
+            plan->middle[plan->middlePasses++] = {RadixOf(log2Groups), MiddlePass(log2Groups)};
+        plan->lastRadix = RadixOf(log2Groups);
+
+        double* table = Table(log2Size);
+        plan->first = table;
+        for (std::size_t p = 0; p < size / 16; ++p) {
+            for (std::size_t j = 1; j < 8; ++j)
+                SetInBlocks(table + p / 8 * 112 + 16 * (j - 1), p % 8, 2 * j * p, size);
         }
+        table += FirstCount(log2Size);
+        plan->real = table;
+        for (std::size_t k = 0; k < size / 4; ++k) SetInBlocks(table, k, k, size);
+        table += RealCount(log2Size);
+        plan->halfway = table;
+        const auto radix = static_cast<std::size_t>(plan->lastRadix);
+        for (std::size_t r = 0; 2 * r < radix; ++r)
+            Set(table + 2 * r, table + 2 * r + 1, 1 + 2 * r, 4 * radix);
     }
 
-    std::array<double, kTwiddleCount> storage_;
-    std::array<const double*, kMaxLog2Size + 1> tables_{};
-    std::array<std::once_flag, kMaxLog2Size + 1> built_;
+    /// The twiddles of a middle pass over 2^log2Groups groups.
+    const double* MiddlePass(int log2Groups) {
+        double* const table =
+            Table(log2Groups + kMinLog2PlannedSize) + SizeCount(log2Groups + kMinLog2PlannedSize);
+        std::call_once(builtPasses_[static_cast<std::size_t>(log2Groups)], [&] {
+            const auto radix = static_cast<std::size_t>(RadixOf(log2Groups));
+            const std::size_t groups = Power(log2Groups);
+            double* to = table;
+            for (std::size_t p = 0; p < groups / radix; ++p) {
+                for (std::size_t j = 1; j < radix; ++j, to += 2) Set(to, to + 1, j * p, groups);
+            }
+        });
+        return table;
+    }
+
+    /// Of one size, followed by that of the middle pass over all groups of this size.
+    double* Table(int log2Size) {
+        std::size_t offset = 0;
+        for (int smaller = kMinLog2PlannedSize; smaller < log2Size; ++smaller)
+            offset += SizeCount(smaller) + PassCount(Log2Groups(smaller));
+        return tables_.data() + offset;
+    }
+
+    /// The angle of `part` of a turn.
+    static void Set(double* cosine, double* sine, std::size_t part, std::size_t turn) {
+        const TableAngle angle(static_cast<std::int64_t>(part * (2 * kSineHalfTurn / turn)));
+        *cosine = angle.cosine;
+        *sine = angle.sine;
+    }
+    static void SetInBlocks(double* table, std::size_t k, std::size_t part, std::size_t turn) {
+        double* const cosine = table + k / 8 * 16 + k % 8;
+        Set(cosine, cosine + 8, part, turn);
+    }
+
+    static constexpr std::size_t kSizes = kMaxLog2Size - kMinLog2PlannedSize + 1;
+
+    std::array<double, TableCount()> tables_;
+    std::array<FftPlan, kSizes> plans_{};
+    std::array<std::once_flag, kSizes> built_;
+    std::array<std::once_flag, kSizes> builtPasses_;
 };
 
 }  // namespace
@@ -99,9 +168,9 @@ const double* SineTable() {
     return sines.values.data();
 }
 
-TwiddleTables TwiddlesUpTo(std::int64_t log2Size) {
-    static Twiddles twiddles;
-    return twiddles.UpTo(log2Size);
+const FftPlan& TransformPlan(int log2Size) {
+    static Plans plans;
+    return plans.Of(log2Size);
 }
 
 }  // namespace kvx

@@ -19,7 +19,7 @@ inline constexpr std::int64_t kSineHalfTurn = 65536;
 inline constexpr std::int64_t kSineCount = 98304;
 
 /// The largest transform, of 2^17 points.
-inline constexpr std::int64_t kMaxLog2Size = 17;
+inline constexpr int kMaxLog2Size = 17;
 
 /// Whether `size` is a power of two from `smallest` to that size.
 inline bool IsTransformSize(std::int64_t size, std::int64_t smallest = 1) {
@@ -30,7 +30,23 @@ inline bool IsTransformSize(std::int64_t size, std::int64_t smallest = 1) {
 /// The sine table. Exactly symmetric: sin(pi - x) and sin x, cos x and sin(pi/2 + x) are the same bits.
 KVX_API const double* SineTable();
 
-/// Twiddle factors of all transforms up to 2^log2Size points, log2Size <= kMaxLog2Size.
-KVX_API TwiddleTables TwiddlesUpTo(std::int64_t log2Size);
+/// Cosine and sine of 2 pi k/131072, 0 <= k < 131072.
+struct TableAngle {
+    double cosine;
+    double sine;
+
+    explicit TableAngle(std::int64_t k) {
+        const double sign = k < kSineHalfTurn ? 1.0 : -1.0;
+        const double* const entry = SineTable() + k % kSineHalfTurn;
+        cosine = sign * entry[kSineHalfTurn / 2];
+        sine = sign * entry[0];
+    }
+};
+
+/// The smallest transform that the kernels have, of 2^4 points.
+inline constexpr int kMinLog2PlannedSize = 4;
+
+/// The plan of the transforms of 2^log2Size points, kMinLog2PlannedSize <= log2Size <= kMaxLog2Size.
+KVX_API const FftPlan& TransformPlan(int log2Size);
 
 }  // namespace kvx

@@ -1,251 +1,541 @@
 // SPDX-License-Identifier: MIT
 //
-// A real block of N points is taken as a complex block of M = N/2, even samples real and odd samples
-// imaginary. The complex transform is a self-sorting radix-4 (Stockham) decimation in frequency: each pass
-// reads one buffer and writes the other, so that no reordering by bit reversal is needed and the inner loops
-// run over neighbouring values. When M is an odd power of two the last pass is of radix 2. A complex buffer
-// is one block of N values, the real parts in its lower half and the imaginary parts in its upper one. The
-// inverse transform is the forward one with the parts exchanged.
+// Between the passes the values lie in groups of 16: the real parts of 8 values, then their imaginary parts.
+// Value q of group p after the first pass belongs to transform q, whose point is p. The middle passes work on
+// whole groups, in place, by decimation in frequency: they leave the groups in the order of reversed digits.
+// The last pass takes its groups in that order, `lastRadix` neighbours at a time, and puts out lines q + 8 k
+// in order. The inverse transform is the forward one with the parts exchanged.
 
 #include <KvxDevCommon01/dsp/kernels/FftKernels.h>
-#include <KvxDevCommon01/platform/kernels/Lanes.h>
+#include <KvxDevCommon01/platform/kernels/Shuffles.h>
 
 namespace kvx::KVX_KERNEL_SET {
 namespace {
 
-struct Complex {
-    double re;
-    double im;
-};
+constexpr Index kGroup = 16;     // values of a group: 8 real parts, 8 imaginary ones
+constexpr Index kImaginary = 8;  // where they begin, in a group and in a block of twiddles
 
-inline Complex operator+(Complex a, Complex b) {
-    return {a.re + b.re, a.im + b.im};
-}
-inline Complex operator-(Complex a, Complex b) {
-    return {a.re - b.re, a.im - b.im};
-}
+/// Groups that stay in the first cache while all their passes follow one another.
+constexpr Index kCachedGroups = 256;
 
-/// x e^(-i angle)
-inline Complex Rotate(Complex x, double cosine, double sine) {
-    return {x.re * cosine + x.im * sine, x.im * cosine - x.re * sine};
+/// x e^(-i angle); the cosine and sine may be scalars.
+template <class V, class Twiddle>
+KVX_ALWAYS_INLINE void Rotate(V& re, V& im, Twiddle cosine, Twiddle sine) {
+    const V real = re * cosine + im * sine;
+    im = im * cosine - re * sine;
+    re = real;
 }
 
-/// A complex buffer in two halves.
-struct Halves {
-    double* re;
-    double* im;
-
-    Halves(double* block, Index points) : re(block), im(block + points) {}
-    Complex Get(Index i) const { return {re[i], im[i]}; }
-    void Set(Index i, Complex x) const {
-        re[i] = x.re;
-        im[i] = x.im;
+/// The forward transform of kRadix values, in place.
+template <unsigned kRadix, class V>
+KVX_ALWAYS_INLINE void Butterfly(V* re, V* im) {
+    if constexpr (kRadix == 2) {
+        const V r = re[1], i = im[1];
+        re[1] = re[0] - r;
+        im[1] = im[0] - i;
+        re[0] = re[0] + r;
+        im[0] = im[0] + i;
+    } else if constexpr (kRadix == 4) {
+        const V sum02r = re[0] + re[2], sum02i = im[0] + im[2];
+        const V dif02r = re[0] - re[2], dif02i = im[0] - im[2];
+        const V sum13r = re[1] + re[3], sum13i = im[1] + im[3];
+        const V dif13r = re[1] - re[3], dif13i = im[1] - im[3];
+        re[0] = sum02r + sum13r;
+        im[0] = sum02i + sum13i;
+        re[1] = dif02r + dif13i;
+        im[1] = dif02i - dif13r;
+        re[2] = sum02r - sum13r;
+        im[2] = sum02i - sum13i;
+        re[3] = dif02r - dif13i;
+        im[3] = dif02i + dif13r;
+    } else if constexpr (kRadix == 8) {
+        constexpr double kRootHalf = 0.70710678118654752440;
+        V sumr[4], sumi[4], difr[4], difi[4];
+        KVX_UNROLLED
+        for (unsigned k = 0; k < 4; ++k) {
+            sumr[k] = re[k] + re[k + 4];
+            sumi[k] = im[k] + im[k + 4];
+            difr[k] = re[k] - re[k + 4];
+            difi[k] = im[k] - im[k + 4];
+        }
+        Butterfly<4>(sumr, sumi);
+        // The odd lines: a transform of four of the differences times e^(-i pi k/4), whose factors of root
+        // 1/2 go with the last additions.
+        const V r02 = difr[0] + difi[2], i02 = difi[0] - difr[2];
+        const V r02c = difr[0] - difi[2], i02c = difi[0] + difr[2];
+        const V a = difr[1] + difi[1], b = difi[1] - difr[1];
+        const V c = difi[3] - difr[3], d = difi[3] + difr[3];
+        const V evenr = a + c, eveni = b - d, oddr = b + d, oddi = c - a;
+        re[1] = r02 + kRootHalf * evenr;
+        im[1] = i02 + kRootHalf * eveni;
+        re[5] = r02 - kRootHalf * evenr;
+        im[5] = i02 - kRootHalf * eveni;
+        re[3] = r02c + kRootHalf * oddr;
+        im[3] = i02c + kRootHalf * oddi;
+        re[7] = r02c - kRootHalf * oddr;
+        im[7] = i02c - kRootHalf * oddi;
+        KVX_UNROLLED
+        for (unsigned k = 0; k < 4; ++k) {
+            re[2 * k] = sumr[k];
+            im[2 * k] = sumi[k];
+        }
     }
-};
+}
 
-/// The same with real and imaginary parts exchanged.
-struct ExchangedHalves : Halves {
-    ExchangedHalves(double* block, Index points) : Halves(block, points) {
-        re = block + points;
-        im = block;
-    }
-};
+/// Where an angle of a table of blocks is.
+KVX_ALWAYS_INLINE Index InBlocks(Index k) {
+    return k / 8 * kGroup + k % 8;
+}
 
 /// Real samples read as complex pairs.
 struct SamplePairs {
     const double* wave;
 
-    Complex Get(Index i) const { return {wave[2 * i], wave[2 * i + 1]}; }
-};
-
-/// Real samples written as complex pairs, real and imaginary parts exchanged.
-struct ExchangedSamplePairs {
-    double* wave;
-
-    void Set(Index i, Complex x) const {
-        wave[2 * i] = x.im;
-        wave[2 * i + 1] = x.re;
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void Get(Index p, unsigned k, Index groups, Vector<kWidth>& re,
+                               Vector<kWidth>& im) const {
+        LoadPairs<kWidth>(wave + 2 * (p + k * groups), re, im);
     }
 };
 
-/// The four-point transform of elements `distance` apart.
-struct Butterfly {
-    Complex y0, y1, y2, y3;
+/// The same, times a window.
+struct WindowedPairs {
+    const double* wave;
+    const double* window;
 
-    template <class In>
-    Butterfly(In in, Index i, Index distance) {
-        const Complex a = in.Get(i), b = in.Get(i + distance);
-        const Complex c = in.Get(i + 2 * distance), d = in.Get(i + 3 * distance);
-        const Complex sumAC = a + c, difAC = a - c, sumBD = b + d, difBD = b - d;
-        y0 = sumAC + sumBD;
-        y1 = {difAC.re + difBD.im, difAC.im - difBD.re};
-        y2 = sumAC - sumBD;
-        y3 = {difAC.re - difBD.im, difAC.im + difBD.re};
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void Get(Index p, unsigned k, Index groups, Vector<kWidth>& re,
+                               Vector<kWidth>& im) const {
+        Vector<kWidth> weightRe, weightIm;
+        LoadPairs<kWidth>(wave + 2 * (p + k * groups), re, im);
+        LoadPairs<kWidth>(window + 2 * (p + k * groups), weightRe, weightIm);
+        re *= weightRe;
+        im *= weightIm;
     }
 };
 
-/// First pass: stride 1, so that the loop runs over the twiddles.
-template <class In>
-void FirstPass(Index points, const double* twiddles, In in, Halves out) {
-    const Index quarter = points / 4;
-    KVX_INDEPENDENT_ITERATIONS
-    for (Index p = 0; p < quarter; ++p) {
-        const Butterfly b(in, p, quarter);
-        out.Set(4 * p, b.y0);
-        out.Set(4 * p + 1, Rotate(b.y1, twiddles[p], twiddles[p + quarter]));
-        out.Set(4 * p + 2, Rotate(b.y2, twiddles[p + 2 * quarter], twiddles[p + 3 * quarter]));
-        out.Set(4 * p + 3, Rotate(b.y3, twiddles[p + 4 * quarter], twiddles[p + 5 * quarter]));
-    }
-}
+/// The complex spectrum, its parts exchanged, that belongs to the lines of a real block.
+struct SpectrumOfLines {
+    FftSpectrum lines;
+    const double* twiddles;  // FftPlan::real
 
-/// A pass between first and last: `stride` interleaved transforms of `points` each.
-inline void MiddlePass(Index points, Index stride, const double* twiddles, Halves in, Halves out) {
-    const Index quarter = points / 4;
-    for (Index p = 0; p < quarter; ++p) {
-        const double cos1 = twiddles[p], sin1 = twiddles[p + quarter];
-        const double cos2 = twiddles[p + 2 * quarter], sin2 = twiddles[p + 3 * quarter];
-        const double cos3 = twiddles[p + 4 * quarter], sin3 = twiddles[p + 5 * quarter];
-        const Index from = stride * p, to = 4 * stride * p;
-        KVX_INDEPENDENT_ITERATIONS
-        for (Index q = 0; q < stride; ++q) {
-            const Butterfly b(in, from + q, quarter * stride);
-            out.Set(to + q, b.y0);
-            out.Set(to + q + stride, Rotate(b.y1, cos1, sin1));
-            out.Set(to + q + 2 * stride, Rotate(b.y2, cos2, sin2));
-            out.Set(to + q + 3 * stride, Rotate(b.y3, cos3, sin3));
-        }
-    }
-}
-
-/// Last pass when four points are left of each of `stride` transforms.
-template <class Out>
-void LastPassOfFour(Index stride, Halves in, Out out) {
-    KVX_INDEPENDENT_ITERATIONS
-    for (Index q = 0; q < stride; ++q) {
-        const Butterfly b(in, q, stride);
-        out.Set(q, b.y0);
-        out.Set(q + stride, b.y1);
-        out.Set(q + 2 * stride, b.y2);
-        out.Set(q + 3 * stride, b.y3);
-    }
-}
-
-/// Last pass when two points are left of each of `stride` transforms.
-template <class Out>
-void LastPassOfTwo(Index stride, Halves in, Out out) {
-    KVX_INDEPENDENT_ITERATIONS
-    for (Index q = 0; q < stride; ++q) {
-        const Complex a = in.Get(q), b = in.Get(q + stride);
-        out.Set(q, a + b);
-        out.Set(q + stride, a - b);
-    }
-}
-
-/// Passes of radix 4 and 2 that a transform of 2^log2Points takes.
-inline Index PassCount(Index log2Points) {
-    return (log2Points + 1) / 2;
-}
-
-/// All passes of a complex transform of 2^log2Points. The first writes into `other`, the next into `one`, and
-/// so on in turn; the last writes `out`.
-template <class Buffer, class In, class Out>
-void Transform(Index log2Points, TwiddleTables twiddles, In in, double* one, double* other, Out out) {
-    const Index all = Index{1} << log2Points;
-    double* from = other;
-    double* to = one;
-    FirstPass(all, twiddles[log2Points], in, Buffer(other, all));
-    Index left = log2Points - 2;
-    Index stride = 4;
-    for (; left > 2; left -= 2, stride *= 4) {
-        const Buffer source(from, all), target(to, all);
-        // Constant strides let the compiler unroll the shortest loops whole.
-        if (stride == 4) {
-            MiddlePass(Index{1} << left, 4, twiddles[left], source, target);
-        } else if (stride == 16) {
-            MiddlePass(Index{1} << left, 16, twiddles[left], source, target);
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void Get(Index p, unsigned k, Index groups, Vector<kWidth>& re,
+                               Vector<kWidth>& im) const {
+        using V = Vector<kWidth>;
+        constexpr Index kCount = kWidth;
+        const Index half = 8 * groups;
+        const Index line = p + k * groups;
+        V ar, ai, br, bi;  // lines from `line` up, and those from N/2 - line down
+        if (k == 0 && p == 0) {
+            ar = WithFirst<kWidth>(LoadVector<kWidth>(lines.re), lines.dc);
+            ai = WithFirst<kWidth>(LoadVector<kWidth>(lines.im), 0.0);
+            br = ReversedAfter<kWidth>(V{} + lines.middle, LoadVector<kWidth>(lines.re + half - kCount));
+            bi = ReversedAfter<kWidth>(V{}, LoadVector<kWidth>(lines.im + half - kCount));
         } else {
-            MiddlePass(Index{1} << left, stride, twiddles[left], source, target);
+            const Index mirrored = half - line - (kCount - 1);
+            ar = LoadVector<kWidth>(lines.re + line);
+            ai = LoadVector<kWidth>(lines.im + line);
+            br = Reversed<kWidth>(LoadVector<kWidth>(lines.re + mirrored));
+            bi = Reversed<kWidth>(LoadVector<kWidth>(lines.im + mirrored));
         }
-        double* const swapped = from;
-        from = to;
-        to = swapped;
+        // Angles beyond the table are a quarter turn more than those in it.
+        const double* const twiddle = twiddles + InBlocks(p + (k & 3) * groups);
+        const V cosine = LoadVector<kWidth>(twiddle), sine = LoadVector<kWidth>(twiddle + kImaginary);
+        const V difr = ar - br, difi = ai + bi;
+        if (k < 4) {
+            im = (ar + br) - (difi * cosine + difr * sine);
+            re = (ai - bi) + (difr * cosine - difi * sine);
+        } else {
+            im = (ar + br) - (difr * cosine - difi * sine);
+            re = (ai - bi) - (difi * cosine + difr * sine);
+        }
     }
-    if (left == 2) {
-        LastPassOfFour(stride, Buffer(from, all), out);
+};
+
+template <unsigned kWidth, class In>
+void FirstPass(const FftPlan& plan, const In& in, double* work) {
+    using V = Vector<kWidth>;
+    const Index groups = plan.groups;
+    for (Index p = 0; p < groups; p += kWidth) {
+        const double* const twiddles = plan.first + p / 8 * (7 * kGroup) + p % 8;
+        V re[8], im[8];
+        KVX_UNROLLED
+        for (unsigned k = 0; k < 8; ++k) in.template Get<kWidth>(p, k, groups, re[k], im[k]);
+        Butterfly<8>(re, im);
+        KVX_UNROLLED
+        for (unsigned k = 1; k < 8; ++k) {
+            const double* const twiddle = twiddles + (k - 1) * kGroup;
+            Rotate(re[k], im[k], LoadVector<kWidth>(twiddle), LoadVector<kWidth>(twiddle + kImaginary));
+        }
+        StoreColumns<kWidth>(re, work + p * kGroup, kGroup);
+        StoreColumns<kWidth>(im, work + p * kGroup + kImaginary, kGroup);
+    }
+}
+
+/// A pass in place over `count` transforms of `points` groups each.
+template <unsigned kRadix>
+void MiddlePass(double* work, Index count, Index points, const double* twiddles) {
+    const Index distance = points / kRadix * kGroup;
+    for (Index transform = 0; transform < count; ++transform, work += points * kGroup) {
+        const double* twiddle = twiddles;
+        for (Index p = 0; p < distance; p += kGroup, twiddle += 2 * (kRadix - 1)) {
+            for (Index lane = 0; lane < 8; lane += kLanes) {
+                double* const values = work + p + lane;
+                Lanes re[kRadix], im[kRadix];
+                KVX_UNROLLED
+                for (unsigned k = 0; k < kRadix; ++k) {
+                    re[k] = Load(values + k * distance);
+                    im[k] = Load(values + k * distance + kImaginary);
+                }
+                Butterfly<kRadix>(re, im);
+                KVX_UNROLLED
+                for (unsigned k = 1; k < kRadix; ++k)
+                    Rotate(re[k], im[k], twiddle[2 * k - 2], twiddle[2 * k - 1]);
+                KVX_UNROLLED
+                for (unsigned k = 0; k < kRadix; ++k) {
+                    Store(values + k * distance, re[k]);
+                    Store(values + k * distance + kImaginary, im[k]);
+                }
+            }
+        }
+    }
+}
+
+inline void MiddlePass(int radix, double* work, Index count, Index points, const double* twiddles) {
+    if (radix == 8) {
+        MiddlePass<8>(work, count, points, twiddles);
     } else {
-        LastPassOfTwo(stride, Buffer(from, all), out);
+        MiddlePass<4>(work, count, points, twiddles);
     }
 }
 
-void Forward(Index log2Size, TwiddleTables twiddles, const double* wave, double* re, double* im) {
-    const Index half = Index{1} << (log2Size - 1);
-    const Index quarter = half / 2;
-    double* const z = PassCount(log2Size - 1) % 2 != 0 ? im : re;
-    Transform<Halves>(log2Size - 1, twiddles, SamplePairs{wave}, re, im, Halves(z, half));
-
-    // Line k of the even and of the odd samples from the lines k and half-k of the complex transform, then
-    // the four lines that belong together. They overwrite just the four values that were read, whichever
-    // block holds them.
-    const double* const cosine = twiddles[log2Size];
-    const double* const sine = cosine + quarter;
-    const double evenSum = z[0], oddSum = z[half];
-    const double middleRe = z[quarter], middleIm = z[quarter + half];
-    KVX_INDEPENDENT_ITERATIONS
-    for (Index k = 1; k < quarter; ++k) {
-        const Index m = half - k;
-        const double evenRe = 0.5 * (z[k] + z[m]), evenIm = 0.5 * (z[half + k] - z[half + m]);
-        const double oddRe = 0.5 * (z[half + k] + z[half + m]), oddIm = 0.5 * (z[m] - z[k]);
-        const Complex odd = Rotate({oddRe, oddIm}, cosine[k], sine[k]);
-        re[k] = evenRe + odd.re;
-        re[m] = evenRe - odd.re;
-        re[half + k] = evenRe - odd.re;
-        re[half + m] = evenRe + odd.re;
-        im[k] = evenIm + odd.im;
-        im[m] = odd.im - evenIm;
-        im[half + k] = evenIm - odd.im;
-        im[half + m] = -evenIm - odd.im;
+/// The middle passes from `pass` on over a transform of `points` groups. What does not fit into the first
+/// cache is cut by one pass into parts, which are finished one after the other.
+void MiddlePasses(const FftPlan& plan, int pass, double* work, Index points) {
+    for (Index count = 1; pass < plan.middlePasses; ++pass) {
+        const FftPlan::Pass& step = plan.middle[pass];
+        MiddlePass(step.radix, work, count, points, step.twiddles);
+        if (count == 1 && points > kCachedGroups) {
+            points /= step.radix;
+            for (int part = 0; part < step.radix; ++part)
+                MiddlePasses(plan, pass + 1, work + part * points * kGroup, points);
+            return;
+        }
+        count *= step.radix;
+        points /= step.radix;
     }
-    re[0] = evenSum + oddSum;
-    im[0] = 0.0;
-    re[half] = evenSum - oddSum;
-    im[half] = 0.0;
-    re[quarter] = middleRe;
-    im[quarter] = -middleIm;
-    re[half + quarter] = middleRe;
-    im[half + quarter] = middleIm;
 }
 
-void Inverse(Index log2Size, TwiddleTables twiddles, double* re, double* im) {
-    const Index half = Index{1} << (log2Size - 1);
-    const Index quarter = half / 2;
-    double* const z = PassCount(log2Size - 1) % 2 != 0 ? im : re;
-    double* const other = z == re ? im : re;
-
-    // The inverse of the step at the end of the forward transform, without its factors 1/2.
-    const double* const cosine = twiddles[log2Size];
-    const double* const sine = cosine + quarter;
-    const double evenSum = re[0] + re[half], oddSum = re[0] - re[half];
-    const double middleRe = 2.0 * re[quarter], middleIm = -2.0 * im[quarter];
-    KVX_INDEPENDENT_ITERATIONS
-    for (Index k = 1; k < quarter; ++k) {
-        const Index m = half - k;
-        const double evenRe = re[k] + re[m], evenIm = im[k] - im[m];
-        const Complex odd = Rotate({re[k] - re[m], im[k] + im[m]}, cosine[k], -sine[k]);
-        z[k] = evenRe - odd.im;
-        z[m] = evenRe + odd.im;
-        z[half + k] = evenIm + odd.re;
-        z[half + m] = odd.re - evenIm;
+/// Counts up where the digits are reversed: to the group of the next line.
+class ReversedCount {
+public:
+    explicit ReversedCount(const FftPlan& plan) : digits_(plan.middlePasses) {
+        Index unit = plan.groups;
+        for (int digit = 0; digit < digits_; ++digit) {
+            above_[digit] = unit;
+            unit /= plan.middle[digit].radix;
+            unit_[digit] = unit;
+        }
     }
-    z[0] = evenSum;
-    z[half] = oddSum;
-    z[quarter] = middleRe;
-    z[half + quarter] = middleIm;
-    Transform<ExchangedHalves>(log2Size - 1, twiddles, ExchangedHalves(z, half), z, other,
-                               ExchangedSamplePairs{re});
+
+    Index Group() const { return group_; }
+
+    void Next() {
+        for (int digit = 0; digit < digits_; ++digit) {
+            group_ += unit_[digit];
+            if ((group_ & (above_[digit] - 1)) >= unit_[digit]) return;
+            group_ -= above_[digit];
+        }
+    }
+
+private:
+    int digits_;
+    Index group_ = 0;
+    Index unit_[FftPlan::kMostMiddlePasses];
+    Index above_[FftPlan::kMostMiddlePasses];  // the unit of the digit above
+};
+
+/// Lines k from those of the even and the odd samples, and the lines N/2 - k: X[k] = even + odd, X[N/2 - k] =
+/// conj(even - odd), without the factor 1/2.
+template <class V>
+struct LinePair {
+    V evenr, eveni, oddr, oddi;
+};
+
+/// Stores lines.
+struct LineStore {
+    double* re;
+    double* im;
+    Index half;
+    Index count;
+    double scale;
+
+    /// Lines from `line` up and those from N/2 - line down, of the latter the first only if `all`. Without it
+    /// what lies beyond their last is overwritten, a line that is put later.
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void Put(Index line, const LinePair<Vector<kWidth>>& x, bool all) const {
+        using V = Vector<kWidth>;
+        constexpr Index kCount = kWidth;
+        const V evenr = x.evenr * scale, eveni = x.eveni * scale;
+        const V oddr = x.oddr * scale, oddi = x.oddi * scale;
+        const V upRe = evenr + oddr, upIm = eveni + oddi;
+        V downRe = evenr - oddr, downIm = oddi - eveni;
+        Index mirrored = half - line - kCount;
+        if (all) {
+            downRe = Reversed<kWidth>(downRe);
+            downIm = Reversed<kWidth>(downIm);
+            ++mirrored;
+        } else {
+            downRe = ReversedAfter<kWidth>(downRe, downRe);
+            downIm = ReversedAfter<kWidth>(downIm, downIm);
+        }
+        if (count >= half) {
+            StoreVector<kWidth>(re + line, upRe);
+            StoreVector<kWidth>(im + line, upIm);
+            if (kWidth == 1 && !all) return;
+            StoreVector<kWidth>(re + mirrored, downRe);
+            StoreVector<kWidth>(im + mirrored, downIm);
+        } else {
+            if (line < count) PutSome<kWidth>(line, upRe, upIm);
+            if (mirrored < count && (kWidth > 1 || all)) PutSome<kWidth>(mirrored, downRe, downIm);
+        }
+    }
+
+    /// Those lines among these that are asked for, one at least.
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void PutSome(Index line, Vector<kWidth> realParts,
+                                   Vector<kWidth> imaginaryParts) const {
+        constexpr Index kCount = kWidth;
+        if (line + kCount <= count) {
+            StoreVector<kWidth>(re + line, realParts);
+            StoreVector<kWidth>(im + line, imaginaryParts);
+            return;
+        }
+        double r[kWidth], i[kWidth];
+        StoreVector<kWidth>(r, realParts);
+        StoreVector<kWidth>(i, imaginaryParts);
+        for (Index j = 0; line + j < count; ++j) {
+            re[line + j] = r[j];
+            im[line + j] = i[j];
+        }
+    }
+};
+
+/// Adds up the powers of lines.
+struct PowerSum {
+    double* sums;
+    Index half;
+
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void Put(Index line, const LinePair<Vector<kWidth>>& x, bool all) const {
+        using V = Vector<kWidth>;
+        constexpr Index kCount = kWidth;
+        const V upRe = x.evenr + x.oddr, upIm = x.eveni + x.oddi;
+        const V downRe = x.evenr - x.oddr, downIm = x.oddi - x.eveni;
+        double* const up = sums + line;
+        double* down = sums + (half - line - kCount);
+        StoreVector<kWidth>(up, LoadVector<kWidth>(up) + (upRe * upRe + upIm * upIm));
+        V power = downRe * downRe + downIm * downIm;
+        if (all) {
+            power = Reversed<kWidth>(power);
+            ++down;
+        } else {
+            power = ReversedAfter<kWidth>(V{}, power);
+        }
+        StoreVector<kWidth>(down, LoadVector<kWidth>(down) + power);
+    }
+};
+
+/// From values k and N/2 - k of the complex transform; the angle of line k, or a quarter turn less.
+template <class V>
+KVX_ALWAYS_INLINE LinePair<V> LinesOf(V ar, V ai, V br, V bi, V cosine, V sine, bool isQuarterMore) {
+    const V oddr = ai + bi, oddi = br - ar;
+    const V along = oddr * cosine + oddi * sine, across = oddi * cosine - oddr * sine;
+    return isQuarterMore ? LinePair<V>{ar + br, ai - bi, across, -along}
+                         : LinePair<V>{ar + br, ai - bi, along, across};
+}
+
+/// The last pass and the step from the complex transform to the lines. Group g and its mirror image are taken
+/// together: line 8 (g + r groups/radix) + q in the one belongs to one counted down from the end of the
+/// other, but for q = 0, whose counterpart is in the image of group g - 1 and is kept from there.
+template <unsigned kWidth, unsigned kRadix, class Out>
+void LastPass(const FftPlan& plan, const double* work, const Out& out) {
+    using V = Vector<kWidth>;
+    constexpr Index kCount = kWidth;
+    const Index distance = plan.groups / kRadix * 8;  // of the lines of neighbouring values
+    V keptRe[kRadix] = {}, keptIm[kRadix] = {};
+    ReversedCount position(plan);
+    for (Index line = 0; line < distance / 2; line += kCount) {
+        const Index lane = line % 8;
+        if (line > 0 && lane == 0) position.Next();
+        const double* const values = work + position.Group() * kGroup + lane;
+        const double* const mirrored =
+            work + (plan.groups - kRadix - position.Group()) * kGroup + (8 - kCount - lane);
+        V ar[kRadix], ai[kRadix], br[kRadix], bi[kRadix];
+        KVX_UNROLLED
+        for (unsigned r = 0; r < kRadix; ++r) {
+            ar[r] = LoadVector<kWidth>(values + r * kGroup);
+            ai[r] = LoadVector<kWidth>(values + r * kGroup + kImaginary);
+        }
+        Butterfly<kRadix>(ar, ai);
+        KVX_UNROLLED
+        for (unsigned r = 0; r < kRadix; ++r) {
+            br[r] = LoadVector<kWidth>(mirrored + r * kGroup);
+            bi[r] = LoadVector<kWidth>(mirrored + r * kGroup + kImaginary);
+        }
+        Butterfly<kRadix>(br, bi);
+        if (line == 0) {
+            KVX_UNROLLED
+            for (unsigned r = 0; r < kRadix; ++r) {
+                keptRe[r] = ar[(r + 1) % kRadix];
+                keptIm[r] = ai[(r + 1) % kRadix];
+            }
+        }
+        KVX_UNROLLED
+        for (unsigned r = 0; r < kRadix; ++r) {
+            constexpr unsigned kLast = kRadix - 1;
+            const bool isQuarterMore = kRadix > 1 && r >= kRadix / 2;
+            const double* const twiddle =
+                plan.real + InBlocks(line + (isQuarterMore ? r - kRadix / 2 : r) * distance);
+            out.template Put<kWidth>(
+                line + r * distance,
+                LinesOf(ar[r], ai[r], ReversedAfter<kWidth>(keptRe[kLast - r], br[kLast - r]),
+                        ReversedAfter<kWidth>(keptIm[kLast - r], bi[kLast - r]), LoadVector<kWidth>(twiddle),
+                        LoadVector<kWidth>(twiddle + kImaginary), isQuarterMore),
+                line > 0);
+        }
+        KVX_UNROLLED
+        for (unsigned r = 0; r < kRadix; ++r) {
+            keptRe[r] = br[r];
+            keptIm[r] = bi[r];
+        }
+    }
+    // The lines halfway, which are one another's mirror images.
+    double re[kRadix], im[kRadix];
+    for (unsigned r = 0; r < kRadix; ++r) {
+        double parts[kWidth];
+        StoreVector<kWidth>(parts, keptRe[r]);
+        re[r] = parts[0];
+        StoreVector<kWidth>(parts, keptIm[r]);
+        im[r] = parts[0];
+    }
+    for (unsigned r = 0; r < (kRadix + 1) / 2; ++r) {
+        const unsigned m = kRadix - 1 - r;
+        out.template Put<1>(
+            distance / 2 + r * distance,
+            LinesOf(re[r], im[r], re[m], im[m], plan.halfway[2 * r], plan.halfway[2 * r + 1], false), m != r);
+    }
+}
+
+/// The last pass of the inverse: the samples, in pairs.
+template <unsigned kWidth, unsigned kRadix>
+void LastPassOfInverse(const FftPlan& plan, const double* work, double* wave, double scale) {
+    using V = Vector<kWidth>;
+    const Index distance = plan.groups / kRadix * 8;
+    ReversedCount position(plan);
+    for (Index pair = 0; pair < distance; pair += 8, position.Next()) {
+        for (Index lane = 0; lane < 8; lane += kWidth) {
+            const double* const values = work + position.Group() * kGroup + lane;
+            V re[kRadix], im[kRadix];
+            KVX_UNROLLED
+            for (unsigned r = 0; r < kRadix; ++r) {
+                re[r] = LoadVector<kWidth>(values + r * kGroup);
+                im[r] = LoadVector<kWidth>(values + r * kGroup + kImaginary);
+            }
+            Butterfly<kRadix>(re, im);
+            KVX_UNROLLED
+            for (unsigned r = 0; r < kRadix; ++r) {
+                StorePairs<kWidth>(wave + 2 * (pair + lane + r * distance), im[r] * scale, re[r] * scale);
+            }
+        }
+    }
+}
+
+/// All but the last pass.
+template <class In>
+void AllButLastPass(const FftPlan& plan, const In& in, double* work) {
+    if (plan.groups >= kLanes) {
+        FirstPass<kLanes>(plan, in, work);
+    } else if (plan.groups == 1) {
+        FirstPass<1>(plan, in, work);
+    } else if constexpr (kLanes > 2) {
+        if constexpr (kLanes > 4) {
+            if (plan.groups == 4) {
+                FirstPass<4>(plan, in, work);
+                return;
+            }
+        }
+        FirstPass<2>(plan, in, work);
+    }
+    MiddlePasses(plan, 0, work, plan.groups);
+}
+
+template <class Out>
+void LastPass(const FftPlan& plan, const double* work, const Out& out) {
+    // A single group is its own mirror image: its two halves are taken as a pair.
+    constexpr unsigned kWidth = kLanes < 4 ? kLanes : 4;
+    if (plan.groups > 8) {
+        if (plan.lastRadix == 8) {
+            LastPass<kLanes, 8>(plan, work, out);
+        } else {
+            LastPass<kLanes, 4>(plan, work, out);
+        }
+    } else if (plan.lastRadix == 8) {
+        LastPass<kWidth, 8>(plan, work, out);
+    } else if (plan.lastRadix == 4) {
+        LastPass<kWidth, 4>(plan, work, out);
+    } else if (plan.lastRadix == 2) {
+        LastPass<kWidth, 2>(plan, work, out);
+    } else {
+        LastPass<kWidth, 1>(plan, work, out);
+    }
+}
+
+void Transform(const FftPlan& plan, const double* wave, const double* window, double* work) {
+    if (window == nullptr) {
+        AllButLastPass(plan, SamplePairs{wave}, work);
+    } else {
+        AllButLastPass(plan, WindowedPairs{wave, window}, work);
+    }
+}
+
+double Forward(const FftPlan& plan, const double* wave, const double* window, double* work,
+               const FftLines& lines) {
+    Transform(plan, wave, window, work);
+    // The lines at 0 Hz and N/2 are the sum and the difference of the two sums that groups of a transform's
+    // first line hold.
+    const double scale = 0.5 * lines.scale;
+    LastPass(plan, work, LineStore{lines.re, lines.im, 8 * plan.groups, lines.count, scale});
+    lines.im[0] = 0.0;
+    double evenSum = 0.0, oddSum = 0.0;
+    for (int r = 0; r < plan.lastRadix; ++r) {
+        evenSum += work[r * kGroup];
+        oddSum += work[r * kGroup + kImaginary];
+    }
+    return lines.scale * (evenSum - oddSum);
+}
+
+void AddPowers(const FftPlan& plan, const double* wave, const double* window, double* work, double* sums) {
+    Transform(plan, wave, window, work);
+    LastPass(plan, work, PowerSum{sums, 8 * plan.groups});
+}
+
+void Inverse(const FftPlan& plan, const FftSpectrum& lines, double* work, double* wave, double scale) {
+    AllButLastPass(plan, SpectrumOfLines{lines, plan.real}, work);
+    if (plan.lastRadix == 8) {
+        LastPassOfInverse<kLanes, 8>(plan, work, wave, scale);
+    } else if (plan.lastRadix == 4) {
+        LastPassOfInverse<kLanes, 4>(plan, work, wave, scale);
+    } else if (plan.lastRadix == 2) {
+        LastPassOfInverse<kLanes, 2>(plan, work, wave, scale);
+    } else {
+        LastPassOfInverse<kLanes, 1>(plan, work, wave, scale);
+    }
 }
 
 }  // namespace
 
-extern const FftKernels kFftKernels = {Forward, Inverse};
+extern const FftKernels kFftKernels = {Forward, AddPowers, Inverse};
 
 }  // namespace kvx::KVX_KERNEL_SET

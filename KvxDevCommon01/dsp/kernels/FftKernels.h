@@ -11,23 +11,67 @@
 
 namespace kvx {
 
-/// Twiddle factors of the transforms up to one size. Entry m belongs to n = 2^m points and, with quarter =
-/// n/4, holds six runs of `quarter` values: cos a, sin a, cos 2a, sin 2a, cos 3a, sin 3a for a = 2 pi p/n, p
-/// = 0..quarter-1. Entries 0 and 1 are not used; the largest entry may hold its first two runs only.
-using TwiddleTables = const double* const*;
+/// The passes and the twiddle factors of the transforms of one size.
+///
+/// A real block of N points is taken as a complex one of N/2 = 8 G points, even samples real and odd samples
+/// imaginary. The first pass, of radix 8, leaves G groups of 8 values that belong to 8 separate transforms of
+/// G points each. The middle passes transform these side by side and in place, the last pass puts the lines
+/// in order. Twiddle factors are the cosine and sine of angles; tables of them come in blocks of 8 cosines
+/// and the 8 sines of the same angles.
+struct FftPlan {
+    static constexpr int kMostMiddlePasses = 4;
 
-/// The transforms of one instruction set. A block has 2^log2Size points, log2Size >= 4; blocks need no
-/// alignment.
+    /// A pass of transforms of n points: for p = 0..n/radix-1 the cosine and sine of 2 pi j p/n, j =
+    /// 1..radix-1.
+    struct Pass {
+        int radix = 1;
+        const double* twiddles = nullptr;
+    };
+
+    std::int64_t groups = 0;  ///< G
+    /// For each 8 values of p < G seven blocks, the angles 2 pi 2 j p/N, j = 1..7.
+    const double* first = nullptr;
+    Pass middle[kMostMiddlePasses];
+    int middlePasses = 0;
+    int lastRadix = 1;
+    /// Between the complex transform and the lines: the angles 2 pi k/N, k = 0..N/4-1.
+    const double* real = nullptr;
+    /// The cosine and sine of the lines halfway: of 2 pi (1 + 2 r)/(4 lastRadix), r < lastRadix/2, of one at
+    /// least.
+    const double* halfway = nullptr;
+};
+
+/// Where lines go: `count` lines X[k] times `scale`.
+struct FftLines {
+    double* re;
+    double* im;
+    std::int64_t count;
+    double scale;
+};
+
+/// The lines 0..N/2 of a spectrum: those at 0 Hz and in the middle, which are real, and the others.
+struct FftSpectrum {
+    double dc;
+    double middle;
+    const double* re;  ///< of lines 1..N/2-1
+    const double* im;
+};
+
+/// The transforms of one instruction set. A block has N >= 16 points; blocks need no alignment and must not
+/// overlap unless it is said that they may. `work` is a block of N values that is left undefined.
 struct FftKernels {
-    /// X[k] = sum over n of wave[n] e^(-2 pi i k n/N) for k = 0..N-1, split into `re` and `im` of N values
-    /// each. `wave` may be `re`; else the blocks must not overlap. Needs twiddle entries up to log2Size.
-    void (*forward)(std::int64_t log2Size, TwiddleTables twiddles, const double* wave, double* re,
-                    double* im);
+    /// Lines X[k] = sum over n of wave[n] window[n] e^(-2 pi i k n/N), 0 <= k < min(count, N/2), and the line
+    /// N/2 as the result, times the scale all. Without a window if it is null. The lines may overlap `wave`.
+    double (*forward)(const FftPlan& plan, const double* wave, const double* window, double* work,
+                      const FftLines& lines);
 
-    /// wave[n] = sum over k of X[k] e^(+2 pi i k n/N), X[N-k] = conj X[k], from the lines 0..N/2 in `re` and
-    /// `im`, of which im[0] and im[N/2] are taken as 0. The wave replaces `re`; `im`, of N values too, is
-    /// left undefined.
-    void (*inverse)(std::int64_t log2Size, TwiddleTables twiddles, double* re, double* im);
+    /// Adds 4 |X[k]|^2 of the same lines, k = 0..N/2-1, to `sums`, of which sums[N/2] is left undefined.
+    void (*addPowers)(const FftPlan& plan, const double* wave, const double* window, double* work,
+                      double* sums);
+
+    /// wave[n] = scale times the sum over k of X[k] e^(+2 pi i k n/N), X[N-k] = conj X[k]. The lines may
+    /// overlap `wave`.
+    void (*inverse)(const FftPlan& plan, const FftSpectrum& lines, double* work, double* wave, double scale);
 };
 
 KVX_DECLARE_KERNELS(FftKernels)
