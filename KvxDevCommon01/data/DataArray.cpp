@@ -2,11 +2,13 @@
 #include <KvxDevCommon01/data/DataArray.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
@@ -20,6 +22,8 @@
 #include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/ElementLayout.h>
 #include <KvxDevCommon01/data/detail/LaneSum.h>
+#include <KvxDevCommon01/data/kernels/ComplexKernels.h>
+#include <KvxDevCommon01/data/kernels/ElementRuns.h>
 
 namespace kvx {
 namespace {
@@ -247,43 +251,42 @@ using kvx::WalkRings;
 
 namespace {
 
-constexpr auto kSquare = [](double value) { return value * value; };
+/// A sum, product or choice of two elements, as a function and as the kernel of its loop.
+template <class Function>
+struct Operation {
+    kvx::ElementKernels::OfTwo* kvx::ElementKernels::*kernel;
+    Function function;
+};
 
-/// Applies dst[i] = combine(dst[i], src[i]) to `count` elements.
-template <class Combine>
-void CombineRun(__int64 count, double* dst, const double* src, Combine combine) {
-    for (__int64 i = 0; i < count; ++i) dst[i] = combine(dst[i], src[i]);
-}
+constexpr Operation<std::plus<>> kSum{&kvx::ElementKernels::add, {}};
+constexpr Operation<std::multiplies<>> kProduct{&kvx::ElementKernels::multiply, {}};
+constexpr Operation<std::divides<>> kQuotient{&kvx::ElementKernels::divide, {}};
+constexpr auto kTakeLarger = [](double a, double b) { return a < b ? b : a; };
+constexpr auto kTakeSmaller = [](double a, double b) { return b < a ? b : a; };
+constexpr Operation<decltype(kTakeLarger)> kLarger{&kvx::ElementKernels::larger, kTakeLarger};
+constexpr Operation<decltype(kTakeSmaller)> kSmaller{&kvx::ElementKernels::smaller, kTakeSmaller};
 
-template <class Combine>
-void CombineCommon(CDataArrayDouble& dst, const CDataArrayDouble& src, Combine combine) {
-    CombineRun(std::min(dst.GetNum(), src.GetNum()), dst.GetData(), src.GetData(), combine);
+/// Applies dst[i] = operation(dst[i], src[i]) over the elements that both have.
+template <class Function>
+void CombineCommon(CDataArrayDouble& dst, const CDataArrayDouble& src, const Operation<Function>& operation) {
+    kvx::SetOfTwo(dst.GetData(), dst.GetData(), src.GetData(), std::min(dst.GetNum(), src.GetNum()),
+                  operation.kernel, operation.function);
 }
 
 bool IsIndexOf(const CDataArrayDouble& array, __int64 index) {
     return index >= 0 && index < array.GetNum();
 }
 
-template <class Combine>
-int CombineRings(CDataArrayDouble& dst, __int64 dstStart, const CDataArrayDouble& src, __int64 srcStart,
-                 __int64 num, Combine combine) {
-    if (!IsIndexOf(dst, dstStart) || !IsIndexOf(src, srcStart) || num < 1) return 0;
-    WalkRings(
-        num, [&](__int64 length, double* d, const double* s) { CombineRun(length, d, s, combine); },
-        Ring<double>{dst.GetData(), dst.GetNum(), dstStart},
-        Ring<const double>{src.GetData(), src.GetNum(), srcStart});
-    return 1;
-}
-
-template <class Combine>
+template <class Function>
 int CombineRings(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a, __int64 aStart,
-                 const CDataArrayDouble& b, __int64 bStart, __int64 num, Combine combine) {
+                 const CDataArrayDouble& b, __int64 bStart, __int64 num,
+                 const Operation<Function>& operation) {
     if (!dst || !IsIndexOf(*dst, dstStart) || !IsIndexOf(a, aStart) || !IsIndexOf(b, bStart) || num < 1)
         return 0;
     WalkRings(
         num,
         [&](__int64 length, double* d, const double* x, const double* y) {
-            for (__int64 i = 0; i < length; ++i) d[i] = combine(x[i], y[i]);
+            kvx::SetOfTwo(d, x, y, length, operation.kernel, operation.function);
         },
         Ring<double>{dst->GetData(), dst->GetNum(), dstStart},
         Ring<const double>{a.GetData(), a.GetNum(), aStart},
@@ -291,14 +294,25 @@ int CombineRings(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble
     return 1;
 }
 
-double Magnitude(const CDataArrayDoubleCplx& values, __int64 index) {
-    const double* imaginary = values.GetImaginary();
-    return CDataDoubleCplx(values.GetReal()[index], imaginary ? imaginary[index] : 0.0).GetAbs();
+template <class Function>
+int CombineRings(CDataArrayDouble& dst, __int64 dstStart, const CDataArrayDouble& src, __int64 srcStart,
+                 __int64 num, const Operation<Function>& operation) {
+    return CombineRings(&dst, dstStart, dst, dstStart, src, srcStart, num, operation);
+}
+
+/// The magnitudes of `count` values on from `start`; a missing imaginary part counts as 0.
+void SetMagnitudes(double* to, const CDataArrayDoubleCplx& values, __int64 start, __int64 count) {
+    const double* const re = values.GetReal() + start;
+    if (const double* const im = values.GetImaginary()) {
+        kvx::ActiveKernels<kvx::ComplexKernels>().magnitude(to, {re, im + start}, count);
+    } else {
+        std::transform(re, re + count, to, [](double x) { return std::abs(x); });
+    }
 }
 
 template <typename Element>
 int FindRange(const Element* values, __int64 count, Element* min, Element* max, Element* pmin) {
-    kvx::RangeScan<Element> scan;
+    kvx::RangeScan<Element> scan(pmin ? kvx::SmallestPositive::wanted : kvx::SmallestPositive::ignored);
     scan.Add({values, static_cast<std::size_t>(count)});
     return scan.Write(min, max, pmin);
 }
@@ -306,9 +320,7 @@ int FindRange(const Element* values, __int64 count, Element* min, Element* max, 
 }  // namespace
 
 CDataArrayDouble& CDataArrayDouble::operator=(const CDataArrayDoubleCplx& other) {
-    if (SetData(other.GetNum(), nullptr)) {
-        for (__int64 i = 0; i < count_; ++i) data_[i] = Magnitude(other, i);
-    }
+    if (SetData(other.GetNum(), nullptr)) SetMagnitudes(data_, other, 0, count_);
     return *this;
 }
 
@@ -318,36 +330,37 @@ int CDataArrayDouble::SetDelta(double step, double offset) {
 }
 
 int CDataArrayDouble::AddArr(const CDataArrayDouble& src, __int64 srcStart, __int64 dstStart, __int64 num) {
-    return CombineRings(*this, dstStart, src, srcStart, num, std::plus<>());
+    return CombineRings(*this, dstStart, src, srcStart, num, kSum);
 }
 
 int CDataArrayDouble::MulArr(const CDataArrayDouble& src, __int64 srcStart, __int64 dstStart, __int64 num) {
-    return CombineRings(*this, dstStart, src, srcStart, num, std::multiplies<>());
+    return CombineRings(*this, dstStart, src, srcStart, num, kProduct);
 }
 
 int CDataArrayDouble::AddArr(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a,
                              __int64 aStart, const CDataArrayDouble& b, __int64 bStart, __int64 num) {
-    return CombineRings(dst, dstStart, a, aStart, b, bStart, num, std::plus<>());
+    return CombineRings(dst, dstStart, a, aStart, b, bStart, num, kSum);
 }
 
 int CDataArrayDouble::MulArr(CDataArrayDouble* dst, __int64 dstStart, const CDataArrayDouble& a,
                              __int64 aStart, const CDataArrayDouble& b, __int64 bStart, __int64 num) {
-    return CombineRings(dst, dstStart, a, aStart, b, bStart, num, std::multiplies<>());
+    return CombineRings(dst, dstStart, a, aStart, b, bStart, num, kProduct);
 }
 
 int CDataArrayDouble::MulAdd(CDataArrayDouble* dst, const CDataArrayDouble& src, double k) {
     if (!dst) return 0;
-    CombineCommon(*dst, src, [k](double d, double s) { return d + s * k; });
+    kvx::ActiveKernels<kvx::ElementKernels>().addScaled(dst->GetData(), dst->GetData(), src.GetData(), k,
+                                                        std::min(dst->GetNum(), src.GetNum()));
     return 1;
 }
 
 CDataArrayDouble& CDataArrayDouble::operator+=(double k) {
-    for (__int64 i = 0; i < count_; ++i) data_[i] += k;
+    kvx::ChangeEach(data_, k, count_, &kvx::ElementKernels::addNumber, std::plus<>());
     return *this;
 }
 
 CDataArrayDouble& CDataArrayDouble::operator*=(double k) {
-    for (__int64 i = 0; i < count_; ++i) data_[i] *= k;
+    kvx::ChangeEach(data_, k, count_, &kvx::ElementKernels::scale, std::multiplies<>());
     return *this;
 }
 
@@ -356,24 +369,29 @@ CDataArrayDouble& CDataArrayDouble::operator/=(double k) {
 }
 
 CDataArrayDouble& CDataArrayDouble::operator+=(const CDataArrayDouble& other) {
-    CombineCommon(*this, other, std::plus<>());
+    CombineCommon(*this, other, kSum);
     return *this;
 }
 
 CDataArrayDouble& CDataArrayDouble::operator*=(const CDataArrayDouble& other) {
-    CombineCommon(*this, other, std::multiplies<>());
+    CombineCommon(*this, other, kProduct);
     return *this;
 }
 
 CDataArrayDouble& CDataArrayDouble::operator/=(const CDataArrayDouble& other) {
-    CombineCommon(*this, other, std::divides<>());
+    CombineCommon(*this, other, kQuotient);
     return *this;
 }
 
 CDataArrayDouble& CDataArrayDouble::operator+=(const CDataArrayDoubleCplx& other) {
     if (IsEmpty()) return *this = other;
     const __int64 common = std::min(count_, other.GetNum());
-    for (__int64 i = 0; i < common; ++i) data_[i] += Magnitude(other, i);
+    std::array<double, 512> magnitudes;
+    for (__int64 start = 0; start < common; start += std::ssize(magnitudes)) {
+        const __int64 length = std::min(common - start, std::ssize(magnitudes));
+        SetMagnitudes(magnitudes.data(), other, start, length);
+        kvx::SetOfTwo(data_ + start, data_ + start, magnitudes.data(), length, kSum.kernel, kSum.function);
+    }
     return *this;
 }
 
@@ -382,9 +400,7 @@ int CDataArrayDouble::operator==(const CDataArrayDouble& other) const {
 }
 
 double CDataArrayDouble::GetSum() const {
-    LaneSum<double> sum;
-    sum.Add(data_, count_, [](double value) { return value; });
-    return sum.Total();
+    return kvx::ActiveKernels<kvx::ReductionKernels>().sum(data_, count_);
 }
 
 double CDataArrayDouble::GetAve() const {
@@ -393,11 +409,14 @@ double CDataArrayDouble::GetAve() const {
 
 double CDataArrayDouble::GetSqSum(__int64 start, __int64 num) const {
     if (IsEmpty() || num > count_) return 0.0;
-    LaneSum<double> sum;
+    const __int64 length = num < 1 ? count_ : num;
+    const __int64 first = kvx::WrapIndex(start, count_);
+    if (first + length <= count_)
+        return kvx::ActiveKernels<kvx::ReductionKernels>().sumOfSquares(data_ + first, length);
+    LaneSum sum;
     WalkRings(
-        num < 1 ? count_ : num,
-        [&](__int64 length, const double* values) { sum.Add(values, length, kSquare); },
-        Ring<const double>{data_, count_, kvx::WrapIndex(start, count_)});
+        length, [&](__int64 run, const double* values) { sum.AddSquares(values, run); },
+        Ring<const double>{data_, count_, first});
     return sum.Total();
 }
 
@@ -409,12 +428,8 @@ double CDataArrayDouble::CalcRms(__int64 start, __int64 num) const {
 double CDataArrayDouble::GetAbsMax(__int64 start, __int64 num) const {
     if (!IsInside(start) || num < 0) return 0.0;
     const __int64 rest = count_ - start;
-    const double* end = data_ + start + (num == 0 ? rest : std::min(num, rest));
-    double largest = 0.0;
-    for (const double* value = data_ + start; value != end; ++value) {
-        largest = std::abs(*value) > largest ? std::abs(*value) : largest;
-    }
-    return largest;
+    return kvx::ActiveKernels<kvx::ReductionKernels>().largestMagnitude(
+        data_ + start, num == 0 ? rest : std::min(num, rest));
 }
 
 int CDataArrayDouble::GetMinMax(__int64 start, double* min, double* max) const {
@@ -440,20 +455,17 @@ int CDataArrayDouble::IsSorted() const {
 int CDataArrayDouble::Clip(double a, double b) {
     const double low = std::min(a, b);
     const double high = std::max(a, b);
-    for (__int64 i = 0; i < count_; ++i) {
-        const double value = data_[i] < low ? low : data_[i];
-        data_[i] = value > high ? high : value;
-    }
+    kvx::ActiveKernels<kvx::ElementKernels>().clip(data_, data_, low, high, count_);
     return !IsEmpty();
 }
 
 int CDataArrayDouble::SetLarge(const CDataArrayDouble& other) {
-    CombineCommon(*this, other, [](double a, double b) { return a < b ? b : a; });
+    CombineCommon(*this, other, kLarger);
     return !IsEmpty() && !other.IsEmpty();
 }
 
 int CDataArrayDouble::SetSmall(const CDataArrayDouble& other) {
-    CombineCommon(*this, other, [](double a, double b) { return b < a ? b : a; });
+    CombineCommon(*this, other, kSmaller);
     return !IsEmpty() && !other.IsEmpty();
 }
 
@@ -462,11 +474,15 @@ void CDataArrayDouble::Reverse() {
 }
 
 int CDataArrayDouble::GetDataArrayFloat(CDataArrayFloat* out) const {
-    return out && kvx::ConvertInto(*this, *out, kvx::NarrowedSample);
+    if (!out || !out->SetData(count_, nullptr)) return 0;
+    kvx::ActiveKernels<kvx::ElementKernels>().narrow(out->GetData(), data_, count_);
+    return 1;
 }
 
 int CDataArrayDouble::SetDataArrayFloat(const CDataArrayFloat& in) {
-    return kvx::ConvertInto(in, *this, kvx::WidenedSample);
+    if (!SetData(in.GetNum(), nullptr)) return 0;
+    kvx::ActiveKernels<kvx::ElementKernels>().widen(data_, in.GetData(), count_);
+    return 1;
 }
 
 void CDataArrayDouble::Serialize(CArchive& archive) {

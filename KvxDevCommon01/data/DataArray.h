@@ -237,7 +237,7 @@ public:
     int operator==(const CDataArrayDouble& other) const;
     int operator!=(const CDataArrayDouble& other) const { return !(*this == other); }
 
-    /// The plain sum, in a fixed order of additions (eight lanes); 0 for an empty array.
+    /// The plain sum, in a fixed order of additions (see numerics.md); 0 for an empty array.
     double GetSum() const;
     /// The sum divided by the count; 0 for an empty array.
     double GetAve() const;

@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/CplxRuns.h>
 #include <KvxDevCommon01/data/detail/ElementLayout.h>
+#include <KvxDevCommon01/data/kernels/ElementRuns.h>
 
 namespace kvx {
 
@@ -158,7 +160,7 @@ int CDataArrayDoubleCplx::Copy(const CDataArrayDoubleCplx& src, __int64 srcStart
 CDataArrayDoubleCplx& CDataArrayDoubleCplx::operator+=(const CDataArrayDoubleCplx& other) {
     const __int64 common = std::min(count_, other.count_);
     const auto add = [common](double* to, const double* from) {
-        for (__int64 i = 0; to && from && i < common; ++i) to[i] += from[i];
+        if (to && from) kvx::SetOfTwo(to, to, from, common, &kvx::ElementKernels::add, std::plus<>());
     };
     add(real_, other.real_);
     add(imaginary_, other.imaginary_);

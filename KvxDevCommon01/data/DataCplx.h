@@ -138,8 +138,8 @@ inline Real CplxValue<Self, Real>::GetAbs() const {
     const Real im = std::abs(im_);
     if (re == 0) return im;
     if (im == 0) return re;
-    const auto larger = static_cast<double>(std::max(re, im));
-    const auto ratio = static_cast<double>(std::min(re, im)) / larger;
+    const auto larger = static_cast<double>(re < im ? im : re);
+    const auto ratio = static_cast<double>(re < im ? re : im) / larger;
     return static_cast<Real>(larger * std::sqrt(1.0 + ratio * ratio));
 }
 

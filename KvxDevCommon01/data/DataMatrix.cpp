@@ -541,11 +541,12 @@ namespace {
 template <class Cell, typename Element>
 int FindRange(const Cell* begin, const Cell* end, __int64 start, __int64 last, Element* min, Element* max,
               Element* pmin) {
-    RangeScan<Element> whole;
+    const auto positive = pmin ? SmallestPositive::wanted : SmallestPositive::ignored;
+    RangeScan<Element> whole(positive);
     for (const Cell* cell = begin; cell != end; ++cell) {
         const __int64 stop = std::min(last, cell->GetNum() - 1);
         if (start < 0 || stop < start) return 0;
-        RangeScan<Element> scan;
+        RangeScan<Element> scan(positive);
         scan.Add({cell->GetData() + start, static_cast<std::size_t>(stop - start + 1)});
         if (!scan.HasFound()) return 0;
         whole.Merge(scan);

@@ -5,93 +5,72 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <span>
 
+#include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Types.h>
 
 namespace kvx {
 
-/// What a search has seen so far. NaNs are no candidates beside numbers; a run of nothing but NaNs has NaN
-/// for its minimum and maximum.
+/// Whether a search also looks for the smallest value above 0, which takes longer.
+enum class SmallestPositive { wanted, ignored };
+
+/// What a search of double or 32-bit integer values has seen so far. NaNs are no candidates beside numbers; a
+/// run of nothing but NaNs has NaN for its minimum and maximum. Of zeros of both signs the first counts. The
+/// result does not depend on how the values were cut into calls.
 template <typename Element>
 class RangeScan {
 public:
-    void Add(std::span<const Element> values) {
-        std::array<Extremes, kLanes> lanes;
-        std::size_t i = 0;
-        for (; values.size() - i >= kLanes; i += kLanes) {
-            for (std::size_t lane = 0; lane < kLanes; ++lane) {
-                lanes[lane].Include(values[i + lane]);
-            }
-        }
-        for (; i < values.size(); ++i) lanes[0].Include(values[i]);
+    explicit RangeScan(SmallestPositive positive = SmallestPositive::wanted) : positive_(positive) {}
 
-        Extremes run;
-        for (const Extremes& lane : lanes) run.Merge(lane);
-        if constexpr (Limits::has_quiet_NaN) {
-            const auto isNan = [](Element value) { return std::isnan(value); };
-            if (!run.HasNumber()) holdsNan_ = holdsNan_ || std::ranges::any_of(values, isNan);
-        }
-        extremes_.Merge(run);
-    }
+    void Add(std::span<const Element> values);
 
-    /// Joins what another search has found.
+    /// Joins what another search has found in the values that follow.
     void Merge(const RangeScan& other) {
-        extremes_.Merge(other.extremes_);
+        Include(other.low_, other.high_, other.positiveLow_);
         holdsNan_ = holdsNan_ || other.holdsNan_;
     }
 
     /// Whether anything but markers was seen.
-    bool HasFound() const { return extremes_.HasNumber() || holdsNan_; }
+    bool HasFound() const { return HasNumber() || holdsNan_; }
 
     /// Writes minimum, maximum and the smallest value above 0 (the smallest normal number when none is)
-    /// through those pointers that are not null; 0, writing nothing, when only markers were seen.
+    /// through those pointers that are not null; 0, writing nothing, when only markers were seen. The third
+    /// is for searches that look for it.
     int Write(Element* min, Element* max, Element* positiveMin) const {
         if (!HasFound()) return 0;
-        const bool hasNumber = extremes_.HasNumber();
-        if (min) *min = hasNumber ? extremes_.low : kNan;
-        if (max) *max = hasNumber ? extremes_.high : kNan;
-        if (positiveMin)
-            *positiveMin = hasNumber && extremes_.high > 0 ? extremes_.positiveLow : Limits::min();
+        if (min) *min = HasNumber() ? low_ : kNan;
+        if (max) *max = HasNumber() ? high_ : kNan;
+        if (positiveMin) *positiveMin = high_ > 0 ? positiveLow_ : Limits::min();
         return 1;
     }
 
 private:
     using Limits = std::numeric_limits<Element>;
-    static constexpr std::size_t kLanes = 4;
     static constexpr Element kTop = Limits::has_infinity ? Limits::infinity() : Limits::max();
     static constexpr Element kBottom = Limits::has_infinity ? -Limits::infinity() : Limits::lowest();
     static constexpr Element kNan = Limits::quiet_NaN();
 
-    struct Extremes {
-        Element low = kTop;
-        Element high = kBottom;
-        Element positiveLow = kTop;
+    bool HasNumber() const { return low_ <= high_; }
+    void Include(Element low, Element high, Element positiveLow) {
+        low_ = std::min(low_, low);
+        high_ = std::max(high_, high);
+        positiveLow_ = std::min(positiveLow_, positiveLow);
+    }
 
-        // Selections instead of branches, so that the loop over the lanes becomes vector code.
-        void Include(Element value) {
-            const Element forLow = value == kNoValue<Element> ? kTop : value;
-            const Element forHigh = value == kNoValue<Element> ? kBottom : value;
-            const Element forPositive = value > 0 ? value : kTop;
-            low = forLow < low ? forLow : low;
-            high = forHigh > high ? forHigh : high;
-            positiveLow = forPositive < positiveLow ? forPositive : positiveLow;
-        }
-        void Merge(const Extremes& other) {
-            low = std::min(low, other.low);
-            high = std::max(high, other.high);
-            positiveLow = std::min(positiveLow, other.positiveLow);
-        }
-        bool HasNumber() const { return low <= high; }
-    };
-
-    Extremes extremes_;
+    SmallestPositive positive_;
+    Element low_ = kTop;
+    Element high_ = kBottom;
+    Element positiveLow_ = kTop;
     bool holdsNan_ = false;
 };
+
+template <>
+KVX_API void RangeScan<double>::Add(std::span<const double> values);
+template <>
+KVX_API void RangeScan<std::int32_t>::Add(std::span<const std::int32_t> values);
 
 }  // namespace kvx

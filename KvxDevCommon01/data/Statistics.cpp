@@ -11,21 +11,41 @@
 
 namespace kvx {
 
+namespace {
+
+/// Samples that stay in the first-level cache from one loop over them to the next.
+constexpr std::size_t kCached = 1024;
+
+}  // namespace
+
 struct SampleStatistics::State {
-    LaneSum<double> sum;
-    LaneSum<double> squares;
-    RangeScan<double> range;
+    LaneSum sum;
+    LaneSum squares;
+    RangeScan<double> range{SmallestPositive::ignored};
     double peak = 0.0;
     std::int64_t count = 0;
     std::int64_t missing = 0;
 
     /// Adds samples of which each holds a value.
     void AddValues(std::span<const double> values) {
-        sum.Add(values.data(), std::ssize(values), [](double value) { return value; });
-        squares.Add(values.data(), std::ssize(values), [](double value) { return value * value; });
+        const std::int64_t length = std::ssize(values);
+        sum.Add(values.data(), length);
+        squares.AddSquares(values.data(), length);
         range.Add(values);
-        for (const double value : values) peak = std::abs(value) > peak ? std::abs(value) : peak;
-        count += std::ssize(values);
+        peak = std::max(peak, ActiveKernels<ReductionKernels>().largestMagnitude(values.data(), length));
+        count += length;
+    }
+
+    /// Adds the first stretch of samples that either all hold a value or all hold none, and returns the rest.
+    std::span<const double> AddStretch(std::span<const double> samples) {
+        const auto isGap = [](double value) { return value == kNoValue<double>; };
+        const auto values = static_cast<std::size_t>(
+            ActiveKernels<ReductionKernels>().find(samples.data(), std::ssize(samples), kNoValue<double>));
+        if (values > 0) AddValues(samples.first(values));
+        const auto rest = samples.subspan(values);
+        const auto next = std::ranges::find_if_not(rest, isGap);
+        missing += next - rest.begin();
+        return {next, rest.end()};
     }
 };
 
@@ -36,12 +56,9 @@ SampleStatistics::SampleStatistics(SampleStatistics&& other) noexcept = default;
 SampleStatistics& SampleStatistics::operator=(SampleStatistics&& other) noexcept = default;
 
 void SampleStatistics::Add(std::span<const double> samples) {
-    const auto isGap = [](double value) { return value == kNoValue<double>; };
-    for (auto next = samples.begin(); next != samples.end();) {
-        const auto end = std::find_if(next, samples.end(), isGap);
-        if (end != next) state_->AddValues({next, end});
-        next = std::find_if_not(end, samples.end(), isGap);
-        state_->missing += next - end;
+    for (; !samples.empty(); samples = samples.subspan(std::min(kCached, samples.size()))) {
+        auto rest = samples.first(std::min(kCached, samples.size()));
+        while (!rest.empty()) rest = state_->AddStretch(rest);
     }
 }
 
@@ -54,7 +71,7 @@ SampleFigures SampleStatistics::Figures() const {
     figures.mean = state_->sum.Total() / count;
     figures.rms = std::sqrt(state_->squares.Total() / count);
     state_->range.Write(&figures.min, &figures.max, nullptr);
-    // Which of two zeros a search keeps depends on how the signal was cut.
+    // A zero is given without a sign.
     figures.min += 0.0;
     figures.max += 0.0;
     figures.peak = state_->peak;

@@ -107,7 +107,7 @@ int CMatBasic::GetMinMaxEx(const double* a, __int64 n, __int64 start, double* mi
 int CMatBasic::GetMinMaxAndPMin(__int64 n, const double* a, __int64 start, double* min, double* max,
                                 double* positiveMin) {
     if (!IsInside(n, a, start)) return 0;
-    kvx::RangeScan<double> scan;
+    kvx::RangeScan<double> scan(positiveMin ? kvx::SmallestPositive::wanted : kvx::SmallestPositive::ignored);
     scan.Add({a + start, static_cast<std::size_t>(n - start)});
     return scan.Write(min, max, positiveMin);
 }

@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <type_traits>
 
 #include <KvxDevCommon01/data/detail/Block.h>
+#include <KvxDevCommon01/data/kernels/ElementRuns.h>
 
 namespace kvx {
 
@@ -25,7 +27,11 @@ template <class Array, typename Real>
 void ScaleParts(Array& array, Real k) {
     if (!array.GetImaginary()) return;
     for (Real* part : {array.GetReal(), array.GetImaginary()}) {
-        for (__int64 i = 0; i < array.GetNum(); ++i) part[i] *= k;
+        if constexpr (std::is_same_v<Real, double>) {
+            ChangeEach(part, k, array.GetNum(), &ElementKernels::scale, std::multiplies<>());
+        } else {
+            for (__int64 i = 0; i < array.GetNum(); ++i) part[i] *= k;
+        }
     }
 }
 

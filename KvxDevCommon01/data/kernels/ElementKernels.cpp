@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/data/kernels/ElementKernels.h>
+#include <KvxDevCommon01/data/kernels/Vectors.h>
+
+namespace kvx::KVX_KERNEL_SET {
+namespace {
+
+/// to[i] = combine(a[i], b[i])
+template <class Combine>
+void SetOfTwo(double* to, const double* a, const double* b, Index count, Combine combine) {
+    SetEach(to, count, [=]<unsigned kWidth>(Index i) {
+        return combine(LoadVector<kWidth>(a + i), LoadVector<kWidth>(b + i));
+    });
+}
+
+/// to[i] = change(a[i])
+template <class Change>
+void SetOfOne(double* to, const double* a, Index count, Change change) {
+    SetEach(to, count, [=]<unsigned kWidth>(Index i) { return change(LoadVector<kWidth>(a + i)); });
+}
+
+void Add(double* to, const double* a, const double* b, Index count) {
+    SetOfTwo(to, a, b, count, [](auto x, auto y) { return x + y; });
+}
+void Multiply(double* to, const double* a, const double* b, Index count) {
+    SetOfTwo(to, a, b, count, [](auto x, auto y) { return x * y; });
+}
+void Divide(double* to, const double* a, const double* b, Index count) {
+    SetOfTwo(to, a, b, count, [](auto x, auto y) { return x / y; });
+}
+void DivideUnlessByZero(double* to, const double* a, const double* b, Index count) {
+    SetOfTwo(to, a, b, count, [](auto x, auto y) { return y == 0.0 ? x : x / y; });
+}
+void TakeLarger(double* to, const double* a, const double* b, Index count) {
+    SetOfTwo(to, a, b, count, [](auto x, auto y) { return x < y ? y : x; });
+}
+void TakeSmaller(double* to, const double* a, const double* b, Index count) {
+    SetOfTwo(to, a, b, count, [](auto x, auto y) { return y < x ? y : x; });
+}
+
+void AddNumber(double* to, const double* a, double k, Index count) {
+    SetOfOne(to, a, count, [=](auto x) { return x + k; });
+}
+void Scale(double* to, const double* a, double k, Index count) {
+    SetOfOne(to, a, count, [=](auto x) { return x * k; });
+}
+void AddScaled(double* to, const double* a, const double* b, double k, Index count) {
+    SetOfTwo(to, a, b, count, [=](auto x, auto y) { return x + y * k; });
+}
+void Clip(double* to, const double* a, double low, double high, Index count) {
+    SetOfOne(to, a, count, [=](auto x) {
+        const auto lowest = Spread<decltype(x)>(low);
+        const auto highest = Spread<decltype(x)>(high);
+        const auto raised = x < lowest ? lowest : x;
+        return raised > highest ? highest : raised;
+    });
+}
+void TakeSquareRoot(double* to, const double* a, Index count) {
+    SetOfOne(to, a, count, [](auto x) { return SquareRoot(x > 0.0 ? x : decltype(x){}); });
+}
+
+// ---- Precisions
+
+/// The values of a vector in another type.
+template <typename To, unsigned kWidth, typename From>
+inline Vector<To, kWidth> Converted(From from) {
+#if defined(__GNUC__)
+    if constexpr (kWidth > 1) {
+        return __builtin_convertvector(from, Vector<To, kWidth>);
+    } else
+#endif
+    {
+        return static_cast<To>(from);
+    }
+}
+
+// The markers are exchanged in double precision, where both of them are exact.
+constexpr double kFloatMarker = kNoValue<float>;
+
+void Narrow(float* to, const double* a, Index count) {
+    SetEach(to, count, [=]<unsigned kWidth>(Index i) {
+        const auto x = LoadVector<kWidth>(a + i);
+        return Converted<float, kWidth>(x == kNoValue<double> ? Spread<decltype(x + x)>(kFloatMarker) : x);
+    });
+}
+
+void Widen(double* to, const float* a, Index count) {
+    SetEach(to, count, [=]<unsigned kWidth>(Index i) {
+        const auto x = Converted<double, kWidth>(LoadVector<kWidth>(a + i));
+        return x == kFloatMarker ? Spread<decltype(x + x)>(kNoValue<double>) : x;
+    });
+}
+
+// ---- Units
+
+template <bool kDivides, typename V>
+inline V Converted(V x, const AffineConversion& by) {
+    const V shifted = x + by.before;
+    return (kDivides ? shifted / by.factor : shifted * by.factor) + by.after;
+}
+
+template <bool kDivides, typename Real>
+void ConvertEach(Real* to, const Real* a, const AffineConversion& conversion, double gain, Index count) {
+    SetEach(to, count, [=]<unsigned kWidth>(Index i) {
+        const auto x = Converted<double, kWidth>(LoadVector<kWidth>(a + i));
+        return Converted<Real, kWidth>(Converted<kDivides>(x, conversion) * gain);
+    });
+}
+
+template <typename Real>
+void Convert(Real* to, const Real* a, const AffineConversion& conversion, double gain, Index count) {
+    const auto convert = conversion.divides ? ConvertEach<true, Real> : ConvertEach<false, Real>;
+    convert(to, a, conversion, gain, count);
+}
+
+template <bool kDivides>
+void ConvertEachByRatio(double* values, const AffineConversion& conversion, const RatioUse& use,
+                        Index count) {
+    SetEach(values, count, [=]<unsigned kWidth>(Index i) {
+        const auto x = LoadVector<kWidth>(values + i);
+        using V = decltype(x + x);
+        const V quotient = Converted<kDivides>(V{x}, conversion) / x;
+        const V ratio = x == 0.0 ? V{} : quotient;
+        const V k = use.squared ? ratio * ratio : ratio;
+        if (!use.divides) return x * k;
+        const V divided = x / k;
+        return k == 0.0 ? V{} : divided;
+    });
+}
+
+void ConvertByRatio(double* values, const AffineConversion& conversion, const RatioUse& use, Index count) {
+    const auto convert = conversion.divides ? ConvertEachByRatio<true> : ConvertEachByRatio<false>;
+    convert(values, conversion, use, count);
+}
+
+}  // namespace
+
+extern const ElementKernels kElementKernels = {
+    Add,
+    Multiply,
+    Divide,
+    DivideUnlessByZero,
+    TakeLarger,
+    TakeSmaller,
+    AddNumber,
+    Scale,
+    AddScaled,
+    Clip,
+    TakeSquareRoot,
+    Narrow,
+    Widen,
+    Convert<double>,
+    Convert<float>,
+    ConvertByRatio,
+};
+
+}  // namespace kvx::KVX_KERNEL_SET

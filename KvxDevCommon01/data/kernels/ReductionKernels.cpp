@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+//
+// Several vectors of partial results side by side hide the latency of an addition or comparison. Every
+// selection keeps the result so far when it meets a NaN, which is what minimum and maximum of the machine do.
+
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/data/kernels/ReductionKernels.h>
+#include <KvxDevCommon01/data/kernels/Vectors.h>
+
+namespace kvx::KVX_KERNEL_SET {
+namespace {
+
+// ---- Sums
+
+/// The sums of kSumLanes lanes, in as few registers as hold them.
+class LaneSums {
+public:
+    LaneSums() {
+        for (Lanes& sum : sums_) sum = Lanes{};
+    }
+    explicit LaneSums(const double* lanes) {
+        for (unsigned v = 0; v < kVectors; ++v) sums_[v] = Load(lanes + v * kLanes);
+    }
+    void StoreTo(double* lanes) const {
+        for (unsigned v = 0; v < kVectors; ++v) Store(lanes + v * kLanes, sums_[v]);
+    }
+
+    template <class Term>
+    void AddGroups(const double* values, Index groups, Term term) {
+        for (; groups > 0; --groups, values += kSumLanes) {
+            for (unsigned v = 0; v < kVectors; ++v) sums_[v] += term(Load(values + v * kLanes));
+        }
+    }
+
+    double Total() const {
+        Lanes sums[kVectors];
+        for (unsigned v = 0; v < kVectors; ++v) sums[v] = sums_[v];
+        for (unsigned half = kVectors / 2; half > 0; half /= 2) {
+            for (unsigned v = 0; v < half; ++v) sums[v] += sums[v + half];
+        }
+        double lanes[kLanes];
+        Store(lanes, sums[0]);
+        for (unsigned half = kLanes / 2; half > 0; half /= 2) {
+            for (unsigned lane = 0; lane < half; ++lane) lanes[lane] += lanes[lane + half];
+        }
+        return lanes[0];
+    }
+
+private:
+    static constexpr unsigned kVectors = kSumLanes / kLanes;
+
+    Lanes sums_[kVectors];
+};
+
+constexpr auto kValue = [](Lanes x) { return x; };
+constexpr auto kSquare = [](Lanes x) { return x * x; };
+
+/// The values to where whole registers begin go to the last sums and those from there on to the first, so
+/// that the sums come to lie around the ring of lanes. No sum is -0.0: adding the zeros beside a few values
+/// to the sums of other lanes changes nothing.
+template <class Term>
+double SumOf(const double* values, Index count, Term term) {
+    constexpr Index kLong = 16 * kSumLanes;  // from where on whole registers pay for the turn
+    const auto position = static_cast<Index>(reinterpret_cast<__UINTPTR_TYPE__>(values) / sizeof(double));
+    const Index head = count < kLong ? 0 : -position & (Index{kLanes} - 1);
+    LaneSums sums;
+    if (head != 0) {
+        double group[kSumLanes] = {};
+        for (Index i = 0; i < head; ++i) group[kSumLanes - head + i] = values[i];
+        sums.AddGroups(group, 1, term);
+    }
+    const Index groups = (count - head) / kSumLanes;
+    sums.AddGroups(values + head, groups, term);
+    const Index done = head + groups * kSumLanes;
+    if (done != count) {
+        double group[kSumLanes] = {};
+        for (Index i = done; i < count; ++i) group[i - done] = values[i];
+        sums.AddGroups(group, 1, term);
+    }
+    if (head != 0) {
+        double turned[2 * kSumLanes];
+        sums.StoreTo(turned);
+        sums.StoreTo(turned + kSumLanes);
+        sums = LaneSums(turned + kSumLanes - head);
+    }
+    return sums.Total();
+}
+double Sum(const double* values, Index count) {
+    return SumOf(values, count, kValue);
+}
+double SumOfSquares(const double* values, Index count) {
+    return SumOf(values, count, kSquare);
+}
+
+template <class Term>
+void AddGroups(double* lanes, const double* values, Index groups, Term term) {
+    LaneSums sums(lanes);
+    sums.AddGroups(values, groups, term);
+    sums.StoreTo(lanes);
+}
+void AddToLanes(double* lanes, const double* values, Index groups) {
+    AddGroups(lanes, values, groups, kValue);
+}
+void AddSquaresToLanes(double* lanes, const double* values, Index groups) {
+    AddGroups(lanes, values, groups, kSquare);
+}
+
+// ---- Searches
+
+/// Takes all values into `result` by fold(result so far, values). The fold is handed whole vectors and, where
+/// they do not fill one, single elements.
+template <typename Element, class Fold>
+Element FoldAll(const Element* values, Index count, Element result, Fold fold) {
+    constexpr unsigned kVectors = 8;
+    constexpr Index kWidth = kWidest<Element>;
+    using V = Vector<Element, kWidest<Element>>;
+    const auto load = [=](Index i) { return LoadVector<kWidest<Element>>(values + i); };
+    if (count < kWidth) {
+        for (Index i = 0; i < count; ++i) result = fold(result, values[i]);
+        return result;
+    }
+    // Values may be taken twice: the first and the last vector overlap others, which lie on whole registers.
+    V partial[kVectors];
+    for (V& one : partial) one = Spread<V>(result);
+    partial[0] = fold(partial[0], load(0));
+    partial[1] = fold(partial[1], load(count - kWidth));
+    const auto position = static_cast<Index>(reinterpret_cast<__UINTPTR_TYPE__>(values) / sizeof(Element));
+    Index i = -position & (kWidth - 1);
+    for (; count - i >= Index{kVectors} * kWidth; i += Index{kVectors} * kWidth) {
+        for (unsigned v = 0; v < kVectors; ++v) partial[v] = fold(partial[v], load(i + v * kWidth));
+    }
+    for (; count - i >= kWidth; i += kWidth) partial[0] = fold(partial[0], load(i));
+    for (unsigned step = kVectors / 2; step > 0; step /= 2) {
+        for (unsigned v = 0; v < step; ++v) partial[v] = fold(partial[v], partial[v + step]);
+    }
+    Element lanes[kWidest<Element>];
+    StoreVector(lanes, partial[0]);
+    for (Index step = kWidth / 2; step > 0; step /= 2) {
+        for (Index lane = 0; lane < step; ++lane) lanes[lane] = fold(lanes[lane], lanes[lane + step]);
+    }
+    return lanes[0];
+}
+
+template <typename Value>
+Value Smaller(Value soFar, Value x) {
+    return x < soFar ? x : soFar;
+}
+template <typename Value>
+Value Larger(Value soFar, Value x) {
+    return x > soFar ? x : soFar;
+}
+
+/// The extremes of the values that are not the marker, with top > bottom for the ends of the element's range.
+template <typename Element>
+Extremes<Element> ExtremesBesideMarkers(const Element* values, Index count, Element top, Element bottom) {
+    const auto smaller = [](auto soFar, auto x) {
+        return Smaller(soFar, x == kNoValue<Element> ? soFar : x);
+    };
+    const auto larger = [](auto soFar, auto x) { return Larger(soFar, x == kNoValue<Element> ? soFar : x); };
+    return {FoldAll(values, count, top, smaller), FoldAll(values, count, bottom, larger)};
+}
+
+constexpr double kInfinity = __builtin_huge_val();
+
+/// Looks for markers only where they can be: the marker is the most negative finite value.
+Extremes<double> FindExtremes(const double* values, Index count) {
+    constexpr auto kSmaller = [](auto soFar, auto x) { return Smaller(soFar, x); };
+    constexpr auto kLarger = [](auto soFar, auto x) { return Larger(soFar, x); };
+    const double low = FoldAll(values, count, kInfinity, kSmaller);
+    if (low <= kNoValue<double>) return ExtremesBesideMarkers(values, count, kInfinity, -kInfinity);
+    return {low, FoldAll(values, count, -kInfinity, kLarger)};
+}
+
+Extremes<std::int32_t> FindLongExtremes(const std::int32_t* values, Index count) {
+    return ExtremesBesideMarkers<std::int32_t>(values, count, INT32_MAX, INT32_MIN);
+}
+
+double SmallestPositive(const double* values, Index count) {
+    return FoldAll(values, count, kInfinity,
+                   [](auto soFar, auto x) { return Smaller(soFar, x > 0.0 ? x : soFar); });
+}
+
+double LargestMagnitude(const double* values, Index count) {
+    return FoldAll(values, count, 0.0, [](auto soFar, auto x) { return Larger(soFar, x < 0.0 ? -x : x); });
+}
+
+/// The index of the first element that equals `value`.
+Index Find(const double* values, Index count, double value) {
+    constexpr Index kBlock = 64;
+    Index i = 0;
+    for (; count - i >= kBlock; i += kBlock) {
+        unsigned found = 0;
+        for (Index k = 0; k < kBlock; ++k) found |= values[i + k] == value;
+        if (found) break;
+    }
+    while (i < count && values[i] != value) ++i;
+    return i;
+}
+
+}  // namespace
+
+extern const ReductionKernels kReductionKernels = {
+    Sum,          SumOfSquares,     AddToLanes,       AddSquaresToLanes,
+    FindExtremes, FindLongExtremes, SmallestPositive, LargestMagnitude,
+    Find};
+
+}  // namespace kvx::KVX_KERNEL_SET

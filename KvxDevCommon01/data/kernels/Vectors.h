@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+//
+// What the element-wise kernels of this floor are written with: vectors of every width up to a register, and
+// loops that do whole registers, then the rest in smaller vectors. A vector of one element is the element
+// itself.
+#pragma once
+
+#include <KvxDevCommon01/platform/kernels/Lanes.h>
+
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
+namespace kvx::KVX_KERNEL_SET {
+namespace {
+
+template <typename Element, unsigned kWidth>
+struct VectorOf {
+#if defined(__GNUC__)
+    using Type __attribute__((vector_size(kWidth * sizeof(Element)))) = Element;
+#endif
+};
+template <typename Element>
+struct VectorOf<Element, 1> {
+    using Type = Element;
+};
+template <typename Element, unsigned kWidth>
+using Vector = typename VectorOf<Element, kWidth>::Type;
+
+/// As many elements as fill a register.
+template <typename Element>
+constexpr unsigned kWidest = static_cast<unsigned>(kLanes * sizeof(double) / sizeof(Element));
+
+template <unsigned kWidth, typename Element>
+inline Vector<Element, kWidth> LoadVector(const Element* from) {
+    Vector<Element, kWidth> vector;
+    __builtin_memcpy(&vector, from, sizeof vector);
+    return vector;
+}
+template <typename Element, typename V>
+inline void StoreVector(Element* to, V vector) {
+    __builtin_memcpy(to, &vector, sizeof vector);
+}
+
+/// The same value in every lane of V.
+template <typename V, typename Element>
+inline V Spread(Element value) {
+    return V{} + value;
+}
+
+/// The same bits as another type.
+template <typename To, typename From>
+inline To BitsAs(From from) {
+    static_assert(sizeof(To) == sizeof(From));
+    To to;
+    __builtin_memcpy(&to, &from, sizeof to);
+    return to;
+}
+
+[[maybe_unused]] inline double SquareRoot(double x) {
+#if defined(__SSE2__)
+    return _mm_cvtsd_f64(_mm_sqrt_pd(_mm_set1_pd(x)));
+#else
+    return __builtin_sqrt(x);
+#endif
+}
+#if defined(__SSE2__)
+[[maybe_unused]] inline Vector<double, 2> SquareRoot(Vector<double, 2> x) {
+    return _mm_sqrt_pd(x);
+}
+#elif defined(__GNUC__)
+[[maybe_unused]] inline Vector<double, 2> SquareRoot(Vector<double, 2> x) {
+    return Vector<double, 2>{SquareRoot(x[0]), SquareRoot(x[1])};
+}
+#endif
+#if defined(__AVX__)
+[[maybe_unused]] inline Vector<double, 4> SquareRoot(Vector<double, 4> x) {
+    return _mm256_sqrt_pd(x);
+}
+#endif
+#if defined(__AVX512F__)
+[[maybe_unused]] inline Vector<double, 8> SquareRoot(Vector<double, 8> x) {
+    return _mm512_maskz_sqrt_pd(0xFF, x);
+}
+#endif
+
+/// store(i, value<width>(i)) for fewer elements than twice kWidth, from the i-th on.
+template <unsigned kWidth, class Value, class Store>
+inline void SetFew(Index i, Index count, const Value& value, const Store& store) {
+    if (count - i >= Index{kWidth}) {
+        store(i, value.template operator()<kWidth>(i));
+        i += Index{kWidth};
+    }
+    if constexpr (kWidth > 1) SetFew<kWidth / 2>(i, count, value, store);
+}
+
+/// Computes the elements 0..count-1 in vectors, value<width>(i) the ones from i on, and stores them with
+/// store(i, vector). The vectors lie on whole registers at `to`, since a store that crosses two cache lines
+/// costs twice. The first and the last vector overlap others; they are computed before any operand can have
+/// been replaced by a result.
+template <typename Element, class Value, class Store>
+inline void SetVectors(const Element* to, Index count, const Value& value, const Store& store) {
+    constexpr Index kWidth = kLanes;
+    if (count < kWidth) return SetFew<kLanes>(0, count, value, store);
+    const auto position = static_cast<Index>(reinterpret_cast<__UINTPTR_TYPE__>(to) / sizeof(Element));
+    Index i = -position & (kWidth - 1);
+    const bool hasHead = i != 0;
+    const bool hasTail = ((count - i) & (kWidth - 1)) != 0;
+    auto head = value.template operator()<kLanes>(0);
+    auto tail = head;
+    if (hasTail) tail = value.template operator()<kLanes>(count - kWidth);
+    for (; count - i >= 4 * kWidth; i += 4 * kWidth) {
+        for (Index v = i; v < i + 4 * kWidth; v += kWidth) store(v, value.template operator()<kLanes>(v));
+    }
+    for (; count - i >= kWidth; i += kWidth) store(i, value.template operator()<kLanes>(i));
+    if (hasHead) store(0, head);
+    if (hasTail) store(count - kWidth, tail);
+}
+
+/// Sets to[i] = value<width>(i), a vector of width elements, for all elements.
+template <typename Element, class Value>
+inline void SetEach(Element* to, Index count, const Value& value) {
+    SetVectors(to, count, value, [=](Index i, auto vector) { StoreVector(to + i, vector); });
+}
+
+/// The same for two results at a time.
+template <typename V>
+struct Two {
+    V first;
+    V second;
+};
+template <class Value>
+inline void SetEachTwo(double* first, double* second, Index count, const Value& value) {
+    SetVectors(first, count, value, [=](Index i, const auto& two) {
+        StoreVector(first + i, two.first);
+        StoreVector(second + i, two.second);
+    });
+}
+
+}  // namespace
+}  // namespace kvx::KVX_KERNEL_SET
