@@ -4,6 +4,7 @@
 // Not thread-safe.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -34,6 +35,28 @@ public:
     }
     /// Puts the same value in `count` >= 0 times.
     bool PutRepeated(double value, __int64 count);
+
+    /// Room for the next `count` samples side by side, which AddMade puts in once they are written; null when
+    /// samples would be lost, or lie apart.
+    double* Room(__int64 count) {
+        if (waiting_ == 0) readIndex_ = 0;
+        const __int64 end = readIndex_ + waiting_;
+        const __int64 free = end < GetSize() ? GetSize() - end : readIndex_ - (end - GetSize());
+        return count <= free ? values_.data() + Wrap(end) : nullptr;
+    }
+    void AddMade(__int64 count) { waiting_ += count; }
+
+    /// The next samples, as many as lie side by side, which Drop takes out. They stay where they are until
+    /// more come in.
+    std::span<const double> Next() const {
+        return std::span(values_).subspan(
+            static_cast<std::size_t>(readIndex_),
+            static_cast<std::size_t>(std::min(waiting_, GetSize() - readIndex_)));
+    }
+    void Drop(__int64 count) {
+        readIndex_ = static_cast<__int64>(Wrap(readIndex_ + count));
+        waiting_ -= count;
+    }
 
     /// Takes the next sample; 0.0 when none waits.
     double Take() {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The samples that a result is made of lie side by side in a line, so that one loop (see FirKernels.h) serves
-// every mode, computing many results at once, and each result is the same sum whatever block its samples came
-// in.
+// The samples that a result is made of lie side by side in a line, so that the loops (see FirKernels.h)
+// compute many results at once, and each result is the same sum whatever block its samples came in.
 
 #include <KvxDevCommon01/dsp/detail/FirRun.h>
 
@@ -19,29 +18,33 @@ namespace kvx {
 namespace {
 
 constexpr __int64 kBlock = 512;  // samples or results that are worked on at once
-using Block = std::array<double, kBlock + kFirOverrun>;
+
+const FirKernels& Kernels() {
+    return ActiveKernels<FirKernels>();
+}
 
 std::vector<double> Zeros(__int64 count) {
     return std::vector<double>(static_cast<std::size_t>(count));
 }
 
-bool PutBlock(const Block& block, __int64 count, SampleQueue* results) {
-    return results->Put(std::span(block).first(static_cast<std::size_t>(count)));
-}
-
-/// Calls use(step) with the usual steps as constants, which make vector code of the loops over them.
-template <class Use>
-void WithStep(__int64 step, Use use) {
-    switch (step) {
-        case 2:
-            return use(std::integral_constant<__int64, 2>());
-        case 4:
-            return use(std::integral_constant<__int64, 4>());
-        case 5:
-            return use(std::integral_constant<__int64, 5>());
-        default:
-            return use(step);
+/// Puts `count` results into the queue that make(to, first, run) writes: in the queue itself where they lie
+/// side by side there, or else by way of `block`. Results come in whole groups of `group`, at most as many as
+/// the block holds.
+template <class Make>
+bool PutMade(SampleQueue* results, __int64 count, __int64 group, std::span<double> block, Make make) {
+    if (double* const to = results->Room(count)) {
+        make(to, 0, count);
+        results->AddMade(count);
+        return true;
     }
+    bool kept = true;
+    const __int64 most = std::ssize(block) / group * group;
+    for (__int64 first = 0; first < count; first += most) {
+        const __int64 run = std::min(most, count - first);
+        make(block.data(), first, run);
+        kept &= results->Put(block.first(static_cast<std::size_t>(run)));
+    }
+    return kept;
 }
 
 /// The last `history` samples and, behind them, those that came since, until the line is full and the history
@@ -49,31 +52,41 @@ void WithStep(__int64 step, Use use) {
 class Line {
 public:
     explicit Line(__int64 history)
-        : samples_(Zeros(history + kBlock + kFirOverrun)), history_(history), end_(history) {}
+        : samples_(Zeros(2 * history + kBlock)), history_(history), end_(history) {}
 
     void Reset() {
         std::ranges::fill(samples_, 0.0);
         end_ = history_;
     }
 
-    /// Appends `count` samples times `gain` and calls use(samples, run), which says whether all results were
-    /// kept, for each run of them: `history` samples lie in front of each.
+    /// Takes in `count` samples and calls use(samples, run), which says whether all results were kept, for
+    /// each run of them: `history` samples lie in front of each. Of many samples only the first ones, whose
+    /// history is here, are copied; the others are read where they are.
     template <class Use>
-    bool Feed(const double* x, __int64 count, double gain, Use use) {
+    bool Feed(const double* x, __int64 count, Use use) {
+        const bool isLong = count >= 2 * history_ + kBlock;
+        bool kept = FeedCopies(x, isLong ? history_ : count, use);
+        if (isLong) {
+            kept &= use(x + history_, count - history_);
+            std::copy_n(x + count - history_, history_, samples_.begin());
+            end_ = history_;
+        }
+        return kept;
+    }
+
+private:
+    template <class Use>
+    bool FeedCopies(const double* x, __int64 count, Use use) {
         bool kept = true;
         while (count > 0) {
             double* const line = samples_.data();
-            if (end_ == history_ + kBlock) {
-                std::copy(line + kBlock, line + end_, line);
+            if (end_ == std::ssize(samples_)) {
+                std::copy(line + end_ - history_, line + end_, line);
                 end_ = history_;
             }
-            const __int64 run = std::min(count, history_ + kBlock - end_);
+            const __int64 run = std::min(count, std::ssize(samples_) - end_);
             double* const first = line + end_;
-            if (gain == 1.0) {
-                std::copy_n(x, run, first);
-            } else {
-                std::transform(x, x + run, first, [gain](double sample) { return sample * gain; });
-            }
+            std::copy_n(x, run, first);
             end_ += run;
             kept &= use(first, run);
             x += run;
@@ -82,7 +95,6 @@ public:
         return kept;
     }
 
-private:
     std::vector<double> samples_;
     __int64 history_;
     __int64 end_;  // where the next sample goes
@@ -130,10 +142,7 @@ public:
           line_(taps - 1),
           coef_(Zeros(taps)),
           turned_(Zeros(taps + kFirOverrun)),
-          offsets_(static_cast<std::size_t>(taps)),
-          sums_(Zeros(taps + kFirOverrun)) {
-        std::iota(offsets_.begin(), offsets_.end(), 0);
-    }
+          sums_(Zeros(taps + kFirOverrun)) {}
 
     void Reset(std::span<const double> coef) override {
         std::ranges::copy(coef, coef_.begin());
@@ -144,17 +153,17 @@ public:
     }
 
     bool Feed(const double* x, __int64 count, SampleQueue* results) override {
-        return line_.Feed(x, count, 1.0, [&](const double* first, __int64 run) {
+        return line_.Feed(x, count, [&](const double* samples, __int64 run) {
             // To start the sums costs as much as to use them for as many samples as there are taps, so that
             // many must have come singly.
             constexpr __int64 kFew = 8;
             singles_ = run < kFew ? std::min(singles_ + run, taps_) : 0;
-            if (singles_ == taps_) return FeedSingly(first, run, results);
+            if (singles_ == taps_) return FeedSingly(samples, run, results);
             areSumsKept_ = false;
-            Block out;
-            ActiveKernels<FirKernels>().weightedSums(coef_.data(), offsets_.data(), taps_,
-                                                     first - (taps_ - 1), out.data(), run);
-            return PutBlock(out, run, results);
+            std::array<double, kBlock> block;
+            return PutMade(results, run, 1, block, [&](double* to, __int64 first, __int64 part) {
+                Kernels().convolve(coef_.data(), taps_, samples + first - (taps_ - 1), to, part);
+            });
         });
     }
 
@@ -172,10 +181,8 @@ private:
 
     /// Adds the terms of a sample and returns the sum that it completes.
     double Step(double x) {
-        double* const sums = sums_.data();
-        const double completed = sums[0] + turned_[0] * x;
-        ActiveKernels<FirKernels>().addScaledShifted(turned_.data() + 1, x, sums, taps_ - 1);
-        sums[taps_ - 1] = kNothing;
+        const double completed = Kernels().addTerms(turned_.data(), x, sums_.data(), taps_);
+        sums_[static_cast<std::size_t>(taps_ - 1)] = kNothing;
         return completed;
     }
 
@@ -186,20 +193,20 @@ private:
     Line line_;
     std::vector<double> coef_;
     std::vector<double> turned_;
-    std::vector<std::int64_t> offsets_;
     std::vector<double> sums_;  // of the next results
     bool areSumsKept_ = false;
     __int64 singles_ = 0;  // samples in a row that came in small blocks, at most as many as taps
 };
 
-/// Result k needs x[k ratio + i] for tap i. The samples of a run are first dealt out to rows, so that the
-/// results find the samples of one tap side by side.
+/// Result k needs x[k ratio + i] for tap i. The samples of some results are first dealt out to rows, so that
+/// the results find the samples of one tap side by side.
 class DecimatingRun : public Cloneable<DecimatingRun> {
 public:
     DecimatingRun(__int64 taps, __int64 ratio)
         : taps_(taps),
           ratio_(ratio),
-          rowLength_(kBlock / ratio + (taps - 1) / ratio + 1),
+          atOnce_(std::max<__int64>(kRowsSamples / ratio, 1)),
+          rowLength_(atOnce_ + (taps - 1) / ratio),
           line_(taps - 1),
           decimation_(ratio),
           coef_(Zeros(taps)),
@@ -217,29 +224,31 @@ public:
     }
 
     bool Feed(const double* x, __int64 count, SampleQueue* results) override {
-        return line_.Feed(x, count, 1.0, [&](const double* first, __int64 run) {
+        return line_.Feed(x, count, [&](const double* samples, __int64 run) {
             __int64 completing = 0;
             const __int64 due = decimation_.Count(run, &completing);
             if (due == 0) return true;
-            const double* const oldest = first + completing - (taps_ - 1);
-            WithStep(ratio_, [&](auto step) {
-                for (__int64 row = 0; row < std::min<__int64>(step, taps_); ++row) {
-                    const __int64 length = due + (taps_ - 1 - row) / step;
-                    const double* const from = oldest + row;
-                    double* const to = rows_.data() + row * rowLength_;
-                    for (__int64 k = 0; k < length; ++k) to[k] = from[k * step];
-                }
+            const double* const oldest = samples + completing - (taps_ - 1);
+            std::array<double, kBlock> block;
+            return PutMade(results, due, 1, block, [&](double* to, __int64 first, __int64 part) {
+                for (__int64 end = first + part; first < end; first += atOnce_, to += atOnce_)
+                    Make(oldest + first * ratio_, to, std::min(atOnce_, end - first));
             });
-            Block out;
-            ActiveKernels<FirKernels>().weightedSums(coef_.data(), offsets_.data(), taps_, rows_.data(),
-                                                     out.data(), due);
-            return PutBlock(out, due, results);
         });
     }
 
 private:
+    static constexpr __int64 kRowsSamples = 640;  // vectors of any set are filled, whatever the usual ratio
+
+    void Make(const double* oldest, double* to, __int64 count) {
+        Kernels().deal(oldest, (count - 1) * ratio_ + taps_, ratio_, rows_.data(), std::min(ratio_, taps_),
+                       rowLength_);
+        Kernels().weightedSums(coef_.data(), offsets_.data(), taps_, rows_.data(), to, count);
+    }
+
     __int64 taps_;
     __int64 ratio_;
+    __int64 atOnce_;  // results
     __int64 rowLength_;
     Line line_;
     Decimation decimation_;
@@ -248,85 +257,52 @@ private:
     std::vector<double> rows_;
 };
 
-/// Result r of an input sample, its phase, meets every ratio-th tap. The samples are multiplied by the ratio,
-/// which makes up for the zeros between them.
+/// Result r of an input sample, its phase, meets every ratio-th tap. The coefficients are multiplied by the
+/// ratio, which makes up for the zeros between the samples.
 class InterpolatingRun : public Cloneable<InterpolatingRun> {
 public:
     InterpolatingRun(__int64 taps, __int64 ratio)
-        : taps_(taps),
-          ratio_(ratio),
-          line_((taps - 1) / ratio + 1),
-          coef_(Zeros(taps)),
-          offsets_(static_cast<std::size_t>((taps - 1) / ratio + 1)) {
-        std::iota(offsets_.begin(), offsets_.end(), 0);
+        : taps_(taps), ratio_(ratio), line_((taps - 1) / ratio), coef_(Zeros(taps)) {
+        if (ratio > kBlock) phases_ = Zeros(std::min(taps, ratio));
     }
 
     void Reset(std::span<const double> coef) override {
-        auto to = coef_.begin();
-        for (__int64 phase = 0; phase < std::min(ratio_, taps_); ++phase) {
-            for (__int64 tap = (taps_ - 1 - phase) % ratio_;;) {
-                *to++ = coef[static_cast<std::size_t>(tap)];
-                if (taps_ - tap <= ratio_) break;
-                tap += ratio_;
-            }
-        }
+        const auto gain = static_cast<double>(ratio_);
+        std::ranges::transform(coef, coef_.begin(), [gain](double tap) { return tap * gain; });
         line_.Reset();
     }
 
     bool Feed(const double* x, __int64 count, SampleQueue* results) override {
-        return line_.Feed(x, count, static_cast<double>(ratio_), [&](const double* first, __int64 run) {
+        return line_.Feed(x, count, [&](const double* first, __int64 run) {
             return ratio_ > kBlock ? PutSingly(first, run, results) : PutBlocks(first, run, results);
         });
     }
 
 private:
-    /// Calls use(phase) for each phase that has taps, with the results of `count` samples in `row`.
-    template <class Use>
-    void ForEachPhase(const double* first, __int64 count, double* row, Use use) const {
-        const double* coef = coef_.data();
-        for (__int64 phase = 0; phase < std::min(ratio_, taps_); ++phase) {
-            const __int64 back = (taps_ - 1 - phase) / ratio_;
-            ActiveKernels<FirKernels>().weightedSums(coef, offsets_.data(), back + 1, first - back, row,
-                                                     count);
-            coef += back + 1;
-            use(phase);
-        }
-    }
-
-    bool PutSingly(const double* first, __int64 count, SampleQueue* results) const {
+    bool PutSingly(const double* first, __int64 count, SampleQueue* results) {
         bool kept = true;
-        Block row;
         for (__int64 k = 0; k < count; ++k) {
-            ForEachPhase(first + k, 1, row.data(), [&](__int64) { kept &= results->Put(row[0]); });
+            Kernels().interpolate(coef_.data(), taps_, ratio_, first + k, phases_.data(), 1);
+            kept &= results->Put(phases_);
             // Behind the last tap the phases of an input sample are zeros.
             kept &= results->PutRepeated(0.0, std::max<__int64>(ratio_ - taps_, 0));
         }
         return kept;
     }
 
-    bool PutBlocks(const double* first, __int64 count, SampleQueue* results) const {
-        bool kept = true;
-        Block row;
-        Block out;
-        if (ratio_ > taps_) out.fill(0.0);
-        for (__int64 done = 0; done < count;) {
-            const __int64 run = std::min(count - done, kBlock / ratio_);
-            ForEachPhase(first + done, run, row.data(), [&](__int64 phase) {
-                WithStep(ratio_, [&, to = out.data() + phase](auto step) {
-                    for (__int64 k = 0; k < run; ++k) to[k * step] = row[static_cast<std::size_t>(k)];
-                });
-            });
-            kept &= PutBlock(out, run * ratio_, results);
-            done += run;
-        }
-        return kept;
+    bool PutBlocks(const double* samples, __int64 count, SampleQueue* results) const {
+        std::array<double, kBlock> block;
+        return PutMade(results, count * ratio_, ratio_, block, [&](double* to, __int64 first, __int64 part) {
+            if (ratio_ > taps_) std::fill_n(to, part, 0.0);
+            Kernels().interpolate(coef_.data(), taps_, ratio_, samples + first / ratio_, to, part / ratio_);
+        });
     }
 
     __int64 taps_;
     __int64 ratio_;
     Line line_;
-    std::vector<double> coef_;  // phase after phase
-    std::vector<std::int64_t> offsets_;
+    std::vector<double> coef_;
+    std::vector<double> phases_;  // of a sample
 };
 
 /// Delays by taps - 1 results: decimation picks samples, interpolation repeats each.
@@ -341,7 +317,7 @@ public:
     }
 
     bool Feed(const double* x, __int64 count, SampleQueue* results) override {
-        return line_.Feed(x, count, 1.0, [&](const double* first, __int64 run) {
+        return line_.Feed(x, count, [&](const double* first, __int64 run) {
             if (mode_.rate == CMatFir::RATE_DECIMATE) return Pick(first, run, results);
             if (mode_.rate == CMatFir::RATE_INTERPOLATE) return Repeat(first, run, results);
             return results->Put(std::span(first - delay_, static_cast<std::size_t>(run)));
