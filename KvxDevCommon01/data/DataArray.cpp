@@ -28,15 +28,10 @@
 namespace kvx {
 namespace {
 
-constexpr __int64 kBlock = 1024;
-
-constexpr __int64 WholeBlocks(__int64 count) {
-    return count < 1 ? kBlock : ((count - 1) / kBlock + 1) * kBlock;
+/// `count` rounded up to whole steps, of which a block has at least one.
+constexpr __int64 WholeSteps(__int64 count, __int64 step) {
+    return count < 1 ? step : ((count - 1) / step + 1) * step;
 }
-
-/// The largest count whose whole blocks have a size in bytes.
-template <typename Element>
-constexpr __int64 kMaxArrayCount = kMaxCount<Element> / kBlock* kBlock;
 
 template <class From, class To, class Convert>
 int ConvertInto(const From& from, To& to, Convert convert) {
@@ -62,7 +57,7 @@ ArrayStorage<Element>::ArrayStorage(ArrayStorage&& other) noexcept {
 
 template <typename Element>
 ArrayStorage<Element>::~ArrayStorage() {
-    std::free(data_);
+    FreeBlock(data_, capacity_);
 }
 
 template <typename Element>
@@ -86,7 +81,7 @@ ArrayStorage<Element>& ArrayStorage<Element>::operator=(ArrayStorage&& other) no
 
 template <typename Element>
 void ArrayStorage<Element>::Release() {
-    std::free(data_);
+    FreeBlock(data_, capacity_);
     data_ = nullptr;
     count_ = 0;
     capacity_ = 0;
@@ -97,13 +92,23 @@ bool ArrayStorage<Element>::Assign(__int64 num, const Element* data) {
     ArrayStorage keptAlive;
     if (LiesInside<Element>(data, data_, capacity_)) Swap(keptAlive);
     Release();
-    if (!Resize(num)) return false;
-    if (data) std::copy_n(data, num, data_);
+    if (data) {
+        if (!Resize(num)) return false;
+        std::copy_n(data, num, data_);
+        return true;
+    }
+    if (num < 0 || num > kMaxCount<Element> - kStep) return false;
+    data_ = AllocateBlock<Element>(WholeSteps(num, kStep), Contents::zero);
+    if (!data_) return false;
+    capacity_ = WholeSteps(num, kStep);
+    count_ = num;
     return true;
 }
 
 template <typename Element>
 bool ArrayStorage<Element>::Assign(__int64 num, Element value) {
+    const Element zero{};  // whose bytes are all 0, which those of -0.0 are not
+    if (std::memcmp(&value, &zero, sizeof(Element)) == 0) return Assign(num, nullptr);
     Release();
     if (!Resize(num)) return false;
     Fill(value);
@@ -119,7 +124,7 @@ bool ArrayStorage<Element>::Fill(Element value) {
 template <typename Element>
 bool ArrayStorage<Element>::AppendRun(__int64 num, const Element* data) {
     if (num < 0 || (num > 0 && !data)) return false;
-    if (num > kMaxArrayCount<Element> - count_) {
+    if (num > kMaxCount<Element> - kStep - count_) {
         Release();
         return false;
     }
@@ -154,24 +159,42 @@ bool ArrayStorage<Element>::CopyRing(const ArrayStorage& src, __int64 srcStart, 
 
 template <typename Element>
 bool ArrayStorage<Element>::Resize(__int64 count) {
-    if (count < 0 || count > kMaxArrayCount<Element>) {
+    if (count < 0 || count > kMaxCount<Element> - kStep) {
         Release();
         return false;
     }
-    const __int64 wanted = WholeBlocks(count);
-    if (wanted != capacity_) {
-        auto* block = data_ ? static_cast<Element*>(std::realloc(data_, ByteSize<Element>(wanted)))
-                            : AllocateZeroed<Element>(wanted);
-        if (!block) {
-            Release();
-            return false;
-        }
-        if (data_ && wanted > capacity_)
-            std::memset(block + capacity_, 0, ByteSize<Element>(wanted - capacity_));
-        data_ = block;
-        capacity_ = wanted;
+    const __int64 used = Used();
+    const __int64 wanted = WholeSteps(count, kStep);
+    if ((wanted > capacity_ || wanted < used) && !Reserve(wanted, wanted > used && data_)) {
+        Release();
+        return false;
     }
+    const __int64 open = std::max(used, count);
+    const bool isZero = IsMemoryZeroUntilWritten(ByteSize<Element>(capacity_));
+    if (open < wanted && !isZero) std::memset(data_ + open, 0, ByteSize<Element>(wanted - open));
     count_ = count;
+    return true;
+}
+
+template <typename Element>
+__int64 ArrayStorage<Element>::Used() const {
+    return data_ ? WholeSteps(count_, kStep) : 0;
+}
+
+template <typename Element>
+bool ArrayStorage<Element>::Reserve(__int64 capacity, bool mayGrow) {
+    const std::size_t kept = ByteSize<Element>(std::min(Used(), capacity));
+    std::size_t bytes = ByteSize<Element>(capacity);
+    void* block = nullptr;
+    if (mayGrow) {
+        const std::size_t roomy = RoomyMemorySize(bytes);
+        block = ResizeMemory(data_, ByteSize<Element>(capacity_), kept, roomy);
+        if (block) bytes = roomy;
+    }
+    if (!block) block = ResizeMemory(data_, ByteSize<Element>(capacity_), kept, bytes);
+    if (!block) return false;
+    data_ = static_cast<Element*>(block);
+    capacity_ = static_cast<__int64>(bytes / sizeof(Element));
     return true;
 }
 

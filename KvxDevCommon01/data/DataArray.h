@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // The one-dimensional arrays: CDataArrayDouble, CDataArrayFloat, CDataArrayLong, CDataArrayLongLong,
-// CDataArrayIntPtr and CDataArrayBool. Each owns a block of elements whose capacity is always the count
-// rounded up to whole blocks of 1024, zero-filled when it is allocated. Operations return 1 for success and 0
-// for failure and never throw, archive serialisation excepted; an allocation that fails leaves the array
-// empty. Not thread-safe: an array belongs to one thread at a time.
+// CDataArrayIntPtr and CDataArrayBool. Each owns a block of elements that reaches to the count rounded up to
+// whole steps of 1024, those behind the count zero when the block is made or grows. Operations return 1 for
+// success and 0 for failure and never throw, archive serialisation excepted; an allocation that fails leaves
+// the array empty. Not thread-safe: an array belongs to one thread at a time.
 //
 // kvx::Array holds every operation that several of them have, and says which of them have it; each public
 // class adds what only it can do.
@@ -65,17 +65,28 @@ protected:
     bool Fill(Element value);
     bool AppendRun(__int64 num, const Element* data);
     bool CopyRing(const ArrayStorage& src, __int64 srcStart, __int64 dstStart, __int64 num);
-    /// Makes `count` the count and room for it: elements that stay keep their values, a new or longer block
-    /// is zero-filled behind them. On failure the array is empty.
+    /// Makes `count` the count and room for it: the elements up to the old whole step keep their values, then
+    /// those up to `count` are open, and the rest of the step is zero. On failure the array is empty.
     KVX_NO_API bool Resize(__int64 count);
 
-    // count_ <= capacity_, capacity_ a multiple of 1024; without a block both are 0.
+    /// Elements are used in steps of so many.
+    static constexpr __int64 kStep = 1024;
+
+    // count_ <= capacity_, capacity_ a multiple of kStep and at least one of it; without a block both are 0.
+    // Elements behind the whole step in which the count lies have not been used yet.
     __int64 count_ = 0;
     __int64 capacity_ = 0;
     Element* data_ = nullptr;
     Element spare_{};
 
 private:
+    friend struct ForLoading;
+
+    /// The elements from the first to the end of the step that have been used.
+    KVX_NO_API __int64 Used() const;
+    /// Gives the block room for `capacity` elements, of which the used ones stay, and more when it `mayGrow`
+    /// further; false without a change when there is no memory.
+    KVX_NO_API bool Reserve(__int64 capacity, bool mayGrow);
     /// Exchanges the blocks; each array keeps its spare element.
     KVX_NO_API void Swap(ArrayStorage& other) noexcept;
 };
@@ -124,7 +135,7 @@ public:
     void Zero() requires NumberArray<Self> { this->Fill(Element{}); }
 
     int Append(Element value) requires NumberArray<Self> {
-        if (count_ == this->capacity_) {
+        if (count_ % ArrayStorage<Element>::kStep == 0) {  // a new step begins
             const Element run[] = {value};  // a copy, so that `value` itself stays in a register
             return this->AppendRun(1, run);
         }

@@ -2,7 +2,6 @@
 #include <KvxDevCommon01/data/DataCplx.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <utility>
@@ -42,7 +41,7 @@ CplxArray<Self, Real>& CplxArray<Self, Real>::operator=(const CplxArray& other) 
     if (this == &other) return *this;
     if (!HasShapeOf(other)) {
         Free();
-        Create(other.isComplex_, other.count_);
+        Allocate(other.isComplex_, other.count_, Contents::open);
     }
     if (real_) std::copy_n(other.real_, count_, real_);
     if (imaginary_) std::copy_n(other.imaginary_, count_, imaginary_);
@@ -59,24 +58,29 @@ CplxArray<Self, Real>& CplxArray<Self, Real>::operator=(CplxArray&& other) noexc
 
 template <class Self, typename Real>
 int CplxArray<Self, Real>::Create(int isComplex, __int64 num) {
-    if (num < 1) return 0;
+    return Allocate(isComplex, num, Contents::zero);
+}
+
+template <class Self, typename Real>
+bool CplxArray<Self, Real>::Allocate(int isComplex, __int64 num, Contents contents) {
+    if (num < 1) return false;
     Free();
-    real_ = AllocateZeroed<Real>(num);
-    if (isComplex) imaginary_ = AllocateZeroed<Real>(num);
+    count_ = num;
+    real_ = AllocateBlock<Real>(num, contents);
+    if (isComplex) imaginary_ = AllocateBlock<Real>(num, contents);
     if (!real_ || (isComplex && !imaginary_)) {
         Free();
-        return 0;
+        return false;
     }
     isComplex_ = isComplex ? 1 : 0;
-    count_ = num;
     byteSize_ = num * __int64{sizeof(Real)};
-    return 1;
+    return true;
 }
 
 template <class Self, typename Real>
 void CplxArray<Self, Real>::Free() {
-    std::free(real_);
-    std::free(imaginary_);
+    FreeBlock(real_, count_);
+    FreeBlock(imaginary_, count_);
     real_ = nullptr;
     imaginary_ = nullptr;
     isComplex_ = 0;
@@ -112,7 +116,9 @@ template <class Self, typename Real>
 void CplxArray<Self, Real>::AssignReal(__int64 num, const Real* values) {
     const int isComplex = isComplex_;
     Free();
-    if (Create(isComplex, num)) std::copy_n(values, num, real_);
+    if (!Allocate(isComplex, num, Contents::open)) return;
+    std::copy_n(values, num, real_);
+    if (isComplex) std::fill_n(imaginary_, num, Real(0));
 }
 
 template <class Self, typename Real>

@@ -171,6 +171,8 @@ inline Self CplxValue<Self, Real>::Sqrt(const Self& z) {
     return Self(std::abs(z.im_) * kHalfRoot / s, z.im_ >= 0 ? im : -im);
 }
 
+enum class Contents : int;
+
 /// A run of complex numbers in split form; `Self` is the public class.
 template <class Self, typename Real>
 class KVX_API CplxArray {
@@ -226,6 +228,10 @@ protected:
     Real* imaginary_ = nullptr;  // not null exactly when isComplex_ is not 0
 
 private:
+    friend struct ForLoading;
+
+    /// As Create, with values that are 0 or left to the caller.
+    KVX_NO_API bool Allocate(int isComplex, __int64 num, Contents contents);
     KVX_NO_API bool HasShapeOf(const CplxArray& other) const {
         return isComplex_ == other.isComplex_ && count_ == other.count_;
     }

@@ -203,6 +203,14 @@ bool MatrixStorage<Cell>::AllocateEmpty(Kind kind, __int64 rows, __int64 cols, _
 }
 
 template <class Cell>
+bool MatrixStorage<Cell>::AllocateForLoading(Kind kind, __int64 rows, __int64 cols, __int64 num) {
+    if (!cells_ || shape_.rows != rows || shape_.cols != cols || CellKind() != kind)
+        return AllocateEmpty(kind, rows, cols, num);
+    num_ = num;
+    return true;
+}
+
+template <class Cell>
 bool MatrixStorage<Cell>::KeepIf(bool done) {
     if (!done) Release();
     return done;
@@ -339,9 +347,9 @@ void Matrix<Self, Cell>::SerializeLayout(CArchive& archive, Generation generatio
     LoadOrEmpty(*this, [&] {
         typename CellTraits<Cell>::Kind kind;
         const auto [rows, cols, num] = LoadMatrixHead(archive, generation, &kind);
-        if (rows < 1 || cols < 1 || !CanHold(kind, num)) return;
+        if (rows < 1 || cols < 1 || !CanHold(kind, num)) return this->Release();
         archive.RequireRemaining(rows * cols, CellBytes<Cell>(kind, num, generation));
-        if (!this->AllocateEmpty(kind, rows, cols, num)) return;
+        if (!this->AllocateForLoading(kind, rows, cols, num)) return;
         for (Cell& cell : *this) kvx::SerializeLayout(archive, cell, generation);
         this->KeepIf(this->AreCellsWhole());
     });
@@ -496,12 +504,18 @@ void SerializeLayout(CArchive& archive, CplxMatrix<Self, Value, Real>& matrix, G
     }
     LoadOrEmpty(matrix, [&] {
         const auto [rows, cols] = LoadHead<CplxMatrixHead>(archive, generation);
+        matrix.Free();
         if (rows < 1 || cols < 1) return;
         const std::size_t versionBytes = generation == Generation::current ? sizeof(kLayoutVersion) : 0;
         archive.RequireRemaining(rows * cols, versionBytes + 2 * sizeof(Real));
         matrix.Create(rows, cols);
         serializeValues();
     });
+}
+
+bool CreateForLoading(CDataArrayDoubleMtxCplx& matrix, int isComplex, __int64 rows, __int64 cols,
+                      __int64 num) {
+    return ForLoading::Create(matrix, CplxCells{isComplex ? 1 : 0}, rows, cols, num);
 }
 
 // The operations of Matrix are instantiated one by one, for their own matrices: Clang 14 would instantiate

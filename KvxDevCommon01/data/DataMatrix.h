@@ -109,6 +109,10 @@ protected:
     /// empty, when allocation fails.
     KVX_NO_API bool AllocateEmpty(Kind kind, __int64 rows, __int64 cols, __int64 num);
     KVX_NO_API bool AreCellsWhole() const;
+    /// Makes rows x cols cells that are about to be loaded with `num` samples: those that are there when
+    /// there are as many of that kind, else empty ones; false, leaving the matrix empty, when allocation
+    /// fails.
+    KVX_NO_API bool AllocateForLoading(Kind kind, __int64 rows, __int64 cols, __int64 num);
     KVX_NO_API bool HasShapeOf(const MatrixStorage& other) const {
         return shape_ == other.shape_ && num_ == other.num_ && CellKind() == other.CellKind();
     }
@@ -124,6 +128,8 @@ protected:
     std::unique_ptr<Cell[]> cells_;
 
 private:
+    friend struct ForLoading;
+
     KVX_NO_API void Swap(MatrixStorage& other) noexcept;
 };
 

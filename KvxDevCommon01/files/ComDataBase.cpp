@@ -21,8 +21,8 @@ struct kvx::RecordLoader {
     CArchive& Archive() { return archive; }
 
     void Begin(const RecordOutline& outline) {
-        record.data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
-        if (!record.data_->Create(outline.isComplex, outline.rows, outline.cols, outline.nsamp))
+        if (record.data_ == nullptr) record.data_ = std::make_unique<CDataArrayDoubleMtxCplx>();
+        if (!CreateForLoading(*record.data_, outline.isComplex, outline.rows, outline.cols, outline.nsamp))
             throw std::bad_alloc();
     }
 
@@ -39,14 +39,15 @@ struct kvx::RecordLoader {
         LoadSamples(archive, generation, Samples(*record.hdata_));
     }
 
-    CComDataBase Load() {
+    CComDataBase Load(CComDataBase former) {
+        record.data_ = std::move(former.data_);
         record.fields_ = LoadRecord(*this, generation).fields;
         return std::move(record);
     }
 };
 
-CComDataBase kvx::LoadWholeRecord(CArchive& archive, Generation generation) {
-    return RecordLoader{archive, generation}.Load();
+CComDataBase kvx::LoadWholeRecord(CArchive& archive, Generation generation, CComDataBase former) {
+    return RecordLoader{archive, generation}.Load(std::move(former));
 }
 
 CComDataBase::CComDataBase(DATA_MODE mode) {
@@ -289,8 +290,7 @@ void CComDataBase::Store(CArchive& archive) const {
 }
 
 void CComDataBase::LclLoad(CArchive& archive, kvx::Generation generation) try {
-    Free();
-    *this = kvx::LoadWholeRecord(archive, generation);
+    *this = kvx::LoadWholeRecord(archive, generation, std::move(*this));
 } catch (const kvx::Error&) {
     // The record stays empty.
 } catch (const std::bad_alloc&) {

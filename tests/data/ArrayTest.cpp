@@ -143,6 +143,33 @@ TYPED_TEST(GrowingFamily, GrowsInZeroFilledBlocksAndKeepsEveryElement) {
     EXPECT_EQ(Numbers(array.GetData() + 5000, array.GetData() + 5120), Numbers(120));
 }
 
+/// Whether the array holds 0, 1, ... and zeros behind them, up to whole steps of 1024.
+template <class Array>
+bool CountsUp(const Array& array) {
+    const auto* const values = array.GetData();
+    const __int64 count = array.GetNum();
+    for (__int64 i = 0; i < (count + 1023) / 1024 * 1024; ++i) {
+        if (values[i] != static_cast<decltype(array[0] + 0)>(i < count ? i : 0)) return false;
+    }
+    return true;
+}
+
+TYPED_TEST(GrowingFamily, KeepsEveryElementThroughEverySizeOfBlock) {
+    TypeParam array;
+    for (const __int64 count : {3, 5'000, 70'000, 1'100'000, 3'000'000}) {
+        int appended = 1;
+        for (__int64 i = array.GetNum(); i < count; ++i)
+            appended &= array.Append(static_cast<decltype(array[0] + 0)>(i));
+        EXPECT_TRUE(appended && CountsUp(array)) << count;
+    }
+    TypeParam copy(array), moved(std::move(copy));
+    EXPECT_TRUE(CountsUp(moved));
+    TypeParam half(1'500'001, array.GetData());
+    EXPECT_TRUE(CountsUp(half)) << "an exact block, which then grows by a run";
+    EXPECT_EQ(half.Append(1'000'003, array.GetData() + half.GetNum()), 1);
+    EXPECT_TRUE(CountsUp(half));
+}
+
 TYPED_TEST(GrowingFamily, AppendsItselfAndRunsOfItsOwnBlock) {
     TypeParam array = ArrayOf<TypeParam>(FromTo(1, 1000));
     EXPECT_EQ(array.Append(array), 1);
@@ -208,6 +235,11 @@ TYPED_TEST(Int64Family, NarrowsTo32BitsAtTheLimitsWidensBackAndRemovesAll) {
     EXPECT_EQ(array.RemoveAll(), 1);
     EXPECT_EQ(array.GetNum(), 0);
     EXPECT_NE(array.GetData(), nullptr) << "a block stays for what comes";
+    EXPECT_TRUE(Leaves(array.Append(3, array.GetData()), array, {-7, 2147483647, -2147483648.0}))
+        << "and what it held can be read";
+    array = TypeParam(1'000'000, 5);
+    EXPECT_EQ(array.RemoveAll(), 1);
+    EXPECT_TRUE(Leaves(array.Append(4), array, {4}));
 }
 
 TEST(LongArray, SearchesDownwardsAndReverses) {

@@ -139,6 +139,20 @@ TYPED_TEST(CplxArrayFamily, IsCreatedAsZerosWithOrWithoutImaginaryParts) {
     }
 }
 
+TYPED_TEST(CplxArrayFamily, LargeOnesAreZerosThatAreCopiedAndFreed) {
+    constexpr __int64 kMany = 1'500'000;
+    TypeParam array(1, kMany);
+    EXPECT_EQ(array.IsAllZero(), 1);
+    array.GetReal()[0] = 1;
+    array.GetImaginary()[kMany - 1] = 2;
+    for (const TypeParam& other : {TypeParam(array), std::move(array)}) {
+        EXPECT_EQ(Contents(other)[0], 1);
+        EXPECT_EQ(Contents(other).back(), 2);
+    }
+    EXPECT_EQ(array.Create(0, kMany), 1);
+    EXPECT_EQ(array.IsAllZero(), 1);
+}
+
 TYPED_TEST(CplxArrayFamily, CreatingNothingChangesNothingAndRefusedMemoryLeavesTheArrayEmpty) {
     for (const __int64 count : kAbsurdCounts) {
         auto array = Filled(TypeParam(1, 1), {1, 2});

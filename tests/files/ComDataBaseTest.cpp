@@ -283,6 +283,21 @@ TEST_P(RecordLayout, CutShortAnywhereItIsTheEndOfTheFileAndEmpty) {
     }
 }
 
+TEST_P(RecordLayout, IsLoadedIntoTheCellsOfARecordOfItsShape) {
+    EXPECT_EQ(layout_.Load(record_, layout_.bytes), CFileException::none);
+    const double* const samples = record_.GetReal(0, 0);
+    const auto loadAgain = [&] {
+        return CauseOfLoading(layout_.bytes, [&](CArchive& archive) { (record_.*layout_.load)(archive); });
+    };
+    record_.Init();
+    EXPECT_EQ(loadAgain(), CFileException::none);
+    EXPECT_EQ(record_.GetReal(0, 0), samples);
+    EXPECT_EQ(StoredBytes(record_), layout_.today);
+    record_.GetDataPtr()->GetArrayPtr(0, 0)->Create(record_.GetImaginary(0, 0) == nullptr, 3);
+    EXPECT_EQ(loadAgain(), CFileException::none);
+    EXPECT_EQ(StoredBytes(record_), layout_.today) << "cells that were changed are put right";
+}
+
 TEST_P(RecordLayout, WithoutMemoryItIsEmpty) {
     int failures = 0;
     for (; !record_.Check(); ++failures) {

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// Element blocks of the containers: zero-filled memory that is asked for without exceptions, and the
-// questions that keep absurd counts and pointers into one's own block harmless.
+// Element blocks of the containers: memory that is asked for without exceptions, and the questions that keep
+// absurd counts and pointers into one's own block harmless. A block is freed with the count of its elements.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
 #include <limits>
 
 #include <KvxDevCommon01/platform/Types.h>
+#include <KvxDevCommon01/platform/detail/Memory.h>
 
 namespace kvx {
 
@@ -25,11 +25,21 @@ std::size_t ByteSize(__int64 count) {
     return static_cast<std::size_t>(count) * sizeof(Element);
 }
 
-/// `count` zeros for std::free to release; null when count < 1 or allocation fails.
+/// What the elements of a new block are before somebody writes them.
+enum class Contents : int { zero, open };
+
+/// `count` elements; null when count < 1 or allocation fails.
 template <typename Element>
-Element* AllocateZeroed(__int64 count) {
+Element* AllocateBlock(__int64 count, Contents contents) {
     if (count < 1 || count > kMaxCount<Element>) return nullptr;
-    return static_cast<Element*>(std::calloc(static_cast<std::size_t>(count), sizeof(Element)));
+    const std::size_t bytes = ByteSize<Element>(count);
+    return static_cast<Element*>(contents == Contents::zero ? AllocateZeroedMemory(bytes)
+                                                            : AllocateMemory(bytes));
+}
+
+template <typename Element>
+void FreeBlock(Element* block, __int64 count) {
+    if (block) FreeMemory(block, ByteSize<Element>(count));
 }
 
 /// Whether `address` lies inside the `count` elements at `block`.

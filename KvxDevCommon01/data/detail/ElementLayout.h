@@ -3,15 +3,42 @@
 // The archive layouts of complex numbers, arrays and complex arrays, alone and as cells of a matrix.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/data/DataMatrix.h>
+#include <KvxDevCommon01/data/detail/Block.h>
 #include <KvxDevCommon01/data/detail/Layout.h>
 
 namespace kvx {
+
+/// Sizes containers whose elements are all loaded next: what they are before is open, and a container of that
+/// shape keeps its blocks. False, leaving the container empty, when it cannot be sized.
+struct ForLoading {
+    template <typename Element>
+    static bool Create(ArrayStorage<Element>& array, __int64 num) {
+        if (array.data_ && array.count_ == num) return true;
+        array.Release();
+        return array.Resize(num);
+    }
+    template <class Self, typename Real>
+    static bool Create(CplxArray<Self, Real>& array, int isComplex, __int64 num) {
+        if (array.count_ == num && array.isComplex_ == isComplex && num > 0) return true;
+        array.Free();
+        return array.Allocate(isComplex, num, Contents::open);
+    }
+    /// `num` samples in each of rows x cols cells, all counts above 0.
+    template <CplxCell Cell>
+    static bool Create(MatrixStorage<Cell>& matrix, CplxCells kind, __int64 rows, __int64 cols, __int64 num) {
+        if (!matrix.AllocateForLoading(kind, rows, cols, num)) return false;
+        return matrix.KeepIf(std::all_of(matrix.begin(), matrix.end(),
+                                         [&](Cell& cell) { return Create(cell, kind.complexFlag, num); }));
+    }
+};
 
 /// Version word (current generation only), re, im. A value whose loading fails is 0.
 template <class Self, typename Real>
@@ -41,7 +68,7 @@ void SerializeLayout(CArchive& archive, Array<Self, Element>& array, Generation 
     LoadOrEmpty(array, [&] {
         const auto head = LoadHead<ArrayHead>(archive, generation);
         archive.RequireRemaining(head.num, sizeof(Element));
-        if (array.SetData(head.num, static_cast<const Element*>(nullptr)))
+        if (ForLoading::Create(array, head.num))
             archive.ReadNumbers(array.GetData(), static_cast<std::size_t>(head.num));
     });
 }
@@ -62,7 +89,8 @@ void SerializeLayout(CArchive& archive, CplxArray<Self, Real>& array, Generation
     LoadOrEmpty(array, [&] {
         const auto head = LoadHead<CplxArrayHead>(archive, generation);
         archive.RequireRemaining(head.num, head.isComplex ? 2 * sizeof(Real) : sizeof(Real));
-        if (array.Create(head.isComplex != 0, head.num)) transferParts(&CArchive::ReadNumbers<Real>);
+        if (ForLoading::Create(array, head.isComplex != 0, head.num))
+            transferParts(&CArchive::ReadNumbers<Real>);
     });
 }
 

@@ -14,6 +14,8 @@
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/FileException.h>
 
+class CDataArrayDoubleMtxCplx;
+
 namespace kvx {
 
 /// The two generations of a layout: the first has no version word.
@@ -100,10 +102,9 @@ Head LoadHead(CArchive& archive, Generation generation) {
     return head;
 }
 
-/// Empties `object`, runs `load`, and empties it again when that throws.
+/// Runs `load`, and empties `object` when that throws.
 template <class Object, class Load>
 void LoadOrEmpty(Object& object, Load load) {
-    object.Free();
     try {
         load();
     } catch (...) {
@@ -111,5 +112,10 @@ void LoadOrEmpty(Object& object, Load load) {
         throw;
     }
 }
+
+/// As the Create of the matrix, for samples that are all loaded next: what they are before is open, and a
+/// matrix of that shape stays what it is.
+bool CreateForLoading(CDataArrayDoubleMtxCplx& matrix, int isComplex, __int64 rows, __int64 cols,
+                      __int64 num);
 
 }  // namespace kvx

@@ -83,7 +83,8 @@ RecordOutline LoadRecord(Taker& taker, Generation generation) {
     return record;
 }
 
-/// The record as a whole; std::bad_alloc when there is not enough memory.
-CComDataBase LoadWholeRecord(CArchive& archive, Generation generation);
+/// The record as a whole, in the memory of a `former` one where that fits; std::bad_alloc when there is not
+/// enough memory.
+CComDataBase LoadWholeRecord(CArchive& archive, Generation generation, CComDataBase former = CComDataBase());
 
 }  // namespace kvx
