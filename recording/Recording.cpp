@@ -37,16 +37,21 @@ double RateOfStamps(const TimeStamps& stamps, const std::string& rateName) {
 
 StrayFinder::StrayFinder(TimeStamps* stamps) : stamps_(stamps) {
     stamps_->stray.reset();
-    if (stamps_->count >= 2) tolerance_ = std::max(stamps_->resolution, kJitter * stamps_->Step());
+    if (stamps_->count < 2) return;
+    step_ = stamps_->Step();
+    tolerance_ = std::max(stamps_->resolution, kJitter * step_);
 }
 
-void StrayFinder::Add(double stamp) {
-    if (index_ > 0 && !stamps_->stray &&
-        (!(std::abs(stamp - stamps_->Expected(index_)) <= tolerance_) || stamp < previous_)) {
-        stamps_->stray = {index_, stamp};
+void StrayFinder::Add(std::span<const double> stamps) {
+    for (const double stamp : stamps) {
+        const double expected = stamps_->first + static_cast<double>(index_) * step_;
+        if (index_ > 0 && !stamps_->stray &&
+            (!(std::abs(stamp - expected) <= tolerance_) || stamp < previous_)) {
+            stamps_->stray = {index_, stamp};
+        }
+        previous_ = stamp;
+        ++index_;
     }
-    previous_ = stamp;
-    ++index_;
 }
 
 TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz,

@@ -42,10 +42,11 @@ struct TimeStamps {
 class KVX_RECORDING_API StrayFinder {
 public:
     explicit StrayFinder(TimeStamps* stamps);
-    void Add(double stamp);
+    void Add(std::span<const double> stamps);
 
 private:
     TimeStamps* stamps_;
+    double step_ = 0.0;
     double tolerance_ = 0.0;
     double previous_ = 0.0;
     __int64 index_ = 0;

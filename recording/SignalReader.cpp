@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
@@ -66,20 +67,20 @@ public:
         std::vector<double*> all(recording_->Info().channels.size(), nullptr);
         for (std::size_t c = 0; c < channels.size(); ++c) all[channels[c].number - 1] = targets[c];
         const std::size_t count = recording_->Read(all, room);
-        for (std::size_t c = 0; c < channels.size(); ++c) {
-            for (std::size_t i = 0; i < count; ++i) targets[c][i] *= scale_;
+        ForEachInParallel(channels.size(), [&](std::size_t c) {
+            const std::span samples(targets[c], count);
+            if (scale_ != 1.0) std::ranges::for_each(samples, [&](double& sample) { sample *= scale_; });
             const CUnitCtrl& unit = channels[c].unit;
             unit.ConvItoD(targets[c], targets[c], static_cast<__int64>(count), 1.0, unit.IsSingle());
-            RequireStorable(channels[c], {targets[c], count});
-        }
+            RequireStorable(channels[c], samples);
+        });
         return count;
     }
 
 private:
     void RequireStorable(const SignalRun::Channel& channel, std::span<const double> samples) const {
-        const auto bad = std::ranges::find_if(
-            samples, [](double v) { return v == kNoValue<double> || !std::isfinite(v); });
-        if (bad == samples.end()) return;
+        if (AreValues(samples)) return;
+        const auto bad = std::ranges::find_if_not(samples, [](double v) { return AreValues({&v, 1}); });
         throw recording_->ErrorAt(
             channel.number - 1, static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
             std::isfinite(*bad) ? "the value is reserved as the marker of missing samples"

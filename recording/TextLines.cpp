@@ -117,7 +117,8 @@ class LineReader::Decoder {
 public:
     Decoder(std::unique_ptr<ByteStream> stream, unsigned int codePage, const std::string& encodingName)
         : stream_(std::move(stream)), size_(stream_->Remaining()), codePage_(codePage) {
-        const std::string begin = ReadBytes();
+        std::string begin;
+        AppendBytes(&begin);
         if (begin.empty()) throw Error(ErrorKind::kDamaged, "the file is empty");
         RequireText(begin, "a text");
         const ByteOrderMark mark = FindMark(begin);
@@ -136,16 +137,22 @@ public:
 
     /// Appends the next piece; whether there was one.
     bool Append(std::string* text) {
-        if (bytes_.empty()) bytes_ = ReadBytes();
-        const std::string bytes = std::exchange(bytes_, {});
         const std::size_t begin = text->size();
+        std::string bytes = std::exchange(bytes_, {});
+        bool isMore = !bytes.empty();
         if (IsUtf16(codePage_)) {
+            if (!isMore) isMore = AppendBytes(&bytes);
             AppendUtf16(bytes, text);
-        } else {
+        } else if (isMore) {
             *text += bytes;
+        } else {
+            isMore = AppendBytes(text);
         }
-        if (text->find('\0', begin) != std::string::npos) throw Error(ErrorKind::kUnsupported, kNoText);
-        return !bytes.empty();
+        if (text->find('\0', begin) != std::string::npos) {
+            text->resize(begin);
+            throw Error(ErrorKind::kUnsupported, kNoText);
+        }
+        return isMore;
     }
 
     /// Bytes read so far, and bytes in all.
@@ -153,14 +160,17 @@ public:
     std::uint64_t Size() const { return size_; }
 
 private:
-    std::string ReadBytes() {
+    /// Appends the next bytes as they are; whether there were any.
+    bool AppendBytes(std::string* text) {
         constexpr std::uint64_t kPiece = 1 << 18;
         constexpr std::uint64_t kLeast = 1 << 10;  // also where a file has grown since it was opened
-        const std::uint64_t piece = std::clamp(stream_->Remaining(), kLeast, kPiece);
-        std::string bytes(static_cast<std::size_t>(piece), '\0');
-        bytes.resize(stream_->Read(bytes.data(), bytes.size()));
-        position_ += bytes.size();
-        return bytes;
+        const auto piece = static_cast<std::size_t>(std::clamp(stream_->Remaining(), kLeast, kPiece));
+        const std::size_t begin = text->size();
+        text->resize(begin + piece);
+        const std::size_t count = stream_->Read(text->data() + begin, piece);
+        text->resize(begin + count);
+        position_ += count;
+        return count > 0;
     }
 
     void AppendUtf16(std::string_view bytes, std::string* text) {
@@ -240,11 +250,7 @@ std::optional<std::string_view> LineReader::Next() {
         text_.erase(0, begin_);
         begin_ = 0;
         searched = text_.size();
-        if (searched > kLongestLine) {
-            throw Error(ErrorKind::kUnsupported,
-                        "line " + std::to_string(number_ + 1) + " is longer than a table's can be");
-        }
-        if (!decoder_->Append(&text_)) break;
+        if (!Append()) break;
         end = text_.find(end_, searched);
     }
     if (begin_ == text_.size()) {
@@ -257,6 +263,39 @@ std::optional<std::string_view> LineReader::Next() {
     std::string_view line = std::string_view(text_).substr(begin_, end - begin_);
     if (line.ends_with('\r')) line.remove_suffix(1);
     return line;
+}
+
+/// Appends the next piece to the lines that began; whether there was one.
+bool LineReader::Append() {
+    if (failure_ != nullptr) std::rethrow_exception(failure_);
+    if (text_.size() > kLongestLine) {
+        throw Error(ErrorKind::kUnsupported,
+                    "line " + std::to_string(number_ + 1) + " is longer than a table's can be");
+    }
+    return decoder_->Append(&text_);
+}
+
+std::string_view LineReader::NextLines(std::size_t size) {
+    size = std::min(size, kLongestLine);
+    text_.erase(0, next_);
+    begin_ = next_ = 0;
+    std::size_t end = text_.rfind(end_);
+    while (text_.size() < size || end == std::string::npos) {
+        const std::size_t searched = text_.size();
+        try {
+            if (!Append()) break;
+        } catch (...) {
+            // The lines in front of what is wrong come first.
+            if (end == std::string::npos) throw;
+            failure_ = std::current_exception();
+            break;
+        }
+        const std::size_t found = std::string_view(text_).substr(searched).rfind(end_);
+        if (found != std::string::npos) end = searched + found;
+    }
+    next_ = std::min(end, text_.size());
+    if (next_ < text_.size()) ++next_;
+    return std::string_view(text_).substr(0, next_);
 }
 
 void LineReader::StepBack() {

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -51,6 +52,12 @@ public:
     std::optional<std::string_view> Next();
     /// Makes the line last delivered the next one.
     void StepBack();
+    /// The next lines with their ends: as many as `size` bytes have, at least one; they last as long as a
+    /// line. Empty at the end. Count says how many they were, before anything else is asked for.
+    std::string_view NextLines(std::size_t size);
+    void Count(std::size_t lines) { number_ += lines; }
+    /// What a line ends with, maybe behind a CR.
+    char End() const { return end_; }
     /// Number of the line last delivered, from 1.
     std::size_t Number() const { return number_; }
     /// Bytes read so far, and bytes in all.
@@ -60,12 +67,15 @@ public:
 private:
     class Decoder;
 
+    bool Append();
+
     std::unique_ptr<Decoder> decoder_;
     std::string text_;  ///< what was decoded, from the line last delivered on
     char end_ = '\n';
     std::size_t begin_ = 0;
     std::size_t next_ = 0;
     std::size_t number_ = 0;
+    std::exception_ptr failure_;  ///< of what follows the text
 };
 
 }  // namespace kvx

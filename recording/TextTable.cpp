@@ -15,82 +15,12 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
-#include <KvxRecording01/detail/TextFields.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextLayout.h>
-#include <KvxRecording01/detail/TextNumbers.h>
+#include <KvxRecording01/detail/TextRows.h>
 
 namespace kvx {
 namespace {
-
-constexpr std::size_t kLinesPerUpdate = 4096;
-
-/// Walks over the rows of a table from its start.
-class RowReader {
-public:
-    RowReader(const OpenText& open, const TextOptions& options)
-        : lines_(open(), options.codePage, options.encodingName),
-          layout_(ReadTextLayout(lines_, options)),
-          values_(layout_.columns) {}
-
-    const TextLayout& Table() const { return layout_; }
-
-    /// Reads the first `columns` values of the next row; false at the end.
-    bool Next(std::size_t columns, const ProgressFunction* progress = nullptr) {
-        std::optional<std::string_view> line;
-        do {
-            line = lines_.Next();
-            if (!line) return false;
-            if (progress != nullptr && *progress && lines_.Number() % kLinesPerUpdate == 0) {
-                (*progress)(lines_.Position(), lines_.Size());
-            }
-        } while (IsBlankOrComment(*line));
-        Split(*line, layout_.separator, &fields_);
-        RequireFields();
-        for (std::size_t c = 0; c < columns; ++c) {
-            const std::string_view field = fields_[layout_.skipped + c];
-            const std::optional<double> value = numbers_.Read(field);
-            if (!value) throw FieldError(field, numbers_.Fault(), PlaceOf(c));
-            values_[c] = *value;
-        }
-        return true;
-    }
-
-    const std::vector<double>& Values() const { return values_; }
-    std::size_t LineNumber() const { return lines_.Number(); }
-    int DecimalsOfFirst() const { return Decimals(fields_[layout_.skipped]); }
-    /// Where a value of the row stands.
-    ErrorPlace PlaceOf(std::size_t column) const {
-        return FieldPlace(lines_.Number(), layout_.skipped + column);
-    }
-
-private:
-    [[noreturn]] void Fail(const std::string& what) const {
-        throw Error(ErrorKind::kDamaged, "line " + std::to_string(lines_.Number()) + what);
-    }
-
-    void RequireFields() {
-        if (layout_.extraIgnored && fields_.front() == "Channels") {
-            Fail(" begins a second segment; a recording is one run of samples, so split the file there");
-        }
-        if (!layout_.extraIgnored && fields_.size() > layout_.columns) DropEmptyEnd(&fields_);
-        const std::size_t expected = layout_.skipped + layout_.columns;
-        if (fields_.size() == expected || (layout_.extraIgnored && fields_.size() > expected)) return;
-        // A row that breaks off at a word is better told by the word.
-        if (fields_.size() == 1 && !numbers_.Read(fields_[0]))
-            throw FieldError(fields_[0], numbers_.Fault(), FieldPlace(lines_.Number(), 0));
-        const bool many = fields_.size() > kMaxColumns;
-        Fail(" has " + (many ? "more than " + std::to_string(kMaxColumns) : std::to_string(fields_.size())) +
-             (fields_.size() == 1 ? " column" : " columns") + " where " + std::to_string(expected) +
-             (expected == 1 ? " was" : " were") + " expected");
-    }
-
-    LineReader lines_;
-    TextLayout layout_;
-    NumberReader numbers_;
-    Fields fields_;
-    std::vector<double> values_;
-};
 
 /// What the statements and the headings say of the first column; no value when they say nothing.
 std::optional<bool> IsFirstColumnTime(const TextLayout& layout, const TextOptions& options) {
@@ -121,20 +51,31 @@ public:
     Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
                   const std::string& sentence) const override {
         if (index >= lineNumbers_.size()) return Error(kind, sentence);
-        const std::size_t column = rows_->Table().skipped + firstChannel_ + channel;
-        return Error(kind, sentence, FieldPlace(lineNumbers_[index], column));
+        return Error(kind, sentence, rows_->PlaceOf(lineNumbers_[index], firstChannel_ + channel));
     }
 
 private:
     std::size_t ReadRows(std::span<double* const> targets, std::size_t room) {
         if (!rows_) rows_ = std::make_unique<RowReader>(open_, options_);
+        const std::size_t columns = rows_->Table().columns;
         std::size_t count = 0;
         lineNumbers_.clear();
-        for (; count < room && rows_->Next(rows_->Table().columns); ++count) {
-            lineNumbers_.push_back(rows_->LineNumber());
+        while (count < room) {
+            if (parsed_.empty()) parsed_ = rows_->Next(columns);
+            if (parsed_.empty()) break;
+            const TextRows& rows = parsed_.front();
+            const std::size_t taken = std::min(room - count, rows.count - taken_);
+            for (std::size_t i = 0; i < taken; ++i) lineNumbers_.push_back(rows.LineNumber(taken_ + i));
             for (std::size_t c = 0; c < targets.size(); ++c) {
-                if (targets[c] != nullptr) targets[c][count] = rows_->Values()[c + firstChannel_];
+                if (targets[c] == nullptr) continue;
+                const double* const values = rows.values.data() + taken_ * columns + firstChannel_ + c;
+                for (std::size_t i = 0; i < taken; ++i) targets[c][count + i] = values[i * columns];
             }
+            count += taken;
+            taken_ += taken;
+            if (taken_ < rows.count) break;
+            parsed_ = parsed_.subspan(1);
+            taken_ = 0;
         }
         done_ += static_cast<__int64>(count);
         if (done_ > info_.samples || (count < room && done_ < info_.samples)) {
@@ -149,10 +90,14 @@ private:
         const TextLayout& layout = rows.Table();
         TimeStamps stamps;
         int decimals = 0;
-        for (; rows.Next(layout.columns, &progress); ++stamps.count) {
-            stamps.last = rows.Values().front();
-            if (stamps.count == 0) stamps.first = stamps.last;
-            decimals = std::max(decimals, rows.DecimalsOfFirst());
+        for (auto parsed = rows.Next(1, progress); !parsed.empty(); parsed = rows.Next(1, progress)) {
+            for (const TextRows& piece : parsed) {
+                if (piece.count == 0) continue;
+                if (stamps.count == 0) stamps.first = piece.values.front();
+                stamps.last = piece.values[piece.count - 1];
+                stamps.count += static_cast<__int64>(piece.count);
+                decimals = std::max(decimals, piece.decimals);
+            }
         }
         if (stamps.count == 0) throw Error(ErrorKind::kDamaged, "it holds no samples");
         stamps.resolution = std::pow(10.0, -decimals);
@@ -179,23 +124,35 @@ private:
 
     void FindStray(const std::optional<CUnitCtrl>& unit, TimeStamps* stamps,
                    const ProgressFunction& progress) {
-        const auto seconds = [&](double stamp) { return unit ? unit->ConvItoD(stamp, 1.0, 0) : stamp; };
-        for (double* value : {&stamps->first, &stamps->last, &stamps->resolution}) *value = seconds(*value);
+        const auto toSeconds = [&](std::span<double> values) {
+            if (unit) unit->ConvItoD(values.data(), values.data(), std::ssize(values), 1.0, 0);
+        };
+        for (double* value : {&stamps->first, &stamps->last, &stamps->resolution}) toSeconds({value, 1});
         StrayFinder finder(stamps);
-        for (RowReader rows(open_, options_); rows.Next(1, &progress);) {
-            const double stamp = seconds(rows.Values().front());
-            if (!std::isfinite(stamp)) {
-                throw Error(ErrorKind::kUnsupported, "the time overflows in conversion to seconds",
-                            rows.PlaceOf(0));
+        RowReader rows(open_, options_);
+        std::vector<double> seconds;
+        for (auto parsed = rows.NextFirst(progress); !parsed.empty(); parsed = rows.NextFirst(progress)) {
+            for (const TextRows& piece : parsed) {
+                seconds.assign(piece.values.begin(),
+                               piece.values.begin() + static_cast<std::ptrdiff_t>(piece.count));
+                toSeconds(seconds);
+                const auto bad = std::ranges::find_if(seconds, [](double s) { return !std::isfinite(s); });
+                if (bad != seconds.end()) {
+                    const auto row = static_cast<std::size_t>(bad - seconds.begin());
+                    throw Error(ErrorKind::kUnsupported, "the time overflows in conversion to seconds",
+                                rows.PlaceOf(piece.LineNumber(row), 0));
+                }
+                finder.Add(seconds);
             }
-            finder.Add(stamp);
         }
     }
 
     OpenText open_;
     TextOptions options_;
     std::unique_ptr<RowReader> rows_;
-    std::vector<std::size_t> lineNumbers_;  ///< of the rows last delivered
+    std::span<const TextRows> parsed_ = {};  ///< not delivered yet
+    std::size_t taken_ = 0;                  ///< rows of the first of them that are
+    std::vector<std::size_t> lineNumbers_;   ///< of the rows last delivered
     std::size_t firstChannel_ = 0;
     __int64 done_ = 0;
 };

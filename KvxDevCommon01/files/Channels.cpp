@@ -235,10 +235,18 @@ void RequireWaveform(const RecordOutline& record, std::size_t index) {
     RequireWaveform(RecordFacts(record), index);
 }
 
+bool AreValues(std::span<const double> samples) {
+    constexpr double kLowest = kNoValue<double>;  // what lies above it and is finite is a value
+    constexpr double kHighest = std::numeric_limits<double>::max();
+    // Without a way out of the loop, so that the compiler works on several samples at once.
+    std::uint64_t others = 0;
+    for (const double sample : samples) others += !(sample > kLowest && sample <= kHighest) ? 1 : 0;
+    return others == 0;
+}
+
 void RequireValues(std::span<const double> samples, std::wstring_view name, __int64 before) {
-    const auto bad =
-        std::ranges::find_if(samples, [](double v) { return v == kNoValue<double> || !std::isfinite(v); });
-    if (bad == samples.end()) return;
+    if (AreValues(samples)) return;
+    const auto bad = std::ranges::find_if_not(samples, [](double v) { return AreValues({&v, 1}); });
     throw Error(ErrorKind::kUnsupported, "sample " + std::to_string(before + (bad - samples.begin()) + 1) +
                                              " of channel " + Quote(name) + " holds no value");
 }

@@ -68,6 +68,9 @@ KVX_API bool IsWaveform(const RecordOutline& record);
 KVX_API void RequireWaveform(const CComDataBase& record, std::size_t index);
 KVX_API void RequireWaveform(const RecordOutline& record, std::size_t index);
 
+/// Whether all samples are finite and none is no-value.
+KVX_API bool AreValues(std::span<const double> samples);
+
 /// Throws Error when one of `samples`, which follow `before` others of channel `name`, is the no-value marker
 /// or no finite number.
 KVX_API void RequireValues(std::span<const double> samples, std::wstring_view name, __int64 before = 0);

@@ -29,9 +29,9 @@ std::optional<double> NumberReader::Read(std::string_view field) {
     }
     std::size_t mark = field.find('.');
     if (mark != std::string_view::npos) {
-        pointSeen_ = true;
+        marks_.point = true;
     } else if ((mark = field.find(',')) != std::string_view::npos && field.size() < copy.size()) {
-        commaSeen_ = true;
+        marks_.comma = true;
         if (field.data() != copy.data()) std::ranges::copy(field, copy.begin());
         copy[mark] = '.';
         field = std::string_view(copy.data(), field.size());
@@ -48,7 +48,7 @@ std::optional<double> NumberReader::Read(std::string_view field) {
         fault_ = error == std::errc() ? "is not a finite number" : "is too large";
         return std::nullopt;
     }
-    if (pointSeen_ && commaSeen_) {
+    if (marks_.AreBoth()) {
         fault_ = "has another decimal mark than the numbers before it";
         return std::nullopt;
     }

@@ -10,10 +10,26 @@
 
 namespace kvx {
 
+/// Which decimal marks numbers had.
+struct DecimalMarks {
+    bool point = false;
+    bool comma = false;
+
+    bool AreBoth() const { return point && comma; }
+    void Include(const DecimalMarks& other) {
+        point |= other.point;
+        comma |= other.comma;
+    }
+};
+
 /// Reads fields as doubles, correctly rounded. A text keeps to one decimal mark: both in one text would mean
 /// that one of them groups thousands.
 class NumberReader {
 public:
+    /// Takes what `before` says for the marks of the numbers before the first.
+    explicit NumberReader(const DecimalMarks& before = {}) : marks_(before) {}
+
+    const DecimalMarks& Marks() const { return marks_; }
     /// No value for a field that cannot be taken.
     std::optional<double> Read(std::string_view field);
 
@@ -23,8 +39,7 @@ public:
     bool WasNoNumber() const;
 
 private:
-    bool pointSeen_ = false;
-    bool commaSeen_ = false;
+    DecimalMarks marks_;
     const char* fault_ = "";
 };
 

@@ -18,8 +18,7 @@ std::string AxisOutcome(const std::vector<double>& times, double resolution, std
     RecordingInfo recording;
     if (!times.empty()) {
         recording.stamps = {std::ssize(times), times.front(), times.back(), resolution, {}};
-        StrayFinder finder(&*recording.stamps);
-        for (const double stamp : times) finder.Add(stamp);
+        StrayFinder(&*recording.stamps).Add(times);
     }
     try {
         const TimeAxis axis = SettleAxis(recording, rate, "--rate");

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <span>
@@ -194,6 +195,45 @@ TEST(TextTableReader, IsTheSameInEveryEncodingHoweverLong) {
     EXPECT_TRUE(outcome == Outcome(kvx::ToUtf8(text)));
     EXPECT_THAT(outcome, testing::StartsWith("time 0 39999; a -1 0.5 0.5 "));
     EXPECT_EQ(std::ranges::count(outcome, ' '), 40003);
+}
+
+TEST(TextTableReader, TakesTheNearestDoubleOfEveryWayToWriteANumber) {
+    const std::string digits = "90071992547409931234";
+    for (const char mark : {'.', ','}) {
+        std::string text;
+        std::vector<double> expected;
+        for (std::size_t count = 1; count <= digits.size(); ++count) {
+            for (std::size_t decimals = 0; decimals <= count + 1; ++decimals) {
+                for (const char* exponent : {"", "e3", "E+22", "e-05", "e-23", "e-310", "e270"}) {
+                    std::string number = count % 3 ? "-" : decimals % 2 ? "+" : "";
+                    number += digits.substr(digits.size() - count);
+                    if (decimals <= count) number.insert(number.size() - decimals, 1, '.');
+                    number += exponent;
+                    expected.push_back(std::strtod(number.c_str(), nullptr));
+                    std::ranges::replace(number, '.', mark);
+                    text += (count % 4 ? "" : " ") + number + (decimals % 2 ? " ;1\n" : ";1\r\n");
+                }
+            }
+        }
+        std::vector<double> samples(expected.size());
+        std::vector<double*> targets = {samples.data(), nullptr};
+        const auto reader =
+            OpenTextTable([&] { return std::make_unique<MemoryStream>(std::as_bytes(std::span(text))); },
+                          {.firstColumnIsTime = false});
+        EXPECT_EQ(reader->Read(targets, expected.size()), expected.size());
+        EXPECT_EQ(samples, expected) << mark;
+    }
+}
+
+TEST(TextTableReader, TellsTheFirstFaultOfALongText) {
+    std::string rows;
+    for (int i = 0; i < 60000; ++i) rows += std::to_string(i % 977) + ".25;-1.5e-3\n# pause\n";
+    const std::string end = "7;8\n";
+    EXPECT_EQ(Outcome(rows + "1;2,5\n" + rows + "x;1\n" + end),
+              "line 120001, column 2: '2,5' has another decimal mark than the numbers before it");
+    EXPECT_EQ(Outcome(rows + "1;\n" + rows + "1;2,5\n" + end), "line 120001, column 2: the value is missing");
+    EXPECT_EQ(Outcome(rows + "1;1e\n" + rows + std::string(1, '\0')),
+              "line 120001, column 2: '1e' is not a number");
 }
 
 TEST(TextTableReader, RefusesALineWithoutEnd) {
