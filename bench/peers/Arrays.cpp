@@ -76,7 +76,8 @@ void Add(const std::string& workload, const std::string& peer, size_t count, con
 /// Compares each element of a member of the operands with what `expected` makes of its inputs.
 auto Each(auto member, auto expected, double tolerance = 0) {
     return [=](const auto& operands) {
-        const std::span a(operands.a), b(operands.b), out(operands.*member);
+        const std::span a(operands.a), b(operands.b);
+        const std::span out(operands.*member);
         for (size_t i = 0; i < out.size(); ++i)
             if (!IsNear(static_cast<double>(out[i]), expected(a[i], b[i]), tolerance)) return false;
         return true;

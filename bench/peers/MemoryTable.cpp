@@ -20,6 +20,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <fstream>
 #include <memory>
 #include <vector>
 
@@ -38,13 +39,21 @@ void Row(const char* what, Make make) {
     std::printf("| %s | %zu | %zu |\n", what, sizeof object, Heap() - before);
 }
 
-/// Tables that a first transform of that size leaves behind.
-void TransformRow(__int64 size) {
-    std::vector<double> wave(static_cast<std::size_t>(size)), work = wave, re = wave, im = wave;
-    const std::size_t before = Heap();
-    CMatFFT::WaveRfft(wave.data(), work.data(), size, re.data(), im.data(), size / 2);
-    std::printf("| tables of transforms of %lld points, shared | | %zu |\n", static_cast<long long>(size),
-                Heap() - before);
+/// Bytes of the program that are in memory.
+std::size_t Resident() {
+    std::size_t all = 0, resident = 0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident * 4096;
+}
+
+/// The tables that the first transform of a size leaves behind, in whole pages, wherever they lie.
+void TransformRow(std::size_t size) {
+    std::vector<double> wave(size, 1.0), work = wave, re = wave, im = wave, spare = wave;
+    spare = {};
+    const std::size_t before = Resident();
+    const auto n = static_cast<__int64>(size);
+    CMatFFT::WaveRfft(wave.data(), work.data(), n, re.data(), im.data(), n / 2);
+    std::printf("| tables of transforms of %zu points, shared by all | | %zu |\n", size, Resident() - before);
 }
 
 }  // namespace
@@ -67,6 +76,7 @@ int main() {
         return CComDataWave(1e-3, 16, 1, 4096, 0, CUnitCtrl(CUnitCtrl::DIM_ACCELERATION), nullptr, nullptr);
     });
     Row("`CUnitCtrl`", [] { return CUnitCtrl(CUnitCtrl::DIM_ACCELERATION); });
+    const auto loaded = kvx::BlockSpectrum(std::vector(16, 1.0), std::vector(16, 1.0));
     TransformRow(256);
     TransformRow(4096);
     TransformRow(131072);

@@ -89,27 +89,27 @@ Buffer<double> Butterworth(size_t order) {
 
 /// The sum over the taps at sample i.
 double FirResult(const Task& task, std::span<const double> x, size_t i) {
-    long double sum = 0;
+    double sum = 0;
     const Buffer<double> taps = LowPass(task.order, kFirCutoff);
     for (size_t k = 0; k < taps.size() && k <= i; ++k) sum += taps[k] * x[i - k];
-    return static_cast<double>(sum);
+    return sum;
 }
 
 /// Filters by the difference equation as it is written.
 double ButterworthResult(const Task& task, std::span<const double> x, size_t i) {
-    std::vector<long double> y(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(i + 1));
+    std::vector<double> y(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(i + 1));
     const Buffer<double> sections = Butterworth(task.order);
     for (size_t s = 0; s < sections.size(); s += 5) {
-        long double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
-        for (long double& value : y) {
+        double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
+        for (double& value : y) {
             const double* c = &sections[s];
-            const long double result = c[0] * value + c[1] * x1 + c[2] * x2 - c[3] * y1 - c[4] * y2;
+            const double result = c[0] * value + c[1] * x1 + c[2] * x2 - c[3] * y1 - c[4] * y2;
             x2 = std::exchange(x1, value);
             y2 = std::exchange(y1, result);
             value = result;
         }
     }
-    return static_cast<double>(y.back());
+    return y.back();
 }
 
 /// `make()` gives what takes (x, n, y), writes results to y and returns how many. A filter is compared with

@@ -142,22 +142,22 @@ Transform MakeGsl(size_t size) {
         gsl_fft_real_transform(buffer->data(), 1, size, table, work);
         return buffer->data() + 1;
     };
-    const Loops& loops = baseline::kLoops;
     return {
         .forward =
-            [=, &loops](const double* x, double* lines) {
+            [=](const double* x, double* lines) {
                 const double factor = 2.0 / static_cast<double>(size);
-                loops.split(toLines(x), lines + 1, lines + Distance(size) + 1, size / 2 - 1, factor);
+                baseline::kLoops.split(toLines(x), lines + 1, lines + Distance(size) + 1, size / 2 - 1,
+                                       factor);
             },
         .inverse =
-            [=, &loops, table = gsl_fft_halfcomplex_wavetable_alloc(size)](const double* lines, double* x) {
+            [=, table = gsl_fft_halfcomplex_wavetable_alloc(size)](const double* lines, double* x) {
                 x[0] = lines[0] * 0.5;
-                loops.join(lines + 1, lines + Distance(size) + 1, x + 1, size / 2 - 1, 0.5);
+                baseline::kLoops.join(lines + 1, lines + Distance(size) + 1, x + 1, size / 2 - 1, 0.5);
                 x[size - 1] = 0;
                 gsl_fft_halfcomplex_transform(x, 1, size, table, work);
             },
-        .addPowers = [=, &loops](const double* x,
-                                 double* power) { loops.addPowers(toLines(x), power + 1, size / 2 - 1); }};
+        .addPowers = [=](const double* x,
+                         double* power) { baseline::kLoops.addPowers(toLines(x), power + 1, size / 2 - 1); }};
 }
 #endif
 
@@ -269,7 +269,7 @@ void AddAverages(const std::string& peer, auto prepare) {
     }
 }
 
-void AddPeer(const std::string& peer, const Loops& loops, const MakeTransform& make) {
+[[maybe_unused]] void AddPeer(const std::string& peer, const Loops& loops, const MakeTransform& make) {
     const auto kept = [make, made = std::make_shared<std::map<size_t, Transform>>()](size_t size) {
         if (!made->contains(size)) made->emplace(size, make(size));
         return made->at(size);
@@ -291,6 +291,7 @@ void AddPeer(const std::string& peer, const Loops& loops, const MakeTransform& m
     });
 }
 
+#ifdef KVX_PEER_FFTW
 void AddFftw(const std::string& name, const char* path, const Loops& loops) {
     void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
     if (!library) throw std::runtime_error(dlerror());
@@ -300,6 +301,7 @@ void AddFftw(const std::string& name, const char* path, const Loops& loops) {
     AddPeer(name + "-guru-split", loops,
             [=, &loops](size_t size) { return MakeFftwSplit(library, loops, size); });
 }
+#endif
 
 }  // namespace
 

@@ -84,7 +84,9 @@ def table(run):
 
 
 def markdown(run, forced):
-    """The ratio of the best set, then those of the forced ones, each in a run of its own."""
+    """The ratios first, those of forced sets last, each from a run of its own."""
+    ratios = [run.ours(workload) / run.best(workload)[1] for workload in run.workloads()]
+    yield f"Faster than the best peer in {sum(ratio < 1 for ratio in ratios)} of {len(ratios)} rows; half of the ratios are below {statistics.median(ratios):.2f}.\n"
     yield "| row | ours / best | best peer | ours | per sample | of the limit | " + " | ".join(forced) + " |"
     yield "| --- | ---: | --- | ---: | ---: | --- |" + " ---: |" * len(forced)
     for workload in run.workloads():
