@@ -17,7 +17,10 @@ import sys
 
 
 def natural(text):
-    return [int(part) if part.isdigit() else part for part in re.split(r"(\d+)", text)]
+    """A key that sorts by the numbers in a name, which may be thousands (K) or millions (M)."""
+    scale = {"": 1, "K": 1 << 10, "M": 1 << 20}
+    found = re.findall(r"(\D*?)(\d+)([KM]?)", text)
+    return [(before, int(digits) * scale[suffix]) for before, digits, suffix in found], text
 
 
 def shown(nanoseconds):
@@ -64,7 +67,7 @@ class Run:
     def limit(self, workload):
         """The share of the limit that we reach, in percent, and which limit it is."""
         _, moved, flops = self.work[workload]
-        copies = sorted((self.work[name][1], time) for name, by in self.rows.items() if name.startswith("P.copy") for time in by.values())
+        copies = [(self.work[name][1], peers["limit"]) for name, peers in self.rows.items() if name.startswith("P.copy")]
         if not copies or "P.flops" not in self.rows:
             return ""
         size, time = min(copies, key=lambda copy: abs(math.log(copy[0] / moved)))
@@ -86,7 +89,9 @@ def table(run):
 def markdown(run, forced):
     """The ratios first, those of forced sets last, each from a run of its own."""
     ratios = [run.ours(workload) / run.best(workload)[1] for workload in run.workloads()]
-    yield f"Faster than the best peer in {sum(ratio < 1 for ratio in ratios)} of {len(ratios)} rows; half of the ratios are below {statistics.median(ratios):.2f}.\n"
+    faster = sum(ratio < 1 for ratio in ratios)
+    median = statistics.median(ratios)
+    yield f"Faster than the best peer in {faster} of {len(ratios)} rows; half of the ratios are below {median:.2f}.\n"
     yield "| row | ours / best | best peer | ours | per sample | of the limit | " + " | ".join(forced) + " |"
     yield "| --- | ---: | --- | ---: | ---: | --- |" + " ---: |" * len(forced)
     for workload in run.workloads():
