@@ -92,8 +92,8 @@ class Rows {
 public:
     explicit Rows(std::string peer) : peer_(std::move(peer)) {}
 
-    void AddArrays(auto f) const { Sized("W3.add", {1, 24, 1}, f, Each(&Operands::out, std::plus())); }
-    void Multiply(auto f) const { Sized("W3.mul", {1, 24, 1}, f, Each(&Operands::out, std::multiplies())); }
+    void Plus(auto f) const { Sized("W3.add", {1, 24, 1}, f, Each(&Operands::out, std::plus())); }
+    void Times(auto f) const { Sized("W3.mul", {1, 24, 1}, f, Each(&Operands::out, std::multiplies())); }
     void Scale(auto f) const {
         Sized("W3.scale", {1, 16, 1}, f, Each(&Operands::x, [](double a, double) { return 0.5 * a; }));
     }
@@ -115,7 +115,7 @@ public:
             return IsNear(operands.sum / expected, 1, 1e-12);
         });
     }
-    void FindRange(auto f) const {
+    void MinMax(auto f) const {
         Sized("W4.minmax", {1, 8, 2}, f, [](const Operands& operands) {
             const auto [low, high] = std::ranges::minmax(std::span(operands.a));
             return operands.range.low == low && operands.range.high == high;
@@ -169,9 +169,9 @@ private:
 
 void AddOperations(const std::string& peer, const ArrayOperations& f) {
     const Rows<Plain> rows(peer);
-    if (f.add) rows.AddArrays([f](Plain& o) { f.add(o.a.data(), o.b.data(), o.out.data(), o.a.size()); });
+    if (f.add) rows.Plus([f](Plain& o) { f.add(o.a.data(), o.b.data(), o.out.data(), o.a.size()); });
     if (f.multiply)
-        rows.Multiply([f](Plain& o) { f.multiply(o.a.data(), o.b.data(), o.out.data(), o.a.size()); });
+        rows.Times([f](Plain& o) { f.multiply(o.a.data(), o.b.data(), o.out.data(), o.a.size()); });
     if (f.scale) {
         rows.Scale([f](Plain& o) { f.scale(o.x.data(), o.isBack ? 2 : 0.5, o.x.size()); });
         rows.ToGravity(
@@ -187,7 +187,7 @@ void AddOperations(const std::string& peer, const ArrayOperations& f) {
         });
     if (f.sum) rows.Sum([f](Plain& o) { o.sum = f.sum(o.a.data(), o.a.size()); });
     if (f.sumOfSquares) rows.SumOfSquares([f](Plain& o) { o.sum = f.sumOfSquares(o.a.data(), o.a.size()); });
-    if (f.range) rows.FindRange([f](Plain& o) { o.range = f.range(o.a.data(), o.a.size()); });
+    if (f.range) rows.MinMax([f](Plain& o) { o.range = f.range(o.a.data(), o.a.size()); });
     if (f.crossPower)
         rows.CrossPower(
             [f](Plain& o) { f.crossPower(o.a.data(), o.b.data(), o.out.data(), o.a.size() / 2); });
@@ -231,13 +231,13 @@ auto InUnit(const wchar_t* name) {
 
 void AddKvx() {
     const Rows<Ours> rows("kvx");
-    rows.AddArrays([](Ours& o) { CDataArrayDouble::AddArr(&o.out, 0, o.a, 0, o.b, 0, o.a.GetNum()); });
-    rows.Multiply([](Ours& o) { CDataArrayDouble::MulArr(&o.out, 0, o.a, 0, o.b, 0, o.a.GetNum()); });
+    rows.Plus([](Ours& o) { CDataArrayDouble::AddArr(&o.out, 0, o.a, 0, o.b, 0, o.a.GetNum()); });
+    rows.Times([](Ours& o) { CDataArrayDouble::MulArr(&o.out, 0, o.a, 0, o.b, 0, o.a.GetNum()); });
     rows.Scale([](Ours& o) { o.x *= o.isBack ? 2 : 0.5; });
     rows.ToFloat([](Ours& o) { o.a.GetDataArrayFloat(&o.floats); });
     rows.Sum([](Ours& o) { o.sum = o.a.GetSum(); });
     rows.SumOfSquares([](Ours& o) { o.sum = o.a.GetSqSum(0, 0); });
-    rows.FindRange([](Ours& o) { o.a.GetMinMax(0, &o.range.low, &o.range.high); });
+    rows.MinMax([](Ours& o) { o.a.GetMinMax(0, &o.range.low, &o.range.high); });
     rows.Polar([](Ours& o) {
         const __int64 n = o.a.GetNum() / 2;
         CMatBasic::FouToAmpFltN(o.a.GetData(), o.a.GetData() + n, o.out.GetData(), o.out.GetData() + n, n, 0);
