@@ -115,8 +115,7 @@ private:
         table += RealCount(log2Size);
         plan->halfway = table;
         const auto radix = static_cast<std::size_t>(plan->lastRadix);
-        for (std::size_t r = 0; 2 * r < radix; ++r)
-            Set(table + 2 * r, table + 2 * r + 1, 1 + 2 * r, 4 * radix);
+        for (std::size_t r = 0; 2 * r < radix; ++r) Set(table + r, table + r + 4, 1 + 2 * r, 4 * radix);
     }
 
     /// The twiddles of a middle pass over 2^log2Groups groups.

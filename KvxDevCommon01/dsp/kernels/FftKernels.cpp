@@ -261,63 +261,105 @@ private:
 template <class V>
 struct LinePair {
     V evenr, eveni, oddr, oddi;
+
+    KVX_ALWAYS_INLINE LinePair Times(double factor) const {
+        return {evenr * factor, eveni * factor, oddr * factor, oddi * factor};
+    }
 };
 
-/// Stores lines.
+/// A vector element by element.
+template <unsigned kWidth>
+struct Elements {
+    double values[kWidth];
+
+    KVX_ALWAYS_INLINE explicit Elements(Vector<kWidth> vector) { StoreVector<kWidth>(values, vector); }
+};
+
+/// Stores all lines.
 struct LineStore {
     double* re;
     double* im;
     Index half;
-    Index count;
     double scale;
 
-    /// Lines from `line` up and those from N/2 - line down, of the latter the first only if `all`. Without it
-    /// what lies beyond their last is overwritten, a line that is put later.
+    /// Lines from `line` up and those from N/2 - line down, but not the line N/2: `line` is 0 if `isLowest`
+    /// and r is 0.
     template <unsigned kWidth>
-    KVX_ALWAYS_INLINE void Put(Index line, const LinePair<Vector<kWidth>>& x, bool all) const {
+    KVX_ALWAYS_INLINE void Put(Index line, bool isLowest, unsigned r,
+                               const LinePair<Vector<kWidth>>& pair) const {
         using V = Vector<kWidth>;
-        constexpr Index kCount = kWidth;
-        const V evenr = x.evenr * scale, eveni = x.eveni * scale;
-        const V oddr = x.oddr * scale, oddi = x.oddi * scale;
-        const V upRe = evenr + oddr, upIm = eveni + oddi;
-        V downRe = evenr - oddr, downIm = oddi - eveni;
-        Index mirrored = half - line - kCount;
-        if (all) {
-            downRe = Reversed<kWidth>(downRe);
-            downIm = Reversed<kWidth>(downIm);
-            ++mirrored;
-        } else {
-            downRe = ReversedAfter<kWidth>(downRe, downRe);
-            downIm = ReversedAfter<kWidth>(downIm, downIm);
-        }
-        if (count >= half) {
-            StoreVector<kWidth>(re + line, upRe);
-            StoreVector<kWidth>(im + line, upIm);
-            if (kWidth == 1 && !all) return;
-            StoreVector<kWidth>(re + mirrored, downRe);
-            StoreVector<kWidth>(im + mirrored, downIm);
-        } else {
-            if (line < count) PutSome<kWidth>(line, upRe, upIm);
-            if (mirrored < count && (kWidth > 1 || all)) PutSome<kWidth>(mirrored, downRe, downIm);
+        const LinePair<V> x = pair.Times(scale);
+        const V downRe = x.evenr - x.oddr, downIm = x.oddi - x.eveni;
+        StoreVector<kWidth>(re + line, x.evenr + x.oddr);
+        StoreVector<kWidth>(im + line, x.eveni + x.oddi);
+        const Index end = half - line;
+        if (r > 0 || !isLowest) {
+            StoreVector<kWidth>(re + end - (kWidth - 1), Reversed<kWidth>(downRe));
+            StoreVector<kWidth>(im + end - (kWidth - 1), Reversed<kWidth>(downIm));
+        } else if (kWidth > 1) {
+            // What lies before these lines is put later.
+            StoreVector<kWidth>(re + end - kWidth, ReversedAfter<kWidth>(downRe, downRe));
+            StoreVector<kWidth>(im + end - kWidth, ReversedAfter<kWidth>(downIm, downIm));
         }
     }
 
-    /// Those lines among these that are asked for, one at least.
+    /// The same of lines that are `distance` apart.
     template <unsigned kWidth>
-    KVX_ALWAYS_INLINE void PutSome(Index line, Vector<kWidth> realParts,
-                                   Vector<kWidth> imaginaryParts) const {
-        constexpr Index kCount = kWidth;
-        if (line + kCount <= count) {
-            StoreVector<kWidth>(re + line, realParts);
-            StoreVector<kWidth>(im + line, imaginaryParts);
-            return;
+    KVX_ALWAYS_INLINE void PutApart(Index line, Index distance, const LinePair<Vector<kWidth>>& pair) const {
+        const LinePair<Vector<kWidth>> x = pair.Times(scale);
+        const Elements<kWidth> upRe(x.evenr + x.oddr), upIm(x.eveni + x.oddi);
+        const Elements<kWidth> downRe(x.evenr - x.oddr), downIm(x.oddi - x.eveni);
+        for (unsigned j = 0; j < kWidth; ++j) {
+            re[line + j * distance] = upRe.values[j];
+            im[line + j * distance] = upIm.values[j];
+            re[half - line - j * distance] = downRe.values[j];
+            im[half - line - j * distance] = downIm.values[j];
         }
-        double r[kWidth], i[kWidth];
-        StoreVector<kWidth>(r, realParts);
-        StoreVector<kWidth>(i, imaginaryParts);
-        for (Index j = 0; line + j < count; ++j) {
-            re[line + j] = r[j];
-            im[line + j] = i[j];
+    }
+};
+
+/// Stores the first `count` lines.
+struct SomeLines {
+    LineStore all;
+    Index count;
+
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void Put(Index line, bool, unsigned, const LinePair<Vector<kWidth>>& pair) const {
+        PutApart<kWidth>(line, 1, pair);
+    }
+
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void PutApart(Index line, Index distance, const LinePair<Vector<kWidth>>& pair) const {
+        constexpr Index kCount = kWidth;
+        const LinePair<Vector<kWidth>> x = pair.Times(all.scale);
+        const Index mirrored = all.half - line;
+        if (line < count) {
+            const Vector<kWidth> re = x.evenr + x.oddr, im = x.eveni + x.oddi;
+            if (distance == 1 && line + kCount <= count) {
+                StoreVector<kWidth>(all.re + line, re);
+                StoreVector<kWidth>(all.im + line, im);
+            } else {
+                PutSome<kWidth>(line, distance, re, im);
+            }
+        }
+        if (mirrored - (kCount - 1) * distance < count) {
+            const Vector<kWidth> re = x.evenr - x.oddr, im = x.oddi - x.eveni;
+            if (distance == 1 && mirrored < count) {
+                StoreVector<kWidth>(all.re + mirrored - (kCount - 1), Reversed<kWidth>(re));
+                StoreVector<kWidth>(all.im + mirrored - (kCount - 1), Reversed<kWidth>(im));
+            } else {
+                PutSome<kWidth>(mirrored, -distance, re, im);
+            }
+        }
+    }
+
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void PutSome(Index line, Index distance, Vector<kWidth> re, Vector<kWidth> im) const {
+        const Elements<kWidth> realParts(re), imaginaryParts(im);
+        for (unsigned j = 0; j < kWidth; ++j, line += distance) {
+            if (line >= count) continue;
+            all.re[line] = realParts.values[j];
+            all.im[line] = imaginaryParts.values[j];
         }
     }
 };
@@ -328,22 +370,34 @@ struct PowerSum {
     Index half;
 
     template <unsigned kWidth>
-    KVX_ALWAYS_INLINE void Put(Index line, const LinePair<Vector<kWidth>>& x, bool all) const {
-        using V = Vector<kWidth>;
-        constexpr Index kCount = kWidth;
-        const V upRe = x.evenr + x.oddr, upIm = x.eveni + x.oddi;
-        const V downRe = x.evenr - x.oddr, downIm = x.oddi - x.eveni;
+    KVX_ALWAYS_INLINE void Put(Index line, bool isLowest, unsigned, const LinePair<Vector<kWidth>>& x) const {
         double* const up = sums + line;
-        double* down = sums + (half - line - kCount);
-        StoreVector<kWidth>(up, LoadVector<kWidth>(up) + (upRe * upRe + upIm * upIm));
-        V power = downRe * downRe + downIm * downIm;
-        if (all) {
-            power = Reversed<kWidth>(power);
-            ++down;
-        } else {
-            power = ReversedAfter<kWidth>(V{}, power);
+        double* const down = sums + half - line - (kWidth - 1);
+        StoreVector<kWidth>(up, LoadVector<kWidth>(up) + Up(x));
+        // The mirror images of the first lines of each r are first lines, too.
+        const Vector<kWidth> power = isLowest ? WithFirst<kWidth>(Down(x), 0.0) : Down(x);
+        StoreVector<kWidth>(down, LoadVector<kWidth>(down) + Reversed<kWidth>(power));
+    }
+
+    template <unsigned kWidth>
+    KVX_ALWAYS_INLINE void PutApart(Index line, Index distance, const LinePair<Vector<kWidth>>& x) const {
+        const Elements<kWidth> up(Up(x)), down(Down(x));
+        for (unsigned j = 0; j < kWidth; ++j) {
+            const Index own = line + j * distance;
+            sums[own] += up.values[j];
+            if (own != half - own) sums[half - own] += down.values[j];
         }
-        StoreVector<kWidth>(down, LoadVector<kWidth>(down) + power);
+    }
+
+    template <class V>
+    KVX_ALWAYS_INLINE static V Up(const LinePair<V>& x) {
+        const V re = x.evenr + x.oddr, im = x.eveni + x.oddi;
+        return re * re + im * im;
+    }
+    template <class V>
+    KVX_ALWAYS_INLINE static V Down(const LinePair<V>& x) {
+        const V re = x.evenr - x.oddr, im = x.oddi - x.eveni;
+        return re * re + im * im;
     }
 };
 
@@ -399,11 +453,10 @@ void LastPass(const FftPlan& plan, const double* work, const Out& out) {
             const double* const twiddle =
                 plan.real + InBlocks(line + (isQuarterMore ? r - kRadix / 2 : r) * distance);
             out.template Put<kWidth>(
-                line + r * distance,
+                line + r * distance, line == 0, r,
                 LinesOf(ar[r], ai[r], ReversedAfter<kWidth>(keptRe[kLast - r], br[kLast - r]),
                         ReversedAfter<kWidth>(keptIm[kLast - r], bi[kLast - r]), LoadVector<kWidth>(twiddle),
-                        LoadVector<kWidth>(twiddle + kImaginary), isQuarterMore),
-                line > 0);
+                        LoadVector<kWidth>(twiddle + kImaginary), isQuarterMore));
         }
         KVX_UNROLLED
         for (unsigned r = 0; r < kRadix; ++r) {
@@ -413,18 +466,20 @@ void LastPass(const FftPlan& plan, const double* work, const Out& out) {
     }
     // The lines halfway, which are one another's mirror images.
     double re[kRadix], im[kRadix];
+    KVX_UNROLLED
     for (unsigned r = 0; r < kRadix; ++r) {
-        double parts[kWidth];
-        StoreVector<kWidth>(parts, keptRe[r]);
-        re[r] = parts[0];
-        StoreVector<kWidth>(parts, keptIm[r]);
-        im[r] = parts[0];
+        re[r] = First<kWidth>(keptRe[r]);
+        im[r] = First<kWidth>(keptIm[r]);
     }
-    for (unsigned r = 0; r < (kRadix + 1) / 2; ++r) {
-        const unsigned m = kRadix - 1 - r;
-        out.template Put<1>(
-            distance / 2 + r * distance,
-            LinesOf(re[r], im[r], re[m], im[m], plan.halfway[2 * r], plan.halfway[2 * r + 1], false), m != r);
+    constexpr unsigned kPairs = kRadix < 2 ? 1 : kRadix / 2;
+    constexpr unsigned kSome = kPairs < kLanes ? kPairs : kLanes;
+    for (unsigned r = 0; r < kPairs; r += kSome) {
+        const unsigned m = kRadix - kSome - r;
+        out.template PutApart<kSome>(
+            distance / 2 + r * distance, distance,
+            LinesOf(LoadVector<kSome>(re + r), LoadVector<kSome>(im + r),
+                    Reversed<kSome>(LoadVector<kSome>(re + m)), Reversed<kSome>(LoadVector<kSome>(im + m)),
+                    LoadVector<kSome>(plan.halfway + r), LoadVector<kSome>(plan.halfway + 4 + r), false));
     }
 }
 
@@ -505,8 +560,13 @@ double Forward(const FftPlan& plan, const double* wave, const double* window, do
     Transform(plan, wave, window, work);
     // The lines at 0 Hz and N/2 are the sum and the difference of the two sums that groups of a transform's
     // first line hold.
-    const double scale = 0.5 * lines.scale;
-    LastPass(plan, work, LineStore{lines.re, lines.im, 8 * plan.groups, lines.count, scale});
+    const Index half = 8 * plan.groups;
+    const LineStore all = {lines.re, lines.im, half, 0.5 * lines.scale};
+    if (lines.count >= half) {
+        LastPass(plan, work, all);
+    } else {
+        LastPass(plan, work, SomeLines{all, lines.count});
+    }
     lines.im[0] = 0.0;
     double evenSum = 0.0, oddSum = 0.0;
     for (int r = 0; r < plan.lastRadix; ++r) {

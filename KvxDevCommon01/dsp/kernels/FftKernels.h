@@ -36,8 +36,8 @@ struct FftPlan {
     int lastRadix = 1;
     /// Between the complex transform and the lines: the angles 2 pi k/N, k = 0..N/4-1.
     const double* real = nullptr;
-    /// The cosine and sine of the lines halfway: of 2 pi (1 + 2 r)/(4 lastRadix), r < lastRadix/2, of one at
-    /// least.
+    /// The lines halfway: four cosines of 2 pi (1 + 2 r)/(4 lastRadix) and the four sines, of which the first
+    /// lastRadix/2, but one at least, are used.
     const double* halfway = nullptr;
 };
 
@@ -65,7 +65,7 @@ struct FftKernels {
     double (*forward)(const FftPlan& plan, const double* wave, const double* window, double* work,
                       const FftLines& lines);
 
-    /// Adds 4 |X[k]|^2 of the same lines, k = 0..N/2-1, to `sums`, of which sums[N/2] is left undefined.
+    /// Adds 4 |X[k]|^2, k = 0..N/2-1, to `sums`, of which sums[N/2] is used, too, for nothing that is meant.
     void (*addPowers)(const FftPlan& plan, const double* wave, const double* window, double* work,
                       double* sums);
 

@@ -103,6 +103,15 @@ KVX_ALWAYS_INLINE Vector<kWidth> WithFirst(Vector<kWidth> v, double first) {
     }
 }
 
+template <unsigned kWidth>
+KVX_ALWAYS_INLINE double First(Vector<kWidth> v) {
+    if constexpr (kWidth == 1) {
+        return v;
+    } else {
+        return v[0];
+    }
+}
+
 /// Takes apart 2 kWidth values: those at even places and those at odd ones.
 template <unsigned kWidth>
 KVX_ALWAYS_INLINE void LoadPairs(const double* from, Vector<kWidth>& even, Vector<kWidth>& odd) {
@@ -213,6 +222,10 @@ inline double ReversedAfter(double first, double) {
 template <unsigned kWidth>
 inline double WithFirst(double, double first) {
     return first;
+}
+template <unsigned kWidth>
+inline double First(double v) {
+    return v;
 }
 template <unsigned kWidth>
 inline void LoadPairs(const double* from, double& even, double& odd) {
