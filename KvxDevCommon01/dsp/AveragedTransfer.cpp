@@ -3,6 +3,7 @@
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/detail/BlockQueue.h>
 #include <KvxDevCommon01/dsp/detail/BlockTransform.h>
+#include <KvxDevCommon01/dsp/kernels/FftKernels.h>
 #include <KvxDevCommon01/platform/Error.h>
 
 #include <iterator>
@@ -19,20 +20,9 @@ struct AveragedTransfer::State {
     void AddBlock(const BlockQueue<2>::Spans& block) {
         reference.Transform(block[0]);
         response.Transform(block[1]);
-        const double* const xRe = reference.Real();
-        const double* const xIm = reference.Imaginary();
-        const double* const yRe = response.Real();
-        const double* const yIm = response.Imaginary();
-        double* const xPower = referencePower.data();
-        double* const yPower = responsePower.data();
-        double* const crossRe = crossReal.data();
-        double* const crossIm = crossImaginary.data();
-        for (std::size_t k = 0; k < referencePower.size(); ++k) {
-            xPower[k] += xRe[k] * xRe[k] + xIm[k] * xIm[k];
-            yPower[k] += yRe[k] * yRe[k] + yIm[k] * yIm[k];
-            crossRe[k] += yRe[k] * xRe[k] + yIm[k] * xIm[k];
-            crossIm[k] += yIm[k] * xRe[k] - yRe[k] * xIm[k];
-        }
+        ActiveKernels<FftKernels>().addCrossPowers(
+            reference.Lines(), reference.Real(), reference.Imaginary(), response.Real(), response.Imaginary(),
+            {referencePower.data(), responsePower.data(), crossReal.data(), crossImaginary.data()});
         ++blocks;
     }
 

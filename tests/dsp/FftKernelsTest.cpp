@@ -7,6 +7,7 @@
 #include <tests/dsp/Signals.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 
 namespace {
@@ -62,6 +63,25 @@ TEST_P(FftKernelSet, KeepsItsErrorBoundThereAndBackWhereverTheBlocksLie) {
             power += std::norm(ToLine(wave[n]));
         }
         EXPECT_LE(std::sqrt(error / power), 2 * bound);
+    }
+}
+
+TEST_P(FftKernelSet, AddsUpThePowersOfTheLinesOfWindowedBlocks) {
+    const kvx::FftKernels& kernels = kvx::KernelsOf<kvx::FftKernels>(GetParam());
+    for (int m = 4; m <= 17; ++m) {
+        SCOPED_TRACE(m);
+        const std::size_t size = std::size_t{1} << m, half = size / 2;
+        const Wave wave = Noise(size), window = ToWave(Hann(Size(wave)));
+        Wave windowed(size), work(size), re(half), im(half), sums(half + 1, 3.0);
+        std::ranges::transform(wave, window, windowed.begin(), std::multiplies<>());
+        const kvx::FftLines lines = {re.data(), im.data(), static_cast<std::int64_t>(half), 1.0};
+        kernels.forward(kvx::TransformPlan(m), windowed.data(), nullptr, work.data(), lines);
+        for (int i = 0; i < 2; ++i)
+            kernels.addPowers(kvx::TransformPlan(m), wave.data(), window.data(), work.data(), sums.data());
+        for (std::size_t k = 0; k < half; ++k) {
+            const double power = 8.0 * (re[k] * re[k] + im[k] * im[k]);
+            ASSERT_NEAR(sums[k], 3.0 + power, 1e-14 * (3.0 + power + static_cast<double>(size))) << k;
+        }
     }
 }
 

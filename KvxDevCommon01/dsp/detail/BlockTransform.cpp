@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 
+#include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/detail/BlockTransform.h>
+#include <KvxDevCommon01/dsp/detail/TrigTables.h>
 #include <KvxDevCommon01/platform/Error.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <iterator>
 #include <new>
@@ -14,47 +17,59 @@
 namespace kvx {
 
 BlockTransform::BlockTransform(std::span<const double> window)
-    : window_(std::ssize(window), window.data()), real_(window.size()), imaginary_(window.size()) {
-    RequireBlockSize(std::ssize(window));
-    if (window_.GetNum() == 0) throw std::bad_alloc();
-    sum_ = window_.GetSum();
-    squareSum_ = window_.GetSqSum(0, Size());
+    : size_(std::ssize(window)), window_(size_), work_(size_), real_(size_), imaginary_(size_) {
+    RequireBlockSize(size_);
+    const CDataArrayDouble samples(size_, window.data());
+    if (samples.GetNum() == 0) throw std::bad_alloc();
+    sum_ = samples.GetSum();
+    squareSum_ = samples.GetSqSum(0, size_);
     if (sum_ == 0.0 || !std::isfinite(sum_) || !std::isfinite(squareSum_))
         throw Error(ErrorKind::kBadValue, "the sum of a window is neither 0 nor beyond the range of numbers");
-}
-
-double BlockTransform::NoiseBandwidth() const {
-    double bandwidth = 0.0;
-    CMatWIND::CalcWindENBW(window_, &bandwidth, nullptr);
-    return bandwidth;
+    CMatWIND::CalcWindENBW(samples, &noiseBandwidth_, nullptr);
+    std::ranges::copy(window, window_.Data());
+    const int log2Size = std::countr_zero(static_cast<std::uint64_t>(size_));
+    if (log2Size >= kMinLog2PlannedSize) plan_ = &TransformPlan(log2Size);
 }
 
 void BlockTransform::Transform(std::span<const double> samples) {
-    std::transform(samples.begin(), samples.end(), window_.GetData(), real_.data(),
+    double* const re = real_.Data();
+    double* const im = imaginary_.Data();
+    if (plan_ != nullptr) {
+        ActiveKernels<FftKernels>().forward(*plan_, samples.data(), window_.Data(), work_.Data(),
+                                            {re, im, Lines(), 1.0});
+        return;
+    }
+    std::transform(samples.begin(), samples.end(), window_.Data(), re,
                    [](double x, double w) { return x * w; });
-    CMatFFT::XfrRfft(real_.data(), imaginary_.data(), Size(), real_.data(), imaginary_.data(), Lines());
+    CMatFFT::XfrRfft(re, im, size_, re, im, Lines());
+}
+
+void BlockTransform::AddPowers(std::span<const double> samples, double* sums) {
+    if (plan_ != nullptr) {
+        ActiveKernels<FftKernels>().addPowers(*plan_, samples.data(), window_.Data(), work_.Data(), sums);
+        return;
+    }
+    Transform(samples);
+    const double* const re = Real();
+    const double* const im = Imaginary();
+    for (std::int64_t k = 0; k < Lines(); ++k) sums[k] += 4.0 * (re[k] * re[k] + im[k] * im[k]);
 }
 
 void PowerAverage::Add(std::span<const double> block) {
-    transform_.Transform(block);
-    const double* const re = transform_.Real();
-    const double* const im = transform_.Imaginary();
-    double* const sum = sums_.data();
-    for (std::size_t k = 0; k < sums_.size(); ++k) sum[k] += re[k] * re[k] + im[k] * im[k];
+    transform_.AddPowers(block, sums_.Data());
     ++blocks_;
 }
 
 void PowerAverage::Clear() {
-    std::ranges::fill(sums_, 0.0);
+    std::fill_n(sums_.Data(), transform_.Lines() + 1, 0.0);
     blocks_ = 0;
 }
 
 std::vector<double> PowerAverage::Power(double dcFactor, double factor) const {
-    const auto blocks = static_cast<double>(blocks_);
-    const double perBlock = factor / blocks;
-    std::vector<double> power = sums_;
-    for (double& line : power) line *= perBlock;
-    power.front() = sums_.front() * (dcFactor / blocks);
+    const double perSum = 0.25 / static_cast<double>(blocks_);
+    std::vector<double> power(sums_.Data(), sums_.Data() + transform_.Lines());
+    for (double& line : power) line *= factor * perSum;
+    power.front() = sums_.Data()[0] * (dcFactor * perSum);
     return power;
 }
 

@@ -4,47 +4,75 @@
 // allocated after construction.
 #pragma once
 
-#include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/dsp/kernels/FftKernels.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <new>
 #include <span>
 #include <vector>
 
 namespace kvx {
+
+/// Zeros that begin at a multiple of 64 bytes, so that no vector of a kernel lies across two lines of the
+/// cache.
+class AlignedBlock {
+public:
+    explicit AlignedBlock(std::int64_t count)
+        : values_(new (std::align_val_t{kAlignment}) double[static_cast<std::size_t>(count)]()) {}
+
+    double* Data() const { return values_.get(); }
+
+private:
+    static constexpr std::size_t kAlignment = 64;
+    struct Delete {
+        void operator()(double* values) const { operator delete[](values, std::align_val_t{kAlignment}); }
+    };
+
+    std::unique_ptr<double[], Delete> values_;
+};
 
 class BlockTransform {
 public:
     /// Throws Error (kBadValue) for a window whose count is no block size or whose sum is 0 or not finite.
     explicit BlockTransform(std::span<const double> window);
 
-    std::int64_t Size() const { return window_.GetNum(); }
-    std::int64_t Lines() const { return Size() / 2; }
+    std::int64_t Size() const { return size_; }
+    std::int64_t Lines() const { return size_ / 2; }
     /// Sum of the window, which scales amplitudes.
     double Sum() const { return sum_; }
     /// Sum of the squared window, which scales densities.
     double SquareSum() const { return squareSum_; }
-    double NoiseBandwidth() const;
+    double NoiseBandwidth() const { return noiseBandwidth_; }
 
     /// Transforms Size() samples times the window.
     void Transform(std::span<const double> samples);
 
-    /// The last transform, unscaled: Lines() lines.
-    const double* Real() const { return real_.data(); }
-    const double* Imaginary() const { return imaginary_.data(); }
+    /// The lines of the last Transform, unscaled.
+    const double* Real() const { return real_.Data(); }
+    const double* Imaginary() const { return imaginary_.Data(); }
+
+    /// Transforms as well, but adds 4 |X|^2 of each line to `sums`, of one value more than there are lines.
+    void AddPowers(std::span<const double> samples, double* sums);
 
 private:
-    CDataArrayDouble window_;
-    std::vector<double> real_;
-    std::vector<double> imaginary_;
+    std::int64_t size_;
+    const FftPlan* plan_ = nullptr;  // of blocks that have one
+    AlignedBlock window_;
+    AlignedBlock work_;
+    AlignedBlock real_;
+    AlignedBlock imaginary_;
     double sum_;
     double squareSum_;
+    double noiseBandwidth_ = 0.0;
 };
 
 /// The power of the lines, averaged over blocks.
 class PowerAverage {
 public:
     explicit PowerAverage(std::span<const double> window)
-        : transform_(window), sums_(static_cast<std::size_t>(transform_.Lines())) {}
+        : transform_(window), sums_(transform_.Lines() + 1) {}
 
     void Add(std::span<const double> block);
     void Clear();
@@ -61,7 +89,7 @@ private:
     std::vector<double> Power(double dcFactor, double factor) const;
 
     BlockTransform transform_;
-    std::vector<double> sums_;
+    AlignedBlock sums_;
     std::int64_t blocks_ = 0;
 };
 

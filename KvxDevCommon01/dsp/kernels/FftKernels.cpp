@@ -581,6 +581,21 @@ void AddPowers(const FftPlan& plan, const double* wave, const double* window, do
     LastPass(plan, work, PowerSum{sums, 8 * plan.groups});
 }
 
+void AddCrossPowers(Index count, const double* xRe, const double* xIm, const double* yRe, const double* yIm,
+                    const FftCrossPowers& sums) {
+    double* const xPower = sums.reference;
+    double* const yPower = sums.response;
+    double* const crossRe = sums.re;
+    double* const crossIm = sums.im;
+    KVX_INDEPENDENT_ITERATIONS
+    for (Index k = 0; k < count; ++k) {
+        xPower[k] += xRe[k] * xRe[k] + xIm[k] * xIm[k];
+        yPower[k] += yRe[k] * yRe[k] + yIm[k] * yIm[k];
+        crossRe[k] += yRe[k] * xRe[k] + yIm[k] * xIm[k];
+        crossIm[k] += yIm[k] * xRe[k] - yRe[k] * xIm[k];
+    }
+}
+
 void Inverse(const FftPlan& plan, const FftSpectrum& lines, double* work, double* wave, double scale) {
     AllButLastPass(plan, SpectrumOfLines{lines, plan.real}, work);
     if (plan.lastRadix == 8) {
@@ -596,6 +611,6 @@ void Inverse(const FftPlan& plan, const FftSpectrum& lines, double* work, double
 
 }  // namespace
 
-extern const FftKernels kFftKernels = {Forward, AddPowers, Inverse};
+extern const FftKernels kFftKernels = {Forward, AddPowers, AddCrossPowers, Inverse};
 
 }  // namespace kvx::KVX_KERNEL_SET

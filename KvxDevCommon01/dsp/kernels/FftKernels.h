@@ -57,6 +57,15 @@ struct FftSpectrum {
     const double* im;
 };
 
+/// Sums over blocks of the powers of the lines of two signals, and of the response times the conjugate
+/// reference.
+struct FftCrossPowers {
+    double* reference;
+    double* response;
+    double* re;
+    double* im;
+};
+
 /// The transforms of one instruction set. A block has N >= 16 points; blocks need no alignment and must not
 /// overlap unless it is said that they may. `work` is a block of N values that is left undefined.
 struct FftKernels {
@@ -68,6 +77,10 @@ struct FftKernels {
     /// Adds 4 |X[k]|^2, k = 0..N/2-1, to `sums`, of which sums[N/2] is used, too, for nothing that is meant.
     void (*addPowers)(const FftPlan& plan, const double* wave, const double* window, double* work,
                       double* sums);
+
+    /// Adds those of `count` lines x of a reference and y of its response.
+    void (*addCrossPowers)(std::int64_t count, const double* xRe, const double* xIm, const double* yRe,
+                           const double* yIm, const FftCrossPowers& sums);
 
     /// wave[n] = scale times the sum over k of X[k] e^(+2 pi i k n/N), X[N-k] = conj X[k]. The lines may
     /// overlap `wave`.
