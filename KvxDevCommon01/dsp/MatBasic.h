@@ -156,7 +156,8 @@ public:
 
     // ---- Polar and rectangular spectra ----
 
-    /// Amplitude and phase, in radians or `degrees`, of n complex numbers. Where a part is the no-value
+    /// Amplitude and phase, in radians or `degrees`, of n complex numbers, each within two units in the last
+    /// place (see numerics.md) and without overflow on the way. Where a part is the no-value
     /// marker both results are; 0 + 0i has phase 0. The results may replace the parts. Returns 0 for a null
     /// pointer or n = 0, 1 (with nothing to do) for n < 0.
     static int FouToAmpFltN(const double* re, const double* im, double* amp, double* phase, __int64 n,

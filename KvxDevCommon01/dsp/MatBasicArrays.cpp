@@ -1,53 +1,60 @@
 // SPDX-License-Identifier: MIT
 //
-// Element-wise arithmetic on raw blocks and the comparison of numbers. The loops are plain on purpose: the
-// compiler makes vector code of them where the blocks do not overlap, with the bits of the plain loop.
+// Element-wise arithmetic on raw blocks, by the kernels where the blocks allow it, and the comparison of
+// numbers.
 
+#include <KvxDevCommon01/data/kernels/ElementRuns.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 
 namespace {
 
-/// a[i] = operation(a[i])
+using kvx::ElementKernels;
+
+/// a[i] = operation(a[i], c)
 template <class Operation>
-int ForEach(double* a, __int64 n, Operation operation) {
+int WithNumber(double* a, double c, __int64 n, ElementKernels::OfNumber* ElementKernels::*kernel,
+               Operation operation) {
     if (a == nullptr || n < 1) return 0;
-    for (__int64 i = 0; i < n; ++i) a[i] = operation(a[i]);
+    kvx::ChangeEach(a, c, n, kernel, operation);
     return 1;
 }
 
 /// a[i] = operation(a[i], b[i])
 template <class Operation>
-int ForEachPair(double* a, const double* b, __int64 n, Operation operation) {
+int WithArray(double* a, const double* b, __int64 n, ElementKernels::OfTwo* ElementKernels::*kernel,
+              Operation operation) {
     if (a == nullptr || b == nullptr || n < 1) return 0;
-    for (__int64 i = 0; i < n; ++i) a[i] = operation(a[i], b[i]);
+    kvx::SetOfTwo(a, a, b, n, kernel, operation);
     return 1;
 }
 
 }  // namespace
 
 int CMatBasic::AddArr(double* a, const double* b, __int64 n) {
-    return ForEachPair(a, b, n, [](double x, double y) { return x + y; });
+    return WithArray(a, b, n, &ElementKernels::add, std::plus<>());
 }
 
 int CMatBasic::AddArr(double* a, double c, __int64 n) {
-    return ForEach(a, n, [c](double x) { return x + c; });
+    return WithNumber(a, c, n, &ElementKernels::addNumber, std::plus<>());
 }
 
 int CMatBasic::MulArr(double* a, const double* b, __int64 n) {
-    return ForEachPair(a, b, n, [](double x, double y) { return x * y; });
+    return WithArray(a, b, n, &ElementKernels::multiply, std::multiplies<>());
 }
 
 int CMatBasic::MulArr(double* a, double c, __int64 n) {
-    return ForEach(a, n, [c](double x) { return x * c; });
+    return WithNumber(a, c, n, &ElementKernels::scale, std::multiplies<>());
 }
 
 int CMatBasic::DivArr(double* a, const double* b, __int64 n) {
-    return ForEachPair(a, b, n, [](double x, double y) { return y == 0.0 ? x : x / y; });
+    return WithArray(a, b, n, &ElementKernels::divideUnlessByZero,
+                     [](double x, double y) { return y == 0.0 ? x : x / y; });
 }
 
 int CMatBasic::DivArr(double* a, double c, __int64 n) {
@@ -55,7 +62,9 @@ int CMatBasic::DivArr(double* a, double c, __int64 n) {
 }
 
 int CMatBasic::SetArr(double* a, double c, __int64 n) {
-    return ForEach(a, n, [c](double) { return c; });
+    if (a == nullptr || n < 1) return 0;
+    std::fill_n(a, n, c);
+    return 1;
 }
 
 int CMatBasic::ZeroArr(double* a, __int64 n) {
@@ -63,11 +72,19 @@ int CMatBasic::ZeroArr(double* a, __int64 n) {
 }
 
 int CMatBasic::CopyArr(double* dst, const double* src, __int64 n) {
-    return ForEachPair(dst, src, n, [](double, double y) { return y; });
+    if (dst == nullptr || src == nullptr || n < 1) return 0;
+    if (kvx::Overtakes(dst, src, n)) {
+        for (__int64 i = 0; i < n; ++i) dst[i] = src[i];
+    } else {
+        std::copy_n(src, n, dst);
+    }
+    return 1;
 }
 
 int CMatBasic::SqrtArr(double* a, __int64 n) {
-    return ForEach(a, n, [](double x) { return std::sqrt(x > 0.0 ? x : 0.0); });
+    if (a == nullptr || n < 1) return 0;
+    kvx::ActiveKernels<ElementKernels>().squareRoot(a, a, n);
+    return 1;
 }
 
 int CMatBasic::Reverse(double* a, __int64 n) {

@@ -4,6 +4,7 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/RangeScan.h>
+#include <KvxDevCommon01/data/kernels/ReductionKernels.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 
 #include <algorithm>
@@ -115,18 +116,19 @@ int CMatBasic::GetMinMaxAndPMin(__int64 n, const double* a, __int64 start, doubl
 int CMatBasic::GetMinMaxValueAndPos(__int64 n, const double* a, __int64 start, double* min, __int64* minPos,
                                     double* max, __int64* maxPos) {
     if (!IsInside(n, a, start)) return 0;
-    __int64 low = -1;
-    __int64 high = -1;
-    for (__int64 i = start; i < n; ++i) {
-        if (!HoldsNumber(a[i])) continue;
-        if (low < 0 || a[i] < a[low]) low = i;
-        if (high < 0 || a[i] > a[high]) high = i;
-    }
-    Store(minPos, low);
-    Store(maxPos, high);
-    if (low < 0) return 0;
-    Store(min, a[low]);
-    Store(max, a[high]);
+    const kvx::ReductionKernels& kernels = kvx::ActiveKernels<kvx::ReductionKernels>();
+    const auto [low, high] = kernels.extremes(a + start, n - start);
+    const bool hasNumber = low <= high;
+    const auto firstOf = [&](double extreme) {
+        return hasNumber ? start + kernels.find(a + start, n - start, extreme) : -1;
+    };
+    const __int64 lowPos = firstOf(low);
+    const __int64 highPos = firstOf(high);
+    Store(minPos, lowPos);
+    Store(maxPos, highPos);
+    if (!hasNumber) return 0;
+    Store(min, a[lowPos]);
+    Store(max, a[highPos]);
     return 1;
 }
 

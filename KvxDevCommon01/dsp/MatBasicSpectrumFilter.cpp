@@ -4,28 +4,19 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/data/kernels/ComplexKernels.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/detail/FilterResponse.h>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 
 using kvx::FilterResponse;
 using kvx::kNoValue;
 
-constexpr double kDegreesPerRadian = 57.29577951308232;
 constexpr double kRadiansPerDegree = 0.017453292519943295;
-
-/// sqrt(re^2 + im^2), by the slower exact way only where the squares leave the normal range.
-double Magnitude(double re, double im) {
-    const double power = re * re + im * im;
-    const bool isNormal =
-        power >= std::numeric_limits<double>::min() && power <= std::numeric_limits<double>::max();
-    return isNormal ? std::sqrt(power) : std::hypot(re, im);
-}
 
 /// The frequencies of the bins of a spectrum.
 class BinGrid {
@@ -110,21 +101,9 @@ int ZeroDc(CDataArrayDoubleCplx* spec, double f0, int result) {
 int CMatBasic::FouToAmpFltN(const double* re, const double* im, double* amp, double* phase, __int64 n,
                             int degrees) {
     if (re == nullptr || im == nullptr || amp == nullptr || phase == nullptr || n == 0) return 0;
-    const double unit = degrees ? kDegreesPerRadian : 1.0;
-    for (__int64 i = 0; i < n; ++i) {
-        const double x = re[i];
-        const double y = im[i];
-        if (x == kNoValue<double> || y == kNoValue<double>) {
-            amp[i] = kNoValue<double>;
-            phase[i] = kNoValue<double>;
-        } else if (x == 0.0 && y == 0.0) {
-            amp[i] = 0.0;
-            phase[i] = 0.0;
-        } else {
-            amp[i] = Magnitude(x, y);
-            phase[i] = std::atan2(y, x) * unit;
-        }
-    }
+    if (n < 0) return 1;
+    kvx::ActiveKernels<kvx::ComplexKernels>().polar(amp, phase, {re, im},
+                                                    degrees ? kvx::kPhaseInDegrees : kvx::kPhaseInRadians, n);
     return 1;
 }
 
@@ -235,16 +214,8 @@ int CMatBasic::SpecMul(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& a,
     for (const CDataArrayDoubleCplx* const spec : {static_cast<const CDataArrayDoubleCplx*>(out), &a, &b}) {
         if (spec->GetReal() == nullptr || spec->GetImaginary() == nullptr) return 0;
     }
-    double* const re = out->GetReal();
-    double* const im = out->GetImaginary();
-    const double* const aRe = a.GetReal();
-    const double* const aIm = a.GetImaginary();
-    const double* const bRe = b.GetReal();
-    const double* const bIm = b.GetImaginary();
-    for (__int64 k = 0; k < out->GetNum(); ++k) {
-        const double product = aRe[k] * bRe[k] - aIm[k] * bIm[k];
-        im[k] = aRe[k] * bIm[k] + aIm[k] * bRe[k];
-        re[k] = product;
-    }
+    kvx::ActiveKernels<kvx::ComplexKernels>().multiply({out->GetReal(), out->GetImaginary()},
+                                                       {a.GetReal(), a.GetImaginary()},
+                                                       {b.GetReal(), b.GetImaginary()}, out->GetNum());
     return 1;
 }

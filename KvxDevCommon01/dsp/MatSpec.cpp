@@ -2,13 +2,16 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
+#include <KvxDevCommon01/data/kernels/ComplexKernels.h>
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/detail/ProfileSegment.h>
 #include <KvxDevCommon01/dsp/detail/RootOfPower.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 #include <numbers>
 #include <optional>
 
@@ -96,6 +99,23 @@ void CombineLines(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& a, cons
                                       : SpectrumLine{kNoValue<double>, kNoValue<double>};
         out->GetReal()[k] = line.re;
         out->GetImaginary()[k] = line.im;
+    }
+}
+
+/// Calls `action(start, length, x, y)` for blocks of the lines of two spectra, with zeros for imaginary parts
+/// that are missing.
+template <class Action>
+void ForEachSplit(const CDataArrayDoubleCplx& a, const CDataArrayDoubleCplx& b, __int64 count,
+                  Action action) {
+    static constexpr std::array<double, 512> kZeros{};
+    const bool areComplex = a.GetImaginary() != nullptr && b.GetImaginary() != nullptr;
+    const __int64 block = areComplex ? count : std::ssize(kZeros);
+    const auto split = [](const CDataArrayDoubleCplx& spec, __int64 start) {
+        const double* const im = spec.GetImaginary();
+        return kvx::SplitValues{spec.GetReal() + start, im != nullptr ? im + start : kZeros.data()};
+    };
+    for (__int64 start = 0; start < count; start += block) {
+        action(start, std::min(block, count - start), split(a, start), split(b, start));
     }
 }
 
@@ -193,10 +213,21 @@ int CMatSpec::CnvPsdToAmp(CDataArrayDoubleCplx* amp, const CDataArrayDoubleCplx&
 int CMatSpec::CalcCrossPow(CDataArrayDoubleCplx* out, const CDataArrayDoubleCplx& a,
                            const CDataArrayDoubleCplx& b, __int64 dc) {
     if (!Match(out, a) || !Match(out, b) || !AttachImaginary(out)) return 0;
-    CombineLines(out, a, b, [dc](const SpectrumLine& x, const SpectrumLine& y, __int64 k) {
-        const double factor = k == dc ? 1.0 : 0.5;
-        return SpectrumLine{(x.re * y.re + x.im * y.im) * factor, (x.im * y.re - x.re * y.im) * factor};
+    const kvx::ComplexKernels& kernels = kvx::ActiveKernels<kvx::ComplexKernels>();
+    const __int64 count = out->GetNum();
+    SpectrumLine dcLine{};
+    const bool hasDc = dc >= 0 && dc < count;
+    if (hasDc) {
+        const SpectrumLine x = SpectrumLine::Of(a, dc), y = SpectrumLine::Of(b, dc);
+        kernels.crossPower({&dcLine.re, &dcLine.im}, {&x.re, &x.im}, {&y.re, &y.im}, 1.0, 1);
+    }
+    ForEachSplit(a, b, count, [&](__int64 start, __int64 length, kvx::SplitValues x, kvx::SplitValues y) {
+        kernels.crossPower({out->GetReal() + start, out->GetImaginary() + start}, x, y, 0.5, length);
     });
+    if (hasDc) {
+        out->GetReal()[dc] = dcLine.re;
+        out->GetImaginary()[dc] = dcLine.im;
+    }
     return 1;
 }
 

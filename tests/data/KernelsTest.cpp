@@ -2,6 +2,7 @@
 //
 // The kernels of every instruction set that the machine can run, against loops as they are written down: the
 // same bits for every length and wherever the blocks begin.
+#include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/data/detail/LaneSum.h>
 #include <KvxDevCommon01/data/kernels/ComplexKernels.h>
@@ -172,8 +173,8 @@ const struct {
     {"root",      [](auto& k, auto to, auto a, auto, auto n) { k.squareRoot(to, a, n); },    [](double x, double) { return x > 0 ? std::sqrt(x) : 0; }},
     {"convert",   [](auto& k, auto to, auto a, auto, auto n) { k.convert(to, a, {1, 3, true, 2}, 0.1, n); }, [](double x, double) { return ((x + 1) / 3 + 2) * 0.1; }},
     {"identity",  [](auto& k, auto to, auto a, auto, auto n) { k.convert(to, a, {}, 1.0, n); }, [](double x, double) { return x; }},
-    {"ratio",     [](auto& k, auto to, auto a, auto, auto n) { std::copy_n(a, n, to); k.convertByRatio(to, {0, 3, false, 1}, {true, true}, n); },
-                  [](double x, double) { const double r = x == 0 ? 0 : ((x + 0.0) * 3 + 1) / x; return r * r == 0 ? 0 : x / (r * r); }},
+    {"ratio",     [](auto& k, auto to, auto a, auto b, auto n) { std::copy_n(a, n, to); k.actByRatio(to, b, {true, true}, n); },
+                  [](double x, double y) { const double r = x == 0 ? 0 : y / x; return r * r == 0 ? 0 : x / (r * r); }},
 };
 // clang-format on
 
@@ -233,6 +234,117 @@ TEST(ElementRuns, StepsSeeWhatTheStepsBeforeThemWrote) {
     kvx::SetOfTwo(values.data() + 1, values.data() + 1, values.data(), 99, &kvx::ElementKernels::add,
                   std::plus<>());
     EXPECT_EQ(values[99], 100.0) << "a running sum";
+}
+
+// ---- Complex numbers
+
+/// The error of `value` in units in the last place of the exact result.
+double UlpsOff(double value, long double exact) {
+    int exponent = 0;
+    std::frexp(exact, &exponent);
+    constexpr int kBits = std::numeric_limits<double>::digits;
+    const long double ulp =
+        std::ldexp(1.0L, std::max(exponent - kBits, std::numeric_limits<double>::min_exponent - kBits));
+    return static_cast<double>(std::abs((static_cast<long double>(value) - exact) / ulp));
+}
+
+/// Pairs of numbers of all sizes and ratios, equal ones and neighbours of equal ones among them.
+std::array<Numbers, 2> Pairs(std::size_t count) {
+    std::mt19937_64 random(9);
+    std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+    const auto power = [&](int range) { return static_cast<int>(random() % static_cast<unsigned>(range)); };
+    std::array<Numbers, 2> parts{Numbers(count), Numbers(count)};
+    for (std::size_t i = 0; i < count; ++i) {
+        double& x = parts[0][i];
+        double& y = parts[1][i];
+        x = uniform(random);
+        if (i % 4 == 0) y = uniform(random);
+        if (i % 4 == 1) y = x * (1.0 + std::ldexp(uniform(random), -power(54)));
+        if (i % 4 == 2) y = std::ldexp(x * uniform(random), power(60) - 30);
+        if (i % 4 == 3) {
+            x = std::ldexp(x, power(2080) - 1060);
+            y = std::ldexp(uniform(random), power(2080) - 1060);
+        }
+        if (random() % 2 != 0) std::swap(x, y);
+    }
+    return parts;
+}
+
+TEST(ComplexKernels, AmplitudeAndPhaseAreWithinTwoUnitsInTheLastPlace) {
+    constexpr std::size_t kCount = 40'000;
+    const auto [re, im] = Pairs(kCount);
+    const auto& kernels = kvx::KernelsOf<kvx::ComplexKernels>(kvx::KernelSet::baseline);
+    Numbers amplitude(kCount), phase(kCount), degrees(kCount);
+    kernels.polar(amplitude.data(), phase.data(), {re.data(), im.data()}, kvx::kPhaseInRadians,
+                  Signed(kCount));
+    kernels.polar(amplitude.data(), degrees.data(), {re.data(), im.data()}, kvx::kPhaseInDegrees,
+                  Signed(kCount));
+    for (std::size_t i = 0; i < kCount; ++i) {
+        const long double x = re[i], y = im[i], angle = std::atan2(y, x);
+        SCOPED_TRACE(testing::Message() << std::hexfloat << re[i] << " + i " << im[i]);
+        ASSERT_LE(UlpsOff(amplitude[i], std::hypot(x, y)), 2.0);
+        ASSERT_LE(UlpsOff(phase[i], angle), 2.0);
+        // In degrees a phase below the normal numbers is as exact as it is in radians.
+        if (std::abs(phase[i]) < 1e-305) continue;
+        ASSERT_LE(UlpsOff(degrees[i], angle * 180 / std::numbers::pi_v<long double>), 2.0);
+    }
+}
+
+TEST(ComplexKernels, PhasesOfTheAxesAndOfInfinityAreExact) {
+    const Numbers numbers = {0.0, -0.0, 1.0, -1.0, kInf, -kInf, kTiniest, -kLargest / 2, kNan, kNone};
+    for (const double x : numbers) {
+        for (const double y : numbers) {
+            SCOPED_TRACE(testing::Message() << x << " + i " << y);
+            double amplitude = 0, degrees = 0, phase = 0;
+            const auto& kernels = kvx::ActiveKernels<kvx::ComplexKernels>();
+            kernels.polar(&amplitude, &phase, {&x, &y}, kvx::kPhaseInRadians, 1);
+            kernels.polar(&amplitude, &degrees, {&x, &y}, kvx::kPhaseInDegrees, 1);
+            const bool lacksValue = x == kNone || y == kNone, isZero = x == 0 && y == 0;
+            const double angle = isZero ? 0.0 : std::atan2(y, x);
+            ASSERT_PRED2(IsSame, amplitude, lacksValue ? kNone : std::hypot(x, y));
+            ASSERT_PRED2(IsSame, phase, lacksValue ? kNone : angle);
+            // The angles of these numbers are whole eighths of a turn, but for those of very different sizes.
+            const double exact = std::round(angle * 4 / std::numbers::pi) * 45;
+            if (lacksValue || (std::abs(angle) > 0 && std::abs(angle) < 1e-300)) continue;
+            ASSERT_PRED2(IsSame, degrees, exact == 0 ? angle : exact);
+        }
+    }
+}
+
+TEST(ComplexKernels, GiveTheSameBitsInEverySetWhereverTheBlocksLie) {
+    const Numbers a = Values(1100, 10, 5), b = Values(1100, 11, 5), c = Values(1100, 12, 50),
+                  d = Values(1100, 13);
+    for (const kvx::KernelSet set : kvx::AvailableKernelSets()) {
+        const auto& kernels = kvx::KernelsOf<kvx::ComplexKernels>(set);
+        ForEachRun([&](std::size_t shift, std::size_t count) {
+            SCOPED_TRACE(testing::Message() << kvx::NameOf(set) << " " << count << " at " << shift);
+            const kvx::SplitValues x{a.data() + shift, b.data()}, y{c.data(), d.data() + shift};
+            Numbers re(count + shift), im(count + shift), re2(count), im2(count), length(count), amp(count),
+                phase(count);
+            kernels.multiply({re.data() + shift, im.data()}, x, y, Signed(count));
+            kernels.crossPower({re2.data(), im2.data()}, x, y, 0.3, Signed(count));
+            kernels.magnitude(length.data(), x, Signed(count));
+            kernels.polar(amp.data(), phase.data(), x, kvx::kPhaseInDegrees, Signed(count));
+            for (std::size_t i = 0; i < count; ++i) {
+                const double p = x.re[i], q = x.im[i], r = y.re[i], s = y.im[i];
+                const bool isWhole = p != kNone && q != kNone && r != kNone && s != kNone;
+                double oneAmp = 0, onePhase = 0;
+                kvx::KernelsOf<kvx::ComplexKernels>(kvx::KernelSet::baseline)
+                    .polar(&oneAmp, &onePhase, {&p, &q}, kvx::kPhaseInDegrees, 1);
+                ASSERT_PRED2(IsSame, re[shift + i], p * r - q * s);
+                ASSERT_PRED2(IsSame, im[i], p * s + q * r);
+                ASSERT_PRED2(IsSame, re2[i], isWhole ? (p * r + q * s) * 0.3 : kNone);
+                ASSERT_PRED2(IsSame, im2[i], isWhole ? (q * r - p * s) * 0.3 : kNone);
+                ASSERT_PRED2(IsSame, length[i], CDataDoubleCplx(p, q).GetAbs());
+                ASSERT_PRED2(IsSame, amp[i], oneAmp);
+                ASSERT_PRED2(IsSame, phase[i], onePhase);
+            }
+            Numbers first(x.re, x.re + count), second(x.im, x.im + count);
+            kernels.polar(first.data(), second.data(), {first.data(), second.data()}, kvx::kPhaseInDegrees,
+                          Signed(count));
+            ASSERT_TRUE(std::ranges::equal(first, amp, IsSame) && std::ranges::equal(second, phase, IsSame));
+        });
+    }
 }
 
 }  // namespace

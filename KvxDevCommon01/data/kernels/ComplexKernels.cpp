@@ -79,19 +79,16 @@ constexpr double kArcTangent[] = {
     -0x1.7a210dd4eb873p-9, 0x1.b3d9212d8679ap-11, -0x1.3f19eb335c416p-13, 0x1.bbc146c6815d3p-17,
 };
 
-/// The polynomial above at t, its even and odd powers in chains of their own.
+/// The polynomial above at t, two terms at a time but for the first two, whose rounding errors weigh most.
 template <typename V>
 inline V ArcTangentRest(V t) {
     constexpr unsigned kTerms = sizeof kArcTangent / sizeof kArcTangent[0];
     static_assert(kTerms % 2 == 0);
+    const auto twoTerms = [t](unsigned term) { return kArcTangent[term] + kArcTangent[term + 1] * t; };
     const V square = t * t;
-    V odd = Spread<V>(kArcTangent[kTerms - 1]);
-    V even = Spread<V>(kArcTangent[kTerms - 2]);
-    for (unsigned term = kTerms - 2; term > 0; term -= 2) {
-        odd = odd * square + kArcTangent[term - 1];
-        even = even * square + kArcTangent[term - 2];
-    }
-    return odd * t + even;
+    V sum = twoTerms(kTerms - 2);
+    for (unsigned term = kTerms - 2; term > 2; term -= 2) sum = sum * square + twoTerms(term - 2);
+    return kArcTangent[0] + t * (kArcTangent[1] + t * sum);
 }
 
 /// Amplitude and phase of one vector. Both parts are scaled by a power of two that brings the larger one to
@@ -125,14 +122,15 @@ inline Two<Vector<double, kWidth>> PolarForm(Vector<double, kWidth> x, Vector<do
     const V t = q * q;
     const V rest = q * t * ArcTangentRest(t);
     const V high = Bits<kWidth>::Value(Bits<kWidth>::Of(q) & kHighBits);
-    const V angle = high * unit.factorHigh + (((q - high) + rest) * unit.factor + high * unit.factorLow);
+    const V angle =
+        high * unit.factorHigh + (((q - high) + rest) * unit.factor + high * (unit.factor - unit.factorHigh));
 
     const V side = WithSignOf<kWidth>(x, one);
     const V axis = isSteep ? one : (side < 0.0 ? one + one : none);
     const V turned = (isSteep ? -side : side) * angle;
     const V size = axis * unit.quarterTurn + (turned + axis * unit.quarterTurnRest);
 
-    const auto isZero = larger == 0.0;
+    const auto isZero = (sizeX == 0.0) & (sizeY == 0.0);
     const auto lacksValue = (x == kMarker) | (y == kMarker);
     const auto isInfinite = (sizeX == kInfinity) | (sizeY == kInfinity);
     const V marker = Spread<V>(kMarker);

@@ -20,15 +20,15 @@ struct SplitResults {
     double* im;
 };
 
-/// The unit of a phase: what is added to the phase of a quadrant, and the factor of an angle in radians,
-/// whole and as a sum whose first term has 26 significant bits.
+/// The unit of a phase.
 struct PhaseUnit {
-    double factor;
-    double factorHigh;
-    double factorLow;
-    double quarterTurn;
-    double quarterTurnRest;  ///< what `quarterTurn` misses of its value
+    double factor;           ///< of an angle in radians
+    double factorHigh;       ///< the first 26 bits of the factor's significand
+    double quarterTurn;      ///< rounded
+    double quarterTurnRest;  ///< what the rounding took away
 };
+inline constexpr PhaseUnit kPhaseInRadians{1.0, 1.0, 1.5707963267948966, 6.123233995736766e-17};
+inline constexpr PhaseUnit kPhaseInDegrees{57.29577951308232, 57.29577922821045, 90.0, 0.0};
 
 /// The loops of one instruction set over `count` numbers. Blocks need no alignment; results may replace
 /// operands.

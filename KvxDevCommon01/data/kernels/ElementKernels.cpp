@@ -115,24 +115,16 @@ void Convert(Real* to, const Real* a, const AffineConversion& conversion, double
     convert(to, a, conversion, gain, count);
 }
 
-template <bool kDivides>
-void ConvertEachByRatio(double* values, const AffineConversion& conversion, const RatioUse& use,
-                        Index count) {
-    SetEach(values, count, [=]<unsigned kWidth>(Index i) {
-        const auto x = LoadVector<kWidth>(values + i);
+void ActByRatio(double* values, const double* converted, const RatioUse& use, Index count) {
+    SetOfTwo(values, values, converted, count, [=](auto x, auto y) {
         using V = decltype(x + x);
-        const V quotient = Converted<kDivides>(V{x}, conversion) / x;
+        const V quotient = y / x;
         const V ratio = x == 0.0 ? V{} : quotient;
         const V k = use.squared ? ratio * ratio : ratio;
         if (!use.divides) return x * k;
         const V divided = x / k;
         return k == 0.0 ? V{} : divided;
     });
-}
-
-void ConvertByRatio(double* values, const AffineConversion& conversion, const RatioUse& use, Index count) {
-    const auto convert = conversion.divides ? ConvertEachByRatio<true> : ConvertEachByRatio<false>;
-    convert(values, conversion, use, count);
 }
 
 }  // namespace
@@ -153,7 +145,7 @@ extern const ElementKernels kElementKernels = {
     Widen,
     Convert<double>,
     Convert<float>,
-    ConvertByRatio,
+    ActByRatio,
 };
 
 }  // namespace kvx::KVX_KERNEL_SET

@@ -56,10 +56,9 @@ struct ElementKernels {
                     std::int64_t count);
     void (*convertFloat)(float* to, const float* a, const AffineConversion& conversion, double gain,
                          std::int64_t count);
-    /// Multiplies (or divides) each value by its ratio of converted to given value, or by its square. The
-    /// ratio of 0 is 0, and so is a quotient by 0.
-    void (*convertByRatio)(double* values, const AffineConversion& conversion, const RatioUse& use,
-                           std::int64_t count);
+    /// Multiplies (or divides) each value by its ratio of converted to given value, or by the square of it.
+    /// The ratio of 0 is 0, and so is a quotient by 0.
+    void (*actByRatio)(double* values, const double* converted, const RatioUse& use, std::int64_t count);
 };
 
 KVX_DECLARE_KERNELS(ElementKernels)

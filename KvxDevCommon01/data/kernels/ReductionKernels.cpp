@@ -60,7 +60,8 @@ constexpr auto kSquare = [](Lanes x) { return x * x; };
 /// to the sums of other lanes changes nothing.
 template <class Term>
 double SumOf(const double* values, Index count, Term term) {
-    constexpr Index kLong = 16 * kSumLanes;  // from where on whole registers pay for the turn
+    // Beyond the first-level cache a load that crosses two lines costs twice, and the turn pays.
+    constexpr Index kLong = 4096;
     const auto position = static_cast<Index>(reinterpret_cast<__UINTPTR_TYPE__>(values) / sizeof(double));
     const Index head = count < kLong ? 0 : -position & (Index{kLanes} - 1);
     LaneSums sums;

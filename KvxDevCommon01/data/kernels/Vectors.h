@@ -97,8 +97,9 @@ inline void SetFew(Index i, Index count, const Value& value, const Store& store)
 /// Computes the elements 0..count-1 in vectors, value<width>(i) the ones from i on, and stores them with
 /// store(i, vector). The vectors lie on whole registers at `to`, since a store that crosses two cache lines
 /// costs twice. The first and the last vector overlap others; they are computed before any operand can have
-/// been replaced by a result.
-template <typename Element, class Value, class Store>
+/// been replaced by a result. kSteps vectors are computed before they are stored: where blocks lie whole
+/// pages apart, loads wait for the stores before them.
+template <unsigned kSteps, typename Element, class Value, class Store>
 inline void SetVectors(const Element* to, Index count, const Value& value, const Store& store) {
     constexpr Index kWidth = kLanes;
     if (count < kWidth) return SetFew<kLanes>(0, count, value, store);
@@ -109,10 +110,12 @@ inline void SetVectors(const Element* to, Index count, const Value& value, const
     auto head = value.template operator()<kLanes>(0);
     auto tail = head;
     if (hasTail) tail = value.template operator()<kLanes>(count - kWidth);
-    for (; count - i >= 4 * kWidth; i += 4 * kWidth) {
-        for (Index v = i; v < i + 4 * kWidth; v += kWidth) store(v, value.template operator()<kLanes>(v));
+    for (; count - i >= Index{kSteps} * kWidth; i += Index{kSteps} * kWidth) {
+        decltype(head) vectors[kSteps];
+        for (unsigned v = 0; v < kSteps; ++v) vectors[v] = value.template operator()<kLanes>(i + v * kWidth);
+        for (unsigned v = 0; v < kSteps; ++v) store(i + v * kWidth, vectors[v]);
     }
-    for (; count - i >= kWidth; i += kWidth) store(i, value.template operator()<kLanes>(i));
+    for (; kSteps > 1 && count - i >= kWidth; i += kWidth) store(i, value.template operator()<kLanes>(i));
     if (hasHead) store(0, head);
     if (hasTail) store(count - kWidth, tail);
 }
@@ -120,7 +123,7 @@ inline void SetVectors(const Element* to, Index count, const Value& value, const
 /// Sets to[i] = value<width>(i), a vector of width elements, for all elements.
 template <typename Element, class Value>
 inline void SetEach(Element* to, Index count, const Value& value) {
-    SetVectors(to, count, value, [=](Index i, auto vector) { StoreVector(to + i, vector); });
+    SetVectors<4>(to, count, value, [=](Index i, auto vector) { StoreVector(to + i, vector); });
 }
 
 /// The same for two results at a time.
@@ -131,7 +134,7 @@ struct Two {
 };
 template <class Value>
 inline void SetEachTwo(double* first, double* second, Index count, const Value& value) {
-    SetVectors(first, count, value, [=](Index i, const auto& two) {
+    SetVectors<1>(first, count, value, [=](Index i, const auto& two) {
         StoreVector(first + i, two.first);
         StoreVector(second + i, two.second);
     });

@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
 // The arithmetic of unit conversion on a block of values. Whatever depends on the unit alone is decided
-// outside the loops, so that the usual kinds run as plain vector loops; a block of one value gives the bits
-// of any longer one.
+// outside the loops, so that the usual kinds run in kernels; a block of one value gives the bits of any
+// longer one.
 #pragma once
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
+#include <optional>
 #include <span>
 
+#include <KvxDevCommon01/data/kernels/ElementKernels.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
@@ -27,6 +30,38 @@ struct ConversionStep {
     CUnitCtrl::UNIT_CALC calc;
 };
 
+/// The conversions that are sums and products, as the kernels take them; none for the other kinds.
+inline std::optional<AffineConversion> AffineToUnit(const UnitRow& row) {
+    constexpr double kNothing = -0.0;
+    switch (row.kind) {
+        using enum UnitKind;
+        case same:
+            return AffineConversion{};
+        case times:
+            return AffineConversion{kNothing, row.factor, false, kNothing};
+        case over:
+            return AffineConversion{kNothing, row.factor, true, kNothing};
+        case timesPlus:
+            return AffineConversion{kNothing, row.factor, false, row.offset};
+        case overPlus:
+            return AffineConversion{kNothing, row.factor, true, row.offset};
+        case plusTimes:
+            return AffineConversion{row.offset, row.factor, false, kNothing};
+        case plusOver:
+            return AffineConversion{row.offset, row.factor, true, kNothing};
+        default:
+            return std::nullopt;
+    }
+}
+
+inline std::optional<AffineConversion> AffineOf(const UnitRow& row, Direction direction) {
+    const auto toUnit = AffineToUnit(row);
+    if (!toUnit || row.kind == UnitKind::same || direction == Direction::toUnit) return toUnit;
+    const auto takenBack = [](double added) { return added == 0.0 ? added : -added; };
+    const bool divides = !toUnit->divides && toUnit->factor != 1.0;
+    return AffineConversion{takenBack(toUnit->after), toUnit->factor, divides, takenBack(toUnit->before)};
+}
+
 // The quotient is formed first and dropped afterwards: a choice between two values vectorises, a branch does
 // not.
 inline double ZeroIf(bool guard, double value) {
@@ -38,102 +73,83 @@ void ReplaceEach(std::span<double> values, Formula formula) {
     for (double& x : values) x = formula(x);
 }
 
-inline void RowToUnit(const UnitRow& row, std::span<double> values) {
+/// The other kinds. The factor is never 0, which the unit table checks.
+inline void CurveToUnit(const UnitRow& row, std::span<double> values) {
     const double f = row.factor;
     const double o = row.offset;
-    const bool noF = f == 0.0;
     switch (row.kind) {
         using enum UnitKind;
-        case same:
-            return;
-        case times:
-            return ReplaceEach(values, [=](double x) { return x * f; });
-        case over:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF, x / f); });
         case reciprocal:
             return ReplaceEach(values, [=](double x) { return x == 0.0 ? x : 1.0 / x; });
         case reciprocalTimes:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF || x == 0.0, 1.0 / (f * x)); });
+            return ReplaceEach(values, [=](double x) { return ZeroIf(x == 0.0, 1.0 / (f * x)); });
         case reciprocalOver:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF || x == 0.0, 1.0 / x / f); });
-        case timesPlus:
-            return ReplaceEach(values, [=](double x) { return x * f + o; });
-        case overPlus:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF, x / f + o); });
-        case plusTimes:
-            return ReplaceEach(values, [=](double x) { return (x + o) * f; });
-        case plusOver:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF, (x + o) / f); });
+            return ReplaceEach(values, [=](double x) { return ZeroIf(x == 0.0, 1.0 / x / f); });
         case logarithm:
             return ReplaceEach(values, [=](double x) { return ZeroIf(x == 0.0, f * std::log10(x)); });
         case logarithmOfRatio:
-            return ReplaceEach(
-                values, [=](double x) { return ZeroIf(noF || o == 0.0 || x == 0.0, std::log10(x / o) / f); });
+            return ReplaceEach(values,
+                               [=](double x) { return ZeroIf(o == 0.0 || x == 0.0, std::log10(x / o) / f); });
         case logarithmToBase:
-            return ReplaceEach(
-                values, [=](double x) { return ZeroIf(noF || x == 0.0, std::log10(x) / std::log10(f)); });
+            return ReplaceEach(values,
+                               [=](double x) { return ZeroIf(x == 0.0, std::log10(x) / std::log10(f)); });
+        default:
+            return;
     }
 }
 
-inline void RowToStandard(const UnitRow& row, std::span<double> values) {
+inline void CurveToStandard(const UnitRow& row, std::span<double> values) {
     const double f = row.factor;
     const double o = row.offset;
-    const bool noF = f == 0.0;
     switch (row.kind) {
         using enum UnitKind;
-        case same:
-            return;
-        case times:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF, x / f); });
-        case over:
-            return ReplaceEach(values, [=](double x) { return x * f; });
         case reciprocal:
             return ReplaceEach(values, [=](double x) { return x == 0.0 ? x : 1.0 / x; });
         case reciprocalTimes:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF || x == 0.0, 1.0 / (x / f)); });
+            return ReplaceEach(values, [=](double x) { return ZeroIf(x == 0.0, 1.0 / (x / f)); });
         case reciprocalOver:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF || x == 0.0, 1.0 / (f * x)); });
-        case timesPlus:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF, (x - o) / f); });
-        case overPlus:
-            return ReplaceEach(values, [=](double x) { return (x - o) * f; });
-        case plusTimes:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF, x / f - o); });
-        case plusOver:
-            return ReplaceEach(values, [=](double x) { return x * f - o; });
+            return ReplaceEach(values, [=](double x) { return ZeroIf(x == 0.0, 1.0 / (f * x)); });
         case logarithm:
-            return ReplaceEach(values, [=](double x) { return ZeroIf(noF, std::pow(10.0, x / f)); });
+            return ReplaceEach(values, [=](double x) { return std::pow(10.0, x / f); });
         case logarithmOfRatio:
             return ReplaceEach(values, [=](double x) { return std::pow(10.0, x * f) * o; });
         case logarithmToBase:
             return ReplaceEach(values, [=](double x) { return std::pow(f, x); });
+        default:
+            return;
     }
 }
 
 inline void ConvertByRow(const UnitRow& row, Direction direction, std::span<double> values) {
-    if (direction == Direction::toUnit) {
-        RowToUnit(row, values);
+    if (const auto affine = AffineOf(row, direction)) {
+        ActiveKernels<ElementKernels>().convert(values.data(), values.data(), *affine, 1.0,
+                                                std::ssize(values));
+    } else if (direction == Direction::toUnit) {
+        CurveToUnit(row, values);
     } else {
-        RowToStandard(row, values);
+        CurveToStandard(row, values);
     }
 }
 
 /// Converts at most kConversionBlock values by one member. A plain member is its unit's conversion; any other
-/// acts by the ratio k of the converted to the given value, squared or divided by as its flags tell.
+/// acts by the ratio of the converted to the given value, squared or divided by as its flags tell.
 inline void ConvertByMember(const ConversionStep& step, Direction direction, std::span<double> values) {
     if (step.calc == CUnitCtrl::CALC_PLAIN) return ConvertByRow(step.row, direction, values);
 
-    std::array<double, kConversionBlock> ratios;
-    std::ranges::copy(values, ratios.begin());
-    ConvertByRow(step.row, direction, std::span(ratios).first(values.size()));
-    const bool squared = (step.calc & CUnitCtrl::CALC_SQUARED) != 0;
-    const bool divide = (step.calc & CUnitCtrl::CALC_DIVIDE) != 0;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const double x = values[i];
-        const double ratio = ZeroIf(x == 0.0, ratios[i] / x);
-        const double k = squared ? ratio * ratio : ratio;
-        values[i] = divide ? ZeroIf(k == 0.0, x / k) : x * k;
-    }
+    std::array<double, kConversionBlock> converted;
+    std::ranges::copy(values, converted.begin());
+    ConvertByRow(step.row, direction, std::span(converted).first(values.size()));
+    const RatioUse use{(step.calc & CUnitCtrl::CALC_SQUARED) != 0, (step.calc & CUnitCtrl::CALC_DIVIDE) != 0};
+    ActiveKernels<ElementKernels>().actByRatio(values.data(), converted.data(), use, std::ssize(values));
+}
+
+inline void ConvertRun(double* to, const double* from, const AffineConversion& conversion, double gain,
+                       __int64 count) {
+    ActiveKernels<ElementKernels>().convert(to, from, conversion, gain, count);
+}
+inline void ConvertRun(float* to, const float* from, const AffineConversion& conversion, double gain,
+                       __int64 count) {
+    ActiveKernels<ElementKernels>().convertFloat(to, from, conversion, gain, count);
 }
 
 /// Converts `num` values by the steps in their order and multiplies the results by `gain`. All arithmetic is
@@ -141,6 +157,10 @@ inline void ConvertByMember(const ConversionStep& step, Direction direction, std
 template <typename Real>
 void ConvertAll(std::span<const ConversionStep> steps, Direction direction, const Real* src, Real* dst,
                 std::size_t num, double gain) {
+    if (steps.size() == 1 && steps[0].calc == CUnitCtrl::CALC_PLAIN) {
+        if (const auto affine = AffineOf(steps[0].row, direction))
+            return ConvertRun(dst, src, *affine, gain, static_cast<__int64>(num));
+    }
     std::array<double, kConversionBlock> block;
     for (std::size_t start = 0; start < num; start += kConversionBlock) {
         const auto values = std::span(block).first(std::min(kConversionBlock, num - start));
