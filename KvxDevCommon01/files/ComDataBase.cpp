@@ -283,6 +283,13 @@ void CComDataBase::Serialize1st(CArchive& archive) {
 void CComDataBase::Store(CArchive& archive) const {
     if (data_ == nullptr || (fields_.mode == MODE_AXIS && hdata_ == nullptr)) return;
     kvx::StoreRecordHead(archive, fields_);
+    kvx::RecordOutline outline = {.fields = {},
+                                  .rows = GetNumRow(),
+                                  .cols = GetNumCol(),
+                                  .nsamp = GetNsamp(),
+                                  .isComplex = data_->IsComplex() != 0};
+    outline.fields.mode = fields_.mode;
+    archive.Expect(kvx::RecordPlan(outline, kvx::Generation::current).Bytes());
     data_->Serialize(archive);
     kvx::StoreRecordSpacing(archive, fields_);
     if (fields_.mode == MODE_AXIS) hdata_->Serialize(archive);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/files/DataFileContent.h>
 
-#include <cstddef>
 #include <iterator>
 #include <limits>
 
@@ -11,11 +10,6 @@
 #include <KvxDevCommon01/platform/FileException.h>
 
 namespace kvx {
-namespace {
-
-constexpr std::size_t kArchiveBufferSize = 64 * 1024;
-
-}  // namespace
 
 FileHead LoadDataFileHead(CArchive& archive) {
     // Pipes and devices have no end.
@@ -45,7 +39,7 @@ void RequireDataHeader(const CComHdr& header) {
 }
 
 DataFileContent LoadContent(ByteStream& stream, ErrorPlace* place) {
-    CArchive archive(stream, CArchive::load, kArchiveBufferSize);
+    CArchive archive(stream, CArchive::load);
     const FileHead head = LoadDataFileHead(archive);
     DataFileContent content = {head.header, {}};
     while (archive.Remaining() > 0) {
@@ -66,7 +60,7 @@ void RequireContent(const DataFileContent& content, ErrorPlace* place) {
 }
 
 void StoreContent(ByteStream& stream, const DataFileContent& content) {
-    CArchive archive(stream, CArchive::store, kArchiveBufferSize);
+    CArchive archive(stream, CArchive::store);
     CComHdr(content.header).Serialize(archive);
     for (const CComDataBase& record : content.records) record.Store(archive);
     archive.Flush();

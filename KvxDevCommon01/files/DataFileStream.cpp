@@ -153,6 +153,7 @@ public:
         target_.Seek(position);
         position_ = position;
     }
+    void Expect(std::uint64_t size) override { target_.Expect(size); }
     std::uint64_t Position() const { return position_; }
 
 private:
@@ -175,6 +176,7 @@ public:
         StoreRecordHead(archive_, record->fields);
         StoreMatrixHead(archive_, *record);
         RecordPlace place = {.plan = RecordPlan(*record, Generation::current), .numbers = numbersBefore};
+        archive_.Expect(place.plan.Bytes());
         place.cells = Position();
         for (std::uint64_t cell = 0; cell < place.plan.cells; ++cell) {
             StoreCellHead(archive_, *record);

@@ -17,6 +17,9 @@ constexpr std::uint8_t kLongLength8 = 0xFF;
 constexpr std::uint16_t kLongLength16 = 0xFFFF;
 constexpr std::uint16_t kWideMarker = 0xFFFE;
 
+constexpr std::size_t kFirstBuffer = 4096;
+constexpr std::size_t kBetweenBlocks = 64;
+
 [[noreturn]] void ThrowEndOfFile() {
     throw CFileException(CFileException::endOfFile);
 }
@@ -46,13 +49,30 @@ std::uint32_t CheckedLength(std::size_t length) {
 
 }  // namespace
 
+CArchive::CArchive(kvx::ByteStream& stream, Mode mode)
+    : stream_(stream),
+      mode_(mode),
+      most_(std::max(stream.GatheredSize(), kFirstBuffer)),
+      // A copy costs less than a small transfer. To write a block directly takes two: what waits goes first.
+      direct_(mode == load ? most_ / 4 : most_),
+      ahead_(kFirstBuffer) {}
+
 CArchive::CArchive(kvx::ByteStream& stream, Mode mode, std::size_t bufferSize)
     : stream_(stream),
       mode_(mode),
-      capacity_(std::max<std::size_t>(bufferSize, 16)),
-      buffer_(std::make_unique_for_overwrite<std::byte[]>(capacity_)) {}
+      most_(std::max<std::size_t>(bufferSize, 16)),
+      direct_(most_),
+      ahead_(most_) {}
 
 CArchive::~CArchive() = default;
+
+void CArchive::Widen(std::size_t size) {
+    if (size <= size_) return;
+    auto wider = std::make_unique_for_overwrite<std::byte[]>(size);
+    if (end_ > 0) std::memcpy(wider.get(), buffer_.get(), end_);
+    buffer_ = std::move(wider);
+    size_ = size;
+}
 
 std::size_t CArchive::Read(void* data, std::size_t size) {
     if (mode_ != load) throw CFileException(CFileException::genericException);
@@ -60,10 +80,16 @@ std::size_t CArchive::Read(void* data, std::size_t size) {
     std::size_t done = 0;
     while (done < size) {
         if (begin_ == end_) {
-            if (size - done >= capacity_) return done + stream_.Read(target + done, size - done);
-            begin_ = 0;
-            end_ = stream_.Read(buffer_.get(), capacity_);
+            begin_ = end_ = 0;
+            if (size - done >= direct_) {
+                // Between large blocks there is little, and what is read ahead of one is copied.
+                ahead_ = std::min(ahead_, kBetweenBlocks);
+                return done + stream_.Read(target + done, size - done);
+            }
+            Widen(ahead_);
+            end_ = stream_.Read(buffer_.get(), ahead_);
             if (end_ == 0) break;
+            ahead_ = std::min(2 * ahead_, most_);
         }
         const std::size_t count = std::min(size - done, end_ - begin_);
         std::memcpy(target + done, buffer_.get() + begin_, count);
@@ -75,13 +101,14 @@ std::size_t CArchive::Read(void* data, std::size_t size) {
 
 std::size_t CArchive::Peek(std::span<std::byte> bytes) {
     if (mode_ != load) throw CFileException(CFileException::genericException);
-    const std::size_t wanted = std::min(bytes.size(), capacity_);
+    const std::size_t wanted = std::min(bytes.size(), most_);
     if (end_ - begin_ < wanted) {
+        Widen(std::max(wanted, ahead_));
         std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
         end_ -= std::exchange(begin_, 0);
         std::size_t came = 1;
         for (; end_ < wanted && came > 0; end_ += came)
-            came = stream_.Read(buffer_.get() + end_, capacity_ - end_);
+            came = stream_.Read(buffer_.get() + end_, size_ - end_);
     }
     const std::size_t count = std::min(wanted, end_ - begin_);
     std::copy_n(buffer_.get() + begin_, count, bytes.begin());
@@ -94,13 +121,22 @@ void CArchive::ReadExact(void* data, std::size_t size) {
 
 void CArchive::Write(const void* data, std::size_t size) {
     if (mode_ != store) throw CFileException(CFileException::genericException);
-    if (size == 0) return;
-    if (size > capacity_ - end_) Flush();
-    if (size >= capacity_) {
+    if (size >= direct_) {
+        Flush();
         stream_.Write(data, size);
         return;
     }
-    std::memcpy(buffer_.get() + end_, data, size);
+    const auto* source = static_cast<const std::byte*>(data);
+    if (size > size_ - end_) Widen(std::clamp(4 * (end_ + size), std::min(kFirstBuffer, most_), most_));
+    if (size > size_ - end_) {  // the widest buffer is handed on full
+        const std::size_t count = size_ - end_;
+        std::memcpy(buffer_.get() + end_, source, count);
+        end_ += count;
+        source += count;
+        size -= count;
+        Flush();
+    }
+    if (size > 0) std::memcpy(buffer_.get() + end_, source, size);
     end_ += size;
 }
 
@@ -108,6 +144,10 @@ void CArchive::Flush() {
     if (mode_ != store || end_ == 0) return;
     stream_.Write(buffer_.get(), end_);
     end_ = 0;
+}
+
+void CArchive::Expect(std::uint64_t size) {
+    if (mode_ == store && size <= UINT64_MAX - end_) stream_.Expect(end_ + size);
 }
 
 std::uint64_t CArchive::Remaining() const {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // CArchive: the binary stream into which every container and record serialises itself. It loads or stores, is
-// little-endian by construction, buffers small pieces and passes large blocks straight through. Loading
-// throws CFileException with cause endOfFile (host error -1) as soon as the source holds less than was asked
-// for; storing throws when the target refuses. One archive belongs to one thread at a time.
+// little-endian by construction, gathers small pieces in a buffer and passes large blocks straight through.
+// Loading throws CFileException with cause endOfFile (host error -1) as soon as the source holds less than
+// was asked for; storing throws when the target refuses. One archive belongs to one thread at a time.
 #pragma once
 
 #include <bit>
@@ -32,8 +32,11 @@ class KVX_API CArchive {
 public:
     enum Mode { store = 0, load = 1 };
 
-    /// The archive does not own `stream`, which must outlive it. `bufferSize` is in bytes.
-    CArchive(kvx::ByteStream& stream, Mode mode, std::size_t bufferSize = 4096);
+    /// The archive does not own `stream`, which must outlive it. Its buffer grows as far as the stream gains
+    /// by it.
+    CArchive(kvx::ByteStream& stream, Mode mode);
+    /// The same with a buffer of `bufferSize` bytes; larger blocks pass it by.
+    CArchive(kvx::ByteStream& stream, Mode mode, std::size_t bufferSize);
     /// Drops what a storing archive has not flushed: call Flush, which can report a failure.
     ~CArchive();
     CArchive(const CArchive&) = delete;
@@ -52,6 +55,8 @@ public:
     void Write(const void* data, std::size_t size);
     /// Hands everything stored so far to the stream.
     void Flush();
+    /// Says that about `size` bytes will be stored from here on.
+    void Expect(std::uint64_t size);
 
     /// Number of bytes that can still be loaded.
     std::uint64_t Remaining() const;
@@ -99,10 +104,15 @@ public:
 private:
     void WriteLittleEndian(const void* values, std::size_t width, std::size_t count);
     void ReadLittleEndian(void* values, std::size_t width, std::size_t count);
+    /// Makes the buffer at least `size` bytes; what it holds stays.
+    KVX_NO_API void Widen(std::size_t size);
 
     kvx::ByteStream& stream_;
     Mode mode_;
-    std::size_t capacity_;
+    std::size_t most_;      // to which the buffer may grow
+    std::size_t direct_;    // blocks of so many bytes pass by the buffer
+    std::size_t ahead_;     // loading: how many bytes to read ahead next
+    std::size_t size_ = 0;  // of the buffer
     std::unique_ptr<std::byte[]> buffer_;
     std::size_t begin_ = 0;  // loading: first byte of the buffer not yet delivered
     std::size_t end_ = 0;    // loading: end of the valid bytes; storing: number of bytes waiting

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include <KvxDevCommon01/Export.h>
 
@@ -30,6 +29,13 @@ public:
     /// CFileException for a stream that cannot be moved, which is every one that does not say otherwise.
     virtual void Seek(std::uint64_t position);
 
+    /// Says that about `size` bytes will be written from here on, so that room for them can be made at once.
+    /// A stream that gains nothing by that does nothing, as every one that does not say otherwise.
+    virtual void Expect(std::uint64_t size);
+
+    /// How many bytes of small pieces are worth being gathered for one Read or Write.
+    virtual std::size_t GatheredSize() const;
+
 protected:
     ByteStream() = default;
     ByteStream(const ByteStream&) = default;
@@ -43,17 +49,29 @@ public:
     MemoryStream() = default;
     /// A stream that delivers a copy of `bytes`.
     explicit MemoryStream(std::span<const std::byte> bytes);
+    ~MemoryStream() override;
+    MemoryStream(const MemoryStream& other);
+    /// Leaves `other` empty.
+    MemoryStream(MemoryStream&& other) noexcept;
+    MemoryStream& operator=(MemoryStream other) noexcept;
 
     std::size_t Read(void* data, std::size_t size) override;
     void Write(const void* data, std::size_t size) override;
     std::uint64_t Remaining() const override;
     void Seek(std::uint64_t position) override;
+    void Expect(std::uint64_t size) override;
+    std::size_t GatheredSize() const override;
 
     /// Everything written or given so far, read or not.
-    std::span<const std::byte> Bytes() const { return bytes_; }
+    std::span<const std::byte> Bytes() const { return {bytes_, size_}; }
 
 private:
-    std::vector<std::byte> bytes_;
+    KVX_NO_API bool Reserve(std::size_t room);
+    KVX_NO_API void Swap(MemoryStream& other) noexcept;
+
+    std::byte* bytes_ = nullptr;  // room for room_ bytes, of which size_ are used
+    std::size_t size_ = 0;
+    std::size_t room_ = 0;
     std::size_t readPosition_ = 0;
     std::size_t writePosition_ = 0;
 };

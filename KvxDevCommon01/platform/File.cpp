@@ -25,6 +25,7 @@ namespace kvx {
 namespace {
 
 constexpr std::uint64_t kEndless = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kFarthest = std::numeric_limits<off_t>::max();
 // The host may cut larger requests short anyway.
 constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 
@@ -108,8 +109,8 @@ private:
 };
 
 void MoveTo(int handle, std::uint64_t position, const std::wstring& path) {
-    constexpr std::uint64_t kFarthest = std::numeric_limits<off_t>::max();
-    if (position > kFarthest) throw CFileException(CFileException::badSeek, EINVAL, path);
+    if (position > static_cast<std::uint64_t>(kFarthest))
+        throw CFileException(CFileException::badSeek, EINVAL, path);
     if (::lseek(handle, static_cast<off_t>(position), SEEK_SET) < 0)
         throw CFileException::FromHostError(errno, path);
 }
@@ -138,15 +139,18 @@ std::size_t InputFile::Read(void* data, std::size_t size) {
     auto* target = static_cast<char*>(data);
     std::size_t done = 0;
     while (done < size) {
-        const ssize_t count = ::read(handle_, target + done, std::min(size - done, kLargestTransfer));
+        const std::size_t wanted = std::min(size - done, kLargestTransfer);
+        const ssize_t count = size_ == kEndless
+                                  ? ::read(handle_, target + done, wanted)
+                                  : ::pread(handle_, target + done, wanted, static_cast<off_t>(position_));
         if (count == 0) break;
         if (count < 0) {
             if (errno == EINTR) continue;
             throw CFileException::FromHostError(errno, path_);
         }
         done += static_cast<std::size_t>(count);
+        position_ += static_cast<std::uint64_t>(count);
     }
-    position_ += done;
     return done;
 }
 
@@ -160,7 +164,7 @@ std::uint64_t InputFile::Remaining() const {
 }
 
 void InputFile::Seek(std::uint64_t position) {
-    MoveTo(handle_, position, path_);
+    if (size_ == kEndless || position > kFarthest) MoveTo(handle_, position, path_);
     position_ = position;
 }
 
@@ -221,8 +225,24 @@ void OutputFile::Seek(std::uint64_t position) {
     MoveTo(handle_, position, path_);
 }
 
+void OutputFile::Expect(std::uint64_t size) {
+#if defined(__linux__)
+    constexpr std::uint64_t kLarge = std::uint64_t{1} << 24;  // smaller ones gain nothing
+    const off_t position = ::lseek(handle_, 0, SEEK_CUR);
+    if (size < kLarge || position < 0 || size > kFarthest - static_cast<std::uint64_t>(position)) return;
+    if (::fallocate(handle_, FALLOC_FL_KEEP_SIZE, position, static_cast<off_t>(size)) == 0)
+        hasSetAside_ = true;
+#else
+    static_cast<void>(size);
+#endif
+}
+
 void OutputFile::Commit() {
     if (handle_ < 0) return;
+    struct stat status = {};
+    // What was set aside behind the end goes back.
+    if (hasSetAside_ && (::fstat(handle_, &status) != 0 || ::ftruncate(handle_, status.st_size) != 0))
+        throw CFileException::FromHostError(errno, path_);
     // A device has nothing to flush and says so with EINVAL or ENOTSUP.
     if (::fsync(handle_) != 0 && errno != EINVAL && errno != ENOTSUP) {
         throw CFileException::FromHostError(errno, path_);

@@ -53,6 +53,9 @@ public:
     /// The next Write begins at this byte; what is never written before the end reads as zeros. Throws for a
     /// pipe.
     void Seek(std::uint64_t position) override;
+    /// Has the host set a large file's place on the disk aside, which makes writing it faster; a host that
+    /// cannot is not an error.
+    void Expect(std::uint64_t size) override;
 
     /// Flushes to the disk and puts the new file in the target's place; keeps an existing target's
     /// permissions.
@@ -66,6 +69,7 @@ private:
     std::string targetPath_;
     std::string temporaryPath_;
     int handle_;
+    bool hasSetAside_ = false;
 };
 
 /// Removes the temporary files of every OutputFile that was not committed; their objects are then of no use.

@@ -3,8 +3,10 @@
 #include <KvxDevCommon01/platform/FileException.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -149,6 +151,53 @@ TEST(Archive, MixedSizesSurviveEveryBufferSize) {
     }
 }
 
+/// A stream in memory that notes how many bytes each Read and Write moves.
+class NotingStream : public kvx::MemoryStream {
+public:
+    std::size_t Read(void* data, std::size_t size) override {
+        reads.push_back(kvx::MemoryStream::Read(data, size));
+        return reads.back();
+    }
+    void Write(const void* data, std::size_t size) override {
+        writes.push_back(size);
+        kvx::MemoryStream::Write(data, size);
+    }
+    std::size_t GatheredSize() const override { return kGathered; }
+
+    static constexpr std::size_t kGathered = 1 << 16;
+    std::vector<std::size_t> reads, writes;
+};
+
+TEST(Archive, GathersSmallPiecesAndMovesLargeBlocksAtOnce) {
+    for (const std::size_t count : {100U, 4000U, 20000U, 300000U}) {  // bytes of each block: 8 * count
+        std::vector<double> block(count), loaded(count);
+        std::iota(block.begin(), block.end(), 0.5);
+        NotingStream stream;
+        CArchive out(stream, CArchive::store), in(stream, CArchive::load);
+        const std::uint64_t blocks = 4000000 / count, bytes = blocks * (8 * count + 4);
+        for (std::uint32_t i = 0; i < blocks; ++i) {
+            out << i;
+            out.WriteNumbers(block.data(), count);
+        }
+        out.Flush();
+        EXPECT_EQ(stream.Bytes().size(), bytes);
+        const auto most = [&](std::size_t large) {
+            return 9 + (8 * count < large ? bytes / stream.kGathered : 2 * blocks);
+        };
+        EXPECT_LE(stream.writes.size(), most(stream.kGathered)) << count;
+        for (std::uint32_t i = 0, number = 0; i < blocks; ++i) {
+            in >> number;
+            in.ReadNumbers(loaded.data(), count);
+            ASSERT_TRUE(number == i && loaded == block) << count;
+        }
+        EXPECT_EQ(in.Remaining(), 0U);
+        EXPECT_LE(stream.reads.size(), most(stream.kGathered / 4)) << count;
+        if (8 * count < stream.kGathered / 4) continue;
+        for (const std::size_t size : stream.reads)
+            EXPECT_TRUE(size >= 8 * count - 4096 || size <= 4096) << "straight into its place: " << size;
+    }
+}
+
 TEST(Archive, PeekedBytesAreReadAgain) {
     for (const std::size_t bufferSize : {16U, 17U, 4096U}) {
         kvx::MemoryStream stream = StreamOf("0123456789abcdefghijklmn");
@@ -182,6 +231,29 @@ TEST(MemoryStream, IsMovedLikeAFile) {
     EXPECT_EQ(stream.Read(read, sizeof(read)), 5U);
     EXPECT_EQ(std::string(read, 2), "b!");
     EXPECT_THROW(stream.Seek(UINT64_MAX), CFileException);
+}
+
+TEST(MemoryStream, IsAValueThatGrowsToAnySize) {
+    kvx::MemoryStream stream;
+    stream.Expect(3'000'000);
+    stream.Expect(UINT64_MAX);
+    std::string written;
+    for (int i = 0; i < 200; ++i) {
+        const std::string piece(static_cast<std::size_t>(300 * i), static_cast<char>('a' + i % 26));
+        stream.Write(piece.data(), piece.size());
+        written += piece;
+    }
+    char first = 0;
+    EXPECT_EQ(stream.Read(&first, 1), 1U);
+    kvx::MemoryStream copy(stream), other;
+    stream.Write("!", 1);
+    other = std::move(stream);
+    EXPECT_EQ(BytesOf(other), written + "!");
+    EXPECT_EQ(BytesOf(copy), written);
+    EXPECT_EQ(copy.Remaining(), written.size() - 1);
+    EXPECT_EQ(stream.Remaining() + BytesOf(stream).size(), 0U);
+    stream.Write("new", 3);
+    EXPECT_EQ(BytesOf(stream), "new");
 }
 
 TEST(Archive, TheWrongDirectionIsRefused) {

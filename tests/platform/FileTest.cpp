@@ -133,6 +133,21 @@ TEST(OutputFile, AFullDiskIsReportedAndLeavesNothingBehind) {
     }
 }
 
+TEST(OutputFile, WhatIsExpectedButNotWrittenTakesNoPlace) {
+    const TempFolder folder;
+    for (const std::uint64_t size : {std::uint64_t{1} << 26, std::uint64_t{1} << 50, UINT64_MAX}) {
+        kvx::OutputFile file((folder / "short.bin").wstring());
+        file.Write("ab", 2);
+        file.Expect(size);
+        file.Write("c", 1);
+        file.Commit();
+        EXPECT_EQ(folder.Read("short.bin"), "abc");
+        struct stat status = {};
+        ASSERT_EQ(::stat((folder / "short.bin").c_str(), &status), 0);
+        EXPECT_LT(status.st_blocks, 1000) << "of 512 bytes";
+    }
+}
+
 TEST(File, OpeningReportsTheCause) {
     const TempFolder folder;
     folder.Write("plain.bin", "x");

@@ -33,6 +33,8 @@ struct RecordPlan {
     std::uint64_t CellBytes() const { return cellHeadBytes + numbersPerCell * numberBytes; }
     std::uint64_t AxisBytes() const { return axisValues * numberBytes; }
     std::uint64_t Numbers() const { return cells * numbersPerCell + axisValues; }
+    /// Of all that stands behind the names, about.
+    std::uint64_t Bytes() const { return cells * CellBytes() + AxisBytes() + 64; }
 };
 
 /// What stands in front of the cells: mode, units, names, of which no more are kept than there can be cells
