@@ -3,6 +3,7 @@
 #include <KvxDevCommon01/dsp/detail/TrigTables.h>
 
 #include <array>
+#include <atomic>
 #include <bit>
 #include <cmath>
 #include <mutex>
@@ -88,7 +89,10 @@ class Plans {
 public:
     const FftPlan& Of(int log2Size) {
         const auto index = static_cast<std::size_t>(log2Size - kMinLog2PlannedSize);
-        std::call_once(built_[index], [&] { Build(log2Size, &plans_[index]); });
+        if (!isReady_[index].load(std::memory_order_acquire)) {
+            std::call_once(built_[index], [&] { Build(log2Size, &plans_[index]); });
+            isReady_[index].store(true, std::memory_order_release);
+        }
         return plans_[index];
     }
 
@@ -157,6 +161,7 @@ private:
     std::array<double, TableCount()> tables_;
     std::array<FftPlan, kSizes> plans_{};
     std::array<std::once_flag, kSizes> built_;
+    std::array<std::atomic<bool>, kSizes> isReady_{};  // spares a call of call_once
     std::array<std::once_flag, kSizes> builtPasses_;
 };
 

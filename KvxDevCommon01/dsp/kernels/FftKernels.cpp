@@ -144,11 +144,11 @@ struct SpectrumOfLines {
         const V cosine = LoadVector<kWidth>(twiddle), sine = LoadVector<kWidth>(twiddle + kImaginary);
         const V difr = ar - br, difi = ai + bi;
         if (k < 4) {
-            im = (ar + br) - (difi * cosine + difr * sine);
-            re = (ai - bi) + (difr * cosine - difi * sine);
+            im = ar + br - difi * cosine - difr * sine;
+            re = ai - bi + difr * cosine - difi * sine;
         } else {
-            im = (ar + br) - (difr * cosine - difi * sine);
-            re = (ai - bi) - (difi * cosine + difr * sine);
+            im = ar + br - difr * cosine + difi * sine;
+            re = ai - bi - difi * cosine - difr * sine;
         }
     }
 };
