@@ -9,6 +9,8 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <functional>
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -79,14 +81,15 @@ double Forward(__int64 size, const double* wave, double* work, const FftLines& l
 
 /// Sets the lines from the middle one on, which mirror those below.
 void FillLinesFromMiddle(__int64 size, double middle, double* re, double* im, __int64 lineCount) {
-    if (lineCount > size / 2) {
-        re[size / 2] = middle;
-        im[size / 2] = 0.0;
-    }
-    for (__int64 k = size / 2 + 1; k < lineCount; ++k) {
-        re[k] = re[size - k];
-        im[k] = -im[size - k];
-    }
+    const __int64 half = size / 2;
+    if (lineCount <= half) return;
+    re[half] = middle;
+    im[half] = 0.0;
+    if (lineCount == half + 1) return;
+    const __int64 first = size - lineCount + 1;
+    std::reverse_copy(re + first, re + half, re + half + 1);
+    std::transform(std::reverse_iterator(im + half), std::reverse_iterator(im + first), im + half + 1,
+                   std::negate<>());
 }
 
 /// Inverse transform of given lines, the DC line multiplied by `dcScale` and the others by `scale`.
