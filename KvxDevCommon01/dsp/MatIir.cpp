@@ -2,6 +2,7 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/dsp/MatIir.h>
+#include <KvxDevCommon01/dsp/kernels/IirKernels.h>
 
 #include <algorithm>
 #include <array>
@@ -37,16 +38,21 @@ struct Corner {
     }
 };
 
-/// The difference equation as y = side y1 + b0 (x + previousInput x1) - leak y1, leak = side - a1: see
+/// The difference equation as v = (b0 x + b1 x1) - leak y1, y = side y1 + v, leak = side - a1: see
 /// SecondOrder.
 struct FirstOrder {
-    double side{}, b0{};
-    double previousInput{};  // 1 for a low-pass, -1 for a high-pass
+    double side{}, b0{}, b1{};
     double leak{};
     double x1{}, y1{};
 
     double Step(double x);
     int Design(double fc, double pass);
+    /// The same as a section of the second order, and its memory back.
+    kvx::IirSection Widened() const { return {side, 0.0, b0, b1, 0.0, 0.0, leak, x1, 0.0, y1, 0.0}; }
+    void Remember(const kvx::IirSection& widened) {
+        x1 = widened.x1;
+        y1 = widened.r1;
+    }
 };
 
 /// Near the ends of the range of fc the poles crowd at z = side, 1 for a low corner and -1 for a high one,
@@ -54,16 +60,13 @@ struct FirstOrder {
 /// equation is therefore evaluated with small steps v and coefficients free of cancellation,
 ///   glide = -side a2,  leak = side - a1 - side a2.
 /// Where the pass band lies at z = side, direct = 0 and n = b; elsewhere the zeros crowd there as well, and
-/// direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 leak. Value is a double, or a pair of them
-/// for two sections at once.
-template <class Value>
-struct SecondOrder {
-    Value side{}, direct{}, n0{}, n1{}, n2{}, glide{}, leak{};
-    Value x1{}, x2{}, r1{}, v1{};
-
-    Value Step(const Value& x);
+/// direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 leak.
+struct SecondOrder : kvx::IirSection {
+    double Step(double x);
     int Design(double fc, double q, double pass);
     void SetState(double inputBefore, double inputBeforeThat, double outputBefore, double outputBeforeThat);
+    const kvx::IirSection& Widened() const { return *this; }
+    void Remember(const kvx::IirSection& section) { kvx::IirSection::operator=(section); }
 };
 
 /// The section that an object holds in bytes, so that its header need not name the numbers.
@@ -85,17 +88,14 @@ int FilterArray(Filter* filter, CDataArrayDouble* out, const CDataArrayDouble& i
     return filter->Filtering(in.GetData(), out->GetData(), count);
 }
 
-// Far below every signal and far above the subnormal numbers: even squares of what is left are normal.
-constexpr double kSilence = 0x1p-512;
-
 double OrSilence(double x) {
-    return std::fabs(x) < kSilence ? 0.0 : x;
+    return std::fabs(x) < kvx::kIirSilence ? 0.0 : x;
 }
 
-/// Whether |x| < kSilence. Compilers make a branch of a comparison of bits; one of numbers would become a
+/// Whether |x| < kIirSilence. Compilers make a branch of a comparison of bits; one of numbers would become a
 /// mask, whose time adds to the way from one output to the next.
 bool IsSilent(double x) {
-    return std::bit_cast<std::uint64_t>(x) << 1 < std::bit_cast<std::uint64_t>(kSilence) << 1;
+    return std::bit_cast<std::uint64_t>(x) << 1 < std::bit_cast<std::uint64_t>(kvx::kIirSilence) << 1;
 }
 
 /// Brings a section to rest when its output is silent. While it is not, the difference of outputs is no
@@ -108,15 +108,14 @@ void RestInSilence(double& output, double& difference) {
 }
 
 inline double FirstOrder::Step(double x) {
-    y1 = side * y1 + (b0 * (x + previousInput * x1) - leak * y1);
+    y1 = side * y1 + ((b0 * x + b1 * x1) - leak * y1);
     if (IsSilent(y1)) [[unlikely]]
         y1 = 0.0;
     x1 = x;
     return y1;
 }
 
-template <class Value>
-inline Value SecondOrder<Value>::Step(const Value& x) {
+inline double SecondOrder::Step(double x) {
     v1 = (glide * v1 + ((n0 * x + n2 * x2) + n1 * x1)) - leak * r1;
     r1 = side * r1 + v1;
     RestInSilence(r1, v1);
@@ -130,14 +129,13 @@ int FirstOrder::Design(double fc, double pass) {
     if (!corner) return 0;
     const double sum = corner->sine + corner->cosine;
     b0 = (pass == kLowPass ? corner->sine : corner->cosine) / sum;
-    previousInput = pass;
+    b1 = pass * b0;
     side = corner->side;
     leak = corner->side > 0.0 ? 2.0 * (corner->sine / sum) : -2.0 * (corner->cosine / sum);
     return 1;
 }
 
-template <class Value>
-int SecondOrder<Value>::Design(double fc, double q, double pass) {
+int SecondOrder::Design(double fc, double q, double pass) {
     const auto corner = Corner::At(fc);
     if (!corner || !(q > 0.0 && q <= std::numeric_limits<double>::max())) return 0;
     // With p = sine/cosine: D = 1 + p/q + p^2 = (q + damping)/(q cosine^2).
@@ -167,9 +165,8 @@ int SecondOrder<Value>::Design(double fc, double q, double pass) {
     return 1;
 }
 
-template <class Value>
-void SecondOrder<Value>::SetState(double inputBefore, double inputBeforeThat, double outputBefore,
-                                  double outputBeforeThat) {
+void SecondOrder::SetState(double inputBefore, double inputBeforeThat, double outputBefore,
+                           double outputBeforeThat) {
     x1 = inputBefore;
     x2 = inputBeforeThat;
     r1 = outputBefore - direct * x1;
@@ -188,56 +185,6 @@ int RunBlock(Section* section, const double* data, double* out, __int64 n) {
     for (__int64 i = 0; i < n; ++i) out[i] = local.Step(OrSilence(data[i]));
     *section = local;
     return 1;
-}
-
-/// Two numbers side by side.
-struct Pair {
-    double first = 0.0;
-    double second = 0.0;
-
-    friend Pair operator+(const Pair& a, const Pair& b) { return {a.first + b.first, a.second + b.second}; }
-    friend Pair operator-(const Pair& a, const Pair& b) { return {a.first - b.first, a.second - b.second}; }
-    friend Pair operator*(const Pair& a, const Pair& b) { return {a.first * b.first, a.second * b.second}; }
-};
-
-void RestInSilence(Pair& output, Pair& difference) {
-    RestInSilence(output.first, difference.first);
-    RestInSilence(output.second, difference.second);
-}
-
-/// Two sections as one of pairs, and back; a section is nothing but its numbers.
-SecondOrder<Pair> Join(const SecondOrder<double>& first, const SecondOrder<double>& second) {
-    std::array<Pair, sizeof(SecondOrder<Pair>) / sizeof(Pair)> pairs;
-    const auto firsts = std::bit_cast<std::array<double, pairs.size()>>(first);
-    const auto seconds = std::bit_cast<std::array<double, pairs.size()>>(second);
-    for (std::size_t i = 0; i < pairs.size(); ++i) pairs[i] = {firsts[i], seconds[i]};
-    return std::bit_cast<SecondOrder<Pair>>(pairs);
-}
-void Part(const SecondOrder<Pair>& both, SecondOrder<double>* first, SecondOrder<double>* second) {
-    const auto pairs = std::bit_cast<std::array<Pair, sizeof(both) / sizeof(Pair)>>(both);
-    std::array<double, pairs.size()> firsts, seconds;
-    for (std::size_t i = 0; i < pairs.size(); ++i) {
-        firsts[i] = pairs[i].first;
-        seconds[i] = pairs[i].second;
-    }
-    *first = std::bit_cast<SecondOrder<double>>(firsts);
-    *second = std::bit_cast<SecondOrder<double>>(seconds);
-}
-
-/// Runs a block through two sections at once. The second one works a sample behind the first, so that neither
-/// waits for the other.
-void RunBlock(SecondOrder<double>* first, SecondOrder<double>* second, const double* data, double* out,
-              __int64 n) {
-    Pair next{0.0, first->Step(OrSilence(data[0]))};
-    SecondOrder<Pair> both = Join(*first, *second);
-    for (__int64 i = 1; i < n; ++i) {
-        next.first = OrSilence(data[i]);
-        const Pair y = both.Step(next);
-        out[i - 1] = y.second;
-        next.second = y.first;
-    }
-    Part(both, first, second);
-    out[n - 1] = second->Step(next.second);
 }
 
 /// Calls use(place, k) for the second-order sections k = 0..count-1 of a Butterworth filter, place being
@@ -271,7 +218,7 @@ void ForEachPlace(int count, Use use) {
 }  // namespace
 
 using First = FirstOrder;
-using Second = SecondOrder<double>;
+using Second = SecondOrder;
 
 // A section repeats its state until it is designed.
 CMatIir1th::CMatIir1th() {
@@ -304,7 +251,7 @@ int CMatIir1th::Filtering(CDataArrayDouble* out, const CDataArrayDouble& in) {
 }
 
 CMatIir2th::CMatIir2th() {
-    new (section_) Second{.side = 1.0};
+    (new (section_) Second{})->side = 1.0;
 }
 
 int CMatIir2th::CalcCoefLPF(double fc, double q) {
@@ -405,22 +352,35 @@ double CMatIirNth::Filtering(double x) {
 
 int CMatIirNth::Filtering(const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
-    const double* from = data;
-    if (first_) {
-        first_->Filtering(from, out, n);
-        from = out;
+    const __int64 before = first_ ? 1 : 0, count = sectionCount_ + before;
+    // Singly, sections that follow each other work at once as well, though fewer of them.
+    constexpr __int64 kFew = 32;
+    if (count == 1) return first_ ? first_->Filtering(data, out, n) : sections_[0].Filtering(data, out, n);
+    if (count == 0 || n < kFew) {
+        for (__int64 i = 0; i < n; ++i) out[i] = Filtering(data[i]);
+        return 1;
     }
-    CMatIir2th* section = sections_.get();
-    CMatIir2th* const end = section + sectionCount_;
-    for (; end - section >= 2; section += 2) {
-        RunBlock(&In<Second>(section[0].section_), &In<Second>(section[1].section_), from, out, n);
-        from = out;
+    for (__int64 done = 0; done < count;) {
+        // As many as run at once, but never one alone.
+        const __int64 left = count - done;
+        const __int64 run = left == kvx::kIirSections + 1 ? left - 2 : std::min(left, kvx::kIirSections);
+        std::array<kvx::IirSection, kvx::kIirSections> sections;
+        const auto forEach = [&](auto use) {
+            for (__int64 i = 0; i < run; ++i) {
+                kvx::IirSection& section = sections[static_cast<std::size_t>(i)];
+                if (done + i < before) {
+                    use(section, In<First>(first_->section_));
+                } else {
+                    use(section, In<Second>(sections_[static_cast<std::size_t>(done + i - before)].section_));
+                }
+            }
+        };
+        forEach([](kvx::IirSection& section, const auto& own) { section = own.Widened(); });
+        kvx::ActiveKernels<kvx::IirKernels>().runSections(sections.data(), run, done == 0,
+                                                          done == 0 ? data : out, out, n);
+        forEach([](const kvx::IirSection& section, auto& own) { own.Remember(section); });
+        done += run;
     }
-    if (section != end) {
-        section->Filtering(from, out, n);
-        from = out;
-    }
-    if (from != out) std::copy_n(from, n, out);
     return 1;
 }
 
