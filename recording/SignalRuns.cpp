@@ -4,9 +4,23 @@
 #include <algorithm>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 namespace kvx {
+namespace {
+
+struct Piece {
+    Piece(std::size_t channels, std::size_t room) : samples(channels, std::vector<double>(room)) {
+        for (std::vector<double>& channel : samples) targets.push_back(channel.data());
+    }
+
+    std::vector<std::vector<double>> samples;
+    std::vector<double*> targets;
+    std::size_t count = 0;
+};
+
+}  // namespace
 
 void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take, const ProgressFunction& progress,
              std::optional<std::int64_t> most) {
@@ -19,14 +33,28 @@ void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take, con
     const std::size_t room = std::max<std::size_t>(1, kSamples / channels);
     const auto total =
         static_cast<std::uint64_t>(std::max<std::int64_t>(0, most.value_or(reader.Runs()[run].samples)));
-    std::vector<std::vector<double>> samples(channels, std::vector<double>(room));
-    std::vector<double*> targets;
-    for (std::vector<double>& channel : samples) targets.push_back(channel.data());
-    for (std::uint64_t done = 0; done < total;) {
-        const std::size_t count = reader.Read(run, targets, std::min<std::uint64_t>(room, total - done));
-        if (count == 0) return;
-        take(targets, count);
-        done += count;
+    // A piece is read while the one before it is worked on.
+    Piece pieces[] = {Piece(channels, room), Piece(channels, room)};
+    std::uint64_t asked = 0;
+    const auto read = [&](Piece& piece) {
+        const std::uint64_t wanted = std::min<std::uint64_t>(room, total - asked);
+        piece.count = wanted > 0 ? reader.Read(run, piece.targets, wanted) : 0;
+        asked += piece.count;
+    };
+    read(pieces[0]);
+    std::uint64_t done = 0;
+    for (std::size_t i = 0; pieces[i % 2].count > 0; ++i) {
+        const Piece& piece = pieces[i % 2];
+        Piece& next = pieces[(i + 1) % 2];
+        next.count = 0;
+        ForEachInParallel(asked < total ? 2 : 1, [&](std::size_t work) {
+            if (work == 0) {
+                take(piece.targets, piece.count);
+            } else {
+                read(next);
+            }
+        });
+        done += piece.count;
         if (progress) progress(done, total);
     }
 }

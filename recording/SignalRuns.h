@@ -25,7 +25,8 @@ inline double RateOf(const SignalRun& run) {
 /// Takes the next `count` samples of each channel, in the order of the run.
 using TakeSamples = std::function<void(std::span<double* const> channels, std::size_t count)>;
 
-/// Reads the rest of a run, or its next `most` samples, piece by piece. Throws what the reader throws.
+/// Reads the rest of a run, or its next `most` samples, piece by piece, each while the one before it is
+/// taken. Throws what the reader throws.
 KVX_RECORDING_API void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take,
                                const ProgressFunction& progress = {},
                                std::optional<std::int64_t> most = std::nullopt);
