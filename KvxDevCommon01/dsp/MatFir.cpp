@@ -191,6 +191,10 @@ __int64 CMatFir::GetOutputData(double* out, __int64 n) {
     return state_->results.Take({out, static_cast<std::size_t>(count)});
 }
 
+std::span<const double> CMatFir::TakeInPlace() {
+    return state_ != nullptr ? state_->results.TakeInPlace() : std::span<const double>();
+}
+
 std::int32_t CMatFir::GetOutputDataLong() {
     return kvx::RoundToInteger(GetOutputData());
 }

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include <KvxDevCommon01/Export.h>
 #include <KvxDevCommon01/data/DataArray.h>
@@ -93,7 +94,10 @@ public:
     int ClearResult();
 
 private:
+    friend class CMatMrf;
     struct State;
+    /// As kvx::SampleQueue::TakeInPlace.
+    std::span<const double> TakeInPlace();
     bool Prepare();
     int SetCoefCount(__int64 count);
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr __int64 kBlock = 1024;  // samples that pass between two stages at once
+constexpr __int64 kBlock = 1024;
 
 constexpr auto L2 = CMatFir::FIR_COEF_2;
 constexpr auto L4 = CMatFir::FIR_COEF_4;
@@ -147,9 +147,11 @@ int CMatMrf::SetConvCond(CMatFir::RATE_CONV mode, OVS_RAT code, __int64 outBufSi
     stageCount_ = std::max(plan->count, 1);
     int isBuilt = plan->count > 0 || stages_[0].SetCoef(&kUnity, 1, 0.0) ? 1 : 0;
     const bool isDecimation = mode_ == CMatFir::RATE_DECIMATE;
-    // What is fed at once makes at most kBlock samples ahead of the last stage, the first of the plan's row.
-    if (mode_ == CMatFir::RATE_INTERPOLATE && plan->count > 0) {
-        feedSize_ = kBlock * kvx::RateChangeOf(plan->sets[0]) / plan->ratio;
+    // What is fed at once makes about kBlock samples between two stages at most: behind the first stage, or
+    // ahead of the last one, the first of the plan's row.
+    if (plan->count > 0) {
+        const int change = kvx::RateChangeOf(plan->sets[0]);
+        feedSize_ = isDecimation ? kBlock * change : kBlock * change / plan->ratio;
     }
     std::int32_t product = 1;
     for (int i = 0; i < plan->count; ++i) {
@@ -187,18 +189,15 @@ int CMatMrf::ClearResult() {
 
 int CMatMrf::Feed(const double* x, __int64 n) {
     if (stageCount_ == 0) return 0;
-    std::array<double, kBlock> between;
     int kept = 1;
     while (n > 0) {
         const __int64 run = std::min(n, feedSize_);
-        const double* samples = x;
-        __int64 count = run;
+        std::span samples(x, static_cast<std::size_t>(run));
         for (CMatFir& stage : Stages().first(Stages().size() - 1)) {
-            kept &= stage.SetInputData(samples, count);
-            count = stage.GetOutputData(between.data(), kBlock);
-            samples = between.data();
+            kept &= stage.SetInputData(samples.data(), std::ssize(samples));
+            samples = stage.TakeInPlace();
         }
-        kept &= LastStage().SetInputData(samples, count);
+        kept &= LastStage().SetInputData(samples.data(), std::ssize(samples));
         x += run;
         n -= run;
     }

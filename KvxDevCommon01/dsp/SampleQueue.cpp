@@ -25,8 +25,7 @@ bool SampleQueue::Enqueue(__int64 count, Write write) {
     if (size == 0) return count == 0;
     const __int64 kept = std::min(count, size);
     const __int64 lost = std::max<__int64>(waiting_ - (size - kept), 0);
-    readIndex_ = static_cast<__int64>(Wrap(readIndex_ + lost));
-    waiting_ -= lost;
+    Drop(lost);
     __int64 first = count - kept;
     WalkRings(
         kept,
@@ -56,8 +55,7 @@ __int64 SampleQueue::Take(std::span<double> out) {
     WalkRings(
         taken, [&](__int64 run, const double* from) { to = std::copy_n(from, run, to); },
         Ring<const double>{values_.data(), GetSize(), readIndex_});
-    readIndex_ = static_cast<__int64>(Wrap(readIndex_ + taken));
-    waiting_ -= taken;
+    Drop(taken);
     return taken;
 }
 

@@ -32,18 +32,18 @@ struct Sums {
     Index taps;
     Offset offset;
 
-    /// `kVectors` times `kWidth` neighbouring sums.
+    /// `kVectors` vectors of `kWidth` neighbouring sums, one vector `apart` from the next.
     template <unsigned kWidth, unsigned kVectors>
-    void Make(const double* x, double* y) const {
+    void Make(const double* x, double* y, Index apart = kWidth) const {
         using Some = Vector<kWidth>;
         Some sums[kVectors];
         for (Some& sum : sums) sum = Repeated<Some>(kNothing);
         for (Index tap = 0; tap < taps; ++tap) {
             const double* const from = x + offset(tap);
             for (unsigned v = 0; v < kVectors; ++v)
-                sums[v] = MultiplyAdd(coef[tap], LoadSome<Some>(from + v * kWidth), sums[v]);
+                sums[v] = MultiplyAdd(coef[tap], LoadSome<Some>(from + v * apart), sums[v]);
         }
-        for (unsigned v = 0; v < kVectors; ++v) StoreSome(y + v * kWidth, sums[v]);
+        for (unsigned v = 0; v < kVectors; ++v) StoreSome(y + v * apart, sums[v]);
     }
 
     void MakeAll(const double* x, double* y, Index count) const {
@@ -60,16 +60,18 @@ struct Sums {
         MakeRest<kLanes>(x, y, k, count);
     }
 
-    /// The sums from k on, at most one more vector than one. The last vector begins early where it would end
-    /// late: what it makes again are the same bits.
+    /// The sums from k on, fewer than two vectors. Vectors overlap where they would end late: what is made
+    /// again are the same bits.
     template <unsigned kWidth>
     void MakeRest(const double* x, double* y, Index k, Index count) const {
-        if constexpr (kWidth > 1) {
-            if (count < static_cast<Index>(kWidth)) return MakeRest<kWidth / 2>(x, y, k, count);
-        }
-        for (; k < count; k += kWidth) {
-            const Index from = Least(k, count - kWidth);
-            Make<kWidth, 1>(x + from, y + from);
+        const Index rest = count - k;
+        if (rest == 0) return;
+        if (rest > static_cast<Index>(kWidth)) {
+            Make<kWidth, 2>(x + k, y + k, rest - kWidth);
+        } else if (count >= static_cast<Index>(kWidth)) {
+            Make<kWidth, 1>(x + count - kWidth, y + count - kWidth);
+        } else if constexpr (kWidth > 1) {
+            MakeRest<kWidth / 2>(x, y, k, count);
         }
     }
 };
@@ -228,23 +230,27 @@ void ForEach(Use use, std::integer_sequence<unsigned, kIndex...>) {
     (use(Constant<kIndex>()), ...);
 }
 
-/// Deals out whole vectors and returns how many samples these were.
+/// Deals out what fills vectors and returns how many samples this was, a multiple of the ratio.
 template <unsigned kRatio>
 Index DealVectors(const double* x, Index count, double* rows, Index rowLength) {
     constexpr Index kStep = kRatio * kLanes;
-    Index done = 0;
-    for (; count - done >= kStep; done += kStep) {
+    const Index last = count >= kStep ? (count - kStep) / kRatio * kRatio : -1;
+    Index first = 0;
+    while (first <= last) {
         Lanes samples[kRatio];
-        for (unsigned v = 0; v < kRatio; ++v) samples[v] = Load(x + done + v * kLanes);
+        for (unsigned v = 0; v < kRatio; ++v) samples[v] = Load(x + first + v * kLanes);
         ForEach(
             [&](auto row) {
                 constexpr unsigned kRow = decltype(row)::value;
-                Store(rows + kRow * rowLength + done / kRatio, Collect<OfRow<kRatio, kRow>>(samples));
+                Store(rows + kRow * rowLength + first / kRatio, Collect<OfRow<kRatio, kRow>>(samples));
             },
             std::make_integer_sequence<unsigned, kRatio>());
+        // The last step begins early where it would end late: it deals some samples out again.
+        first = first < last ? Least(first + kStep, last) : last + 1;
     }
-    return done;
+    return last < 0 ? 0 : last + kStep;
 }
+
 Index DealVectors(const double* x, Index count, Index ratio, double* rows, Index rowCount, Index rowLength) {
     if (rowCount < ratio) return 0;
     switch (ratio) {
