@@ -62,9 +62,12 @@ void OnTwoArrays(benchmark::State& state, Operation operation) {
 
 KVX_BENCH_ARRAYS(AddArrays, (a += b).GetNum());
 KVX_BENCH_ARRAYS(MultiplyArrays, (a *= b).GetNum());
+KVX_BENCH_ARRAYS(DivideArrays, (a /= b).GetNum());
 KVX_BENCH_ARRAYS(Scale, (a *= 1.0).GetNum());
 KVX_BENCH_ARRAYS(Assign, (a = b).GetNum());
 KVX_BENCH_ARRAYS(Sum, b.GetSum());
+KVX_BENCH_ARRAYS(SquareSum, b.GetSqSum(0, 0));
+KVX_BENCH_ARRAYS(LargestMagnitude, b.GetAbsMax(0, 0));
 KVX_BENCH_ARRAYS(SquareSumAroundTheRing, b.GetSqSum(b.GetNum() / 3, 0));
 KVX_BENCH_ARRAYS(CopyAroundTheRing, a.Copy(b, b.GetNum() / 3, b.GetNum() / 2, b.GetNum()));
 KVX_BENCH_ARRAYS(AddAroundTheRing, a.AddArr(b, b.GetNum() / 3, b.GetNum() / 2, b.GetNum()));

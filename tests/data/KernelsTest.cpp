@@ -206,6 +206,27 @@ TEST(ElementKernels, GiveTheBitsOfThePlainLoop) {
     }
 }
 
+TEST(ElementKernels, DivideByANumberWithOneRounding) {
+    Numbers values = Values(20'000, 14);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        // Products of the divisor and few bits, whose quotients are exact or lie beside the middle of two
+        // numbers.
+        if (i % 3 == 0) values[i] = std::nextafter(std::round(values[i] * 0x1p20) * 9.80665, values[i]);
+        if (i % 5 == 0) values[i] = std::ldexp(values[i], static_cast<int>(i % 2100) - 1050);
+    }
+    Numbers quotients(values.size());
+    for (const double divisor : {9.80665, -0.3048, 1.8, 3.0, 1.0 / 3.0, 2.0 - 0x1p-52, 0x1p-30, 1e-200, 1e300,
+                                 kTiniest, kInf, 0.0}) {
+        for (const kvx::KernelSet set : kvx::AvailableKernelSets()) {
+            kvx::KernelsOf<kvx::ElementKernels>(set).convert(
+                quotients.data(), values.data(), {-0.0, divisor, true, -0.0}, 1.0, Signed(values.size()));
+            for (std::size_t i = 0; i < values.size(); ++i)
+                ASSERT_PRED2(IsSame, quotients[i], values[i] / divisor)
+                    << kvx::NameOf(set) << " " << values[i] << " / " << divisor;
+        }
+    }
+}
+
 TEST(ElementKernels, ConvertPrecisionsAndKeepTheMarker) {
     const Numbers doubles = Values(1100, 8, 4);
     std::vector<float> floats(doubles.size());

@@ -95,24 +95,58 @@ void Widen(double* to, const float* a, Index count) {
 
 // ---- Units
 
-template <bool kDivides, typename V>
-inline V Converted(V x, const AffineConversion& by) {
-    const V shifted = x + by.before;
-    return (kDivides ? shifted / by.factor : shifted * by.factor) + by.after;
-}
+/// Divides by one number. A register of eight quotients takes the machine longer than all else of a
+/// conversion; there the product with the reciprocal is corrected twice by its remainder instead, which by
+/// Markstein's theorem rounds correctly where no part lies near the ends of the range.
+struct Divisor {
+    explicit Divisor(double number) : divisor(number), reciprocal(1.0 / number) {
+        const double size = number < 0.0 ? -number : number;
+        isModerate = size >= 0x1p-100 && size <= 0x1p100;
+    }
 
-template <bool kDivides, typename Real>
-void ConvertEach(Real* to, const Real* a, const AffineConversion& conversion, double gain, Index count) {
+    template <unsigned kWidth>
+    Vector<double, kWidth> Quotient(Vector<double, kWidth> x) const {
+#if defined(__AVX512F__)
+        if constexpr (kWidth == kLanes) {
+            const Lanes size = x < 0.0 ? -x : x;
+            if (isModerate && AreAll((size >= 0x1p-900) & (size <= 0x1p900))) {
+                const Lanes d = Spread<Lanes>(divisor), r = Spread<Lanes>(reciprocal);
+                Lanes q = x * r;
+                q = FusedSum(FusedRemainder(x, q, d), r, q);
+                return FusedSum(FusedRemainder(x, q, d), r, q);
+            }
+        }
+#endif
+        return x / divisor;
+    }
+
+    double divisor;
+    double reciprocal;
+    bool isModerate;
+};
+
+/// to[i] = ((a[i] + before) scaled + after) * gain
+template <typename Real, class Scaled>
+void ConvertEach(Real* to, const Real* a, double before, double after, double gain, Index count,
+                 Scaled scaled) {
     SetEach(to, count, [=]<unsigned kWidth>(Index i) {
-        const auto x = Converted<double, kWidth>(LoadVector<kWidth>(a + i));
-        return Converted<Real, kWidth>(Converted<kDivides>(x, conversion) * gain);
+        const Vector<double, kWidth> x = Converted<double, kWidth>(LoadVector<kWidth>(a + i)) + before;
+        return Converted<Real, kWidth>((scaled.template operator()<kWidth>(x) + after) * gain);
     });
 }
 
 template <typename Real>
 void Convert(Real* to, const Real* a, const AffineConversion& conversion, double gain, Index count) {
-    const auto convert = conversion.divides ? ConvertEach<true, Real> : ConvertEach<false, Real>;
-    convert(to, a, conversion, gain, count);
+    const auto [before, factor, divides, after] = conversion;
+    if (divides) {
+        const Divisor divisor(factor);
+        ConvertEach(to, a, before, after, gain, count,
+                    [=]<unsigned kWidth>(Vector<double, kWidth> x) { return divisor.Quotient<kWidth>(x); });
+    } else {
+        const double f = factor;
+        ConvertEach(to, a, before, after, gain, count,
+                    [=]<unsigned kWidth>(Vector<double, kWidth> x) { return x * f; });
+    }
 }
 
 void ActByRatio(double* values, const double* converted, const RatioUse& use, Index count) {

@@ -12,6 +12,19 @@ namespace {
 
 // ---- Sums
 
+/// The first `count` < kLanes elements, and zeros.
+Lanes LoadFew(const double* from, unsigned count) {
+    double few[kLanes] = {};
+    double* to = few;
+    for (unsigned width = kLanes / 2; width > 0; width /= 2) {
+        if ((count & width) == 0) continue;
+        __builtin_memcpy(to, from, width * sizeof(double));
+        to += width;
+        from += width;
+    }
+    return Load(few);
+}
+
 /// The sums of kSumLanes lanes, in as few registers as hold them.
 class LaneSums {
 public:
@@ -29,6 +42,17 @@ public:
     void AddGroups(const double* values, Index groups, Term term) {
         for (; groups > 0; --groups, values += kSumLanes) {
             for (unsigned v = 0; v < kVectors; ++v) sums_[v] += term(Load(values + v * kLanes));
+        }
+    }
+
+    /// Adds fewer values than there are lanes to the first of them. No sum is -0.0, so that adding zeros to
+    /// the sums beside those of the last values changes nothing.
+    template <class Term>
+    void AddRest(const double* values, Index count, Term term) {
+        for (unsigned v = 0; v < kVectors && count > 0; ++v, count -= Index{kLanes}) {
+            const double* const from = values + v * kLanes;
+            sums_[v] +=
+                term(count >= Index{kLanes} ? Load(from) : LoadFew(from, static_cast<unsigned>(count)));
         }
     }
 
@@ -73,11 +97,7 @@ double SumOf(const double* values, Index count, Term term) {
     const Index groups = (count - head) / kSumLanes;
     sums.AddGroups(values + head, groups, term);
     const Index done = head + groups * kSumLanes;
-    if (done != count) {
-        double group[kSumLanes] = {};
-        for (Index i = done; i < count; ++i) group[i - done] = values[i];
-        sums.AddGroups(group, 1, term);
-    }
+    sums.AddRest(values + done, count - done, term);
     if (head != 0) {
         double turned[2 * kSumLanes];
         sums.StoreTo(turned);

@@ -82,6 +82,18 @@ inline To BitsAs(From from) {
 [[maybe_unused]] inline Vector<double, 8> SquareRoot(Vector<double, 8> x) {
     return _mm512_maskz_sqrt_pd(0xFF, x);
 }
+
+/// Whether a comparison of two registers holds in every lane.
+[[maybe_unused]] inline bool AreAll(Vector<std::int64_t, 8> comparison) {
+    return _mm512_movepi64_mask(BitsAs<__m512i>(comparison)) == 0xFF;
+}
+/// a b + c and a - b c, rounded once.
+[[maybe_unused]] inline Lanes FusedSum(Lanes a, Lanes b, Lanes c) {
+    return _mm512_fmadd_pd(a, b, c);
+}
+[[maybe_unused]] inline Lanes FusedRemainder(Lanes a, Lanes b, Lanes c) {
+    return _mm512_fnmadd_pd(b, c, a);
+}
 #endif
 
 /// store(i, value<width>(i)) for fewer elements than twice kWidth, from the i-th on.
