@@ -26,6 +26,7 @@
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 
+#include <KvxDevCommon01/text/Decimal.h>
 #include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
 

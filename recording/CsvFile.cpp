@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include <KvxRecording01/CsvFile.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/Decimal.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
@@ -22,18 +26,22 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{1} << 16;
 
+/// Rows that one core turns into text at a time.
+constexpr std::size_t kRows = 1024;
+
 /// The text of a number, without an allocation.
 class NumberText {
 public:
     static NumberText Exact(double value) {
         NumberText text;
-        text.Keep(std::to_chars(text.buffer_.data(), text.buffer_.data() + kRoom, value));
+        text.Keep(WriteExact(text.buffer_.data(), value));
         return text;
     }
     static NumberText Rounded(double value, int digits) {
         NumberText text;
-        text.Keep(std::to_chars(text.buffer_.data(), text.buffer_.data() + kRoom, value,
-                                std::chars_format::general, digits));
+        text.Keep(std::to_chars(text.buffer_.data(), text.buffer_.data() + kDecimalRoom, value,
+                                std::chars_format::general, digits)
+                      .ptr);
         return text;
     }
 
@@ -45,22 +53,19 @@ public:
     }
 
 private:
-    static constexpr std::size_t kRoom = 32;
-
     NumberText() = default;
-    void Keep(const std::to_chars_result& result) {
-        size_ = static_cast<std::size_t>(result.ptr - buffer_.data());
-    }
+    void Keep(const char* end) { size_ = static_cast<std::size_t>(end - buffer_.data()); }
 
-    std::array<char, kRoom> buffer_ = {};
+    std::array<char, kDecimalRoom> buffer_;
     std::size_t size_ = 0;
 };
+
+/// Beside a number that is shown lie these, two doubles on.
+constexpr double kFewSteps = 2 * std::numeric_limits<double>::epsilon();
 
 /// The number in `unit` for a stored value, given what it is there, `shown`, and what that is stored as,
 /// `again`.
 NumberText TextOf(const CUnitCtrl& unit, double stored, double shown, double again) {
-    constexpr int kSafeDigits = 15;  // so many decimal digits survive being a double
-    constexpr double kFewSteps = 2 * std::numeric_limits<double>::epsilon();
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     if (shown == stored && again == stored) return NumberText::Exact(shown);
     const int absolute = unit.IsSingle();
@@ -82,6 +87,80 @@ NumberText TextOf(const CUnitCtrl& unit, double stored, double shown, double aga
     }
     return NumberText::Exact(shown);
 }
+
+/// The texts of stored values of one unit, what TextOf gives for each; conversions take all of them at once.
+class ColumnText {
+public:
+    void Prepare(const CUnitCtrl& unit, std::span<const double> stored) {
+        unit_ = &unit;
+        stored_ = stored;
+        const std::size_t count = stored.size();
+        for (std::vector<double>* values : {&shown_, &again_, &safe_, &safeAgain_, &beside_, &besideAgain_})
+            values->resize(count);
+        safeDecimals_.resize(count);
+        ways_.resize(count);
+        unit.ConvDtoI(shown_.data(), stored.data(), std::ssize(stored), 1.0, unit.IsSingle());
+        ToStored(shown_, again_);
+        bool areExact = true;
+        for (std::size_t i = 0; i < count; ++i) {
+            const bool isExact = shown_[i] == stored[i] && again_[i] == stored[i];
+            ways_[i] = isExact ? Way::exact : Way::other;
+            areExact &= isExact;
+        }
+        if (!areExact) FindSafe();
+    }
+
+    /// Writes the text of a value that is not missing, and returns its end.
+    char* Write(char* text, std::size_t i) const {
+        if (ways_[i] == Way::exact) return WriteExact(text, shown_[i]);
+        if (ways_[i] == Way::safe) return WriteSafe(text, safeDecimals_[i]);
+        const NumberText other = TextOf(*unit_, stored_[i], shown_[i], again_[i]);
+        return std::ranges::copy(other.View(), text).out;
+    }
+
+private:
+    enum class Way : unsigned char { exact, safe, other };
+
+    void ToStored(const std::vector<double>& shown, std::vector<double>& stored) const {
+        unit_->ConvItoD(stored.data(), shown.data(), std::ssize(shown), 1.0, unit_->IsSingle());
+    }
+
+    /// Finds the values for which the safe digits of what is shown are stored alike, and its neighbours not.
+    void FindSafe() {
+        for (std::size_t i = 0; i < stored_.size(); ++i) {
+            safe_[i] = shown_[i];
+            if (ways_[i] == Way::exact || !std::isfinite(shown_[i])) continue;
+            const std::optional<Decimal> decimal = SafeDecimal(ShortestDecimal(shown_[i]));
+            const std::optional<double> value = decimal ? ValueOf(*decimal) : std::nullopt;
+            if (!value) continue;
+            safe_[i] = *value;
+            safeDecimals_[i] = *decimal;
+            ways_[i] = Way::safe;
+        }
+        ToStored(safe_, safeAgain_);
+        KeepSafe([&](std::size_t i) { return safeAgain_[i] == stored_[i]; });
+        for (const double factor : {1.0 + kFewSteps, 1.0 - kFewSteps}) {
+            for (std::size_t i = 0; i < stored_.size(); ++i) beside_[i] = shown_[i] * factor;
+            ToStored(beside_, besideAgain_);
+            KeepSafe([&](std::size_t i) { return besideAgain_[i] != stored_[i]; });
+        }
+    }
+
+    template <typename Condition>
+    void KeepSafe(Condition isSafe) {
+        for (std::size_t i = 0; i < stored_.size(); ++i) {
+            if (ways_[i] == Way::safe && !isSafe(i)) ways_[i] = Way::other;
+        }
+    }
+
+    const CUnitCtrl* unit_ = nullptr;
+    std::span<const double> stored_ = {};
+    std::vector<double> shown_, again_;
+    std::vector<double> safe_, safeAgain_;
+    std::vector<double> beside_, besideAgain_;
+    std::vector<Decimal> safeDecimals_;
+    std::vector<Way> ways_;
+};
 
 /// "name [unit]", in quotes where the comma rules want it.
 std::string Heading(const CsvColumn& column) {
@@ -155,23 +234,31 @@ CsvWriter::CsvWriter(ByteStream& stream, const CUnitCtrl& axisUnit, std::vector<
 
 void CsvWriter::Write(std::span<const double> axis, std::span<const double* const> columns) {
     RequireChannels(columns, columns_.size(), axis.size());
-    const auto rows = static_cast<__int64>(axis.size());
-    std::vector<std::vector<double>> shown(columns.size(), std::vector<double>(axis.size()));
-    std::vector<std::vector<double>> again = shown;
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-        const CUnitCtrl& unit = columns_[c].unit;
-        unit.ConvDtoI(shown[c].data(), columns[c], rows, 1.0, unit.IsSingle());
-        unit.ConvItoD(again[c].data(), shown[c].data(), rows, 1.0, unit.IsSingle());
-    }
-    for (std::size_t i = 0; i < axis.size(); ++i) {
-        text_ += NumberText::Exact(axis[i]).View();
-        for (std::size_t c = 0; c < columns.size(); ++c) {
-            text_ += ',';
-            const double stored = columns[c][i];
-            if (stored == kNoValue<double>) continue;
-            text_ += TextOf(columns_[c].unit, stored, shown[c][i], again[c][i]).View();
+    const std::size_t pieces = (axis.size() + kRows - 1) / kRows;
+    if (pieces_.size() < pieces) pieces_.resize(pieces);
+    ForEachInParallel(pieces, [&](std::size_t piece) {
+        const std::size_t first = piece * kRows;
+        const std::size_t count = std::min(kRows, axis.size() - first);
+        std::vector<ColumnText> values(columns.size());
+        for (std::size_t c = 0; c < columns.size(); ++c)
+            values[c].Prepare(columns_[c].unit, {columns[c] + first, count});
+        std::string& text = pieces_[piece];
+        std::size_t used = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t room = (columns.size() + 1) * (kDecimalRoom + 1);
+            if (text.size() < used + room) text.resize(std::max(2 * used, used + room));
+            char* end = WriteExact(text.data() + used, axis[first + i]);
+            for (std::size_t c = 0; c < columns.size(); ++c) {
+                *end++ = ',';
+                if (columns[c][first + i] != kNoValue<double>) end = values[c].Write(end, i);
+            }
+            *end++ = '\n';
+            used = static_cast<std::size_t>(end - text.data());
         }
-        text_ += '\n';
+        text.resize(used);
+    });
+    for (std::size_t piece = 0; piece < pieces; ++piece) {
+        text_ += pieces_[piece];
         if (text_.size() >= kPiece) Flush();
     }
 }

@@ -41,6 +41,7 @@ private:
     ByteStream& stream_;
     std::vector<CsvColumn> columns_;
     std::string text_;
+    std::vector<std::string> pieces_;  ///< of text, as room for the next rows
 };
 
 }  // namespace kvx
