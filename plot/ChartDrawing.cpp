@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxPlot01/Curve.h>
 #include <KvxPlot01/LineLook.h>
 #include <KvxPlot01/detail/FineLines.h>
@@ -166,29 +167,75 @@ void DrawChartGround(const Chart& chart, const ChartLayout& layout, const ChartC
     if (chart.hasGrid) DrawGrid(layout, colors, canvas);
 }
 
-void DrawCurve(const ChartCurve& curve, const ChartLayout& layout, CGraphColorInfo::OUTPUT_KIND output,
-               Canvas& canvas) {
+namespace {
+
+/// A curve on its way to the canvas.
+struct CurveDrawing {
+    const ChartCurve* curve = nullptr;
+    bool isSeen = false;
+    CurveFrame frame = {};
+    Rect barPlot = {};
+    Pen pen = {};
+    Path line = {};
+    Path marks = {};
+
+    bool HasMarks() const { return curve->look.m_bMark || curve->shape == CurveShape::kMarks; }
+    bool HasLine() const {
+        return curve->shape != CurveShape::kBars && curve->shape != CurveShape::kMarks &&
+               pen.type != CKvxGraphLineSample::LINE_NONE;
+    }
+};
+
+CurveDrawing BeginCurve(const ChartCurve& curve, const ChartLayout& layout,
+                        CGraphColorInfo::OUTPUT_KIND output, Canvas& canvas) {
+    CurveDrawing drawing = {&curve};
     const bool isOnSecondAxis = curve.isOnSecondAxis && layout.y2;
     const AxisMapping& y = isOnSecondAxis ? layout.y2->mapping : layout.y.mapping;
-    if (layout.plot.IsEmpty() || layout.x.mapping.scale == 0.0 || y.scale == 0.0) return;
-    const Rect seen = WithFrame(layout.plot, canvas);
-    const CurveFrame frame{layout.x.mapping, y, seen, canvas.GetFineness()};
-    const ClipScope clip(canvas, seen);
-    const Pen pen = LinePen(curve.look, output, canvas.GetPointLength());
+    if (layout.plot.IsEmpty() || layout.x.mapping.scale == 0.0 || y.scale == 0.0) return drawing;
+    drawing.isSeen = true;
+    drawing.frame = {layout.x.mapping, y, WithFrame(layout.plot, canvas), canvas.GetFineness()};
+    // Bars stand on the frame and leave it whole.
+    drawing.barPlot = layout.plot.Inset(FineLines(canvas).GetWidth() / 2.0);
+    drawing.pen = LinePen(curve.look, output, canvas.GetPointLength());
+    return drawing;
+}
+
+/// Goes through the samples, which asks nothing of the canvas.
+void MakePaths(CurveDrawing& drawing) {
+    if (!drawing.isSeen) return;
+    const ChartCurve& curve = *drawing.curve;
     if (curve.shape == CurveShape::kBars) {
-        // Bars stand on the frame and leave it whole.
-        CurveFrame inside = frame;
-        inside.plot = layout.plot.Inset(FineLines(canvas).GetWidth() / 2.0);
-        canvas.Fill(BarPath(curve.samples, inside), curve.look.m_rgbLine);
-    } else if (curve.shape != CurveShape::kMarks && pen.type != CKvxGraphLineSample::LINE_NONE) {
-        const Path path = curve.shape == CurveShape::kSteps ? StepPath(curve.samples, frame)
-                                                            : LinePath(curve.samples, frame);
-        canvas.Stroke(path, pen);
-        DrawLonePoints(path, pen, canvas);
+        CurveFrame inside = drawing.frame;
+        inside.plot = drawing.barPlot;
+        drawing.line = BarPath(curve.samples, inside);
+    } else if (drawing.HasLine()) {
+        drawing.line = curve.shape == CurveShape::kSteps ? StepPath(curve.samples, drawing.frame)
+                                                         : LinePath(curve.samples, drawing.frame);
     }
-    if (curve.look.m_bMark || curve.shape == CurveShape::kMarks) {
-        DrawMarks(canvas, MarkPlaces(curve.samples, frame, curve.look.m_lMarkInterval), curve.look);
+    if (drawing.HasMarks())
+        drawing.marks = MarkPlaces(curve.samples, drawing.frame, curve.look.m_lMarkInterval);
+}
+
+void FinishCurve(const CurveDrawing& drawing, Canvas& canvas) {
+    if (!drawing.isSeen) return;
+    const ChartCurve& curve = *drawing.curve;
+    const ClipScope clip(canvas, drawing.frame.plot);
+    if (curve.shape == CurveShape::kBars) {
+        canvas.Fill(drawing.line, curve.look.m_rgbLine);
+    } else if (drawing.HasLine()) {
+        canvas.Stroke(drawing.line, drawing.pen);
+        DrawLonePoints(drawing.line, drawing.pen, canvas);
     }
+    if (drawing.HasMarks()) DrawMarks(canvas, drawing.marks, curve.look);
+}
+
+}  // namespace
+
+void DrawCurve(const ChartCurve& curve, const ChartLayout& layout, CGraphColorInfo::OUTPUT_KIND output,
+               Canvas& canvas) {
+    CurveDrawing drawing = BeginCurve(curve, layout, output, canvas);
+    MakePaths(drawing);
+    FinishCurve(drawing, canvas);
 }
 
 void DrawChartMarks(const Chart& chart, const ChartLayout& layout, Canvas& canvas) {
@@ -223,7 +270,12 @@ void DrawChart(const Chart& chart, const ChartLayout& layout, const ChartColors&
     DrawChartGround(chart, layout, colors, canvas);
     // Below the curves: it would cover those that lie on a bound.
     DrawFrameLines(layout, colors.Of(Compo::COMPO_FRAME), canvas);
-    for (const ChartCurve& curve : chart.curves) DrawCurve(curve, layout, colors.output, canvas);
+    std::vector<CurveDrawing> drawings;
+    for (const ChartCurve& curve : chart.curves) {
+        drawings.push_back(BeginCurve(curve, layout, colors.output, canvas));
+    }
+    ForEachInParallel(drawings.size(), [&](std::size_t i) { MakePaths(drawings[i]); });
+    for (const CurveDrawing& drawing : drawings) FinishCurve(drawing, canvas);
     DrawChartMarks(chart, layout, canvas);
     DrawSurroundings(chart, layout, colors, canvas);
 }

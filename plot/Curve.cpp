@@ -8,8 +8,10 @@
 #include <limits>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include <KvxDevCommon01/data/DataArray.h>
+#include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxPlot01/detail/ShownValues.h>
 #include <KvxPlot01/detail/VisibleSamples.h>
 
@@ -77,6 +79,34 @@ public:
         high_ = std::max(high_, value);
         if (value > 0.0) lowAboveZero_ = std::min(lowAboveZero_, value);
     }
+    /// Adds many values, several at once.
+    void Add(std::span<const double> values) {
+        constexpr std::size_t kLanes = 8;
+        constexpr double kHighest = std::numeric_limits<double>::max();
+        std::array<ExtentScan, kLanes> lanes;
+        std::size_t i = 0;
+        for (; i + kLanes <= values.size(); i += kLanes) {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                const double value = values[i + lane];
+                const bool isFinite = std::abs(value) <= kHighest;
+                const double low = isFinite ? value : kInfinity;
+                const double high = isFinite ? value : -kInfinity;
+                const double above = low > 0.0 ? low : kInfinity;
+                ExtentScan& scan = lanes[lane];
+                scan.low_ = low < scan.low_ ? low : scan.low_;
+                scan.high_ = high > scan.high_ ? high : scan.high_;
+                scan.lowAboveZero_ = above < scan.lowAboveZero_ ? above : scan.lowAboveZero_;
+            }
+        }
+        for (const ExtentScan& scan : lanes) Add(scan);
+        for (; i < values.size(); ++i) Add(values[i]);
+    }
+    /// Adds what another scan gathered.
+    void Add(const ExtentScan& later) {
+        low_ = std::min(low_, later.low_);
+        high_ = std::max(high_, later.high_);
+        lowAboveZero_ = std::min(lowAboveZero_, later.lowAboveZero_);
+    }
     CurveExtent GetExtent() const {
         if (low_ > high_) return {};
         return {low_, high_, std::isinf(lowAboveZero_) ? 0.0 : lowAboveZero_};
@@ -90,6 +120,68 @@ private:
     double lowAboveZero_ = kInfinity;
 };
 
+/// The extent of what `add(piece, scan)` adds of pieces of the range, side by side on the cores.
+template <typename AddPiece>
+CurveExtent ExtentOf(const IndexRange& range, AddPiece add) {
+    constexpr __int64 kPiece = 1 << 16;
+    std::vector<ExtentScan> scans(static_cast<std::size_t>((range.count + kPiece - 1) / kPiece));
+    ForEachInParallel(scans.size(), [&](std::size_t i) {
+        const __int64 before = static_cast<__int64>(i) * kPiece;
+        ExtentScan scan;
+        add(IndexRange{range.first + before, std::min(kPiece, range.count - before)}, scan);
+        scans[i] = scan;
+    });
+    ExtentScan all;
+    for (const ExtentScan& scan : scans) all.Add(scan);
+    return all.GetExtent();
+}
+
+/// The extent of the shown values in the range.
+CurveExtent ExtentOfValues(const CurveSamples& samples, const IndexRange& range) {
+    return ExtentOf(range, [&](const IndexRange& piece, ExtentScan& scan) {
+        std::array<double, 512> values;
+        const __int64 end = piece.first + piece.count;
+        for (__int64 first = piece.first; first < end; first += std::ssize(values)) {
+            const auto count = static_cast<std::size_t>(std::min(end - first, std::ssize(values)));
+            const std::span<double> block = std::span(values).first(count);
+            const double* const y = samples.y.data() + first;
+            for (std::size_t i = 0; i < count; ++i)
+                block[i] = y[i] == kNoValue<double> ? std::numeric_limits<double>::quiet_NaN() : y[i];
+            if (samples.shownY != nullptr) ToShown(*samples.shownY, block);
+            scan.Add(block);
+        }
+    });
+}
+
+/// Whether X rises from sample to sample, so that an interval of it is a range of samples.
+bool IsRising(const CurveSamples& samples) {
+    if (!samples.IsEven() || samples.Count() < 2 || !(samples.step > 0.0)) return false;
+    const double first = samples.ShownXAt(0);
+    const double last = samples.ShownXAt(samples.Count() - 1);
+    return std::isfinite(first) && std::isfinite(last) && first < last;
+}
+
+/// Number of samples, of those whose X rises, in front of the first for which `isBehind(x)`.
+template <typename Condition>
+__int64 CountInFront(const CurveSamples& samples, Condition isBehind) {
+    __int64 low = 0;
+    for (__int64 high = samples.Count(); low < high;) {
+        const __int64 middle = low + (high - low) / 2;
+        if (isBehind(samples.ShownXAt(middle))) {
+            high = middle;
+        } else {
+            low = middle + 1;
+        }
+    }
+    return low;
+}
+
+bool HasValue(const CurveSamples& samples, __int64 index) {
+    const double y = samples.YAt(index);
+    if (y == kNoValue<double> || std::isnan(y)) return false;
+    return samples.shownY == nullptr || !std::isnan(ToShown(*samples.shownY, y));
+}
+
 /// Points one after the other in the same column become at most four: first, lowest and highest as they
 /// came, last. `Sink` takes the points and the ends of runs.
 template <typename Sink>
@@ -98,8 +190,8 @@ public:
     ColumnReducer(double columnWidth, Sink& sink) : columnWidth_(columnWidth), sink_(sink) {}
 
     void Add(Point point) {
-        const double column = std::floor(point.x / columnWidth_);
-        if (gathered_ != 0 && column == column_) {
+        const double place = point.x / columnWidth_;
+        if (gathered_ != 0 && place >= column_ && place < column_ + 1.0) {
             if (point.y < low_.point.y) low_ = {point, gathered_};
             if (point.y > high_.point.y) high_ = {point, gathered_};
             last_ = {point, gathered_};
@@ -107,7 +199,7 @@ public:
             return;
         }
         Flush();
-        column_ = column;
+        column_ = std::floor(place);
         first_ = low_ = high_ = last_ = {point, 0};
         gathered_ = 1;
     }
@@ -258,21 +350,48 @@ void CurveExtent::Include(const CurveExtent& other) {
 }
 
 CurveExtent ExtentOfX(const CurveSamples& samples) {
-    if (samples.Count() == 0) return {};
-    ExtentScan scan;
-    ForEachShown(samples, {0, samples.Count()}, 1, [&](double x, double y, __int64) {
-        if (!std::isnan(y)) scan.Add(x);
+    const __int64 count = samples.Count();
+    if (IsRising(samples)) {
+        // The first and the last one with a value, and the first of those above 0.
+        ExtentScan scan;
+        const __int64 positive = CountInFront(samples, [](double x) { return x > 0.0; });
+        const auto addFirstFrom = [&](__int64 index) {
+            while (index < count && !HasValue(samples, index)) ++index;
+            if (index < count) scan.Add(samples.ShownXAt(index));
+        };
+        addFirstFrom(0);
+        addFirstFrom(positive);
+        __int64 last = count - 1;
+        while (last > 0 && !HasValue(samples, last)) --last;
+        if (HasValue(samples, last)) scan.Add(samples.ShownXAt(last));
+        return scan.GetExtent();
+    }
+    return ExtentOf({0, count}, [&](const IndexRange& piece, ExtentScan& scan) {
+        ForEachShown(samples, piece, 1, [&](double x, double y, __int64) {
+            if (!std::isnan(y)) scan.Add(x);
+        });
     });
-    return scan.GetExtent();
 }
 
 CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange& x) {
     if (samples.Count() == 0) return {};
-    ExtentScan scan;
+    const IndexRange range = SamplesWithin(samples, x.low, x.high);
+    CurveExtent within;
+    if (IsRising(samples)) {
+        const __int64 first = CountInFront(samples, [&](double at) { return at >= x.low; });
+        const __int64 behind = CountInFront(samples, [&](double at) { return at > x.high; });
+        within = ExtentOfValues(samples, {first, std::max<__int64>(0, behind - first)});
+    } else {
+        within = ExtentOf(range, [&](const IndexRange& piece, ExtentScan& scan) {
+            ForEachShown(samples, piece, 1, [&](double at, double y, __int64) {
+                if (at >= x.low && at <= x.high) scan.Add(y);
+            });
+        });
+    }
+    if (!within.IsEmpty()) return within;
     ExtentScan around;
     Point previous{x.low, std::numeric_limits<double>::quiet_NaN()};
-    ForEachShown(samples, SamplesWithin(samples, x.low, x.high), 1, [&](double at, double y, __int64) {
-        if (at >= x.low && at <= x.high) scan.Add(y);
+    ForEachShown(samples, range, 1, [&](double at, double y, __int64) {
         const bool isAcross = std::min(at, previous.x) < x.low && std::max(at, previous.x) > x.high;
         if (isAcross && !std::isnan(y) && !std::isnan(previous.y)) {
             around.Add(previous.y);
@@ -280,8 +399,7 @@ CurveExtent ExtentOfY(const CurveSamples& samples, const AxisRange& x) {
         }
         previous = {at, y};
     });
-    const CurveExtent within = scan.GetExtent();
-    return within.IsEmpty() ? around.GetExtent() : within;
+    return around.GetExtent();
 }
 
 Path LinePath(const CurveSamples& samples, const CurveFrame& frame) {

@@ -25,7 +25,7 @@ void Show(const CUnitCtrl& unit, std::vector<double>& samples, std::vector<doubl
     // A single temperature is a reading, not a difference; compounds only ever hold differences.
     unit.ConvDtoI(shown.data(), samples.data(), std::ssize(samples), 1.0, unit.IsSingle());
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (samples[i] == kNoValue<double>) shown[i] = samples[i];
+        shown[i] = samples[i] == kNoValue<double> ? kNoValue<double> : shown[i];
     }
     samples.swap(shown);
 }

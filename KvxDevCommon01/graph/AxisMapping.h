@@ -38,7 +38,9 @@ struct KVX_API AxisMapping {
     /// finite, all lie on `lowPixel`.
     static AxisMapping Between(const AxisRange& bounds, double lowPixel, double highPixel, AxisForm form);
 
-    double ToPixel(double value) const { return scale * AxisCoordinate(value, form) + origin; }
+    double ToPixel(double value) const {
+        return scale * (form == AxisForm::kLinear ? value : AxisCoordinate(value, form)) + origin;
+    }
     /// The inverse; with the scale 0 the value at coordinate 0.
     double ToValue(double pixel) const;
 };

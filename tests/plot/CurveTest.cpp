@@ -170,6 +170,37 @@ TEST(Peaks, StandOutOnBothSides) {
     EXPECT_TRUE(found({20.0, 30.0}, 9).empty());
 }
 
+TEST(Extent, OfEvenlySpacedSamplesIsThatOfTheSamePointsInAnyOrder) {
+    std::mt19937 random(3);
+    for (const std::size_t count : {1U, 2U, 7U, 8U, 9U, 500U, 70000U, 140000U}) {
+        std::vector<double> y(count);
+        for (double& value : y) value = std::ldexp(static_cast<double>(random()) - 2e9, -24);
+        const double infinity = std::numeric_limits<double>::infinity();
+        for (const double odd : {kNone, kNaN, infinity, -infinity}) y[random() % count] = odd;
+        y.front() = count % 2 ? kNone : 1.0;
+        for (const double start : {-30.0, 0.0, 5.0, -1e6}) {
+            CurveSamples even = SamplesOf(y);
+            even.start = start;
+            even.step = 0.5;
+            std::vector<double> x;
+            for (std::size_t i = 0; i < count; ++i) x.push_back(even.XAt(static_cast<__int64>(i)));
+            std::vector<double> mirroredX(x.rbegin(), x.rend());
+            const std::vector<double> mirroredY(y.rbegin(), y.rend());
+            CurveSamples any = SamplesOf(mirroredY);
+            any.x = mirroredX;
+            const auto all = [](const CurveExtent& extent) {
+                return std::vector{extent.low, extent.high, extent.lowAboveZero};
+            };
+            EXPECT_EQ(all(ExtentOfX(even)), all(ExtentOfX(any))) << count << " " << start;
+            for (const AxisRange& range : {AxisRange{start, 1e9}, AxisRange{start + 1.2, start + 3.5},
+                                           AxisRange{-1.0, 300.0}, AxisRange{start + 1.1, start + 1.2}}) {
+                EXPECT_EQ(all(ExtentOfY(even, range)), all(ExtentOfY(any, range)))
+                    << count << " " << range.low;
+            }
+        }
+    }
+}
+
 TEST(Extent, LeavesOutGapsAndTellsTheLeastAboveZero) {
     const std::vector<double> y = {kNone, -3.0, kNaN, 2.0, 5.0, std::numeric_limits<double>::infinity()};
     const CurveExtent all = ExtentOfY(SamplesOf(y), {0.0, 10.0});
