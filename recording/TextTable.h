@@ -17,7 +17,7 @@
 namespace kvx {
 
 /// Goes through a whole text, so that what is wrong with it is told before it is read: throws Error naming
-/// the line and column. Of the text no more than a line is kept.
+/// the line and column. Of the text no more than some megabytes are kept.
 KVX_RECORDING_API std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options,
                                                                  const ProgressFunction& progress = {});
 
