@@ -106,19 +106,81 @@ void* RemapBlock(void*, std::size_t, std::size_t) {
 
 #endif
 
+#if defined(KVX_WATCHED_MEMORY)
+
+void* AllocateSmall(std::size_t bytes) {
+    return std::malloc(bytes);
+}
+void* AllocateSmallZeroed(std::size_t bytes) {
+    return std::calloc(bytes, 1);
+}
+void* ResizeSmall(void* block, std::size_t, std::size_t wanted) {
+    return std::realloc(block, wanted);
+}
+void FreeSmall(void* block) {
+    std::free(block);
+}
+
+#else
+
+// Small blocks begin on a cache line, which vectors of the widest registers must not straddle. The allocation
+// that a block lies in begins up to a line before it; the address of that stands just before the block.
+
+constexpr std::size_t kLine = 64;
+constexpr std::size_t kSmallExtra = sizeof(void*) + kLine;
+
+std::byte* BlockIn(void* allocation) {
+    std::byte* const first = static_cast<std::byte*>(allocation) + sizeof(void*);
+    return first + (kLine - reinterpret_cast<std::uintptr_t>(first) % kLine) % kLine;
+}
+
+void* AllocationOf(const void* block) {
+    void* allocation;
+    std::memcpy(&allocation, static_cast<const std::byte*>(block) - sizeof allocation, sizeof allocation);
+    return allocation;
+}
+
+void* Begin(void* allocation) {
+    if (allocation == nullptr) return nullptr;
+    std::byte* const block = BlockIn(allocation);
+    std::memcpy(block - sizeof allocation, &allocation, sizeof allocation);
+    return block;
+}
+
+void* AllocateSmall(std::size_t bytes) {
+    return Begin(std::malloc(bytes + kSmallExtra));
+}
+void* AllocateSmallZeroed(std::size_t bytes) {
+    return Begin(std::calloc(bytes + kSmallExtra, 1));
+}
+void* ResizeSmall(void* block, std::size_t kept, std::size_t wanted) {
+    void* const allocation = AllocationOf(block);
+    const std::ptrdiff_t offset = static_cast<std::byte*>(block) - static_cast<std::byte*>(allocation);
+    auto* const moved = static_cast<std::byte*>(std::realloc(allocation, wanted + kSmallExtra));
+    if (moved == nullptr) return nullptr;
+    std::byte* const place = BlockIn(moved);
+    if (place != moved + offset && kept > 0) std::memmove(place, moved + offset, kept);
+    return Begin(moved);
+}
+void FreeSmall(void* block) {
+    if (block != nullptr) std::free(AllocationOf(block));
+}
+
+#endif
+
 }  // namespace
 
 void* AllocateMemory(std::size_t bytes) noexcept {
-    return IsMapped(bytes) ? MapBlock(bytes) : std::malloc(bytes);
+    return IsMapped(bytes) ? MapBlock(bytes) : AllocateSmall(bytes);
 }
 
 void* AllocateZeroedMemory(std::size_t bytes) noexcept {
-    return IsMapped(bytes) ? MapBlock(bytes) : std::calloc(bytes, 1);
+    return IsMapped(bytes) ? MapBlock(bytes) : AllocateSmallZeroed(bytes);
 }
 
 void* ResizeMemory(void* block, std::size_t bytes, std::size_t kept, std::size_t wanted) noexcept {
     if (block != nullptr && IsMapped(bytes) == IsMapped(wanted))
-        return IsMapped(bytes) ? RemapBlock(block, bytes, wanted) : std::realloc(block, wanted);
+        return IsMapped(bytes) ? RemapBlock(block, bytes, wanted) : ResizeSmall(block, kept, wanted);
     void* const resized = AllocateMemory(wanted);
     if (resized != nullptr && kept > 0) std::memcpy(resized, block, kept);
     if (resized != nullptr) FreeMemory(block, bytes);
@@ -133,7 +195,7 @@ void FreeMemory(void* block, std::size_t bytes) noexcept {
     if (IsMapped(bytes)) {
         UnmapBlock(block, bytes);
     } else {
-        std::free(block);
+        FreeSmall(block);
     }
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Memory for blocks of plain elements, which may be very large and grow piece by piece. Small blocks are the
-// host's usual allocations. Large ones are mapped by themselves, in large pages where the host gives them:
-// they grow by remapping, without a copy, and go back to the host when they are freed. Memory of a large
-// block that is never written to is address space only. A block is known by its address and its size, which
-// must be the one that it was last allocated or resized with. Nothing throws: what there is no memory for is
-// null.
+// Memory for blocks of plain elements, which may be very large and grow piece by piece. Small blocks lie
+// in the host's usual allocations, each from a cache line on. Large ones are mapped by themselves, in large
+// pages where the host gives them: they grow by remapping, without a copy, and go back to the host when they
+// are freed. Memory of a large block that is never written to is address space only. A block is known by its
+// address and its size, which must be the one that it was last allocated or resized with. Nothing throws:
+// what there is no memory for is null.
 #pragma once
 
 #include <cstddef>
