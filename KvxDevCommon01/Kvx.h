@@ -26,7 +26,6 @@
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 
-#include <KvxDevCommon01/text/Decimal.h>
 #include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
 

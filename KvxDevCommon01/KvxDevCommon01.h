@@ -35,7 +35,6 @@
 
 #include <KvxDevCommon01/text/Character.h>
 #include <KvxDevCommon01/text/ConvData.h>
-#include <KvxDevCommon01/text/Decimal.h>
 #include <KvxDevCommon01/text/ItemInfo.h>
 #include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>

@@ -15,10 +15,10 @@
 #include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <KvxDevCommon01/text/Decimal.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/SafeDigits.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
@@ -28,6 +28,14 @@ constexpr std::size_t kPiece = std::size_t{1} << 16;
 
 /// Rows that one core turns into text at a time.
 constexpr std::size_t kRows = 1024;
+
+/// What the text of a number takes at most.
+constexpr std::size_t kNumberRoom = 32;
+
+/// Writes the shortest text that reads back as the same double, and returns its end.
+char* WriteExact(char* text, double value) {
+    return std::to_chars(text, text + kNumberRoom, value).ptr;
+}
 
 /// The text of a number, without an allocation.
 class NumberText {
@@ -39,7 +47,7 @@ public:
     }
     static NumberText Rounded(double value, int digits) {
         NumberText text;
-        text.Keep(std::to_chars(text.buffer_.data(), text.buffer_.data() + kDecimalRoom, value,
+        text.Keep(std::to_chars(text.buffer_.data(), text.buffer_.data() + kNumberRoom, value,
                                 std::chars_format::general, digits)
                       .ptr);
         return text;
@@ -56,7 +64,7 @@ private:
     NumberText() = default;
     void Keep(const char* end) { size_ = static_cast<std::size_t>(end - buffer_.data()); }
 
-    std::array<char, kDecimalRoom> buffer_;
+    std::array<char, kNumberRoom> buffer_;
     std::size_t size_ = 0;
 };
 
@@ -97,7 +105,7 @@ public:
         const std::size_t count = stored.size();
         for (std::vector<double>* values : {&shown_, &again_, &safe_, &safeAgain_, &beside_, &besideAgain_})
             values->resize(count);
-        safeDecimals_.resize(count);
+        safeNumbers_.resize(count);
         ways_.resize(count);
         unit.ConvDtoI(shown_.data(), stored.data(), std::ssize(stored), 1.0, unit.IsSingle());
         ToStored(shown_, again_);
@@ -113,7 +121,7 @@ public:
     /// Writes the text of a value that is not missing, and returns its end.
     char* Write(char* text, std::size_t i) const {
         if (ways_[i] == Way::exact) return WriteExact(text, shown_[i]);
-        if (ways_[i] == Way::safe) return WriteSafe(text, safeDecimals_[i]);
+        if (ways_[i] == Way::safe) return std::ranges::copy(safeNumbers_[i].Text(), text).out;
         const NumberText other = TextOf(*unit_, stored_[i], shown_[i], again_[i]);
         return std::ranges::copy(other.View(), text).out;
     }
@@ -130,11 +138,10 @@ private:
         for (std::size_t i = 0; i < stored_.size(); ++i) {
             safe_[i] = shown_[i];
             if (ways_[i] == Way::exact || !std::isfinite(shown_[i])) continue;
-            const std::optional<Decimal> decimal = SafeDecimal(ShortestDecimal(shown_[i]));
-            const std::optional<double> value = decimal ? ValueOf(*decimal) : std::nullopt;
-            if (!value) continue;
-            safe_[i] = *value;
-            safeDecimals_[i] = *decimal;
+            const std::optional<SafeNumber> number = SafeNumber::Nearest(shown_[i]);
+            if (!number) continue;
+            safe_[i] = number->Value();
+            safeNumbers_[i] = *number;
             ways_[i] = Way::safe;
         }
         ToStored(safe_, safeAgain_);
@@ -158,7 +165,7 @@ private:
     std::vector<double> shown_, again_;
     std::vector<double> safe_, safeAgain_;
     std::vector<double> beside_, besideAgain_;
-    std::vector<Decimal> safeDecimals_;
+    std::vector<SafeNumber> safeNumbers_;
     std::vector<Way> ways_;
 };
 
@@ -245,7 +252,7 @@ void CsvWriter::Write(std::span<const double> axis, std::span<const double* cons
         std::string& text = pieces_[piece];
         std::size_t used = 0;
         for (std::size_t i = 0; i < count; ++i) {
-            const std::size_t room = (columns.size() + 1) * (kDecimalRoom + 1);
+            const std::size_t room = (columns.size() + 1) * (kNumberRoom + 1);
             if (text.size() < used + room) text.resize(std::max(2 * used, used + room));
             char* end = WriteExact(text.data() + used, axis[first + i]);
             for (std::size_t c = 0; c < columns.size(); ++c) {

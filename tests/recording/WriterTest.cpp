@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -248,6 +251,39 @@ TEST(Numbers, AreTheShortestThatAreStoredAlike) {
         }
     }
     EXPECT_EQ(NumberIn(NamedUnit("N"), 0.1 + 0.2), "0.30000000000000004");
+}
+
+TEST(Numbers, AreWrittenAlikeOneByOneAndInColumns) {
+    std::vector<double> values;
+    std::mt19937_64 random(1);
+    for (int exponent = -30; exponent < 30; ++exponent) {
+        for (const char* digits : {"1", "99999999999999.95", "123456789012345.5", "9999999999999999"}) {
+            const double value =
+                std::strtod((digits + ("e" + std::to_string(exponent - 14))).c_str(), nullptr);
+            for (const double limit : {-1.0, 1e300}) values.push_back(std::nextafter(value, limit));
+            values.push_back(-value);
+        }
+        values.push_back(std::ldexp(static_cast<double>(random() >> 11), exponent - 52));
+    }
+    for (int i = 0; i < 3000; ++i) {
+        const double value = std::bit_cast<double>(random());
+        if (std::isfinite(value)) values.push_back(value);
+    }
+    for (const char* name : {"N", "g", "degF", "in/s2", "dB"}) {
+        const CUnitCtrl unit = NamedUnit(name);
+        MemoryStream stream;
+        CsvWriter writer(stream, CUnitCtrl(CUnitCtrl::DIM_TIME), {{L"a", "", unit}});
+        const double* const column = values.data();
+        writer.Write(std::vector<double>(values.size()), {&column, 1});
+        writer.Flush();
+        const auto bytes = stream.Bytes();
+        std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        text.remove_prefix(text.find('\n') + 1);
+        for (const double value : values) {
+            ASSERT_EQ(text.substr(0, text.find('\n')), "0," + NumberIn(unit, value)) << name;
+            text.remove_prefix(text.find('\n') + 1);
+        }
+    }
 }
 
 /// A data file of two records on axes of their own, one of them complex.

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+//
+// Numbers with as many digits as every decimal number keeps that becomes a double and a decimal number again,
+// for tables of any length.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+namespace kvx {
+
+/// So many significant digits of a decimal number survive being a double.
+inline constexpr int kSafeDigits = 15;
+
+/// A decimal number of up to kSafeDigits digits, and the double nearest to it.
+class SafeNumber {
+public:
+    SafeNumber() = default;
+
+    /// A finite value rounded to kSafeDigits digits; no number where that cannot be told from the shortest
+    /// digits that stand for the value, which is in the middle between two of them.
+    static std::optional<SafeNumber> Nearest(double value);
+
+    double Value() const { return value_; }
+    /// What std::to_chars writes of the value in the general format with kSafeDigits digits.
+    std::string_view Text() const { return {text_.data(), size_}; }
+
+private:
+    void Write(bool isNegative, std::string_view digits, int exponent);
+
+    double value_ = 0.0;
+    std::size_t size_ = 0;
+    std::array<char, 32> text_ = {};
+};
+
+}  // namespace kvx
