@@ -144,7 +144,7 @@ public:
             double* const to = out + (step - kLag);
             if (step >= kLag && step + kDelay <= count_) {
                 const bool isSilence =
-                    IsNothing(from[0]) & IsNothing(from[1]) & IsNothing(from[2]) & IsNothing(from[3]);
+                    IsNothing(from[0]) && IsNothing(from[1]) && IsNothing(from[2]) && IsNothing(from[3]);
                 if (isSilence && IsAtRest(lines, passed0, passed1, passed2, passed3)) {
                     for (unsigned d = 0; d < kDelay; ++d) to[d] = 0.0;
                     continue;
