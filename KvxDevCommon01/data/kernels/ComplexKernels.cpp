@@ -13,7 +13,7 @@ void Multiply(const SplitResults& to, const SplitValues& a, const SplitValues& b
     SetEachTwo(to.re, to.im, count, [=]<unsigned kWidth>(Index i) {
         const auto aRe = LoadVector<kWidth>(a.re + i), aIm = LoadVector<kWidth>(a.im + i);
         const auto bRe = LoadVector<kWidth>(b.re + i), bIm = LoadVector<kWidth>(b.im + i);
-        return Two<Vector<double, kWidth>>{aRe * bRe - aIm * bIm, aRe * bIm + aIm * bRe};
+        return Two<Vector<kWidth, double>>{aRe * bRe - aIm * bIm, aRe * bIm + aIm * bRe};
     });
 }
 
@@ -23,7 +23,7 @@ void CrossPower(const SplitResults& to, const SplitValues& a, const SplitValues&
         const auto aRe = LoadVector<kWidth>(a.re + i), aIm = LoadVector<kWidth>(a.im + i);
         const auto bRe = LoadVector<kWidth>(b.re + i), bIm = LoadVector<kWidth>(b.im + i);
         const auto lacksValue = (aRe == kMarker) | (aIm == kMarker) | (bRe == kMarker) | (bIm == kMarker);
-        using V = Vector<double, kWidth>;
+        using V = Vector<kWidth, double>;
         const V marker = Spread<V>(kMarker);
         const V re = (aRe * bRe + aIm * bIm) * factor;
         const V im = (aIm * bRe - aRe * bIm) * factor;
@@ -35,8 +35,8 @@ void CrossPower(const SplitResults& to, const SplitValues& a, const SplitValues&
 
 template <unsigned kWidth>
 struct Bits {
-    using V = Vector<double, kWidth>;
-    using Type = Vector<std::int64_t, kWidth>;
+    using V = Vector<kWidth, double>;
+    using Type = Vector<kWidth, std::int64_t>;
 
     static Type Of(V x) { return BitsAs<Type>(x); }
     static V Value(Type bits) { return BitsAs<V>(bits); }
@@ -58,7 +58,7 @@ inline V WithSignOf(V x, V magnitude) {
 // The magnitude as CplxValue::GetAbs has it.
 void Magnitudes(double* to, const SplitValues& a, Index count) {
     SetEach(to, count, [=]<unsigned kWidth>(Index i) {
-        using V = Vector<double, kWidth>;
+        using V = Vector<kWidth, double>;
         const V re = Magnitude<kWidth, V>(LoadVector<kWidth>(a.re + i));
         const V im = Magnitude<kWidth, V>(LoadVector<kWidth>(a.im + i));
         const V larger = re < im ? im : re;
@@ -95,9 +95,9 @@ inline V ArcTangentRest(V t) {
 /// [1, 4), which keeps squares in range. The phase is the angle to the nearer axis, at most 1/8 turn, added
 /// to or subtracted from the phase of that axis.
 template <unsigned kWidth>
-inline Two<Vector<double, kWidth>> PolarForm(Vector<double, kWidth> x, Vector<double, kWidth> y,
+inline Two<Vector<kWidth, double>> PolarForm(Vector<kWidth, double> x, Vector<kWidth, double> y,
                                              const PhaseUnit& unit) {
-    using V = Vector<double, kWidth>;
+    using V = Vector<kWidth, double>;
     constexpr double kInfinity = __builtin_huge_val();
     const V sizeX = Magnitude<kWidth>(x);
     const V sizeY = Magnitude<kWidth>(y);

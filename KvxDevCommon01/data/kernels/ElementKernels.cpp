@@ -65,10 +65,10 @@ void TakeSquareRoot(double* to, const double* a, Index count) {
 
 /// The values of a vector in another type.
 template <typename To, unsigned kWidth, typename From>
-inline Vector<To, kWidth> Converted(From from) {
+inline Vector<kWidth, To> Converted(From from) {
 #if defined(__GNUC__)
     if constexpr (kWidth > 1) {
-        return __builtin_convertvector(from, Vector<To, kWidth>);
+        return __builtin_convertvector(from, Vector<kWidth, To>);
     } else
 #endif
     {
@@ -77,7 +77,7 @@ inline Vector<To, kWidth> Converted(From from) {
 }
 
 // The markers are exchanged in double precision, where both of them are exact.
-constexpr double kFloatMarker = kNoValue<float>;
+constexpr auto kFloatMarker = static_cast<double>(kNoValue<float>);
 
 void Narrow(float* to, const double* a, Index count) {
     SetEach(to, count, [=]<unsigned kWidth>(Index i) {
@@ -105,7 +105,7 @@ struct Divisor {
     }
 
     template <unsigned kWidth>
-    Vector<double, kWidth> Quotient(Vector<double, kWidth> x) const {
+    Vector<kWidth, double> Quotient(Vector<kWidth, double> x) const {
 #if defined(__AVX512F__)
         if constexpr (kWidth == kLanes) {
             const Lanes size = x < 0.0 ? -x : x;
@@ -130,7 +130,7 @@ template <typename Real, class Scaled>
 void ConvertEach(Real* to, const Real* a, double before, double after, double gain, Index count,
                  Scaled scaled) {
     SetEach(to, count, [=]<unsigned kWidth>(Index i) {
-        const Vector<double, kWidth> x = Converted<double, kWidth>(LoadVector<kWidth>(a + i)) + before;
+        const Vector<kWidth, double> x = Converted<double, kWidth>(LoadVector<kWidth>(a + i)) + before;
         return Converted<Real, kWidth>((scaled.template operator()<kWidth>(x) + after) * gain);
     });
 }
@@ -141,11 +141,11 @@ void Convert(Real* to, const Real* a, const AffineConversion& conversion, double
     if (divides) {
         const Divisor divisor(factor);
         ConvertEach(to, a, before, after, gain, count,
-                    [=]<unsigned kWidth>(Vector<double, kWidth> x) { return divisor.Quotient<kWidth>(x); });
+                    [=]<unsigned kWidth>(Vector<kWidth, double> x) { return divisor.Quotient<kWidth>(x); });
     } else {
         const double f = factor;
         ConvertEach(to, a, before, after, gain, count,
-                    [=]<unsigned kWidth>(Vector<double, kWidth> x) { return x * f; });
+                    [=]<unsigned kWidth>(Vector<kWidth, double> x) { return x * f; });
     }
 }
 

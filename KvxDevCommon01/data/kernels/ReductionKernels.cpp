@@ -134,7 +134,7 @@ template <typename Element, class Fold>
 Element FoldAll(const Element* values, Index count, Element result, Fold fold) {
     constexpr unsigned kVectors = 8;
     constexpr Index kWidth = kWidest<Element>;
-    using V = Vector<Element, kWidest<Element>>;
+    using V = Vector<kWidest<Element>, Element>;
     const auto load = [=](Index i) { return LoadVector<kWidest<Element>>(values + i); };
     if (count < kWidth) {
         for (Index i = 0; i < count; ++i) result = fold(result, values[i]);

@@ -14,39 +14,9 @@
 namespace kvx::KVX_KERNEL_SET {
 namespace {
 
-template <typename Element, unsigned kWidth>
-struct VectorOf {
-#if defined(__GNUC__)
-    using Type __attribute__((vector_size(kWidth * sizeof(Element)))) = Element;
-#endif
-};
-template <typename Element>
-struct VectorOf<Element, 1> {
-    using Type = Element;
-};
-template <typename Element, unsigned kWidth>
-using Vector = typename VectorOf<Element, kWidth>::Type;
-
 /// As many elements as fill a register.
 template <typename Element>
 constexpr unsigned kWidest = static_cast<unsigned>(kLanes * sizeof(double) / sizeof(Element));
-
-template <unsigned kWidth, typename Element>
-inline Vector<Element, kWidth> LoadVector(const Element* from) {
-    Vector<Element, kWidth> vector;
-    __builtin_memcpy(&vector, from, sizeof vector);
-    return vector;
-}
-template <typename Element, typename V>
-inline void StoreVector(Element* to, V vector) {
-    __builtin_memcpy(to, &vector, sizeof vector);
-}
-
-/// The same value in every lane of V.
-template <typename V, typename Element>
-inline V Spread(Element value) {
-    return V{} + value;
-}
 
 /// The same bits as another type.
 template <typename To, typename From>
@@ -65,26 +35,26 @@ inline To BitsAs(From from) {
 #endif
 }
 #if defined(__SSE2__)
-[[maybe_unused]] inline Vector<double, 2> SquareRoot(Vector<double, 2> x) {
+[[maybe_unused]] inline Vector<2, double> SquareRoot(Vector<2, double> x) {
     return _mm_sqrt_pd(x);
 }
 #elif defined(__GNUC__)
-[[maybe_unused]] inline Vector<double, 2> SquareRoot(Vector<double, 2> x) {
-    return Vector<double, 2>{SquareRoot(x[0]), SquareRoot(x[1])};
+[[maybe_unused]] inline Vector<2, double> SquareRoot(Vector<2, double> x) {
+    return Vector<2, double>{SquareRoot(x[0]), SquareRoot(x[1])};
 }
 #endif
 #if defined(__AVX__)
-[[maybe_unused]] inline Vector<double, 4> SquareRoot(Vector<double, 4> x) {
+[[maybe_unused]] inline Vector<4, double> SquareRoot(Vector<4, double> x) {
     return _mm256_sqrt_pd(x);
 }
 #endif
 #if defined(__AVX512F__)
-[[maybe_unused]] inline Vector<double, 8> SquareRoot(Vector<double, 8> x) {
+[[maybe_unused]] inline Vector<8, double> SquareRoot(Vector<8, double> x) {
     return _mm512_maskz_sqrt_pd(0xFF, x);
 }
 
 /// Whether a comparison of two registers holds in every lane.
-[[maybe_unused]] inline bool AreAll(Vector<std::int64_t, 8> comparison) {
+[[maybe_unused]] inline bool AreAll(Vector<8, std::int64_t> comparison) {
     return _mm512_movepi64_mask(BitsAs<__m512i>(comparison)) == 0xFF;
 }
 /// a b + c and a - b c, rounded once.

@@ -272,7 +272,7 @@ template <unsigned kWidth>
 struct Elements {
     double values[kWidth];
 
-    KVX_ALWAYS_INLINE explicit Elements(Vector<kWidth> vector) { StoreVector<kWidth>(values, vector); }
+    KVX_ALWAYS_INLINE explicit Elements(Vector<kWidth> vector) { StoreVector(values, vector); }
 };
 
 /// Stores all lines.
@@ -290,16 +290,16 @@ struct LineStore {
         using V = Vector<kWidth>;
         const LinePair<V> x = pair.Times(scale);
         const V downRe = x.evenr - x.oddr, downIm = x.oddi - x.eveni;
-        StoreVector<kWidth>(re + line, x.evenr + x.oddr);
-        StoreVector<kWidth>(im + line, x.eveni + x.oddi);
+        StoreVector(re + line, x.evenr + x.oddr);
+        StoreVector(im + line, x.eveni + x.oddi);
         const Index end = half - line;
         if (r > 0 || !isLowest) {
-            StoreVector<kWidth>(re + end - (kWidth - 1), Reversed<kWidth>(downRe));
-            StoreVector<kWidth>(im + end - (kWidth - 1), Reversed<kWidth>(downIm));
+            StoreVector(re + end - (kWidth - 1), Reversed<kWidth>(downRe));
+            StoreVector(im + end - (kWidth - 1), Reversed<kWidth>(downIm));
         } else if (kWidth > 1) {
             // What lies before these lines is put later.
-            StoreVector<kWidth>(re + end - kWidth, ReversedAfter<kWidth>(downRe, downRe));
-            StoreVector<kWidth>(im + end - kWidth, ReversedAfter<kWidth>(downIm, downIm));
+            StoreVector(re + end - kWidth, ReversedAfter<kWidth>(downRe, downRe));
+            StoreVector(im + end - kWidth, ReversedAfter<kWidth>(downIm, downIm));
         }
     }
 
@@ -336,8 +336,8 @@ struct SomeLines {
         if (line < count) {
             const Vector<kWidth> re = x.evenr + x.oddr, im = x.eveni + x.oddi;
             if (distance == 1 && line + kCount <= count) {
-                StoreVector<kWidth>(all.re + line, re);
-                StoreVector<kWidth>(all.im + line, im);
+                StoreVector(all.re + line, re);
+                StoreVector(all.im + line, im);
             } else {
                 PutSome<kWidth>(line, distance, re, im);
             }
@@ -345,8 +345,8 @@ struct SomeLines {
         if (mirrored - (kCount - 1) * distance < count) {
             const Vector<kWidth> re = x.evenr - x.oddr, im = x.oddi - x.eveni;
             if (distance == 1 && mirrored < count) {
-                StoreVector<kWidth>(all.re + mirrored - (kCount - 1), Reversed<kWidth>(re));
-                StoreVector<kWidth>(all.im + mirrored - (kCount - 1), Reversed<kWidth>(im));
+                StoreVector(all.re + mirrored - (kCount - 1), Reversed<kWidth>(re));
+                StoreVector(all.im + mirrored - (kCount - 1), Reversed<kWidth>(im));
             } else {
                 PutSome<kWidth>(mirrored, -distance, re, im);
             }
@@ -373,10 +373,10 @@ struct PowerSum {
     KVX_ALWAYS_INLINE void Put(Index line, bool isLowest, unsigned, const LinePair<Vector<kWidth>>& x) const {
         double* const up = sums + line;
         double* const down = sums + half - line - (kWidth - 1);
-        StoreVector<kWidth>(up, LoadVector<kWidth>(up) + Up(x));
+        StoreVector(up, LoadVector<kWidth>(up) + Up(x));
         // The mirror images of the first lines of each r are first lines, too.
         const Vector<kWidth> power = isLowest ? WithFirst<kWidth>(Down(x), 0.0) : Down(x);
-        StoreVector<kWidth>(down, LoadVector<kWidth>(down) + Reversed<kWidth>(power));
+        StoreVector(down, LoadVector<kWidth>(down) + Reversed<kWidth>(power));
     }
 
     template <unsigned kWidth>

@@ -37,13 +37,13 @@ struct Sums {
     void Make(const double* x, double* y, Index apart = kWidth) const {
         using Some = Vector<kWidth>;
         Some sums[kVectors];
-        for (Some& sum : sums) sum = Repeated<Some>(kNothing);
+        for (Some& sum : sums) sum = Spread<Some>(kNothing);
         for (Index tap = 0; tap < taps; ++tap) {
             const double* const from = x + offset(tap);
             for (unsigned v = 0; v < kVectors; ++v)
-                sums[v] = MultiplyAdd(coef[tap], LoadSome<Some>(from + v * apart), sums[v]);
+                sums[v] = MultiplyAdd(coef[tap], LoadAs<Some>(from + v * apart), sums[v]);
         }
-        for (unsigned v = 0; v < kVectors; ++v) StoreSome(y + v * apart, sums[v]);
+        for (unsigned v = 0; v < kVectors; ++v) StoreVector(y + v * apart, sums[v]);
     }
 
     void MakeAll(const double* x, double* y, Index count) const {
@@ -121,7 +121,7 @@ void AddRows(const double* table, Index lastTaps, bool isFirst, const double* x,
     const Index length = apart / kLanes;
     Lanes sums[kSets][kRows];
     for (auto& set : sums) {
-        for (Lanes& sum : set) sum = Repeated<Lanes>(kNothing);
+        for (Lanes& sum : set) sum = Spread<Lanes>(kNothing);
     }
     const auto add = [&](auto rows, const double* from, const double* coef) {
         for (unsigned set = 0; set < kSets; ++set) {
@@ -146,7 +146,7 @@ void AddRows(const double* table, Index lastTaps, bool isFirst, const double* x,
             add(Constant<kRows - 1>(), from + s, table + s * kRows);
         for (auto& set : sums) {
             for (unsigned row = kRows - 1; row > 0; --row) set[row] = set[row - 1];
-            set[0] = Repeated<Lanes>(kNothing);
+            set[0] = Spread<Lanes>(kNothing);
         }
     }
 }
@@ -292,12 +292,12 @@ struct Phases {
     void Make(Index phase, const double* x, Vector<kWidth> (&sums)[kPhases][kVectors]) const {
         using Some = Vector<kWidth>;
         const auto samples = [&](Index place, unsigned v) {
-            return LoadSome<Some>(x - before + place + v * kWidth);
+            return LoadAs<Some>(x - before + place + v * kWidth);
         };
         for (unsigned r = 0; r < kPhases; ++r) {
             const Index tap = rest - phase - static_cast<Index>(r);
             for (unsigned v = 0; v < kVectors; ++v) {
-                sums[r][v] = Repeated<Some>(kNothing);
+                sums[r][v] = Spread<Some>(kNothing);
                 if (tap >= 0) sums[r][v] = MultiplyAdd(coef[tap], samples(0, v), sums[r][v]);
             }
         }
@@ -319,7 +319,7 @@ struct Phases {
             Vector<kWidth> sums[1][1];
             Make<1, kWidth, 1>(phase, x, sums);
             double row[kWidth];
-            StoreSome(row, sums[0][0]);
+            StoreVector(row, sums[0][0]);
             for (unsigned k = 0; k < kWidth; ++k) y[k * ratio + phase] = row[k];
         }
     }

@@ -38,7 +38,7 @@ double OrSilence(double x) {
 #if defined(__GNUC__)
 template <class Some>
 auto IsSilent(Some x) {
-    return (x > Repeated<Some>(-kIirSilence)) & (x < Repeated<Some>(kIirSilence));
+    return (x > Spread<Some>(-kIirSilence)) & (x < Spread<Some>(kIirSilence));
 }
 #ifdef __SSE2__
 bool IsAnySilent(Vector<2> x) {
@@ -177,7 +177,7 @@ private:
         for (unsigned p = 0; p < kParts; ++p) {
             const Some size = abs(lines.x1[p]) + abs(lines.x2[p]) + abs(lines.r1[p]) + abs(lines.v1[p]) +
                               abs(passed0[p]) + abs(passed1[p]) + abs(passed2[p]) + abs(passed3[p]);
-            StoreSome(sizes + p * kWidth, size);
+            StoreVector(sizes + p * kWidth, size);
         }
         for (unsigned s = 0; s < kSections; ++s) {
             if (sizes[s] != 0.0) return false;
@@ -188,7 +188,7 @@ private:
     /// A step of all sections, the first of which takes `sample`; returns the output of the last one.
     /// `passed` are the outputs of kDelay steps before and becomes those of now.
     double Advance(Lines& lines, Parts& passed, double sample) const {
-        Some before = Repeated<Some>(isInput_ ? OrSilence(sample) : sample);
+        Some before = Spread<Some>(isInput_ ? OrSilence(sample) : sample);
         for (unsigned p = 0; p < kParts; ++p) {
             const Some x = Moved(before, passed[p]);
             before = passed[p];
@@ -213,8 +213,8 @@ private:
     void AdvanceSome(Lines& lines, Parts& passed, Index step, const double* data, double* out) const {
         const Lines still = lines;
         const double output = Advance(lines, passed, step < count_ ? data[step] : 0.0);
-        const Some now = Repeated<Some>(static_cast<double>(step));
-        const Some over = Repeated<Some>(static_cast<double>(step - count_));
+        const Some now = Spread<Some>(static_cast<double>(step));
+        const Some over = Spread<Some>(static_cast<double>(step - count_));
         for (unsigned p = 0; p < kParts; ++p) {
             const auto works = (places_[p] <= now) & (places_[p] > over);
             lines.x1[p] = works ? lines.x1[p] : still.x1[p];

@@ -14,52 +14,6 @@
 namespace kvx::KVX_KERNEL_SET {
 namespace {
 
-/// `kCount` numbers side by side: 1, 2, 4 or 8, at most kLanes.
-template <unsigned kCount>
-struct VectorOf {
-    using Type = double;
-};
-#if defined(__GNUC__)
-template <>
-struct VectorOf<2> {
-    using Type = double __attribute__((vector_size(16)));
-};
-template <>
-struct VectorOf<4> {
-    using Type = double __attribute__((vector_size(32)));
-};
-template <>
-struct VectorOf<8> {
-    using Type = double __attribute__((vector_size(64)));
-};
-#endif
-template <unsigned kCount>
-using Vector = typename VectorOf<kCount>::Type;
-
-template <class Some>
-inline Some LoadSome(const double* from) {
-    if constexpr (sizeof(Some) == sizeof(double)) {
-        return *from;
-    } else {
-        Some some;
-        __builtin_memcpy(&some, from, sizeof some);
-        return some;
-    }
-}
-template <class Some>
-inline void StoreSome(double* to, Some some) {
-    if constexpr (sizeof(Some) == sizeof(double)) {
-        *to = some;
-    } else {
-        __builtin_memcpy(to, &some, sizeof some);
-    }
-}
-/// `value` in every lane.
-template <class Some>
-inline Some Repeated(double value) {
-    return value - Some{};
-}
-
 #ifdef __FMA__
 inline double MultiplyAdd(double a, double b, double c) {
     return __builtin_fma(a, b, c);

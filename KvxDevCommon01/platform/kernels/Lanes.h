@@ -18,6 +18,12 @@
 #define KVX_INDEPENDENT_ITERATIONS
 #endif
 
+#if defined(__GNUC__)
+#define KVX_ALWAYS_INLINE __attribute__((always_inline)) inline
+#else
+#define KVX_ALWAYS_INLINE inline
+#endif
+
 namespace kvx::KVX_KERNEL_SET {
 namespace {
 
@@ -53,6 +59,52 @@ inline void Store(double* to, Lanes lanes) {
     *to = lanes;
 }
 #endif
+
+// Vectors of a chosen number of elements, a power of two that fits in a register.
+template <unsigned kWidth, typename Element>
+struct VectorOf {
+#if defined(__GNUC__)
+    using Type __attribute__((vector_size(kWidth * sizeof(Element)))) = Element;
+#endif
+};
+template <typename Element>
+struct VectorOf<1, Element> {
+    using Type = Element;
+};
+
+/// `kWidth` elements; a single one is the element itself.
+template <unsigned kWidth, typename Element = double>
+using Vector = typename VectorOf<kWidth, Element>::Type;
+
+/// A vector type, or an element, from where it stands.
+template <typename V, typename Element>
+KVX_ALWAYS_INLINE V LoadAs(const Element* from) {
+#if defined(__GNUC__)
+    V vector;
+    __builtin_memcpy(&vector, from, sizeof vector);
+    return vector;
+#else
+    return *from;
+#endif
+}
+template <unsigned kWidth, typename Element>
+KVX_ALWAYS_INLINE Vector<kWidth, Element> LoadVector(const Element* from) {
+    return LoadAs<Vector<kWidth, Element>>(from);
+}
+template <typename Element, typename V>
+KVX_ALWAYS_INLINE void StoreVector(Element* to, V vector) {
+#if defined(__GNUC__)
+    __builtin_memcpy(to, &vector, sizeof vector);
+#else
+    *to = vector;
+#endif
+}
+
+/// The same value in every lane of V.
+template <typename V, typename Element>
+KVX_ALWAYS_INLINE V Spread(Element value) {
+    return value - V{};
+}
 
 }  // namespace
 }  // namespace kvx::KVX_KERNEL_SET

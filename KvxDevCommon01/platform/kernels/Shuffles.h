@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Vectors of a chosen number of doubles, and how their elements change places: for kernels that transform,
-// reverse or interleave. As Lanes.h, for sources of kernels only.
+// How the elements of vectors of doubles change places: for kernels that transform, reverse or interleave. As
+// Lanes.h, for sources of kernels only.
 #pragma once
 
 #include <KvxDevCommon01/platform/kernels/Lanes.h>
@@ -16,53 +16,10 @@
 #define KVX_UNROLLED
 #endif
 
-#if defined(__GNUC__)
-#define KVX_ALWAYS_INLINE __attribute__((always_inline)) inline
-#else
-#define KVX_ALWAYS_INLINE inline
-#endif
-
 namespace kvx::KVX_KERNEL_SET {
 namespace {
 
-template <unsigned kWidth>
-struct VectorOf;
-template <>
-struct VectorOf<1> {
-    using Type = double;
-};
 #if defined(__GNUC__)
-template <>
-struct VectorOf<2> {
-    using Type = double __attribute__((vector_size(16)));
-};
-template <>
-struct VectorOf<4> {
-    using Type = double __attribute__((vector_size(32)));
-};
-template <>
-struct VectorOf<8> {
-    using Type = double __attribute__((vector_size(64)));
-};
-#endif
-
-/// `kWidth` doubles, at most kLanes of them.
-template <unsigned kWidth>
-using Vector = typename VectorOf<kWidth>::Type;
-
-#if defined(__GNUC__)
-
-template <unsigned kWidth>
-KVX_ALWAYS_INLINE Vector<kWidth> LoadVector(const double* from) {
-    Vector<kWidth> vector;
-    __builtin_memcpy(&vector, from, sizeof vector);
-    return vector;
-}
-
-template <unsigned kWidth>
-KVX_ALWAYS_INLINE void StoreVector(double* to, Vector<kWidth> vector) {
-    __builtin_memcpy(to, &vector, sizeof vector);
-}
 
 /// The elements in the opposite order.
 template <unsigned kWidth>
@@ -145,8 +102,8 @@ KVX_ALWAYS_INLINE void StorePairs(double* to, Vector<kWidth> even, Vector<kWidth
         low = __builtin_shufflevector(even, odd, 0, 2);
         high = __builtin_shufflevector(even, odd, 1, 3);
     }
-    StoreVector<kWidth>(to, low);
-    StoreVector<kWidth>(to + kWidth, high);
+    StoreVector(to, low);
+    StoreVector(to + kWidth, high);
 }
 
 /// Stores a matrix of 8 rows by its columns: the 8 elements of column j lie at to + distance j.
@@ -169,13 +126,12 @@ KVX_ALWAYS_INLINE void StoreColumns(const Vector<kWidth> (&rows)[8], double* to,
             const V ab26 = __builtin_shufflevector(a, b, 2, 3, 6, 7, 10, 11, 14, 15);
             const V cd26 = __builtin_shufflevector(c, d, 2, 3, 6, 7, 10, 11, 14, 15);
             double* const column = to + odd * distance;
-            StoreVector<8>(column, __builtin_shufflevector(ab04, cd04, 0, 1, 4, 5, 8, 9, 12, 13));
-            StoreVector<8>(column + 2 * distance,
-                           __builtin_shufflevector(ab26, cd26, 0, 1, 4, 5, 8, 9, 12, 13));
-            StoreVector<8>(column + 4 * distance,
-                           __builtin_shufflevector(ab04, cd04, 2, 3, 6, 7, 10, 11, 14, 15));
-            StoreVector<8>(column + 6 * distance,
-                           __builtin_shufflevector(ab26, cd26, 2, 3, 6, 7, 10, 11, 14, 15));
+            StoreVector(column, __builtin_shufflevector(ab04, cd04, 0, 1, 4, 5, 8, 9, 12, 13));
+            StoreVector(column + 2 * distance, __builtin_shufflevector(ab26, cd26, 0, 1, 4, 5, 8, 9, 12, 13));
+            StoreVector(column + 4 * distance,
+                        __builtin_shufflevector(ab04, cd04, 2, 3, 6, 7, 10, 11, 14, 15));
+            StoreVector(column + 6 * distance,
+                        __builtin_shufflevector(ab26, cd26, 2, 3, 6, 7, 10, 11, 14, 15));
         }
     } else if constexpr (kWidth == 4) {
         KVX_UNROLLED
@@ -184,16 +140,16 @@ KVX_ALWAYS_INLINE void StoreColumns(const Vector<kWidth> (&rows)[8], double* to,
             const V b = __builtin_shufflevector(rows[k], rows[k + 1], 1, 5, 3, 7);
             const V c = __builtin_shufflevector(rows[k + 2], rows[k + 3], 0, 4, 2, 6);
             const V d = __builtin_shufflevector(rows[k + 2], rows[k + 3], 1, 5, 3, 7);
-            StoreVector<4>(to + k, __builtin_shufflevector(a, c, 0, 1, 4, 5));
-            StoreVector<4>(to + k + distance, __builtin_shufflevector(b, d, 0, 1, 4, 5));
-            StoreVector<4>(to + k + 2 * distance, __builtin_shufflevector(a, c, 2, 3, 6, 7));
-            StoreVector<4>(to + k + 3 * distance, __builtin_shufflevector(b, d, 2, 3, 6, 7));
+            StoreVector(to + k, __builtin_shufflevector(a, c, 0, 1, 4, 5));
+            StoreVector(to + k + distance, __builtin_shufflevector(b, d, 0, 1, 4, 5));
+            StoreVector(to + k + 2 * distance, __builtin_shufflevector(a, c, 2, 3, 6, 7));
+            StoreVector(to + k + 3 * distance, __builtin_shufflevector(b, d, 2, 3, 6, 7));
         }
     } else if constexpr (kWidth == 2) {
         KVX_UNROLLED
         for (int k = 0; k < 8; k += 2) {
-            StoreVector<2>(to + k, __builtin_shufflevector(rows[k], rows[k + 1], 0, 2));
-            StoreVector<2>(to + k + distance, __builtin_shufflevector(rows[k], rows[k + 1], 1, 3));
+            StoreVector(to + k, __builtin_shufflevector(rows[k], rows[k + 1], 0, 2));
+            StoreVector(to + k + distance, __builtin_shufflevector(rows[k], rows[k + 1], 1, 3));
         }
     } else {
         KVX_UNROLLED
@@ -203,14 +159,6 @@ KVX_ALWAYS_INLINE void StoreColumns(const Vector<kWidth> (&rows)[8], double* to,
 
 #else
 
-template <unsigned kWidth>
-inline double LoadVector(const double* from) {
-    return *from;
-}
-template <unsigned kWidth>
-inline void StoreVector(double* to, double value) {
-    *to = value;
-}
 template <unsigned kWidth>
 inline double Reversed(double value) {
     return value;
