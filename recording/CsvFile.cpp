@@ -137,7 +137,7 @@ private:
     void FindSafe() {
         for (std::size_t i = 0; i < stored_.size(); ++i) {
             safe_[i] = shown_[i];
-            if (ways_[i] == Way::exact || !std::isfinite(shown_[i])) continue;
+            if (ways_[i] == Way::exact) continue;
             const std::optional<SafeNumber> number = SafeNumber::Nearest(shown_[i]);
             if (!number) continue;
             safe_[i] = number->Value();

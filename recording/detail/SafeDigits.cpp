@@ -3,62 +3,48 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 
 namespace kvx {
 namespace {
 
-/// A decimal number d.ddd * 10^exponent.
-struct Decimal {
-    bool isNegative = false;
-    std::array<char, 20> digits = {};  ///< as text
-    std::size_t count = 0;
-    int exponent = 0;
-};
-
-/// The shortest digits that stand for the value.
-Decimal ShortestDecimal(double value) {
-    std::array<char, 32> text;
-    const char* const end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific).ptr;
-    const char* at = text.data();
-    Decimal decimal;
-    decimal.isNegative = *at == '-';
-    if (decimal.isNegative) ++at;
-    for (; *at != 'e'; ++at) {
-        if (*at != '.') decimal.digits[decimal.count++] = *at;
-    }
-    ++at;
-    if (*at == '+') ++at;
-    std::from_chars(at, end, decimal.exponent);
-    return decimal;
-}
+/// The powers of ten that are doubles.
+constexpr std::array<double, 23> kPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                            1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 }  // namespace
 
 std::optional<SafeNumber> SafeNumber::Nearest(double value) {
-    Decimal decimal = ShortestDecimal(value);
-    constexpr auto kKept = static_cast<std::size_t>(kSafeDigits);
-    if (decimal.count > kKept) {
-        const std::string_view rest(decimal.digits.data() + kKept, decimal.count - kKept);
-        // If the value lay on the other side of the middle than its shortest digits, the middle would be
-        // shorter.
-        if (rest == "5") return std::nullopt;
-        decimal.count = kKept;
-        if (rest.front() >= '5') {
-            std::uint64_t number = 0;
-            std::from_chars(decimal.digits.data(), decimal.digits.data() + kKept, number);
-            char* const end = std::to_chars(decimal.digits.data(),
-                                            decimal.digits.data() + decimal.digits.size(), number + 1)
-                                  .ptr;
-            // One digit more than before: it is a power of ten.
-            if (end > decimal.digits.data() + kKept) ++decimal.exponent;
-        }
+    // All digits stand in front of the point of the value times 10^scale. The product and its rounding error
+    // are exact together, and so is the number of digits over the power: the double nearest to the decimal.
+    constexpr double kLeast = kPowers[kSafeDigits - 1], kEnd = kPowers[kSafeDigits];
+    const double size = std::fabs(value);
+    if (!(size >= 1e-7 && size < kLeast)) return std::nullopt;
+    // The exponent of ten, or one less: log10(2) is 1233/4096.
+    const int exponent = std::ilogb(size) * 1233 >> 12;
+    auto scale = static_cast<std::size_t>(kSafeDigits - 2 - exponent);
+    double whole = 0.0;
+    while (scale + 1 < kPowers.size() && size * kPowers[scale] < kLeast) ++scale;
+    for (;; --scale) {
+        const double product = size * kPowers[scale];
+        const double lost = std::fma(size, kPowers[scale], -product);
+        whole = std::nearbyint(product);
+        const double rest = (product - whole) + lost;
+        if (std::fabs(rest) == 0.5) return std::nullopt;
+        if (rest > 0.5) whole += 1.0;
+        if (rest < -0.5) whole -= 1.0;
+        if (whole < kEnd) break;
     }
-    while (decimal.count > 1 && decimal.digits[decimal.count - 1] == '0') --decimal.count;
+    std::array<char, 20> digits = {};
+    const char* end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::int64_t>(whole)).ptr;
+    const auto count = static_cast<int>(end - digits.data());
+    while (end[-1] == '0' && end - digits.data() > 1) --end;
     SafeNumber number;
-    number.Write(decimal.isNegative, {decimal.digits.data(), decimal.count}, decimal.exponent);
-    std::from_chars(number.text_.data(), number.text_.data() + number.size_, number.value_);
+    number.value_ = std::copysign(whole / kPowers[scale], value);
+    number.Write(std::signbit(value), {digits.data(), end}, count - 1 - static_cast<int>(scale));
     return number;
 }
 

@@ -19,8 +19,8 @@ class SafeNumber {
 public:
     SafeNumber() = default;
 
-    /// A finite value rounded to kSafeDigits digits; no number where that cannot be told from the shortest
-    /// digits that stand for the value, which is in the middle between two of them.
+    /// A value rounded to kSafeDigits digits; no number for one in the middle between two, and for magnitudes
+    /// below 1e-7 and from 1e14 on.
     static std::optional<SafeNumber> Nearest(double value);
 
     double Value() const { return value_; }
