@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/data/RangeScan.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
@@ -36,7 +37,13 @@ template <>
 void RangeScan<std::int32_t>::Add(std::span<const std::int32_t> values) {
     const auto [low, high] =
         ActiveKernels<ReductionKernels>().longExtremes(values.data(), std::ssize(values));
-    Include(low, high, kTop);
+    std::int32_t positiveLow = kTop;
+    if (positive_ == SmallestPositive::wanted && high > 0) {
+        for (const std::int32_t value : values) {
+            if (value > 0) positiveLow = std::min(positiveLow, value);
+        }
+    }
+    Include(low, high, positiveLow);
 }
 
 }  // namespace kvx

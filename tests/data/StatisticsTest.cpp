@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Statistics.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <random>
+#include <span>
 #include <vector>
 
 namespace {
@@ -32,6 +35,28 @@ TEST(SampleStatistics, AreThoseOfTheSamplesThatHoldAValue) {
     statistics.Add(std::vector<double>{std::numeric_limits<double>::quiet_NaN(), -9.0});
     EXPECT_TRUE(std::isnan(statistics.Figures().mean));
     EXPECT_EQ(statistics.Figures().min, -9.0);
+}
+
+template <typename Element>
+void ExpectRange(std::vector<Element> values, Element low, Element high, Element positiveLow) {
+    for (std::size_t cut = 0; cut <= values.size(); ++cut) {
+        kvx::RangeScan<Element> scan;
+        scan.Add(std::span(values).first(cut));
+        scan.Add(std::span(values).subspan(cut));
+        Element found[3] = {};
+        EXPECT_EQ(scan.Write(&found[0], &found[1], &found[2]), 1);
+        EXPECT_EQ(found[0], low);
+        EXPECT_EQ(found[1], high);
+        EXPECT_EQ(found[2], positiveLow);
+    }
+}
+
+TEST(RangeScan, FindsTheExtremesAndTheSmallestPositiveValueOfEveryKind) {
+    constexpr auto kNoInteger = kvx::kNoValue<std::int32_t>;
+    ExpectRange<double>({7, 3, kNone, -2, 5, 0}, -2, 7, 3);
+    ExpectRange<std::int32_t>({7, 3, kNoInteger, -2, 5, 0}, -2, 7, 3);
+    ExpectRange<std::int32_t>({kNoInteger, 4, 9}, 4, 9, 4);
+    ExpectRange<std::int32_t>({-4, -1}, -4, -1, std::numeric_limits<std::int32_t>::min());
 }
 
 TEST(SampleStatistics, HaveTheBitsOfTheArraysForEveryCut) {
