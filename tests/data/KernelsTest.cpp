@@ -155,7 +155,7 @@ using Loop =
 using Element = double (*)(double, double);
 
 // clang-format off
-const struct {
+const struct LoopCase {
     const char* name;
     Loop loop;
     Element element;
@@ -182,23 +182,24 @@ TEST(ElementKernels, GiveTheBitsOfThePlainLoop) {
     const Numbers a = Values(1100, 6, 5), b = Values(1100, 7, 5);
     for (const kvx::KernelSet set : kvx::AvailableKernelSets()) {
         const auto& kernels = kvx::KernelsOf<kvx::ElementKernels>(set);
-        for (const auto& [name, loop, element] : kLoops) {
+        for (const LoopCase& tried : kLoops) {
             ForEachRun([&](std::size_t shift, std::size_t count) {
                 SCOPED_TRACE(testing::Message()
-                             << kvx::NameOf(set) << " " << name << " " << count << " at " << shift);
+                             << kvx::NameOf(set) << " " << tried.name << " " << count << " at " << shift);
                 Numbers expected(shift + count + 1, 7.0);
-                for (std::size_t i = 0; i < count; ++i) expected[shift + i] = element(a[shift + i], b[i]);
+                for (std::size_t i = 0; i < count; ++i)
+                    expected[shift + i] = tried.element(a[shift + i], b[i]);
                 Numbers elsewhere(shift + count + 1, 7.0);
-                loop(kernels, elsewhere.data() + shift, a.data() + shift, b.data(), Signed(count));
+                tried.loop(kernels, elsewhere.data() + shift, a.data() + shift, b.data(), Signed(count));
                 ASSERT_TRUE(std::ranges::equal(elsewhere, expected, IsSame));
                 Numbers inPlace(a.begin(), a.begin() + Signed(shift + count));
-                loop(kernels, inPlace.data() + shift, inPlace.data() + shift, b.data(), Signed(count));
+                tried.loop(kernels, inPlace.data() + shift, inPlace.data() + shift, b.data(), Signed(count));
                 ASSERT_TRUE(std::equal(inPlace.begin() + Signed(shift), inPlace.end(),
                                        expected.begin() + Signed(shift), IsSame));
                 // The operand on one element after the result.
                 Numbers shifted(a.begin() + Signed(shift), a.begin() + Signed(shift + count));
                 shifted.insert(shifted.begin(), 7.0);
-                loop(kernels, shifted.data(), shifted.data() + 1, b.data(), Signed(count));
+                tried.loop(kernels, shifted.data(), shifted.data() + 1, b.data(), Signed(count));
                 ASSERT_TRUE(
                     std::equal(shifted.begin(), shifted.end() - 1, expected.begin() + Signed(shift), IsSame));
             });
@@ -301,7 +302,8 @@ TEST(ComplexKernels, AmplitudeAndPhaseAreWithinTwoUnitsInTheLastPlace) {
     kernels.polar(amplitude.data(), degrees.data(), {re.data(), im.data()}, kvx::kPhaseInDegrees,
                   Signed(kCount));
     for (std::size_t i = 0; i < kCount; ++i) {
-        const long double x = re[i], y = im[i], angle = std::atan2(y, x);
+        const auto x = static_cast<long double>(re[i]), y = static_cast<long double>(im[i]);
+        const long double angle = std::atan2(y, x);
         SCOPED_TRACE(testing::Message() << std::hexfloat << re[i] << " + i " << im[i]);
         ASSERT_LE(UlpsOff(amplitude[i], std::hypot(x, y)), 2.0);
         ASSERT_LE(UlpsOff(phase[i], angle), 2.0);
