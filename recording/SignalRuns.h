@@ -26,7 +26,7 @@ inline double RateOf(const SignalRun& run) {
 using TakeSamples = std::function<void(std::span<double* const> channels, std::size_t count)>;
 
 /// Reads the rest of a run, or its next `most` samples, piece by piece, each while the one before it is
-/// taken. Throws what the reader throws.
+/// taken, perhaps by another thread: `take` leaves the reader alone. Throws what either throws.
 KVX_RECORDING_API void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take,
                                const ProgressFunction& progress = {},
                                std::optional<std::int64_t> most = std::nullopt);

@@ -44,7 +44,7 @@ public:
         const char* const end = text.data() + text.size();
         for (const char* at = text.data(); at < end;) {
             const std::size_t used = rows_.count * columns_;
-            if (rows_.values.size() < used + columns_) rows_.values.resize(2 * used + 64 * columns_);
+            if (rows_.values.size() < used + columns_) rows_.values.resize(2 * used + columns_);
             ++rows_.linesInAll;
             if (const char* const next = ReadPlainRow(at, end, rows_.values.data() + used)) {
                 at = next;
