@@ -230,8 +230,9 @@ void OutputFile::Expect(std::uint64_t size) {
     constexpr std::uint64_t kLarge = std::uint64_t{1} << 24;  // smaller ones gain nothing
     const off_t position = ::lseek(handle_, 0, SEEK_CUR);
     if (size < kLarge || position < 0 || size > kFarthest - static_cast<std::uint64_t>(position)) return;
-    if (::fallocate(handle_, FALLOC_FL_KEEP_SIZE, position, static_cast<off_t>(size)) == 0)
-        hasSetAside_ = true;
+    const int result = ::fallocate(handle_, FALLOC_FL_KEEP_SIZE, position, static_cast<off_t>(size));
+    // Where the space ends a part of it may have been set aside.
+    if (result == 0 || errno == ENOSPC || errno == EINTR) hasSetAside_ = true;
 #else
     static_cast<void>(size);
 #endif

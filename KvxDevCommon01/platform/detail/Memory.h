@@ -23,7 +23,7 @@ void* AllocateZeroedMemory(std::size_t bytes) noexcept;
 void* ResizeMemory(void* block, std::size_t bytes, std::size_t kept, std::size_t wanted) noexcept;
 
 /// Whether the bytes of a block of that size are zero until somebody writes them, also when it was allocated
-/// as open or has grown.
+/// as open or has grown. What was written stays when a block shrinks and grows again.
 bool IsMemoryZeroUntilWritten(std::size_t bytes) noexcept;
 
 /// A null block is none.
