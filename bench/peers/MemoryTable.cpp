@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Prints how much memory objects take, as the table of docs/performance.md: what the object itself measures,
-// and what it holds on the heap as the C library counts it.
+// and what it holds besides: the C library's allocations, and what is mapped by the library itself.
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
@@ -26,9 +26,18 @@
 
 namespace {
 
+/// Pages of the program, or of it those in memory.
+struct Pages {
+    std::size_t all = 0, resident = 0;
+
+    Pages() { std::ifstream("/proc/self/statm") >> all >> resident; }
+};
+constexpr std::size_t kPage = 4096;
+
+/// What is allocated, but for a constant: all that is mapped, of the C library's heap only what is in use.
 std::size_t Heap() {
-    const auto all = ::mallinfo2();
-    return all.uordblks + all.hblkhd;
+    const auto heap = ::mallinfo2();
+    return Pages().all * kPage - heap.arena + heap.uordblks;
 }
 
 /// What stays on the heap of what `make()` makes.
@@ -39,21 +48,15 @@ void Row(const char* what, Make make) {
     std::printf("| %s | %zu | %zu |\n", what, sizeof object, Heap() - before);
 }
 
-/// Bytes of the program that are in memory.
-std::size_t Resident() {
-    std::size_t all = 0, resident = 0;
-    std::ifstream("/proc/self/statm") >> all >> resident;
-    return resident * 4096;
-}
-
 /// The tables that the first transform of a size leaves behind, in whole pages, wherever they lie.
 void TransformRow(std::size_t size) {
     std::vector<double> wave(size, 1.0), work = wave, re = wave, im = wave, spare = wave;
     spare = {};
-    const std::size_t before = Resident();
+    const std::size_t before = Pages().resident;
     const auto n = static_cast<__int64>(size);
     CMatFFT::WaveRfft(wave.data(), work.data(), n, re.data(), im.data(), n / 2);
-    std::printf("| tables of transforms of %zu points, shared by all | | %zu |\n", size, Resident() - before);
+    std::printf("| tables of transforms of %zu points, shared by all | | %zu |\n", size,
+                (Pages().resident - before) * kPage);
 }
 
 }  // namespace
