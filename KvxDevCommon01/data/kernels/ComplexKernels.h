@@ -40,7 +40,7 @@ struct ComplexKernels {
                        std::int64_t count);
     /// The magnitude, scaled by the larger part
     void (*magnitude)(double* to, const SplitValues& a, std::int64_t count);
-    /// Amplitude and phase, each within two units in the last place, of any numbers; no-value in both where
+    /// Amplitude and phase, each within two units in the last place (see numerics.md); no-value in both where
     /// one part has none. 0 + 0i has phase 0.
     void (*polar)(double* amplitude, double* phase, const SplitValues& a, const PhaseUnit& unit,
                   std::int64_t count);

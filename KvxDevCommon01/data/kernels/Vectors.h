@@ -16,7 +16,8 @@ namespace {
 
 /// As many elements as fill a register.
 template <typename Element>
-constexpr unsigned kWidest = static_cast<unsigned>(kLanes * sizeof(double) / sizeof(Element));
+constexpr unsigned kWidest = kLanes == 1 ? 1
+                                         : static_cast<unsigned>(kLanes * sizeof(double) / sizeof(Element));
 
 /// The same bits as another type.
 template <typename To, typename From>
