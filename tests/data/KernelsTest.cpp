@@ -134,7 +134,7 @@ TEST(ReductionKernels, FindTheExtremesOfTheNumbersThatAreNoMarkers) {
             std::vector<std::int32_t> longs(shift + count);
             for (std::size_t i = 0; i < longs.size(); ++i)
                 longs[i] =
-                    i % 3 == 1 ? kvx::kNoValue<std::int32_t> : static_cast<std::int32_t>(calm[i] * 1e9);
+                    i % 3 == 1 ? kvx::kNoValue<std::int32_t> : static_cast<std::int32_t>(calm[i] * 2e8);
             auto numbers = std::vector(longs.begin() + Signed(shift), longs.end());
             std::erase(numbers, kvx::kNoValue<std::int32_t>);
             const auto [low, high] = kernels.longExtremes(longs.data() + shift, Signed(count));

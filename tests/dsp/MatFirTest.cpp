@@ -113,7 +113,7 @@ TEST(FirKernels, GiveTheBitsOfTheDefinitionInEverySet) {
                 std::ranges::copy(x, aligned.begin() + static_cast<std::ptrdiff_t>(shift));
                 const double* const from = aligned.data() + shift;
                 const Wave all = Definition(coef, kKeep, 1, x, set);
-                Wave y(count), expected(all.begin() + static_cast<std::ptrdiff_t>(taps) - 1, all.end());
+                Wave y(count), expected(all.begin() + (static_cast<std::ptrdiff_t>(taps) - 1), all.end());
                 kernels.convolve(coef.data(), Size(coef), from, y.data(), length);
                 ASSERT_EQ(y, expected);
                 for (const std::size_t ratio : {1U, 2U, 3U, 4U, 5U, 6U}) {
