@@ -40,7 +40,7 @@ std::size_t Heap() {
     return Pages().all * kPage - heap.arena + heap.uordblks;
 }
 
-/// What stays on the heap of what `make()` makes.
+/// What stays allocated of what `make()` makes.
 template <class Make>
 void Row(const char* what, Make make) {
     const std::size_t before = Heap();
@@ -63,7 +63,7 @@ void TransformRow(std::size_t size) {
 
 int main() {
     const std::vector<double> window = kvx::MakeWindow("hann", 4096);
-    std::printf("| what | object [bytes] | heap [bytes] |\n| --- | ---: | ---: |\n");
+    std::printf("| what | object [bytes] | besides [bytes] |\n| --- | ---: | ---: |\n");
     Row("`CDataArrayDouble`, empty", [] { return CDataArrayDouble(); });
     Row("`CDataArrayDouble`, 1 value", [] { return CDataArrayDouble(1, 0.0); });
     Row("`CDataArrayDouble`, 1000000 values", [] { return CDataArrayDouble(1000000, 0.0); });

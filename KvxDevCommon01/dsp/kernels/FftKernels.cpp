@@ -410,6 +410,17 @@ KVX_ALWAYS_INLINE LinePair<V> LinesOf(V ar, V ai, V br, V bi, V cosine, V sine, 
                          : LinePair<V>{ar + br, ai - bi, along, across};
 }
 
+/// The forward transform of the values of kRadix neighbouring groups.
+template <unsigned kWidth, unsigned kRadix>
+KVX_ALWAYS_INLINE void TransformNeighbours(const double* values, Vector<kWidth>* re, Vector<kWidth>* im) {
+    KVX_UNROLLED
+    for (unsigned r = 0; r < kRadix; ++r) {
+        re[r] = LoadVector<kWidth>(values + r * kGroup);
+        im[r] = LoadVector<kWidth>(values + r * kGroup + kImaginary);
+    }
+    Butterfly<kRadix>(re, im);
+}
+
 /// The last pass and the step from the complex transform to the lines. Group g and its mirror image are taken
 /// together: line 8 (g + r groups/radix) + q in the one belongs to one counted down from the end of the
 /// other, but for q = 0, whose counterpart is in the image of group g - 1 and is kept from there.
@@ -427,18 +438,8 @@ void LastPass(const FftPlan& plan, const double* work, const Out& out) {
         const double* const mirrored =
             work + (plan.groups - kRadix - position.Group()) * kGroup + (8 - kCount - lane);
         V ar[kRadix], ai[kRadix], br[kRadix], bi[kRadix];
-        KVX_UNROLLED
-        for (unsigned r = 0; r < kRadix; ++r) {
-            ar[r] = LoadVector<kWidth>(values + r * kGroup);
-            ai[r] = LoadVector<kWidth>(values + r * kGroup + kImaginary);
-        }
-        Butterfly<kRadix>(ar, ai);
-        KVX_UNROLLED
-        for (unsigned r = 0; r < kRadix; ++r) {
-            br[r] = LoadVector<kWidth>(mirrored + r * kGroup);
-            bi[r] = LoadVector<kWidth>(mirrored + r * kGroup + kImaginary);
-        }
-        Butterfly<kRadix>(br, bi);
+        TransformNeighbours<kWidth, kRadix>(values, ar, ai);
+        TransformNeighbours<kWidth, kRadix>(mirrored, br, bi);
         if (line == 0) {
             KVX_UNROLLED
             for (unsigned r = 0; r < kRadix; ++r) {
@@ -493,12 +494,7 @@ void LastPassOfInverse(const FftPlan& plan, const double* work, double* wave, do
         for (Index lane = 0; lane < 8; lane += kWidth) {
             const double* const values = work + position.Group() * kGroup + lane;
             V re[kRadix], im[kRadix];
-            KVX_UNROLLED
-            for (unsigned r = 0; r < kRadix; ++r) {
-                re[r] = LoadVector<kWidth>(values + r * kGroup);
-                im[r] = LoadVector<kWidth>(values + r * kGroup + kImaginary);
-            }
-            Butterfly<kRadix>(re, im);
+            TransformNeighbours<kWidth, kRadix>(values, re, im);
             KVX_UNROLLED
             for (unsigned r = 0; r < kRadix; ++r) {
                 StorePairs<kWidth>(wave + 2 * (pair + lane + r * distance), im[r] * scale, re[r] * scale);
