@@ -36,7 +36,7 @@ constexpr __int64 WholeSteps(__int64 count, __int64 step) {
 template <class From, class To, class Convert>
 int ConvertInto(const From& from, To& to, Convert convert) {
     using Element = std::remove_pointer_t<decltype(to.GetData())>;
-    if (!to.SetData(from.GetNum(), static_cast<const Element*>(nullptr))) return 0;
+    if (!ForLoading::Create<Element>(to, from.GetNum())) return 0;
     std::transform(from.GetData(), from.GetData() + from.GetNum(), to.GetData(), convert);
     return 1;
 }
@@ -343,7 +343,7 @@ int FindRange(const Element* values, __int64 count, Element* min, Element* max, 
 }  // namespace
 
 CDataArrayDouble& CDataArrayDouble::operator=(const CDataArrayDoubleCplx& other) {
-    if (SetData(other.GetNum(), nullptr)) SetMagnitudes(data_, other, 0, count_);
+    if (kvx::ForLoading::Create<double>(*this, other.GetNum())) SetMagnitudes(data_, other, 0, count_);
     return *this;
 }
 
@@ -497,13 +497,13 @@ void CDataArrayDouble::Reverse() {
 }
 
 int CDataArrayDouble::GetDataArrayFloat(CDataArrayFloat* out) const {
-    if (!out || !out->SetData(count_, nullptr)) return 0;
+    if (!out || !kvx::ForLoading::Create<float>(*out, count_)) return 0;
     kvx::ActiveKernels<kvx::ElementKernels>().narrow(out->GetData(), data_, count_);
     return 1;
 }
 
 int CDataArrayDouble::SetDataArrayFloat(const CDataArrayFloat& in) {
-    if (!SetData(in.GetNum(), nullptr)) return 0;
+    if (!kvx::ForLoading::Create<double>(*this, in.GetNum())) return 0;
     kvx::ActiveKernels<kvx::ElementKernels>().widen(data_, in.GetData(), count_);
     return 1;
 }

@@ -32,6 +32,7 @@ void WalkRings(__int64 num, Action action, Ring<Elements>... rings) {
     while (num > 0) {
         const __int64 step = std::min({num, rings.ToEnd()...});
         action(step, rings.Here()...);
+        if (step == num) return;
         (rings.Advance(step), ...);
         num -= step;
     }

@@ -62,12 +62,7 @@ public:
         for (unsigned half = kVectors / 2; half > 0; half /= 2) {
             for (unsigned v = 0; v < half; ++v) sums[v] += sums[v + half];
         }
-        double lanes[kLanes];
-        Store(lanes, sums[0]);
-        for (unsigned half = kLanes / 2; half > 0; half /= 2) {
-            for (unsigned lane = 0; lane < half; ++lane) lanes[lane] += lanes[lane + half];
-        }
-        return lanes[0];
+        return FoldHalves<kLanes>(sums[0], [](auto low, auto high) { return low + high; });
     }
 
 private:
@@ -128,38 +123,40 @@ void AddSquaresToLanes(double* lanes, const double* values, Index groups) {
 
 // ---- Searches
 
-/// Takes all values into `result` by fold(result so far, values). The fold is handed whole vectors and, where
-/// they do not fill one, single elements.
-template <typename Element, class Fold>
-Element FoldAll(const Element* values, Index count, Element result, Fold fold) {
-    constexpr unsigned kVectors = 8;
+/// Takes all values into `start` by low(result so far, values) and high(...). They are handed whole vectors and,
+/// where these are not filled, single elements. kVectors of each keep their results side by side.
+template <unsigned kVectors, typename Element, class Low, class High>
+Extremes<Element> FoldAll(const Element* values, Index count, Extremes<Element> start, Low low, High high) {
     constexpr Index kWidth = kWidest<Element>;
     using V = Vector<kWidest<Element>, Element>;
-    const auto load = [=](Index i) { return LoadVector<kWidest<Element>>(values + i); };
     if (count < kWidth) {
-        for (Index i = 0; i < count; ++i) result = fold(result, values[i]);
-        return result;
+        for (Index i = 0; i < count; ++i) start = {low(start.low, values[i]), high(start.high, values[i])};
+        return start;
     }
+    V lows[kVectors], highs[kVectors];
+    for (V& one : lows) one = Spread<V>(start.low);
+    for (V& one : highs) one = Spread<V>(start.high);
+    const auto take = [&](unsigned v, Index i) {
+        const V x = LoadVector<kWidest<Element>>(values + i);
+        lows[v] = low(lows[v], x);
+        highs[v] = high(highs[v], x);
+    };
     // Values may be taken twice: the first and the last vector overlap others, which lie on whole registers.
-    V partial[kVectors];
-    for (V& one : partial) one = Spread<V>(result);
-    partial[0] = fold(partial[0], load(0));
-    partial[1] = fold(partial[1], load(count - kWidth));
+    take(0, 0);
+    take(1, count - kWidth);
     const auto position = static_cast<Index>(reinterpret_cast<__UINTPTR_TYPE__>(values) / sizeof(Element));
     Index i = -position & (kWidth - 1);
     for (; count - i >= Index{kVectors} * kWidth; i += Index{kVectors} * kWidth) {
-        for (unsigned v = 0; v < kVectors; ++v) partial[v] = fold(partial[v], load(i + v * kWidth));
+        for (unsigned v = 0; v < kVectors; ++v) take(v, i + v * kWidth);
     }
-    for (; count - i >= kWidth; i += kWidth) partial[0] = fold(partial[0], load(i));
+    for (unsigned v = 0; v < kVectors - 1 && count - i >= kWidth; ++v, i += kWidth) take(v, i);
     for (unsigned step = kVectors / 2; step > 0; step /= 2) {
-        for (unsigned v = 0; v < step; ++v) partial[v] = fold(partial[v], partial[v + step]);
+        for (unsigned v = 0; v < step; ++v) {
+            lows[v] = low(lows[v], lows[v + step]);
+            highs[v] = high(highs[v], highs[v + step]);
+        }
     }
-    Element lanes[kWidest<Element>];
-    StoreVector(lanes, partial[0]);
-    for (Index step = kWidth / 2; step > 0; step /= 2) {
-        for (Index lane = 0; lane < step; ++lane) lanes[lane] = fold(lanes[lane], lanes[lane + step]);
-    }
-    return lanes[0];
+    return {FoldHalves<kWidest<Element>>(lows[0], low), FoldHalves<kWidest<Element>>(highs[0], high)};
 }
 
 template <typename Value>
@@ -171,38 +168,40 @@ Value Larger(Value soFar, Value x) {
     return x > soFar ? x : soFar;
 }
 
-/// The extremes of the values that are not the marker, with top > bottom for the ends of the element's range.
+constexpr auto kSmaller = [](auto soFar, auto x) { return Smaller(soFar, x); };
+constexpr auto kLarger = [](auto soFar, auto x) { return Larger(soFar, x); };
+constexpr auto kKept = [](auto soFar, auto) { return soFar; };
+
+/// The extremes of the values that are not the marker; `ends` are those of the element's range, high and low.
 template <typename Element>
-Extremes<Element> ExtremesBesideMarkers(const Element* values, Index count, Element top, Element bottom) {
-    const auto smaller = [](auto soFar, auto x) {
-        return Smaller(soFar, x == kNoValue<Element> ? soFar : x);
-    };
-    const auto larger = [](auto soFar, auto x) { return Larger(soFar, x == kNoValue<Element> ? soFar : x); };
-    return {FoldAll(values, count, top, smaller), FoldAll(values, count, bottom, larger)};
+Extremes<Element> ExtremesBesideMarkers(const Element* values, Index count, Extremes<Element> ends) {
+    return FoldAll<4>(
+        values, count, ends,
+        [](auto soFar, auto x) { return Smaller(soFar, x == kNoValue<Element> ? soFar : x); },
+        [](auto soFar, auto x) { return Larger(soFar, x == kNoValue<Element> ? soFar : x); });
 }
 
 constexpr double kInfinity = __builtin_huge_val();
 
 /// Looks for markers only where they can be: the marker is the most negative finite value.
 Extremes<double> FindExtremes(const double* values, Index count) {
-    constexpr auto kSmaller = [](auto soFar, auto x) { return Smaller(soFar, x); };
-    constexpr auto kLarger = [](auto soFar, auto x) { return Larger(soFar, x); };
-    const double low = FoldAll(values, count, kInfinity, kSmaller);
-    if (low <= kNoValue<double>) return ExtremesBesideMarkers(values, count, kInfinity, -kInfinity);
-    return {low, FoldAll(values, count, -kInfinity, kLarger)};
+    constexpr Extremes<double> kEnds{kInfinity, -kInfinity};
+    const Extremes<double> found = FoldAll<4>(values, count, kEnds, kSmaller, kLarger);
+    return found.low <= kNoValue<double> ? ExtremesBesideMarkers(values, count, kEnds) : found;
 }
 
 Extremes<std::int32_t> FindLongExtremes(const std::int32_t* values, Index count) {
-    return ExtremesBesideMarkers<std::int32_t>(values, count, INT32_MAX, INT32_MIN);
+    return ExtremesBesideMarkers<std::int32_t>(values, count, {INT32_MAX, INT32_MIN});
 }
 
 double SmallestPositive(const double* values, Index count) {
-    return FoldAll(values, count, kInfinity,
-                   [](auto soFar, auto x) { return Smaller(soFar, x > 0.0 ? x : soFar); });
+    const auto positive = [](auto soFar, auto x) { return Smaller(soFar, x > 0.0 ? x : soFar); };
+    return FoldAll<8>(values, count, Extremes<double>{kInfinity, 0.0}, positive, kKept).low;
 }
 
 double LargestMagnitude(const double* values, Index count) {
-    return FoldAll(values, count, 0.0, [](auto soFar, auto x) { return Larger(soFar, x < 0.0 ? -x : x); });
+    const auto larger = [](auto soFar, auto x) { return Larger(soFar, x < 0.0 ? -x : x); };
+    return FoldAll<8>(values, count, Extremes<double>{0.0, 0.0}, kKept, larger).high;
 }
 
 /// The index of the first element that equals `value`.

@@ -28,6 +28,44 @@ inline To BitsAs(From from) {
     return to;
 }
 
+#if defined(__GNUC__)
+/// The halves of a vector.
+template <typename V>
+KVX_ALWAYS_INLINE auto LowHalf(V v) {
+    if constexpr (sizeof v / sizeof v[0] == 16) {
+        return __builtin_shufflevector(v, v, 0, 1, 2, 3, 4, 5, 6, 7);
+    } else if constexpr (sizeof v / sizeof v[0] == 8) {
+        return __builtin_shufflevector(v, v, 0, 1, 2, 3);
+    } else if constexpr (sizeof v / sizeof v[0] == 4) {
+        return __builtin_shufflevector(v, v, 0, 1);
+    } else {
+        return v[0];
+    }
+}
+template <typename V>
+KVX_ALWAYS_INLINE auto HighHalf(V v) {
+    if constexpr (sizeof v / sizeof v[0] == 16) {
+        return __builtin_shufflevector(v, v, 8, 9, 10, 11, 12, 13, 14, 15);
+    } else if constexpr (sizeof v / sizeof v[0] == 8) {
+        return __builtin_shufflevector(v, v, 4, 5, 6, 7);
+    } else if constexpr (sizeof v / sizeof v[0] == 4) {
+        return __builtin_shufflevector(v, v, 2, 3);
+    } else {
+        return v[1];
+    }
+}
+#endif
+
+/// Folds the upper half of a vector into the lower one until one element is left.
+template <unsigned kWidth, typename V, class Fold>
+KVX_ALWAYS_INLINE auto FoldHalves(V v, const Fold& fold) {
+    if constexpr (kWidth == 1) {
+        return v;
+    } else {
+        return FoldHalves<kWidth / 2>(fold(LowHalf(v), HighHalf(v)), fold);
+    }
+}
+
 [[maybe_unused]] inline double SquareRoot(double x) {
 #if defined(__SSE2__)
     return _mm_cvtsd_f64(_mm_sqrt_pd(_mm_set1_pd(x)));
