@@ -29,6 +29,7 @@ Lanes LoadFew(const double* from, unsigned count) {
 class LaneSums {
 public:
     LaneSums() {
+        KVX_UNROLLED
         for (Lanes& sum : sums_) sum = Lanes{};
     }
     explicit LaneSums(const double* lanes) {
@@ -38,28 +39,52 @@ public:
         for (unsigned v = 0; v < kVectors; ++v) Store(lanes + v * kLanes, sums_[v]);
     }
 
+    /// Where the sums would fill the registers, half of them at a time take their values of some groups.
     template <class Term>
-    void AddGroups(const double* values, Index groups, Term term) {
-        for (; groups > 0; --groups, values += kSumLanes) {
-            for (unsigned v = 0; v < kVectors; ++v) sums_[v] += term(Load(values + v * kLanes));
+    KVX_ALWAYS_INLINE void AddGroups(const double* values, Index groups, Term term) {
+        constexpr unsigned kAtOnce = kVectors < 8 ? kVectors : 8;
+        constexpr Index kBlock = 64;
+        while (groups > 0) {
+            const Index block = kAtOnce == kVectors || groups < kBlock ? groups : kBlock;
+            KVX_UNROLLED
+            for (unsigned first = 0; first < kVectors; first += kAtOnce) {
+                Lanes sums[kAtOnce];
+                KVX_UNROLLED
+                for (unsigned v = 0; v < kAtOnce; ++v) sums[v] = sums_[first + v];
+                const double* from = values + first * kLanes;
+                for (Index group = 0; group < block; ++group, from += kSumLanes) {
+                    KVX_UNROLLED
+                    for (unsigned v = 0; v < kAtOnce; ++v) sums[v] += term(Load(from + v * kLanes));
+                }
+                KVX_UNROLLED
+                for (unsigned v = 0; v < kAtOnce; ++v) sums_[first + v] = sums[v];
+            }
+            values += block * kSumLanes;
+            groups -= block;
         }
     }
 
     /// Adds fewer values than there are lanes to the first of them. No sum is -0.0, so that adding zeros to
     /// the sums beside those of the last values changes nothing.
     template <class Term>
-    void AddRest(const double* values, Index count, Term term) {
-        for (unsigned v = 0; v < kVectors && count > 0; ++v, count -= Index{kLanes}) {
+    KVX_ALWAYS_INLINE void AddRest(const double* values, Index count, Term term) {
+        KVX_UNROLLED
+        for (unsigned v = 0; v < kVectors; ++v) {
             const double* const from = values + v * kLanes;
+            const Index rest = count - Index{v * kLanes};
+            if (rest <= 0) return;
             sums_[v] +=
-                term(count >= Index{kLanes} ? Load(from) : LoadFew(from, static_cast<unsigned>(count)));
+                term(rest >= Index{kLanes} ? Load(from) : LoadFew(from, static_cast<unsigned>(rest)));
         }
     }
 
-    double Total() const {
+    KVX_ALWAYS_INLINE double Total() const {
         Lanes sums[kVectors];
+        KVX_UNROLLED
         for (unsigned v = 0; v < kVectors; ++v) sums[v] = sums_[v];
+        KVX_UNROLLED
         for (unsigned half = kVectors / 2; half > 0; half /= 2) {
+            KVX_UNROLLED
             for (unsigned v = 0; v < half; ++v) sums[v] += sums[v + half];
         }
         return FoldHalves<kLanes>(sums[0], [](auto low, auto high) { return low + high; });
@@ -74,31 +99,39 @@ private:
 constexpr auto kValue = [](Lanes x) { return x; };
 constexpr auto kSquare = [](Lanes x) { return x * x; };
 
-/// The values to where whole registers begin go to the last sums and those from there on to the first, so
-/// that the sums come to lie around the ring of lanes. No sum is -0.0: adding the zeros beside a few values
-/// to the sums of other lanes changes nothing.
+/// Adds the values to the sums from the first lane on.
+template <class Term>
+KVX_ALWAYS_INLINE void AddAll(LaneSums& sums, const double* values, Index count, Term term) {
+    const Index groups = count / kSumLanes;
+    sums.AddGroups(values, groups, term);
+    sums.AddRest(values + groups * kSumLanes, count % kSumLanes, term);
+}
+
+/// The values to where whole registers begin, `head` of them, go to the last sums and those from there on to
+/// the first, so that the sums come to lie around the ring of lanes. No sum is -0.0: adding the zeros beside a
+/// few values to the sums of other lanes changes nothing.
+template <class Term>
+double SumAroundRing(const double* values, Index head, Index count, Term term) {
+    double group[kSumLanes] = {};
+    for (Index i = 0; i < head; ++i) group[kSumLanes - head + i] = values[i];
+    LaneSums sums;
+    sums.AddGroups(group, 1, term);
+    AddAll(sums, values + head, count - head, term);
+    double turned[2 * kSumLanes];
+    sums.StoreTo(turned);
+    sums.StoreTo(turned + kSumLanes);
+    return LaneSums(turned + kSumLanes - head).Total();
+}
+
 template <class Term>
 double SumOf(const double* values, Index count, Term term) {
     // Beyond the first-level cache a load that crosses two lines costs twice, and the turn pays.
     constexpr Index kLong = 4096;
     const auto position = static_cast<Index>(reinterpret_cast<__UINTPTR_TYPE__>(values) / sizeof(double));
     const Index head = count < kLong ? 0 : -position & (Index{kLanes} - 1);
+    if (head != 0) return SumAroundRing(values, head, count, term);
     LaneSums sums;
-    if (head != 0) {
-        double group[kSumLanes] = {};
-        for (Index i = 0; i < head; ++i) group[kSumLanes - head + i] = values[i];
-        sums.AddGroups(group, 1, term);
-    }
-    const Index groups = (count - head) / kSumLanes;
-    sums.AddGroups(values + head, groups, term);
-    const Index done = head + groups * kSumLanes;
-    sums.AddRest(values + done, count - done, term);
-    if (head != 0) {
-        double turned[2 * kSumLanes];
-        sums.StoreTo(turned);
-        sums.StoreTo(turned + kSumLanes);
-        sums = LaneSums(turned + kSumLanes - head);
-    }
+    AddAll(sums, values, count, term);
     return sums.Total();
 }
 double Sum(const double* values, Index count) {

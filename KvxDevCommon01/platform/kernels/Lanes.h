@@ -18,6 +18,16 @@
 #define KVX_INDEPENDENT_ITERATIONS
 #endif
 
+// Tells the compiler to unroll the loop that follows whole, so that an array of vectors that it fills can
+// stay in registers.
+#if defined(__clang__)
+#define KVX_UNROLLED _Pragma("clang loop unroll(full)")
+#elif defined(__GNUC__)
+#define KVX_UNROLLED _Pragma("GCC unroll 16")
+#else
+#define KVX_UNROLLED
+#endif
+
 #if defined(__GNUC__)
 #define KVX_ALWAYS_INLINE __attribute__((always_inline)) inline
 #else

@@ -6,16 +6,6 @@
 
 #include <KvxDevCommon01/platform/kernels/Lanes.h>
 
-// Tells the compiler to unroll the loop that follows whole, so that an array of vectors that it fills can
-// stay in registers.
-#if defined(__clang__)
-#define KVX_UNROLLED _Pragma("clang loop unroll(full)")
-#elif defined(__GNUC__)
-#define KVX_UNROLLED _Pragma("GCC unroll 16")
-#else
-#define KVX_UNROLLED
-#endif
-
 namespace kvx::KVX_KERNEL_SET {
 namespace {
 
