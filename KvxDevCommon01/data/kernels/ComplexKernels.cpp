@@ -10,7 +10,7 @@ namespace {
 constexpr double kMarker = kNoValue<double>;
 
 void Multiply(const SplitResults& to, const SplitValues& a, const SplitValues& b, Index count) {
-    SetEachTwo(to.re, to.im, count, [=]<unsigned kWidth>(Index i) {
+    SetEachTwo<2>(to.re, to.im, count, [=]<unsigned kWidth>(Index i) {
         const auto aRe = LoadVector<kWidth>(a.re + i), aIm = LoadVector<kWidth>(a.im + i);
         const auto bRe = LoadVector<kWidth>(b.re + i), bIm = LoadVector<kWidth>(b.im + i);
         return Two<Vector<kWidth, double>>{aRe * bRe - aIm * bIm, aRe * bIm + aIm * bRe};
@@ -19,16 +19,28 @@ void Multiply(const SplitResults& to, const SplitValues& a, const SplitValues& b
 
 void CrossPower(const SplitResults& to, const SplitValues& a, const SplitValues& b, double factor,
                 Index count) {
-    SetEachTwo(to.re, to.im, count, [=]<unsigned kWidth>(Index i) {
-        const auto aRe = LoadVector<kWidth>(a.re + i), aIm = LoadVector<kWidth>(a.im + i);
-        const auto bRe = LoadVector<kWidth>(b.re + i), bIm = LoadVector<kWidth>(b.im + i);
-        const auto lacksValue = (aRe == kMarker) | (aIm == kMarker) | (bRe == kMarker) | (bIm == kMarker);
+    const auto plain = [=]<unsigned kWidth>(Index i) {
         using V = Vector<kWidth, double>;
-        const V marker = Spread<V>(kMarker);
-        const V re = (aRe * bRe + aIm * bIm) * factor;
-        const V im = (aIm * bRe - aRe * bIm) * factor;
-        return Two<V>{lacksValue ? marker : re, lacksValue ? marker : im};
-    });
+        const V aRe = LoadVector<kWidth>(a.re + i), aIm = LoadVector<kWidth>(a.im + i);
+        const V bRe = LoadVector<kWidth>(b.re + i), bIm = LoadVector<kWidth>(b.im + i);
+        return Two<V>{(aRe * bRe + aIm * bIm) * factor, (aIm * bRe - aRe * bIm) * factor};
+    };
+    const auto general = [=]<unsigned kWidth>(Index i) {
+        const auto lacks = [=](const double* part) { return LoadVector<kWidth>(part + i) == kMarker; };
+        const auto lacksValue = lacks(a.re) | lacks(a.im) | lacks(b.re) | lacks(b.im);
+        const auto [re, im] = plain.template operator()<kWidth>(i);
+        const auto marker = Spread<decltype(re + im)>(kMarker);
+        return Two<decltype(re + im)>{lacksValue ? marker : re, lacksValue ? marker : im};
+    };
+    // The marker is the most negative finite number.
+    const auto arePlain = [=]<unsigned kCount>(Index i) {
+        const auto take = [=](Lanes low, Index k) {
+            for (const double* const part : {a.re, a.im, b.re, b.im}) low = kLower(low, Load(part + i + k));
+            return low;
+        };
+        return AreAbove(Folded<kCount>(take), kMarker);
+    };
+    SetEachTwo<2>(to.re, to.im, count, TwoWays{general, plain, arePlain});
 }
 
 // ---- Polar form
@@ -140,7 +152,7 @@ inline Two<Vector<kWidth, double>> PolarForm(Vector<kWidth, double> x, Vector<kW
 }
 
 void Polar(double* amplitude, double* phase, const SplitValues& a, const PhaseUnit& unit, Index count) {
-    SetEachTwo(amplitude, phase, count, [=]<unsigned kWidth>(Index i) {
+    SetEachTwo<1>(amplitude, phase, count, [=]<unsigned kWidth>(Index i) {
         return PolarForm<kWidth>(LoadVector<kWidth>(a.re + i), LoadVector<kWidth>(a.im + i), unit);
     });
 }

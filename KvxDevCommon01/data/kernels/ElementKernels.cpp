@@ -79,25 +79,41 @@ inline Vector<kWidth, To> Converted(From from) {
 // The markers are exchanged in double precision, where both of them are exact.
 constexpr auto kFloatMarker = static_cast<double>(kNoValue<float>);
 
-void Narrow(float* to, const double* a, Index count) {
-    SetEach(to, count, [=]<unsigned kWidth>(Index i) {
-        const auto x = LoadVector<kWidth>(a + i);
-        return Converted<float, kWidth>(x == kNoValue<double> ? Spread<decltype(x + x)>(kFloatMarker) : x);
-    });
+/// to[i] = converted a[i], with one marker for the other. The markers are the most negative finite numbers,
+/// so that a group whose lowest value is above has none.
+template <typename To, typename From>
+void ChangePrecision(To* to, const From* a, double marker, double newMarker, Index count) {
+    const auto wide = [=]<unsigned kWidth>(Index i) {
+        return Converted<double, kWidth>(LoadVector<kWidth>(a + i));
+    };
+    const auto general = [=]<unsigned kWidth>(Index i) {
+        const auto x = wide.template operator()<kWidth>(i);
+        return Converted<To, kWidth>(x == marker ? Spread<decltype(x + x)>(newMarker) : x);
+    };
+    const auto plain = [=]<unsigned kWidth>(Index i) {
+        return Converted<To, kWidth>(wide.template operator()<kWidth>(i));
+    };
+    const auto arePlain = [=]<unsigned kCount>(Index i) {
+        const auto take = [=](Lanes low, Index k) {
+            return kLower(low, wide.template operator()<kLanes>(i + k));
+        };
+        return AreAbove(Folded<kCount>(take), marker);
+    };
+    SetEach(to, count, TwoWays{general, plain, arePlain});
 }
-
+void Narrow(float* to, const double* a, Index count) {
+    ChangePrecision(to, a, kNoValue<double>, kFloatMarker, count);
+}
 void Widen(double* to, const float* a, Index count) {
-    SetEach(to, count, [=]<unsigned kWidth>(Index i) {
-        const auto x = Converted<double, kWidth>(LoadVector<kWidth>(a + i));
-        return x == kFloatMarker ? Spread<decltype(x + x)>(kNoValue<double>) : x;
-    });
+    ChangePrecision(to, a, kFloatMarker, kNoValue<double>, count);
 }
 
 // ---- Units
 
-/// Divides by one number. A register of eight quotients takes the machine longer than all else of a
-/// conversion; there the product with the reciprocal is corrected twice by its remainder instead, which by
-/// Markstein's theorem rounds correctly where no part lies near the ends of the range.
+/// Divides by one number. Quotients take the machine longer than all else of a conversion. Where it can fuse,
+/// the product with the reciprocal and with the reciprocal's rest, which is within a unit in the last place,
+/// is corrected by its remainder instead: by Markstein's theorem that rounds correctly where no part lies
+/// near the ends of the range.
 struct Divisor {
     explicit Divisor(double number) : divisor(number), reciprocal(1.0 / number) {
         const double size = number < 0.0 ? -number : number;
@@ -106,46 +122,85 @@ struct Divisor {
 
     template <unsigned kWidth>
     Vector<kWidth, double> Quotient(Vector<kWidth, double> x) const {
-#if defined(__AVX512F__)
-        if constexpr (kWidth == kLanes) {
-            const Lanes size = x < 0.0 ? -x : x;
-            if (isModerate && AreAll((size >= 0x1p-900) & (size <= 0x1p900))) {
-                const Lanes d = Spread<Lanes>(divisor), r = Spread<Lanes>(reciprocal);
-                Lanes q = x * r;
-                q = FusedSum(FusedRemainder(x, q, d), r, q);
-                return FusedSum(FusedRemainder(x, q, d), r, q);
-            }
-        }
-#endif
         return x / divisor;
     }
+#if defined(__FMA__)
+    Lanes ModerateQuotient(Lanes x) const {
+        const Lanes d = Spread<Lanes>(divisor), r = Spread<Lanes>(reciprocal);
+        const Lanes rest = FusedRemainder(Spread<Lanes>(1.0), r, d) * r;
+        const Lanes q = FusedSum(x, r, x * rest);
+        return FusedSum(FusedRemainder(x, q, d), r, q);
+    }
+#endif
 
     double divisor;
     double reciprocal;
     bool isModerate;
 };
 
-/// to[i] = ((a[i] + before) scaled + after) * gain
-template <typename Real, class Scaled>
-void ConvertEach(Real* to, const Real* a, double before, double after, double gain, Index count,
-                 Scaled scaled) {
+/// to[i] = after(scaled(before(a[i])))
+template <typename Real, class Before, class Scaled, class After>
+void ConvertEach(Real* to, const Real* a, Index count, Before before, Scaled scaled, After after) {
     SetEach(to, count, [=]<unsigned kWidth>(Index i) {
-        const Vector<kWidth, double> x = Converted<double, kWidth>(LoadVector<kWidth>(a + i)) + before;
-        return Converted<Real, kWidth>((scaled.template operator()<kWidth>(x) + after) * gain);
+        const auto x = before(Converted<double, kWidth>(LoadVector<kWidth>(a + i)));
+        return Converted<Real, kWidth>(after(scaled.template operator()<kWidth>(x)));
     });
+}
+
+template <typename Real, class Before, class After>
+void DivideEach(Real* to, const Real* a, Index count, Before before, double number, After after) {
+    const Divisor divisor(number);
+    const auto scaled = [=]<unsigned kWidth>(Vector<kWidth, double> x) {
+        return divisor.Quotient<kWidth>(x);
+    };
+#if defined(__FMA__)
+    if (divisor.isModerate) {
+        const auto prepared = [=]<unsigned kWidth>(Index i) {
+            return before(Converted<double, kWidth>(LoadVector<kWidth>(a + i)));
+        };
+        const auto general = [=]<unsigned kWidth>(Index i) {
+            const auto x = prepared.template operator()<kWidth>(i);
+            return Converted<Real, kWidth>(after(scaled.template operator()<kWidth>(x)));
+        };
+        const auto plain = [=]<unsigned kWidth>(Index i) {
+            const Lanes x = prepared.template operator()<kWidth>(i);
+            return Converted<Real, kWidth>(after(divisor.ModerateQuotient(x)));
+        };
+        const auto arePlain = [=]<unsigned kCount>(Index i) {
+            const auto size = [=](Index k) {
+                const Lanes x = prepared.template operator()<kLanes>(i + k);
+                return x < 0.0 ? -x : x;
+            };
+            const auto least = [=](Lanes low, Index k) { return kLower(low, size(k)); };
+            const auto most = [=](Lanes high, Index k) { return kUpper(high, size(k)); };
+            return AreAbove(Folded<kCount>(least), 0x1p-900) && AreAbove(-Folded<kCount>(most), -0x1p900);
+        };
+        return SetEach(to, count, TwoWays{general, plain, arePlain});
+    }
+#endif
+    ConvertEach(to, a, count, before, scaled, after);
+}
+
+/// Whether it is the number that changes no bit of a sum.
+bool IsNothing(double added) {
+    return added == 0.0 && 1.0 / added < 0.0;
 }
 
 template <typename Real>
 void Convert(Real* to, const Real* a, const AffineConversion& conversion, double gain, Index count) {
     const auto [before, factor, divides, after] = conversion;
+    const double b = before, f = factor, c = after;
+    const auto same = [](auto x) { return x; };
+    const auto raised = [=](auto x) { return x + b; };
+    const auto finished = [=](auto x) { return (x + c) * gain; };
+    const auto product = [=]<unsigned kWidth>(Vector<kWidth, double> x) { return x * f; };
+    const bool isOnlyScaled = IsNothing(b) && IsNothing(c) && gain == 1.0;
     if (divides) {
-        const Divisor divisor(factor);
-        ConvertEach(to, a, before, after, gain, count,
-                    [=]<unsigned kWidth>(Vector<kWidth, double> x) { return divisor.Quotient<kWidth>(x); });
+        isOnlyScaled ? DivideEach(to, a, count, same, f, same)
+                     : DivideEach(to, a, count, raised, f, finished);
     } else {
-        const double f = factor;
-        ConvertEach(to, a, before, after, gain, count,
-                    [=]<unsigned kWidth>(Vector<kWidth, double> x) { return x * f; });
+        isOnlyScaled ? ConvertEach(to, a, count, same, product, same)
+                     : ConvertEach(to, a, count, raised, product, finished);
     }
 }
 

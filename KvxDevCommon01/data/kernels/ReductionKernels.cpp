@@ -73,8 +73,7 @@ public:
             const double* const from = values + v * kLanes;
             const Index rest = count - Index{v * kLanes};
             if (rest <= 0) return;
-            sums_[v] +=
-                term(rest >= Index{kLanes} ? Load(from) : LoadFew(from, static_cast<unsigned>(rest)));
+            sums_[v] += term(rest >= Index{kLanes} ? Load(from) : LoadFew(from, static_cast<unsigned>(rest)));
         }
     }
 
@@ -108,8 +107,8 @@ KVX_ALWAYS_INLINE void AddAll(LaneSums& sums, const double* values, Index count,
 }
 
 /// The values to where whole registers begin, `head` of them, go to the last sums and those from there on to
-/// the first, so that the sums come to lie around the ring of lanes. No sum is -0.0: adding the zeros beside a
-/// few values to the sums of other lanes changes nothing.
+/// the first, so that the sums come to lie around the ring of lanes. No sum is -0.0: adding the zeros beside
+/// a few values to the sums of other lanes changes nothing.
 template <class Term>
 double SumAroundRing(const double* values, Index head, Index count, Term term) {
     double group[kSumLanes] = {};
@@ -156,8 +155,8 @@ void AddSquaresToLanes(double* lanes, const double* values, Index groups) {
 
 // ---- Searches
 
-/// Takes all values into `start` by low(result so far, values) and high(...). They are handed whole vectors and,
-/// where these are not filled, single elements. kVectors of each keep their results side by side.
+/// Takes all values into `start` by low(result so far, values) and high(...). They are handed whole vectors
+/// and, where these are not filled, single elements. kVectors of each keep their results side by side.
 template <unsigned kVectors, typename Element, class Low, class High>
 Extremes<Element> FoldAll(const Element* values, Index count, Extremes<Element> start, Low low, High high) {
     constexpr Index kWidth = kWidest<Element>;

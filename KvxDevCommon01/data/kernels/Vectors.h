@@ -92,18 +92,69 @@ KVX_ALWAYS_INLINE auto FoldHalves(V v, const Fold& fold) {
     return _mm512_maskz_sqrt_pd(0xFF, x);
 }
 
-/// Whether a comparison of two registers holds in every lane.
-[[maybe_unused]] inline bool AreAll(Vector<8, std::int64_t> comparison) {
-    return _mm512_movepi64_mask(BitsAs<__m512i>(comparison)) == 0xFF;
+#endif
+
+/// Whether every lane of a register is above `limit`.
+[[maybe_unused]] KVX_ALWAYS_INLINE bool AreAbove(Lanes x, double limit) {
+#if defined(__AVX512F__)
+    return _mm512_cmp_pd_mask(x, _mm512_set1_pd(limit), _CMP_NGT_UQ) == 0;
+#elif defined(__AVX__)
+    return _mm256_movemask_pd(_mm256_cmp_pd(x, _mm256_set1_pd(limit), _CMP_NGT_UQ)) == 0;
+#elif defined(__SSE2__)
+    return _mm_movemask_pd(_mm_cmpngt_pd(x, _mm_set1_pd(limit))) == 0;
+#else
+    double lanes[kLanes];
+    Store(lanes, x);
+    bool all = true;
+    for (const double lane : lanes) all = all && lane > limit;
+    return all;
+#endif
 }
+
+#if defined(__FMA__)
 /// a b + c and a - b c, rounded once.
-[[maybe_unused]] inline Lanes FusedSum(Lanes a, Lanes b, Lanes c) {
+[[maybe_unused]] KVX_ALWAYS_INLINE Lanes FusedSum(Lanes a, Lanes b, Lanes c) {
+#if defined(__AVX512F__)
     return _mm512_fmadd_pd(a, b, c);
+#else
+    return _mm256_fmadd_pd(a, b, c);
+#endif
 }
-[[maybe_unused]] inline Lanes FusedRemainder(Lanes a, Lanes b, Lanes c) {
+[[maybe_unused]] KVX_ALWAYS_INLINE Lanes FusedRemainder(Lanes a, Lanes b, Lanes c) {
+#if defined(__AVX512F__)
     return _mm512_fnmadd_pd(b, c, a);
+#else
+    return _mm256_fnmadd_pd(b, c, a);
+#endif
 }
 #endif
+
+/// Values that have a shorter way to them where all are of the usual kind: arePlain<n>(i) says whether those
+/// of n registers from the i-th on are. Both ways lead to the same bits there.
+template <class General, class Plain, class ArePlain>
+struct TwoWays {
+    General general;
+    Plain plain;
+    ArePlain arePlain;
+
+    template <unsigned kWidth>
+    auto operator()(Index i) const {
+        return general.template operator()<kWidth>(i);
+    }
+};
+
+/// The smaller and the larger of two; the first where the second is a NaN.
+constexpr auto kLower = [](Lanes soFar, Lanes x) { return x < soFar ? x : soFar; };
+constexpr auto kUpper = [](Lanes soFar, Lanes x) { return x > soFar ? x : soFar; };
+
+/// What is left of 1 when take(what is left, offset) has taken the values of n registers into it one by one.
+template <unsigned kCount, class Take>
+KVX_ALWAYS_INLINE Lanes Folded(const Take& take) {
+    Lanes folded = Spread<Lanes>(1.0);
+    KVX_UNROLLED
+    for (unsigned v = 0; v < kCount; ++v) folded = take(folded, Index{v * kLanes});
+    return folded;
+}
 
 /// store(i, value<width>(i)) for fewer elements than twice kWidth, from the i-th on.
 template <unsigned kWidth, class Value, class Store>
@@ -133,7 +184,21 @@ inline void SetVectors(const Element* to, Index count, const Value& value, const
     if (hasTail) tail = value.template operator()<kLanes>(count - kWidth);
     for (; count - i >= Index{kSteps} * kWidth; i += Index{kSteps} * kWidth) {
         decltype(head) vectors[kSteps];
-        for (unsigned v = 0; v < kSteps; ++v) vectors[v] = value.template operator()<kLanes>(i + v * kWidth);
+        const auto compute = [&](const auto& each) {
+            KVX_UNROLLED
+            for (unsigned v = 0; v < kSteps; ++v)
+                vectors[v] = each.template operator()<kLanes>(i + v * kWidth);
+        };
+        if constexpr (requires { value.arePlain; }) {
+            if (value.arePlain.template operator()<kSteps>(i)) {
+                compute(value.plain);
+            } else {
+                compute(value.general);
+            }
+        } else {
+            compute(value);
+        }
+        KVX_UNROLLED
         for (unsigned v = 0; v < kSteps; ++v) store(i + v * kWidth, vectors[v]);
     }
     for (; kSteps > 1 && count - i >= kWidth; i += kWidth) store(i, value.template operator()<kLanes>(i));
@@ -147,15 +212,15 @@ inline void SetEach(Element* to, Index count, const Value& value) {
     SetVectors<4>(to, count, value, [=](Index i, auto vector) { StoreVector(to + i, vector); });
 }
 
-/// The same for two results at a time.
+/// The same for two results at a time, kSteps vectors of each.
 template <typename V>
 struct Two {
     V first;
     V second;
 };
-template <class Value>
+template <unsigned kSteps, class Value>
 inline void SetEachTwo(double* first, double* second, Index count, const Value& value) {
-    SetVectors<1>(first, count, value, [=](Index i, const auto& two) {
+    SetVectors<kSteps>(first, count, value, [=](Index i, const auto& two) {
         StoreVector(first + i, two.first);
         StoreVector(second + i, two.second);
     });
