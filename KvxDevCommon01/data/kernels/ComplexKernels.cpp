@@ -81,80 +81,144 @@ void Magnitudes(double* to, const SplitValues& a, Index count) {
     });
 }
 
-// (atan(q)/q - 1)/q^2 as a polynomial in q^2 for 0 <= q <= 1: least largest error by the exchange method,
-// which leaves 2^-57 of atan(q).
+// From this tangent on, a little above that of 1/2, angles are taken from 1/8 turn: below it they have an
+// exponent less, and the errors of a difference and a sum would weigh twice.
+constexpr double kWideTangent = 35.0 / 64;
+
+// (atan(q)/q - 1)/q^2 as a polynomial in q^2 for |q| <= kWideTangent: least largest error by the exchange
+// method, which leaves 2^-59 of atan(q).
 constexpr double kArcTangent[] = {
-    -0x1.5555555555526p-2, 0x1.9999999995546p-3,  -0x1.249249237e1dfp-3,  0x1.c71c717f9369fp-4,
-    -0x1.745d11aae105cp-4, 0x1.3b136675425e3p-4,  -0x1.110e501776618p-4,  0x1.e1bb9ae390457p-5,
-    -0x1.ae5e43443cbfdp-5, 0x1.82da410fb5b8fp-5,  -0x1.59a28bbcca982p-5,  0x1.2c2b8fe9c41b7p-5,
-    -0x1.e9f197dbd6bccp-6, 0x1.6832d5e5abba5p-6,  -0x1.c77dc6eda4442p-7,  0x1.d7a085dacb965p-8,
-    -0x1.7a210dd4eb873p-9, 0x1.b3d9212d8679ap-11, -0x1.3f19eb335c416p-13, 0x1.bbc146c6815d3p-17,
+    -0x1.5555555555538p-2, 0x1.9999999995b78p-3, -0x1.2492492326510p-3, 0x1.c71c71408dbf5p-4,
+    -0x1.745d088e2fc0bp-4, 0x1.3b12a748bf571p-4, -0x1.11044f00d1100p-4, 0x1.e10639c2ec507p-5,
+    -0x1.a9e4ad8b23f78p-5, 0x1.6ef1d8c2ada1ap-5, -0x1.1b7d70aae0dcfp-5, 0x1.4cdda984dd727p-6,
+    -0x1.a3a4bb99bc7aap-8,
 };
 
 /// The polynomial above at t, two terms at a time but for the first two, whose rounding errors weigh most.
 template <typename V>
-inline V ArcTangentRest(V t) {
+KVX_ALWAYS_INLINE V ArcTangentRest(V t) {
     constexpr unsigned kTerms = sizeof kArcTangent / sizeof kArcTangent[0];
-    static_assert(kTerms % 2 == 0);
-    const auto twoTerms = [t](unsigned term) { return kArcTangent[term] + kArcTangent[term + 1] * t; };
+    static_assert(kTerms % 2 == 1);
     const V square = t * t;
-    V sum = twoTerms(kTerms - 2);
-    for (unsigned term = kTerms - 2; term > 2; term -= 2) sum = sum * square + twoTerms(term - 2);
+    V sum = Spread<V>(kArcTangent[kTerms - 1]);
+    KVX_UNROLLED
+    for (unsigned term = kTerms - 3; term > 0; term -= 2)
+        sum = sum * square + (kArcTangent[term] + kArcTangent[term + 1] * t);
     return kArcTangent[0] + t * (kArcTangent[1] + t * sum);
 }
 
-/// Amplitude and phase of one vector. Both parts are scaled by a power of two that brings the larger one to
-/// [1, 4), which keeps squares in range. The phase is the angle to the nearer axis, at most 1/8 turn, added
-/// to or subtracted from the phase of that axis.
+// Numbers whose larger part has a size between these are moderate: their squares and quotients need no
+// scaling.
+constexpr double kLeastModerate = 0x1p-300, kMostModerate = 0x1p300;
+
+/// The parts of a number by their size. Numbers without any or with an infinite part count as well.
 template <unsigned kWidth>
+struct PartSizes {
+    using V = Vector<kWidth, double>;
+
+    PartSizes(V x, V y) : sizeX(Magnitude<kWidth>(x)), sizeY(Magnitude<kWidth>(y)) {
+        larger = sizeX < sizeY ? sizeY : sizeX;
+        smaller = sizeX < sizeY ? sizeX : sizeY;
+    }
+
+    V sizeX, sizeY, larger, smaller;
+};
+
+/// The phase of numbers whose parts are, in proportion, n <= d: the angle to the nearest eighth of a turn
+/// that is even or, of wide ones, odd, added to or subtracted from that one.
+template <unsigned kWidth, bool kIsInRadians>
+KVX_ALWAYS_INLINE Vector<kWidth, double> Phase(Vector<kWidth, double> x, Vector<kWidth, double> y,
+                                               const PartSizes<kWidth>& parts, Vector<kWidth, double> n,
+                                               Vector<kWidth, double> d, const PhaseUnit& unit) {
+    using V = Vector<kWidth, double>;
+    const V none{}, one = Spread<V>(1.0), two = Spread<V>(2.0);
+    const auto isSteep = parts.sizeX < parts.sizeY;
+    const auto isWide = n >= d * kWideTangent;
+    const V difference = n - d, sum = n + d;
+    const V q = (isWide ? difference : n) / (isWide ? sum : d);
+    const V t = q * q;
+    const V rest = q * t * ArcTangentRest(t);
+    V angle;
+    if constexpr (kIsInRadians) {
+        angle = q + rest;
+    } else {
+        const V high = Bits<kWidth>::Value(Bits<kWidth>::Of(q) & kHighBits);
+        angle = high * unit.factorHigh +
+                (((q - high) + rest) * unit.factor + high * (unit.factor - unit.factorHigh));
+    }
+    const V side = WithSignOf<kWidth>(x, one);
+    const V direction = isSteep ? -side : side;
+    const V axis = isSteep ? two : two - (side + side);
+    const V eighths = axis + (isWide ? direction : none);
+    const V size = eighths * unit.eighthTurn + (direction * angle + eighths * unit.eighthTurnRest);
+    return WithSignOf<kWidth>(y, size);
+}
+
+/// Amplitude and phase of one vector of moderate numbers.
+template <unsigned kWidth, bool kIsInRadians>
+KVX_ALWAYS_INLINE Two<Vector<kWidth, double>> ModeratePolarForm(Vector<kWidth, double> x,
+                                                                Vector<kWidth, double> y,
+                                                                const PhaseUnit& unit) {
+    const PartSizes<kWidth> parts(x, y);
+    const auto n = parts.smaller, d = parts.larger;
+    return {SquareRoot(n * n + d * d), Phase<kWidth, kIsInRadians>(x, y, parts, n, d, unit)};
+}
+
+/// Amplitude and phase of one vector. Both parts of a number that is not moderate are scaled by a power of
+/// two that brings the larger one to [1, 4), which keeps squares in range.
+template <unsigned kWidth, bool kIsInRadians>
 inline Two<Vector<kWidth, double>> PolarForm(Vector<kWidth, double> x, Vector<kWidth, double> y,
                                              const PhaseUnit& unit) {
     using V = Vector<kWidth, double>;
     constexpr double kInfinity = __builtin_huge_val();
-    const V sizeX = Magnitude<kWidth>(x);
-    const V sizeY = Magnitude<kWidth>(y);
-    const auto isSteep = sizeX < sizeY;
-    const V larger = isSteep ? sizeY : sizeX;
-    const V smaller = isSteep ? sizeX : sizeY;
+    const PartSizes<kWidth> parts(x, y);
+    const V larger = parts.larger, smaller = parts.smaller;
 
     // The exponent of the larger part, kept to where both 2^e and 2^-e are normal numbers.
-    const V least = Spread<V>(0x1p-1022), most = Spread<V>(0x1p1022);
+    const V least = Spread<V>(0x1p-1022), most = Spread<V>(0x1p1022), one = Spread<V>(1.0), none{};
     const V atLeast = larger < least ? least : larger;
-    const auto exponent = Bits<kWidth>::Of(atLeast > most ? most : atLeast) & kExponentBits;
+    const V within = atLeast > most ? most : atLeast;
+    const auto isModerate = (larger > kLeastModerate) & (larger < kMostModerate);
+    const auto exponent = Bits<kWidth>::Of(isModerate ? one : within) & kExponentBits;
     const V scale = Bits<kWidth>::Value(2 * Bits<1>::Of(1.0) - exponent);
-    const V unscale = Bits<kWidth>::Value(exponent);
     const V n = smaller * scale;
     const V d = larger * scale;
-    const V length = SquareRoot(n * n + d * d) * unscale;
+    const V length = SquareRoot(n * n + d * d) * Bits<kWidth>::Value(exponent);
 
     // Of two infinite parts the angle is 1/8 turn, of one it is 0.
-    const V infinite = Spread<V>(kInfinity), one = Spread<V>(1.0), none{};
     const V nOfInfinite = smaller == kInfinity ? one : none * smaller;
-    const V q = (larger == kInfinity ? nOfInfinite : n) / (larger == kInfinity ? one : d);
-    const V t = q * q;
-    const V rest = q * t * ArcTangentRest(t);
-    const V high = Bits<kWidth>::Value(Bits<kWidth>::Of(q) & kHighBits);
-    const V angle =
-        high * unit.factorHigh + (((q - high) + rest) * unit.factor + high * (unit.factor - unit.factorHigh));
+    const V phase = Phase<kWidth, kIsInRadians>(x, y, parts, larger == kInfinity ? nOfInfinite : n,
+                                                larger == kInfinity ? one : d, unit);
 
-    const V side = WithSignOf<kWidth>(x, one);
-    const V axis = isSteep ? one : (side < 0.0 ? one + one : none);
-    const V turned = (isSteep ? -side : side) * angle;
-    const V size = axis * unit.quarterTurn + (turned + axis * unit.quarterTurnRest);
-
-    const auto isZero = (sizeX == 0.0) & (sizeY == 0.0);
+    const auto isZero = (parts.sizeX == 0.0) & (parts.sizeY == 0.0);
     const auto lacksValue = (x == kMarker) | (y == kMarker);
-    const auto isInfinite = (sizeX == kInfinity) | (sizeY == kInfinity);
-    const V marker = Spread<V>(kMarker);
+    const auto isInfinite = (parts.sizeX == kInfinity) | (parts.sizeY == kInfinity);
+    const V marker = Spread<V>(kMarker), infinite = Spread<V>(kInfinity);
     const V sound = isInfinite ? infinite : length;
-    const V direction = isZero ? none : WithSignOf<kWidth>(y, size);
+    const V direction = isZero ? none : phase;
     return {lacksValue ? marker : sound, lacksValue ? marker : direction};
 }
 
+template <bool kIsInRadians>
+void PolarIn(const PhaseUnit& unit, double* amplitude, double* phase, const SplitValues& a, Index count) {
+    const auto general = [=]<unsigned kWidth>(Index i) {
+        return PolarForm<kWidth, kIsInRadians>(LoadVector<kWidth>(a.re + i), LoadVector<kWidth>(a.im + i),
+                                               unit);
+    };
+    const auto plain = [=]<unsigned kWidth>(Index i) {
+        return ModeratePolarForm<kWidth, kIsInRadians>(LoadVector<kWidth>(a.re + i),
+                                                       LoadVector<kWidth>(a.im + i), unit);
+    };
+    const auto arePlain = [=]<unsigned kCount>(Index i) {
+        static_assert(kCount == 1);
+        const Lanes larger = PartSizes<kLanes>(Load(a.re + i), Load(a.im + i)).larger;
+        return AreAbove(larger, kLeastModerate) && AreAbove(-larger, -kMostModerate);
+    };
+    SetEachTwo<1>(amplitude, phase, count, TwoWays{general, plain, arePlain});
+}
 void Polar(double* amplitude, double* phase, const SplitValues& a, const PhaseUnit& unit, Index count) {
-    SetEachTwo<1>(amplitude, phase, count, [=]<unsigned kWidth>(Index i) {
-        return PolarForm<kWidth>(LoadVector<kWidth>(a.re + i), LoadVector<kWidth>(a.im + i), unit);
-    });
+    unit.factor == 1.0 ? PolarIn<true>(unit, amplitude, phase, a, count)
+                       : PolarIn<false>(unit, amplitude, phase, a, count);
 }
 
 }  // namespace

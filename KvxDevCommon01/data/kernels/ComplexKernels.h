@@ -22,13 +22,13 @@ struct SplitResults {
 
 /// The unit of a phase.
 struct PhaseUnit {
-    double factor;           ///< of an angle in radians
-    double factorHigh;       ///< the first 26 bits of the factor's significand
-    double quarterTurn;      ///< rounded
-    double quarterTurnRest;  ///< what the rounding took away
+    double factor;          ///< of an angle in radians
+    double factorHigh;      ///< the first 26 bits of the factor's significand
+    double eighthTurn;      ///< rounded; three times it is exact
+    double eighthTurnRest;  ///< what the rounding took away
 };
-inline constexpr PhaseUnit kPhaseInRadians{1.0, 1.0, 1.5707963267948966, 6.123233995736766e-17};
-inline constexpr PhaseUnit kPhaseInDegrees{57.29577951308232, 57.29577922821045, 90.0, 0.0};
+inline constexpr PhaseUnit kPhaseInRadians{1.0, 1.0, 0.7853981633974483, 3.061616997868383e-17};
+inline constexpr PhaseUnit kPhaseInDegrees{57.29577951308232, 57.29577922821045, 45.0, 0.0};
 
 /// The loops of one instruction set over `count` numbers. Blocks need no alignment; results may replace
 /// operands.
