@@ -94,22 +94,16 @@ constexpr double kArcTangent[] = {
     -0x1.a3a4bb99bc7aap-8,
 };
 
-/// The polynomial above at t, two terms at a time but for the first two, whose rounding errors weigh most.
+/// The polynomial above at t, in groups of terms that the machine can work on side by side.
 template <typename V>
 KVX_ALWAYS_INLINE V ArcTangentRest(V t) {
-    constexpr unsigned kTerms = sizeof kArcTangent / sizeof kArcTangent[0];
-    static_assert(kTerms % 2 == 1);
-    const V square = t * t;
-    V sum = Spread<V>(kArcTangent[kTerms - 1]);
-    KVX_UNROLLED
-    for (unsigned term = kTerms - 3; term > 0; term -= 2)
-        sum = sum * square + (kArcTangent[term] + kArcTangent[term + 1] * t);
-    return kArcTangent[0] + t * (kArcTangent[1] + t * sum);
+    static_assert(sizeof kArcTangent / sizeof kArcTangent[0] == 13);
+    const auto two = [t](unsigned term) { return kArcTangent[term] + kArcTangent[term + 1] * t; };
+    const V t2 = t * t;
+    const V t4 = t2 * t2;
+    const auto four = [&](unsigned term) { return two(term) + t2 * two(term + 2); };
+    return two(0) + t2 * (four(2) + t4 * (four(6) + t4 * (two(10) + t2 * kArcTangent[12])));
 }
-
-// Numbers whose larger part has a size between these are moderate: their squares and quotients need no
-// scaling.
-constexpr double kLeastModerate = 0x1p-300, kMostModerate = 0x1p300;
 
 /// The parts of a number by their size. Numbers without any or with an infinite part count as well.
 template <unsigned kWidth>
@@ -164,8 +158,8 @@ KVX_ALWAYS_INLINE Two<Vector<kWidth, double>> ModeratePolarForm(Vector<kWidth, d
     return {SquareRoot(n * n + d * d), Phase<kWidth, kIsInRadians>(x, y, parts, n, d, unit)};
 }
 
-/// Amplitude and phase of one vector. Both parts of a number that is not moderate are scaled by a power of
-/// two that brings the larger one to [1, 4), which keeps squares in range.
+/// Amplitude and phase of one vector. Both parts are scaled by a power of two that brings the larger one to
+/// [1, 4), which keeps squares in range; those of moderate numbers need it not.
 template <unsigned kWidth, bool kIsInRadians>
 inline Two<Vector<kWidth, double>> PolarForm(Vector<kWidth, double> x, Vector<kWidth, double> y,
                                              const PhaseUnit& unit) {
@@ -178,7 +172,7 @@ inline Two<Vector<kWidth, double>> PolarForm(Vector<kWidth, double> x, Vector<kW
     const V least = Spread<V>(0x1p-1022), most = Spread<V>(0x1p1022), one = Spread<V>(1.0), none{};
     const V atLeast = larger < least ? least : larger;
     const V within = atLeast > most ? most : atLeast;
-    const auto isModerate = (larger > kLeastModerate) & (larger < kMostModerate);
+    const auto isModerate = (larger >= 0x1p-255) & (larger < 0x1p257);
     const auto exponent = Bits<kWidth>::Of(isModerate ? one : within) & kExponentBits;
     const V scale = Bits<kWidth>::Value(2 * Bits<1>::Of(1.0) - exponent);
     const V n = smaller * scale;
@@ -211,8 +205,7 @@ void PolarIn(const PhaseUnit& unit, double* amplitude, double* phase, const Spli
     };
     const auto arePlain = [=]<unsigned kCount>(Index i) {
         static_assert(kCount == 1);
-        const Lanes larger = PartSizes<kLanes>(Load(a.re + i), Load(a.im + i)).larger;
-        return AreAbove(larger, kLeastModerate) && AreAbove(-larger, -kMostModerate);
+        return AreModerate(Immoderate(PartSizes<kLanes>(Load(a.re + i), Load(a.im + i)).larger));
     };
     SetEachTwo<1>(amplitude, phase, count, TwoWays{general, plain, arePlain});
 }

@@ -167,13 +167,11 @@ void DivideEach(Real* to, const Real* a, Index count, Before before, double numb
             return Converted<Real, kWidth>(after(divisor.ModerateQuotient(x)));
         };
         const auto arePlain = [=]<unsigned kCount>(Index i) {
-            const auto size = [=](Index k) {
-                const Lanes x = prepared.template operator()<kLanes>(i + k);
-                return x < 0.0 ? -x : x;
-            };
-            const auto least = [=](Lanes low, Index k) { return kLower(low, size(k)); };
-            const auto most = [=](Lanes high, Index k) { return kUpper(high, size(k)); };
-            return AreAbove(Folded<kCount>(least), 0x1p-900) && AreAbove(-Folded<kCount>(most), -0x1p900);
+            LaneBits immoderate{};
+            KVX_UNROLLED
+            for (unsigned v = 0; v < kCount; ++v)
+                immoderate |= Immoderate(prepared.template operator()<kLanes>(i + Index{v * kLanes}));
+            return AreModerate(immoderate);
         };
         return SetEach(to, count, TwoWays{general, plain, arePlain});
     }
@@ -195,7 +193,13 @@ void Convert(Real* to, const Real* a, const AffineConversion& conversion, double
     const auto finished = [=](auto x) { return (x + c) * gain; };
     const auto product = [=]<unsigned kWidth>(Vector<kWidth, double> x) { return x * f; };
     const bool isOnlyScaled = IsNothing(b) && IsNothing(c) && gain == 1.0;
-    if (divides) {
+    const bool isOnlyRaised = f == 1.0 && gain == 1.0 && (IsNothing(b) || IsNothing(c));
+    if (isOnlyRaised) {
+        const double added = IsNothing(b) ? c : b;
+        SetEach(to, count, [=]<unsigned kWidth>(Index i) {
+            return Converted<Real, kWidth>(Converted<double, kWidth>(LoadVector<kWidth>(a + i)) + added);
+        });
+    } else if (divides) {
         isOnlyScaled ? DivideEach(to, a, count, same, f, same)
                      : DivideEach(to, a, count, raised, f, finished);
     } else {

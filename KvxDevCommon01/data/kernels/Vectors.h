@@ -111,6 +111,31 @@ KVX_ALWAYS_INLINE auto FoldHalves(V v, const Fold& fold) {
 #endif
 }
 
+/// What tells whether a register of numbers is moderate, all of a size from 2^-255 to 2^257: none of two
+/// bits, 61 and 62, is set in any lane then. That of several registers is put together with |.
+using LaneBits = Vector<kLanes, std::int64_t>;
+[[maybe_unused]] KVX_ALWAYS_INLINE LaneBits Immoderate(Lanes x) {
+    constexpr std::int64_t kLeast = 0x3000000000000000;  // the bits of 2^-255
+    return BitsAs<LaneBits>(x) - kLeast;
+}
+[[maybe_unused]] KVX_ALWAYS_INLINE bool AreModerate(LaneBits immoderate) {
+#if defined(__AVX512F__)
+    const __m512i told = _mm512_set1_epi64(0x6000000000000000);
+    return _mm512_test_epi64_mask(BitsAs<__m512i>(immoderate), told) == 0;
+#elif defined(__AVX__)
+    const __m256i told = _mm256_set1_epi64x(0x6000000000000000);
+    return _mm256_testz_si256(BitsAs<__m256i>(immoderate), told) != 0;
+#elif defined(__SSE2__)
+    return _mm_movemask_pd(BitsAs<__m128d>(immoderate << 1 | immoderate << 2)) == 0;
+#else
+    std::int64_t lanes[kLanes];
+    __builtin_memcpy(lanes, &immoderate, sizeof lanes);
+    std::int64_t all = 0;
+    for (const std::int64_t lane : lanes) all |= lane;
+    return (all & 0x6000000000000000) == 0;
+#endif
+}
+
 #if defined(__FMA__)
 /// a b + c and a - b c, rounded once.
 [[maybe_unused]] KVX_ALWAYS_INLINE Lanes FusedSum(Lanes a, Lanes b, Lanes c) {
@@ -143,9 +168,8 @@ struct TwoWays {
     }
 };
 
-/// The smaller and the larger of two; the first where the second is a NaN.
+/// The smaller of two; the first where the second is a NaN.
 constexpr auto kLower = [](Lanes soFar, Lanes x) { return x < soFar ? x : soFar; };
-constexpr auto kUpper = [](Lanes soFar, Lanes x) { return x > soFar ? x : soFar; };
 
 /// What is left of 1 when take(what is left, offset) has taken the values of n registers into it one by one.
 template <unsigned kCount, class Take>
