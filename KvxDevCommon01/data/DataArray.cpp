@@ -335,6 +335,18 @@ void SetMagnitudes(double* to, const CDataArrayDoubleCplx& values, __int64 start
 
 template <typename Element>
 int FindRange(const Element* values, __int64 count, Element* min, Element* max, Element* pmin) {
+    // Two different numbers that are not 0 leave a scan nothing to ask.
+    constexpr __int64 kShort = 1024;
+    if constexpr (std::is_same_v<Element, double>) {
+        if (!pmin && count <= kShort) {
+            const auto [low, high] = kvx::ActiveKernels<kvx::ReductionKernels>().extremes(values, count);
+            if (low < high && low != 0.0 && high != 0.0) {
+                if (min) *min = low;
+                if (max) *max = high;
+                return 1;
+            }
+        }
+    }
     kvx::RangeScan<Element> scan(pmin ? kvx::SmallestPositive::wanted : kvx::SmallestPositive::ignored);
     scan.Add({values, static_cast<std::size_t>(count)});
     return scan.Write(min, max, pmin);

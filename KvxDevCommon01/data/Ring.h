@@ -40,6 +40,7 @@ void WalkRings(__int64 num, Action action, Ring<Elements>... rings) {
 
 /// `index` brought into [0, count) by whole turns; negative indices count from the end.
 inline __int64 WrapIndex(__int64 index, __int64 count) {
+    if (index >= 0 && index < count) return index;  // a division takes longer than many a run
     const __int64 rest = index % count;
     return rest < 0 ? rest + count : rest;
 }
