@@ -158,7 +158,8 @@ void AddSquaresToLanes(double* lanes, const double* values, Index groups) {
 /// Takes all values into `start` by low(result so far, values) and high(...). They are handed whole vectors
 /// and, where these are not filled, single elements. kVectors of each keep their results side by side.
 template <unsigned kVectors, typename Element, class Low, class High>
-Extremes<Element> FoldAll(const Element* values, Index count, Extremes<Element> start, Low low, High high) {
+KVX_ALWAYS_INLINE Extremes<Element> FoldAll(const Element* values, Index count, Extremes<Element> start,
+                                            Low low, High high) {
     constexpr Index kWidth = kWidest<Element>;
     using V = Vector<kWidest<Element>, Element>;
     if (count < kWidth) {
