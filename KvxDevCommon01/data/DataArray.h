@@ -94,8 +94,9 @@ private:
 /// The operations that all arrays or several of them have; `Self` is the public class.
 ///
 /// A copy assigned to an array of the same count copies in place, else into a fresh block; the array is empty
-/// when allocation fails. Assigning a temporary takes over its block, but at equal counts copies the elements
-/// all the same, so that pointers to this block stay good.
+/// when allocation fails. What is converted from an array of another kind does the same. Assigning a
+/// temporary takes over its block, but at equal counts copies the elements all the same, so that pointers to
+/// this block stay good.
 template <class Self, typename Element>
 class KVX_API Array : public ArrayStorage<Element> {
 public:

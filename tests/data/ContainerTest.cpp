@@ -106,6 +106,12 @@ void ExpectConverts(int (Wide::*get)(Narrow*) const, int (Wide::*set)(const Narr
     Narrow narrow = Sample<Narrow>(7, 1);
     ASSERT_EQ((wide.*get)(&narrow), 1);
     EXPECT_EQ(Contents(narrow), narrowed);
+    if constexpr (requires { narrow.GetData(); }) {
+        const auto* const block = narrow.GetData();
+        ASSERT_EQ((wide.*get)(&narrow), 1);
+        EXPECT_EQ(narrow.GetData(), block) << "arrays of one count keep their block";
+        EXPECT_EQ(Contents(narrow), narrowed);
+    }
     Wide back = Sample<Wide>(7, 1);
     ASSERT_EQ((back.*set)(narrow), 1);
     EXPECT_EQ(Contents(back), widened);

@@ -16,8 +16,8 @@
 
 namespace kvx {
 
-/// Sizes containers whose elements are all loaded next: what they are before is open, and a container of that
-/// shape keeps its blocks. False, leaving the container empty, when it cannot be sized.
+/// Sizes containers whose elements are all loaded or computed next: what they are before is open, and a
+/// container of that shape keeps its blocks. False, leaving the container empty, when it cannot be sized.
 struct ForLoading {
     template <typename Element>
     static bool Create(ArrayStorage<Element>& array, __int64 num) {

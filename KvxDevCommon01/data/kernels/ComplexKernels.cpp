@@ -26,8 +26,9 @@ void CrossPower(const SplitResults& to, const SplitValues& a, const SplitValues&
         return Two<V>{(aRe * bRe + aIm * bIm) * factor, (aIm * bRe - aRe * bIm) * factor};
     };
     const auto general = [=]<unsigned kWidth>(Index i) {
-        const auto lacks = [=](const double* part) { return LoadVector<kWidth>(part + i) == kMarker; };
-        const auto lacksValue = lacks(a.re) | lacks(a.im) | lacks(b.re) | lacks(b.im);
+        const auto aRe = LoadVector<kWidth>(a.re + i), aIm = LoadVector<kWidth>(a.im + i);
+        const auto bRe = LoadVector<kWidth>(b.re + i), bIm = LoadVector<kWidth>(b.im + i);
+        const auto lacksValue = (aRe == kMarker) | (aIm == kMarker) | (bRe == kMarker) | (bIm == kMarker);
         const auto [re, im] = plain.template operator()<kWidth>(i);
         const auto marker = Spread<decltype(re + im)>(kMarker);
         return Two<decltype(re + im)>{lacksValue ? marker : re, lacksValue ? marker : im};

@@ -167,6 +167,8 @@ struct TwoWays {
         return general.template operator()<kWidth>(i);
     }
 };
+template <class General, class Plain, class ArePlain>
+TwoWays(General, Plain, ArePlain) -> TwoWays<General, Plain, ArePlain>;
 
 /// The smaller of two; the first where the second is a NaN.
 constexpr auto kLower = [](Lanes soFar, Lanes x) { return x < soFar ? x : soFar; };
