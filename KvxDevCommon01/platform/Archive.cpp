@@ -84,7 +84,11 @@ std::size_t CArchive::Read(void* data, std::size_t size) {
             if (size - done >= direct_) {
                 // Between large blocks there is little, and what is read ahead of one is copied.
                 ahead_ = std::min(ahead_, kBetweenBlocks);
-                return done + stream_.Read(target + done, size - done);
+                Widen(ahead_);
+                const std::size_t wanted = size - done;
+                const std::size_t came = stream_.ReadOn(target + done, wanted, buffer_.get(), ahead_);
+                end_ = came - std::min(came, wanted);
+                return done + came - end_;
             }
             Widen(ahead_);
             end_ = stream_.Read(buffer_.get(), ahead_);

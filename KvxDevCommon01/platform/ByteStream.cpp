@@ -27,6 +27,10 @@ void ByteStream::Seek(std::uint64_t) {
 
 void ByteStream::Expect(std::uint64_t) {}
 
+std::size_t ByteStream::ReadOn(void* data, std::size_t size, void*, std::size_t) {
+    return Read(data, size);
+}
+
 std::size_t ByteStream::GatheredSize() const {
     return std::size_t{1} << 16;
 }

@@ -19,6 +19,11 @@ public:
     /// Reads up to `size` bytes; fewer only at the end. Throws CFileException when the host refuses.
     virtual std::size_t Read(void* data, std::size_t size) = 0;
 
+    /// Reads as Read does and, in the same transfer, up to `aheadSize` of the bytes behind, which the caller
+    /// is about to want. Returns how many came of all. A stream that gains nothing by that reads none ahead,
+    /// as every one that does not say otherwise.
+    virtual std::size_t ReadOn(void* data, std::size_t size, void* ahead, std::size_t aheadSize);
+
     /// Writes `size` bytes or throws CFileException.
     virtual void Write(const void* data, std::size_t size) = 0;
 

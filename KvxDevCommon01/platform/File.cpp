@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -152,6 +153,17 @@ std::size_t InputFile::Read(void* data, std::size_t size) {
         position_ += static_cast<std::uint64_t>(count);
     }
     return done;
+}
+
+std::size_t InputFile::ReadOn(void* data, std::size_t size, void* ahead, std::size_t aheadSize) {
+    // What comes through a pipe is waited for, so that none is asked for before it is wanted.
+    if (size_ == kEndless) return Read(data, size);
+    const std::array<iovec, 2> places = {iovec{data, size}, iovec{ahead, aheadSize}};
+    const ssize_t count = ::preadv(handle_, places.data(), std::ssize(places), static_cast<off_t>(position_));
+    if (count <= 0) return Read(data, size);
+    const auto came = static_cast<std::size_t>(count);
+    position_ += came;
+    return came >= size ? came : came + Read(static_cast<char*>(data) + came, size - came);
 }
 
 void InputFile::Write(const void*, std::size_t) {

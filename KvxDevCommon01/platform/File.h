@@ -23,6 +23,7 @@ public:
     InputFile& operator=(const InputFile&) = delete;
 
     std::size_t Read(void* data, std::size_t size) override;
+    std::size_t ReadOn(void* data, std::size_t size, void* ahead, std::size_t aheadSize) override;
     /// Always throws: the file is open for reading only.
     void Write(const void* data, std::size_t size) override;
     std::uint64_t Remaining() const override;

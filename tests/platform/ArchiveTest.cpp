@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/platform/Archive.h>
+#include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/FileException.h>
 #include <gtest/gtest.h>
 
@@ -7,6 +8,8 @@
 #include <numeric>
 #include <string>
 #include <vector>
+
+#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -135,19 +138,25 @@ TEST(Archive, MixedSizesSurviveEveryBufferSize) {
         }
         out.Flush();
 
-        CArchive in(stream, CArchive::load, bufferSize);
-        for (std::size_t n = 0; n < 20; ++n) {
-            std::uint8_t tag = 99;
-            std::vector<double> loaded(n * n);
-            in >> tag;
-            in.ReadNumbers(loaded.data(), loaded.size());
-            ASSERT_EQ(tag, n) << bufferSize;
-            ASSERT_EQ(loaded,
-                      std::vector<double>(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(n * n)));
+        const TempFolder folder;
+        folder.Write("mixed", BytesOf(stream));
+        kvx::InputFile file((folder / "mixed").wstring());
+        for (kvx::ByteStream* const source :
+             {static_cast<kvx::ByteStream*>(&stream), static_cast<kvx::ByteStream*>(&file)}) {
+            CArchive in(*source, CArchive::load, bufferSize);
+            for (std::size_t n = 0; n < 20; ++n) {
+                std::uint8_t tag = 99;
+                std::vector<double> loaded(n * n);
+                in >> tag;
+                in.ReadNumbers(loaded.data(), loaded.size());
+                ASSERT_EQ(tag, n) << bufferSize;
+                ASSERT_EQ(loaded, std::vector<double>(block.begin(),
+                                                      block.begin() + static_cast<std::ptrdiff_t>(n * n)));
+            }
+            EXPECT_EQ(in.Remaining(), 0U);
+            double past = 0.0;
+            EXPECT_EQ(in.Read(&past, sizeof(past)), 0U);
         }
-        EXPECT_EQ(in.Remaining(), 0U);
-        double past = 0.0;
-        EXPECT_EQ(in.Read(&past, sizeof(past)), 0U);
     }
 }
 

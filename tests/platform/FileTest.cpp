@@ -177,6 +177,23 @@ TEST(InputFile, RemainingCountsDownToTheEnd) {
     EXPECT_EQ(file.Read(buffer, 1), 0U);
 }
 
+TEST(InputFile, ReadsAheadOnlyBehindAllThatWasAskedFor) {
+    const TempFolder folder;
+    folder.Write("eight.bin", "12345678");
+    kvx::InputFile file((folder / "eight.bin").wstring());
+    char data[4] = {}, ahead[3] = {};
+    EXPECT_EQ(file.ReadOn(data, 2, ahead, sizeof(ahead)), 5U);
+    EXPECT_EQ(std::string(data, 2) + std::string(ahead, 3), "12345");
+    EXPECT_EQ(file.Remaining(), 3U);
+    file.Seek(4);
+    EXPECT_EQ(file.ReadOn(data, 3, ahead, sizeof(ahead)), 4U);
+    EXPECT_EQ(std::string(data, 3) + ahead[0], "5678");
+    EXPECT_EQ(file.ReadOn(data, 1, ahead, sizeof(ahead)), 0U);
+    file.Seek(6);
+    EXPECT_EQ(file.ReadOn(data, 4, ahead, sizeof(ahead)), 2U);
+    EXPECT_EQ(std::string(data, 2), "78");
+}
+
 TEST(File, CopyingReplacesTheTargetOrLeavesItAsItWas) {
     const TempFolder folder;
     const std::string content(200'000, 'c');
