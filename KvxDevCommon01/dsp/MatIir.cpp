@@ -38,39 +38,27 @@ struct Corner {
     }
 };
 
-/// The difference equation as v = (b0 x + b1 x1) - leak y1, y = side y1 + v, leak = side - a1: see
-/// SecondOrder.
-struct FirstOrder {
-    double side{}, b0{}, b1{};
-    double leak{};
-    double x1{}, y1{};
-
-    double Step(double x);
-    int Design(double fc, double pass);
-    /// The same as a section of the second order, and its memory back.
-    kvx::IirSection Widened() const { return {side, 0.0, b0, b1, 0.0, 0.0, leak, x1, 0.0, y1, 0.0}; }
-    void Remember(const kvx::IirSection& widened) {
-        x1 = widened.x1;
-        y1 = widened.r1;
-    }
-};
-
+/// A section as the kernels have it.
+///
 /// Near the ends of the range of fc the poles crowd at z = side, 1 for a low corner and -1 for a high one,
 /// and the difference equation as it is written would lose what lies between them to rounding. The same
-/// equation is therefore evaluated with small steps v and coefficients free of cancellation,
-///   glide = -side a2,  leak = side - a1 - side a2.
-/// Where the pass band lies at z = side, direct = 0 and n = b; elsewhere the zeros crowd there as well, and
-/// direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 leak.
-struct SecondOrder : kvx::IirSection {
+/// equation is therefore evaluated with small steps v = y - side y1 and coefficients free of cancellation,
+/// of the first order
+///   v = b0 x + b1 x1 - c y1, c = side - a1,
+/// and of the second one
+///   v = b0 x + b1 x1 + b2 x2 + d v1 - c y1, c = side - a1 - side a2, d = -side a2.
+/// In both, y1 is replaced by side y2 + v1, so that v need not wait for y1: leak = side c, glide = d - c.
+/// Where the pass band lies at z = side, direct = 0 and n = b; elsewhere the zeros of the second order crowd
+/// there as well, and r = y - b0 x, direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 c.
+struct Section : kvx::IirSection {
     double Step(double x);
-    int Design(double fc, double q, double pass);
+    int DesignFirst(double fc, double pass);
+    int DesignSecond(double fc, double q, double pass);
     void SetState(double inputBefore, double inputBeforeThat, double outputBefore, double outputBeforeThat);
-    const kvx::IirSection& Widened() const { return *this; }
-    void Remember(const kvx::IirSection& section) { kvx::IirSection::operator=(section); }
 };
 
 /// The section that an object holds in bytes, so that its header need not name the numbers.
-template <class Section, std::size_t size>
+template <std::size_t size>
 Section& In(std::byte (&bytes)[size]) {
     static_assert(sizeof(Section) == size && std::is_trivially_copyable_v<Section>);
     return *std::launder(reinterpret_cast<Section*>(bytes));
@@ -107,35 +95,31 @@ void RestInSilence(double& output, double& difference) {
     if (IsSilent(difference)) difference = 0.0;
 }
 
-inline double FirstOrder::Step(double x) {
-    y1 = side * y1 + ((b0 * x + b1 * x1) - leak * y1);
-    if (IsSilent(y1)) [[unlikely]]
-        y1 = 0.0;
-    x1 = x;
-    return y1;
-}
-
-inline double SecondOrder::Step(double x) {
-    v1 = (glide * v1 + ((n0 * x + n2 * x2) + n1 * x1)) - leak * r1;
-    r1 = side * r1 + v1;
+inline double Section::Step(double x) {
+    const double v = glide * v1 + ((n0 * x + n2 * x2) + (n1 * x1 - leak * r2));
+    r2 = r1;
+    r1 = side * r1 + v;
+    v1 = v;
     RestInSilence(r1, v1);
     x2 = x1;
     x1 = x;
     return direct * x + r1;
 }
 
-int FirstOrder::Design(double fc, double pass) {
+int Section::DesignFirst(double fc, double pass) {
     const auto corner = Corner::At(fc);
     if (!corner) return 0;
     const double sum = corner->sine + corner->cosine;
-    b0 = (pass == kLowPass ? corner->sine : corner->cosine) / sum;
-    b1 = pass * b0;
+    n0 = (pass == kLowPass ? corner->sine : corner->cosine) / sum;
+    n1 = pass * n0;
     side = corner->side;
-    leak = corner->side > 0.0 ? 2.0 * (corner->sine / sum) : -2.0 * (corner->cosine / sum);
+    leak = 2.0 * ((side > 0.0 ? corner->sine : corner->cosine) / sum);
+    glide = -side * leak;
+    SetState(x1, x2, r1, r2);
     return 1;
 }
 
-int SecondOrder::Design(double fc, double q, double pass) {
+int Section::DesignSecond(double fc, double q, double pass) {
     const auto corner = Corner::At(fc);
     if (!corner || !(q > 0.0 && q <= std::numeric_limits<double>::max())) return 0;
     // With p = sine/cosine: D = 1 + p/q + p^2 = (q + damping)/(q cosine^2).
@@ -146,10 +130,10 @@ int SecondOrder::Design(double fc, double q, double pass) {
     const double b0 = pass == kLowPass ? low : high;
 
     const double y1 = direct * x1 + r1;
-    const double y2 = direct * x2 + side * (r1 - v1);
+    const double y2 = direct * x2 + r2;
     side = corner->side;
-    glide = side * ((q - damping) / (q + damping));
-    leak = side > 0.0 ? 4.0 * low : -4.0 * high;
+    leak = 4.0 * (side > 0.0 ? low : high);
+    glide = side * ((q - damping) / (q + damping) - leak);
     if (side == pass) {
         direct = 0.0;
         n0 = b0;
@@ -159,18 +143,19 @@ int SecondOrder::Design(double fc, double q, double pass) {
         direct = b0;
         n0 = 0.0;
         n2 = b0 * (2.0 * (damping / (q + damping)));
-        n1 = -side * n2 - b0 * leak;
+        n1 = -side * (n2 + b0 * leak);
     }
     SetState(x1, x2, y1, y2);
     return 1;
 }
 
-void SecondOrder::SetState(double inputBefore, double inputBeforeThat, double outputBefore,
-                           double outputBeforeThat) {
+void Section::SetState(double inputBefore, double inputBeforeThat, double outputBefore,
+                       double outputBeforeThat) {
     x1 = inputBefore;
     x2 = inputBeforeThat;
     r1 = outputBefore - direct * x1;
-    v1 = r1 - side * (outputBeforeThat - direct * x2);
+    r2 = outputBeforeThat - direct * x2;
+    v1 = r1 - side * r2;
 }
 
 bool IsBlock(const double* data, const double* out, __int64 n) {
@@ -178,7 +163,6 @@ bool IsBlock(const double* data, const double* out, __int64 n) {
 }
 
 /// Runs a block through a copy of the section, which can stay in registers.
-template <class Section>
 int RunBlock(Section* section, const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
     Section local = *section;
@@ -187,8 +171,47 @@ int RunBlock(Section* section, const double* data, double* out, __int64 n) {
     return 1;
 }
 
-/// Calls use(place, k) for the second-order sections k = 0..count-1 of a Butterworth filter, place being
-/// where in the cascade a section stands.
+constexpr int kMostInGroup = kvx::kIirSections;
+
+int GroupsFor(int sectionCount) {
+    return (sectionCount + kMostInGroup - 1) / kMostInGroup;
+}
+/// How many of the sections that are left the next group takes: as many as it holds, but none is left alone.
+int NextGroupOf(int left) {
+    return left == kMostInGroup + 1 ? left - 2 : std::min(left, kMostInGroup);
+}
+
+Section At(const kvx::IirGroup& group, int s) {
+    return {{group.side[s], group.direct[s], group.n0[s], group.n1[s], group.n2[s], group.glide[s],
+             group.leak[s], group.x1[s], group.x2[s], group.r1[s], group.r2[s], group.v1[s]}};
+}
+void SetMemory(kvx::IirGroup& group, int s, const kvx::IirSection& section) {
+    group.x1[s] = section.x1;
+    group.x2[s] = section.x2;
+    group.r1[s] = section.r1;
+    group.r2[s] = section.r2;
+    group.v1[s] = section.v1;
+}
+void Set(kvx::IirGroup& group, int s, const kvx::IirSection& section) {
+    group.side[s] = section.side;
+    group.direct[s] = section.direct;
+    group.n0[s] = section.n0;
+    group.n1[s] = section.n1;
+    group.n2[s] = section.n2;
+    group.glide[s] = section.glide;
+    group.leak[s] = section.leak;
+    SetMemory(group, s, section);
+}
+kvx::IirGroup IdleGroup() {
+    kvx::IirGroup group{};
+    for (double& side : group.side) side = 1.0;
+    for (double& r1 : group.r1) r1 = 1.0;
+    for (double& r2 : group.r2) r2 = 1.0;
+    return group;
+}
+
+/// Calls use(k) for the second-order sections k = 0..count-1 of a Butterworth filter, in the order of the
+/// cascade.
 ///
 /// In their own order, which holds up to kPlainOrder, the first sections weaken what lies at the corner and
 /// the last ones, of high quality, restore it, with the rounding errors made meanwhile: by 127 at order 32
@@ -196,11 +219,10 @@ int RunBlock(Section* section, const double* data, double* out, __int64 n) {
 /// and spread the pairs by the reversed bits of their number, so that any part of the cascade is like the
 /// whole: wherever it is cut, the gain of the rest stays below 3 at every frequency.
 template <class Use>
-void ForEachPlace(int count, Use use) {
+void ForEachInOrder(int count, Use use) {
     constexpr int kPlainOrder = 32;
-    std::size_t place = 0;
     if (count <= kPlainOrder / 2) {
-        for (int k = 0; k < count; ++k) use(place++, k);
+        for (int k = 0; k < count; ++k) use(k);
         return;
     }
     const auto pairs = static_cast<unsigned>((count + 1) / 2);
@@ -210,40 +232,36 @@ void ForEachPlace(int count, Use use) {
         for (unsigned bit = 0; bit < bits; ++bit) pair |= (turned >> bit & 1U) << (bits - 1 - bit);
         if (pair >= pairs) continue;
         const int k = static_cast<int>(pair);
-        use(place++, k);
-        if (k != count - 1 - k) use(place++, count - 1 - k);
+        use(k);
+        if (k != count - 1 - k) use(count - 1 - k);
     }
 }
 
 }  // namespace
 
-using First = FirstOrder;
-using Second = SecondOrder;
-
 // A section repeats its state until it is designed.
 CMatIir1th::CMatIir1th() {
-    new (section_) First{.side = 1.0};
+    (new (section_) Section{})->side = 1.0;
 }
 
 int CMatIir1th::CalcCoefLPF(double fc) {
-    return In<First>(section_).Design(fc, kLowPass);
+    return In(section_).DesignFirst(fc, kLowPass);
 }
 
 int CMatIir1th::CalcCoefHPF(double fc) {
-    return In<First>(section_).Design(fc, kHighPass);
+    return In(section_).DesignFirst(fc, kHighPass);
 }
 
 void CMatIir1th::ClearBuf(double value) {
-    In<First>(section_).x1 = value;
-    In<First>(section_).y1 = value;
+    In(section_).SetState(value, value, value, value);
 }
 
 double CMatIir1th::Filtering(double x) {
-    return In<First>(section_).Step(OrSilence(x));
+    return In(section_).Step(OrSilence(x));
 }
 
 int CMatIir1th::Filtering(const double* data, double* out, __int64 n) {
-    return RunBlock(&In<First>(section_), data, out, n);
+    return RunBlock(&In(section_), data, out, n);
 }
 
 int CMatIir1th::Filtering(CDataArrayDouble* out, const CDataArrayDouble& in) {
@@ -251,32 +269,34 @@ int CMatIir1th::Filtering(CDataArrayDouble* out, const CDataArrayDouble& in) {
 }
 
 CMatIir2th::CMatIir2th() {
-    (new (section_) Second{})->side = 1.0;
+    (new (section_) Section{})->side = 1.0;
 }
 
 int CMatIir2th::CalcCoefLPF(double fc, double q) {
-    return In<Second>(section_).Design(fc, q, kLowPass);
+    return In(section_).DesignSecond(fc, q, kLowPass);
 }
 
 int CMatIir2th::CalcCoefHPF(double fc, double q) {
-    return In<Second>(section_).Design(fc, q, kHighPass);
+    return In(section_).DesignSecond(fc, q, kHighPass);
 }
 
 void CMatIir2th::ClearBuf(double value) {
-    In<Second>(section_).SetState(value, value, value, value);
+    In(section_).SetState(value, value, value, value);
 }
 
 double CMatIir2th::Filtering(double x) {
-    return In<Second>(section_).Step(OrSilence(x));
+    return In(section_).Step(OrSilence(x));
 }
 
 int CMatIir2th::Filtering(const double* data, double* out, __int64 n) {
-    return RunBlock(&In<Second>(section_), data, out, n);
+    return RunBlock(&In(section_), data, out, n);
 }
 
 int CMatIir2th::Filtering(CDataArrayDouble* out, const CDataArrayDouble& in) {
     return FilterArray(this, out, in);
 }
+
+CMatIirNth::CMatIirNth() = default;
 
 CMatIirNth::CMatIirNth(const CMatIirNth& other) {
     *this = other;
@@ -284,33 +304,24 @@ CMatIirNth::CMatIirNth(const CMatIirNth& other) {
 
 CMatIirNth& CMatIirNth::operator=(const CMatIirNth& other) {
     if (this == &other) return *this;
-    LclFree();
-    if (!LclAlloc(other.sectionCount_)) return *this;
-    std::copy_n(other.sections_.get(), other.sectionCount_, sections_.get());
-    first_ = other.first_;
+    sectionCount_ = 0;
+    groups_.reset();
+    if (!Allocate(other.sectionCount_)) return *this;
+    std::copy_n(other.groups_.get(), GroupsFor(sectionCount_), groups_.get());
     return *this;
 }
 
-CMatIirNth::~CMatIirNth() {
-    LclFree();
-}
+CMatIirNth::~CMatIirNth() = default;
 
-bool CMatIirNth::LclAlloc(__int64 sectionCount) {
-    std::unique_ptr<CMatIir2th[]> sections;
+bool CMatIirNth::Allocate(int sectionCount) {
+    std::unique_ptr<kvx::IirGroup[]> groups;
     if (sectionCount > 0) {
-        sections.reset(new (std::nothrow) CMatIir2th[static_cast<std::size_t>(sectionCount)]);
-        if (!sections) return false;
+        groups.reset(new (std::nothrow) kvx::IirGroup[static_cast<std::size_t>(GroupsFor(sectionCount))]);
+        if (!groups) return false;
     }
-    LclFree();
-    sections_ = std::move(sections);
+    groups_ = std::move(groups);
     sectionCount_ = sectionCount;
     return true;
-}
-
-void CMatIirNth::LclFree() {
-    first_.reset();
-    sectionCount_ = 0;
-    sections_.reset();
 }
 
 int CMatIirNth::CalcCoefBwLPF(double fc, std::int32_t order) {
@@ -321,66 +332,82 @@ int CMatIirNth::CalcCoefBwHPF(double fc, std::int32_t order) {
     return Design(fc, order, kHighPass);
 }
 
-int CMatIirNth::Design(double fc, std::int32_t order, double previousInput) {
-    if (!Corner::At(fc) || order < 0 || order > kMaxOrder || !LclAlloc(order / 2)) return 0;
-    const bool isLowPass = previousInput == kLowPass;
-    if (order % 2 == 1) isLowPass ? first_.emplace().CalcCoefLPF(fc) : first_.emplace().CalcCoefHPF(fc);
+int CMatIirNth::Design(double fc, std::int32_t order, double pass) {
+    if (!Corner::At(fc) || order < 0 || order > kMaxOrder || !Allocate((order + 1) / 2)) return 0;
+    std::fill_n(groups_.get(), GroupsFor(sectionCount_), IdleGroup());
+    kvx::IirGroup* group = groups_.get();
+    int left = sectionCount_, place = 0;
+    const auto add = [&](const Section& section) {
+        Set(*group, place, section);
+        if (++place < NextGroupOf(left)) return;
+        left -= std::exchange(place, 0);
+        ++group;
+    };
+    Section section;
+    if (order % 2 == 1) {
+        section.DesignFirst(fc, pass);
+        add(section);
+    }
     // The pole pair k stands at an angle of k pi/N + pi/N (pi/2N for an even order) from the negative real
     // axis.
     const int firstHalfSteps = order % 2 == 1 ? 2 : 1;
-    ForEachPlace(order / 2, [&](std::size_t place, int k) {
+    ForEachInOrder(order / 2, [&](int k) {
         const double angle = std::numbers::pi * (2 * k + firstHalfSteps) / (2.0 * order);
-        const double q = 0.5 / std::cos(angle);
-        isLowPass ? sections_[place].CalcCoefLPF(fc, q) : sections_[place].CalcCoefHPF(fc, q);
+        section = {};
+        section.DesignSecond(fc, 0.5 / std::cos(angle), pass);
+        add(section);
     });
     return 1;
 }
 
+/// Calls use(group, count) for every group and the number of its sections.
+template <class Use>
+void CMatIirNth::ForEachGroup(Use use) {
+    kvx::IirGroup* group = groups_.get();
+    for (int left = sectionCount_; left > 0; left -= NextGroupOf(left)) use(*group++, NextGroupOf(left));
+}
+
 void CMatIirNth::ClearBuf(double value) {
-    if (first_) first_->ClearBuf(value);
-    std::for_each_n(sections_.get(), sectionCount_,
-                    [value](CMatIir2th& section) { section.ClearBuf(value); });
+    ForEachGroup([value](kvx::IirGroup& group, int count) {
+        for (int s = 0; s < count; ++s) {
+            Section section = At(group, s);
+            section.SetState(value, value, value, value);
+            Set(group, s, section);
+        }
+    });
 }
 
 double CMatIirNth::Filtering(double x) {
-    if (first_ || sectionCount_ > 0) x = OrSilence(x);
-    if (first_) x = In<First>(first_->section_).Step(x);
-    std::for_each_n(sections_.get(), sectionCount_,
-                    [&x](CMatIir2th& section) { x = In<Second>(section.section_).Step(x); });
+    if (sectionCount_ > 0) x = OrSilence(x);
+    ForEachGroup([&x](kvx::IirGroup& group, int count) {
+        for (int s = 0; s < count; ++s) {
+            Section section = At(group, s);
+            x = section.Step(x);
+            SetMemory(group, s, section);
+        }
+    });
     return x;
 }
 
 int CMatIirNth::Filtering(const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
-    const __int64 before = first_ ? 1 : 0, count = sectionCount_ + before;
+    if (sectionCount_ == 1) {
+        Section section = At(groups_[0], 0);
+        for (__int64 i = 0; i < n; ++i) out[i] = section.Step(OrSilence(data[i]));
+        SetMemory(groups_[0], 0, section);
+        return 1;
+    }
     // Singly, sections that follow each other work at once as well, though fewer of them.
-    constexpr __int64 kFew = 32;
-    if (count == 1) return first_ ? first_->Filtering(data, out, n) : sections_[0].Filtering(data, out, n);
-    if (count == 0 || n < kFew) {
+    if (sectionCount_ == 0 || n < kvx::kIirRound * std::min(sectionCount_, kMostInGroup)) {
         for (__int64 i = 0; i < n; ++i) out[i] = Filtering(data[i]);
         return 1;
     }
-    for (__int64 done = 0; done < count;) {
-        // As many as run at once, but never one alone.
-        const __int64 left = count - done;
-        const __int64 run = left == kvx::kIirSections + 1 ? left - 2 : std::min(left, kvx::kIirSections);
-        std::array<kvx::IirSection, kvx::kIirSections> sections;
-        const auto forEach = [&](auto use) {
-            for (__int64 i = 0; i < run; ++i) {
-                kvx::IirSection& section = sections[static_cast<std::size_t>(i)];
-                if (done + i < before) {
-                    use(section, In<First>(first_->section_));
-                } else {
-                    use(section, In<Second>(sections_[static_cast<std::size_t>(done + i - before)].section_));
-                }
-            }
-        };
-        forEach([](kvx::IirSection& section, const auto& own) { section = own.Widened(); });
-        kvx::ActiveKernels<kvx::IirKernels>().runSections(sections.data(), run, done == 0,
-                                                          done == 0 ? data : out, out, n);
-        forEach([](const kvx::IirSection& section, auto& own) { own.Remember(section); });
-        done += run;
-    }
+    bool isInput = true;
+    ForEachGroup([&](kvx::IirGroup& group, int count) {
+        kvx::ActiveKernels<kvx::IirKernels>().runSections(&group, count, isInput, isInput ? data : out, out,
+                                                          n);
+        isInput = false;
+    });
     return 1;
 }
 

@@ -19,9 +19,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 
 class CDataArrayDouble;
+namespace kvx {
+struct IirGroup;
+}
 
 /// First order: y = b0 x + b1 x1 + a1 y1, where 1 marks the sample before. a1 = (1-p)/(1+p);
 ///   low-pass   b0 = b1 = p/(1+p);
@@ -50,9 +52,7 @@ public:
     int Filtering(CDataArrayDouble* out, const CDataArrayDouble& in);
 
 private:
-    friend class CMatIirNth;
-
-    alignas(double) std::byte section_[6 * sizeof(double)];  // coefficients and memory
+    alignas(double) std::byte section_[12 * sizeof(double)];  // coefficients and memory
 };
 
 /// Second order: y = b0 x + b1 x1 + b2 x2 + a1 y1 + a2 y2. With D = 1 + p/q + p^2: a1 = 2 (1 - p^2)/D,
@@ -79,9 +79,7 @@ public:
     int Filtering(CDataArrayDouble* out, const CDataArrayDouble& in);
 
 private:
-    friend class CMatIirNth;
-
-    alignas(double) std::byte section_[11 * sizeof(double)];  // coefficients and memory
+    alignas(double) std::byte section_[12 * sizeof(double)];  // coefficients and memory
 };
 
 /// Butterworth filters of order N: for an odd order a first-order section, then N/2 second-order sections,
@@ -94,7 +92,7 @@ public:
     /// Highest order.
     static constexpr std::int32_t kMaxOrder = 1024;
 
-    CMatIirNth() = default;
+    CMatIirNth();
     CMatIirNth(const CMatIirNth& other);
     CMatIirNth& operator=(const CMatIirNth& other);
     ~CMatIirNth();
@@ -114,11 +112,11 @@ public:
     int Filtering(CDataArrayDouble* out, const CDataArrayDouble& in);
 
 private:
-    int Design(double fc, std::int32_t order, double previousInput);
-    bool LclAlloc(__int64 sectionCount);
-    void LclFree();
+    int Design(double fc, std::int32_t order, double pass);
+    bool Allocate(int sectionCount);
+    template <class Use>
+    void ForEachGroup(Use use);
 
-    std::optional<CMatIir1th> first_;
-    __int64 sectionCount_ = 0;
-    std::unique_ptr<CMatIir2th[]> sections_;
+    int sectionCount_ = 0;
+    std::unique_ptr<kvx::IirGroup[]> groups_;
 };

@@ -2,13 +2,11 @@
 //
 // A section must finish a sample before it takes the next, and the next section waits for its output. The
 // sections therefore stand in the lanes of vectors, each kDelay samples behind the one before: then all of
-// them work at once, and what passes from lane to lane has as many steps to arrive. While the first samples
-// have not come to the last sections, and when the first sections have no more, these stand still.
+// them work at once, and what passes from lane to lane has as many steps to arrive. Lanes whose first sample
+// has not come, or that have no more, compute something else, and it is dropped.
 
 #include <KvxDevCommon01/dsp/kernels/IirKernels.h>
 #include <KvxDevCommon01/dsp/kernels/MultiplyAdd.h>
-
-#include <cstddef>
 
 #ifdef __SSE2__
 #include <immintrin.h>
@@ -17,10 +15,7 @@
 namespace kvx::KVX_KERNEL_SET {
 namespace {
 
-constexpr Index kDelay = 4;
-constexpr unsigned kFields = sizeof(IirSection) / sizeof(double);
-constexpr unsigned kSide = offsetof(IirSection, side) / sizeof(double);
-constexpr unsigned kR1 = offsetof(IirSection, r1) / sizeof(double);
+constexpr Index kDelay = kIirRound;
 
 template <class Some>
 constexpr unsigned kCountOf = sizeof(Some) / sizeof(double);
@@ -71,12 +66,22 @@ Vector<8> Moved(Vector<8> before, Vector<8> lanes) {
     return __builtin_shufflevector(before, lanes, 7, 8, 9, 10, 11, 12, 13, 14);
 }
 #endif
+/// The numbers, with the signs of those in `turn` added to theirs.
+template <class Some>
+Some Turned(Some x, Some turn) {
+    using Bits = Vector<kCountOf<Some>, std::int64_t>;
+    return reinterpret_cast<Some>(reinterpret_cast<Bits>(x) ^
+                                  (reinterpret_cast<Bits>(turn) & reinterpret_cast<Bits>(-Some{})));
+}
 #else
 bool IsAnySilent(double x) {
     return IsSilent(x);
 }
 double Moved(double before, double) {
     return before;
+}
+double Turned(double x, double turn) {
+    return x * turn;
 }
 #endif
 template <unsigned kLane, class Some>
@@ -88,95 +93,130 @@ double Lane(Some lanes) {
     }
 }
 
-/// `kSections` in kParts vectors; idle lanes behind them stay at rest, but not at 0.
+/// The first `kSections` of a group in kParts vectors.
 template <unsigned kWidth, unsigned kParts, unsigned kSections>
 class Pipeline {
     static_assert(kSections <= kWidth * kParts);
-    static constexpr Index kLag = kDelay * (kSections - 1);
+    static constexpr unsigned kLastPart = (kSections - 1) / kWidth, kLastLane = (kSections - 1) % kWidth;
     using Some = Vector<kWidth>;
     using Parts = Some[kParts];
 
     struct Lines {
         Parts side, direct, n0, n1, n2, glide, leak;
-        Parts x1, x2, r1, v1;
+        Parts x1, x2, r1, r2, v1;
     };
-    Lines lines_;
-    Parts places_;  // steps by which a section is behind the first
-    Index count_;
+    static constexpr unsigned kRows = sizeof(IirGroup) / sizeof(IirGroup::Row);
+    static_assert(sizeof(Lines) == kRows * sizeof(Parts));
+
+    /// What passed from section to section in the last kDelay steps.
+    struct Passed {
+        Parts first{}, second{}, third{}, fourth{};
+    };
+
+    Parts places_;  // of the sections
     bool isInput_;
 
-    static_assert(sizeof(Lines) == kFields * sizeof(Parts));
-
 public:
-    Pipeline(const IirSection* sections, bool isInput, Index count) : count_(count), isInput_(isInput) {
-        double numbers[kFields][kWidth * kParts];
+    explicit Pipeline(bool isInput) : isInput_(isInput) {
         double places[kWidth * kParts];
-        for (unsigned s = 0; s < kWidth * kParts; ++s) {
-            double fields[kFields] = {};
-            if (s < kSections) {
-                __builtin_memcpy(fields, &sections[s], sizeof fields);
-            } else {
-                fields[kSide] = fields[kR1] = 1.0;
-            }
-            for (unsigned f = 0; f < kFields; ++f) numbers[f][s] = fields[f];
-            places[s] = kDelay * s;
-        }
-        __builtin_memcpy(&lines_, numbers, sizeof lines_);
+        for (unsigned s = 0; s < kWidth * kParts; ++s) places[s] = s;
         __builtin_memcpy(&places_, places, sizeof places_);
     }
 
-    void GiveBack(IirSection* sections) const {
-        double numbers[kFields][kWidth * kParts];
-        __builtin_memcpy(numbers, &lines_, sizeof lines_);
-        for (unsigned s = 0; s < kSections; ++s) {
-            double fields[kFields];
-            for (unsigned f = 0; f < kFields; ++f) fields[f] = numbers[f][s];
-            __builtin_memcpy(&sections[s], fields, sizeof fields);
+    void Run(IirGroup* group, const double* data, double* out, Index count) const {
+        const Lines start = LinesOf(*group);
+        const double silence[kDelay] = {};
+        double nothing[kDelay];
+        Lines lines = start;
+        Passed passed;
+        const double* const end = data + count;
+        for (unsigned section = 1; section < kSections; ++section, data += kDelay) {
+            Advance(lines, passed, data, nothing);
+            Remember(lines, start, section);
         }
-    }
-
-    void Run(const double* data, double* out) {
-        Lines lines = lines_;
-        // What passed from section to section in the last steps, kDelay of which are made at once.
-        Parts passed0{}, passed1{}, passed2{}, passed3{};
-        for (Index step = 0; step < count_ + kLag; step += kDelay) {
-            const double* const from = data + step;
-            double* const to = out + (step - kLag);
-            if (step >= kLag && step + kDelay <= count_) {
-                const bool isSilence =
-                    IsNothing(from[0]) && IsNothing(from[1]) && IsNothing(from[2]) && IsNothing(from[3]);
-                if (isSilence && IsAtRest(lines, passed0, passed1, passed2, passed3)) {
-                    for (unsigned d = 0; d < kDelay; ++d) to[d] = 0.0;
-                    continue;
-                }
-                to[0] = Advance(lines, passed0, from[0]);
-                to[1] = Advance(lines, passed1, from[1]);
-                to[2] = Advance(lines, passed2, from[2]);
-                to[3] = Advance(lines, passed3, from[3]);
+        for (; end - data >= kDelay; data += kDelay, out += kDelay) {
+            if (IsNothing(data) && IsAtRest(lines, passed)) [[unlikely]] {
+                for (Index d = 0; d < kDelay; ++d) out[d] = 0.0;
             } else {
-                AdvanceSome(lines, passed0, step, data, out);
-                AdvanceSome(lines, passed1, step + 1, data, out);
-                AdvanceSome(lines, passed2, step + 2, data, out);
-                AdvanceSome(lines, passed3, step + 3, data, out);
+                Advance(lines, passed, data, out);
             }
         }
-        lines_ = lines;
+        for (; data < end; ++data) {
+            *out++ = Step(lines, passed.first, isInput_ ? OrSilence(*data) : *data);
+            const Passed before = passed;
+            Copy(passed.first, before.second);
+            Copy(passed.second, before.third);
+            Copy(passed.third, before.fourth);
+            Copy(passed.fourth, before.first);
+        }
+        Lines last = lines;
+        for (unsigned section = 1; section < kSections; ++section, out += kDelay) {
+            Advance(lines, passed, silence, out);
+            Remember(last, lines, section);
+        }
+        GiveBack(last, group);
     }
 
 private:
-    static constexpr unsigned kLastPart = (kSections - 1) / kWidth, kLastLane = (kSections - 1) % kWidth;
+    // Row by row, of which the group's are longer.
+    static Lines LinesOf(const IirGroup& group) {
+        Lines lines;
+        for (unsigned row = 0; row < kRows; ++row)
+            __builtin_memcpy(At<Parts>(&lines, row), At<const IirGroup::Row>(&group, row), sizeof(Parts));
+        return lines;
+    }
+    static void GiveBack(const Lines& lines, IirGroup* group) {
+        for (unsigned row = 0; row < kRows; ++row)
+            __builtin_memcpy(At<IirGroup::Row>(group, row), At<const Parts>(&lines, row), sizeof(Parts));
+    }
+    template <class Row, class Rows>
+    static Row* At(Rows* rows, unsigned row) {
+        return reinterpret_cast<Row*>(rows) + row;
+    }
+    static void Copy(Parts& to, const Parts& from) {
+        for (unsigned p = 0; p < kParts; ++p) to[p] = from[p];
+    }
 
-    bool IsNothing(double sample) const { return isInput_ ? IsSilent(sample) : sample == 0.0; }
+    /// Gives the sections from `first` on the memory that they have in `source`.
+    void Remember(Lines& lines, const Lines& source, unsigned first) const {
+        const Some firstPlace = Spread<Some>(static_cast<double>(first));
+        for (unsigned p = 0; p < kParts; ++p) {
+            const auto is = places_[p] >= firstPlace;
+            lines.x1[p] = is ? source.x1[p] : lines.x1[p];
+            lines.x2[p] = is ? source.x2[p] : lines.x2[p];
+            lines.r1[p] = is ? source.r1[p] : lines.r1[p];
+            lines.r2[p] = is ? source.r2[p] : lines.r2[p];
+            lines.v1[p] = is ? source.v1[p] : lines.v1[p];
+        }
+    }
+
+    static bool IsAnySilent(const double* samples) {
+        bool isAny = false;
+        for (unsigned d = 0; d < kDelay; d += kPiece)
+            isAny |= KVX_KERNEL_SET::IsAnySilent(LoadVector<kPiece>(samples + d));
+        return isAny;
+    }
+    static constexpr unsigned kPiece = kWidth < kDelay ? kWidth : static_cast<unsigned>(kDelay);
+
+    /// Whether nothing comes in for kDelay steps.
+    bool IsNothing(const double* samples) const {
+        if (!IsAnySilent(samples)) [[likely]]
+            return false;
+        for (unsigned d = 0; d < kDelay; ++d) {
+            if (isInput_ ? !KVX_KERNEL_SET::IsSilent(samples[d]) : samples[d] != 0.0) return false;
+        }
+        return true;
+    }
 
     /// Whether nothing but zeros is left in the sections and between them.
-    static bool IsAtRest(const Lines& lines, const Parts& passed0, const Parts& passed1, const Parts& passed2,
-                         const Parts& passed3) {
+    static bool IsAtRest(const Lines& lines, const Passed& passed) {
         if (Lane<kLastLane>(lines.r1[kLastPart]) != 0.0) return false;
         const auto abs = [](Some x) { return x < Some{} ? -x : x; };
         double sizes[kWidth * kParts];
         for (unsigned p = 0; p < kParts; ++p) {
-            const Some size = abs(lines.x1[p]) + abs(lines.x2[p]) + abs(lines.r1[p]) + abs(lines.v1[p]) +
-                              abs(passed0[p]) + abs(passed1[p]) + abs(passed2[p]) + abs(passed3[p]);
+            const Some size = abs(lines.x1[p]) + abs(lines.x2[p]) + abs(lines.r1[p]) + abs(lines.r2[p]) +
+                              abs(lines.v1[p]) + abs(passed.first[p]) + abs(passed.second[p]) +
+                              abs(passed.third[p]) + abs(passed.fourth[p]);
             StoreVector(sizes + p * kWidth, size);
         }
         for (unsigned s = 0; s < kSections; ++s) {
@@ -185,73 +225,66 @@ private:
         return true;
     }
 
+    /// kDelay steps.
+    void Advance(Lines& lines, Passed& passed, const double* samples, double* out) const {
+        double heard[kDelay];
+        if (isInput_ && IsAnySilent(samples)) [[unlikely]] {
+            for (unsigned d = 0; d < kDelay; ++d) heard[d] = OrSilence(samples[d]);
+            samples = heard;
+        }
+        const double first = samples[0], second = samples[1], third = samples[2], fourth = samples[3];
+        out[0] = Step(lines, passed.first, first);
+        out[1] = Step(lines, passed.second, second);
+        out[2] = Step(lines, passed.third, third);
+        out[3] = Step(lines, passed.fourth, fourth);
+    }
+
     /// A step of all sections, the first of which takes `sample`; returns the output of the last one.
     /// `passed` are the outputs of kDelay steps before and becomes those of now.
-    double Advance(Lines& lines, Parts& passed, double sample) const {
-        Some before = Spread<Some>(isInput_ ? OrSilence(sample) : sample);
+    static double Step(Lines& lines, Parts& passed, double sample) {
+        Some before = Spread<Some>(sample);
         for (unsigned p = 0; p < kParts; ++p) {
             const Some x = Moved(before, passed[p]);
             before = passed[p];
-            const Some w = (lines.n0[p] * x + lines.n2[p] * lines.x2[p]) + lines.n1[p] * lines.x1[p];
-            Some v = (lines.glide[p] * lines.v1[p] + w) - lines.leak[p] * lines.r1[p];
-            Some r = lines.side[p] * lines.r1[p] + v;
-            if (IsAnySilent(r)) [[unlikely]] {
-                const auto isSilent = IsSilent(r);
+            const Some outer = lines.n0[p] * x + lines.n2[p] * lines.x2[p];
+            const Some inner = lines.n1[p] * lines.x1[p] - lines.leak[p] * lines.r2[p];
+            Some v = lines.glide[p] * lines.v1[p] + (outer + inner);
+            Some r = Turned(lines.r1[p], lines.side[p]) + v;
+            if (KVX_KERNEL_SET::IsAnySilent(r)) [[unlikely]] {
+                const auto isSilent = KVX_KERNEL_SET::IsSilent(r);
                 r = isSilent ? Some{} : r;
-                v = isSilent & IsSilent(v) ? Some{} : v;
+                v = isSilent & KVX_KERNEL_SET::IsSilent(v) ? Some{} : v;
             }
             passed[p] = lines.direct[p] * x + r;
             lines.x2[p] = lines.x1[p];
             lines.x1[p] = x;
+            lines.r2[p] = lines.r1[p];
             lines.r1[p] = r;
             lines.v1[p] = v;
         }
         return Lane<kLastLane>(passed[kLastPart]);
     }
-
-    /// The same where sections without a sample stand still.
-    void AdvanceSome(Lines& lines, Parts& passed, Index step, const double* data, double* out) const {
-        const Lines still = lines;
-        const double output = Advance(lines, passed, step < count_ ? data[step] : 0.0);
-        const Some now = Spread<Some>(static_cast<double>(step));
-        const Some over = Spread<Some>(static_cast<double>(step - count_));
-        for (unsigned p = 0; p < kParts; ++p) {
-            const auto works = (places_[p] <= now) & (places_[p] > over);
-            lines.x1[p] = works ? lines.x1[p] : still.x1[p];
-            lines.x2[p] = works ? lines.x2[p] : still.x2[p];
-            lines.r1[p] = works ? lines.r1[p] : still.r1[p];
-            lines.v1[p] = works ? lines.v1[p] : still.v1[p];
-        }
-        if (step >= kLag && step - kLag < count_) out[step - kLag] = output;
-    }
 };
 
-template <unsigned kWidth, unsigned kParts, unsigned kSections>
-void RunPipeline(IirSection* sections, bool isInput, const double* data, double* out, Index count) {
-    Pipeline<kWidth, kParts, kSections> pipeline(sections, isInput, count);
-    pipeline.Run(data, out);
-    pipeline.GiveBack(sections);
-}
-
-void RunSections(IirSection* sections, Index sectionCount, bool isInput, const double* data, double* out,
+void RunSections(IirGroup* group, Index sectionCount, bool isInput, const double* data, double* out,
                  Index count) {
     constexpr unsigned kTwo = kLanes < 2 ? 1 : 2, kFour = kLanes < 4 ? kTwo : 4,
                        kEight = kLanes < 8 ? kFour : 8;
     switch (sectionCount) {
         case 2:
-            return RunPipeline<kTwo, 2 / kTwo, 2>(sections, isInput, data, out, count);
+            return Pipeline<kTwo, 2 / kTwo, 2>(isInput).Run(group, data, out, count);
         case 3:
-            return RunPipeline<kFour, 4 / kFour, 3>(sections, isInput, data, out, count);
+            return Pipeline<kFour, 4 / kFour, 3>(isInput).Run(group, data, out, count);
         case 4:
-            return RunPipeline<kFour, 4 / kFour, 4>(sections, isInput, data, out, count);
+            return Pipeline<kFour, 4 / kFour, 4>(isInput).Run(group, data, out, count);
         case 5:
-            return RunPipeline<kEight, 8 / kEight, 5>(sections, isInput, data, out, count);
+            return Pipeline<kEight, 8 / kEight, 5>(isInput).Run(group, data, out, count);
         case 6:
-            return RunPipeline<kEight, 8 / kEight, 6>(sections, isInput, data, out, count);
+            return Pipeline<kEight, 8 / kEight, 6>(isInput).Run(group, data, out, count);
         case 7:
-            return RunPipeline<kEight, 8 / kEight, 7>(sections, isInput, data, out, count);
+            return Pipeline<kEight, 8 / kEight, 7>(isInput).Run(group, data, out, count);
         default:
-            return RunPipeline<kEight, 8 / kEight, 8>(sections, isInput, data, out, count);
+            return Pipeline<kEight, 8 / kEight, 8>(isInput).Run(group, data, out, count);
     }
 }
 
