@@ -147,17 +147,21 @@ TEST(FirKernels, DealSamplesOutAndAddWhereTheyAreTold) {
                 }
             }
         }
-        const std::vector<std::int64_t> offsets = {3, 0, 7, 7, 1};
-        const Wave coef = Noise(5, 3), x = Noise(300);
+        constexpr std::size_t kTaps = 41, kRatio = 2;
+        std::vector<std::int64_t> offsets;
+        for (std::size_t tap = 0; tap < kTaps; ++tap)
+            offsets.push_back(static_cast<std::int64_t>(tap % kRatio * 170 + tap / kRatio));
+        const Wave coef = Noise(kTaps, 3), x = Noise(400);
         for (std::size_t count = 0; count < 140; ++count) {
             Wave y(count), sums = Noise(count + 1 + kvx::kFirOverrun, 5);
             const Wave before = sums;
-            kernels.weightedSums(coef.data(), offsets.data(), 5, x.data() + count % 3, y.data(), Size(y));
+            kernels.weightedSums(coef.data(), offsets.data(), kTaps, kRatio, x.data() + count % 3, y.data(),
+                                 Size(y));
             const double completed = kernels.addTerms(x.data(), 3.0, sums.data(), Size(y) + 1);
             ASSERT_EQ(completed, Plus(before[0], x[0], 3.0, set));
             for (std::size_t k = 0; k < count; ++k) {
                 double expected = 0.0;
-                for (std::size_t tap = 0; tap < 5; ++tap)
+                for (std::size_t tap = 0; tap < kTaps; ++tap)
                     expected = Plus(expected, coef[tap],
                                     x[k + count % 3 + static_cast<std::size_t>(offsets[tap])], set);
                 ASSERT_EQ(y[k], expected) << kvx::NameOf(set) << " " << count;

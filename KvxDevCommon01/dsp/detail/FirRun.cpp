@@ -61,13 +61,15 @@ public:
 
     /// Takes in `count` samples and calls use(samples, run), which says whether all results were kept, for
     /// each run of them: `history` samples lie in front of each. Of many samples only the first ones, whose
-    /// history is here, are copied; the others are read where they are.
+    /// history is here, are copied; the others, as many as fill whole vectors, are read where they are.
     template <class Use>
     bool Feed(const double* x, __int64 count, Use use) {
+        constexpr __int64 kVectors = 64;
         const bool isLong = count >= 2 * history_ + kBlock;
-        bool kept = FeedCopies(x, isLong ? history_ : count, use);
+        const __int64 copied = isLong ? history_ + (count - history_) % kVectors : count;
+        bool kept = FeedCopies(x, copied, use);
         if (isLong) {
-            kept &= use(x + history_, count - history_);
+            kept &= use(x + copied, count - copied);
             std::copy_n(x + count - history_, history_, samples_.begin());
             end_ = history_;
         }
@@ -243,7 +245,7 @@ private:
     void Make(const double* oldest, double* to, __int64 count) {
         Kernels().deal(oldest, (count - 1) * ratio_ + taps_, ratio_, rows_.data(), std::min(ratio_, taps_),
                        rowLength_);
-        Kernels().weightedSums(coef_.data(), offsets_.data(), taps_, rows_.data(), to, count);
+        Kernels().weightedSums(coef_.data(), offsets_.data(), taps_, ratio_, rows_.data(), to, count);
     }
 
     __int64 taps_;

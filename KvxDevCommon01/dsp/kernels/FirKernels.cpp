@@ -25,77 +25,131 @@ constexpr Index Least(Index a, Index b) {
 
 // ---- Sums whose samples are loaded tap by tap
 
-/// Sums at the places 0 .. of x and y. `Offset` says where the sample of a tap is.
-template <class Offset>
-struct Sums {
-    const double* coef;
-    Index taps;
-    Offset offset;
-
-    /// `kVectors` vectors of `kWidth` neighbouring sums, one vector `apart` from the next.
-    template <unsigned kWidth, unsigned kVectors>
-    void Make(const double* x, double* y, Index apart = kWidth) const {
-        using Some = Vector<kWidth>;
-        Some sums[kVectors];
-        for (Some& sum : sums) sum = Spread<Some>(kNothing);
-        for (Index tap = 0; tap < taps; ++tap) {
-            const double* const from = x + offset(tap);
-            for (unsigned v = 0; v < kVectors; ++v)
-                sums[v] = MultiplyAdd(coef[tap], LoadAs<Some>(from + v * apart), sums[v]);
-        }
-        for (unsigned v = 0; v < kVectors; ++v) StoreVector(y + v * apart, sums[v]);
-    }
-
-    void MakeAll(const double* x, double* y, Index count) const {
-        Index k = 0;
-        for (; count - k >= 8 * kLanes; k += 8 * kLanes) Make<kLanes, 8>(x + k, y + k);
-        if (count - k >= 4 * kLanes) {
-            Make<kLanes, 4>(x + k, y + k);
-            k += 4 * kLanes;
-        }
-        if (count - k >= 2 * kLanes) {
-            Make<kLanes, 2>(x + k, y + k);
-            k += 2 * kLanes;
-        }
-        MakeRest<kLanes>(x, y, k, count);
-    }
-
-    /// The sums from k on, fewer than two vectors. Vectors overlap where they would end late: what is made
-    /// again are the same bits.
-    template <unsigned kWidth>
-    void MakeRest(const double* x, double* y, Index k, Index count) const {
-        const Index rest = count - k;
-        if (rest == 0) return;
-        if (rest > static_cast<Index>(kWidth)) {
-            Make<kWidth, 2>(x + k, y + k, rest - kWidth);
-        } else if (count >= static_cast<Index>(kWidth)) {
-            Make<kWidth, 1>(x + count - kWidth, y + count - kWidth);
-        } else if constexpr (kWidth > 1) {
-            MakeRest<kWidth / 2>(x, y, k, count);
-        }
-    }
-};
-
-struct Neighbour {
-    Index operator()(Index tap) const { return tap; }
-};
-struct Listed {
-    const Index* offsets;
-    Index operator()(Index tap) const { return offsets[tap]; }
-};
-
-void WeightedSums(const double* coef, const Index* offsets, Index taps, const double* x, double* y,
-                  Index count) {
-    Sums<Listed>{coef, taps, {offsets}}.MakeAll(x, y, count);
+/// Has a vector loaded once, rather than anew for everything that it is multiplied with.
+void KeepInRegister([[maybe_unused]] Lanes& lanes) {
+#if defined(__AVX512F__)
+    __asm__("" : "+v"(lanes));
+#elif defined(__SSE2__)
+    __asm__("" : "+x"(lanes));
+#endif
 }
-
-// ---- Sums that share their samples
 
 // The samples of a tap straddle two lines of the cache for all but one place of kLanes, and a processor
 // multiplies twice as fast as it loads such vectors. The taps are therefore cut into rows of kLanes, and the
 // vector of samples loaded at place t serves all the sums that meet it, each with a row of its own: the sums
 // that began there with row 0, those that began kLanes results before with row 1, and so on. Still each sum
 // takes its terms in order.
+
+/// Sums at the places 0 .. of x and y. `Offset` says where the sample of a tap is, and how many taps later it
+/// is `kLanes` places on.
+template <class Offset>
+struct Sums {
+    const double* coef;
+    Index taps;
+    Offset offset;
+
+    /// `kVectors` vectors of `kWidth` neighbouring sums, the last of which begins at `last`.
+    template <unsigned kWidth, unsigned kVectors>
+    void Make(const double* x, double* y, Index last = kWidth * (kVectors - 1)) const {
+        using Some = Vector<kWidth>;
+        const auto place = [last](unsigned v) { return v + 1 < kVectors ? Index{v * kWidth} : last; };
+        Some sums[kVectors];
+        for (Some& sum : sums) sum = Spread<Some>(kNothing);
+        for (Index tap = 0; tap < taps; ++tap) {
+            const double* const from = x + offset(tap);
+            for (unsigned v = 0; v < kVectors; ++v)
+                sums[v] = MultiplyAdd(coef[tap], LoadAs<Some>(from + place(v)), sums[v]);
+        }
+        for (unsigned v = 0; v < kVectors; ++v) StoreVector(y + place(v), sums[v]);
+    }
+
+    /// 2 `kPairs` vectors of neighbouring sums. Those with an odd number are as many taps behind those before
+    /// them as make them meet the same samples, which are loaded once for both.
+    template <unsigned kPairs>
+    void MakeInPairs(const double* x, double* y, Index behind) const {
+        Lanes early[kPairs], late[kPairs];
+        for (unsigned p = 0; p < kPairs; ++p) early[p] = late[p] = Spread<Lanes>(kNothing);
+        const auto add = [this, x](Lanes(&sums)[kPairs], Index tap, Index from) {
+            for (unsigned p = 0; p < kPairs; ++p)
+                sums[p] = MultiplyAdd(coef[tap], Load(x + offset(tap) + from + 2 * p * kLanes), sums[p]);
+        };
+        for (Index tap = 0; tap < behind; ++tap) add(early, tap, 0);
+        for (Index tap = behind; tap < taps; ++tap) {
+            for (unsigned p = 0; p < kPairs; ++p) {
+                Lanes samples = Load(x + offset(tap) + 2 * p * kLanes);
+                KeepInRegister(samples);
+                early[p] = MultiplyAdd(coef[tap], samples, early[p]);
+                late[p] = MultiplyAdd(coef[tap - behind], samples, late[p]);
+            }
+        }
+        for (Index tap = taps - behind; tap < taps; ++tap) add(late, tap, kLanes);
+        for (unsigned p = 0; p < kPairs; ++p) {
+            Store(y + 2 * p * kLanes, early[p]);
+            Store(y + (2 * p + 1) * kLanes, late[p]);
+        }
+    }
+
+    void MakeAll(const double* x, double* y, Index count) const {
+        constexpr Index kMost = 8 * kLanes;
+        const Index behind = offset.TapsPerLanes();
+        Index k = 0;
+        for (; count - k >= kMost; k += kMost) {
+            if (kLanes >= 4 && taps >= behind) {
+                MakeInPairs<4>(x + k, y + k, behind);
+            } else {
+                Make<kLanes, 8>(x + k, y + k);
+            }
+        }
+        if (count >= static_cast<Index>(kLanes)) {
+            if (k < count) MakeRest<8>(x + k, y + k, count - k);
+        } else {
+            MakeFew<kLanes / 2>(x, y, count);
+        }
+    }
+
+    /// The last sums, `rest` of them in up to `kVectors` vectors, behind which there is nothing. The last
+    /// vector begins before them where it would end late: what is made again are the same bits.
+    template <unsigned kVectors>
+    void MakeRest(const double* x, double* y, Index rest) const {
+        if constexpr (kVectors > 1) {
+            if (rest <= static_cast<Index>((kVectors - 1) * kLanes))
+                return MakeRest<kVectors - 1>(x, y, rest);
+        }
+        Make<kLanes, kVectors>(x, y, rest - kLanes);
+    }
+
+    /// Fewer sums than a vector has.
+    template <unsigned kWidth>
+    void MakeFew(const double* x, double* y, Index count) const {
+        if constexpr (kWidth > 0) {
+            if (count > static_cast<Index>(kWidth)) {
+                Make<kWidth, 2>(x, y, count - kWidth);
+            } else if (count == static_cast<Index>(kWidth)) {
+                Make<kWidth, 1>(x, y);
+            } else {
+                MakeFew<kWidth / 2>(x, y, count);
+            }
+        }
+    }
+};
+
+struct Neighbour {
+    Index operator()(Index tap) const { return tap; }
+    static Index TapsPerLanes() { return kLanes; }
+};
+struct Listed {
+    const Index* offsets;
+    Index ratio;
+    Index operator()(Index tap) const { return offsets[tap]; }
+    Index TapsPerLanes() const { return ratio * static_cast<Index>(kLanes); }
+};
+
+void WeightedSums(const double* coef, const Index* offsets, Index taps, Index ratio, const double* x,
+                  double* y, Index count) {
+    Sums<Listed>{coef, taps, {offsets, ratio}}.MakeAll(x, y, count);
+}
+
+// ---- Sums that share their samples
 
 #if defined(__AVX512F__)
 constexpr unsigned kMostRows = 12;
@@ -111,10 +165,9 @@ constexpr unsigned SetsFor(Index) {
 #endif
 
 /// Adds `kRows` rows of taps, the last one with `lastTaps`, to `count` results, a multiple of SetsFor(kRows)
-/// vectors, that begin with them or, unless `isFirst`, go on. table[s * kRows + row] is the coefficient s of
-/// a row.
+/// vectors, that begin with them or, unless `isFirst`, go on.
 template <unsigned kRows>
-void AddRows(const double* table, Index lastTaps, bool isFirst, const double* x, double* y, Index count) {
+void AddRows(const double* coef, Index lastTaps, bool isFirst, const double* x, double* y, Index count) {
     constexpr unsigned kSets = SetsFor(kRows);
     constexpr auto kBefore = static_cast<Index>(kRows - 1);
     const Index apart = count / kSets;
@@ -123,11 +176,12 @@ void AddRows(const double* table, Index lastTaps, bool isFirst, const double* x,
     for (auto& set : sums) {
         for (Lanes& sum : set) sum = Spread<Lanes>(kNothing);
     }
-    const auto add = [&](auto rows, const double* from, const double* coef) {
+    const auto add = [&](auto rows, const double* from, const double* taps) {
         for (unsigned set = 0; set < kSets; ++set) {
-            const Lanes samples = Load(from + set * apart);
+            Lanes samples = Load(from + set * apart);
+            KeepInRegister(samples);
             for (unsigned row = 0; row < decltype(rows)::value; ++row)
-                sums[set][row] = MultiplyAdd(coef[row], samples, sums[set][row]);
+                sums[set][row] = MultiplyAdd(taps[row * kLanes], samples, sums[set][row]);
         }
     };
     // What begins before the first result or behind the last one is not stored.
@@ -136,14 +190,14 @@ void AddRows(const double* table, Index lastTaps, bool isFirst, const double* x,
         if (!isFirst && place < length) {
             for (unsigned set = 0; set < kSets; ++set) sums[set][0] = Load(y + place * kLanes + set * apart);
         }
-        for (Index s = 0; s < lastTaps; ++s) add(Constant<kRows>(), from + s, table + s * kRows);
+        for (Index s = 0; s < lastTaps; ++s) add(Constant<kRows>(), from + s, coef + s);
         if (place >= kBefore) {
             for (unsigned set = 0; set < kSets; ++set)
                 Store(y + (place - kBefore) * kLanes + set * apart, sums[set][kRows - 1]);
         }
         if (place == length + kBefore - 1) break;
         for (Index s = lastTaps; s < static_cast<Index>(kLanes); ++s)
-            add(Constant<kRows - 1>(), from + s, table + s * kRows);
+            add(Constant<kRows - 1>(), from + s, coef + s);
         for (auto& set : sums) {
             for (unsigned row = kRows - 1; row > 0; --row) set[row] = set[row - 1];
             set[0] = Spread<Lanes>(kNothing);
@@ -153,17 +207,17 @@ void AddRows(const double* table, Index lastTaps, bool isFirst, const double* x,
 
 /// AddRows for 2 to `kRows` rows.
 template <unsigned kRows>
-void AddSomeRows(Index rows, const double* table, Index lastTaps, bool isFirst, const double* x, double* y,
+void AddSomeRows(Index rows, const double* coef, Index lastTaps, bool isFirst, const double* x, double* y,
                  Index count) {
     if constexpr (kRows > 2) {
         if (rows < static_cast<Index>(kRows))
-            return AddSomeRows<kRows - 1>(rows, table, lastTaps, isFirst, x, y, count);
+            return AddSomeRows<kRows - 1>(rows, coef, lastTaps, isFirst, x, y, count);
     }
-    AddRows<kRows>(table, lastTaps, isFirst, x, y, count);
+    AddRows<kRows>(coef, lastTaps, isFirst, x, y, count);
 }
 
 void Convolve(const double* coef, Index taps, const double* x, double* y, Index count) {
-    constexpr Index kWorthwhile = 16 * kLanes;
+    constexpr Index kWorthwhile = 24 * kLanes;
     const Sums<Neighbour> all{coef, taps, {}};
     const Index rows = (taps + kLanes - 1) / kLanes;
     if (kLanes < 4 || rows < 2 || count < kWorthwhile) return all.MakeAll(x, y, count);
@@ -172,14 +226,8 @@ void Convolve(const double* coef, Index taps, const double* x, double* y, Index 
     const Index made = count - count % (SetsFor(rows / runs) * kLanes);
     for (Index run = 0, first = 0; run < runs; ++run) {
         const Index end = rows * (run + 1) / runs;
-        double table[kMostRows * kLanes];
-        for (Index row = first; row < end; ++row) {
-            const Index tap = row * kLanes;
-            for (Index s = 0; s < Least(taps - tap, kLanes); ++s)
-                table[s * (end - first) + row - first] = coef[tap + s];
-        }
-        AddSomeRows<kMostRows>(end - first, table, Least(taps - (end - 1) * kLanes, kLanes), first == 0,
-                               x + first * kLanes, y, made);
+        AddSomeRows<kMostRows>(end - first, coef + first * kLanes, Least(taps - (end - 1) * kLanes, kLanes),
+                               first == 0, x + first * kLanes, y, made);
         first = end;
     }
     all.MakeAll(x + made, y + made, count - made);
@@ -205,10 +253,35 @@ Lanes Collect(const Lanes (&sources)[kCount], Lanes so = Lanes{}) {
     }
 }
 
+/// The element that Place takes from the lane `lane` of one of the vectors, where it takes one from each
+/// lane.
+template <class Place>
+struct Standing {
+    static constexpr unsigned Of(unsigned lane) {
+        unsigned to = 0;
+        while (Place::Of(to) % kLanes != lane) ++to;
+        return Place::Of(to);
+    }
+};
+template <class Place, unsigned... kLane>
+Lanes PutInOrder(Lanes standing, std::integer_sequence<unsigned, kLane...>) {
+    return __builtin_shufflevector(standing, standing, (Place::Of(kLane) % kLanes)...);
+}
+/// The same for a Place that takes one element from each lane: they are brought together without leaving
+/// their lanes, which costs little, and moved once.
+template <class Place, unsigned kCount>
+Lanes CollectStanding(const Lanes (&sources)[kCount]) {
+    return PutInOrder<Place>(Collect<Standing<Place>, kCount, 1>(sources, sources[0]),
+                             std::make_integer_sequence<unsigned, kLanes>());
+}
 #else
 template <class Place, unsigned kCount>
 Lanes Collect(const Lanes (&sources)[kCount]) {
     return sources[Place::Of(0)];
+}
+template <class Place, unsigned kCount>
+Lanes CollectStanding(const Lanes (&sources)[kCount]) {
+    return Collect<Place>(sources);
 }
 #endif
 
@@ -240,9 +313,14 @@ Index DealVectors(const double* x, Index count, double* rows, Index rowLength) {
         Lanes samples[kRatio];
         for (unsigned v = 0; v < kRatio; ++v) samples[v] = Load(x + first + v * kLanes);
         ForEach(
-            [&](auto row) {
-                constexpr unsigned kRow = decltype(row)::value;
-                Store(rows + kRow * rowLength + first / kRatio, Collect<OfRow<kRatio, kRow>>(samples));
+            [&](auto number) {
+                constexpr unsigned kRow = decltype(number)::value;
+                double* const row = rows + kRow * rowLength + first / kRatio;
+                if constexpr (kRatio % 2 == 1) {
+                    Store(row, CollectStanding<OfRow<kRatio, kRow>>(samples));
+                } else {
+                    Store(row, Collect<OfRow<kRatio, kRow>>(samples));
+                }
             },
             std::make_integer_sequence<unsigned, kRatio>());
         // The last step begins early where it would end late: it deals some samples out again.

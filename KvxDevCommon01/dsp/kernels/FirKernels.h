@@ -24,10 +24,10 @@ struct FirKernels {
     void (*deal)(const double* x, std::int64_t count, std::int64_t ratio, double* rows, std::int64_t rowCount,
                  std::int64_t rowLength);
 
-    /// y[k] = coef[0] x[offsets[0] + k] + coef[1] x[offsets[1] + k] + ..., as above. `x` has room for
-    /// kFirOverrun samples more.
-    void (*weightedSums)(const double* coef, const std::int64_t* offsets, std::int64_t taps, const double* x,
-                         double* y, std::int64_t count);
+    /// y[k] = coef[0] x[offsets[0] + k] + coef[1] x[offsets[1] + k] + ..., as above, where
+    /// offsets[tap + ratio] = offsets[tap] + 1. `x` has room for kFirOverrun samples more.
+    void (*weightedSums)(const double* coef, const std::int64_t* offsets, std::int64_t taps,
+                         std::int64_t ratio, const double* x, double* y, std::int64_t count);
 
     /// `ratio` results of each of `count` samples. Result r of sample k, y[k * ratio + r], is the sum over
     /// the taps t for which taps - 1 - r - t is a multiple of the ratio: of coef[t] times the sample as many
