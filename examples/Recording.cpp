@@ -44,10 +44,10 @@ void PrintChannels(kvx::SignalReader& reader, std::size_t run) {
     }
     for (std::size_t c = 0; c < squares.size(); ++c) {
         // The samples are in the standard unit of their dimension.
-        const auto& [name, unit, number] = signal.channels[c];
+        const kvx::SignalRun::Channel& channel = signal.channels[c];
         const double rms = std::sqrt(squares[c] / static_cast<double>(signal.samples));
-        std::printf("%3zu  %-12s  rms %.6g %s\n", number, kvx::ToUtf8(name).c_str(),
-                    unit.ConvDtoI(rms, 1.0, 0), kvx::UnitText(unit).c_str());
+        std::printf("%3zu  %-12s  rms %.6g %s\n", channel.number, kvx::ToUtf8(channel.name).c_str(),
+                    channel.unit.ConvDtoI(rms, 1.0, 0), kvx::UnitText(channel.unit).c_str());
     }
 }
 

@@ -189,16 +189,18 @@ std::string AxisHeading(const CUnitCtrl& unit) {
 class CsvSignalWriter : public SignalWriter {
 public:
     CsvSignalWriter(const std::string& path, const SignalRun& run)
-        : written_(run),
-          file_(WidePath(path)),
-          csv_(file_, CUnitCtrl(CUnitCtrl::DIM_TIME), ColumnsOf(run)),
-          run_(run) {}
+        : written_(run), file_(WidePath(path)), csv_(file_, run.axisUnit, ColumnsOf(run)), run_(run) {}
 
-    void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
-        written_.Add(run, channels, count);
-        axis_.resize(count);
-        for (double& time : axis_) time = static_cast<double>(run_.offset + done_++) * run_.delta;
-        WithErrors([&] { csv_.Write(axis_, {channels.data(), channels.size()}); });
+    void Write(std::size_t run, std::span<double* const> columns, std::size_t count) override {
+        written_.Add(run, columns, count);
+        if (run_.isListed) {
+            axis_.assign(columns[0], columns[0] + count);
+            columns = columns.subspan(1);
+        } else {
+            axis_.resize(count);
+            for (double& place : axis_) place = static_cast<double>(run_.offset + done_++) * run_.delta;
+        }
+        WithErrors([&] { csv_.Write(axis_, {columns.data(), columns.size()}); });
     }
     void Commit() override {
         written_.RequireAll();
@@ -211,8 +213,10 @@ public:
 private:
     static std::vector<CsvColumn> ColumnsOf(const SignalRun& run) {
         std::vector<CsvColumn> columns;
-        for (const SignalRun::Channel& channel : run.channels)
-            columns.push_back({channel.name, "", channel.unit});
+        for (const SignalRun::Channel& channel : run.channels) {
+            columns.push_back({channel.name, channel.isComplex ? " re" : "", channel.unit});
+            if (channel.isComplex) columns.push_back({channel.name, " im", channel.unit});
+        }
         return columns;
     }
 
@@ -277,11 +281,8 @@ void CsvWriter::Flush() {
 
 std::unique_ptr<SignalWriter> CreateCsvSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options) {
-    if (runs.size() != 1) {
-        throw Error(ErrorKind::kUnsupported,
-                    "a CSV table holds one record; choose it with " + options.wav.called.record);
-    }
-    return WithErrors([&] { return std::make_unique<CsvSignalWriter>(path, runs.front()); });
+    const SignalRun& run = SingleRun(runs, "a CSV table", options.called);
+    return WithErrors([&] { return std::make_unique<CsvSignalWriter>(path, run); });
 }
 
 }  // namespace kvx

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include <KvxDevCommon01/files/ComDataKinds.h>
@@ -17,32 +19,49 @@ namespace {
 
 class DataFileSignal : public SignalReader {
 public:
-    DataFileSignal(const std::string& path, const ChannelChoice& choice) : file_(WidePath(path)) {
+    DataFileSignal(const std::string& path, const ChannelChoice& choice, const SignalKinds& kinds,
+                   const StatementNames& called)
+        : file_(WidePath(path)), kinds_(kinds) {
         text_ = file_.Head().header.GetName();
         const std::vector<RecordOutline>& records = file_.Records();
-        for (Channel& channel : SelectChannels(records, choice)) {
+        const std::vector<Channel> chosen = SelectChannels(records, choice);
+        std::optional<std::size_t> before;
+        for (const Channel& channel : chosen) {
             const RecordOutline& record = records[channel.record];
-            RequireWaveform(record, channel.record);
-            if (channels_.empty() || channels_.back().front().record != channel.record) {
-                runs_.push_back(
-                    {channel.record + 1, record.fields.delta, record.fields.offset, record.nsamp, {}});
-                channels_.emplace_back();
+            if (channel.record != before) {
+                before = channel.record;
+                if (!kinds.anyRun) RequireWaveform(record, channel.record);
+                if (!kinds.isJoined || runs_.empty()) {
+                    AddRun(record, channel.record);
+                } else {
+                    RequireSameAxis(channels_.back().front().record, channel.record, called);
+                }
             }
-            runs_.back().channels.push_back({channel.name, record.fields.unit, channel.number});
-            channels_.back().push_back(std::move(channel));
+            runs_.back().channels.push_back(
+                {channel.name, record.fields.unit, channel.number, record.isComplex});
+            channels_.back().push_back(channel);
         }
     }
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
-        RequireChannels({targets.data(), targets.size()}, run < runs_.size() ? runs_[run].channels.size() : 0,
+        RequireChannels({targets.data(), targets.size()}, run < runs_.size() ? runs_[run].Columns() : 0,
                         room);
         Enter(run);
         const __int64 left = runs_[run].samples - done_;
         const auto count =
             static_cast<std::size_t>(std::min(std::uint64_t{room}, static_cast<std::uint64_t>(left)));
-        for (std::size_t c = 0; c < targets.size() && count > 0; ++c) {
-            file_.ReadReal(PlaceOf(channels_[run][c], done_), {targets[c], count});
-            RequireValues({targets[c], count}, channels_[run][c].name, done_);
+        if (count == 0) return 0;
+        std::size_t column = 0;
+        if (runs_[run].isListed) ReadAxis(channels_[run].front().record, {targets[column++], count});
+        for (std::size_t c = 0; c < channels_[run].size(); ++c) {
+            const Channel& channel = channels_[run][c];
+            const std::span real(targets[column++], count);
+            file_.ReadReal(PlaceOf(channel, done_), real);
+            if (!kinds_.missing) RequireValues(real, channel.name, done_);
+            if (!runs_[run].channels[c].isComplex) continue;
+            const std::span imaginary(targets[column++], count);
+            file_.ReadImaginary(PlaceOf(channel, done_), imaginary);
+            if (!kinds_.missing) RequireValues(imaginary, channel.name, done_);
         }
         done_ += static_cast<__int64>(count);
         return count;
@@ -55,6 +74,60 @@ public:
     }
 
 private:
+    void AddRun(const RecordOutline& record, std::size_t index) {
+        SignalRun& run = runs_.emplace_back();
+        run.record = index + 1;
+        run.delta = record.fields.delta;
+        run.offset = record.fields.offset;
+        run.samples = record.nsamp;
+        run.axisUnit = record.fields.hunit;
+        run.isListed = record.fields.mode == CComDataBase::MODE_AXIS;
+        channels_.emplace_back();
+    }
+
+    /// Throws Error unless both records have one axis.
+    void RequireSameAxis(std::size_t first, std::size_t second, const StatementNames& called) {
+        if (HaveSameAxis(file_.Records()[first], file_.Records()[second]) &&
+            (file_.Records()[first].fields.mode == CComDataBase::MODE_SPACING ||
+             HaveSamePlaces(first, second)))
+            return;
+        throw Error(ErrorKind::kUnsupported, "records " + std::to_string(first + 1) + " and " +
+                                                 std::to_string(second + 1) +
+                                                 " differ in their axis; choose one with " + called.record);
+    }
+
+    static bool HaveSameAxis(const RecordOutline& a, const RecordOutline& b) {
+        const CComDataBase::Fields& first = a.fields;
+        const CComDataBase::Fields& second = b.fields;
+        if (first.mode != second.mode || a.nsamp != b.nsamp || first.hunit != second.hunit) return false;
+        return first.mode != CComDataBase::MODE_SPACING ||
+               (first.delta == second.delta && first.offset == second.offset);
+    }
+
+    bool HaveSamePlaces(std::size_t first, std::size_t second) {
+        constexpr __int64 kBlock = 1 << 16;
+        const __int64 samples = file_.Records()[first].nsamp;
+        std::vector<double> places[2];
+        for (__int64 done = 0; done < samples; done += kBlock) {
+            for (const std::size_t record : {first, second}) {
+                std::vector<double>& axis = places[record == second];
+                axis.resize(static_cast<std::size_t>(std::min(kBlock, samples - done)));
+                file_.ReadAxis(static_cast<__int64>(record), done, axis);
+            }
+            if (places[0] != places[1]) return false;
+        }
+        return true;
+    }
+
+    void ReadAxis(std::size_t record, std::span<double> places) {
+        file_.ReadAxis(static_cast<__int64>(record), done_, places);
+        const auto bad = std::ranges::find_if(places, [](double place) { return !std::isfinite(place); });
+        if (bad == places.end()) return;
+        throw Error(
+            ErrorKind::kDamaged, "its place on the axis is no number",
+            {.record = static_cast<std::int64_t>(record) + 1, .sample = done_ + (bad - places.begin()) + 1});
+    }
+
     void Enter(std::size_t run) {
         if (run == run_) return;
         run_ = run;
@@ -62,6 +135,7 @@ private:
     }
 
     DataFileReader file_;
+    SignalKinds kinds_;
     std::vector<std::vector<Channel>> channels_;  ///< per run and channel
     std::size_t run_ = 0;
     __int64 done_ = 0;  ///< samples of the run that were read
@@ -73,16 +147,23 @@ class DataFileSignalWriter : public SignalWriter {
 public:
     DataFileSignalWriter(const std::string& path, const std::vector<SignalRun>& runs,
                          const std::wstring& text)
-        : records_(LayOut(runs)),
+        : runs_(runs),
+          records_(LayOut(runs)),
           file_(WidePath(path), CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), records_),
           done_(runs.size()) {}
 
-    void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
-        RequireChannels({channels.data(), channels.size()}, run < places_.size() ? places_[run].size() : 0,
+    void Write(std::size_t run, std::span<double* const> columns, std::size_t count) override {
+        RequireChannels({columns.data(), columns.size()}, run < places_.size() ? runs_[run].Columns() : 0,
                         count);
-        for (std::size_t c = 0; c < channels.size(); ++c) {
-            const auto [record, row] = places_[run][c];
-            file_.WriteReal({record, row, 0, done_[run]}, {channels[c], count});
+        std::size_t column = 0;
+        if (runs_[run].isListed) {
+            const std::span places(columns[column++], count);
+            for (const __int64 record : RecordsOfRun(run)) file_.WriteAxis(record, done_[run], places);
+        }
+        for (std::size_t c = 0; c < places_[run].size(); ++c) {
+            const SamplePlace place = {places_[run][c].record, places_[run][c].row, 0, done_[run]};
+            file_.WriteReal(place, {columns[column++], count});
+            if (runs_[run].channels[c].isComplex) file_.WriteImaginary(place, {columns[column++], count});
         }
         done_[run] += static_cast<__int64>(count);
     }
@@ -110,21 +191,22 @@ private:
                         "a record holds at most 2147483647 samples per channel, this has " +
                             std::to_string(run.samples));
         }
-        if (!IsEvenAxis(run.delta, run.offset, run.samples)) {
-            throw Error(ErrorKind::kBadValue,
-                        "a spacing of " + FormatNumber(run.delta) + " s makes no time axis");
-        }
+        RequireAxis(run);
         const std::size_t first = records->size();
         std::vector<Place>& places = places_.emplace_back();
         for (const SignalRun::Channel& channel : run.channels) {
             const std::wstring unit = PlainUnitName(channel.unit);
-            auto record =
-                std::find_if(records->begin() + static_cast<std::ptrdiff_t>(first), records->end(),
-                             [&](const RecordOutline& r) { return PlainUnitName(r.fields.unit) == unit; });
+            auto record = std::find_if(records->begin() + static_cast<std::ptrdiff_t>(first), records->end(),
+                                       [&](const RecordOutline& r) {
+                                           return PlainUnitName(r.fields.unit) == unit &&
+                                                  r.isComplex == channel.isComplex;
+                                       });
             if (record == records->end()) {
                 RecordOutline outline;
-                outline.fields.mode = CComDataBase::MODE_SPACING;
-                outline.fields.hunit = SingleUnit(kAxisMilliseconds);
+                outline.fields.mode = run.isListed ? CComDataBase::MODE_AXIS : CComDataBase::MODE_SPACING;
+                outline.fields.hunit =
+                    run.axisUnit == CUnitCtrl::DIM_TIME ? SingleUnit(kAxisMilliseconds) : run.axisUnit;
+                outline.isComplex = channel.isComplex;
                 outline.fields.unit = channel.unit;
                 outline.fields.delta = run.delta;
                 outline.fields.offset = run.offset;
@@ -138,6 +220,15 @@ private:
         }
     }
 
+    std::vector<__int64> RecordsOfRun(std::size_t run) const {
+        std::vector<__int64> records;
+        for (const Place& place : places_[run]) records.push_back(place.record);
+        std::ranges::sort(records);
+        records.erase(std::ranges::unique(records).begin(), records.end());
+        return records;
+    }
+
+    std::vector<SignalRun> runs_;
     std::vector<std::vector<Place>> places_;  ///< per run and channel
     std::vector<RecordOutline> records_;
     DataFileWriter file_;
@@ -146,8 +237,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const ChannelChoice& choice) {
-    return std::make_unique<DataFileSignal>(path, choice);
+std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const ChannelChoice& choice,
+                                                 const SignalKinds& kinds, const StatementNames& called) {
+    return std::make_unique<DataFileSignal>(path, choice, kinds, called);
 }
 
 std::unique_ptr<SignalWriter> CreateDataFileSignal(const std::string& path,

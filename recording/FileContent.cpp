@@ -131,6 +131,7 @@ FileContent RecognizeContent(std::string_view begin) {
         for (const std::string_view mark : row.marks) {
             if (!mark.empty() && StartsWith(begin, mark)) return {row.name, row.format};
         }
+        if (row.recognize != nullptr && row.recognize(begin)) return {row.name, row.format};
     }
     const auto foreign =
         std::ranges::find_if(kForeign, [&](const Foreign& row) { return StartsWith(begin, row.mark); });

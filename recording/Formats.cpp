@@ -4,9 +4,12 @@
 #include <algorithm>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Path.h>
 #include <KvxRecording01/SoundFile.h>
 #include <KvxRecording01/TextLines.h>
 #include <KvxRecording01/TextTable.h>
+#include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
@@ -18,37 +21,143 @@ void Refuse(bool isStated, const std::string& name, const char* of) {
     if (isStated) throw Error(ErrorKind::kUnsupported, name + " is for " + of);
 }
 
+/// Throws Error for a statement that does not apply to the kind of format.
+void RefuseOthers(FormatKind kind, const RecordingStatements& statements) {
+    if (kind != FormatKind::sound) {
+        Refuse(statements.fullScale.has_value(), statements.called.fullScale, "sound files");
+        Refuse(statements.isPartial, statements.called.partial, "sound files");
+    }
+    if (kind != FormatKind::text) {
+        const TextOptions& text = statements.text;
+        Refuse(text.firstColumnIsTime.has_value(), statements.called.time, "texts");
+        Refuse(text.decimalComma, statements.called.decimal, "texts");
+        Refuse(text.codePage != 0, text.encodingName, "texts");
+    }
+}
+
 std::unique_ptr<RecordingReader> OpenText(const std::string& path, const FormatRow&,
                                           const RecordingStatements& statements,
                                           const ProgressFunction& progress) {
-    Refuse(statements.fullScale.has_value(), statements.called.fullScale, "sound files");
-    Refuse(statements.isPartial, statements.called.partial, "sound files");
     return OpenTextTable(OpenTextFile(path, statements.text.codePage), statements.text, progress);
 }
 
 std::unique_ptr<RecordingReader> OpenSound(const std::string& path, const FormatRow& row,
                                            const RecordingStatements& statements, const ProgressFunction&) {
-    const TextOptions& text = statements.text;
-    Refuse(text.firstColumnIsTime.has_value(), statements.called.time, "texts");
-    Refuse(text.decimalComma, statements.called.decimal, "texts");
-    Refuse(text.codePage != 0, text.encodingName, "texts");
     return OpenSoundFile(path, row.format, statements.isPartial, statements.called.partial);
 }
 
-// clang-format off
+/// Opens a file as a stream that can be moved, for the reader of a format.
+template <std::unique_ptr<RecordingReader> (*kOpen)(std::unique_ptr<ByteStream>)>
+std::unique_ptr<RecordingReader> OpenStream(const std::string& path, const FormatRow&,
+                                            const RecordingStatements&, const ProgressFunction&) {
+    return WithErrors([&] { return kOpen(std::make_unique<InputFile>(WidePath(path))); });
+}
+
+constexpr std::string_view kSoundRead = "integers of 8 to 32 bits and floats, the rate";
+
+// The order is that in which first bytes are looked at: what only its lines tell stands behind what a mark
+// tells, and text tables, which nothing tells, come last.
 constexpr FormatRow kFormats[] = {
-    {Format::dataFile,   "a data file",   {".vdf2"},          {"2-7Q", "RMOC"},                           nullptr,   CreateDataFileSignal},
-    {Format::wav,        "a WAV file",    {".wav"},           {"RIFF????WAVE", "RIFX????WAVE"},           OpenSound, CreateWavSignal},
-    {Format::rf64,       "an RF64 file",  {".rf64"},          {"RF64????WAVE"},                           OpenSound, nullptr},
-    {Format::wave64,     "a Wave64 file", {".w64"},           {"riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv}, OpenSound, nullptr},
-    {Format::aiff,       "an AIFF file",  {".aiff", ".aif"},  {"FORM????AIFF", "FORM????AIFC"},           OpenSound, nullptr},
-    {Format::au,         "an AU file",    {".au"},            {".snd\0"sv, "dns.??\0\0"sv},               OpenSound, nullptr},
-    {Format::caf,        "a CAF file",    {".caf"},           {"caff\0\1"sv},                             OpenSound, nullptr},
-    {Format::flac,       "a FLAC file",   {".flac"},          {"fLaC"},                                   OpenSound, nullptr},
-    {Format::loggerText, "a logger text", {".lvm"},           {"LabVIEW Measurement"},                    OpenText,  nullptr},
-    {Format::text,       "a text table",  {".csv", ".txt"},   {},                                         OpenText,  CreateCsvSignal},
+    {
+        .format = Format::dataFile,
+        .kind = FormatKind::data,
+        .name = "a data file",
+        .ends = {".vdf2"},
+        .marks = {"2-7Q", "RMOC"},
+        .create = CreateDataFileSignal,
+        .read = "all records of the kinds that hold some, of both generations",
+        .written = "a record per axis, unit and kind of values, of the current generation",
+        .lost = "texts beyond 257 characters",
+    },
+    {
+        .format = Format::wav,
+        .kind = FormatKind::sound,
+        .name = "a WAV file",
+        .ends = {".wav"},
+        .marks = {"RIFF????WAVE", "RIFX????WAVE"},
+        .open = OpenSound,
+        .create = CreateWavSignal,
+        .read = kSoundRead,
+        .written =
+            "one run of waveforms as floats of 32 or 64 bits or integers of 16 or 24; RF64 beyond 4 GiB",
+        .lost = "names, units, the start, parts of a hertz in the rate",
+    },
+    {
+        .format = Format::rf64,
+        .kind = FormatKind::sound,
+        .name = "an RF64 file",
+        .ends = {".rf64"},
+        .marks = {"RF64????WAVE"},
+        .open = OpenSound,
+        .read = kSoundRead,
+    },
+    {
+        .format = Format::wave64,
+        .kind = FormatKind::sound,
+        .name = "a Wave64 file",
+        .ends = {".w64"},
+        .marks = {"riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv},
+        .open = OpenSound,
+        .read = kSoundRead,
+    },
+    {
+        .format = Format::aiff,
+        .kind = FormatKind::sound,
+        .name = "an AIFF file",
+        .ends = {".aiff", ".aif"},
+        .marks = {"FORM????AIFF", "FORM????AIFC"},
+        .open = OpenSound,
+        .read = kSoundRead,
+    },
+    {
+        .format = Format::au,
+        .kind = FormatKind::sound,
+        .name = "an AU file",
+        .ends = {".au"},
+        .marks = {".snd\0"sv, "dns.??\0\0"sv},
+        .open = OpenSound,
+        .read = kSoundRead,
+    },
+    {
+        .format = Format::caf,
+        .kind = FormatKind::sound,
+        .name = "a CAF file",
+        .ends = {".caf"},
+        .marks = {"caff\0\1"sv},
+        .open = OpenSound,
+        .read = kSoundRead,
+    },
+    {
+        .format = Format::flac,
+        .kind = FormatKind::sound,
+        .name = "a FLAC file",
+        .ends = {".flac"},
+        .marks = {"fLaC"},
+        .open = OpenSound,
+        .read = kSoundRead,
+    },
+    {
+        .format = Format::loggerText,
+        .kind = FormatKind::text,
+        .name = "a logger text",
+        .ends = {".lvm"},
+        .marks = {"LabVIEW Measurement"},
+        .open = OpenText,
+        .read = "columns with their names and units, the time column",
+    },
+    {
+        .format = Format::text,
+        .kind = FormatKind::text,
+        .name = "a text table",
+        .ends = {".csv", ".txt"},
+        .open = OpenText,
+        .create = CreateCsvSignal,
+        .read = "columns apart by commas, semicolons, tabs or blanks, their names and units, the time column",
+        .written = "one run: the axis and a column per channel, two of a complex one; numbers that read back "
+                   "as they were",
+        .lost = "the text of the recording",
+    },
 };
-// clang-format on
 
 }  // namespace
 
@@ -70,14 +179,16 @@ std::optional<Format> FormatOfEnd(std::string_view end) {
 }
 
 bool IsSound(Format format) {
-    return format != Format::none && RowOf(format).open == OpenSound;
+    return format != Format::none && RowOf(format).kind == FormatKind::sound;
 }
 
 std::unique_ptr<RecordingReader> OpenRecording(const std::string& path, const RecordingStatements& statements,
                                                const ProgressFunction& progress) {
     const Format format = RecognizeFile(path).format;
-    // The reader of texts refuses what is neither, and knows best by what name.
-    const FormatRow& row = RowOf(IsSound(format) ? format : Format::text);
+    // The reader of texts refuses what is no recording, and knows best by what name.
+    const bool isKnown = format != Format::none && format != Format::dataFile;
+    const FormatRow& row = RowOf(isKnown ? format : Format::text);
+    RefuseOthers(row.kind, statements);
     return row.open(path, row, statements, progress);
 }
 

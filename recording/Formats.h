@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The formats of recordings, one row each: its name, the ends of its file names, its first bytes, and what
-// reads and writes it. A new format is a file that reads or writes it, a value of Format and a row in
-// Formats.cpp.
+// The formats of recordings, one row each: its name, the ends of its file names, its first bytes, what reads
+// and writes it, and what comes through. A new format is a file that reads or writes it, a value of Format
+// and a row in Formats.cpp.
 #pragma once
 
 #include <array>
@@ -22,6 +22,14 @@
 
 namespace kvx {
 
+/// What the samples of a format are, which decides what can be stated of them.
+enum class FormatKind {
+    data,    ///< records of the suite, of which nothing is stated
+    sound,   ///< parts of a full scale
+    text,    ///< columns of numbers
+    binary,  ///< numbers in a unit that the file may state
+};
+
 struct FormatRow {
     /// Opens the file at `path` (UTF-8) for reading. Throws Error.
     using Open = std::unique_ptr<RecordingReader> (*)(const std::string& path, const FormatRow& row,
@@ -31,13 +39,20 @@ struct FormatRow {
     using Create = std::unique_ptr<SignalWriter> (*)(const std::string& path,
                                                      const std::vector<SignalRun>& runs,
                                                      const SignalFileOptions& options);
+    /// Whether a file is of the format, by its first bytes, kContentBytes of them where there are as many.
+    using Recognize = bool (*)(std::string_view begin);
 
     Format format;
-    std::string_view name;                  ///< "a WAV file"
-    std::array<std::string_view, 2> ends;   ///< of file names, in small letters with the dot; may be empty
-    std::array<std::string_view, 2> marks;  ///< how files begin, '?' for any byte; empty where nothing tells
-    Open open;                              ///< null for a data file, whose axes, units and names are settled
-    Create create;                          ///< null for what is only read
+    FormatKind kind;
+    std::string_view name;                       ///< "a WAV file"
+    std::array<std::string_view, 4> ends = {};   ///< of file names, in small letters with the dot
+    std::array<std::string_view, 4> marks = {};  ///< how files begin, '?' for any byte
+    Recognize recognize = nullptr;               ///< where marks do not tell; null where they do
+    Open open = nullptr;            ///< null for a data file, whose axes, units and names are settled
+    Create create = nullptr;        ///< null for what is only read
+    std::string_view read;          ///< what is read of it
+    std::string_view written = {};  ///< what is written
+    std::string_view lost = {};     ///< what a recording has and the format cannot hold
 };
 
 /// All formats that are read or written.
@@ -52,8 +67,9 @@ KVX_RECORDING_API std::optional<Format> FormatOfEnd(std::string_view end);
 /// Whether files of the format hold sound: samples that are parts of a full scale.
 KVX_RECORDING_API bool IsSound(Format format);
 
-/// Opens the text table or sound file at `path`, whatever its name, before its axis and units are settled; a
-/// data file is refused as no text. Refuses what was stated of it and does not apply. Throws Error.
+/// Opens the file of another format than the suite's at `path`, whatever its name, before its axis and units
+/// are settled; a data file is refused as no text. Refuses what was stated of it and does not apply. Throws
+/// Error.
 KVX_RECORDING_API std::unique_ptr<RecordingReader> OpenRecording(const std::string& path,
                                                                  const RecordingStatements& statements,
                                                                  const ProgressFunction& progress = {});

@@ -54,12 +54,29 @@ void StrayFinder::Add(std::span<const double> stamps) {
     }
 }
 
-TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz,
-                    const std::string& rateName) {
-    const std::optional<TimeStamps>& stamps = recording.stamps;
-    TimeAxis axis;
+void RecordingReader::Skip(std::size_t run, __int64 count) {
+    constexpr __int64 kRoom = 1 << 16;
+    const std::vector<double*> targets(CountColumns(info_.runs.at(run)), nullptr);
+    while (count > 0) {
+        const std::size_t passed = Read(run, targets, static_cast<std::size_t>(std::min(kRoom, count)));
+        if (passed == 0) return;
+        count -= static_cast<__int64>(passed);
+    }
+}
+
+std::size_t CountColumns(const RecordingInfo::Run& run) {
+    std::size_t columns = run.axis.isListed ? 1 : 0;
+    for (const RecordingInfo::Channel& channel : run.channels) columns += channel.isComplex ? 2 : 1;
+    return columns;
+}
+
+EvenAxis SettleAxis(const RecordedAxis& recorded, std::optional<double> rateHz, const std::string& rateName) {
+    const std::optional<TimeStamps>& stamps = recorded.stamps;
+    const bool isTime = recorded.unit == CUnitCtrl::DIM_TIME;
+    EvenAxis axis;
     if (rateHz) {
-        axis.rateHz = *rateHz;
+        if (!isTime) throw Error(ErrorKind::kUnsupported, rateName + " is for what is over time");
+        axis.delta = 1.0 / *rateHz;
         if (stamps && stamps->IsEven()) {
             const double stamped = 1.0 / stamps->Step();
             if (std::abs(stamped / *rateHz - 1.0) > kRateDoubt) {
@@ -67,25 +84,35 @@ TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz
                                        rateName + " " + FormatNumber(*rateHz, 10) + " is used");
             }
         }
-    } else if (recording.rateHz > 0.0) {
-        axis.rateHz = recording.rateHz;
+    } else if (recorded.delta > 0.0) {
+        axis.delta = recorded.delta;
     } else if (stamps) {
-        axis.rateHz = RateOfStamps(*stamps, rateName);
-    } else {
+        axis.delta = 1.0 / RateOfStamps(*stamps, rateName);
+    } else if (isTime) {
         throw Error(ErrorKind::kBadValue,
-                    "it has no time column; give the sampling rate with " + rateName + recording.rateHint);
-    }
-    if (!(axis.rateHz > 0.0) || !std::isfinite(axis.rateHz) || !std::isfinite(1.0 / axis.rateHz)) {
-        throw Error(ErrorKind::kUnsupported,
-                    "a sampling rate of " + FormatNumber(axis.rateHz) + " Hz cannot be stored");
-    }
-    if (!stamps) return axis;
-    const double offset = std::round(stamps->first * axis.rateHz);
-    if (std::abs(offset) > std::numeric_limits<std::int32_t>::max()) {
-        axis.remarks.push_back("the first stamp, " + FormatNumber(stamps->first, 12) +
-                               " s, is too far from 0; the record starts at 0 s");
+                    "it has no time column; give the sampling rate with " + rateName + recorded.rateHint);
     } else {
-        axis.offset = static_cast<__int64>(offset);
+        throw Error(ErrorKind::kDamaged, "its axis has no spacing");
+    }
+    const double rate = 1.0 / axis.delta;
+    if (!(axis.delta > 0.0) || !std::isfinite(rate) || !std::isfinite(axis.delta)) {
+        throw Error(ErrorKind::kUnsupported,
+                    isTime
+                        ? "a sampling rate of " + FormatNumber(rateHz.value_or(rate)) + " Hz cannot be stored"
+                        : "a spacing of " + FormatNumber(axis.delta) + " cannot be stored");
+    }
+    const double first = stamps ? stamps->first : recorded.first;
+    const double offset = std::round(first * rate);
+    if (!(std::abs(offset) <= std::numeric_limits<std::int32_t>::max())) {
+        axis.remarks.push_back("the first stamp, " + FormatNumber(first, 12) +
+                               " s, is too far from 0; the record starts at 0 s");
+        return axis;
+    }
+    axis.offset = static_cast<__int64>(offset);
+    if (!stamps && std::abs(first * rate - offset) > kJitter) {
+        axis.remarks.push_back("the first sample stands at " + FormatNumber(first, 12) +
+                               ", which is no multiple of the spacing; the record starts at " +
+                               FormatNumber(offset * axis.delta, 12));
     }
     return axis;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A recording as a text table or a sound file holds it, before its axis and its units are settled: what the
-// file says of it, and its samples block by block, however long it is.
+// A recording as a file of another format than the suite's holds it, before its axis and its units are
+// settled: what the file says of it, and its samples block by block, however long it is.
 #pragma once
 
 #include <cstddef>
@@ -52,19 +52,41 @@ private:
     __int64 index_ = 0;
 };
 
+/// Where the samples of a run stand, as far as the file says it. Numbers are those of the standard unit.
+struct RecordedAxis {
+    CUnitCtrl unit = CUnitCtrl(CUnitCtrl::DIM_TIME);
+    double delta = 0.0;                ///< distance of samples; 0 where the file does not state it
+    double first = 0.0;                ///< place of the first sample
+    bool isListed = false;             ///< whether each sample has a place of its own, which Read delivers
+    std::optional<TimeStamps> stamps;  ///< of the time column of a text, when there is one
+    std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
+};
+
 struct RecordingInfo {
     struct Channel {
-        std::wstring name;              ///< empty where the file gives none
-        std::optional<CUnitCtrl> unit;  ///< where the file states one that is known
-        std::wstring unknownUnit;       ///< what the file states instead
+        std::wstring name = {};                        ///< empty where the file gives none
+        std::optional<CUnitCtrl> unit = std::nullopt;  ///< where the file states one that is known
+        std::wstring unknownUnit = {};                 ///< what the file states instead
+        bool isComplex = false;
+        double scale = 1.0;               ///< what a value is multiplied by to be one of `unit`
+        std::wstring convertedUnit = {};  ///< that of the file, where the scale leads from it to `unit`
     };
-    std::vector<Channel> channels;
-    __int64 samples = 0;               ///< of each channel, 1 or more
-    double rateHz = 0.0;               ///< as the file states it; 0 where it does not
+    /// Channels that were sampled together.
+    struct Run {
+        std::wstring title = {};  ///< may be empty
+        RecordedAxis axis = {};
+        std::vector<Channel> channels = {};
+        __int64 samples = 0;  ///< of each channel, 1 or more
+    };
+    /// A fact that the file tells about itself.
+    struct Property {
+        std::string name;
+        std::string text;
+    };
+    std::vector<Run> runs;             ///< one or more
     bool hasFullScale = false;         ///< whether samples are parts of a full scale, read as 1.0
-    std::optional<TimeStamps> stamps;  ///< of the time column, when there is one
-    std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
     std::vector<std::string> remarks;  ///< sentences on what was assumed of the file
+    std::vector<Property> properties;
 };
 
 class KVX_RECORDING_API RecordingReader {
@@ -74,9 +96,13 @@ public:
     RecordingReader& operator=(const RecordingReader&) = delete;
 
     const RecordingInfo& Info() const { return info_; }
-    /// Delivers the next samples, at most `room` of each channel, in the unit of the channel, and returns how
-    /// many; 0 at the end. There is a target per channel, null for one that is not wanted. Throws Error.
-    virtual std::size_t Read(std::span<double* const> targets, std::size_t room) = 0;
+    /// Delivers the next samples of a run, at most `room` of each channel, in the unit of the channel, and
+    /// returns how many; 0 at the end. Runs are read one after the other. Targets are, in this order: one for
+    /// places on a listed axis; one per channel, two (real, imaginary) for a complex one. Null ones are not
+    /// wanted. Throws Error.
+    virtual std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) = 0;
+    /// Passes over the next samples of a run, `count` or as many as there are. Throws Error.
+    virtual void Skip(std::size_t run, __int64 count);
     /// What is wrong with a sample of those that Read delivered last (both 0-based), told with its place in
     /// the file: "line 7, column 2: the value overflows". Of a text without one for a sample that was not.
     virtual Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
@@ -88,17 +114,20 @@ protected:
     RecordingInfo info_;
 };
 
-/// Where the samples stand: sample i at (offset + i) / rateHz seconds.
-struct TimeAxis {
-    double rateHz = 0.0;
+/// The targets of Read that a run has.
+KVX_RECORDING_API std::size_t CountColumns(const RecordingInfo::Run& run);
+
+/// Where the samples stand: sample i at (offset + i) * delta.
+struct EvenAxis {
+    double delta = 0.0;
     __int64 offset = 0;
     std::vector<std::string> remarks = {};  ///< sentences on what was assumed
 };
 
-/// The axis by the given rate (Hz), else by the file's rate, else by the first and last time stamp. Throws
-/// Error when there is no rate, or one that cannot be stored, or the stamps are uneven. Sentences name the
-/// given rate `rateName`.
-KVX_RECORDING_API TimeAxis SettleAxis(const RecordingInfo& recording, std::optional<double> rateHz,
+/// The axis of a run, not a listed one, by the given rate (Hz), else by the file's spacing, else by the first
+/// and last time stamp. Throws Error when there is no spacing, or one that cannot be stored, or the stamps
+/// are uneven, or a rate is given of what is not over time. Sentences name the given rate `rateName`.
+KVX_RECORDING_API EvenAxis SettleAxis(const RecordedAxis& recorded, std::optional<double> rateHz,
                                       const std::string& rateName);
 
 }  // namespace kvx

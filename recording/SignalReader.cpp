@@ -40,79 +40,173 @@ void StateUnits(const RecordingStatements& statements, Channels* channels) {
     for (std::size_t c = 0; c < channels->size(); ++c) (*channels)[c].unit = units[units.size() > 1 ? c : 0];
 }
 
+/// The runs as SelectChannels takes records: names and counts.
+std::vector<RecordOutline> OutlinesOf(const RecordingInfo& info) {
+    std::vector<RecordOutline> outlines;
+    std::size_t number = 0;
+    for (const RecordingInfo::Run& run : info.runs) {
+        RecordOutline& outline = outlines.emplace_back();
+        outline.fields.mode = CComDataBase::MODE_SPACING;
+        outline.fields.delta = 1.0;
+        outline.fields.colNames.resize(1);
+        outline.nsamp = run.samples;
+        for (const RecordingInfo::Channel& channel : run.channels) {
+            ++number;
+            outline.fields.rowNames.push_back(channel.name.empty() ? L"ch" + std::to_wstring(number)
+                                                                   : channel.name);
+        }
+    }
+    return outlines;
+}
+
 /// A recording with what was stated of it; its samples become those of the standard units as they pass.
 class RecordingSignal : public SignalReader {
 public:
-    RecordingSignal(std::unique_ptr<RecordingReader> recording, const std::string& channels,
-                    const RecordingStatements& statements)
-        : recording_(std::move(recording)),
-          scale_(recording_->Info().hasFullScale ? statements.fullScale.value_or(1.0) : 1.0) {
-        if (!(scale_ > 0.0) || !std::isfinite(scale_))
+    RecordingSignal(std::unique_ptr<RecordingReader> recording, const ChannelChoice& choice,
+                    const RecordingStatements& statements, const SignalKinds& kinds)
+        : recording_(std::move(recording)), kinds_(kinds) {
+        const double fullScale = statements.fullScale.value_or(1.0);
+        if (!(fullScale > 0.0) || !std::isfinite(fullScale))
             throw StatementError(statements.called.fullScale + " is not a number above 0");
         text_ = statements.source;
         remarks_ = recording_->Info().remarks;
-        SignalRun run;
-        run.samples = recording_->Info().samples;
-        run.channels = SettleChannels(channels, statements);
-        TimeAxis axis = SettleAxis(recording_->Info(), statements.rateHz, statements.called.rate);
-        run.delta = 1.0 / axis.rateHz;
-        run.offset = axis.offset;
-        runs_.push_back(std::move(run));
-        std::ranges::move(axis.remarks, std::back_inserter(remarks_));
+        properties_ = recording_->Info().properties;
+        const std::vector<Channel> chosen = SelectChannels(OutlinesOf(recording_->Info()), choice);
+        Channels channels = SettleChannels(chosen, statements);
+        for (std::size_t c = 0; c < chosen.size(); ++c) {
+            if (c == 0 || chosen[c].record != sources_.back().run) AddRun(chosen[c].record, statements);
+            sources_.back().columns.push_back(FirstColumn(chosen[c]));
+            sources_.back().scales.push_back(ScaleOf(chosen[c], statements));
+            runs_.back().channels.push_back(std::move(channels[c]));
+        }
     }
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
-        const Channels& channels = runs_.front().channels;
-        RequireChannels({targets.data(), targets.size()}, run == 0 ? channels.size() : 0, room);
-        std::vector<double*> all(recording_->Info().channels.size(), nullptr);
-        for (std::size_t c = 0; c < channels.size(); ++c) all[channels[c].number - 1] = targets[c];
-        const std::size_t count = recording_->Read(all, room);
-        ForEachInParallel(channels.size(), [&](std::size_t c) {
-            const std::span samples(targets[c], count);
-            if (scale_ != 1.0) std::ranges::for_each(samples, [&](double& sample) { sample *= scale_; });
-            const CUnitCtrl& unit = channels[c].unit;
-            unit.ConvItoD(targets[c], targets[c], static_cast<__int64>(count), 1.0, unit.IsSingle());
-            RequireStorable(channels[c], samples);
+        const std::size_t columns = run < runs_.size() ? runs_[run].Columns() : 0;
+        RequireChannels({targets.data(), targets.size()}, columns, room);
+        const Source& source = sources_[run];
+        std::vector<double*> all(CountColumns(Recorded(run)), nullptr);
+        std::vector<std::size_t> first;  // of the columns of each channel
+        std::size_t column = 0;
+        if (runs_[run].isListed) all[0] = targets[column++];
+        for (std::size_t c = 0; c < source.columns.size(); ++c) {
+            first.push_back(column);
+            all[source.columns[c]] = targets[column++];
+            if (runs_[run].channels[c].isComplex) all[source.columns[c] + 1] = targets[column++];
+        }
+        const std::size_t count = recording_->Read(source.run, all, room);
+        ForEachInParallel(first.size(), [&](std::size_t c) {
+            const SignalRun::Channel& channel = runs_[run].channels[c];
+            const std::size_t parts = channel.isComplex ? 2 : 1;
+            for (std::size_t part = 0; part < parts; ++part)
+                ToStandard(channel, source.scales[c], source.columns[c], {targets[first[c] + part], count});
         });
         return count;
     }
 
+    void Skip(std::size_t run, __int64 count) override {
+        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        recording_->Skip(sources_[run].run, count);
+    }
+
 private:
-    void RequireStorable(const SignalRun::Channel& channel, std::span<const double> samples) const {
+    /// Where the samples of a run come from.
+    struct Source {
+        std::size_t run;
+        std::vector<std::size_t> columns = {};  ///< per channel, that of its (real) samples
+        std::vector<double> scales = {};        ///< per channel, to its unit
+    };
+
+    const RecordingInfo::Run& Recorded(std::size_t run) const {
+        return recording_->Info().runs[sources_[run].run];
+    }
+
+    /// The first column of a channel among those of its run in the recording.
+    std::size_t FirstColumn(const Channel& channel) const {
+        RecordingInfo::Run run = recording_->Info().runs[channel.record];
+        run.channels.resize(static_cast<std::size_t>(channel.row));
+        return CountColumns(run);
+    }
+
+    /// What a value of a channel is multiplied by to be in the unit that is stated of it, by a person or else
+    /// by the file.
+    double ScaleOf(const Channel& channel, const RecordingStatements& statements) const {
+        const RecordingInfo& info = recording_->Info();
+        const double own = info.runs[channel.record].channels[static_cast<std::size_t>(channel.row)].scale;
+        return (info.hasFullScale ? statements.fullScale.value_or(1.0) : 1.0) *
+               (statements.units.empty() ? own : 1.0);
+    }
+
+    void AddRun(std::size_t number, const RecordingStatements& statements) {
+        const RecordingInfo::Run& recorded = recording_->Info().runs[number];
+        sources_.push_back({number});
+        SignalRun& run = runs_.emplace_back();
+        run.record = number + 1;
+        run.samples = recorded.samples;
+        run.axisUnit = recorded.axis.unit;
+        run.title = recorded.title;
+        run.isListed =
+            recorded.axis.isListed && !(statements.rateHz && recorded.axis.unit == CUnitCtrl::DIM_TIME);
+        if (!run.isListed) {
+            EvenAxis axis = SettleAxis(recorded.axis, statements.rateHz, statements.called.rate);
+            run.delta = axis.delta;
+            run.offset = axis.offset;
+            std::ranges::move(axis.remarks, std::back_inserter(remarks_));
+        }
+    }
+
+    /// Turns samples of a channel, whose column in the recording is `column`, into those of the standard
+    /// unit.
+    void ToStandard(const SignalRun::Channel& channel, double scale, std::size_t column,
+                    std::span<double> samples) const {
+        std::vector<std::size_t> missing;
+        if (kinds_.missing && !AreValues(samples)) {
+            for (std::size_t i = 0; i < samples.size(); ++i)
+                if (samples[i] == kNoValue<double>) missing.push_back(i);
+        }
+        if (scale != 1.0) std::ranges::for_each(samples, [&](double& sample) { sample *= scale; });
+        const int isAbsolute = !channel.isComplex && channel.unit.IsSingle() ? 1 : 0;
+        channel.unit.ConvItoD(samples.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
+        for (const std::size_t at : missing) samples[at] = 0.0;
+        RequireStorable(channel, column, samples);
+        for (const std::size_t at : missing) samples[at] = kNoValue<double>;
+    }
+
+    void RequireStorable(const SignalRun::Channel& channel, std::size_t column,
+                         std::span<const double> samples) const {
         if (AreValues(samples)) return;
         const auto bad = std::ranges::find_if_not(samples, [](double v) { return AreValues({&v, 1}); });
         throw recording_->ErrorAt(
-            channel.number - 1, static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
+            column, static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
             std::isfinite(*bad) ? "the value is reserved as the marker of missing samples"
                                 : "the value overflows in conversion from " + Quote(UnitText(channel.unit)) +
                                       " to the standard unit");
     }
 
     /// The chosen channels with their names and units.
-    Channels SettleChannels(const std::string& choice, const RecordingStatements& statements) {
-        const std::vector<RecordingInfo::Channel>& all = recording_->Info().channels;
-        std::vector<std::wstring> names;
-        for (const RecordingInfo::Channel& channel : all) {
-            names.push_back(channel.name.empty() ? L"ch" + std::to_wstring(names.size() + 1) : channel.name);
+    Channels SettleChannels(const std::vector<Channel>& chosen, const RecordingStatements& statements) {
+        Channels settled;
+        std::vector<std::wstring> unknown;
+        for (const Channel& channel : chosen) {
+            const RecordingInfo::Channel& own =
+                recording_->Info().runs[channel.record].channels[static_cast<std::size_t>(channel.row)];
+            settled.push_back({channel.name, own.unit.value_or(CUnitCtrl()), channel.number, own.isComplex});
+            unknown.push_back(own.unknownUnit);
         }
-        Channels chosen;
-        for (const std::size_t at : ChooseChannels(choice, names)) {
-            chosen.push_back({names[at], all[at].unit.value_or(CUnitCtrl()), at + 1});
-        }
-        StateNames(statements, &chosen);
-        StateUnits(statements, &chosen);
-        for (const SignalRun::Channel& channel : chosen) {
-            const std::wstring& unknown = all[channel.number - 1].unknownUnit;
-            if (unknown.empty() || !statements.units.empty()) continue;
-            remarks_.push_back("the unit " + Quote(unknown) + " of channel " + Quote(channel.name) +
+        StateNames(statements, &settled);
+        StateUnits(statements, &settled);
+        for (std::size_t c = 0; c < settled.size(); ++c) {
+            if (unknown[c].empty() || !statements.units.empty()) continue;
+            remarks_.push_back("the unit " + Quote(unknown[c]) + " of channel " + Quote(settled[c].name) +
                                " is not known, so its values are plain numbers; give it with " +
                                statements.called.units);
         }
-        return chosen;
+        return settled;
     }
 
     std::unique_ptr<RecordingReader> recording_;
-    double scale_;
+    SignalKinds kinds_;
+    std::vector<Source> sources_;  ///< per run
 };
 
 void RequireNothingStated(const RecordingStatements& stated) {
@@ -123,15 +217,26 @@ void RequireNothingStated(const RecordingStatements& stated) {
     }
     throw Error(ErrorKind::kUnsupported, "a data file knows its rate, units and names; the " +
                                              stated.called.any +
-                                             " that state them are for text and sound files");
+                                             " that state them are for files of other formats");
 }
 
 }  // namespace
 
+std::size_t SignalRun::Columns() const {
+    std::size_t columns = isListed ? 1 : 0;
+    for (const Channel& channel : channels) columns += channel.isComplex ? 2 : 1;
+    return columns;
+}
+
+bool SignalRun::IsWaveform() const {
+    return !isListed && axisUnit == CUnitCtrl::DIM_TIME &&
+           std::ranges::none_of(channels, &Channel::isComplex);
+}
+
 void SignalReader::Skip(std::size_t run, __int64 count) {
     constexpr std::size_t kRoom = std::size_t{1} << 14;
     if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
-    std::vector<std::vector<double>> samples(runs_[run].channels.size(), std::vector<double>(kRoom));
+    std::vector<std::vector<double>> samples(runs_[run].Columns(), std::vector<double>(kRoom));
     std::vector<double*> targets;
     for (std::vector<double>& channel : samples) targets.push_back(channel.data());
     while (count > 0) {
@@ -153,17 +258,27 @@ void RequireChannels(std::span<const double* const> channels, std::size_t expect
                                                           ", not " + std::to_string(given));
 }
 
-WrittenRun::WrittenRun(const SignalRun& run) : channels_(run.channels.size()), left_(run.samples) {
-    if (channels_ == 0 || left_ < 1)
+WrittenRun::WrittenRun(const SignalRun& run) : columns_(run.Columns()), left_(run.samples) {
+    if (run.channels.empty() || left_ < 1)
         throw Error(ErrorKind::kBadValue, "there are no channels or no samples to write");
-    if (!IsEvenAxis(run.delta, run.offset, run.samples)) {
-        throw Error(ErrorKind::kBadValue,
-                    "a spacing of " + FormatNumber(run.delta) + " s makes no time axis");
-    }
+    RequireAxis(run);
+}
+
+void RequireAxis(const SignalRun& run) {
+    if (run.isListed || IsEvenAxis(run.delta, run.offset, run.samples)) return;
+    throw Error(ErrorKind::kBadValue, "a spacing of " + FormatNumber(run.delta) + " " +
+                                          UnitText(CUnitCtrl(DimensionOf(run.axisUnit))) + " makes no " +
+                                          std::string(DimensionText(DimensionOf(run.axisUnit))) + " axis");
+}
+
+const SignalRun& SingleRun(const std::vector<SignalRun>& runs, const std::string& format,
+                           const StatementNames& called) {
+    if (runs.size() == 1) return runs.front();
+    throw Error(ErrorKind::kUnsupported, format + " holds one record; choose it with " + called.record);
 }
 
 void WrittenRun::Add(std::size_t run, std::span<double* const> channels, std::size_t count) {
-    RequireChannels({channels.data(), channels.size()}, run == 0 ? channels_ : 0, count);
+    RequireChannels({channels.data(), channels.size()}, run == 0 ? columns_ : 0, count);
     if (count > static_cast<std::uint64_t>(left_))
         throw Error(ErrorKind::kBadValue, "there are more samples than the run has");
     left_ -= static_cast<__int64>(count);
@@ -176,26 +291,31 @@ void WrittenRun::RequireAll() const {
 StatementError::StatementError(std::string sentence) : Error(ErrorKind::kBadValue, std::move(sentence)) {}
 
 std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> recording,
-                                           const std::string& channels,
-                                           const RecordingStatements& statements) {
+                                           const ChannelChoice& choice, const RecordingStatements& statements,
+                                           const SignalKinds& kinds) {
     if (!recording) throw Error(ErrorKind::kBadValue, "there is no recording");
-    return std::make_unique<RecordingSignal>(std::move(recording), channels, statements);
+    auto signal = std::make_unique<RecordingSignal>(std::move(recording), choice, statements, kinds);
+    if (kinds.anyRun) return signal;
+    for (const SignalRun& run : signal->Runs()) {
+        if (run.IsWaveform()) continue;
+        throw Error(ErrorKind::kUnsupported,
+                    "record " + std::to_string(run.record) + " is not a time waveform");
+    }
+    return signal;
 }
 
 std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelChoice& choice,
                                          const RecordingStatements& statements,
-                                         const ProgressFunction& progress) {
+                                         const ProgressFunction& progress, const SignalKinds& kinds) {
     if (RecognizeFile(path).format == Format::dataFile) {
         RequireNothingStated(statements);
-        return OpenDataFileSignal(path, choice);
+        return OpenDataFileSignal(path, choice, kinds, statements.called);
     }
-    if (choice.record > 0)
-        throw Error(ErrorKind::kUnsupported, statements.called.record + " is for data files");
     RecordingStatements stated = statements;
     if (stated.source.empty()) {
         stated.source = FromUtf8(std::filesystem::path(path).filename().string()).value_or(L"");
     }
-    return SettleSignal(OpenRecording(path, stated, progress), choice.channels, stated);
+    return SettleSignal(OpenRecording(path, stated, progress), choice, stated, kinds);
 }
 
 }  // namespace kvx

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Time waveforms of a data file, a text table or a sound file, block by block in standard units, with their
-// axes, names and units settled, however long they are.
+// Recordings of any format, block by block in standard units, with their axes, names and units settled,
+// however long they are: time waveforms, and where they are asked for all that a file holds.
 #pragma once
 
 #include <cstddef>
@@ -20,12 +20,14 @@
 
 namespace kvx {
 
-/// Channels that were sampled together: sample i of each stands at (offset + i) * delta seconds.
+/// Channels that were sampled together: sample i of each stands at (offset + i) * delta, or where the file
+/// lists it, in the standard unit of the axis.
 struct SignalRun {
     struct Channel {
         std::wstring name;
         CUnitCtrl unit;
         std::size_t number = 0;  ///< in the source, from 1
+        bool isComplex = false;
     };
 
     std::size_t record = 1;  ///< in the source, from 1
@@ -33,6 +35,22 @@ struct SignalRun {
     __int64 offset = 0;
     __int64 samples = 0;  ///< of each channel
     std::vector<Channel> channels;
+    CUnitCtrl axisUnit = CUnitCtrl(CUnitCtrl::DIM_TIME);
+    bool isListed = false;  ///< whether each sample has a place of its own
+    std::wstring title = {};
+
+    /// What a block of it has: places where they are listed, then per channel its samples, the imaginary
+    /// parts of complex ones behind the real parts. As many as channels for waveforms.
+    std::size_t Columns() const;
+    /// Whether it is real, over time and evenly spaced.
+    bool IsWaveform() const;
+};
+
+/// What a reader may deliver besides time waveforms with a value in every place.
+struct SignalKinds {
+    bool anyRun = false;    ///< also spectra, complex lines and samples with a listed place
+    bool missing = false;   ///< also no-value markers
+    bool isJoined = false;  ///< the records of a data file as one run, which must have one axis
 };
 
 /// One object belongs to one thread at a time.
@@ -47,9 +65,11 @@ public:
     const std::wstring& Text() const { return text_; }
     /// Sentences on what was assumed of the file.
     const std::vector<std::string>& Remarks() const { return remarks_; }
-    /// Delivers the next samples of a run, at most `room`, to a target per channel, in the standard units,
-    /// and returns how many; 0 at the end. Runs are read one after the other. Throws Error, also for a
-    /// sample that holds no value.
+    /// What the file tells about itself.
+    const std::vector<RecordingInfo::Property>& Properties() const { return properties_; }
+    /// Delivers the next samples of a run, at most `room`, to a target per column, in the standard units, and
+    /// returns how many; 0 at the end. Runs are read one after the other. Throws Error, also for a sample
+    /// that holds no value unless missing ones were asked for.
     virtual std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) = 0;
     /// Passes over the next samples of a run, `count` or as many as there are; those of a data file are not
     /// read. Throws Error.
@@ -61,20 +81,23 @@ protected:
     std::vector<SignalRun> runs_;
     std::wstring text_;
     std::vector<std::string> remarks_;
+    std::vector<RecordingInfo::Property> properties_;
 };
 
-/// Opens a data file, in which all chosen channels must be waveforms, a text table or a sound file, whatever
-/// its name. Channels are chosen as ChooseChannels does; only data files have records to choose from, and of
-/// them nothing can be stated. Throws StatementError or Error.
+/// Opens a file of any format, whatever its name. Channels are chosen as ChooseChannels does, through all
+/// runs or records; all chosen ones must be what `kinds` allows. Of data files nothing can be stated. Throws
+/// StatementError or Error.
 KVX_RECORDING_API std::unique_ptr<SignalReader> OpenSignal(const std::string& path,
                                                            const ChannelChoice& choice = {},
                                                            const RecordingStatements& statements = {},
-                                                           const ProgressFunction& progress = {});
+                                                           const ProgressFunction& progress = {},
+                                                           const SignalKinds& kinds = {});
 
-/// The waveforms of a recording that is open: its chosen channels with the names, units and rate that were
-/// stated, else with its own. Its text is the source that was stated. Throws StatementError or Error.
+/// The runs of a recording that is open: its chosen channels with the names, units and rate that were stated,
+/// else with its own. Its text is the source that was stated. Throws StatementError or Error.
 KVX_RECORDING_API std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> recording,
-                                                             const std::string& channels = {},
-                                                             const RecordingStatements& statements = {});
+                                                             const ChannelChoice& choice = {},
+                                                             const RecordingStatements& statements = {},
+                                                             const SignalKinds& kinds = {});
 
 }  // namespace kvx

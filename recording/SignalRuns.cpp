@@ -11,8 +11,8 @@ namespace kvx {
 namespace {
 
 struct Piece {
-    Piece(std::size_t channels, std::size_t room) : samples(channels, std::vector<double>(room)) {
-        for (std::vector<double>& channel : samples) targets.push_back(channel.data());
+    Piece(std::size_t columns, std::size_t room) : samples(columns, std::vector<double>(room)) {
+        for (std::vector<double>& column : samples) targets.push_back(column.data());
     }
 
     std::vector<std::vector<double>> samples;
@@ -29,12 +29,12 @@ void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take, con
     constexpr std::size_t kSamples = std::size_t{1} << 17;
     if (run >= reader.Runs().size()) throw Error(ErrorKind::kBadValue, "there is no such run");
     if (!take) throw Error(ErrorKind::kBadValue, "nothing takes the samples");
-    const std::size_t channels = reader.Runs()[run].channels.size();
-    const std::size_t room = std::max<std::size_t>(1, kSamples / channels);
+    const std::size_t columns = reader.Runs()[run].Columns();
+    const std::size_t room = std::max<std::size_t>(1, kSamples / columns);
     const auto total =
         static_cast<std::uint64_t>(std::max<std::int64_t>(0, most.value_or(reader.Runs()[run].samples)));
     // A piece is read while the one before it is worked on.
-    Piece pieces[] = {Piece(channels, room), Piece(channels, room)};
+    Piece pieces[] = {Piece(columns, room), Piece(columns, room)};
     std::uint64_t asked = 0;
     const auto read = [&](Piece& piece) {
         const std::uint64_t wanted = std::min<std::uint64_t>(room, total - asked);
@@ -56,6 +56,25 @@ void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take, con
         });
         done += piece.count;
         if (progress) progress(done, total);
+    }
+}
+
+std::uint64_t CountSamples(std::span<const SignalRun> runs) {
+    std::uint64_t count = 0;
+    for (const SignalRun& run : runs) count += static_cast<std::uint64_t>(run.samples) * run.channels.size();
+    return count;
+}
+
+void ReadRuns(SignalReader& reader, const TakeRunSamples& take, const ProgressFunction& progress) {
+    const std::uint64_t total = CountSamples(reader.Runs());
+    std::uint64_t done = 0;
+    for (std::size_t r = 0; r < reader.Runs().size(); ++r) {
+        const std::size_t channels = reader.Runs()[r].channels.size();
+        ReadRun(reader, r, [&](std::span<double* const> columns, std::size_t count) {
+            take(r, columns, count);
+            done += count * channels;
+            if (progress) progress(done, total);
+        });
     }
 }
 

@@ -22,14 +22,25 @@ inline double RateOf(const SignalRun& run) {
     return 1.0 / run.delta;
 }
 
-/// Takes the next `count` samples of each channel, in the order of the run.
-using TakeSamples = std::function<void(std::span<double* const> channels, std::size_t count)>;
+/// Takes the next `count` samples of each column of the run.
+using TakeSamples = std::function<void(std::span<double* const> columns, std::size_t count)>;
 
 /// Reads the rest of a run, or its next `most` samples, piece by piece, each while the one before it is
 /// taken, perhaps by another thread: `take` leaves the reader alone. Throws what either throws.
 KVX_RECORDING_API void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take,
                                const ProgressFunction& progress = {},
                                std::optional<std::int64_t> most = std::nullopt);
+
+/// The samples that runs have in all channels together.
+KVX_RECORDING_API std::uint64_t CountSamples(std::span<const SignalRun> runs);
+
+/// Takes the next `count` samples of each column of a run.
+using TakeRunSamples =
+    std::function<void(std::size_t run, std::span<double* const> columns, std::size_t count)>;
+
+/// Reads all runs, one after the other, as ReadRun does.
+KVX_RECORDING_API void ReadRuns(SignalReader& reader, const TakeRunSamples& take,
+                                const ProgressFunction& progress = {});
 
 /// The channels of a run that have one unit: results on them become one record, as they do in an import.
 struct RunRecord {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Time waveforms into a file, block by block. Formats.h has the formats; each has its own file.
+// Recordings into a file, block by block. Formats.h has the formats; each has its own file.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +11,7 @@
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxRecording01/Export.h>
 #include <KvxRecording01/SignalReader.h>
+#include <KvxRecording01/Statements.h>
 #include <KvxRecording01/WavFile.h>
 
 namespace kvx {
@@ -19,6 +20,7 @@ namespace kvx {
 struct SignalFileOptions {
     std::wstring text = {};  ///< free text of a data file, of which its header keeps 257 characters
     WavOptions wav = {};     ///< of a sound file
+    StatementNames called = {};
 };
 
 /// Takes the samples of runs; the file is in place after Commit, and before that its target is as it was.
@@ -29,8 +31,9 @@ public:
     SignalWriter(const SignalWriter&) = delete;
     SignalWriter& operator=(const SignalWriter&) = delete;
 
-    /// Appends `count` samples, in standard units, of each channel of a run. They may be used as room.
-    virtual void Write(std::size_t run, std::span<double* const> channels, std::size_t count) = 0;
+    /// Appends `count` samples, in standard units, to a run, whose columns are those of SignalReader. They
+    /// may be used as room.
+    virtual void Write(std::size_t run, std::span<double* const> columns, std::size_t count) = 0;
     /// Throws Error (kBadValue) while samples of a run are missing.
     virtual void Commit() = 0;
     /// The records being written; none in what is no data file.

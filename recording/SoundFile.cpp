@@ -178,24 +178,28 @@ public:
         const SF_INFO& info = input_.Info();
         if (!IsFormat(info.format, format))
             throw Error(ErrorKind::kDamaged, "it is a damaged sound file: its header contradicts itself");
-        info_.rateHz = info.samplerate;
-        if (statedRateHz && std::abs(*statedRateHz - info_.rateHz) < 1.0) info_.rateHz = *statedRateHz;
+        RecordingInfo::Run& run = info_.runs.emplace_back();
+        double rateHz = info.samplerate;
+        if (statedRateHz && std::abs(*statedRateHz - rateHz) < 1.0) rateHz = *statedRateHz;
+        run.axis.delta = 1.0 / rateHz;
         info_.hasFullScale = true;
-        info_.channels.resize(static_cast<std::size_t>(std::max(info.channels, 0)));
-        if (!info_.channels.empty() && info.samplerate > 0) SettleSamples(path, format, bytes, isPartial);
-        if (info_.samples < 1) throw Error(ErrorKind::kDamaged, "the sound file holds no samples");
+        run.channels.resize(static_cast<std::size_t>(std::max(info.channels, 0)));
+        if (!run.channels.empty() && info.samplerate > 0)
+            run.samples = SettleSamples(path, format, bytes, isPartial);
+        if (run.samples < 1) throw Error(ErrorKind::kDamaged, "the sound file holds no samples");
     }
 
-    std::size_t Read(std::span<double* const> targets, std::size_t room) override {
-        const std::size_t channels = info_.channels.size();
+    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+        const RecordingInfo::Run& run = info_.runs.front();
+        const std::size_t channels = run.channels.size();
         std::size_t done = 0;
         before_ = done_;
-        while (done < room && done_ < info_.samples) {
-            const auto wanted = std::min(static_cast<__int64>(room - done), info_.samples - done_);
+        while (done < room && done_ < run.samples) {
+            const auto wanted = std::min(static_cast<__int64>(room - done), run.samples - done_);
             const std::span<const double> block = WithErrors([&] { return input_.Read(wanted); });
             if (block.empty()) {
                 throw Error(ErrorKind::kDamaged,
-                            "it is cut short or damaged: not all of the " + Samples(info_.samples) +
+                            "it is cut short or damaged: not all of the " + Samples(run.samples) +
                                 " that its header states can be read" + offer_ + " before the damage");
             }
             for (std::size_t i = 0; i < block.size(); ++i) {
@@ -225,32 +229,34 @@ private:
                std::to_string(channel + 1);
     }
 
-    /// Settles how many samples are taken. Where their number cannot be trusted, they are read for it.
-    void SettleSamples(const std::string& path, Format format, const std::optional<SampleBytes>& bytes,
-                       bool isPartial) {
+    /// How many samples are taken, which it may have to remark on. Where their number cannot be trusted, they
+    /// are read for it.
+    __int64 SettleSamples(const std::string& path, Format format, const std::optional<SampleBytes>& bytes,
+                          bool isPartial) {
         const bool isFlac = format == Format::flac;
         const __int64 stated = input_.Info().frames;
         const bool isOpen = isFlac ? stated < 1 || stated == SF_COUNT_MAX : bytes && !bytes->stated;
         const bool isCutShort = bytes && bytes->IsCutShort();
-        info_.samples = bytes && bytes->stated == 0U ? 0 : stated;
+        __int64 samples = bytes && bytes->stated == 0U ? 0 : stated;
         if (isCutShort || (isFlac && (isOpen || isPartial))) {
-            info_.samples = CountReadable(path, bytes ? bytes->actualSize : BytePatch());
+            samples = CountReadable(path, bytes ? bytes->actualSize : BytePatch());
         }
         if (isOpen) {
             info_.remarks.push_back("the header of the sound file does not state its length; all " +
-                                    Samples(info_.samples) + " up to the end of the file are taken");
+                                    Samples(samples) + " up to the end of the file are taken");
         } else if (isCutShort) {
             info_.remarks.push_back("the sound file is cut short: " + Extent(*bytes) + "; the " +
-                                    Samples(info_.samples) + " in them are taken");
-        } else if (info_.samples < stated) {
-            info_.remarks.push_back("the sound file is cut short or damaged; the first " +
-                                    Samples(info_.samples) + " of " + std::to_string(stated) + " are taken");
+                                    Samples(samples) + " in them are taken");
+        } else if (samples < stated) {
+            info_.remarks.push_back("the sound file is cut short or damaged; the first " + Samples(samples) +
+                                    " of " + std::to_string(stated) + " are taken");
         }
         if (bytes && bytes->behind > 0) {
             info_.remarks.push_back(
                 std::to_string(bytes->behind) +
                 " bytes after the samples belong to no chunk of the sound file and are left out");
         }
+        return samples;
     }
 
     SoundInput input_;

@@ -44,7 +44,7 @@ public:
         Survey(progress);
     }
 
-    std::size_t Read(std::span<double* const> targets, std::size_t room) override {
+    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
         return WithErrors([&] { return ReadRows(targets, room); });
     }
 
@@ -78,7 +78,8 @@ private:
             taken_ = 0;
         }
         done_ += static_cast<__int64>(count);
-        if (done_ > info_.samples || (count < room && done_ < info_.samples)) {
+        const __int64 samples = info_.runs.front().samples;
+        if (done_ > samples || (count < room && done_ < samples)) {
             throw Error(ErrorKind::kHost, "it changed while it was read");
         }
         return count;
@@ -100,25 +101,26 @@ private:
             }
         }
         if (stamps.count == 0) throw Error(ErrorKind::kDamaged, "it holds no samples");
+        RecordingInfo::Run& run = info_.runs.emplace_back();
         stamps.resolution = std::pow(10.0, -decimals);
         const std::optional<bool> isTime = IsFirstColumnTime(layout, options_);
         if (isTime.value_or(layout.columns > 1 && stamps.count > 2)) {
             FindStray(StampUnit(layout), &stamps, progress);
-            if (isTime.value_or(stamps.IsEven())) info_.stamps = stamps;
+            if (isTime.value_or(stamps.IsEven())) run.axis.stamps = stamps;
         }
-        firstChannel_ = info_.stamps ? 1 : 0;
+        firstChannel_ = run.axis.stamps ? 1 : 0;
         if (layout.columns == firstChannel_) throw Error(ErrorKind::kDamaged, "its only column is the time");
-        info_.samples = stamps.count;
-        info_.rateHint = layout.rateHint;
-        info_.channels.resize(layout.columns - firstChannel_);
+        run.samples = stamps.count;
+        run.axis.rateHint = layout.rateHint;
+        run.channels.resize(layout.columns - firstChannel_);
         if (!layout.remark.empty()) info_.remarks.push_back(layout.remark);
-        if (info_.stamps && !layout.headings.empty() && !layout.headings.front().unknownUnit.empty()) {
+        if (run.axis.stamps && !layout.headings.empty() && !layout.headings.front().unknownUnit.empty()) {
             info_.remarks.push_back("the unit " + Quote(layout.headings.front().unknownUnit) +
                                     " of the time column is not known, so it is read in seconds");
         }
         for (std::size_t c = firstChannel_; c < layout.headings.size(); ++c) {
             const UnitHeading& heading = layout.headings[c];
-            info_.channels[c - firstChannel_] = {heading.name, heading.unit, heading.unknownUnit};
+            run.channels[c - firstChannel_] = {heading.name, heading.unit, heading.unknownUnit};
         }
     }
 
@@ -168,8 +170,8 @@ std::vector<double> ReadCoefficients(OpenText open, TextOptions options, const P
     constexpr __int64 kMost = 1 << 20;
     options.firstColumnIsTime = false;
     const std::unique_ptr<RecordingReader> text = OpenTextTable(std::move(open), options, progress);
-    const std::size_t columns = text->Info().channels.size();
-    const __int64 rows = text->Info().samples;
+    const std::size_t columns = text->Info().runs.front().channels.size();
+    const __int64 rows = text->Info().runs.front().samples;
     if (columns > 1 && rows > 1)
         throw Error(ErrorKind::kUnsupported, "coefficients stand in one column or one row");
     if (rows > kMost) {
@@ -178,7 +180,7 @@ std::vector<double> ReadCoefficients(OpenText open, TextOptions options, const P
     std::vector<double> values(columns * static_cast<std::size_t>(rows));
     std::vector<double*> targets;
     for (double& value : std::span(values).first(columns)) targets.push_back(&value);
-    text->Read(targets, static_cast<std::size_t>(rows));
+    text->Read(0, targets, static_cast<std::size_t>(rows));
     return values;
 }
 

@@ -94,11 +94,11 @@ int IntegerSample(double value, int bits) {
 
 class WavSignalWriter : public SignalWriter {
 public:
-    WavSignalWriter(const std::string& path, const SignalRun& run, const WavOptions& options)
-        : written_(run), file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.samples) {
-        for (const SignalRun::Channel& channel : run.channels) {
-            scales_.emplace_back(channel.name, channel.unit, options);
-        }
+    WavSignalWriter(const std::string& path, const SignalRun& run, const SignalFileOptions& options)
+        : written_(run),
+          file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.wav.samples) {
+        for (const SignalRun::Channel& channel : run.channels)
+            scales_.emplace_back(channel.name, channel.unit, options.wav, options.called.fullScale);
     }
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
@@ -132,10 +132,11 @@ int WavRate(double delta) {
     return static_cast<int>(whole);
 }
 
-WavScale::WavScale(std::wstring name, const CUnitCtrl& unit, const WavOptions& options)
-    : name_(std::move(name)), unit_(unit), options_(options) {
+WavScale::WavScale(std::wstring name, const CUnitCtrl& unit, const WavOptions& options,
+                   std::string fullScaleName)
+    : name_(std::move(name)), unit_(unit), options_(options), fullScaleName_(std::move(fullScaleName)) {
     if (!(options.fullScale > 0.0) || !std::isfinite(options.fullScale))
-        throw Error(ErrorKind::kBadValue, options.called.fullScale + " is not a number above 0");
+        throw Error(ErrorKind::kBadValue, fullScaleName_ + " is not a number above 0");
 }
 
 void WavScale::Apply(std::span<double> samples) {
@@ -151,7 +152,7 @@ void WavScale::RequireUnclipped() const {
         throw Error(ErrorKind::kBadValue, "channel " + Quote(name_) + " would be clipped: it reaches " +
                                               FormatNumber(peak_) + " " + UnitText(unit_) +
                                               " and full scale is " + FormatNumber(options_.fullScale) +
-                                              "; raise " + options_.called.fullScale);
+                                              "; raise " + fullScaleName_);
     }
 }
 
@@ -232,11 +233,10 @@ void WavWriter::Commit() {
 
 std::unique_ptr<SignalWriter> CreateWavSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options) {
-    if (runs.size() != 1) {
-        throw Error(ErrorKind::kUnsupported,
-                    "a WAV file holds one record; choose it with " + options.wav.called.record);
-    }
-    return std::make_unique<WavSignalWriter>(path, runs.front(), options.wav);
+    const SignalRun& run = SingleRun(runs, "a WAV file", options.called);
+    if (!run.IsWaveform())
+        throw Error(ErrorKind::kUnsupported, "a WAV file holds time waveforms only; choose CSV");
+    return std::make_unique<WavSignalWriter>(path, run, options);
 }
 
 }  // namespace kvx

@@ -14,7 +14,6 @@
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxRecording01/Export.h>
-#include <KvxRecording01/Statements.h>
 
 namespace kvx {
 
@@ -40,7 +39,6 @@ constexpr bool IsInteger(WavSamples samples) {
 struct WavOptions {
     WavSamples samples = WavSamples::floating;
     double fullScale = 1.0;  ///< the value that becomes full scale, above 0, in the unit of its channel
-    StatementNames called = {};
 };
 
 /// The rate of samples `delta` seconds apart as a WAV header holds it: whole, to the accuracy of a sampling
@@ -50,7 +48,8 @@ KVX_RECORDING_API int WavRate(double delta);
 /// Turns a channel's samples of the standard unit, block by block, into what a WAV file holds.
 class KVX_RECORDING_API WavScale {
 public:
-    WavScale(std::wstring name, const CUnitCtrl& unit, const WavOptions& options);
+    /// Sentences name the full scale `fullScaleName`.
+    WavScale(std::wstring name, const CUnitCtrl& unit, const WavOptions& options, std::string fullScaleName);
     void Apply(std::span<double> samples);
     /// Throws Error when integers could not hold the samples so far.
     void RequireUnclipped() const;
@@ -59,6 +58,7 @@ private:
     std::wstring name_;
     CUnitCtrl unit_;
     WavOptions options_;
+    std::string fullScaleName_;
     double peak_ = 0.0;
 };
 

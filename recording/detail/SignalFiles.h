@@ -14,14 +14,21 @@
 
 namespace kvx {
 
-/// Throws Error unless the channels of a run are the `expected` ones, 0 where there is no such run, and those
+/// Throws Error unless the columns of a run are the `expected` ones, 0 where there is no such run, and those
 /// of `count` samples are there.
 void RequireChannels(std::span<const double* const> channels, std::size_t expected, std::size_t count);
+
+/// Throws Error for a run that is evenly spaced but has no axis.
+void RequireAxis(const SignalRun& run);
+
+/// The only run of what becomes a file of a format that has room for one. Throws Error for several.
+const SignalRun& SingleRun(const std::vector<SignalRun>& runs, const std::string& format,
+                           const StatementNames& called);
 
 /// What was written of a file of one run.
 class WrittenRun {
 public:
-    /// Throws Error for a run without channels or samples, or without a time axis.
+    /// Throws Error for a run without channels or samples, or without an axis.
     explicit WrittenRun(const SignalRun& run);
     /// Counts what comes next. Throws Error for channels that are not those of the run, and for more samples
     /// than it has.
@@ -30,7 +37,7 @@ public:
     void RequireAll() const;
 
 private:
-    std::size_t channels_;
+    std::size_t columns_;
     __int64 left_;
 };
 
@@ -39,10 +46,12 @@ inline SamplePlace PlaceOf(const Channel& channel, __int64 start) {
     return {static_cast<__int64>(channel.record), channel.row, channel.column, start};
 }
 
-/// The waveforms of a data file.
-std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const ChannelChoice& choice);
+/// The records of a data file.
+std::unique_ptr<SignalReader> OpenDataFileSignal(const std::string& path, const ChannelChoice& choice,
+                                                 const SignalKinds& kinds, const StatementNames& called);
 
-/// A data file with one record per run and unit, in the order in which the units first appear.
+/// A data file with one record per run, unit and kind of values, in the order in which the units first
+/// appear.
 std::unique_ptr<SignalWriter> CreateDataFileSignal(const std::string& path,
                                                    const std::vector<SignalRun>& runs,
                                                    const SignalFileOptions& options);

@@ -15,21 +15,21 @@ namespace {
 
 /// The axis as "rate offset", or the sentence.
 std::string AxisOutcome(const std::vector<double>& times, double resolution, std::optional<double> rate) {
-    RecordingInfo recording;
+    RecordedAxis recorded;
     if (!times.empty()) {
-        recording.stamps = {std::ssize(times), times.front(), times.back(), resolution, {}};
-        StrayFinder(&*recording.stamps).Add(times);
+        recorded.stamps = {std::ssize(times), times.front(), times.back(), resolution, {}};
+        StrayFinder(&*recorded.stamps).Add(times);
     }
     try {
-        const TimeAxis axis = SettleAxis(recording, rate, "--rate");
-        return FormatNumber(axis.rateHz, 9) + " " + std::to_string(axis.offset) +
+        const EvenAxis axis = SettleAxis(recorded, rate, "--rate");
+        return FormatNumber(1.0 / axis.delta, 9) + " " + std::to_string(axis.offset) +
                (axis.remarks.empty() ? "" : ": " + axis.remarks.front());
     } catch (const Error& error) {
         return error.what();
     }
 }
 
-TEST(TimeAxis, FollowsTheStampsUnlessARateIsGiven) {
+TEST(EvenAxis, FollowsTheStampsUnlessARateIsGiven) {
     EXPECT_EQ(AxisOutcome({0, 0.000391, 0.000781, 0.001172}, 1e-6, {}), "2559.72696 0");
     EXPECT_EQ(AxisOutcome({0, 0.000391, 0.000781, 0.001172}, 1e-6, 2560), "2560 0");
     EXPECT_EQ(AxisOutcome({-0.2, -0.1, 0}, 0.1, {}), "10 -2");
@@ -39,7 +39,7 @@ TEST(TimeAxis, FollowsTheStampsUnlessARateIsGiven) {
               "100 0: the first stamp, 1000000000 s, is too far from 0; the record starts at 0 s");
 }
 
-TEST(TimeAxis, IsRefusedWithoutARateOrWithUnevenStamps) {
+TEST(EvenAxis, IsRefusedWithoutARateOrWithUnevenStamps) {
     EXPECT_EQ(AxisOutcome({}, 1, {}), "it has no time column; give the sampling rate with --rate");
     EXPECT_EQ(AxisOutcome({1}, 1, {}), "one sample has no sampling rate; give it with --rate");
     EXPECT_EQ(AxisOutcome({2, 1}, 1, {}),

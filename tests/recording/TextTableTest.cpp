@@ -25,11 +25,14 @@ namespace {
 /// "time 0 0.5; a [g] 1 2; b ?psi 3 4": the ends of the time column, then the channels, at last the remarks.
 std::string Describe(RecordingReader& recording) {
     const RecordingInfo& info = recording.Info();
+    const RecordingInfo::Run& run = info.runs.front();
     std::string text;
-    if (info.stamps)
-        text = "time " + FormatExact(info.stamps->first) + " " + FormatExact(info.stamps->last) + "; ";
+    if (run.axis.stamps) {
+        text =
+            "time " + FormatExact(run.axis.stamps->first) + " " + FormatExact(run.axis.stamps->last) + "; ";
+    }
     std::vector<std::string> columns;
-    for (const RecordingInfo::Channel& channel : info.channels) {
+    for (const RecordingInfo::Channel& channel : run.channels) {
         columns.push_back(kvx::ToUtf8(channel.name) +
                           (channel.unit ? " [" + UnitText(*channel.unit) + "]" : "") +
                           (channel.unknownUnit.empty() ? "" : " ?" + kvx::ToUtf8(channel.unknownUnit)));
@@ -38,7 +41,7 @@ std::string Describe(RecordingReader& recording) {
     std::vector<std::array<double, 2>> room(columns.size());
     std::vector<double*> targets;
     for (std::array<double, 2>& piece : room) targets.push_back(piece.data());
-    while (const std::size_t count = recording.Read(targets, 2)) {
+    while (const std::size_t count = recording.Read(0, targets, 2)) {
         for (std::size_t c = 0; c < columns.size(); ++c) {
             for (std::size_t i = 0; i < count; ++i) columns[c] += " " + FormatExact(room[c][i]);
         }
@@ -220,7 +223,7 @@ TEST(TextTableReader, TakesTheNearestDoubleOfEveryWayToWriteANumber) {
         const auto reader =
             OpenTextTable([&] { return std::make_unique<MemoryStream>(std::as_bytes(std::span(text))); },
                           {.firstColumnIsTime = false});
-        EXPECT_EQ(reader->Read(targets, expected.size()), expected.size());
+        EXPECT_EQ(reader->Read(0, targets, expected.size()), expected.size());
         EXPECT_EQ(samples, expected) << mark;
     }
 }
@@ -249,7 +252,7 @@ TEST(TextTableReader, TellsTheLinesOfDeliveredSamplesAlone) {
     EXPECT_EQ(told(), "odd");
     std::vector<double> samples(4);
     std::vector<double*> targets = {&samples[0], &samples[2]};
-    EXPECT_EQ(reader->Read(targets, 2), 2U);
+    EXPECT_EQ(reader->Read(0, targets, 2), 2U);
     EXPECT_EQ(told(), "line 2, column 2: odd");
     EXPECT_THROW(LineReader(nullptr), Error);
 }

@@ -26,8 +26,8 @@
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/CsvFile.h>
 #include <KvxRecording01/Formats.h>
-#include <KvxRecording01/RecordTable.h>
 #include <KvxRecording01/SignalReader.h>
+#include <KvxRecording01/SignalRuns.h>
 
 #include "tests/support/TempFolder.h"
 
@@ -84,7 +84,7 @@ protected:
 TEST_P(Writer, IsReadBackToTheBit) {
     const SignalRun run = RunIn({"g", "N", "g"});
     const auto writer =
-        CreateSignalFile(path_, GetParam(), {run}, {L"a text", {WavSamples::doubleFloating, 2.0, {}}});
+        CreateSignalFile(path_, GetParam(), {run}, {L"a text", {WavSamples::doubleFloating, 2.0}});
     WriteLevels(*writer, run);
     EXPECT_FALSE(std::filesystem::exists(path_));
     writer->Commit();
@@ -106,7 +106,8 @@ TEST_P(Writer, IsReadBackToTheBit) {
         for (std::vector<double>& channel : samples) targets.push_back(channel.data());
         ASSERT_EQ(reader->Read(r, targets, kSamples), kSamples);
         for (std::size_t at = 0; at < samples.size(); ++at) {
-            const auto& [name, unit, number] = back.channels[at];
+            const auto& [name, unit, number, isComplex] = back.channels[at];
+            EXPECT_FALSE(isComplex);
             channels += ToUtf8(name) + " " + UnitText(unit) + ", ";
             // The channels of one unit stand together in a data file.
             const std::size_t c = GetParam() == Format::dataFile ? kByUnit[number - 1] : number - 1;
@@ -157,12 +158,12 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
     EXPECT_EQ(Refusal(kind, create(Format::text, {good, good})),
               "a CSV table holds one record; choose it with record");
     EXPECT_EQ(Refusal(kind, create(Format::flac, {good})), "a FLAC file is only read, not written");
-    EXPECT_EQ(Refusal(ErrorKind::kBadValue, create(Format::wav, {good}, {WavSamples::pcm16, -1.0, {}})),
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue, create(Format::wav, {good}, {WavSamples::pcm16, -1.0})),
               "fullScale is not a number above 0");
     EXPECT_EQ(Refusal(ErrorKind::kBadValue,
                       [&] {
-                          const auto writer = CreateSignalFile(path, Format::wav, {good},
-                                                               {L"", {WavSamples::pcm24, 0.5, {}}});
+                          const auto writer =
+                              CreateSignalFile(path, Format::wav, {good}, {L"", {WavSamples::pcm24, 0.5}});
                           WriteLevels(*writer, good);
                           writer->Commit();
                       }),
@@ -226,7 +227,11 @@ TEST(OpenSignal, TakesStatementsThatSuitTheRecording) {
               "a sampling rate of -4 Hz cannot be stored");
     EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {}, {.fullScale = 2.0}); }),
               "fullScale is for sound files");
-    EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {"", 1}); }), "record is for data files");
+    EXPECT_EQ(Refusal(ErrorKind::kUnknownName,
+                      [&] {
+                          OpenSignal(path, {"", 2});
+                      }),
+              "it has no record 2, only 1 record");
     EXPECT_EQ(Refusal(ErrorKind::kUnknownName, [&] { OpenSignal(path, {"c"}, {.rateHz = 4.0}); }),
               "there is no channel 'c' among its 2 channels");
 }
@@ -306,45 +311,47 @@ std::string WriteRecords(const TempFolder& folder, double secondPlace = 2.5) {
     return (folder / "in.vdf2").string();
 }
 
-std::string CsvOf(RecordTable table) {
-    MemoryStream text;
-    WriteCsv(table, text);
-    const auto bytes = text.Bytes();
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+/// The text that chosen records of a data file become, their channels in another unit if one is named.
+std::string CsvOf(const TempFolder& folder, const ChannelChoice& choice, const char* unit = nullptr) {
+    const std::string path = (folder / "in.vdf2").string();
+    const auto reader = OpenSignal(path, choice, {}, {}, {.anyRun = true, .missing = true, .isJoined = true});
+    std::vector<SignalRun> runs = reader->Runs();
+    if (unit != nullptr) runs.front().channels.front().unit = NamedUnit(unit);
+    const std::string csv = path + ".csv";
+    const auto writer = CreateSignalFile(csv, Format::text, runs);
+    ReadRuns(*reader, [&](std::size_t run, std::span<double* const> columns, std::size_t count) {
+        writer->Write(run, columns, count);
+    });
+    writer->Commit();
+    return folder.Read("in.vdf2.csv");
 }
 
-TEST(RecordTable, BecomesTextWithWhateverAxisAndParts) {
+TEST(RecordsOfDataFiles, BecomeTextWithWhateverAxisAndParts) {
     const TempFolder folder;
     const std::string path = WriteRecords(folder);
-    EXPECT_EQ(CsvOf(RecordTable(path, {"", 1})),
-              "frequency [Hz],a [g],\"b, c [g]\"\n1,0,1\n2.5,0.1,\n10,0.2,1\n");
-    RecordTable table(path, {"", 2});
-    table.SetUnit(0, NamedUnit("kN"));
-    EXPECT_FALSE(table.IsWaveform());
-    EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { table.SetUnit(0, NamedUnit("g")); }),
-              "kN does not convert to g");
-    EXPECT_EQ(CsvOf(std::move(table)),
+    EXPECT_EQ(CsvOf(folder, {"", 1}), "frequency [Hz],a [g],\"b, c [g]\"\n1,0,1\n2.5,0.1,\n10,0.2,1\n");
+    EXPECT_EQ(CsvOf(folder, {"", 2}, "kN"),
               "frequency [Hz],a re [kN],a im [kN]\n1,0,-0.00025\n1.5,0.001,-0.00025\n2,0.002,-0.00025\n");
-    const std::string torn = WriteRecords(folder, std::numeric_limits<double>::quiet_NaN());
+    WriteRecords(folder, std::numeric_limits<double>::quiet_NaN());
     EXPECT_EQ(Refusal(ErrorKind::kDamaged,
                       [&] {
-                          RecordTable values(torn, {"", 1});
+                          CsvOf(folder, {"", 1});
                       }),
               "record 1, sample 2: its place on the axis is no number");
     WriteRecords(folder);
     const ErrorKind kind = ErrorKind::kUnsupported;
-    EXPECT_EQ(Refusal(kind, [&] { RecordTable both(path); }),
+    EXPECT_EQ(Refusal(kind, [&] { CsvOf(folder, {}); }),
               "records 1 and 2 differ in their axis; choose one with record");
     EXPECT_EQ(Refusal(kind,
                       [&] {
-                          RecordTable spectrum(path, {"", 1});
-                          WriteWav(spectrum, (folder / "out.wav").string(), {});
+                          const auto spectrum = OpenSignal(path, {"", 1}, {}, {}, {.anyRun = true});
+                          CreateSignalFile((folder / "out.wav").string(), Format::wav, spectrum->Runs());
                       }),
               "a WAV file holds time waveforms only; choose CSV");
     EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path); }), "record 1 is not a time waveform");
     EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {}, {.rateHz = 5.0}); }),
-              "a data file knows its rate, units and names; the members that state them are for text and "
-              "sound files");
+              "a data file knows its rate, units and names; the members that state them are for files "
+              "of other formats");
 }
 
 }  // namespace

@@ -255,7 +255,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx export a.vdf2 -o x.csv --unit N", 1, "--unit: channel 'a' is in 'g', which does not convert to 'N'"},
     WrongCase{"kvx export a.vdf2 -o x.csv --full-scale 2", 2, "--full-scale is for WAV files"},
     WrongCase{"kvx export a.vdf2 -o x.wav --samples pcm24", 1,
-              "cannot export 'a.vdf2': channel 'a' would be clipped: it reaches 4 g and full scale is 1"},
+              "cannot write 'x.wav': channel 'a' would be clipped: it reaches 4 g and full scale is 1"},
     WrongCase{"kvx export a.vdf2 -o none/x.wav", 1, "cannot write 'none/x.wav': its folder does not exist\n"},
     WrongCase{"kvx synth a.csv -o x.vdf2", 1, "cannot synthesise 'a.csv': line 1: 'a' is not a number\n"},
     WrongCase{"kvx synth profile.txt -o x.vdf2 --rate 30", 1, "cannot synthesise 'profile.txt': nothing of the profile"},

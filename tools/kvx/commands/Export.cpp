@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <KvxRecording01/RecordTable.h>
-
 #include "cli/Failure.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
@@ -18,6 +16,7 @@
 #include "commands/DataFiles.h"
 #include "commands/Signal.h"
 #include "commands/SignalWriter.h"
+#include "commands/Stream.h"
 #include "commands/UnitChoice.h"
 
 namespace kvx::tool {
@@ -33,18 +32,15 @@ struct ExportOptions {
     WavChoice wav;
 };
 
-void ChooseUnits(RecordTable& table, const std::string& list) {
+void ChooseUnits(std::vector<SignalRun::Channel>& channels, const std::string& list) {
     if (list.empty()) return;
-    const std::vector<RecordTable::Column>& columns = table.Columns();
-    const std::vector<std::string> units = SpreadList("--unit", list, columns.size());
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-        const CUnitCtrl& stored = columns[c].unit;
-        const CUnitCtrl unit = RequireUnit(units[c], DimensionOf(stored));
-        if (!IsConvertible(stored, unit)) {
-            throw ValueError("--unit: channel " + Quote(columns[c].name) + " is in " +
-                             Quote(UnitText(stored)) + ", which does not convert to " + Quote(units[c]));
-        }
-        table.SetUnit(c, unit);
+    const std::vector<std::string> units = SpreadList("--unit", list, channels.size());
+    for (std::size_t c = 0; c < channels.size(); ++c) {
+        const CUnitCtrl stored = channels[c].unit;
+        channels[c].unit = RequireUnit(units[c], DimensionOf(stored));
+        if (IsConvertible(stored, channels[c].unit)) continue;
+        throw ValueError("--unit: channel " + Quote(channels[c].name) + " is in " + Quote(UnitText(stored)) +
+                         ", which does not convert to " + Quote(units[c]));
     }
 }
 
@@ -53,27 +49,23 @@ void RunExport(const ExportOptions& options, ByteStream& out) {
     RequireAnotherFile(options.input, output);
     const bool isWav = FormatOf(options.output, kExportFormats) == OutputFormat::wav;
     if (options.wav.fullScale && !isWav) throw UsageError("--full-scale is for WAV files");
-    const WavOptions wav = WavOptionsOf(options.wav);
-    RecordTable table = Doing("export", options.input, [&] {
-        RecordTable opened(InputPath(options.input), {options.channels.channels, options.channels.record},
-                           OptionNames());
-        ChooseUnits(opened, options.units);
-        if (isWav) RequireWav(opened, wav);
+    const SignalFileOptions file = {.wav = WavOptionsOf(options.wav), .called = OptionNames()};
+    std::vector<SignalRun> runs;
+    const std::unique_ptr<SignalReader> reader = Doing("export", options.input, [&] {
+        Progress progress("reading " + InputName(options.input));
+        auto opened = OpenSignal(options.input, options.channels, {}, isWav, progress,
+                                 {.anyRun = true, .missing = !isWav, .isJoined = true});
+        runs = opened->Runs();
+        for (SignalRun& run : runs) ChooseUnits(run.channels, options.units);
         return opened;
     });
-    Progress progress("exporting " + InputName(options.input));
-    Doing("write", output, [&] {
-        if (isWav) {
-            OutputTarget target(output);
-            WriteWav(table, target.Path(), wav, progress.Function());
-            target.Deliver();
-        } else {
-            WriteOutput(output, [&](ByteStream& stream) { WriteCsv(table, stream, progress.Function()); });
-        }
+    const std::unique_ptr<SignalWriter> writer = Doing("write", output, [&] {
+        return CreateSignal(output, isWav ? Format::wav : Format::text, runs, file);
     });
+    CopySignal({"export", options.input, output}, *reader, *writer);
     if (IsStandardStream(output)) return;
-    WriteText(out, OutputName(output) + ": " + Count(std::ssize(table.Columns()), "channel") + " of " +
-                       Count(table.Count(), "sample") + "\n");
+    WriteText(out, OutputName(output) + ": " + Count(std::ssize(runs.front().channels), "channel") + " of " +
+                       Count(runs.front().samples, "sample") + "\n");
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ void RunImport(const ImportOptions& options, ByteStream& out) {
         return OpenRecording(options.input, options.channels, options.recording, progress);
     });
     const std::unique_ptr<SignalWriter> writer = Doing("write", output, [&] {
-        return CreateSignal(output, Format::dataFile, reader->Runs(), {*text, {}});
+        return CreateSignal(output, Format::dataFile, reader->Runs(), {.text = *text});
     });
     Stream({"import", options.input, output}, *reader, *writer, [](auto...) { return MakeChain({}); });
     WriteText(ReportStream(output, out), Summary(output, writer->Records()));

@@ -102,19 +102,20 @@ std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::
                                             const RecordingOptions& options, Progress& progress) {
     const RecordingStatements stated = StatementsOf(path, options);
     return Opened([&] {
-        return SettleSignal(kvx::OpenRecording(InputPath(path), stated, progress.Function()), channels,
+        return SettleSignal(kvx::OpenRecording(InputPath(path), stated, progress.Function()), {channels, 0},
                             stated);
     });
 }
 
 std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
-                                         const RecordingOptions& options, bool isForSound,
-                                         Progress& progress) {
+                                         const RecordingOptions& options, bool isForSound, Progress& progress,
+                                         const SignalKinds& kinds) {
     const std::string file = InputPath(path);
     RecordingStatements stated = StatementsOf(path, options);
     if (isForSound && !IsSound(RecognizeFile(file).format)) stated.fullScale.reset();
     return Opened([&] {
-        return kvx::OpenSignal(file, {channels.channels, channels.record}, stated, progress.Function());
+        return kvx::OpenSignal(file, {channels.channels, channels.record}, stated, progress.Function(),
+                               kinds);
     });
 }
 

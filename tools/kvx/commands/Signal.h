@@ -42,10 +42,10 @@ StatementNames OptionNames(const RecordingOptions& options = {});
 std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
                                             const RecordingOptions& options, Progress& progress);
 
-/// Opens a data file, in which all chosen channels must be waveforms, or else as OpenRecording. Of what is no
-/// sound a full scale may be stated only when a sound file is to be written (`isForSound`).
+/// Opens a file of any format. Of what is no sound a full scale may be stated only when a sound file is to be
+/// written (`isForSound`). Remarks go to standard error. Throws Error or ValueError.
 std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
-                                         const RecordingOptions& options, bool isForSound,
-                                         Progress& progress);
+                                         const RecordingOptions& options, bool isForSound, Progress& progress,
+                                         const SignalKinds& kinds = {});
 
 }  // namespace kvx::tool

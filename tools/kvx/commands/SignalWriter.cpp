@@ -3,7 +3,6 @@
 
 #include "cli/Options.h"
 #include "cli/StandardStreams.h"
-#include "commands/Signal.h"
 
 namespace kvx::tool {
 namespace {
@@ -40,7 +39,7 @@ WavSamples WavSamplesOf(const WavChoice& choice) {
 }
 
 WavOptions WavOptionsOf(const WavChoice& choice) {
-    return {WavSamplesOf(choice), choice.fullScale.value_or(1.0), OptionNames()};
+    return {WavSamplesOf(choice), choice.fullScale.value_or(1.0)};
 }
 
 std::unique_ptr<SignalWriter> CreateSignal(const std::string& path, Format format,

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <span>
 
+#include <KvxRecording01/SignalRuns.h>
+
 #include "cli/Failure.h"
 #include "cli/Output.h"
 #include "cli/Progress.h"
@@ -15,13 +17,6 @@ namespace kvx::tool {
 namespace {
 
 constexpr std::array kSignalFormats = {OutputFormat::dataFile, OutputFormat::wav};
-
-/// The samples that runs have in all channels together.
-std::uint64_t CountSamples(const std::vector<SignalRun>& runs) {
-    std::uint64_t count = 0;
-    for (const SignalRun& run : runs) count += static_cast<std::uint64_t>(run.samples) * run.channels.size();
-    return count;
-}
 
 }  // namespace
 
@@ -59,7 +54,8 @@ std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const s
     const std::string& name = options.output.name;
     const WavOptions wav = WavOptionsOf({options.samples, options.recording.fullScale});
     return Doing("write", name, [&] {
-        return CreateSignal(name, options.IsForSound() ? Format::wav : Format::dataFile, runs, {text, wav});
+        return CreateSignal(name, options.IsForSound() ? Format::wav : Format::dataFile, runs,
+                            {text, wav, OptionNames(options.recording)});
     });
 }
 
@@ -84,6 +80,19 @@ void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer
             };
             RunProcesses(processes, std::max<std::size_t>(1, blockSamples / channels), read, write);
         }
+    });
+    Doing("write", names.output, [&] { writer.Commit(); });
+}
+
+void CopySignal(const StreamNames& names, SignalReader& reader, SignalWriter& writer) {
+    Progress progress("reading " + InputName(names.input));
+    Doing(names.verb, names.input, [&] {
+        ReadRuns(
+            reader,
+            [&](std::size_t run, std::span<double* const> columns, std::size_t count) {
+                Doing("write", names.output, [&] { writer.Write(run, columns, count); });
+            },
+            progress.Function());
     });
     Doing("write", names.output, [&] { writer.Commit(); });
 }

@@ -67,4 +67,7 @@ using MakeProcess = std::function<std::unique_ptr<SampleProcess>(std::size_t run
 void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,
             std::size_t blockSamples = kStreamBlock);
 
+/// Passes every run of `reader` on to the same run of `writer`, and commits that. Throws Failure.
+void CopySignal(const StreamNames& names, SignalReader& reader, SignalWriter& writer);
+
 }  // namespace kvx::tool
