@@ -48,6 +48,7 @@
 #include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/data/Statistics.h>
 
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/ShownValue.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
@@ -80,6 +81,7 @@
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>
+#include <KvxDevCommon01/dsp/SineFit.h>
 #include <KvxDevCommon01/dsp/SlicedSpectrum.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 #include <KvxDevCommon01/dsp/Windows.h>

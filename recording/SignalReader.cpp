@@ -30,14 +30,28 @@ void StateNames(const RecordingStatements& statements, Channels* channels) {
     for (std::size_t c = 0; c < names.size(); ++c) (*channels)[c].name = names[c];
 }
 
-void StateUnits(const RecordingStatements& statements, Channels* channels) {
-    const std::vector<CUnitCtrl>& units = statements.units;
-    if (units.empty()) return;
-    if (units.size() > 1 && units.size() != channels->size()) {
-        throw StatementError(statements.called.units + " gives " + Count(std::ssize(units), "value") +
-                             " for " + Count(std::ssize(*channels), "channel"));
+/// Throws StatementError unless what is stated is nothing, one for all or one for each of `channels`.
+template <class Value>
+void RequireOneOrEach(const std::vector<Value>& stated, const std::string& name, std::size_t channels) {
+    if (stated.size() <= 1 || stated.size() == channels) return;
+    throw StatementError(name + " gives " + Count(std::ssize(stated), "value") + " for " +
+                         Count(static_cast<long long>(channels), "channel"));
+}
+
+template <class Value>
+const Value* StatedOf(const std::vector<Value>& stated, std::size_t channel) {
+    return stated.empty() ? nullptr : &stated[stated.size() > 1 ? channel : 0];
+}
+
+/// Multiplies samples, or divides them where that is exact and the factor is a rounded decimal: 0.01.
+void Multiply(std::span<double> samples, double factor) {
+    if (factor == 1.0) return;
+    const double divisor = std::round(1.0 / factor);
+    if (std::abs(factor) < 1.0 && 1.0 / divisor == factor) {
+        for (double& sample : samples) sample /= divisor;
+    } else {
+        for (double& sample : samples) sample *= factor;
     }
-    for (std::size_t c = 0; c < channels->size(); ++c) (*channels)[c].unit = units[units.size() > 1 ? c : 0];
 }
 
 /// The runs as SelectChannels takes records: names and counts.
@@ -72,12 +86,12 @@ public:
         remarks_ = recording_->Info().remarks;
         properties_ = recording_->Info().properties;
         const std::vector<Channel> chosen = SelectChannels(OutlinesOf(recording_->Info()), choice);
-        Channels channels = SettleChannels(chosen, statements);
+        std::vector<Settled> channels = SettleChannels(chosen, statements);
         for (std::size_t c = 0; c < chosen.size(); ++c) {
             if (c == 0 || chosen[c].record != sources_.back().run) AddRun(chosen[c].record, statements);
             sources_.back().columns.push_back(FirstColumn(chosen[c]));
-            sources_.back().scales.push_back(ScaleOf(chosen[c], statements));
-            runs_.back().channels.push_back(std::move(channels[c]));
+            sources_.back().scales.push_back(channels[c].scale);
+            runs_.back().channels.push_back(std::move(channels[c].channel));
         }
     }
 
@@ -128,15 +142,6 @@ private:
         return CountColumns(run);
     }
 
-    /// What a value of a channel is multiplied by to be in the unit that is stated of it, by a person or else
-    /// by the file.
-    double ScaleOf(const Channel& channel, const RecordingStatements& statements) const {
-        const RecordingInfo& info = recording_->Info();
-        const double own = info.runs[channel.record].channels[static_cast<std::size_t>(channel.row)].scale;
-        return (info.hasFullScale ? statements.fullScale.value_or(1.0) : 1.0) *
-               (statements.units.empty() ? own : 1.0);
-    }
-
     void AddRun(std::size_t number, const RecordingStatements& statements) {
         const RecordingInfo::Run& recorded = recording_->Info().runs[number];
         sources_.push_back({number});
@@ -164,7 +169,7 @@ private:
             for (std::size_t i = 0; i < samples.size(); ++i)
                 if (samples[i] == kNoValue<double>) missing.push_back(i);
         }
-        if (scale != 1.0) std::ranges::for_each(samples, [&](double& sample) { sample *= scale; });
+        Multiply(samples, scale);
         const int isAbsolute = !channel.isComplex && channel.unit.IsSingle() ? 1 : 0;
         channel.unit.ConvItoD(samples.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
         for (const std::size_t at : missing) samples[at] = 0.0;
@@ -183,25 +188,81 @@ private:
                                       " to the standard unit");
     }
 
-    /// The chosen channels with their names and units.
-    Channels SettleChannels(const std::vector<Channel>& chosen, const RecordingStatements& statements) {
-        Channels settled;
-        std::vector<std::wstring> unknown;
-        for (const Channel& channel : chosen) {
-            const RecordingInfo::Channel& own =
-                recording_->Info().runs[channel.record].channels[static_cast<std::size_t>(channel.row)];
-            settled.push_back({channel.name, own.unit.value_or(CUnitCtrl()), channel.number, own.isComplex});
-            unknown.push_back(own.unknownUnit);
-        }
-        StateNames(statements, &settled);
-        StateUnits(statements, &settled);
-        for (std::size_t c = 0; c < settled.size(); ++c) {
-            if (unknown[c].empty() || !statements.units.empty()) continue;
-            remarks_.push_back("the unit " + Quote(unknown[c]) + " of channel " + Quote(settled[c].name) +
-                               " is not known, so its values are plain numbers; give it with " +
-                               statements.called.units);
+    /// A chosen channel and what its values are multiplied by to be in its unit.
+    struct Settled {
+        SignalRun::Channel channel;
+        double scale;
+    };
+
+    std::vector<Settled> SettleChannels(const std::vector<Channel>& chosen,
+                                        const RecordingStatements& statements) {
+        Channels channels;
+        for (const Channel& channel : chosen)
+            channels.push_back({channel.name, {}, channel.number, OwnOf(channel).isComplex});
+        StateNames(statements, &channels);
+        const StatementNames& called = statements.called;
+        RequireOneOrEach(statements.units, called.units, chosen.size());
+        RequireOneOrEach(statements.sensitivities, called.sensitivities, chosen.size());
+        RequireOneOrEach(statements.gains, called.gains, chosen.size());
+        std::vector<Settled> settled;
+        for (std::size_t c = 0; c < chosen.size(); ++c) {
+            const EntryUnit unit =
+                SettleUnit(OwnOf(chosen[c]), StatedOf(statements.units, c), channels[c].name, called);
+            channels[c].unit = unit.unit;
+            settled.push_back({channels[c], unit.scale});
+            if (recording_->Info().hasFullScale) settled[c].scale *= statements.fullScale.value_or(1.0);
+            if (const double* gain = StatedOf(statements.gains, c)) TakeGain(*gain, called, &settled[c]);
+            if (const Sensitivity* sensor = StatedOf(statements.sensitivities, c))
+                TakeSensitivity(*sensor, called, &settled[c]);
         }
         return settled;
+    }
+
+    const RecordingInfo::Channel& OwnOf(const Channel& channel) const {
+        return recording_->Info().runs[channel.record].channels[static_cast<std::size_t>(channel.row)];
+    }
+
+    /// The unit that is stated, else that of the file, with a remark where another one stands for it.
+    EntryUnit SettleUnit(const RecordingInfo::Channel& own, const EntryUnit* stated, const std::wstring& name,
+                         const StatementNames& called) {
+        EntryUnit unit(own.unit.value_or(CUnitCtrl()));
+        unit.scale = own.scale;
+        unit.converted = own.convertedUnit;
+        if (stated != nullptr) {
+            unit = *stated;
+        } else if (!own.unknownUnit.empty()) {
+            remarks_.push_back("the unit " + Quote(own.unknownUnit) + " of channel " + Quote(name) +
+                               " is not known, so its values are plain numbers; give it with " +
+                               called.units);
+        }
+        if (!unit.converted.empty()) {
+            remarks_.push_back("the unit " + Quote(unit.converted) + " of channel " + Quote(name) +
+                               " becomes " + Quote(UnitText(unit.unit)));
+        }
+        return unit;
+    }
+
+    static void TakeGain(double gain, const StatementNames& called, Settled* settled) {
+        if (gain == 0.0 || !std::isfinite(gain))
+            throw StatementError(called.gains + " gives " + FormatNumber(gain) +
+                                 ", by which nothing divides");
+        settled->scale /= gain;
+    }
+
+    void TakeSensitivity(const Sensitivity& sensor, const StatementNames& called, Settled* settled) {
+        CUnitCtrl& unit = settled->channel.unit;
+        if (unit == CUnitCtrl::DIM_NONE) {
+            unit = CUnitCtrl(DimensionOf(sensor.electrical));
+            remarks_.push_back("channel " + Quote(settled->channel.name) +
+                               " has no unit, so its values are taken as " + UnitText(unit));
+        }
+        if (!IsConvertible(unit, sensor.electrical)) {
+            throw StatementError(called.sensitivities + ": channel " + Quote(settled->channel.name) +
+                                 " is in " + Quote(UnitText(unit)) + ", which does not convert to " +
+                                 Quote(UnitText(sensor.electrical)));
+        }
+        settled->scale *= ConvertValue(1.0, unit, sensor.electrical) / sensor.value;
+        unit = sensor.physical;
     }
 
     std::unique_ptr<RecordingReader> recording_;
@@ -211,8 +272,9 @@ private:
 
 void RequireNothingStated(const RecordingStatements& stated) {
     const TextOptions& text = stated.text;
-    if (!stated.rateHz && stated.units.empty() && stated.names.empty() && !stated.fullScale &&
-        !stated.isPartial && !text.firstColumnIsTime && !text.decimalComma && text.codePage == 0) {
+    if (!stated.rateHz && stated.units.empty() && stated.names.empty() && stated.sensitivities.empty() &&
+        stated.gains.empty() && !stated.fullScale && !stated.isPartial && !text.firstColumnIsTime &&
+        !text.decimalComma && text.codePage == 0) {
         return;
     }
     throw Error(ErrorKind::kUnsupported, "a data file knows its rate, units and names; the " +

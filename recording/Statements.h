@@ -8,8 +8,9 @@
 #include <vector>
 
 #include <KvxDevCommon01/platform/Error.h>
-#include <KvxDevCommon01/units/UnitCtrl.h>
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxRecording01/Export.h>
+#include <KvxRecording01/Sensitivity.h>
 
 namespace kvx {
 
@@ -20,6 +21,8 @@ struct StatementNames {
     std::string rate = "rateHz";
     std::string units = "units";
     std::string names = "names";
+    std::string sensitivities = "sensitivities";
+    std::string gains = "gains";
     std::string fullScale = "fullScale";
     std::string partial = "isPartial";
     std::string time = "firstColumnIsTime";
@@ -43,9 +46,14 @@ struct RecordingStatements {
     /// The true rate [Hz]; else that of the sound file or of the time column.
     std::optional<double> rateHz = std::nullopt;
     /// One unit for all chosen channels or one each; none for those of the file.
-    std::vector<CUnitCtrl> units = {};
+    std::vector<EntryUnit> units = {};
     /// One name for each chosen channel; none for those of the file.
     std::vector<std::wstring> names = {};
+    /// What turns the values of the channels, which are those of a sensor's electrical signal then, into the
+    /// quantity that it measures: one for all chosen channels or one each.
+    std::vector<Sensitivity> sensitivities = {};
+    /// By what amplifiers multiplied the signals: one for all chosen channels or one each.
+    std::vector<double> gains = {};
     /// What full scale of sound stands for, in the unit of its channel; else 1.
     std::optional<double> fullScale = std::nullopt;
     /// Whether sound that is cut short is taken as far as it goes.

@@ -15,6 +15,7 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/StatedUnit.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextLayout.h>
 #include <KvxRecording01/detail/TextRows.h>
@@ -119,8 +120,7 @@ private:
                                     " of the time column is not known, so it is read in seconds");
         }
         for (std::size_t c = firstChannel_; c < layout.headings.size(); ++c) {
-            const UnitHeading& heading = layout.headings[c];
-            run.channels[c - firstChannel_] = {heading.name, heading.unit, heading.unknownUnit};
+            StateHeading(&run.channels[c - firstChannel_], layout.headings[c]);
         }
     }
 

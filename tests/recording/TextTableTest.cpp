@@ -22,7 +22,7 @@ using namespace kvx;
 
 namespace {
 
-/// "time 0 0.5; a [g] 1 2; b ?psi 3 4": the ends of the time column, then the channels, at last the remarks.
+/// "time 0 0.5; a [g] 1 2; b ?foo 3 4": the ends of the time column, then the channels, at last the remarks.
 std::string Describe(RecordingReader& recording) {
     const RecordingInfo& info = recording.Info();
     const RecordingInfo::Run& run = info.runs.front();
@@ -108,9 +108,9 @@ INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
         "the heading 'température – capteur' is not UTF-8 and was read as windows-1252; codePage chooses another"},
     Case{"QuotedHeadings", "\"a, \"\"b\"\"\",c\n1,2\n", "a, \"b\" 1; c 2"},
     Case{"UnitsOnALineOfTheirOwn", "time,a,b\ns,g,m/s^2\n0,1,2\n1,3,4\n", "time 0 1; a [g] 1 3; b [m/s2] 2 4"},
-    Case{"BracketsThatHoldNoUnit", "p [psi],a (top),n (2)\n1,2,3\n", "p [psi] ?psi 1; a (top) ?top 2; n (2) 3"},
-    Case{"UnknownUnitOnALineOfUnits", "time,a,b\ns,psi,m/s^2\n0,1,2\n1,3,4\n", "time 0 1; a ?psi 1 3; b [m/s2] 2 4"},
-    Case{"UnknownUnitInBracketsOfItsOwn", "a,b\n[g],[psi]\n1,2\n", "a [g] 1; b ?psi 2"},
+    Case{"BracketsThatHoldNoUnit", "p [foo],a (top),n (2)\n1,2,3\n", "p [foo] ?foo 1; a (top) ?top 2; n (2) 3"},
+    Case{"UnknownUnitOnALineOfUnits", "time,a,b\ns,foo,m/s^2\n0,1,2\n1,3,4\n", "time 0 1; a ?foo 1 3; b [m/s2] 2 4"},
+    Case{"UnknownUnitInBracketsOfItsOwn", "a,b\n[g],[foo]\n1,2\n", "a [g] 1; b ?foo 2"},
     Case{"NamesOfWhichOneIsAUnit", "Date;2020\nx;N\n1;2\n", "x 1; N 2"},
     Case{"UnknownUnitOfTime", "time (UTC),a\n0,1\n1,2\n",
         "time 0 1; a 1 2; the unit 'UTC' of the time column is not known, so it is read in seconds"},

@@ -103,8 +103,8 @@ int RunCommandLine(int argc, const char* const* argv) {
                 HelpWidth()));
     Action action;
     for (const auto add :
-         {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddResample, AddExport, AddPlot,
-          AddSpectrogram, AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
+         {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddCalibrate, AddResample, AddExport,
+          AddPlot, AddSpectrogram, AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
         add(Command(&app, &action));
     }
 

@@ -12,6 +12,7 @@ void AddInfo(Command app);
 void AddSpectrum(Command app);
 void AddPsd(Command app);
 void AddXfr(Command app);
+void AddCalibrate(Command app);
 void AddFilter(Command app);
 void AddResample(Command app);
 void AddExport(Command app);

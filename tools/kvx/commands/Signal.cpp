@@ -28,7 +28,20 @@ RecordingStatements StatementsOf(const std::string& path, const RecordingOptions
     stated.source = FromUtf8(std::filesystem::path(SourceText(path)).filename().string()).value_or(L"");
     stated.called = OptionNames(options);
     if (!options.units.empty()) {
-        for (const std::string& unit : SplitList(options.units)) stated.units.push_back(RequireUnit(unit));
+        for (const std::string& unit : SplitList(options.units))
+            stated.units.push_back(RequireEntryUnit(unit));
+    }
+    if (!options.sensitivities.empty()) {
+        for (const std::string& text : SplitList(options.sensitivities)) {
+            try {
+                stated.sensitivities.push_back(ParseSensitivity(text));
+            } catch (const Error& error) {
+                throw ValueError("--sensitivity: " + error.Sentence());
+            }
+        }
+    }
+    if (!options.gains.empty()) {
+        for (const std::string& gain : SplitList(options.gains)) stated.gains.push_back(ParseArgument(gain));
     }
     if (!options.names.empty()) {
         for (const std::string& name : SplitList(options.names)) {
@@ -64,6 +77,14 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
         .Type("LIST");
     command.AddOption("--name", options->names, "Names of the channels: top,base").Type("LIST");
     command
+        .AddOption("--sensitivity", options->sensitivities,
+                   "What the sensors give, one for all channels or a list: '100 mV/g,2.3 mV/N'")
+        .Type("LIST");
+    command
+        .AddOption("--gain", options->gains,
+                   "By what amplifiers multiplied the signals, one for all or a list")
+        .Type("LIST");
+    command
         .AddOption("--full-scale", options->fullScale,
                    "What full scale of a sound file stands for, in its unit")
         .Type("VALUE")
@@ -91,6 +112,8 @@ StatementNames OptionNames(const RecordingOptions& options) {
             .rate = options.rateName,
             .units = options.unitName,
             .names = "--name",
+            .sensitivities = "--sensitivity",
+            .gains = "--gain",
             .fullScale = "--full-scale",
             .partial = "--partial",
             .time = "--time",

@@ -22,6 +22,8 @@ struct RecordingOptions {
     std::optional<double> rateHz;
     std::string units;
     std::string names;
+    std::string sensitivities;
+    std::string gains;
     std::optional<double> fullScale;
     std::string time = "auto";
     std::string decimal = "auto";

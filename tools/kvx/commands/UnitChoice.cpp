@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Text.h>
 
 #include "cli/Failure.h"
 
@@ -15,6 +16,11 @@ CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> 
         if (error.Kind() != ErrorKind::kUnknownName) throw;
         throw ValueError(error.Sentence());
     }
+}
+
+EntryUnit RequireEntryUnit(std::string_view text) {
+    if (const auto unit = ParseEntryUnit(FromUtf8(text).value_or(L""))) return *unit;
+    return RequireUnit(text);
 }
 
 CValConv::UNIT_SUFFIX RequireSuffix(std::string_view name, const CUnitCtrl& unit) {

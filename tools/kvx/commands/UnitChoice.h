@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/ValConv.h>
@@ -15,6 +16,9 @@ namespace kvx::tool {
 /// The unit named by an argument (UTF-8), among several of one name that of `hint`'s dimension. Throws
 /// ValueError, which suggests near names, when there is none.
 CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint = std::nullopt);
+
+/// The same of a unit that samples are stated in: also one that the table lacks.
+EntryUnit RequireEntryUnit(std::string_view text);
 
 /// The amplitude suffix of that name: none, 0-p, p-p, rms or, for what is customary for the unit, usual.
 /// Throws ValueError for any other.
