@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Writes small valid inputs for the fuzz targets, one folder per target: make_seeds FOLDER
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -52,6 +54,30 @@ bool StoreUnitTexts(const std::filesystem::path& folder) {
     return number > 0;
 }
 
+/// A TDMS file of two channels, side by side in one segment and in rows in the next.
+bool StoreTdms(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    const auto word = [](std::uint32_t number, std::size_t bytes = 4) {
+        std::string text(bytes, '\0');
+        for (std::size_t i = 0; i < 4; ++i) text[i] = static_cast<char>(number >> 8 * i);
+        return text;
+    };
+    const auto text = [&](const std::string& of) { return word(static_cast<std::uint32_t>(of.size())) + of; };
+    std::string meta = word(2);
+    for (const char* const path : {"/'G'/'a'", "/'G'/'b'"}) {
+        meta += text(path) + word(20) + word(2) + word(1) + word(2, 8) + word(2);
+        meta += text("wf_increment") + word(10) + std::string(6, '\0') + "\xE0\x3F";
+        meta += text("unit_string") + word(0x20) + text("g");
+    }
+    const auto lead = [&](std::uint32_t contents, std::size_t metaBytes) {
+        const auto size = static_cast<std::uint32_t>(metaBytes);
+        return "TDSm" + word(contents) + word(4713) + word(size + 8, 8) + word(size, 8);
+    };
+    std::ofstream(folder / "rows", std::ios::binary)
+        << lead(0xE, meta.size()) << meta << "12345678" << lead(0x28, 0) << "12345678";
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -71,6 +97,7 @@ int main(int argc, char** argv) {
                           Store(dataFiles, "transfer", CComHdr::EXT_INFO_RANDOM_DATA, transfer) &&
                           Store(dataFiles, "response", CComHdr::EXT_INFO_SINE_DATA, response) &&
                           StoreGraphSettings(std::filesystem::path(argv[1]) / "fuzz_GraphSettings") &&
+                          StoreTdms(std::filesystem::path(argv[1]) / "fuzz_TdmsFile") &&
                           StoreUnitTexts(std::filesystem::path(argv[1]) / "fuzz_UnitText");
     return isStored ? 0 : 1;
 }

@@ -32,7 +32,7 @@ constexpr Foreign kForeign[] = {
     {"\x89HDF\r\n\x1A\n"sv,                "an HDF5 file"},
     {"CDF\1"sv,                            "a NetCDF file"},
     {"CDF\2"sv,                            "a NetCDF file"},
-    {"TDSm?\0\0\0"sv,                    "a TDMS file"},
+    {"TDSh?\0\0\0"sv,                    "the index of a TDMS file, without samples"},
     {"\x93NUMPY"sv,                        "a NumPy file"},
     {"PAR1\x15"sv,                         "a Parquet file"},
     {"SQLite format 3\0"sv,                "an SQLite database"},

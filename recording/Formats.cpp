@@ -7,6 +7,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxRecording01/SoundFile.h>
+#include <KvxRecording01/TdmsFile.h>
 #include <KvxRecording01/TextLines.h>
 #include <KvxRecording01/TextTable.h>
 #include <KvxRecording01/detail/HostErrors.h>
@@ -135,6 +136,16 @@ constexpr FormatRow kFormats[] = {
         .marks = {"fLaC"},
         .open = OpenSound,
         .read = kSoundRead,
+    },
+    {
+        .format = Format::tdms,
+        .kind = FormatKind::binary,
+        .name = "a TDMS file",
+        .ends = {".tdms"},
+        .marks = {"TDSm?\0\0\0"sv},
+        .open = OpenStream<OpenTdmsFile>,
+        .read =
+            "numbers of every kind, a converter's codes with their scales, time stamps, units, properties",
     },
     {
         .format = Format::loggerText,
