@@ -224,7 +224,7 @@ private:
         std::vector<__int64> records;
         for (const Place& place : places_[run]) records.push_back(place.record);
         std::ranges::sort(records);
-        records.erase(std::ranges::unique(records).begin(), records.end());
+        records.erase(std::unique(records.begin(), records.end()), records.end());
         return records;
     }
 
