@@ -13,7 +13,6 @@
 #include <utility>
 #include <vector>
 
-#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
@@ -31,9 +30,13 @@ namespace {
 
 /// Samples that are read at a time, and bytes of rows that several channels are taken from.
 constexpr std::uint64_t kPiece = std::uint64_t{1} << 15;
-constexpr std::uint64_t kRowBytes = std::uint64_t{1} << 22;
+constexpr std::uint64_t kRowBytes = std::uint64_t{1} << 18;
 /// Chunks of up to so many bytes are read whole, larger ones channel by channel.
-constexpr std::uint64_t kWindow = std::uint64_t{1} << 20;
+constexpr std::uint64_t kWindow = std::uint64_t{1} << 18;
+
+/// What no single number and no integer is larger than.
+constexpr double kLargest = double{std::numeric_limits<float>::max()};
+constexpr double kDouble = std::numeric_limits<double>::max();
 
 std::wstring Wide(std::string_view utf8) {
     return FromUtf8(utf8).value_or(L"");
@@ -87,8 +90,9 @@ struct Source {
     std::uint32_t object = 0;
     TdmsType type = TdmsType::none;
     TdmsScale scale = {};
-    TdmsTime first = {};  ///< what time stamps count from
-    double second = 1.0;  ///< what values on an axis are multiplied by to be seconds
+    bool mayOverflow = false;  ///< in its scale
+    TdmsTime first = {};       ///< what time stamps count from
+    double second = 1.0;       ///< what values on an axis are multiplied by to be seconds
     // Where it was read last.
     std::size_t segment = 0;
     std::uint64_t before = 0;  ///< samples in front of that segment
@@ -187,6 +191,9 @@ private:
         } catch (const Error& refusal) {
             return LeaveOut(object, refusal.Sentence());
         }
+        const bool isInteger = type != TdmsType::real && type != TdmsType::realWithUnit;
+        source.mayOverflow =
+            !source.scale.IsNone() && !source.scale.KeepsFinite(isInteger ? kLargest : kDouble);
         Axis axis = {object.group,
                      std::max(0.0, NumberOf(object, "wf_increment")),
                      NumberOf(object, "wf_start_offset"),
@@ -434,13 +441,18 @@ private:
         return std::min({wanted, place.count, most, kPiece});
     }
 
+    /// Whether the samples of a channel are so far from those of others that they are read on their own.
+    static bool IsApart(const Place& place) {
+        return !place.isInRows && place.layout->bytes > kWindow / place.segment->unit;
+    }
+
     /// The bytes of samples, each `size` bytes `offset` behind the begin of the row or sample; they stand
     /// `place.stride` apart.
     const std::byte* BytesOf(const Place& place, std::size_t count, std::size_t size, std::size_t offset) {
         const auto stride = static_cast<std::size_t>(place.stride);
         const std::size_t behind = static_cast<std::size_t>(place.offset) + offset;
         const std::size_t extent = (count - 1) * stride + behind + size;
-        if (!place.isInRows && place.layout->bytes > kWindow / place.segment->unit) {
+        if (IsApart(place)) {
             piece_.resize(std::max(piece_.size(), extent));
             bytes_.Read(place.position, piece_.data(), extent);
             return piece_.data() + behind;
@@ -448,7 +460,8 @@ private:
         return bytes_.At(place.position, extent, std::max<std::size_t>(count * stride, kWindow)) + behind;
     }
 
-    void LoadRaw(const Source& source, const Place& place, std::optional<std::uint32_t> id, std::size_t part,
+    /// Whether all raw values are finite.
+    bool LoadRaw(const Source& source, const Place& place, std::optional<std::uint32_t> id, std::size_t part,
                  std::span<double> values) {
         TdmsType type = source.type;
         std::size_t offset = part * (SizeOf(type) / 2);
@@ -464,23 +477,31 @@ private:
             offset = scaler->byte;
             bit = scaler->bit;
         }
+        const bool isBigEndian = place.segment->isBigEndian;
+        if (IsApart(place) && IsNative(type, isBigEndian)) {
+            bytes_.Read(place.position, reinterpret_cast<std::byte*>(values.data()), values.size_bytes());
+            return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
+        }
         const std::size_t size = SizeOf(type) / (IsComplex(type) ? 2 : 1);
         const std::byte* const bytes = BytesOf(place, values.size(), size, offset);
-        LoadValues(bytes, static_cast<std::size_t>(place.stride), type, place.segment->isBigEndian, values);
-        if (!bit) return;
+        const auto stride = static_cast<std::size_t>(place.stride);
+        const bool isFinite = LoadValues(bytes, stride, type, isBigEndian, values);
+        if (!bit) return isFinite;
         for (double& value : values) value = static_cast<double>(static_cast<unsigned>(value) >> *bit & 1U);
+        return true;
     }
 
     void LoadChannel(std::size_t number, const Place& place, std::size_t part, std::span<double> values) {
         Source& source = runs_[run_].channels[number];
-        source.scale.Apply([&](std::optional<std::uint32_t> scaler,
-                               std::span<double> raw) { LoadRaw(source, place, scaler, part, raw); },
-                           values);
-        RequireFinite(values, number);
+        source.scale.Apply(
+            [&](std::optional<std::uint32_t> scaler, std::span<double> raw) {
+                if (!LoadRaw(source, place, scaler, part, raw)) RequireFinite(raw, number);
+            },
+            values);
+        if (source.mayOverflow) RequireFinite(values, number);
     }
 
     void RequireFinite(std::span<const double> values, std::size_t channel) const {
-        if (AreValues(values)) return;
         const auto bad = std::ranges::find_if_not(values, [](double value) { return std::isfinite(value); });
         if (bad == values.end()) return;
         throw Error(ErrorKind::kDamaged, "the value is not a finite number",

@@ -2,7 +2,9 @@
 #include <KvxRecording01/detail/TdmsBytes.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include <KvxDevCommon01/platform/Error.h>
 
@@ -11,21 +13,33 @@ namespace {
 
 constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
+/// Counts what is not finite, without a way out of the loop, which the compiler can then make fast.
+template <typename Number>
+std::uint64_t NotFinite(Number value) {
+    if constexpr (std::is_floating_point_v<Number>) {
+        return std::abs(value) <= std::numeric_limits<Number>::max() ? 0 : 1;
+    } else {
+        return 0;
+    }
+}
+
 template <typename Number, bool kIsBigEndian>
-void Load(const std::byte* bytes, std::size_t stride, std::span<double> values) {
-    for (std::size_t i = 0; i < values.size(); ++i)
-        values[i] = static_cast<double>(LoadNumber<Number>(bytes + i * stride, kIsBigEndian));
+bool Load(const std::byte* bytes, std::size_t stride, std::span<double> values) {
+    std::uint64_t bad = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const auto number = LoadNumber<Number>(bytes + i * stride, kIsBigEndian);
+        bad += NotFinite(number);
+        values[i] = static_cast<double>(number);
+    }
+    return bad == 0;
 }
 
 template <typename Number>
-void Load(const std::byte* bytes, std::size_t stride, bool isBigEndian, std::span<double> values) {
-    if (isBigEndian) {
-        Load<Number, true>(bytes, stride, values);
-    } else if (stride == sizeof(Number)) {  // which the compiler makes vectors of
-        Load<Number, false>(bytes, sizeof(Number), values);
-    } else {
-        Load<Number, false>(bytes, stride, values);
-    }
+bool Load(const std::byte* bytes, std::size_t stride, bool isBigEndian, std::span<double> values) {
+    if (isBigEndian) return Load<Number, true>(bytes, stride, values);
+    // Numbers side by side are what the compiler makes vectors of.
+    if (stride == sizeof(Number)) return Load<Number, false>(bytes, sizeof(Number), values);
+    return Load<Number, false>(bytes, stride, values);
 }
 
 }  // namespace
@@ -58,7 +72,7 @@ std::size_t SizeOf(TdmsType type) {
     }
 }
 
-void LoadValues(const std::byte* bytes, std::size_t stride, TdmsType type, bool isBigEndian,
+bool LoadValues(const std::byte* bytes, std::size_t stride, TdmsType type, bool isBigEndian,
                 std::span<double> values) {
     switch (type) {
         case TdmsType::int8:
@@ -88,7 +102,7 @@ void LoadValues(const std::byte* bytes, std::size_t stride, TdmsType type, bool 
         case TdmsType::boolean:
             for (std::size_t i = 0; i < values.size(); ++i)
                 values[i] = bytes[i * stride] != std::byte{0} ? 1.0 : 0.0;
-            return;
+            return true;
         default:
             throw Error(ErrorKind::kUnsupported, "its data are no numbers");
     }

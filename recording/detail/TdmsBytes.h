@@ -58,8 +58,15 @@ inline bool IsComplex(TdmsType type) {
 }
 
 /// Values that stand `stride` bytes apart, the first at `bytes`, as doubles; of complex ones the real parts.
-void LoadValues(const std::byte* bytes, std::size_t stride, TdmsType type, bool isBigEndian,
+/// Whether all of them are finite.
+bool LoadValues(const std::byte* bytes, std::size_t stride, TdmsType type, bool isBigEndian,
                 std::span<double> values);
+
+/// Whether values of the type are doubles as this machine holds them.
+inline bool IsNative(TdmsType type, bool isBigEndian) {
+    return (type == TdmsType::real || type == TdmsType::realWithUnit) &&
+           isBigEndian == (std::endian::native == std::endian::big);
+}
 
 /// A point in time, in UTC without leap seconds.
 struct TdmsTime {

@@ -177,6 +177,26 @@ TdmsScale::TdmsScale(const TdmsProperties& properties, std::span<const TdmsScale
     Builder(properties, scalers, &steps_).Build();
 }
 
+bool TdmsScale::KeepsFinite(double largest) const {
+    std::vector<double> bounds;
+    for (const Step& step : steps_) {
+        double bound = largest;
+        if (step.kind == Step::Kind::polynomial) {
+            bound = 0.0;
+            for (auto at = step.from.rbegin(); at != step.from.rend(); ++at)
+                bound = bound * bounds[step.left] + std::abs(*at);
+        } else if (step.kind == Step::Kind::table) {
+            bound = step.from.back() - step.from.front();
+            for (const double value : step.to) bound = std::max(bound, 2.0 * std::abs(value));
+        } else if (step.kind != Step::Kind::raw) {
+            bound = bounds[step.left] + bounds[step.right];
+        }
+        if (!std::isfinite(bound)) return false;
+        bounds.push_back(bound);
+    }
+    return true;
+}
+
 void TdmsScale::Apply(const RawValues& raw, std::span<double> values) {
     for (std::size_t i = 0; i < steps_.size(); ++i) {
         Step& step = steps_[i];
@@ -199,6 +219,10 @@ void TdmsScale::Run(Step& step, std::span<const double> left, std::span<const do
     const std::vector<double>& from = step.from;
     switch (step.kind) {
         case Step::Kind::polynomial:
+            if (from.size() == 2) {
+                for (std::size_t i = 0; i < values.size(); ++i) values[i] = from[1] * left[i] + from[0];
+                return;
+            }
             std::ranges::fill(values, from.back());
             for (std::size_t power = from.size() - 1; power-- > 0;) {
                 for (std::size_t i = 0; i < values.size(); ++i) values[i] = values[i] * left[i] + from[power];

@@ -28,6 +28,8 @@ public:
 
     /// Whether it leaves values as they are.
     bool IsNone() const { return steps_.size() == 1; }
+    /// Whether raw values up to `largest` stay finite.
+    bool KeepsFinite(double largest) const;
     /// The next values; `raw` gives the raw ones of a scaler, by its id, or of the channel.
     using RawValues = std::function<void(std::optional<std::uint32_t> scaler, std::span<double> values)>;
     void Apply(const RawValues& raw, std::span<double> values);

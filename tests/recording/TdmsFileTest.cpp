@@ -347,10 +347,10 @@ TEST(TdmsScales, TellSeveralCodesApartByTheirIds) {
 
 TEST(TdmsFileReader, TellsPropertiesOfFileGroupAndChannel) {
     const auto make = [] {
-        const Properties properties = {P("author", "K\xC3\xA4the"), T("old") + U32(0x20) + T("\xE9t\xE9"),
-                                       T("started") + U32(kTime) + Time(1704067200 + 2082844800LL, 1ULL << 62),
-                                       T("big") + U32(8) + N<std::uint64_t>(kNever),
-                                       T("yes") + U32(0x21) + "\1"};
+        const Properties properties = {
+            P("author", "K\xC3\xA4the"), T("old") + U32(0x20) + T("\xE9t\xE9"),
+            T("started") + U32(kTime) + Time(1704067200 + 2082844800LL, 1ULL << 62),
+            T("big") + U32(8) + N<std::uint64_t>(kNever), T("yes") + U32(0x21) + "\1"};
         return Segment(kMetaOnly, {Object("/", kNoData, properties), Object("/'G'", kNoData, {I("run", 7)})},
                        "") +
                Segment(kFull, {A(Index(kI16, 1), {P("x", 0.1), I("NI_Number_Of_Scales", 0)})},
