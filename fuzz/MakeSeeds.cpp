@@ -78,6 +78,18 @@ bool StoreTdms(const std::filesystem::path& folder) {
     return true;
 }
 
+/// A logger's text of two segments, behind the byte that chooses how a text is read.
+bool StoreLogger(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    std::string text = "LabVIEW Measurement\t\nSeparator\tTab\nX_Columns\tMulti\n***End_of_Header***\n\n";
+    for (const char* const rows : {"0\t1\t0\t2\n1\t3\n", "2\t1\t2\t2\n3\t3\t4\t4\n"}) {
+        text += "Channels\t2\nSamples\t2\t1\nY_Unit_Label\tg\tN\nDelta_X\t1\t2\n***End_of_Header***\n";
+        text += std::string("X_Value\ta\tX_Value\tb\tComment\n") + rows;
+    }
+    std::ofstream(folder / "logger", std::ios::binary) << '\0' << text;
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -98,6 +110,7 @@ int main(int argc, char** argv) {
                           Store(dataFiles, "response", CComHdr::EXT_INFO_SINE_DATA, response) &&
                           StoreGraphSettings(std::filesystem::path(argv[1]) / "fuzz_GraphSettings") &&
                           StoreTdms(std::filesystem::path(argv[1]) / "fuzz_TdmsFile") &&
+                          StoreLogger(std::filesystem::path(argv[1]) / "fuzz_TextTable") &&
                           StoreUnitTexts(std::filesystem::path(argv[1]) / "fuzz_UnitText");
     return isStored ? 0 : 1;
 }

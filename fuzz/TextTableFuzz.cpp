@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::unique_ptr<RecordingReader> reader = OpenTextTable(open, options);
         const RecordingInfo::Run& recording = reader->Info().runs.at(0);
         Check(recording.samples > 0 && !recording.channels.empty());
-        std::vector<double> samples(recording.channels.size());
+        std::vector<double> samples(CountColumns(recording));
         std::vector<double*> targets;
         for (double& sample : samples) targets.push_back(&sample);
         __int64 count = 0;

@@ -35,7 +35,7 @@ constexpr std::uint64_t kRowBytes = std::uint64_t{1} << 18;
 constexpr std::uint64_t kWindow = std::uint64_t{1} << 18;
 
 /// What no single number and no integer is larger than.
-constexpr double kLargest = double{std::numeric_limits<float>::max()};
+constexpr double kLargest = static_cast<double>(std::numeric_limits<float>::max());
 constexpr double kDouble = std::numeric_limits<double>::max();
 
 std::wstring Wide(std::string_view utf8) {
@@ -317,7 +317,8 @@ private:
         stamps.last = read(info.samples - 1, 1)[0];
         const bool isSingle = source.type == TdmsType::single || source.type == TdmsType::singleWithUnit;
         if (isSingle)
-            stamps.resolution = std::abs(stamps.last) * double{std::numeric_limits<float>::epsilon()};
+            stamps.resolution =
+                std::abs(stamps.last) * static_cast<double>(std::numeric_limits<float>::epsilon());
         StrayFinder finder(&stamps);
         Rewind(&source);
         double previous = stamps.first;

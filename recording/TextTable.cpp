@@ -16,6 +16,7 @@
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/StatedUnit.h>
+#include <KvxRecording01/detail/LoggerSegments.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextLayout.h>
 #include <KvxRecording01/detail/TextRows.h>
@@ -113,6 +114,7 @@ private:
         if (layout.columns == firstChannel_) throw Error(ErrorKind::kDamaged, "its only column is the time");
         run.samples = stamps.count;
         run.axis.rateHint = layout.rateHint;
+        info_.properties = layout.properties;
         run.channels.resize(layout.columns - firstChannel_);
         if (!layout.remark.empty()) info_.remarks.push_back(layout.remark);
         if (run.axis.stamps && !layout.headings.empty() && !layout.headings.front().unknownUnit.empty()) {
@@ -163,7 +165,10 @@ private:
 
 std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions& options,
                                                const ProgressFunction& progress) {
-    return WithErrors([&] { return std::make_unique<TextTableReader>(std::move(open), options, progress); });
+    return WithErrors([&]() -> std::unique_ptr<RecordingReader> {
+        if (auto segments = OpenLoggerSegments(open, options, progress)) return segments;
+        return std::make_unique<TextTableReader>(std::move(open), options, progress);
+    });
 }
 
 std::vector<double> ReadCoefficients(OpenText open, TextOptions options, const ProgressFunction& progress) {

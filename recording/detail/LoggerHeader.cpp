@@ -1,15 +1,28 @@
 // SPDX-License-Identifier: MIT
 #include <KvxRecording01/detail/LoggerHeader.h>
 
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <utility>
+
+#include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/Formats.h>
-#include <KvxRecording01/detail/TextHeadings.h>
+#include <KvxRecording01/detail/TextNumbers.h>
 
 namespace kvx {
 namespace {
 
 constexpr std::string_view kEndOfHeader = "***End_of_Header***";
+constexpr std::string_view kStartOfSpecial = "***Start_Special***";
+constexpr std::string_view kEndOfSpecial = "***End_Special***";
+
+/// Keys of the file's block that say how it is written, which its reader knows better.
+constexpr std::array<std::string_view, 7> kLayoutKeys = {"Writer_Version",    "Reader_Version", "Separator",
+                                                         "Decimal_Separator", "Multi_Headings", "X_Columns",
+                                                         "Time_Pref"};
 
 }  // namespace
 
@@ -17,58 +30,108 @@ bool IsLoggerText(std::string_view firstLine) {
     return firstLine.starts_with(RowOf(Format::loggerText).marks.front());
 }
 
-TextLayout ReadLoggerHeader(LineReader& lines, const TextOptions& options) {
-    HeadingDecoder decoder(lines.CodePage(), options.encodingName);
-    TextLayout layout;
-    layout.separator = kTab;
-    layout.extraIgnored = true;
+std::string LoggerSegment::RateHint() const {
+    return stepText.empty() ? "" : " (its header has the rounded step " + Quote(stepText) + " s)";
+}
+
+LoggerHeaders::LoggerHeaders(LineReader& lines, const TextOptions& options)
+    : lines_(lines), decoder_(lines.CodePage(), options.encodingName) {
+    ReadBlock(&file_);
+    isFile_ = false;
+}
+
+bool LoggerHeaders::PassSpecial(std::string_view line) {
+    if (!line.starts_with(kStartOfSpecial)) return false;
+    while (const std::optional<std::string_view> next = lines_.Next()) {
+        if (next->starts_with(kEndOfSpecial)) return true;
+    }
+    throw Error(ErrorKind::kDamaged, "a special block of its header does not end");
+}
+
+void LoggerHeaders::ReadBlock(LoggerSegment* segment) {
     Fields fields;
-    std::vector<std::wstring> unitLabels;
-    bool timeColumn = false;
-    int blocks = 0;
-    std::optional<std::string_view> next;
-    while (blocks < 2 && (next = lines.Next())) {
+    while (const std::optional<std::string_view> next = lines_.Next()) {
         const std::string_view line = *next;
-        if (line.starts_with("Separator")) layout.separator = line.find("Comma") != line.npos ? kComma : kTab;
-        Split(line, layout.separator, &fields);
+        if (PassSpecial(line)) continue;
+        if (line.starts_with("Separator"))
+            segment->separator = line.find("Comma") != line.npos ? kComma : kTab;
+        Split(line, segment->separator, &fields);
         const std::string_view key = fields.front();
         const std::string_view value = fields.size() > 1 ? fields[1] : std::string_view();
-        if (key == kEndOfHeader) ++blocks;
+        NumberReader numbers;
+        if (key == kEndOfHeader) return;
         if (key == "X_Columns") {
-            if (value == "Multi")
-                throw Error(ErrorKind::kUnsupported,
-                            "it has a time column per channel, which is not supported");
-            timeColumn = value == "One";
+            segment->times = value == "One"     ? LoggerSegment::Times::one
+                             : value == "Multi" ? LoggerSegment::Times::perChannel
+                                                : LoggerSegment::Times::none;
+        } else if (key == "Delta_X") {
+            segment->stepText = value;
+            segment->step = numbers.Read(value);
+        } else if (key == "X0") {
+            segment->first = numbers.Read(value);
+        } else if (key == "X_Dimension") {
+            const std::wstring dimension = decoder_.Decode(value, line, 1);
+            segment->dimension = dimension == L"Time" ? L"" : dimension;
+        } else if (key == "Samples") {
+            // Fields without a number are those of the comment and the end of the line.
+            DropEmptyEnd(&fields);
+            segment->areSamplesEqual = std::ranges::adjacent_find(fields.begin() + 1, fields.end(),
+                                                                  std::not_equal_to<>()) == fields.end();
+        } else if (key == "Y_Unit_Label") {
+            units_.clear();
+            for (std::size_t c = 1; c < fields.size(); ++c)
+                units_.push_back(decoder_.Decode(fields[c], line, c));
+        } else if (!isFile_ && (key == "Date" || key == "Time")) {
+            segment->date += (segment->date.empty() ? "" : " ") + ToUtf8(decoder_.Decode(value, line, 1));
         }
-        if (key == "Delta_X") layout.rateHint = " (its header has the rounded step " + Quote(value) + " s)";
-        if (key == "Y_Unit_Label") {
-            unitLabels.clear();
-            for (std::size_t c = 1; c < fields.size(); ++c) {
-                unitLabels.push_back(decoder.Decode(fields[c], line, c));
-            }
-        }
+        if (isFile_ && !key.empty() && !value.empty() &&
+            std::ranges::find(kLayoutKeys, key) == kLayoutKeys.end())
+            properties_.push_back(
+                {ToUtf8(decoder_.Decode(key, line, 0)), ToUtf8(decoder_.Decode(value, line, 1))});
     }
-    const std::optional<std::string_view> names = lines.Next();
-    if (blocks < 2 || !names) throw Error(ErrorKind::kDamaged, "its header does not end");
-    Split(*names, layout.separator, &fields);
+    throw Error(ErrorKind::kDamaged, "its header does not end");
+}
+
+LoggerSegment LoggerHeaders::ReadSegment() {
+    LoggerSegment segment = file_;
+    units_.clear();
+    ReadBlock(&segment);
+    const std::optional<std::string_view> names = lines_.Next();
+    if (!names) throw Error(ErrorKind::kDamaged, "its header does not end");
+    Fields fields;
+    Split(*names, segment.separator, &fields);
     DropEmptyEnd(&fields);
     if (!fields.empty() && fields.back() == "Comment") fields.pop_back();
     if (fields.size() < 2)
-        throw Error(ErrorKind::kDamaged, "line " + std::to_string(lines.Number()) + " names no channels");
-
-    layout.firstIsTime = timeColumn;
-    layout.skipped = timeColumn ? 0 : 1;
-    layout.columns = fields.size() - layout.skipped;
-    if (timeColumn) layout.headings.push_back({L"time"});
-    for (std::size_t c = 0; c + 1 < fields.size(); ++c) {
-        UnitHeading heading = {decoder.Decode(fields[c + 1], *names, c + 1)};
-        if (c < unitLabels.size() && !unitLabels[c].empty()) {
-            heading.unit = ParseUnit(unitLabels[c]);
-            if (!heading.unit) heading.unknownUnit = unitLabels[c];
+        throw Error(ErrorKind::kDamaged, "line " + std::to_string(lines_.Number()) + " names no channels");
+    const std::size_t step = segment.times == LoggerSegment::Times::perChannel ? 2 : 1;
+    for (std::size_t c = 1; c < fields.size(); c += step) {
+        UnitHeading heading = {decoder_.Decode(fields[c], *names, c)};
+        const std::size_t number = segment.channels.size();
+        if (number < units_.size() && !units_[number].empty()) {
+            heading.unit = ParseUnit(units_[number]);
+            if (!heading.unit) heading.unknownUnit = units_[number];
         }
-        layout.headings.push_back(std::move(heading));
+        segment.channels.push_back(std::move(heading));
     }
-    layout.remark = decoder.Remark();
+    return segment;
+}
+
+TextLayout ReadLoggerHeader(LineReader& lines, const TextOptions& options) {
+    LoggerHeaders headers(lines, options);
+    LoggerSegment segment = headers.ReadSegment();
+    const bool hasTime = segment.times == LoggerSegment::Times::one;
+    TextLayout layout;
+    layout.separator = segment.separator;
+    layout.extraIgnored = true;
+    layout.firstIsTime = hasTime;
+    layout.skipped = hasTime ? 0 : 1;
+    layout.columns = segment.channels.size() + 1 - layout.skipped;
+    layout.headings = std::move(segment.channels);
+    if (hasTime) layout.headings.insert(layout.headings.begin(), {L"time"});
+    layout.rateHint = segment.RateHint();
+    layout.remark = headers.Remark();
+    layout.properties = headers.Properties();
     return layout;
 }
 

@@ -10,6 +10,7 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/Recording.h>
 #include <KvxRecording01/Statements.h>
 #include <KvxRecording01/TextLines.h>
 #include <KvxRecording01/detail/TextFields.h>
@@ -25,6 +26,7 @@ struct TextLayout {
     std::optional<bool> firstIsTime;
     std::string rateHint;
     std::string remark;  ///< on how the headings were read; may be empty
+    std::vector<RecordingInfo::Property> properties;
 };
 
 /// Reads up to the first line of numbers, of a logger's file by its header; leaves `lines` in front of it.

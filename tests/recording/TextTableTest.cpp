@@ -151,11 +151,7 @@ INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
     Case{"TooManyColumns", std::string(70000, ',') + "1\n", "line 1 has more than 65536 columns"},
     Case{"OnlyTime", "time\n0\n1\n", "its only column is the time"},
     Case{"LoggerHeaderWithoutEnd", "LabVIEW Measurement\nChannels\t1\n", "its header does not end"},
-    Case{"LoggerFileWithTimesPerChannel", "LabVIEW Measurement\nX_Columns\tMulti\n",
-         "it has a time column per channel, which is not supported"},
-    Case{"LoggerFileWithoutData", kLogger, "it holds no samples"},
-    Case{"SecondSegment", kLogger + "0,1,2\r\nChannels,2,,\r\n",
-         "line 11 begins a second segment; a recording is one run of samples, so split the file there"}),
+    Case{"LoggerFileWithoutData", kLogger, "it holds no samples"}),
     [](const auto& test) { return test.param.what; });
 // clang-format on
 

@@ -1,0 +1,407 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/detail/LoggerSegments.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitText.h>
+#include <KvxRecording01/detail/LoggerHeader.h>
+#include <KvxRecording01/detail/TextFields.h>
+#include <KvxRecording01/detail/TextNumbers.h>
+
+namespace kvx {
+namespace {
+
+/// Whether anything follows the first header that begins another segment.
+bool HasMoreSegments(LineReader& lines) {
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    for (std::string_view text = lines.NextLines(kPiece); !text.empty(); text = lines.NextLines(kPiece)) {
+        for (std::size_t at = text.find(kSegmentKey); at != text.npos; at = text.find(kSegmentKey, at + 1)) {
+            if (at == 0 || text[at - 1] == '\n' || text[at - 1] == '\r') return true;
+        }
+    }
+    return false;
+}
+
+/// The rows of segments, one after the other, as fields.
+class SegmentRows {
+public:
+    SegmentRows(const OpenText& open, const TextOptions& options)
+        : lines_(open(), options.codePage, options.encodingName), headers_(Begin(lines_, options)) {}
+
+    const LoggerHeaders& Headers() const { return headers_; }
+    const LineReader& Lines() const { return lines_; }
+    /// The headers of the next segment, whose rows come next; no value at the end.
+    std::optional<LoggerSegment> NextSegment() {
+        if (!isAtSegment_) {
+            while (NextRow()) {
+            }
+        }
+        if (!isAtSegment_) return std::nullopt;
+        isAtSegment_ = false;
+        LoggerSegment segment = headers_.ReadSegment();
+        separator_ = segment.separator;
+        return segment;
+    }
+    /// The fields of the next row, which last until the next call; null at the end of the segment.
+    const Fields* NextRow() {
+        if (isAtSegment_) return nullptr;
+        while (const std::optional<std::string_view> line = lines_.Next()) {
+            if (headers_.PassSpecial(*line)) continue;
+            Split(*line, separator_, &fields_);
+            if (fields_.front() == kSegmentKey) {
+                lines_.StepBack();
+                isAtSegment_ = true;
+                return nullptr;
+            }
+            if (!std::ranges::all_of(fields_, [](std::string_view field) { return field.empty(); }))
+                return &fields_;
+        }
+        return nullptr;
+    }
+
+private:
+    static LoggerHeaders Begin(LineReader& lines, const TextOptions& options) {
+        lines.Next();
+        return LoggerHeaders(lines, options);
+    }
+
+    LineReader lines_;
+    LoggerHeaders headers_;
+    char separator_ = kTab;
+    bool isAtSegment_ = true;
+    Fields fields_;
+};
+
+/// Samples of one or more channels of a segment that have one axis and one count.
+struct Part {
+    std::size_t segment = 0;
+    std::optional<std::size_t> placeColumn = std::nullopt;
+    std::vector<std::size_t> columns = {};  ///< of the channels
+    TimeStamps stamps = {};                 ///< the count also without places
+};
+
+class LoggerReader : public RecordingReader {
+public:
+    LoggerReader(OpenText open, const TextOptions& options, const ProgressFunction& progress)
+        : open_(std::move(open)), options_(options) {
+        SegmentRows rows(open_, options_);
+        while (const std::optional<LoggerSegment> segment = rows.NextSegment()) {
+            Survey(*segment, rows, progress);
+            ++segments_;
+        }
+        if (runs_.empty()) throw Error(ErrorKind::kDamaged, "it holds no samples");
+        FindStrays(progress);
+        for (std::size_t r = 0; r < runs_.size(); ++r) SettleAxisOf(r);
+        info_.properties = rows.Headers().Properties();
+        if (!rows.Headers().Remark().empty()) info_.remarks.push_back(rows.Headers().Remark());
+    }
+
+    std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        if (!rows_ || run != run_) Enter(run);
+        const Run& source = runs_[run];
+        const bool isListed = info_.runs[run].axis.isListed;
+        lineNumbers_.clear();
+        std::size_t count = 0;
+        for (; count < room && part_ < source.parts.size(); ++count) {
+            const Part& part = source.parts[part_];
+            GoTo(part.segment);
+            const Fields* const row = rows_->NextRow();
+            if (row == nullptr) throw Error(ErrorKind::kHost, "it changed while it was read");
+            lineNumbers_.push_back(rows_->Lines().Number());
+            if (isListed && targets[0] != nullptr)
+                targets[0][count] = source.place * NumberIn(*row, *part.placeColumn);
+            for (std::size_t c = 0; c < part.columns.size(); ++c) {
+                double* const target = targets[c + (isListed ? 1 : 0)];
+                if (target != nullptr) target[count] = NumberIn(*row, part.columns[c]);
+            }
+            if (++row_ == part.stamps.count) {
+                ++part_;
+                row_ = 0;
+            }
+        }
+        return count;
+    }
+
+    Error ErrorAt(std::size_t column, std::size_t index, ErrorKind kind,
+                  const std::string& sentence) const override {
+        if (index >= lineNumbers_.size() || run_ >= runs_.size()) return Error(kind, sentence);
+        const std::size_t channel = column - (info_.runs[run_].axis.isListed && column > 0 ? 1 : 0);
+        return Error(kind, sentence,
+                     FieldPlace(lineNumbers_[index], runs_[run_].parts[0].columns.at(channel)));
+    }
+
+private:
+    struct Run {
+        std::vector<Part> parts;
+        std::optional<double> next = std::nullopt;  ///< where the next segment would go on
+        double place = 1.0;                         ///< what places are multiplied by
+        StrayFinder* finder = nullptr;
+    };
+
+    // ---- what the file holds ----
+
+    /// Reads the rows of a segment and makes runs of them, or goes on with those of the segment before it.
+    void Survey(const LoggerSegment& segment, SegmentRows& rows, const ProgressFunction& progress) {
+        std::vector<__int64> counts(segment.channels.size());
+        std::vector<TimeStamps> stamps(segment.channels.size());
+        const bool hasPlaces = segment.times != LoggerSegment::Times::none;
+        const bool isMulti = segment.times == LoggerSegment::Times::perChannel;
+        __int64 count = 0;
+        for (; const Fields* const row = rows.NextRow(); ++count) {
+            line_ = rows.Lines().Number();
+            if ((count & 0xFFF) == 0 && progress) progress(rows.Lines().Position(), rows.Lines().Size());
+            for (std::size_t c = 0; c < segment.channels.size(); ++c) {
+                const std::size_t column = segment.ChannelColumn(c);
+                const std::size_t placeColumn = segment.PlaceColumn(c);
+                if (IsEmpty(*row, column) && !segment.areSamplesEqual &&
+                    (!isMulti || IsEmpty(*row, placeColumn)))
+                    continue;  // the channel has ended
+                if (counts[c] != count) throw FieldError("", "", FieldPlace(line_, segment.ChannelColumn(c)));
+                ++counts[c];
+                NumberIn(*row, column);
+                if (!hasPlaces) continue;
+                if (c > 0 && !isMulti && counts[0] == counts[c]) {
+                    stamps[c] = stamps[0];
+                    continue;
+                }
+                const double place = NumberIn(*row, placeColumn);
+                if (count == 0) stamps[c].first = place;
+                stamps[c].last = place;
+                const int decimals = Decimals((*row)[placeColumn]);
+                const double resolution = std::pow(10.0, -decimals);
+                if (count == 0 || resolution < stamps[c].resolution) stamps[c].resolution = resolution;
+            }
+        }
+        std::vector<Part> parts;
+        std::vector<std::vector<std::size_t>> channels;
+        for (std::size_t c = 0; c < counts.size(); ++c) {
+            if (counts[c] == 0) continue;
+            stamps[c].count = counts[c];
+            auto part = std::ranges::find_if(parts, [&](const Part& other) {
+                return other.stamps.count == counts[c] && other.stamps.first == stamps[c].first &&
+                       other.stamps.last == stamps[c].last;
+            });
+            if (part == parts.end()) {
+                parts.push_back({segments_, std::nullopt, {}, stamps[c]});
+                channels.emplace_back();
+                part = parts.end() - 1;
+                if (hasPlaces) part->placeColumn = segment.PlaceColumn(c);
+            }
+            part->columns.push_back(segment.ChannelColumn(c));
+            channels[static_cast<std::size_t>(part - parts.begin())].push_back(c);
+        }
+        if (!parts.empty() && GoesOn(segment, parts)) {
+            for (std::size_t p = 0; p < parts.size(); ++p) Append(segment, parts[p], firstRun_ + p);
+            return;
+        }
+        if (!parts.empty()) firstRun_ = runs_.size();
+        for (std::size_t p = 0; p < parts.size(); ++p) {
+            AddRun(segment, channels[p]);
+            Append(segment, parts[p], firstRun_ + p);
+        }
+    }
+
+    static bool IsEmpty(const Fields& row, std::size_t column) {
+        return column >= row.size() || row[column].empty();
+    }
+
+    /// A field as a number. Throws Error.
+    double NumberIn(const Fields& row, std::size_t column) {
+        const std::string_view field = column < row.size() ? row[column] : std::string_view();
+        const std::optional<double> number = numbers_.Read(field);
+        if (number) return *number;
+        const std::size_t line = rows_ ? rows_->Lines().Number() : line_;
+        throw FieldError(field, numbers_.Fault(), FieldPlace(line, column));
+    }
+
+    /// Whether the parts of a segment go on where the runs of the one before it end.
+    bool GoesOn(const LoggerSegment& segment, const std::vector<Part>& parts) const {
+        if (runs_.size() - firstRun_ != parts.size() || runs_.empty() || before_ != segment.dimension)
+            return false;
+        for (std::size_t p = 0; p < parts.size(); ++p) {
+            const Run& run = runs_[firstRun_ + p];
+            const Part& last = run.parts.back();
+            const RecordingInfo::Run& info = info_.runs[firstRun_ + p];
+            if (last.columns != parts[p].columns || last.placeColumn != parts[p].placeColumn) return false;
+            std::size_t c = 0;
+            for (const std::size_t column : parts[p].columns) {
+                const std::size_t channel =
+                    segment.times == LoggerSegment::Times::perChannel ? column / 2 : column - 1;
+                const UnitHeading& heading = segment.channels[channel];
+                if (info.channels[c].name != heading.name || info.channels[c].unit != heading.unit ||
+                    info.channels[c].unknownUnit != heading.unknownUnit) {
+                    return false;
+                }
+                ++c;
+            }
+            const std::optional<double> first = last.placeColumn ? parts[p].stamps.first : segment.first;
+            const double step = StepOf(segment, last);
+            const double rounding = std::min(2.0 * last.stamps.resolution, 0.5 * step);
+            const double tolerance = last.placeColumn ? 0.01 * step + rounding : 0.5 * step;
+            if (!first || !run.next || !(step > 0.0) || !(std::abs(*first - *run.next) <= tolerance))
+                return false;
+        }
+        return true;
+    }
+
+    static double StepOf(const LoggerSegment& segment, const Part& part) {
+        if (!part.placeColumn) return segment.step.value_or(0.0);
+        return part.stamps.count > 1 ? part.stamps.Step() : segment.step.value_or(0.0);
+    }
+
+    void AddRun(const LoggerSegment& segment, const std::vector<std::size_t>& channels) {
+        runs_.emplace_back();
+        RecordingInfo::Run& run = info_.runs.emplace_back();
+        run.title = FromUtf8(segment.date).value_or(L"");
+        run.axis.rateHint = segment.RateHint();
+        if (segment.dimension == L"Frequency") {
+            run.axis.unit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
+        } else if (!segment.dimension.empty()) {
+            info_.remarks.push_back("the axis of run " + std::to_string(runs_.size()) + ", " +
+                                    Quote(segment.dimension) + ", is read as time");
+        }
+        for (const std::size_t channel : channels) {
+            const UnitHeading& heading = segment.channels[channel];
+            run.channels.push_back({heading.name, heading.unit, heading.unknownUnit});
+        }
+        before_ = segment.dimension;
+    }
+
+    void Append(const LoggerSegment& segment, const Part& part, std::size_t number) {
+        Run& run = runs_[number];
+        RecordingInfo::Run& info = info_.runs[number];
+        const double step = StepOf(segment, part);
+        const double first = part.placeColumn ? part.stamps.last : segment.first.value_or(0.0);
+        const double steps = part.placeColumn ? 1.0 : static_cast<double>(part.stamps.count);
+        if (step > 0.0 && (part.placeColumn || segment.first)) run.next = first + steps * step;
+        info.samples += part.stamps.count;
+        if (part.placeColumn && run.parts.empty()) {
+            info.axis.stamps = part.stamps;
+        } else if (part.placeColumn) {
+            info.axis.stamps->last = part.stamps.last;
+            info.axis.stamps->count += part.stamps.count;
+            info.axis.stamps->resolution = std::min(info.axis.stamps->resolution, part.stamps.resolution);
+        } else if (run.parts.empty() && info.axis.unit != CUnitCtrl::DIM_TIME) {
+            info_.remarks.push_back("the spacing of run " + std::to_string(number + 1) +
+                                    " is that of its header, which may be rounded");
+            info.axis.delta = segment.step.value_or(0.0);
+            info.axis.first = segment.first.value_or(0.0);
+        }
+        run.parts.push_back(part);
+    }
+
+    /// Goes through the places of all runs once more, now that their ends are known.
+    void FindStrays(const ProgressFunction& progress) {
+        std::vector<StrayFinder> ofRuns;
+        ofRuns.reserve(runs_.size());
+        for (std::size_t r = 0; r < runs_.size(); ++r) {
+            if (info_.runs[r].axis.stamps) {
+                ofRuns.emplace_back(&*info_.runs[r].axis.stamps);
+                runs_[r].finder = &ofRuns.back();
+            }
+        }
+        std::vector<std::vector<std::pair<const Part*, StrayFinder*>>> parts(segments_);
+        for (const Run& run : runs_) {
+            for (const Part& part : run.parts)
+                if (run.finder != nullptr) parts[part.segment].emplace_back(&part, run.finder);
+        }
+        SegmentRows rows(open_, options_);
+        numbers_ = NumberReader();
+        for (std::size_t s = 0; s < segments_ && rows.NextSegment(); ++s) {
+            __int64 count = 0;
+            for (; const Fields* const row = rows.NextRow(); ++count) {
+                if ((count & 0xFFF) == 0 && progress) progress(rows.Lines().Position(), rows.Lines().Size());
+                line_ = rows.Lines().Number();
+                for (const auto& [part, finder] : parts[s]) {
+                    if (count >= part->stamps.count) continue;
+                    const double place = NumberIn(*row, *part->placeColumn);
+                    finder->Add({&place, 1});
+                }
+            }
+        }
+    }
+
+    void SettleAxisOf(std::size_t number) {
+        RecordedAxis& axis = info_.runs[number].axis;
+        if (options_.firstColumnIsTime == false) axis.stamps.reset();
+        if (axis.unit == CUnitCtrl::DIM_TIME || !axis.stamps) return;
+        // What is not over time has a spacing or lists its places.
+        if (axis.stamps->IsEven()) {
+            axis.delta = axis.stamps->Step();
+            axis.first = axis.stamps->first;
+        } else {
+            axis.isListed = true;
+        }
+        axis.stamps.reset();
+    }
+
+    // ---- samples ----
+
+    void Enter(std::size_t run) {
+        run_ = run;
+        part_ = 0;
+        row_ = 0;
+        numbers_ = NumberReader();
+        // What lies behind is read on; anything else from the start.
+        if (rows_ && segment_ >= runs_[run].parts[0].segment) rows_.reset();
+    }
+
+    /// Brings the rows of a segment next, unless they are being read.
+    void GoTo(std::size_t segment) {
+        if (!rows_) {
+            rows_ = std::make_unique<SegmentRows>(open_, options_);
+            rows_->NextSegment();
+            segment_ = 0;
+        }
+        for (; segment_ < segment; ++segment_) {
+            if (!rows_->NextSegment()) throw Error(ErrorKind::kHost, "it changed while it was read");
+        }
+    }
+
+    OpenText open_;
+    TextOptions options_;
+    std::size_t segments_ = 0;
+    std::vector<Run> runs_;
+    std::size_t firstRun_ = 0;  ///< of the segment last surveyed
+    std::wstring before_;       ///< the dimension of its axis
+    std::size_t line_ = 0;      ///< that is surveyed
+    NumberReader numbers_;
+    std::unique_ptr<SegmentRows> rows_;
+    std::size_t segment_ = 0;  ///< whose rows come next
+    std::size_t run_ = 0;
+    std::size_t part_ = 0;
+    __int64 row_ = 0;                       ///< of the part
+    std::vector<std::size_t> lineNumbers_;  ///< of the rows last delivered
+};
+
+}  // namespace
+
+std::unique_ptr<RecordingReader> OpenLoggerSegments(const OpenText& open, const TextOptions& options,
+                                                    const ProgressFunction& progress) {
+    {
+        LineReader lines(open(), options.codePage, options.encodingName);
+        const std::optional<std::string_view> first = lines.Next();
+        if (!first || !IsLoggerText(*first)) return nullptr;
+        LoggerHeaders headers(lines, options);
+        const LoggerSegment segment = headers.ReadSegment();
+        const bool isTable = segment.times != LoggerSegment::Times::perChannel && segment.areSamplesEqual &&
+                             segment.dimension.empty();
+        if (isTable && !HasMoreSegments(lines)) return nullptr;
+    }
+    return std::make_unique<LoggerReader>(open, options, progress);
+}
+
+}  // namespace kvx
