@@ -129,7 +129,7 @@ public:
         }
         for (std::size_t r = 0; r < info_.runs.size(); ++r) SettleTime(r);
         for (const auto& [axis, source] : stamps_)
-            LeaveOut(index_.objects[source.object], "they hold time stamps beside an axis that is stated");
+            LeaveOut(index_.objects[source.object], "they hold time stamps, which no other channel needs");
         for (const auto& [reason, channels] : leftOut_) RemarkLeftOut(reason, channels);
         if (info_.runs.empty()) {
             throw Error(ErrorKind::kUnsupported,
@@ -282,8 +282,8 @@ private:
         for (std::size_t c = 0; info.channels.size() > 1 && c < info.channels.size(); ++c) {
             const RecordingInfo::Channel& channel = info.channels[c];
             if (channel.isComplex || !IsTimeHeading({channel.name, channel.unit, {}})) continue;
-            double second = channel.unit ? 1.0 : channel.scale;
-            if (channel.unit) channel.unit->ConvItoD(&second, &second, 1, channel.scale, 0);
+            double second = channel.scale;
+            if (channel.unit) channel.unit->ConvItoD(&second, &second, 1, 1.0, 0);
             if (!SettleStamps(number, runs_[number].channels[c], second)) return;
             info.channels.erase(info.channels.begin() + static_cast<std::ptrdiff_t>(c));
             runs_[number].channels.erase(runs_[number].channels.begin() + static_cast<std::ptrdiff_t>(c));

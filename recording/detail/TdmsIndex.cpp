@@ -463,7 +463,9 @@ private:
             if (!isNew) at->second = std::min(at->second, countOf(channel));
         }
         for (TdmsLayout::Channel channel : layout_.channels) {
-            const std::uint64_t samples = fewest.at(keyOf(channel));
+            std::uint64_t samples = fewest.at(keyOf(channel));
+            // What is all that there is of a channel tears nothing.
+            if (samples == 0 && index_.objects[channel.object].samples == 0) samples = countOf(channel);
             if (samples == 0) continue;
             const auto scalers = layout_.scalers.begin() + channel.firstScaler;
             channel.before *= unit_;
