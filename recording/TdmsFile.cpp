@@ -172,11 +172,12 @@ private:
     };
 
     void AddProperties(const TdmsObject& object) {
-        const std::string path = PathOf(object);
+        std::string path = PathOf(object);
+        if (!path.empty()) path += ": ";
         for (const auto& [name, value] : object.properties) {
             if (name.starts_with("NI_Scale[") || name == "NI_Number_Of_Scales" || name == "NI_Scaling_Status")
                 continue;
-            info_.properties.push_back({(path.empty() ? "" : path + ": ") + name, value.text});
+            info_.properties.push_back({path + name, value.text});
         }
     }
 
