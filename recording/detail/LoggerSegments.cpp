@@ -121,8 +121,7 @@ public:
             const Fields* const row = rows_->NextRow();
             if (row == nullptr) throw Error(ErrorKind::kHost, "it changed while it was read");
             lineNumbers_.push_back(rows_->Lines().Number());
-            if (isListed && targets[0] != nullptr)
-                targets[0][count] = source.place * NumberIn(*row, *part.placeColumn);
+            if (isListed && targets[0] != nullptr) targets[0][count] = NumberIn(*row, *part.placeColumn);
             for (std::size_t c = 0; c < part.columns.size(); ++c) {
                 double* const target = targets[c + (isListed ? 1 : 0)];
                 if (target != nullptr) target[count] = NumberIn(*row, part.columns[c]);
@@ -147,7 +146,6 @@ private:
     struct Run {
         std::vector<Part> parts;
         std::optional<double> next = std::nullopt;  ///< where the next segment would go on
-        double place = 1.0;                         ///< what places are multiplied by
         StrayFinder* finder = nullptr;
     };
 
@@ -155,63 +153,68 @@ private:
 
     /// Reads the rows of a segment and makes runs of them, or goes on with those of the segment before it.
     void Survey(const LoggerSegment& segment, SegmentRows& rows, const ProgressFunction& progress) {
-        std::vector<__int64> counts(segment.channels.size());
+        const std::vector<TimeStamps> stamps = StampsOf(segment, rows, progress);
+        std::vector<Part> parts;
+        std::vector<std::vector<std::size_t>> channels;  // per part
+        for (std::size_t c = 0; c < stamps.size(); ++c) {
+            if (stamps[c].count == 0) continue;
+            const auto part = std::ranges::find_if(parts, [&](const Part& other) {
+                return other.stamps.count == stamps[c].count && other.stamps.first == stamps[c].first &&
+                       other.stamps.last == stamps[c].last;
+            });
+            const auto number = static_cast<std::size_t>(part - parts.begin());
+            if (part == parts.end()) {
+                Part& added = parts.emplace_back(Part{segments_, std::nullopt, {}, stamps[c]});
+                if (segment.times != LoggerSegment::Times::none) added.placeColumn = segment.PlaceColumn(c);
+                channels.emplace_back();
+            }
+            parts[number].columns.push_back(segment.ChannelColumn(c));
+            channels[number].push_back(c);
+        }
+        if (parts.empty()) return;
+        const bool goesOn = GoesOn(segment, parts);
+        if (!goesOn) firstRun_ = runs_.size();
+        for (std::size_t p = 0; p < parts.size(); ++p) {
+            if (!goesOn) AddRun(segment, channels[p]);
+            Append(segment, parts[p], firstRun_ + p);
+        }
+    }
+
+    /// Reads the rows of a segment: the count of each channel, with the ends of its places where there are
+    /// some.
+    std::vector<TimeStamps> StampsOf(const LoggerSegment& segment, SegmentRows& rows,
+                                     const ProgressFunction& progress) {
         std::vector<TimeStamps> stamps(segment.channels.size());
-        const bool hasPlaces = segment.times != LoggerSegment::Times::none;
         const bool isMulti = segment.times == LoggerSegment::Times::perChannel;
         __int64 count = 0;
         for (; const Fields* const row = rows.NextRow(); ++count) {
             line_ = rows.Lines().Number();
             if ((count & 0xFFF) == 0 && progress) progress(rows.Lines().Position(), rows.Lines().Size());
-            for (std::size_t c = 0; c < segment.channels.size(); ++c) {
+            for (std::size_t c = 0; c < stamps.size(); ++c) {
                 const std::size_t column = segment.ChannelColumn(c);
                 const std::size_t placeColumn = segment.PlaceColumn(c);
-                if (IsEmpty(*row, column) && !segment.areSamplesEqual &&
-                    (!isMulti || IsEmpty(*row, placeColumn)))
-                    continue;  // the channel has ended
-                if (counts[c] != count) throw FieldError("", "", FieldPlace(line_, segment.ChannelColumn(c)));
-                ++counts[c];
+                const bool isEmpty = IsEmpty(*row, column) && (!isMulti || IsEmpty(*row, placeColumn));
+                if (isEmpty && !segment.areSamplesEqual) continue;  // the channel has ended
+                if (stamps[c].count != count) throw FieldError("", "", FieldPlace(line_, column));
                 NumberIn(*row, column);
-                if (!hasPlaces) continue;
-                if (c > 0 && !isMulti && counts[0] == counts[c]) {
-                    stamps[c] = stamps[0];
+                if (!isMulti && c > 0 && stamps[c - 1].count == count + 1) {
+                    stamps[c] = stamps[c - 1];  // of the same column of places
                     continue;
                 }
-                const double place = NumberIn(*row, placeColumn);
-                if (count == 0) stamps[c].first = place;
-                stamps[c].last = place;
-                const int decimals = Decimals((*row)[placeColumn]);
-                const double resolution = std::pow(10.0, -decimals);
-                if (count == 0 || resolution < stamps[c].resolution) stamps[c].resolution = resolution;
+                if (segment.times != LoggerSegment::Times::none) AddPlace(*row, placeColumn, &stamps[c]);
+                ++stamps[c].count;
             }
         }
-        std::vector<Part> parts;
-        std::vector<std::vector<std::size_t>> channels;
-        for (std::size_t c = 0; c < counts.size(); ++c) {
-            if (counts[c] == 0) continue;
-            stamps[c].count = counts[c];
-            auto part = std::ranges::find_if(parts, [&](const Part& other) {
-                return other.stamps.count == counts[c] && other.stamps.first == stamps[c].first &&
-                       other.stamps.last == stamps[c].last;
-            });
-            if (part == parts.end()) {
-                parts.push_back({segments_, std::nullopt, {}, stamps[c]});
-                channels.emplace_back();
-                part = parts.end() - 1;
-                if (hasPlaces) part->placeColumn = segment.PlaceColumn(c);
-            }
-            part->columns.push_back(segment.ChannelColumn(c));
-            channels[static_cast<std::size_t>(part - parts.begin())].push_back(c);
-        }
-        if (!parts.empty() && GoesOn(segment, parts)) {
-            for (std::size_t p = 0; p < parts.size(); ++p) Append(segment, parts[p], firstRun_ + p);
-            return;
-        }
-        if (!parts.empty()) firstRun_ = runs_.size();
-        for (std::size_t p = 0; p < parts.size(); ++p) {
-            AddRun(segment, channels[p]);
-            Append(segment, parts[p], firstRun_ + p);
-        }
+        return stamps;
+    }
+
+    void AddPlace(const Fields& row, std::size_t column, TimeStamps* stamps) {
+        const double place = NumberIn(row, column);
+        const double resolution = std::pow(10.0, -Decimals(row[column]));
+        const bool isFirst = stamps->count == 0;
+        if (isFirst) stamps->first = place;
+        stamps->last = place;
+        stamps->resolution = isFirst ? resolution : std::min(stamps->resolution, resolution);
     }
 
     static bool IsEmpty(const Fields& row, std::size_t column) {
