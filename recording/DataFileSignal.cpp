@@ -2,16 +2,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <utility>
 
-#include <KvxDevCommon01/files/ComDataKinds.h>
 #include <KvxDevCommon01/files/DataFileStream.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Path.h>
-#include <KvxDevCommon01/text/PlainText.h>
-#include <KvxDevCommon01/units/UnitText.h>
+#include <KvxRecording01/detail/RecordLayout.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
@@ -148,20 +145,22 @@ public:
     DataFileSignalWriter(const std::string& path, const std::vector<SignalRun>& runs,
                          const std::wstring& text)
         : runs_(runs),
-          records_(LayOut(runs)),
-          file_(WidePath(path), CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), records_),
+          layout_(LayOutRecords(runs)),
+          file_(WidePath(path), CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), layout_.records),
           done_(runs.size()) {}
 
     void Write(std::size_t run, std::span<double* const> columns, std::size_t count) override {
-        RequireChannels({columns.data(), columns.size()}, run < places_.size() ? runs_[run].Columns() : 0,
+        RequireChannels({columns.data(), columns.size()}, run < runs_.size() ? runs_[run].Columns() : 0,
                         count);
         std::size_t column = 0;
         if (runs_[run].isListed) {
             const std::span places(columns[column++], count);
-            for (const __int64 record : RecordsOfRun(run)) file_.WriteAxis(record, done_[run], places);
+            for (const __int64 record : layout_.RecordsOfRun(run))
+                file_.WriteAxis(record, done_[run], places);
         }
-        for (std::size_t c = 0; c < places_[run].size(); ++c) {
-            const SamplePlace place = {places_[run][c].record, places_[run][c].row, 0, done_[run]};
+        for (std::size_t c = 0; c < runs_[run].channels.size(); ++c) {
+            const auto [record, row] = layout_.places[run][c];
+            const SamplePlace place = {record, row, 0, done_[run]};
             file_.WriteReal(place, {columns[column++], count});
             if (runs_[run].channels[c].isComplex) file_.WriteImaginary(place, {columns[column++], count});
         }
@@ -170,67 +169,11 @@ public:
 
     void Commit() override { file_.Commit(); }
 
-    std::vector<RecordOutline> Records() const override { return records_; }
+    std::vector<RecordOutline> Records() const override { return layout_.records; }
 
 private:
-    struct Place {
-        __int64 record;
-        __int64 row;
-    };
-
-    std::vector<RecordOutline> LayOut(const std::vector<SignalRun>& runs) {
-        std::vector<RecordOutline> records;
-        for (const SignalRun& run : runs) AddRun(run, &records);
-        return records;
-    }
-
-    /// Gives each channel a row in the record of its unit, and appends those records.
-    void AddRun(const SignalRun& run, std::vector<RecordOutline>* records) {
-        if (run.samples > std::numeric_limits<std::int32_t>::max()) {
-            throw Error(ErrorKind::kUnsupported,
-                        "a record holds at most 2147483647 samples per channel, this has " +
-                            std::to_string(run.samples));
-        }
-        RequireAxis(run);
-        const std::size_t first = records->size();
-        std::vector<Place>& places = places_.emplace_back();
-        for (const SignalRun::Channel& channel : run.channels) {
-            const std::wstring unit = PlainUnitName(channel.unit);
-            auto record = std::find_if(records->begin() + static_cast<std::ptrdiff_t>(first), records->end(),
-                                       [&](const RecordOutline& r) {
-                                           return PlainUnitName(r.fields.unit) == unit &&
-                                                  r.isComplex == channel.isComplex;
-                                       });
-            if (record == records->end()) {
-                RecordOutline outline;
-                outline.fields.mode = run.isListed ? CComDataBase::MODE_AXIS : CComDataBase::MODE_SPACING;
-                outline.fields.hunit =
-                    run.axisUnit == CUnitCtrl::DIM_TIME ? SingleUnit(kAxisMilliseconds) : run.axisUnit;
-                outline.isComplex = channel.isComplex;
-                outline.fields.unit = channel.unit;
-                outline.fields.delta = run.delta;
-                outline.fields.offset = run.offset;
-                outline.cols = 1;
-                outline.fields.colNames.resize(1);  // one column, without a name
-                outline.nsamp = run.samples;
-                record = records->insert(records->end(), std::move(outline));
-            }
-            places.push_back({record - records->begin(), record->rows++});
-            record->fields.rowNames.push_back(channel.name);
-        }
-    }
-
-    std::vector<__int64> RecordsOfRun(std::size_t run) const {
-        std::vector<__int64> records;
-        for (const Place& place : places_[run]) records.push_back(place.record);
-        std::ranges::sort(records);
-        records.erase(std::unique(records.begin(), records.end()), records.end());
-        return records;
-    }
-
     std::vector<SignalRun> runs_;
-    std::vector<std::vector<Place>> places_;  ///< per run and channel
-    std::vector<RecordOutline> records_;
+    RecordLayout layout_;
     DataFileWriter file_;
     std::vector<__int64> done_;  ///< samples written per run
 };

@@ -82,6 +82,7 @@ constexpr FormatRow kFormats[] = {
         .written =
             "one run of waveforms as floats of 32 or 64 bits or integers of 16 or 24; RF64 beyond 4 GiB",
         .lost = "names, units, the start, parts of a hertz in the rate",
+        .hasOneRun = true,
     },
     {
         .format = Format::rf64,
@@ -167,6 +168,7 @@ constexpr FormatRow kFormats[] = {
         .written = "one run: the axis and a column per channel, two of a complex one; numbers that read back "
                    "as they were",
         .lost = "the text of the recording",
+        .hasOneRun = true,
     },
 };
 

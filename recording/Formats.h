@@ -53,6 +53,7 @@ struct FormatRow {
     std::string_view read;          ///< what is read of it
     std::string_view written = {};  ///< what is written
     std::string_view lost = {};     ///< what a recording has and the format cannot hold
+    bool hasOneRun = false;         ///< whether a file that is written has room for one run only
 };
 
 /// All formats that are read or written.

@@ -270,6 +270,8 @@ private:
     std::vector<Source> sources_;  ///< per run
 };
 
+}  // namespace
+
 void RequireNothingStated(const RecordingStatements& stated) {
     const TextOptions& text = stated.text;
     if (!stated.rateHz && stated.units.empty() && stated.names.empty() && stated.sensitivities.empty() &&
@@ -281,8 +283,6 @@ void RequireNothingStated(const RecordingStatements& stated) {
                                              stated.called.any +
                                              " that state them are for files of other formats");
 }
-
-}  // namespace
 
 std::size_t SignalRun::Columns() const {
     std::size_t columns = isListed ? 1 : 0;

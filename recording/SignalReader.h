@@ -41,9 +41,9 @@ struct SignalRun {
 
     /// What a block of it has: places where they are listed, then per channel its samples, the imaginary
     /// parts of complex ones behind the real parts. As many as channels for waveforms.
-    std::size_t Columns() const;
+    KVX_RECORDING_API std::size_t Columns() const;
     /// Whether it is real, over time and evenly spaced.
-    bool IsWaveform() const;
+    KVX_RECORDING_API bool IsWaveform() const;
 };
 
 /// What a reader may deliver besides time waveforms with a value in every place.
@@ -83,6 +83,9 @@ protected:
     std::vector<std::string> remarks_;
     std::vector<RecordingInfo::Property> properties_;
 };
+
+/// Throws Error when something is stated, as it cannot be of a data file.
+KVX_RECORDING_API void RequireNothingStated(const RecordingStatements& stated);
 
 /// Opens a file of any format, whatever its name. Channels are chosen as ChooseChannels does, through all
 /// runs or records; all chosen ones must be what `kinds` allows. Of data files nothing can be stated. Throws

@@ -101,6 +101,13 @@ public:
         return {block_.data(), isDamaged_ || got < 1 ? 0 : static_cast<std::size_t>(got) * channels};
     }
 
+    /// Goes to a sample; false where that cannot be done, and the place is then as it was.
+    bool Seek(__int64 frame) {
+        const bool isThere = !isDamaged_ && sf_seek(sound_.get(), frame, SEEK_SET) == frame;
+        RethrowFailure();
+        return isThere;
+    }
+
     bool IsDamaged() const { return isDamaged_; }
 
 private:
@@ -216,6 +223,16 @@ public:
             done_ += static_cast<__int64>(block.size() / channels);
         }
         return done;
+    }
+
+    void Skip(std::size_t run, __int64 count) override {
+        const __int64 target = done_ + std::clamp<__int64>(count, 0, info_.runs.front().samples - done_);
+        if (target == done_) return;
+        if (WithErrors([&] { return input_.Seek(target); })) {
+            done_ = target;
+        } else {
+            RecordingReader::Skip(run, count);
+        }
     }
 
     Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,

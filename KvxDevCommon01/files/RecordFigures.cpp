@@ -15,35 +15,32 @@ namespace {
 struct Measurement {
     std::vector<double> real;
     std::vector<double> imaginary;  ///< empty for real samples
-    std::vector<double> shown;
-    SampleStatistics statistics;
+    ShownStatistics statistics;
 };
 
-/// Puts `samples` in the unit of their record; what holds no value stays so.
-void Show(const CUnitCtrl& unit, std::vector<double>& samples, std::vector<double>& shown) {
+/// Samples in their unit; what holds no value stays so.
+void Show(const CUnitCtrl& unit, std::span<const double> samples, std::vector<double>& shown) {
     shown.resize(samples.size());
     // A single temperature is a reading, not a difference; compounds only ever hold differences.
     unit.ConvDtoI(shown.data(), samples.data(), std::ssize(samples), 1.0, unit.IsSingle());
     for (std::size_t i = 0; i < samples.size(); ++i) {
         shown[i] = samples[i] == kNoValue<double> ? kNoValue<double> : shown[i];
     }
-    samples.swap(shown);
-}
-
-/// Takes the samples that were read.
-void Add(Measurement& channel, const CUnitCtrl& unit) {
-    Show(unit, channel.real, channel.shown);
-    if (!channel.imaginary.empty()) {
-        Show(unit, channel.imaginary, channel.shown);
-        for (std::size_t i = 0; i < channel.real.size(); ++i) {
-            double& value = channel.real[i];
-            if (value != kNoValue<double>) value = std::hypot(value, channel.imaginary[i]);
-        }
-    }
-    channel.statistics.Add(channel.real);
 }
 
 }  // namespace
+
+void ShownStatistics::Add(std::span<const double> real, std::span<const double> imaginary) {
+    Show(unit_, real, shown_);
+    if (!imaginary.empty()) {
+        Show(unit_, imaginary, imaginary_);
+        for (std::size_t i = 0; i < shown_.size(); ++i) {
+            double& value = shown_[i];
+            if (value != kNoValue<double>) value = std::hypot(value, imaginary_[i]);
+        }
+    }
+    statistics_.Add(shown_);
+}
 
 std::string_view RecordType(const RecordOutline& record) {
     const bool isComplex = record.isComplex;
@@ -76,7 +73,9 @@ std::vector<SampleFigures> MeasureChannels(DataFileReader& file, std::span<const
     if (channels.empty()) return {};
     const RecordOutline& record = file.Records()[channels.front().record];
     const auto room = static_cast<__int64>(std::max<std::size_t>(1, kSamples / channels.size()));
-    std::vector<Measurement> all(channels.size());
+    std::vector<Measurement> all;
+    for (std::size_t c = 0; c < channels.size(); ++c)
+        all.push_back({{}, {}, ShownStatistics(record.fields.unit)});
     for (__int64 done = 0; done < record.nsamp; done += room) {
         const auto count = static_cast<std::size_t>(std::min(room, record.nsamp - done));
         for (std::size_t c = 0; c < channels.size(); ++c) {
@@ -88,7 +87,8 @@ std::vector<SampleFigures> MeasureChannels(DataFileReader& file, std::span<const
             all[c].imaginary.resize(count);
             file.ReadImaginary(place, all[c].imaginary);
         }
-        ForEachInParallel(all.size(), [&](std::size_t c) { Add(all[c], record.fields.unit); });
+        ForEachInParallel(all.size(),
+                          [&](std::size_t c) { all[c].statistics.Add(all[c].real, all[c].imaginary); });
     }
     std::vector<SampleFigures> figures;
     for (const Measurement& channel : all) figures.push_back(channel.statistics.Figures());

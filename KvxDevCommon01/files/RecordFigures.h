@@ -35,6 +35,24 @@ struct RecordAxis {
 /// The axis of record number `record` (from 0). Throws Error.
 KVX_API RecordAxis ReadRecordAxis(DataFileReader& file, std::size_t record);
 
+/// Figures of samples that come in standard units, as those of their unit. An object that was moved from can
+/// only be assigned to or destroyed.
+class KVX_API ShownStatistics {
+public:
+    explicit ShownStatistics(const CUnitCtrl& unit) : unit_(unit) {}
+
+    /// Takes the next samples; with imaginary parts, as many, the magnitudes count.
+    void Add(std::span<const double> real, std::span<const double> imaginary = {});
+    /// The figures of what was taken so far.
+    SampleFigures Figures() const { return statistics_.Figures(); }
+
+private:
+    CUnitCtrl unit_;
+    std::vector<double> shown_;
+    std::vector<double> imaginary_;
+    SampleStatistics statistics_;
+};
+
 /// The figures of channels of one record, in its unit; of complex samples those of the magnitudes. All of
 /// the channels have a block in memory at a time. Throws Error.
 KVX_API std::vector<SampleFigures> MeasureChannels(DataFileReader& file, std::span<const Channel> channels);
