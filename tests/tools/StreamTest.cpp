@@ -203,6 +203,9 @@ TEST(StandardStreams, AreInputAndOutputOfEveryCommand) {
         {"resample --down 2", "in.vdf2", "out.vdf2", ""},
         {"export", "in.vdf2", "out.csv", ""},
         {"export", "in.vdf2", "out.wav", "--as wav"},
+        {"convert", "in.csv", "out.wav", "--as wav"},
+        {"edit --name y", "in.vdf2", "out.csv", "--as csv"},
+        {"psd", "in.wav", "out.csv", "--as csv"},
         {"plot", "in.vdf2", "out.svg", ""},
         {"plot --title x", "in.vdf2", "out.png", "--as png"},
         {"spectrogram", "in.vdf2", "out.pdf", "--as pdf"},
@@ -267,8 +270,9 @@ TEST(Interrupts, EndEveryCommandAndLeaveNothingBehind) {
     int turn = 0;
     for (const char* command :
          {"info -", "psd - -o out.vdf2", "spectrum - -o out.vdf2", "xfr - -o out.vdf2", "export - -o out.csv",
-          "import - -o out.vdf2", "filter - -o out.wav --lowpass 9", "resample - -o out.vdf2 --down 2",
-          "plot - -o out.svg", "spectrogram - -o out.png", "synth - -o out.vdf2", "profile - -o out.txt"}) {
+          "import - -o out.vdf2", "convert - -o out.wav", "edit - -o out.vdf2",
+          "filter - -o out.wav --lowpass 9", "resample - -o out.vdf2 --down 2", "plot - -o out.svg",
+          "spectrogram - -o out.png", "synth - -o out.vdf2", "profile - -o out.txt"}) {
         const int signal = std::array{SIGINT, SIGTERM, SIGHUP}[static_cast<std::size_t>(turn++ % 3)];
         RunningTool tool(folder, command);
         EXPECT_TRUE(tool.Feed()) << command;

@@ -36,6 +36,11 @@ Option& Option::Values(int count) {
     return *this;
 }
 
+Option& Option::Many() {
+    option_->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(true);
+    return *this;
+}
+
 Option& Option::Check(const Complaint& complaint) {
     option_->check(complaint);
     return *this;

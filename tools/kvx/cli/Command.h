@@ -35,6 +35,8 @@ public:
     Option& Type(const std::string& name);
     /// Each time that the option is given, so many values follow. For a vector of strings.
     Option& Values(int count);
+    /// Of an argument: any number of values, one or more. For a vector of strings.
+    Option& Many();
     Option& Check(const Complaint& complaint);
     /// Lets the help list these values and refuses all others.
     Option& OneOf(const std::vector<std::string>& values);

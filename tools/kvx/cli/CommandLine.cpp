@@ -5,7 +5,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <new>
 #include <ranges>
@@ -30,7 +29,7 @@ namespace kvx::tool {
 namespace {
 
 int Report(const std::string& sentence, ExitStatus status) {
-    std::fprintf(stderr, "kvx: %s\n", Printable(sentence).c_str());
+    Complain(sentence);
     return status;
 }
 
@@ -93,7 +92,8 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
-    CLI::App app("Imports, describes, analyses and exports vibration data files (.vdf2).", "kvx");
+    CLI::App app("Converts, describes and analyses recordings of vibration, of any format and length.",
+                 "kvx");
     app.set_version_flag("--version", fmt::format("kvx {}", kVersion));
     app.get_formatter()->column_width(28);
     app.footer(
@@ -103,8 +103,9 @@ int RunCommandLine(int argc, const char* const* argv) {
                 HelpWidth()));
     Action action;
     for (const auto add :
-         {AddImport, AddInfo, AddPsd, AddSpectrum, AddXfr, AddFilter, AddCalibrate, AddResample, AddExport,
-          AddPlot, AddSpectrogram, AddSynth, AddProfile, AddUnits, AddKinds, AddShowValue, AddFolders}) {
+         {AddImport,   AddExport,  AddConvert, AddMerge,    AddEdit,      AddInfo,        AddPsd,
+          AddSpectrum, AddXfr,     AddFilter, AddCalibrate,  AddResample, AddPlot,      AddSpectrogram, AddSynth,
+          AddProfile,  AddFormats, AddUnits,   AddKinds,    AddShowValue, AddFolders}) {
         add(Command(&app, &action));
     }
 

@@ -6,19 +6,43 @@
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
 #include "cli/StandardStreams.h"
 
 namespace kvx::tool {
+namespace {
+
+/// The input that this thread works on among others; empty otherwise.
+thread_local std::string inputAmongOthers;
+
+}  // namespace
+
+AmongOthers::AmongOthers(std::string input) {
+    inputAmongOthers = std::move(input);
+}
+
+AmongOthers::~AmongOthers() {
+    inputAmongOthers.clear();
+}
+
+bool AmongOthers::IsSo() {
+    return !inputAmongOthers.empty();
+}
 
 void WriteText(ByteStream& stream, std::string_view text) {
     stream.Write(text.data(), text.size());
 }
 
 void Note(std::string_view text) {
-    std::fprintf(stderr, "kvx: note: %s\n", Printable(text).c_str());
+    std::string input = AmongOthers::IsSo() ? inputAmongOthers + ": " : std::string();
+    std::fprintf(stderr, "kvx: note: %s\n", Printable(input.append(text)).c_str());
+}
+
+void Complain(std::string_view sentence) {
+    std::fprintf(stderr, "kvx: %s\n", Printable(sentence).c_str());
 }
 
 void RequireAnotherFile(std::string_view input, std::string_view output) {
@@ -32,7 +56,7 @@ void RequireAnotherFile(std::string_view input, std::string_view output) {
     }
 }
 
-void RequireOneStandardInput(std::initializer_list<std::string_view> inputs) {
+void RequireOneStandardInput(std::span<const std::string> inputs) {
     if (std::ranges::count_if(inputs, IsStandardStream) > 1)
         throw ValueError("standard input can be only one of the inputs");
 }

@@ -3,7 +3,8 @@
 // Where results and remarks go.
 #pragma once
 
-#include <initializer_list>
+#include <span>
+#include <string>
 #include <string_view>
 
 #include <KvxDevCommon01/platform/ByteStream.h>
@@ -16,11 +17,26 @@ void WriteText(ByteStream& stream, std::string_view text);
 /// A remark on standard error: "kvx: note: TEXT".
 void Note(std::string_view text);
 
+/// A failure on standard error: "kvx: SENTENCE".
+void Complain(std::string_view sentence);
+
+/// While it lives, this thread works on one of several inputs: its notes name it, and it shows no progress.
+class AmongOthers {
+public:
+    explicit AmongOthers(std::string input);
+    ~AmongOthers();
+    AmongOthers(const AmongOthers&) = delete;
+    AmongOthers& operator=(const AmongOthers&) = delete;
+
+    /// Whether there is one on this thread.
+    static bool IsSo();
+};
+
 /// Throws ValueError when both paths name the same existing file: the output would destroy the input.
 /// "-" as the input is the file that standard input comes from; as the output it is never the same.
 void RequireAnotherFile(std::string_view input, std::string_view output);
 
 /// Throws ValueError when more than one of a command's inputs is "-".
-void RequireOneStandardInput(std::initializer_list<std::string_view> inputs);
+void RequireOneStandardInput(std::span<const std::string> inputs);
 
 }  // namespace kvx::tool

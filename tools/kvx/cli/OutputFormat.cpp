@@ -4,9 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <optional>
 #include <system_error>
-
-#include <KvxRecording01/Formats.h>
 
 #include "cli/Failure.h"
 #include "cli/StandardStreams.h"
@@ -14,30 +13,32 @@
 namespace kvx::tool {
 namespace {
 
-struct End {
+struct OwnEnd {
     std::string_view text;
-    OutputFormat format;
+    OwnFormat format;
 };
-std::string_view EndOfFormat(Format format, std::size_t index = 0) {
-    return RowOf(format).ends[index];
-}
+// clang-format off
+constexpr std::array kOwnEnds = {
+    OwnEnd{".txt",  OwnFormat::profile},
+    OwnEnd{".svg",  OwnFormat::svg},
+    OwnEnd{".pdf",  OwnFormat::pdf},
+    OwnEnd{".png",  OwnFormat::png},
+    OwnEnd{".jpg",  OwnFormat::jpeg},
+    OwnEnd{".jpeg", OwnFormat::jpeg},
+    OwnEnd{".gci2", OwnFormat::settings},
+};
+// clang-format on
 
-/// The ends of names: those of the formats of recordings, and those of what only the tool writes.
-const auto& Ends() {
-    // clang-format off
-    static const std::array ends = {
-        End{EndOfFormat(Format::dataFile), OutputFormat::dataFile},
-        End{EndOfFormat(Format::wav),      OutputFormat::wav},
-        End{EndOfFormat(Format::text, 0),  OutputFormat::csv},
-        End{EndOfFormat(Format::text, 1),  OutputFormat::text},
-        End{".svg",  OutputFormat::svg},
-        End{".pdf",  OutputFormat::pdf},
-        End{".png",  OutputFormat::png},
-        End{".jpg",  OutputFormat::jpeg},
-        End{".jpeg", OutputFormat::jpeg},
-        End{".gci2", OutputFormat::settings},
-    };
-    // clang-format on
+/// All ends of names of a format.
+std::vector<std::string_view> EndsOf(OutputFormat format) {
+    std::vector<std::string_view> ends;
+    if (const Format* const recording = std::get_if<Format>(&format)) {
+        std::ranges::copy_if(RowOf(*recording).ends, std::back_inserter(ends),
+                             [](std::string_view end) { return !end.empty(); });
+    } else {
+        for (const auto& [text, own] : kOwnEnds)
+            if (own == std::get<OwnFormat>(format)) ends.push_back(text);
+    }
     return ends;
 }
 
@@ -50,18 +51,28 @@ std::string EndOfName(const std::string& name) {
     return end;
 }
 
-/// The row of an end among those of `formats`; null when there is none.
-const End* Find(std::string_view end, std::span<const OutputFormat> formats) {
-    const auto row = std::ranges::find(Ends(), end, &End::text);
-    return row != Ends().end() && std::ranges::count(formats, row->format) > 0 ? &*row : nullptr;
+/// The one of `formats` that has this end.
+std::optional<OutputFormat> Find(std::string_view end, std::span<const OutputFormat> formats) {
+    for (const OutputFormat format : formats) {
+        const std::vector<std::string_view> ends = EndsOf(format);
+        if (std::ranges::find(ends, end) != ends.end()) return format;
+    }
+    return std::nullopt;
 }
 
 /// ".svg, .pdf, .png or .jpg", with the dots or without them.
 std::string ListOf(std::span<const OutputFormat> formats, bool hasDots = true) {
+    std::vector<std::string_view> ends;
+    for (const OutputFormat format : formats) {
+        const std::vector<std::string_view> own = EndsOf(format);
+        // Pictures have a second end that says the same.
+        const auto last = std::holds_alternative<Format>(format) ? own.end() : own.begin() + 1;
+        ends.insert(ends.end(), own.begin(), last);
+    }
     std::string list;
-    for (std::size_t i = 0; i < formats.size(); ++i) {
-        list += i == 0 ? "" : i + 1 < formats.size() ? ", " : " or ";
-        list += EndOf(formats[i]).substr(hasDots ? 0 : 1);
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+        list += i == 0 ? "" : i + 1 < ends.size() ? ", " : " or ";
+        list += ends[i].substr(hasDots ? 0 : 1);
     }
     return list;
 }
@@ -76,8 +87,16 @@ bool IsNoFile(const std::string& name) {
 
 }  // namespace
 
+std::vector<OutputFormat> RecordingFormats(Format first) {
+    std::vector<OutputFormat> formats = {first};
+    for (const FormatRow& row : Formats()) {
+        if (row.create != nullptr && row.format != first) formats.push_back(row.format);
+    }
+    return formats;
+}
+
 std::string_view EndOf(OutputFormat format) {
-    return std::ranges::find(Ends(), format, &End::format)->text;
+    return EndsOf(format).front();
 }
 
 Option AddOutputOptions(Command& command, const std::string& what, std::span<const OutputFormat> formats,
@@ -87,7 +106,7 @@ Option AddOutputOptions(Command& command, const std::string& what, std::span<con
     if (formats.size() > 1) {
         command
             .AddOption("--as", choice->as,
-                       "Format of - (default: " + ListOf(formats.first(1), false) +
+                       "Format of - (default: " + std::string(EndOf(formats.front()).substr(1)) +
                            ") or of a name without an end: " + ListOf(formats, false))
             .Type("FORMAT");
     }
@@ -95,21 +114,24 @@ Option AddOutputOptions(Command& command, const std::string& what, std::span<con
 }
 
 OutputFormat FormatOf(const OutputChoice& choice, std::span<const OutputFormat> formats) {
-    const End* const stated = Find("." + choice.as, formats);
-    if (!choice.as.empty() && stated == nullptr)
+    const std::optional<OutputFormat> stated = Find("." + choice.as, formats);
+    if (!choice.as.empty() && !stated)
         throw ValueError("--as: there is no " + Quote(choice.as) + ", only " + ListOf(formats, false));
     const std::string end = EndOfName(choice.name);
     if (end.empty() || IsNoFile(choice.name)) {
-        if (stated != nullptr) return stated->format;
+        if (stated) return *stated;
         if (IsNoFile(choice.name)) return formats.front();
     }
-    const End* const named = Find(end, formats);
-    if (named == nullptr) {
+    const std::optional<OutputFormat> named = Find(end, formats);
+    if (!named)
         throw ValueError("the output " + Quote(choice.name) + " does not end with " + ListOf(formats));
-    }
-    if (stated != nullptr && stated->format != named->format)
+    if (stated && stated != named)
         throw ValueError("--as " + choice.as + ": the output " + Quote(choice.name) + " ends with " + end);
-    return named->format;
+    return *named;
+}
+
+Format RecordingFormatOf(const OutputChoice& choice, Format first) {
+    return std::get<Format>(FormatOf(choice, RecordingFormats(first)));
 }
 
 }  // namespace kvx::tool

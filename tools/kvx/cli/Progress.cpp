@@ -7,6 +7,8 @@
 #include <atomic>
 #include <cstdio>
 
+#include "cli/Output.h"
+
 namespace kvx::tool {
 namespace {
 
@@ -20,7 +22,9 @@ static_assert(std::atomic<bool>::is_always_lock_free);
 }  // namespace
 
 Progress::Progress(std::string_view label)
-    : label_(label), terminal_(::isatty(STDERR_FILENO) == 1), next_(Clock::now() + kFirstDisplay) {}
+    : label_(label),
+      terminal_(!AmongOthers::IsSo() && ::isatty(STDERR_FILENO) == 1),
+      next_(Clock::now() + kFirstDisplay) {}
 
 Progress::~Progress() {
     ClearLine();

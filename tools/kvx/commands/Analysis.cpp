@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands/Analysis.h"
 
-#include <array>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -17,8 +16,6 @@ namespace kvx::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr std::array kLineFormats = {OutputFormat::dataFile};
 
 /// What `action` returns; an Error of it becomes a ValueError on behalf of the option.
 template <class Action>
@@ -128,14 +125,12 @@ std::string ReportText(const SpectraOptions& options, const std::vector<RecordSp
 }  // namespace
 
 void AddInputFile(Command& command, InputOptions* options) {
-    command
-        .AddOption("FILE", options->file,
-                   "Data file with time waveforms, text table or sound file, of any length")
+    command.AddOption("FILE", options->file, "Recording of any format with time waveforms, of any length")
         .Required();
 }
 
 std::unique_ptr<SignalReader> OpenWaveforms(const InputOptions& options, Progress& progress) {
-    return OpenSignal(options.file, options.channels, options.recording, false, progress);
+    return OpenSignal(options.file, options.part, options.recording, false, progress);
 }
 
 void AddBlockOptions(Command command, BlockOptions* options) {
@@ -161,7 +156,7 @@ BlockPlan PlanBlocks(const BlockOptions& options) {
 }
 
 void AddLinesOutput(Command& command, OutputChoice* output) {
-    AddOutputOptions(command, "Data file for the lines, else there is only a report", kLineFormats, output);
+    AddOutputOptions(command, "File for the lines, else there is only a report", RecordingFormats(), output);
 }
 
 void AddBandOptions(Command command, const std::string& figures, FrequencyBand* band) {
@@ -178,7 +173,7 @@ void AddJsonFlag(Command& command, LinesOptions* options) {
 void RequireLinesOutput(const LinesOptions& options) {
     if (options.output.name.empty()) return;
     RequireAnotherFile(options.input.file, options.output.name);
-    FormatOf(options.output, kLineFormats);
+    RecordingFormatOf(options.output);
 }
 
 Json JsonOf(const LinesOptions& options) {
@@ -215,11 +210,12 @@ std::string ChannelTable::Text() const {
     return FormatTable(columns, lines_);
 }
 
-void AddSpectraOptions(Command& command, SpectraOptions* options) {
-    AddInputFile(command, &options->input);
-    AddLinesOutput(command, &options->output);
+void AddSpectraOptions(Command& command, SpectraOptions* options, BatchOptions* batch) {
+    AddInputs(command, "FILE", "Recordings of any format with time waveforms, of any length", batch);
+    AddLinesOutput(command, &batch->output);
+    AddBatchOptions(command, batch);
     AddBlockOptions(command, &options->blocks);
-    AddChannelOptions(command, &options->input.channels);
+    AddPartOptions(command, &options->input.part);
     AddBandOptions(command, "rms, highest line and peaks", &options->band);
     command.AddOption("--peaks", options->peaks, "Report this many of the highest peaks of each channel")
         .Type("N")
@@ -228,12 +224,14 @@ void AddSpectraOptions(Command& command, SpectraOptions* options) {
     AddJsonFlag(command, options);
 }
 
-void RunSpectra(const SpectraOptions& options, ByteStream& out) {
+namespace {
+
+void RunOne(const SpectraOptions& options, ByteStream& out) {
     RequireLinesOutput(options);
     const SpectraChoice choice = {options.kind,
                                   PlanBlocks(options.blocks),
                                   {options.band, options.peaks, options.cutoffHz},
-                                  options.startSeconds,
+                                  0.0,
                                   "--cutoff"};
     std::wstring text;
     const std::vector<RecordSpectra> records = AnalyseInput(options.input, [&](Progress& progress) {
@@ -244,6 +242,19 @@ void RunSpectra(const SpectraOptions& options, ByteStream& out) {
     StoreLines(options, text, records);
     WriteText(ReportStream(options.output.name, out),
               options.json ? JsonText(options, records) : ReportText(options, records));
+}
+
+}  // namespace
+
+void RunSpectra(const SpectraOptions& options, const BatchOptions& batch, ByteStream& out) {
+    const auto one = [&](const std::string& input, const OutputChoice& output, ByteStream& report) {
+        SpectraOptions own = options;
+        own.input.file = input;
+        own.output = output;
+        RunOne(own, report);
+    };
+    RunBatch(batch, RecordingFormats(), options.json ? BatchReports::json : BatchReports::withHeading, one,
+             out);
 }
 
 }  // namespace kvx::tool

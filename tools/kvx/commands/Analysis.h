@@ -14,6 +14,7 @@
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxRecording01/RecordingAnalysis.h>
 
+#include "cli/Batch.h"
 #include "cli/Command.h"
 #include "cli/Failure.h"
 #include "cli/OutputFormat.h"
@@ -26,7 +27,7 @@ namespace kvx::tool {
 
 struct InputOptions {
     std::string file;
-    ChannelOptions channels;
+    PartOptions part;
     RecordingOptions recording;
 };
 
@@ -65,7 +66,7 @@ struct LinesOptions {
     bool json = false;
 };
 
-/// Describes -o for the lines, a data file; without it there is only a report.
+/// Describes -o for the lines; without it there is only a report.
 void AddLinesOutput(Command& command, OutputChoice* output);
 
 /// Describes --from and --to, which bound where a report looks for `figures`.
@@ -81,7 +82,7 @@ template <class Lines>
 void StoreLines(const LinesOptions& options, const std::wstring& text, const Lines& lines) {
     const std::string& output = options.output.name;
     if (output.empty()) return;
-    Doing("write", output, [&] { StoreDataFile(output, text, DataRecords(lines)); });
+    Doing("write", output, [&] { StoreRecords(options.output, text, DataRecords(lines)); });
 }
 
 /// What a report as JSON begins with.
@@ -106,15 +107,15 @@ private:
 
 struct SpectraOptions : LinesOptions {
     LineKind kind = LineKind::kAmplitude;
-    double startSeconds = 0.0;  ///< of the block whose complex lines are wanted
-    double cutoffHz = 0.0;      ///< of the motion that densities of accelerations tell of
-    std::size_t peaks = 0;      ///< how many to report
+    double cutoffHz = 0.0;  ///< of the motion that densities of accelerations tell of
+    std::size_t peaks = 0;  ///< how many to report
 };
 
-/// Describes the options that psd and spectrum have.
-void AddSpectraOptions(Command& command, SpectraOptions* options);
+/// Describes the inputs and options that psd and spectrum have.
+void AddSpectraOptions(Command& command, SpectraOptions* options, BatchOptions* batch);
 
-/// Analyses the chosen channels, stores the lines when an output is given and prints the report.
-void RunSpectra(const SpectraOptions& options, ByteStream& out);
+/// Analyses the chosen channels of each input, stores the lines when an output is given and prints the
+/// reports.
+void RunSpectra(const SpectraOptions& options, const BatchOptions& batch, ByteStream& out);
 
 }  // namespace kvx::tool

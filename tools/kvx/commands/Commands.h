@@ -8,6 +8,10 @@
 namespace kvx::tool {
 
 void AddImport(Command app);
+void AddConvert(Command app);
+void AddMerge(Command app);
+void AddEdit(Command app);
+void AddFormats(Command app);
 void AddInfo(Command app);
 void AddSpectrum(Command app);
 void AddPsd(Command app);

@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "commands/DataFiles.h"
 
-#include <string>
+#include <memory>
+#include <span>
 #include <utility>
 
-#include "cli/Failure.h"
-#include "cli/Options.h"
+#include <KvxDevCommon01/files/Channels.h>
+#include <KvxDevCommon01/platform/Path.h>
+#include <KvxRecording01/SignalRecords.h>
+#include <KvxRecording01/SignalRuns.h>
+
 #include "cli/StandardStreams.h"
+#include "commands/Signal.h"
+#include "commands/SignalWriter.h"
 
 namespace kvx::tool {
 
@@ -14,28 +20,30 @@ DataFileContent LoadDataFile(const std::string& path) {
     return kvx::LoadDataFile(WidePath(InputPath(path)));
 }
 
-void StoreDataFile(const std::string& path, const std::wstring& text, std::vector<CComDataBase> records) {
-    const DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), std::move(records)};
-    for (std::size_t r = 0; r < content.records.size(); ++r) RequireAxis(content.records[r], r);
-    OutputTarget target(path);
-    kvx::StoreDataFile(WidePath(target.Path()), content);
-    target.Deliver();
+void StoreRecords(const OutputChoice& output, const std::wstring& text, std::vector<CComDataBase> records) {
+    DataFileContent content = {CComHdr(CComHdr::EXT_INFO_VIB_DATA, text.c_str()), std::move(records)};
+    const Format format = RecordingFormatOf(output);
+    if (format == Format::dataFile) {
+        for (std::size_t r = 0; r < content.records.size(); ++r) RequireAxis(content.records[r], r);
+        OutputTarget target(output.name);
+        kvx::StoreDataFile(WidePath(target.Path()), content);
+        target.Deliver();
+        return;
+    }
+    const std::unique_ptr<SignalReader> reader =
+        SignalOfRecords(std::move(content), RowOf(format).hasOneRun, OptionNames());
+    const std::unique_ptr<SignalWriter> writer =
+        CreateSignal(output.name, format, reader->Runs(), {.text = text, .called = OptionNames()});
+    ReadRuns(*reader, [&](std::size_t run, std::span<double* const> columns, std::size_t count) {
+        writer->Write(run, columns, count);
+    });
+    writer->Commit();
 }
 
-void StoreDataFile(const std::string& path, const std::wstring& text, CComDataBase record) {
+void StoreRecords(const OutputChoice& output, const std::wstring& text, CComDataBase record) {
     std::vector<CComDataBase> records;
     records.push_back(std::move(record));
-    StoreDataFile(path, text, std::move(records));
-}
-
-void AddChannelOptions(Command command, ChannelOptions* options) {
-    command
-        .AddOption("--channels", options->channels,
-                   "Channels by name, number or range of numbers as 'kvx info' shows them: 1,3-4,top")
-        .Type("LIST");
-    command.AddOption("--record", options->record, "Only the channels of this record, counted from 1")
-        .Type("N")
-        .Check(WholeNumber(1, 1'000'000));
+    StoreRecords(output, text, std::move(records));
 }
 
 }  // namespace kvx::tool

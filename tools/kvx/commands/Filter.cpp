@@ -215,7 +215,7 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
     if (options.keepDelay && !options.HasFir()) throw UsageError("--keep-delay is for --fir and --fir-set");
     const std::string& output = options.stream.output.name;
     RequireAnotherFile(options.firFile.value_or(""), output);
-    RequireOneStandardInput({options.stream.input, options.firFile.value_or("")});
+    RequireOneStandardInput(std::vector<std::string>{options.stream.input, options.firFile.value_or("")});
     const bool isBySamples = !options.butterworths.empty() || options.HasFir();
     const PlanRun plan = isBySamples ? PlanSamples(options) : PlanSpectra(options);
     const std::string& input = options.stream.input;
@@ -241,8 +241,9 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
 
 void AddFilter(Command app) {
     const auto options = std::make_shared<FilterOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("filter", "Low-pass and high-pass filtering of time waveforms");
-    AddStreamFiles(command, &options->stream);
+    AddStreamFiles(command, batch.get());
     command.AddOption("--lowpass", options->lowPassHz, "Keep what lies below this frequency")
         .Type("HZ")
         .Check(PositiveNumber());
@@ -312,7 +313,8 @@ kvx filter mixed.vdf2 -o band.vdf2 --butterworth hp 2 5 --butterworth lp 6 50
 echo 0.25 0.5 0.25 > mean.txt
 kvx filter mixed.txt -o mean.wav --rate 1000 --fir mean.txt --full-scale 4
 )");
-    command.OnRun([=](ByteStream& out) { RunFilter(*options, out); });
+    command.OnRun(
+        [=](ByteStream& out) { RunStreams(*batch, BatchReports::withHeading, *options, RunFilter, out); });
 }
 
 }  // namespace kvx::tool

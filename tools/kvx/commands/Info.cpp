@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// kvx info: what a file of the suite holds.
+// kvx info: what a file holds, whatever its format.
 #include <fmt/format.h>
+#include <algorithm>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/files/FileHead.h>
@@ -14,7 +17,11 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/ConvData.h>
 #include <KvxDevCommon01/units/ShownValue.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/ValConv.h>
+#include <KvxRecording01/FileContent.h>
+#include <KvxRecording01/SignalFigures.h>
+#include <KvxRecording01/SignalRuns.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
@@ -23,6 +30,7 @@
 #include "cli/Progress.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
+#include "commands/Signal.h"
 #include "commands/UnitChoice.h"
 
 namespace kvx::tool {
@@ -33,6 +41,8 @@ using Json = nlohmann::ordered_json;
 struct InfoOptions {
     std::string file;
     bool json = false;
+    PartOptions part;
+    RecordingOptions recording;
 };
 
 /// When the file was last changed; empty for standard input.
@@ -42,6 +52,11 @@ std::string TimeText(const std::string& input) {
     CValConv::GetDateTimeString(&text, FileTime(WidePath(input)), CValConv::DATE_HYPHENS,
                                 CValConv::TIME_WESTERN, 1, 1);
     return ToUtf8(text);
+}
+
+Json JsonOf(const SampleFigures& figures) {
+    return {{"missing", figures.missing}, {"mean", figures.mean}, {"rms", figures.rms},
+            {"min", figures.min},         {"max", figures.max},   {"peak", figures.peak}};
 }
 
 Json JsonOf(const RecordOutline& record, const RecordFigures& measured) {
@@ -73,17 +88,12 @@ Json JsonOf(const RecordOutline& record, const RecordFigures& measured) {
                  {"channels", Json::array()}};
     for (std::size_t c = 0; c < measured.channels.size(); ++c) {
         const Channel& channel = measured.channels[c];
-        const SampleFigures& figures = measured.figures[c];
-        json["channels"].push_back({{"channel", channel.number},
-                                    {"row", channel.row + 1},
-                                    {"column", channel.column + 1},
-                                    {"name", ToUtf8(channel.name)},
-                                    {"missing", figures.missing},
-                                    {"mean", figures.mean},
-                                    {"rms", figures.rms},
-                                    {"min", figures.min},
-                                    {"max", figures.max},
-                                    {"peak", figures.peak}});
+        Json shown = {{"channel", channel.number},
+                      {"row", channel.row + 1},
+                      {"column", channel.column + 1},
+                      {"name", ToUtf8(channel.name)}};
+        shown.update(JsonOf(measured.figures[c]));
+        json["channels"].push_back(std::move(shown));
     }
     return json;
 }
@@ -174,29 +184,132 @@ std::string TextOf(const Json& facts) {
                         {"changed", orDash("changed")}});
 }
 
-void RunInfo(const InfoOptions& options, ByteStream& out) {
+// ---- recordings of other formats, and parts of data files ----
+
+/// The figures of a run, in which channels may have units of their own.
+std::string_view TypeOf(const SignalRun& run) {
+    RecordOutline outline;
+    outline.fields.hunit = run.axisUnit;
+    outline.isComplex = std::ranges::any_of(run.channels, &SignalRun::Channel::isComplex);
+    return RecordType(outline);
+}
+
+Json JsonOf(const SignalRun& run, const RunFigures& measured) {
+    Json axis = {{"unit", UnitText(CUnitCtrl(DimensionOf(run.axisUnit)))},
+                 {"first", measured.first},
+                 {"last", measured.last}};
+    if (!run.isListed) {
+        axis["delta"] = run.delta;
+        axis["offset"] = run.offset;
+    }
+    if (run.IsWaveform()) {
+        axis["rate"] = RateOf(run);
+        axis["duration"] = static_cast<double>(run.samples) * run.delta;
+    }
+    Json json = {{"record", run.record},   {"type", TypeOf(run)}, {"title", ToUtf8(run.title)},
+                 {"samples", run.samples}, {"axis", axis},        {"channels", Json::array()}};
+    for (std::size_t c = 0; c < run.channels.size(); ++c) {
+        const SignalRun::Channel& channel = run.channels[c];
+        Json shown = {{"channel", channel.number},
+                      {"name", ToUtf8(channel.name)},
+                      {"unit", UnitText(channel.unit)},
+                      {"complex", channel.isComplex}};
+        shown.update(JsonOf(measured.channels[c]));
+        json["channels"].push_back(std::move(shown));
+    }
+    return json;
+}
+
+std::string TextOf(const SignalRun& run, const RunFigures& measured) {
+    const CUnitCtrl axis(DimensionOf(run.axisUnit));
+    std::string text = fmt::format("record {}: {}, {} of {}{}\n  ", run.record, TypeOf(run),
+                                   Count(std::ssize(run.channels), "channel"), Count(run.samples, "sample"),
+                                   run.title.empty() ? "" : ", " + Printable(ToUtf8(run.title)));
+    if (run.IsWaveform()) {
+        text +=
+            fmt::format("rate {}, from {} (offset {}), duration {}\n",
+                        AxisFigure(CUnitCtrl::DIM_FREQUENCY, RateOf(run)), AxisFigure(axis, measured.first),
+                        run.offset, AxisFigure(axis, static_cast<double>(run.samples) * run.delta));
+    } else {
+        text += run.isListed ? "an axis value per sample" : "spacing " + AxisFigure(axis, run.delta);
+        text += fmt::format(", from {} to {}\n", AxisFigure(axis, measured.first),
+                            AxisFigure(axis, measured.last));
+    }
+    if (std::ranges::any_of(run.channels, &SignalRun::Channel::isComplex))
+        text += "  figures of complex channels are those of the magnitudes\n";
+    std::vector<std::vector<std::string>> lines = {
+        {"channel", "name", "unit", "mean", "rms", "min", "max", "peak"}};
+    __int64 missing = 0;
+    for (std::size_t c = 0; c < run.channels.size(); ++c) {
+        const SignalRun::Channel& channel = run.channels[c];
+        const SampleFigures& s = measured.channels[c];
+        missing += s.missing;
+        lines.push_back({std::to_string(channel.number), ToUtf8(channel.name), UnitText(channel.unit),
+                         Figure(s.mean), Figure(s.rms), Figure(s.min), Figure(s.max), Figure(s.peak)});
+    }
+    if (missing > 0) text += "  " + Count(missing, "sample") + " without a value left out\n";
+    return text + FormatTable({Align::right, Align::left, Align::left, Align::right, Align::right,
+                               Align::right, Align::right, Align::right},
+                              lines);
+}
+
+std::string SignalText(const InfoOptions& options) {
+    Progress progress("reading " + InputName(options.file));
+    const std::unique_ptr<SignalReader> reader = OpenSignal(
+        options.file, options.part, options.recording, false, progress, {.anyRun = true, .missing = true});
+    const std::vector<RunFigures> figures = MeasureSignal(*reader, progress.Function());
+    const std::string_view format = RecognizeFile(InputPath(options.file)).name;
+    Json json = {{"file", options.file},           {"format", format},
+                 {"text", ToUtf8(reader->Text())}, {"changed", TimeText(options.file)},
+                 {"properties", Json::object()},   {"remarks", reader->Remarks()},
+                 {"records", Json::array()}};
+    std::vector<std::vector<std::string>> facts = {{"format", std::string(format)},
+                                                   {"text", ToUtf8(reader->Text())},
+                                                   {"changed", TimeText(options.file)}};
+    for (const auto& [name, text] : reader->Properties()) {
+        json["properties"][name] = text;
+        facts.push_back({name, text});
+    }
+    for (std::vector<std::string>& fact : facts)
+        if (fact[1].empty()) fact[1] = "-";
+    std::string text = InputName(options.file) + "\n" + FormatTable({Align::left, Align::left}, facts);
+    for (std::size_t r = 0; r < figures.size(); ++r) {
+        json["records"].push_back(JsonOf(reader->Runs()[r], figures[r]));
+        text += "\n" + TextOf(reader->Runs()[r], figures[r]);
+    }
+    return options.json ? json.dump(2) + "\n" : text;
+}
+
+/// What any file of the suite holds, by its header and records.
+std::string SuiteFileText(const InfoOptions& options) {
+    InputFile file(WidePath(InputPath(options.file)));
+    const FileHead head = ReadFileHead(file);
+    Json json = JsonOf(options.file, head.header, head.isFirstGeneration);
     std::string text;
-    Doing("read", options.file, [&] {
-        InputFile file(WidePath(InputPath(options.file)));
-        const FileHead head = ReadFileHead(file);
-        Json json = JsonOf(options.file, head.header, head.isFirstGeneration);
-        if (!options.json) text = TextOf(json);
-        if (head.header.CheckGrpType(CComHdr::GRP_DATA)) {
-            file.Seek(0);
-            DataFileReader reader(file);
-            Progress progress("reading " + InputName(options.file));
-            for (const RecordFigures& measured : MeasureRecords(reader, progress.Function())) {
-                const RecordOutline& record = reader.Records()[measured.record];
-                if (options.json) {
-                    json["records"].push_back(JsonOf(record, measured));
-                } else {
-                    text += "\n" + TextOf(record, measured);
-                }
+    if (!options.json) text = TextOf(json);
+    if (head.header.CheckGrpType(CComHdr::GRP_DATA)) {
+        file.Seek(0);
+        DataFileReader reader(file);
+        Progress progress("reading " + InputName(options.file));
+        for (const RecordFigures& measured : MeasureRecords(reader, progress.Function())) {
+            const RecordOutline& record = reader.Records()[measured.record];
+            if (options.json) {
+                json["records"].push_back(JsonOf(record, measured));
+            } else {
+                text += "\n" + TextOf(record, measured);
             }
-        } else {
-            text += "a settings or definition file: it has the common header and no data records\n";
         }
-        if (options.json) text = json.dump(2) + "\n";
+    } else {
+        text += "a settings or definition file: it has the common header and no data records\n";
+    }
+    return options.json ? json.dump(2) + "\n" : text;
+}
+
+void RunInfo(const InfoOptions& options, ByteStream& out) {
+    const std::string text = Doing("read", options.file, [&] {
+        if (!IsDataFile(options.file) || !options.part.IsAll()) return SignalText(options);
+        RequireNothingStated(options.recording);
+        return SuiteFileText(options);
     });
     WriteText(out, text);
 }
@@ -205,12 +318,17 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
 
 void AddInfo(Command app) {
     const auto options = std::make_shared<InfoOptions>();
-    Command command = app.AddCommand("info", "Describe a file of the suite and its data");
-    command.AddOption("FILE", options->file, "File of either generation; one without data shows its header")
+    Command command = app.AddCommand("info", "Describe a recording of any format or a file of the suite");
+    command
+        .AddOption("FILE", options->file,
+                   "Recording of any format; a file of the suite without data shows its header")
         .Required();
     command.AddFlag("--json", options->json, "As JSON, with all digits");
+    AddPartOptions(command, &options->part);
+    AddRecordingOptions(command, &options->recording);
     command.SetFooter(R"(
-Figures are in the unit of the record; peak is the largest magnitude.
+Figures are in the unit of the channel; peak is the largest magnitude. A recording is read once, block
+by block, however long it is.
 )",
                       R"(
 printf '0,0.1\n0.5,0.3\n1,0.2\n' | kvx import /dev/stdin -o shaker.vdf2 --unit g --text 'Shaker 3'

@@ -21,9 +21,9 @@ namespace {
 
 using plot::PictureFormat;
 
-constexpr std::array kPictureFormats = {OutputFormat::svg, OutputFormat::pdf, OutputFormat::png,
-                                        OutputFormat::jpeg};
-constexpr std::array kSettingsFormats = {OutputFormat::settings};
+constexpr std::array<OutputFormat, 4> kPictureFormats = {OwnFormat::svg, OwnFormat::pdf, OwnFormat::png,
+                                                         OwnFormat::jpeg};
+constexpr std::array<OutputFormat, 1> kSettingsFormats = {OwnFormat::settings};
 
 plot::Size SizeInPixels(const PictureChoice& choice) {
     if (const auto size = plot::ParsePictureSize(choice.size, choice.pixelsPerInch)) return *size;

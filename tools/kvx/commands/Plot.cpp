@@ -7,16 +7,20 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxRecording01/ProfileText.h>
+#include <KvxRecording01/SignalRecords.h>
 
 #include "cli/Failure.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
+#include "cli/Progress.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
 #include "commands/DataFiles.h"
 #include "commands/PictureChoice.h"
+#include "commands/Signal.h"
 #include "commands/UnitChoice.h"
 
 namespace kvx::tool {
@@ -25,7 +29,8 @@ namespace {
 struct PlotOptions {
     std::string input;
     PictureChoice picture;
-    ChannelOptions channels;
+    PartOptions part;
+    RecordingOptions recording;
     AxisOptions x;
     AxisOptions y;
     std::string unit;
@@ -84,13 +89,37 @@ void AddProfileText(std::vector<plot::RecordGraph>& graphs, const ProfileText& t
     if (!isUsed) throw Error(ErrorKind::kBadValue, "no density to be drawn is of its unit");
 }
 
+/// What is drawn: records, which graphs look at, and the chosen channels of them.
+struct Drawing {
+    DataFileContent content;
+    std::vector<Channel> channels;
+};
+
+Drawing ReadDrawing(const PlotOptions& options) {
+    Drawing drawing;
+    const PartOptions& part = options.part;
+    if (IsDataFile(options.input) && !part.start && !part.end) {
+        RequireNothingStated(options.recording);
+        drawing.content = LoadDataFile(options.input);
+        drawing.channels = SelectChannels(drawing.content, {part.channels, part.record});
+        return drawing;
+    }
+    Progress progress("reading " + InputName(options.input));
+    const std::unique_ptr<SignalReader> reader = OpenSignal(options.input, part, options.recording, false,
+                                                            progress, {.anyRun = true, .missing = true});
+    drawing.content = RecordsOfSignal(*reader, progress.Function());
+    drawing.channels = ListChannels(drawing.content);
+    return drawing;
+}
+
 void RunPlot(const PlotOptions& options, ByteStream& out) {
-    RequireOneStandardInput({options.input, options.profile, options.picture.settings});
+    RequireOneStandardInput(
+        std::vector<std::string>{options.input, options.profile, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {options.input, options.profile});
     const plot::RecordGraphChoice choice = ChoiceOf(options);
-    const DataFileContent content = Doing("read", options.input, [&] { return LoadDataFile(options.input); });
+    const Drawing drawing = Doing("read", options.input, [&] { return ReadDrawing(options); });
     std::vector<plot::RecordGraph> graphs = Doing("draw", options.input, [&] {
-        auto made = plot::MakeRecordGraphs(content, SelectChannels(content, options.channels), choice);
+        auto made = plot::MakeRecordGraphs(drawing.content, drawing.channels, choice);
         RequireUse(made, options, choice);
         return made;
     });
@@ -99,7 +128,7 @@ void RunPlot(const PlotOptions& options, ByteStream& out) {
               [&] { AddProfileText(graphs, ReadProfileText(InputPath(options.profile))); });
     }
     const plot::GraphSheet sheet = Doing("draw", options.input, [&] {
-        const std::wstring title = target.title.value_or(content.header.GetName());
+        const std::wstring title = target.title.value_or(drawing.content.header.GetName());
         plot::GraphSheet made(std::move(graphs), title, target.look);
         made.RequireSomethingSeen(choice.y.name);
         return made;
@@ -112,9 +141,9 @@ void RunPlot(const PlotOptions& options, ByteStream& out) {
 void AddPlot(Command app) {
     const auto options = std::make_shared<PlotOptions>();
     Command command = app.AddCommand("plot", "Draw waveforms, spectra, densities and transfer functions");
-    command.AddOption("FILE", options->input, "Data file").Required();
+    command.AddOption("FILE", options->input, "Recording of any format").Required();
     AddPictureOptions(command, &options->picture);
-    AddChannelOptions(command, &options->channels);
+    AddPartOptions(command, &options->part);
     AddAxisOptions(command, "x", "seconds or hertz; either may be left out: 10,2000 or 10,", &options->x);
     AddAxisOptions(command, "y", "the unit of the values; of phases in degrees", &options->y);
     command.AddOption("--unit", options->unit, "Show the values in this unit: m/s2, (m/s2)2/Hz ...")
@@ -139,6 +168,8 @@ void AddPlot(Command app) {
         .AddOption("--profile", options->profile,
                    "Draw this profile (see 'kvx synth') into the panes of densities")
         .Type("FILE");
+    options->recording.unitName = "--input-unit";
+    AddRecordingOptions(command, &options->recording);
     command.SetFooter(R"(
 Waveforms are drawn on linear axes, spectra and densities on logarithmic ones, transfer functions as
 magnitude and phase. Channels of different records, and so of different units, have panes of their

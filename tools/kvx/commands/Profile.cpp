@@ -31,7 +31,7 @@
 namespace kvx::tool {
 namespace {
 
-constexpr std::array kProfileFormats = {OutputFormat::text, OutputFormat::dataFile};
+constexpr std::array<OutputFormat, 2> kProfileFormats = {OwnFormat::profile, Format::dataFile};
 
 struct ProfileOptions {
     std::string profile;
@@ -121,7 +121,7 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
     const std::string& output = options.output.name;
     if (!output.empty()) RequireAnotherFile(options.profile, output);
     const bool isDataFile =
-        !output.empty() && FormatOf(options.output, kProfileFormats) == OutputFormat::dataFile;
+        !output.empty() && FormatOf(options.output, kProfileFormats) == OutputFormat(Format::dataFile);
     const std::optional<Grid> grid = ParseLines(options.lines);
     if (isDataFile && !grid) {
         throw UsageError("--lines is required for a data file: it tells where the lines stand");
@@ -175,8 +175,8 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
         Doing("write", output, [&] {
             if (isDataFile) {
                 ProfileIn(text, density);  // in the standard unit, too, levels must be numbers
-                StoreDataFile(output, FromUtf8(SourceText(options.profile)).value_or(L""),
-                              RecordOf(lines, grid->spacingHz, density));
+                StoreRecords(options.output, FromUtf8(SourceText(options.profile)).value_or(L""),
+                             RecordOf(lines, grid->spacingHz, density));
                 return;
             }
             if (grid) profile = ProfileOfLines(lines, grid->spacingHz);

@@ -11,8 +11,9 @@ namespace kvx::tool {
 
 void AddPsd(Command app) {
     const auto options = std::make_shared<SpectraOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("psd", "Averaged power spectral density of time waveforms");
-    AddSpectraOptions(command, options.get());
+    AddSpectraOptions(command, options.get(), batch.get());
     command
         .AddOption("--cutoff", options->cutoffHz,
                    "Lowest frequency of the motion (default: that of the first line above 0 Hz)")
@@ -34,7 +35,7 @@ kvx synth profile.txt -o random.vdf2 --rate 8192 --duration 20
 kvx psd random.vdf2 -o random-psd.vdf2 --block 2048 --from 20 --to 2000 --peaks 3
 )");
     options->kind = LineKind::kDensity;
-    command.OnRun([=](ByteStream& out) { RunSpectra(*options, out); });
+    command.OnRun([=](ByteStream& out) { RunSpectra(*options, *batch, out); });
 }
 
 }  // namespace kvx::tool

@@ -106,8 +106,9 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
 
 void AddResample(Command app) {
     const auto options = std::make_shared<ResampleOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("resample", "Change the sampling rate of time waveforms of any length");
-    AddStreamFiles(command, &options->stream);
+    AddStreamFiles(command, batch.get());
     command.AddOption("--down", options->down, "Divide the rate by 2, 4, 5, 8, 10 ... up to 500")
         .Type("RATIO");
     command.AddOption("--up", options->up, "Multiply the rate by such a ratio").Type("RATIO");
@@ -133,7 +134,8 @@ kvx resample sine.vdf2 -o slow.vdf2 --down 8
 kvx resample slow.vdf2 -o fast.vdf2 --rate 8000
 kvx resample sine.txt -o sine.wav --input-rate 8000 --up 2
 )");
-    command.OnRun([=](ByteStream& out) { RunResample(*options, out); });
+    command.OnRun(
+        [=](ByteStream& out) { RunStreams(*batch, BatchReports::withHeading, *options, RunResample, out); });
 }
 
 }  // namespace kvx::tool

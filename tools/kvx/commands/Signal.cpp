@@ -5,6 +5,7 @@
 
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxRecording01/Formats.h>
+#include <KvxRecording01/SignalPart.h>
 #include <KvxRecording01/TextLines.h>
 
 #include "cli/Failure.h"
@@ -65,6 +66,28 @@ std::unique_ptr<SignalReader> Opened(Open open) try {
 
 }  // namespace
 
+void AddPartOptions(Command command, PartOptions* options) {
+    command
+        .AddOption("--channels", options->channels,
+                   "Channels by name, number or range of numbers as 'kvx info' shows them: 1,3-4,top")
+        .Type("LIST");
+    AddRangeOptions(command, options);
+}
+
+void AddRangeOptions(Command command, PartOptions* options) {
+    command.AddOption("--record", options->record, "Only the channels of this record, counted from 1")
+        .Type("N")
+        .Check(WholeNumber(1, 1'000'000));
+    command
+        .AddOption("--start", options->start,
+                   "Only what lies from here on: seconds, of lines the unit of their axis")
+        .Type("PLACE")
+        .Check(FiniteNumber());
+    command.AddOption("--end", options->end, "Only what lies before here")
+        .Type("PLACE")
+        .Check(FiniteNumber());
+}
+
 void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command
         .AddOption(options->rateName, options->rateHz,
@@ -121,24 +144,21 @@ StatementNames OptionNames(const RecordingOptions& options) {
             .record = "--record"};
 }
 
-std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
-                                            const RecordingOptions& options, Progress& progress) {
-    const RecordingStatements stated = StatementsOf(path, options);
-    return Opened([&] {
-        return SettleSignal(kvx::OpenRecording(InputPath(path), stated, progress.Function()), {channels, 0},
-                            stated);
-    });
+void RequireNothingStated(const RecordingOptions& options) {
+    kvx::RequireNothingStated(StatementsOf("", options));
 }
 
-std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
+std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const PartOptions& part,
                                          const RecordingOptions& options, bool isForSound, Progress& progress,
                                          const SignalKinds& kinds) {
     const std::string file = InputPath(path);
     RecordingStatements stated = StatementsOf(path, options);
     if (isForSound && !IsSound(RecognizeFile(file).format)) stated.fullScale.reset();
+    const auto open = [&] {
+        return kvx::OpenSignal(file, {part.channels, part.record}, stated, progress.Function(), kinds);
+    };
     return Opened([&] {
-        return kvx::OpenSignal(file, {channels.channels, channels.record}, stated, progress.Function(),
-                               kinds);
+        return OpenPart(open, {part.start, part.end, "--start", "--end"}, progress.Function());
     });
 }
 

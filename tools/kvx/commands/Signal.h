@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Signals as the command line names them: a data file, a text table or a sound file and what is stated of it.
+// Signals as the command line names them: a file of any format, which part of it is meant, and what is stated
+// of it.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,11 +13,24 @@
 
 #include "cli/Command.h"
 #include "cli/Progress.h"
-#include "commands/DataFiles.h"
 
 namespace kvx::tool {
 
-/// What a person states of a text table or sound file.
+/// What of a recording a command works on.
+struct PartOptions {
+    std::string channels = {};
+    std::size_t record = 0;
+    std::optional<double> start = std::nullopt;
+    std::optional<double> end = std::nullopt;
+
+    bool IsAll() const { return channels.empty() && record == 0 && !start && !end; }
+};
+
+void AddPartOptions(Command command, PartOptions* options);
+/// The same without --channels.
+void AddRangeOptions(Command command, PartOptions* options);
+
+/// What a person states of a recording of another format than the suite's.
 struct RecordingOptions {
     std::string rateName = "--rate";  ///< option of the rate
     std::string unitName = "--unit";  ///< option of the units
@@ -39,14 +54,12 @@ bool IsDataFile(const std::string& input);
 /// How the options name what they state.
 StatementNames OptionNames(const RecordingOptions& options = {});
 
-/// Opens a text table or a sound file, of which `channels` chooses. Remarks go to standard error. Throws
-/// Error or ValueError.
-std::unique_ptr<SignalReader> OpenRecording(const std::string& path, const std::string& channels,
-                                            const RecordingOptions& options, Progress& progress);
+/// Throws Error when something is stated, as it cannot be of a data file; ValueError.
+void RequireNothingStated(const RecordingOptions& options);
 
-/// Opens a file of any format. Of what is no sound a full scale may be stated only when a sound file is to be
-/// written (`isForSound`). Remarks go to standard error. Throws Error or ValueError.
-std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const ChannelOptions& channels,
+/// Opens a part of a file of any format. Of what is no sound a full scale may be stated only when a sound
+/// file is to be written (`isForSound`). Remarks go to standard error. Throws Error or ValueError.
+std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const PartOptions& part,
                                          const RecordingOptions& options, bool isForSound, Progress& progress,
                                          const SignalKinds& kinds = {});
 

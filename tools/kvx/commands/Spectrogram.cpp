@@ -55,7 +55,7 @@ void AppendGraphs(const RunSlices& slices, const SignalRun& run, const Spectrogr
 
 void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
     const std::string& input = options.input.file;
-    RequireOneStandardInput({input, options.picture.settings});
+    RequireOneStandardInput(std::vector<std::string>{input, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {input});
     const plot::RecordGraphChoice choice = ResolveGraphs(options.x, options.y, options.unit);
     const BlockPlan plan = PlanBlocks(options.blocks);
@@ -88,7 +88,7 @@ void AddSpectrogram(Command app) {
         app.AddCommand("spectrogram", "Draw how the spectrum changes: a colour map or a waterfall");
     AddInputFile(command, &options->input);
     AddPictureOptions(command, &options->picture);
-    AddChannelOptions(command, &options->input.channels);
+    AddPartOptions(command, &options->input.part);
     AddBlockOptions(command, &options->blocks);
     command.AddFlag("--density", options->isDensity, "Spectral densities instead of peak amplitudes");
     command.AddFlag("--waterfall", options->isWaterfall, "A waterfall instead of a colour map");

@@ -3,8 +3,6 @@
 // kvx spectrum: averaged amplitude spectra, or the complex spectrum of one block.
 #include <memory>
 
-#include "cli/Failure.h"
-#include "cli/Options.h"
 #include "commands/Analysis.h"
 #include "commands/Commands.h"
 
@@ -12,14 +10,13 @@ namespace kvx::tool {
 
 void AddSpectrum(Command app) {
     const auto options = std::make_shared<SpectraOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     const auto isComplex = std::make_shared<bool>(false);
     Command command = app.AddCommand("spectrum", "Amplitude spectrum of time waveforms");
-    AddSpectraOptions(command, options.get());
-    command.AddFlag("--complex", *isComplex, "Complex spectrum of one block instead of averaged amplitudes");
-    command
-        .AddOption("--start", options->startSeconds, "Begin of that block, in seconds from the first sample")
-        .Type("S")
-        .Check(NonNegativeNumber());
+    AddSpectraOptions(command, options.get(), batch.get());
+    command.AddFlag("--complex", *isComplex,
+                    "Complex spectrum of the first block, or of that from --start on, instead of "
+                    "averaged amplitudes");
     command.SetFooter(R"(
 Peak amplitudes in the channel's unit: a sine of amplitude A that stands on a line reads A with
 every window. The rms is that of the signal in the band, freed of the window's spreading.
@@ -31,12 +28,8 @@ kvx spectrum sine.vdf2 --block 1024 --window flat-top
 kvx spectrum sine.vdf2 -o block.vdf2 --block 1024 --complex --start 0.5
 )");
     command.OnRun([=](ByteStream& out) {
-        if (*isComplex) {
-            options->kind = LineKind::kComplex;
-        } else if (options->startSeconds > 0.0) {
-            throw UsageError("--start chooses the block of --complex; without that all blocks are averaged");
-        }
-        RunSpectra(*options, out);
+        if (*isComplex) options->kind = LineKind::kComplex;
+        RunSpectra(*options, *batch, out);
     });
 }
 

@@ -2,7 +2,6 @@
 #include "commands/Stream.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <span>
 
@@ -14,38 +13,33 @@
 #include "cli/StandardStreams.h"
 
 namespace kvx::tool {
-namespace {
 
-constexpr std::array kSignalFormats = {OutputFormat::dataFile, OutputFormat::wav};
-
-}  // namespace
-
-bool StreamOptions::IsForSound() const {
-    return FormatOf(output, kSignalFormats) == OutputFormat::wav;
+Format StreamOptions::FormatOfOutput() const {
+    return RecordingFormatOf(output, first);
 }
 
-void AddStreamFiles(Command& command, StreamOptions* options) {
-    command
-        .AddOption("FILE", options->input,
-                   "Data file with time waveforms, text table or sound file, of any length")
+void AddStreamFiles(Command& command, BatchOptions* options) {
+    AddInputs(command, "FILE", "Recordings of any format with time waveforms, of any length", options);
+    AddOutputOptions(command, "Output, of several inputs a folder", RecordingFormats(), &options->output)
         .Required();
-    AddOutputOptions(command, "Output: a data file or sound", kSignalFormats, &options->output).Required();
+    AddBatchOptions(command, options);
 }
 
 void AddStreamOptions(Command& command, const std::string& rateName, StreamOptions* options) {
-    AddChannelOptions(command, &options->channels);
+    AddPartOptions(command, &options->part);
     options->recording.rateName = rateName;
     AddRecordingOptions(command, &options->recording);
     AddSamplesOption(command, &options->samples);
 }
 
-std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options) {
+std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options,
+                                        const SignalKinds& kinds) {
     RequireAnotherFile(options.input, options.output.name);
-    const bool isForSound = options.IsForSound();
+    const bool isForSound = IsSound(options.FormatOfOutput());
     WavSamplesOf({options.samples, {}});  // a wrong kind is told before the work
     return Doing(verb, options.input, [&] {
         Progress progress("reading " + InputName(options.input));
-        return OpenSignal(options.input, options.channels, options.recording, isForSound, progress);
+        return OpenSignal(options.input, options.part, options.recording, isForSound, progress, kinds);
     });
 }
 
@@ -54,7 +48,7 @@ std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const s
     const std::string& name = options.output.name;
     const WavOptions wav = WavOptionsOf({options.samples, options.recording.fullScale});
     return Doing("write", name, [&] {
-        return CreateSignal(name, options.IsForSound() ? Format::wav : Format::dataFile, runs,
+        return CreateSignal(name, options.FormatOfOutput(), runs,
                             {text, wav, OptionNames(options.recording)});
     });
 }

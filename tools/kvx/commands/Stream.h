@@ -14,6 +14,7 @@
 
 #include <KvxDevCommon01/dsp/SampleProcess.h>
 
+#include "cli/Batch.h"
 #include "cli/Command.h"
 #include "cli/OutputFormat.h"
 #include "commands/Signal.h"
@@ -31,21 +32,37 @@ inline constexpr std::array kEndNames = {EndName{"hold", Ends::held}, EndName{"z
 struct StreamOptions {
     std::string input;
     OutputChoice output;
-    ChannelOptions channels;
+    PartOptions part;
     RecordingOptions recording;  ///< its full scale is that of the output, too
     std::string samples = "float";
 
-    /// Throws ValueError when the output's name tells neither.
-    bool IsForSound() const;
+    /// Throws ValueError when the output's name tells none.
+    Format FormatOfOutput() const;
+
+    Format first = Format::dataFile;  ///< of an output that tells none
 };
-/// Describes the input and the output.
-void AddStreamFiles(Command& command, StreamOptions* options);
+/// Describes the inputs and the output.
+void AddStreamFiles(Command& command, BatchOptions* options);
+/// Runs `work` for each input with the options that name it and its output.
+template <class Options, class Work>
+void RunStreams(const BatchOptions& batch, BatchReports reports, const Options& options, Work work,
+                ByteStream& out) {
+    const auto one = [&](const std::string& input, const OutputChoice& output, ByteStream& report) {
+        Options own = options;
+        own.stream.input = input;
+        own.stream.output = output;
+        work(own, report);
+    };
+    RunBatch(batch, RecordingFormats(options.stream.first), reports, one, out);
+}
+
 /// Describes the other options; `rateName` is that of the input's true rate.
 void AddStreamOptions(Command& command, const std::string& rateName, StreamOptions* options);
 
 /// Opens the input on behalf of `verb`; throws Failure, ValueError or UsageError.
-std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options);
-/// Begins the data file or WAV file that the output's name asks for, on behalf of its writing.
+std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options,
+                                        const SignalKinds& kinds = {});
+/// Begins the file that the output's name asks for, on behalf of its writing.
 std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const std::wstring& text,
                                            const std::vector<SignalRun>& runs);
 

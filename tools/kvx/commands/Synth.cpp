@@ -2,7 +2,6 @@
 //
 // kvx synth: a random waveform of a given power spectral density.
 #include <fmt/format.h>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -32,8 +31,6 @@
 
 namespace kvx::tool {
 namespace {
-
-constexpr std::array kSynthFormats = {OutputFormat::dataFile};
 
 struct SynthOptions {
     std::string profile;
@@ -86,7 +83,7 @@ CComDataWave MakeRecord(double seconds, double rateHz, const CUnitCtrl& unit, co
 void RunSynth(const SynthOptions& options, ByteStream& out) {
     const std::string& output = options.output.name;
     RequireAnotherFile(options.profile, output);
-    FormatOf(options.output, kSynthFormats);
+    RecordingFormatOf(options.output);
     const std::wstring name = FromUtf8(options.name).value_or(L"");
     if (name.empty()) throw ValueError("--name: " + Quote(options.name) + " is empty or not UTF-8");
     CComDataWave wave;
@@ -118,7 +115,7 @@ void RunSynth(const SynthOptions& options, ByteStream& out) {
                                      {"peak", shown(figures.peak)},
                                      {"crest factor", FormatNumber(figures.peak / figures.rms, 4)}}));
     });
-    Doing("write", output, [&] { StoreDataFile(output, text, std::move(wave)); });
+    Doing("write", output, [&] { StoreRecords(options.output, text, std::move(wave)); });
     WriteText(ReportStream(output, out), summary);
 }
 
@@ -131,7 +128,7 @@ void AddSynth(Command app) {
         .AddOption("PROFILE", options->profile,
                    "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
         .Required();
-    AddOutputOptions(command, "Data file to write", kSynthFormats, &options->output).Required();
+    AddOutputOptions(command, "Output", RecordingFormats(), &options->output).Required();
     command
         .AddOption("--rate", options->rateHz,
                    "Sampling rate; without it the power of two from 2.56 times the highest frequency on")

@@ -99,7 +99,7 @@ void RunXfr(const XfrOptions& options, ByteStream& out) {
         choice.isByPart = !options.responses.empty() && IsDataFile(options.input.file);
         const auto open = [&](const std::string& channels) {
             InputOptions input = options.input;
-            input.channels.channels = channels;
+            input.part.channels = channels;
             return OpenWaveforms(input, progress);
         };
         return TransfersOf(open, choice, progress.Function());
@@ -129,6 +129,7 @@ void AddXfr(Command app) {
     AddBandOptions(command, "the largest magnitude", &options->band);
     command.AddOption("--at", options->at, "Report the lines nearest to these frequencies: 21,160.75")
         .Type("LIST");
+    AddRangeOptions(command, &options->input.part);
     AddRecordingOptions(command, &options->input.recording);
     AddJsonFlag(command, options.get());
     command.SetFooter(R"(
