@@ -7,8 +7,11 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <KvxDevCommon01/KvxDevCommon01.h>
+#include <KvxRecording01/Formats.h>
 
 namespace {
 
@@ -90,6 +93,26 @@ bool StoreLogger(const std::filesystem::path& folder) {
     return true;
 }
 
+/// Two runs in each format that holds named variables, and one of them as a bare array.
+bool StoreVariableFiles(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    kvx::SignalRun time = {1, 0.5, 1, 3, {{L"a", CUnitCtrl(CUnitCtrl::DIM_ACCELERATION), 1}, {L"b", {}, 2}}};
+    kvx::SignalRun lines = {2, 0.5, 0, 3, {{L"c", {}, 3, true}}, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY)};
+    for (const auto& [name, format] :
+         {std::pair("mat", kvx::Format::mat), {"npz", kvx::Format::npz}, {"npy", kvx::Format::npy}}) {
+        std::vector<kvx::SignalRun> runs = {time, lines};
+        if (format == kvx::Format::npy) runs.pop_back();
+        const auto writer = kvx::CreateSignalFile((folder / name).string(), format, runs, {L"seed"});
+        for (std::size_t run = 0; run < runs.size(); ++run) {
+            double first[] = {1.0, 2.0, 3.0}, second[] = {4.0, 5.0, 6.0};
+            double* const columns[] = {first, second};
+            writer->Write(run, columns, 3);
+        }
+        writer->Commit();
+    }
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -111,6 +134,7 @@ int main(int argc, char** argv) {
                           StoreGraphSettings(std::filesystem::path(argv[1]) / "fuzz_GraphSettings") &&
                           StoreTdms(std::filesystem::path(argv[1]) / "fuzz_TdmsFile") &&
                           StoreLogger(std::filesystem::path(argv[1]) / "fuzz_TextTable") &&
-                          StoreUnitTexts(std::filesystem::path(argv[1]) / "fuzz_UnitText");
+                          StoreUnitTexts(std::filesystem::path(argv[1]) / "fuzz_UnitText") &&
+                          StoreVariableFiles(std::filesystem::path(argv[1]) / "fuzz_VariableFile");
     return isStored ? 0 : 1;
 }

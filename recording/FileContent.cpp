@@ -27,16 +27,14 @@ struct Foreign {
 
 // clang-format off
 constexpr Foreign kForeign[] = {
-    {"MATLAB 5.0 MAT-file"sv,              "a MATLAB file"},
-    {"MATLAB 7.3 MAT-file"sv,              "a MATLAB file"},
+    {"MATLAB 7.3 MAT-file"sv,              "a MATLAB file of version 7.3, which is read when it is saved with -v7"},
     {"\x89HDF\r\n\x1A\n"sv,                "an HDF5 file"},
     {"CDF\1"sv,                            "a NetCDF file"},
     {"CDF\2"sv,                            "a NetCDF file"},
     {"TDSh?\0\0\0"sv,                    "the index of a TDMS file, without samples"},
-    {"\x93NUMPY"sv,                        "a NumPy file"},
     {"PAR1\x15"sv,                         "a Parquet file"},
     {"SQLite format 3\0"sv,                "an SQLite database"},
-    {"PK\3\4"sv,                           "a ZIP archive, as XLSX and NPZ files are"},
+    {"PK\3\4"sv,                           "a ZIP archive, as XLSX files are"},
     {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, "an office document of an old kind, as XLS files are"},
     {"\x1F\x8B"sv,                         "a gzip archive"},
     {"BZh?1AY&SY"sv,                       "a bzip2 archive"},
@@ -75,20 +73,6 @@ std::uint32_t Word(std::string_view bytes, std::size_t at, bool bigEndian) {
         word |= std::uint32_t{byte} << 8 * (bigEndian ? 3 - i : i);
     }
     return word;
-}
-
-/// A level 4 file has no mark. It begins with the header of a matrix: five words and a name.
-bool IsMatlabLevel4(std::string_view begin) {
-    constexpr std::size_t kName = 20;
-    if (begin.size() < kName) return false;
-    for (const bool bigEndian : {false, true}) {
-        const std::uint32_t type = Word(begin, 0, bigEndian) - (bigEndian ? 1000 : 0);
-        const std::uint32_t isComplex = Word(begin, 12, bigEndian);
-        const std::uint32_t nameBytes = Word(begin, 16, bigEndian);
-        if (type / 10 > 5 || type % 10 > 2 || isComplex > 1 || nameBytes < 2 || nameBytes > 64) continue;
-        if (begin.find('\0', kName) == kName + nameBytes - 1) return true;
-    }
-    return false;
 }
 
 /// Whether the header of a frame of layer III stands in front. A text may begin with its bytes, but holds no
@@ -137,7 +121,6 @@ FileContent RecognizeContent(std::string_view begin) {
         std::ranges::find_if(kForeign, [&](const Foreign& row) { return StartsWith(begin, row.mark); });
     if (foreign != std::end(kForeign)) return {foreign->name, Format::none};
     if (IsMp3(begin)) return {"an MP3 file", Format::none};
-    if (IsMatlabLevel4(begin)) return {"a MATLAB file", Format::none};
     if (IsUniversalFile(begin)) return {"a universal file (UFF)", Format::none};
     return {RowOf(Format::text).name, Format::text};
 }

@@ -6,6 +6,9 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
+#include <KvxRecording01/MatFile.h>
+#include <KvxRecording01/NpyFile.h>
+#include <KvxRecording01/NpzFile.h>
 #include <KvxRecording01/SoundFile.h>
 #include <KvxRecording01/TdmsFile.h>
 #include <KvxRecording01/TextLines.h>
@@ -147,6 +150,48 @@ constexpr FormatRow kFormats[] = {
         .open = OpenStream<OpenTdmsFile>,
         .read =
             "numbers of every kind, a converter's codes with their scales, time stamps, units, properties",
+    },
+    {
+        .format = Format::mat,
+        .kind = FormatKind::binary,
+        .name = "a MATLAB file",
+        .ends = {".mat"},
+        .marks = {"MATLAB 5.0 MAT-file"},
+        .recognize = IsMatLevel4,
+        .open = OpenStream<OpenMatFile>,
+        .create = CreateMatSignal,
+        .read = "numeric variables of levels 4 and 5, also compressed and in structures, with the axis, "
+                "names and "
+                "units that other variables state",
+        .written = "a variable per channel, those of several runs in structures; level 5",
+        .lost = "runs of one sample; more than 2 GiB in a variable",
+    },
+    {
+        .format = Format::npy,
+        .kind = FormatKind::binary,
+        .name = "a NumPy file",
+        .ends = {".npy"},
+        .marks = {"\x93NUMPY"},
+        .open = OpenStream<OpenNpyFile>,
+        .create = CreateNpySignal,
+        .read = "one array of numbers or of records of numbers",
+        .written = "one run of time waveforms as an array, samples by channels",
+        .lost = "names, units, the rate and the start; which way the time goes where there are fewer samples "
+                "than "
+                "channels",
+    },
+    {
+        .format = Format::npz,
+        .kind = FormatKind::binary,
+        .name = "a NumPy archive",
+        .ends = {".npz"},
+        .recognize = IsNpz,
+        .open = OpenStream<OpenNpzFile>,
+        .create = CreateNpzSignal,
+        .read =
+            "arrays of numbers, stored or deflated, with the axis, names and units that other arrays state",
+        .written = "an array per channel, those of several runs in folders",
+        .lost = "runs of one sample",
     },
     {
         .format = Format::loggerText,

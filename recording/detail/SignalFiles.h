@@ -64,4 +64,16 @@ std::unique_ptr<SignalWriter> CreateWavSignal(const std::string& path, const std
 std::unique_ptr<SignalWriter> CreateCsvSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options);
 
+/// A MATLAB file of level 5.
+std::unique_ptr<SignalWriter> CreateMatSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options);
+
+/// A NumPy file, for which there must be one run of time waveforms.
+std::unique_ptr<SignalWriter> CreateNpySignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options);
+
+/// An archive of NumPy arrays.
+std::unique_ptr<SignalWriter> CreateNpzSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options);
+
 }  // namespace kvx

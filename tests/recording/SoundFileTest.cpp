@@ -253,9 +253,6 @@ TEST(SoundLength, EndsAtDamage) {
 TEST(Content, ThatIsNotReadIsNamed) {
     const TempFolder folder;
     const std::pair<int, const char*> made[] = {
-        {SF_FORMAT_MAT4 | SF_FORMAT_DOUBLE, "a MATLAB file"},
-        {SF_FORMAT_MAT4 | SF_FORMAT_PCM_16 | SF_ENDIAN_BIG, "a MATLAB file"},
-        {SF_FORMAT_MAT5 | SF_FORMAT_DOUBLE, "a MATLAB file"},
         {SF_FORMAT_OGG | SF_FORMAT_VORBIS, "an Ogg file"},
         {SF_FORMAT_VOC | SF_FORMAT_PCM_16, "a VOC sound file"},
 #ifdef SF_FORMAT_MPEG

@@ -91,9 +91,11 @@ TEST_P(Writer, IsReadBackToTheBit) {
     EXPECT_EQ(KindOf(path_), RowOf(GetParam()).name);
 
     RecordingStatements stated;
-    if (GetParam() == Format::wav) {
+    const bool isBare = GetParam() == Format::wav || GetParam() == Format::npy;
+    if (isBare) {
         for (const SignalRun::Channel& channel : run.channels) stated.units.push_back(channel.unit);
-        stated.fullScale = 2.0;
+        if (GetParam() == Format::wav) stated.fullScale = 2.0;
+        if (GetParam() == Format::npy) stated.rateHz = 1.0 / run.delta;
     }
     const auto reader = OpenSignal(path_, {}, stated);
     std::string channels;
@@ -116,7 +118,7 @@ TEST_P(Writer, IsReadBackToTheBit) {
         }
     }
     EXPECT_EQ(channels, GetParam() == Format::dataFile ? "c1 g, c3 g, c2 N, "
-                        : GetParam() == Format::wav    ? "ch1 g, ch2 N, ch3 g, "
+                        : isBare                       ? "ch1 g, ch2 N, ch3 g, "
                                                        : "c1 g, c2 N, c3 g, ");
 }
 
@@ -127,7 +129,9 @@ TEST_P(Writer, LeavesItsTargetAloneWithoutCommit) {
     EXPECT_EQ(folder_.Count(), 1U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, Writer, testing::Values(Format::dataFile, Format::wav, Format::text));
+INSTANTIATE_TEST_SUITE_P(Formats, Writer,
+                         testing::Values(Format::dataFile, Format::wav, Format::mat, Format::npy, Format::npz,
+                                         Format::text));
 
 /// The sentence with which an operation is refused.
 template <typename Operation>
@@ -157,6 +161,10 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
               "a WAV file holds one record; choose it with record");
     EXPECT_EQ(Refusal(kind, create(Format::text, {good, good})),
               "a CSV table holds one record; choose it with record");
+    SignalRun lines = good;
+    lines.axisUnit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
+    EXPECT_EQ(Refusal(kind, create(Format::npy, {lines})),
+              "a NumPy file holds no axis, so that only time waveforms become one; choose .npz");
     EXPECT_EQ(Refusal(kind, create(Format::flac, {good})), "a FLAC file is only read, not written");
     EXPECT_EQ(Refusal(ErrorKind::kBadValue, create(Format::wav, {good}, {WavSamples::pcm16, -1.0})),
               "fullScale is not a number above 0");
@@ -168,7 +176,8 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
                           writer->Commit();
                       }),
               "channel 'c1' would be clipped: it reaches 1 g and full scale is 0.5; raise fullScale");
-    for (const Format format : {Format::dataFile, Format::wav, Format::text}) {
+    for (const Format format :
+         {Format::dataFile, Format::wav, Format::mat, Format::npy, Format::npz, Format::text}) {
         const auto writer = CreateSignalFile(path, format, {good});
         double sample = 0.0;
         const std::vector<double*> two = {&sample, &sample};

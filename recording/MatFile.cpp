@@ -1,0 +1,615 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/MatFile.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/ByteCursor.h>
+#include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/VariableWriter.h>
+#include <KvxRecording01/detail/Variables.h>
+
+namespace kvx {
+namespace {
+
+constexpr std::uint64_t kMostText = std::uint64_t{1} << 20;  ///< bytes of a text that is taken
+
+[[noreturn]] void FailDamaged(const std::string& sentence) {
+    throw Error(ErrorKind::kDamaged, sentence);
+}
+
+/// Bytes that are read from their start on, with the place where the reading stands.
+class Bytes {
+public:
+    Bytes(std::shared_ptr<const ArrayBytes> source, bool isBig)
+        : source_(std::move(source)), cursor_(source_->open()), most_(cursor_->Most()), isBig_(isBig) {}
+
+    const std::shared_ptr<const ArrayBytes>& Source() const { return source_; }
+    std::uint64_t Position() const { return position_; }
+    std::uint64_t Most() const { return most_; }
+    bool IsBig() const { return isBig_; }
+
+    std::vector<std::byte> Take(std::uint64_t count) {
+        RequireRoom(count);
+        std::vector<std::byte> bytes(static_cast<std::size_t>(count));
+        cursor_->Read(bytes);
+        position_ += count;
+        return bytes;
+    }
+    void SkipTo(std::uint64_t position) {
+        RequireRoom(position - position_);
+        cursor_->Skip(position - position_);
+        position_ = position;
+    }
+    std::uint32_t Word() { return WordAt(Take(4), 0); }
+    std::uint32_t WordAt(std::span<const std::byte> bytes, std::size_t at) const {
+        double value = 0.0;
+        ToDoubles({NumberType::Kind::unsignedInteger, 4, isBig_}, bytes.data() + at, 4, {&value, 1});
+        return static_cast<std::uint32_t>(value);
+    }
+    void RequireRoom(std::uint64_t count) const {
+        if (count > most_ - position_) FailDamaged("it is cut short");
+    }
+
+private:
+    std::shared_ptr<const ArrayBytes> source_;
+    std::unique_ptr<ByteCursor> cursor_;
+    std::uint64_t most_;
+    bool isBig_;
+    std::uint64_t position_ = 0;
+};
+
+/// The rows of a matrix of letters, which stand column by column, without the blanks behind them.
+Variable::Texts RowsOf(std::wstring_view letters, std::uint64_t rows) {
+    Variable::Texts texts;
+    if (rows <= 1) return {std::wstring(letters)};
+    for (std::uint64_t r = 0; r < std::min<std::uint64_t>(rows, letters.size()); ++r) {
+        std::wstring& text = texts.emplace_back();
+        for (std::uint64_t at = r; at < letters.size(); at += rows) text += letters[at];
+        text.resize(text.find_last_not_of(L' ') + 1);
+    }
+    return texts;
+}
+
+// ---- level 5: elements, each a type, a count of bytes and that many bytes ----
+
+enum ElementType : std::uint32_t { kMatrix = 14, kCompressed = 15, kUtf8 = 16, kUtf16 = 17, kUtf32 = 18 };
+
+enum MatrixClass : std::uint32_t {
+    kCell = 1,
+    kStructure = 2,
+    kObject = 3,
+    kLetters = 4,
+    kSparse = 5,
+    kFirstNumeric = 6,
+    kLastNumeric = 15,
+    kFunction = 16,
+    kOpaque = 17,
+};
+
+std::optional<NumberType> NumbersOf(std::uint32_t type, bool isBig) {
+    using enum NumberType::Kind;
+    switch (type) {
+        case 1:
+            return NumberType{signedInteger, 1, isBig};
+        case 2:
+            return NumberType{unsignedInteger, 1, isBig};
+        case 3:
+            return NumberType{signedInteger, 2, isBig};
+        case 4:
+            return NumberType{unsignedInteger, 2, isBig};
+        case 5:
+            return NumberType{signedInteger, 4, isBig};
+        case 6:
+            return NumberType{unsignedInteger, 4, isBig};
+        case 7:
+            return NumberType{floating, 4, isBig};
+        case 9:
+            return NumberType{floating, 8, isBig};
+        case 12:
+            return NumberType{signedInteger, 8, isBig};
+        case 13:
+            return NumberType{unsignedInteger, 8, isBig};
+        case kUtf8:
+            return NumberType{unsignedInteger, 1, isBig};
+        case kUtf16:
+            return NumberType{unsignedInteger, 2, isBig};
+        case kUtf32:
+            return NumberType{unsignedInteger, 4, isBig};
+        default:
+            return std::nullopt;
+    }
+}
+
+/// The front of an element, and where it ends with what fills it up to a multiple of eight bytes.
+struct Element {
+    std::uint32_t type;
+    std::uint64_t bytes;
+    std::uint64_t begin;
+    std::uint64_t end;
+};
+
+/// With `isWhole` all of it must be there. The sound library states eight bytes too many for the last
+/// variable, so that those of a file may end with it; what is inside of them must be there.
+Element TakeElement(Bytes* bytes, bool isWhole = true) {
+    const std::uint32_t first = bytes->Word();
+    if (const std::uint32_t count = first >> 16; count != 0) {
+        if (count > 4) FailDamaged("a short element has more than four bytes");
+        return {first & 0xFFFF, count, bytes->Position(), bytes->Position() + 4};
+    }
+    const std::uint32_t count = bytes->Word();
+    const std::uint64_t begin = bytes->Position();
+    const std::uint64_t room = bytes->Most() - begin;
+    if (isWhole || count > room + 8) bytes->RequireRoom(count);
+    const std::uint64_t filled = (std::uint64_t{count} + 7) & ~std::uint64_t{7};
+    return {first, std::min<std::uint64_t>(count, room), begin, std::min(begin + filled, bytes->Most())};
+}
+
+/// The numbers of a small element, as those of dimensions.
+std::vector<double> TakeNumbers(Bytes* bytes, std::uint64_t most) {
+    const Element element = TakeElement(bytes);
+    const std::optional<NumberType> type = NumbersOf(element.type, bytes->IsBig());
+    if (!type || element.bytes > most * type->bytes) FailDamaged("the head of a variable is none");
+    const std::vector<std::byte> raw = bytes->Take(element.bytes);
+    std::vector<double> numbers(raw.size() / type->bytes);
+    ToDoubles(*type, raw.data(), type->bytes, numbers);
+    bytes->SkipTo(element.end);
+    return numbers;
+}
+
+std::string TakeName(Bytes* bytes) {
+    std::string name;
+    for (const double letter : TakeNumbers(bytes, 4096)) name += static_cast<char>(static_cast<int>(letter));
+    return name.substr(0, name.find('\0'));
+}
+
+/// What stands in front of the values of a variable.
+struct MatrixHead {
+    std::uint32_t kind = 0;
+    bool isComplex = false;
+    std::vector<std::uint64_t> dimensions = {};
+    std::string name = {};
+    std::uint64_t end = 0;
+};
+
+MatrixHead TakeHead(Bytes* bytes, const Element& matrix) {
+    constexpr std::uint32_t kComplex = 0x800;
+    MatrixHead head;
+    head.end = matrix.end;
+    if (matrix.bytes == 0) {  // an empty cell or field
+        head.kind = kFirstNumeric;
+        head.dimensions = {0, 0};
+        return head;
+    }
+    const std::vector<double> flags = TakeNumbers(bytes, 2);
+    if (flags.size() != 2 || flags[0] < 0.0) FailDamaged("the head of a variable is none");
+    const auto word = static_cast<std::uint32_t>(flags[0]);
+    head.kind = word & 0xFF;
+    head.isComplex = (word & kComplex) != 0;
+    if (head.kind != kOpaque) {
+        for (const double count : TakeNumbers(bytes, 64)) {
+            if (count < 0.0) FailDamaged("a variable has a dimension below 0");
+            head.dimensions.push_back(static_cast<std::uint64_t>(count));
+        }
+        if (head.dimensions.size() < 2) FailDamaged("a variable has fewer than two dimensions");
+    }
+    head.name = TakeName(bytes);
+    return head;
+}
+
+Variable::Value TakeNumeric(Bytes* bytes, const MatrixHead& head) {
+    const ArrayShape shape = ShapeOf(head.dimensions);
+    if (!shape.leftOut.empty()) return Variable::LeftOut{shape.leftOut};
+    StoredArray array{bytes->Source(), shape.counts};
+    for (int part = 0; part < (head.isComplex ? 2 : 1); ++part) {
+        const Element data = TakeElement(bytes);
+        const std::optional<NumberType> type = NumbersOf(data.type, bytes->IsBig());
+        if (!type || BytesOf(head.dimensions, type->bytes) != data.bytes)
+            FailDamaged("the variable " + Quote(head.name) + " has not the bytes that its dimensions need");
+        array.parts.push_back({*type, data.begin, StepsOf(shape, type->bytes, false)});
+        if (part == 0 && head.isComplex) bytes->SkipTo(data.end);
+    }
+    return array;
+}
+
+Variable::Value TakeLetters(Bytes* bytes, const MatrixHead& head) {
+    const std::uint64_t count = BytesOf(head.dimensions, 1);
+    if (count == 0) return Variable::Texts{L""};
+    const Element data = TakeElement(bytes);
+    if (data.bytes > kMostText) return Variable::LeftOut{"it is a long text"};
+    const std::optional<NumberType> type = NumbersOf(data.type, bytes->IsBig());
+    if (!type || type->kind == NumberType::Kind::floating) FailDamaged("a text has no letters");
+    const std::vector<std::byte> raw = bytes->Take(data.bytes);
+    std::wstring letters;
+    if (data.type == kUtf8) {
+        letters = FromUtf8Replacing({reinterpret_cast<const char*>(raw.data()), raw.size()});
+    } else {
+        std::vector<double> codes(raw.size() / type->bytes);
+        ToDoubles(*type, raw.data(), type->bytes, codes);
+        std::u16string units;
+        for (const double code : codes)
+            units += static_cast<char16_t>(code >= 0.0 && code <= 65535.0 ? code : 0xFFFD);
+        letters = FromUtf16(units);
+    }
+    return RowsOf(letters, head.dimensions.front());
+}
+
+/// A cell array of texts, or one of something else, which is left out.
+Variable::Value TakeCells(Bytes* bytes, const MatrixHead& head) {
+    constexpr std::uint64_t kTagBytes = 8;
+    const std::uint64_t count = BytesOf(head.dimensions, 1);
+    bytes->RequireRoom(BytesOf(head.dimensions, kTagBytes));
+    Variable::Texts texts;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const Element cell = TakeElement(bytes);
+        if (cell.type != kMatrix) FailDamaged("a cell is no variable");
+        const MatrixHead inner = TakeHead(bytes, cell);
+        const bool isEmpty = !inner.dimensions.empty() && BytesOf(inner.dimensions, 1) == 0;
+        if (inner.kind != kLetters && !isEmpty) return Variable::LeftOut{"it is a cell array"};
+        const Variable::Value text =
+            inner.kind == kLetters ? TakeLetters(bytes, inner) : Variable::Value(Variable::Texts{L""});
+        if (!std::holds_alternative<Variable::Texts>(text)) return Variable::LeftOut{"it is a cell array"};
+        const Variable::Texts& rows = std::get<Variable::Texts>(text);
+        texts.push_back(rows.empty() ? L"" : rows.front());
+        bytes->SkipTo(cell.end);
+    }
+    return texts;
+}
+
+/// Takes a variable, named `name`, and passes over what is left of it.
+Variable TakeVariable(Bytes* bytes, const MatrixHead& head, const std::string& name) {
+    Variable variable{FromUtf8Replacing(name)};
+    switch (head.kind) {
+        case kCell:
+            variable.value = TakeCells(bytes, head);
+            break;
+        case kStructure:
+            variable.value = Variable::LeftOut{"it is an array of structures or within one"};
+            break;
+        case kObject:
+        case kOpaque:
+            variable.value = Variable::LeftOut{"it is an object"};
+            break;
+        case kLetters:
+            variable.value = TakeLetters(bytes, head);
+            break;
+        case kSparse:
+            variable.value = Variable::LeftOut{"it is sparse"};
+            break;
+        case kFunction:
+            variable.value = Variable::LeftOut{"it is a function"};
+            break;
+        default:
+            if (head.kind < kFirstNumeric || head.kind > kLastNumeric)
+                FailDamaged("the variable " + Quote(name) + " is of an unknown class");
+            variable.value = TakeNumeric(bytes, head);
+    }
+    return variable;
+}
+
+/// The fields of a structure as variables of a scope of its own.
+VariableScope TakeStructure(Bytes* bytes, const MatrixHead& head) {
+    VariableScope scope{FromUtf8Replacing(head.name)};
+    const std::vector<double> length = TakeNumbers(bytes, 1);
+    const Element names = TakeElement(bytes);
+    if (length.size() != 1 || !(length[0] >= 1.0) || names.bytes > kMostText)
+        FailDamaged("the fields of a structure have no names");
+    const std::vector<std::byte> raw = bytes->Take(names.bytes);
+    bytes->SkipTo(names.end);
+    const auto room = static_cast<std::size_t>(length[0]);
+    for (std::size_t at = 0; at + room <= raw.size(); at += room) {
+        std::string name(reinterpret_cast<const char*>(raw.data()) + at, room);
+        name.resize(std::min(name.find('\0'), name.size()));
+        const Element field = TakeElement(bytes);
+        if (field.type != kMatrix) FailDamaged("a field of a structure is no variable");
+        scope.variables.push_back(TakeVariable(bytes, TakeHead(bytes, field), name));
+        const bool isLast = at + 2 * room > raw.size();
+        if (!isLast) bytes->SkipTo(field.end);
+    }
+    return scope;
+}
+
+struct MatContent {
+    std::vector<VariableScope> scopes{1};
+    RecordingInfo info = {};
+};
+
+void TakeMatrix(Bytes* bytes, const Element& matrix, MatContent* content) {
+    const MatrixHead head = TakeHead(bytes, matrix);
+    // What objects share lies in a variable without a name.
+    if (head.name.empty()) return;
+    if (head.kind == kStructure && BytesOf(head.dimensions, 1) == 1)
+        content->scopes.push_back(TakeStructure(bytes, head));
+    else
+        content->scopes.front().variables.push_back(TakeVariable(bytes, head, head.name));
+}
+
+MatContent ReadLevel5(const ByteStretch& file, std::string_view header) {
+    constexpr std::uint64_t kHeader = 128;
+    const bool isBig = header.substr(126, 2) == "MI";
+    if (!isBig && header.substr(126, 2) != "IM") FailDamaged("its header does not tell the order of bytes");
+    MatContent content;
+    Bytes elements(StretchBytes(file, Packing::stored), isBig);
+    elements.SkipTo(kHeader);
+    while (elements.Position() < file.Size()) {
+        const std::uint64_t at = elements.Position();
+        try {
+            const Element element = TakeElement(&elements, false);
+            const ByteStretch inside{file.stream, element.begin, element.begin + element.bytes};
+            if (element.type == kCompressed) {
+                Bytes inflated(StretchBytes(inside, Packing::zlib), isBig);
+                const Element matrix = TakeElement(&inflated);
+                if (matrix.type == kMatrix) TakeMatrix(&inflated, matrix, &content);
+                elements.SkipTo(inside.end);  // nothing fills it up
+            } else {
+                if (element.type == kMatrix) {
+                    Bytes stored(StretchBytes(inside, Packing::stored), isBig);
+                    TakeMatrix(&stored, {kMatrix, element.bytes, 0, element.bytes}, &content);
+                } else if (!NumbersOf(element.type, isBig)) {
+                    FailDamaged("there is no variable where one was expected");
+                }
+                elements.SkipTo(element.end);
+            }
+        } catch (const Error& error) {
+            throw error.At({.byte = static_cast<std::int64_t>(at)});
+        }
+    }
+    const std::string_view text = header.substr(0, 116);
+    content.info.properties.push_back(
+        {"header", std::string(text.substr(0, text.find_last_not_of(std::string_view(" \0", 2)) + 1))});
+    return content;
+}
+
+// ---- level 4: five words, a name and numbers, for each variable ----
+
+constexpr std::size_t kLevel4Head = 20;
+
+MatContent ReadLevel4(const ByteStretch& file, bool isBig) {
+    using enum NumberType::Kind;
+    const NumberType types[] = {{floating, 8, isBig},        {floating, 4, isBig},
+                                {signedInteger, 4, isBig},   {signedInteger, 2, isBig},
+                                {unsignedInteger, 2, isBig}, {unsignedInteger, 1, isBig}};
+    MatContent content;
+    Bytes bytes(StretchBytes(file, Packing::stored), isBig);
+    while (bytes.Position() < file.Size()) {
+        const std::uint64_t at = bytes.Position();
+        try {
+            const std::uint32_t type = bytes.Word() - (isBig ? 1000 : 0);
+            const std::vector<std::uint64_t> dimensions = {bytes.Word(), bytes.Word()};
+            const bool isComplex = bytes.Word() != 0;
+            const std::uint32_t nameBytes = bytes.Word();
+            if (type / 10 >= std::size(types) || type % 10 > 2 || nameBytes > 4096)
+                FailDamaged("there is no variable where one was expected");
+            const std::vector<std::byte> raw = bytes.Take(nameBytes);
+            std::string name(reinterpret_cast<const char*>(raw.data()), raw.size());
+            name.resize(std::min(name.find('\0'), name.size()));
+            const NumberType& number = types[type / 10];
+            const std::uint64_t size = BytesOf(dimensions, number.bytes);
+            const std::uint64_t begin = bytes.Position();
+            for (int part = 0; part < (isComplex ? 2 : 1); ++part) {
+                bytes.RequireRoom(size);
+                bytes.SkipTo(bytes.Position() + size);
+            }
+            const ArrayShape shape = ShapeOf(dimensions);
+            Variable& variable = content.scopes.front().variables.emplace_back();
+            variable.name = FromUtf8Replacing(name);
+            if (type % 10 == 2) {
+                variable.value = Variable::LeftOut{"it is sparse"};
+            } else if (!shape.leftOut.empty()) {
+                variable.value = Variable::LeftOut{shape.leftOut};
+            } else if (type % 10 == 1) {
+                if (size > kMostText) {
+                    variable.value = Variable::LeftOut{"it is a long text"};
+                    continue;
+                }
+                Bytes text(bytes.Source(), isBig);
+                text.SkipTo(begin);
+                const std::vector<std::byte> codes = text.Take(size);
+                std::vector<double> letters(codes.size() / number.bytes);
+                ToDoubles(number, codes.data(), number.bytes, letters);
+                std::wstring wide;
+                for (const double letter : letters)
+                    wide += letter >= 0.0 && letter < 0xD800 ? static_cast<wchar_t>(letter) : L'\xFFFD';
+                variable.value = RowsOf(wide, shape.counts[0]);
+            } else {
+                StoredArray array{bytes.Source(), shape.counts};
+                for (std::uint64_t part = 0; part < (isComplex ? 2 : 1); ++part)
+                    array.parts.push_back({number, begin + part * size, StepsOf(shape, number.bytes, false)});
+                variable.value = array;
+            }
+        } catch (const Error& error) {
+            throw error.At({.byte = static_cast<std::int64_t>(at)});
+        }
+    }
+    return content;
+}
+
+std::uint32_t WordOf(std::string_view bytes, std::size_t at, bool isBig) {
+    std::uint32_t word = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[at + i]);
+        word |= std::uint32_t{byte} << 8 * (isBig ? 3 - i : i);
+    }
+    return word;
+}
+
+/// Whether the header of a matrix of level 4 stands in front, in this order of bytes.
+bool IsLevel4Head(std::string_view begin, bool isBig) {
+    if (begin.size() < kLevel4Head) return false;
+    const std::uint32_t type = WordOf(begin, 0, isBig) - (isBig ? 1000 : 0);
+    const std::uint32_t isComplex = WordOf(begin, 12, isBig);
+    const std::uint32_t nameBytes = WordOf(begin, 16, isBig);
+    if (type / 10 > 5 || type % 10 > 2 || isComplex > 1 || nameBytes < 2 || nameBytes > 64) return false;
+    return begin.find('\0', kLevel4Head) == kLevel4Head + nameBytes - 1;
+}
+
+// ---- writing: level 5, not compressed ----
+
+constexpr std::uint64_t kMostVariable = 0x7FFFFFFF;  ///< bytes; what is larger MATLAB does not load
+
+void AddElement(FilePlan* plan, std::uint32_t type, std::string_view bytes) {
+    const bool isShort = !bytes.empty() && bytes.size() <= 4;
+    plan->AddNumber(type, isShort ? 2 : 4);
+    plan->AddNumber(bytes.size(), isShort ? 2 : 4);
+    plan->Add(bytes);
+    plan->Fill(8);
+}
+
+/// A variable with what stands behind its head.
+FilePlan Matrix(const std::string& name, std::uint32_t kind, std::uint64_t rows, std::uint64_t columns,
+                const FilePlan& content) {
+    constexpr std::uint32_t kName = 1, kDimensions = 5, kFlags = 6;
+    FilePlan body;
+    body.AddNumber(kFlags, 4);
+    body.AddNumber(8, 4);
+    body.AddNumber(kind, 8);
+    body.AddNumber(kDimensions, 4);
+    body.AddNumber(8, 4);
+    body.AddNumber(rows, 4);
+    body.AddNumber(columns, 4);
+    AddElement(&body, kName, name);
+    body.Append(content);
+    if (body.Size() > kMostVariable) {
+        throw Error(ErrorKind::kUnsupported, "a variable of a MATLAB file holds 2 GiB at most, and " +
+                                                 Quote(name) + " takes " + std::to_string(body.Size()) +
+                                                 " bytes; choose .npz");
+    }
+    FilePlan plan;
+    plan.AddNumber(kMatrix, 4);
+    plan.AddNumber(body.Size(), 4);
+    plan.Append(body);
+    return plan;
+}
+
+constexpr std::uint32_t kDoubles = 9;      ///< the type of an element
+constexpr std::uint32_t kDoubleClass = 6;  ///< the class of a variable
+
+FilePlan NumberMatrix(const std::string& name, double number) {
+    FilePlan content;
+    content.AddNumber(kDoubles, 4);
+    content.AddNumber(sizeof(number), 4);
+    content.AddDouble(number);
+    return Matrix(name, kDoubleClass, 1, 1, content);
+}
+
+FilePlan TextMatrix(const std::string& name, const std::wstring& text) {
+    constexpr std::uint32_t kUnsigned16 = 4;
+    const std::u16string units = ToUtf16(text);
+    FilePlan content;
+    std::string bytes;
+    for (const char16_t unit : units) bytes += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+    AddElement(&content, kUnsigned16, bytes);
+    return Matrix(name, kLetters, units.empty() ? 0 : 1, units.size(), content);
+}
+
+FilePlan CellMatrix(const std::string& name, const std::vector<std::wstring>& texts) {
+    FilePlan content;
+    for (const std::wstring& text : texts) content.Append(TextMatrix({}, text));
+    return Matrix(name, kCell, texts.size(), 1, content);
+}
+
+FilePlan SampleMatrix(const std::string& name, const WrittenVariable::Samples& samples, std::size_t run) {
+    constexpr std::uint32_t kComplex = 0x800;
+    FilePlan content;
+    // Too large a count of bytes is refused with the variable.
+    const std::uint64_t bytes = static_cast<std::uint64_t>(samples.count) * sizeof(double);
+    content.AddNumber(kDoubles, 4);
+    content.AddNumber(bytes, 4);
+    content.AddSamples(samples, run, false);
+    if (samples.isComplex) {
+        content.AddNumber(kDoubles, 4);
+        content.AddNumber(bytes, 4);
+        content.AddImaginary();
+    }
+    return Matrix(name, kDoubleClass | (samples.isComplex ? kComplex : 0),
+                  static_cast<std::uint64_t>(samples.count), 1, content);
+}
+
+FilePlan AnyMatrix(const std::string& name, const WrittenVariable& variable, std::size_t run) {
+    if (const auto* const number = std::get_if<double>(&variable.value)) return NumberMatrix(name, *number);
+    if (const auto* const text = std::get_if<std::wstring>(&variable.value)) return TextMatrix(name, *text);
+    if (const auto* const texts = std::get_if<std::vector<std::wstring>>(&variable.value))
+        return CellMatrix(name, *texts);
+    return SampleMatrix(name, std::get<WrittenVariable::Samples>(variable.value), run);
+}
+
+FilePlan StructureMatrix(const std::string& name, const std::vector<WrittenVariable>& variables,
+                         std::size_t run) {
+    constexpr std::uint32_t kSigned8 = 1, kSigned32 = 5;
+    constexpr std::size_t kFieldName = 64;
+    FilePlan content;
+    AddElement(&content, kSigned32, {"\x40\0\0\0", 4});
+    std::string names;
+    for (const WrittenVariable& variable : variables) {
+        names += variable.name;
+        names.resize((names.size() + kFieldName - 1) / kFieldName * kFieldName, '\0');
+    }
+    AddElement(&content, kSigned8, names);
+    for (const WrittenVariable& variable : variables) content.Append(AnyMatrix({}, variable, run));
+    return Matrix(name, kStructure, 1, 1, content);
+}
+
+class MatSignalWriter : public VariableWriter {
+public:
+    MatSignalWriter(const std::string& path, const std::vector<SignalRun>& runs, const std::wstring& text)
+        : VariableWriter(path, runs) {
+        // Without the time of day, equal samples make equal files.
+        std::string header = "MATLAB 5.0 MAT-file, written by KvxDevCommon01";
+        header.resize(116, ' ');
+        header.resize(124, '\0');
+        FilePlan plan;
+        plan.Add(header);
+        plan.Add({"\0\1IM", 4});
+        if (runs.size() == 1) {
+            for (const WrittenVariable& variable : VariablesOf(runs.front(), text, false))
+                plan.Append(AnyMatrix(variable.name, variable, 0));
+        } else {
+            if (!text.empty()) plan.Append(TextMatrix("text", text));
+            for (std::size_t r = 0; r < runs.size(); ++r)
+                plan.Append(
+                    StructureMatrix("run" + std::to_string(r + 1), VariablesOf(runs[r], {}, true), r));
+        }
+        Begin(plan);
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<SignalWriter> CreateMatSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options) {
+    return WithErrors([&] { return std::make_unique<MatSignalWriter>(path, runs, options.text); });
+}
+
+bool IsMatLevel4(std::string_view begin) {
+    return IsLevel4Head(begin, false) || IsLevel4Head(begin, true);
+}
+
+std::unique_ptr<RecordingReader> OpenMatFile(std::unique_ptr<ByteStream> stream) {
+    constexpr std::size_t kHeader = 128;
+    const ByteStretch file{std::shared_ptr<ByteStream>(std::move(stream)), 0, 0};
+    ByteStretch whole = file;
+    whole.end = whole.stream->Remaining();
+    std::string header(std::min<std::uint64_t>(kHeader, whole.Size()), '\0');
+    OpenBytes(whole, Packing::stored)->Read(std::as_writable_bytes(std::span(header)));
+    MatContent content;
+    if (IsMatLevel4(header)) {
+        content = ReadLevel4(whole, !IsLevel4Head(header, false));
+    } else {
+        if (header.size() < kHeader) FailDamaged("it is cut short");
+        content = ReadLevel5(whole, header);
+    }
+    return MakeVariableReader(content.scopes, std::move(content.info));
+}
+
+}  // namespace kvx

@@ -1,0 +1,694 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/detail/Variables.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <map>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/files/Channels.h>
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitText.h>
+#include <KvxRecording01/detail/StatedUnit.h>
+
+namespace kvx {
+namespace {
+
+// ---- what names mean ----
+
+enum class Role { rate, step, start, axis, axisUnit, units, names, title };
+
+struct NameRow {
+    std::string_view name;
+    Role role;
+    std::string_view axis = {};  ///< the axis that it belongs to
+};
+
+// Names of an axis are written as here; of the others the case and underscores mean nothing.
+// clang-format off
+constexpr NameRow kNames[] = {
+    {"fs", Role::rate, "t"},                {"fsamp", Role::rate, "t"},      {"rate", Role::rate, "t"},
+    {"samplerate", Role::rate, "t"},        {"samplingrate", Role::rate, "t"}, {"srate", Role::rate, "t"},
+    {"samplingfrequency", Role::rate, "t"}, {"sfreq", Role::rate, "t"},
+    {"dt", Role::step, "t"},                {"ts", Role::step, "t"},
+    {"df", Role::step, "f"},                {"dx", Role::step, "x"},
+    {"t0", Role::start, "t"},               {"f0", Role::start, "f"},        {"x0", Role::start, "x"},
+    {"t", Role::axis, "t"},                 {"time", Role::axis, "t"},       {"Time", Role::axis, "t"},
+    {"f", Role::axis, "f"},                 {"freq", Role::axis, "f"},       {"Freq", Role::axis, "f"},
+    {"frequency", Role::axis, "f"},         {"Frequency", Role::axis, "f"},
+    {"x", Role::axis, "x"},                 {"xunit", Role::axisUnit, "x"},
+    {"unit", Role::units},                  {"units", Role::units},
+    {"name", Role::names},                  {"names", Role::names},          {"channels", Role::names},
+    {"title", Role::title},
+};
+// clang-format on
+
+const NameRow* RowOf(std::wstring_view name, bool isAxis) {
+    std::string plain = ToUtf8(name);
+    if (!isAxis) {
+        std::erase(plain, '_');
+        std::ranges::transform(plain, plain.begin(),
+                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    }
+    const auto row = std::ranges::find_if(kNames, [&](const NameRow& each) {
+        return (each.role == Role::axis) == isAxis && each.name == plain;
+    });
+    return row == std::end(kNames) ? nullptr : row;
+}
+
+// ---- columns of numbers ----
+
+/// One column of numbers, each `step` bytes behind the one before it.
+struct Column {
+    std::shared_ptr<const ArrayBytes> bytes;
+    NumberType type;
+    std::uint64_t start;
+    std::uint64_t step;
+};
+
+/// Columns that lie in one another's gaps, read in one go.
+struct Strand {
+    struct Member {
+        std::size_t column;
+        std::size_t offset;
+        NumberType type;
+    };
+
+    std::shared_ptr<const ArrayBytes> bytes;
+    std::uint64_t start;
+    std::uint64_t step;
+    std::vector<Member> members;
+};
+
+std::vector<Strand> StrandsOf(const std::vector<Column>& columns) {
+    std::vector<std::size_t> order(columns.size());
+    for (std::size_t c = 0; c < order.size(); ++c) order[c] = c;
+    std::ranges::stable_sort(order, [&](std::size_t a, std::size_t b) {
+        return std::pair(columns[a].bytes, columns[a].start) < std::pair(columns[b].bytes, columns[b].start);
+    });
+    std::vector<Strand> strands;
+    for (const std::size_t c : order) {
+        const Column& column = columns[c];
+        const bool isInGap = !strands.empty() && strands.back().bytes == column.bytes &&
+                             strands.back().step == column.step &&
+                             column.start + column.type.bytes <= strands.back().start + column.step;
+        if (!isInGap) strands.push_back({column.bytes, column.start, column.step, {}});
+        strands.back().members.push_back(
+            {c, static_cast<std::size_t>(column.start - strands.back().start), column.type});
+    }
+    return strands;
+}
+
+/// Reads columns of equal length side by side.
+class ColumnReader {
+public:
+    ColumnReader(const std::vector<Column>& columns, std::uint64_t length)
+        : strands_(StrandsOf(columns)), left_(length) {
+        constexpr std::size_t kMostMemory = std::size_t{48} << 20;
+        std::unique_ptr<ByteCursor> walker;
+        std::uint64_t position = 0;
+        std::size_t memory = 0;
+        for (std::size_t s = 0; s < strands_.size(); ++s) {
+            const Strand& strand = strands_[s];
+            if (s == 0 || strands_[s - 1].bytes != strand.bytes) {
+                walker = strand.bytes->open();
+                position = 0;
+            }
+            walker->Skip(strand.start - position);
+            position = strand.start;
+            memory += walker->Memory();
+            if (memory > kMostMemory) {
+                throw Error(ErrorKind::kUnsupported, "it has " + std::to_string(strands_.size()) +
+                                                         " compressed columns, too many to be read side by "
+                                                         "side; save it without compression");
+            }
+            const bool isLast = s + 1 == strands_.size() || strands_[s + 1].bytes != strand.bytes;
+            cursors_.push_back(isLast ? std::move(walker) : walker->Clone());
+        }
+    }
+
+    /// Reads `count` more numbers of each column, as many as there are; those of null targets are passed
+    /// over.
+    void Read(std::span<double* const> targets, std::size_t count) {
+        left_ -= count;
+        for (std::size_t s = 0; s < strands_.size(); ++s) ReadStrand(s, targets, count);
+    }
+
+private:
+    void ReadStrand(std::size_t s, std::span<double* const> targets, std::size_t count) {
+        constexpr std::size_t kPiece = std::size_t{1} << 18;
+        const Strand& strand = strands_[s];
+        ByteCursor& cursor = *cursors_[s];
+        const bool isWanted = std::ranges::any_of(
+            strand.members, [&](const Strand::Member& member) { return targets[member.column] != nullptr; });
+        const auto step = static_cast<std::size_t>(strand.step);
+        // The gaps behind the last number need not be there.
+        const Strand::Member& end = strand.members.back();
+        const std::size_t used = end.offset + end.type.bytes;
+        const bool isLast = left_ == 0;
+        if (count > 0 && !isWanted) {
+            cursor.Skip(std::uint64_t{count - 1} * step + (isLast ? used : step));
+        } else if (count > 0 && IsHostDouble(end.type) && step == sizeof(double)) {
+            cursor.Read(std::as_writable_bytes(std::span(targets[end.column], count)));
+        } else {
+            for (std::size_t done = 0; done < count;) {
+                const std::size_t piece = std::min(std::max<std::size_t>(1, kPiece / step), count - done);
+                const bool isEnd = isLast && done + piece == count;
+                piece_.resize((piece - 1) * step + (isEnd ? used : step));
+                cursor.Read(piece_);
+                for (const Strand::Member& member : strand.members) {
+                    if (double* const target = targets[member.column]; target != nullptr)
+                        ToDoubles(member.type, piece_.data() + member.offset, step, {target + done, piece});
+                }
+                done += piece;
+            }
+        }
+        if (isLast && count > 0 && (s + 1 == strands_.size() || strands_[s + 1].bytes != strand.bytes))
+            cursor.Finish();
+    }
+
+    std::vector<Strand> strands_;
+    std::vector<std::unique_ptr<ByteCursor>> cursors_;
+    std::uint64_t left_;
+    std::vector<std::byte> piece_;
+};
+
+/// The columns of an array whose samples follow one another along its dimension `along`: per channel one, or
+/// two of a complex one.
+std::vector<Column> ColumnsOf(const StoredArray& array, std::size_t along) {
+    std::vector<Column> columns;
+    for (std::uint64_t c = 0; c < array.counts[1 - along]; ++c) {
+        for (const StoredArray::Part& part : array.parts)
+            columns.push_back(
+                {array.bytes, part.type, part.start + c * part.steps[1 - along], part.steps[along]});
+    }
+    return columns;
+}
+
+/// The dimension of a vector along which it lies.
+std::size_t AlongOf(const StoredArray& array) {
+    return array.counts[0] == 1 && array.counts[1] > 1 && !array.areRowsSamples ? 1 : 0;
+}
+
+std::vector<double> ReadOne(const StoredArray& array) {
+    std::vector<double> parts(array.parts.size());
+    std::vector<double*> targets;
+    for (double& part : parts) targets.push_back(&part);
+    ColumnReader(ColumnsOf(array, 0), 1).Read(targets, 1);
+    return parts;
+}
+
+/// A vector of places on an axis.
+struct Places {
+    const NameRow* name;
+    const Variable* variable;
+    TimeStamps stamps = {};
+    bool isRising = true;  ///< and finite
+
+    std::uint64_t Count() const { return static_cast<std::uint64_t>(stamps.count); }
+};
+
+Places SurveyPlaces(const Variable& variable, const NameRow* name) {
+    constexpr std::size_t kRoom = std::size_t{1} << 14;
+    const auto& array = std::get<StoredArray>(variable.value);
+    const std::vector<Column> column = ColumnsOf(array, AlongOf(array));
+    std::vector<double> room(std::min<std::uint64_t>(kRoom, array.Size()));
+    double* const target = room.data();
+    const auto passAll = [&](const auto& take) {
+        ColumnReader reader(column, array.Size());
+        for (std::uint64_t left = array.Size(); left > 0;) {
+            const std::size_t count = std::min<std::uint64_t>(room.size(), left);
+            reader.Read({&target, 1}, count);
+            if (!take(std::span<const double>(room).first(count))) return;
+            left -= count;
+        }
+    };
+    Places places{name, &variable};
+    places.stamps.count = static_cast<__int64>(array.Size());
+    double previous = -std::numeric_limits<double>::infinity();
+    bool isFirst = true;
+    passAll([&](std::span<const double> values) {
+        if (std::exchange(isFirst, false)) places.stamps.first = values.front();
+        for (const double value : values) {
+            places.isRising = places.isRising && std::isfinite(value) && value > previous;
+            previous = value;
+        }
+        places.stamps.last = previous;
+        return places.isRising;
+    });
+    if (!places.isRising) return places;
+    const bool isSingle =
+        column.front().type.kind == NumberType::Kind::floating && column.front().type.bytes < 8;
+    if (isSingle) {
+        places.stamps.resolution = std::max(std::abs(places.stamps.first), std::abs(places.stamps.last)) *
+                                   static_cast<double>(std::numeric_limits<float>::epsilon());
+    }
+    StrayFinder finder(&places.stamps);
+    passAll([&](std::span<const double> values) {
+        finder.Add(values);
+        return !places.stamps.stray;
+    });
+    return places;
+}
+
+/// The spacing of even places; one that makes a whole rate is taken to.
+double StepOf(const TimeStamps& stamps) {
+    constexpr double kRounding = 1e-9;
+    const double rate = 1.0 / stamps.Step();
+    const double whole = std::round(rate);
+    return whole >= 1.0 && std::abs(rate / whole - 1.0) < kRounding ? 1.0 / whole : stamps.Step();
+}
+
+// ---- runs ----
+
+/// Where the channels of a run come from.
+struct RunColumns {
+    std::vector<Column> columns;
+    std::uint64_t length;
+};
+
+/// What the numbers of a scope say of its axes.
+using Numbers = std::map<std::pair<Role, std::string_view>, double>;
+
+class RunMaker {
+public:
+    RunMaker(RecordingInfo* info, std::vector<RunColumns>* sources, bool isBare)
+        : info_(*info), sources_(*sources), isBare_(isBare) {}
+
+    void AddScope(const VariableScope& scope, const VariableScope* outer) {
+        scope_ = &scope;
+        numbers_ = outer == nullptr || outer == &scope ? Numbers() : NumbersOf(*outer);
+        for (const auto& [key, value] : NumbersOf(scope)) numbers_[key] = value;
+        Sort();
+        SettleAxes();
+        MakeGroups();
+        StateNames();
+        StateUnits();
+        for (Group& group : groups_) {
+            info_.runs.push_back(std::move(group.run));
+            sources_.push_back(std::move(group.source));
+        }
+    }
+
+    /// The sentence on what became nothing.
+    void RemarkLeftOut() {
+        constexpr std::size_t kNamed = 8;
+        if (leftOut_.empty()) return;
+        std::string sentence = "left out: ";
+        for (std::size_t i = 0; i < std::min(kNamed, leftOut_.size()); ++i)
+            sentence += (i == 0 ? "" : "; ") + leftOut_[i];
+        if (leftOut_.size() > kNamed)
+            sentence += "; and " + std::to_string(leftOut_.size() - kNamed) + " more variables";
+        info_.remarks.push_back(sentence);
+    }
+
+private:
+    struct Array {
+        const Variable* variable;
+        std::size_t along = 0;  ///< the dimension along which its samples follow one another
+
+        const StoredArray& Numbers() const { return std::get<StoredArray>(variable->value); }
+        std::uint64_t Samples() const { return Numbers().counts[along]; }
+        std::uint64_t Channels() const { return Numbers().counts[1 - along]; }
+    };
+    struct Group {
+        RecordingInfo::Run run = {};
+        RunColumns source = {};
+    };
+
+    std::string FullName(const Variable& variable) const {
+        return ToUtf8(scope_->name.empty() ? variable.name : scope_->name + L"." + variable.name);
+    }
+
+    bool IsNumber(const Variable& variable) const {
+        const auto* const array = std::get_if<StoredArray>(&variable.value);
+        return array != nullptr && array->Size() == 1 && !isBare_;
+    }
+
+    Numbers NumbersOf(const VariableScope& scope) const {
+        Numbers numbers;
+        for (const Variable& variable : scope.variables) {
+            const NameRow* const row = RowOf(variable.name, false);
+            if (row == nullptr || !IsNumber(variable)) continue;
+            const double value = ReadOne(std::get<StoredArray>(variable.value)).front();
+            if (row->role == Role::start ? std::isfinite(value) : value > 0.0 && std::isfinite(1.0 / value))
+                numbers.try_emplace({row->role, row->axis}, value);
+        }
+        return numbers;
+    }
+
+    std::optional<double> Stated(Role role, std::string_view axis) const {
+        const auto number = numbers_.find({role, axis});
+        return number == numbers_.end() ? std::nullopt : std::optional(number->second);
+    }
+
+    std::optional<double> StatedStep(std::string_view axis) const {
+        if (const std::optional<double> step = Stated(Role::step, axis)) return step;
+        const std::optional<double> rate = Stated(Role::rate, axis);
+        return rate ? std::optional(1.0 / *rate) : std::nullopt;
+    }
+
+    /// Deals the variables out by what they are.
+    void Sort() {
+        arrays_.clear();
+        axes_.clear();
+        texts_.clear();
+        for (const Variable& variable : scope_->variables) {
+            if (const auto* const leftOut = std::get_if<Variable::LeftOut>(&variable.value)) {
+                leftOut_.push_back(Quote(FullName(variable)) + ", for " + leftOut->why);
+            } else if (const auto* const texts = std::get_if<Variable::Texts>(&variable.value)) {
+                SortTexts(variable, *texts);
+            } else if (IsNumber(variable)) {
+                const std::vector<double> parts = ReadOne(std::get<StoredArray>(variable.value));
+                std::string text = FormatExact(parts.front());
+                if (parts.size() > 1)
+                    text += (parts[1] < 0.0 ? " - " : " + ") + FormatExact(std::abs(parts[1])) + "i";
+                info_.properties.push_back({FullName(variable), text});
+            } else {
+                SortArray(variable);
+            }
+        }
+    }
+
+    void SortTexts(const Variable& variable, const Variable::Texts& texts) {
+        const NameRow* const row = RowOf(variable.name, false);
+        const bool hasRole = row != nullptr && (row->role == Role::units || row->role == Role::names ||
+                                                row->role == Role::title || row->role == Role::axisUnit);
+        if (!hasRole || !texts_.try_emplace(row->role, &texts).second) AddProperty(variable, texts);
+    }
+
+    void AddProperty(const Variable& variable, const Variable::Texts& texts) {
+        std::string joined;
+        for (const std::wstring& text : texts) joined += (joined.empty() ? "" : ", ") + ToUtf8(text);
+        info_.properties.push_back({FullName(variable), joined});
+    }
+
+    void SortArray(const Variable& variable) {
+        const auto& array = std::get<StoredArray>(variable.value);
+        const NameRow* const row = RowOf(variable.name, true);
+        const bool isVector = array.counts[0] == 1 || array.counts[1] == 1;
+        if (row != nullptr && isVector && array.parts.size() == 1) {
+            Places places = SurveyPlaces(variable, row);
+            if (places.isRising) {
+                axes_.push_back(std::move(places));
+                return;
+            }
+        }
+        arrays_.push_back({&variable, AlongOf(array)});
+    }
+
+    const Places* AxisOf(std::uint64_t samples) const {
+        for (const std::string_view name : {"t", "f", "x"}) {
+            if (name == "x" && !texts_.contains(Role::axisUnit)) continue;
+            for (const Places& places : axes_)
+                if (places.name->axis == name && places.Count() == samples) return &places;
+        }
+        return nullptr;
+    }
+
+    /// Says along which dimension the samples of each array follow one another; an axis of no array is one
+    /// itself.
+    void SettleAxes() {
+        for (Array& array : arrays_) {
+            const StoredArray& numbers = array.Numbers();
+            const auto [rows, columns] = numbers.counts;
+            if (rows == 1 || columns == 1 || numbers.areRowsSamples) continue;
+            const bool isRowTime = AxisOf(rows) != nullptr;
+            const bool isColumnTime = AxisOf(columns) != nullptr;
+            array.along = isRowTime == isColumnTime ? columns > rows : isColumnTime;
+            const std::string name =
+                array.variable->name.empty() ? "the array" : Quote(FullName(*array.variable));
+            if (array.along == 1)
+                info_.remarks.push_back("the rows of " + name + " are taken for channels, " +
+                                        std::to_string(rows) + " of " + std::to_string(columns) + " samples");
+            if (rows == columns && isRowTime == isColumnTime)
+                info_.remarks.push_back(name + " is square; its columns are taken for channels");
+        }
+        std::vector<Array> all;
+        for (const Variable& variable : scope_->variables) {
+            const auto array = std::ranges::find(arrays_, &variable, &Array::variable);
+            if (array != arrays_.end()) all.push_back(*array);
+            const auto axis = std::ranges::find(axes_, &variable, &Places::variable);
+            if (axis == axes_.end()) continue;
+            const bool isUsed = std::ranges::any_of(
+                arrays_, [&](const Array& each) { return AxisOf(each.Samples()) == &*axis; });
+            if (!isUsed) all.push_back({&variable, AlongOf(std::get<StoredArray>(variable.value))});
+        }
+        arrays_ = std::move(all);
+    }
+
+    void MakeGroups() {
+        groups_.clear();
+        const bool hasAxis = std::ranges::any_of(
+            arrays_, [&](const Array& each) { return AxisOf(each.Samples()) != nullptr; });
+        const bool hasStep = StatedStep("t") || StatedStep("f");
+        std::map<std::uint64_t, std::size_t> groupOf;  // by the count of samples
+        for (const Array& array : arrays_) {
+            const Places* const places = AxisOf(array.Samples());
+            if (hasAxis && !hasStep && places == nullptr) {
+                leftOut_.push_back(Quote(FullName(*array.variable)) +
+                                   ", for it has another length than the axis");
+                continue;
+            }
+            const auto [at, isNew] = groupOf.try_emplace(array.Samples(), groups_.size());
+            if (isNew) {
+                groups_.emplace_back().source.length = array.Samples();
+                groups_.back().run.samples = static_cast<__int64>(array.Samples());
+                groups_.back().run.title = Title();
+                places != nullptr ? SetAxis(*places, &groups_.back()) : SetAxis(&groups_.back().run.axis);
+            }
+            AddChannels(array, &groups_[at->second]);
+        }
+    }
+
+    std::wstring Title() const {
+        const auto title = texts_.find(Role::title);
+        return title != texts_.end() && !title->second->empty() ? title->second->front() : scope_->name;
+    }
+
+    CUnitCtrl UnitOf(std::string_view axis) const {
+        if (axis == "t") return CUnitCtrl(CUnitCtrl::DIM_TIME);
+        if (axis == "f") return CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
+        const Variable::Texts& unit = *texts_.at(Role::axisUnit);
+        return ParseUnit(unit.empty() ? std::wstring() : unit.front()).value_or(CUnitCtrl());
+    }
+
+    /// An axis by a vector of places, and by the spacing that is stated beside it where both agree.
+    void SetAxis(const Places& places, Group* group) {
+        RecordedAxis& axis = group->run.axis;
+        const TimeStamps& stamps = places.stamps;
+        axis.unit = UnitOf(places.name->axis);
+        if (!stamps.IsEven()) {
+            axis.isListed = true;
+            const auto& array = std::get<StoredArray>(places.variable->value);
+            group->source.columns = ColumnsOf(array, AlongOf(array));
+            return;
+        }
+        const double span = stamps.last - stamps.first;
+        const std::optional<double> stated = StatedStep(places.name->axis);
+        axis.delta = StepOf(stamps);
+        axis.first = stamps.first;
+        if (places.name->axis == "t") axis.stamps = stamps;
+        if (!stated) return;
+        if (std::abs(*stated * static_cast<double>(stamps.count - 1) - span) <= 0.5 * stamps.Step()) {
+            axis.delta = *stated;
+        } else {
+            info_.remarks.push_back("the spacing of " + Quote(FullName(*places.variable)) + ", " +
+                                    FormatNumber(axis.delta, 9) + ", is taken, not the " +
+                                    FormatNumber(*stated, 9) + " that is stated beside it");
+        }
+    }
+
+    /// An axis by what numbers say of it.
+    void SetAxis(RecordedAxis* axis) const {
+        const bool isTime = StatedStep("t") || !StatedStep("f");
+        const std::string_view name = isTime ? "t" : "f";
+        axis->unit = UnitOf(name);
+        axis->delta = StatedStep(name).value_or(0.0);
+        axis->first = Stated(Role::start, name).value_or(0.0);
+        if (!isBare_) axis->rateHint = "; it has no number fs or dt and no vector t";
+    }
+
+    static void AddChannels(const Array& array, Group* group) {
+        std::ranges::move(ColumnsOf(array.Numbers(), array.along), std::back_inserter(group->source.columns));
+        for (std::uint64_t c = 0; c < array.Channels(); ++c) {
+            RecordingInfo::Channel& channel = group->run.channels.emplace_back();
+            channel.name = array.variable->name;
+            if (array.Channels() > 1 && !channel.name.empty()) channel.name += L"_" + std::to_wstring(c + 1);
+            channel.isComplex = array.Numbers().parts.size() > 1;
+        }
+    }
+
+    /// The channels that as many texts state something of: all of the scope, or those of the first run that
+    /// has as many.
+    std::vector<RecordingInfo::Channel*> ChannelsFor(std::size_t count) {
+        std::vector<RecordingInfo::Channel*> all;
+        for (Group& group : groups_)
+            for (RecordingInfo::Channel& channel : group.run.channels) all.push_back(&channel);
+        if (all.size() == count) return all;
+        all.clear();
+        const auto group = std::ranges::find_if(
+            groups_, [&](const Group& each) { return each.run.channels.size() == count; });
+        if (group == groups_.end()) return all;
+        for (RecordingInfo::Channel& channel : group->run.channels) all.push_back(&channel);
+        return all;
+    }
+
+    void RemarkCount(std::string_view what, std::size_t count) {
+        info_.remarks.push_back("the " + Count(static_cast<long long>(count), what) +
+                                " of the file are not used, for they are not as many as the channels");
+    }
+
+    void StateNames() {
+        const auto names = texts_.find(Role::names);
+        if (names == texts_.end() || groups_.empty()) return;
+        const Variable::Texts& texts = *names->second;
+        const std::vector<RecordingInfo::Channel*> channels = ChannelsFor(texts.size());
+        if (channels.empty()) return RemarkCount("name", texts.size());
+        for (std::size_t c = 0; c < texts.size(); ++c)
+            if (!texts[c].empty()) channels[c]->name = texts[c];
+    }
+
+    void StateUnits() {
+        const auto units = texts_.find(Role::units);
+        if (units == texts_.end() || groups_.empty()) return;
+        const Variable::Texts& texts = *units->second;
+        if (texts.size() == 1) {
+            for (Group& group : groups_)
+                for (RecordingInfo::Channel& channel : group.run.channels) StateUnit(&channel, texts.front());
+            return;
+        }
+        const std::vector<RecordingInfo::Channel*> channels = ChannelsFor(texts.size());
+        if (channels.empty()) return RemarkCount("unit", texts.size());
+        for (std::size_t c = 0; c < texts.size(); ++c) StateUnit(channels[c], texts[c]);
+    }
+
+    RecordingInfo& info_;
+    std::vector<RunColumns>& sources_;
+    bool isBare_;
+    std::vector<std::string> leftOut_;
+    // Of the scope that is being added:
+    const VariableScope* scope_ = nullptr;
+    Numbers numbers_;
+    std::vector<Array> arrays_;
+    std::vector<Places> axes_;
+    std::map<Role, const Variable::Texts*> texts_;
+    std::vector<Group> groups_;
+};
+
+class VariableReader : public RecordingReader {
+public:
+    VariableReader(const std::vector<VariableScope>& scopes, RecordingInfo info, bool isBare) {
+        info_ = std::move(info);
+        const auto outer =
+            std::ranges::find_if(scopes, [](const VariableScope& s) { return s.name.empty(); });
+        RunMaker maker(&info_, &sources_, isBare);
+        for (const VariableScope& scope : scopes)
+            maker.AddScope(scope, outer == scopes.end() ? nullptr : &*outer);
+        maker.RemarkLeftOut();
+        if (info_.runs.empty()) {
+            throw Error(ErrorKind::kUnsupported,
+                        "it has no array of samples" +
+                            (info_.remarks.empty() ? std::string() : "; " + info_.remarks.back()));
+        }
+    }
+
+    std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        if (!reader_ || run != run_) {
+            reader_.emplace(sources_.at(run).columns, sources_[run].length);
+            run_ = run;
+            done_ = 0;
+        }
+        const std::size_t count = std::min<std::uint64_t>(room, sources_[run].length - done_);
+        before_ = done_;
+        if (count == 0) return 0;
+        reader_->Read(targets, count);
+        done_ += count;
+        for (std::size_t c = 0; c < targets.size(); ++c)
+            if (targets[c] != nullptr) MarkMissing(c, {targets[c], count});
+        return count;
+    }
+
+    Error ErrorAt(std::size_t column, std::size_t index, ErrorKind kind,
+                  const std::string& sentence) const override {
+        ErrorPlace place;
+        if (info_.runs.size() > 1) place.record = static_cast<std::int64_t>(run_) + 1;
+        std::size_t end = info_.runs[run_].axis.isListed ? 1 : 0;
+        for (std::size_t c = 0; c < info_.runs[run_].channels.size() && end <= column; ++c) {
+            end += info_.runs[run_].channels[c].isComplex ? 2U : 1U;
+            place.channel = static_cast<std::int64_t>(c) + 1;
+        }
+        place.sample = static_cast<std::int64_t>(before_ + index) + 1;
+        return Error(kind, sentence, place);
+    }
+
+private:
+    /// What is no number becomes no-value, as MATLAB and NumPy mark missing samples.
+    void MarkMissing(std::size_t column, std::span<double> samples) const {
+        if (AreValues(samples)) return;
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            if (std::isinf(samples[i]))
+                throw ErrorAt(column, i, ErrorKind::kUnsupported, "the value is infinite");
+            if (std::isnan(samples[i])) samples[i] = kNoValue<double>;
+        }
+    }
+
+    std::vector<RunColumns> sources_;
+    std::optional<ColumnReader> reader_;
+    std::size_t run_ = 0;
+    std::uint64_t done_ = 0;    ///< samples of the run that were read
+    std::uint64_t before_ = 0;  ///< those read before the last block
+};
+
+}  // namespace
+
+std::shared_ptr<const ArrayBytes> StretchBytes(const ByteStretch& stretch, Packing packing,
+                                               std::optional<std::uint32_t> crc) {
+    return std::make_shared<ArrayBytes>(ArrayBytes{[=] { return OpenBytes(stretch, packing, crc); }});
+}
+
+ArrayShape ShapeOf(std::vector<std::uint64_t> dimensions) {
+    ArrayShape shape;
+    if (std::ranges::find(dimensions, 0U) != dimensions.end()) {
+        shape.leftOut = "it is empty";
+        return shape;
+    }
+    const std::size_t given = dimensions.size();
+    if (given > 2) std::erase(dimensions, 1U);
+    if (dimensions.size() > 2) {
+        shape.leftOut = "it has " + std::to_string(dimensions.size()) + " dimensions";
+        return shape;
+    }
+    for (std::size_t d = 0; d < dimensions.size(); ++d) shape.counts[d] = dimensions[d];
+    return shape;
+}
+
+std::array<std::uint64_t, 2> StepsOf(const ArrayShape& shape, std::uint64_t step, bool isByRows) {
+    if (isByRows) return {shape.counts[1] * step, step};
+    return {step, shape.counts[0] * step};
+}
+
+std::uint64_t BytesOf(const std::vector<std::uint64_t>& dimensions, std::uint64_t step) {
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+    if (std::ranges::find(dimensions, 0U) != dimensions.end()) return 0;
+    std::uint64_t bytes = step;
+    for (const std::uint64_t count : dimensions) {
+        if (bytes > kMost / count) return kMost;
+        bytes *= count;
+    }
+    return bytes;
+}
+
+std::unique_ptr<RecordingReader> MakeVariableReader(const std::vector<VariableScope>& scopes,
+                                                    RecordingInfo info, bool isBare) {
+    return std::make_unique<VariableReader>(scopes, std::move(info), isBare);
+}
+
+}  // namespace kvx

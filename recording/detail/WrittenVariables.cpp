@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/detail/WrittenVariables.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxDevCommon01/units/UnitText.h>
+
+namespace kvx {
+namespace {
+
+/// What variables of the axis and of the run are called, and words that name nothing in MATLAB or Python.
+constexpr std::string_view kTaken[] = {
+    "fs",        "dt",        "t0",     "t",     "time",     "Time",      "f",          "df",    "f0",
+    "freq",      "Freq",      "x",      "dx",    "x0",       "xunit",     "fsamp",      "rate",  "Ts",
+    "names",     "name",      "units",  "unit",  "channels", "title",     "text",       "break", "case",
+    "catch",     "else",      "elseif", "end",   "for",      "function",  "global",     "if",    "parfor",
+    "return",    "switch",    "try",    "while", "continue", "otherwise", "persistent", "spmd",  "classdef",
+    "frequency", "Frequency", "Fs",     "FS"};
+
+std::string Identifier(std::wstring_view name) {
+    constexpr std::size_t kMost = 56;  // with room for a number behind it
+    const auto isLetter = [](wchar_t c) { return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z'); };
+    std::string text;
+    for (const wchar_t c : name.substr(0, kMost)) {
+        const bool isKept = isLetter(c) || (c >= L'0' && c <= L'9');
+        if (isKept || (!text.empty() && text.back() != '_')) text += isKept ? static_cast<char>(c) : '_';
+    }
+    while (!text.empty() && text.back() == '_') text.pop_back();
+    const bool isTaken = std::ranges::find(kTaken, text) != std::end(kTaken);
+    if (isTaken || text.empty() || !isLetter(static_cast<wchar_t>(text.front()))) text.insert(0, "ch");
+    return text;
+}
+
+/// The number next to `shown` that becomes exactly `standard` when it is read, if there is one.
+double Nearer(const CUnitCtrl& unit, int isAbsolute, double standard, double shown) {
+    for (const double way : {1.0, -1.0}) {
+        const double beside = std::nextafter(shown, way * std::numeric_limits<double>::infinity());
+        if (unit.ConvItoD(beside, 1.0, isAbsolute) == standard) return beside;
+    }
+    return shown;
+}
+
+std::string_view AxisName(const SignalRun& run) {
+    const CUnitCtrl::DIM_CODE dimension = DimensionOf(run.axisUnit);
+    return dimension == CUnitCtrl::DIM_TIME ? "t" : dimension == CUnitCtrl::DIM_FREQUENCY ? "f" : "x";
+}
+
+}  // namespace
+
+std::vector<WrittenVariable> VariablesOf(const SignalRun& run, const std::wstring& text,
+                                         bool isOneOfSeveral) {
+    using Samples = WrittenVariable::Samples;
+    std::vector<WrittenVariable> variables;
+    const std::string axis(AxisName(run));
+    if (!run.isListed) {
+        if (axis == "t") variables.push_back({"fs", 1.0 / run.delta});
+        variables.push_back({"d" + axis, run.delta});
+        if (run.offset != 0) variables.push_back({axis + "0", static_cast<double>(run.offset) * run.delta});
+    }
+    if (axis == "x") variables.push_back({"xunit", PlainUnitName(CUnitCtrl(DimensionOf(run.axisUnit)))});
+    std::vector<std::wstring> names, units;
+    for (const SignalRun::Channel& channel : run.channels) {
+        names.push_back(channel.name);
+        units.push_back(PlainUnitName(channel.unit));
+    }
+    variables.push_back({"names", std::move(names)});
+    variables.push_back({"units", std::move(units)});
+    if (isOneOfSeveral || !run.title.empty()) variables.push_back({"title", run.title});
+    if (!text.empty()) variables.push_back({"text", text});
+    if (run.isListed || axis != "t")
+        variables.push_back({axis, Samples{0, false, !run.isListed, run.samples}});
+    std::set<std::string> taken;
+    std::size_t column = run.isListed ? 1 : 0;
+    for (const SignalRun::Channel& channel : run.channels) {
+        const std::string plain = Identifier(channel.name);
+        std::string name = plain;
+        for (int number = 2; !taken.insert(name).second; ++number)
+            name = plain + "_" + std::to_string(number);
+        variables.push_back({name, Samples{column, channel.isComplex, false, run.samples}});
+        column += channel.isComplex ? 2 : 1;
+    }
+    return variables;
+}
+
+void ToStored(const SignalRun& run, std::span<double* const> columns, std::size_t count) {
+    std::size_t column = run.isListed ? 1 : 0;
+    std::vector<double> standard, again;
+    for (const SignalRun::Channel& channel : run.channels) {
+        const int isAbsolute = !channel.isComplex && channel.unit.IsSingle() ? 1 : 0;
+        const std::size_t end = column + (channel.isComplex ? 2 : 1);
+        for (; column < end; ++column) {
+            const std::span samples(columns[column], count);
+            standard.assign(samples.begin(), samples.end());
+            again.resize(count);
+            channel.unit.ConvDtoI(samples.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
+            channel.unit.ConvItoD(again.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
+            for (std::size_t i = 0; i < count; ++i) {
+                if (standard[i] == kNoValue<double>) {
+                    samples[i] = std::numeric_limits<double>::quiet_NaN();
+                } else if (again[i] != standard[i]) {
+                    samples[i] = Nearer(channel.unit, isAbsolute, standard[i], samples[i]);
+                }
+            }
+        }
+    }
+}
+
+void ToLittleEndian(std::span<double> numbers) {
+    if constexpr (std::endian::native == std::endian::big) {
+        for (double& number : numbers) {
+            const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&number, 1));
+            std::ranges::reverse(bytes);
+        }
+    }
+}
+
+}  // namespace kvx
