@@ -156,11 +156,12 @@ Element TakeElement(Bytes* bytes, bool isWhole = true) {
     return {first, std::min<std::uint64_t>(count, room), begin, std::min(begin + filled, bytes->Most())};
 }
 
-/// The numbers of a small element, as those of dimensions.
+/// The whole numbers of a small element, as those of dimensions.
 std::vector<double> TakeNumbers(Bytes* bytes, std::uint64_t most) {
     const Element element = TakeElement(bytes);
     const std::optional<NumberType> type = NumbersOf(element.type, bytes->IsBig());
-    if (!type || element.bytes > most * type->bytes) FailDamaged("the head of a variable is none");
+    const bool isWhole = type && type->kind != NumberType::Kind::floating && type->bytes <= 4;
+    if (!isWhole || element.bytes > most * type->bytes) FailDamaged("the head of a variable is none");
     const std::vector<std::byte> raw = bytes->Take(element.bytes);
     std::vector<double> numbers(raw.size() / type->bytes);
     ToDoubles(*type, raw.data(), type->bytes, numbers);
@@ -168,10 +169,19 @@ std::vector<double> TakeNumbers(Bytes* bytes, std::uint64_t most) {
     return numbers;
 }
 
+/// Bytes as a text, up to the first 0.
+std::string TextOf(std::span<const std::byte> bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return std::string(text.substr(0, text.find('\0')));
+}
+
 std::string TakeName(Bytes* bytes) {
-    std::string name;
-    for (const double letter : TakeNumbers(bytes, 4096)) name += static_cast<char>(static_cast<int>(letter));
-    return name.substr(0, name.find('\0'));
+    constexpr std::uint64_t kMostName = 4096;
+    const Element element = TakeElement(bytes);
+    if (element.bytes > kMostName) FailDamaged("the head of a variable is none");
+    const std::vector<std::byte> raw = bytes->Take(element.bytes);
+    bytes->SkipTo(element.end);
+    return TextOf(raw);
 }
 
 /// What stands in front of the values of a variable.
@@ -309,8 +319,7 @@ VariableScope TakeStructure(Bytes* bytes, const MatrixHead& head) {
     bytes->SkipTo(names.end);
     const auto room = static_cast<std::size_t>(length[0]);
     for (std::size_t at = 0; at + room <= raw.size(); at += room) {
-        std::string name(reinterpret_cast<const char*>(raw.data()) + at, room);
-        name.resize(std::min(name.find('\0'), name.size()));
+        const std::string name = TextOf(std::span(raw).subspan(at, room));
         const Element field = TakeElement(bytes);
         if (field.type != kMatrix) FailDamaged("a field of a structure is no variable");
         scope.variables.push_back(TakeVariable(bytes, TakeHead(bytes, field), name));
@@ -391,9 +400,7 @@ MatContent ReadLevel4(const ByteStretch& file, bool isBig) {
             const std::uint32_t nameBytes = bytes.Word();
             if (type / 10 >= std::size(types) || type % 10 > 2 || nameBytes > 4096)
                 FailDamaged("there is no variable where one was expected");
-            const std::vector<std::byte> raw = bytes.Take(nameBytes);
-            std::string name(reinterpret_cast<const char*>(raw.data()), raw.size());
-            name.resize(std::min(name.find('\0'), name.size()));
+            const std::string name = TextOf(bytes.Take(nameBytes));
             const NumberType& number = types[type / 10];
             const std::uint64_t size = BytesOf(dimensions, number.bytes);
             const std::uint64_t begin = bytes.Position();

@@ -609,10 +609,20 @@ public:
         const std::size_t count = std::min<std::uint64_t>(room, sources_[run].length - done_);
         before_ = done_;
         if (count == 0) return 0;
-        reader_->Read(targets, count);
+        // Few enough at a time to be looked at while they are in the processor's cache.
+        constexpr std::size_t kLooked = std::size_t{1} << 14;
+        const std::size_t most = std::max<std::size_t>(1, kLooked / targets.size());
+        std::vector<double*> to(targets.begin(), targets.end());
+        for (std::size_t begin = 0; begin < count; begin += most) {
+            const std::size_t piece = std::min(most, count - begin);
+            reader_->Read(to, piece);
+            for (std::size_t c = 0; c < to.size(); ++c) {
+                if (to[c] == nullptr) continue;
+                MarkMissing(c, begin, {to[c], piece});
+                to[c] += piece;
+            }
+        }
         done_ += count;
-        for (std::size_t c = 0; c < targets.size(); ++c)
-            if (targets[c] != nullptr) MarkMissing(c, {targets[c], count});
         return count;
     }
 
@@ -631,11 +641,11 @@ public:
 
 private:
     /// What is no number becomes no-value, as MATLAB and NumPy mark missing samples.
-    void MarkMissing(std::size_t column, std::span<double> samples) const {
+    void MarkMissing(std::size_t column, std::size_t begin, std::span<double> samples) const {
         if (AreValues(samples)) return;
         for (std::size_t i = 0; i < samples.size(); ++i) {
             if (std::isinf(samples[i]))
-                throw ErrorAt(column, i, ErrorKind::kUnsupported, "the value is infinite");
+                throw ErrorAt(column, begin + i, ErrorKind::kUnsupported, "the value is infinite");
             if (std::isnan(samples[i])) samples[i] = kNoValue<double>;
         }
     }

@@ -181,7 +181,7 @@ void AddZipDirectory(std::span<const ZipRecord> records, std::uint64_t begin, Fi
         plan->AddNumber(kEntryMark, 4);
         plan->AddNumber(kVersion64, 2);
         AddCommonHead(record, extension.Size(), plan);
-        plan->AddNumber(0, 10);  // no comment, no attributes
+        plan->Add(std::string(10, '\0'));  // no comment, no attributes
         plan->AddNumber(Short(record.at), 4);
         plan->Add(record.name);
         plan->Append(extension);
