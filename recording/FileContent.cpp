@@ -27,7 +27,6 @@ struct Foreign {
 
 // clang-format off
 constexpr Foreign kForeign[] = {
-    {"MATLAB 7.3 MAT-file"sv,              "a MATLAB file of version 7.3, which is read when it is saved with -v7"},
     {"\x89HDF\r\n\x1A\n"sv,                "an HDF5 file"},
     {"CDF\1"sv,                            "a NetCDF file"},
     {"CDF\2"sv,                            "a NetCDF file"},

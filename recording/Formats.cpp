@@ -156,11 +156,11 @@ constexpr FormatRow kFormats[] = {
         .kind = FormatKind::binary,
         .name = "a MATLAB file",
         .ends = {".mat"},
-        .marks = {"MATLAB 5.0 MAT-file"},
+        .marks = {"MATLAB 5.0 MAT-file", "MATLAB 7.3 MAT-file"},
         .recognize = IsMatLevel4,
         .open = OpenStream<OpenMatFile>,
         .create = CreateMatSignal,
-        .read = "numeric variables of levels 4 and 5, also compressed and in structures, with the axis, "
+        .read = "numeric variables of levels 4, 5 and 7.3, also compressed and in structures, with the axis, "
                 "names and "
                 "units that other variables state",
         .written = "a variable per channel, those of several runs in structures; level 5",

@@ -16,6 +16,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/detail/ByteCursor.h>
+#include <KvxRecording01/detail/Hdf5Objects.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/VariableWriter.h>
 #include <KvxRecording01/detail/Variables.h>
@@ -69,6 +70,13 @@ private:
     bool isBig_;
     std::uint64_t position_ = 0;
 };
+
+std::wstring LettersOf(std::span<const double> codes) {
+    std::u16string units;
+    for (const double code : codes)
+        units += static_cast<char16_t>(code >= 0.0 && code <= 65535.0 ? code : 0xFFFD);
+    return FromUtf16(units);
+}
 
 /// The rows of a matrix of letters, which stand column by column, without the blanks behind them.
 Variable::Texts RowsOf(std::wstring_view letters, std::uint64_t rows) {
@@ -247,10 +255,7 @@ Variable::Value TakeLetters(Bytes* bytes, const MatrixHead& head) {
     } else {
         std::vector<double> codes(raw.size() / type->bytes);
         ToDoubles(*type, raw.data(), type->bytes, codes);
-        std::u16string units;
-        for (const double code : codes)
-            units += static_cast<char16_t>(code >= 0.0 && code <= 65535.0 ? code : 0xFFFD);
-        letters = FromUtf16(units);
+        letters = LettersOf(codes);
     }
     return RowsOf(letters, head.dimensions.front());
 }
@@ -374,9 +379,94 @@ MatContent ReadLevel5(const ByteStretch& file, std::string_view header) {
             throw error.At({.byte = static_cast<std::int64_t>(at)});
         }
     }
-    const std::string_view text = header.substr(0, 116);
-    content.info.properties.push_back(
-        {"header", std::string(text.substr(0, text.find_last_not_of(std::string_view(" \0", 2)) + 1))});
+    return content;
+}
+
+// ---- level 7.3: objects of HDF5 ----
+
+Variable::Value TakeLetters(const Hdf5Object& object) {
+    const std::uint64_t bytes = BytesOf(object.dimensions, object.elementBytes);
+    if (bytes > kMostText) return Variable::LeftOut{"it is a long text"};
+    if (object.bytes == nullptr || object.attributes.contains("MATLAB_empty")) return Variable::Texts{L""};
+    if (object.parts.size() != 1 || object.elementBytes > 4)
+        return Variable::LeftOut{"it is a text of another kind"};
+    std::vector<std::byte> raw(static_cast<std::size_t>(bytes));
+    object.bytes->open()->Read(raw);
+    std::vector<double> codes(raw.size() / static_cast<std::size_t>(object.elementBytes));
+    ToDoubles(object.parts.front().type, raw.data(), static_cast<std::size_t>(object.elementBytes), codes);
+    return RowsOf(LettersOf(codes), object.dimensions.empty() ? 1 : object.dimensions.back());
+}
+
+/// A cell array of texts, which is one of addresses.
+Variable::Value TakeCells(const Hdf5File& file, const Hdf5Object& object) {
+    const std::uint64_t bytes = BytesOf(object.dimensions, object.elementBytes);
+    if (object.bytes == nullptr || !object.isReference || bytes > kMostText)
+        return Variable::LeftOut{"it is a cell array"};
+    std::vector<std::byte> raw(static_cast<std::size_t>(bytes));
+    object.bytes->open()->Read(raw);
+    Variable::Texts texts;
+    for (std::size_t at = 0; at + 8 <= raw.size(); at += 8) {
+        std::uint64_t address = 0;
+        for (std::size_t i = 0; i < 8; ++i) address |= std::to_integer<std::uint64_t>(raw[at + i]) << 8 * i;
+        const Hdf5Object cell = file.Object(address);
+        const auto kind = cell.attributes.find("MATLAB_class");
+        const bool isText = !cell.isGroup && kind != cell.attributes.end() && kind->second == "char";
+        const Variable::Value value = isText ? TakeLetters(cell) : Variable::LeftOut{};
+        if (!std::holds_alternative<Variable::Texts>(value)) return Variable::LeftOut{"it is a cell array"};
+        texts.push_back(std::get<Variable::Texts>(value).front());
+    }
+    return texts;
+}
+
+Variable::Value TakeObject(const Hdf5File& file, const Hdf5Object& object) {
+    constexpr std::string_view kNumeric[] = {"",      "double", "single", "logical", "int8",  "uint8",
+                                             "int16", "uint16", "int32",  "uint32",  "int64", "uint64"};
+    const auto found = object.attributes.find("MATLAB_class");
+    const std::string kind = found == object.attributes.end() ? "" : found->second;
+    if (object.attributes.contains("MATLAB_sparse")) return Variable::LeftOut{"it is sparse"};
+    if (object.isGroup || kind == "struct")
+        return Variable::LeftOut{"it is an array of structures or within one"};
+    if (kind == "char") return TakeLetters(object);
+    if (kind == "cell") return TakeCells(file, object);
+    if (std::ranges::find(kNumeric, kind) == std::end(kNumeric)) return Variable::LeftOut{"it is an object"};
+    if (object.attributes.contains("MATLAB_empty")) return Variable::LeftOut{"it is empty"};
+    const ArrayShape shape = ShapeOf({object.dimensions.rbegin(), object.dimensions.rend()});
+    if (!shape.leftOut.empty()) return Variable::LeftOut{shape.leftOut};
+    if (object.parts.empty()) return Variable::LeftOut{"it holds no numbers"};
+    StoredArray array{object.bytes, shape.counts};
+    for (const Hdf5Object::Part& part : object.parts)
+        array.parts.push_back({part.type, part.offset, StepsOf(shape, object.elementBytes, false)});
+    return array;
+}
+
+/// Takes the members of a group; structures among those of the file become scopes of their own.
+void TakeGroup(const Hdf5File& file, const Hdf5Object& group, bool isFile, MatContent* content) {
+    for (const auto& [name, address] : file.Members(group)) {
+        if (name.starts_with('#')) continue;  // what cells and objects share
+        VariableScope& scope = isFile ? content->scopes.front() : content->scopes.back();
+        Variable variable{FromUtf8Replacing(name)};
+        try {
+            const Hdf5Object object = file.Object(address);
+            if (isFile && object.isGroup && !object.attributes.contains("MATLAB_sparse")) {
+                content->scopes.push_back({variable.name});
+                TakeGroup(file, object, false, content);
+                continue;
+            }
+            variable.value = TakeObject(file, object);
+        } catch (const Error& error) {
+            if (error.Kind() != ErrorKind::kUnsupported) throw;
+            variable.value = Variable::LeftOut{error.Sentence()};
+        }
+        scope.variables.push_back(std::move(variable));
+    }
+}
+
+MatContent ReadLevel73(const ByteStretch& file) {
+    constexpr std::uint64_t kUserBlock = 512;
+    if (file.Size() < kUserBlock) FailDamaged("it is cut short");
+    const Hdf5File objects({file.stream, file.begin + kUserBlock, file.end});
+    MatContent content;
+    TakeGroup(objects, objects.Object(objects.Root()), true, &content);
     return content;
 }
 
@@ -425,10 +515,7 @@ MatContent ReadLevel4(const ByteStretch& file, bool isBig) {
                 const std::vector<std::byte> codes = text.Take(size);
                 std::vector<double> letters(codes.size() / number.bytes);
                 ToDoubles(number, codes.data(), number.bytes, letters);
-                std::wstring wide;
-                for (const double letter : letters)
-                    wide += letter >= 0.0 && letter < 0xD800 ? static_cast<wchar_t>(letter) : L'\xFFFD';
-                variable.value = RowsOf(wide, shape.counts[0]);
+                variable.value = RowsOf(LettersOf(letters), shape.counts[0]);
             } else {
                 StoredArray array{bytes.Source(), shape.counts};
                 for (std::uint64_t part = 0; part < (isComplex ? 2 : 1); ++part)
@@ -604,9 +691,9 @@ bool IsMatLevel4(std::string_view begin) {
 
 std::unique_ptr<RecordingReader> OpenMatFile(std::unique_ptr<ByteStream> stream) {
     constexpr std::size_t kHeader = 128;
-    const ByteStretch file{std::shared_ptr<ByteStream>(std::move(stream)), 0, 0};
-    ByteStretch whole = file;
-    whole.end = whole.stream->Remaining();
+    constexpr std::size_t kHeaderText = 116;
+    const std::uint64_t size = stream->Remaining();
+    const ByteStretch whole{std::shared_ptr<ByteStream>(std::move(stream)), 0, size};
     std::string header(std::min<std::uint64_t>(kHeader, whole.Size()), '\0');
     OpenBytes(whole, Packing::stored)->Read(std::as_writable_bytes(std::span(header)));
     MatContent content;
@@ -614,7 +701,11 @@ std::unique_ptr<RecordingReader> OpenMatFile(std::unique_ptr<ByteStream> stream)
         content = ReadLevel4(whole, !IsLevel4Head(header, false));
     } else {
         if (header.size() < kHeader) FailDamaged("it is cut short");
-        content = ReadLevel5(whole, header);
+        content = header.starts_with("MATLAB 7.3") ? ReadLevel73(whole) : ReadLevel5(whole, header);
+        const std::string_view text(header.data(), kHeaderText);
+        const std::string_view line = text.substr(0, text.find_first_of(std::string_view("\r\n\0", 3)));
+        content.info.properties.push_back(
+            {"header", std::string(line.substr(0, line.find_last_not_of(' ') + 1))});
     }
     return MakeVariableReader(content.scopes, std::move(content.info));
 }

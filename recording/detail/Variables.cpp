@@ -284,8 +284,11 @@ public:
 
     void AddScope(const VariableScope& scope, const VariableScope* outer) {
         scope_ = &scope;
-        numbers_ = outer == nullptr || outer == &scope ? Numbers() : NumbersOf(*outer);
-        for (const auto& [key, value] : NumbersOf(scope)) numbers_[key] = value;
+        numbers_ = NumbersOf(scope);
+        const bool hasStep = std::ranges::any_of(numbers_, [](const auto& number) {
+            return number.first.first == Role::step || number.first.first == Role::rate;
+        });
+        if (!hasStep && outer != nullptr) numbers_.merge(NumbersOf(*outer));
         Sort();
         SettleAxes();
         MakeGroups();
