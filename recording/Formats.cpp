@@ -161,8 +161,7 @@ constexpr FormatRow kFormats[] = {
         .open = OpenStream<OpenMatFile>,
         .create = CreateMatSignal,
         .read = "numeric variables of levels 4, 5 and 7.3, also compressed and in structures, with the axis, "
-                "names and "
-                "units that other variables state",
+                "names and units that other variables state",
         .written = "a variable per channel, those of several runs in structures; level 5",
         .lost = "runs of one sample; more than 2 GiB in a variable",
     },
