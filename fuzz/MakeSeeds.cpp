@@ -113,6 +113,41 @@ bool StoreVariableFiles(const std::filesystem::path& folder) {
     return true;
 }
 
+/// Lines of zeros in columns, as headers have them.
+std::string Zeros(int lines, int perLine, int width) {
+    std::string line;
+    for (int i = 0; i < perLine; ++i) line += std::string(static_cast<std::size_t>(width - 1), ' ') + "0";
+    std::string text;
+    for (int i = 0; i < lines; ++i) text += line + "\n";
+    return text;
+}
+
+/// Seismic recordings behind the byte that names the reader, with what each reader needs to come to samples.
+bool StoreSeismic(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    std::string sac(632, '\0');
+    for (const auto& [at, byte] :
+         {std::pair(2, '\x80'), {3, '\x3F'}, {304, '\6'}, {316, '\2'}, {340, '\1'}, {420, '\1'}})
+        sac[static_cast<std::size_t>(at)] = byte;
+    std::string smc = "2 CORRECTED ACCELEROGRAM\n" + std::string(10, '\n') + Zeros(2, 8, 10) +
+                      "         2\n" + Zeros(3, 8, 10) + "            0.0          200.0\n" + Zeros(9, 5, 15);
+    std::string csmip = "CORRECTED ACCELEROGRAM" + std::string(25, '\n') + Zeros(7, 16, 5) +
+                        Zeros(13, 8, 10) +
+                        " 2 POINTS OF ACCEL DATA EQUALLY SPACED AT  .020 SEC.  (UNITS: CM/SEC/SEC)\n";
+    std::string geonet =
+        "Corrected" + std::string(16, '\n') + Zeros(3, 10, 8) +
+        "       0       0       0       2       2       2       0       0       0       0\n" +
+        Zeros(2, 10, 8) +
+        "     0.0     0.0     0.0     0.0     0.1     0.1     0.0     0.0     0.0     0.0\n" +
+        Zeros(3, 10, 8);
+    const std::string two = "       1.0      -2.5\n";
+    std::ofstream(folder / "sac", std::ios::binary) << '\0' << sac << "12345678";
+    std::ofstream(folder / "smc") << '\1' << smc << two;
+    std::ofstream(folder / "csmip") << '\2' << csmip << two << "/&\n";
+    std::ofstream(folder / "geonet") << '\3' << geonet << two << two << two;
+    return std::filesystem::exists(folder / "geonet");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -135,6 +170,7 @@ int main(int argc, char** argv) {
                           StoreTdms(std::filesystem::path(argv[1]) / "fuzz_TdmsFile") &&
                           StoreLogger(std::filesystem::path(argv[1]) / "fuzz_TextTable") &&
                           StoreUnitTexts(std::filesystem::path(argv[1]) / "fuzz_UnitText") &&
-                          StoreVariableFiles(std::filesystem::path(argv[1]) / "fuzz_VariableFile");
+                          StoreVariableFiles(std::filesystem::path(argv[1]) / "fuzz_VariableFile") &&
+                          StoreSeismic(std::filesystem::path(argv[1]) / "fuzz_Seismic");
     return isStored ? 0 : 1;
 }

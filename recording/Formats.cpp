@@ -9,6 +9,10 @@
 #include <KvxRecording01/MatFile.h>
 #include <KvxRecording01/NpyFile.h>
 #include <KvxRecording01/NpzFile.h>
+#include <KvxRecording01/CsmipFile.h>
+#include <KvxRecording01/GeonetFile.h>
+#include <KvxRecording01/SacFile.h>
+#include <KvxRecording01/SmcFile.h>
 #include <KvxRecording01/SoundFile.h>
 #include <KvxRecording01/TdmsFile.h>
 #include <KvxRecording01/TextLines.h>
@@ -200,6 +204,42 @@ constexpr FormatRow kFormats[] = {
         .marks = {"LabVIEW Measurement"},
         .open = OpenText,
         .read = "columns with their names and units, the time column",
+    },
+    {
+        .format = Format::sac,
+        .kind = FormatKind::binary,
+        .name = "a SAC file",
+        .ends = {".sac"},
+        .recognize = [](std::string_view begin) { return IsSac(begin) || IsSacText(begin); },
+        .open = OpenStream<OpenSac>,
+        .read = "a time series, evenly spaced or with its times, or a spectrum, of versions 6 and 7",
+    },
+    {
+        .format = Format::smc,
+        .kind = FormatKind::binary,
+        .name = "an SMC text",
+        .ends = {".smc"},
+        .recognize = IsSmc,
+        .open = OpenStream<OpenSmc>,
+        .read = "acceleration, velocity or displacement, evenly spaced or with its times",
+    },
+    {
+        .format = Format::csmip,
+        .kind = FormatKind::binary,
+        .name = "a CSMIP volume",
+        .ends = {".v1", ".v2"},
+        .recognize = IsCsmip,
+        .open = OpenStream<OpenCsmip>,
+        .read = "acceleration, velocity and displacement of all channels of volumes 1 and 2",
+    },
+    {
+        .format = Format::geonet,
+        .kind = FormatKind::binary,
+        .name = "a GeoNet volume",
+        .ends = {".v1a", ".v2a"},
+        .recognize = IsGeonet,
+        .open = OpenStream<OpenGeonet>,
+        .read = "acceleration, velocity and displacement of all components of volumes 1 and 2",
     },
     {
         .format = Format::text,

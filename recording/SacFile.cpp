@@ -1,0 +1,416 @@
+// SPDX-License-Identifier: MIT
+#include <KvxRecording01/SacFile.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/MotionUnit.h>
+#include <KvxRecording01/detail/NumberBlocks.h>
+
+namespace kvx {
+namespace {
+
+constexpr std::size_t kReals = 70;
+constexpr std::size_t kWholes = 40;
+constexpr std::size_t kTexts = 23;  // of eight characters, the second of sixteen
+constexpr std::size_t kTextsAt = 4 * (kReals + kWholes);
+constexpr std::size_t kHeaderBytes = kTextsAt + 8 * (kTexts + 1);
+constexpr std::size_t kFooterReals = 22;
+constexpr double kUnknown = -12345.0;
+
+// The fields by their names in the format. Those without a name are not used.
+// clang-format off
+constexpr const char* kRealNames[kReals] = {
+    "delta", "depmin", "depmax", "scale", "odelta", "b", "e", "o", "a", "",
+    "t0", "t1", "t2", "t3", "t4", "t5", "t6", "t7", "t8", "t9",
+    "f", "resp0", "resp1", "resp2", "resp3", "resp4", "resp5", "resp6", "resp7", "resp8",
+    "resp9", "stla", "stlo", "stel", "stdp", "evla", "evlo", "evel", "evdp", "mag",
+    "user0", "user1", "user2", "user3", "user4", "user5", "user6", "user7", "user8", "user9",
+    "dist", "az", "baz", "gcarc", "sb", "sdelta", "depmen", "cmpaz", "cmpinc", "xminimum",
+    "xmaximum", "yminimum", "ymaximum", "", "", "", "", "", "", "",
+};
+constexpr const char* kWholeNames[kWholes] = {
+    "nzyear", "nzjday", "nzhour", "nzmin", "nzsec", "nzmsec", "nvhdr", "norid", "nevid", "npts",
+    "nsnpts", "nwfid", "nxsize", "nysize", "", "iftype", "idep", "iztype", "", "iinst",
+    "istreg", "ievreg", "ievtyp", "iqual", "isynth", "imagtyp", "imagsrc", "", "", "",
+    "", "", "", "", "", "leven", "lpspol", "lovrok", "lcalda", "",
+};
+constexpr const char* kTextNames[kTexts] = {
+    "kstnm", "kevnm", "khole", "ko", "ka", "kt0", "kt1", "kt2", "kt3", "kt4", "kt5", "kt6",
+    "kt7", "kt8", "kt9", "kf", "kuser0", "kuser1", "kuser2", "kcmpnm", "knetwk", "kdatrd", "kinst",
+};
+/// The fields that the footer of version 7 has in double precision, in its order.
+constexpr std::size_t kFooterFields[kFooterReals] = {
+    0, 5, 6, 7, 8, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 36, 35, 32, 31, 54, 55,
+};
+// clang-format on
+
+enum RealField { kDelta = 0, kBegin = 5 };
+enum WholeField { kYear = 0, kVersion = 6, kCount = 9, kType = 15, kDependent = 16, kIsEven = 35 };
+enum TextField { kStation = 0, kHole = 2, kComponent = 19, kNetwork = 20 };
+enum FileType { kTime = 1, kRealImaginary = 2, kAmplitudePhase = 3, kXy = 4, kXyz = 51 };
+
+/// The kinds of values, as the format numbers them, and the units that it gives them.
+struct Dependent {
+    int number;
+    const char* name;
+    const char* unit;
+};
+constexpr Dependent kDependents[] = {
+    {6, "displacements", "nm"},
+    {7, "velocities", "nm/s"},
+    {8, "accelerations", "nm/s2"},
+    {50, "voltages", "V"},
+};
+
+struct Header {
+    std::array<double, kReals> reals = {};
+    std::array<std::int64_t, kWholes> wholes = {};
+    std::array<std::string, kTexts> texts = {};
+};
+
+std::uint64_t Bits(const char* bytes, std::size_t size, bool isBigEndian) {
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < size; ++i)
+        bits = bits << 8 | static_cast<unsigned char>(bytes[isBigEndian ? i : size - 1 - i]);
+    return bits;
+}
+
+std::int32_t WholeAt(const char* bytes, bool isBigEndian) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(Bits(bytes, 4, isBigEndian)));
+}
+
+float SingleAt(const char* bytes, bool isBigEndian) {
+    return std::bit_cast<float>(static_cast<std::uint32_t>(Bits(bytes, 4, isBigEndian)));
+}
+
+/// What a number of the header was before it was rounded to single precision: the shortest decimal number
+/// that gives it.
+double Unrounded(float value) {
+    std::array<char, 64> text;
+    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value);
+    double result = static_cast<double>(value);
+    if (std::isfinite(value) && error == std::errc()) std::from_chars(text.data(), end, result);
+    return result;
+}
+
+bool IsType(std::int64_t type) {
+    return (type >= kTime && type <= kXy) || type == kXyz;
+}
+
+/// The byte order of a binary header; no value for what is none. The first 424 bytes are looked at.
+std::optional<bool> IsBigEndianHeader(std::string_view begin) {
+    constexpr std::size_t kSeen = 4 * (kReals + kIsEven + 1);
+    if (begin.size() < kSeen) return std::nullopt;
+    for (const bool isBigEndian : {false, true}) {
+        const auto whole = [&](std::size_t field) {
+            return WholeAt(begin.data() + 4 * (kReals + field), isBigEndian);
+        };
+        const float delta = SingleAt(begin.data(), isBigEndian);
+        if ((whole(kVersion) == 6 || whole(kVersion) == 7) && whole(kCount) > 0 && IsType(whole(kType)) &&
+            (whole(kIsEven) == 0 || (whole(kIsEven) == 1 && std::isfinite(delta) && delta > 0.0F)))
+            return isBigEndian;
+    }
+    return std::nullopt;
+}
+
+/// A text up to a zero, without blanks around it; empty for one that is not known.
+std::string FieldText(std::string_view bytes) {
+    std::string text = PlainLine(bytes.substr(0, bytes.find('\0')));
+    return text == "-12345" ? "" : text;
+}
+
+std::string StartOf(const Header& header) {
+    for (std::size_t i = kYear; i < kYear + 6; ++i) {
+        if (header.wholes[i] < 0 || header.wholes[i] > 9999) return {};
+    }
+    const auto part = [&](std::size_t i, std::size_t digits) { return Padded(header.wholes[i], digits); };
+    return part(0, 4) + "-" + part(1, 3) + "T" + part(2, 2) + ":" + part(3, 2) + ":" + part(4, 2) + "." +
+           part(5, 3);
+}
+
+/// What the header says of the recording. The run has its axis, count and channel.
+RecordingInfo InfoOf(const Header& header) {
+    const std::int64_t type = header.wholes[kType];
+    if (type == kXyz)
+        throw Error(ErrorKind::kUnsupported, "it holds values over two axes, which are not read");
+    const bool isSpectrum = type == kRealImaginary || type == kAmplitudePhase;
+    const bool isEven = header.wholes[kIsEven] != 0;
+    if (isSpectrum && !isEven) throw Error(ErrorKind::kDamaged, "its spectrum is not evenly spaced");
+
+    RecordingInfo info;
+    RecordingInfo::Run& run = info.runs.emplace_back();
+    run.samples = header.wholes[kCount];
+    if (isSpectrum) run.axis.unit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
+    if (type == kXy) run.axis.unit = CUnitCtrl();
+    run.axis.isListed = !isEven;
+    if (isEven) {
+        run.axis.delta = header.reals[kDelta];
+        if (!(run.axis.delta > 0.0))
+            throw Error(ErrorKind::kDamaged, "its header states no interval of samples");
+        if (std::isfinite(header.reals[kBegin]) && header.reals[kBegin] != kUnknown)
+            run.axis.first = header.reals[kBegin];
+    }
+    RecordingInfo::Channel& channel = run.channels.emplace_back();
+    std::string name;
+    for (const TextField field : {kNetwork, kStation, kHole, kComponent}) {
+        const std::string& part = header.texts[field];
+        if (!part.empty()) name += (name.empty() ? "" : ".") + part;
+    }
+    channel.name = FromUtf8Replacing(name);
+    channel.isComplex = isSpectrum;
+    const auto* const dependent = std::ranges::find(kDependents, header.wholes[kDependent],
+                                                    [](const Dependent& d) { return d.number; });
+    if (dependent != std::end(kDependents) && !isSpectrum) {
+        if (const auto unit = FindMotionUnit(dependent->unit)) StateMotionUnit(&channel, *unit);
+        info.remarks.push_back(std::string("the header says that the values are ") + dependent->name +
+                               ", which the format counts in " + std::string(dependent->unit) +
+                               "; some programs write them in another unit, which is to be stated then");
+    }
+    const auto state = [&](const char* property, const std::string& text) {
+        if (*property != '\0' && !text.empty()) info.properties.push_back({property, text});
+    };
+    state("start", StartOf(header));
+    for (std::size_t i = 0; i < kTexts; ++i) state(kTextNames[i], header.texts[i]);
+    for (std::size_t i = 0; i < kReals; ++i) {
+        if (header.reals[i] != kUnknown) state(kRealNames[i], FormatNumber(header.reals[i], 15));
+    }
+    for (std::size_t i = 0; i < kWholes; ++i) {
+        if (header.wholes[i] != static_cast<std::int64_t>(kUnknown))
+            state(kWholeNames[i], std::to_string(header.wholes[i]));
+    }
+    return info;
+}
+
+/// The parts of a file behind its header: values, or values and their places, or both parts of complex ones.
+std::int64_t CountParts(const Header& header) {
+    return header.wholes[kType] == kRealImaginary || header.wholes[kType] == kAmplitudePhase ||
+                   header.wholes[kIsEven] == 0
+               ? 2
+               : 1;
+}
+
+// ---- the binary form ----
+
+class SacReader : public RecordingReader {
+public:
+    explicit SacReader(std::unique_ptr<ByteStream> stream) : stream_(std::move(stream)) {
+        std::array<char, kHeaderBytes> bytes;
+        stream_->Seek(0);
+        const std::uint64_t size = stream_->Remaining();
+        const std::string_view begin(bytes.data(), stream_->Read(bytes.data(), bytes.size()));
+        const std::optional<bool> isBigEndian = IsBigEndianHeader(begin);
+        if (!isBigEndian) throw Error(ErrorKind::kDamaged, "it is no SAC file");
+        if (begin.size() < kHeaderBytes)
+            throw Error(ErrorKind::kDamaged, "it is cut short within its header");
+        isSwapped_ = *isBigEndian != (std::endian::native == std::endian::big);
+        Header header;
+        for (std::size_t i = 0; i < kReals; ++i)
+            header.reals[i] = Unrounded(SingleAt(&bytes[4 * i], *isBigEndian));
+        for (std::size_t i = 0; i < kWholes; ++i)
+            header.wholes[i] = WholeAt(&bytes[4 * (kReals + i)], *isBigEndian);
+        for (std::size_t i = 0, at = kTextsAt; i < kTexts; ++i) {
+            const std::size_t length = i == 1 ? 16 : 8;
+            header.texts[i] = FieldText(begin.substr(at, length));
+            at += length;
+        }
+        RequireSize(header, size, *isBigEndian);
+        isListed_ = header.wholes[kIsEven] == 0;
+        isPolar_ = header.wholes[kType] == kAmplitudePhase;
+        info_ = InfoOf(header);
+        if (size > end_) {
+            info_.remarks.push_back(Count(static_cast<long long>(size - end_), "byte") +
+                                    " after the samples are left out");
+        }
+    }
+
+    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+        const RecordingInfo::Run& run = info_.runs.front();
+        const auto count = static_cast<std::size_t>(
+            std::min(std::uint64_t{room}, static_cast<std::uint64_t>(run.samples - done_)));
+        before_ = done_;
+        WithErrors([&] {
+            if (isPolar_) {
+                ReadPolar(targets, count);
+            } else {
+                // Places are delivered in front of values and stand behind them in the file.
+                for (std::size_t part = 0; part < targets.size(); ++part) {
+                    if (double* const target = targets[isListed_ ? 1 - part : part])
+                        ReadPart(part, {target, count});
+                }
+            }
+        });
+        done_ += static_cast<__int64>(count);
+        return count;
+    }
+
+    void Skip(std::size_t, __int64 count) override {
+        done_ += std::clamp<__int64>(count, 0, info_.runs.front().samples - done_);
+    }
+
+    Error ErrorAt(std::size_t, std::size_t index, ErrorKind kind,
+                  const std::string& sentence) const override {
+        return Error(kind, sentence, {.sample = before_ + static_cast<__int64>(index) + 1});
+    }
+
+private:
+    /// Throws Error unless the samples that the header states are there, and takes what the footer says.
+    void RequireSize(Header& header, std::uint64_t size, bool isBigEndian) {
+        const bool hasFooter = header.wholes[kVersion] == 7;
+        const auto values = static_cast<std::uint64_t>(header.wholes[kCount] * CountParts(header));
+        const std::uint64_t samplesEnd = kHeaderBytes + 4 * values;
+        end_ = samplesEnd + (hasFooter ? 8 * kFooterReals : 0);
+        if (size < end_) {
+            throw Error(ErrorKind::kDamaged, "it is cut short: its header states " + std::to_string(end_) +
+                                                 " bytes, and it has " + std::to_string(size));
+        }
+        if (!hasFooter) return;
+        std::array<char, 8 * kFooterReals> bytes;
+        stream_->Seek(samplesEnd);
+        if (stream_->Read(bytes.data(), bytes.size()) < bytes.size())
+            throw Error(ErrorKind::kDamaged, "it is cut short within its footer");
+        for (std::size_t i = 0; i < kFooterReals; ++i) {
+            const auto value = std::bit_cast<double>(Bits(&bytes[8 * i], 8, isBigEndian));
+            if (value != kUnknown) header.reals[kFooterFields[i]] = value;
+        }
+    }
+
+    /// The next samples of a part of the file.
+    void ReadPart(std::size_t part, std::span<double> samples) {
+        constexpr std::size_t kBlock = std::size_t{1} << 14;
+        std::array<std::uint32_t, kBlock> words;
+        const __int64 first = static_cast<__int64>(part) * info_.runs.front().samples + done_;
+        stream_->Seek(kHeaderBytes + 4 * static_cast<std::uint64_t>(first));
+        for (std::size_t done = 0; done < samples.size();) {
+            const std::span<double> block = samples.subspan(done, std::min(kBlock, samples.size() - done));
+            if (stream_->Read(words.data(), 4 * block.size()) < 4 * block.size())
+                throw Error(ErrorKind::kDamaged, "it became shorter while it was read");
+            if (isSwapped_) {
+                for (std::uint32_t& word : std::span(words).first(block.size()))
+                    word = word >> 24 | (word >> 8 & 0xFF00U) | (word << 8 & 0xFF0000U) | word << 24;
+            }
+            bool isFinite = true;
+            for (std::size_t i = 0; i < block.size(); ++i) {
+                block[i] = static_cast<double>(std::bit_cast<float>(words[i]));
+                isFinite &= (words[i] & 0x7F800000U) != 0x7F800000U;
+            }
+            if (!isFinite) {
+                const auto bad = std::ranges::find_if(block, [](double v) { return !std::isfinite(v); });
+                throw ErrorAt(0, done + static_cast<std::size_t>(bad - block.begin()), ErrorKind::kDamaged,
+                              "the value is not a finite number");
+            }
+            done += block.size();
+        }
+    }
+
+    /// The next amplitudes and phases as complex values.
+    void ReadPolar(std::span<double* const> targets, std::size_t count) {
+        std::array<std::vector<double>, 2> parts;
+        for (std::size_t part = 0; part < parts.size(); ++part) {
+            parts[part].resize(count);
+            ReadPart(part, parts[part]);
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            if (targets[0] != nullptr) targets[0][i] = parts[0][i] * std::cos(parts[1][i]);
+            if (targets[1] != nullptr) targets[1][i] = parts[0][i] * std::sin(parts[1][i]);
+        }
+    }
+
+    std::unique_ptr<ByteStream> stream_;
+    bool isSwapped_ = false;  ///< whether the bytes of a number are in another order than the host's
+    bool isListed_ = false;
+    bool isPolar_ = false;
+    std::uint64_t end_ = 0;  ///< of what the header states
+    __int64 done_ = 0;
+    __int64 before_ = 0;  ///< the samples in front of the block last read
+};
+
+// ---- the alphanumeric form ----
+
+constexpr std::size_t kPerLine = 5;
+constexpr std::size_t kRealWidth = 15;
+constexpr std::size_t kWholeWidth = 10;
+
+std::unique_ptr<RecordingReader> OpenText(std::unique_ptr<ByteStream> stream) {
+    NumberRecording recording(std::move(stream));
+    LineCursor lines(recording.Stream());
+    const auto reals = HeaderNumbers(lines, kReals, kPerLine, kRealWidth);
+    const auto wholes = HeaderNumbers(lines, kWholes, kPerLine, kWholeWidth);
+    Header header;
+    for (std::size_t i = 0; i < kReals; ++i) header.reals[i] = reals[i].value_or(kUnknown);
+    for (std::size_t i = 0; i < kWholes; ++i) {
+        const double number = std::clamp(wholes[i].value_or(kUnknown), -2147483648.0, 2147483647.0);
+        header.wholes[i] = static_cast<std::int64_t>(number);
+    }
+    for (std::size_t i = 0; i < kTexts;) {
+        const std::string line = std::string(lines.Require()) + std::string(3 * 8, ' ');
+        for (std::size_t at = 0; at < 3 * 8; ++i) {
+            const std::size_t length = i == 1 ? 16 : 8;
+            header.texts[i] = FieldText(std::string_view(line).substr(at, length));
+            at += length;
+        }
+    }
+    if (!IsType(header.wholes[kType]) || header.wholes[kCount] < 1)
+        throw Error(ErrorKind::kDamaged, "its header states no samples");
+    if (header.wholes[kType] == kAmplitudePhase)
+        throw Error(ErrorKind::kUnsupported, "amplitudes and phases are read of the binary form only");
+    RecordingInfo info = InfoOf(header);
+    std::vector<NumberColumn> columns;
+    for (std::int64_t part = 0; part < CountParts(header); ++part)
+        columns.push_back({TakeBlock(lines, header.wholes[kCount], kPerLine, kRealWidth)});
+    if (header.wholes[kIsEven] == 0) std::swap(columns[0], columns[1]);
+    RecordingInfo::Run run = std::move(info.runs.front());
+    info.runs.clear();
+    recording.Info() = std::move(info);
+    recording.AddRun(std::move(run), std::move(columns));
+    return std::move(recording).Finish();
+}
+
+}  // namespace
+
+bool IsSac(std::string_view begin) {
+    return IsBigEndianHeader(begin).has_value();
+}
+
+bool IsSacText(std::string_view begin) {
+    bool hasUnknown = false;
+    for (int line = 0; line < 4; ++line) {
+        const std::size_t end = begin.find('\n');
+        if (end == begin.npos || end < (kPerLine - 1) * kRealWidth || end > kPerLine * kRealWidth + 1)
+            return false;
+        for (std::size_t i = 0; i < kPerLine; ++i) {
+            const std::string_view field = begin.substr(0, end).substr(i * kRealWidth, kRealWidth);
+            const std::optional<double> number = FixedNumber(field.substr(0, field.find('\r')));
+            if (!number) return false;
+            hasUnknown |= *number == kUnknown;
+        }
+        begin.remove_prefix(end + 1);
+    }
+    return hasUnknown;
+}
+
+std::unique_ptr<RecordingReader> OpenSac(std::unique_ptr<ByteStream> stream) {
+    return WithErrors([&]() -> std::unique_ptr<RecordingReader> {
+        std::array<char, 512> begin;
+        const std::size_t size = stream->Read(begin.data(), begin.size());
+        if (IsSacText({begin.data(), size})) return OpenText(std::move(stream));
+        return std::make_unique<SacReader>(std::move(stream));
+    });
+}
+
+}  // namespace kvx
