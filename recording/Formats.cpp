@@ -61,7 +61,22 @@ std::unique_ptr<RecordingReader> OpenStream(const std::string& path, const Forma
     return WithErrors([&] { return kOpen(std::make_unique<InputFile>(WidePath(path))); });
 }
 
-constexpr std::string_view kSoundRead = "integers of 8 to 32 bits and floats, the rate";
+template <Format kFormat>
+std::unique_ptr<SignalWriter> CreateSound(const std::string& path, const std::vector<SignalRun>& runs,
+                                          const SignalFileOptions& options) {
+    return CreateSoundSignal(path, runs, options, kFormat);
+}
+
+constexpr std::string_view kSoundRead = "integers of 8 to 32 bits and floats, the rate, texts";
+constexpr std::string_view kSoundWritten =
+    "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, its text as a comment";
+constexpr std::string_view kSoundLost =
+    "names, units, the start, parts of a hertz in the rate, texts beyond 1000 characters";
+// Of formats without texts.
+constexpr std::string_view kPlainSoundRead = "integers of 8 to 32 bits and floats, the rate";
+constexpr std::string_view kPlainSoundWritten =
+    "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32";
+constexpr std::string_view kPlainSoundLost = "names, units, texts, the start, parts of a hertz in the rate";
 
 // The order is that in which first bytes are looked at: what only its lines tell stands behind what a mark
 // tells, and text tables, which nothing tells, come last.
@@ -84,11 +99,12 @@ constexpr FormatRow kFormats[] = {
         .ends = {".wav"},
         .marks = {"RIFF????WAVE", "RIFX????WAVE"},
         .open = OpenSound,
-        .create = CreateWavSignal,
+        .create = CreateSound<Format::wav>,
         .read = kSoundRead,
         .written =
-            "one run of waveforms as floats of 32 or 64 bits or integers of 16 or 24; RF64 beyond 4 GiB",
-        .lost = "names, units, the start, parts of a hertz in the rate",
+            "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, its text as a "
+            "comment; RF64 beyond 4 GiB",
+        .lost = kSoundLost,
         .hasOneRun = true,
     },
     {
@@ -98,7 +114,11 @@ constexpr FormatRow kFormats[] = {
         .ends = {".rf64"},
         .marks = {"RF64????WAVE"},
         .open = OpenSound,
+        .create = CreateSound<Format::rf64>,
         .read = kSoundRead,
+        .written = kSoundWritten,
+        .lost = kSoundLost,
+        .hasOneRun = true,
     },
     {
         .format = Format::wave64,
@@ -107,7 +127,11 @@ constexpr FormatRow kFormats[] = {
         .ends = {".w64"},
         .marks = {"riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv},
         .open = OpenSound,
-        .read = kSoundRead,
+        .create = CreateSound<Format::wave64>,
+        .read = kPlainSoundRead,
+        .written = kPlainSoundWritten,
+        .lost = kPlainSoundLost,
+        .hasOneRun = true,
     },
     {
         .format = Format::aiff,
@@ -116,7 +140,11 @@ constexpr FormatRow kFormats[] = {
         .ends = {".aiff", ".aif"},
         .marks = {"FORM????AIFF", "FORM????AIFC"},
         .open = OpenSound,
+        .create = CreateSound<Format::aiff>,
         .read = kSoundRead,
+        .written = kSoundWritten,
+        .lost = kSoundLost,
+        .hasOneRun = true,
     },
     {
         .format = Format::au,
@@ -125,7 +153,11 @@ constexpr FormatRow kFormats[] = {
         .ends = {".au"},
         .marks = {".snd\0"sv, "dns.??\0\0"sv},
         .open = OpenSound,
-        .read = kSoundRead,
+        .create = CreateSound<Format::au>,
+        .read = kPlainSoundRead,
+        .written = kPlainSoundWritten,
+        .lost = kPlainSoundLost,
+        .hasOneRun = true,
     },
     {
         .format = Format::caf,
@@ -134,7 +166,11 @@ constexpr FormatRow kFormats[] = {
         .ends = {".caf"},
         .marks = {"caff\0\1"sv},
         .open = OpenSound,
+        .create = CreateSound<Format::caf>,
         .read = kSoundRead,
+        .written = kSoundWritten,
+        .lost = kSoundLost,
+        .hasOneRun = true,
     },
     {
         .format = Format::flac,
@@ -143,7 +179,12 @@ constexpr FormatRow kFormats[] = {
         .ends = {".flac"},
         .marks = {"fLaC"},
         .open = OpenSound,
+        .create = CreateSound<Format::flac>,
         .read = kSoundRead,
+        .written =
+            "one run of up to 8 channels of waveforms as integers of 16 or 24 bits, its text as a comment",
+        .lost = kSoundLost,
+        .hasOneRun = true,
     },
     {
         .format = Format::tdms,
@@ -182,6 +223,7 @@ constexpr FormatRow kFormats[] = {
         .lost = "names, units, the rate and the start; which way the time goes where there are fewer samples "
                 "than "
                 "channels",
+        .hasOneRun = true,
     },
     {
         .format = Format::npz,

@@ -9,7 +9,9 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,6 +20,7 @@
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/NumberBlocks.h>
 #include <KvxRecording01/detail/SoundHeader.h>
 #include <KvxRecording01/detail/SoundLibrary.h>
 
@@ -88,6 +91,7 @@ public:
     }
 
     const SF_INFO& Info() const { return info_; }
+    SNDFILE* Handle() const { return sound_.get(); }
 
     /// At most `frames` samples of each channel, and at most a block, the channels side by side; none at the
     /// end and from the call on that meets damage, of which the samples in front of it are lost.
@@ -177,6 +181,51 @@ __int64 CountReadable(const std::string& path, const BytePatch& patch) {
     return count;
 }
 
+/// The texts that sound files of all formats may have, as the sound library numbers them.
+struct SoundText {
+    int number;
+    const char* name;
+};
+constexpr SoundText kSoundTexts[] = {
+    {SF_STR_TITLE, "title"},       {SF_STR_COMMENT, "comment"},     {SF_STR_ARTIST, "artist"},
+    {SF_STR_DATE, "date"},         {SF_STR_ALBUM, "album"},         {SF_STR_SOFTWARE, "software"},
+    {SF_STR_GENRE, "genre"},       {SF_STR_COPYRIGHT, "copyright"}, {SF_STR_LICENSE, "license"},
+    {SF_STR_TRACKNUMBER, "track"},
+};
+
+/// What a file tells in texts, and in its broadcast chunk if it has one.
+std::vector<RecordingInfo::Property> TextsOf(SNDFILE* sound, int rateHz) {
+    std::vector<RecordingInfo::Property> texts;
+    const auto state = [&](const char* name, const std::string& text) {
+        if (!text.empty()) texts.push_back({name, text});
+    };
+    for (const SoundText& text : kSoundTexts) {
+        if (const char* const found = sf_get_string(sound, text.number)) state(text.name, PlainLine(found));
+    }
+    SF_BROADCAST_INFO broadcast = {};
+    if (sf_command(sound, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE) return texts;
+    const auto field = [](std::span<const char> bytes) {
+        const std::string_view text(bytes.data(), bytes.size());
+        return PlainLine(text.substr(0, text.find('\0')));
+    };
+    state("description", field(broadcast.description));
+    state("originator", field(broadcast.originator));
+    state("originator reference", field(broadcast.originator_reference));
+    state("origination date", field(broadcast.origination_date));
+    state("origination time", field(broadcast.origination_time));
+    const std::uint64_t reference =
+        std::uint64_t{broadcast.time_reference_high} << 32 | broadcast.time_reference_low;
+    if (reference > 0) {
+        state("time reference", std::to_string(reference) + " samples, " +
+                                    FormatNumber(static_cast<double>(reference) / rateHz, 12) +
+                                    " s after midnight");
+    }
+    state("coding history", field(std::span(broadcast.coding_history)
+                                      .first(std::min<std::size_t>(broadcast.coding_history_size,
+                                                                   sizeof broadcast.coding_history))));
+    return texts;
+}
+
 class SoundReader : public RecordingReader {
 public:
     SoundReader(const std::string& path, Format format, const std::optional<SampleBytes>& bytes,
@@ -194,6 +243,7 @@ public:
         if (!run.channels.empty() && info.samplerate > 0)
             run.samples = SettleSamples(path, format, bytes, isPartial);
         if (run.samples < 1) throw Error(ErrorKind::kDamaged, "the sound file holds no samples");
+        info_.properties = TextsOf(input_.Handle(), info.samplerate);
     }
 
     std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {

@@ -13,8 +13,10 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
+#include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/Formats.h>
 #include <KvxRecording01/SignalWriter.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/SignalFiles.h>
@@ -80,10 +82,43 @@ struct Encoding {
 constexpr Encoding kEncodings[] = {
     {WavSamples::pcm16,          SF_FORMAT_PCM_16, 16, 2},
     {WavSamples::pcm24,          SF_FORMAT_PCM_24, 24, 3},
+    {WavSamples::pcm32,          SF_FORMAT_PCM_32, 32, 4},
     {WavSamples::floating,       SF_FORMAT_FLOAT,   0, 4},
     {WavSamples::doubleFloating, SF_FORMAT_DOUBLE,  0, 8},
 };
 // clang-format on
+
+constexpr std::uint64_t kSize32 = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint64_t kSize64 = std::numeric_limits<std::uint64_t>::max();
+
+/// What the sound library calls a format, and the bytes that it has room for.
+struct Container {
+    Format format;
+    int type;
+    std::uint64_t mostBytes;
+};
+
+// clang-format off
+constexpr Container kContainers[] = {
+    {Format::wav,    SF_FORMAT_WAV,  kSize32},
+    {Format::rf64,   SF_FORMAT_RF64, kSize64},
+    {Format::wave64, SF_FORMAT_W64,  kSize64},
+    {Format::aiff,   SF_FORMAT_AIFF, kSize32},
+    {Format::au,     SF_FORMAT_AU,   kSize32},
+    {Format::caf,    SF_FORMAT_CAF,  kSize64},
+    {Format::flac,   SF_FORMAT_FLAC, kSize64},
+};
+// clang-format on
+
+/// The container of so many bytes in the format that was chosen.
+int ContainerType(Format format, std::uint64_t bytes) {
+    const Container* const container = std::ranges::find(kContainers, format, &Container::format);
+    if (container == std::end(kContainers)) throw Error(ErrorKind::kBadValue, "it is no format of sound");
+    if (bytes <= container->mostBytes) return container->type;
+    if (format == Format::wav) return SF_FORMAT_RF64;
+    throw Error(ErrorKind::kUnsupported,
+                std::string(RowOf(format).name) + " holds less than 4 GiB; choose RF64, Wave64 or CAF");
+}
 
 /// The integer sample of `bits` bits in the top bits of 32; +1.0 becomes the largest that there is.
 int IntegerSample(double value, int bits) {
@@ -92,11 +127,16 @@ int IntegerSample(double value, int bits) {
     return static_cast<int>(level * std::ldexp(1.0, 32 - bits));
 }
 
+/// Characters of a comment that are kept.
+constexpr std::size_t kMostComment = 1000;
+
 class WavSignalWriter : public SignalWriter {
 public:
-    WavSignalWriter(const std::string& path, const SignalRun& run, const SignalFileOptions& options)
+    WavSignalWriter(const std::string& path, const SignalRun& run, const SignalFileOptions& options,
+                    Format format)
         : written_(run),
-          file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.wav.samples) {
+          file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.wav.samples, format,
+                options.text) {
         for (const SignalRun::Channel& channel : run.channels)
             scales_.emplace_back(channel.name, channel.unit, options.wav, options.called.fullScale);
     }
@@ -171,29 +211,36 @@ struct WavWriter::State {
 };
 
 WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
-                     WavSamples samples) {
+                     WavSamples samples, Format format, std::wstring_view comment) {
     const Encoding* const known = std::ranges::find(kEncodings, samples, &Encoding::samples);
     if (known == std::end(kEncodings) || channels == 0 || frames < 0 || rateHz < 1) {
         throw Error(ErrorKind::kBadValue,
-                    "a WAV file has one channel or more, a count of samples, a rate and a kind of samples");
+                    "a sound file has one channel or more, a count of samples, a rate and a kind of samples");
     }
     const Encoding& encoding = *known;
-    if (channels > 1024) throw Error(ErrorKind::kUnsupported, "a WAV file holds at most 1024 channels");
-    WithErrors([&] { state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels}); });
-
+    const std::string name(RowOf(format).name);
+    if (channels > 1024) throw Error(ErrorKind::kUnsupported, name + " holds at most 1024 channels");
+    const std::string text = ToUtf8(comment.substr(0, kMostComment));
+    // Sizes in a plain header have 32 bits.
     constexpr std::size_t kHeaderBytes = 4096;
-    const std::uint64_t dataBytes = static_cast<std::uint64_t>(frames) * channels * encoding.bytes;
+    const std::uint64_t bytes =
+        static_cast<std::uint64_t>(frames) * channels * encoding.bytes + kHeaderBytes + text.size();
     SF_INFO info = {};
     info.samplerate = rateHz;
     info.channels = static_cast<int>(channels);
-    // Sizes in a plain WAV header have 32 bits.
-    const bool large = dataBytes + kHeaderBytes > std::numeric_limits<std::uint32_t>::max();
-    info.format = encoding.format | (large ? SF_FORMAT_RF64 : SF_FORMAT_WAV);
+    info.format = encoding.format | ContainerType(format, bytes);
+    if (sf_format_check(&info) == 0) {
+        throw Error(ErrorKind::kUnsupported,
+                    format == Format::flac ? name + " holds up to 8 channels of integers of 16 or 24 bits"
+                                           : name + " does not hold such samples");
+    }
+    WithErrors([&] { state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels}); });
     SF_VIRTUAL_IO io = {TargetLength, TargetSeek, TargetRead, TargetWrite, TargetTell};
     state_->sound.reset(sf_open_virtual(&io, SFM_WRITE, &info, &state_->target));
     if (!state_->sound) state_->Fail(sf_strerror(nullptr));
     // Without the peak chunk, which holds the time of day, equal samples make equal files.
     sf_command(state_->sound.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    if (!text.empty()) sf_set_string(state_->sound.get(), SF_STR_COMMENT, text.c_str());
 }
 
 WavWriter::~WavWriter() = default;
@@ -231,12 +278,13 @@ void WavWriter::Commit() {
     WithErrors([&] { state_->target.file.Commit(); });
 }
 
-std::unique_ptr<SignalWriter> CreateWavSignal(const std::string& path, const std::vector<SignalRun>& runs,
-                                              const SignalFileOptions& options) {
-    const SignalRun& run = SingleRun(runs, "a WAV file", options.called);
+std::unique_ptr<SignalWriter> CreateSoundSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                                const SignalFileOptions& options, Format format) {
+    const std::string name(RowOf(format).name);
+    const SignalRun& run = SingleRun(runs, name, options.called);
     if (!run.IsWaveform())
-        throw Error(ErrorKind::kUnsupported, "a WAV file holds time waveforms only; choose CSV");
-    return std::make_unique<WavSignalWriter>(path, run, options);
+        throw Error(ErrorKind::kUnsupported, name + " holds time waveforms only; choose CSV");
+    return std::make_unique<WavSignalWriter>(path, run, options, format);
 }
 
 }  // namespace kvx

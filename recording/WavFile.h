@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// WAV files being written, block by block. Those that are too long for the sizes of a WAV header become RF64
-// files.
+// Sound files being written, block by block: WAV and its relatives. A WAV file that is too long for the sizes
+// of its header becomes an RF64 file.
 #pragma once
 
 #include <array>
@@ -14,11 +14,12 @@
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxRecording01/Export.h>
+#include <KvxRecording01/FileContent.h>
 
 namespace kvx {
 
-/// How the samples of a WAV file are held.
-enum class WavSamples { pcm16, pcm24, floating, doubleFloating };
+/// How the samples of a sound file are held.
+enum class WavSamples { pcm16, pcm24, pcm32, floating, doubleFloating };
 
 /// The kinds and how a person calls them.
 struct NamedWavSamples {
@@ -26,14 +27,13 @@ struct NamedWavSamples {
     WavSamples samples;
 };
 inline constexpr std::array kWavSamples = {
-    NamedWavSamples{"float", WavSamples::floating},
-    NamedWavSamples{"double", WavSamples::doubleFloating},
-    NamedWavSamples{"pcm16", WavSamples::pcm16},
-    NamedWavSamples{"pcm24", WavSamples::pcm24},
+    NamedWavSamples{"float", WavSamples::floating}, NamedWavSamples{"double", WavSamples::doubleFloating},
+    NamedWavSamples{"pcm16", WavSamples::pcm16},    NamedWavSamples{"pcm24", WavSamples::pcm24},
+    NamedWavSamples{"pcm32", WavSamples::pcm32},
 };
 
 constexpr bool IsInteger(WavSamples samples) {
-    return samples == WavSamples::pcm16 || samples == WavSamples::pcm24;
+    return samples != WavSamples::floating && samples != WavSamples::doubleFloating;
 }
 
 struct WavOptions {
@@ -62,11 +62,13 @@ private:
     double peak_ = 0.0;
 };
 
-/// Writes a WAV file through a temporary neighbour. Operations throw Error.
+/// Writes a sound file through a temporary neighbour. Operations throw Error.
 class KVX_RECORDING_API WavWriter {
 public:
-    /// Begins a file of `frames` samples in each channel.
-    WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz, WavSamples samples);
+    /// Begins a file of `frames` samples in each channel, in one of the formats of sound, with a comment
+    /// where the format has one.
+    WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz, WavSamples samples,
+              Format format = Format::wav, std::wstring_view comment = {});
     ~WavWriter();
     WavWriter(const WavWriter&) = delete;
     WavWriter& operator=(const WavWriter&) = delete;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxRecording01/FileContent.h>
 #include <KvxRecording01/SignalReader.h>
 #include <KvxRecording01/SignalWriter.h>
 
@@ -56,9 +57,9 @@ std::unique_ptr<SignalWriter> CreateDataFileSignal(const std::string& path,
                                                    const std::vector<SignalRun>& runs,
                                                    const SignalFileOptions& options);
 
-/// A WAV file, for which there must be one run.
-std::unique_ptr<SignalWriter> CreateWavSignal(const std::string& path, const std::vector<SignalRun>& runs,
-                                              const SignalFileOptions& options);
+/// A sound file of a format, for which there must be one run.
+std::unique_ptr<SignalWriter> CreateSoundSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                                const SignalFileOptions& options, Format format);
 
 /// A CSV table, for which there must be one run.
 std::unique_ptr<SignalWriter> CreateCsvSignal(const std::string& path, const std::vector<SignalRun>& runs,

@@ -317,4 +317,45 @@ TEST(Values, ThatOverflowAreRefusedWithTheirPlace) {
                   "sample 3 of channel 2 is not a finite number");
 }
 
+std::string LittleEndian(std::size_t number, std::size_t size) {
+    std::string bytes;
+    for (std::size_t i = 0; i < size; ++i) bytes += static_cast<char>(number >> 8 * i & 0xFF);
+    return bytes;
+}
+
+std::string Chunk(const std::string& name, const std::string& body) {
+    return name + LittleEndian(body.size(), 4) + body + std::string(body.size() % 2, '\0');
+}
+
+std::string Padded(std::string text, std::size_t size) {
+    text.resize(size);
+    return text;
+}
+
+TEST(SoundTexts, BecomePropertiesFromListsAndBroadcastChunks) {
+    const TempFolder folder;
+    const std::string format = LittleEndian(1, 2) + LittleEndian(1, 2) + LittleEndian(8000, 4) +
+                               LittleEndian(16000, 4) + LittleEndian(2, 2) + LittleEndian(16, 2);
+    const std::string broadcast = Padded("Bridge B, run 3", 256) + Padded("Lab", 32) + Padded("REF-7", 32) +
+                                  "2024-05-06" + "07:08:09" + LittleEndian(80000, 8) + LittleEndian(1, 2) +
+                                  std::string(254, '\0') + "A=PCM,F=8000";
+    const std::string list = "INFO" + Chunk("INAM", "shaker"s + '\0') +
+                             Chunk("ICMT", "caf\xE9 \r\n  two"s + '\0') + Chunk("ICRD", "2024"s + '\0') +
+                             Chunk("XXXX", "left out");
+    const std::string samples = Chunk("data", "\0\x40\0\xC0"s);
+    for (const bool isBehind : {false, true}) {
+        const std::string body = "WAVE" + Chunk("fmt ", format) + Chunk("bext", broadcast) +
+                                 (isBehind ? samples + Chunk("LIST", list) : Chunk("LIST", list) + samples);
+        const auto reader = Open(folder, Chunk("RIFF", body));
+        EXPECT_EQ(ReadAll(*reader), (std::vector<std::vector<double>>{{0.5, -0.5}}));
+        std::string facts;
+        for (const auto& [name, text] : reader->Properties()) facts += name + ": " + text + "; ";
+        EXPECT_EQ(facts,
+                  "title: shaker; comment: caf\u00E9 two; date: 2024; description: Bridge B, run 3; "
+                  "originator: Lab; "
+                  "originator reference: REF-7; origination date: 2024-05-06; origination time: 07:08:09; "
+                  "time reference: 80000 samples, 10 s after midnight; coding history: A=PCM,F=8000; ");
+    }
+}
+
 }  // namespace

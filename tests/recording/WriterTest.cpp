@@ -91,10 +91,10 @@ TEST_P(Writer, IsReadBackToTheBit) {
     EXPECT_EQ(KindOf(path_), RowOf(GetParam()).name);
 
     RecordingStatements stated;
-    const bool isBare = GetParam() == Format::wav || GetParam() == Format::npy;
+    const bool isBare = IsSound(GetParam()) || GetParam() == Format::npy;
     if (isBare) {
         for (const SignalRun::Channel& channel : run.channels) stated.units.push_back(channel.unit);
-        if (GetParam() == Format::wav) stated.fullScale = 2.0;
+        if (IsSound(GetParam())) stated.fullScale = 2.0;
         if (GetParam() == Format::npy) stated.rateHz = 1.0 / run.delta;
     }
     const auto reader = OpenSignal(path_, {}, stated);
@@ -130,8 +130,39 @@ TEST_P(Writer, LeavesItsTargetAloneWithoutCommit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, Writer,
-                         testing::Values(Format::dataFile, Format::wav, Format::mat, Format::npy, Format::npz,
-                                         Format::text));
+                         testing::Values(Format::dataFile, Format::wav, Format::rf64, Format::wave64,
+                                         Format::aiff, Format::au, Format::caf, Format::mat, Format::npy,
+                                         Format::npz, Format::text));
+
+TEST(Writers, KeepSamplesAndTextOfSoundInAllItsFormats) {
+    const TempFolder folder;
+    const std::string path = (folder / "out").string();
+    const SignalRun run = RunIn({"m/s2", "m/s2"});
+    for (const Format format :
+         {Format::wav, Format::rf64, Format::wave64, Format::aiff, Format::au, Format::caf, Format::flac}) {
+        for (const NamedWavSamples& kind : kWavSamples) {
+            if (format == Format::flac && kind.samples != WavSamples::pcm16 &&
+                kind.samples != WavSamples::pcm24)
+                continue;
+            const std::string what = std::string(RowOf(format).name) + " " + std::string(kind.name);
+            const auto writer = CreateSignalFile(
+                path, format, {run}, {L"r\u00E9sum\u00E9 " + std::wstring(2000, L'x'), {kind.samples, 2.0}});
+            WriteLevels(*writer, run);
+            writer->Commit();
+            const auto reader = OpenSignal(path, {}, {.fullScale = 2.0});
+            std::vector<std::vector<double>> samples(2, std::vector<double>(kSamples));
+            std::vector<double*> targets = {samples[0].data(), samples[1].data()};
+            ASSERT_EQ(reader->Read(0, targets, kSamples), kSamples) << what;
+            for (std::size_t i = 0; i < 2 * kSamples; ++i)
+                ASSERT_EQ(samples[i % 2][i / 2], Level(i % 2, i / 2)) << what << " " << i;
+            const bool hasTexts = format != Format::wave64 && format != Format::au;
+            ASSERT_EQ(reader->Properties().size(), hasTexts ? 1U : 0U) << what;
+            if (hasTexts) {
+                EXPECT_EQ(reader->Properties()[0].text, "r\u00E9sum\u00E9 " + std::string(993, 'x')) << what;
+            }
+        }
+    }
+}
 
 /// The sentence with which an operation is refused.
 template <typename Operation>
@@ -165,7 +196,13 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
     lines.axisUnit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
     EXPECT_EQ(Refusal(kind, create(Format::npy, {lines})),
               "a NumPy file holds no axis, so that only time waveforms become one; choose .npz");
-    EXPECT_EQ(Refusal(kind, create(Format::flac, {good})), "a FLAC file is only read, not written");
+    EXPECT_EQ(Refusal(kind, create(Format::loggerText, {good})), "a logger text is only read, not written");
+    EXPECT_EQ(Refusal(kind, create(Format::flac, {good})),
+              "a FLAC file holds up to 8 channels of integers of 16 or 24 bits");
+    SignalRun large = good;
+    large.samples = __int64{1} << 30;
+    EXPECT_EQ(Refusal(kind, create(Format::aiff, {large})),
+              "an AIFF file holds less than 4 GiB; choose RF64, Wave64 or CAF");
     EXPECT_EQ(Refusal(ErrorKind::kBadValue, create(Format::wav, {good}, {WavSamples::pcm16, -1.0})),
               "fullScale is not a number above 0");
     EXPECT_EQ(Refusal(ErrorKind::kBadValue,
