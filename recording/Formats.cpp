@@ -254,7 +254,12 @@ constexpr FormatRow kFormats[] = {
         .ends = {".sac"},
         .recognize = [](std::string_view begin) { return IsSac(begin) || IsSacText(begin); },
         .open = OpenStream<OpenSac>,
+        .create = CreateSacSignal,
         .read = "a time series, evenly spaced or with its times, or a spectrum, of versions 6 and 7",
+        .written =
+            "one channel over time, or complex over frequency, as floats of 32 bits; motion in nm, nm/s "
+            "and nm/s2, voltage in V",
+        .lost = "digits beyond 24 bits, units of other values, names beyond 8 and texts beyond 16 characters",
     },
     {
         .format = Format::smc,

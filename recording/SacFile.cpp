@@ -8,7 +8,9 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -16,11 +18,15 @@
 #include <vector>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/File.h>
+#include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/MotionUnit.h>
 #include <KvxRecording01/detail/NumberBlocks.h>
+#include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
 namespace {
@@ -381,6 +387,169 @@ std::unique_ptr<RecordingReader> OpenText(std::unique_ptr<ByteStream> stream) {
     return std::move(recording).Finish();
 }
 
+// ---- writing ----
+
+std::string BytesOf(std::uint64_t bits, std::size_t size) {
+    std::string bytes;
+    for (std::size_t i = 0; i < size; ++i) bytes += static_cast<char>(bits >> 8 * i & 0xFF);
+    return bytes;
+}
+
+std::string BytesOf(float value) {
+    return BytesOf(std::bit_cast<std::uint32_t>(value), 4);
+}
+
+std::string TextBytes(const std::wstring& text, std::size_t size) {
+    std::string bytes = text.empty() ? "-12345" : ToUtf8(text);
+    bytes.resize(size, ' ');
+    return bytes;
+}
+
+/// What a file counts values of a dimension in.
+struct WrittenKind {
+    CUnitCtrl::DIM_CODE dimension;
+    std::int32_t dependent;
+    double scale;  ///< from the standard unit
+};
+constexpr WrittenKind kWrittenKinds[] = {
+    {CUnitCtrl::DIM_DISPLACEMENT, 6, 1e9},
+    {CUnitCtrl::DIM_VELOCITY, 7, 1e9},
+    {CUnitCtrl::DIM_ACCELERATION, 8, 1e9},
+    {CUnitCtrl::DIM_VOLTAGE, 50, 1.0},
+};
+constexpr std::int32_t kUnknownDependent = 5;
+
+/// A file of version 7, whose footer holds the axis in double precision.
+class SacWriter : public SignalWriter {
+public:
+    SacWriter(const std::string& path, const SignalRun& run, const std::wstring& text)
+        : written_(run), run_(run), text_(text), file_(WidePath(path)) {
+        const SignalRun::Channel& channel = run.channels.front();
+        const auto* const kind =
+            std::ranges::find(kWrittenKinds, DimensionOf(channel.unit), &WrittenKind::dimension);
+        if (kind != std::end(kWrittenKinds) && channel.unit.IsSingle() && !channel.isComplex) kind_ = *kind;
+        first_ = static_cast<double>(run.offset) * run.delta;
+        last_ = first_ + static_cast<double>(run.samples - 1) * run.delta;
+    }
+
+    void Write(std::size_t run, std::span<double* const> columns, std::size_t count) override {
+        written_.Add(run, columns, count);
+        if (count == 0) return;
+        std::span<double> values(columns[run_.isListed ? 1 : 0], count);
+        if (kind_.dependent == kUnknownDependent)
+            ToShown({columns.data() + (run_.isListed ? 1 : 0), run_.Columns() - (run_.isListed ? 1 : 0)},
+                    count);
+        std::ranges::for_each(values, [&](double& value) { value *= kind_.scale; });
+        for (const double value : values) {
+            lowest_ = std::min(lowest_, value);
+            highest_ = std::max(highest_, value);
+            sum_ += value;
+        }
+        WithErrors([&] {
+            WritePart(0, values);
+            if (run_.Columns() == 2) WritePart(1, {columns[run_.isListed ? 0 : 1], count});
+        });
+        if (run_.isListed) {
+            if (done_ == 0) first_ = columns[0][0];
+            last_ = columns[0][count - 1];
+        }
+        done_ += static_cast<__int64>(count);
+    }
+
+    void Commit() override {
+        written_.RequireAll();
+        WithErrors([&] {
+            file_.Seek(0);
+            const std::string header = Header();
+            file_.Write(header.data(), header.size());
+            file_.Seek(kHeaderBytes + 4 * run_.Columns() * static_cast<std::uint64_t>(run_.samples));
+            const std::string footer = Footer();
+            file_.Write(footer.data(), footer.size());
+            file_.Commit();
+        });
+    }
+
+private:
+    /// Turns values of the standard unit into those of the channel's.
+    void ToShown(std::span<double* const> columns, std::size_t count) const {
+        const CUnitCtrl& unit = run_.channels.front().unit;
+        const int isAbsolute = !run_.channels.front().isComplex && unit.IsSingle() ? 1 : 0;
+        for (double* const column : columns)
+            unit.ConvDtoI(column, column, static_cast<__int64>(count), 1.0, isAbsolute);
+    }
+
+    void WritePart(std::size_t part, std::span<const double> values) {
+        std::vector<float> singles(values.size());
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            singles[i] = static_cast<float>(values[i]);
+            if (std::isfinite(singles[i])) continue;
+            throw Error(ErrorKind::kUnsupported, "the value is beyond what 32 bits hold",
+                        {.sample = done_ + static_cast<__int64>(i) + 1});
+        }
+        if constexpr (std::endian::native == std::endian::big) {
+            for (float& single : singles) {
+                const std::string bytes = BytesOf(single);
+                std::memcpy(&single, bytes.data(), bytes.size());
+            }
+        }
+        const __int64 at = static_cast<__int64>(part) * run_.samples + done_;
+        file_.Seek(kHeaderBytes + 4 * static_cast<std::uint64_t>(at));
+        file_.Write(singles.data(), 4 * singles.size());
+    }
+
+    std::string Header() const {
+        const SignalRun::Channel& channel = run_.channels.front();
+        std::string bytes;
+        for (std::size_t i = 0; i < kReals; ++i) {
+            const std::string_view name = kRealNames[i];
+            double value = kUnknown;
+            if (name == "delta" && !run_.isListed) value = run_.delta;
+            if (name == "b") value = first_;
+            if (name == "e") value = last_;
+            if (name == "depmin") value = lowest_;
+            if (name == "depmax") value = highest_;
+            if (name == "depmen") value = sum_ / static_cast<double>(run_.samples);
+            bytes += BytesOf(static_cast<float>(value));
+        }
+        for (std::size_t i = 0; i < kWholes; ++i) {
+            std::int32_t value = static_cast<std::int32_t>(kUnknown);
+            if (i == kVersion) value = 7;
+            if (i == kCount) value = static_cast<std::int32_t>(run_.samples);
+            if (i == kType) value = channel.isComplex ? kRealImaginary : kTime;
+            if (i == kDependent) value = kind_.dependent;
+            if (i >= kIsEven) value = i == kIsEven ? !run_.isListed : i < kIsEven + 4;
+            bytes += BytesOf(static_cast<std::uint32_t>(value), 4);
+        }
+        for (std::size_t i = 0; i < kTexts; ++i)
+            bytes += TextBytes(i == kComponent ? channel.name : i == 1 ? text_ : L"", i == 1 ? 16 : 8);
+        return bytes;
+    }
+
+    std::string Footer() const {
+        std::string bytes;
+        for (const std::size_t field : kFooterFields) {
+            double value = kUnknown;
+            if (field == kDelta && !run_.isListed) value = run_.delta;
+            if (field == kBegin) value = first_;
+            if (field == kBegin + 1) value = last_;
+            bytes += BytesOf(std::bit_cast<std::uint64_t>(value), 8);
+        }
+        return bytes;
+    }
+
+    WrittenRun written_;
+    SignalRun run_;
+    std::wstring text_;
+    OutputFile file_;
+    WrittenKind kind_ = {CUnitCtrl::DIM_NONE, kUnknownDependent, 1.0};
+    __int64 done_ = 0;
+    double first_ = 0.0;  ///< place of the first sample
+    double last_ = 0.0;
+    double lowest_ = std::numeric_limits<double>::max();
+    double highest_ = std::numeric_limits<double>::lowest();
+    double sum_ = 0.0;
+};
+
 }  // namespace
 
 bool IsSac(std::string_view begin) {
@@ -411,6 +580,21 @@ std::unique_ptr<RecordingReader> OpenSac(std::unique_ptr<ByteStream> stream) {
         if (IsSacText({begin.data(), size})) return OpenText(std::move(stream));
         return std::make_unique<SacReader>(std::move(stream));
     });
+}
+
+std::unique_ptr<SignalWriter> CreateSacSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options) {
+    const SignalRun& run = SingleRun(runs, "a SAC file", options.called);
+    if (run.channels.size() != 1) throw Error(ErrorKind::kUnsupported, "a SAC file holds one channel");
+    const bool isSpectrum = run.channels.front().isComplex;
+    const CUnitCtrl::DIM_CODE axis = isSpectrum ? CUnitCtrl::DIM_FREQUENCY : CUnitCtrl::DIM_TIME;
+    if (run.axisUnit != axis || (isSpectrum && run.isListed)) {
+        throw Error(ErrorKind::kUnsupported,
+                    "a SAC file holds real values over time or complex ones over evenly spaced frequencies");
+    }
+    if (run.samples > std::numeric_limits<std::int32_t>::max())
+        throw Error(ErrorKind::kUnsupported, "a SAC file holds at most 2147483647 samples");
+    return WithErrors([&] { return std::make_unique<SacWriter>(path, run, options.text); });
 }
 
 }  // namespace kvx

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // SAC files: one channel, a time series or a spectrum, in 32-bit floating-point numbers of either byte order
-// or as text. docs/formats/seismic.md has their bytes.
+// or as text; the binary form is written, too. docs/formats/seismic.md has their bytes.
 #pragma once
 
 #include <memory>

@@ -61,6 +61,10 @@ std::unique_ptr<SignalWriter> CreateDataFileSignal(const std::string& path,
 std::unique_ptr<SignalWriter> CreateSoundSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                                 const SignalFileOptions& options, Format format);
 
+/// A SAC file, for which there must be one run of one channel.
+std::unique_ptr<SignalWriter> CreateSacSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options);
+
 /// A CSV table, for which there must be one run.
 std::unique_ptr<SignalWriter> CreateCsvSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options);

@@ -20,11 +20,13 @@
 
 #include <KvxRecording01/CsmipFile.h>
 #include <KvxRecording01/FileContent.h>
+#include <KvxRecording01/Formats.h>
 #include <KvxRecording01/GeonetFile.h>
 #include <KvxRecording01/SacFile.h>
 #include <KvxRecording01/SmcFile.h>
 
 #include "tests/support/Recordings.h"
+#include "tests/support/TempFolder.h"
 
 using namespace kvx;
 using namespace kvx::test;
@@ -194,6 +196,53 @@ TEST(Seismic, SacFilesOfBothOrdersVersionsAndAllTypesAreRead) {
     EXPECT_EQ(reader->Info().runs[0].channels[0].scale, 1e-6);
     EXPECT_EQ(reader->Info().properties.at(0).name, "kstnm");
     EXPECT_EQ(reader->Info().properties.at(0).text, "ABCD");
+}
+
+TEST(Seismic, SacFilesAreReadAsTheyWereWritten) {
+    struct Written {
+        const char* unit;
+        bool isListed, isComplex;
+        std::size_t bytes;
+        std::string described;
+    };
+    const TempFolder folder;
+    const std::string path = (folder / "out.sac").string();
+    const std::string third = "0.333333";
+    const Written cases[] = {
+        {"g", false, false, 820,
+         ": s from -0.666667 by " + third + ": shaker t [m/s2] 1.5e+09 -250000000 2e+09; "},
+        {"N", false, false, 820, ": s from -0.666667 by " + third + ": shaker t [] 1.5 -0.25 2"},
+        {"V", true, false, 832, ": s listed:  0.125 0.25 1, shaker t [V] 1.5 -0.25 2; "},
+        {"m/s2", false, true, 832,
+         ": Hz from -0.666667 by " + third + ": shaker t [] 1.5 -0.25 2,  0.125 0.25 1"},
+    };
+    for (const Written& each : cases) {
+        SignalRun run = {1, 1.0 / 3.0, -2, 3, {{L"shaker top", NamedUnit(each.unit), 1, each.isComplex}}};
+        run.isListed = each.isListed;
+        if (each.isComplex) run.axisUnit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
+        std::vector<double> values = {1.5, -0.25, 2.0}, others = {0.125, 0.25, 1.0};
+        std::vector<double*> columns = {values.data()};
+        if (each.isListed) columns.insert(columns.begin(), others.data());
+        if (each.isComplex) columns.push_back(others.data());
+        const auto writer = CreateSignalFile(path, Format::sac, {run}, {L"a text"});
+        writer->Write(0, columns, 2);
+        for (double*& column : columns) column += 2;
+        writer->Write(0, columns, 1);
+        writer->Commit();
+        const std::string bytes = folder.Read("out.sac");
+        EXPECT_EQ(bytes.size(), each.bytes);
+        EXPECT_EQ(RecognizeFile(path).format, Format::sac);
+        EXPECT_EQ(Open(OpenSac, bytes)->Info().runs[0].axis.delta, each.isListed ? 0.0 : run.delta);
+        EXPECT_TRUE(Described(OpenSac, bytes).starts_with(each.described)) << Described(OpenSac, bytes);
+    }
+    SignalRun two = {1, 1.0, 0, 3, {{L"a", CUnitCtrl(), 1}, {L"b", CUnitCtrl(), 2}}};
+    SignalRun lines = {1, 1.0, 0, 3, {{L"a", CUnitCtrl(), 1}}, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY)};
+    SignalRun huge = {1, 1.0, 0, 1, {{L"a", NamedUnit("m"), 1}}};
+    EXPECT_THROW(CreateSignalFile(path, Format::sac, {two}), Error);
+    EXPECT_THROW(CreateSignalFile(path, Format::sac, {lines}), Error);
+    double value = 1e30;
+    double* const column[] = {&value};
+    EXPECT_THROW(CreateSignalFile(path, Format::sac, {huge})->Write(0, column, 1), Error);
 }
 
 TEST(Seismic, SacTextIsReadLikeTheBinaryForm) {
