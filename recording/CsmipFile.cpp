@@ -179,7 +179,7 @@ private:
         }
         if (!unit && !volume.isRaw) unit = FindMotionUnit(quantity.unit);
         RecordingInfo::Channel channel;
-        channel.name = FromUtf8Replacing(name_ + " " + quantity.name);
+        channel.name = FromUtf8Replacing(PlainLine(name_ + " " + quantity.name));
         if (unit) {
             StateMotionUnit(&channel, *unit);
         } else {

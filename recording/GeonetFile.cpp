@@ -103,7 +103,7 @@ void AddComponent(LineCursor& lines, bool isFirst, NumberRecording* recording) {
         const std::int64_t count = HeaderCount(whole[quantity.countAt - 1]);
         if (count == 0) continue;
         RecordingInfo::Channel channel;
-        channel.name = FromUtf8Replacing(component + " " + quantity.name);
+        channel.name = FromUtf8Replacing(PlainLine(component + " " + quantity.name));
         if (const auto unit = FindMotionUnit(quantity.unit)) StateMotionUnit(&channel, *unit, factor);
         const NumberBlock block = TakeBlock(lines, count, kPerLine);
         recording->AddChannel(FromUtf8Replacing(texts[2]), delta, std::move(channel), block);
