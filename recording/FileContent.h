@@ -12,7 +12,27 @@
 namespace kvx {
 
 /// The formats that are read; Formats.h tells what each is.
-enum class Format { dataFile, wav, rf64, wave64, aiff, au, caf, flac, tdms, mat, npy, npz, sac, smc, csmip, geonet, loggerText, text, none };
+enum class Format {
+    dataFile,
+    wav,
+    rf64,
+    wave64,
+    aiff,
+    au,
+    caf,
+    flac,
+    tdms,
+    mat,
+    npy,
+    npz,
+    sac,
+    smc,
+    csmip,
+    geonet,
+    loggerText,
+    text,
+    none
+};
 
 struct FileContent {
     std::string_view name;  ///< "a MATLAB file"

@@ -6,11 +6,11 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
+#include <KvxRecording01/CsmipFile.h>
+#include <KvxRecording01/GeonetFile.h>
 #include <KvxRecording01/MatFile.h>
 #include <KvxRecording01/NpyFile.h>
 #include <KvxRecording01/NpzFile.h>
-#include <KvxRecording01/CsmipFile.h>
-#include <KvxRecording01/GeonetFile.h>
 #include <KvxRecording01/SacFile.h>
 #include <KvxRecording01/SmcFile.h>
 #include <KvxRecording01/SoundFile.h>

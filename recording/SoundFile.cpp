@@ -33,8 +33,26 @@ struct InputSource {
     InputFile file;
     BytePatch patch = {};
     sf_count_t position = 0;
-    sf_count_t length = static_cast<sf_count_t>(file.Remaining());
+    sf_count_t length =
+        static_cast<sf_count_t>(file.Remaining() - patch.replaced + std::uint64_t{patch.bytes.size()});
     std::exception_ptr failure = nullptr;
+
+    /// The next bytes, at most `size`, of the file or of the patch; none at the end.
+    std::size_t Read(char* data, std::size_t size) {
+        const auto at = static_cast<std::uint64_t>(position);
+        const std::uint64_t patchEnd = patch.position + patch.bytes.size();
+        if (at >= patch.position && at < patchEnd) {
+            size = std::min<std::uint64_t>(size, patchEnd - at);
+            std::copy_n(patch.bytes.data() + (at - patch.position), size, data);
+        } else {
+            const bool isBefore = at < patch.position;
+            if (isBefore) size = std::min<std::uint64_t>(size, patch.position - at);
+            file.Seek(isBefore ? at : at - patch.bytes.size() + patch.replaced);
+            size = file.Read(data, size);
+        }
+        position += static_cast<sf_count_t>(size);
+        return size;
+    }
 };
 
 InputSource& Source(void* user) {
@@ -59,14 +77,14 @@ sf_count_t SourceSeek(sf_count_t offset, int whence, void* user) {
 sf_count_t SourceRead(void* data, sf_count_t count, void* user) {
     InputSource& source = Source(user);
     try {
-        source.file.Seek(static_cast<std::uint64_t>(source.position));
-        const std::size_t got = source.file.Read(data, static_cast<std::size_t>(count));
-        const std::uint64_t begin = source.patch.position - static_cast<std::uint64_t>(source.position);
-        for (std::size_t i = 0; i < source.patch.bytes.size(); ++i) {
-            if (begin + i < got) static_cast<char*>(data)[begin + i] = source.patch.bytes[i];
+        sf_count_t done = 0;
+        while (done < count) {
+            const std::size_t got =
+                source.Read(static_cast<char*>(data) + done, static_cast<std::size_t>(count - done));
+            if (got == 0) break;
+            done += static_cast<sf_count_t>(got);
         }
-        source.position += static_cast<sf_count_t>(got);
-        return static_cast<sf_count_t>(got);
+        return done;
     } catch (...) {
         source.failure = std::current_exception();
         return 0;
@@ -132,8 +150,8 @@ bool IsFormat(int libraryFormat, Format format) {
         case SF_FORMAT_WAV:
         case SF_FORMAT_WAVEX:
             return format == Format::wav;
-        case SF_FORMAT_RF64:
-            return format == Format::rf64;
+        case SF_FORMAT_RF64:  // as which a WAV file is read that is too long for its header
+            return format == Format::rf64 || format == Format::wav;
         case SF_FORMAT_W64:
             return format == Format::wave64;
         case SF_FORMAT_AIFF:

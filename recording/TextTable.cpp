@@ -15,8 +15,8 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
-#include <KvxRecording01/detail/StatedUnit.h>
 #include <KvxRecording01/detail/LoggerSegments.h>
+#include <KvxRecording01/detail/StatedUnit.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextLayout.h>
 #include <KvxRecording01/detail/TextRows.h>

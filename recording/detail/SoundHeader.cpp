@@ -92,10 +92,35 @@ bool IsPlaceholder(std::uint64_t size) {
 
 BytePatch MakePatch(const SizeField& field, std::uint64_t size) {
     if (field.bytes < 8 && size >> 8 * field.bytes != 0) return {};
-    BytePatch patch = {field.position, std::string(field.bytes, '\0')};
+    BytePatch patch = {field.position, field.bytes, std::string(field.bytes, '\0')};
     for (std::size_t i = 0; i < field.bytes; ++i, size >>= 8) {
         patch.bytes[field.isBigEndian ? field.bytes - 1 - i : i] = static_cast<char>(size & 0xFF);
     }
+    return patch;
+}
+
+std::string LittleEndian(std::uint64_t number, std::size_t size) {
+    std::string bytes;
+    for (std::size_t i = 0; i < size; ++i, number >>= 8) bytes += static_cast<char>(number & 0xFF);
+    return bytes;
+}
+
+/// The header of a WAV file, up to the samples at `body`, as that of an RF64 file, whose sizes have room for
+/// the `held` bytes of samples. Empty for an extraordinarily long one.
+BytePatch LargeHeader(FieldReader& fields, std::uint64_t body, std::uint64_t held) {
+    constexpr std::uint64_t kMost = std::uint64_t{1} << 20;
+    constexpr std::size_t kTag = 12;
+    if (body > kMost || body < kTag) return {};
+    const std::string none(4, '\xFF');
+    BytePatch patch = {0, body, "RF64" + none + "WAVEds64" + LittleEndian(28, 4)};
+    patch.bytes += LittleEndian(body + 28 + held, 8) + LittleEndian(held, 8) + std::string(12, '\0');
+    for (std::uint64_t at = kTag; at + 4 < body;) {
+        const std::string_view bytes = fields.Bytes(at, std::min<std::uint64_t>(16, body - 4 - at));
+        if (bytes.empty()) return {};
+        patch.bytes += bytes;
+        at += bytes.size();
+    }
+    patch.bytes += none;
     return patch;
 }
 
@@ -156,7 +181,11 @@ std::optional<SampleBytes> FindChunk(FieldReader& fields, const ChunkLayout& lay
         const std::uint64_t others = (layout.countsItself ? head : 0) + layout.prefix;
         const std::uint64_t stated = size == kAllOnes64 ? size : size - std::min(size, others);
         const std::uint64_t padding = (layout.alignment - size % layout.alignment) % layout.alignment;
-        return Measure(fields, chunk->body + layout.prefix, stated, padding, field, others, &layout);
+        SampleBytes found =
+            Measure(fields, chunk->body + layout.prefix, stated, padding, field, others, &layout);
+        if (!found.stated && found.actualSize.bytes.empty() && &layout == &kRiff)
+            found.actualSize = LargeHeader(fields, chunk->body, found.held);
+        return found;
     }
     return std::nullopt;
 }

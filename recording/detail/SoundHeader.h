@@ -13,9 +13,10 @@
 
 namespace kvx {
 
-/// Bytes of a file to be read as others.
+/// Bytes of a file to be read as others, which may be more.
 struct BytePatch {
     std::uint64_t position = 0;
+    std::uint64_t replaced = 0;
     std::string bytes = {};
 };
 

@@ -7,6 +7,7 @@
 #include <sndfile.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <random>
 #include <string>
@@ -356,6 +357,28 @@ TEST(SoundTexts, BecomePropertiesFromListsAndBroadcastChunks) {
                   "originator reference: REF-7; origination date: 2024-05-06; origination time: 07:08:09; "
                   "time reference: 80000 samples, 10 s after midnight; coding history: A=PCM,F=8000; ");
     }
+}
+
+TEST(SoundLength, OfAWavFileThatIsTooLongForItsHeaderIsThatOfTheFile) {
+    const TempFolder folder;
+    const std::string format = LittleEndian(1, 2) + LittleEndian(2, 2) + LittleEndian(48000, 4) +
+                               LittleEndian(192000, 4) + LittleEndian(4, 2) + LittleEndian(16, 2);
+    const std::string open(4, '\xFF');
+    folder.Write("in", "RIFF" + open + "WAVE" + Chunk("fmt ", format) +
+                           Chunk("LIST", "INFO" + Chunk("INAM", "long"s + '\0')) + "data" + open +
+                           "\0\x40\0\xC0"s);
+    constexpr std::uint64_t kBytes = 5ULL << 30;
+    std::filesystem::resize_file(folder / "in",
+                                 std::filesystem::file_size(folder / "in") - 4 + kBytes);  // with a hole
+    const auto reader = OpenSignal((folder / "in").string());
+    EXPECT_EQ(reader->Runs().front().samples, static_cast<__int64>(kBytes / 4));
+    EXPECT_THAT(reader->Remarks().at(0), HasSubstr("does not state its length; all 1342177280 samples"));
+    EXPECT_EQ(reader->Properties().at(0).text, "long");
+    double left = 1.0, right = 1.0;
+    double* const targets[] = {&left, &right};
+    EXPECT_EQ(reader->Read(0, targets, 1), 1U);
+    EXPECT_EQ(left, 0.5);
+    EXPECT_EQ(right, -0.5);
 }
 
 }  // namespace

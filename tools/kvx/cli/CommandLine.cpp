@@ -103,9 +103,9 @@ int RunCommandLine(int argc, const char* const* argv) {
                 HelpWidth()));
     Action action;
     for (const auto add :
-         {AddImport,   AddExport,  AddConvert, AddMerge,    AddEdit,      AddInfo,        AddPsd,
-          AddSpectrum, AddXfr,     AddFilter, AddCalibrate,  AddResample, AddPlot,      AddSpectrogram, AddSynth,
-          AddProfile,  AddFormats, AddUnits,   AddKinds,    AddShowValue, AddFolders}) {
+         {AddImport,   AddExport,  AddConvert, AddMerge,     AddEdit,     AddInfo,      AddPsd,
+          AddSpectrum, AddXfr,     AddFilter,  AddCalibrate, AddResample, AddPlot,      AddSpectrogram,
+          AddSynth,    AddProfile, AddFormats, AddUnits,     AddKinds,    AddShowValue, AddFolders}) {
         add(Command(&app, &action));
     }
 
