@@ -148,6 +148,34 @@ bool StoreSeismic(const std::filesystem::path& folder) {
     return std::filesystem::exists(folder / "geonet");
 }
 
+/// Functions as text and as floats, with places and without, among datasets of other numbers.
+void StoreUniversalFiles(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    const std::string end = "    -1\n";
+    const auto function = [&](const std::string& set, const std::string& sizes, const std::string& numbers) {
+        return end + "    58" + set + "\nname\nNONE\nNONE\nNONE\nNONE\n" +
+               "    4         0    0         0 wing               5   3 NONE               1  -1\n" + sizes +
+               "  0.00000E+00  1.52588E-05  0.00000E+00\n" +
+               "        17    0    0    0 Time                 s\n" +
+               "        12    1    0    0 Acceleration         g\n" +
+               "        13    0    1    0 Force                NONE\n" +
+               "         0    0    0    0 NONE                 NONE\n" + numbers + end;
+    };
+    const std::string even = "         2         4         1";
+    const std::string listed = "         6         2         0";
+    const std::string others =
+        end + "   151\ntitle\nNONE\nNONE\n" + end + end +
+        "   164\n         7  Inch (pound f)              2\n" +
+        "  3.93700787401574800D+01  2.24808943099710480D-01  1.00000000000000000D+00\n" + end + end +
+        "    15\n         5         0         0         0  1.00000E+00  0.00000E+00  0.00000E+00\n" + end;
+    const std::string numbers = "  1.00000E+00 -2.50000D+00 3.0-01  4.00000E+00\n";
+    const std::string tuples = "  1.00000E+00  1.000000000000E+00  2.000000000000E+00\n";
+    const std::string floats = "     1     2          11          16     0     0           0           0";
+    std::ofstream(folder / "text") << others + function("", even, numbers) + function("", even, numbers);
+    std::ofstream(folder / "listed") << function("", listed, tuples + tuples);
+    std::ofstream(folder / "binary", std::ios::binary) << function("b" + floats, even, "0123456789abcdef");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -163,6 +191,7 @@ int main(int argc, char** argv) {
     CDataArrayDouble frequencies(3, 0.0);
     frequencies.SetDelta(10.0, 10.0);
     const CComDataSpecG response(1, 1, 0, acceleration, frequencies, nullptr, nullptr);
+    StoreUniversalFiles(std::filesystem::path(argv[1]) / "fuzz_Uff");
     const bool isStored = Store(dataFiles, "wave", CComHdr::EXT_INFO_SHOCK_DATA, wave) &&
                           Store(dataFiles, "transfer", CComHdr::EXT_INFO_RANDOM_DATA, transfer) &&
                           Store(dataFiles, "response", CComHdr::EXT_INFO_SINE_DATA, response) &&

@@ -84,29 +84,6 @@ bool IsMp3(std::string_view begin) {
     return head >> 21 == 0x7FF && isVersion && (head >> 17 & 3) == 1 && isRate;
 }
 
-/// A line from the front of `*text`, without the blanks behind it.
-std::string_view TakeLine(std::string_view* text) {
-    const std::size_t end = std::min(text->find('\n'), text->size());
-    std::string_view line = text->substr(0, end);
-    text->remove_prefix(std::min(end + 1, text->size()));
-    return line.substr(0, line.find_last_not_of(" \r") + 1);
-}
-
-/// Whether a line is a whole number in the first six columns, as a Fortran format I6 writes it.
-bool IsSixColumnNumber(std::string_view line) {
-    return line.size() == 6 &&
-           line.find_first_not_of("0123456789", line.find_first_not_of(" -")) == line.npos;
-}
-
-/// The delimiter of a dataset, its number and the first record of it, which is more than a number of six
-/// columns: that would be a table of one column.
-bool IsUniversalFile(std::string_view begin) {
-    if (TakeLine(&begin) != "    -1") return false;
-    const std::string_view dataset = TakeLine(&begin);
-    if (dataset.substr(0, 7) == "    58b") return true;
-    return IsSixColumnNumber(dataset) && !IsSixColumnNumber(TakeLine(&begin));
-}
-
 }  // namespace
 
 FileContent RecognizeContent(std::string_view begin) {
@@ -120,7 +97,6 @@ FileContent RecognizeContent(std::string_view begin) {
         std::ranges::find_if(kForeign, [&](const Foreign& row) { return StartsWith(begin, row.mark); });
     if (foreign != std::end(kForeign)) return {foreign->name, Format::none};
     if (IsMp3(begin)) return {"an MP3 file", Format::none};
-    if (IsUniversalFile(begin)) return {"a universal file (UFF)", Format::none};
     return {RowOf(Format::text).name, Format::text};
 }
 

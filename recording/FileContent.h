@@ -21,6 +21,7 @@ enum class Format {
     au,
     caf,
     flac,
+    universal,
     tdms,
     mat,
     npy,

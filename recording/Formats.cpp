@@ -17,6 +17,7 @@
 #include <KvxRecording01/TdmsFile.h>
 #include <KvxRecording01/TextLines.h>
 #include <KvxRecording01/TextTable.h>
+#include <KvxRecording01/UffFile.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
@@ -237,6 +238,21 @@ constexpr FormatRow kFormats[] = {
             "arrays of numbers, stored or deflated, with the axis, names and units that other arrays state",
         .written = "an array per channel, those of several runs in folders",
         .lost = "runs of one sample",
+    },
+    {
+        .format = Format::universal,
+        .kind = FormatKind::binary,
+        .name = "a universal file (UFF)",
+        .ends = {".uff", ".unv", ".ufb", ".bunv"},
+        .recognize = IsUniversalFile,
+        .open = OpenStream<OpenUffFile>,
+        .create = CreateUffSignal,
+        .read = "functions (dataset 58), text and binary, with names, units and axes; what nodes and title "
+                "say as properties",
+        .written = "all runs, a function per channel, as doubles or as text of 13 digits",
+        .lost = "names and texts beyond 80 bytes, titles that name no kind of function, missing values; as "
+                "text the "
+                "digits beyond 13 and those of listed places beyond 6",
     },
     {
         .format = Format::loggerText,

@@ -12,6 +12,7 @@
 #include <KvxRecording01/Export.h>
 #include <KvxRecording01/SignalReader.h>
 #include <KvxRecording01/Statements.h>
+#include <KvxRecording01/UffFile.h>
 #include <KvxRecording01/WavFile.h>
 
 namespace kvx {
@@ -21,6 +22,7 @@ struct SignalFileOptions {
     std::wstring text = {};  ///< free text of a data file, of which its header keeps 257 characters
     WavOptions wav = {};     ///< of a sound file
     StatementNames called = {};
+    UffOptions uff = {};  ///< of a universal file
 };
 
 /// Takes the samples of runs; the file is in place after Commit, and before that its target is as it was.

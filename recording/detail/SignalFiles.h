@@ -81,4 +81,8 @@ std::unique_ptr<SignalWriter> CreateNpySignal(const std::string& path, const std
 std::unique_ptr<SignalWriter> CreateNpzSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options);
 
+/// A universal file with a function for each channel.
+std::unique_ptr<SignalWriter> CreateUffSignal(const std::string& path, const std::vector<SignalRun>& runs,
+                                              const SignalFileOptions& options);
+
 }  // namespace kvx

@@ -19,7 +19,6 @@ namespace kvx {
 namespace {
 
 constexpr unsigned int kJapaneseCodePage = 932;
-constexpr unsigned int kWesternCodePage = 1252;
 
 /// Whether bytes that are valid in the Japanese code page look like Japanese, too. Nearly all Japanese text
 /// has bytes from 0x80 to 0x9F, and half-width katakana stand in rows. In Western text, where these bytes are
@@ -35,14 +34,6 @@ bool LooksJapanese(std::string_view bytes) {
         row = isHalfWidth ? row + 1 : 0;
     }
     return isKatakana;
-}
-
-/// The code page that bytes which are not UTF-8 are taken to be in; 0 when they are in none.
-unsigned int GuessCodePage(std::string_view bytes) {
-    const unsigned int system = SystemCodePage();
-    const bool isLikely = system != kJapaneseCodePage || LooksJapanese(bytes);
-    if (isLikely && DecodeCodePage(bytes, system)) return system;
-    return DecodeCodePage(bytes, kWesternCodePage) ? kWesternCodePage : 0;
 }
 
 std::vector<UnitHeading> ParseHeadings(std::string_view line, char separator, std::size_t columns,
@@ -85,6 +76,13 @@ std::vector<UnitHeading> ReadUnits(const std::vector<UnitHeading>& line, const U
 }
 
 }  // namespace
+
+unsigned int GuessCodePage(std::string_view bytes) {
+    const unsigned int system = SystemCodePage();
+    const bool isLikely = system != kJapaneseCodePage || LooksJapanese(bytes);
+    if (isLikely && DecodeCodePage(bytes, system)) return system;
+    return DecodeCodePage(bytes, kWesternCodePage) ? kWesternCodePage : 0;
+}
 
 HeadingDecoder::HeadingDecoder(unsigned int codePage, std::string encodingName)
     : codePage_(codePage), encodingName_(std::move(encodingName)) {}

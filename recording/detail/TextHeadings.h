@@ -12,6 +12,11 @@
 
 namespace kvx {
 
+inline constexpr unsigned int kWesternCodePage = 1252;
+
+/// The code page that bytes which are not UTF-8 are taken to be in; 0 when they are in none.
+unsigned int GuessCodePage(std::string_view bytes);
+
 /// Makes the headings of a text wide: by the code page that is stated, else as UTF-8, else by a guess, of
 /// which it leaves a remark.
 class HeadingDecoder {

@@ -132,7 +132,7 @@ TEST_P(Writer, LeavesItsTargetAloneWithoutCommit) {
 INSTANTIATE_TEST_SUITE_P(Formats, Writer,
                          testing::Values(Format::dataFile, Format::wav, Format::rf64, Format::wave64,
                                          Format::aiff, Format::au, Format::caf, Format::mat, Format::npy,
-                                         Format::npz, Format::text));
+                                         Format::npz, Format::universal, Format::text));
 
 TEST(Writers, KeepSamplesAndTextOfSoundInAllItsFormats) {
     const TempFolder folder;
@@ -214,7 +214,8 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
                       }),
               "channel 'c1' would be clipped: it reaches 1 g and full scale is 0.5; raise fullScale");
     for (const Format format :
-         {Format::dataFile, Format::wav, Format::mat, Format::npy, Format::npz, Format::text}) {
+         {Format::dataFile, Format::wav, Format::mat, Format::npy, Format::npz, Format::text,
+          Format::universal}) {
         const auto writer = CreateSignalFile(path, format, {good});
         double sample = 0.0;
         const std::vector<double*> two = {&sample, &sample};

@@ -44,6 +44,7 @@ struct PsdFigures {
 #define BRIDGE_B "bridgeB_shaker_15Hz.lvm", "--rate 2560"
 #define HAMMER "hammer_test_F_2acc.lvm", "--rate 1024 --unit N,m/s2,m/s2"
 #define TRAFFIC "road_traffic.wav", ""
+#define MICROPHONE "microphone_58b_binary.uff", ""
 
 const ChannelFigures kChannels[] = {
     {BRIDGE_A, 1, "g",    72000,  -0.0024367350271,   0.003980777430278, -0.009693,     0.00688},
@@ -54,6 +55,7 @@ const ChannelFigures kChannels[] = {
     {HAMMER,   2, "m/s2", 16384,  0.230588509477,     0.2872551713009,   -1.740318,     1.554889},
     {HAMMER,   3, "m/s2", 16384,  0.243344722689,     0.3360216843154,   -3.671687,     7.461832},
     {TRAFFIC,  1, "-",    500640, 0.000349614261324,  0.02705788716788,  -0.2547302246, 0.2255554199},
+    {MICROPHONE, 1, "Pa", 79292, 7.207587220326e-05, 0.01434456206467, -0.1413039416, 0.1174807027},
 };
 
 const PsdFigures kPsds[] = {
@@ -132,15 +134,29 @@ protected:
     std::string source_;
 };
 
-TEST_F(Recordings, OfKindsThatAreNotReadAreRefusedByTheirKind) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"microphone_58b_binary.uff", "': it is a universal file (UFF), which is not read\n"},
+TEST_F(Recordings, OfOtherFormatsAreDescribedWithTheirKnownFigures) {
+    const struct {
+        const char* file;
+        std::size_t record, channel;  // from 0
+        const char* unit;
+        double samples, rate, peak;  // as the origins of the files publish them
+    } cases[] = {
+        {"microphone_58b_binary.uff", 0, 0, "Pa", 79292, 65536, 0.1413039},
+        {"loma_prieta_1989_redwood_city_133deg.smc", 0, 0, "Gal", 7183, 200, 222.5194},
+        {"coalinga_1983_parkfield_CE36456.V2", 0, 0, "Gal", 3251, 50, 267.957},
+        {"daqmx_raw1.tdms", 0, 0, "V", 2000, 50000, 0},
+        {"ridgecrest_2019_csn_T001230_HNE.sac", 0, 0, "", 15001, 50, 0},
     };
-    for (const auto& [file, sentence] : cases) {
-        const ToolResult result = RunShell(folder_, "kvx import '" + source_ + "/" + file + "' -o x.vdf2");
-        EXPECT_EQ(result.status, 1) << file;
-        EXPECT_TRUE(result.err.ends_with(sentence)) << result.err;
-        EXPECT_EQ(folder_.Count(), 0U) << file;
+    for (const auto& expected : cases) {
+        const nlohmann::json info = RunJson(folder_, "kvx info '" + source_ + "/" + expected.file + "'");
+        const nlohmann::json& record = info.at("records").at(expected.record);
+        EXPECT_EQ(record.at("samples"), expected.samples) << expected.file;
+        EXPECT_NEAR(record.at("axis").at("rate").get<double>(), expected.rate, 1e-9 * expected.rate);
+        const nlohmann::json& channel = record.at("channels").at(expected.channel);
+        if (expected.peak > 0.0) {
+            EXPECT_EQ(record.at("unit"), expected.unit) << expected.file;
+            EXPECT_NEAR(channel.at("peak").get<double>(), expected.peak, 1e-6 * expected.peak) << expected.file;
+        }
     }
 }
 
