@@ -22,7 +22,7 @@ namespace {
 static_assert(PlacedLines::kRoomBehind >= kPlainFieldRoom);
 
 /// What is read of a binary dataset at once.
-constexpr std::size_t kPiece = std::size_t{1} << 18;
+constexpr std::size_t kPiece = std::size_t{1} << 17;
 
 template <typename Bits>
 Bits Swapped(Bits bits) {
@@ -43,11 +43,13 @@ void Spread(const std::byte* from, std::size_t stride, double* to, std::size_t c
 }
 
 template <typename Real>
-void Spread(bool isSwapped, const std::byte* from, std::size_t stride, double* to, std::size_t count) {
-    if (isSwapped) return Spread<Real, true>(from, stride, to, count);
+void Spread(bool isSwapped, const std::byte* from, std::size_t stride, std::span<double> to) {
     // Numbers side by side are a loop of their own, which becomes vector code.
-    if (stride == sizeof(Real)) return Spread<Real, false>(from, sizeof(Real), to, count);
-    Spread<Real, false>(from, stride, to, count);
+    if (isSwapped && stride == sizeof(Real))
+        return Spread<Real, true>(from, sizeof(Real), to.data(), to.size());
+    if (isSwapped) return Spread<Real, true>(from, stride, to.data(), to.size());
+    if (stride == sizeof(Real)) return Spread<Real, false>(from, sizeof(Real), to.data(), to.size());
+    Spread<Real, false>(from, stride, to.data(), to.size());
 }
 
 Error AtSample(const Error& error, __int64 index) {
@@ -135,9 +137,6 @@ void UffSampleReader::Read(const UffSamples& samples, UffCursor* cursor, std::sp
     } else {
         ReadBinary(samples, cursor->done, targets, count);
     }
-    for (double* const target : targets) {
-        if (target != nullptr) RequireFinite({target, count}, cursor->done);
-    }
     cursor->done += static_cast<__int64>(count);
 }
 
@@ -154,19 +153,25 @@ void UffSampleReader::ReadBinary(const UffSamples& samples, __int64 first, std::
     const std::size_t stride = samples.TupleWidth();
     const bool isSwapped =
         (samples.form == UffSamples::Form::bigEndian) != (std::endian::native == std::endian::big);
+    // Doubles side by side in the byte order of the host are read where they are wanted.
+    const bool isPlain =
+        targets.size() == 1 && targets[0] != nullptr && stride == sizeof(double) && !isSwapped;
+    const std::size_t most = kPiece / stride;
+    if (!isPlain) bytes_.resize(std::min(count, most) * stride);
     stream_.Seek(samples.begin + static_cast<std::uint64_t>(first) * stride);
-    bytes_.resize(std::min(count, kPiece / stride) * stride);
     for (std::size_t done = 0; done < count;) {
-        const std::size_t piece = std::min(count - done, bytes_.size() / stride);
-        if (stream_.Read(bytes_.data(), piece * stride) < piece * stride)
+        const std::size_t piece = std::min(count - done, most);
+        void* const to = isPlain ? static_cast<void*>(targets[0] + done) : bytes_.data();
+        if (stream_.Read(to, piece * stride) < piece * stride)
             throw Error(ErrorKind::kHost, "it changed while it was read");
         const std::byte* from = bytes_.data();
         for (std::size_t part = 0; part < targets.size(); ++part) {
             const std::size_t width = samples.Width(part);
             if (targets[part] != nullptr) {
-                double* const to = targets[part] + done;
-                if (width == sizeof(float)) Spread<float>(isSwapped, from, stride, to, piece);
-                if (width == sizeof(double)) Spread<double>(isSwapped, from, stride, to, piece);
+                const std::span<double> numbers(targets[part] + done, piece);
+                if (!isPlain && width == sizeof(float)) Spread<float>(isSwapped, from, stride, numbers);
+                if (!isPlain && width == sizeof(double)) Spread<double>(isSwapped, from, stride, numbers);
+                RequireFinite(numbers, first + static_cast<__int64>(done));
             }
             from += width;
         }

@@ -10,7 +10,9 @@
 #include <bit>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -409,6 +411,27 @@ TEST(UffFile, DamagedSetsAreNamedAndOthersKept) {
     EXPECT_THAT(Said(many + Text(f, numbers)), HasSubstr("number 10 is left out (byte "));
     EXPECT_THAT(Said(many + Text(f, numbers)), HasSubstr("; 2 further datasets 58 with damage left out"));
     EXPECT_THROW(OpenUffFile(nullptr), Error);
+}
+
+TEST(UffFile, AMeasuredFileHasItsKnownFigures) {
+    const char* const folder = std::getenv("KVX_RECORDINGS");
+    if (folder == nullptr) GTEST_SKIP() << "KVX_RECORDINGS does not name a folder of recordings";
+    const auto reader = OpenSignal(folder + "/microphone_58b_binary.uff"s);
+    const SignalRun& run = reader->Runs().at(0);
+    EXPECT_EQ(ToUtf8(run.channels.at(0).name) + " " + UnitText(run.channels[0].unit), "Mic 01 Pa");
+    EXPECT_EQ(run.delta, 1.0 / 65536);
+    ASSERT_EQ(run.samples, 79292);
+    std::vector<double> samples(79292);
+    double* const target = samples.data();
+    ASSERT_EQ(reader->Read(0, {&target, 1}, samples.size()), samples.size());
+    // The first samples are published, the others calculated with another library.
+    const double first[] = {-0.01475526, -0.01729571, -0.01661006, -0.0161988};
+    for (std::size_t i = 0; i < std::size(first); ++i) EXPECT_NEAR(samples[i], first[i], 5e-9);
+    const double square = std::inner_product(samples.begin(), samples.end(), samples.begin(), 0.0);
+    EXPECT_NEAR(std::sqrt(square / 79292), 0.01434456206467, 1e-14);
+    EXPECT_NEAR(std::accumulate(samples.begin(), samples.end(), 0.0) / 79292, 7.207587220326e-05, 1e-16);
+    EXPECT_NEAR(*std::ranges::min_element(samples), -0.1413039416, 5e-11);
+    EXPECT_NEAR(*std::ranges::max_element(samples), 0.1174807027, 5e-11);
 }
 
 // ---- what is written ----

@@ -44,7 +44,6 @@ struct PsdFigures {
 #define BRIDGE_B "bridgeB_shaker_15Hz.lvm", "--rate 2560"
 #define HAMMER "hammer_test_F_2acc.lvm", "--rate 1024 --unit N,m/s2,m/s2"
 #define TRAFFIC "road_traffic.wav", ""
-#define MICROPHONE "microphone_58b_binary.uff", ""
 
 const ChannelFigures kChannels[] = {
     {BRIDGE_A, 1, "g",    72000,  -0.0024367350271,   0.003980777430278, -0.009693,     0.00688},
@@ -55,7 +54,6 @@ const ChannelFigures kChannels[] = {
     {HAMMER,   2, "m/s2", 16384,  0.230588509477,     0.2872551713009,   -1.740318,     1.554889},
     {HAMMER,   3, "m/s2", 16384,  0.243344722689,     0.3360216843154,   -3.671687,     7.461832},
     {TRAFFIC,  1, "-",    500640, 0.000349614261324,  0.02705788716788,  -0.2547302246, 0.2255554199},
-    {MICROPHONE, 1, "Pa", 79292, 7.207587220326e-05, 0.01434456206467, -0.1413039416, 0.1174807027},
 };
 
 const PsdFigures kPsds[] = {
