@@ -317,6 +317,7 @@ private:
 }  // namespace
 
 bool IsUniversalFile(std::string_view begin) {
+    begin.remove_prefix(std::min(begin.find_first_not_of("\r\n"), begin.size()));
     // The first record of a dataset is more than a number of six columns: that would be a table of one
     // column.
     if (TakeLine(&begin) != "    -1") return false;

@@ -4,6 +4,7 @@
 // which of their records are read and written.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string_view>
 
@@ -15,6 +16,16 @@ namespace kvx {
 
 /// How the numbers of a universal file are held: as doubles, or as text of 13 digits.
 enum class UffNumbers { binary, ascii };
+
+/// Both and how a person calls them.
+struct NamedUffNumbers {
+    std::string_view name;
+    UffNumbers numbers;
+};
+inline constexpr std::array kUffNumbers = {
+    NamedUffNumbers{"binary", UffNumbers::binary},
+    NamedUffNumbers{"ascii", UffNumbers::ascii},
+};
 
 struct UffOptions {
     UffNumbers numbers = UffNumbers::binary;

@@ -205,7 +205,12 @@ TEST(UffFile, OdditiesOfTheFieldAreTaken) {
         Binary(f, bytes + "12345678", 1, 2, 32),
         Binary(f, bytes, 1, 2, 0),
     };
-    for (const std::string& file : cases) EXPECT_EQ(Said(file), said) << file;
+    for (const std::string& file : cases) {
+        EXPECT_EQ(Said(file), said) << file;
+        EXPECT_TRUE(IsUniversalFile(file));
+    }
+    for (const char* const table : {"", "    -1\n", "    -1\n     5\n     7\n", "    -1,2\n    58\nx\n"})
+        EXPECT_FALSE(IsUniversalFile(table)) << table;
     // Further lines of a header that states so many.
     const std::string records = Records(f);
     std::string longer = Binary(f, bytes);
