@@ -202,11 +202,14 @@ UffAxis AxisOf(const CUnitCtrl& unit) {
 std::string StateUffUnit(const UffHeader& header, const UffUnitSystem& system, const DecodeText& decode,
                          RecordingInfo::Channel* channel) {
     const Side over = SideOf(header.numerator, system);
-    const Side under = SideOf(header.denominator, system);
-    std::string text = over.unit;
-    channel->scale = over.scale;
+    Side under = SideOf(header.denominator, system);
     const bool isSpectrum = header.function == kAutoSpectrum || header.function == kPowerDensity ||
                             header.function == kEnergyDensity;
+    // A label may already be that of the quotient, and a density has no other denominator.
+    const std::optional<CUnitCtrl> labelled = over.isAssumed ? std::nullopt : ParseUnit(decode(over.unit));
+    if (under.isAssumed && (isSpectrum || (labelled && !labelled->IsSingle()))) under = {};
+    std::string text = over.unit;
+    channel->scale = over.scale;
     if (over.isAssumed && isSpectrum) {
         text = "(" + text + ")2";
         if (header.function == kPowerDensity) text += "/Hz";
