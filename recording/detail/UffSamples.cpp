@@ -153,25 +153,37 @@ void UffSampleReader::ReadBinary(const UffSamples& samples, __int64 first, std::
     const std::size_t stride = samples.TupleWidth();
     const bool isSwapped =
         (samples.form == UffSamples::Form::bigEndian) != (std::endian::native == std::endian::big);
+    const std::size_t most = kPiece / stride;
+    const auto read = [&](void* to, std::size_t tuples) {
+        if (stream_.Read(to, tuples * stride) < tuples * stride)
+            throw Error(ErrorKind::kHost, "it changed while it was read");
+    };
     // Doubles side by side in the byte order of the host are read where they are wanted.
     const bool isPlain =
         targets.size() == 1 && targets[0] != nullptr && stride == sizeof(double) && !isSwapped;
-    const std::size_t most = kPiece / stride;
-    if (!isPlain) bytes_.resize(std::min(count, most) * stride);
     stream_.Seek(samples.begin + static_cast<std::uint64_t>(first) * stride);
     for (std::size_t done = 0; done < count;) {
         const std::size_t piece = std::min(count - done, most);
-        void* const to = isPlain ? static_cast<void*>(targets[0] + done) : bytes_.data();
-        if (stream_.Read(to, piece * stride) < piece * stride)
-            throw Error(ErrorKind::kHost, "it changed while it was read");
+        const __int64 at = first + static_cast<__int64>(done);
+        if (isPlain) {
+            read(targets[0] + done, piece);
+            RequireFinite({targets[0] + done, piece}, at);
+            done += piece;
+            continue;
+        }
+        bytes_.resize(piece * stride);
+        read(bytes_.data(), piece);
         const std::byte* from = bytes_.data();
         for (std::size_t part = 0; part < targets.size(); ++part) {
             const std::size_t width = samples.Width(part);
             if (targets[part] != nullptr) {
                 const std::span<double> numbers(targets[part] + done, piece);
-                if (!isPlain && width == sizeof(float)) Spread<float>(isSwapped, from, stride, numbers);
-                if (!isPlain && width == sizeof(double)) Spread<double>(isSwapped, from, stride, numbers);
-                RequireFinite(numbers, first + static_cast<__int64>(done));
+                if (width == sizeof(float)) {
+                    Spread<float>(isSwapped, from, stride, numbers);
+                } else {
+                    Spread<double>(isSwapped, from, stride, numbers);
+                }
+                RequireFinite(numbers, at);
             }
             from += width;
         }
