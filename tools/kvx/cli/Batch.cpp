@@ -174,7 +174,8 @@ void AddInputs(Command& command, const std::string& name, const std::string& wha
 void AddBatchOptions(Command& command, BatchOptions* options) {
     command
         .AddOption("--name-pattern", options->namePattern,
-                   "Names in an output folder, of {stem}, {name}, {ext} and {number} (default: {stem}.{ext})")
+                   "Names in an output folder, of {stem}, {name}, {number} and {ext}, that of --as (default: "
+                   "{stem}.{ext})")
         .Type("PATTERN");
     command.AddOption("--jobs", options->jobs, "Files to work on at a time (default: one per core)")
         .Type("N")
