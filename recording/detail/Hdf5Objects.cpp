@@ -157,14 +157,16 @@ public:
           elementBytes_(array.elementBytes) {
         for (std::size_t d = 0; d + 1 < dimensions_.size(); ++d) {
             columns_ *= dimensions_[d];
-            across_ *= (dimensions_[d] + chunk_[d] - 1) / chunk_[d];
+            most_ *= (dimensions_[d] + chunk_[d] - 1) / chunk_[d];
         }
+        // Those that a piece of all columns may touch are read once.
+        if (!chunk_.empty()) most_ *= 2 + kSamplesAtOnce / columns_ / chunk_.back();
     }
 
     std::uint64_t Bytes() const { return BytesOf(dimensions_, elementBytes_); }
     /// What each column has of the chunks that are kept, so that all can be read side by side.
     std::size_t BytesOfColumn() const {
-        return static_cast<std::size_t>(across_ * BytesOf(chunk_, elementBytes_) / columns_);
+        return static_cast<std::size_t>(most_ * BytesOf(chunk_, elementBytes_) / columns_);
     }
 
     /// The bytes from `position` of the array on that lie one behind the other in a chunk, at most `most`.
@@ -197,7 +199,7 @@ private:
         if (kept != kept_.end()) {
             kept_.splice(kept_.begin(), kept_, kept);
         } else {
-            if (kept_.size() >= across_) kept_.pop_back();
+            if (kept_.size() >= most_) kept_.pop_back();
             kept_.push_front(
                 {corner, Load(corner, static_cast<std::size_t>(BytesOf(chunk_, elementBytes_)))});
         }
@@ -271,7 +273,7 @@ private:
     Filters filters_;
     std::uint64_t elementBytes_;
     std::uint64_t columns_ = 1;  ///< stretches of the last dimension
-    std::uint64_t across_ = 1;   ///< chunks that hold a place of each column
+    std::uint64_t most_ = 1;     ///< chunks that are kept
     std::list<Kept> kept_;       ///< the last one used in front
 };
 

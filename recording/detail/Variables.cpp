@@ -613,8 +613,7 @@ public:
         before_ = done_;
         if (count == 0) return 0;
         // Few enough at a time to be looked at while they are in the processor's cache.
-        constexpr std::size_t kLooked = std::size_t{1} << 14;
-        const std::size_t most = std::max<std::size_t>(1, kLooked / targets.size());
+        const std::size_t most = std::max<std::size_t>(1, kSamplesAtOnce / targets.size());
         std::vector<double*> to(targets.begin(), targets.end());
         for (std::size_t begin = 0; begin < count; begin += most) {
             const std::size_t piece = std::min(most, count - begin);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -75,6 +76,9 @@ std::array<std::uint64_t, 2> StepsOf(const ArrayShape& shape, std::uint64_t step
 
 /// The bytes of so many numbers; the largest number where that overflows.
 std::uint64_t BytesOf(const std::vector<std::uint64_t>& dimensions, std::uint64_t step);
+
+/// Of all columns of a run together, that are read before the next ones.
+inline constexpr std::size_t kSamplesAtOnce = std::size_t{1} << 14;
 
 /// Makes runs of the variables: arrays of one length in one scope become channels of one run. With `isBare`
 /// each array holds samples, be it only one, as no number beside it states anything. `info` holds what is
