@@ -70,7 +70,12 @@ public:
 
     void Skip(std::uint64_t count) override {
         if (count > stretch_.Size()) FailAtEnd();
-        if (count > 0) sum_.Drop();
+        if (sum_.IsWanted() && count <= kPassed) {  // as a header is
+            std::vector<std::byte> passed(static_cast<std::size_t>(count));
+            Read(passed);
+            return;
+        }
+        sum_.Drop();
         stretch_.begin += count;
     }
 

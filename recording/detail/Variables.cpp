@@ -112,25 +112,17 @@ public:
     ColumnReader(const std::vector<Column>& columns, std::uint64_t length)
         : strands_(StrandsOf(columns)), left_(length) {
         constexpr std::size_t kMostMemory = std::size_t{48} << 20;
-        std::unique_ptr<ByteCursor> walker;
-        std::uint64_t position = 0;
         std::size_t memory = 0;
         for (std::size_t s = 0; s < strands_.size(); ++s) {
-            const Strand& strand = strands_[s];
-            if (s == 0 || strands_[s - 1].bytes != strand.bytes) {
-                walker = strand.bytes->open();
-                position = 0;
-            }
-            walker->Skip(strand.start - position);
-            position = strand.start;
-            memory += walker->Memory();
+            const bool isFirst = s == 0 || strands_[s - 1].bytes != strands_[s].bytes;
+            cursors_.push_back(isFirst ? strands_[s].bytes->open() : cursors_.back()->Clone());
+            cursors_.back()->Skip(strands_[s].start - (isFirst ? 0 : strands_[s - 1].start));
+            memory += cursors_.back()->Memory();
             if (memory > kMostMemory) {
                 throw Error(ErrorKind::kUnsupported, "it has " + std::to_string(strands_.size()) +
                                                          " compressed columns, too many to be read side by "
                                                          "side; save it without compression");
             }
-            const bool isLast = s + 1 == strands_.size() || strands_[s + 1].bytes != strand.bytes;
-            cursors_.push_back(isLast ? std::move(walker) : walker->Clone());
         }
     }
 
@@ -398,9 +390,9 @@ private:
         const NameRow* const row = RowOf(variable.name, true);
         const bool isVector = array.counts[0] == 1 || array.counts[1] == 1;
         if (row != nullptr && isVector && array.parts.size() == 1) {
-            Places places = SurveyPlaces(variable, row);
+            const Places places = SurveyPlaces(variable, row);
             if (places.isRising) {
-                axes_.push_back(std::move(places));
+                axes_.push_back(places);
                 return;
             }
         }

@@ -149,6 +149,21 @@ TEST(NpzFile, ThatIsDamagedIsRefused) {
     for (const auto& [file, expected] : cases) EXPECT_EQ(Described(OpenNpzFile, file), expected);
 }
 
+TEST(NpzFile, OfStoredArraysIsCheckedAgainstTheirSums) {
+    const TempFolder folder;
+    SignalRun run = {1, 0.5, 0, 2, {{L"a", CUnitCtrl(), 1}}};
+    const auto writer = CreateSignalFile((folder / "out").string(), Format::npz, {run});
+    double samples[] = {1.0, 2.0};
+    double* const columns[] = {samples};
+    writer->Write(0, columns, 2);
+    writer->Commit();
+    std::string file = folder.Read("out");
+    EXPECT_EQ(Described(OpenNpzFile, file), ": s from 0 by 0.5: a [] 1 2");
+    ExpectSenseOfEveryCut(OpenNpzFile, file);
+    file[file.find("PK\1\2") - 3] ^= 1;  // in the last sample
+    EXPECT_EQ(Described(OpenNpzFile, file), "its check sum is not that of its bytes");
+}
+
 TEST(ZipArchives, OfOtherThingsAreNamed) {
     EXPECT_EQ(RecognizeContent("PK\3\4"s + std::string(22, '\0') + "\5\0\0\0a.xml"s).name,
               "a ZIP archive, as XLSX files are");
