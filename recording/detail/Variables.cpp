@@ -388,7 +388,7 @@ private:
     void SortArray(const Variable& variable) {
         const auto& array = std::get<StoredArray>(variable.value);
         const NameRow* const row = RowOf(variable.name, true);
-        const bool isVector = array.counts[0] == 1 || array.counts[1] == 1;
+        const bool isVector = array.counts[1 - AlongOf(array)] == 1;
         if (row != nullptr && isVector && array.parts.size() == 1) {
             const Places places = SurveyPlaces(variable, row);
             if (places.isRising) {

@@ -71,6 +71,7 @@ TEST(NpyFile, HoldsChannelsInColumnsRowsOrFields) {
         {Npy("[('a', '|i1'), ('b', '>u2', (2,)), ('', '|V1'), (('a title', 'c'), '<i2')]", false, "(2,)",
              "\1\0\2\0\3?\4\0\xFF\0\5\0\6?\7\0"s),
          ": a [] 1 -1, b_1 [] 2 5, b_2 [] 3 6, c [] 4 7"},
+        {Npy("[('t', '|u1', (3,))]", false, "(1,)", "\0\1\2"s), ": t_1 [] 0, t_2 [] 1, t_3 [] 2"},
         {Npy("'|u1'", false, "(2,)", "\1\2more"), ":  [] 1 2; the 4 bytes behind the array are not read"},
     };
     for (const auto& [file, expected] : cases)
