@@ -30,6 +30,12 @@ void Refuse(bool isStated, const std::string& name, const char* of) {
     if (isStated) throw Error(ErrorKind::kUnsupported, name + " is for " + of);
 }
 
+TextOptions TextOptionsOf(const RecordingStatements& statements) {
+    TextOptions text = statements.text;
+    text.called = statements.called;
+    return text;
+}
+
 /// Throws Error for a statement that does not apply to the kind of format.
 void RefuseOthers(FormatKind kind, const RecordingStatements& statements) {
     if (kind != FormatKind::sound) {
@@ -37,17 +43,19 @@ void RefuseOthers(FormatKind kind, const RecordingStatements& statements) {
         Refuse(statements.isPartial, statements.called.partial, "sound files");
     }
     if (kind != FormatKind::text) {
-        const TextOptions& text = statements.text;
-        Refuse(text.firstColumnIsTime.has_value(), statements.called.time, "texts");
-        Refuse(text.decimalComma, statements.called.decimal, "texts");
-        Refuse(text.codePage != 0, text.encodingName, "texts");
+        const std::vector<std::string> stated = TextOptionsOf(statements).Stated();
+        Refuse(!stated.empty(), stated.empty() ? "" : stated.front(), "texts");
+    }
+    if (statements.rateHz && statements.text.spacing) {
+        throw Error(ErrorKind::kBadValue, statements.called.rate + " and " + statements.called.spacing +
+                                              " both state how far apart samples are");
     }
 }
 
 std::unique_ptr<RecordingReader> OpenText(const std::string& path, const FormatRow&,
                                           const RecordingStatements& statements,
                                           const ProgressFunction& progress) {
-    return OpenTextTable(OpenTextFile(path, statements.text.codePage), statements.text, progress);
+    return OpenTextTable(OpenTextFile(path, statements.text.codePage), TextOptionsOf(statements), progress);
 }
 
 std::unique_ptr<RecordingReader> OpenSound(const std::string& path, const FormatRow& row,
@@ -311,7 +319,9 @@ constexpr FormatRow kFormats[] = {
         .ends = {".csv", ".txt"},
         .open = OpenText,
         .create = CreateCsvSignal,
-        .read = "columns apart by commas, semicolons, tabs or blanks, their names and units, the time column",
+        .read = "columns apart by commas, semicolons, tabs, blanks or another sign, their names and units; "
+                "times, "
+                "dates or frequencies as their axis; complex numbers in one field or two columns",
         .written = "one run: the axis and a column per channel, two of a complex one; numbers that read back "
                    "as they were",
         .lost = "the text of the recording",

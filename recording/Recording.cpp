@@ -16,19 +16,19 @@ constexpr double kJitter = 0.01;
 /// A given rate that differs by more than this from the time column's deserves a note.
 constexpr double kRateDoubt = 0.01;
 
-double RateOfStamps(const TimeStamps& stamps, const std::string& rateName) {
+double RateOfStamps(const TimeStamps& stamps, const std::string& rateName, const std::string& hint) {
     if (stamps.count < 2)
         throw Error(ErrorKind::kBadValue, "one sample has no sampling rate; give it with " + rateName);
     if (!(stamps.Step() > 0.0))
         throw Error(ErrorKind::kDamaged,
-                    "the time column does not rise; give the sampling rate with " + rateName);
+                    "the time column does not rise; give the sampling rate with " + rateName + hint);
     if (stamps.stray) {
         const auto [index, stamp] = *stamps.stray;
-        throw Error(ErrorKind::kDamaged, "the time column is not evenly spaced: sample " +
-                                             std::to_string(index + 1) + " is stamped " +
-                                             FormatNumber(stamp, 9) + " s where " +
-                                             FormatNumber(stamps.Expected(index), 9) +
-                                             " s was expected; give the true sampling rate with " + rateName);
+        throw Error(ErrorKind::kDamaged,
+                    "the time column is not evenly spaced: sample " + std::to_string(index + 1) +
+                        " is stamped " + FormatNumber(stamp, 9) + " s where " +
+                        FormatNumber(stamps.Expected(index), 9) +
+                        " s was expected; give the true sampling rate with " + rateName + hint);
     }
     return 1.0 / stamps.Step();
 }
@@ -87,7 +87,7 @@ EvenAxis SettleAxis(const RecordedAxis& recorded, std::optional<double> rateHz, 
     } else if (recorded.delta > 0.0) {
         axis.delta = recorded.delta;
     } else if (stamps) {
-        axis.delta = 1.0 / RateOfStamps(*stamps, rateName);
+        axis.delta = 1.0 / RateOfStamps(*stamps, rateName, recorded.unevenHint);
     } else if (isTime) {
         throw Error(ErrorKind::kBadValue,
                     "it has no time column; give the sampling rate with " + rateName + recorded.rateHint);

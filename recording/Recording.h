@@ -60,6 +60,7 @@ struct RecordedAxis {
     bool isListed = false;             ///< whether each sample has a place of its own, which Read delivers
     std::optional<TimeStamps> stamps;  ///< of the time column of a text, when there is one
     std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
+    std::string unevenHint = {};       ///< what else can be done about uneven stamps, for a sentence
 };
 
 struct RecordingInfo {

@@ -183,7 +183,7 @@ private:
         const auto bad = std::ranges::find_if_not(samples, [](double v) { return AreValues({&v, 1}); });
         throw recording_->ErrorAt(
             column, static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
-            std::isfinite(*bad) ? "the value is reserved as the marker of missing samples"
+            std::isfinite(*bad) ? "the sample holds no value"
                                 : "the value overflows in conversion from " + Quote(UnitText(channel.unit)) +
                                       " to the standard unit");
     }
@@ -273,10 +273,8 @@ private:
 }  // namespace
 
 void RequireNothingStated(const RecordingStatements& stated) {
-    const TextOptions& text = stated.text;
     if (!stated.rateHz && stated.units.empty() && stated.names.empty() && stated.sensitivities.empty() &&
-        stated.gains.empty() && !stated.fullScale && !stated.isPartial && !text.firstColumnIsTime &&
-        !text.decimalComma && text.codePage == 0) {
+        stated.gains.empty() && !stated.fullScale && !stated.isPartial && stated.text.Stated().empty()) {
         return;
     }
     throw Error(ErrorKind::kUnsupported, "a data file knows its rate, units and names; the " +
@@ -348,6 +346,26 @@ void WrittenRun::Add(std::size_t run, std::span<double* const> channels, std::si
 
 void WrittenRun::RequireAll() const {
     if (left_ > 0) throw Error(ErrorKind::kBadValue, "not all of its samples were written");
+}
+
+std::vector<std::string> TextOptions::Stated() const {
+    const std::pair<bool, std::string> all[] = {
+        {firstColumnIsTime.has_value() || !axisColumn.empty(), called.time},
+        {axis.has_value(), called.axis},
+        {spacing.has_value(), called.spacing},
+        {keepsUneven, called.uneven},
+        {decimalComma, called.decimal},
+        {separator != 0, called.separator},
+        {skippedLines > 0, called.skip},
+        {comments != TextOptions().comments, called.comment},
+        {missing.has_value(), called.missing},
+        {codePage != 0, encodingName},
+    };
+    std::vector<std::string> names;
+    for (const auto& [isStated, name] : all) {
+        if (isStated) names.push_back(name);
+    }
+    return names;
 }
 
 StatementError::StatementError(std::string sentence) : Error(ErrorKind::kBadValue, std::move(sentence)) {}

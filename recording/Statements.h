@@ -3,6 +3,7 @@
 // What a person or a program states of a recording, because the file does not say it or says it wrongly.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,18 +29,49 @@ struct StatementNames {
     std::string time = "firstColumnIsTime";
     std::string decimal = "decimalComma";
     std::string record = "record";
+    std::string separator = "separator";
+    std::string skip = "skippedLines";
+    std::string comment = "comments";
+    std::string axis = "axis";
+    std::string spacing = "spacing";
+    std::string uneven = "keepsUneven";
+    std::string missing = "missing";
 };
 
 /// What is stated of a text table.
 struct TextOptions {
-    /// Whether the first column is the time; without a statement headings and spacing decide.
+    /// Whether the first column is the time, or what else the axis is; without a statement headings and
+    /// spacing decide.
     std::optional<bool> firstColumnIsTime = std::nullopt;
+    /// The column that is the time or what else the axis is, by its number from 1 or its heading; empty for
+    /// the first one or none.
+    std::wstring axisColumn = {};
+    /// What the axis is: a time, a frequency or anything else that is no channel; else what its heading says.
+    std::optional<CUnitCtrl::DIM_CODE> axis = std::nullopt;
+    /// The distance of samples, in the standard unit of the axis, of a text without a column for it.
+    std::optional<double> spacing = std::nullopt;
+    /// Whether times that are not evenly spaced are kept as the places of the samples; places on any other
+    /// axis are.
+    bool keepsUneven = false;
     /// A comma inside a number is the decimal mark even where it could separate columns.
     bool decimalComma = false;
+    /// What separates columns, ' ' for blanks and tabs; 0 for what the first row says.
+    char separator = 0;
+    /// Lines at the start that are passed over, whatever they hold.
+    std::size_t skippedLines = 0;
+    /// The signs of which each begins a comment line.
+    std::string comments = "#";
+    /// The texts that stand for a missing value, beside an empty field; without a statement there are none.
+    std::optional<std::vector<std::string>> missing = std::nullopt;
     /// The code page of the text; 0 for UTF-8, what a byte-order mark says, or a guess for headings.
     unsigned int codePage = 0;
     /// How sentences name the code page.
     std::string encodingName = "codePage";
+    /// How sentences name the other statements, RecordingStatements::called where it is part of them.
+    StatementNames called = {};
+
+    /// The names, by `called`, of all that is stated.
+    KVX_RECORDING_API std::vector<std::string> Stated() const;
 };
 
 struct RecordingStatements {

@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -16,62 +19,113 @@
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/LoggerSegments.h>
-#include <KvxRecording01/detail/StatedUnit.h>
-#include <KvxRecording01/detail/TextHeadings.h>
+#include <KvxRecording01/detail/TextColumns.h>
 #include <KvxRecording01/detail/TextLayout.h>
 #include <KvxRecording01/detail/TextRows.h>
 
 namespace kvx {
 namespace {
 
-/// What the statements and the headings say of the first column; no value when they say nothing.
-std::optional<bool> IsFirstColumnTime(const TextLayout& layout, const TextOptions& options) {
-    if (options.firstColumnIsTime) return options.firstColumnIsTime;
-    if (layout.firstIsTime) return layout.firstIsTime;
-    if (!layout.headings.empty()) return IsTimeHeading(layout.headings.front());
-    return std::nullopt;
-}
+/// Finds a spacing of which all places are multiples, to the bit: that of an axis as it is stored.
+class ExactSpacing {
+public:
+    explicit ExactSpacing(const TimeStamps& places) {
+        if (places.count < 2 || !(places.Step() > 0.0)) return;
+        first_ = std::round(places.first / places.Step());
+        const double count = first_ + static_cast<double>(places.count - 1);
+        if (!(std::abs(first_) <= std::numeric_limits<std::int32_t>::max()) || !(std::abs(count) >= 1.0))
+            return;
+        // The last place is a rounded multiple, so that the spacing is near to its part.
+        double spacing = places.last / count;
+        for (const double end : {0.0, kInfinity}) {
+            double next = spacing;
+            for (int i = 0; i < 2; ++i) spacings_.push_back(next = std::nextafter(next, end));
+        }
+        spacings_.push_back(spacing);
+    }
 
-/// The unit of time stamps; no value for seconds.
-std::optional<CUnitCtrl> StampUnit(const TextLayout& layout) {
-    if (layout.headings.empty()) return std::nullopt;
-    const std::optional<CUnitCtrl>& unit = layout.headings.front().unit;
-    return unit && *unit == CUnitCtrl::DIM_TIME ? unit : std::nullopt;
+    void Add(std::span<const double> places) {
+        for (const double place : places) {
+            if (spacings_.empty()) return;
+            const double index = first_ + static_cast<double>(done_++);
+            std::erase_if(spacings_, [&](double spacing) { return index * spacing != place; });
+        }
+    }
+
+    /// The one with the shortest text; no value when there is none.
+    std::optional<double> Value() const {
+        const auto shortest = std::ranges::min_element(
+            spacings_, {}, [](double spacing) { return FormatExact(spacing).size(); });
+        return shortest == spacings_.end() ? std::nullopt : std::optional(*shortest);
+    }
+
+private:
+    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+    double first_ = 0.0;
+    __int64 done_ = 0;
+    std::vector<double> spacings_;
+};
+
+TextLayout LayoutOf(const OpenText& open, const TextOptions& options) {
+    LineReader lines(open(), options.codePage, options.encodingName);
+    return ReadTextLayout(lines, options);
 }
 
 class TextTableReader : public RecordingReader {
 public:
     TextTableReader(OpenText open, const TextOptions& options, const ProgressFunction& progress)
-        : open_(std::move(open)), options_(options) {
+        : open_(std::move(open)), options_(options), layout_(LayoutOf(open_, options_)) {
+        if (options_.spacing && !(*options_.spacing > 0.0 && std::isfinite(*options_.spacing)))
+            throw Error(ErrorKind::kBadValue, options_.called.spacing + " is not a number above 0");
+        axis_ = FindAxis(layout_, options_);
+        layout_.axis = axis_.column;
         Survey(progress);
+        MakeRun();
     }
 
-    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+    std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        if (run > 0 || targets.size() != sources_.size())
+            throw Error(ErrorKind::kBadValue, "there is no such run");
         return WithErrors([&] { return ReadRows(targets, room); });
     }
 
     Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
                   const std::string& sentence) const override {
-        if (index >= lineNumbers_.size()) return Error(kind, sentence);
-        return Error(kind, sentence, rows_->PlaceOf(lineNumbers_[index], firstChannel_ + channel));
+        if (index >= lineNumbers_.size() || channel >= sources_.size()) return Error(kind, sentence);
+        return Error(kind, sentence, rows_->PlaceOf(lineNumbers_[index], sources_[channel].column));
     }
 
 private:
+    /// Where a target's values come from.
+    struct Source {
+        std::size_t column;
+        std::size_t value;                   ///< of those of a row
+        const TextChannel* polar = nullptr;  ///< of a part that is computed from a magnitude and a phase
+        std::size_t phase = 0;               ///< as `value`
+        bool isImaginary = false;
+    };
+
     std::size_t ReadRows(std::span<double* const> targets, std::size_t room) {
-        if (!rows_) rows_ = std::make_unique<RowReader>(open_, options_);
-        const std::size_t columns = rows_->Table().columns;
+        if (!rows_) rows_ = std::make_unique<RowReader>(open_, options_, layout_);
         std::size_t count = 0;
         lineNumbers_.clear();
         while (count < room) {
-            if (parsed_.empty()) parsed_ = rows_->Next(columns);
+            if (parsed_.empty()) parsed_ = rows_->Next();
             if (parsed_.empty()) break;
             const TextRows& rows = parsed_.front();
             const std::size_t taken = std::min(room - count, rows.count - taken_);
-            for (std::size_t i = 0; i < taken; ++i) lineNumbers_.push_back(rows.LineNumber(taken_ + i));
-            for (std::size_t c = 0; c < targets.size(); ++c) {
-                if (targets[c] == nullptr) continue;
-                const double* const values = rows.values.data() + taken_ * columns + firstChannel_ + c;
-                for (std::size_t i = 0; i < taken; ++i) targets[c][count + i] = values[i * columns];
+            lineNumbers_.resize(count + taken);
+            for (std::size_t i = 0; i < taken; ++i) lineNumbers_[count + i] = rows.LineNumber(taken_ + i);
+            for (std::size_t t = 0; t < targets.size(); ++t) {
+                if (targets[t] == nullptr) continue;
+                const double* const values = rows.values.data() + taken_ * width_;
+                if (sources_[t].polar != nullptr) {
+                    TakePart(sources_[t], values, {targets[t] + count, taken}, count);
+                    continue;
+                }
+                const double* const samples = values + sources_[t].value;
+                for (std::size_t i = 0; i < taken; ++i) targets[t][count + i] = samples[i * width_];
             }
             count += taken;
             taken_ += taken;
@@ -79,6 +133,7 @@ private:
             parsed_ = parsed_.subspan(1);
             taken_ = 0;
         }
+        if (info_.runs.front().axis.isListed && targets[0] != nullptr) ToStandardUnit({targets[0], count});
         done_ += static_cast<__int64>(count);
         const __int64 samples = info_.runs.front().samples;
         if (done_ > samples || (count < room && done_ < samples)) {
@@ -87,77 +142,188 @@ private:
         return count;
     }
 
-    /// Goes through the whole text once, and once more through a column that may be the time.
-    void Survey(const ProgressFunction& progress) {
-        RowReader rows(open_, options_);
-        const TextLayout& layout = rows.Table();
-        TimeStamps stamps;
-        int decimals = 0;
-        for (auto parsed = rows.Next(1, progress); !parsed.empty(); parsed = rows.Next(1, progress)) {
-            for (const TextRows& piece : parsed) {
-                if (piece.count == 0) continue;
-                if (stamps.count == 0) stamps.first = piece.values.front();
-                stamps.last = piece.values[piece.count - 1];
-                stamps.count += static_cast<__int64>(piece.count);
-                decimals = std::max(decimals, piece.decimals);
-            }
-        }
-        if (stamps.count == 0) throw Error(ErrorKind::kDamaged, "it holds no samples");
-        RecordingInfo::Run& run = info_.runs.emplace_back();
-        stamps.resolution = std::pow(10.0, -decimals);
-        const std::optional<bool> isTime = IsFirstColumnTime(layout, options_);
-        if (isTime.value_or(layout.columns > 1 && stamps.count > 2)) {
-            FindStray(StampUnit(layout), &stamps, progress);
-            if (isTime.value_or(stamps.IsEven())) run.axis.stamps = stamps;
-        }
-        firstChannel_ = run.axis.stamps ? 1 : 0;
-        if (layout.columns == firstChannel_) throw Error(ErrorKind::kDamaged, "its only column is the time");
-        run.samples = stamps.count;
-        run.axis.rateHint = layout.rateHint;
-        info_.properties = layout.properties;
-        run.channels.resize(layout.columns - firstChannel_);
-        if (!layout.remark.empty()) info_.remarks.push_back(layout.remark);
-        if (run.axis.stamps && !layout.headings.empty() && !layout.headings.front().unknownUnit.empty()) {
-            info_.remarks.push_back("the unit " + Quote(layout.headings.front().unknownUnit) +
-                                    " of the time column is not known, so it is read in seconds");
-        }
-        for (std::size_t c = firstChannel_; c < layout.headings.size(); ++c) {
-            StateHeading(&run.channels[c - firstChannel_], layout.headings[c]);
+    /// A part of the numbers whose magnitudes and phases are in rows; the first is sample `number` of those
+    /// being delivered.
+    void TakePart(const Source& source, const double* values, std::span<double> part,
+                  std::size_t number) const {
+        for (std::size_t i = 0; i < part.size(); ++i, values += width_) {
+            const std::complex<double> value =
+                FromPolar(*source.polar, values[source.value], values[source.phase]);
+            part[i] = source.isImaginary ? value.imag() : value.real();
+            if (std::isfinite(part[i])) continue;
+            throw Error(ErrorKind::kUnsupported, "the magnitude or the phase overflows",
+                        rows_->PlaceOf(lineNumbers_[number + i], source.column));
         }
     }
 
-    void FindStray(const std::optional<CUnitCtrl>& unit, TimeStamps* stamps,
-                   const ProgressFunction& progress) {
-        const auto toSeconds = [&](std::span<double> values) {
-            if (unit) unit->ConvItoD(values.data(), values.data(), std::ssize(values), 1.0, 0);
-        };
-        for (double* value : {&stamps->first, &stamps->last, &stamps->resolution}) toSeconds({value, 1});
-        StrayFinder finder(stamps);
-        RowReader rows(open_, options_);
-        std::vector<double> seconds;
-        for (auto parsed = rows.NextFirst(progress); !parsed.empty(); parsed = rows.NextFirst(progress)) {
+    void ToStandardUnit(std::span<double> places) const {
+        if (axis_.unit) axis_.unit->ConvItoD(places.data(), places.data(), std::ssize(places), 1.0, 0);
+    }
+
+    /// Goes through the whole text once, and once more through a column that is or may be the axis.
+    void Survey(const ProgressFunction& progress) {
+        RowReader rows(open_, options_, layout_);
+        std::vector<char> haveValues(options_.missing ? layout_.columns : 0, 0);
+        int decimals = 0;
+        for (auto parsed = rows.Survey(progress); !parsed.empty(); parsed = rows.Survey(progress)) {
             for (const TextRows& piece : parsed) {
-                seconds.assign(piece.values.begin(),
-                               piece.values.begin() + static_cast<std::ptrdiff_t>(piece.count));
-                toSeconds(seconds);
-                const auto bad = std::ranges::find_if(seconds, [](double s) { return !std::isfinite(s); });
-                if (bad != seconds.end()) {
-                    const auto row = static_cast<std::size_t>(bad - seconds.begin());
-                    throw Error(ErrorKind::kUnsupported, "the time overflows in conversion to seconds",
-                                rows.PlaceOf(piece.LineNumber(row), 0));
+                if (piece.count == 0) continue;
+                if (layout_.axis != kNoColumn) {
+                    if (stamps_.count == 0) stamps_.first = piece.values.front();
+                    stamps_.last = piece.values[piece.count - 1];
                 }
-                finder.Add(seconds);
+                stamps_.count += static_cast<__int64>(piece.count);
+                decimals = std::max(decimals, piece.decimals);
+                for (std::size_t c = 0; c < haveValues.size(); ++c)
+                    if (piece.haveValues.empty() || piece.haveValues[c] != 0) haveValues[c] = 1;
             }
         }
+        if (stamps_.count == 0) throw Error(ErrorKind::kDamaged, "it holds no samples");
+        stamps_.resolution = std::pow(10.0, -decimals);
+        const bool isGuess = !axis_.isCertain && layout_.columns > 1 && stamps_.count > 2;
+        if (layout_.axis != kNoColumn && (axis_.isCertain || isGuess)) {
+            FindStray(progress);
+            axis_.isCertain = axis_.isCertain || stamps_.IsEven();
+        }
+        if (!axis_.isCertain) axis_.column = layout_.axis = kNoColumn;
+        LeaveOut(haveValues);
+    }
+
+    /// Leaves out the columns that have no value, and those with times that are not the axis.
+    void LeaveOut(std::span<const char> haveValues) {
+        std::vector<FieldKind> kinds = layout_.kinds;
+        kinds.resize(layout_.columns, FieldKind::number);
+        for (std::size_t c = 0; c < layout_.columns; ++c) {
+            if (c == layout_.axis) continue;
+            if (!haveValues.empty() && haveValues[c] == 0 && layout_.Values(c) > 0 && !IsStamp(kinds[c]))
+                kinds[c] = FieldKind::empty;
+        }
+        if (std::ranges::any_of(kinds, [](FieldKind kind) { return kind != FieldKind::number; })) {
+            layout_.kinds = std::move(kinds);
+            layout_.firstFields.resize(layout_.columns);
+        }
+    }
+
+    void FindStray(const ProgressFunction& progress) {
+        for (double* value : {&stamps_.first, &stamps_.last, &stamps_.resolution}) ToStandardUnit({value, 1});
+        StrayFinder finder(&stamps_);
+        ExactSpacing exact(stamps_);
+        RowReader rows(open_, options_, layout_);
+        std::vector<double> places;
+        for (auto parsed = rows.NextOfAxis(progress); !parsed.empty(); parsed = rows.NextOfAxis(progress)) {
+            for (const TextRows& piece : parsed) {
+                places.assign(piece.values.begin(),
+                              piece.values.begin() + static_cast<std::ptrdiff_t>(piece.count));
+                ToStandardUnit(places);
+                const auto bad = std::ranges::find_if(places, [](double s) { return !std::isfinite(s); });
+                if (bad != places.end()) {
+                    const auto row = static_cast<std::size_t>(bad - places.begin());
+                    const bool isTime = axis_.dimension == CUnitCtrl::DIM_TIME;
+                    throw Error(ErrorKind::kUnsupported,
+                                isTime ? "the time overflows in conversion to seconds"
+                                       : "the place overflows in conversion to the standard unit",
+                                rows.PlaceOf(piece.LineNumber(row), layout_.axis));
+                }
+                finder.Add(places);
+                exact.Add(places);
+            }
+        }
+        exactSpacing_ = exact.Value();
+    }
+
+    void MakeRun() {
+        RecordingInfo::Run& run = info_.runs.emplace_back();
+        run.samples = stamps_.count;
+        info_.properties = layout_.properties;
+        if (!layout_.remark.empty()) info_.remarks.push_back(layout_.remark);
+        if (layout_.axis != kNoColumn && !axis_.remark.empty()) info_.remarks.push_back(axis_.remark);
+        channels_ = ListChannels(layout_, axis_, &info_.remarks);
+        if (channels_.empty()) {
+            throw Error(ErrorKind::kDamaged, layout_.axis == kNoColumn ? "it has no column of numbers"
+                                             : axis_.dimension == CUnitCtrl::DIM_TIME
+                                                 ? "its only column is the time"
+                                                 : "its only column is the axis");
+        }
+        SettleAxis(&run.axis);
+        std::vector<std::size_t> values;  // the first of each column
+        for (std::size_t c = 0; c < layout_.columns; ++c) {
+            values.push_back(width_);
+            width_ += layout_.Values(c);
+        }
+        if (run.axis.isListed) sources_.push_back({layout_.axis, values[layout_.axis]});
+        for (const TextChannel& channel : channels_) {
+            run.channels.push_back(channel.channel);
+            const bool isPair = channel.second != kNoColumn;
+            const bool isPolar = channel.phaseDegrees != 0.0;
+            Source source = {channel.first, values[channel.first]};
+            if (isPolar) {
+                source.polar = &channel;
+                source.phase = values[channel.second];
+            }
+            sources_.push_back(source);
+            if (!channel.channel.isComplex) continue;
+            source.isImaginary = true;
+            if (!isPolar) {
+                source.column = isPair ? channel.second : channel.first;
+                source.value = isPair ? values[channel.second] : values[channel.first] + 1;
+            }
+            sources_.push_back(source);
+        }
+    }
+
+    void SettleAxis(RecordedAxis* axis) {
+        const bool isTime = axis_.dimension == CUnitCtrl::DIM_TIME;
+        axis->unit = CUnitCtrl(axis_.dimension);
+        axis->rateHint = layout_.rateHint;
+        if (layout_.axis == kNoColumn) {
+            if (options_.keepsUneven)
+                throw Error(ErrorKind::kBadValue,
+                            options_.called.uneven + " is for a text with a time column");
+            axis->delta = options_.spacing.value_or(0.0);
+            if (!isTime && !options_.spacing)
+                throw Error(ErrorKind::kBadValue,
+                            "it has no column for its axis; give the distance of samples with " +
+                                options_.called.spacing);
+            return;
+        }
+        if (IsStamp(layout_.Kind(layout_.axis))) {
+            std::string start(Unquoted(layout_.firstFields[layout_.axis]));
+            if (layout_.Kind(layout_.axis) == FieldKind::dateAndClock)
+                start += " " + std::string(Unquoted(layout_.firstFields[layout_.axis + 1]));
+            info_.properties.push_back({"start", Printable(start)});
+        }
+        const bool isEven = stamps_.IsEven();
+        if (isTime) {
+            axis->stamps = stamps_;
+            axis->delta = isEven ? exactSpacing_.value_or(0.0) : 0.0;
+            axis->isListed = !isEven && options_.keepsUneven;
+            axis->unevenHint = " or keep the times as they are with " + options_.called.uneven;
+            return;
+        }
+        // Places that even spacing would move stay where they are.
+        constexpr double kFine = 0.1;
+        constexpr double kJitter = 0.01;
+        const double offset = isEven ? stamps_.first / stamps_.Step() : 0.0;
+        const bool isFine =
+            stamps_.resolution <= kFine * stamps_.Step() && std::abs(offset - std::round(offset)) <= kJitter;
+        axis->isListed = !isEven || !(exactSpacing_ || isFine);
+        axis->first = stamps_.first;
+        if (!axis->isListed) axis->delta = exactSpacing_.value_or(stamps_.Step());
     }
 
     OpenText open_;
     TextOptions options_;
+    TextLayout layout_;
+    TextAxis axis_;
+    TimeStamps stamps_;  ///< of the axis, if there is one; else their number alone counts
+    std::optional<double> exactSpacing_;
+    std::vector<TextChannel> channels_;
+    std::vector<Source> sources_;  ///< per target of Read
+    std::size_t width_ = 0;        ///< values of a row
     std::unique_ptr<RowReader> rows_;
     std::span<const TextRows> parsed_ = {};  ///< not delivered yet
     std::size_t taken_ = 0;                  ///< rows of the first of them that are
     std::vector<std::size_t> lineNumbers_;   ///< of the rows last delivered
-    std::size_t firstChannel_ = 0;
     __int64 done_ = 0;
 };
 
@@ -174,8 +340,11 @@ std::unique_ptr<RecordingReader> OpenTextTable(OpenText open, const TextOptions&
 std::vector<double> ReadCoefficients(OpenText open, TextOptions options, const ProgressFunction& progress) {
     constexpr __int64 kMost = 1 << 20;
     options.firstColumnIsTime = false;
+    options.axisColumn.clear();
     const std::unique_ptr<RecordingReader> text = OpenTextTable(std::move(open), options, progress);
     const std::size_t columns = text->Info().runs.front().channels.size();
+    if (std::ranges::any_of(text->Info().runs.front().channels, &RecordingInfo::Channel::isComplex))
+        throw Error(ErrorKind::kUnsupported, "coefficients are real numbers");
     const __int64 rows = text->Info().runs.front().samples;
     if (columns > 1 && rows > 1)
         throw Error(ErrorKind::kUnsupported, "coefficients stand in one column or one row");

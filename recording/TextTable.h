@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Recordings from text: comma, semicolon, tab or blank separated columns with or without headings and a time
-// column, decimal point or comma, and the measurement text files of data loggers (.lvm), whose header blocks
-// are read for what they say of the columns. Numbers become the nearest double.
+// Recordings from text: columns apart by any sign, with or without headings and a column of times, dates or
+// frequencies, decimal point or comma, complex numbers in one field or in two columns, and the measurement
+// text files of data loggers (.lvm), whose header blocks are read for what they say of the columns. Numbers
+// become the nearest double.
 #pragma once
 
 #include <memory>

@@ -17,6 +17,7 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/detail/LoggerHeader.h>
+#include <KvxRecording01/detail/StatedUnit.h>
 #include <KvxRecording01/detail/TextFields.h>
 #include <KvxRecording01/detail/TextNumbers.h>
 
@@ -195,7 +196,7 @@ private:
                 const std::size_t placeColumn = segment.PlaceColumn(c);
                 const bool isEmpty = IsEmpty(*row, column) && (!isMulti || IsEmpty(*row, placeColumn));
                 if (isEmpty && !segment.areSamplesEqual) continue;  // the channel has ended
-                if (stamps[c].count != count) throw FieldError("", "", FieldPlace(line_, column));
+                if (stamps[c].count != count) throw Refused("", FieldPlace(line_, column));
                 NumberIn(*row, column);
                 if (!isMulti && c > 0 && stamps[c - 1].count == count + 1) {
                     stamps[c] = stamps[c - 1];  // of the same column of places
@@ -221,13 +222,19 @@ private:
         return column >= row.size() || row[column].empty();
     }
 
+    Error Refused(std::string_view field, const ErrorPlace& place) const {
+        const bool isEmpty = Unquoted(field).empty();
+        return Error(ErrorKind::kDamaged,
+                     isEmpty ? "the value is missing" : Quote(field) + " " + numbers_.Fault(), place);
+    }
+
     /// A field as a number. Throws Error.
     double NumberIn(const Fields& row, std::size_t column) {
         const std::string_view field = column < row.size() ? row[column] : std::string_view();
         const std::optional<double> number = numbers_.Read(field);
         if (number) return *number;
         const std::size_t line = rows_ ? rows_->Lines().Number() : line_;
-        throw FieldError(field, numbers_.Fault(), FieldPlace(line, column));
+        throw Refused(field, FieldPlace(line, column));
     }
 
     /// Whether the parts of a segment go on where the runs of the one before it end.
@@ -243,12 +250,7 @@ private:
             for (const std::size_t column : parts[p].columns) {
                 const std::size_t channel =
                     segment.times == LoggerSegment::Times::perChannel ? column / 2 : column - 1;
-                const UnitHeading& heading = segment.channels[channel];
-                if (info.channels[c].name != heading.name || info.channels[c].unit != heading.unit ||
-                    info.channels[c].unknownUnit != heading.unknownUnit) {
-                    return false;
-                }
-                ++c;
+                if (!AreAlike(info.channels[c++], ChannelOf(segment.channels[channel]))) return false;
             }
             const std::optional<double> first = last.placeColumn ? parts[p].stamps.first : segment.first;
             const double step = StepOf(segment, last);
@@ -258,6 +260,18 @@ private:
                 return false;
         }
         return true;
+    }
+
+    static RecordingInfo::Channel ChannelOf(const UnitHeading& heading) {
+        RecordingInfo::Channel channel;
+        StateHeading(&channel, heading);
+        return channel;
+    }
+
+    static bool AreAlike(const RecordingInfo::Channel& one, const RecordingInfo::Channel& other) {
+        return one.name == other.name && one.unknownUnit == other.unknownUnit && one.scale == other.scale &&
+               PlainUnitName(one.unit.value_or(CUnitCtrl())) ==
+                   PlainUnitName(other.unit.value_or(CUnitCtrl()));
     }
 
     static double StepOf(const LoggerSegment& segment, const Part& part) {
@@ -277,8 +291,7 @@ private:
                                     Quote(segment.dimension) + ", is read as time");
         }
         for (const std::size_t channel : channels) {
-            const UnitHeading& heading = segment.channels[channel];
-            run.channels.push_back({heading.name, heading.unit, heading.unknownUnit});
+            run.channels.push_back(ChannelOf(segment.channels[channel]));
         }
         before_ = segment.dimension;
     }
@@ -403,6 +416,13 @@ std::unique_ptr<RecordingReader> OpenLoggerSegments(const OpenText& open, const 
         const bool isTable = segment.times != LoggerSegment::Times::perChannel && segment.areSamplesEqual &&
                              segment.dimension.empty();
         if (isTable && !HasMoreSegments(lines)) return nullptr;
+    }
+    for (const std::string& stated : options.Stated()) {
+        if (stated != options.encodingName && stated != options.called.decimal) {
+            throw Error(
+                ErrorKind::kUnsupported,
+                stated + " is for tables; the segments of this file say for themselves how they are read");
+        }
     }
     return std::make_unique<LoggerReader>(open, options, progress);
 }

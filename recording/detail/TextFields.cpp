@@ -8,6 +8,11 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 
+/// Where the brackets end that open at `begin`; npos when none do.
+std::size_t EndOfBrackets(std::string_view text, std::size_t begin) {
+    return text[begin] == '(' ? text.find(')', begin) : std::string_view::npos;
+}
+
 /// One field from `*rest`, which is left behind its separator; quotes around it are kept.
 std::string_view TakeField(std::string_view* rest, char separator, bool* more) {
     const std::size_t begin = rest->find_first_not_of(' ');
@@ -17,6 +22,9 @@ std::string_view TakeField(std::string_view* rest, char separator, bool* more) {
         while (close < rest->size() && rest->substr(close).starts_with("\"\"")) {
             close = rest->find('"', close + 2);
         }
+        if (close != std::string_view::npos) searchFrom = close;
+    } else if (begin != std::string_view::npos) {
+        const std::size_t close = EndOfBrackets(*rest, begin);
         if (close != std::string_view::npos) searchFrom = close;
     }
     const std::size_t end = rest->find(separator, searchFrom);
@@ -55,7 +63,9 @@ void Split(std::string_view line, char separator, Fields* fields) {
     if (separator == kBlankRun) {
         for (std::size_t at = line.find_first_not_of(kBlanks);
              at != std::string_view::npos && fields->size() <= kMaxColumns;) {
-            const std::size_t end = std::min(line.find_first_of(kBlanks, at), line.size());
+            const std::size_t close = EndOfBrackets(line, at);
+            const std::size_t from = close == std::string_view::npos ? at : close;
+            const std::size_t end = std::min(line.find_first_of(kBlanks, from), line.size());
             fields->push_back(line.substr(at, end - at));
             at = line.find_first_not_of(kBlanks, end);
         }
@@ -69,9 +79,9 @@ void DropEmptyEnd(Fields* fields) {
     while (!fields->empty() && fields->back().empty()) fields->pop_back();
 }
 
-bool IsBlankOrComment(std::string_view line) {
+bool IsBlankOrComment(std::string_view line, std::string_view comments) {
     const std::string_view text = Trim(line);
-    return text.empty() || text.front() == '#';
+    return text.empty() || comments.find(text.front()) != std::string_view::npos;
 }
 
 }  // namespace kvx

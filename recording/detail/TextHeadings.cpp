@@ -36,17 +36,66 @@ bool LooksJapanese(std::string_view bytes) {
     return isKatakana;
 }
 
-std::vector<UnitHeading> ParseHeadings(std::string_view line, char separator, std::size_t columns,
-                                       HeadingDecoder* decoder) {
+std::wstring InSmallLetters(std::wstring_view text) {
+    std::wstring small(text);
+    for (wchar_t& c : small) {
+        if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
+    }
+    return small;
+}
+
+struct PartWord {
+    std::wstring_view word;
+    ComplexPart part;
+    bool isFunction = false;  ///< whether "word(H)" is that of H
+};
+
+constexpr std::array kPartWords = {
+    PartWord{L"re", ComplexPart::real, true},       PartWord{L"real", ComplexPart::real, true},
+    PartWord{L"im", ComplexPart::imaginary, true},  PartWord{L"imag", ComplexPart::imaginary, true},
+    PartWord{L"imaginary", ComplexPart::imaginary}, PartWord{L"abs", ComplexPart::magnitude, true},
+    PartWord{L"mag", ComplexPart::magnitude, true}, PartWord{L"magnitude", ComplexPart::magnitude},
+    PartWord{L"amp", ComplexPart::magnitude},       PartWord{L"amplitude", ComplexPart::magnitude},
+    PartWord{L"arg", ComplexPart::phase, true},     PartWord{L"phase", ComplexPart::phase, true},
+    PartWord{L"angle", ComplexPart::phase, true},
+};
+
+/// Where the argument ends of a name that begins with a function, "Re(H)"; 0 for any other. What looks like a
+/// unit of an angle is one: "phase(deg)".
+std::size_t EndOfFunction(std::wstring_view name) {
+    const std::size_t open = name.find(L'(');
+    if (open == name.npos) return 0;
+    const auto word = std::ranges::find(kPartWords, InSmallLetters(name.substr(0, open)), &PartWord::word);
+    if (word == kPartWords.end() || !word->isFunction) return 0;
+    int depth = 0;
+    for (std::size_t at = open; at < name.size(); ++at) {
+        if (name[at] == L'(') ++depth;
+        if (name[at] != L')' || --depth > 0) continue;
+        const std::optional<CUnitCtrl> unit = ParseUnit(name.substr(open + 1, at - open - 1));
+        return unit && *unit == CUnitCtrl::DIM_ANGLE ? 0 : at + 1;
+    }
+    return 0;
+}
+
+UnitHeading ParseHeading(const std::wstring& text) {
+    const std::size_t end = EndOfFunction(text);
+    if (end == 0) return ParseUnitHeading(text);
+    UnitHeading heading = ParseUnitHeading(std::wstring_view(text).substr(end));
+    heading.name.insert(0, text, 0, end);
+    return heading;
+}
+
+std::vector<UnitHeading> ParseHeadings(std::string_view line, std::string_view comments, char separator,
+                                       std::size_t columns, HeadingDecoder* decoder) {
     line = Trim(line);
-    if (line.starts_with('#')) line.remove_prefix(1);
+    if (!line.empty() && comments.find(line.front()) != line.npos) line.remove_prefix(1);
     Fields fields;
     Split(line, separator, &fields);
     if (fields.size() > columns) DropEmptyEnd(&fields);
     if (fields.size() != columns) return {};
     std::vector<UnitHeading> headings;
     for (const std::string_view field : fields) {
-        headings.push_back(ParseUnitHeading(decoder->Decode(field, line, headings.size())));
+        headings.push_back(ParseHeading(decoder->Decode(field, line, headings.size())));
     }
     return headings;
 }
@@ -115,20 +164,49 @@ std::wstring HeadingDecoder::Decode(std::string_view field, std::string_view lin
 
 bool IsTimeHeading(const UnitHeading& heading) {
     if (heading.unit) return *heading.unit == CUnitCtrl::DIM_TIME;
-    std::string name;
-    for (const wchar_t c : heading.name) {
-        if (c > 0x7F) return heading.name.starts_with(L"時間") || heading.name.starts_with(L"時刻");
-        name += static_cast<char>(c >= L'A' && c <= L'Z' ? c - L'A' + L'a' : c);
-    }
-    static constexpr std::array kNames = {"t", "sec", "seconds", "elapsed", "x_value", "zeit", "temps"};
-    return name.starts_with("time") || std::ranges::find(kNames, name) != kNames.end();
+    const std::wstring name = InSmallLetters(heading.name);
+    if (name.starts_with(L"時間") || name.starts_with(L"時刻")) return true;
+    static constexpr std::array<std::wstring_view, 7> kNames = {L"t",       L"sec",  L"seconds", L"elapsed",
+                                                                L"x_value", L"zeit", L"temps"};
+    return name.starts_with(L"time") || std::ranges::find(kNames, name) != kNames.end();
 }
 
-std::vector<UnitHeading> ReadHeadings(std::string_view lastLine, std::string_view lineBefore, char separator,
-                                      std::size_t columns, HeadingDecoder* decoder) {
-    std::vector<UnitHeading> last = ParseHeadings(lastLine, separator, columns, decoder);
-    if (last.empty() || lineBefore.empty()) return last;
-    std::vector<UnitHeading> before = ParseHeadings(lineBefore, separator, columns, decoder);
+std::optional<CUnitCtrl::DIM_CODE> AxisOf(const UnitHeading& heading) {
+    if (IsTimeHeading(heading)) return CUnitCtrl::DIM_TIME;
+    const std::wstring name = InSmallLetters(heading.name);
+    const bool isFrequency = heading.unit && *heading.unit == CUnitCtrl::DIM_FREQUENCY;
+    if (isFrequency && (name.empty() || name == L"f" || name == L"axis")) return CUnitCtrl::DIM_FREQUENCY;
+    if (name.starts_with(L"freq") || name == L"hz" || name.starts_with(L"周波数"))
+        return !heading.unit || isFrequency ? std::optional(CUnitCtrl::DIM_FREQUENCY) : std::nullopt;
+    if (name == L"axis" && heading.unit && heading.unit->IsSingle()) return DimensionOf(*heading.unit);
+    return std::nullopt;
+}
+
+std::optional<PartHeading> PartOf(std::wstring_view name) {
+    if (name.size() > 2 && name.front() == L'|' && name.back() == L'|')
+        return PartHeading{ComplexPart::magnitude, std::wstring(name.substr(1, name.size() - 2))};
+    const std::wstring small = InSmallLetters(name);
+    for (const PartWord& row : kPartWords) {
+        if (row.isFunction && small.starts_with(row.word) && EndOfFunction(name) == name.size()) {
+            const std::size_t open = name.find(L'(');
+            if (open == row.word.size())
+                return PartHeading{row.part, std::wstring(name.substr(open + 1, name.size() - open - 2))};
+        }
+        if (!small.ends_with(row.word)) continue;
+        const std::wstring_view rest = name.substr(0, name.size() - row.word.size());
+        if (rest.empty()) return PartHeading{row.part, {}};
+        if (std::wstring_view(L" _.-").find(rest.back()) == rest.npos) continue;
+        return PartHeading{row.part, std::wstring(rest.substr(0, rest.find_last_not_of(L" _.-") + 1))};
+    }
+    return std::nullopt;
+}
+
+std::vector<UnitHeading> ReadHeadings(const HeadingLines& lines, char separator, std::size_t columns,
+                                      HeadingDecoder* decoder) {
+    std::vector<UnitHeading> last = ParseHeadings(lines.last, lines.comments, separator, columns, decoder);
+    if (last.empty() || lines.before.empty()) return last;
+    std::vector<UnitHeading> before =
+        ParseHeadings(lines.before, lines.comments, separator, columns, decoder);
     if (before.empty()) return last;
     const std::vector<UnitHeading> units = ReadUnits(last, before.front());
     if (units.empty()) return last;

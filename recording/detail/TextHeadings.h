@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,9 +39,29 @@ private:
 
 bool IsTimeHeading(const UnitHeading& heading);
 
+/// What a heading says that its column is the axis of: a time, a frequency, or for "axis", as tables of this
+/// library have it, what its unit says. No value for a heading of a channel.
+std::optional<CUnitCtrl::DIM_CODE> AxisOf(const UnitHeading& heading);
+
+/// Which part of a complex number a column holds, and of which one.
+enum class ComplexPart { real, imaginary, magnitude, phase };
+struct PartHeading {
+    ComplexPart part;
+    std::wstring name;  ///< of the complex channel; may be empty
+};
+/// Read from "H re", "H_imag", "Re(H)", "|H|", "H phase"; no value for any other name.
+std::optional<PartHeading> PartOf(std::wstring_view name);
+
+/// The last two lines above the numbers, as far as there are any, and the signs that begin comments.
+struct HeadingLines {
+    std::string_view last;
+    std::string_view before;
+    std::string_view comments;
+};
+
 /// The headings of columns whose last line of headings may hold their units alone; none when the line does
 /// not have so many columns.
-std::vector<UnitHeading> ReadHeadings(std::string_view lastLine, std::string_view lineBefore, char separator,
-                                      std::size_t columns, HeadingDecoder* decoder);
+std::vector<UnitHeading> ReadHeadings(const HeadingLines& lines, char separator, std::size_t columns,
+                                      HeadingDecoder* decoder);
 
 }  // namespace kvx

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <system_error>
 
 #if defined(__SSE2__)
@@ -116,7 +117,8 @@ inline PlainNumber ReadPlainNumber(const char* text, bool commaIsMark) {
     if (mark == ',') return {};
     double value = 0.0;
     const auto [end, error] = std::from_chars(unsignedText, at, value);
-    if (end != at || error != std::errc()) return {};
+    // The most negative double marks missing samples and is for the slow way to refuse.
+    if (end != at || error != std::errc() || value == std::numeric_limits<double>::max()) return {};
     return {at, isNegative ? -value : value, decimals, mark};
 }
 

@@ -309,7 +309,8 @@ TEST(Values, ThatOverflowAreRefusedWithTheirPlace) {
                   "line 5, column 3: the value" + rest, kind);
     RecordingStatements stated = {.rateHz = 1.0};
     ExpectRefusal(folder, "1\n-1.7976931348623157e308\n",
-                  "line 2, column 1: the value is reserved as the marker of missing samples", kind, stated);
+                  "line 2, column 1: '-1.7976931348623157e308' is reserved as the marker of missing samples",
+                  ErrorKind::kDamaged, stated);
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     stated = {.units = {NamedUnit("km")}, .fullScale = 1e306};
     ExpectRefusal(folder, wav, "sample 1 of channel 2: the value" + rest, kind, stated, "2");

@@ -213,9 +213,8 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
                           writer->Commit();
                       }),
               "channel 'c1' would be clipped: it reaches 1 g and full scale is 0.5; raise fullScale");
-    for (const Format format :
-         {Format::dataFile, Format::wav, Format::mat, Format::npy, Format::npz, Format::text,
-          Format::universal}) {
+    for (const Format format : {Format::dataFile, Format::wav, Format::mat, Format::npy, Format::npz,
+                                Format::text, Format::universal}) {
         const auto writer = CreateSignalFile(path, format, {good});
         double sample = 0.0;
         const std::vector<double*> two = {&sample, &sample};
@@ -399,6 +398,95 @@ TEST(RecordsOfDataFiles, BecomeTextWithWhateverAxisAndParts) {
     EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {}, {.rateHz = 5.0}); }),
               "a data file knows its rate, units and names; the members that state them are for files "
               "of other formats");
+}
+
+/// Writes a run as text and reads it again, with what a text cannot say of its gaps.
+struct TextRoundTrip {
+    explicit TextRoundTrip(const SignalRun& run, std::vector<std::vector<double>> columns,
+                           const TextOptions& options = {}) {
+        const TempFolder folder;
+        const std::string path = (folder / "out.csv").string();
+        std::vector<double*> targets;
+        for (std::vector<double>& column : columns) targets.push_back(column.data());
+        const auto writer = CreateSignalFile(path, Format::text, {run});
+        const std::vector<std::vector<double>> written = columns;
+        writer->Write(0, targets, static_cast<std::size_t>(run.samples));
+        writer->Commit();
+        const auto reader = OpenSignal(path, {}, {.text = options}, {}, {.anyRun = true, .missing = true});
+        back = reader->Runs().front();
+        samples.assign(written.size(), std::vector<double>(static_cast<std::size_t>(back.samples)));
+        targets.clear();
+        for (std::vector<double>& column : samples) targets.push_back(column.data());
+        reader->Read(0, targets, static_cast<std::size_t>(back.samples));
+        EXPECT_TRUE(samples == written);
+    }
+
+    SignalRun back;
+    std::vector<std::vector<double>> samples;
+};
+
+TEST(RunsAsText, ComeBackToTheBit) {
+    SignalRun run;
+    run.axisUnit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
+    run.channels = {{L"H, top", NamedUnit("(m/s2)/N"), 1, true}, {L"density", NamedUnit("(m/s2)2/Hz"), 2}};
+    for (const auto& [delta, offset] : {std::pair(1.25, 3), std::pair(1.0 / 3, 0), std::pair(0.1, 17),
+                                        std::pair(2560.0 / 8191, 1), std::pair(1e-3 / 7, 1001)}) {
+        run.delta = delta;
+        run.offset = offset;
+        run.samples = 500;
+        std::vector<std::vector<double>> columns(3);
+        for (int i = 0; i < 500; ++i) {
+            for (std::size_t c = 0; c < 3; ++c)
+                columns[c].push_back(std::sin(0.37 * i + static_cast<double>(c)));
+        }
+        const SignalRun back = TextRoundTrip(run, columns).back;
+        EXPECT_EQ(back.delta, delta);
+        EXPECT_EQ(back.offset, offset);
+        EXPECT_TRUE(back.axisUnit == CUnitCtrl::DIM_FREQUENCY);
+        ASSERT_EQ(back.channels.size(), 2U);
+        EXPECT_EQ(back.channels[0].name, L"H, top");
+        EXPECT_TRUE(back.channels[0].isComplex);
+        EXPECT_EQ(UnitText(back.channels[0].unit), "(m/s2)/N");
+        EXPECT_EQ(UnitText(back.channels[1].unit), "(m/s2)2/Hz");
+        EXPECT_FALSE(back.channels[1].isComplex);
+    }
+}
+
+TEST(RunsAsText, KeepListedPlacesAndGaps) {
+    SignalRun run;
+    run.axisUnit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
+    run.channels = {{L"a", NamedUnit("m/s2"), 1}};
+    run.samples = 4;
+    run.isListed = true;
+    EXPECT_TRUE(TextRoundTrip(run, {{5, 7, 11, 100}, {1, 2, 3, 4}}).back.isListed);
+    run.axisUnit = CUnitCtrl(CUnitCtrl::DIM_TIME);
+    EXPECT_TRUE(TextRoundTrip(run, {{5, 7, 11, 100}, {1, 2, 3, 4}}, {.keepsUneven = true}).back.isListed);
+    run.isListed = false;
+    run.delta = 1.0 / 2560;
+    run.offset = -2;
+    const TextOptions missing = {.missing = std::vector<std::string>()};
+    const SignalRun back = TextRoundTrip(run, {{1, kNoValue<double>, 3, kNoValue<double>}}, missing).back;
+    EXPECT_EQ(back.delta, run.delta);
+    EXPECT_EQ(back.offset, -2);
+}
+
+TEST(GapsInText, AreForReadersThatAskForThem) {
+    const TempFolder folder;
+    folder.Write("in.csv", "time,a\n0,1\n1,NA\n");
+    RecordingStatements stated;
+    stated.text.missing = std::vector<std::string>{"NA"};
+    const auto reader = OpenSignal((folder / "in.csv").string(), {}, stated);
+    std::array<double, 2> samples = {};
+    double* const targets[] = {samples.data()};
+    EXPECT_EQ(Refusal(ErrorKind::kUnsupported, [&] { reader->Read(0, targets, 2); }),
+              "line 3, column 2: the sample holds no value");
+    stated.text.missing.reset();
+    EXPECT_EQ(Refusal(ErrorKind::kDamaged, [&] { OpenSignal((folder / "in.csv").string(), {}, stated); }),
+              "line 3, column 2: 'NA' is not a number (missing lets such values pass)");
+    stated.text.spacing = 0.5;
+    stated.rateHz = 2.0;
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { OpenSignal((folder / "in.csv").string(), {}, stated); }),
+              "rateHz and spacing both state how far apart samples are");
 }
 
 }  // namespace

@@ -151,6 +151,11 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx import a.csv -o x.vdf2 --rate nan", 1, "--rate: 'nan' is not a number above 0"},
     WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --unit m/s3", 1, "'m/s3' is not a unit (did you mean "},
     WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --unit g,g", 1, "--unit gives 2 values for 1 channel"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --spacing 1", 1, "cannot import 'a.csv': --rate and --spacing both state how far apart"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --separator semicolo", 1, "--separator: there is no 'semicolo' (did you mean 'semicolon'?)"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --skip 1.5", 1, "--skip: '1.5' is not a whole number"},
+    WrongCase{"kvx import a.csv -o x.vdf2 --time b", 1, "cannot import 'a.csv': --time: no column is called 'b'\n"},
+    WrongCase{"kvx psd a.vdf2 --missing NA", 1, "cannot analyse 'a.vdf2': a data file knows its rate"},
     WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --name a,b", 1, "--name gives 2 names for 1 channel"},
     WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --channels 2", 1,
               "cannot import 'a.csv': there is no channel '2' among its 1 channel\n"},
@@ -374,6 +379,33 @@ TEST(Import, KeepsEveryDigitAndPutsEachUnitIntoARecord) {
     EXPECT_EQ(folder.Read("again.vdf2"), folder.Read("in.vdf2"));
     EXPECT_THAT(RunWell(folder, "kvx export in.vdf2 -o - --record 1 --channels 2 --unit gal"),
                 HasSubstr("\n-0.25,-26554.3948"));
+}
+
+TEST(Import, TakesWhatIsStatedOfAText) {
+    const TempFolder folder;
+    folder.Write(
+        "t.csv",
+        "1;2;3\n% note\nNo;when;a;b\n1;12:00:00;1,5;NA\n2;12:00:01;;3\n% end\n3;12:00:05;-999,0;4\n");
+    const std::string import =
+        "kvx import t.csv -o t.vdf2 --skip 1 --comment % --separator semicolon --time 2 ";
+    RunWell(folder, import + "--missing NA,-999 --uneven --channels a,b");
+    EXPECT_EQ(RunWell(folder, "kvx export t.vdf2 -o -"), "time [s],a [-],b [-]\n0,1.5,\n1,,3\n5,,4\n");
+    const ToolResult gaps = RunShell(folder,
+                                     "kvx psd t.csv --rate 1 --time none --block 2 --skip 1 --comment % "
+                                     "--missing NA,-999 2>&1 >/dev/null | tail -n 1");
+    EXPECT_EQ(gaps.out, "kvx: cannot analyse 't.csv': line 5, column 3: the sample holds no value\n");
+    EXPECT_EQ(
+        RunShell(folder, import + "--missing NA,-999").err,
+        "kvx: cannot import 't.csv': the time column is not evenly spaced: sample 2 is stamped 1 s where "
+        "2.5 s was expected; give the true sampling rate with --rate or keep the times as they are with "
+        "--uneven\n");
+    EXPECT_EQ(RunShell(folder, import).err,
+              "kvx: cannot import 't.csv': line 5, column 3: the value is missing (--missing lets such "
+              "values pass)\n");
+    folder.Write("f.csv", "freq;Re(H);Im(H)\n2;1;2\n4;3;4\n");
+    RunWell(folder, "kvx import f.csv -o f.vdf2 --unit 'g/N'");
+    EXPECT_EQ(RunWell(folder, "kvx export f.vdf2 -o -"),
+              "frequency [Hz],H re [g/N],H im [g/N]\n2,1,2\n4,3,4\n");
 }
 
 TEST(Import, TakesTheChosenChannelsFromAPipe) {

@@ -5,7 +5,9 @@
 // folder.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <sstream>
@@ -153,7 +155,8 @@ TEST_F(Recordings, OfOtherFormatsAreDescribedWithTheirKnownFigures) {
         const nlohmann::json& channel = record.at("channels").at(expected.channel);
         if (expected.peak > 0.0) {
             EXPECT_EQ(record.at("unit"), expected.unit) << expected.file;
-            EXPECT_NEAR(channel.at("peak").get<double>(), expected.peak, 1e-6 * expected.peak) << expected.file;
+            EXPECT_NEAR(channel.at("peak").get<double>(), expected.peak, 1e-6 * expected.peak)
+                << expected.file;
         }
     }
 }
@@ -223,6 +226,28 @@ TEST_F(Recordings, HaveTheirKnownTransferFunctions) {
         }
     }
     EXPECT_EQ(next, std::size(kTransfers));
+}
+
+TEST_F(Recordings, OfTransferFunctionsAsTextHaveTheirKnownPeaks) {
+    // The resonances of a free beam: the frequency and the magnitude of each.
+    const std::map<double, double> expected = {{52, 8.43},  {142, 45.1},  {279, 40.5},
+                                               {460, 43.3}, {687, 102.8}, {959, 43.2}};
+    Import("beam_frf_point1.txt", "--axis frequency --spacing 1 --unit '(m/s2)/N' --name H");
+    std::istringstream csv(RunWell(folder_, "kvx export data.vdf2 -o -"));
+    std::string row;
+    std::getline(csv, row);
+    EXPECT_EQ(row, "frequency [Hz],H re [(m/s2)/N],H im [(m/s2)/N]");
+    std::vector<double> magnitudes;
+    for (double hz = 0, re = 0, im = 0; std::getline(csv, row); magnitudes.push_back(std::hypot(re, im))) {
+        ASSERT_EQ(std::sscanf(row.c_str(), "%lf,%lf,%lf", &hz, &re, &im), 3);
+        ASSERT_EQ(hz, static_cast<double>(magnitudes.size()));
+    }
+    ASSERT_EQ(magnitudes.size(), 1001U);
+    for (const auto& [hz, magnitude] : expected) {
+        const auto middle = magnitudes.begin() + static_cast<std::ptrdiff_t>(hz);
+        EXPECT_EQ(std::max_element(middle - 40, middle + 40), middle) << hz;
+        EXPECT_NEAR(*middle, magnitude, 0.05) << hz;
+    }
 }
 
 }  // namespace

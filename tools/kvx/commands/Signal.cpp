@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "commands/Signal.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
+#include <string_view>
 
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/NearNames.h>
 #include <KvxRecording01/Formats.h>
 #include <KvxRecording01/SignalPart.h>
 #include <KvxRecording01/TextLines.h>
@@ -17,15 +21,55 @@
 namespace kvx::tool {
 namespace {
 
+struct SeparatorName {
+    std::string_view name;
+    char separator;
+};
+constexpr std::array kSeparators = {
+    SeparatorName{"auto", 0},        SeparatorName{"comma", ','}, SeparatorName{"semicolon", ';'},
+    SeparatorName{"tab", '\t'},      SeparatorName{"blank", ' '}, SeparatorName{"pipe", '|'},
+    SeparatorName{"ampersand", '&'}, SeparatorName{"colon", ':'},
+};
+
+/// A separator by its name or as it is.
+char SeparatorOf(const std::string& text) {
+    const auto row = std::ranges::find(kSeparators, text, &SeparatorName::name);
+    if (row != kSeparators.end()) return row->separator;
+    if (text.size() == 1) return text.front();
+    std::vector<std::string> names;
+    for (const SeparatorName& each : kSeparators) names.emplace_back(each.name);
+    throw ValueError("--separator: " + NoSuchName(text, names));
+}
+
+TextOptions TextOptionsOf(const RecordingOptions& options) {
+    TextOptions text;
+    const bool isColumn = options.time != "auto" && options.time != "first" && options.time != "none";
+    if (isColumn) {
+        text.axisColumn = FromUtf8(options.time).value_or(L"");
+        if (text.axisColumn.empty()) throw ValueError("--time names no column");
+    } else if (options.time != "auto") {
+        text.firstColumnIsTime = options.time == "first";
+    }
+    if (!options.axis.empty())
+        text.axis = options.axis == "time" ? CUnitCtrl::DIM_TIME : CUnitCtrl::DIM_FREQUENCY;
+    text.spacing = options.spacing;
+    text.keepsUneven = options.keepsUneven;
+    text.separator = SeparatorOf(options.separator);
+    text.skippedLines = static_cast<std::size_t>(options.skippedLines.value_or(0.0));
+    text.comments = options.comments.value_or(text.comments);
+    if (options.missing) text.missing = SplitList(*options.missing);
+    text.decimalComma = options.decimal == "comma";
+    text.codePage = CodePageOf(options.encoding);
+    text.encodingName = "--encoding";
+    return text;
+}
+
 RecordingStatements StatementsOf(const std::string& path, const RecordingOptions& options) {
     RecordingStatements stated;
     stated.rateHz = options.rateHz;
     stated.fullScale = options.fullScale;
     stated.isPartial = options.isPartial;
-    if (options.time != "auto") stated.text.firstColumnIsTime = options.time == "first";
-    stated.text.decimalComma = options.decimal == "comma";
-    stated.text.codePage = CodePageOf(options.encoding);
-    stated.text.encodingName = "--encoding";
+    stated.text = TextOptionsOf(options);
     stated.source = FromUtf8(std::filesystem::path(SourceText(path)).filename().string()).value_or(L"");
     stated.called = OptionNames(options);
     if (!options.units.empty()) {
@@ -112,9 +156,33 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
                    "What full scale of a sound file stands for, in its unit")
         .Type("VALUE")
         .Check(PositiveNumber());
-    command.AddOption("--time", options->time, "Where a text has the time: in its first column or nowhere")
-        .Type("WHICH")
-        .OneOf({"auto", "first", "none"});
+    command
+        .AddOption("--time", options->time,
+                   "Where a text has the time or another axis: first, none, or a column by number or heading")
+        .Type("WHICH");
+    command.AddOption("--axis", options->axis, "What the axis of a text is; else what its heading says")
+        .Type("KIND")
+        .OneOf({"time", "frequency"});
+    command
+        .AddOption("--spacing", options->spacing,
+                   "Distance of samples, in s or Hz, of a text without a column for its axis")
+        .Type("VALUE")
+        .Check(PositiveNumber());
+    command.AddFlag("--uneven", options->keepsUneven, "Keep times of a text that are not evenly spaced");
+    command
+        .AddOption(
+            "--separator", options->separator,
+            "What separates the columns of a text: comma, semicolon, tab, blank, pipe, or the sign itself")
+        .Type("SIGN");
+    command.AddOption("--skip", options->skippedLines, "Lines at the start of a text to pass over")
+        .Type("N")
+        .Check(WholeNumber(0, 1'000'000'000));
+    command.AddOption("--comment", options->comments, "Signs that begin a comment line of a text (default #)")
+        .Type("SIGNS");
+    command
+        .AddOption("--missing", options->missing,
+                   "Texts that stand for a missing value beside an empty field, which is one alone: NA,-999")
+        .Type("LIST");
     command.AddOption("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
         .Type("MARK")
         .OneOf({"auto", "comma"});
@@ -141,7 +209,14 @@ StatementNames OptionNames(const RecordingOptions& options) {
             .partial = "--partial",
             .time = "--time",
             .decimal = "--decimal",
-            .record = "--record"};
+            .record = "--record",
+            .separator = "--separator",
+            .skip = "--skip",
+            .comment = "--comment",
+            .axis = "--axis",
+            .spacing = "--spacing",
+            .uneven = "--uneven",
+            .missing = "--missing"};
 }
 
 void RequireNothingStated(const RecordingOptions& options) {

@@ -41,6 +41,13 @@ struct RecordingOptions {
     std::string gains;
     std::optional<double> fullScale;
     std::string time = "auto";
+    std::string axis;
+    std::optional<double> spacing;
+    bool keepsUneven = false;  ///< whether a text keeps times that are not evenly spaced
+    std::string separator = "auto";
+    std::optional<double> skippedLines;
+    std::optional<std::string> comments;
+    std::optional<std::string> missing;
     std::string decimal = "auto";
     std::string encoding = "auto";
     bool isPartial = false;  ///< whether a sound file that is cut short is taken as far as it goes
