@@ -585,7 +585,8 @@ std::unique_ptr<RecordingReader> OpenSac(std::unique_ptr<ByteStream> stream) {
 std::unique_ptr<SignalWriter> CreateSacSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options) {
     const SignalRun& run = SingleRun(runs, "a SAC file", options.called);
-    if (run.channels.size() != 1) throw Error(ErrorKind::kUnsupported, "a SAC file holds one channel");
+    if (run.channels.size() != 1)
+        throw Error(ErrorKind::kUnsupported, "a SAC file holds one channel; choose it by its name or number");
     const bool isSpectrum = run.channels.front().isComplex;
     const CUnitCtrl::DIM_CODE axis = isSpectrum ? CUnitCtrl::DIM_FREQUENCY : CUnitCtrl::DIM_TIME;
     if (run.axisUnit != axis || (isSpectrum && run.isListed)) {

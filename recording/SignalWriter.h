@@ -21,8 +21,8 @@ namespace kvx {
 struct SignalFileOptions {
     std::wstring text = {};  ///< free text of a data file, of which its header keeps 257 characters
     WavOptions wav = {};     ///< of a sound file
+    UffOptions uff = {};     ///< of a universal file
     StatementNames called = {};
-    UffOptions uff = {};  ///< of a universal file
 };
 
 /// Takes the samples of runs; the file is in place after Commit, and before that its target is as it was.

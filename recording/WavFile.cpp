@@ -231,7 +231,7 @@ WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 fram
     info.format = encoding.format | ContainerType(format, bytes);
     if (sf_format_check(&info) == 0) {
         throw Error(ErrorKind::kUnsupported,
-                    format == Format::flac ? name + " holds up to 8 channels of integers of 16 or 24 bits"
+                    format == Format::flac ? name + " holds up to 8 channels of samples as pcm16 or pcm24"
                                            : name + " does not hold such samples");
     }
     WithErrors([&] { state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels}); });

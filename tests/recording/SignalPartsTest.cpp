@@ -150,12 +150,17 @@ TEST(Parts, AreSkippedToInEveryFormat) {
         if (row.create == nullptr) continue;
         const std::string path = (folder / ("x" + std::string(row.ends[0]))).string();
         const auto whole = Open({Wave(L"a", "N", 0, values)});
-        const auto writer = CreateSignalFile(path, row.format, whole->Runs());
+        // Sound has to be scaled, and an array to be told its rate.
+        RecordingStatements stated;
+        if (IsSound(row.format)) stated.fullScale = 8192.0;
+        if (row.format == Format::npy) stated.rateHz = 2.0;
+        const SignalFileOptions options = {.wav = {WavSamples::pcm24, 8192.0}};
+        const auto writer = CreateSignalFile(path, row.format, whole->Runs(), options);
         ReadRuns(*whole, [&](std::size_t r, std::span<double* const> columns, std::size_t count) {
             writer->Write(r, columns, count);
         });
         writer->Commit();
-        const auto part = OpenPart([&] { return OpenSignal(path); }, {2000, 2001.5});
+        const auto part = OpenPart([&] { return OpenSignal(path, {}, stated); }, {2000, 2001.5});
         part->Skip(0, 1);
         double got[3] = {};
         double* const target = got;

@@ -198,7 +198,7 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
               "a NumPy file holds no axis, so that only time waveforms become one; choose .npz");
     EXPECT_EQ(Refusal(kind, create(Format::loggerText, {good})), "a logger text is only read, not written");
     EXPECT_EQ(Refusal(kind, create(Format::flac, {good})),
-              "a FLAC file holds up to 8 channels of integers of 16 or 24 bits");
+              "a FLAC file holds up to 8 channels of samples as pcm16 or pcm24");
     SignalRun large = good;
     large.samples = __int64{1} << 30;
     EXPECT_EQ(Refusal(kind, create(Format::aiff, {large})),

@@ -148,14 +148,15 @@ TEST_F(Recordings, OfOtherFormatsAreDescribedWithTheirKnownFigures) {
         {"ridgecrest_2019_csn_T001230_HNE.sac", 0, 0, "", 15001, 50, 0},
     };
     for (const auto& expected : cases) {
-        const nlohmann::json info = RunJson(folder_, "kvx info '" + source_ + "/" + expected.file + "'");
+        const nlohmann::json info =
+            RunJson(folder_, "kvx info '" + source_ + "/" + expected.file + "' 2>/dev/null");
         const nlohmann::json& record = info.at("records").at(expected.record);
         EXPECT_EQ(record.at("samples"), expected.samples) << expected.file;
         EXPECT_NEAR(record.at("axis").at("rate").get<double>(), expected.rate, 1e-9 * expected.rate);
         const nlohmann::json& channel = record.at("channels").at(expected.channel);
         if (expected.peak > 0.0) {
-            EXPECT_EQ(record.at("unit"), expected.unit) << expected.file;
-            EXPECT_NEAR(channel.at("peak").get<double>(), expected.peak, 1e-6 * expected.peak)
+            EXPECT_EQ(channel.at("unit"), expected.unit) << expected.file;
+            EXPECT_NEAR(channel.at("peak").get<double>(), expected.peak, 1e-5 * expected.peak)
                 << expected.file;
         }
     }

@@ -8,6 +8,7 @@
 #include <KvxRecording01/SignalRuns.h>
 
 #include "cli/Failure.h"
+#include "cli/Options.h"
 #include "cli/Output.h"
 #include "cli/Progress.h"
 #include "cli/StandardStreams.h"
@@ -30,13 +31,17 @@ void AddStreamOptions(Command& command, const std::string& rateName, StreamOptio
     options->recording.rateName = rateName;
     AddRecordingOptions(command, &options->recording);
     AddSamplesOption(command, &options->samples);
+    command.AddOption("--uff", options->uffNumbers, "Numbers of a universal file: " + Names(kUffNumbers))
+        .Type("KIND")
+        .ShowDefault();
 }
 
 std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options,
                                         const SignalKinds& kinds) {
     RequireAnotherFile(options.input, options.output.name);
     const bool isForSound = IsSound(options.FormatOfOutput());
-    WavSamplesOf({options.samples, {}});  // a wrong kind is told before the work
+    WavSamplesOf({options.samples, {}});  // wrong kinds are told before the work
+    Choose(kUffNumbers, "--uff", options.uffNumbers);
     return Doing(verb, options.input, [&] {
         Progress progress("reading " + InputName(options.input));
         return OpenSignal(options.input, options.part, options.recording, isForSound, progress, kinds);
@@ -49,7 +54,10 @@ std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const s
     const WavOptions wav = WavOptionsOf({options.samples, options.recording.fullScale});
     return Doing("write", name, [&] {
         return CreateSignal(name, options.FormatOfOutput(), runs,
-                            {text, wav, OptionNames(options.recording)});
+                            {.text = text,
+                             .wav = wav,
+                             .uff = {Choose(kUffNumbers, "--uff", options.uffNumbers).numbers},
+                             .called = OptionNames(options.recording)});
     });
 }
 

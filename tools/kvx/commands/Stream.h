@@ -35,6 +35,7 @@ struct StreamOptions {
     PartOptions part;
     RecordingOptions recording;  ///< its full scale is that of the output, too
     std::string samples = "float";
+    std::string uffNumbers = "binary";
 
     /// Throws ValueError when the output's name tells none.
     Format FormatOfOutput() const;
