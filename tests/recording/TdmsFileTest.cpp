@@ -130,7 +130,7 @@ std::string Big(Make make) {
     return text;
 }
 
-constexpr std::uint32_t kI16 = 2, kI32 = 3, kF32 = 9, kF64 = 10, kTime = 0x44;
+constexpr std::uint32_t kI16 = 2, kI32 = 3, kF64 = 10, kTime = 0x44;
 
 std::string Described(const std::string& bytes) {
     return kvx::test::Described(OpenTdmsFile, bytes);
