@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Typed units: reading succeeds or declines, the name of what was read can be read, at last to the same unit,
-// and blanks around the text mean nothing.
+// Typed units: reading succeeds or declines, what else samples may be stated in has a factor, the name of
+// what was read can be read, at last to the same unit, and blanks around the text mean nothing.
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 namespace {
@@ -37,6 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!text) return 0;
     kvx::FindUnit(*text);
     const auto unit = kvx::ParseUnit(*text);
+    const auto entry = kvx::ParseEntryUnit(*text);
+    if ((unit && !entry) || (entry && !(entry->scale > 0.0 && std::isfinite(entry->scale)))) std::abort();
     if (!unit) return 0;
     // The name of a compound may contain that of a unit ("m/s2"), which the first reading of it turns into
     // the unit.

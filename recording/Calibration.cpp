@@ -16,6 +16,7 @@ namespace kvx {
 namespace {
 
 constexpr std::int64_t kMostSamples = std::int64_t{1} << 20;
+constexpr std::int64_t kMostOfAllChannels = std::int64_t{1} << 24;
 
 bool IsElectrical(const CUnitCtrl& unit) {
     return unit == CUnitCtrl::DIM_VOLTAGE || unit == CUnitCtrl::DIM_CHARGE || unit == CUnitCtrl::DIM_CURRENT;
@@ -50,6 +51,11 @@ std::vector<ChannelCalibration> CalibrationsOf(SignalReader& reader, const Calib
                                                const ProgressFunction& progress) {
     if (!(choice.level > 0.0) || !std::isfinite(choice.level))
         throw Error(ErrorKind::kBadValue, "a level of " + FormatNumber(choice.level) + " is not above 0");
+    if (choice.unit.unit == CUnitCtrl::DIM_RATIO) {
+        throw Error(ErrorKind::kBadValue,
+                    "a level in " + UnitText(choice.unit.unit) +
+                        " is a ratio; state what the sensor is exposed to, as 1 Pa for 94 dB");
+    }
     if (!choice.unit.unit.IsSingle())
         throw Error(ErrorKind::kBadValue, "the unit of the level is a compound");
     std::vector<ChannelCalibration> calibrations;
@@ -60,13 +66,15 @@ std::vector<ChannelCalibration> CalibrationsOf(SignalReader& reader, const Calib
             for (std::size_t c = 0; c < samples.size(); ++c)
                 samples[c].insert(samples[c].end(), channels[c], channels[c] + count);
         };
-        ReadRun(reader, r, append, progress, std::min<std::int64_t>(kMostSamples, run.samples));
+        const std::int64_t most = std::min(kMostSamples, kMostOfAllChannels / std::ssize(run.channels));
+        ReadRun(reader, r, append, progress, std::min<std::int64_t>(most, run.samples));
         for (std::size_t c = 0; c < samples.size(); ++c) {
             try {
                 calibrations.push_back(
                     Calibrate(run.channels[c], std::move(samples[c]), RateOf(run), choice));
             } catch (const Error& error) {
-                throw Error(error.Kind(), "channel " + Quote(run.channels[c].name) + ": " + error.Sentence());
+                throw Error(error.Kind(), "channel " + Quote(run.channels[c].name) + ": " + error.Sentence(),
+                            error.Place());
             }
         }
     }

@@ -37,9 +37,9 @@ struct ChannelCalibration {
     bool isClean = true;  ///< whether the rest is below a tenth of the tone
 };
 
-/// Fits a sine to the first samples, 1048576 at most, of each channel of a reader that nothing was read from.
-/// Throws Error for a level that is not above 0, a channel whose unit is neither electrical nor that of the
-/// level, and as FitSine.
+/// Fits a sine to the first samples of each channel of a reader that nothing was read from: 1048576 at most,
+/// of more than 16 channels 16777216 of all together. Throws Error for a level that is not above 0 or a
+/// ratio, a channel whose unit is neither electrical nor that of the level, and as FitSine.
 KVX_RECORDING_API std::vector<ChannelCalibration> CalibrationsOf(SignalReader& reader,
                                                                  const CalibrationChoice& choice,
                                                                  const ProgressFunction& progress = {});

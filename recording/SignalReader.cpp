@@ -73,6 +73,8 @@ std::vector<RecordOutline> OutlinesOf(const RecordingInfo& info) {
     return outlines;
 }
 
+constexpr const char* kNoSampleValue = "the sample holds no value";
+
 /// A recording with what was stated of it; its samples become those of the standard units as they pass.
 class RecordingSignal : public SignalReader {
 public:
@@ -87,9 +89,13 @@ public:
         properties_ = recording_->Info().properties;
         const std::vector<Channel> chosen = SelectChannels(OutlinesOf(recording_->Info()), choice);
         std::vector<Settled> channels = SettleChannels(chosen, statements);
+        std::vector<std::size_t> firstColumns;  // of the channels of the run
         for (std::size_t c = 0; c < chosen.size(); ++c) {
-            if (c == 0 || chosen[c].record != sources_.back().run) AddRun(chosen[c].record, statements);
-            sources_.back().columns.push_back(FirstColumn(chosen[c]));
+            if (c == 0 || chosen[c].record != sources_.back().run) {
+                AddRun(chosen[c].record, statements);
+                firstColumns = FirstColumns(Recorded(runs_.size() - 1));
+            }
+            sources_.back().columns.push_back(firstColumns[static_cast<std::size_t>(chosen[c].row)]);
             sources_.back().scales.push_back(channels[c].scale);
             runs_.back().channels.push_back(std::move(channels[c].channel));
         }
@@ -135,11 +141,15 @@ private:
         return recording_->Info().runs[sources_[run].run];
     }
 
-    /// The first column of a channel among those of its run in the recording.
-    std::size_t FirstColumn(const Channel& channel) const {
-        RecordingInfo::Run run = recording_->Info().runs[channel.record];
-        run.channels.resize(static_cast<std::size_t>(channel.row));
-        return CountColumns(run);
+    /// The first column of each channel of a run in the recording.
+    static std::vector<std::size_t> FirstColumns(const RecordingInfo::Run& run) {
+        std::vector<std::size_t> columns;
+        std::size_t column = run.axis.isListed ? 1 : 0;
+        for (const RecordingInfo::Channel& channel : run.channels) {
+            columns.push_back(column);
+            column += channel.isComplex ? 2 : 1;
+        }
+        return columns;
     }
 
     void AddRun(std::size_t number, const RecordingStatements& statements) {
@@ -165,10 +175,12 @@ private:
     void ToStandard(const SignalRun::Channel& channel, double scale, std::size_t column,
                     std::span<double> samples) const {
         std::vector<std::size_t> missing;
-        if (kinds_.missing && !AreValues(samples)) {
+        if (!AreValues(samples)) {
             for (std::size_t i = 0; i < samples.size(); ++i)
                 if (samples[i] == kNoValue<double>) missing.push_back(i);
         }
+        if (!missing.empty() && !kinds_.missing)
+            throw recording_->ErrorAt(column, missing.front(), ErrorKind::kUnsupported, kNoSampleValue);
         Multiply(samples, scale);
         const int isAbsolute = !channel.isComplex && channel.unit.IsSingle() ? 1 : 0;
         channel.unit.ConvItoD(samples.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
@@ -183,7 +195,7 @@ private:
         const auto bad = std::ranges::find_if_not(samples, [](double v) { return AreValues({&v, 1}); });
         throw recording_->ErrorAt(
             column, static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
-            std::isfinite(*bad) ? "the sample holds no value"
+            std::isfinite(*bad) ? kNoSampleValue
                                 : "the value overflows in conversion from " + Quote(UnitText(channel.unit)) +
                                       " to the standard unit");
     }

@@ -139,18 +139,6 @@ std::wstring_view BaseOfDensity(std::wstring_view text) {
     return Unwrapped(text);
 }
 
-/// Of the quotients that the text can be read as, the first with a part that only this header knows.
-std::optional<EntryUnit> ParseQuotient(std::wstring_view text) {
-    for (std::size_t at = text.rfind(L'/'); at != text.npos && at > 0; at = text.rfind(L'/', at - 1)) {
-        const std::optional<EntryUnit> above = ParseEntryUnit(Unwrapped(text.substr(0, at)));
-        const std::optional<EntryUnit> below = ParseEntryUnit(Unwrapped(text.substr(at + 1)));
-        if (!above || !below || (above->converted.empty() && below->converted.empty())) continue;
-        if (const std::optional<CUnitCtrl> unit = TransferUnit(above->unit, below->unit))
-            return Converted(*unit, above->scale / below->scale, text);
-    }
-    return std::nullopt;
-}
-
 /// A compound by the unit of the table that it is, or as it is.
 EntryUnit ReducedUnit(const CUnitCtrl& unit) {
     const auto row = std::ranges::find_if(
@@ -159,26 +147,41 @@ EntryUnit ReducedUnit(const CUnitCtrl& unit) {
     return Converted(CUnitCtrl(row->dimension), unit.ConvItoD(1.0, 1.0, 0), PlainUnitName(unit));
 }
 
+/// What neither a density nor a quotient is of units that are converted.
+std::optional<EntryUnit> ParseOne(std::wstring_view text, std::optional<DIM> hint) {
+    const std::optional<CUnitCtrl> unit = ParseUnit(text, hint);
+    if (unit && unit->IsSingle()) return *unit;
+    if (const std::optional<EntryUnit> foreign = FindForeign(text, hint)) return foreign;
+    return unit ? std::optional<EntryUnit>(ReducedUnit(*unit)) : std::nullopt;
+}
+
+/// Of the quotients that the text can be read as, the first with a part that only this header knows.
+std::optional<EntryUnit> ParseQuotient(std::wstring_view text) {
+    for (std::size_t at = text.rfind(L'/'); at != text.npos && at > 0; at = text.rfind(L'/', at - 1)) {
+        const std::optional<EntryUnit> above = ParseOne(Unwrapped(text.substr(0, at)), {});
+        const std::optional<EntryUnit> below = ParseOne(Unwrapped(text.substr(at + 1)), {});
+        if (!above || !below || (above->converted.empty() && below->converted.empty())) continue;
+        if (const std::optional<CUnitCtrl> unit = TransferUnit(above->unit, below->unit))
+            return Converted(*unit, above->scale / below->scale, text);
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<EntryUnit> ParseEntryUnit(std::wstring_view text, std::optional<DIM> hint) {
     if (text.size() > kMaxText) return std::nullopt;
     text = Trimmed(text);
-    const std::optional<CUnitCtrl> unit = ParseUnit(text, hint);
-    if (unit && unit->IsSingle()) return *unit;
-    if (const std::optional<EntryUnit> foreign = FindForeign(text, hint)) return foreign;
-    if (unit) {
-        EntryUnit reduced = ReducedUnit(*unit);
-        if (!reduced.converted.empty()) return reduced;
-    }
+    const std::optional<EntryUnit> one = ParseOne(text, hint);
+    if (one && (one->unit.IsSingle() || !one->converted.empty())) return one;
     if (const std::wstring_view base = BaseOfDensity(text); !base.empty()) {
-        const std::optional<EntryUnit> of = ParseEntryUnit(base);
+        const std::optional<EntryUnit> of = ParseOne(base, {});
         const std::optional<CUnitCtrl> density = of ? DensityUnit(of->unit) : std::nullopt;
         if (density && !of->converted.empty()) return Converted(*density, of->scale * of->scale, text);
     } else if (const std::optional<EntryUnit> quotient = ParseQuotient(text)) {
         return quotient;
     }
-    return unit ? std::optional<EntryUnit>(*unit) : std::nullopt;
+    return one;
 }
 
 }  // namespace kvx

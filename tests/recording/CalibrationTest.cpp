@@ -102,6 +102,18 @@ TEST(Units, ThatTheTableLacksAreConvertedWithANote) {
               "the unit 'mil' of channel 'a' becomes 'μm'; the unit 'mil' of channel 'b' becomes 'μm'; ");
 }
 
+TEST(OpenSignal, CallsAMissingSampleMissingWhateverItsUnit) {
+    const TempFolder folder;
+    folder.Write("in.csv", "a [g]\n1\n\"\"\n3\n");
+    RecordingStatements stated = {.rateHz = 4.0};
+    stated.text.missing = {""};
+    EXPECT_EQ(Refusal([&] { FirstOf((folder / "in.csv").string(), stated); }), "");
+    const auto reader = OpenSignal((folder / "in.csv").string(), {}, stated);
+    double samples[3];
+    double* const target = samples;
+    EXPECT_EQ(Refusal([&] { reader->Read(0, {&target, 1}, 3); }), "the sample holds no value");
+}
+
 TEST(Calibration, TellsSensitivityOrGain) {
     const TempFolder folder;
     std::string text = "volts [mV],plain,g [g]\n";
@@ -124,6 +136,8 @@ TEST(Calibration, TellsSensitivityOrGain) {
     EXPECT_NEAR(*calibrate({.level = 10.0, .unit = NamedUnit("m/s2")})[2].gain, 1.02 * 0.980665, 1e-12);
     EXPECT_EQ(Refusal([&] { calibrate({.level = 1.0, .unit = NamedUnit("N")}); }),
               "channel 'g': it is in 'g', which is neither electrical nor converts to 'N'");
+    EXPECT_EQ(Refusal([&] { calibrate({.level = 94.0, .unit = NamedUnit("dB")}); }),
+              "a level in dB is a ratio; state what the sensor is exposed to, as 1 Pa for 94 dB");
     EXPECT_EQ(Refusal([&] { calibrate({.level = 0.0, .unit = NamedUnit("g")}); }),
               "a level of 0 is not above 0");
 }

@@ -66,6 +66,9 @@ TEST(EntryUnit, OfALengthOverSquaredTimeIsAnAcceleration) {
     EXPECT_TRUE(ParseEntryUnit(L"mm/s2")->unit.IsAcc());
     EXPECT_TRUE(ParseEntryUnit(L"in/s")->unit.IsVel());
     EXPECT_FALSE(ParseEntryUnit(std::wstring(300, L'm')));
+    std::wstring quotients = L"a";
+    for (int i = 0; i < 100; ++i) quotients += L"/a";
+    EXPECT_FALSE(ParseEntryUnit(quotients));
 }
 
 }  // namespace

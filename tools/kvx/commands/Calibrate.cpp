@@ -107,6 +107,7 @@ void AddCalibrate(Command app) {
                    "Frequency of the tone, if it is known exactly (default: that of the strongest tone)")
         .Type("HZ")
         .Check(PositiveNumber());
+    AddPartOptions(command, &options->input.part);
     AddRecordingOptions(command, &options->input.recording);
     command.AddFlag("--json", options->json, "As JSON, with all digits");
     command.SetFooter(R"(

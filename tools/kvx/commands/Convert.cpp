@@ -59,9 +59,14 @@ SignalEdit EditOf(const ConvertOptions& options, const SignalReader& reader, boo
             change.name = FromUtf8(names[c]);
             if (!change.name) throw ValueError("the name " + Quote(names[c]) + " is not UTF-8");
         }
-        if (!units[c].empty()) change.unit = RequireUnit(units[c]);
         if (!scales[c].empty()) change.scale = ParseArgument(scales[c]);
         if (!offsets[c].empty()) change.offset = ParseArgument(offsets[c]);
+        if (!units[c].empty()) {
+            const EntryUnit unit = RequireEntryUnit(units[c]);
+            change.unit = unit.unit;
+            change.scale *= unit.scale;
+            change.offset *= unit.scale;
+        }
         if (shown[c].empty()) continue;
         const CUnitCtrl unit = change.unit.value_or(channels[c].unit);
         change.shownIn = RequireUnit(shown[c], DimensionOf(unit));

@@ -261,13 +261,13 @@ std::string SignalText(const InfoOptions& options) {
     const std::string_view format = RecognizeFile(InputPath(options.file)).name;
     Json json = {{"file", options.file},           {"format", format},
                  {"text", ToUtf8(reader->Text())}, {"changed", TimeText(options.file)},
-                 {"properties", Json::object()},   {"remarks", reader->Remarks()},
+                 {"properties", Json::array()},    {"remarks", reader->Remarks()},
                  {"records", Json::array()}};
     std::vector<std::vector<std::string>> facts = {{"format", std::string(format)},
                                                    {"text", ToUtf8(reader->Text())},
                                                    {"changed", TimeText(options.file)}};
     for (const auto& [name, text] : reader->Properties()) {
-        json["properties"][name] = text;
+        json["properties"].push_back({{"name", name}, {"text", text}});
         facts.push_back({name, text});
     }
     for (std::vector<std::string>& fact : facts)
