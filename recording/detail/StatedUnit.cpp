@@ -4,6 +4,7 @@
 #include <optional>
 
 #include <KvxDevCommon01/units/UnitText.h>
+
 namespace kvx {
 namespace {
 
