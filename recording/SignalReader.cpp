@@ -390,8 +390,10 @@ std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> reco
     if (kinds.anyRun) return signal;
     for (const SignalRun& run : signal->Runs()) {
         if (run.IsWaveform()) continue;
-        throw Error(ErrorKind::kUnsupported,
-                    "record " + std::to_string(run.record) + " is not a time waveform");
+        const bool isUneven = run.isListed && run.axisUnit == CUnitCtrl::DIM_TIME;
+        throw Error(ErrorKind::kUnsupported, "record " + std::to_string(run.record) +
+                                                 " is not a time waveform" +
+                                                 (isUneven ? ": its samples are not evenly spaced" : ""));
     }
     return signal;
 }
