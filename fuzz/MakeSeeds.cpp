@@ -81,7 +81,7 @@ bool StoreTdms(const std::filesystem::path& folder) {
     return true;
 }
 
-/// A logger's text of two segments, behind the byte that chooses how a text is read.
+/// A logger's text of two segments, behind the bytes that choose how a text is read.
 bool StoreLogger(const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
     std::string text = "LabVIEW Measurement\t\nSeparator\tTab\nX_Columns\tMulti\n***End_of_Header***\n\n";
@@ -89,7 +89,7 @@ bool StoreLogger(const std::filesystem::path& folder) {
         text += "Channels\t2\nSamples\t2\t1\nY_Unit_Label\tg\tN\nDelta_X\t1\t2\n***End_of_Header***\n";
         text += std::string("X_Value\ta\tX_Value\tb\tComment\n") + rows;
     }
-    std::ofstream(folder / "logger", std::ios::binary) << '\0' << text;
+    std::ofstream(folder / "logger", std::ios::binary) << std::string(3, '\0') << text;
     return true;
 }
 

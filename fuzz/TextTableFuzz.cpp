@@ -59,20 +59,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ReadOrRefuse([&] {
         const auto open = [&] { return std::make_unique<kvx::MemoryStream>(std::as_bytes(std::span(text))); };
         const std::unique_ptr<RecordingReader> reader = OpenTextTable(open, options);
-        const RecordingInfo::Run& recording = reader->Info().runs.at(0);
-        Check(recording.samples > 0 && !recording.channels.empty());
-        std::vector<double> samples(CountColumns(recording));
-        std::vector<double*> targets;
-        for (double& sample : samples) targets.push_back(&sample);
-        __int64 count = 0;
-        for (; reader->Read(0, targets, 1) == 1; ++count) {
-            Check(std::ranges::all_of(samples, [&](double v) {
-                return std::isfinite(v) && (options.missing || v != kNoValue<double>);
-            }));
-            Check(reader->ErrorAt(0, 0, ErrorKind::kDamaged, "").Place().line.has_value());
+        for (std::size_t run = 0; run < reader->Info().runs.size(); ++run) {
+            const RecordingInfo::Run& recording = reader->Info().runs[run];
+            Check(recording.samples > 0 && !recording.channels.empty());
+            std::vector<double> samples(CountColumns(recording));
+            std::vector<double*> targets;
+            for (double& sample : samples) targets.push_back(&sample);
+            __int64 count = 0;
+            for (; reader->Read(run, targets, 1) == 1; ++count) {
+                Check(std::ranges::all_of(samples, [&](double v) {
+                    return std::isfinite(v) && (options.missing || v != kNoValue<double>);
+                }));
+                Check(reader->ErrorAt(0, 0, ErrorKind::kDamaged, "").Place().line.has_value());
+            }
+            Check(count == recording.samples);
         }
-        Check(count == recording.samples);
-        if (!recording.axis.isListed) Check(SettleAxis(recording.axis, std::nullopt, "rate").delta > 0.0);
+        for (const RecordingInfo::Run& recording : reader->Info().runs)
+            if (!recording.axis.isListed) Check(SettleAxis(recording.axis, std::nullopt, "rate").delta > 0.0);
     });
     ReadOrRefuse([&] {
         const PsdProfile profile = ParseProfileText(text).profile;
