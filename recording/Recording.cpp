@@ -7,12 +7,15 @@
 #include <limits>
 
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 
 namespace kvx {
 namespace {
 
 /// A stamp may differ by this part of a step from where it should stand: less is rounding or harmless jitter.
 constexpr double kJitter = 0.01;
+/// Neighbours whose distance differs by more than this part of a step from one have a gap between them.
+constexpr double kGap = 0.5 + 1e-6;
 /// A given rate that differs by more than this from the time column's deserves a note.
 constexpr double kRateDoubt = 0.01;
 
@@ -33,13 +36,22 @@ double RateOfStamps(const TimeStamps& stamps, const std::string& rateName, const
     return 1.0 / stamps.Step();
 }
 
+std::string RemarkOnGaps(const TimeStamps::Gaps& gaps) {
+    return "sample " + std::to_string(gaps.first + 1) + " is stamped " + Count(gaps.steps, "step") +
+           " after the one before; " + (gaps.count > 1 ? std::to_string(gaps.count) + " such gaps: " : "") +
+           "samples may be " + (gaps.steps > 0 ? "missing" : "repeated");
+}
+
 }  // namespace
 
 StrayFinder::StrayFinder(TimeStamps* stamps) : stamps_(stamps) {
     stamps_->stray.reset();
+    stamps_->gaps = {};
     if (stamps_->count < 2) return;
     step_ = stamps_->Step();
     tolerance_ = std::max(stamps_->resolution, kJitter * step_);
+    // Stamps that are coarser than this repeat for their coarseness alone.
+    areGapsSeen_ = step_ > 0.0 && stamps_->resolution <= (1.0 + kGap) * step_;
 }
 
 void StrayFinder::Add(std::span<const double> stamps) {
@@ -49,8 +61,19 @@ void StrayFinder::Add(std::span<const double> stamps) {
             (!(std::abs(stamp - expected) <= tolerance_) || stamp < previous_)) {
             stamps_->stray = {index_, stamp};
         }
+        if (index_ > 0 && areGapsSeen_ && std::abs(stamp - previous_ - step_) > kGap * step_)
+            AddGap((stamp - previous_) / step_);
         previous_ = stamp;
         ++index_;
+    }
+}
+
+void StrayFinder::AddGap(double steps) {
+    constexpr double kMost = 1e9;
+    TimeStamps::Gaps& gaps = stamps_->gaps;
+    if (gaps.count++ == 0) {
+        gaps.first = index_;
+        gaps.steps = static_cast<int>(std::round(std::clamp(steps, -kMost, kMost)));
     }
 }
 
@@ -101,18 +124,26 @@ EvenAxis SettleAxis(const RecordedAxis& recorded, std::optional<double> rateHz, 
                         ? "a sampling rate of " + FormatNumber(rateHz.value_or(rate)) + " Hz cannot be stored"
                         : "a spacing of " + FormatNumber(axis.delta) + " cannot be stored");
     }
+    if (stamps && stamps->IsEven() && stamps->gaps.count > 0)
+        axis.remarks.push_back(RemarkOnGaps(stamps->gaps));
+    const auto place = [&](double number) {
+        const std::string unit = UnitText(recorded.unit);
+        return FormatNumber(number, 12) + (unit.empty() ? "" : " " + unit);
+    };
     const double first = stamps ? stamps->first : recorded.first;
     const double offset = std::round(first * rate);
     if (!(std::abs(offset) <= std::numeric_limits<std::int32_t>::max())) {
-        axis.remarks.push_back("the first stamp, " + FormatNumber(first, 12) +
-                               " s, is too far from 0; the record starts at 0 s");
+        axis.remarks.push_back((stamps ? "the first stamp, " : "the first sample, at ") + place(first) +
+                               ", is too far from 0; the record starts at " + place(0.0));
         return axis;
     }
     axis.offset = static_cast<__int64>(offset);
-    if (!stamps && std::abs(first * rate - offset) > kJitter) {
-        axis.remarks.push_back("the first sample stands at " + FormatNumber(first, 12) +
+    // Stamps are rounded by half of their resolution.
+    const double rounding = stamps ? 0.5 * stamps->resolution * (1.0 + kJitter) : 0.0;
+    if (std::abs(first * rate - offset) > std::max(kJitter, rounding * rate)) {
+        axis.remarks.push_back("the first sample stands at " + place(first) +
                                ", which is no multiple of the spacing; the record starts at " +
-                               FormatNumber(offset * axis.delta, 12));
+                               place(offset * axis.delta));
     }
     return axis;
 }

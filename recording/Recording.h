@@ -23,12 +23,19 @@ struct TimeStamps {
         __int64 index;
         double stamp;
     };
+    /// Where neighbours stand two steps apart, or on one place, as far as the resolution lets them.
+    struct Gaps {
+        __int64 count = 0;
+        __int64 first = 0;  ///< index of the sample behind the first one
+        int steps = 0;      ///< of the first one
+    };
 
     __int64 count = 0;
     double first = 0.0;
     double last = 0.0;
     double resolution = 0.0;     ///< what the last decimal stands for
     std::optional<Stray> stray;  ///< the first stamp that stands where it should not
+    Gaps gaps = {};
 
     /// Mean distance of stamps, of which there must be two.
     double Step() const { return (last - first) / static_cast<double>(count - 1); }
@@ -38,17 +45,21 @@ struct TimeStamps {
     bool IsEven() const { return count >= 2 && Step() > 0.0 && !stray; }
 };
 
-/// Finds the first stray of stamps whose number, ends and resolution are known, as they pass in their order.
+/// Finds the first stray and the gaps of stamps whose number, ends and resolution are known, as they pass in
+/// their order.
 class KVX_RECORDING_API StrayFinder {
 public:
     explicit StrayFinder(TimeStamps* stamps);
     void Add(std::span<const double> stamps);
 
 private:
+    void AddGap(double steps);
+
     TimeStamps* stamps_;
     double step_ = 0.0;
     double tolerance_ = 0.0;
     double previous_ = 0.0;
+    bool areGapsSeen_ = false;
     __int64 index_ = 0;
 };
 
