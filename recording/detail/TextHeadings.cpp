@@ -11,6 +11,7 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/TextLines.h>
 #include <KvxRecording01/detail/TextFields.h>
@@ -114,7 +115,8 @@ std::vector<UnitHeading> ReadUnits(const std::vector<UnitHeading>& line, const U
         } else if (!unit.unit) {
             const bool isBracketed = field.name.size() == field.unknownUnit.size() + 2;
             if (!isBracketed) unit.unknownUnit = field.name;
-            ++(isBracketed ? known : unknown);
+            const bool isUnit = isBracketed || ParseEntryUnit(unit.unknownUnit);
+            ++(isUnit ? known : unknown);
         }
         if (unit.unit) ++known;
         units.push_back(std::move(unit));
@@ -207,6 +209,8 @@ std::vector<UnitHeading> ReadHeadings(const HeadingLines& lines, char separator,
     if (last.empty() || lines.before.empty()) return last;
     std::vector<UnitHeading> before =
         ParseHeadings(lines.before, lines.comments, separator, columns, decoder);
+    if (before.empty() && !lines.beforeComments.empty())
+        before = ParseHeadings(lines.beforeComments, lines.comments, separator, columns, decoder);
     if (before.empty()) return last;
     const std::vector<UnitHeading> units = ReadUnits(last, before.front());
     if (units.empty()) return last;

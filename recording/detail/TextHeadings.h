@@ -56,6 +56,7 @@ std::optional<PartHeading> PartOf(std::wstring_view name);
 struct HeadingLines {
     std::string_view last;
     std::string_view before;
+    std::string_view beforeComments;  ///< what may stand for `before` where that is a comment
     std::string_view comments;
 };
 

@@ -76,7 +76,8 @@ struct LinesAbove {
     std::string before;
     std::size_t number = 0;     ///< of the last one; 0 without any
     std::string uncommented;    ///< the last one that is no comment
-    std::size_t rowNumber = 0;  ///< and its number; 0 without any
+    std::string beforeThat;     ///< the one before it that is none either
+    std::size_t rowNumber = 0;  ///< number of `uncommented`; 0 without any
 };
 
 /// Rows in which the same columns hold numbers.
@@ -115,7 +116,7 @@ public:
             above_.before = std::exchange(above_.last, std::string(line));
             above_.number = lines_.Number();
             if (isComment) continue;
-            above_.uncommented = above_.last;
+            above_.beforeThat = std::exchange(above_.uncommented, above_.last);
             above_.rowNumber = above_.number;
         }
         if (!most || (alike && alike->rows >= most->rows)) most = std::move(alike);
@@ -134,7 +135,7 @@ private:
         separators += kNone;
         if (options_.separator != 0) separators = {options_.separator, kNone};
         for (const char separator : separators) {
-            if (!IsSplitBy(line, separator)) continue;
+            if (!IsSplitBy(line, separator) || AreBlanksInFields(line, separator)) continue;
             if (fields_.size() > kMaxColumns) {
                 throw Error(ErrorKind::kUnsupported, "line " + std::to_string(lines_.Number()) +
                                                          " has more than " + std::to_string(kMaxColumns) +
@@ -183,6 +184,23 @@ private:
         if (!Contains(line, separator) || (separator == kComma && options_.decimalComma)) return false;
         Split(line, separator, &fields_);
         return true;
+    }
+
+    /// Whether the headings above say that another separator than the blanks of a line makes its columns:
+    /// "time,a" above "0,1 000".
+    bool AreBlanksInFields(std::string_view line, char separator) const {
+        if (separator != kBlankRun || options_.separator != 0 || above_.rowNumber == 0) return false;
+        const auto count = [](std::string_view text, char by) {
+            Fields fields;
+            Split(text, by, &fields);
+            return fields.size();
+        };
+        if (count(above_.uncommented, kBlankRun) == count(line, kBlankRun)) return false;
+        return std::ranges::any_of(kSeparators, [&](char other) {
+            return other != kBlankRun && Contains(above_.uncommented, other) && Contains(line, other) &&
+                   !(other == kComma && options_.decimalComma) &&
+                   count(above_.uncommented, other) == count(line, other);
+        });
     }
 
     /// The columns of a row that ends in nothing: as many as its headings, else `otherwise`.
@@ -278,25 +296,40 @@ private:
             layout.kinds.clear();
         const LinesAbove& above = rows.above;
         if (above.number == 0) return std::move(layout);
-        layout.headings = ReadHeadings({above.last, above.before, options_.comments}, layout.separator,
-                                       layout.columns, &decoder_);
+        layout.headings = HeadingsOf(above, layout.separator, layout.columns);
         if (layout.headings.empty()) TakeHeadingsOfDates(above, &layout);
         layout.remark = decoder_.Remark();
-        if (layout.headings.empty() && !IsBlankOrComment(above.last, options_.comments) &&
-            Contains(above.last, layout.separator)) {
-            layout.remark = "line " + std::to_string(above.number) + ", " + Quote(Trim(above.last)) +
-                            ", does not have the " + Count(static_cast<long long>(layout.columns), "column") +
+        if (layout.headings.empty() && Contains(above.uncommented, layout.separator)) {
+            layout.remark = "line " + std::to_string(above.rowNumber) + ", " +
+                            Quote(Trim(above.uncommented)) + ", does not have the " +
+                            Count(static_cast<long long>(layout.columns), "column") +
                             " of the numbers below it and is not taken for headings";
         }
         return std::move(layout);
+    }
+
+    /// The headings right above the numbers, which may look like a comment, or those above the comments
+    /// there.
+    std::vector<UnitHeading> HeadingsOf(const LinesAbove& above, char separator, std::size_t columns) {
+        std::vector<UnitHeading> headings = ReadHeadings(
+            {above.last, above.before, above.beforeThat, options_.comments}, separator, columns, &decoder_);
+        const auto sayWhatTheyAre = [](const std::vector<UnitHeading>& line) {
+            return std::ranges::any_of(line, [](const UnitHeading& heading) {
+                return heading.unit || !heading.unknownUnit.empty() || IsTimeHeading(heading);
+            });
+        };
+        const bool isComment = above.uncommented != above.last;
+        if (!isComment || above.uncommented.empty() || sayWhatTheyAre(headings)) return headings;
+        std::vector<UnitHeading> others = ReadHeadings(
+            {above.uncommented, above.beforeThat, {}, options_.comments}, separator, columns, &decoder_);
+        return headings.empty() || sayWhatTheyAre(others) ? others : headings;
     }
 
     /// Headings of which one stands above a date and the time of day that a blank parts from it.
     void TakeHeadingsOfDates(const LinesAbove& above, TextLayout* layout) {
         const auto date = std::ranges::find(layout->kinds, FieldKind::dateAndClock);
         if (layout->separator != kBlankRun || date == layout->kinds.end()) return;
-        layout->headings = ReadHeadings({above.last, above.before, options_.comments}, layout->separator,
-                                        layout->columns - 1, &decoder_);
+        layout->headings = HeadingsOf(above, layout->separator, layout->columns - 1);
         if (layout->headings.empty()) return;
         layout->headings.insert(layout->headings.begin() + (date - layout->kinds.begin()) + 1, UnitHeading());
     }
