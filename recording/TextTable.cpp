@@ -271,6 +271,19 @@ private:
         }
     }
 
+    /// A column of texts that may be times, for the sentence that there is no time column.
+    std::string UnreadTimes() const {
+        for (std::size_t c = 0; c < layout_.kinds.size(); ++c) {
+            const std::string_view field = Unquoted(layout_.firstFields[c]);
+            if (layout_.kinds[c] != FieldKind::text || field.empty() || field[0] < '0' || field[0] > '9' ||
+                field.find_first_of("/.:-") == field.npos)
+                continue;
+            return " (column " + std::to_string(layout_.skipped + c + 1) + " holds text, such as " +
+                   Quote(field) + ", which is no time that can be read)";
+        }
+        return {};
+    }
+
     void SettleAxis(RecordedAxis* axis) {
         const bool isTime = axis_.dimension == CUnitCtrl::DIM_TIME;
         axis->unit = CUnitCtrl(axis_.dimension);
@@ -279,6 +292,8 @@ private:
             if (options_.keepsUneven)
                 throw Error(ErrorKind::kBadValue,
                             options_.called.uneven + " is for a text with a time column");
+            axis->first = layout_.first;
+            axis->rateHint += UnreadTimes();
             axis->delta = options_.spacing.value_or(0.0);
             if (!isTime && !options_.spacing)
                 throw Error(ErrorKind::kBadValue,

@@ -129,6 +129,7 @@ TextLayout ReadLoggerHeader(LineReader& lines, const TextOptions& options) {
     layout.columns = segment.channels.size() + 1 - layout.skipped;
     layout.headings = std::move(segment.channels);
     if (hasTime) layout.headings.insert(layout.headings.begin(), {L"time"});
+    layout.first = segment.first.value_or(0.0);
     layout.rateHint = segment.RateHint();
     layout.remark = headers.Remark();
     layout.properties = headers.Properties();

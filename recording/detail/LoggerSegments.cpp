@@ -310,11 +310,13 @@ private:
             info.axis.stamps->last = part.stamps.last;
             info.axis.stamps->count += part.stamps.count;
             info.axis.stamps->resolution = std::min(info.axis.stamps->resolution, part.stamps.resolution);
-        } else if (run.parts.empty() && info.axis.unit != CUnitCtrl::DIM_TIME) {
-            info_.remarks.push_back("the spacing of run " + std::to_string(number + 1) +
-                                    " is that of its header, which may be rounded");
-            info.axis.delta = segment.step.value_or(0.0);
+        } else if (run.parts.empty()) {
             info.axis.first = segment.first.value_or(0.0);
+            if (info.axis.unit != CUnitCtrl::DIM_TIME) {
+                info_.remarks.push_back("the spacing of run " + std::to_string(number + 1) +
+                                        " is that of its header, which may be rounded");
+                info.axis.delta = segment.step.value_or(0.0);
+            }
         }
         run.parts.push_back(part);
     }

@@ -44,6 +44,7 @@ struct TextLayout {
     bool extraIgnored = false;
     std::vector<UnitHeading> headings;  ///< one per column, or none
     std::optional<bool> firstIsTime;
+    double first = 0.0;  ///< where the first sample stands without an axis
     std::string rateHint;
     std::string remark;  ///< on how the headings were read; may be empty
     std::vector<RecordingInfo::Property> properties;

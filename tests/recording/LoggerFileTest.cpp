@@ -41,6 +41,8 @@ std::string Outcome(const std::string& text, const TextOptions& options = {}) tr
                        FormatNumber(run.axis.stamps->first) + " " + FormatNumber(run.axis.stamps->last);
         } else if (run.axis.delta > 0.0) {
             outcome += " from " + FormatNumber(run.axis.first) + " by " + FormatNumber(run.axis.delta);
+        } else if (run.axis.first != 0.0) {
+            outcome += " from " + FormatNumber(run.axis.first);
         }
         outcome += " of " + std::to_string(run.samples) + ":";
         std::size_t column = 0;
@@ -94,6 +96,9 @@ INSTANTIATE_TEST_SUITE_P(Kinds, LoggerFile, testing::Values(
         ": s even 0 0.5 of 2: a [g] 1 3 b [m/s2] 2 4; : s uneven 1 1 of 1: a 5 b 6"},
     Case{"StartsThatGoOn", File("No") + Block("X0\t0.0\t0.0\nDelta_X\t0.5\t0.5\n", kAB, "\t1\t2\n\t3\t4\n") + Block("X0\t1.0\t1.0\nDelta_X\t0.5\t0.5\n", kAB, "\t5\t6\n"),
         ": s of 3: a 1 3 5 b 2 4 6"},
+    Case{"StartOfASegment", File("No") + Block("X0\t2\t2\nDelta_X\t0.5\t0.5\n", kAB, "\t1\t2\n") + Block("X0\t9\t9\n", kAB, "\t5\t6\n"),
+        ": s from 2 of 1: a 1 b 2; : s from 9 of 1: a 5 b 6"},
+    Case{"StartOfTheOnlySegment", File("No") + Block("X0\t2\t2\n", kAB, "\t1\t2\n"), ": s from 2 of 1: a 1 b 2"},
     Case{"StartsThatBeginAnew", File("No") + Block("X0\t0\t0\nDelta_X\t0.5\t0.5\n", kAB, "\t1\t2\n\t3\t4\n") + Block("X0\t0\t0\nDelta_X\t0.5\t0.5\n", kAB, "\t5\t6\n"),
         ": s of 2: a 1 3 b 2 4; : s of 1: a 5 b 6"},
     Case{"TimesPerChannel", File("Multi") + Block(kUnits, "X_Value\ta\tX_Value\tb", "0\t1\t0\t2\n0.5\t3\t0.5\t4\n"), ": s even 0 0.5 of 2: a [g] 1 3 b [m/s2] 2 4"},

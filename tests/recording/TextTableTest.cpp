@@ -402,6 +402,14 @@ TEST(TextTableReader, RefusesALineWithoutEnd) {
               "line 2 is longer than a table's can be");
 }
 
+TEST(TextTableReader, NamesTheColumnThatMayHoldItsTimes) {
+    const std::string text = "date,a\n03/01/2024 12:00:00.000,1\n03/01/2024 12:00:00.001,2\n";
+    const auto reader =
+        OpenTextTable([&] { return std::make_unique<MemoryStream>(std::as_bytes(std::span(text))); }, {});
+    EXPECT_EQ(reader->Info().runs[0].axis.rateHint,
+              " (column 1 holds text, such as '03/01/2024 12:00:00.000', which is no time that can be read)");
+}
+
 TEST(TextTableReader, TellsTheLinesOfDeliveredSamplesAlone) {
     const std::string text = "1,2\n3,4\n";
     const auto reader =
