@@ -120,6 +120,17 @@ private:
         info_.remarks.push_back(sentence);
     }
 
+    /// A remark on a function, of which only some are told.
+    void AddNote(const std::string& sentence) {
+        if (sentence.empty() || std::ranges::find(notes_, sentence) != notes_.end()) return;
+        if (notes_.size() == kMostTold) {
+            AddRemark("further remarks on functions are left out");
+        } else {
+            notes_.push_back(sentence);
+            AddRemark(sentence);
+        }
+    }
+
     std::wstring Decode(std::string_view bytes) {
         if (std::optional<std::wstring> wide = FromUtf8(bytes)) return *std::move(wide);
         const unsigned int page = GuessCodePage(bytes);
@@ -141,7 +152,7 @@ private:
 
     RecordedAxis AxisOf(const UffHeader& header) {
         const UffAbscissa abscissa = UffAbscissaUnit(header, decode_);
-        AddRemark(abscissa.remark);
+        AddNote(abscissa.remark);
         abscissaUnit_ = abscissa.unit;
         RecordedAxis axis;
         axis.unit = CUnitCtrl(DimensionOf(abscissa.unit));
@@ -158,8 +169,8 @@ private:
             const double doubt = abscissa.unit.ConvItoD(header.deltaDoubt, 1.0, 0);
             const double settled = WithWholeRate(axis.delta, doubt);
             if (settled != axis.delta) {
-                AddRemark("the spacing of " + FormatNumber(axis.delta) + " s is rounded; it is taken for " +
-                          FormatNumber(1.0 / settled, 12) + " Hz, the only whole rate that it may be");
+                AddNote("the spacing of " + FormatNumber(axis.delta) + " s is rounded; it is taken for " +
+                        FormatNumber(1.0 / settled, 12) + " Hz, the only whole rate that it may be");
                 axis.delta = settled;
             }
         }
@@ -171,7 +182,7 @@ private:
         RecordingInfo::Channel channel;
         channel.name = Decode(UffChannelName(header));
         channel.isComplex = header.isComplex;
-        AddRemark(StateUffUnit(header, system, decode_, &channel));
+        AddNote(StateUffUnit(header, system, decode_, &channel));
         ++functionsSoFar_;
         const std::string_view title = UffFunctionName(header.function);
         if (!GoesOn(axis, title, samples)) {
@@ -306,7 +317,8 @@ private:
     std::optional<Error> firstDamage_;
     std::array<std::string, UffHeader::kLines> common_ = {};  ///< lines that all functions have
     std::map<__int64, UffNode> nodes_;
-    std::string guess_;  ///< a remark on the first text that is not UTF-8
+    std::vector<std::string> notes_;  ///< the remarks on functions so far
+    std::string guess_;               ///< a remark on the first text that is not UTF-8
 
     std::size_t run_ = 0;
     std::vector<UffCursor> cursors_;  ///< per channel of the run

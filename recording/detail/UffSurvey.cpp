@@ -99,11 +99,17 @@ private:
             ++surroundings_.other[dataset.Name()];
         }
         if (dataset.isBinary) {
-            for (std::uint64_t i = 0; i < dataset.lines && lines_.Next(); ++i) continue;
-            if (TryEnd(lines_.Position() + dataset.bytes)) return;
+            const std::size_t wanted = HeaderLines(dataset);
+            if (TakeRecords(wanted).size() == wanted && TryEnd(lines_.Position() + dataset.bytes)) return;
             lines_.MoveTo(begin);
         }
         SkipToDelimiter();
+    }
+
+    /// The lines of a binary dataset's header, as it states them, within reason.
+    static std::size_t HeaderLines(const Dataset& dataset) {
+        constexpr std::uint64_t kMost = 100;
+        return static_cast<std::size_t>(std::min(dataset.lines, kMost));
     }
 
     void EnterFunction(const Dataset& dataset) {
@@ -112,8 +118,7 @@ private:
         if (records.size() < UffHeader::kRecords)
             throw Error(ErrorKind::kDamaged, "it ends within its header");
         // Further lines of the header that a binary dataset states belong to no record.
-        for (std::size_t i = records.size(); i < std::min<std::uint64_t>(dataset.lines, 100); ++i)
-            lines_.Next();
+        TakeRecords(HeaderLines(dataset) - std::min(HeaderLines(dataset), records.size()));
         damaged_ = lines_.Position();
         const UffHeader header = ParseUffHeader(std::span<const std::string, UffHeader::kRecords>(records));
         UffSamples samples;

@@ -419,6 +419,20 @@ TEST(UffFile, DamagedSetsAreNamedAndOthersKept) {
     for (int i = 0; i < 12; ++i) many += Text({.type = 3}, numbers);
     EXPECT_THAT(Said(many + Text(f, numbers)), HasSubstr("number 10 is left out (byte "));
     EXPECT_THAT(Said(many + Text(f, numbers)), HasSubstr("; 2 further datasets 58 with damage left out"));
+    std::string remarked;
+    for (int i = 0; i < 12; ++i)
+        remarked +=
+            Text({.abscissa = "17    0    0    0 Time                 zz" + std::to_string(i)}, numbers);
+    EXPECT_THAT(Said(remarked), HasSubstr("'zz9'"));
+    EXPECT_THAT(Said(remarked), Not(HasSubstr("'zz10'")));
+    EXPECT_THAT(Said(remarked), HasSubstr("; further remarks on functions are left out"));
+    // A header that states too many lines hides nothing that follows it.
+    const char* const counts[] = {"           3", "          14", "         100", "   900000000"};
+    for (const std::string lines : counts) {
+        const std::string hidden = kEnd + "  2414b     1     2" + lines +
+                                   "           0     0     0           0           0\nx\n" + kEnd;
+        EXPECT_EQ(Said(hidden + Text(f, numbers)), Said(Text(f, numbers))) << lines;
+    }
     EXPECT_THROW(OpenUffFile(nullptr), Error);
 }
 
