@@ -283,7 +283,10 @@ constexpr FormatRow kFormats[] = {
         .written =
             "one channel over time, or complex over frequency, as floats of 32 bits; motion in nm, nm/s "
             "and nm/s2, voltage in V",
-        .lost = "digits beyond 24 bits, units of other values, names beyond 8 and texts beyond 16 characters",
+        .lost =
+            "digits beyond 24 bits, units of other values, names and their parts beyond 8 and texts beyond "
+            "16 bytes",
+        .hasOneRun = true,
     },
     {
         .format = Format::smc,

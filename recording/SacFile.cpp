@@ -11,12 +11,14 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
@@ -68,7 +70,7 @@ constexpr std::size_t kFooterFields[kFooterReals] = {
 
 enum RealField { kDelta = 0, kBegin = 5 };
 enum WholeField { kYear = 0, kVersion = 6, kCount = 9, kType = 15, kDependent = 16, kIsEven = 35 };
-enum TextField { kStation = 0, kHole = 2, kComponent = 19, kNetwork = 20 };
+enum TextField { kStation = 0, kEvent = 1, kHole = 2, kComponent = 19, kNetwork = 20 };
 enum FileType { kTime = 1, kRealImaginary = 2, kAmplitudePhase = 3, kXy = 4, kXyz = 51 };
 
 /// The kinds of values, as the format numbers them, and the units that it gives them.
@@ -401,8 +403,35 @@ std::string BytesOf(float value) {
 
 std::string TextBytes(const std::wstring& text, std::size_t size) {
     std::string bytes = text.empty() ? "-12345" : ToUtf8(text);
+    // A character of several bytes is left out whole.
+    std::size_t kept = std::min(size, bytes.size());
+    while (kept > 0 && kept < bytes.size() && (static_cast<unsigned char>(bytes[kept]) & 0xC0) == 0x80)
+        --kept;
+    bytes.resize(kept);
     bytes.resize(size, ' ');
     return bytes;
+}
+
+/// The text fields that a name goes to: a name such as CJ.T001230.HNE to those of its network, station and
+/// component, from which it is read as it was, any other one to that of the component.
+std::map<std::size_t, std::wstring> NameFields(const std::wstring& name) {
+    std::vector<std::wstring> parts(1);
+    for (const wchar_t c : name) {
+        if (c == L'.') {
+            parts.emplace_back();
+        } else {
+            parts.back() += c;
+        }
+    }
+    const bool fit = std::ranges::all_of(parts, [](const std::wstring& part) {
+        return !part.empty() && part.front() > L' ' && part.back() > L' ' && ToUtf8(part).size() <= 8;
+    });
+    if (fit && parts.size() == 2) return {{kStation, parts[0]}, {kComponent, parts[1]}};
+    if (fit && parts.size() == 3) return {{kNetwork, parts[0]}, {kStation, parts[1]}, {kComponent, parts[2]}};
+    if (fit && parts.size() == 4) {
+        return {{kNetwork, parts[0]}, {kStation, parts[1]}, {kHole, parts[2]}, {kComponent, parts[3]}};
+    }
+    return {{kComponent, name}};
 }
 
 /// What a file counts values of a dimension in.
@@ -423,11 +452,15 @@ constexpr std::int32_t kUnknownDependent = 5;
 class SacWriter : public SignalWriter {
 public:
     SacWriter(const std::string& path, const SignalRun& run, const std::wstring& text)
-        : written_(run), run_(run), text_(text), file_(WidePath(path)) {
+        : written_(run), run_(run), file_(WidePath(path)) {
         const SignalRun::Channel& channel = run.channels.front();
         const auto* const kind =
             std::ranges::find(kWrittenKinds, DimensionOf(channel.unit), &WrittenKind::dimension);
-        if (kind != std::end(kWrittenKinds) && channel.unit.IsSingle() && !channel.isComplex) kind_ = *kind;
+        const bool isPlain =
+            channel.unit.IsSingle() && UnitParts(channel.unit).front().calc == CUnitCtrl::CALC_PLAIN;
+        if (kind != std::end(kWrittenKinds) && isPlain && !channel.isComplex) kind_ = *kind;
+        texts_ = NameFields(channel.name);
+        texts_[kEvent] = text;
         first_ = static_cast<double>(run.offset) * run.delta;
         last_ = first_ + static_cast<double>(run.samples - 1) * run.delta;
     }
@@ -435,6 +468,13 @@ public:
     void Write(std::size_t run, std::span<double* const> columns, std::size_t count) override {
         written_.Add(run, columns, count);
         if (count == 0) return;
+        for (const double* const column : columns) {
+            const std::size_t missing =
+                static_cast<std::size_t>(std::find(column, column + count, kNoValue<double>) - column);
+            if (missing == count) continue;
+            throw Error(ErrorKind::kUnsupported, "the sample holds no value",
+                        {.sample = done_ + static_cast<__int64>(missing) + 1});
+        }
         std::span<double> values(columns[run_.isListed ? 1 : 0], count);
         if (kind_.dependent == kUnknownDependent)
             ToShown({columns.data() + (run_.isListed ? 1 : 0), run_.Columns() - (run_.isListed ? 1 : 0)},
@@ -521,7 +561,7 @@ private:
             bytes += BytesOf(static_cast<std::uint32_t>(value), 4);
         }
         for (std::size_t i = 0; i < kTexts; ++i)
-            bytes += TextBytes(i == kComponent ? channel.name : i == 1 ? text_ : L"", i == 1 ? 16 : 8);
+            bytes += TextBytes(texts_.contains(i) ? texts_.at(i) : L"", i == kEvent ? 16 : 8);
         return bytes;
     }
 
@@ -539,7 +579,7 @@ private:
 
     WrittenRun written_;
     SignalRun run_;
-    std::wstring text_;
+    std::map<std::size_t, std::wstring> texts_;  ///< by their fields
     OutputFile file_;
     WrittenKind kind_ = {CUnitCtrl::DIM_NONE, kUnknownDependent, 1.0};
     __int64 done_ = 0;

@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxRecording01/CsmipFile.h>
 #include <KvxRecording01/FileContent.h>
 #include <KvxRecording01/Formats.h>
@@ -235,6 +237,24 @@ TEST(Seismic, SacFilesAreReadAsTheyWereWritten) {
         EXPECT_EQ(Open(OpenSac, bytes)->Info().runs[0].axis.delta, each.isListed ? 0.0 : run.delta);
         EXPECT_TRUE(Described(OpenSac, bytes).starts_with(each.described)) << Described(OpenSac, bytes);
     }
+    // Names of several parts have fields for them; others are cut behind a whole character.
+    const std::pair<std::wstring, std::string> names[] = {
+        {L"CJ.T001230.HNE", "CJ.T001230.HNE"}, {L"CJ.T001230.00.HNE", "CJ.T001230.00.HNE"},
+        {L"T001230.HNE", "T001230.HNE"},       {L"CJ..T001230.HNE", "CJ..T001"},
+        {L"shaker \u4E0A", "shaker"},          {L"shak \u4E0A\u4E0A", "shak \u4E0A"},
+    };
+    double sample = 4.0;
+    double* const single[] = {&sample};
+    for (const auto& [name, read] : names) {
+        const SignalRun run = {1, 1.0, 0, 1, {{name, ParseEntryUnit(L"(m/s2)2")->unit, 1}}};
+        const auto writer = CreateSignalFile(path, Format::sac, {run});
+        writer->Write(0, single, 1);
+        writer->Commit();
+        // A square of a unit is no value of the kind of the unit.
+        EXPECT_TRUE(
+            Described(OpenSac, folder.Read("out.sac")).starts_with(": s from 0 by 1: " + read + " [] 4"))
+            << Described(OpenSac, folder.Read("out.sac"));
+    }
     SignalRun two = {1, 1.0, 0, 3, {{L"a", CUnitCtrl(), 1}, {L"b", CUnitCtrl(), 2}}};
     SignalRun lines = {1, 1.0, 0, 3, {{L"a", CUnitCtrl(), 1}}, CUnitCtrl(CUnitCtrl::DIM_FREQUENCY)};
     SignalRun huge = {1, 1.0, 0, 1, {{L"a", NamedUnit("m"), 1}}};
@@ -243,6 +263,13 @@ TEST(Seismic, SacFilesAreReadAsTheyWereWritten) {
     double value = 1e30;
     double* const column[] = {&value};
     EXPECT_THROW(CreateSignalFile(path, Format::sac, {huge})->Write(0, column, 1), Error);
+    value = kNoValue<double>;
+    try {
+        CreateSignalFile(path, Format::sac, {huge})->Write(0, column, 1);
+        ADD_FAILURE() << "a missing value was written";
+    } catch (const Error& error) {
+        EXPECT_STREQ(error.what(), "sample 1: the sample holds no value");
+    }
 }
 
 TEST(Seismic, SacTextIsReadLikeTheBinaryForm) {
