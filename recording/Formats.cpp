@@ -80,12 +80,14 @@ constexpr std::string_view kSoundRead = "integers of 8 to 32 bits and floats, th
 constexpr std::string_view kSoundWritten =
     "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, its text as a comment";
 constexpr std::string_view kSoundLost =
-    "names, units, the start, parts of a hertz in the rate, texts beyond 1000 characters";
+    "names, units, the start, what a rate is off a whole one by up to a millionth, texts beyond 1000 "
+    "characters";
 // Of formats without texts.
 constexpr std::string_view kPlainSoundRead = "integers of 8 to 32 bits and floats, the rate";
 constexpr std::string_view kPlainSoundWritten =
     "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32";
-constexpr std::string_view kPlainSoundLost = "names, units, texts, the start, parts of a hertz in the rate";
+constexpr std::string_view kPlainSoundLost =
+    "names, units, texts, the start, what a rate is off a whole one by up to a millionth";
 
 // The order is that in which first bytes are looked at: what only its lines tell stands behind what a mark
 // tells, and text tables, which nothing tells, come last.

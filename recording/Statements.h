@@ -25,6 +25,7 @@ struct StatementNames {
     std::string sensitivities = "sensitivities";
     std::string gains = "gains";
     std::string fullScale = "fullScale";
+    std::string samples = "samples";
     std::string partial = "isPartial";
     std::string time = "firstColumnIsTime";
     std::string decimal = "decimalComma";

@@ -135,8 +135,8 @@ public:
     WavSignalWriter(const std::string& path, const SignalRun& run, const SignalFileOptions& options,
                     Format format)
         : written_(run),
-          file_(path, run.channels.size(), run.samples, WavRate(run.delta), options.wav.samples, format,
-                options.text) {
+          file_(path, run.channels.size(), run.samples, WavRate(run.delta, RowOf(format).name),
+                options.wav.samples, format, options.text) {
         for (const SignalRun::Channel& channel : run.channels)
             scales_.emplace_back(channel.name, channel.unit, options.wav, options.called.fullScale);
     }
@@ -160,14 +160,14 @@ private:
 
 }  // namespace
 
-int WavRate(double delta) {
+int WavRate(double delta, std::string_view format) {
     constexpr double kClockAccuracy = 1e-6;
     const double rate = 1.0 / delta;
     const double whole = std::round(rate);
     if (!(whole >= 1.0 && whole <= std::numeric_limits<int>::max()) ||
         std::abs(rate / whole - 1.0) > kClockAccuracy) {
-        throw Error(ErrorKind::kUnsupported,
-                    "its rate of " + FormatNumber(rate, 10) + " Hz is not whole, as a WAV file needs it");
+        throw Error(ErrorKind::kUnsupported, "its rate of " + FormatNumber(rate, 10) +
+                                                 " Hz is not whole, as " + std::string(format) + " needs it");
     }
     return static_cast<int>(whole);
 }
@@ -188,11 +188,20 @@ void WavScale::Apply(std::span<double> samples) {
 }
 
 void WavScale::RequireUnclipped() const {
+    const std::string unit = UnitText(unit_);
+    const std::string reached =
+        FormatNumber(peak_) + (DimensionOf(unit_) == CUnitCtrl::DIM_NONE ? "" : " " + unit);
     if (IsInteger(options_.samples) && peak_ > options_.fullScale) {
         throw Error(ErrorKind::kBadValue, "channel " + Quote(name_) + " would be clipped: it reaches " +
-                                              FormatNumber(peak_) + " " + UnitText(unit_) +
-                                              " and full scale is " + FormatNumber(options_.fullScale) +
-                                              "; raise " + fullScaleName_);
+                                              reached + " and full scale is " +
+                                              FormatNumber(options_.fullScale) + "; raise " + fullScaleName_);
+    }
+    const double most = options_.samples == WavSamples::floating
+                            ? static_cast<double>(std::numeric_limits<float>::max())
+                            : std::numeric_limits<double>::max();
+    if (peak_ / options_.fullScale > most) {
+        throw Error(ErrorKind::kBadValue, "channel " + Quote(name_) + " reaches " + reached +
+                                              ", which is beyond such floats; raise " + fullScaleName_);
     }
 }
 
@@ -230,9 +239,9 @@ WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 fram
     info.channels = static_cast<int>(channels);
     info.format = encoding.format | ContainerType(format, bytes);
     if (sf_format_check(&info) == 0) {
-        throw Error(ErrorKind::kUnsupported,
-                    format == Format::flac ? name + " holds up to 8 channels of samples as pcm16 or pcm24"
-                                           : name + " does not hold such samples");
+        throw Error(ErrorKind::kUnsupported, format == Format::flac
+                                                 ? name + " holds up to 8 channels of pcm16 or pcm24"
+                                                 : name + " does not hold such samples");
     }
     WithErrors([&] { state_.reset(new State{{OutputFile(WidePath(path))}, encoding, channels}); });
     SF_VIRTUAL_IO io = {TargetLength, TargetSeek, TargetRead, TargetWrite, TargetTell};
@@ -284,6 +293,12 @@ std::unique_ptr<SignalWriter> CreateSoundSignal(const std::string& path, const s
     const SignalRun& run = SingleRun(runs, name, options.called);
     if (!run.IsWaveform())
         throw Error(ErrorKind::kUnsupported, name + " holds time waveforms only; choose CSV");
+    if (format == Format::flac &&
+        (!IsInteger(options.wav.samples) || options.wav.samples == WavSamples::pcm32)) {
+        throw Error(
+            ErrorKind::kUnsupported,
+            name + " holds integers of 16 or 24 bits: choose pcm16 or pcm24 with " + options.called.samples);
+    }
     return std::make_unique<WavSignalWriter>(path, run, options, format);
 }
 

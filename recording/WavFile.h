@@ -41,9 +41,9 @@ struct WavOptions {
     double fullScale = 1.0;  ///< the value that becomes full scale, above 0, in the unit of its channel
 };
 
-/// The rate of samples `delta` seconds apart as a WAV header holds it: whole, to the accuracy of a sampling
-/// clock. Throws Error.
-KVX_RECORDING_API int WavRate(double delta);
+/// The rate of samples `delta` seconds apart as the header of a sound file holds it: whole, to the accuracy
+/// of a sampling clock. Throws Error, whose sentence names the format.
+KVX_RECORDING_API int WavRate(double delta, std::string_view format = "a WAV file");
 
 /// Turns a channel's samples of the standard unit, block by block, into what a WAV file holds.
 class KVX_RECORDING_API WavScale {
@@ -51,7 +51,7 @@ public:
     /// Sentences name the full scale `fullScaleName`.
     WavScale(std::wstring name, const CUnitCtrl& unit, const WavOptions& options, std::string fullScaleName);
     void Apply(std::span<double> samples);
-    /// Throws Error when integers could not hold the samples so far.
+    /// Throws Error when the integers or floats could not hold the samples so far.
     void RequireUnclipped() const;
 
 private:

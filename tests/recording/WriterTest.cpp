@@ -188,6 +188,8 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
     const ErrorKind kind = ErrorKind::kUnsupported;
     EXPECT_EQ(Refusal(kind, create(Format::wav, {uneven})),
               "its rate of 3.333333333 Hz is not whole, as a WAV file needs it");
+    EXPECT_EQ(Refusal(kind, create(Format::caf, {uneven})),
+              "its rate of 3.333333333 Hz is not whole, as a CAF file needs it");
     EXPECT_EQ(Refusal(kind, create(Format::wav, {good, good})),
               "a WAV file holds one record; choose it with record");
     EXPECT_EQ(Refusal(kind, create(Format::text, {good, good})),
@@ -198,7 +200,22 @@ TEST(Writers, RefuseWhatTheirFormatCannotHold) {
               "a NumPy file holds no axis, so that only time waveforms become one; choose .npz");
     EXPECT_EQ(Refusal(kind, create(Format::loggerText, {good})), "a logger text is only read, not written");
     EXPECT_EQ(Refusal(kind, create(Format::flac, {good})),
-              "a FLAC file holds up to 8 channels of samples as pcm16 or pcm24");
+              "a FLAC file holds integers of 16 or 24 bits: choose pcm16 or pcm24 with samples");
+    const SignalRun nine = RunIn({"g", "g", "g", "g", "g", "g", "g", "g", "g"});
+    EXPECT_EQ(Refusal(kind, create(Format::flac, {nine}, {WavSamples::pcm24})),
+              "a FLAC file holds up to 8 channels of pcm16 or pcm24");
+    SignalRun single = good;
+    single.samples = 1;
+    single.channels.front().unit = CUnitCtrl();
+    double beyond = 1e300;
+    double* const column[] = {&beyond};
+    EXPECT_EQ(Refusal(ErrorKind::kBadValue,
+                      [&] {
+                          const auto writer = CreateSignalFile(path, Format::wav, {single});
+                          writer->Write(0, column, 1);
+                          writer->Commit();
+                      }),
+              "channel 'c1' reaches 1e+300, which is beyond such floats; raise fullScale");
     SignalRun large = good;
     large.samples = __int64{1} << 30;
     EXPECT_EQ(Refusal(kind, create(Format::aiff, {large})),

@@ -206,6 +206,7 @@ StatementNames OptionNames(const RecordingOptions& options) {
             .sensitivities = "--sensitivity",
             .gains = "--gain",
             .fullScale = "--full-scale",
+            .samples = "--samples",
             .partial = "--partial",
             .time = "--time",
             .decimal = "--decimal",
