@@ -229,7 +229,8 @@ std::string StateUffUnit(const UffHeader& header, const UffUnitSystem& system, c
         StateUnit(channel, wide);
         channel->scale *= scale;
     }
-    if (channel->scale != 1.0 && channel->convertedUnit.empty()) channel->convertedUnit = decode(system.name);
+    if (channel->scale != 1.0 && channel->convertedUnit.empty())
+        channel->convertedUnit = FromUtf8Replacing(FormatNumber(channel->scale)) + L" " + wide;
     if (over.isAssumed || under.isAssumed) {
         return "units that have no label are those of their quantities in " +
                (system.name.empty() ? "the SI" : "the unit system " + Quote(decode(system.name)));

@@ -353,6 +353,7 @@ TEST(UffFile, FunctionsOfOneAxisAreARunWhateverStandsBetween) {
               "units that have no label are those of their quantities in the unit system 'Inch (pound f)'");
     const auto reader = Open(OpenUffFile, file);
     EXPECT_NEAR(reader->Info().runs[0].channels[1].scale, 0.0254, 1e-12);
+    EXPECT_EQ(reader->Info().runs[0].channels[1].convertedUnit, L"0.0254 m/s2");
     std::string properties;
     for (const auto& [name, text] : reader->Info().properties) properties += name + "=" + text + "; ";
     EXPECT_EQ(properties,
