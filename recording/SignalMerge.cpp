@@ -189,6 +189,15 @@ public:
         if (count == 0 && wanted > 0)
             throw Error(ErrorKind::kDamaged, inputs_[turn.input].name + " ends before its last sample");
         turn.left -= static_cast<__int64>(count);
+        if (count > 0 && runs_[run].isListed && targets[0] != nullptr) {
+            if (turn.isBegun && turn.input != turn.lastInput && !(targets[0][0] > turn.last)) {
+                throw Error(ErrorKind::kUnsupported,
+                            inputs_[turn.input].name + " begins in front of where the one before it ends");
+            }
+            turn.isBegun = true;
+            turn.lastInput = turn.input;
+            turn.last = targets[0][count - 1];
+        }
         return count;
     }
 
@@ -208,6 +217,9 @@ private:
     struct Turn {
         std::size_t input = 0;
         __int64 left = 0;
+        bool isBegun = false;  ///< whether the members below, of listed places, are known
+        std::size_t lastInput = 0;
+        double last = 0.0;
     };
 
     /// Whether something of the run is left; then its turn is that of an input that has some.

@@ -215,6 +215,12 @@ TEST(Merging, PutsRecordingsOneAfterTheOther) {
     std::vector<MergeInput> inputs;
     for (const double value : {1.0, 3.0, 5.0})
         inputs.push_back({Open({Wave(L"a", "N", 0, {value, value + 1})}), ""});
+    EXPECT_EQ(ShownOrRefused([] {
+                  std::vector<MergeInput> same;
+                  for (const char* const name : {"'x'", "'y'"}) same.push_back({Open({Lines({1, 2})}), name});
+                  return JoinInTime(std::move(same));
+              }),
+              "'y' begins in front of where the one before it ends");
     const auto joined = JoinInTime(std::move(inputs));
     joined->Skip(0, 3);
     double got[4] = {};
