@@ -285,6 +285,7 @@ public:
         if (bytes.size() > store_->Bytes() - position_) FailDamaged();
         while (!bytes.empty()) {
             const auto stretch = store_->Stretch(position_, bytes.size());
+            if (stretch.empty()) FailDamaged();
             std::ranges::copy(stretch, bytes.begin());
             bytes = bytes.subspan(stretch.size());
             position_ += stretch.size();
@@ -325,7 +326,7 @@ std::shared_ptr<const ArrayBytes> BytesFor(const ByteStretch& file, const ArrayM
     if (kind == 2) {
         const auto rank = static_cast<std::size_t>(layout.Number(2, 1));
         std::vector<std::uint64_t> chunk;
-        if (rank != array.dimensions.size() + 1) FailDamaged();
+        if (array.dimensions.empty() || rank != array.dimensions.size() + 1) FailDamaged();
         for (std::size_t d = 0; d + 1 < rank; ++d) chunk.push_back(layout.Number(11 + 4 * d, 4));
         const std::uint64_t bytes = BytesOf(chunk, array.elementBytes);
         if (bytes == 0) FailDamaged();

@@ -185,6 +185,16 @@ TEST(MatFile, OfVersion73IsRead) {
     }
 }
 
+TEST(MatFile, OfVersion73HasNoChunksWithoutDimensions) {
+    std::string file = OfVersion73();
+    const std::size_t space = file.find("\1\2\1"s + std::string(5, '\0') + Number(2, 8) + Number(3, 8));
+    const std::size_t layout = file.find("\3\2\3");
+    ASSERT_TRUE(space != file.npos && layout != file.npos);
+    file[space + 1] = '\0';
+    file[layout + 2] = '\1';
+    EXPECT_EQ(Described(OpenMatFile, file), "it is cut short or its HDF5 objects are damaged");
+}
+
 TEST(MatFile, OfTheSoundLibraryIsReadInBothLevelsAndOrdersOfBytes) {
     const TempFolder folder;
     const std::string path = (folder / "made").string();
