@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 #include <list>
+#include <map>
 #include <set>
 #include <span>
 #include <string_view>
@@ -144,7 +145,7 @@ Filters FiltersOf(const Block& block) {
     return filters;
 }
 
-/// An array in chunks: those that were used last are kept.
+/// An array in chunks: those that were used last are kept, so many as fit into a fixed room.
 class ChunkStore {
 public:
     ChunkStore(ByteStretch file, std::uint64_t tree, const Hdf5Object& array,
@@ -155,19 +156,24 @@ public:
           chunk_(std::move(chunk)),
           filters_(filters),
           elementBytes_(array.elementBytes) {
-        for (std::size_t d = 0; d + 1 < dimensions_.size(); ++d) {
-            columns_ *= dimensions_[d];
-            most_ *= (dimensions_[d] + chunk_[d] - 1) / chunk_[d];
+        constexpr std::uint64_t kRoom = std::uint64_t{48} << 20;
+        std::uint64_t columns = 1;  // stretches of the last dimension
+        std::uint64_t wanted = 1;
+        for (std::size_t d = 0; d < dimensions_.size(); ++d) {
+            const std::uint64_t across = (dimensions_[d] - 1) / chunk_[d] + 1;
+            all_ *= across;
+            if (d + 1 == dimensions_.size()) break;
+            columns *= dimensions_[d];
+            wanted *= across;
         }
         // Those that a piece of all columns may touch are read once.
-        if (!chunk_.empty()) most_ *= 2 + kSamplesAtOnce / columns_ / chunk_.back();
+        wanted *= 2 + kSamplesAtOnce / columns / chunk_.back();
+        most_ = std::min({wanted, all_, kRoom / BytesOf(chunk_, elementBytes_)});
     }
 
     std::uint64_t Bytes() const { return BytesOf(dimensions_, elementBytes_); }
-    /// What each column has of the chunks that are kept, so that all can be read side by side.
-    std::size_t BytesOfColumn() const {
-        return static_cast<std::size_t>(most_ * BytesOf(chunk_, elementBytes_) / columns_);
-    }
+    /// What the chunks take that are kept.
+    std::size_t Memory() const { return static_cast<std::size_t>(most_ * BytesOf(chunk_, elementBytes_)); }
 
     /// The bytes from `position` of the array on that lie one behind the other in a chunk, at most `most`.
     std::span<const std::byte> Stretch(std::uint64_t position, std::uint64_t most) {
@@ -195,14 +201,21 @@ private:
     };
 
     std::span<const std::byte> Chunk(const std::vector<std::uint64_t>& corner) {
-        const auto kept = std::ranges::find(kept_, corner, &Kept::corner);
-        if (kept != kept_.end()) {
-            kept_.splice(kept_.begin(), kept_, kept);
-        } else {
-            if (kept_.size() >= most_) kept_.pop_back();
-            kept_.push_front(
-                {corner, Load(corner, static_cast<std::size_t>(BytesOf(chunk_, elementBytes_)))});
+        constexpr std::uint64_t kMostTimes = 4;
+        if (const auto known = places_.find(corner); known != places_.end()) {
+            kept_.splice(kept_.begin(), kept_, known->second);
+            return kept_.front().bytes;
         }
+        if (loaded_++ / kMostTimes >= all_) {
+            throw Error(ErrorKind::kUnsupported,
+                        "its chunks are too large to be read side by side; save it without compression");
+        }
+        if (kept_.size() >= most_) {
+            places_.erase(kept_.back().corner);
+            kept_.pop_back();
+        }
+        kept_.push_front({corner, Load(corner, static_cast<std::size_t>(BytesOf(chunk_, elementBytes_)))});
+        places_.emplace(corner, kept_.begin());
         return kept_.front().bytes;
     }
 
@@ -272,9 +285,11 @@ private:
     std::vector<std::uint64_t> chunk_;  ///< the dimensions of a chunk
     Filters filters_;
     std::uint64_t elementBytes_;
-    std::uint64_t columns_ = 1;  ///< stretches of the last dimension
-    std::uint64_t most_ = 1;     ///< chunks that are kept
-    std::list<Kept> kept_;       ///< the last one used in front
+    std::uint64_t all_ = 1;     ///< chunks of the array
+    std::uint64_t most_ = 1;    ///< chunks that are kept
+    std::uint64_t loaded_ = 0;  ///< each time a chunk was read
+    std::list<Kept> kept_;      ///< the last one used in front
+    std::map<std::vector<std::uint64_t>, std::list<Kept>::iterator> places_;  ///< of those, by corner
 };
 
 class ChunkedCursor : public ByteCursor {
@@ -296,13 +311,19 @@ public:
         position_ += count;
     }
     void Finish() override {}
-    std::unique_ptr<ByteCursor> Clone() const override { return std::make_unique<ChunkedCursor>(*this); }
+    std::unique_ptr<ByteCursor> Clone() const override {
+        auto clone = std::make_unique<ChunkedCursor>(*this);
+        clone->isClone_ = true;
+        return clone;
+    }
     std::uint64_t Most() const override { return store_->Bytes(); }
-    std::size_t Memory() const override { return store_->BytesOfColumn(); }
+    /// All cursors of an array share what is kept of it.
+    std::size_t Memory() const override { return isClone_ ? 0 : store_->Memory(); }
 
 private:
     std::shared_ptr<ChunkStore> store_;
     std::uint64_t position_ = 0;
+    bool isClone_ = false;
 };
 
 /// What the messages of a header say of an array, before it is known as a whole.
