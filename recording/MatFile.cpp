@@ -18,6 +18,7 @@
 #include <KvxRecording01/detail/ByteCursor.h>
 #include <KvxRecording01/detail/Hdf5Objects.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/NumberBlocks.h>
 #include <KvxRecording01/detail/VariableWriter.h>
 #include <KvxRecording01/detail/Variables.h>
 
@@ -705,7 +706,7 @@ std::unique_ptr<RecordingReader> OpenMatFile(std::unique_ptr<ByteStream> stream)
         const std::string_view text(header.data(), kHeaderText);
         const std::string_view line = text.substr(0, text.find_first_of(std::string_view("\r\n\0", 3)));
         content.info.properties.push_back(
-            {"header", std::string(line.substr(0, line.find_last_not_of(' ') + 1))});
+            {"header", PlainLine(line.substr(0, line.find_last_not_of(' ') + 1))});
     }
     return MakeVariableReader(content.scopes, std::move(content.info));
 }

@@ -156,7 +156,7 @@ public:
           chunk_(std::move(chunk)),
           filters_(filters),
           elementBytes_(array.elementBytes) {
-        constexpr std::uint64_t kRoom = std::uint64_t{48} << 20;
+        constexpr std::uint64_t kRoom = std::uint64_t{32} << 20;
         std::uint64_t columns = 1;  // stretches of the last dimension
         std::uint64_t wanted = 1;
         for (std::size_t d = 0; d < dimensions_.size(); ++d) {
@@ -285,10 +285,10 @@ private:
     std::vector<std::uint64_t> chunk_;  ///< the dimensions of a chunk
     Filters filters_;
     std::uint64_t elementBytes_;
-    std::uint64_t all_ = 1;     ///< chunks of the array
-    std::uint64_t most_ = 1;    ///< chunks that are kept
-    std::uint64_t loaded_ = 0;  ///< each time a chunk was read
-    std::list<Kept> kept_;      ///< the last one used in front
+    std::uint64_t all_ = 1;                                                   ///< chunks of the array
+    std::uint64_t most_ = 1;                                                  ///< chunks that are kept
+    std::uint64_t loaded_ = 0;                                                ///< each time a chunk was read
+    std::list<Kept> kept_;                                                    ///< the last one used in front
     std::map<std::vector<std::uint64_t>, std::list<Kept>::iterator> places_;  ///< of those, by corner
 };
 

@@ -36,8 +36,7 @@ void StateHeading(RecordingInfo::Channel* channel, const UnitHeading& heading) {
     StateUnit(channel, heading.unknownUnit);
     // What was no unit was left in the name, behind which it stands in brackets.
     const std::size_t inside = heading.name.rfind(heading.unknownUnit);
-    if (!channel->unit || heading.unknownUnit.empty() || inside == heading.name.npos || inside == 0)
-        return;
+    if (!channel->unit || heading.unknownUnit.empty() || inside == heading.name.npos || inside == 0) return;
     if (heading.name[inside - 1] != L'[' && heading.name[inside - 1] != L'(') return;
     const std::size_t end = heading.name.substr(0, inside - 1).find_last_not_of(L" \t");
     channel->name = heading.name.substr(0, end == heading.name.npos ? 0 : end + 1);

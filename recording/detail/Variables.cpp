@@ -111,7 +111,7 @@ class ColumnReader {
 public:
     ColumnReader(const std::vector<Column>& columns, std::uint64_t length)
         : strands_(StrandsOf(columns)), left_(length) {
-        constexpr std::size_t kMostMemory = std::size_t{48} << 20;
+        constexpr std::size_t kMostMemory = std::size_t{32} << 20;
         std::size_t memory = 0;
         for (std::size_t s = 0; s < strands_.size(); ++s) {
             const bool isFirst = s == 0 || strands_[s - 1].bytes != strands_[s].bytes;
@@ -229,12 +229,14 @@ Places SurveyPlaces(const Variable& variable, const NameRow* name) {
     passAll([&](std::span<const double> values) {
         if (std::exchange(isFirst, false)) places.stamps.first = values.front();
         for (const double value : values) {
-            places.isRising = places.isRising && std::isfinite(value) && value > previous;
+            places.isRising = places.isRising && std::isfinite(value) && value >= previous;
             previous = value;
         }
         places.stamps.last = previous;
         return places.isRising;
     });
+    places.isRising =
+        places.isRising && (places.stamps.count < 2 || places.stamps.last > places.stamps.first);
     if (!places.isRising) return places;
     const bool isSingle =
         column.front().type.kind == NumberType::Kind::floating && column.front().type.bytes < 8;
@@ -387,7 +389,8 @@ private:
 
     void SortArray(const Variable& variable) {
         const auto& array = std::get<StoredArray>(variable.value);
-        const NameRow* const row = RowOf(variable.name, true);
+        const NameRow* row = RowOf(variable.name, true);
+        if (row != nullptr && row->axis == "x" && !HasAxisUnit()) row = nullptr;  // a name like any other
         const bool isVector = array.counts[1 - AlongOf(array)] == 1;
         if (row != nullptr && isVector && array.parts.size() == 1) {
             const Places places = SurveyPlaces(variable, row);
@@ -399,9 +402,16 @@ private:
         arrays_.push_back({&variable, AlongOf(array)});
     }
 
+    bool HasAxisUnit() const {
+        return std::ranges::any_of(scope_->variables, [](const Variable& variable) {
+            const NameRow* const row = RowOf(variable.name, false);
+            return row != nullptr && row->role == Role::axisUnit &&
+                   std::holds_alternative<Variable::Texts>(variable.value);
+        });
+    }
+
     const Places* AxisOf(std::uint64_t samples) const {
         for (const std::string_view name : {"t", "f", "x"}) {
-            if (name == "x" && !texts_.contains(Role::axisUnit)) continue;
             for (const Places& places : axes_)
                 if (places.name->axis == name && places.Count() == samples) return &places;
         }
@@ -468,11 +478,19 @@ private:
         return title != texts_.end() && !title->second->empty() ? title->second->front() : scope_->name;
     }
 
-    CUnitCtrl UnitOf(std::string_view axis) const {
+    /// The unit of an axis; of one that is not the standard unit of its dimension the places are plain
+    /// numbers, with a remark.
+    CUnitCtrl UnitOf(std::string_view axis) {
         if (axis == "t") return CUnitCtrl(CUnitCtrl::DIM_TIME);
         if (axis == "f") return CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
-        const Variable::Texts& unit = *texts_.at(Role::axisUnit);
-        return ParseUnit(unit.empty() ? std::wstring() : unit.front()).value_or(CUnitCtrl());
+        const Variable::Texts& texts = *texts_.at(Role::axisUnit);
+        const std::wstring text = texts.empty() ? std::wstring() : texts.front();
+        const std::optional<CUnitCtrl> unit = ParseUnit(text);
+        if (unit && unit->IsSingle() && unit->ConvItoD(1.0, 1.0, 1) == 1.0) return *unit;
+        if (!text.empty())
+            info_.remarks.push_back("the unit " + Quote(text) +
+                                    " of the axis is not taken, so its places are plain numbers");
+        return {};
     }
 
     /// An axis by a vector of places, and by the spacing that is stated beside it where both agree.
@@ -502,13 +520,20 @@ private:
     }
 
     /// An axis by what numbers say of it.
-    void SetAxis(RecordedAxis* axis) const {
+    void SetAxis(RecordedAxis* axis) {
         const bool isTime = StatedStep("t") || !StatedStep("f");
         const std::string_view name = isTime ? "t" : "f";
         axis->unit = UnitOf(name);
         axis->delta = StatedStep(name).value_or(0.0);
         axis->first = Stated(Role::start, name).value_or(0.0);
-        if (!isBare_) axis->rateHint = "; it has no number fs or dt and no vector t";
+        const std::optional<double> step = Stated(Role::step, name);
+        const std::optional<double> rate = Stated(Role::rate, name);
+        if (step && rate && std::abs(*step * *rate - 1.0) > 1e-6) {
+            info_.remarks.push_back("the spacing of " + FormatNumber(*step, 9) +
+                                    " is taken, not the rate of " + FormatNumber(*rate, 9) +
+                                    " that is stated beside it");
+        }
+        if (!isBare_) axis->rateHint = "; it has no number fs or dt above 0 and no vector t that rises";
     }
 
     static void AddChannels(const Array& array, Group* group) {

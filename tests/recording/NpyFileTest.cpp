@@ -150,6 +150,21 @@ TEST(NpzFile, ThatIsDamagedIsRefused) {
     for (const auto& [file, expected] : cases) EXPECT_EQ(Described(OpenNpzFile, file), expected);
 }
 
+TEST(NpzFile, HasAChannelNamedXBesideItsTimes) {
+    const TempFolder folder;
+    SignalRun run = {1, 0.0, 0, 4, {{L"x", CUnitCtrl(), 1}}};
+    run.isListed = true;
+    for (const bool areEqual : {false, true}) {
+        const auto writer = CreateSignalFile((folder / "out").string(), Format::npz, {run});
+        double places[] = {0.0, 0.1, areEqual ? 0.1 : 0.2, 0.45}, samples[] = {1.0, 2.0, 3.0, 4.0};
+        double* const columns[] = {places, samples};
+        writer->Write(0, columns, 4);
+        writer->Commit();
+        EXPECT_EQ(Described(OpenNpzFile, folder.Read("out")),
+                  ": s listed:  0 0.1 " + std::string(areEqual ? "0.1" : "0.2") + " 0.45, x [] 1 2 3 4");
+    }
+}
+
 TEST(NpzFile, OfStoredArraysIsCheckedAgainstTheirSums) {
     const TempFolder folder;
     SignalRun run = {1, 0.5, 0, 2, {{L"a", CUnitCtrl(), 1}}};

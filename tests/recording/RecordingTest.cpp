@@ -38,11 +38,13 @@ TEST(EvenAxis, FollowsTheStampsUnlessARateIsGiven) {
     EXPECT_EQ(AxisOutcome({1e9, 1e9 + 0.01}, 0.01, 100),
               "100 0: the first stamp, 1000000000 s, is too far from 0; the record starts at 0 s");
     EXPECT_EQ(AxisOutcome({0.1, 0.6, 1.1}, 0.1, {}),
-              "2 0: the first sample stands at 0.1 s, which is no multiple of the spacing; the record starts at 0 s");
+              "2 0: the first sample stands at 0.1 s, which is no multiple of the spacing; the record starts "
+              "at 0 s");
     EXPECT_EQ(AxisOutcome({0, 1, 2, 4, 5}, 1, {}),
               "0.8 0: sample 4 is stamped 2 steps after the one before; samples may be missing");
     EXPECT_EQ(AxisOutcome({0, 1, 2, 2, 3, 4, 4, 5, 6, 7}, 1, {}),
-              "1.28571429 0: sample 4 is stamped 0 steps after the one before; 2 such gaps: samples may be repeated");
+              "1.28571429 0: sample 4 is stamped 0 steps after the one before; 2 such gaps: samples may be "
+              "repeated");
     EXPECT_EQ(AxisOutcome({0, 0, 1, 1, 2, 2}, 1, {}), "2.5 0");
 }
 
