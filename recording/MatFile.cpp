@@ -267,6 +267,7 @@ Variable::Value TakeCells(Bytes* bytes, const MatrixHead& head) {
     const std::uint64_t count = BytesOf(head.dimensions, 1);
     bytes->RequireRoom(BytesOf(head.dimensions, kTagBytes));
     Variable::Texts texts;
+    std::uint64_t letters = 0;
     for (std::uint64_t i = 0; i < count; ++i) {
         const Element cell = TakeElement(bytes);
         if (cell.type != kMatrix) FailDamaged("a cell is no variable");
@@ -278,6 +279,8 @@ Variable::Value TakeCells(Bytes* bytes, const MatrixHead& head) {
         if (!std::holds_alternative<Variable::Texts>(text)) return Variable::LeftOut{"it is a cell array"};
         const Variable::Texts& rows = std::get<Variable::Texts>(text);
         texts.push_back(rows.empty() ? L"" : rows.front());
+        letters += texts.back().size();
+        if (letters > kMostText) return Variable::LeftOut{"its texts are long"};
         bytes->SkipTo(cell.end);
     }
     return texts;
@@ -338,6 +341,18 @@ VariableScope TakeStructure(Bytes* bytes, const MatrixHead& head) {
 struct MatContent {
     std::vector<VariableScope> scopes{1};
     RecordingInfo info = {};
+    std::uint64_t letters = 0;  ///< of all texts
+
+    /// Leaves a text out where there are too many in the file.
+    Variable Bounded(Variable variable) {
+        constexpr std::uint64_t kMostLetters = std::uint64_t{4} << 20;
+        const auto* const texts = std::get_if<Variable::Texts>(&variable.value);
+        if (texts == nullptr) return variable;
+        for (const std::wstring& text : *texts) letters += text.size() + 1;
+        if (letters > kMostLetters)
+            variable.value = Variable::LeftOut{"the file has more than 4194304 letters"};
+        return variable;
+    }
 };
 
 void TakeMatrix(Bytes* bytes, const Element& matrix, MatContent* content) {
@@ -347,7 +362,7 @@ void TakeMatrix(Bytes* bytes, const Element& matrix, MatContent* content) {
     if (head.kind == kStructure && BytesOf(head.dimensions, 1) == 1)
         content->scopes.push_back(TakeStructure(bytes, head));
     else
-        content->scopes.front().variables.push_back(TakeVariable(bytes, head, head.name));
+        content->scopes.front().variables.push_back(content->Bounded(TakeVariable(bytes, head, head.name)));
 }
 
 MatContent ReadLevel5(const ByteStretch& file, std::string_view header) {
@@ -406,6 +421,7 @@ Variable::Value TakeCells(const Hdf5File& file, const Hdf5Object& object) {
     std::vector<std::byte> raw(static_cast<std::size_t>(bytes));
     object.bytes->open()->Read(raw);
     Variable::Texts texts;
+    std::uint64_t letters = 0;
     for (std::size_t at = 0; at + 8 <= raw.size(); at += 8) {
         std::uint64_t address = 0;
         for (std::size_t i = 0; i < 8; ++i) address |= std::to_integer<std::uint64_t>(raw[at + i]) << 8 * i;
@@ -415,6 +431,8 @@ Variable::Value TakeCells(const Hdf5File& file, const Hdf5Object& object) {
         const Variable::Value value = isText ? TakeLetters(cell) : Variable::LeftOut{};
         if (!std::holds_alternative<Variable::Texts>(value)) return Variable::LeftOut{"it is a cell array"};
         texts.push_back(std::get<Variable::Texts>(value).front());
+        letters += texts.back().size();
+        if (letters > kMostText) return Variable::LeftOut{"its texts are long"};
     }
     return texts;
 }
@@ -458,7 +476,7 @@ void TakeGroup(const Hdf5File& file, const Hdf5Object& group, bool isFile, MatCo
             if (error.Kind() != ErrorKind::kUnsupported) throw;
             variable.value = Variable::LeftOut{error.Sentence()};
         }
-        scope.variables.push_back(std::move(variable));
+        scope.variables.push_back(content->Bounded(std::move(variable)));
     }
 }
 
