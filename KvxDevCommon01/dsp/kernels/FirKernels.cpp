@@ -112,8 +112,7 @@ struct Sums {
     template <unsigned kVectors>
     void MakeRest(const double* x, double* y, Index rest) const {
         if constexpr (kVectors > 1) {
-            if (rest <= static_cast<Index>((kVectors - 1) * kLanes))
-                return MakeRest<kVectors - 1>(x, y, rest);
+            if (rest <= Index{kVectors - 1} * Index{kLanes}) return MakeRest<kVectors - 1>(x, y, rest);
         }
         Make<kLanes, kVectors>(x, y, rest - kLanes);
     }
