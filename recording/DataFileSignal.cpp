@@ -65,7 +65,7 @@ public:
     }
 
     void Skip(std::size_t run, __int64 count) override {
-        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        RequireRun(run, runs_.size());
         Enter(run);
         done_ += std::min(std::max<__int64>(0, count), runs_[run].samples - done_);
     }

@@ -79,12 +79,17 @@ void StrayFinder::AddGap(double steps) {
 
 void RecordingReader::Skip(std::size_t run, __int64 count) {
     constexpr __int64 kRoom = 1 << 16;
-    const std::vector<double*> targets(CountColumns(info_.runs.at(run)), nullptr);
+    RequireRun(run, info_.runs.size());
+    const std::vector<double*> targets(CountColumns(info_.runs[run]), nullptr);
     while (count > 0) {
         const std::size_t passed = Read(run, targets, static_cast<std::size_t>(std::min(kRoom, count)));
         if (passed == 0) return;
         count -= static_cast<__int64>(passed);
     }
+}
+
+void RequireRun(std::size_t run, std::size_t runs) {
+    if (run >= runs) throw Error(ErrorKind::kBadValue, "there is no such run");
 }
 
 std::size_t CountColumns(const RecordingInfo::Run& run) {

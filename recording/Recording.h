@@ -126,6 +126,9 @@ protected:
     RecordingInfo info_;
 };
 
+/// Throws Error unless `run` is one of so many runs, counted from 0.
+KVX_RECORDING_API void RequireRun(std::size_t run, std::size_t runs);
+
 /// The targets of Read that a run has.
 KVX_RECORDING_API std::size_t CountColumns(const RecordingInfo::Run& run);
 

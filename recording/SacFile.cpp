@@ -247,7 +247,8 @@ public:
         }
     }
 
-    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+    std::size_t Read(std::size_t number, std::span<double* const> targets, std::size_t room) override {
+        RequireRun(number, info_.runs.size());
         const RecordingInfo::Run& run = info_.runs.front();
         const auto count = static_cast<std::size_t>(
             std::min(std::uint64_t{room}, static_cast<std::uint64_t>(run.samples - done_)));

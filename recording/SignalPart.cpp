@@ -114,7 +114,7 @@ public:
     }
 
     void Skip(std::size_t run, __int64 count) override {
-        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        RequireRun(run, runs_.size());
         if (runs_[run].isListed) return SignalReader::Skip(run, count);
         Piece& left = left_[run];
         const __int64 passed = std::clamp<__int64>(count, 0, left.count);

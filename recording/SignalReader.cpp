@@ -125,7 +125,7 @@ public:
     }
 
     void Skip(std::size_t run, __int64 count) override {
-        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        RequireRun(run, runs_.size());
         recording_->Skip(sources_[run].run, count);
     }
 
@@ -307,7 +307,7 @@ bool SignalRun::IsWaveform() const {
 
 void SignalReader::Skip(std::size_t run, __int64 count) {
     constexpr std::size_t kRoom = std::size_t{1} << 14;
-    if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+    RequireRun(run, runs_.size());
     std::vector<std::vector<double>> samples(runs_[run].Columns(), std::vector<double>(kRoom));
     std::vector<double*> targets;
     for (std::vector<double>& channel : samples) targets.push_back(channel.data());

@@ -27,7 +27,7 @@ void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take, con
     // Of all channels together; so many that the work on them outweighs the starting of threads, and few
     // enough to stay in the processor's cache.
     constexpr std::size_t kSamples = std::size_t{1} << 17;
-    if (run >= reader.Runs().size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+    RequireRun(run, reader.Runs().size());
     if (!take) throw Error(ErrorKind::kBadValue, "nothing takes the samples");
     const std::size_t columns = reader.Runs()[run].Columns();
     const std::size_t room = std::max<std::size_t>(1, kSamples / columns);

@@ -264,7 +264,8 @@ public:
         info_.properties = TextsOf(input_.Handle(), info.samplerate);
     }
 
-    std::size_t Read(std::size_t, std::span<double* const> targets, std::size_t room) override {
+    std::size_t Read(std::size_t number, std::span<double* const> targets, std::size_t room) override {
+        RequireRun(number, info_.runs.size());
         const RecordingInfo::Run& run = info_.runs.front();
         const std::size_t channels = run.channels.size();
         std::size_t done = 0;

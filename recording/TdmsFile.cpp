@@ -142,8 +142,9 @@ public:
     }
 
     void Skip(std::size_t run, __int64 count) override {
+        RequireRun(run, info_.runs.size());
         Enter(run);
-        done_ += std::min(std::max<__int64>(0, count), info_.runs.at(run).samples - done_);
+        done_ += std::min(std::max<__int64>(0, count), info_.runs[run].samples - done_);
     }
 
     Error ErrorAt(std::size_t column, std::size_t index, ErrorKind kind,
@@ -246,7 +247,12 @@ private:
         run.axis.first = axis.first;
         run.samples = static_cast<__int64>(axis.samples);
         const std::optional<CUnitCtrl> unit = ParseUnit(Wide(axis.unit), CUnitCtrl::DIM_TIME);
-        if (axis.unit.empty() || !unit || unit->IsSingle() == 0) return;
+        if (axis.unit.empty()) return;
+        if (!unit || unit->IsSingle() == 0) {
+            info_.remarks.push_back("the unit " + Quote(axis.unit) + " of the axis of " + Quote(run.title) +
+                                    " is not known, so it is read in seconds");
+            return;
+        }
         for (double* const value : {&run.axis.delta, &run.axis.first})
             unit->ConvItoD(value, value, 1, 1.0, 0);
         if (*unit != CUnitCtrl::DIM_TIME) run.axis.unit = *unit;
@@ -345,7 +351,7 @@ private:
     // ---- samples ----
 
     void Enter(std::size_t run) {
-        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        RequireRun(run, runs_.size());
         if (run == run_) return;
         run_ = run;
         done_ = before_ = 0;

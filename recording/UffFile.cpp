@@ -270,9 +270,10 @@ private:
     // ---- samples ----
 
     void Enter(std::size_t run) {
+        RequireRun(run, functions_.size());
         if (run == run_ && !cursors_.empty()) return;
         cursors_.clear();
-        for (const UffSamples& samples : functions_.at(run)) cursors_.emplace_back(samples);
+        for (const UffSamples& samples : functions_[run]) cursors_.emplace_back(samples);
         run_ = run;
         done_ = 0;
     }

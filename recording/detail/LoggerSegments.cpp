@@ -110,7 +110,7 @@ public:
     }
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
-        if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        RequireRun(run, runs_.size());
         if (!rows_ || run != run_) Enter(run);
         const Run& source = runs_[run];
         const bool isListed = info_.runs[run].axis.isListed;

@@ -116,11 +116,12 @@ public:
 
 private:
     void Enter(std::size_t run) {
+        RequireRun(run, columns_.size());
         if (run == run_) return;
         run_ = run;
         done_ = before_ = 0;
         readers_.clear();
-        readers_.resize(columns_.at(run).size());
+        readers_.resize(columns_[run].size());
     }
 
     std::unique_ptr<ColumnReader> MakeReader(const NumberColumn& column) {

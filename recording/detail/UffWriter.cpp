@@ -151,7 +151,7 @@ public:
     }
 
     void Write(std::size_t run, std::span<double* const> columns, std::size_t count) override {
-        if (run >= written_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+        RequireRun(run, written_.size());
         written_[run].Add(0, columns, count);
         const SignalRun& about = runs_[run];
         std::size_t column = about.isListed ? 1 : 0;

@@ -72,7 +72,7 @@ void VariableWriter::Begin(const FilePlan& plan) {
 }
 
 void VariableWriter::Write(std::size_t run, std::span<double* const> columns, std::size_t count) {
-    if (run >= runs_.size()) throw Error(ErrorKind::kBadValue, "there is no such run");
+    RequireRun(run, runs_.size());
     written_[run].Add(0, columns, count);
     ToStored(runs_[run], columns, count);
     WithErrors([&] {

@@ -536,7 +536,13 @@ private:
         if (!isBare_) axis->rateHint = "; it has no number fs or dt above 0 and no vector t that rises";
     }
 
-    static void AddChannels(const Array& array, Group* group) {
+    void AddChannels(const Array& array, Group* group) {
+        constexpr std::uint64_t kMostChannels = 65536;
+        channels_ += array.Channels();
+        if (channels_ > kMostChannels || array.Channels() > kMostChannels) {
+            throw Error(ErrorKind::kUnsupported,
+                        "its arrays make more than " + std::to_string(kMostChannels) + " channels");
+        }
         std::ranges::move(ColumnsOf(array.Numbers(), array.along), std::back_inserter(group->source.columns));
         for (std::uint64_t c = 0; c < array.Channels(); ++c) {
             RecordingInfo::Channel& channel = group->run.channels.emplace_back();
@@ -601,6 +607,7 @@ private:
     std::vector<Places> axes_;
     std::map<Role, const Variable::Texts*> texts_;
     std::vector<Group> groups_;
+    std::uint64_t channels_ = 0;  ///< of all scopes so far
 };
 
 class VariableReader : public RecordingReader {
@@ -621,8 +628,9 @@ public:
     }
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        RequireRun(run, sources_.size());
         if (!reader_ || run != run_) {
-            reader_.emplace(sources_.at(run).columns, sources_[run].length);
+            reader_.emplace(sources_[run].columns, sources_[run].length);
             run_ = run;
             done_ = 0;
         }

@@ -49,6 +49,7 @@ inline std::vector<std::vector<double>> ReadColumns(RecordingReader& reader, std
 inline std::string Described(OpenBytes open, std::string_view bytes) try {
     const auto reader = Open(open, bytes);
     std::string text;
+    EXPECT_THROW(reader->Read(reader->Info().runs.size(), {}, 1), Error);
     for (std::size_t r = 0; r < reader->Info().runs.size(); ++r) {
         const RecordingInfo::Run& run = reader->Info().runs[r];
         text += ToUtf8(run.title) + ": " + UnitText(CUnitCtrl(run.axis.unit)) + " ";

@@ -50,7 +50,8 @@ void AddFormats(Command app) {
     command.AddFlag("--json", *asJson, "As JSON");
     command.SetFooter(R"(
 Of each format: how its file names end, what is read of it, what is written, and what a recording has
-that it cannot hold. One without a line for what is written is only read.
+that it cannot hold. One without a line for what is written is only read. What a file tells of itself
+besides (dates, places, settings), which 'kvx info' shows, is written to no format.
 )",
                       R"(
 kvx formats --json
