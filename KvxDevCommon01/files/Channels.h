@@ -34,8 +34,10 @@ KVX_API std::vector<Channel> ListChannels(std::span<const RecordOutline> records
 KVX_API CStringArray NamesOf(std::span<const Channel> channels);
 
 /// 0-based positions of the chosen ones among channels of those names, in the order of the choice: a comma
-/// list of names, 1-based numbers and ranges "2-4"; empty chooses all. A name goes before a number. Throws
-/// Error for a channel that is not there or chosen twice.
+/// list of names, 1-based numbers, ranges "2-4" and "3-" to the last, and patterns "acc*" and "a?", which
+/// take what was not chosen before them; empty chooses all. A name goes before a number, a range and a
+/// pattern. Throws Error for a channel that is not there or chosen twice, a name that several bear, and a
+/// pattern that no name is of.
 KVX_API std::vector<std::size_t> ChooseChannels(std::string_view choice, std::span<const std::wstring> names);
 
 /// Which channels of a data file are taken.
@@ -45,7 +47,8 @@ struct ChannelChoice {
 };
 
 /// The chosen ones of all channels of a file, those of one record together and in the order of the records.
-/// Numbers are those of the file, also with a record chosen; a name is looked for in that record first.
+/// Numbers are those of the file, also with a record chosen; a name is looked for in that record first, and a
+/// pattern only there.
 /// Throws Error for a channel or record that is not there, and for a chosen record that is evenly spaced but
 /// has no axis.
 KVX_API std::vector<Channel> SelectChannels(const DataFileContent& content, const ChannelChoice& choice);

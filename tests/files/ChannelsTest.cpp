@@ -74,21 +74,54 @@ TEST(Channels, AreChosenByNameNumberAndRange) {
     EXPECT_EQ(kvx::ChooseChannels("", names), (Positions{0, 1, 2, 3}));
     EXPECT_EQ(kvx::ChooseChannels("d,1-2", names), (Positions{3, 0, 1}));
     EXPECT_EQ(kvx::ChooseChannels("3-1", names), Positions{2});  // a name first
+    EXPECT_EQ(kvx::ChooseChannels("2-", names), (Positions{1, 2, 3}));
+    EXPECT_EQ(kvx::ChooseChannels(" d , 1", names), (Positions{3, 0}));
     for (const char* none :
-         {"0", "5", "2-1", "1-99999999999", "1-", "x", "1,", "-1", "99999999999999999999"}) {
+         {"0", "5", "1-99999999999", "5-", "x", "1,", "-1", "99999999999999999999", "x*"}) {
         const auto error = ErrorOf([&] { kvx::ChooseChannels(none, names); });
         ASSERT_TRUE(error) << none;
         EXPECT_EQ(error->Kind(), ErrorKind::kUnknownName) << none;
     }
-    EXPECT_EQ(WhatOf([&] { kvx::ChooseChannels("2,x,1", names); }),
-              "there is no channel 'x' among its 4 channels");
-    EXPECT_EQ(WhatOf([&] { kvx::ChooseChannels("2,1-2", names); }), "channel 2 is chosen twice");
+    const std::pair<const char*, const char*> wrong[] = {
+        {"2,x1,1", "there is no channel 'x1' among its 4 channels: 'a', 'b', '3-1', 'd'"},
+        {"2-5", "there is no channel '2-5' among its 4 channels"},
+        {"2-1", "the range of channels '2-1' runs backwards"},
+        {"2,1-2", "channel 2 is chosen twice"},
+    };
+    for (const auto& [choice, sentence] : wrong)
+        EXPECT_EQ(WhatOf([&, list = choice] { kvx::ChooseChannels(list, names); }), sentence);
+}
+
+TEST(Channels, AreChosenByPatternsOfTheirNames) {
+    const std::vector<std::wstring> names = {L"acc1", L"acc12", L"force", L"acc*", L"", L"1", L"force"};
+    using Positions = std::vector<std::size_t>;
+    const std::pair<const char*, Positions> cases[] = {
+        {"acc*", {3}},  // a name first
+        {"acc**", {0, 1, 3}},
+        {"a*2", {1}},
+        {"acc?", {0, 3}},
+        {"*c*1*", {0, 1}},
+        {"2,*", {1, 0, 2, 3, 4, 5, 6}},
+        {"1", {5}},
+        {"for*", {2, 6}},
+    };
+    for (const auto& [choice, expected] : cases) EXPECT_EQ(kvx::ChooseChannels(choice, names), expected);
+    const std::pair<const char*, const char*> wrong[] = {
+        {"acx1*",
+         "there is no channel 'acx1*' among its 7 channels (did you mean 'acc1' or 'acc*' or 'acc12'?)"},
+        {"force", "the channels 3 and 7 are all called 'force'; choose by number"},
+        {"a*,acc1", "channel 1 is chosen twice"},
+    };
+    for (const auto& [choice, sentence] : wrong)
+        EXPECT_EQ(WhatOf([&, list = choice] { kvx::ChooseChannels(list, names); }), sentence);
 }
 
 TEST(Channels, OfARecordAreLookedForThereFirst) {
     const std::pair<ChannelChoice, std::string> cases[] = {
-        {{"base", 0}, "2 base"},
+        {{"base", 0}, "the channels 2 and 4 are all called 'base'; choose by number"},
         {{"base", 2}, "4 base"},
+        {{"*e", 2}, "4 base"},
+        {{"3-", 2}, "3 top 4 base"},
         {{"", 2}, "3 top 4 base"},
         {{"7,base/3,1", 0}, "1 top 7 base/x 8 base/3"},
         {{"2", 2}, "channel 2 is in record 1, not in record 2"},
