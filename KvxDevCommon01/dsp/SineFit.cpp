@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/MatFFT.h>
 #include <KvxDevCommon01/dsp/Windows.h>
 #include <KvxDevCommon01/platform/Error.h>
@@ -83,7 +84,9 @@ double Improve(std::span<const double> samples, bool isFree, Sine* sine) {
 
 /// Where the strongest line of the spectrum lies, between the lines, in radians per sample.
 double StrongestFrequency(std::span<const double> samples) {
-    const std::size_t size = std::bit_floor(samples.size());
+    constexpr auto kMost =
+        static_cast<std::size_t>(kLargestBlock);  // close enough for samples many times as long
+    const std::size_t size = std::min(std::bit_floor(samples.size()), kMost);
     const std::vector<double> window = MakeWindow("hann", static_cast<std::int64_t>(size));
     double mean = 0.0;
     for (const double sample : samples.first(size)) mean += sample / static_cast<double>(size);

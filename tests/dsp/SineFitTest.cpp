@@ -39,6 +39,12 @@ TEST(SineFit, FindsAToneBetweenTheLines) {
     }
 }
 
+TEST(SineFit, TakesMoreSamplesThanATransform) {
+    const SineFit fit = FitSine(Tone(1 << 20, 0.5, 0.1, 0.4), 1000.0);
+    EXPECT_NEAR(fit.frequencyHz, 250.0 / std::numbers::pi, 1e-8);
+    EXPECT_NEAR(fit.amplitude, 1.7, 1e-5);
+}
+
 TEST(SineFit, LeavesWhatIsNotTheTone) {
     const SineFit fit = FitSine(Tone(20000, 0.5, 0.0, 0.2), 2000.0);
     EXPECT_NEAR(fit.amplitude, 1.7, 1e-4);
