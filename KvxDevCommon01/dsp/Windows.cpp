@@ -33,6 +33,17 @@ constexpr std::array kWindows = {
 };
 // clang-format on
 
+/// Other names of windows, under which they are found but not listed.
+struct WindowAlias {
+    std::string_view alias;
+    std::string_view name;
+};
+constexpr std::array kAliases = {
+    WindowAlias{"flattop", "flat-top"},
+    WindowAlias{"hanning", "hann"},
+    WindowAlias{"boxcar", "rectangular"},
+};
+
 }  // namespace
 
 std::vector<std::string> WindowNames() {
@@ -42,7 +53,9 @@ std::vector<std::string> WindowNames() {
 }
 
 std::vector<double> MakeWindow(std::string_view name, std::int64_t size) {
-    const auto found = std::ranges::find(kWindows, name, &NamedWindow::name);
+    const auto alias = std::ranges::find(kAliases, name, &WindowAlias::alias);
+    const auto found =
+        std::ranges::find(kWindows, alias == kAliases.end() ? name : alias->name, &NamedWindow::name);
     if (found == kWindows.end()) throw Error(ErrorKind::kUnknownName, NoSuchName(name, WindowNames()));
     if (size < 1) throw Error(ErrorKind::kBadValue, "a window has one sample or more");
     CDataArrayDouble window(size, 0.0);

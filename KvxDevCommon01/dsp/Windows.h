@@ -17,7 +17,8 @@ namespace kvx {
 /// "hann", "rectangular", "hamming" and so on, the usual one first.
 KVX_API std::vector<std::string> WindowNames();
 
-/// `size` samples of the window of that name. Throws Error: kUnknownName for a name that is none of these,
+/// `size` samples of the window of that name, or of one it is also known by: "flattop", "hanning", "boxcar".
+/// Throws Error: kUnknownName for a name that is none of these,
 /// kBadValue for a size below 1.
 KVX_API std::vector<double> MakeWindow(std::string_view name, std::int64_t size);
 

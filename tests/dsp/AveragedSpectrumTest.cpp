@@ -44,6 +44,7 @@ TEST(BlockCut, CountsFullBlocksOnly) {
 
 TEST(Windows, AreFoundByName) {
     for (const std::string& name : kvx::WindowNames()) EXPECT_EQ(kvx::MakeWindow(name, 16).size(), 16U);
+    EXPECT_EQ(kvx::MakeWindow("flattop", 16), kvx::MakeWindow("flat-top", 16));
     EXPECT_EQ(kvx::MakeWindow("half-rectangular", 8), Wave({0, 0, 1, 1, 1, 1, 0, 0}));
     EXPECT_DOUBLE_EQ(kvx::NoiseBandwidth(kvx::MakeWindow("hann", 64)), 1.5);
     EXPECT_EQ(FailureOf([] { kvx::MakeWindow("han", 8); }), ErrorKind::kUnknownName);
