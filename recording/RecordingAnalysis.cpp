@@ -122,31 +122,40 @@ std::size_t NumberOf(const SignalRun& single) {
     return single.channels.front().number;
 }
 
+/// Opens channels of the recording of the reference.
+std::unique_ptr<SignalReader> OpenReference(const OpenChannels& open, const TransferChoice& choice,
+                                            const std::string& channels) {
+    return choice.openReference ? choice.openReference(channels) : open(channels);
+}
+
 Selection SelectChannels(const OpenChannels& open, const TransferChoice& choice) {
     const bool isNamed = !choice.responses.empty();
     const bool isByPart = isNamed && choice.isByPart;
+    const bool isAlone = isByPart || choice.openReference;
     // The reference comes first: it is what is told of when the responses are wrong as well.
-    Selection selection = {open(isByPart ? choice.reference : "")};
+    Selection selection = {OpenReference(open, choice, isAlone ? choice.reference : "")};
     std::vector<SignalRun> all = SingleChannels(selection.reader->Runs());
     const auto choose = [&](const std::string& list) {
         std::vector<std::wstring> names;
         for (const SignalRun& run : all) names.push_back(run.channels.front().name);
-        return ChooseChannels(isByPart ? "" : list, names);  // by part the reader has chosen
+        return ChooseChannels(list, names);
     };
-    const std::vector<std::size_t> references = choose(choice.reference);
+    // Alone, and by part, the reader has chosen.
+    const std::vector<std::size_t> references = choose(isAlone ? "" : choice.reference);
     if (references.size() != 1) {
         throw Error(ErrorKind::kBadValue,
                     choice.referenceName + " " + Quote(choice.reference) + " names several channels");
     }
     selection.reference = all[references.front()];
-    if (isByPart) {
-        selection.reader = open(choice.responses);
+    if (isAlone) {
+        selection.reader = open(isByPart ? choice.responses : "");
         all = SingleChannels(selection.reader->Runs());
     }
     std::vector<std::size_t> responses;  // numbers in the order of the choice
-    for (const std::size_t at : choose(choice.responses)) responses.push_back(NumberOf(all[at]));
+    for (const std::size_t at : choose(isByPart ? "" : choice.responses))
+        responses.push_back(NumberOf(all[at]));
     const SignalRun::Channel& reference = selection.reference.channels.front();
-    if (std::erase(responses, reference.number) > 0 && isNamed) {
+    if (!choice.isElsewhere && std::erase(responses, reference.number) > 0 && isNamed) {
         throw Error(ErrorKind::kBadValue,
                     "channel " + Quote(reference.name) + " is the reference, not a response");
     }
@@ -192,11 +201,13 @@ std::vector<AveragedTransfer> TransfersOfRun(const Selection& selection, std::si
         if (record.run == r)
             responses.insert(responses.end(), record.channels.begin(), record.channels.end());
     }
-    const auto at = std::ranges::find(channels, NumberOf(selection.reference), &SignalRun::Channel::number);
+    auto at = std::ranges::find(channels, NumberOf(selection.reference), &SignalRun::Channel::number);
+    if (choice.isElsewhere) at = channels.end();
     const auto column = static_cast<std::size_t>(at - channels.begin());
-    std::unique_ptr<SignalReader> other;  // of a reference in another record of a data file
-    if (at == channels.end()) other = open(choice.reference);
+    std::unique_ptr<SignalReader> other;  // of a reference in another record or recording
+    if (at == channels.end()) other = OpenReference(open, choice, choice.reference);
     std::vector<double> excitation;
+    bool isSilent = true;
     std::vector<AveragedTransfer> averages;
     for (std::size_t c = 0; c < channels.size(); ++c)
         averages.emplace_back(choice.blocks.window, choice.blocks.cut.overlap);
@@ -209,11 +220,17 @@ std::vector<AveragedTransfer> TransfersOfRun(const Selection& selection, std::si
         }
         const std::span<const double> reference(other != nullptr ? excitation.data() : samples[column],
                                                 count);
+        isSilent = isSilent && std::ranges::all_of(reference, [](double sample) { return sample == 0.0; });
         ForEachInParallel(responses.size(), [&](std::size_t i) {
             averages[responses[i]].Add(reference, {samples[responses[i]], count});
         });
     };
     ReadRun(reader, r, add, progress);
+    if (isSilent) {
+        throw Error(ErrorKind::kBadValue,
+                    "the reference " + Quote(selection.reference.channels.front().name) +
+                        " is silent, all its samples are 0, so nothing has a transfer function from it");
+    }
     return averages;
 }
 

@@ -83,6 +83,10 @@ struct TransferChoice {
     /// Whether the chosen channels are opened by themselves, so that nothing else of a data file need be a
     /// waveform. Otherwise all are opened, and what is stated of the recording is stated of all.
     bool isByPart = false;
+    /// Opens the reference where it is not to be opened as the responses are: another record, or with
+    /// `isElsewhere` another recording, whose numbers of channels are its own.
+    OpenChannels openReference = {};
+    bool isElsewhere = false;
 };
 
 struct ChannelTransfer {
@@ -101,10 +105,10 @@ struct RecordingTransfers {
     std::vector<std::vector<ChannelTransfer>> records = {};  ///< the responses of one unit each
 };
 
-/// The transfer functions from one channel of a recording to others, which may be in other records but were
-/// sampled together with it. Throws Error for channels that are not there, several references, a reference
-/// among the responses, no response, another rate, count or start than the reference's, compound units, and
-/// as SpectraOf.
+/// The transfer functions from one channel of a recording to others, which may be in other records or another
+/// recording but were sampled together with it. Throws Error for channels that are not there, several
+/// references, a reference among the responses, no response, another rate, count or start than the
+/// reference's, a reference of zeros only, compound units, and as SpectraOf.
 KVX_RECORDING_API RecordingTransfers TransfersOf(const OpenChannels& open, const TransferChoice& choice,
                                                  const ProgressFunction& progress = {});
 

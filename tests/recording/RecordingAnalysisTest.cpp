@@ -133,6 +133,41 @@ TEST(RecordingAnalysis, FindsADelayAndAGainAlsoAcrossRuns) {
     EXPECT_EQ(kvx::TransfersOf(open, {Plan(), "2"}).records.size(), 2U) << "all but the reference";
 }
 
+TEST(RecordingAnalysis, TakesTheReferenceOfAnotherRecording) {
+    const auto open = [](const std::string& channels) { return std::make_unique<Signals>(channels); };
+    kvx::TransferChoice choice = {Plan(), "pulses", "2,thrice"};
+    choice.openReference = open;
+    EXPECT_EQ(Refusal([&] { kvx::TransfersOf(open, choice); }),
+              "channel 'pulses' is the reference, not a response");
+    choice.isElsewhere = true;  // where the numbers of channels are others
+    const kvx::RecordingTransfers transfers = kvx::TransfersOf(open, choice);
+    ASSERT_EQ(transfers.records.size(), 2U);
+    const double expected[] = {3.0, 1.0};  // in the order of the records
+    for (std::size_t r = 0; r < 2; ++r) {
+        EXPECT_NEAR(transfers.records[r][0].largest.magnitude, expected[r], 1e-12);
+        EXPECT_NEAR(transfers.records[r][0].largest.coherence, 1.0, 1e-12);
+    }
+}
+
+TEST(RecordingAnalysis, RefusesASilentReference) {
+    const auto open = [](const std::string&) {
+        class Silence : public Signals {
+        public:
+            std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+                const std::size_t count = Signals::Read(run, targets, room);
+                for (double* const target : targets.first(run == 0 ? 1 : 0)) std::fill_n(target, count, 0.0);
+                return count;
+            }
+        };
+        return std::make_unique<Silence>();
+    };
+    EXPECT_EQ(
+        Refusal([&] {
+            kvx::TransfersOf(open, {Plan(), "sine"});
+        }),
+        "the reference 'sine' is silent, all its samples are 0, so nothing has a transfer function from it");
+}
+
 TEST(RecordingAnalysis, CutsSlicesThatStandAtTheirMiddle) {
     Signals signals;
     const std::vector<kvx::RunSlices> slices = kvx::SlicesOf(signals, {LineKind::kAmplitude, Plan(32), 4});
