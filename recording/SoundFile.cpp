@@ -167,6 +167,29 @@ bool IsFormat(int libraryFormat, Format format) {
     }
 }
 
+/// The bytes of one sample of every channel; 0 where the samples are compressed.
+std::uint64_t FrameBytes(const SF_INFO& info) {
+    const auto channels = static_cast<std::uint64_t>(info.channels);
+    switch (info.format & SF_FORMAT_SUBMASK) {
+        case SF_FORMAT_PCM_S8:
+        case SF_FORMAT_PCM_U8:
+        case SF_FORMAT_ULAW:
+        case SF_FORMAT_ALAW:
+            return channels;
+        case SF_FORMAT_PCM_16:
+            return 2 * channels;
+        case SF_FORMAT_PCM_24:
+            return 3 * channels;
+        case SF_FORMAT_PCM_32:
+        case SF_FORMAT_FLOAT:
+            return 4 * channels;
+        case SF_FORMAT_DOUBLE:
+            return 8 * channels;
+        default:
+            return 0;
+    }
+}
+
 std::string Samples(__int64 count) {
     return std::to_string(count) + (count == 1 ? " sample" : " samples");
 }
@@ -341,6 +364,12 @@ private:
             info_.remarks.push_back(
                 std::to_string(bytes->behind) +
                 " bytes after the samples belong to no chunk of the sound file and are left out");
+        }
+        const std::uint64_t frame = FrameBytes(input_.Info());
+        if (bytes && !isCutShort && frame > 0 && bytes->held % frame != 0) {
+            info_.remarks.push_back("the samples of the sound file end with " +
+                                    Count(static_cast<long long>(bytes->held % frame), "byte") +
+                                    " of a frame of " + std::to_string(frame) + ", which are left out");
         }
         return samples;
     }

@@ -203,6 +203,14 @@ TEST(SoundLength, EndsAtTheNextChunk) {
     ExpectSamples(folder, Replaced(wav, 40, "\0\x19\0\0"s), 1600, "73600 bytes after the samples");
 }
 
+TEST(SoundLength, IsThatOfWholeFrames) {
+    const TempFolder folder;
+    const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    static_assert(4 * kFrames - 2 == 0x1387E);
+    ExpectSamples(folder, Replaced(wav.substr(0, 44 + 0x1387E), 40, "\x7E\x38\x01\0"s), kFrames - 1,
+                  "end with 2 bytes of a frame of 4, which are left out");
+}
+
 TEST(SoundHeader, StatesARateThatIsNotWhole) {
     const TempFolder folder;
     const std::string aiff = MakeSound(folder, SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
