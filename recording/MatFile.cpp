@@ -25,6 +25,7 @@
 namespace kvx {
 namespace {
 
+constexpr std::uint64_t kMostStructures = 4096;  ///< elements of an array of structures that is taken
 constexpr std::uint64_t kMostText = std::uint64_t{1} << 20;  ///< bytes of a text that is taken
 
 [[noreturn]] void FailDamaged(const std::string& sentence) {
@@ -286,6 +287,14 @@ Variable::Value TakeCells(Bytes* bytes, const MatrixHead& head) {
     return texts;
 }
 
+/// Why structures become nothing: there are none or too many, or they are within another one.
+Variable::LeftOut StructureLeftOut(std::uint64_t count) {
+    if (count == 0) return {"it is empty"};
+    if (count > kMostStructures)
+        return {"it is an array of more than " + std::to_string(kMostStructures) + " structures"};
+    return {"it is a structure within another"};
+}
+
 /// Takes a variable, named `name`, and passes over what is left of it.
 Variable TakeVariable(Bytes* bytes, const MatrixHead& head, const std::string& name) {
     Variable variable{FromUtf8Replacing(name)};
@@ -294,7 +303,7 @@ Variable TakeVariable(Bytes* bytes, const MatrixHead& head, const std::string& n
             variable.value = TakeCells(bytes, head);
             break;
         case kStructure:
-            variable.value = Variable::LeftOut{"it is an array of structures or within one"};
+            variable.value = StructureLeftOut(BytesOf(head.dimensions, 1));
             break;
         case kObject:
         case kOpaque:
@@ -317,27 +326,6 @@ Variable TakeVariable(Bytes* bytes, const MatrixHead& head, const std::string& n
     return variable;
 }
 
-/// The fields of a structure as variables of a scope of its own.
-VariableScope TakeStructure(Bytes* bytes, const MatrixHead& head) {
-    VariableScope scope{FromUtf8Replacing(head.name)};
-    const std::vector<double> length = TakeNumbers(bytes, 1);
-    const Element names = TakeElement(bytes);
-    if (length.size() != 1 || !(length[0] >= 1.0) || names.bytes > kMostText)
-        FailDamaged("the fields of a structure have no names");
-    const std::vector<std::byte> raw = bytes->Take(names.bytes);
-    bytes->SkipTo(names.end);
-    const auto room = static_cast<std::size_t>(length[0]);
-    for (std::size_t at = 0; at + room <= raw.size(); at += room) {
-        const std::string name = TextOf(std::span(raw).subspan(at, room));
-        const Element field = TakeElement(bytes);
-        if (field.type != kMatrix) FailDamaged("a field of a structure is no variable");
-        scope.variables.push_back(TakeVariable(bytes, TakeHead(bytes, field), name));
-        const bool isLast = at + 2 * room > raw.size();
-        if (!isLast) bytes->SkipTo(field.end);
-    }
-    return scope;
-}
-
 struct MatContent {
     std::vector<VariableScope> scopes{1};
     RecordingInfo info = {};
@@ -355,12 +343,41 @@ struct MatContent {
     }
 };
 
+/// The name of an element of an array of structures: "s", "s(2)".
+std::wstring ElementName(const std::wstring& name, std::uint64_t index, std::uint64_t count) {
+    return count == 1 ? name : name + L"(" + std::to_wstring(index + 1) + L")";
+}
+
+/// The fields of each element of an array of structures as variables of a scope of its own.
+void TakeStructures(Bytes* bytes, const MatrixHead& head, std::uint64_t count, MatContent* content) {
+    const std::vector<double> length = TakeNumbers(bytes, 1);
+    const Element names = TakeElement(bytes);
+    if (length.size() != 1 || !(length[0] >= 1.0) || names.bytes > kMostText)
+        FailDamaged("the fields of a structure have no names");
+    const std::vector<std::byte> raw = bytes->Take(names.bytes);
+    bytes->SkipTo(names.end);
+    const auto room = static_cast<std::size_t>(length[0]);
+    for (std::uint64_t i = 0; i < count; ++i) {
+        content->scopes.push_back({ElementName(FromUtf8Replacing(head.name), i, count)});
+        for (std::size_t at = 0; at + room <= raw.size(); at += room) {
+            const std::string name = TextOf(std::span(raw).subspan(at, room));
+            const Element field = TakeElement(bytes);
+            if (field.type != kMatrix) FailDamaged("a field of a structure is no variable");
+            content->scopes.back().variables.push_back(
+                content->Bounded(TakeVariable(bytes, TakeHead(bytes, field), name)));
+            const bool isLast = i + 1 == count && at + 2 * room > raw.size();
+            if (!isLast) bytes->SkipTo(field.end);
+        }
+    }
+}
+
 void TakeMatrix(Bytes* bytes, const Element& matrix, MatContent* content) {
     const MatrixHead head = TakeHead(bytes, matrix);
     // What objects share lies in a variable without a name.
     if (head.name.empty()) return;
-    if (head.kind == kStructure && BytesOf(head.dimensions, 1) == 1)
-        content->scopes.push_back(TakeStructure(bytes, head));
+    const std::uint64_t count = BytesOf(head.dimensions, 1);
+    if (head.kind == kStructure && count > 0 && count <= kMostStructures)
+        TakeStructures(bytes, head, count, content);
     else
         content->scopes.front().variables.push_back(content->Bounded(TakeVariable(bytes, head, head.name)));
 }
@@ -413,18 +430,27 @@ Variable::Value TakeLetters(const Hdf5Object& object) {
     return RowsOf(LettersOf(codes), object.dimensions.empty() ? 1 : object.dimensions.back());
 }
 
-/// A cell array of texts, which is one of addresses.
-Variable::Value TakeCells(const Hdf5File& file, const Hdf5Object& object) {
+/// The addresses of an array of references; none where they are too many.
+std::optional<std::vector<std::uint64_t>> AddressesOf(const Hdf5Object& object) {
     const std::uint64_t bytes = BytesOf(object.dimensions, object.elementBytes);
-    if (object.bytes == nullptr || !object.isReference || bytes > kMostText)
-        return Variable::LeftOut{"it is a cell array"};
+    if (object.bytes == nullptr || !object.isReference || bytes > kMostText) return std::nullopt;
     std::vector<std::byte> raw(static_cast<std::size_t>(bytes));
     object.bytes->open()->Read(raw);
+    std::vector<std::uint64_t> addresses;
+    for (std::size_t at = 0; at + 8 <= raw.size(); at += 8) {
+        std::uint64_t& address = addresses.emplace_back(0);
+        for (std::size_t i = 0; i < 8; ++i) address |= std::to_integer<std::uint64_t>(raw[at + i]) << 8 * i;
+    }
+    return addresses;
+}
+
+/// A cell array of texts, which is one of addresses.
+Variable::Value TakeCells(const Hdf5File& file, const Hdf5Object& object) {
+    const auto addresses = AddressesOf(object);
+    if (!addresses) return Variable::LeftOut{"it is a cell array"};
     Variable::Texts texts;
     std::uint64_t letters = 0;
-    for (std::size_t at = 0; at + 8 <= raw.size(); at += 8) {
-        std::uint64_t address = 0;
-        for (std::size_t i = 0; i < 8; ++i) address |= std::to_integer<std::uint64_t>(raw[at + i]) << 8 * i;
+    for (const std::uint64_t address : *addresses) {
         const Hdf5Object cell = file.Object(address);
         const auto kind = cell.attributes.find("MATLAB_class");
         const bool isText = !cell.isGroup && kind != cell.attributes.end() && kind->second == "char";
@@ -444,7 +470,7 @@ Variable::Value TakeObject(const Hdf5File& file, const Hdf5Object& object) {
     const std::string kind = found == object.attributes.end() ? "" : found->second;
     if (object.attributes.contains("MATLAB_sparse")) return Variable::LeftOut{"it is sparse"};
     if (object.isGroup || kind == "struct")
-        return Variable::LeftOut{"it is an array of structures or within one"};
+        return Variable::LeftOut{object.isGroup ? "it is a structure within another" : "it is empty"};
     if (kind == "char") return TakeLetters(object);
     if (kind == "cell") return TakeCells(file, object);
     if (std::ranges::find(kNumeric, kind) == std::end(kNumeric)) return Variable::LeftOut{"it is an object"};
@@ -458,11 +484,29 @@ Variable::Value TakeObject(const Hdf5File& file, const Hdf5Object& object) {
     return array;
 }
 
+/// Takes a field of an array of structures, which is an array of references, into the scope of each from
+/// `first` on. False for another variable.
+bool TakeField(const Hdf5File& file, const Hdf5Object& object, const std::wstring& name, std::size_t first,
+               MatContent* content) {
+    if (object.attributes.contains("MATLAB_class")) return false;
+    const auto addresses = AddressesOf(object);
+    if (!addresses || addresses->size() > kMostStructures) return false;
+    std::vector<VariableScope>& scopes = content->scopes;
+    const std::wstring whole = scopes[first].name.substr(0, scopes[first].name.find(L'('));
+    if (scopes.size() < first + addresses->size()) scopes.resize(first + addresses->size());
+    for (std::size_t i = 0; i < addresses->size(); ++i) {
+        scopes[first + i].name = ElementName(whole, i, addresses->size());
+        Variable variable{name, TakeObject(file, file.Object((*addresses)[i]))};
+        scopes[first + i].variables.push_back(content->Bounded(std::move(variable)));
+    }
+    return true;
+}
+
 /// Takes the members of a group; structures among those of the file become scopes of their own.
 void TakeGroup(const Hdf5File& file, const Hdf5Object& group, bool isFile, MatContent* content) {
+    const std::size_t first = isFile ? 0 : content->scopes.size() - 1;
     for (const auto& [name, address] : file.Members(group)) {
         if (name.starts_with('#')) continue;  // what cells and objects share
-        VariableScope& scope = isFile ? content->scopes.front() : content->scopes.back();
         Variable variable{FromUtf8Replacing(name)};
         try {
             const Hdf5Object object = file.Object(address);
@@ -471,12 +515,13 @@ void TakeGroup(const Hdf5File& file, const Hdf5Object& group, bool isFile, MatCo
                 TakeGroup(file, object, false, content);
                 continue;
             }
+            if (!isFile && TakeField(file, object, variable.name, first, content)) continue;
             variable.value = TakeObject(file, object);
         } catch (const Error& error) {
             if (error.Kind() != ErrorKind::kUnsupported) throw;
             variable.value = Variable::LeftOut{error.Sentence()};
         }
-        scope.variables.push_back(content->Bounded(std::move(variable)));
+        content->scopes[first].variables.push_back(content->Bounded(std::move(variable)));
     }
 }
 

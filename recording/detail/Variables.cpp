@@ -201,32 +201,51 @@ std::vector<double> ReadOne(const StoredArray& array) {
 struct Places {
     const NameRow* name;
     const Variable* variable;
+    std::size_t along;  ///< the dimension of the variable along which they follow one another
     TimeStamps stamps = {};
-    bool isRising = true;  ///< and finite
+    bool isRising = true;      ///< and finite
+    bool isOfAnArray = false;  ///< whether they are the first of the columns of an array of samples
+    std::optional<double> firstDay = std::nullopt;  ///< of places in days, which the stamps count in seconds
 
     std::uint64_t Count() const { return static_cast<std::uint64_t>(stamps.count); }
 };
 
-Places SurveyPlaces(const Variable& variable, const NameRow* name) {
+/// Seconds from the first of serial dates on.
+void CountSeconds(double firstDay, std::span<double> days) {
+    constexpr double kSecondsPerDay = 86400.0;
+    for (double& day : days) day = (day - firstDay) * kSecondsPerDay;
+}
+
+/// Whether times are serial dates, days from the year 0 on, of the years 1916 to 2190: a sample a day or more
+/// often.
+bool AreDays(const TimeStamps& stamps) {
+    constexpr double kFirst = 7e5;
+    constexpr double kLast = 8e5;
+    return stamps.count > 1 && stamps.first >= kFirst && stamps.last <= kLast && stamps.Step() < 1.0;
+}
+
+/// Surveys the first column, or row, of an array as places.
+Places SurveyPlaces(const Variable& variable, const NameRow* name, std::size_t along) {
     constexpr std::size_t kRoom = std::size_t{1} << 14;
     const auto& array = std::get<StoredArray>(variable.value);
-    const std::vector<Column> column = ColumnsOf(array, AlongOf(array));
-    std::vector<double> room(std::min<std::uint64_t>(kRoom, array.Size()));
+    const std::vector<Column> column = {ColumnsOf(array, along).front()};
+    const std::uint64_t all = array.counts[along];
+    std::vector<double> room(std::min<std::uint64_t>(kRoom, all));
     double* const target = room.data();
     const auto passAll = [&](const auto& take) {
-        ColumnReader reader(column, array.Size());
-        for (std::uint64_t left = array.Size(); left > 0;) {
+        ColumnReader reader(column, all);
+        for (std::uint64_t left = all; left > 0;) {
             const std::size_t count = std::min<std::uint64_t>(room.size(), left);
             reader.Read({&target, 1}, count);
-            if (!take(std::span<const double>(room).first(count))) return;
+            if (!take(std::span(room).first(count))) return;
             left -= count;
         }
     };
-    Places places{name, &variable};
-    places.stamps.count = static_cast<__int64>(array.Size());
+    Places places{name, &variable, along};
+    places.stamps.count = static_cast<__int64>(all);
     double previous = -std::numeric_limits<double>::infinity();
     bool isFirst = true;
-    passAll([&](std::span<const double> values) {
+    passAll([&](std::span<double> values) {
         if (std::exchange(isFirst, false)) places.stamps.first = values.front();
         for (const double value : values) {
             places.isRising = places.isRising && std::isfinite(value) && value >= previous;
@@ -244,20 +263,31 @@ Places SurveyPlaces(const Variable& variable, const NameRow* name) {
         places.stamps.resolution = std::max(std::abs(places.stamps.first), std::abs(places.stamps.last)) *
                                    static_cast<double>(std::numeric_limits<float>::epsilon());
     }
+    if (name->axis == "t" && AreDays(places.stamps)) {
+        places.firstDay = places.stamps.first;
+        double ends[] = {places.stamps.first, places.stamps.last, std::nextafter(places.stamps.first, 0.0)};
+        CountSeconds(*places.firstDay, ends);
+        places.stamps.first = ends[0];
+        places.stamps.last = ends[1];
+        places.stamps.resolution = -ends[2];
+    }
     StrayFinder finder(&places.stamps);
-    passAll([&](std::span<const double> values) {
+    passAll([&](std::span<double> values) {
+        if (places.firstDay) CountSeconds(*places.firstDay, values);
         finder.Add(values);
         return !places.stamps.stray;
     });
     return places;
 }
 
-/// The spacing of even places; one that makes a whole rate is taken to.
-double StepOf(const TimeStamps& stamps) {
-    constexpr double kRounding = 1e-9;
+/// The spacing of even places; one that makes a whole rate is taken to, as far as serial dates tell it.
+double StepOf(const Places& places) {
+    const TimeStamps& stamps = places.stamps;
+    const double told = places.firstDay ? stamps.resolution / (stamps.last - stamps.first) : 0.0;
+    const double rounding = std::max(1e-9, told);
     const double rate = 1.0 / stamps.Step();
     const double whole = std::round(rate);
-    return whole >= 1.0 && std::abs(rate / whole - 1.0) < kRounding ? 1.0 / whole : stamps.Step();
+    return whole >= 1.0 && std::abs(rate / whole - 1.0) < rounding ? 1.0 / whole : stamps.Step();
 }
 
 // ---- runs ----
@@ -266,6 +296,7 @@ double StepOf(const TimeStamps& stamps) {
 struct RunColumns {
     std::vector<Column> columns;
     std::uint64_t length;
+    std::optional<double> firstDay = std::nullopt;  ///< of listed places that are serial dates
 };
 
 /// What the numbers of a scope say of its axes.
@@ -310,10 +341,11 @@ private:
     struct Array {
         const Variable* variable;
         std::size_t along = 0;  ///< the dimension along which its samples follow one another
+        bool hasTime = false;   ///< whether its first column, or row, is its time
 
         const StoredArray& Numbers() const { return std::get<StoredArray>(variable->value); }
         std::uint64_t Samples() const { return Numbers().counts[along]; }
-        std::uint64_t Channels() const { return Numbers().counts[1 - along]; }
+        std::uint64_t Channels() const { return Numbers().counts[1 - along] - (hasTime ? 1 : 0); }
     };
     struct Group {
         RecordingInfo::Run run = {};
@@ -322,6 +354,10 @@ private:
 
     std::string FullName(const Variable& variable) const {
         return ToUtf8(scope_->name.empty() ? variable.name : scope_->name + L"." + variable.name);
+    }
+
+    std::string QuotedName(const Variable& variable) const {
+        return variable.name.empty() ? "the array" : Quote(FullName(variable));
     }
 
     bool IsNumber(const Variable& variable) const {
@@ -393,7 +429,7 @@ private:
         if (row != nullptr && row->axis == "x" && !HasAxisUnit()) row = nullptr;  // a name like any other
         const bool isVector = array.counts[1 - AlongOf(array)] == 1;
         if (row != nullptr && isVector && array.parts.size() == 1) {
-            const Places places = SurveyPlaces(variable, row);
+            const Places places = SurveyPlaces(variable, row, AlongOf(array));
             if (places.isRising) {
                 axes_.push_back(places);
                 return;
@@ -428,11 +464,12 @@ private:
             const bool isRowTime = AxisOf(rows) != nullptr;
             const bool isColumnTime = AxisOf(columns) != nullptr;
             array.along = isRowTime == isColumnTime ? columns > rows : isColumnTime;
-            const std::string name =
-                array.variable->name.empty() ? "the array" : Quote(FullName(*array.variable));
+            const std::string name = QuotedName(*array.variable);
+            array.hasTime = TakeTime(array, name);
             if (array.along == 1)
                 info_.remarks.push_back("the rows of " + name + " are taken for channels, " +
-                                        std::to_string(rows) + " of " + std::to_string(columns) + " samples");
+                                        std::to_string(array.Channels()) + " of " + std::to_string(columns) +
+                                        " samples");
             if (rows == columns && isRowTime == isColumnTime)
                 info_.remarks.push_back(name + " is square; its columns are taken for channels");
         }
@@ -441,12 +478,31 @@ private:
             const auto array = std::ranges::find(arrays_, &variable, &Array::variable);
             if (array != arrays_.end()) all.push_back(*array);
             const auto axis = std::ranges::find(axes_, &variable, &Places::variable);
-            if (axis == axes_.end()) continue;
+            if (axis == axes_.end() || axis->isOfAnArray) continue;
             const bool isUsed = std::ranges::any_of(
                 arrays_, [&](const Array& each) { return AxisOf(each.Samples()) == &*axis; });
             if (!isUsed) all.push_back({&variable, AlongOf(std::get<StoredArray>(variable.value))});
         }
         arrays_ = std::move(all);
+    }
+
+    /// Whether the first column, or row, of an array is its time, which nothing else states: it rises evenly.
+    bool TakeTime(const Array& array, const std::string& name) {
+        constexpr std::uint64_t kLeast = 8;  // fewer numbers rise by chance
+        if (array.Numbers().parts.size() > 1 || array.Samples() < kLeast || !numbers_.empty()) return false;
+        const Places* const other = AxisOf(array.Samples());
+        const bool isOfAnArray = other != nullptr && other->isOfAnArray;
+        if (!isOfAnArray && !axes_.empty() && (other != nullptr || !axes_.front().isOfAnArray)) return false;
+        Places places = SurveyPlaces(*array.variable, RowOf(L"t", true), array.along);
+        if (!places.isRising || !places.stamps.IsEven()) return false;
+        if (isOfAnArray && (other->stamps.first != places.stamps.first ||
+                            other->stamps.last != places.stamps.last || other->firstDay != places.firstDay))
+            return false;
+        info_.remarks.push_back(std::string("the first ") + (array.along == 0 ? "column" : "row") + " of " +
+                                name + " rises evenly and is taken for the time");
+        places.isOfAnArray = true;
+        if (!isOfAnArray) axes_.push_back(places);
+        return true;
     }
 
     void MakeGroups() {
@@ -498,15 +554,22 @@ private:
         RecordedAxis& axis = group->run.axis;
         const TimeStamps& stamps = places.stamps;
         axis.unit = UnitOf(places.name->axis);
+        if (places.firstDay) {
+            info_.remarks.push_back("the times of " + QuotedName(*places.variable) +
+                                    " are taken for serial dates in days, from " +
+                                    FormatExact(*places.firstDay) +
+                                    " on, and read as seconds from the first");
+        }
         if (!stamps.IsEven()) {
             axis.isListed = true;
             const auto& array = std::get<StoredArray>(places.variable->value);
-            group->source.columns = ColumnsOf(array, AlongOf(array));
+            group->source.columns = ColumnsOf(array, places.along);
+            group->source.firstDay = places.firstDay;
             return;
         }
         const double span = stamps.last - stamps.first;
         const std::optional<double> stated = StatedStep(places.name->axis);
-        axis.delta = StepOf(stamps);
+        axis.delta = StepOf(places);
         axis.first = stamps.first;
         if (places.name->axis == "t") axis.stamps = stamps;
         if (!stated) return;
@@ -543,11 +606,15 @@ private:
             throw Error(ErrorKind::kUnsupported,
                         "its arrays make more than " + std::to_string(kMostChannels) + " channels");
         }
-        std::ranges::move(ColumnsOf(array.Numbers(), array.along), std::back_inserter(group->source.columns));
+        const std::uint64_t first = array.hasTime ? 1 : 0;
+        std::vector<Column> columns = ColumnsOf(array.Numbers(), array.along);
+        std::move(columns.begin() + static_cast<std::ptrdiff_t>(first), columns.end(),
+                  std::back_inserter(group->source.columns));
         for (std::uint64_t c = 0; c < array.Channels(); ++c) {
             RecordingInfo::Channel& channel = group->run.channels.emplace_back();
             channel.name = array.variable->name;
-            if (array.Channels() > 1 && !channel.name.empty()) channel.name += L"_" + std::to_wstring(c + 1);
+            if (array.Channels() > 1 && !channel.name.empty())
+                channel.name += L"_" + std::to_wstring(first + c + 1);
             channel.isComplex = array.Numbers().parts.size() > 1;
         }
     }
@@ -643,6 +710,8 @@ public:
         for (std::size_t begin = 0; begin < count; begin += most) {
             const std::size_t piece = std::min(most, count - begin);
             reader_->Read(to, piece);
+            if (sources_[run].firstDay && to[0] != nullptr)
+                CountSeconds(*sources_[run].firstDay, {to[0], piece});
             for (std::size_t c = 0; c < to.size(); ++c) {
                 if (to[c] == nullptr) continue;
                 MarkMissing(c, begin, {to[c], piece});

@@ -6,6 +6,7 @@
 #include <zlib.h>
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
@@ -125,6 +126,72 @@ TEST(MatFile, MakesRunsOfItsVariables) {
         EXPECT_EQ(Described(OpenMatFile, File(variables)), expected);
 }
 
+TEST(MatFile, MakesARunOfEachElementOfAnArrayOfStructures) {
+    const std::string fields =
+        Number(5 | 4 << 16, 4) + Number(8, 4) + Element(1, "x\0\0\0\0\0\0\0dt\0\0\0\0\0\0"s);
+    const auto element = [](double first, double step) {
+        return Matrix(6, 3, 1, "", Element(9, Doubles({first, 8, 9}))) + Scalar("", step);
+    };
+    const std::string array = Matrix(2, 1, 2, "s", fields + element(7, 2) + element(6, 4));
+    EXPECT_EQ(Described(OpenMatFile, File(array)),
+              "s(1): s from 0 by 2: x [] 7 8 9; s(2): s from 0 by 4: x [] 6 8 9");
+    // Two elements are stated, one and a half are there.
+    const std::string cut = Matrix(2, 1, 2, "s", fields + element(7, 2) + Matrix(6, 1, 1, "", ""));
+    EXPECT_NE(Described(OpenMatFile, File(cut)).find("cut short"), std::string::npos);
+    const std::string others = Matrix(2, 0, 0, "none", "") + Matrix(2, 70, 70, "many", "");
+    EXPECT_EQ(
+        Described(OpenMatFile, File(others + kVector + Scalar("fs", 1))),
+        ": s from 0 by 1: a [] 1 -2 3; left out: 'none', for it is empty; 'many', for it is an array of "
+        "more than 4096 structures");
+}
+
+/// Eight rows: a column that rises by `step` from `first`, and its row's number, perhaps squared.
+std::string TimeAndData(double first, double step, std::uint32_t columns = 2) {
+    std::string values;
+    for (std::uint32_t c = 0; c < columns; ++c)
+        for (int i = 0; i < 8; ++i) values += Doubles({c == 0 ? first + i * step : std::pow(i, c)});
+    return Matrix(6, 8, columns, "m", Element(9, values));
+}
+
+TEST(MatFile, TakesAFirstColumnThatRisesEvenlyForTheTime) {
+    const std::string remark = "; the first column of 'm' rises evenly and is taken for the time";
+    const std::string column = "0 1 2 3 4 5 6 7";
+    const std::string squares = "0 1 4 9 16 25 36 49";
+    const std::string days =
+        "; the times of 'm' are taken for serial dates in days, from 738000.5 on, and read "
+        "as seconds from the first";
+    const std::string vector = Matrix(6, 1, 8, "b", Element(9, Doubles({8, 7, 6, 5, 4, 3, 2, 2})));
+    const std::pair<std::string, std::string> cases[] = {
+        {TimeAndData(-1, 0.5), ": s from -1 by 0.5: m [] " + column + remark},
+        {TimeAndData(0, 0.25, 3), ": s from 0 by 0.25: m_2 [] " + column + ", m_3 [] " + squares + remark},
+        {TimeAndData(0, 2) + vector, ": s from 0 by 2: m [] " + column + ", b [] 8 7 6 5 4 3 2 2" + remark},
+        {TimeAndData(738000.5, 1.0 / 128), ": s from 0 by 675: m [] " + column + remark + days},
+        // What the file states comes first.
+        {TimeAndData(0, 1) + Scalar("fs", 2), ": s from 0 by 0.5: m_1 [] " + column + ", m_2 [] " + column},
+        {TimeAndData(0, -1), ": s from 0 by 0: m_1 [] 0 -1 -2 -3 -4 -5 -6 -7, m_2 [] " + column},
+    };
+    for (const auto& [variables, expected] : cases)
+        EXPECT_EQ(Described(OpenMatFile, File(variables)), expected);
+}
+
+TEST(MatFile, ReadsSerialDatesAsSecondsFromTheFirst) {
+    const std::string remark =
+        "; the times of 't' are taken for serial dates in days, from 738000 on, and read "
+        "as seconds from the first";
+    std::string fine;
+    for (int i = 0; i < 4; ++i) fine += Doubles({738000 + i / (86400.0 * 100)});
+    const std::string four = Matrix(6, 4, 1, "a", Element(9, Doubles({1, 2, 2, 1})));
+    const std::pair<std::string, std::string> cases[] = {
+        {Matrix(6, 4, 1, "t", Element(9, fine)) + four, ": s from 0 by 0.01: a [] 1 2 2 1" + remark},
+        {Matrix(6, 4, 1, "t", Element(9, Doubles({738000, 738000.25, 738001, 738001.5}))) + four,
+         ": s listed:  0 21600 86400 129600, a [] 1 2 2 1" + remark},
+        {Matrix(6, 4, 1, "t", Element(9, Doubles({738000, 738001, 738002, 738003}))) + four,
+         ": s from 738000 by 1: a [] 1 2 2 1"},
+    };
+    for (const auto& [variables, expected] : cases)
+        EXPECT_EQ(Described(OpenMatFile, File(variables)), expected);
+}
+
 TEST(MatFile, TellsItsOtherNumbersAndTexts) {
     const auto reader =
         Open(OpenMatFile, File(kVector + Scalar("fs", 1) + Text("note", "so") + Scalar("n", 0.5)));
@@ -161,9 +228,25 @@ constexpr const char* kOfVersion73 =
     "DrQKG5fEcbes5964Urm2X9QLR0Ve6lZkwJq66hknYUB84Rk0v/giMmzj6dWg95XJ9SqIVxGYS73yi5v+58F+9zpGwMHnEFK8IsnY56Cb"
     "pvOLa7r4B0LdAYk=";
 
-std::string OfVersion73() {
-    const std::string packed = FromBase64(kOfVersion73);
-    std::string bytes(10408, '\0');
+// Likewise: an array s of two structures with a vector x and a number dt.
+constexpr const char* kStructures73 =
+    "eNrtWL9PwkAUvmspFpSkCJHGaHKRhUGNiSa6CUYMJqJEGdyUn8GEqBFIdHPUzdHR0ZHR0dGR0dE/"
+    "ww1L753xTsCKUVHuW7686+Na3vve6/Ul"
+    "Y+mN2ApZnJ0nyVh6pnhQLkyT7BkpZQ7z5JuAGJT1JJL4VVwmVtd83nGvbeg6ciEDckOpCYhM8jb7/T4wBr4AvlXYOravmbDuh/1Fv/"
+    "R2PN7y"
+    "bgpg93nSKBsyZQOJRDyWavEu2ExPDwrvFz4pFCthhCqCLqM93reTfhMqtUuaM/"
+    "0u6ZSJTKXUr4UI65ca75cBzgLngPOCnucc3ndnc2sVW80c"
+    "5IeIyu8j6pj113qQ93sE+"
+    "3lsMPOHkZvGAjObZhArmIuTKuRJfWXTXvOTZchFFC0Mo4UmOGjWauu6otANdeg4Kj738B2PYgQUgJHP8tVR0j7H"
+    "7eXKmYrd+gLWLu43z5E/qmXLha90wna6cr3qKjLU3Z/p6tzf3Y/9y6vR7n6sj94E/oO6JiApBHgK2AQOAhtR/"
+    "nVmRFmcWBxYHj6Ks4SEhISE"
+    "hMQgniuv+/Jc6TQenbj3eNQhHrqMhx2Puz6Nh8rNYwz4sjgOUTuFnM1jGib/"
+    "XSIx2PMYpiczxPvlq5RPhbrqVc1sfijOUz5bV5XqSS1Xbdla"
+    "1/6gCM+tvOsPtP5DUOmd+8G9p33FXPRVXsV5133I2VzCHJc1wffZn9JV40/o6gXMkLTR";
+
+std::string OfVersion73(const char* text = kOfVersion73, std::size_t length = 10408) {
+    const std::string packed = FromBase64(text);
+    std::string bytes(length, '\0');
     uLongf size = bytes.size();
     uncompress(reinterpret_cast<Bytef*>(bytes.data()), &size, reinterpret_cast<const Bytef*>(packed.data()),
                packed.size());
@@ -176,6 +259,8 @@ TEST(MatFile, OfVersion73IsRead) {
     const std::string expected =
         ": s from 0 by 0.125: x [] 1 2 3, yz [] 4 5 -6; s: Hz from 0 by 0.5: H [] 1 3,  2 -4";
     EXPECT_EQ(Described(OpenMatFile, file), expected);
+    EXPECT_EQ(Described(OpenMatFile, OfVersion73(kStructures73, 7464)),
+              "s(1): s from 0 by 2: x [] 7 8 9; s(2): s from 0 by 4: x [] 6 5 4");
     // A file that is cut short or has one wrong byte is refused, or the byte does not matter.
     for (std::size_t at = 512; at < file.size(); at += 7) {
         std::string broken = file;
