@@ -87,8 +87,11 @@ std::vector<RunRecord> RecordsOf(std::span<const SignalRun> runs) {
             auto record = std::find_if(
                 records.begin() + static_cast<std::ptrdiff_t>(first), records.end(),
                 [&](const RunRecord& other) { return PlainUnitName(other.unit) == PlainUnitName(unit); });
-            if (record == records.end())
-                record = records.insert(record, {r, runs[r].record + records.size() - first, unit, {}});
+            if (record == records.end()) {
+                const std::size_t next = records.empty() ? 1 : records.back().number + 1;
+                record = records.insert(
+                    record, {r, std::max(next, runs[r].record + records.size() - first), unit, {}});
+            }
             record->channels.push_back(c);
         }
     }

@@ -45,7 +45,7 @@ KVX_RECORDING_API void ReadRuns(SignalReader& reader, const TakeRunSamples& take
 /// The channels of a run that have one unit: results on them become one record, as they do in an import.
 struct RunRecord {
     std::size_t run;
-    std::size_t number;  ///< in the source, from 1
+    std::size_t number;  ///< in the source, from 1; in a file with a record per unit where runs have several
     CUnitCtrl unit;
     std::vector<std::size_t> channels;  ///< positions in the run
 };
