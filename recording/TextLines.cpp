@@ -72,7 +72,7 @@ void RequireText(std::string_view begin, const char* soundRefusal) {
                 "it is " + std::string(content.name) + ", which is not " + (isSound ? soundRefusal : "read"));
 }
 
-constexpr const char* kNoText = "it is neither a text table nor a sound file";
+constexpr const char* kNoText = "it is no text and of none of the other formats that are read";
 
 /// A text that cannot be opened twice, kept in memory.
 class KeptText : public ByteStream {

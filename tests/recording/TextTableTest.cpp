@@ -164,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(Bad, TextTable, testing::Values(
          "line 2, column 1: '1.5' has another decimal mark than the numbers before it"},
     Case{"NoNumbers", "a,b\nc,d\n", "no line of it is a row of numbers; line 2 begins 'c,d'"},
     Case{"OnlyBlankLines", "\n \n", "it holds no text"},
-    Case{"Binary", "ab\0cd"s, "it is neither a text table nor a sound file"},
+    Case{"Binary", "ab\0cd"s, "it is no text and of none of the other formats that are read"},
     Case{"BytesOfNoEncoding", "a\x81 x\n1\n", "column 1: the heading 'a\\x81 x' is not UTF-8; give its encoding with codePage"},
     Case{"TimeBeyondSeconds", "t [h],a\n0,1\n1e306,2\n", "line 3, column 1: the time overflows in conversion to seconds"},
     Case{"HalfACharacter", "\xFF\xFE" "a", "its UTF-16 text ends in the middle of a character"},
@@ -190,7 +190,7 @@ TEST(TextTableOptions, NameTheEncoding) {
     EXPECT_EQ(outcome("\xFE\xFF" + utf16, "utf-16be"), "a [m/s2] 1");
     EXPECT_EQ(outcome("\xEC\xE0\xF1\xF1\xE0\n1\n", "windows-1251"), "масса 1");
     EXPECT_EQ(outcome("\xBC\xD3\xCB\xD9\xB6\xC8\n1\n", "gbk"), "加速度 1");
-    EXPECT_EQ(outcome(utf16, "auto"), "it is neither a text table nor a sound file");
+    EXPECT_EQ(outcome(utf16, "auto"), "it is no text and of none of the other formats that are read");
     EXPECT_EQ(outcome(latin, "utf-8"), "column 1: the heading 'a [m/s\\xB2]' is not utf-8");
     EXPECT_EQ(outcome("\xFE\xFF" + utf16, "latin-1"),
               "its byte-order mark says utf-16be, not codePage windows-1252");

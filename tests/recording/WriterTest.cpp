@@ -296,7 +296,7 @@ TEST(OpenSignal, TakesStatementsThatSuitTheRecording) {
                       }),
               "it has no record 2, only 1 record");
     EXPECT_EQ(Refusal(ErrorKind::kUnknownName, [&] { OpenSignal(path, {"c"}, {.rateHz = 4.0}); }),
-              "there is no channel 'c' among its 2 channels");
+              "there is no channel 'c' among its 2 channels: 'a', 'b'");
 }
 
 // ---- numbers as text ----
