@@ -152,7 +152,8 @@ TEST(Xfr, FindsADelayAndAGainAcrossRecords) {
 
     // A response and its coherence have one name.
     const std::string byName = "kvx export h.vdf2 -o - --channels base";
-    EXPECT_THAT(RunShell(folder, byName).out, HasSubstr("base re [g/N]"));
+    EXPECT_THAT(RunShell(folder, byName).err, HasSubstr("are all called 'base'; choose by number"));
+    EXPECT_THAT(RunShell(folder, byName + " --record 1").out, HasSubstr("base re [g/N]"));
     EXPECT_THAT(RunShell(folder, byName + " --record 2").out, HasSubstr("frequency [Hz],base [-]\n"));
     EXPECT_THAT(RunShell(folder, "kvx export h.vdf2 -o - --channels 2 --record 2").err,
                 HasSubstr("channel 2 is in record 1, not in record 2"));

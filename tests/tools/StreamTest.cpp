@@ -10,6 +10,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/dsp/SampleFilters.h>
@@ -301,6 +304,117 @@ TEST(Interrupts, ThatTheProgramWasStartedToIgnoreAreIgnored) {
     EXPECT_TRUE(tool.WaitForTemporary(folder));
     EXPECT_EQ(tool.End(SIGHUP), 0);
     EXPECT_EQ(folder.Count(), 2U);
+}
+
+TEST(Pipes, GiveWhatFilesGive) {
+    const TempFolder folder;
+    RunWell(folder,
+            "awk 'BEGIN { print \"time,force [N],top [g]\"; for (i = 0; i < 256; ++i)"
+            " print i / 64 \",\" sin(i * i) \",\" cos(i) }' > in.csv");
+    RunWell(folder, "printf 'unit g2/Hz\\n1 1\\n20 2\\n' > profile.txt");
+    RunWell(folder, "kvx import in.csv -o in.vdf2 && kvx import in.csv -o other.vdf2");
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"import", "in.csv --text x", "vdf2"},
+        {"export", "in.vdf2", "csv"},
+        {"convert", "in.vdf2", "npz"},
+        {"edit", "in.vdf2 --scale 2", "mat"},
+        {"merge", "in.vdf2 other.vdf2", "csv"},
+        {"filter", "in.vdf2 --lowpass 10", "csv"},
+        {"resample", "in.vdf2 --down 2", "csv"},
+        {"psd", "in.vdf2 --block 64", "csv"},
+        {"spectrum", "in.vdf2 --block 64", "uff"},
+        {"xfr", "in.vdf2 --block 64", "vdf2"},
+        {"plot", "in.vdf2", "svg"},
+        {"spectrogram", "in.vdf2 --block 32", "png"},
+        {"synth", "profile.txt --duration 1", "vdf2"},
+    };
+    for (const auto& [command, arguments, end] : cases) {
+        const std::string rest(arguments);
+        const std::string input = rest.substr(0, rest.find(' '));
+        const std::string options = rest.substr(input.size());
+        const std::string call = std::string("kvx ") + command;
+        RunShell(folder, call + " " + rest + " -o file." + end);
+        const ToolResult piped = RunShell(
+            folder, "cat " + input + " | " + call + " -" + options + " -o - --as " + end + " > piped");
+        EXPECT_EQ(piped.status, 0) << call << piped.err;
+        const std::string expected = folder.Read(std::string("file.") + end);
+        EXPECT_FALSE(expected.empty()) << call;
+        const bool isNamed = std::string_view(command) == "synth";  // the text is the name of its profile
+        EXPECT_TRUE(isNamed || folder.Read("piped") == expected) << call;
+    }
+    const std::string chain =
+        "kvx import in.csv -o - 2>/dev/null | kvx filter - --lowpass 10 -o - 2>/dev/null";
+    RunWell(folder, chain + " | kvx psd - -o psd.csv --block 64 > report");
+    RunWell(folder, "kvx filter in.vdf2 --lowpass 10 -o low.vdf2 > /dev/null");
+    RunWell(folder, "kvx psd low.vdf2 -o expected.csv --block 64 > reported");
+    EXPECT_EQ(folder.Read("psd.csv"), folder.Read("expected.csv"));
+    EXPECT_EQ(folder.Read("report"), folder.Read("reported"));
+    const std::pair<const char*, const char*> reports[] = {
+        {"info", ""}, {"calibrate", " --level '1 g' --channels top"}, {"profile", ""}};
+    for (const auto& [command, options] : reports) {
+        const std::string input = std::string_view(command) == "profile" ? "profile.txt" : "in.vdf2";
+        const auto lines = [&](const std::string& from) {
+            return RunWell(folder, "cat " + input + " | kvx " + command + " " + from + options +
+                                       " 2>/dev/null | grep -v 'changed\\|vdf2\\|input'");
+        };
+        EXPECT_EQ(lines("-"), lines(input)) << command;
+    }
+}
+
+TEST(Batches, OfPicturesTransfersAndReportsGoOnAfterAFailure) {
+    const TempFolder folder;
+    folder.Write("force.csv", "f [N]\n1\n2\n0\n4\n1\n0\n3\n2\n");
+    folder.Write("a.csv",
+                 "acc1 [g],acc2 [g],gap [m]\n2,1,0\n4,2,0\n0,0,0\n8,4,1\n2,1,0\n0,0,0\n6,3,1\n4,2,0\n");
+    folder.Write("b.csv",
+                 "acc1 [g],acc2 [g],gap [m]\n1,3,0\n2,6,1\n0,0,0\n4,12,0\n1,3,1\n0,0,1\n3,9,1\n2,6,0\n");
+    RunWell(folder, "awk 'BEGIN { for (i = 0; i < 64; ++i) print sin(i) }' | tee tone-a.csv > tone-b.csv");
+    const std::string inputs = " a.csv none.csv b.csv --rate 8 --channels 'acc*' ";
+    const std::string block = "--block 8 --window rectangular --overlap 0 ";
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {"xfr" + inputs + block + "--reference-file force.csv -o out/ --as vdf2", ".vdf2", "analyse"},
+        {"plot" + inputs + "-o out/", ".svg", "read"},
+        {"spectrogram" + inputs + block + "-o out/ --as png", ".png", "analyse"},
+        {"info" + inputs, "", "read"},
+        {"calibrate tone-a.csv none.csv tone-b.csv --level '1 g' --rate 100", "", "analyse"},
+        {"edit" + inputs + "--name x,y -o out/ --as csv", ".csv", "edit"},
+    };
+    for (const auto& [call, end, verb] : cases) {
+        const ToolResult result = RunShell(folder, "kvx " + call);
+        EXPECT_EQ(result.status, 1) << call;
+        EXPECT_THAT(result.err,
+                    testing::HasSubstr("kvx: cannot " + verb + " 'none.csv': the file does not exist\n"))
+            << call;
+        EXPECT_THAT(result.err, testing::HasSubstr("kvx: 1 of 3 inputs could not be dealt with\n"));
+        EXPECT_LT(result.out.find("a"), result.out.find("b")) << call;
+        if (end.empty()) continue;
+        EXPECT_TRUE(std::filesystem::exists(folder / ("out/a" + end))) << call;
+        EXPECT_TRUE(std::filesystem::exists(folder / ("out/b" + end))) << call;
+    }
+    // The responses are 2, 1 and 1, 3 times the force of the other file.
+    const auto json = RunJson(
+        folder, "kvx xfr a.csv b.csv --rate 8 --channels 1-2 --reference-file force.csv --reference f " +
+                    block + "2>/dev/null");
+    const double gains[2][2] = {{2.0, 1.0}, {1.0, 3.0}};
+    for (std::size_t f = 0; f < 2; ++f) {
+        EXPECT_EQ(json[f]["reference"]["file"], "force.csv");
+        for (std::size_t c = 0; c < 2; ++c)
+            EXPECT_NEAR(json[f]["responses"][c]["largest"]["magnitude"].get<double>(), gains[f][c], 1e-9);
+    }
+    const std::pair<const char*, const char*> wrong[] = {
+        {"xfr a.csv --rate 8 --block 8 --reference-file none.csv",
+         "cannot read 'none.csv': the file does not exist\n"},
+        {"xfr a.csv --rate 8 --block 8 --reference 4 --channels 2-",
+         "cannot analyse 'a.csv': there is no channel '4' among its 3"},
+        {"plot a.csv b.csv -o out/ --rate 8 --store-settings s.gci2",
+         "--store-settings is for a single picture;"},
+        {"psd a.csv --rate 8 --channels 2-9",
+         "cannot analyse 'a.csv': there is no channel '2-9' among its 3 channels\n"},
+        {"psd a.csv --rate 8 --name x,y", "cannot analyse 'a.csv': --name "},
+    };
+    for (const auto& [call, sentence] : wrong)
+        EXPECT_THAT(RunShell(folder, std::string("kvx ") + call).err,
+                    testing::StartsWith(std::string("kvx: ") + sentence));
 }
 
 }  // namespace

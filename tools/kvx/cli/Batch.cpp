@@ -135,7 +135,9 @@ private:
             WriteText(out_, (isFirst_ ? "[\n" : ",\n") + result.report);
             isFirst_ = false;
         } else {
+            if (kind_ == BatchReports::paragraphs && !isFirst_) WriteText(out_, "\n");
             WriteText(out_, result.report);
+            isFirst_ = false;
         }
         result.report.clear();
     }
@@ -171,15 +173,19 @@ void AddInputs(Command& command, const std::string& name, const std::string& wha
     command.AddOption(name, options->inputs, what).Many().Required();
 }
 
+void AddJobsOption(Command& command, BatchOptions* options) {
+    command.AddOption("--jobs", options->jobs, "Files to work on at a time (default: one per core)")
+        .Type("N")
+        .Check(WholeNumber(1, 256));
+}
+
 void AddBatchOptions(Command& command, BatchOptions* options) {
     command
         .AddOption("--name-pattern", options->namePattern,
                    "Names in an output folder, of {stem}, {name}, {number} and {ext}, that of --as (default: "
                    "{stem}.{ext})")
         .Type("PATTERN");
-    command.AddOption("--jobs", options->jobs, "Files to work on at a time (default: one per core)")
-        .Type("N")
-        .Check(WholeNumber(1, 256));
+    AddJobsOption(command, options);
 }
 
 void RunBatch(const BatchOptions& options, std::span<const OutputFormat> formats, BatchReports reports,

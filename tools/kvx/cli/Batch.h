@@ -26,12 +26,16 @@ struct BatchOptions {
 /// Describes the inputs, called `name` in the help.
 void AddInputs(Command& command, const std::string& name, const std::string& what, BatchOptions* options);
 
+/// Describes --jobs.
+void AddJobsOption(Command& command, BatchOptions* options);
+
 /// Describes --name-pattern and --jobs; AddOutputOptions describes the output.
 void AddBatchOptions(Command& command, BatchOptions* options);
 
 /// How the reports of several inputs are told apart.
 enum class BatchReports {
     asTheyAre,    ///< each names its file
+    paragraphs,   ///< each names its file, and a blank line parts them
     withHeading,  ///< below the name of the input
     json,         ///< as the elements of an array
 };

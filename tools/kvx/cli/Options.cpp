@@ -53,8 +53,9 @@ std::vector<std::string> SpreadList(std::string_view option, std::string_view li
     std::vector<std::string> pieces = SplitList(list);
     if (pieces.size() == 1) pieces.resize(count, pieces.front());
     if (pieces.size() != count) {
-        throw ValueError(fmt::format("{} gives {} for {}", option, Count(std::ssize(pieces), "value"),
-                                     Count(static_cast<long long>(count), "channel")));
+        throw Error(ErrorKind::kBadValue,
+                    fmt::format("{} gives {} for {}", option, Count(std::ssize(pieces), "value"),
+                                Count(static_cast<long long>(count), "channel")));
     }
     return pieces;
 }

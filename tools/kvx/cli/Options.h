@@ -23,6 +23,19 @@ Complaint NonNegativeNumber();
 Complaint FiniteNumber();
 Complaint WholeNumber(std::int64_t least, std::int64_t most);
 
+/// Describes an option for a number above 0, which the help shows in its unit or as what it is: "HZ".
+template <typename Target>
+Option AddPositive(Command& command, const std::string& name, const std::string& unit, Target& target,
+                   const std::string& description) {
+    return command.AddOption(name, target, description).Type(unit).Check(PositiveNumber());
+}
+
+/// Describes an option for a comma list.
+template <typename Target>
+Option AddList(Command& command, const std::string& name, Target& target, const std::string& description) {
+    return command.AddOption(name, target, description).Type("LIST");
+}
+
 /// "hold, zeros, periodic"
 std::string JoinList(const std::vector<std::string>& names);
 
@@ -51,8 +64,8 @@ const auto& Choose(const Table& table, const std::string& option, const std::str
 /// A number as an argument writes it: decimal point, no blanks; throws ValueError ("'abc' is not a number").
 double ParseArgument(std::string_view text);
 
-/// `values` spread over `count` receivers: one for all, or one each; throws ValueError naming `option`
-/// otherwise.
+/// `values` spread over the `count` channels of an input: one for all, or one each; throws Error naming
+/// `option` otherwise.
 std::vector<std::string> SpreadList(std::string_view option, std::string_view list, std::size_t count);
 
 }  // namespace kvx::tool

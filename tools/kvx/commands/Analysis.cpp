@@ -124,9 +124,8 @@ std::string ReportText(const SpectraOptions& options, const std::vector<RecordSp
 
 }  // namespace
 
-void AddInputFile(Command& command, InputOptions* options) {
-    command.AddOption("FILE", options->file, "Recording of any format with time waveforms, of any length")
-        .Required();
+void AddWaveformInputs(Command& command, BatchOptions* batch) {
+    AddInputs(command, "FILE", "Recordings of any format with time waveforms, of any length", batch);
 }
 
 std::unique_ptr<SignalReader> OpenWaveforms(const InputOptions& options, Progress& progress) {
@@ -155,15 +154,17 @@ BlockPlan PlanBlocks(const BlockOptions& options) {
             OfOption("--window", [&] { return MakeWindow(options.window, options.size); }), "--block"};
 }
 
-void AddLinesOutput(Command& command, OutputChoice* output) {
-    AddOutputOptions(command, "File for the lines, else there is only a report", RecordingFormats(), output);
+void AddLinesOutput(Command& command, BatchOptions* batch) {
+    AddOutputOptions(command, "File for the lines, of several inputs a folder; else there is only a report",
+                     RecordingFormats(), &batch->output);
+    AddBatchOptions(command, batch);
 }
 
 void AddBandOptions(Command command, const std::string& figures, FrequencyBand* band) {
     command.AddOption("--from", band->fromHz, "Report " + figures + " from this frequency on")
         .Type("HZ")
         .Check(NonNegativeNumber());
-    command.AddOption("--to", band->toHz, "Report up to this frequency").Type("HZ").Check(PositiveNumber());
+    AddPositive(command, "--to", "HZ", band->toHz, "Report up to this frequency");
 }
 
 void AddJsonFlag(Command& command, LinesOptions* options) {
@@ -211,9 +212,8 @@ std::string ChannelTable::Text() const {
 }
 
 void AddSpectraOptions(Command& command, SpectraOptions* options, BatchOptions* batch) {
-    AddInputs(command, "FILE", "Recordings of any format with time waveforms, of any length", batch);
-    AddLinesOutput(command, &batch->output);
-    AddBatchOptions(command, batch);
+    AddWaveformInputs(command, batch);
+    AddLinesOutput(command, batch);
     AddBlockOptions(command, &options->blocks);
     AddPartOptions(command, &options->input.part);
     AddBandOptions(command, "rms, highest line and peaks", &options->band);
@@ -247,14 +247,7 @@ void RunOne(const SpectraOptions& options, ByteStream& out) {
 }  // namespace
 
 void RunSpectra(const SpectraOptions& options, const BatchOptions& batch, ByteStream& out) {
-    const auto one = [&](const std::string& input, const OutputChoice& output, ByteStream& report) {
-        SpectraOptions own = options;
-        own.input.file = input;
-        own.output = output;
-        RunOne(own, report);
-    };
-    RunBatch(batch, RecordingFormats(), options.json ? BatchReports::json : BatchReports::withHeading, one,
-             out);
+    RunLines(options, batch, RunOne, out);
 }
 
 }  // namespace kvx::tool

@@ -31,8 +31,8 @@ struct InputOptions {
     RecordingOptions recording;
 };
 
-/// Describes the input; AddRecordingOptions describes what may be stated of it.
-void AddInputFile(Command& command, InputOptions* options);
+/// Describes the inputs; AddRecordingOptions describes what may be stated of them.
+void AddWaveformInputs(Command& command, BatchOptions* batch);
 
 /// What `analyse` returns, which opens the input and is given the progress.
 template <class Analyse>
@@ -67,12 +67,25 @@ struct LinesOptions {
 };
 
 /// Describes -o for the lines; without it there is only a report.
-void AddLinesOutput(Command& command, OutputChoice* output);
+void AddLinesOutput(Command& command, BatchOptions* batch);
 
 /// Describes --from and --to, which bound where a report looks for `figures`.
 void AddBandOptions(Command command, const std::string& figures, FrequencyBand* band);
 
 void AddJsonFlag(Command& command, LinesOptions* options);
+
+/// Runs `work` for each input with the options that name it and its output.
+template <class Options, class Work>
+void RunLines(const Options& options, const BatchOptions& batch, Work work, ByteStream& out) {
+    const auto one = [&](const std::string& input, const OutputChoice& output, ByteStream& report) {
+        Options own = options;
+        own.input.file = input;
+        own.output = output;
+        work(own, report);
+    };
+    RunBatch(batch, RecordingFormats(), options.json ? BatchReports::json : BatchReports::withHeading, one,
+             out);
+}
 
 /// Throws ValueError when the lines cannot go to the output, if one is named.
 void RequireLinesOutput(const LinesOptions& options);

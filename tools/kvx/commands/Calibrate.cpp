@@ -49,9 +49,10 @@ std::string Outcome(const ChannelCalibration& calibration) {
     return "--gain " + FormatNumber(calibration.gain.value_or(1.0), kDigits);
 }
 
-nlohmann::ordered_json JsonOf(const ChannelCalibration& calibration) {
+nlohmann::ordered_json JsonOf(const std::string& input, const ChannelCalibration& calibration) {
     const SineFit& tone = calibration.tone;
-    nlohmann::ordered_json json = {{"channel", calibration.channel.number},
+    nlohmann::ordered_json json = {{"file", input},
+                                   {"channel", calibration.channel.number},
                                    {"name", ToUtf8(calibration.channel.name)},
                                    {"unit", UnitText(calibration.channel.unit)},
                                    {"frequency", tone.frequencyHz},
@@ -64,14 +65,15 @@ nlohmann::ordered_json JsonOf(const ChannelCalibration& calibration) {
     return json;
 }
 
-void RunCalibrate(const CalibrateOptions& options, ByteStream& out) {
+void RunOne(const CalibrateOptions& options, ByteStream& out) {
     const CalibrationChoice choice = ChoiceOf(options);
     const auto calibrations = AnalyseInput(options.input, [&](Progress& progress) {
         return CalibrationsOf(*OpenWaveforms(options.input, progress), choice, progress.Function());
     });
     if (options.json) {
         nlohmann::ordered_json json = nlohmann::ordered_json::array();
-        for (const ChannelCalibration& calibration : calibrations) json.push_back(JsonOf(calibration));
+        for (const ChannelCalibration& calibration : calibrations)
+            json.push_back(JsonOf(options.input.file, calibration));
         WriteText(out, json.dump(2) + "\n");
         return;
     }
@@ -92,21 +94,29 @@ void RunCalibrate(const CalibrateOptions& options, ByteStream& out) {
                                lines));
 }
 
+void RunCalibrate(const CalibrateOptions& options, const BatchOptions& batch, ByteStream& out) {
+    const auto one = [&](const std::string& input, const OutputChoice&, ByteStream& report) {
+        CalibrateOptions own = options;
+        own.input.file = input;
+        RunOne(own, report);
+    };
+    RunBatch(batch, {}, options.json ? BatchReports::json : BatchReports::withHeading, one, out);
+}
+
 }  // namespace
 
 void AddCalibrate(Command app) {
     const auto options = std::make_shared<CalibrateOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("calibrate", "Sensitivities from the recorded tone of a calibrator");
-    AddInputFile(command, &options->input);
+    AddWaveformInputs(command, batch.get());
+    AddJobsOption(command, batch.get());
     command.AddOption("--level", options->level, "Level of the tone with its unit, rms: '1 g', '10 m/s2'")
         .Type("LEVEL")
         .Required();
     command.AddFlag("--peak", options->isPeak, "The level is the amplitude, not the rms");
-    command
-        .AddOption("--frequency", options->frequencyHz,
-                   "Frequency of the tone, if it is known exactly (default: that of the strongest tone)")
-        .Type("HZ")
-        .Check(PositiveNumber());
+    AddPositive(command, "--frequency", "HZ", options->frequencyHz,
+                "Frequency of the tone, if it is known exactly (default: that of the strongest tone)");
     AddPartOptions(command, &options->input.part);
     AddRecordingOptions(command, &options->input.recording);
     command.AddFlag("--json", options->json, "As JSON, with all digits");
@@ -121,7 +131,7 @@ awk 'BEGIN { for (i = 0; i < 4096; ++i) print 0.1414 * sin(0.5 * i) }' > tone.tx
 kvx calibrate tone.txt --rate 2000 --level '1 g'
 kvx import tone.txt -o tone.vdf2 --rate 2000 --sensitivity '0.1 V/g'
 )");
-    command.OnRun([=](ByteStream& out) { RunCalibrate(*options, out); });
+    command.OnRun([=](ByteStream& out) { RunCalibrate(*options, *batch, out); });
 }
 
 }  // namespace kvx::tool

@@ -36,8 +36,8 @@ std::vector<std::string> NamesOf(const std::string& list, std::size_t count) {
     if (list.empty()) return names;
     names = SplitList(list);
     if (names.size() == count) return names;
-    throw ValueError("--name gives " + Count(std::ssize(names), "name") + " for " +
-                     Count(static_cast<long long>(count), "channel"));
+    throw Error(ErrorKind::kBadValue, "--name gives " + Count(std::ssize(names), "name") + " for " +
+                                          Count(static_cast<long long>(count), "channel"));
 }
 
 /// What is to be changed of the channels of a recording; `states` says that its names and units are stated
@@ -71,8 +71,9 @@ SignalEdit EditOf(const ConvertOptions& options, const SignalReader& reader, boo
         const CUnitCtrl unit = change.unit.value_or(channels[c].unit);
         change.shownIn = RequireUnit(shown[c], DimensionOf(unit));
         if (IsConvertible(unit, *change.shownIn)) continue;
-        throw ValueError(options.shownUnitsName + ": channel " + Quote(channels[c].name) + " is in " +
-                         Quote(UnitText(unit)) + ", which does not convert to " + Quote(shown[c]));
+        throw Error(ErrorKind::kBadValue, options.shownUnitsName + ": channel " + Quote(channels[c].name) +
+                                              " is in " + Quote(UnitText(unit)) +
+                                              ", which does not convert to " + Quote(shown[c]));
     }
     return edit;
 }
@@ -129,10 +130,8 @@ void AddTextOption(Command& command, ConvertOptions* options) {
 }
 
 void AddShownUnitsOption(Command& command, ConvertOptions* options) {
-    command
-        .AddOption(options->shownUnitsName, options->shownUnits,
-                   "Convert the values to this unit, one for all channels or a list")
-        .Type("LIST");
+    AddList(command, options->shownUnitsName, options->shownUnits,
+            "Convert the values to this unit, one for all channels or a list");
 }
 
 SignalKinds KindsFor(Format format) {
@@ -158,7 +157,7 @@ void WriteSignal(std::string_view verb, const ConvertOptions& options, SignalRea
 void RunConversion(std::string_view verb, const ConvertOptions& options, bool hasTable, bool edits,
                    ByteStream& out) {
     StreamOptions stream = options.stream;
-    const bool states = edits && IsDataFile(stream.input);
+    const bool states = edits && Doing(verb, stream.input, [&] { return IsDataFile(stream.input); });
     if (states) {
         stream.recording.names.clear();
         stream.recording.units.clear();
@@ -172,15 +171,20 @@ void RunConversion(std::string_view verb, const ConvertOptions& options, bool ha
     WriteSignal(verb, options, *reader, hasTable, out);
 }
 
+/// Describes the inputs and the output of conversions.
+void AddRecordingFiles(Command& command, BatchOptions* batch) {
+    AddInputs(command, "FILE", "Recordings of any format ('kvx formats' lists them); - is standard input",
+              batch);
+    AddOutputOptions(command, "Output, of several inputs a folder", RecordingFormats(), &batch->output)
+        .Required();
+    AddBatchOptions(command, batch);
+}
+
 void AddConvert(Command app) {
     const auto options = std::make_shared<ConvertOptions>();
     const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("convert", "Write recordings of any format in another");
-    AddInputs(command, "FILE", "Recordings of any format ('kvx formats' lists them); - is standard input",
-              batch.get());
-    AddOutputOptions(command, "Output, of several inputs a folder", RecordingFormats(), &batch->output)
-        .Required();
-    AddBatchOptions(command, batch.get());
+    AddRecordingFiles(command, batch.get());
     AddTextOption(command, options.get());
     AddShownUnitsOption(command, options.get());
     AddStreamOptions(command, "--rate", &options->stream);
@@ -206,18 +210,14 @@ kvx convert shaker.csv shaker.wav -o both/ --name-pattern '{number}-{stem}.{ext}
 
 void AddEdit(Command app) {
     const auto options = std::make_shared<ConvertOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("edit", "Write a recording with other names, units, text or levels");
-    command.AddOption("FILE", options->stream.input, "Recording of any format").Required();
-    AddOutputOptions(command, "Output", RecordingFormats(), &options->stream.output).Required();
+    AddRecordingFiles(command, batch.get());
     AddTextOption(command, options.get());
-    command
-        .AddOption("--scale", options->scales,
-                   "Multiply the values by this, one for all channels or a list: 1,-1,0.5")
-        .Type("LIST");
-    command
-        .AddOption("--offset", options->offsets,
-                   "Then add this, in the unit of the values, one for all channels or a list")
-        .Type("LIST");
+    AddList(command, "--scale", options->scales,
+            "Multiply the values by this, one for all channels or a list: 1,-1,0.5");
+    AddList(command, "--offset", options->offsets,
+            "Then add this, in the unit of the values, one for all channels or a list");
     AddShownUnitsOption(command, options.get());
     AddStreamOptions(command, "--rate", &options->stream);
     command.SetFooter(R"(
@@ -233,7 +233,12 @@ kvx edit shaker.vdf2 -o renamed.vdf2 --name roof,ground --text 'Shaker 3, second
 kvx edit shaker.vdf2 -o turned.csv --scale=-1 --to-unit m/s2
 kvx edit shaker.vdf2 -o force.vdf2 --channels base --unit N --offset 0.5
 )");
-    command.OnRun([=](ByteStream& out) { RunConversion("edit", *options, false, true, out); });
+    command.OnRun([=](ByteStream& out) {
+        const auto edit = [](const ConvertOptions& one, ByteStream& report) {
+            RunConversion("edit", one, false, true, report);
+        };
+        RunStreams(*batch, BatchReports::asTheyAre, *options, edit, out);
+    });
 }
 
 }  // namespace kvx::tool

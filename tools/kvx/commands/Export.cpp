@@ -35,11 +35,8 @@ void AddExport(Command app) {
     AddShownUnitsOption(command, options.get());
     AddPartOptions(command, &stream.part);
     AddSamplesOption(command, &stream.samples);
-    command
-        .AddOption("--full-scale", stream.recording.fullScale,
-                   "Value that becomes full scale of the WAV file (default 1)")
-        .Type("VALUE")
-        .Check(PositiveNumber());
+    AddPositive(command, "--full-scale", "VALUE", stream.recording.fullScale,
+                "Value that becomes full scale of the WAV file (default 1)");
     command.SetFooter(R"(
 CSV has a heading line, the time in s or the frequency in Hz, and every number with the digits that
 read back as the same value; complex channels take two columns.

@@ -219,7 +219,8 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
     const bool isBySamples = !options.butterworths.empty() || options.HasFir();
     const PlanRun plan = isBySamples ? PlanSamples(options) : PlanSpectra(options);
     const std::string& input = options.stream.input;
-    const std::unique_ptr<SignalReader> reader = OpenInput("filter", options.stream);
+    const std::unique_ptr<SignalReader> reader =
+        OpenInput("filter", options.stream, WaveformsFor(options.stream.FormatOfOutput()));
     const std::vector<SignalRun>& runs = reader->Runs();
     std::vector<RunFilters> filters;
     Doing("filter", input, [&] {
@@ -244,24 +245,15 @@ void AddFilter(Command app) {
     const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("filter", "Low-pass and high-pass filtering of time waveforms");
     AddStreamFiles(command, batch.get());
-    command.AddOption("--lowpass", options->lowPassHz, "Keep what lies below this frequency")
-        .Type("HZ")
-        .Check(PositiveNumber());
-    command.AddOption("--highpass", options->highPassHz, "Keep what lies above this frequency")
-        .Type("HZ")
-        .Check(PositiveNumber());
+    AddPositive(command, "--lowpass", "HZ", options->lowPassHz, "Keep what lies below this frequency");
+    AddPositive(command, "--highpass", "HZ", options->highPassHz, "Keep what lies above this frequency");
     command
         .AddOption("--kind", options->kind,
                    "Kind of filter: " + Names(kFilterKinds) + " (default: butterworth)")
         .Type("NAME");
-    command.AddOption("--q", options->q, "Quality of --kind second (default: 0.7071)")
-        .Type("Q")
-        .Check(PositiveNumber());
-    command
-        .AddOption("--order", options->order,
-                   "Order of --kind butterworth, 1 to 16, and of the amplitude of --kind slope (default: 4)")
-        .Type("N")
-        .Check(PositiveNumber());
+    AddPositive(command, "--q", "Q", options->q, "Quality of --kind second (default: 0.7071)");
+    AddPositive(command, "--order", "N", options->order,
+                "Order of --kind butterworth, 1 to 16, and of the amplitude of --kind slope (default: 4)");
     command
         .AddOption("--block", options->block,
                    "Samples per block, a power of two from 16 to 131072 (default: by the corner)")

@@ -23,6 +23,7 @@
 #include <KvxRecording01/SignalFigures.h>
 #include <KvxRecording01/SignalRuns.h>
 
+#include "cli/Batch.h"
 #include "cli/Failure.h"
 #include "cli/Format.h"
 #include "cli/Options.h"
@@ -305,7 +306,7 @@ std::string SuiteFileText(const InfoOptions& options) {
     return options.json ? json.dump(2) + "\n" : text;
 }
 
-void RunInfo(const InfoOptions& options, ByteStream& out) {
+void RunOne(const InfoOptions& options, ByteStream& out) {
     const std::string text = Doing("read", options.file, [&] {
         if (!IsDataFile(options.file) || !options.part.IsAll()) return SignalText(options);
         RequireNothingStated(options.recording);
@@ -314,15 +315,24 @@ void RunInfo(const InfoOptions& options, ByteStream& out) {
     WriteText(out, text);
 }
 
+void RunInfo(const InfoOptions& options, const BatchOptions& batch, ByteStream& out) {
+    const auto one = [&](const std::string& input, const OutputChoice&, ByteStream& report) {
+        InfoOptions own = options;
+        own.file = input;
+        RunOne(own, report);
+    };
+    RunBatch(batch, {}, options.json ? BatchReports::json : BatchReports::paragraphs, one, out);
+}
+
 }  // namespace
 
 void AddInfo(Command app) {
     const auto options = std::make_shared<InfoOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("info", "Describe a recording of any format or a file of the suite");
-    command
-        .AddOption("FILE", options->file,
-                   "Recording of any format; a file of the suite without data shows its header")
-        .Required();
+    AddInputs(command, "FILE", "Recordings of any format; a file of the suite without data shows its header",
+              batch.get());
+    AddJobsOption(command, batch.get());
     command.AddFlag("--json", options->json, "As JSON, with all digits");
     AddPartOptions(command, &options->part);
     AddRecordingOptions(command, &options->recording);
@@ -334,7 +344,7 @@ by block, however long it is.
 printf '0,0.1\n0.5,0.3\n1,0.2\n' | kvx import /dev/stdin -o shaker.vdf2 --unit g --text 'Shaker 3'
 kvx info shaker.vdf2
 )");
-    command.OnRun([=](ByteStream& out) { RunInfo(*options, out); });
+    command.OnRun([=](ByteStream& out) { RunInfo(*options, *batch, out); });
 }
 
 }  // namespace kvx::tool

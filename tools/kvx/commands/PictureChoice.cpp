@@ -55,14 +55,19 @@ plot::AxisChoice ResolveAxis(const std::string& axis, const AxisOptions& options
 
 }  // namespace
 
-void AddPictureOptions(Command command, PictureChoice* choice) {
-    AddOutputOptions(command, "Picture to write", kPictureFormats, &choice->output).Required();
+std::span<const OutputFormat> PictureFormats() {
+    return kPictureFormats;
+}
+
+void AddPictureOptions(Command command, PictureChoice* choice, BatchOptions* batch) {
+    AddOutputOptions(command, "Picture to write, of several inputs a folder", kPictureFormats, &batch->output)
+        .Required();
+    AddBatchOptions(command, batch);
     command.AddOption("--size", choice->size, "Width and height in pixels, or A4 or A3 on its long side")
         .Type("WxH")
         .ShowDefault();
-    command.AddOption("--dpi", choice->pixelsPerInch, "Pixels per inch; letters and lines grow with it")
-        .Type("N")
-        .Check(PositiveNumber())
+    AddPositive(command, "--dpi", "N", choice->pixelsPerInch,
+                "Pixels per inch; letters and lines grow with it")
         .ShowDefault();
     command
         .AddOption("--scheme", choice->scheme,
@@ -79,6 +84,16 @@ void AddPictureOptions(Command command, PictureChoice* choice) {
         .AddOption("--store-settings", choice->storeSettings,
                    "Store the colours and configuration of this picture as a graph settings file")
         .Type("FILE");
+}
+
+void RequirePictures(const PictureChoice& choice, const BatchOptions& batch,
+                     const std::vector<std::string>& others) {
+    std::vector<std::string> inputs = batch.inputs;
+    inputs.insert(inputs.end(), others.begin(), others.end());
+    inputs.push_back(choice.settings);
+    RequireOneStandardInput(inputs);
+    if (batch.inputs.size() > 1 && !choice.storeSettings.empty())
+        throw UsageError("--store-settings is for a single picture");
 }
 
 PictureTarget ResolvePicture(const PictureChoice& choice, const std::vector<std::string>& inputs) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include <KvxPlot01/Picture.h>
 #include <KvxPlot01/RecordGraph.h>
 
+#include "cli/Batch.h"
 #include "cli/Command.h"
 #include "cli/OutputFormat.h"
 
@@ -28,7 +30,16 @@ struct PictureChoice {
     std::string storeSettings;  ///< file to store them in; empty for none
 };
 
-void AddPictureOptions(Command command, PictureChoice* choice);
+/// The formats of pictures, that of "-" first.
+std::span<const OutputFormat> PictureFormats();
+
+/// Describes the output of each input of `batch` and how it looks.
+void AddPictureOptions(Command command, PictureChoice* choice, BatchOptions* batch);
+
+/// Throws ValueError when standard input would be read twice, as an input or one of the `others`; UsageError
+/// when several pictures would store their settings.
+void RequirePictures(const PictureChoice& choice, const BatchOptions& batch,
+                     const std::vector<std::string>& others);
 
 /// What the choice comes to.
 struct PictureTarget {

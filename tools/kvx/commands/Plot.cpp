@@ -113,8 +113,6 @@ Drawing ReadDrawing(const PlotOptions& options) {
 }
 
 void RunPlot(const PlotOptions& options, ByteStream& out) {
-    RequireOneStandardInput(
-        std::vector<std::string>{options.input, options.profile, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {options.input, options.profile});
     const plot::RecordGraphChoice choice = ChoiceOf(options);
     const Drawing drawing = Doing("read", options.input, [&] { return ReadDrawing(options); });
@@ -136,13 +134,25 @@ void RunPlot(const PlotOptions& options, ByteStream& out) {
     WriteSheet(options.picture, target, sheet, out);
 }
 
+void RunPlots(const PlotOptions& options, const BatchOptions& batch, ByteStream& out) {
+    RequirePictures(options.picture, batch, {options.profile});
+    const auto one = [&](const std::string& input, const OutputChoice& output, ByteStream& report) {
+        PlotOptions own = options;
+        own.input = input;
+        own.picture.output = output;
+        RunPlot(own, report);
+    };
+    RunBatch(batch, PictureFormats(), BatchReports::asTheyAre, one, out);
+}
+
 }  // namespace
 
 void AddPlot(Command app) {
     const auto options = std::make_shared<PlotOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("plot", "Draw waveforms, spectra, densities and transfer functions");
-    command.AddOption("FILE", options->input, "Recording of any format").Required();
-    AddPictureOptions(command, &options->picture);
+    AddInputs(command, "FILE", "Recordings of any format", batch.get());
+    AddPictureOptions(command, &options->picture, batch.get());
     AddPartOptions(command, &options->part);
     AddAxisOptions(command, "x", "seconds or hertz; either may be left out: 10,2000 or 10,", &options->x);
     AddAxisOptions(command, "y", "the unit of the values; of phases in degrees", &options->y);
@@ -183,7 +193,7 @@ kvx psd random.vdf2 -o random-psd.vdf2 --block 2048
 kvx plot random-psd.vdf2 -o random-psd.svg --x 10,3000 --profile profile.txt
 kvx plot random-psd.vdf2 -o random-psd.pdf --size A4 --scheme printer --store-settings mine.gci2
 )");
-    command.OnRun([=](ByteStream& out) { RunPlot(*options, out); });
+    command.OnRun([=](ByteStream& out) { RunPlots(*options, *batch, out); });
 }
 
 }  // namespace kvx::tool

@@ -205,10 +205,9 @@ void AddProfile(Command app) {
             "--band-ratio", options->bandRatios,
             "Multiply the levels in a band, with edges that slope by (f/corner)^SLOPE; may be repeated")
         .Type("HZ,HZ,RATIO[,SLOPE]");
-    command.AddOption("--scale-rms", options->rms, "Scale the profile, after all other changes, to this rms")
-        .Type("VALUE")
-        .Check(PositiveNumber());
-    command.AddOption("--level-at", options->levelAt, "Report the levels at these frequencies").Type("LIST");
+    AddPositive(command, "--scale-rms", "VALUE", options->rms,
+                "Scale the profile, after all other changes, to this rms");
+    AddList(command, "--level-at", options->levelAt, "Report the levels at these frequencies");
     command
         .AddOption("--lines", options->lines,
                    "Put the profile on N lines from 0 Hz on: each the mean over the HZ around it")

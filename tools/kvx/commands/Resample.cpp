@@ -78,7 +78,8 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
     }
     const Ends ends = Choose(kEndNames, "--ends", options.ends).ends;
     const std::string& input = options.stream.input;
-    const std::unique_ptr<SignalReader> reader = OpenInput("resample", options.stream);
+    const std::unique_ptr<SignalReader> reader =
+        OpenInput("resample", options.stream, WaveformsFor(options.stream.FormatOfOutput()));
     std::vector<ResamplingPlan> plans;
     std::vector<SignalRun> runs = reader->Runs();
     std::string report;
@@ -112,9 +113,8 @@ void AddResample(Command app) {
     command.AddOption("--down", options->down, "Divide the rate by 2, 4, 5, 8, 10 ... up to 500")
         .Type("RATIO");
     command.AddOption("--up", options->up, "Multiply the rate by such a ratio").Type("RATIO");
-    command.AddOption("--rate", options->rateHz, "The new rate, where one of the ratios leads to it")
-        .Type("HZ")
-        .Check(PositiveNumber());
+    AddPositive(command, "--rate", "HZ", options->rateHz,
+                "The new rate, where one of the ratios leads to it");
     command.AddFlag("--keep-delay", options->keepDelay,
                     "Leave the delay of the filters in the signal, as a filter at work has it");
     command.AddOption("--ends", options->ends, "What the signal is outside its ends: " + Names(kEndNames))

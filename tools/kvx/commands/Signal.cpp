@@ -98,23 +98,11 @@ RecordingStatements StatementsOf(const std::string& path, const RecordingOptions
     return stated;
 }
 
-/// Opens a signal and tells its remarks.
-template <typename Open>
-std::unique_ptr<SignalReader> Opened(Open open) try {
-    std::unique_ptr<SignalReader> reader = open();
-    for (const std::string& remark : reader->Remarks()) Note(remark);
-    return reader;
-} catch (const StatementError& error) {
-    throw ValueError(error.Sentence());
-}
-
 }  // namespace
 
 void AddPartOptions(Command command, PartOptions* options) {
-    command
-        .AddOption("--channels", options->channels,
-                   "Channels by name, number or range of numbers as 'kvx info' shows them: 1,3-4,top")
-        .Type("LIST");
+    AddList(command, "--channels", options->channels,
+            "Channels by number, range, name or pattern as 'kvx info' shows them: 1,3-4,top,acc*");
     AddRangeOptions(command, options);
 }
 
@@ -133,29 +121,17 @@ void AddRangeOptions(Command command, PartOptions* options) {
 }
 
 void AddRecordingOptions(Command& command, RecordingOptions* options) {
-    command
-        .AddOption(options->rateName, options->rateHz,
-                   "True sampling rate; without it that of the sound file or the time column")
-        .Type("HZ")
-        .Check(PositiveNumber());
-    command
-        .AddOption(options->unitName, options->units,
-                   "Unit of the values, one for all channels or a list: g,g,N")
-        .Type("LIST");
-    command.AddOption("--name", options->names, "Names of the channels: top,base").Type("LIST");
-    command
-        .AddOption("--sensitivity", options->sensitivities,
-                   "What the sensors give, one for all channels or a list: '100 mV/g,2.3 mV/N'")
-        .Type("LIST");
-    command
-        .AddOption("--gain", options->gains,
-                   "By what amplifiers multiplied the signals, one for all or a list")
-        .Type("LIST");
-    command
-        .AddOption("--full-scale", options->fullScale,
-                   "What full scale of a sound file stands for, in its unit")
-        .Type("VALUE")
-        .Check(PositiveNumber());
+    AddPositive(command, options->rateName, "HZ", options->rateHz,
+                "True sampling rate; without it that of the sound file or the time column");
+    AddList(command, options->unitName, options->units,
+            "Unit of the values, one for all channels or a list: g,g,N");
+    AddList(command, "--name", options->names, "Names of the channels: top,base");
+    AddList(command, "--sensitivity", options->sensitivities,
+            "What the sensors give, one for all channels or a list: '100 mV/g,2.3 mV/N'");
+    AddList(command, "--gain", options->gains,
+            "By what amplifiers multiplied the signals, one for all or a list");
+    AddPositive(command, "--full-scale", "VALUE", options->fullScale,
+                "What full scale of a sound file stands for, in its unit");
     command
         .AddOption("--time", options->time,
                    "Where a text has the time or another axis: first, none, or a column by number or heading")
@@ -163,11 +139,8 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command.AddOption("--axis", options->axis, "What the axis of a text is; else what its heading says")
         .Type("KIND")
         .OneOf({"time", "frequency"});
-    command
-        .AddOption("--spacing", options->spacing,
-                   "Distance of samples, in s or Hz, of a text without a column for its axis")
-        .Type("VALUE")
-        .Check(PositiveNumber());
+    AddPositive(command, "--spacing", "VALUE", options->spacing,
+                "Distance of samples, in s or Hz, of a text without a column for its axis");
     command.AddFlag("--uneven", options->keepsUneven, "Keep times of a text that are not evenly spaced");
     command
         .AddOption(
@@ -179,10 +152,8 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
         .Check(WholeNumber(0, 1'000'000'000));
     command.AddOption("--comment", options->comments, "Signs that begin a comment line of a text (default #)")
         .Type("SIGNS");
-    command
-        .AddOption("--missing", options->missing,
-                   "Texts that stand for a missing value beside an empty field, which is one alone: NA,-999")
-        .Type("LIST");
+    AddList(command, "--missing", options->missing,
+            "Texts that stand for a missing value beside an empty field, which is one alone: NA,-999");
     command.AddOption("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
         .Type("MARK")
         .OneOf({"auto", "comma"});
@@ -233,9 +204,10 @@ std::unique_ptr<SignalReader> OpenSignal(const std::string& path, const PartOpti
     const auto open = [&] {
         return kvx::OpenSignal(file, {part.channels, part.record}, stated, progress.Function(), kinds);
     };
-    return Opened([&] {
-        return OpenPart(open, {part.start, part.end, "--start", "--end"}, progress.Function());
-    });
+    std::unique_ptr<SignalReader> reader =
+        OpenPart(open, {part.start, part.end, "--start", "--end"}, progress.Function());
+    for (const std::string& remark : reader->Remarks()) Note(remark);
+    return reader;
 }
 
 }  // namespace kvx::tool

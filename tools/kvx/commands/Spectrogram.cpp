@@ -22,6 +22,7 @@ namespace {
 constexpr __int64 kMostMapSlices = 4096;
 constexpr __int64 kUsualMapSlices = 600;
 constexpr __int64 kUsualWaterfallSlices = 40;
+constexpr __int64 kLeastOfWaterfall = 8;  // samples of a block
 
 struct SpectrogramOptions {
     InputOptions input;
@@ -55,10 +56,14 @@ void AppendGraphs(const RunSlices& slices, const SignalRun& run, const Spectrogr
 
 void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
     const std::string& input = options.input.file;
-    RequireOneStandardInput(std::vector<std::string>{input, options.picture.settings});
     const PictureTarget target = ResolvePicture(options.picture, {input});
     const plot::RecordGraphChoice choice = ResolveGraphs(options.x, options.y, options.unit);
     const BlockPlan plan = PlanBlocks(options.blocks);
+    // The line at 0 Hz is not drawn, and a slice is drawn from line to line.
+    if (options.isWaterfall && plan.cut.size < kLeastOfWaterfall) {
+        throw ValueError("--block: a waterfall takes " + std::to_string(kLeastOfWaterfall) +
+                         " samples or more, as smaller blocks have no two lines above 0 Hz");
+    }
     const __int64 most = options.isWaterfall ? CGraphLineInfoList::GetWaterfallMaxLineNum() : kMostMapSlices;
     if (options.slices > most)
         throw ValueError("--slices: at most " + Count(most, "slice") + " can be drawn");
@@ -80,14 +85,26 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
     WriteSheet(options.picture, target, sheet, out);
 }
 
+void RunSpectrograms(const SpectrogramOptions& options, const BatchOptions& batch, ByteStream& out) {
+    RequirePictures(options.picture, batch, {});
+    const auto one = [&](const std::string& input, const OutputChoice& output, ByteStream& report) {
+        SpectrogramOptions own = options;
+        own.input.file = input;
+        own.picture.output = output;
+        RunSpectrogram(own, report);
+    };
+    RunBatch(batch, PictureFormats(), BatchReports::asTheyAre, one, out);
+}
+
 }  // namespace
 
 void AddSpectrogram(Command app) {
     const auto options = std::make_shared<SpectrogramOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command =
         app.AddCommand("spectrogram", "Draw how the spectrum changes: a colour map or a waterfall");
-    AddInputFile(command, &options->input);
-    AddPictureOptions(command, &options->picture);
+    AddWaveformInputs(command, batch.get());
+    AddPictureOptions(command, &options->picture, batch.get());
     AddPartOptions(command, &options->input.part);
     AddBlockOptions(command, &options->blocks);
     command.AddFlag("--density", options->isDensity, "Spectral densities instead of peak amplitudes");
@@ -115,7 +132,7 @@ kvx import sweep.csv -o sweep.vdf2 --rate 4096
 kvx spectrogram sweep.vdf2 -o sweep.png --block 512 --overlap 75
 kvx spectrogram sweep.vdf2 -o sweep.svg --waterfall --x 10,1500 --y-scale linear
 )");
-    command.OnRun([=](ByteStream& out) { RunSpectrogram(*options, out); });
+    command.OnRun([=](ByteStream& out) { RunSpectrograms(*options, *batch, out); });
 }
 
 }  // namespace kvx::tool

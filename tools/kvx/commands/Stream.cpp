@@ -36,6 +36,10 @@ void AddStreamOptions(Command& command, const std::string& rateName, StreamOptio
         .ShowDefault();
 }
 
+SignalKinds WaveformsFor(Format format) {
+    return {.isJoined = RowOf(format).hasOneRun};
+}
+
 std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options,
                                         const SignalKinds& kinds) {
     RequireAnotherFile(options.input, options.output.name);

@@ -60,9 +60,12 @@ void RunStreams(const BatchOptions& batch, BatchReports reports, const Options& 
 /// Describes the other options; `rateName` is that of the input's true rate.
 void AddStreamOptions(Command& command, const std::string& rateName, StreamOptions* options);
 
+/// Time waveforms, as one run where an output of that format has room for one.
+SignalKinds WaveformsFor(Format format);
+
 /// Opens the input on behalf of `verb`; throws Failure, ValueError or UsageError.
 std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options,
-                                        const SignalKinds& kinds = {});
+                                        const SignalKinds& kinds);
 /// Begins the file that the output's name asks for, on behalf of its writing.
 std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const std::wstring& text,
                                            const std::vector<SignalRun>& runs);

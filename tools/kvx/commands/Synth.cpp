@@ -129,18 +129,11 @@ void AddSynth(Command app) {
                    "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
         .Required();
     AddOutputOptions(command, "Output", RecordingFormats(), &options->output).Required();
-    command
-        .AddOption("--rate", options->rateHz,
-                   "Sampling rate; without it the power of two from 2.56 times the highest frequency on")
-        .Type("HZ")
-        .Check(PositiveNumber());
-    command.AddOption("--duration", options->durationSeconds, "Length of the signal")
-        .Type("S")
-        .Check(PositiveNumber())
-        .ShowDefault();
-    command.AddOption("--rms", options->rms, "Scale the signal to this rms; without it that of the profile")
-        .Type("VALUE")
-        .Check(PositiveNumber());
+    AddPositive(command, "--rate", "HZ", options->rateHz,
+                "Sampling rate; without it the power of two from 2.56 times the highest frequency on");
+    AddPositive(command, "--duration", "S", options->durationSeconds, "Length of the signal").ShowDefault();
+    AddPositive(command, "--rms", "VALUE", options->rms,
+                "Scale the signal to this rms; without it that of the profile");
     command.AddOption("--seed", options->seed, "Start of the random numbers; equal seeds make equal signals")
         .Type("N")
         .Check(WholeNumber(0, std::numeric_limits<std::uint32_t>::max()))

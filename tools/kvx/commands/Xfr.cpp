@@ -23,7 +23,7 @@ using Json = nlohmann::ordered_json;
 
 struct XfrOptions : LinesOptions {
     std::string reference = "1";
-    std::string responses;  ///< empty for all but the reference
+    std::string referenceFile;  ///< empty for that of the responses
     std::string at;
 };
 
@@ -55,6 +55,7 @@ std::string JsonText(const RecordingTransfers& transfers, const XfrOptions& opti
     json["blocks"] = transfers.blocks;
     json["reference"] = {
         {"channel", reference.number}, {"name", ToUtf8(reference.name)}, {"unit", UnitText(reference.unit)}};
+    if (!options.referenceFile.empty()) json["reference"]["file"] = options.referenceFile;
     json["responses"] = Json::array();
     for (const std::vector<ChannelTransfer>& record : transfers.records) {
         for (const ChannelTransfer& channel : record) {
@@ -86,17 +87,38 @@ std::string ReportText(const RecordingTransfers& transfers, const XfrOptions& op
             }
         }
     }
-    return "reference " + Printable(ToUtf8(transfers.reference.channels.front().name)) + ": " +
+    const std::string& file = options.referenceFile;
+    return "reference " + Printable(ToUtf8(transfers.reference.channels.front().name)) +
+           (file.empty() ? "" : " of " + InputName(file)) + ": " +
            BlocksText(options, transfers.blocks, RateOf(transfers.reference)) + "\n" + largest.Text() +
            (lines.IsEmpty() ? "" : lines.Text());
 }
 
-void RunXfr(const XfrOptions& options, ByteStream& out) {
+/// How the reference is opened where it is in another recording, or may be in another record than the chosen
+/// one; else nothing.
+OpenChannels OpenerOfReference(const XfrOptions& options, Progress& progress) {
+    const bool isElsewhere = !options.referenceFile.empty();
+    if (!isElsewhere && options.input.part.record == 0) return nullptr;
+    return [&, isElsewhere](const std::string& channels) {
+        InputOptions input = options.input;
+        input.part.channels = channels;
+        input.part.record = 0;
+        if (!isElsewhere) return OpenWaveforms(input, progress);
+        input.file = options.referenceFile;
+        return Doing("read", input.file, [&] { return OpenWaveforms(input, progress); });
+    };
+}
+
+void RunOne(const XfrOptions& options, ByteStream& out) {
     RequireLinesOutput(options);
-    TransferChoice choice = {PlanBlocks(options.blocks), options.reference, options.responses, options.band,
+    if (!options.referenceFile.empty()) RequireAnotherFile(options.referenceFile, options.output.name);
+    const std::string& responses = options.input.part.channels;
+    TransferChoice choice = {PlanBlocks(options.blocks), options.reference, responses, options.band,
                              WantedFrequencies(options), "--reference"};
+    choice.isElsewhere = !options.referenceFile.empty();
     const RecordingTransfers transfers = AnalyseInput(options.input, [&](Progress& progress) {
-        choice.isByPart = !options.responses.empty() && IsDataFile(options.input.file);
+        choice.isByPart = !responses.empty() && IsDataFile(options.input.file);
+        choice.openReference = OpenerOfReference(options, progress);
         const auto open = [&](const std::string& channels) {
             InputOptions input = options.input;
             input.part.channels = channels;
@@ -110,25 +132,34 @@ void RunXfr(const XfrOptions& options, ByteStream& out) {
               options.json ? JsonText(transfers, options) : ReportText(transfers, options));
 }
 
+void RunXfr(const XfrOptions& options, const BatchOptions& batch, ByteStream& out) {
+    std::vector<std::string> inputs = batch.inputs;
+    inputs.push_back(options.referenceFile);
+    RequireOneStandardInput(inputs);
+    RunLines(options, batch, RunOne, out);
+}
+
 }  // namespace
 
 void AddXfr(Command app) {
     const auto options = std::make_shared<XfrOptions>();
+    const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("xfr", "Transfer functions and coherence of time waveforms");
-    AddInputFile(command, &options->input);
-    AddLinesOutput(command, &options->output);
+    AddWaveformInputs(command, batch.get());
+    AddLinesOutput(command, batch.get());
     command
         .AddOption("--reference", options->reference, "Channel that excites the others: its name or number")
         .Type("CHANNEL")
         .ShowDefault();
+    AddList(command, "--channels,--response", options->input.part.channels,
+            "The responses, by number, range, name or pattern: 2,4-6,acc* (default: all others)");
     command
-        .AddOption("--response", options->responses,
-                   "Channels by name, number or range as 'kvx info' shows them (default: all others)")
-        .Type("LIST");
+        .AddOption("--reference-file", options->referenceFile,
+                   "Recording of the reference, if it is another: sampled together with the responses")
+        .Type("FILE");
     AddBlockOptions(command, &options->blocks);
     AddBandOptions(command, "the largest magnitude", &options->band);
-    command.AddOption("--at", options->at, "Report the lines nearest to these frequencies: 21,160.75")
-        .Type("LIST");
+    AddList(command, "--at", options->at, "Report the lines nearest to these frequencies: 21,160.75");
     AddRangeOptions(command, &options->input.part);
     AddRecordingOptions(command, &options->input.recording);
     AddJsonFlag(command, options.get());
@@ -137,6 +168,7 @@ H1: the averaged cross power over the averaged power of the reference. The outpu
 record per unit of the responses, in that unit over the reference's, and last a record with the
 coherences; each response is a row, the reference the column. Blocks are cut as 'kvx psd' cuts them;
 blows that each fill a block, begin and end at rest, want --window rectangular --overlap 0.
+With --reference-file what is stated, such as --rate, is stated of both recordings.
 )",
                       R"(
 awk 'BEGIN { srand(1); print "force [N],top [m/s2]"; for (i = 0; i < 8192; ++i) {
@@ -144,7 +176,7 @@ awk 'BEGIN { srand(1); print "force [N],top [m/s2]"; for (i = 0; i < 8192; ++i) 
 kvx import beam.csv -o beam.vdf2 --rate 1024
 kvx xfr beam.vdf2 -o beam-xfr.vdf2 --reference force --block 512 --at 20,40
 )");
-    command.OnRun([=](ByteStream& out) { RunXfr(*options, out); });
+    command.OnRun([=](ByteStream& out) { RunXfr(*options, *batch, out); });
 }
 
 }  // namespace kvx::tool
