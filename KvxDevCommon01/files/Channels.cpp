@@ -251,9 +251,10 @@ std::vector<Channel> Select(const Records& records, const ChannelChoice& choice)
     const std::vector<std::wstring> names = NamesToChooseFrom(all, choice.record);
     Choosable from = {names, 0, all.size()};
     if (choice.record > 0) {
-        const auto own = std::ranges::equal_range(all, choice.record - 1, {}, &Channel::record);
-        from.first = static_cast<std::size_t>(own.begin() - all.begin());
-        from.end = static_cast<std::size_t>(own.end() - all.begin());
+        const auto first = std::ranges::lower_bound(all, choice.record - 1, {}, &Channel::record);
+        const auto end = std::ranges::lower_bound(all, choice.record, {}, &Channel::record);
+        from.first = static_cast<std::size_t>(first - all.begin());
+        from.end = static_cast<std::size_t>(end - all.begin());
     }
     std::vector<Channel> chosen;
     for (const std::size_t at : Choose(choice.channels, from)) {
