@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -185,8 +186,9 @@ std::string TextOf(std::span<const std::byte> bytes) {
     return std::string(text.substr(0, text.find('\0')));
 }
 
+constexpr std::uint64_t kMostName = 255;  ///< bytes of a name; MATLAB gives 63
+
 std::string TakeName(Bytes* bytes) {
-    constexpr std::uint64_t kMostName = 4096;
     const Element element = TakeElement(bytes);
     if (element.bytes > kMostName) FailDamaged("the head of a variable is none");
     const std::vector<std::byte> raw = bytes->Take(element.bytes);
@@ -280,7 +282,7 @@ Variable::Value TakeCells(Bytes* bytes, const MatrixHead& head) {
         if (!std::holds_alternative<Variable::Texts>(text)) return Variable::LeftOut{"it is a cell array"};
         const Variable::Texts& rows = std::get<Variable::Texts>(text);
         texts.push_back(rows.empty() ? L"" : rows.front());
-        letters += texts.back().size();
+        letters += texts.back().size() + 1;
         if (letters > kMostText) return Variable::LeftOut{"its texts are long"};
         bytes->SkipTo(cell.end);
     }
@@ -326,30 +328,13 @@ Variable TakeVariable(Bytes* bytes, const MatrixHead& head, const std::string& n
     return variable;
 }
 
-struct MatContent {
-    std::vector<VariableScope> scopes{1};
-    RecordingInfo info = {};
-    std::uint64_t letters = 0;  ///< of all texts
-
-    /// Leaves a text out where there are too many in the file.
-    Variable Bounded(Variable variable) {
-        constexpr std::uint64_t kMostLetters = std::uint64_t{4} << 20;
-        const auto* const texts = std::get_if<Variable::Texts>(&variable.value);
-        if (texts == nullptr) return variable;
-        for (const std::wstring& text : *texts) letters += text.size() + 1;
-        if (letters > kMostLetters)
-            variable.value = Variable::LeftOut{"the file has more than 4194304 letters"};
-        return variable;
-    }
-};
-
 /// The name of an element of an array of structures: "s", "s(2)".
 std::wstring ElementName(const std::wstring& name, std::uint64_t index, std::uint64_t count) {
     return count == 1 ? name : name + L"(" + std::to_wstring(index + 1) + L")";
 }
 
 /// The fields of each element of an array of structures as variables of a scope of its own.
-void TakeStructures(Bytes* bytes, const MatrixHead& head, std::uint64_t count, MatContent* content) {
+void TakeStructures(Bytes* bytes, const MatrixHead& head, std::uint64_t count, VariableStock* stock) {
     const std::vector<double> length = TakeNumbers(bytes, 1);
     const Element names = TakeElement(bytes);
     if (length.size() != 1 || !(length[0] >= 1.0) || names.bytes > kMostText)
@@ -358,35 +343,35 @@ void TakeStructures(Bytes* bytes, const MatrixHead& head, std::uint64_t count, M
     bytes->SkipTo(names.end);
     const auto room = static_cast<std::size_t>(length[0]);
     for (std::uint64_t i = 0; i < count; ++i) {
-        content->scopes.push_back({ElementName(FromUtf8Replacing(head.name), i, count)});
+        const std::size_t scope = stock->AddScope(ElementName(FromUtf8Replacing(head.name), i, count));
         for (std::size_t at = 0; at + room <= raw.size(); at += room) {
             const std::string name = TextOf(std::span(raw).subspan(at, room));
+            if (name.size() > kMostName) FailDamaged("the fields of a structure have no names");
             const Element field = TakeElement(bytes);
             if (field.type != kMatrix) FailDamaged("a field of a structure is no variable");
-            content->scopes.back().variables.push_back(
-                content->Bounded(TakeVariable(bytes, TakeHead(bytes, field), name)));
+            stock->Add(scope, TakeVariable(bytes, TakeHead(bytes, field), name));
             const bool isLast = i + 1 == count && at + 2 * room > raw.size();
             if (!isLast) bytes->SkipTo(field.end);
         }
     }
 }
 
-void TakeMatrix(Bytes* bytes, const Element& matrix, MatContent* content) {
+void TakeMatrix(Bytes* bytes, const Element& matrix, VariableStock* stock) {
     const MatrixHead head = TakeHead(bytes, matrix);
     // What objects share lies in a variable without a name.
     if (head.name.empty()) return;
     const std::uint64_t count = BytesOf(head.dimensions, 1);
     if (head.kind == kStructure && count > 0 && count <= kMostStructures)
-        TakeStructures(bytes, head, count, content);
+        TakeStructures(bytes, head, count, stock);
     else
-        content->scopes.front().variables.push_back(content->Bounded(TakeVariable(bytes, head, head.name)));
+        stock->Add(VariableStock::kOuter, TakeVariable(bytes, head, head.name));
 }
 
-MatContent ReadLevel5(const ByteStretch& file, std::string_view header) {
+VariableStock ReadLevel5(const ByteStretch& file, std::string_view header) {
     constexpr std::uint64_t kHeader = 128;
     const bool isBig = header.substr(126, 2) == "MI";
     if (!isBig && header.substr(126, 2) != "IM") FailDamaged("its header does not tell the order of bytes");
-    MatContent content;
+    VariableStock stock;
     Bytes elements(StretchBytes(file, Packing::stored), isBig);
     elements.SkipTo(kHeader);
     while (elements.Position() < file.Size()) {
@@ -397,12 +382,12 @@ MatContent ReadLevel5(const ByteStretch& file, std::string_view header) {
             if (element.type == kCompressed) {
                 Bytes inflated(StretchBytes(inside, Packing::zlib), isBig);
                 const Element matrix = TakeElement(&inflated);
-                if (matrix.type == kMatrix) TakeMatrix(&inflated, matrix, &content);
+                if (matrix.type == kMatrix) TakeMatrix(&inflated, matrix, &stock);
                 elements.SkipTo(inside.end);  // nothing fills it up
             } else {
                 if (element.type == kMatrix) {
                     Bytes stored(StretchBytes(inside, Packing::stored), isBig);
-                    TakeMatrix(&stored, {kMatrix, element.bytes, 0, element.bytes}, &content);
+                    TakeMatrix(&stored, {kMatrix, element.bytes, 0, element.bytes}, &stock);
                 } else if (!NumbersOf(element.type, isBig)) {
                     FailDamaged("there is no variable where one was expected");
                 }
@@ -412,7 +397,7 @@ MatContent ReadLevel5(const ByteStretch& file, std::string_view header) {
             throw error.At({.byte = static_cast<std::int64_t>(at)});
         }
     }
-    return content;
+    return stock;
 }
 
 // ---- level 7.3: objects of HDF5 ----
@@ -430,6 +415,27 @@ Variable::Value TakeLetters(const Hdf5Object& object) {
     return RowsOf(LettersOf(codes), object.dimensions.empty() ? 1 : object.dimensions.back());
 }
 
+/// The objects of a file, and the short texts of cells by their addresses: all empty cells are one object.
+struct Level73 {
+    Hdf5File file;
+    std::map<std::uint64_t, std::wstring> cells = {};
+};
+
+/// The text of the cell that is the object at an address; no value for another kind of cell.
+std::optional<std::wstring> CellAt(std::uint64_t address, Level73* level) {
+    constexpr std::size_t kShort = 256;
+    if (const auto known = level->cells.find(address); known != level->cells.end()) return known->second;
+    const Hdf5Object object = level->file.Object(address);
+    const auto kind = object.attributes.find("MATLAB_class");
+    const bool isText = !object.isGroup && kind != object.attributes.end() && kind->second == "char";
+    const Variable::Value value = isText ? TakeLetters(object) : Variable::LeftOut{};
+    const auto* const texts = std::get_if<Variable::Texts>(&value);
+    if (texts == nullptr) return std::nullopt;
+    std::wstring text = texts->empty() ? std::wstring() : texts->front();
+    if (text.size() <= kShort) level->cells.emplace(address, text);
+    return text;
+}
+
 /// The addresses of an array of references; none where they are too many.
 std::optional<std::vector<std::uint64_t>> AddressesOf(const Hdf5Object& object) {
     const std::uint64_t bytes = BytesOf(object.dimensions, object.elementBytes);
@@ -445,25 +451,22 @@ std::optional<std::vector<std::uint64_t>> AddressesOf(const Hdf5Object& object) 
 }
 
 /// A cell array of texts, which is one of addresses.
-Variable::Value TakeCells(const Hdf5File& file, const Hdf5Object& object) {
+Variable::Value TakeCells(const Hdf5Object& object, Level73* level) {
     const auto addresses = AddressesOf(object);
     if (!addresses) return Variable::LeftOut{"it is a cell array"};
     Variable::Texts texts;
     std::uint64_t letters = 0;
     for (const std::uint64_t address : *addresses) {
-        const Hdf5Object cell = file.Object(address);
-        const auto kind = cell.attributes.find("MATLAB_class");
-        const bool isText = !cell.isGroup && kind != cell.attributes.end() && kind->second == "char";
-        const Variable::Value value = isText ? TakeLetters(cell) : Variable::LeftOut{};
-        if (!std::holds_alternative<Variable::Texts>(value)) return Variable::LeftOut{"it is a cell array"};
-        texts.push_back(std::get<Variable::Texts>(value).front());
-        letters += texts.back().size();
+        const std::optional<std::wstring> text = CellAt(address, level);
+        if (!text) return Variable::LeftOut{"it is a cell array"};
+        texts.push_back(*text);
+        letters += texts.back().size() + 1;
         if (letters > kMostText) return Variable::LeftOut{"its texts are long"};
     }
     return texts;
 }
 
-Variable::Value TakeObject(const Hdf5File& file, const Hdf5Object& object) {
+Variable::Value TakeObject(const Hdf5Object& object, Level73* level) {
     constexpr std::string_view kNumeric[] = {"",      "double", "single", "logical", "int8",  "uint8",
                                              "int16", "uint16", "int32",  "uint32",  "int64", "uint64"};
     const auto found = object.attributes.find("MATLAB_class");
@@ -472,7 +475,7 @@ Variable::Value TakeObject(const Hdf5File& file, const Hdf5Object& object) {
     if (object.isGroup || kind == "struct")
         return Variable::LeftOut{object.isGroup ? "it is a structure within another" : "it is empty"};
     if (kind == "char") return TakeLetters(object);
-    if (kind == "cell") return TakeCells(file, object);
+    if (kind == "cell") return TakeCells(object, level);
     if (std::ranges::find(kNumeric, kind) == std::end(kNumeric)) return Variable::LeftOut{"it is an object"};
     if (object.attributes.contains("MATLAB_empty")) return Variable::LeftOut{"it is empty"};
     const ArrayShape shape = ShapeOf({object.dimensions.rbegin(), object.dimensions.rend()});
@@ -484,66 +487,79 @@ Variable::Value TakeObject(const Hdf5File& file, const Hdf5Object& object) {
     return array;
 }
 
-/// Takes a field of an array of structures, which is an array of references, into the scope of each from
-/// `first` on. False for another variable.
-bool TakeField(const Hdf5File& file, const Hdf5Object& object, const std::wstring& name, std::size_t first,
-               MatContent* content) {
-    if (object.attributes.contains("MATLAB_class")) return false;
-    const auto addresses = AddressesOf(object);
-    if (!addresses || addresses->size() > kMostStructures) return false;
-    std::vector<VariableScope>& scopes = content->scopes;
-    const std::wstring whole = scopes[first].name.substr(0, scopes[first].name.find(L'('));
-    if (scopes.size() < first + addresses->size()) scopes.resize(first + addresses->size());
-    for (std::size_t i = 0; i < addresses->size(); ++i) {
-        scopes[first + i].name = ElementName(whole, i, addresses->size());
-        Variable variable{name, TakeObject(file, file.Object((*addresses)[i]))};
-        scopes[first + i].variables.push_back(content->Bounded(std::move(variable)));
-    }
-    return true;
+/// The addresses of a field of an array of structures, which is an array of references; none for another
+/// variable.
+std::optional<std::vector<std::uint64_t>> ElementsOf(const Hdf5Object& object) {
+    if (object.attributes.contains("MATLAB_class")) return std::nullopt;
+    auto addresses = AddressesOf(object);
+    if (addresses && addresses->size() > kMostStructures) addresses.reset();
+    return addresses;
 }
 
-/// Takes the members of a group; structures among those of the file become scopes of their own.
-void TakeGroup(const Hdf5File& file, const Hdf5Object& group, bool isFile, MatContent* content) {
-    const std::size_t first = isFile ? 0 : content->scopes.size() - 1;
-    for (const auto& [name, address] : file.Members(group)) {
+/// Takes the members of a group: of the file, or of a structure, each element of which becomes a scope.
+void TakeGroup(const Hdf5Object& group, const std::optional<std::wstring>& structure, Level73* level,
+               VariableStock* stock) {
+    std::vector<std::size_t> scopes;  // of the file, or of the elements of the structure as they are found
+    if (!structure) scopes = {VariableStock::kOuter};
+    for (const auto& [name, address] : level->file.Members(group)) {
         if (name.starts_with('#')) continue;  // what cells and objects share
         Variable variable{FromUtf8Replacing(name)};
         try {
-            const Hdf5Object object = file.Object(address);
-            if (isFile && object.isGroup && !object.attributes.contains("MATLAB_sparse")) {
-                content->scopes.push_back({variable.name});
-                TakeGroup(file, object, false, content);
+            const Hdf5Object object = level->file.Object(address);
+            if (!structure && object.isGroup && !object.attributes.contains("MATLAB_sparse")) {
+                TakeGroup(object, variable.name, level, stock);
                 continue;
             }
-            if (!isFile && TakeField(file, object, variable.name, first, content)) continue;
-            variable.value = TakeObject(file, object);
+            if (structure) {
+                const auto elements = ElementsOf(object);
+                const std::size_t count = elements ? elements->size() : 1;
+                while (scopes.size() < count)
+                    scopes.push_back(stock->AddScope(ElementName(*structure, scopes.size(), count)));
+                for (std::size_t i = 0; elements && i < count; ++i)
+                    stock->Add(scopes[i],
+                               {variable.name, TakeObject(level->file.Object((*elements)[i]), level)});
+                if (elements) continue;
+            }
+            variable.value = TakeObject(object, level);
         } catch (const Error& error) {
             if (error.Kind() != ErrorKind::kUnsupported) throw;
             variable.value = Variable::LeftOut{error.Sentence()};
         }
-        content->scopes[first].variables.push_back(content->Bounded(std::move(variable)));
+        if (scopes.empty()) scopes = {stock->AddScope(*structure)};
+        stock->Add(scopes.front(), std::move(variable));
     }
 }
 
-MatContent ReadLevel73(const ByteStretch& file) {
+VariableStock ReadLevel73(const ByteStretch& file) {
     constexpr std::uint64_t kUserBlock = 512;
     if (file.Size() < kUserBlock) FailDamaged("it is cut short");
-    const Hdf5File objects({file.stream, file.begin + kUserBlock, file.end});
-    MatContent content;
-    TakeGroup(objects, objects.Object(objects.Root()), true, &content);
-    return content;
+    Level73 level{Hdf5File({file.stream, file.begin + kUserBlock, file.end})};
+    VariableStock stock;
+    TakeGroup(level.file.Object(level.file.Root()), std::nullopt, &level, &stock);
+    return stock;
 }
 
 // ---- level 4: five words, a name and numbers, for each variable ----
 
 constexpr std::size_t kLevel4Head = 20;
 
-MatContent ReadLevel4(const ByteStretch& file, bool isBig) {
+Variable::Value Level4Text(const Bytes& bytes, std::uint64_t begin, std::uint64_t size,
+                           const NumberType& number, std::uint64_t rows) {
+    if (size > kMostText) return Variable::LeftOut{"it is a long text"};
+    Bytes text(bytes.Source(), bytes.IsBig());
+    text.SkipTo(begin);
+    const std::vector<std::byte> codes = text.Take(size);
+    std::vector<double> letters(codes.size() / number.bytes);
+    ToDoubles(number, codes.data(), number.bytes, letters);
+    return RowsOf(LettersOf(letters), rows);
+}
+
+VariableStock ReadLevel4(const ByteStretch& file, bool isBig) {
     using enum NumberType::Kind;
     const NumberType types[] = {{floating, 8, isBig},        {floating, 4, isBig},
                                 {signedInteger, 4, isBig},   {signedInteger, 2, isBig},
                                 {unsignedInteger, 2, isBig}, {unsignedInteger, 1, isBig}};
-    MatContent content;
+    VariableStock stock;
     Bytes bytes(StretchBytes(file, Packing::stored), isBig);
     while (bytes.Position() < file.Size()) {
         const std::uint64_t at = bytes.Position();
@@ -552,7 +568,7 @@ MatContent ReadLevel4(const ByteStretch& file, bool isBig) {
             const std::vector<std::uint64_t> dimensions = {bytes.Word(), bytes.Word()};
             const bool isComplex = bytes.Word() != 0;
             const std::uint32_t nameBytes = bytes.Word();
-            if (type / 10 >= std::size(types) || type % 10 > 2 || nameBytes > 4096)
+            if (type / 10 >= std::size(types) || type % 10 > 2 || nameBytes > kMostName + 1)
                 FailDamaged("there is no variable where one was expected");
             const std::string name = TextOf(bytes.Take(nameBytes));
             const NumberType& number = types[type / 10];
@@ -563,34 +579,25 @@ MatContent ReadLevel4(const ByteStretch& file, bool isBig) {
                 bytes.SkipTo(bytes.Position() + size);
             }
             const ArrayShape shape = ShapeOf(dimensions);
-            Variable& variable = content.scopes.front().variables.emplace_back();
-            variable.name = FromUtf8Replacing(name);
+            Variable variable{FromUtf8Replacing(name)};
             if (type % 10 == 2) {
                 variable.value = Variable::LeftOut{"it is sparse"};
             } else if (!shape.leftOut.empty()) {
                 variable.value = Variable::LeftOut{shape.leftOut};
             } else if (type % 10 == 1) {
-                if (size > kMostText) {
-                    variable.value = Variable::LeftOut{"it is a long text"};
-                    continue;
-                }
-                Bytes text(bytes.Source(), isBig);
-                text.SkipTo(begin);
-                const std::vector<std::byte> codes = text.Take(size);
-                std::vector<double> letters(codes.size() / number.bytes);
-                ToDoubles(number, codes.data(), number.bytes, letters);
-                variable.value = RowsOf(LettersOf(letters), shape.counts[0]);
+                variable.value = Level4Text(bytes, begin, size, number, shape.counts[0]);
             } else {
                 StoredArray array{bytes.Source(), shape.counts};
                 for (std::uint64_t part = 0; part < (isComplex ? 2 : 1); ++part)
                     array.parts.push_back({number, begin + part * size, StepsOf(shape, number.bytes, false)});
                 variable.value = array;
             }
+            stock.Add(VariableStock::kOuter, std::move(variable));
         } catch (const Error& error) {
             throw error.At({.byte = static_cast<std::int64_t>(at)});
         }
     }
-    return content;
+    return stock;
 }
 
 std::uint32_t WordOf(std::string_view bytes, std::size_t at, bool isBig) {
@@ -760,18 +767,18 @@ std::unique_ptr<RecordingReader> OpenMatFile(std::unique_ptr<ByteStream> stream)
     const ByteStretch whole{std::shared_ptr<ByteStream>(std::move(stream)), 0, size};
     std::string header(std::min<std::uint64_t>(kHeader, whole.Size()), '\0');
     OpenBytes(whole, Packing::stored)->Read(std::as_writable_bytes(std::span(header)));
-    MatContent content;
+    VariableStock stock;
+    RecordingInfo info;
     if (IsMatLevel4(header)) {
-        content = ReadLevel4(whole, !IsLevel4Head(header, false));
+        stock = ReadLevel4(whole, !IsLevel4Head(header, false));
     } else {
         if (header.size() < kHeader) FailDamaged("it is cut short");
-        content = header.starts_with("MATLAB 7.3") ? ReadLevel73(whole) : ReadLevel5(whole, header);
+        stock = header.starts_with("MATLAB 7.3") ? ReadLevel73(whole) : ReadLevel5(whole, header);
         const std::string_view text(header.data(), kHeaderText);
         const std::string_view line = text.substr(0, text.find_first_of(std::string_view("\r\n\0", 3)));
-        content.info.properties.push_back(
-            {"header", PlainLine(line.substr(0, line.find_last_not_of(' ') + 1))});
+        info.properties.push_back({"header", PlainLine(line.substr(0, line.find_last_not_of(' ') + 1))});
     }
-    return MakeVariableReader(content.scopes, std::move(content.info));
+    return MakeVariableReader(stock.Scopes(), std::move(info));
 }
 
 }  // namespace kvx

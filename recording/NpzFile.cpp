@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,13 +21,20 @@ namespace {
 
 constexpr std::string_view kEnd = ".npy";
 
-VariableScope& ScopeOf(const std::wstring& name, std::vector<VariableScope>* scopes) {
-    const auto scope = std::ranges::find(*scopes, name, &VariableScope::name);
-    if (scope != scopes->end()) return *scope;
-    return scopes->emplace_back(VariableScope{name});
-}
+/// The arrays of an archive by their folders.
+struct NpzContent {
+    VariableStock stock = {};
+    std::map<std::wstring, std::size_t> folders = {{L"", VariableStock::kOuter}};
 
-void AddEntry(const ZipEntry& entry, std::vector<VariableScope>* scopes) {
+    void Add(const std::wstring& folder, Variable variable) {
+        const auto known = folders.find(folder);
+        const std::size_t scope = known != folders.end() ? known->second : stock.AddScope(folder);
+        if (known == folders.end()) folders.emplace(folder, scope);
+        stock.Add(scope, std::move(variable));
+    }
+};
+
+void AddEntry(const ZipEntry& entry, NpzContent* content) {
     if (entry.name.ends_with('/')) return;  // a folder
     std::string path = entry.name;
     const bool isArray = path.ends_with(kEnd);
@@ -35,7 +43,7 @@ void AddEntry(const ZipEntry& entry, std::vector<VariableScope>* scopes) {
     const std::wstring within = FromUtf8Replacing(path.substr(0, folder == path.npos ? 0 : folder));
     const std::wstring name = FromUtf8Replacing(path.substr(folder == path.npos ? 0 : folder + 1));
     if (!isArray) {
-        ScopeOf(within, scopes).variables.push_back({name, Variable::LeftOut{"it is no array"}});
+        content->Add(within, {name, Variable::LeftOut{"it is no array"}});
         return;
     }
     try {
@@ -43,7 +51,7 @@ void AddEntry(const ZipEntry& entry, std::vector<VariableScope>* scopes) {
         const std::uint64_t most = bytes->open()->Most();
         NpyArray array = ReadNpyArray(bytes, std::min(entry.size, most), name);
         const std::wstring& scope = array.hasFields ? (within.empty() ? name : within + L"/" + name) : within;
-        std::ranges::move(array.variables, std::back_inserter(ScopeOf(scope, scopes).variables));
+        for (Variable& variable : array.variables) content->Add(scope, std::move(variable));
     } catch (const Error& error) {
         throw Error(error.Kind(), "its array " + Quote(entry.name) + ": " + error.Sentence(), error.Place());
     }
@@ -146,9 +154,9 @@ bool IsNpz(std::string_view begin) {
 std::unique_ptr<RecordingReader> OpenNpzFile(std::unique_ptr<ByteStream> stream) {
     const std::uint64_t size = stream->Remaining();
     const ByteStretch whole{std::shared_ptr<ByteStream>(std::move(stream)), 0, size};
-    std::vector<VariableScope> scopes(1);
-    for (const ZipEntry& entry : ReadZipDirectory(whole)) AddEntry(entry, &scopes);
-    return MakeVariableReader(scopes, {});
+    NpzContent content;
+    for (const ZipEntry& entry : ReadZipDirectory(whole)) AddEntry(entry, &content);
+    return MakeVariableReader(content.stock.Scopes(), {});
 }
 
 }  // namespace kvx

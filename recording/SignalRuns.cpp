@@ -2,6 +2,7 @@
 #include <KvxRecording01/SignalRuns.h>
 
 #include <algorithm>
+#include <map>
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Parallel.h>
@@ -30,9 +31,11 @@ void ReadRun(SignalReader& reader, std::size_t run, const TakeSamples& take, con
     RequireRun(run, reader.Runs().size());
     if (!take) throw Error(ErrorKind::kBadValue, "nothing takes the samples");
     const std::size_t columns = reader.Runs()[run].Columns();
-    const std::size_t room = std::max<std::size_t>(1, kSamples / columns);
     const auto total =
         static_cast<std::uint64_t>(std::max<std::int64_t>(0, most.value_or(reader.Runs()[run].samples)));
+    // A file may have very many short runs.
+    const auto room = static_cast<std::size_t>(
+        std::clamp<std::uint64_t>(kSamples / columns, 1, std::max<std::uint64_t>(1, total)));
     // A piece is read while the one before it is worked on.
     Piece pieces[] = {Piece(columns, room), Piece(columns, room)};
     std::uint64_t asked = 0;
@@ -82,17 +85,15 @@ std::vector<RunRecord> RecordsOf(std::span<const SignalRun> runs) {
     std::vector<RunRecord> records;
     for (std::size_t r = 0; r < runs.size(); ++r) {
         const std::size_t first = records.size();
+        std::map<CString, std::size_t> ofUnits;
         for (std::size_t c = 0; c < runs[r].channels.size(); ++c) {
             const CUnitCtrl& unit = runs[r].channels[c].unit;
-            auto record = std::find_if(
-                records.begin() + static_cast<std::ptrdiff_t>(first), records.end(),
-                [&](const RunRecord& other) { return PlainUnitName(other.unit) == PlainUnitName(unit); });
-            if (record == records.end()) {
+            const auto [record, isNew] = ofUnits.try_emplace(PlainUnitName(unit), records.size());
+            if (isNew) {
                 const std::size_t next = records.empty() ? 1 : records.back().number + 1;
-                record = records.insert(
-                    record, {r, std::max(next, runs[r].record + records.size() - first), unit, {}});
+                records.push_back({r, std::max(next, runs[r].record + records.size() - first), unit, {}});
             }
-            record->channels.push_back(c);
+            records[record->second].channels.push_back(c);
         }
     }
     return records;

@@ -16,7 +16,8 @@
 namespace kvx {
 namespace {
 
-constexpr int kDeepest = 32;  ///< levels of a tree, blocks of a header
+constexpr int kDeepest = 32;                    ///< levels of a tree, blocks of a header
+constexpr std::uint64_t kMostInflation = 1032;  ///< what a deflated byte becomes at most
 
 [[noreturn]] void FailDamaged() {
     throw Error(ErrorKind::kDamaged, "it is cut short or its HDF5 objects are damaged");
@@ -50,10 +51,14 @@ public:
         for (std::size_t i = 0; i < size; ++i) number |= std::to_integer<std::uint64_t>(bytes[i]) << 8 * i;
         return number;
     }
-    std::string Text(std::size_t at) const {
+    /// A text up to the byte 0 or the end, of so many bytes at most.
+    std::string Text(std::size_t at, std::size_t most = kMostText) const {
         if (at > Size()) FailDamaged();
-        const std::string_view all(reinterpret_cast<const char*>(bytes_.data()) + at, Size() - at);
-        return std::string(all.substr(0, all.find('\0')));
+        std::string_view text(reinterpret_cast<const char*>(bytes_.data()) + at, Size() - at);
+        text = text.substr(0, most + 1);
+        text = text.substr(0, text.find('\0'));
+        if (text.size() > most) FailDamaged();
+        return std::string(text);
     }
     void RequireMark(std::string_view mark) const {
         if (std::string_view(reinterpret_cast<const char*>(Bytes(0, mark.size()).data()), mark.size()) !=
@@ -62,6 +67,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t kMostText = std::size_t{1} << 16;  ///< that a message of a header holds
+
     std::vector<std::byte> bytes_;
 };
 
@@ -169,6 +176,7 @@ public:
         // Those that a piece of all columns may touch are read once.
         wanted *= 2 + kSamplesAtOnce / columns / chunk_.back();
         most_ = std::min({wanted, all_, kRoom / BytesOf(chunk_, elementBytes_)});
+        ReadTree();
     }
 
     std::uint64_t Bytes() const { return BytesOf(dimensions_, elementBytes_); }
@@ -220,12 +228,14 @@ private:
     }
 
     std::vector<std::byte> Load(const std::vector<std::uint64_t>& corner, std::size_t bytes) const {
-        const Entry entry = Find(corner);
+        const Entry& entry = entries_[NumberOf(corner)];
+        if (entry.at == kNone) throw Error(ErrorKind::kDamaged, "a part of its samples is missing");
         if (entry.at > file_.Size() || entry.bytes > file_.Size() - entry.at) FailDamaged();
         const ByteStretch packed{file_.stream, file_.begin + entry.at, file_.begin + entry.at + entry.bytes};
-        std::vector<std::byte> plain(bytes);
-        const std::size_t deflatedMask = filters_.isShuffled ? 2 : 1;
+        const std::uint32_t deflatedMask = filters_.isShuffled ? 2 : 1;
         const bool isDeflated = filters_.isDeflated && (entry.mask & deflatedMask) == 0;
+        if (bytes > entry.bytes * (isDeflated ? kMostInflation : 1)) FailDamaged();
+        std::vector<std::byte> plain(bytes);
         const auto cursor = OpenBytes(packed, isDeflated ? Packing::zlib : Packing::stored);
         cursor->Read(plain);
         cursor->Finish();
@@ -238,45 +248,55 @@ private:
         return ordered;
     }
 
+    static constexpr std::uint64_t kNone = ~std::uint64_t{0};
+
+    /// Where a chunk lies.
     struct Entry {
-        std::uint64_t at;
-        std::uint64_t bytes;
-        std::uint64_t mask;
+        std::uint64_t at = kNone;
+        std::uint32_t bytes = 0;
+        std::uint32_t mask = 0;
     };
 
-    /// Goes down the tree to the chunk with this corner.
-    Entry Find(const std::vector<std::uint64_t>& corner) const {
-        const std::size_t keyBytes = 8 + (corner.size() + 1) * 8;
-        std::uint64_t node = tree_;
-        for (int depth = 0; depth < kDeepest; ++depth) {
-            const Block head(file_, node, 24);
+    /// The number of the chunk with this corner, which lies in the array.
+    std::size_t NumberOf(const std::vector<std::uint64_t>& corner) const {
+        std::uint64_t number = 0;
+        for (std::size_t d = 0; d < corner.size(); ++d)
+            number = number * ((dimensions_[d] - 1) / chunk_[d] + 1) + corner[d] / chunk_[d];
+        return static_cast<std::size_t>(number);
+    }
+
+    /// Takes down where the chunks lie. A tree has no more nodes and entries than chunks need.
+    void ReadTree() {
+        const std::size_t keyBytes = 8 + (dimensions_.size() + 1) * 8;
+        entries_.resize(static_cast<std::size_t>(all_));
+        std::vector<std::uint64_t> nodes = {tree_};
+        std::uint64_t left = 2 * all_ + kDeepest;
+        while (!nodes.empty()) {
+            const Block head(file_, nodes.back(), 24);
             head.RequireMark("TREE");
-            const std::uint64_t level = head.Number(5, 1);
+            const bool isLeaf = head.Number(5, 1) == 0;
             const auto count = static_cast<std::size_t>(head.Number(6, 2));
-            const Block entries(file_, node + 24, count * (keyBytes + 8));
-            const auto cornerAt = [&](std::size_t e) {
-                std::vector<std::uint64_t> at;
-                for (std::size_t d = 0; d < corner.size(); ++d)
-                    at.push_back(entries.Number(e * (keyBytes + 8) + 8 + 8 * d, 8));
-                return at;
-            };
-            std::size_t found = count;
-            for (std::size_t low = 0, high = count; low < high;) {
-                const std::size_t middle = (low + high) / 2;
-                if (cornerAt(middle) <= corner) {
-                    found = middle;
-                    low = middle + 1;
-                } else {
-                    high = middle;
-                }
+            if (count + 1 > left) FailDamaged();
+            left -= count + 1;
+            const Block entries(file_, nodes.back() + 24, count * (keyBytes + 8));
+            nodes.pop_back();
+            for (std::size_t key = 0; key < entries.Size(); key += keyBytes + 8) {
+                const std::uint64_t at = entries.Number(key + keyBytes, 8);
+                isLeaf ? TakeEntry(entries, key, at) : nodes.push_back(at);
             }
-            if (found == count || (level == 0 && cornerAt(found) != corner))
-                throw Error(ErrorKind::kDamaged, "a part of its samples is missing");
-            const std::size_t key = found * (keyBytes + 8);
-            node = entries.Number(key + keyBytes, 8);
-            if (level == 0) return {node, entries.Number(key, 4), entries.Number(key + 4, 4)};
         }
-        FailDamaged();
+    }
+
+    void TakeEntry(const Block& entries, std::size_t key, std::uint64_t at) {
+        std::vector<std::uint64_t> corner;
+        for (std::size_t d = 0; d < dimensions_.size(); ++d) {
+            corner.push_back(entries.Number(key + 8 + 8 * d, 8));
+            if (corner[d] >= dimensions_[d] || corner[d] % chunk_[d] != 0) FailDamaged();
+        }
+        Entry& entry = entries_[NumberOf(corner)];
+        if (entry.at != kNone) FailDamaged();
+        entry = {at, static_cast<std::uint32_t>(entries.Number(key, 4)),
+                 static_cast<std::uint32_t>(entries.Number(key + 4, 4))};
     }
 
     ByteStretch file_;
@@ -285,6 +305,7 @@ private:
     std::vector<std::uint64_t> chunk_;  ///< the dimensions of a chunk
     Filters filters_;
     std::uint64_t elementBytes_;
+    std::vector<Entry> entries_;                                              ///< per chunk
     std::uint64_t all_ = 1;                                                   ///< chunks of the array
     std::uint64_t most_ = 1;                                                  ///< chunks that are kept
     std::uint64_t loaded_ = 0;                                                ///< each time a chunk was read
@@ -335,10 +356,9 @@ struct ArrayMessages {
 };
 
 std::shared_ptr<const ArrayBytes> BytesFor(const ByteStretch& file, const ArrayMessages& messages,
-                                           const Hdf5Object& array) {
+                                           const Hdf5Object& array, Hdf5Room* room) {
     constexpr std::uint64_t kMostChunk = std::uint64_t{16} << 20;
     constexpr std::uint64_t kUndefined = ~std::uint64_t{0};
-    constexpr std::uint64_t kMostInflation = 1032;
     const Block& layout = *messages.layout;
     if (layout.Number(0, 1) != 3) FailUnknown("arrays of another layout");
     const std::uint64_t kind = layout.Number(1, 1);
@@ -353,6 +373,14 @@ std::shared_ptr<const ArrayBytes> BytesFor(const ByteStretch& file, const ArrayM
         if (bytes == 0) FailDamaged();
         if (bytes > kMostChunk) FailUnknown("chunks of more than 16 MiB");
         if (needed / kMostInflation > file.Size()) FailDamaged();
+        std::uint64_t chunks = 1;
+        for (std::size_t d = 0; d < chunk.size(); ++d) chunks *= (array.dimensions[d] - 1) / chunk[d] + 1;
+        // Each chunk has a place in the tree.
+        room->TakeTree(BytesOf({chunks}, 24 + 8 * rank));
+        if (messages.filters.isDeflated)
+            room->TakeInflated(BytesOf({chunks}, bytes));
+        else
+            room->TakeStored(BytesOf({chunks}, bytes));
         const std::uint64_t tree = layout.Number(3, 8);
         return std::make_shared<ArrayBytes>(ArrayBytes{[=, filters = messages.filters] {
             return std::make_unique<ChunkedCursor>(
@@ -368,6 +396,7 @@ std::shared_ptr<const ArrayBytes> BytesFor(const ByteStretch& file, const ArrayM
         FailUnknown("arrays of another layout");
     }
     if (at == kUndefined || needed > bytes || at > file.Size() || bytes > file.Size() - at) FailDamaged();
+    room->TakeStored(needed);
     return StretchBytes({file.stream, file.begin + at, file.begin + at + needed}, Packing::stored);
 }
 
@@ -396,7 +425,24 @@ void TakeAttribute(const Block& block, Hdf5Object* object) {
 
 }  // namespace
 
-Hdf5File::Hdf5File(ByteStretch file) : file_(std::move(file)) {
+Hdf5Room::Hdf5Room(std::uint64_t fileBytes)
+    : headers_(BytesOf({fileBytes}, 4)),  // some are read more than once
+      stored_(fileBytes),
+      inflated_(BytesOf({fileBytes}, kMostInflation)),
+      trees_(fileBytes) {}
+
+void Hdf5Room::TakeHeader(std::uint64_t bytes) {
+    if (bytes > headers_) throw Error(ErrorKind::kDamaged, "its HDF5 objects lie in one another");
+    headers_ -= bytes;
+}
+
+void Hdf5Room::Take(std::uint64_t* left, std::uint64_t bytes) {
+    if (bytes > *left)
+        throw Error(ErrorKind::kUnsupported, "it states more samples than the file has room for");
+    *left -= bytes;
+}
+
+Hdf5File::Hdf5File(ByteStretch file) : file_(std::move(file)), room_(file_.Size()) {
     const Block head(file_, 0, 96);
     head.RequireMark("\x89HDF\r\n\x1A\n");
     const std::uint64_t version = head.Number(8, 1);
@@ -405,7 +451,7 @@ Hdf5File::Hdf5File(ByteStretch file) : file_(std::move(file)) {
     root_ = head.Number(version == 0 ? 64 : 68, 8);
 }
 
-Hdf5Object Hdf5File::Object(std::uint64_t address) const {
+Hdf5Object Hdf5File::Object(std::uint64_t address) {
     enum Message : std::uint64_t {
         kSpace = 1,
         kType = 3,
@@ -415,6 +461,7 @@ Hdf5Object Hdf5File::Object(std::uint64_t address) const {
         kMore = 16,
         kTable = 17
     };
+    room_.TakeHeader(16);
     const Block head(file_, address, 16);
     if (head.Number(0, 1) != 1) FailUnknown("a header of another version than MATLAB writes");
     std::vector<std::pair<std::uint64_t, std::uint64_t>> blocks = {{address + 16, head.Number(8, 4)}};
@@ -424,6 +471,7 @@ Hdf5Object Hdf5File::Object(std::uint64_t address) const {
     for (std::size_t b = 0; b < blocks.size(); ++b) {
         if (b > kDeepest) FailDamaged();
         const Block block(file_, blocks[b].first, blocks[b].second);
+        room_.TakeHeader(block.Size());
         for (std::size_t at = 0; at + 8 <= block.Size();) {
             const std::uint64_t kind = block.Number(at, 2);
             const auto size = static_cast<std::size_t>(block.Number(at + 2, 2));
@@ -458,14 +506,16 @@ Hdf5Object Hdf5File::Object(std::uint64_t address) const {
     object.parts = messages.type->parts;
     object.isReference = messages.type->isReference;
     if (object.parts.empty() && !object.isReference) return object;
-    object.bytes = BytesFor(file_, messages, object);
+    object.bytes = BytesFor(file_, messages, object, &room_);
     return object;
 }
 
-std::vector<std::pair<std::string, std::uint64_t>> Hdf5File::Members(const Hdf5Object& group) const {
+std::vector<std::pair<std::string, std::uint64_t>> Hdf5File::Members(const Hdf5Object& group) {
+    constexpr std::size_t kMostName = 1024;
     const Block heap(file_, group.names, 32);
     heap.RequireMark("HEAP");
     const Block names(file_, heap.Number(24, 8), heap.Number(8, 8));
+    room_.TakeHeader(names.Size());
     std::vector<std::pair<std::string, std::uint64_t>> members;
     std::vector<std::uint64_t> nodes = {group.links};
     std::set<std::uint64_t> seen;
@@ -477,6 +527,7 @@ std::vector<std::pair<std::string, std::uint64_t>> Hdf5File::Members(const Hdf5O
         head.RequireMark("TREE");
         const auto count = static_cast<std::size_t>(head.Number(6, 2));
         const Block entries(file_, node + 24, count * 16 + 8);
+        room_.TakeHeader(entries.Size());
         const bool isLeaf = head.Number(5, 1) == 0;
         for (std::size_t e = count; e-- > 0;) {
             const std::uint64_t child = entries.Number(e * 16 + 8, 8);
@@ -487,9 +538,12 @@ std::vector<std::pair<std::string, std::uint64_t>> Hdf5File::Members(const Hdf5O
             table.RequireMark("SNOD");
             const auto links = static_cast<std::size_t>(table.Number(6, 2));
             const Block symbols(file_, child + 8, links * 40);
-            for (std::size_t s = 0; s < links; ++s)
-                members.emplace_back(names.Text(static_cast<std::size_t>(symbols.Number(s * 40, 8))),
-                                     symbols.Number(s * 40 + 8, 8));
+            room_.TakeHeader(symbols.Size());
+            for (std::size_t s = 0; s < links; ++s) {
+                const auto name = static_cast<std::size_t>(symbols.Number(s * 40, 8));
+                members.emplace_back(names.Text(name, kMostName), symbols.Number(s * 40 + 8, 8));
+                room_.TakeHeader(members.back().first.size());
+            }
         }
     }
     std::ranges::sort(members);

@@ -100,6 +100,10 @@ LoggerSegment LoggerHeaders::ReadSegment() {
     if (!names) throw Error(ErrorKind::kDamaged, "its header does not end");
     Fields fields;
     Split(*names, segment.separator, &fields);
+    if (fields.size() > kMaxColumns) {
+        throw Error(ErrorKind::kUnsupported, "line " + std::to_string(lines_.Number()) + " has more than " +
+                                                 std::to_string(kMaxColumns) + " columns");
+    }
     DropEmptyEnd(&fields);
     if (!fields.empty() && fields.back() == "Comment") fields.pop_back();
     if (fields.size() < 2)

@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -111,16 +113,16 @@ public:
 
     std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
         RequireRun(run, runs_.size());
-        if (!rows_ || run != run_) Enter(run);
+        if (run != run_) Enter(run);
+        lineNumbers_.clear();
+        if (const auto kept = kept_.find(run); kept != kept_.end())
+            return ReadKept(kept->second, targets, room);
         const Run& source = runs_[run];
         const bool isListed = info_.runs[run].axis.isListed;
-        lineNumbers_.clear();
         std::size_t count = 0;
         for (; count < room && part_ < source.parts.size(); ++count) {
             const Part& part = source.parts[part_];
-            GoTo(part.segment);
-            const Fields* const row = rows_->NextRow();
-            if (row == nullptr) throw Error(ErrorKind::kHost, "it changed while it was read");
+            const Fields* const row = RowOf(part.segment);
             lineNumbers_.push_back(rows_->Lines().Number());
             if (isListed && targets[0] != nullptr) targets[0][count] = NumberIn(*row, *part.placeColumn);
             for (std::size_t c = 0; c < part.columns.size(); ++c) {
@@ -157,14 +159,13 @@ private:
         const std::vector<TimeStamps> stamps = StampsOf(segment, rows, progress);
         std::vector<Part> parts;
         std::vector<std::vector<std::size_t>> channels;  // per part
+        std::map<std::tuple<__int64, double, double>, std::size_t> numbers;
         for (std::size_t c = 0; c < stamps.size(); ++c) {
             if (stamps[c].count == 0) continue;
-            const auto part = std::ranges::find_if(parts, [&](const Part& other) {
-                return other.stamps.count == stamps[c].count && other.stamps.first == stamps[c].first &&
-                       other.stamps.last == stamps[c].last;
-            });
-            const auto number = static_cast<std::size_t>(part - parts.begin());
-            if (part == parts.end()) {
+            const auto [part, isNew] =
+                numbers.try_emplace({stamps[c].count, stamps[c].first, stamps[c].last}, parts.size());
+            const std::size_t number = part->second;
+            if (isNew) {
                 Part& added = parts.emplace_back(Part{segments_, std::nullopt, {}, stamps[c]});
                 if (segment.times != LoggerSegment::Times::none) added.placeColumn = segment.PlaceColumn(c);
                 channels.emplace_back();
@@ -187,16 +188,27 @@ private:
                                      const ProgressFunction& progress) {
         std::vector<TimeStamps> stamps(segment.channels.size());
         const bool isMulti = segment.times == LoggerSegment::Times::perChannel;
+        std::vector<std::size_t> open(stamps.size());  // the channels that have not ended
+        std::iota(open.begin(), open.end(), std::size_t{0});
         __int64 count = 0;
         for (; const Fields* const row = rows.NextRow(); ++count) {
             line_ = rows.Lines().Number();
             if ((count & 0xFFF) == 0 && progress) progress(rows.Lines().Position(), rows.Lines().Size());
-            for (std::size_t c = 0; c < stamps.size(); ++c) {
+            const auto isEmpty = [&, fields = row](std::size_t c) {
+                return IsEmpty(*fields, segment.ChannelColumn(c)) &&
+                       (!isMulti || IsEmpty(*fields, segment.PlaceColumn(c)));
+            };
+            if (!segment.areSamplesEqual) {
+                std::erase_if(open, isEmpty);
+                // A row has no fields of channels that ended before.
+                for (std::size_t c = 0; c < std::min(stamps.size(), row->size()); ++c) {
+                    if (stamps[c].count < count && !isEmpty(c))
+                        throw Refused("", FieldPlace(line_, segment.ChannelColumn(c)));
+                }
+            }
+            for (const std::size_t c : open) {
                 const std::size_t column = segment.ChannelColumn(c);
                 const std::size_t placeColumn = segment.PlaceColumn(c);
-                const bool isEmpty = IsEmpty(*row, column) && (!isMulti || IsEmpty(*row, placeColumn));
-                if (isEmpty && !segment.areSamplesEqual) continue;  // the channel has ended
-                if (stamps[c].count != count) throw Refused("", FieldPlace(line_, column));
                 NumberIn(*row, column);
                 if (!isMulti && c > 0 && stamps[c - 1].count == count + 1) {
                     stamps[c] = stamps[c - 1];  // of the same column of places
@@ -290,6 +302,11 @@ private:
             info_.remarks.push_back("the axis of run " + std::to_string(runs_.size()) + ", " +
                                     Quote(segment.dimension) + ", is read as time");
         }
+        channels_ += channels.size();
+        if (channels_ > kMaxColumns) {
+            throw Error(ErrorKind::kUnsupported,
+                        "its segments have more than " + std::to_string(kMaxColumns) + " channels");
+        }
         for (const std::size_t channel : channels) {
             run.channels.push_back(ChannelOf(segment.channels[channel]));
         }
@@ -336,6 +353,10 @@ private:
             for (const Part& part : run.parts)
                 if (run.finder != nullptr) parts[part.segment].emplace_back(&part, run.finder);
         }
+        for (auto& ofSegment : parts) {
+            std::ranges::stable_sort(ofSegment, std::ranges::greater(),
+                                     [](const auto& part) { return part.first->stamps.count; });
+        }
         SegmentRows rows(open_, options_);
         numbers_ = NumberReader();
         for (std::size_t s = 0; s < segments_ && rows.NextSegment(); ++s) {
@@ -344,7 +365,7 @@ private:
                 if ((count & 0xFFF) == 0 && progress) progress(rows.Lines().Position(), rows.Lines().Size());
                 line_ = rows.Lines().Number();
                 for (const auto& [part, finder] : parts[s]) {
-                    if (count >= part->stamps.count) continue;
+                    if (count >= part->stamps.count) break;
                     const double place = NumberIn(*row, *part->placeColumn);
                     finder->Add({&place, 1});
                 }
@@ -372,9 +393,76 @@ private:
         run_ = run;
         part_ = 0;
         row_ = 0;
+        if (kept_.contains(run)) return;
+        kept_.clear();
         numbers_ = NumberReader();
         // What lies behind is read on; anything else from the start.
         if (rows_ && segment_ >= runs_[run].parts[0].segment) rows_.reset();
+        Keep(run);
+    }
+
+    /// Samples of a run that were read together with those of others from the same rows.
+    struct Kept {
+        std::vector<std::vector<double>> columns;
+        std::vector<std::size_t> lines;
+    };
+
+    /// Reads a run and those behind it that lie in the same rows, as far as there is room for them: reading
+    /// them one after the other would go through the rows for each.
+    void Keep(std::size_t first) {
+        constexpr std::uint64_t kMost = std::uint64_t{1} << 23;  // numbers
+        std::uint64_t left = kMost;
+        std::vector<std::size_t> chosen;
+        for (std::size_t r = first; r < runs_.size() && SegmentOf(r) == SegmentOf(first); ++r) {
+            const std::uint64_t columns = CountColumns(info_.runs[r]) + 1;  // and the number of the line
+            const auto samples = static_cast<std::uint64_t>(info_.runs[r].samples);
+            if (samples > left / columns) break;
+            left -= samples * columns;
+            chosen.push_back(r);
+        }
+        if (chosen.size() < 2) return;
+        for (const std::size_t r : chosen) kept_[r].columns.resize(CountColumns(info_.runs[r]));
+        for (std::size_t p = 0; p < runs_[first].parts.size(); ++p) {
+            const auto countOf = [&](std::size_t r) { return runs_[r].parts[p].stamps.count; };
+            std::ranges::stable_sort(chosen, std::ranges::greater(), countOf);
+            for (__int64 row = 0; row < countOf(chosen.front()); ++row) {
+                const Fields* const fields = RowOf(runs_[first].parts[p].segment);
+                for (const std::size_t r : chosen) {
+                    if (row >= countOf(r)) break;
+                    TakeRow(*fields, r, runs_[r].parts[p]);
+                }
+            }
+        }
+    }
+
+    void TakeRow(const Fields& fields, std::size_t run, const Part& part) {
+        Kept& kept = kept_[run];
+        kept.lines.push_back(rows_->Lines().Number());
+        auto column = kept.columns.begin();
+        if (info_.runs[run].axis.isListed) column++->push_back(NumberIn(fields, *part.placeColumn));
+        for (const std::size_t at : part.columns) column++->push_back(NumberIn(fields, at));
+    }
+
+    std::size_t ReadKept(const Kept& kept, std::span<double* const> targets, std::size_t room) {
+        const auto begin = static_cast<std::size_t>(row_);
+        const std::size_t count = std::min(room, kept.lines.size() - begin);
+        const auto lines = std::span(kept.lines).subspan(begin, count);
+        lineNumbers_.assign(lines.begin(), lines.end());
+        for (std::size_t c = 0; c < kept.columns.size(); ++c)
+            if (targets[c] != nullptr) std::copy_n(kept.columns[c].data() + begin, count, targets[c]);
+        row_ += static_cast<__int64>(count);
+        return count;
+    }
+
+    /// The segment in which a run begins, which those have in common that lie in the same rows.
+    std::size_t SegmentOf(std::size_t run) const { return runs_[run].parts[0].segment; }
+
+    /// The next row of a segment that has one.
+    const Fields* RowOf(std::size_t segment) {
+        GoTo(segment);
+        const Fields* const row = rows_->NextRow();
+        if (row == nullptr) throw Error(ErrorKind::kHost, "it changed while it was read");
+        return row;
     }
 
     /// Brings the rows of a segment next, unless they are being read.
@@ -394,14 +482,16 @@ private:
     std::size_t segments_ = 0;
     std::vector<Run> runs_;
     std::size_t firstRun_ = 0;  ///< of the segment last surveyed
+    std::size_t channels_ = 0;  ///< of all runs so far
     std::wstring before_;       ///< the dimension of its axis
     std::size_t line_ = 0;      ///< that is surveyed
     NumberReader numbers_;
     std::unique_ptr<SegmentRows> rows_;
-    std::size_t segment_ = 0;  ///< whose rows come next
-    std::size_t run_ = 0;
+    std::size_t segment_ = 0;           ///< whose rows come next
+    std::map<std::size_t, Kept> kept_;  ///< by their runs
+    std::size_t run_ = std::numeric_limits<std::size_t>::max();
     std::size_t part_ = 0;
-    __int64 row_ = 0;                       ///< of the part
+    __int64 row_ = 0;                       ///< of the part, or of a run that is kept
     std::vector<std::size_t> lineNumbers_;  ///< of the rows last delivered
 };
 

@@ -17,7 +17,8 @@ namespace kvx {
 namespace {
 
 constexpr std::string_view kMark = "\x93NUMPY";
-constexpr std::uint64_t kMostHeader = std::uint64_t{1} << 20;
+/// Bytes of a header; each value of it takes some fifty times as many once it is parsed.
+constexpr std::uint64_t kMostHeader = std::uint64_t{1} << 18;
 constexpr std::uint64_t kMostText = std::uint64_t{1} << 20;
 
 [[noreturn]] void FailHeader() {

@@ -7,6 +7,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <utility>
 
@@ -189,12 +190,44 @@ std::size_t AlongOf(const StoredArray& array) {
     return array.counts[0] == 1 && array.counts[1] > 1 && !array.areRowsSamples ? 1 : 0;
 }
 
-std::vector<double> ReadOne(const StoredArray& array) {
-    std::vector<double> parts(array.parts.size());
-    std::vector<double*> targets;
-    for (double& part : parts) targets.push_back(&part);
-    ColumnReader(ColumnsOf(array, 0), 1).Read(targets, 1);
-    return parts;
+/// The single numbers of a scope with their parts.
+using SingleNumbers = std::map<const Variable*, std::vector<double>>;
+
+/// Reads single numbers in the order in which they lie, so that packed bytes are inflated once for all.
+void ReadSingles(SingleNumbers* numbers) {
+    struct Place {
+        std::size_t source;  // in the order in which they appear
+        const StoredArray* array;
+        const StoredArray::Part* part;
+        double* target;
+    };
+    std::vector<Place> places;
+    std::map<const ArrayBytes*, std::size_t> sources;
+    for (auto& [variable, values] : *numbers) {
+        const auto& array = std::get<StoredArray>(variable->value);
+        const std::size_t source = sources.try_emplace(array.bytes.get(), sources.size()).first->second;
+        values.resize(array.parts.size());
+        for (std::size_t p = 0; p < values.size(); ++p)
+            places.push_back({source, &array, &array.parts[p], &values[p]});
+    }
+    std::ranges::sort(places, {},
+                      [](const Place& place) { return std::pair(place.source, place.part->start); });
+    std::unique_ptr<ByteCursor> cursor;
+    std::uint64_t position = 0;
+    std::vector<std::byte> bytes;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const auto& [source, array, part, target] = places[i];
+        if (i == 0 || places[i - 1].source != source || part->start < position) {
+            cursor = array->bytes->open();
+            position = 0;
+        }
+        cursor->Skip(part->start - position);
+        bytes.resize(part->type.bytes);
+        cursor->Read(bytes);
+        position = part->start + bytes.size();
+        ToDoubles(part->type, bytes.data(), bytes.size(), {target, 1});
+        if (i + 1 == places.size() || places[i + 1].source != source) cursor->Finish();
+    }
 }
 
 /// A vector of places on an axis.
@@ -307,13 +340,17 @@ public:
     RunMaker(RecordingInfo* info, std::vector<RunColumns>* sources, bool isBare)
         : info_(*info), sources_(*sources), isBare_(isBare) {}
 
-    void AddScope(const VariableScope& scope, const VariableScope* outer) {
+    /// What its numbers say of axes holds for all scopes that say nothing.
+    void SetOuter(const VariableScope& scope) { outer_ = NumbersOf(scope, SinglesOf(scope)); }
+
+    void AddScope(const VariableScope& scope) {
         scope_ = &scope;
-        numbers_ = NumbersOf(scope);
+        singles_ = SinglesOf(scope);
+        numbers_ = NumbersOf(scope, singles_);
         const bool hasStep = std::ranges::any_of(numbers_, [](const auto& number) {
             return number.first.first == Role::step || number.first.first == Role::rate;
         });
-        if (!hasStep && outer != nullptr) numbers_.merge(NumbersOf(*outer));
+        if (!hasStep) numbers_.insert(outer_.begin(), outer_.end());
         Sort();
         SettleAxes();
         MakeGroups();
@@ -327,13 +364,10 @@ public:
 
     /// The sentence on what became nothing.
     void RemarkLeftOut() {
-        constexpr std::size_t kNamed = 8;
         if (leftOut_.empty()) return;
         std::string sentence = "left out: ";
-        for (std::size_t i = 0; i < std::min(kNamed, leftOut_.size()); ++i)
-            sentence += (i == 0 ? "" : "; ") + leftOut_[i];
-        if (leftOut_.size() > kNamed)
-            sentence += "; and " + std::to_string(leftOut_.size() - kNamed) + " more variables";
+        for (std::size_t i = 0; i < leftOut_.size(); ++i) sentence += (i == 0 ? "" : "; ") + leftOut_[i];
+        if (notNamed_ > 0) sentence += "; and " + std::to_string(notNamed_) + " more variables";
         info_.remarks.push_back(sentence);
     }
 
@@ -365,12 +399,30 @@ private:
         return array != nullptr && array->Size() == 1 && !isBare_;
     }
 
-    Numbers NumbersOf(const VariableScope& scope) const {
+    void LeaveOut(const Variable& variable, const std::string& why) {
+        constexpr std::size_t kNamed = 8;
+        if (leftOut_.size() == kNamed) {
+            ++notNamed_;
+        } else {
+            leftOut_.push_back(Quote(FullName(variable)) + ", for " + why);
+        }
+    }
+
+    SingleNumbers SinglesOf(const VariableScope& scope) const {
+        SingleNumbers singles;
+        for (const Variable& variable : scope.variables)
+            if (IsNumber(variable)) singles.try_emplace(singles.end(), &variable);
+        ReadSingles(&singles);
+        return singles;
+    }
+
+    static Numbers NumbersOf(const VariableScope& scope, const SingleNumbers& singles) {
         Numbers numbers;
         for (const Variable& variable : scope.variables) {
-            const NameRow* const row = RowOf(variable.name, false);
-            if (row == nullptr || !IsNumber(variable)) continue;
-            const double value = ReadOne(std::get<StoredArray>(variable.value)).front();
+            const auto single = singles.find(&variable);
+            const NameRow* const row = single == singles.end() ? nullptr : RowOf(variable.name, false);
+            if (row == nullptr) continue;
+            const double value = single->second.front();
             if (row->role == Role::start ? std::isfinite(value) : value > 0.0 && std::isfinite(1.0 / value))
                 numbers.try_emplace({row->role, row->axis}, value);
         }
@@ -392,14 +444,16 @@ private:
     void Sort() {
         arrays_.clear();
         axes_.clear();
+        surveyed_.clear();
         texts_.clear();
+        hasAxisUnit_ = HasAxisUnit();
         for (const Variable& variable : scope_->variables) {
             if (const auto* const leftOut = std::get_if<Variable::LeftOut>(&variable.value)) {
-                leftOut_.push_back(Quote(FullName(variable)) + ", for " + leftOut->why);
+                LeaveOut(variable, leftOut->why);
             } else if (const auto* const texts = std::get_if<Variable::Texts>(&variable.value)) {
                 SortTexts(variable, *texts);
             } else if (IsNumber(variable)) {
-                const std::vector<double> parts = ReadOne(std::get<StoredArray>(variable.value));
+                const std::vector<double>& parts = singles_.at(&variable);
                 std::string text = FormatExact(parts.front());
                 if (parts.size() > 1)
                     text += (parts[1] < 0.0 ? " - " : " + ") + FormatExact(std::abs(parts[1])) + "i";
@@ -426,9 +480,10 @@ private:
     void SortArray(const Variable& variable) {
         const auto& array = std::get<StoredArray>(variable.value);
         const NameRow* row = RowOf(variable.name, true);
-        if (row != nullptr && row->axis == "x" && !HasAxisUnit()) row = nullptr;  // a name like any other
+        if (row != nullptr && row->axis == "x" && !hasAxisUnit_) row = nullptr;  // a name like any other
         const bool isVector = array.counts[1 - AlongOf(array)] == 1;
-        if (row != nullptr && isVector && array.parts.size() == 1) {
+        // One name is one axis: of several with it, the first.
+        if (row != nullptr && isVector && array.parts.size() == 1 && surveyed_.insert(row).second) {
             const Places places = SurveyPlaces(variable, row, AlongOf(array));
             if (places.isRising) {
                 axes_.push_back(places);
@@ -473,14 +528,17 @@ private:
             if (rows == columns && isRowTime == isColumnTime)
                 info_.remarks.push_back(name + " is square; its columns are taken for channels");
         }
+        // Arrays and axes are in the order of the variables.
         std::vector<Array> all;
+        auto array = arrays_.begin();
+        auto axis = axes_.begin();
         for (const Variable& variable : scope_->variables) {
-            const auto array = std::ranges::find(arrays_, &variable, &Array::variable);
-            if (array != arrays_.end()) all.push_back(*array);
-            const auto axis = std::ranges::find(axes_, &variable, &Places::variable);
-            if (axis == axes_.end() || axis->isOfAnArray) continue;
+            if (array != arrays_.end() && array->variable == &variable) all.push_back(*array++);
+            if (axis == axes_.end() || axis->variable != &variable) continue;
+            const Places* const places = &*axis++;
+            if (places->isOfAnArray) continue;
             const bool isUsed = std::ranges::any_of(
-                arrays_, [&](const Array& each) { return AxisOf(each.Samples()) == &*axis; });
+                arrays_, [&](const Array& each) { return AxisOf(each.Samples()) == places; });
             if (!isUsed) all.push_back({&variable, AlongOf(std::get<StoredArray>(variable.value))});
         }
         arrays_ = std::move(all);
@@ -514,8 +572,7 @@ private:
         for (const Array& array : arrays_) {
             const Places* const places = AxisOf(array.Samples());
             if (hasAxis && !hasStep && places == nullptr) {
-                leftOut_.push_back(Quote(FullName(*array.variable)) +
-                                   ", for it has another length than the axis");
+                LeaveOut(*array.variable, "it has another length than the axis");
                 continue;
             }
             const auto [at, isNew] = groupOf.try_emplace(array.Samples(), groups_.size());
@@ -666,10 +723,15 @@ private:
     RecordingInfo& info_;
     std::vector<RunColumns>& sources_;
     bool isBare_;
-    std::vector<std::string> leftOut_;
+    Numbers outer_;
+    std::vector<std::string> leftOut_;  ///< those that are named
+    std::size_t notNamed_ = 0;          ///< how many more were left out
     // Of the scope that is being added:
     const VariableScope* scope_ = nullptr;
+    SingleNumbers singles_;
     Numbers numbers_;
+    std::set<const NameRow*> surveyed_;  ///< names of axes that a vector has
+    bool hasAxisUnit_ = false;
     std::vector<Array> arrays_;
     std::vector<Places> axes_;
     std::map<Role, const Variable::Texts*> texts_;
@@ -684,8 +746,8 @@ public:
         const auto outer =
             std::ranges::find_if(scopes, [](const VariableScope& s) { return s.name.empty(); });
         RunMaker maker(&info_, &sources_, isBare);
-        for (const VariableScope& scope : scopes)
-            maker.AddScope(scope, outer == scopes.end() ? nullptr : &*outer);
+        if (scopes.size() > 1 && outer != scopes.end()) maker.SetOuter(*outer);
+        for (const VariableScope& scope : scopes) maker.AddScope(scope);
         maker.RemarkLeftOut();
         if (info_.runs.empty()) {
             throw Error(ErrorKind::kUnsupported,
@@ -758,6 +820,33 @@ private:
 std::shared_ptr<const ArrayBytes> StretchBytes(const ByteStretch& stretch, Packing packing,
                                                std::optional<std::uint32_t> crc) {
     return std::make_shared<ArrayBytes>(ArrayBytes{[=] { return OpenBytes(stretch, packing, crc); }});
+}
+
+std::size_t VariableStock::AddScope(std::wstring name) {
+    CountOne();
+    scopes_.push_back({std::move(name)});
+    return scopes_.size() - 1;
+}
+
+void VariableStock::Add(std::size_t scope, Variable variable) {
+    constexpr std::size_t kMostMebibytes = 16;
+    CountOne();
+    if (const auto* const texts = std::get_if<Variable::Texts>(&variable.value)) {
+        for (const std::wstring& text : *texts) texts_ += sizeof text + text.size() * sizeof(wchar_t);
+        if (texts_ > kMostMebibytes << 20) {
+            variable.value = Variable::LeftOut{"the texts of the file take more than " +
+                                               std::to_string(kMostMebibytes) + " MiB"};
+        }
+    }
+    scopes_[scope].variables.push_back(std::move(variable));
+}
+
+void VariableStock::CountOne() {
+    constexpr std::size_t kMost = 65536;
+    if (++count_ > kMost) {
+        throw Error(ErrorKind::kUnsupported,
+                    "it has more than " + std::to_string(kMost) + " variables, folders and structures");
+    }
 }
 
 ArrayShape ShapeOf(std::vector<std::uint64_t> dimensions) {

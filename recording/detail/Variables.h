@@ -63,6 +63,26 @@ struct VariableScope {
     std::vector<Variable> variables = {};
 };
 
+/// The variables of a file as they are found. What they take is bounded for all of them together, as a few
+/// packed bytes can state any number of variables and texts.
+class VariableStock {
+public:
+    static constexpr std::size_t kOuter = 0;  ///< the scope of the file
+
+    /// Its number, by which variables are added to it.
+    std::size_t AddScope(std::wstring name);
+    /// Takes a variable; a text too many is left out with a word. Throws Error for a variable too many.
+    void Add(std::size_t scope, Variable variable);
+    const std::vector<VariableScope>& Scopes() const { return scopes_; }
+
+private:
+    void CountOne();
+
+    std::vector<VariableScope> scopes_ = std::vector<VariableScope>(1);
+    std::size_t count_ = 0;  ///< of variables and scopes
+    std::size_t texts_ = 0;  ///< the bytes that all texts take
+};
+
 /// The shape of an array of any dimensions: rows and columns, dimensions of 1 taken out. What is not one of
 /// these is said: "it is empty".
 struct ArrayShape {

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -79,12 +80,17 @@ std::vector<WrittenVariable> VariablesOf(const SignalRun& run, const std::wstrin
     if (run.isListed || axis != "t")
         variables.push_back({axis, Samples{0, false, !run.isListed, run.samples}});
     std::set<std::string> taken;
+    std::map<std::string, int> numbers;  // that were last put behind a name
     std::size_t column = run.isListed ? 1 : 0;
     for (const SignalRun::Channel& channel : run.channels) {
         const std::string plain = Identifier(channel.name);
         std::string name = plain;
-        for (int number = 2; !taken.insert(name).second; ++number)
-            name = plain + "_" + std::to_string(number);
+        if (!taken.insert(name).second) {
+            int& number = numbers.try_emplace(plain, 1).first->second;
+            do {
+                name = plain + "_" + std::to_string(++number);
+            } while (!taken.insert(name).second);
+        }
         variables.push_back({name, Samples{column, channel.isComplex, false, run.samples}});
         column += channel.isComplex ? 2 : 1;
     }

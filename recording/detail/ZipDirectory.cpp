@@ -9,6 +9,7 @@
 #include <initializer_list>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
@@ -87,6 +88,23 @@ void Take64(std::span<const std::byte> extra, std::span<std::uint64_t* const> fi
     }
 }
 
+/// The bytes of a file with its head.
+struct Extent {
+    std::uint64_t begin;
+    std::uint64_t end;
+    std::size_t entry;
+};
+
+void RequireApart(std::vector<Extent> extents, const std::vector<ZipEntry>& entries) {
+    std::ranges::sort(extents, {}, &Extent::begin);
+    for (std::size_t i = 1; i < extents.size(); ++i) {
+        if (extents[i].begin >= extents[i - 1].end) continue;
+        const auto [one, other] = std::minmax(extents[i - 1].entry, extents[i].entry);
+        throw Error(ErrorKind::kDamaged, "its files " + Quote(entries[one].name) + " and " +
+                                             Quote(entries[other].name) + " share bytes");
+    }
+}
+
 }  // namespace
 
 std::vector<ZipEntry> ReadZipDirectory(const ByteStretch& archive) {
@@ -94,6 +112,7 @@ std::vector<ZipEntry> ReadZipDirectory(const ByteStretch& archive) {
     constexpr std::uint64_t kLocalHead = 30;
     const Directory directory = FindDirectory(archive);
     std::vector<ZipEntry> entries;
+    std::vector<Extent> extents;
     std::uint64_t at = directory.begin;
     for (std::uint64_t i = 0; i < directory.entries; ++i) {
         const Bytes head = Take(archive, at, kHead);
@@ -122,9 +141,11 @@ std::vector<ZipEntry> ReadZipDirectory(const ByteStretch& archive) {
         if (begin > archive.Size() || packedSize > archive.Size() - begin) FailDirectory();
         entry.packing = method == 0 ? Packing::stored : Packing::deflated;
         entry.packed = {archive.stream, archive.begin + begin, archive.begin + begin + packedSize};
+        extents.push_back({local, begin + packedSize, entries.size() - 1});
         if (method == 0 && entry.size != packedSize) FailDirectory();
         at += kHead + nameBytes + extraBytes + Number(head, 32, 2);
     }
+    RequireApart(std::move(extents), entries);
     return entries;
 }
 

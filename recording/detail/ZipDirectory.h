@@ -24,7 +24,8 @@ struct ZipEntry {
 };
 
 /// The files of the archive, in the order of its directory. Throws Error, also for those that are encrypted
-/// or packed otherwise than stored or deflated.
+/// or packed otherwise than stored or deflated, and for two that share bytes: so what all of them hold is
+/// bounded by the bytes of the archive.
 std::vector<ZipEntry> ReadZipDirectory(const ByteStretch& archive);
 
 /// A file that is written.

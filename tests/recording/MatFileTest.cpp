@@ -3,7 +3,6 @@
 // MATLAB files: bytes made by hand after the public description, and files of SciPy and of the sound library.
 #include <gtest/gtest.h>
 #include <sndfile.h>
-#include <zlib.h>
 
 #include <bit>
 #include <cmath>
@@ -21,6 +20,7 @@
 #include <KvxRecording01/SignalRuns.h>
 
 #include "tests/support/Base64.h"
+#include "tests/support/MatlabFile.h"
 #include "tests/support/Recordings.h"
 #include "tests/support/TempFolder.h"
 
@@ -213,22 +213,8 @@ TEST(MatFile, MayBeCompressed) {
               ": s from 0 by 0.125: a [] 1.5 -2 3 4; s: Hz from 0 by 0.5: H [g] 1 3,  2 -4");
 }
 
-// Written by h5py 3.7 in the layout of MATLAB 7.3, then compressed with zlib: a matrix a in shuffled and
-// deflated chunks of 2 by 2, fs = 8, names = {'x'; 'yz'}, a structure s with complex H and df = 0.5.
-constexpr const char* kOfVersion73 =
-    "eNrtWs1vEkEUfzNL64ZautXGEm3qVmrCRYOxiSQmAqYYTEQb5eDJssKuJdnSho8EPfVY/4P+CT326JGDB48eOXL06H+Ay84bym4XFggG"
-    "ks7v8nbevPlg5n3svkc2lXuTeqk+e/xUzaZyj4ySqav/G8BBX2dBYKb4ntl9tRy8G7QbsgwBUPBuGOkgzqPONh+fR0qQniI9p5xP7L4w"
-    "8ldxfrdc7n063ZXuuMDXiQUYDYsru5bIpFN7XfqR6wPSX9QppyE1qowigUhFN6oRgLJ2qFf79DXqsy6BG0yW8DYbQSjpNxOQADzbkqWx"
-    "XclVNQGyzUnCzhLsdFBgweJ2+6nEVliCuP1AKJ9Pti2oelA3DFPHObr7YPyibphaTQc0D4vLLESiUmPhckvU7rJwE0+OwLLFkCFr+//9"
-    "gqlV7aO6bS2+2Hc+xaP6Z2vZHj68fbdLrF1zJ35832n/Z9j+scX3w6BKw88ZvQ5crA+X4/d19nC4HPcTzbBzf3+wLd+brT53/R2xrsXt"
-    "79Z8xl2sMOqWc5kB/Fzx7qfgvBcBAQEBAQEBAYH5RuNTId8MvYjJp63n8ThAsE3XGC8e3g5vhEPW6710TPDtW00y+jeBw7EtI1WajLYT"
-    "DfgK3yD2AL/it8VJCwgICAgIzA8ILA7NR5KenDcdOR9J2YS9fCJpYUbJmTmaPJ+YnNJ5SI76goKZxBPM7+0h36++0N7g4wWuI9z1Ba5P"
-    "UVeeOMP12HDa1aTazOth7rz0uHZVrVXqhdro/oG6/MJl3eLE5t2hzBYqumaO9Ds8/EnpUPty1WOMNnawH2qjH1Idc3C7j26ydhz5rF5B"
-    "e3v47ZP35/af3xQ2MQ0/P7t4xa9y3uKVdz3cXTfzi1fJiIhXIl5djVetLadcGQvl5SfTiVd+9XB/e1bsZ6UXcxQfO5adf0gZw44DfesW"
-    "DrQKG5fEcbes5964Urm2X9QLR0Ve6lZkwJq66hknYUB84Rk0v/giMmzj6dWg95XJ9SqIVxGYS73yi5v+58F+9zpGwMHnEFK8IsnY56Cb"
-    "pvOLa7r4B0LdAYk=";
-
-// Likewise: an array s of two structures with a vector x and a number dt.
+// Written by h5py 3.7 in the layout of MATLAB 7.3, then compressed with zlib: an array s of two structures
+// with a vector x and a number dt.
 constexpr const char* kStructures73 =
     "eNrtWL9PwkAUvmspFpSkCJHGaHKRhUGNiSa6CUYMJqJEGdyUn8GEqBFIdHPUzdHR0ZHR0dGR0dE/"
     "ww1L753xTsCKUVHuW7686+Na3vve6/Ul"
@@ -244,22 +230,13 @@ constexpr const char* kStructures73 =
     "XSIx2PMYpiczxPvlq5RPhbrqVc1sfijOUz5bV5XqSS1Xbdla"
     "1/6gCM+tvOsPtP5DUOmd+8G9p33FXPRVXsV5133I2VzCHJc1wffZn9JV40/o6gXMkLTR";
 
-std::string OfVersion73(const char* text = kOfVersion73, std::size_t length = 10408) {
-    const std::string packed = FromBase64(text);
-    std::string bytes(length, '\0');
-    uLongf size = bytes.size();
-    uncompress(reinterpret_cast<Bytef*>(bytes.data()), &size, reinterpret_cast<const Bytef*>(packed.data()),
-               packed.size());
-    return bytes;
-}
-
 TEST(MatFile, OfVersion73IsRead) {
-    const std::string file = OfVersion73();
+    const std::string file = MatlabFile73();
     EXPECT_EQ(RecognizeContent(file).format, Format::mat);
     const std::string expected =
         ": s from 0 by 0.125: x [] 1 2 3, yz [] 4 5 -6; s: Hz from 0 by 0.5: H [] 1 3,  2 -4";
     EXPECT_EQ(Described(OpenMatFile, file), expected);
-    EXPECT_EQ(Described(OpenMatFile, OfVersion73(kStructures73, 7464)),
+    EXPECT_EQ(Described(OpenMatFile, Inflated(kStructures73, 7464)),
               "s(1): s from 0 by 2: x [] 7 8 9; s(2): s from 0 by 4: x [] 6 5 4");
     // A file that is cut short or has one wrong byte is refused, or the byte does not matter.
     for (std::size_t at = 512; at < file.size(); at += 7) {
@@ -271,7 +248,7 @@ TEST(MatFile, OfVersion73IsRead) {
 }
 
 TEST(MatFile, OfVersion73HasNoChunksWithoutDimensions) {
-    std::string file = OfVersion73();
+    std::string file = MatlabFile73();
     const std::size_t space = file.find("\1\2\1"s + std::string(5, '\0') + Number(2, 8) + Number(3, 8));
     const std::size_t layout = file.find("\3\2\3");
     ASSERT_TRUE(space != file.npos && layout != file.npos);

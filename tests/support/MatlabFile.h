@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+//
+// A file of MATLAB 7.3, for tests and as a seed.
+#pragma once
+
+#include <zlib.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "tests/support/Base64.h"
+
+namespace kvx::test {
+
+/// The bytes, `size` of them, that became a base64 text by way of zlib.
+inline std::string Inflated(std::string_view base64, std::size_t size) {
+    const std::string packed = FromBase64(base64);
+    std::string bytes(size, '\0');
+    uLongf inflated = bytes.size();
+    uncompress(reinterpret_cast<Bytef*>(bytes.data()), &inflated,
+               reinterpret_cast<const Bytef*>(packed.data()), packed.size());
+    return bytes;
+}
+
+/// Written by h5py 3.7 in the layout of MATLAB 7.3: a matrix a in shuffled and deflated chunks of 2 by 2,
+/// fs = 8, names = {'x'; 'yz'}, a structure s with complex H and df = 0.5.
+inline std::string MatlabFile73() {
+    constexpr const char* kPacked =
+        "eNrtWs1vEkEUfzNL64ZautXGEm3qVmrCRYOxiSQmAqYYTEQb5eDJssKuJdnSho8EPfVY/"
+        "4P+CT326JGDB48eOXL06H+Ay84bym4XFggG"
+        "ks7v8nbevPlg5n3svkc2lXuTeqk+e/xUzaZyj4ySqav/"
+        "G8BBX2dBYKb4ntl9tRy8G7QbsgwBUPBuGOkgzqPONh+fR0qQniI9p5xP7L4w"
+        "8ldxfrdc7n063ZXuuMDXiQUYDYsru5bIpFN7XfqR6wPSX9QppyE1qowigUhFN6oRgLJ2qFf79DXqsy6BG0yW8DYbQSjpNxOQADzb"
+        "kqWx"
+        "XclVNQGyzUnCzhLsdFBgweJ2+6nEVliCuP1AKJ9Pti2oelA3DFPHObr7YPyibphaTQc0D4vLLESiUmPhckvU7rJwE0+"
+        "OwLLFkCFr+//9"
+        "gqlV7aO6bS2+2Hc+xaP6Z2vZHj68fbdLrF1zJ35832n/Z9j+scX3w6BKw88ZvQ5crA+X4/d19nC4HPcTzbBzf3+wLd+brT53/"
+        "R2xrsXt"
+        "79Z8xl2sMOqWc5kB/"
+        "Fzx7qfgvBcBAQEBAQEBAYH5RuNTId8MvYjJp63n8ThAsE3XGC8e3g5vhEPW6710TPDtW00y+jeBw7EtI1WajLYT"
+        "DfgK3yD2AL/"
+        "it8VJCwgICAgIzA8ILA7NR5KenDcdOR9J2YS9fCJpYUbJmTmaPJ+YnNJ5SI76goKZxBPM7+0h36++0N7g4wWuI9z1Ba5P"
+        "UVeeOMP12HDa1aTazOth7rz0uHZVrVXqhdro/oG6/MJl3eLE5t2hzBYqumaO9Ds8/"
+        "EnpUPty1WOMNnawH2qjH1Idc3C7j26ydhz5rF5B"
+        "e3v47ZP35/af3xQ2MQ0/P7t4xa9y3uKVdz3cXTfzi1fJiIhXIl5djVetLadcGQvl5SfTiVd+9XB/"
+        "e1bsZ6UXcxQfO5adf0gZw44DfesW"
+        "DrQKG5fEcbes5964Urm2X9QLR0Ve6lZkwJq66hknYUB84Rk0v/"
+        "giMmzj6dWg95XJ9SqIVxGYS73yi5v+58F+9zpGwMHnEFK8IsnY56Cb"
+        "pvOLa7r4B0LdAYk=";
+    return Inflated(kPacked, 10408);
+}
+
+}  // namespace kvx::test
