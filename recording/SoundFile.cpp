@@ -103,9 +103,13 @@ public:
         SF_VIRTUAL_IO io = {SourceLength, SourceSeek, SourceRead, SourceWrite, SourceTell};
         sound_.reset(sf_open_virtual(&io, SFM_READ, &info_, source_.get()));
         RethrowFailure();
-        if (!sound_)
+        if (!sound_) {
+            // What the library did not expect, it tells in words for its own developers.
+            const std::string said = PlainLine(sf_strerror(nullptr));
             throw Error(ErrorKind::kDamaged,
-                        std::string("it is a damaged sound file: ") + sf_strerror(nullptr));
+                        "it is a damaged sound file: " +
+                            (said.starts_with("Internal") ? "its header contradicts itself" : said));
+        }
     }
 
     const SF_INFO& Info() const { return info_; }
@@ -383,6 +387,7 @@ private:
 std::unique_ptr<RecordingReader> OpenSound(const std::string& path, Format format, bool isPartial,
                                            const std::string& offer) {
     InputFile file(WidePath(path));
+    RequireRateAndChannels(file, format);
     RequireReadableSamples(file, format);
     const std::optional<SampleBytes> bytes = FindSamples(file, format);
     if (bytes && !bytes->stated && bytes->actualSize.bytes.empty()) {

@@ -229,21 +229,77 @@ std::optional<SampleBytes> FindSamples(InputFile& file, Format format) {
     }
 }
 
-std::optional<double> FindRate(InputFile& file, Format format) {
-    FieldReader fields(file);
-    if (format == Format::aiff) {
-        const std::optional<std::uint64_t> body = FindBody(fields, kAiff, "COMM");
+namespace {
+
+/// Where a header states the rate and the number of channels.
+struct FormatFields {
+    std::uint64_t rate;
+    SizeField channels;
+};
+
+std::optional<FormatFields> FindFormat(FieldReader& fields, Format format) {
+    const auto from = [](std::optional<std::uint64_t> body, std::uint64_t rate,
+                         const SizeField& channels) -> std::optional<FormatFields> {
         if (!body) return std::nullopt;
-        // Ten bytes: sign and exponent, then 64 bits of which the first is the whole part.
-        const auto exponent = static_cast<int>(fields.Number({*body + 8, 2, true}));
-        const auto mantissa = static_cast<double>(fields.Number({*body + 10, 8, true}));
-        return std::ldexp(mantissa, exponent - 16383 - 63);
+        return FormatFields{*body + rate, {*body + channels.position, channels.bytes, channels.isBigEndian}};
+    };
+    switch (format) {
+        case Format::wav:
+        case Format::rf64: {
+            const ChunkLayout& layout = RiffLayout(fields);
+            return from(FindBody(fields, layout, "fmt "), 4, {2, 2, layout.isBigEndian});
+        }
+        case Format::wave64:
+            return from(FindBody(fields, kWave64, "fmt "), 4, {2, 2, false});
+        case Format::aiff:
+            return from(FindBody(fields, kAiff, "COMM"), 8, {0, 2, true});
+        case Format::caf:
+            return from(FindBody(fields, kCaf, "desc"), 0, {24, 4, true});
+        case Format::au:
+            return from(0, 16, {20, 4, fields.Bytes(0, 4) == ".snd"});
+        default:
+            return std::nullopt;
     }
-    if (format == Format::caf) {
-        const std::optional<std::uint64_t> body = FindBody(fields, kCaf, "desc");
-        if (body) return std::bit_cast<double>(fields.Number({*body, 8, true}));
+}
+
+double RateAt(FieldReader& fields, std::uint64_t at, Format format, bool isBigEndian) {
+    if (format == Format::caf) return std::bit_cast<double>(fields.Number({at, 8, true}));
+    if (format != Format::aiff) return static_cast<double>(fields.Number({at, 4, isBigEndian}));
+    // Ten bytes: sign and exponent, then 64 bits of which the first is the whole part.
+    const auto exponent = static_cast<int>(fields.Number({at, 2, true}));
+    const auto mantissa = static_cast<double>(fields.Number({at + 2, 8, true}));
+    return std::ldexp(mantissa, exponent - 16383 - 63);
+}
+
+}  // namespace
+
+std::optional<double> FindRate(InputFile& file, Format format) {
+    if (format != Format::aiff && format != Format::caf) return std::nullopt;
+    FieldReader fields(file);
+    const std::optional<FormatFields> found = FindFormat(fields, format);
+    if (!found) return std::nullopt;
+    return RateAt(fields, found->rate, format, true);
+}
+
+void RequireRateAndChannels(InputFile& file, Format format) {
+    constexpr std::uint64_t kMostChannels = 1024;  // of the sound library
+    FieldReader fields(file);
+    double rate = 1.0;
+    std::uint64_t channels = 1;
+    if (format == Format::flac) {
+        constexpr SizeField kRate = {18, 3, true};  // 20 bits
+        rate = static_cast<double>(fields.Number(kRate) >> 4);
+    } else if (const std::optional<FormatFields> found = FindFormat(fields, format)) {
+        rate = RateAt(fields, found->rate, format, found->channels.isBigEndian);
+        channels = fields.Number(found->channels);
     }
-    return std::nullopt;
+    const std::string damaged = "it is a damaged sound file: its header states ";
+    if (!(rate >= 1.0 && rate <= std::numeric_limits<int>::max()))
+        throw Error(ErrorKind::kDamaged, damaged + "a rate of " + FormatNumber(rate) + " Hz");
+    if (channels < 1 || channels > kMostChannels) {
+        throw Error(ErrorKind::kDamaged,
+                    damaged + (channels < 1 ? "no channels" : std::to_string(channels) + " channels"));
+    }
 }
 
 void RequireReadableSamples(InputFile& file, Format format) {

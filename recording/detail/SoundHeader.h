@@ -39,6 +39,10 @@ std::optional<SampleBytes> FindSamples(InputFile& file, Format format);
 /// only tells a whole one. No value for other formats. Leaves the file anywhere. Throws CFileException.
 std::optional<double> FindRate(InputFile& file, Format format);
 
+/// Refuses a header that states a rate or a number of channels that no file has, for which the sound library
+/// has no sentence of its own. Leaves the file anywhere. Throws Error and CFileException.
+void RequireRateAndChannels(InputFile& file, Format format);
+
 /// Refuses a WAV, RF64 or Wave64 header that gives the samples of all channels another number of bytes than
 /// their bits take, which the sound library reads as if they were packed, and one whose samples are MP3.
 /// Leaves the file anywhere. Throws Error and CFileException.

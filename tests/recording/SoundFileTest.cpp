@@ -235,6 +235,40 @@ TEST(SoundHeader, IsRefusedWhenItsSamplesAreNotPacked) {
                   why + "16 bytes for a sample of 2 channels of 32 bits");
 }
 
+TEST(SoundHeader, IsRefusedWithItsRateOrChannelsWhereNoFileHasSuch) {
+    const TempFolder folder;
+    const std::string why = "it is a damaged sound file: its header states ";
+    const std::string zeros(10, '\0');
+    struct {
+        int format;
+        const char* chunk;  ///< none where the fields are counted from the start
+        std::size_t rate, rateBytes, channels;
+        std::string most;  ///< 11265 channels
+    } const cases[] = {
+        {SF_FORMAT_WAV, "fmt ", 12, 4, 10, "\1\x2C"s},
+        {SF_FORMAT_RF64, "fmt ", 12, 4, 10, "\1\x2C"s},
+        {SF_FORMAT_W64, "fmt ", 28, 4, 26, "\1\x2C"s},
+        {SF_FORMAT_AIFF, "COMM", 16, 10, 8, "\x2C\1"s},
+        {SF_FORMAT_CAF, "desc", 12, 8, 36, "\0\0\x2C\1"s},
+        {SF_FORMAT_AU, ".snd", 16, 4, 20, "\0\0\x2C\1"s},
+        {SF_FORMAT_FLAC, "fLaC", 18, 2, 0, ""},
+    };
+    for (const auto& [format, chunk, rate, rateBytes, channels, most] : cases) {
+        const std::string good = MakeSound(folder, format | SF_FORMAT_PCM_16);
+        const std::size_t at = good.find(chunk);
+        ASSERT_LT(at, good.size());
+        std::string bad = Replaced(good, at + rate, zeros.substr(0, rateBytes));
+        if (format == SF_FORMAT_FLAC) bad[20] &= '\x0F';
+        ExpectRefusal(folder, bad, why + "a rate of 0 Hz");
+        if (most.empty()) continue;
+        ExpectRefusal(folder, Replaced(good, at + channels, zeros.substr(0, most.size())),
+                      why + "no channels");
+        ExpectRefusal(folder, Replaced(good, at + channels, most), why + "11265 channels");
+    }
+    const std::string caf = MakeSound(folder, SF_FORMAT_CAF | SF_FORMAT_PCM_16);
+    ExpectRefusal(folder, Replaced(caf, caf.find("desc") + 12, "\x7F\xF8"), why + "a rate of nan Hz");
+}
+
 TEST(Content, OfSoundTakesNoStatementForTexts) {
     const TempFolder folder;
     const std::string wav = MakeSound(folder, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
