@@ -13,6 +13,8 @@
 #include <KvxDevCommon01/KvxDevCommon01.h>
 #include <KvxRecording01/Formats.h>
 
+#include "tests/support/ForeignFiles.h"
+
 namespace {
 
 constexpr auto kOverwrite = std::filesystem::copy_options::overwrite_existing;
@@ -93,7 +95,50 @@ bool StoreLogger(const std::filesystem::path& folder) {
     return true;
 }
 
-/// Two runs in each format that holds named variables, and one of them as a bare array.
+void WriteRuns(const std::filesystem::path& path, kvx::Format format, const std::vector<kvx::SignalRun>& runs,
+               const kvx::SignalFileOptions& options = {}) {
+    const auto writer = kvx::CreateSignalFile(path.string(), format, runs, options);
+    for (std::size_t run = 0; run < runs.size(); ++run) {
+        double first[] = {0.1, 0.2, 0.3}, second[] = {0.4, 0.5, 0.6};
+        double* const columns[] = {first, second};
+        writer->Write(run, columns, 3);
+    }
+    writer->Commit();
+}
+
+/// A matrix of level 4 with its name.
+std::string Level4(unsigned int type, unsigned int rows, bool isComplex, const std::string& name,
+                   std::size_t bytes) {
+    std::string text;
+    for (const std::size_t number :
+         {std::size_t{type}, std::size_t{rows}, std::size_t{1}, std::size_t{isComplex}, name.size() + 1})
+        text += static_cast<char>(number) + std::string(3, '\0');
+    return text + name + '\0' + std::string(bytes, '\x3F');
+}
+
+/// Two channels in each format of sound, whole, floating and with a text.
+bool StoreSound(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    const kvx::SignalRun run = {1, 0.125, 0, 3, {{L"a", {}, 1}, {L"b", {}, 2}}};
+    for (const auto& [name, format] : {std::pair("wav", kvx::Format::wav),
+                                       {"rf64", kvx::Format::rf64},
+                                       {"wave64", kvx::Format::wave64},
+                                       {"aiff", kvx::Format::aiff},
+                                       {"au", kvx::Format::au},
+                                       {"caf", kvx::Format::caf},
+                                       {"flac", kvx::Format::flac}}) {
+        kvx::SignalFileOptions options = {L"seed"};
+        options.wav.samples = kvx::WavSamples::pcm16;
+        WriteRuns(folder / name, format, {run}, options);
+        if (format == kvx::Format::flac) continue;
+        options.wav.samples = kvx::WavSamples::floating;
+        WriteRuns(folder / (std::string(name) + "_float"), format, {run}, options);
+    }
+    return true;
+}
+
+/// Two runs in each format that holds named variables, one of them as a bare array, and the kinds of files
+/// that only other programs write.
 bool StoreVariableFiles(const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
     kvx::SignalRun time = {1, 0.5, 1, 3, {{L"a", CUnitCtrl(CUnitCtrl::DIM_ACCELERATION), 1}, {L"b", {}, 2}}};
@@ -102,14 +147,18 @@ bool StoreVariableFiles(const std::filesystem::path& folder) {
          {std::pair("mat", kvx::Format::mat), {"npz", kvx::Format::npz}, {"npy", kvx::Format::npy}}) {
         std::vector<kvx::SignalRun> runs = {time, lines};
         if (format == kvx::Format::npy) runs.pop_back();
-        const auto writer = kvx::CreateSignalFile((folder / name).string(), format, runs, {L"seed"});
-        for (std::size_t run = 0; run < runs.size(); ++run) {
-            double first[] = {1.0, 2.0, 3.0}, second[] = {4.0, 5.0, 6.0};
-            double* const columns[] = {first, second};
-            writer->Write(run, columns, 3);
-        }
-        writer->Commit();
+        WriteRuns(folder / name, format, runs, {L"seed"});
     }
+    std::string header = "MATLAB 5.0 MAT-file";
+    header.resize(116, ' ');
+    header += std::string(8, '\0') + std::string("\0\1IM", 4);
+    std::ofstream(folder / "mat_compressed", std::ios::binary)
+        << header << kvx::test::FromBase64(kvx::test::kCompressedVariables);
+    std::ofstream(folder / "mat73", std::ios::binary) << kvx::test::MatlabFile73();
+    std::ofstream(folder / "mat4", std::ios::binary)
+        << Level4(0, 3, true, "a", 48) << Level4(51, 2, false, "unit", 2) << Level4(0, 1, false, "fs", 8);
+    std::ofstream(folder / "npz_deflated", std::ios::binary)
+        << kvx::test::FromBase64(kvx::test::kDeflatedArrays);
     return true;
 }
 
@@ -200,6 +249,7 @@ int main(int argc, char** argv) {
                           StoreLogger(std::filesystem::path(argv[1]) / "fuzz_TextTable") &&
                           StoreUnitTexts(std::filesystem::path(argv[1]) / "fuzz_UnitText") &&
                           StoreVariableFiles(std::filesystem::path(argv[1]) / "fuzz_VariableFile") &&
+                          StoreSound(std::filesystem::path(argv[1]) / "fuzz_Sound") &&
                           StoreSeismic(std::filesystem::path(argv[1]) / "fuzz_Seismic");
     return isStored ? 0 : 1;
 }

@@ -24,10 +24,9 @@ inline void Check(bool holds) {
 
 /// Reads all runs of a recording, if the bytes are one: as many samples as it says, block by block, or an
 /// Error with a sentence.
-inline void ReadWhole(const std::uint8_t* data, std::size_t size,
-                      std::unique_ptr<RecordingReader> (*open)(std::unique_ptr<ByteStream>)) try {
+inline void ReadWhole(const std::function<std::unique_ptr<RecordingReader>()>& open) try {
     constexpr std::size_t kRoom = 777;
-    const auto reader = open(std::make_unique<MemoryStream>(std::as_bytes(std::span(data, size))));
+    const auto reader = open();
     Check(!reader->Info().runs.empty());
     for (std::size_t r = 0; r < reader->Info().runs.size(); ++r) {
         const RecordingInfo::Run& run = reader->Info().runs[r];
@@ -45,6 +44,13 @@ inline void ReadWhole(const std::uint8_t* data, std::size_t size,
     }
 } catch (const Error& error) {
     Check(!error.Sentence().empty());
+    Check(std::ranges::none_of(error.Sentence(), [](char c) { return c >= 0 && c < ' '; }));
+}
+
+/// As above, of bytes.
+inline void ReadWhole(const std::uint8_t* data, std::size_t size,
+                      std::unique_ptr<RecordingReader> (*open)(std::unique_ptr<ByteStream>)) {
+    ReadWhole([&] { return open(std::make_unique<MemoryStream>(std::as_bytes(std::span(data, size)))); });
 }
 
 }  // namespace kvx

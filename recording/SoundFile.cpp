@@ -108,7 +108,7 @@ public:
             const std::string said = PlainLine(sf_strerror(nullptr));
             throw Error(ErrorKind::kDamaged,
                         "it is a damaged sound file: " +
-                            (said.starts_with("Internal") ? "its header contradicts itself" : said));
+                            (said.find("nternal") != said.npos ? "its header contradicts itself" : said));
         }
     }
 

@@ -127,6 +127,10 @@ public:
             AddProperties(index_.objects[i]);
             if (index_.objects[i].isChannel) AddChannel(i);
         }
+        if (propertiesLeftOut_ > 0) {
+            info_.remarks.push_back("properties beyond 16 MiB are left out: " +
+                                    std::to_string(propertiesLeftOut_) + " of the file");
+        }
         for (std::size_t r = 0; r < info_.runs.size(); ++r) SettleTime(r);
         for (const auto& [axis, source] : stamps_)
             LeaveOut(index_.objects[source.object], "they hold time stamps, which no other channel needs");
@@ -173,12 +177,18 @@ private:
     };
 
     void AddProperties(const TdmsObject& object) {
+        constexpr std::size_t kMostMebibytes = 16;
         std::string path = PathOf(object);
         if (!path.empty()) path += ": ";
         for (const auto& [name, value] : object.properties) {
             if (name.starts_with("NI_Scale[") || name == "NI_Number_Of_Scales" || name == "NI_Scaling_Status")
                 continue;
-            info_.properties.push_back({path + name, value.text});
+            propertyBytes_ += path.size() + name.size() + value.text.size() + sizeof(RecordingInfo::Property);
+            if (propertyBytes_ > kMostMebibytes << 20) {
+                ++propertiesLeftOut_;
+            } else {
+                info_.properties.push_back({path + name, value.text});
+            }
         }
     }
 
@@ -219,7 +229,8 @@ private:
         runs_[at->second].channels.push_back(std::move(source));
     }
 
-    TdmsScale ScaleOf(const TdmsObject& object) const {
+    TdmsScale ScaleOf(const TdmsObject& object) {
+        constexpr std::size_t kMostNumbers = std::size_t{1} << 22;
         const TdmsType type = object.index->type;
         const std::span<const TdmsScaler> scalers = object.index->scalers;
         if (IsComplex(type) || type == TdmsType::time) return {};
@@ -228,7 +239,13 @@ private:
             if (owner == nullptr || !TdmsScale::IsStated(owner->properties)) continue;
             const TdmsValue* const status = Find(*owner, "NI_Scaling_Status");
             if (status != nullptr && status->text != "unscaled") break;
-            return TdmsScale(owner->properties, scalers);
+            // Each channel has its own copy, also of a table that the whole file shares.
+            if (scaleNumbers_ > kMostNumbers)
+                throw Error(ErrorKind::kUnsupported,
+                            "the scales of the channels before have too many numbers");
+            TdmsScale scale(owner->properties, scalers);
+            scaleNumbers_ += scale.Numbers();
+            return scale;
         }
         return type == TdmsType::converter ? TdmsScale({}, scalers) : TdmsScale();
     }
@@ -304,7 +321,7 @@ private:
         RecordingInfo::Run& info = info_.runs[number];
         Source source = channel;
         source.second = second;
-        std::vector<double> values(kRoom);
+        std::vector<double> values(std::min<std::uint64_t>(kRoom, static_cast<std::uint64_t>(info.samples)));
         const auto read = [&](__int64 at, std::size_t room) {
             const auto wanted = std::min<std::uint64_t>(room, static_cast<std::uint64_t>(info.samples - at));
             const auto place = Locate(&source, static_cast<std::uint64_t>(at));
@@ -563,6 +580,9 @@ private:
 
     TdmsBytes bytes_;
     TdmsIndex index_;
+    std::size_t propertyBytes_ = 0;                ///< that all properties take
+    std::size_t propertiesLeftOut_ = 0;            ///< for they take too much
+    std::size_t scaleNumbers_ = 0;                 ///< of all channels
     std::map<std::string, std::uint32_t> owners_;  ///< groups, and the file under no name
     std::vector<Run> runs_;
     std::map<Axis, std::size_t> numbers_;                             ///< of runs

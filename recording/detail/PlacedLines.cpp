@@ -7,7 +7,6 @@
 namespace kvx {
 namespace {
 
-constexpr std::size_t kLongestLine = std::size_t{1} << 18;
 /// What is read at once behind a move, which often leads to a few lines only; more with every further piece.
 constexpr std::size_t kFirstPiece = std::size_t{1} << 12;
 
@@ -29,12 +28,12 @@ void PlacedLines::MoveTo(std::uint64_t position) {
     piece_ = kFirstPiece;
 }
 
-std::optional<std::string_view> PlacedLines::Next() {
+std::optional<std::string_view> PlacedLines::Next(std::size_t longest) {
     std::size_t searched = begin_;
     const void* found = nullptr;
     while (true) {
         found = std::memchr(bytes_.data() + searched, '\n', end_ - searched);
-        if (found != nullptr || end_ - begin_ >= kLongestLine) break;
+        if (found != nullptr || end_ - begin_ >= longest) break;
         searched = end_ - begin_;
         if (!Append()) break;
     }

@@ -28,11 +28,15 @@ public:
     void MoveTo(std::uint64_t position);
     /// The next line without its LF or CR LF; it lasts until the next call. A line that is longer
     /// than 256 KiB comes in pieces. No value at the end.
-    std::optional<std::string_view> Next();
+    std::optional<std::string_view> Next() { return Next(kLongestLine); }
+    /// As above, but what is longer than `longest` comes in pieces of that size or more.
+    std::optional<std::string_view> Next(std::size_t longest);
     /// Whether the line last delivered had an end.
     bool WasEnded() const { return wasEnded_; }
 
 private:
+    static constexpr std::size_t kLongestLine = std::size_t{1} << 18;
+
     bool Append();
 
     ByteStream& stream_;

@@ -292,9 +292,6 @@ private:
         if (kind != kNoRawData && !index_.objects[number].isChannel)
             meta.Fail("give data to what is no channel");
         if (state.list != list_ && index_.objects[number].isChannel) {
-            if (listed_.size() >= kMostChannels)
-                throw Error(ErrorKind::kUnsupported,
-                            "it has more than " + std::to_string(kMostChannels) + " channels");
             state.list = list_;
             listed_.push_back(number);
             isLayoutKnown_ = false;
@@ -314,6 +311,11 @@ private:
         }
     }
 
+    [[noreturn]] static void FailChannels() {
+        throw Error(ErrorKind::kUnsupported,
+                    "it has more than " + std::to_string(kMostChannels) + " channels");
+    }
+
     static void TakeIndex(MetaReader& meta, std::uint32_t kind, TdmsObject* object) {
         std::shared_ptr<const TdmsRawIndex> index = TakeRawIndex(meta, kind);
         if (object->index && object->index->type != index->type)
@@ -329,6 +331,7 @@ private:
         if (!names.empty()) object.group = Utf8(names[0]);
         if (names.size() == 2) object.name = Utf8(names[1]);
         object.isChannel = names.size() == 2;
+        if (object.isChannel && ++channels_ > kMostChannels) FailChannels();
         states_.emplace_back();
         return at->second;
     }
@@ -530,8 +533,9 @@ private:
     TdmsBytes& bytes_;
     TdmsIndex index_;
     std::unordered_map<std::string, std::uint32_t> numbers_;  ///< of objects, by their paths
-    std::vector<State> states_;                               ///< per object
-    std::vector<std::uint32_t> listed_;                       ///< the channels of the segment
+    std::size_t channels_ = 0;
+    std::vector<State> states_;          ///< per object
+    std::vector<std::uint32_t> listed_;  ///< the channels of the segment
     std::uint64_t list_ = 1;
     std::uint64_t work_ = 0;
     bool isLayoutKnown_ = false;

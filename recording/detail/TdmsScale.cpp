@@ -168,6 +168,12 @@ private:
     std::size_t followed_ = 0;                      ///< scales
 };
 
+std::size_t TdmsScale::Numbers() const {
+    std::size_t numbers = 0;
+    for (const Step& step : steps_) numbers += step.from.size() + step.to.size();
+    return numbers;
+}
+
 bool TdmsScale::IsStated(const TdmsProperties& properties) {
     const auto at = properties.lower_bound(kScale);
     return properties.contains(kNumber) || (at != properties.end() && at->first.starts_with(kScale));

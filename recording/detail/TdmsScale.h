@@ -28,6 +28,8 @@ public:
 
     /// Whether it leaves values as they are.
     bool IsNone() const { return steps_.size() == 1; }
+    /// The numbers that it is made of.
+    std::size_t Numbers() const;
     /// Whether raw values up to `largest` stay finite.
     bool KeepsFinite(double largest) const;
     /// The next values; `raw` gives the raw ones of a scaler, by its id, or of the channel.

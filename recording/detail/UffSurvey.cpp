@@ -181,9 +181,10 @@ private:
         if (position > lines_.Size()) return false;
         lines_.MoveTo(position);
         constexpr int kMostBlank = 4;
+        constexpr std::size_t kLongest = 256;  // of such a line; samples may have no line end for long
         for (int i = 0; i <= kMostBlank; ++i) {
             const std::uint64_t begin = lines_.Position();
-            const std::optional<std::string_view> line = lines_.Next();
+            const std::optional<std::string_view> line = lines_.Next(kLongest);
             if (!line || IsCutDelimiter(*line)) return true;
             if (IsDelimiter(*line)) {
                 lines_.MoveTo(begin);

@@ -17,8 +17,9 @@
 #include <KvxRecording01/MatFile.h>
 #include <KvxRecording01/NpzFile.h>
 #include <KvxRecording01/TextTable.h>
+#include <KvxRecording01/UffFile.h>
 
-#include "tests/support/MatlabFile.h"
+#include "tests/support/ForeignFiles.h"
 #include "tests/support/Recordings.h"
 
 using namespace kvx;
@@ -278,6 +279,32 @@ TEST(HostileLogger, IsReadAFewTimesHoweverManyChannelsEndAtTheirOwnTime) {
         return OpenTextTable([&text, count] { return std::make_unique<CountedStream>(text, count); }, {});
     });
     EXPECT_LE(passes, 6U);
+}
+
+// ---- datasets of universal files ----
+
+TEST(HostileUff, LooksForTheEndOfABinaryFunctionInAFewBytes) {
+    // Each header states an end within the same long line.
+    const std::string end = "    -1\n";
+    const auto function = [&](std::size_t bytes) {
+        const std::string size = std::to_string(bytes);
+        return end + "    58b     1     2          11" + std::string(12 - size.size(), ' ') + size +
+               "\nNONE\nNONE\nNONE\nNONE\nNONE\n" +
+               "    1         0    0         0 NONE               1   3 NONE               1   3\n" +
+               "         2         4         1  0.00000E+00  1.00000E+00  0.00000E+00\n" +
+               "        17    0    0    0 NONE                 NONE\n" +
+               "        12    0    0    0 NONE                 NONE\n" +
+               "         0    0    0    0 NONE                 NONE\n" +
+               "         0    0    0    0 NONE                 NONE\n";
+    };
+    constexpr std::size_t kFunctions = 300;
+    const std::size_t length = function(100000).size();
+    std::string file;
+    for (std::size_t i = 0; i < kFunctions; ++i) file += function(100000 + (kFunctions - i) * length);
+    file += std::string(1 << 20, 'x');
+    std::uint64_t count = 0;
+    EXPECT_THROW(OpenUffFile(std::make_unique<CountedStream>(file, &count)), Error);
+    EXPECT_LE(count, 8 * file.size());
 }
 
 }  // namespace

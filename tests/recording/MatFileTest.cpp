@@ -19,8 +19,7 @@
 #include <KvxRecording01/MatFile.h>
 #include <KvxRecording01/SignalRuns.h>
 
-#include "tests/support/Base64.h"
-#include "tests/support/MatlabFile.h"
+#include "tests/support/ForeignFiles.h"
 #include "tests/support/Recordings.h"
 #include "tests/support/TempFolder.h"
 
@@ -201,15 +200,8 @@ TEST(MatFile, TellsItsOtherNumbersAndTexts) {
     EXPECT_EQ(text, "header=MATLAB 5.0 MAT-file, by hand fs=1 note=so n=0.5 ");
 }
 
-// Written by SciPy 1.10: t and a; a structure s with complex H, df = 0.5 and unit = "g".
-constexpr const char* kCompressed =
-    "DwAAADAAAAB4nONjYGAIAGI2IOaA0iDACuUzAjELmGZkKAHSnECswIAODthD6AtQ+oY9AGGrBEkPAAAANAAAAHic42NgYAgAYjYg5oDS"
-    "IMAK5TMCMQuYZmRIBNKcQKzAAAM/7KGMAxCKwwFCCzgAAG95A6APAAAAdgAAAHic42NgYFBgZGBgA9IcQMzEAAGsUD4jHDMyFIPFWcBy"
-    "IDF+IPYAKU5JAxKleZklDAx8QFYEA8I8Ng5M85igNAhwArEAAwx8sIfQHA6o4gwOEErgAMh8C2TzcboXYT4H3JgH9iD9Bkj6WQjoFwCy"
-    "0oE0ANwoCXI=";
-
 TEST(MatFile, MayBeCompressed) {
-    EXPECT_EQ(Described(OpenMatFile, File(FromBase64(kCompressed))),
+    EXPECT_EQ(Described(OpenMatFile, File(FromBase64(kCompressedVariables))),
               ": s from 0 by 0.125: a [] 1.5 -2 3 4; s: Hz from 0 by 0.5: H [g] 1 3,  2 -4");
 }
 
@@ -316,8 +308,8 @@ TEST(MatFile, ThatIsDamagedIsRefused) {
     };
     for (const auto& [file, expected] : cases) EXPECT_EQ(Described(OpenMatFile, file), expected);
     ExpectSenseOfEveryCut(OpenMatFile, good);
-    ExpectSenseOfEveryCut(OpenMatFile, File(FromBase64(kCompressed)));
-    std::string broken = File(FromBase64(kCompressed));
+    ExpectSenseOfEveryCut(OpenMatFile, File(FromBase64(kCompressedVariables)));
+    std::string broken = File(FromBase64(kCompressedVariables));
     broken[broken.size() - 130] ^= 1;  // in the check sum of the second variable
     EXPECT_EQ(Described(OpenMatFile, broken), "its compressed bytes are damaged");
 }

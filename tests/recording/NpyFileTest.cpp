@@ -12,7 +12,7 @@
 #include <KvxRecording01/NpyFile.h>
 #include <KvxRecording01/NpzFile.h>
 
-#include "tests/support/Base64.h"
+#include "tests/support/ForeignFiles.h"
 #include "tests/support/Recordings.h"
 #include "tests/support/TempFolder.h"
 
@@ -107,29 +107,15 @@ TEST(NpyFile, ThatIsDamagedOrOfAnotherKindIsRefused) {
                           Npy("[('a', '|i1'), ('b', '>u2', (2,))]", false, "(2,)", "0123456789"));
 }
 
-// np.savez_compressed(fs=8.0, a=np.asfortranarray(np.arange(6.).reshape(3, 2)), names=['x', 'y'],
-// units=['g', 'm/s'])
-constexpr const char* kDeflated =
-    "UEsDBBQAAAAIAAAAIQCTVdJiRwAAAIgAAAAGABQAZnMubnB5AQAQAIgAAAAAAAAARwAAAAAAAACb7BfqGxDJyFDGUK2eklqcXKRupaBu"
-    "k2ahrqOgnpZfVFKUmBefX5SSChJ3S8wpTgWKF2ckFqQC+RqaOgq1ChQBLgYwUHAAAFBLAwQUAAAACAAAACEAsuVueFYAAACwAAAABQAU"
-    "AGEubnB5AQAQALAAAAAAAAAAVgAAAAAAAACb7BfqGxDJyFDGUK2eklqcXKRupaBuk2ahrqOgnpZfVFKUmBefX5SSChIPKSpNBQoXZyQW"
-    "pAK5GsY6CkaaOgq1CuQDLgZU4AChBKD0B3sIzQHlizgAAFBLAwQUAAAACAAAACEAOdUMCEsAAACIAAAACQAUAG5hbWVzLm5weQEAEACI"
-    "AAAAAAAAAEsAAAAAAAAAm+wX6hsQychQxlCtnpJanFykbqWgbhNqqK6joJ6WX1RSlJgXn1+UkgoSd0vMKU4FihdnJBakAvkaRjqaOgq1"
-    "ChQArgoGBoZKIAYAUEsDBBQAAAAIAAAAIQD7AyCjTwAAAJgAAAAJABQAdW5pdHMubnB5AQAQAJgAAAAAAAAATwAAAAAAAACb7BfqGxDJ"
-    "yFDGUK2eklqcXKRupaBuE2qsrqOgnpZfVFKUmBefX5SSChJ3S8wpTgWKF2ckFqQC+RpGOpo6CrUKFACudAYEyAVifSAuBmIAUEsBAhQD"
-    "FAAAAAgAAAAhAJNV0mJHAAAAiAAAAAYAAAAAAAAAAAAAAIABAAAAAGZzLm5weVBLAQIUAxQAAAAIAAAAIQCy5W54VgAAALAAAAAFAAAA"
-    "AAAAAAAAAACAAX8AAABhLm5weVBLAQIUAxQAAAAIAAAAIQA51QwISwAAAIgAAAAJAAAAAAAAAAAAAACAAQwBAABuYW1lcy5ucHlQSwEC"
-    "FAMUAAAACAAAACEA+wMgo08AAACYAAAACQAAAAAAAAAAAAAAgAGSAQAAdW5pdHMubnB5UEsFBgAAAAAEAAQA1QAAABwCAAAAAA==";
-
 TEST(NpzFile, OfNumPyIsRead) {
-    const std::string file = FromBase64(kDeflated);
+    const std::string file = FromBase64(kDeflatedArrays);
     EXPECT_EQ(RecognizeContent(file).format, Format::npz);
     EXPECT_EQ(Described(OpenNpzFile, file), ": s from 0 by 0.125: x [g] 0 2 4, y [m/s] 1 3 5");
     ExpectSenseOfEveryCut(OpenNpzFile, file);
 }
 
 TEST(NpzFile, ThatIsDamagedIsRefused) {
-    const std::string good = FromBase64(kDeflated);
+    const std::string good = FromBase64(kDeflatedArrays);
     const std::size_t directory = good.find("PK\1\2");
     const std::size_t second = good.find("PK\1\2", directory + 4);
     const auto with = [&](std::size_t at, const std::string& bytes) {

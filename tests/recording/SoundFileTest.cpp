@@ -267,6 +267,9 @@ TEST(SoundHeader, IsRefusedWithItsRateOrChannelsWhereNoFileHasSuch) {
     }
     const std::string caf = MakeSound(folder, SF_FORMAT_CAF | SF_FORMAT_PCM_16);
     ExpectRefusal(folder, Replaced(caf, caf.find("desc") + 12, "\x7F\xF8"), why + "a rate of nan Hz");
+    const std::string aiff = MakeSound(folder, SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
+    ExpectRefusal(folder, Replaced(aiff, aiff.find("SSND"), "USND"),
+                  "it is a damaged sound file: its header contradicts itself");
 }
 
 TEST(Content, OfSoundTakesNoStatementForTexts) {

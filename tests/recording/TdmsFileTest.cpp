@@ -469,4 +469,39 @@ TEST(TdmsFileReader, IsKnownByTheFirstBytes) {
     EXPECT_EQ(RecognizeContent(index).name, "the index of a TDMS file, without samples");
 }
 
+TEST(TdmsFile, KeepsSoManyPropertiesScalesAndChannels) {
+    // A long name stands in front of each property of its channel.
+    Properties many = {Step()};
+    for (int i = 0; i < 2000; ++i) many.push_back(I(std::to_string(i), i));
+    const std::string path = "/'G'/'" + std::string(20000, 'n') + "'";
+    const auto named =
+        Open(OpenTdmsFile, Segment(kFull, {Object(path, Index(kI16, 1), many)}, Row<std::int16_t>({1})));
+    EXPECT_LT(named->Info().properties.size(), 1000U);
+    EXPECT_NE(named->Info().remarks.at(0).find("properties beyond 16 MiB are left out: "), std::string::npos);
+    // A table of the file is a table of each channel.
+    Properties table = {P("NI_Number_Of_Scales", 1.0), P("NI_Scale[0]_Scale_Type", "Table"),
+                        P("NI_Scale[0]_Table_Input_Source", -1.0),
+                        P("NI_Scale[0]_Table_Pre_Scaled_Values_Size", 5000.0),
+                        P("NI_Scale[0]_Table_Scaled_Values_Size", 5000.0)};
+    for (int i = 0; i < 5000; ++i) {
+        table.push_back(P("NI_Scale[0]_Table_Pre_Scaled_Values[" + std::to_string(i) + "]", i));
+        table.push_back(P("NI_Scale[0]_Table_Scaled_Values[" + std::to_string(i) + "]", i));
+    }
+    std::vector<std::string> objects = {Object("/", kNoData, table)};
+    for (int c = 0; c < 600; ++c)
+        objects.push_back(Object("/'G'/'" + std::to_string(c) + "'", Index(kI16, 1), {Step()}));
+    const auto scaled = Open(OpenTdmsFile, Segment(kFull, objects, std::string(1200, '\0')));
+    EXPECT_EQ(scaled->Info().runs.at(0).channels.size(), 420U);
+    EXPECT_NE(scaled->Info().remarks.at(0).find("have too many numbers"), std::string::npos);
+    // Lists of channels that follow one another.
+    std::string lists;
+    for (int list = 0; list < 2; ++list) {
+        objects.clear();
+        for (int c = 0; c < 40000; ++c)
+            objects.push_back(Object("/'G'/'" + std::to_string(40000 * list + c) + "'", kNoData));
+        lists += Segment(kMetaOnly, objects, "");
+    }
+    EXPECT_EQ(Described(lists).substr(0, 36), "it has more than 65536 channels");
+}
+
 }  // namespace

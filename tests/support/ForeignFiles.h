@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A file of MATLAB 7.3, for tests and as a seed.
+// Small packed files of other programs, for tests and as seeds.
 #pragma once
 
 #include <zlib.h>
@@ -12,6 +12,27 @@
 #include "tests/support/Base64.h"
 
 namespace kvx::test {
+
+// Written by SciPy 1.10: t and a; a structure s with complex H, df = 0.5 and unit = "g".
+inline constexpr const char* kCompressedVariables =
+    "DwAAADAAAAB4nONjYGAIAGI2IOaA0iDACuUzAjELmGZkKAHSnECswIAODthD6AtQ+oY9AGGrBEkPAAAANAAAAHic42NgYAgAYjYg5oDS"
+    "IMAK5TMCMQuYZmRIBNKcQKzAAAM/7KGMAxCKwwFCCzgAAG95A6APAAAAdgAAAHic42NgYFBgZGBgA9IcQMzEAAGsUD4jHDMyFIPFWcBy"
+    "IDF+IPYAKU5JAxKleZklDAx8QFYEA8I8Ng5M85igNAhwArEAAwx8sIfQHA6o4gwOEErgAMh8C2TzcboXYT4H3JgH9iD9Bkj6WQjoFwCy"
+    "0oE0ANwoCXI=";
+
+// np.savez_compressed(fs=8.0, a=np.asfortranarray(np.arange(6.).reshape(3, 2)), names=['x', 'y'],
+// units=['g', 'm/s'])
+inline constexpr const char* kDeflatedArrays =
+    "UEsDBBQAAAAIAAAAIQCTVdJiRwAAAIgAAAAGABQAZnMubnB5AQAQAIgAAAAAAAAARwAAAAAAAACb7BfqGxDJyFDGUK2eklqcXKRupaBu"
+    "k2ahrqOgnpZfVFKUmBefX5SSChJ3S8wpTgWKF2ckFqQC+RqaOgq1ChQBLgYwUHAAAFBLAwQUAAAACAAAACEAsuVueFYAAACwAAAABQAU"
+    "AGEubnB5AQAQALAAAAAAAAAAVgAAAAAAAACb7BfqGxDJyFDGUK2eklqcXKRupaBuk2ahrqOgnpZfVFKUmBefX5SSChIPKSpNBQoXZyQW"
+    "pAK5GsY6CkaaOgq1CuQDLgZU4AChBKD0B3sIzQHlizgAAFBLAwQUAAAACAAAACEAOdUMCEsAAACIAAAACQAUAG5hbWVzLm5weQEAEACI"
+    "AAAAAAAAAEsAAAAAAAAAm+wX6hsQychQxlCtnpJanFykbqWgbhNqqK6joJ6WX1RSlJgXn1+UkgoSd0vMKU4FihdnJBakAvkaRjqaOgq1"
+    "ChQArgoGBoZKIAYAUEsDBBQAAAAIAAAAIQD7AyCjTwAAAJgAAAAJABQAdW5pdHMubnB5AQAQAJgAAAAAAAAATwAAAAAAAACb7BfqGxDJ"
+    "yFDGUK2eklqcXKRupaBuE2qsrqOgnpZfVFKUmBefX5SSChJ3S8wpTgWKF2ckFqQC+RpGOpo6CrUKFACudAYEyAVifSAuBmIAUEsBAhQD"
+    "FAAAAAgAAAAhAJNV0mJHAAAAiAAAAAYAAAAAAAAAAAAAAIABAAAAAGZzLm5weVBLAQIUAxQAAAAIAAAAIQCy5W54VgAAALAAAAAFAAAA"
+    "AAAAAAAAAACAAX8AAABhLm5weVBLAQIUAxQAAAAIAAAAIQA51QwISwAAAIgAAAAJAAAAAAAAAAAAAACAAQwBAABuYW1lcy5ucHlQSwEC"
+    "FAMUAAAACAAAACEA+wMgo08AAACYAAAACQAAAAAAAAAAAAAAgAGSAQAAdW5pdHMubnB5UEsFBgAAAAAEAAQA1QAAABwCAAAAAA==";
 
 /// The bytes, `size` of them, that became a base64 text by way of zlib.
 inline std::string Inflated(std::string_view base64, std::size_t size) {
