@@ -749,6 +749,7 @@ public:
         if (scopes.size() > 1 && outer != scopes.end()) maker.SetOuter(*outer);
         for (const VariableScope& scope : scopes) maker.AddScope(scope);
         maker.RemarkLeftOut();
+        RequireFewPasses();
         if (info_.runs.empty()) {
             throw Error(ErrorKind::kUnsupported,
                         "it has no array of samples" +
@@ -798,6 +799,33 @@ public:
     }
 
 private:
+    /// Refuses very many runs within the same packed bytes, which are inflated from their start for each.
+    void RequireFewPasses() const {
+        constexpr std::uint64_t kFew = 64;
+        constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 30;
+        struct Use {
+            std::uint64_t runs = 0;
+            std::uint64_t bytes = 0;
+            std::size_t last = 0;
+        };
+        std::map<std::shared_ptr<const ArrayBytes>, Use> uses;
+        for (std::size_t r = 0; r < sources_.size(); ++r) {
+            for (const Column& column : sources_[r].columns) {
+                Use& use = uses[column.bytes];
+                if (use.runs == 0 || use.last != r) ++use.runs;
+                use.last = r;
+                use.bytes = std::max(use.bytes, column.start + (sources_[r].length - 1) * column.step);
+            }
+        }
+        for (const auto& [bytes, use] : uses) {
+            if (use.runs <= kFew || use.bytes <= kMostBytes / use.runs || bytes->open()->Memory() == 0)
+                continue;
+            throw Error(ErrorKind::kUnsupported, "a compressed structure of it holds arrays of " +
+                                                     std::to_string(use.runs) +
+                                                     " lengths; save it without compression");
+        }
+    }
+
     /// What is no number becomes no-value, as MATLAB and NumPy mark missing samples.
     void MarkMissing(std::size_t column, std::size_t begin, std::span<double> samples) const {
         if (AreValues(samples)) return;

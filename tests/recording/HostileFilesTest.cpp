@@ -168,6 +168,25 @@ TEST(HostileMat, IsInflatedAFewTimesHoweverManyFieldsAStructureHas) {
     EXPECT_LE(PassesOver(Compressed(Structure(500, "t", vector)), OpenMatFile), 8U);
 }
 
+TEST(HostileMat, HasNoLargeCompressedStructureOfManyLengths) {
+    for (const std::size_t lengths : {60U, 70U}) {
+        std::string names, content;
+        for (std::size_t i = 1; i <= lengths; ++i) {
+            const std::size_t rows = i == lengths ? std::size_t{1} << 21 : i + 1;
+            names += "a\0\0\0"s;
+            content += Matrix(6, rows, "", Element(9, std::string(8 * rows, '\0')));
+        }
+        const std::string file =
+            Compressed(Matrix(2, 1, "s", Element(5, Number(4, 4)) + Element(1, names) + content));
+        if (lengths == 60) {
+            EXPECT_EQ(Open(OpenMatFile, file)->Info().runs.size(), lengths);
+        } else {
+            EXPECT_EQ(Described(OpenMatFile, file),
+                      "a compressed structure of it holds arrays of 70 lengths; save it without compression");
+        }
+    }
+}
+
 TEST(HostileMat, HasSoManyVariablesAndTexts) {
     const std::string empty = Element(14, "");
     EXPECT_EQ(Described(OpenMatFile, Compressed(Structure(70000, "a", empty))),
