@@ -230,7 +230,7 @@ private:
     }
 
     TdmsScale ScaleOf(const TdmsObject& object) {
-        constexpr std::size_t kMostNumbers = std::size_t{1} << 22;
+        constexpr std::size_t kMostNumbers = std::size_t{1} << 20;
         const TdmsType type = object.index->type;
         const std::span<const TdmsScaler> scalers = object.index->scalers;
         if (IsComplex(type) || type == TdmsType::time) return {};
