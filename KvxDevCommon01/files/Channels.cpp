@@ -12,6 +12,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/data/kernels/ReductionKernels.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
@@ -333,10 +334,8 @@ void RequireWaveform(const RecordOutline& record, std::size_t index) {
 bool AreValues(std::span<const double> samples) {
     constexpr double kLowest = kNoValue<double>;  // what lies above it and is finite is a value
     constexpr double kHighest = std::numeric_limits<double>::max();
-    // Without a way out of the loop, so that the compiler works on several samples at once.
-    std::uint64_t others = 0;
-    for (const double sample : samples) others += !(sample > kLowest && sample <= kHighest) ? 1 : 0;
-    return others == 0;
+    return ActiveKernels<ReductionKernels>().areWithin(samples.data(), std::ssize(samples), kLowest,
+                                                       kHighest);
 }
 
 void RequireValues(std::span<const double> samples, std::wstring_view name, __int64 before) {

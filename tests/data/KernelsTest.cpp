@@ -130,6 +130,16 @@ TEST(ReductionKernels, FindTheExtremesOfTheNumbersThatAreNoMarkers) {
                 ASSERT_EQ(kernels.smallestPositive(x, Signed(count)), positive);
                 ASSERT_EQ(kernels.largestMagnitude(x, Signed(count)), magnitude);
                 ASSERT_EQ(kernels.find(x, Signed(count), all[shift + count / 2]), Signed(firstTwo));
+                const auto isWithin = [](double one) { return one > kNone && one <= kLargest; };
+                ASSERT_EQ(kernels.areWithin(x, Signed(count), kNone, kLargest),
+                          std::all_of(x, x + count, isWithin));
+            }
+            for (const double other : {kNone, kNan, kInf, -kInf}) {
+                Numbers all = calm;
+                all[shift + (count * 5 + shift * 3) % (count + 1)] = other;  // perhaps just behind them
+                const bool isBehind = (count * 5 + shift * 3) % (count + 1) == count;
+                ASSERT_EQ(kernels.areWithin(all.data() + shift, Signed(count), kNone, kLargest), isBehind)
+                    << kvx::NameOf(set) << " " << count << " from " << shift;
             }
             std::vector<std::int32_t> longs(shift + count);
             for (std::size_t i = 0; i < longs.size(); ++i)

@@ -250,11 +250,30 @@ Index Find(const double* values, Index count, double value) {
     return i;
 }
 
+/// Without a way out of the loop, so that no value waits for the ones before it.
+bool AreWithin(const double* values, Index count, double low, double high) {
+    constexpr Index kVectors = 4;
+    constexpr Index kWidth = kLanes;
+    const auto isWithin = [=](auto x) { return (x > low) & (x <= high); };
+    bool areWithin = true;
+    Index i = 0;
+    if (count >= kVectors * kWidth) {
+        auto within = isWithin(Load(values));
+        for (; count - i >= kVectors * kWidth; i += kVectors * kWidth) {
+            KVX_UNROLLED
+            for (Index v = 0; v < kVectors; ++v) within &= isWithin(Load(values + i + v * kWidth));
+        }
+        areWithin = FoldHalves<kLanes>(within, [](auto a, auto b) { return a & b; }) != 0;
+    }
+    for (; i < count; ++i) areWithin &= isWithin(values[i]);
+    return areWithin;
+}
+
 }  // namespace
 
 extern const ReductionKernels kReductionKernels = {
     Sum,          SumOfSquares,     AddToLanes,       AddSquaresToLanes,
     FindExtremes, FindLongExtremes, SmallestPositive, LargestMagnitude,
-    Find};
+    Find,         AreWithin};
 
 }  // namespace kvx::KVX_KERNEL_SET

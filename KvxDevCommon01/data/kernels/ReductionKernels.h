@@ -40,6 +40,8 @@ struct ReductionKernels {
 
     /// The index of the first element that equals `value`; `count` when none does.
     std::int64_t (*find)(const double* values, std::int64_t count, double value);
+    /// Whether all values are above `low` and at most `high`. A NaN is not.
+    bool (*areWithin)(const double* values, std::int64_t count, double low, double high);
 };
 
 KVX_DECLARE_KERNELS(ReductionKernels)

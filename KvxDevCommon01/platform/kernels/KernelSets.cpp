@@ -20,7 +20,10 @@ constexpr std::array kCompiled = {KernelSet::baseline};
 std::size_t CountAvailable() {
 #ifdef KVX_X86_KERNELS
     __builtin_cpu_init();
-    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma")) return 1;
+    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma") ||
+        !__builtin_cpu_supports("pclmul")) {
+        return 1;
+    }
     if (!__builtin_cpu_supports("avx512f") || !__builtin_cpu_supports("avx512dq") ||
         !__builtin_cpu_supports("avx512vl") || !__builtin_cpu_supports("avx512bw")) {
         return 2;

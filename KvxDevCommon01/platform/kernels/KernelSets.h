@@ -38,19 +38,21 @@ const Kernels& ActiveKernels() {
 
 }  // namespace kvx
 
-// Both stand in namespace kvx. `Kernels` is the name of the structure; its object of a set is set::kKernels.
-#define KVX_DECLARE_KERNELS(Kernels) \
-    namespace baseline {             \
-    extern const Kernels k##Kernels; \
-    }                                \
-    namespace avx2 {                 \
-    extern const Kernels k##Kernels; \
-    }                                \
-    namespace avx512 {               \
-    extern const Kernels k##Kernels; \
-    }                                \
-    template <>                      \
-    KVX_API const Kernels& KernelsOf<Kernels>(KernelSet set);
+// All stand in namespace kvx. `Kernels` is the name of the structure; its object of a set is set::kKernels. A
+// library other than the common one gives its export macro.
+#define KVX_DECLARE_KERNELS(Kernels) KVX_DECLARE_KERNELS_OF(KVX_API, Kernels)
+#define KVX_DECLARE_KERNELS_OF(API, Kernels) \
+    namespace baseline {                     \
+    extern const Kernels k##Kernels;         \
+    }                                        \
+    namespace avx2 {                         \
+    extern const Kernels k##Kernels;         \
+    }                                        \
+    namespace avx512 {                       \
+    extern const Kernels k##Kernels;         \
+    }                                        \
+    template <>                              \
+    API const Kernels& KernelsOf<Kernels>(KernelSet set);
 
 #ifdef KVX_X86_KERNELS
 #define KVX_DEFINE_KERNELS(Kernels)                                                          \

@@ -157,6 +157,10 @@ inline void ConvertRun(float* to, const float* from, const AffineConversion& con
 template <typename Real>
 void ConvertAll(std::span<const ConversionStep> steps, Direction direction, const Real* src, Real* dst,
                 std::size_t num, double gain) {
+    const auto leavesAll = [](const ConversionStep& step) {
+        return step.row.kind == UnitKind::same && step.calc == CUnitCtrl::CALC_PLAIN;
+    };
+    if (src == dst && gain == 1.0 && std::ranges::all_of(steps, leavesAll)) return;
     if (steps.size() == 1 && steps[0].calc == CUnitCtrl::CALC_PLAIN) {
         if (const auto affine = AffineOf(steps[0].row, direction))
             return ConvertRun(dst, src, *affine, gain, static_cast<__int64>(num));
