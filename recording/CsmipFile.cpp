@@ -13,6 +13,8 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/FortranNumber.h>
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/MotionUnit.h>
 #include <KvxRecording01/detail/NumberBlocks.h>

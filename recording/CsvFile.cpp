@@ -18,6 +18,7 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/NearestShown.h>
 #include <KvxRecording01/detail/SafeDigits.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
@@ -74,7 +75,6 @@ constexpr double kFewSteps = 2 * std::numeric_limits<double>::epsilon();
 /// The number in `unit` for a stored value, given what it is there, `shown`, and what that is stored as,
 /// `again`.
 NumberText TextOf(const CUnitCtrl& unit, double stored, double shown, double again) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     if (shown == stored && again == stored) return NumberText::Exact(shown);
     const int absolute = unit.IsSingle();
     const auto storesAlike = [&](double number) { return unit.ConvItoD(number, 1.0, absolute) == stored; };
@@ -90,10 +90,7 @@ NumberText TextOf(const CUnitCtrl& unit, double stored, double shown, double aga
         return rounded;
     }
     if (again == stored) return NumberText::Exact(shown);
-    for (const double neighbour : {std::nextafter(shown, -kInfinity), std::nextafter(shown, kInfinity)}) {
-        if (storesAlike(neighbour)) return NumberText::Exact(neighbour);
-    }
-    return NumberText::Exact(shown);
+    return NumberText::Exact(NearestShown(unit, absolute, stored, shown));
 }
 
 /// The texts of stored values of one unit, what TextOf gives for each; conversions take all of them at once.

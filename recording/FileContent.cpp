@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxRecording01/Formats.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 #include <KvxRecording01/detail/HostErrors.h>
 
 namespace kvx {
@@ -65,20 +66,11 @@ bool StartsWith(std::string_view begin, std::string_view magic) {
                               [](char byte, char expected) { return expected == '?' || byte == expected; });
 }
 
-std::uint32_t Word(std::string_view bytes, std::size_t at, bool bigEndian) {
-    std::uint32_t word = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[at + i]);
-        word |= std::uint32_t{byte} << 8 * (bigEndian ? 3 - i : i);
-    }
-    return word;
-}
-
 /// Whether the header of a frame of layer III stands in front. A text may begin with its bytes, but holds no
 /// 0.
 bool IsMp3(std::string_view begin) {
     if (begin.size() < 4 || begin.find('\0') == begin.npos) return false;
-    const std::uint32_t head = Word(begin, 0, true);
+    const std::uint64_t head = LoadWhole(begin.substr(0, 4), true);
     const bool isVersion = (head >> 19 & 3) != 1;
     const bool isRate = (head >> 12 & 15) != 15 && (head >> 10 & 3) != 3;
     return head >> 21 == 0x7FF && isVersion && (head >> 17 & 3) == 1 && isRate;

@@ -17,7 +17,9 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/detail/ByteCursor.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 #include <KvxRecording01/detail/Hdf5Objects.h>
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/NumberBlocks.h>
 #include <KvxRecording01/detail/VariableWriter.h>
@@ -58,9 +60,7 @@ public:
     }
     std::uint32_t Word() { return WordAt(Take(4), 0); }
     std::uint32_t WordAt(std::span<const std::byte> bytes, std::size_t at) const {
-        double value = 0.0;
-        ToDoubles({NumberType::Kind::unsignedInteger, 4, isBig_}, bytes.data() + at, 4, {&value, 1});
-        return static_cast<std::uint32_t>(value);
+        return LoadNumber<std::uint32_t>(bytes.data() + at, isBig_);
     }
     void RequireRoom(std::uint64_t count) const {
         if (count > most_ - position_) FailDamaged("it is cut short");
@@ -443,10 +443,8 @@ std::optional<std::vector<std::uint64_t>> AddressesOf(const Hdf5Object& object) 
     std::vector<std::byte> raw(static_cast<std::size_t>(bytes));
     object.bytes->open()->Read(raw);
     std::vector<std::uint64_t> addresses;
-    for (std::size_t at = 0; at + 8 <= raw.size(); at += 8) {
-        std::uint64_t& address = addresses.emplace_back(0);
-        for (std::size_t i = 0; i < 8; ++i) address |= std::to_integer<std::uint64_t>(raw[at + i]) << 8 * i;
-    }
+    for (std::size_t at = 0; at + 8 <= raw.size(); at += 8)
+        addresses.push_back(LoadNumber<std::uint64_t>(&raw[at], false));
     return addresses;
 }
 
@@ -600,21 +598,15 @@ VariableStock ReadLevel4(const ByteStretch& file, bool isBig) {
     return stock;
 }
 
-std::uint32_t WordOf(std::string_view bytes, std::size_t at, bool isBig) {
-    std::uint32_t word = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[at + i]);
-        word |= std::uint32_t{byte} << 8 * (isBig ? 3 - i : i);
-    }
-    return word;
-}
-
 /// Whether the header of a matrix of level 4 stands in front, in this order of bytes.
 bool IsLevel4Head(std::string_view begin, bool isBig) {
     if (begin.size() < kLevel4Head) return false;
-    const std::uint32_t type = WordOf(begin, 0, isBig) - (isBig ? 1000 : 0);
-    const std::uint32_t isComplex = WordOf(begin, 12, isBig);
-    const std::uint32_t nameBytes = WordOf(begin, 16, isBig);
+    const auto word = [&](std::size_t at) {
+        return static_cast<std::uint32_t>(LoadWhole(begin.substr(at, 4), isBig));
+    };
+    const std::uint32_t type = word(0) - (isBig ? 1000 : 0);
+    const std::uint32_t isComplex = word(12);
+    const std::uint32_t nameBytes = word(16);
     if (type / 10 > 5 || type % 10 > 2 || isComplex > 1 || nameBytes < 2 || nameBytes > 64) return false;
     return begin.find('\0', kLevel4Head) == kLevel4Head + nameBytes - 1;
 }

@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/NpyArray.h>
 #include <KvxRecording01/detail/SignalFiles.h>
@@ -44,7 +45,7 @@ public:
                 for (std::size_t i = 0; i < count; ++i, to += RowNumbers()) *to = columns[column][i];
             }
         }
-        ToLittleEndian(rows_);
+        ToLittleEndian(std::span(rows_));
         WithErrors([&] { file_.Write(rows_.data(), rows_.size() * sizeof(double)); });
     }
 

@@ -119,11 +119,15 @@ public:
     /// the file: "line 7, column 2: the value overflows". Of a text without one for a sample that was not.
     virtual Error ErrorAt(std::size_t channel, std::size_t index, ErrorKind kind,
                           const std::string& sentence) const = 0;
+    /// Whether all numbers that Read delivered last are known to be finite and none is missing; it need not
+    /// be known.
+    bool AreKnownValues() const { return areKnownValues_; }
 
 protected:
     RecordingReader() = default;
 
     RecordingInfo info_;
+    bool areKnownValues_ = false;  ///< what a reader that looks at them anyway says of them
 };
 
 /// Throws Error unless `run` is one of so many runs, counted from 0.

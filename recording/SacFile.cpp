@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <map>
@@ -25,9 +24,13 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/detail/ByteOrder.h>
+#include <KvxRecording01/detail/FortranNumber.h>
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/MotionUnit.h>
 #include <KvxRecording01/detail/NumberBlocks.h>
+#include <KvxRecording01/detail/NumberBytes.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 
 namespace kvx {
@@ -92,19 +95,9 @@ struct Header {
     std::array<std::string, kTexts> texts = {};
 };
 
-std::uint64_t Bits(const char* bytes, std::size_t size, bool isBigEndian) {
-    std::uint64_t bits = 0;
-    for (std::size_t i = 0; i < size; ++i)
-        bits = bits << 8 | static_cast<unsigned char>(bytes[isBigEndian ? i : size - 1 - i]);
-    return bits;
-}
-
-std::int32_t WholeAt(const char* bytes, bool isBigEndian) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(Bits(bytes, 4, isBigEndian)));
-}
-
-float SingleAt(const char* bytes, bool isBigEndian) {
-    return std::bit_cast<float>(static_cast<std::uint32_t>(Bits(bytes, 4, isBigEndian)));
+template <typename Number>
+Number NumberAt(const char* bytes, bool isBigEndian) {
+    return LoadNumber<Number>(reinterpret_cast<const std::byte*>(bytes), isBigEndian);
 }
 
 /// What a number of the header was before it was rounded to single precision: the shortest decimal number
@@ -127,9 +120,9 @@ std::optional<bool> IsBigEndianHeader(std::string_view begin) {
     if (begin.size() < kSeen) return std::nullopt;
     for (const bool isBigEndian : {false, true}) {
         const auto whole = [&](std::size_t field) {
-            return WholeAt(begin.data() + 4 * (kReals + field), isBigEndian);
+            return NumberAt<std::int32_t>(begin.data() + 4 * (kReals + field), isBigEndian);
         };
-        const float delta = SingleAt(begin.data(), isBigEndian);
+        const float delta = NumberAt<float>(begin.data(), isBigEndian);
         if ((whole(kVersion) == 6 || whole(kVersion) == 7) && whole(kCount) > 0 && IsType(whole(kType)) &&
             (whole(kIsEven) == 0 || (whole(kIsEven) == 1 && std::isfinite(delta) && delta > 0.0F)))
             return isBigEndian;
@@ -226,12 +219,12 @@ public:
         if (!isBigEndian) throw Error(ErrorKind::kDamaged, "it is no SAC file");
         if (begin.size() < kHeaderBytes)
             throw Error(ErrorKind::kDamaged, "it is cut short within its header");
-        isSwapped_ = *isBigEndian != (std::endian::native == std::endian::big);
+        isBigEndian_ = *isBigEndian;
         Header header;
         for (std::size_t i = 0; i < kReals; ++i)
-            header.reals[i] = Unrounded(SingleAt(&bytes[4 * i], *isBigEndian));
+            header.reals[i] = Unrounded(NumberAt<float>(&bytes[4 * i], *isBigEndian));
         for (std::size_t i = 0; i < kWholes; ++i)
-            header.wholes[i] = WholeAt(&bytes[4 * (kReals + i)], *isBigEndian);
+            header.wholes[i] = NumberAt<std::int32_t>(&bytes[4 * (kReals + i)], *isBigEndian);
         for (std::size_t i = 0, at = kTextsAt; i < kTexts; ++i) {
             const std::size_t length = i == 1 ? 16 : 8;
             header.texts[i] = FieldText(begin.substr(at, length));
@@ -253,6 +246,7 @@ public:
         const auto count = static_cast<std::size_t>(
             std::min(std::uint64_t{room}, static_cast<std::uint64_t>(run.samples - done_)));
         before_ = done_;
+        areKnownValues_ = true;
         WithErrors([&] {
             if (isPolar_) {
                 ReadPolar(targets, count);
@@ -294,7 +288,7 @@ private:
         if (stream_->Read(bytes.data(), bytes.size()) < bytes.size())
             throw Error(ErrorKind::kDamaged, "it is cut short within its footer");
         for (std::size_t i = 0; i < kFooterReals; ++i) {
-            const auto value = std::bit_cast<double>(Bits(&bytes[8 * i], 8, isBigEndian));
+            const auto value = NumberAt<double>(&bytes[8 * i], isBigEndian);
             if (value != kUnknown) header.reals[kFooterFields[i]] = value;
         }
     }
@@ -302,23 +296,15 @@ private:
     /// The next samples of a part of the file.
     void ReadPart(std::size_t part, std::span<double> samples) {
         constexpr std::size_t kBlock = std::size_t{1} << 14;
-        std::array<std::uint32_t, kBlock> words;
+        constexpr std::size_t kWidth = sizeof(float);
+        std::array<std::byte, kWidth * kBlock> bytes;
         const __int64 first = static_cast<__int64>(part) * info_.runs.front().samples + done_;
-        stream_->Seek(kHeaderBytes + 4 * static_cast<std::uint64_t>(first));
+        stream_->Seek(kHeaderBytes + kWidth * static_cast<std::uint64_t>(first));
         for (std::size_t done = 0; done < samples.size();) {
             const std::span<double> block = samples.subspan(done, std::min(kBlock, samples.size() - done));
-            if (stream_->Read(words.data(), 4 * block.size()) < 4 * block.size())
+            if (stream_->Read(bytes.data(), kWidth * block.size()) < kWidth * block.size())
                 throw Error(ErrorKind::kDamaged, "it became shorter while it was read");
-            if (isSwapped_) {
-                for (std::uint32_t& word : std::span(words).first(block.size()))
-                    word = word >> 24 | (word >> 8 & 0xFF00U) | (word << 8 & 0xFF0000U) | word << 24;
-            }
-            bool isFinite = true;
-            for (std::size_t i = 0; i < block.size(); ++i) {
-                block[i] = static_cast<double>(std::bit_cast<float>(words[i]));
-                isFinite &= (words[i] & 0x7F800000U) != 0x7F800000U;
-            }
-            if (!isFinite) {
+            if (!ToDoubles({NumberType::Kind::floating, kWidth, isBigEndian_}, bytes.data(), kWidth, block)) {
                 const auto bad = std::ranges::find_if(block, [](double v) { return !std::isfinite(v); });
                 throw ErrorAt(0, done + static_cast<std::size_t>(bad - block.begin()), ErrorKind::kDamaged,
                               "the value is not a finite number");
@@ -341,7 +327,7 @@ private:
     }
 
     std::unique_ptr<ByteStream> stream_;
-    bool isSwapped_ = false;  ///< whether the bytes of a number are in another order than the host's
+    bool isBigEndian_ = false;
     bool isListed_ = false;
     bool isPolar_ = false;
     std::uint64_t end_ = 0;  ///< of what the header states
@@ -392,14 +378,8 @@ std::unique_ptr<RecordingReader> OpenText(std::unique_ptr<ByteStream> stream) {
 
 // ---- writing ----
 
-std::string BytesOf(std::uint64_t bits, std::size_t size) {
-    std::string bytes;
-    for (std::size_t i = 0; i < size; ++i) bytes += static_cast<char>(bits >> 8 * i & 0xFF);
-    return bytes;
-}
-
 std::string BytesOf(float value) {
-    return BytesOf(std::bit_cast<std::uint32_t>(value), 4);
+    return LittleEndian(std::bit_cast<std::uint32_t>(value), 4);
 }
 
 std::string TextBytes(const std::wstring& text, std::size_t size) {
@@ -527,12 +507,7 @@ private:
             throw Error(ErrorKind::kUnsupported, "the value is beyond what 32 bits hold",
                         {.sample = done_ + static_cast<__int64>(i) + 1});
         }
-        if constexpr (std::endian::native == std::endian::big) {
-            for (float& single : singles) {
-                const std::string bytes = BytesOf(single);
-                std::memcpy(&single, bytes.data(), bytes.size());
-            }
-        }
+        ToLittleEndian(std::span(singles));
         const __int64 at = static_cast<__int64>(part) * run_.samples + done_;
         file_.Seek(kHeaderBytes + 4 * static_cast<std::uint64_t>(at));
         file_.Write(singles.data(), 4 * singles.size());
@@ -559,7 +534,7 @@ private:
             if (i == kType) value = channel.isComplex ? kRealImaginary : kTime;
             if (i == kDependent) value = kind_.dependent;
             if (i >= kIsEven) value = i == kIsEven ? !run_.isListed : i < kIsEven + 4;
-            bytes += BytesOf(static_cast<std::uint32_t>(value), 4);
+            bytes += LittleEndian(static_cast<std::uint32_t>(value), 4);
         }
         for (std::size_t i = 0; i < kTexts; ++i)
             bytes += TextBytes(texts_.contains(i) ? texts_.at(i) : L"", i == kEvent ? 16 : 8);
@@ -573,7 +548,7 @@ private:
             if (field == kDelta && !run_.isListed) value = run_.delta;
             if (field == kBegin) value = first_;
             if (field == kBegin + 1) value = last_;
-            bytes += BytesOf(std::bit_cast<std::uint64_t>(value), 8);
+            bytes += LittleEndian(std::bit_cast<std::uint64_t>(value), 8);
         }
         return bytes;
     }

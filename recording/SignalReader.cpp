@@ -2,6 +2,7 @@
 #include <KvxRecording01/SignalReader.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -174,27 +175,49 @@ private:
     /// unit.
     void ToStandard(const SignalRun::Channel& channel, double scale, std::size_t column,
                     std::span<double> samples) const {
+        if (recording_->AreKnownValues() && scale == 1.0 && IsStandard(channel)) return;
+        // Few enough at a time that each step finds them in the first-level cache.
+        constexpr std::size_t kAtOnce = std::size_t{1} << 11;
+        for (std::size_t begin = 0; begin < samples.size(); begin += kAtOnce) {
+            const auto piece = samples.subspan(begin, std::min(kAtOnce, samples.size() - begin));
+            ToStandard(channel, scale, column, begin, piece);
+        }
+    }
+
+    /// Whether the unit of a channel is the standard one. No curve meets the values in three points.
+    static bool IsStandard(const SignalRun::Channel& channel) {
+        return std::ranges::all_of(std::array{0.0, 1.0, 2.0}, [&](double value) {
+            return channel.unit.ConvItoD(value, 1.0, IsAbsolute(channel)) == value;
+        });
+    }
+    static int IsAbsolute(const SignalRun::Channel& channel) {
+        return !channel.isComplex && channel.unit.IsSingle() ? 1 : 0;
+    }
+
+    void ToStandard(const SignalRun::Channel& channel, double scale, std::size_t column, std::size_t begin,
+                    std::span<double> samples) const {
         std::vector<std::size_t> missing;
-        if (!AreValues(samples)) {
+        if (!recording_->AreKnownValues() && !AreValues(samples)) {
             for (std::size_t i = 0; i < samples.size(); ++i)
                 if (samples[i] == kNoValue<double>) missing.push_back(i);
         }
-        if (!missing.empty() && !kinds_.missing)
-            throw recording_->ErrorAt(column, missing.front(), ErrorKind::kUnsupported, kNoSampleValue);
+        if (!missing.empty() && !kinds_.missing) {
+            throw recording_->ErrorAt(column, begin + missing.front(), ErrorKind::kUnsupported,
+                                      kNoSampleValue);
+        }
         Multiply(samples, scale);
-        const int isAbsolute = !channel.isComplex && channel.unit.IsSingle() ? 1 : 0;
-        channel.unit.ConvItoD(samples.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
+        channel.unit.ConvItoD(samples.data(), samples.data(), std::ssize(samples), 1.0, IsAbsolute(channel));
         for (const std::size_t at : missing) samples[at] = 0.0;
-        RequireStorable(channel, column, samples);
+        RequireStorable(channel, column, begin, samples);
         for (const std::size_t at : missing) samples[at] = kNoValue<double>;
     }
 
-    void RequireStorable(const SignalRun::Channel& channel, std::size_t column,
+    void RequireStorable(const SignalRun::Channel& channel, std::size_t column, std::size_t begin,
                          std::span<const double> samples) const {
         if (AreValues(samples)) return;
         const auto bad = std::ranges::find_if_not(samples, [](double v) { return AreValues({&v, 1}); });
         throw recording_->ErrorAt(
-            column, static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
+            column, begin + static_cast<std::size_t>(bad - samples.begin()), ErrorKind::kUnsupported,
             std::isfinite(*bad) ? kNoSampleValue
                                 : "the value overflows in conversion from " + Quote(UnitText(channel.unit)) +
                                       " to the standard unit");

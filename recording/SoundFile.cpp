@@ -19,6 +19,7 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/NumberBlocks.h>
 #include <KvxRecording01/detail/SoundHeader.h>

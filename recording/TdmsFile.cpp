@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
@@ -386,6 +387,7 @@ private:
         Run& run = runs_[number];
         const __int64 samples = info_.runs[number].samples;
         before_ = done_;
+        areKnownValues_ = !run.axis && std::ranges::none_of(run.channels, MayBeMissing);
         std::size_t done = 0;
         std::vector<Place> places(run.channels.size());
         while (done < room && done_ < samples) {
@@ -419,6 +421,12 @@ private:
             done_ += static_cast<__int64>(count);
         }
         return done;
+    }
+
+    /// Whether a value, which is finite, may be the marker of missing ones: where it comes of a double.
+    static bool MayBeMissing(const Source& channel) {
+        const std::size_t bytes = SizeOf(channel.type) / Parts(channel);
+        return !channel.scale.IsNone() || bytes == 0 || bytes >= sizeof(double);
     }
 
     static bool IsWanted(const Source& channel, std::span<double* const> targets) {
@@ -505,7 +513,7 @@ private:
         const bool isBigEndian = place.segment->isBigEndian;
         if (IsApart(place) && IsNative(type, isBigEndian)) {
             bytes_.Read(place.position, reinterpret_cast<std::byte*>(values.data()), values.size_bytes());
-            return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
+            return AreValues(values);
         }
         const std::size_t size = SizeOf(type) / (IsComplex(type) ? 2 : 1);
         const std::byte* const bytes = BytesOf(place, values.size(), size, offset);

@@ -10,6 +10,7 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/kernels/CheckSumKernels.h>
 
 namespace kvx {
 namespace {
@@ -37,7 +38,7 @@ public:
     explicit CheckSum(std::optional<std::uint32_t> expected) : expected_(expected) {}
 
     void Add(std::span<const std::byte> bytes) {
-        if (expected_) sum_ = crc32_z(sum_, Octets(bytes.data()), bytes.size());
+        if (expected_) sum_ = ActiveKernels<CheckSumKernels>().crc32(sum_, bytes.data(), std::ssize(bytes));
     }
     /// Some bytes do not go into it, so that nothing can be said any more.
     void Drop() { expected_.reset(); }
@@ -49,7 +50,7 @@ public:
 
 private:
     std::optional<std::uint32_t> expected_;
-    uLong sum_ = 0;
+    std::uint32_t sum_ = 0;
 };
 
 class StoredCursor : public ByteCursor {

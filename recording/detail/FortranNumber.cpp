@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <KvxRecording01/detail/FortranNumber.h>
 
+#include <charconv>
+#include <cmath>
 #include <cstddef>
+#include <system_error>
 
+#include <KvxRecording01/detail/TextFields.h>
 #include <KvxRecording01/detail/TextNumbers.h>
 
 namespace kvx {
@@ -25,6 +29,16 @@ std::optional<double> ReadFortranNumber(std::string_view field, const char** fau
     const std::optional<double> number = reader.Read(PlainExponent(field));
     if (!number && fault != nullptr) *fault = reader.Fault();
     return number;
+}
+
+std::optional<double> FixedNumber(std::string_view field) {
+    field = Trim(field);
+    double value = 0.0;
+    const char* const end = field.data() + field.size();
+    const auto [stop, error] = std::from_chars(field.data(), end, value);
+    if (error == std::errc() && stop == end && std::isfinite(value)) return value;
+    const bool isNumber = field.find_first_not_of("0123456789+-.eEdD") == field.npos;
+    return isNumber ? ReadFortranNumber(field) : std::nullopt;
 }
 
 }  // namespace kvx

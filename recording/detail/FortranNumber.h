@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Numbers as Fortran writes them: exponents with D, or with their sign alone.
+// Numbers as Fortran writes them: in columns, with exponents that have a D, or a sign alone.
 #pragma once
 
 #include <optional>
@@ -14,5 +14,9 @@ std::string PlainExponent(std::string_view field);
 
 /// The finite number that a field is; no value for any other, of which `fault` then says what is wrong.
 std::optional<double> ReadFortranNumber(std::string_view field, const char** fault = nullptr);
+
+/// The same in columns of its own, with blanks around it and a decimal point. No value for what is none, be
+/// it blank or full of asterisks.
+std::optional<double> FixedNumber(std::string_view field);
 
 }  // namespace kvx

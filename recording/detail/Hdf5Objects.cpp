@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 
 namespace kvx {
 namespace {
@@ -45,12 +46,7 @@ public:
     }
     Block Part(std::size_t at, std::size_t size) const { return Block(Bytes(at, size)); }
     Block From(std::size_t at) const { return Part(at, at > Size() ? 0 : Size() - at); }
-    std::uint64_t Number(std::size_t at, std::size_t size) const {
-        std::uint64_t number = 0;
-        const auto bytes = Bytes(at, size);
-        for (std::size_t i = 0; i < size; ++i) number |= std::to_integer<std::uint64_t>(bytes[i]) << 8 * i;
-        return number;
-    }
+    std::uint64_t Number(std::size_t at, std::size_t size) const { return LoadWhole(Bytes(at, size)); }
     /// A text up to the byte 0 or the end, of so many bytes at most.
     std::string Text(std::size_t at, std::size_t most = kMostText) const {
         if (at > Size()) FailDamaged();

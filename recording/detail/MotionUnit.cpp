@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string>
 
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/StatedUnit.h>
 
 namespace kvx {
@@ -37,14 +38,6 @@ void ReplaceAll(std::string* text, std::string_view from, std::string_view to) {
 }
 
 }  // namespace
-
-std::string SmallLetters(std::string_view text) {
-    std::string small(text);
-    std::ranges::transform(small, small.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return small;
-}
 
 std::optional<MotionUnit> FindMotionUnit(std::string_view name) {
     std::string text = SmallLetters(name);

@@ -26,7 +26,4 @@ std::optional<MotionUnit> UnitInLine(std::string_view line);
 /// States a unit of a channel, whose values are to be multiplied by `factor` to be in it.
 void StateMotionUnit(RecordingInfo::Channel* channel, const MotionUnit& unit, double factor = 1.0);
 
-/// A text in small letters, for a comparison without regard to case.
-std::string SmallLetters(std::string_view text);
-
 }  // namespace kvx

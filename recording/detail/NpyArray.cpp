@@ -2,7 +2,6 @@
 #include <KvxRecording01/detail/NpyArray.h>
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <map>
 #include <optional>
@@ -12,6 +11,7 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 
 namespace kvx {
 namespace {
@@ -107,8 +107,7 @@ Element ElementOf(const std::string& text) {
     Element element;
     std::string_view rest = text;
     if (!rest.empty() && std::string_view("<>=|").find(rest.front()) != rest.npos) {
-        element.isBig =
-            rest.front() == '>' || (rest.front() == '=' && std::endian::native == std::endian::big);
+        element.isBig = rest.front() == '>' || (rest.front() == '=' && kIsBigHost);
         rest.remove_prefix(1);
     }
     if (rest.empty()) FailHeader();
@@ -295,10 +294,7 @@ NpyArray ReadNpyArray(const std::shared_ptr<const ArrayBytes>& bytes, std::uint6
     }
     if (version > 1) cursor->Read(std::span(front).last(2));
     const std::size_t lengthBytes = version > 1 ? 4 : 2;
-    double length = 0.0;
-    ToDoubles({NumberType::Kind::unsignedInteger, lengthBytes, false}, front.data() + 8, lengthBytes,
-              {&length, 1});
-    const auto headerBytes = static_cast<std::uint64_t>(length);
+    const std::uint64_t headerBytes = LoadWhole(std::span(front).subspan(8, lengthBytes));
     const std::uint64_t start = 8 + lengthBytes + headerBytes;
     if (start > size) throw Error(ErrorKind::kDamaged, "it is cut short");
     if (headerBytes > kMostHeader) FailHeader();

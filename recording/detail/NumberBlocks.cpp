@@ -2,31 +2,22 @@
 #include <KvxRecording01/detail/NumberBlocks.h>
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <cstring>
-#include <system_error>
 #include <utility>
 
 #include <KvxDevCommon01/data/NoValue.h>
-#include <KvxDevCommon01/platform/CodePage.h>
 #include <KvxDevCommon01/platform/Error.h>
-#include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/FortranNumber.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/TextFields.h>
 
 namespace kvx {
 namespace {
 
 /// Recordings of this kind have some tens of channels. The limit bounds the memory for their lines.
 constexpr std::size_t kMostBlocks = 4096;
-
-std::string_view Trimmed(std::string_view text) {
-    constexpr std::string_view kBlank = " \t";
-    const std::size_t begin = std::min(text.find_first_not_of(kBlank), text.size());
-    return text.substr(begin, text.find_last_not_of(kBlank) + 1 - begin);
-}
 
 /// Reads a column of a run, forwards.
 class ColumnReader {
@@ -60,10 +51,9 @@ private:
                 begin < text.size() ? text.substr(begin, block.width) : std::string_view();
             const std::optional<double> value = FixedNumber(field);
             if (!value) {
-                throw Error(
-                    ErrorKind::kDamaged,
-                    field.empty() ? "a number is missing" : Quote(Trimmed(field)) + " is not a number",
-                    {.line = number, .column = i + 1});
+                throw Error(ErrorKind::kDamaged,
+                            field.empty() ? "a number is missing" : Quote(Trim(field)) + " is not a number",
+                            {.line = number, .column = i + 1});
             }
             values_.push_back(*value);
         }
@@ -195,26 +185,6 @@ void LineCursor::StepBack() {
 
 // ---- numbers ----
 
-std::optional<double> FixedNumber(std::string_view field) {
-    std::array<char, 64> copy;
-    field = Trimmed(field);
-    if (field.size() > copy.size()) return std::nullopt;
-    if (field.size() > 1 && field.front() == '+' && field[1] != '-') field.remove_prefix(1);
-    std::ranges::replace_copy_if(
-        field, copy.begin(), [](char c) { return c == 'D' || c == 'd'; }, 'E');
-    double value = 0.0;
-    const char* const end = copy.data() + field.size();
-    const auto [stop, error] = std::from_chars(copy.data(), end, value);
-    if (field.empty() || stop != end || !std::isfinite(value)) return std::nullopt;
-    // from_chars leaves out what is too small, which is 0 here, and what is too large.
-    if (error == std::errc::result_out_of_range) {
-        const std::size_t exponent = field.find_first_of("eEdD");
-        const bool isSmall = exponent != field.npos && field.substr(exponent + 1).starts_with('-');
-        return isSmall ? std::optional(0.0) : std::nullopt;
-    }
-    return value;
-}
-
 std::size_t ColumnWidth(std::string_view line, std::size_t numbers) {
     return numbers > 0 && line.size() % numbers == 0 ? line.size() / numbers : 0;
 }
@@ -238,24 +208,6 @@ std::int64_t HeaderCount(const std::optional<double>& number) {
     if (*number >= 0.0 && *number <= kMost && *number == std::floor(*number))
         return static_cast<std::int64_t>(*number);
     throw Error(ErrorKind::kDamaged, "its header states " + FormatNumber(*number) + " as a count of samples");
-}
-
-std::string Padded(std::int64_t number, std::size_t digits) {
-    const std::string text = std::to_string(number);
-    return std::string(digits - std::min(digits, text.size()), '0') + text;
-}
-
-std::string PlainLine(std::string_view line) {
-    constexpr unsigned int kWestern = 1252;
-    std::string text;
-    for (const char c : Trimmed(line)) {
-        const bool isBlank = static_cast<unsigned char>(c) <= ' ';
-        if (isBlank && (text.empty() || text.back() == ' ')) continue;
-        text += isBlank ? ' ' : c;
-    }
-    if (text.ends_with(' ')) text.pop_back();
-    if (!FromUtf8(text)) text = ToUtf8(DecodeCodePageReplacing(text, kWestern).value_or(L""));
-    return text;
 }
 
 NumberBlock TakeBlock(LineCursor& lines, std::int64_t count, std::int64_t perLine, std::size_t width) {

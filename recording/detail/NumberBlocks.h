@@ -53,10 +53,6 @@ private:
     std::int64_t number_;
 };
 
-/// A number in columns of its own, with an exponent letter D or E or none. No value for what is none, be it
-/// blank or full of asterisks.
-std::optional<double> FixedNumber(std::string_view field);
-
 /// The width of columns, right-justified numbers of which fill a line without blanks behind it; 0 where there
 /// is none.
 std::size_t ColumnWidth(std::string_view line, std::size_t numbers);
@@ -68,13 +64,6 @@ std::vector<std::optional<double>> HeaderNumbers(LineCursor& lines, std::size_t 
 
 /// A count that a header states; 0 for what is none. Throws Error for one that is not whole or below 0.
 std::int64_t HeaderCount(const std::optional<double>& number);
-
-/// A whole number, 0 or above, with as many digits or more: "007".
-std::string Padded(std::int64_t number, std::size_t digits);
-
-/// A text without blanks at its ends and with one instead of several. Bytes that are no UTF-8 are those of
-/// windows-1252.
-std::string PlainLine(std::string_view line);
 
 /// Numbers that follow each other in lines.
 struct NumberBlock {

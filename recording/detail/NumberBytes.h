@@ -21,8 +21,8 @@ struct NumberType {
 /// Whether the numbers are doubles as this host holds them.
 bool IsHostDouble(const NumberType& type);
 
-/// Reads as many numbers as there is room for in `to`, each `step` bytes behind the one before it. Integers
-/// of 64 bits are rounded.
-void ToDoubles(const NumberType& type, const std::byte* from, std::size_t step, std::span<double> to);
+/// Reads as many numbers as there is room for in `to`, each `step` bytes behind the one before it, and tells
+/// whether all of them are finite. Integers of 64 bits are rounded.
+bool ToDoubles(const NumberType& type, const std::byte* from, std::size_t step, std::span<double> to);
 
 }  // namespace kvx

@@ -13,6 +13,7 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 
 namespace kvx {
 namespace {
@@ -62,13 +63,7 @@ public:
     }
 
     std::uint64_t Number(const SizeField& field) {
-        std::uint64_t number = 0;
-        const std::string_view bytes = Bytes(field.position, field.bytes);
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            const char byte = bytes[field.isBigEndian ? i : bytes.size() - 1 - i];
-            number = number << 8 | static_cast<unsigned char>(byte);
-        }
-        return number;
+        return LoadWhole(Bytes(field.position, field.bytes), field.isBigEndian);
     }
 
 private:

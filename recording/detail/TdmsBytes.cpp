@@ -2,44 +2,42 @@
 #include <KvxRecording01/detail/TdmsBytes.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <type_traits>
+#include <optional>
 
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxRecording01/detail/NumberBytes.h>
 
 namespace kvx {
 namespace {
 
 constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
-/// Counts what is not finite, without a way out of the loop, which the compiler can then make fast.
-template <typename Number>
-std::uint64_t NotFinite(Number value) {
-    if constexpr (std::is_floating_point_v<Number>) {
-        return std::abs(value) <= std::numeric_limits<Number>::max() ? 0 : 1;
-    } else {
-        return 0;
+/// What values of a type are as numbers, of complex ones the real parts; none where they are no numbers.
+std::optional<NumberType> NumbersOf(TdmsType type, bool isBigEndian) {
+    using enum NumberType::Kind;
+    switch (type) {
+        case TdmsType::int8:
+        case TdmsType::int16:
+        case TdmsType::int32:
+        case TdmsType::int64:
+            return NumberType{signedInteger, SizeOf(type), isBigEndian};
+        case TdmsType::uint8:
+        case TdmsType::uint16:
+        case TdmsType::uint32:
+        case TdmsType::uint64:
+            return NumberType{unsignedInteger, SizeOf(type), isBigEndian};
+        case TdmsType::single:
+        case TdmsType::singleWithUnit:
+        case TdmsType::complexSingle:
+            return NumberType{floating, sizeof(float), isBigEndian};
+        case TdmsType::real:
+        case TdmsType::realWithUnit:
+        case TdmsType::complexReal:
+            return NumberType{floating, sizeof(double), isBigEndian};
+        default:
+            return std::nullopt;
     }
-}
-
-template <typename Number, bool kIsBigEndian>
-bool Load(const std::byte* bytes, std::size_t stride, std::span<double> values) {
-    std::uint64_t bad = 0;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const auto number = LoadNumber<Number>(bytes + i * stride, kIsBigEndian);
-        bad += NotFinite(number);
-        values[i] = static_cast<double>(number);
-    }
-    return bad == 0;
-}
-
-template <typename Number>
-bool Load(const std::byte* bytes, std::size_t stride, bool isBigEndian, std::span<double> values) {
-    if (isBigEndian) return Load<Number, true>(bytes, stride, values);
-    // Numbers side by side are what the compiler makes vectors of.
-    if (stride == sizeof(Number)) return Load<Number, false>(bytes, sizeof(Number), values);
-    return Load<Number, false>(bytes, stride, values);
 }
 
 }  // namespace
@@ -74,38 +72,14 @@ std::size_t SizeOf(TdmsType type) {
 
 bool LoadValues(const std::byte* bytes, std::size_t stride, TdmsType type, bool isBigEndian,
                 std::span<double> values) {
-    switch (type) {
-        case TdmsType::int8:
-            return Load<std::int8_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::int16:
-            return Load<std::int16_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::int32:
-            return Load<std::int32_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::int64:
-            return Load<std::int64_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::uint8:
-            return Load<std::uint8_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::uint16:
-            return Load<std::uint16_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::uint32:
-            return Load<std::uint32_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::uint64:
-            return Load<std::uint64_t>(bytes, stride, isBigEndian, values);
-        case TdmsType::single:
-        case TdmsType::singleWithUnit:
-        case TdmsType::complexSingle:
-            return Load<float>(bytes, stride, isBigEndian, values);
-        case TdmsType::real:
-        case TdmsType::realWithUnit:
-        case TdmsType::complexReal:
-            return Load<double>(bytes, stride, isBigEndian, values);
-        case TdmsType::boolean:
-            for (std::size_t i = 0; i < values.size(); ++i)
-                values[i] = bytes[i * stride] != std::byte{0} ? 1.0 : 0.0;
-            return true;
-        default:
-            throw Error(ErrorKind::kUnsupported, "its data are no numbers");
+    if (type == TdmsType::boolean) {
+        for (std::size_t i = 0; i < values.size(); ++i)
+            values[i] = bytes[i * stride] != std::byte{0} ? 1.0 : 0.0;
+        return true;
     }
+    const std::optional<NumberType> numbers = NumbersOf(type, isBigEndian);
+    if (!numbers) throw Error(ErrorKind::kUnsupported, "its data are no numbers");
+    return ToDoubles(*numbers, bytes, stride, values);
 }
 
 TdmsTime LoadTime(const std::byte* at, bool isBigEndian) {

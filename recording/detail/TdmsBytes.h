@@ -3,29 +3,16 @@
 // The bytes of a TDMS file by position, and the numbers in them.
 #pragma once
 
-#include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <span>
 #include <vector>
 
 #include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 
 namespace kvx {
-
-/// A number of either byte order.
-template <typename Number>
-Number LoadNumber(const std::byte* at, bool isBigEndian) {
-    std::array<std::byte, sizeof(Number)> bytes;
-    std::memcpy(bytes.data(), at, sizeof(Number));
-    if (isBigEndian != (std::endian::native == std::endian::big)) {
-        for (std::size_t i = 0; i < sizeof(Number); ++i) bytes[i] = at[sizeof(Number) - 1 - i];
-    }
-    return std::bit_cast<Number>(bytes);
-}
 
 /// The data types of properties and raw data, by their numbers in a file.
 enum class TdmsType : std::uint32_t {
@@ -64,8 +51,7 @@ bool LoadValues(const std::byte* bytes, std::size_t stride, TdmsType type, bool 
 
 /// Whether values of the type are doubles as this machine holds them.
 inline bool IsNative(TdmsType type, bool isBigEndian) {
-    return (type == TdmsType::real || type == TdmsType::realWithUnit) &&
-           isBigEndian == (std::endian::native == std::endian::big);
+    return (type == TdmsType::real || type == TdmsType::realWithUnit) && isBigEndian == kIsBigHost;
 }
 
 /// A point in time, in UTC without leap seconds.

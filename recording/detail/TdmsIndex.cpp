@@ -8,10 +8,10 @@
 #include <unordered_map>
 #include <utility>
 
-#include <KvxDevCommon01/platform/CodePage.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/HeaderText.h>
 
 namespace kvx {
 namespace {
@@ -46,15 +46,7 @@ constexpr std::size_t kMostPlaces = std::size_t{1} << 22;
 
 std::string Utf8(std::string_view text) {
     const std::size_t end = text.find_last_not_of('\0');
-    text = text.substr(0, end == text.npos ? 0 : end + 1);
-    constexpr unsigned int kWestern = 1252;
-    if (FromUtf8(text)) return std::string(text);
-    return ToUtf8(DecodeCodePageReplacing(text, kWestern).value_or(L"?"));
-}
-
-std::string Padded(std::int64_t number, std::size_t digits) {
-    const std::string text = std::to_string(number);
-    return std::string(digits - std::min(digits, text.size()), '0') + text;
+    return Utf8OrWestern(text.substr(0, end == text.npos ? 0 : end + 1));
 }
 
 /// Numbers and texts of one byte order, one after the other, up to an end within the file.

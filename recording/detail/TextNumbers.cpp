@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include <KvxDevCommon01/data/NoValue.h>
+#include <KvxRecording01/detail/HeaderText.h>
 
 namespace kvx {
 namespace {
@@ -19,14 +20,6 @@ constexpr const char* kNoNumber = "is not a number";
 constexpr const char* kNotFinite = "is not a finite number";
 constexpr std::string_view kDigits = "0123456789";
 constexpr std::string_view kExponentMarks = "eEdDqQ";
-
-std::string InSmallLetters(std::string_view text) {
-    std::string small(text);
-    for (char& c : small) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return small;
-}
 
 /// Where the exponent of a number begins, with its mark where it has one; the size of the field without one.
 std::size_t ExponentAt(std::string_view field) {
@@ -101,7 +94,7 @@ std::optional<ComplexParts> SplitComplex(std::string_view field) {
 MissingTexts::MissingTexts(const TextOptions& options) : areStated_(options.missing.has_value()) {
     if (!areStated_) return;
     for (const std::string& text : *options.missing) {
-        texts_.push_back(InSmallLetters(Trim(text)));
+        texts_.push_back(SmallLetters(Trim(text)));
         if (const std::optional<double> number = NumberReader().Read(texts_.back()))
             numbers_.push_back(*number);
     }
@@ -112,7 +105,7 @@ bool MissingTexts::Include(std::string_view field) const {
     field = Unquoted(field);
     if (field.empty()) return true;
     return std::ranges::any_of(texts_, [&](const std::string& text) {
-        return text.size() == field.size() && text == InSmallLetters(field);
+        return text.size() == field.size() && text == SmallLetters(field);
     });
 }
 
@@ -197,7 +190,7 @@ bool NumberReader::MayMeanMissing(std::string_view field) const {
     constexpr std::array<std::string_view, 11> kCustomary = {"na",  "n/a", "#n/a", "nodata", "null", "none",
                                                              "nil", "-",   "--",   "---",    "*"};
     return fault_ == kNotFinite ||
-           std::ranges::find(kCustomary, InSmallLetters(Unquoted(field))) != kCustomary.end();
+           std::ranges::find(kCustomary, SmallLetters(Unquoted(field))) != kCustomary.end();
 }
 
 bool HasTwoParts(std::string_view field) {

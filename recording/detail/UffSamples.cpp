@@ -2,18 +2,17 @@
 #include <KvxRecording01/detail/UffSamples.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 #include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 #include <KvxRecording01/detail/FortranNumber.h>
+#include <KvxRecording01/detail/NumberBytes.h>
 #include <KvxRecording01/kernels/PlainNumber.h>
 
 namespace kvx {
@@ -24,41 +23,12 @@ static_assert(PlacedLines::kRoomBehind >= kPlainFieldRoom);
 /// What is read of a binary dataset at once.
 constexpr std::size_t kPiece = std::size_t{1} << 17;
 
-template <typename Bits>
-Bits Swapped(Bits bits) {
-    if constexpr (sizeof bits == 4) return __builtin_bswap32(bits);
-    return static_cast<Bits>(__builtin_bswap64(bits));
-}
-
-/// Numbers that stand `stride` bytes apart.
-template <typename Real, bool isSwapped>
-void Spread(const std::byte* from, std::size_t stride, double* to, std::size_t count) {
-    using Bits = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
-    for (std::size_t i = 0; i < count; ++i) {
-        Bits bits;
-        std::memcpy(&bits, from + i * stride, sizeof bits);
-        if constexpr (isSwapped) bits = Swapped(bits);
-        to[i] = static_cast<double>(std::bit_cast<Real>(bits));
-    }
-}
-
-template <typename Real>
-void Spread(bool isSwapped, const std::byte* from, std::size_t stride, std::span<double> to) {
-    // Numbers side by side are a loop of their own, which becomes vector code.
-    if (isSwapped && stride == sizeof(Real))
-        return Spread<Real, true>(from, sizeof(Real), to.data(), to.size());
-    if (isSwapped) return Spread<Real, true>(from, stride, to.data(), to.size());
-    if (stride == sizeof(Real)) return Spread<Real, false>(from, sizeof(Real), to.data(), to.size());
-    Spread<Real, false>(from, stride, to.data(), to.size());
-}
-
 Error AtSample(const Error& error, __int64 index) {
     return error.At({.sample = index + 1});
 }
 
 /// Throws Error for the first number that is none; `first` is that of the sample in front.
 void RequireFinite(std::span<const double> numbers, __int64 first) {
-    if (AreValues(numbers)) return;
     const auto bad = std::ranges::find_if_not(numbers, [](double number) { return std::isfinite(number); });
     if (bad == numbers.end()) return;
     throw AtSample(Error(ErrorKind::kDamaged, "the value is not a finite number"),
@@ -151,8 +121,7 @@ void UffSampleReader::Skip(const UffSamples& samples, UffCursor* cursor, __int64
 void UffSampleReader::ReadBinary(const UffSamples& samples, __int64 first, std::span<double* const> targets,
                                  std::size_t count) {
     const std::size_t stride = samples.TupleWidth();
-    const bool isSwapped =
-        (samples.form == UffSamples::Form::bigEndian) != (std::endian::native == std::endian::big);
+    const bool isBig = samples.form == UffSamples::Form::bigEndian;
     const std::size_t most = kPiece / stride;
     const auto read = [&](void* to, std::size_t tuples) {
         if (stream_.Read(to, tuples * stride) < tuples * stride)
@@ -160,14 +129,15 @@ void UffSampleReader::ReadBinary(const UffSamples& samples, __int64 first, std::
     };
     // Doubles side by side in the byte order of the host are read where they are wanted.
     const bool isPlain =
-        targets.size() == 1 && targets[0] != nullptr && stride == sizeof(double) && !isSwapped;
+        targets.size() == 1 && targets[0] != nullptr && stride == sizeof(double) && isBig == kIsBigHost;
     stream_.Seek(samples.begin + static_cast<std::uint64_t>(first) * stride);
     for (std::size_t done = 0; done < count;) {
         const std::size_t piece = std::min(count - done, most);
         const __int64 at = first + static_cast<__int64>(done);
         if (isPlain) {
             read(targets[0] + done, piece);
-            RequireFinite({targets[0] + done, piece}, at);
+            const std::span<const double> numbers(targets[0] + done, piece);
+            if (!AreValues(numbers)) RequireFinite(numbers, at);
             done += piece;
             continue;
         }
@@ -178,12 +148,8 @@ void UffSampleReader::ReadBinary(const UffSamples& samples, __int64 first, std::
             const std::size_t width = samples.Width(part);
             if (targets[part] != nullptr) {
                 const std::span<double> numbers(targets[part] + done, piece);
-                if (width == sizeof(float)) {
-                    Spread<float>(isSwapped, from, stride, numbers);
-                } else {
-                    Spread<double>(isSwapped, from, stride, numbers);
-                }
-                RequireFinite(numbers, at);
+                if (!ToDoubles({NumberType::Kind::floating, width, isBig}, from, stride, numbers))
+                    RequireFinite(numbers, at);
             }
             from += width;
         }

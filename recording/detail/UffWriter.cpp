@@ -3,11 +3,9 @@
 // Universal files being written: the datasets are laid out first, so that channels can be written side by
 // side.
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -18,7 +16,9 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/NearestShown.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 #include <KvxRecording01/detail/UffHeader.h>
 #include <KvxRecording01/detail/UffUnits.h>
@@ -89,9 +89,9 @@ private:
         char* to = bytes->data();
         for (std::size_t i = 0; i < count; ++i) {
             for (std::size_t part = 0; part < parts_; ++part) {
-                auto bits = std::bit_cast<std::uint64_t>(parts[part][i]);
-                if constexpr (std::endian::native == std::endian::big) bits = __builtin_bswap64(bits);
-                to = std::copy_n(reinterpret_cast<const char*>(&bits), sizeof bits, to);
+                double number = parts[part][i];
+                ToLittleEndian(std::span(&number, 1));
+                to = std::copy_n(reinterpret_cast<const char*>(&number), sizeof number, to);
             }
         }
     }
@@ -210,17 +210,7 @@ private:
     void ToUnit(const SignalRun::Channel& channel, const Place& place, std::span<double> samples) {
         RequireValues(place, samples);
         const int isAbsolute = !channel.isComplex && place.unit.IsSingle() ? 1 : 0;
-        stored_.assign(samples.begin(), samples.end());
-        place.unit.ConvDtoI(samples.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
-        again_.resize(samples.size());
-        place.unit.ConvItoD(again_.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
-        for (std::size_t i = 0; i < samples.size(); ++i) {
-            if (again_[i] == stored_[i]) continue;
-            for (const double limit : {-kInfinity, kInfinity}) {
-                const double beside = std::nextafter(samples[i], limit);
-                if (place.unit.ConvItoD(beside, 1.0, isAbsolute) == stored_[i]) samples[i] = beside;
-            }
-        }
+        shown_.Convert(place.unit, isAbsolute, samples);
         RequireValues(place, samples);
     }
 
@@ -233,15 +223,13 @@ private:
                     {.sample = place.done + (bad - samples.begin()) + 1});
     }
 
-    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
     bool isText_;
     std::vector<SignalRun> runs_;
     std::vector<WrittenRun> written_;
     std::vector<std::vector<Place>> places_;  ///< per run and channel
     OutputFile file_;
     std::string bytes_;
-    std::vector<double> stored_, again_;
+    ShownValues shown_;
 };
 
 }  // namespace

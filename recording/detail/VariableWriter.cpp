@@ -6,6 +6,7 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Path.h>
+#include <KvxRecording01/detail/ByteOrder.h>
 #include <KvxRecording01/detail/HostErrors.h>
 
 namespace kvx {
@@ -18,9 +19,7 @@ void FilePlan::Add(std::string_view bytes) {
 }
 
 void FilePlan::AddNumber(std::uint64_t number, std::size_t size) {
-    std::string bytes;
-    for (std::size_t i = 0; i < size; ++i) bytes += static_cast<char>(number >> 8 * i & 0xFF);
-    Add(bytes);
+    Add(LittleEndian(number, size));
 }
 
 void FilePlan::AddDouble(double number) {
@@ -88,7 +87,7 @@ void VariableWriter::WritePlace(std::size_t place, std::span<double* const> colu
     const auto done = static_cast<std::uint64_t>(done_[places.run]);
     const bool isBeside = isComplex && !places.imaginaryAt;
     const auto put = [&](std::uint64_t at) {
-        ToLittleEndian(numbers_);
+        ToLittleEndian(std::span(numbers_));
         Stored(place, numbers_);
         file_.Seek(at + done * sizeof(double) * (isBeside ? 2 : 1));
         file_.Write(numbers_.data(), numbers_.size() * sizeof(double));

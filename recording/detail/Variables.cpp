@@ -17,6 +17,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/StatedUnit.h>
 
 namespace kvx {
@@ -52,12 +53,8 @@ constexpr NameRow kNames[] = {
 // clang-format on
 
 const NameRow* RowOf(std::wstring_view name, bool isAxis) {
-    std::string plain = ToUtf8(name);
-    if (!isAxis) {
-        std::erase(plain, '_');
-        std::ranges::transform(plain, plain.begin(),
-                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    }
+    std::string plain = isAxis ? ToUtf8(name) : SmallLetters(ToUtf8(name));
+    if (!isAxis) std::erase(plain, '_');
     const auto row = std::ranges::find_if(kNames, [&](const NameRow& each) {
         return (each.role == Role::axis) == isAxis && each.name == plain;
     });
@@ -131,8 +128,12 @@ public:
     /// over.
     void Read(std::span<double* const> targets, std::size_t count) {
         left_ -= count;
+        areValues_.assign(targets.size(), true);
         for (std::size_t s = 0; s < strands_.size(); ++s) ReadStrand(s, targets, count);
     }
+
+    /// Whether all numbers of a column that were read last are finite and none is missing.
+    bool AreValues(std::size_t column) const { return areValues_[column]; }
 
 private:
     void ReadStrand(std::size_t s, std::span<double* const> targets, std::size_t count) {
@@ -149,7 +150,9 @@ private:
         if (count > 0 && !isWanted) {
             cursor.Skip(std::uint64_t{count - 1} * step + (isLast ? used : step));
         } else if (count > 0 && IsHostDouble(end.type) && step == sizeof(double)) {
-            cursor.Read(std::as_writable_bytes(std::span(targets[end.column], count)));
+            const std::span<double> numbers(targets[end.column], count);
+            cursor.Read(std::as_writable_bytes(numbers));
+            areValues_[end.column] = kvx::AreValues(numbers);
         } else {
             for (std::size_t done = 0; done < count;) {
                 const std::size_t piece = std::min(std::max<std::size_t>(1, kPiece / step), count - done);
@@ -157,8 +160,12 @@ private:
                 piece_.resize((piece - 1) * step + (isEnd ? used : step));
                 cursor.Read(piece_);
                 for (const Strand::Member& member : strand.members) {
-                    if (double* const target = targets[member.column]; target != nullptr)
-                        ToDoubles(member.type, piece_.data() + member.offset, step, {target + done, piece});
+                    double* const target = targets[member.column];
+                    if (target == nullptr) continue;
+                    const std::span<double> numbers(target + done, piece);
+                    if (!ToDoubles(member.type, piece_.data() + member.offset, step, numbers) ||
+                        (member.type.bytes == sizeof(double) && !kvx::AreValues(numbers)))
+                        areValues_[member.column] = false;
                 }
                 done += piece;
             }
@@ -171,6 +178,7 @@ private:
     std::vector<std::unique_ptr<ByteCursor>> cursors_;
     std::uint64_t left_;
     std::vector<std::byte> piece_;
+    std::vector<bool> areValues_;  ///< per column, of what was read last
 };
 
 /// The columns of an array whose samples follow one another along its dimension `along`: per channel one, or
@@ -766,6 +774,7 @@ public:
         }
         const std::size_t count = std::min<std::uint64_t>(room, sources_[run].length - done_);
         before_ = done_;
+        areKnownValues_ = true;
         if (count == 0) return 0;
         // Few enough at a time to be looked at while they are in the processor's cache.
         const std::size_t most = std::max<std::size_t>(1, kSamplesAtOnce / targets.size());
@@ -777,7 +786,10 @@ public:
                 CountSeconds(*sources_[run].firstDay, {to[0], piece});
             for (std::size_t c = 0; c < to.size(); ++c) {
                 if (to[c] == nullptr) continue;
-                MarkMissing(c, begin, {to[c], piece});
+                if (!reader_->AreValues(c)) {
+                    areKnownValues_ = false;
+                    MarkMissing(c, begin, {to[c], piece});
+                }
                 to[c] += piece;
             }
         }
@@ -828,7 +840,6 @@ private:
 
     /// What is no number becomes no-value, as MATLAB and NumPy mark missing samples.
     void MarkMissing(std::size_t column, std::size_t begin, std::span<double> samples) const {
-        if (AreValues(samples)) return;
         for (std::size_t i = 0; i < samples.size(); ++i) {
             if (std::isinf(samples[i]))
                 throw ErrorAt(column, begin + i, ErrorKind::kUnsupported, "the value is infinite");

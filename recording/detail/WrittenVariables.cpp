@@ -2,8 +2,6 @@
 #include <KvxRecording01/detail/WrittenVariables.h>
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <limits>
 #include <map>
 #include <set>
@@ -14,6 +12,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <KvxRecording01/detail/NearestShown.h>
 
 namespace kvx {
 namespace {
@@ -39,15 +38,6 @@ std::string Identifier(std::wstring_view name) {
     const bool isTaken = std::ranges::find(kTaken, text) != std::end(kTaken);
     if (isTaken || text.empty() || !isLetter(static_cast<wchar_t>(text.front()))) text.insert(0, "ch");
     return text;
-}
-
-/// The number next to `shown` that becomes exactly `standard` when it is read, if there is one.
-double Nearer(const CUnitCtrl& unit, int isAbsolute, double standard, double shown) {
-    for (const double way : {1.0, -1.0}) {
-        const double beside = std::nextafter(shown, way * std::numeric_limits<double>::infinity());
-        if (unit.ConvItoD(beside, 1.0, isAbsolute) == standard) return beside;
-    }
-    return shown;
 }
 
 std::string_view AxisName(const SignalRun& run) {
@@ -99,32 +89,18 @@ std::vector<WrittenVariable> VariablesOf(const SignalRun& run, const std::wstrin
 
 void ToStored(const SignalRun& run, std::span<double* const> columns, std::size_t count) {
     std::size_t column = run.isListed ? 1 : 0;
-    std::vector<double> standard, again;
+    ShownValues shown;
+    std::vector<std::size_t> missing;
     for (const SignalRun::Channel& channel : run.channels) {
         const int isAbsolute = !channel.isComplex && channel.unit.IsSingle() ? 1 : 0;
         const std::size_t end = column + (channel.isComplex ? 2 : 1);
         for (; column < end; ++column) {
             const std::span samples(columns[column], count);
-            standard.assign(samples.begin(), samples.end());
-            again.resize(count);
-            channel.unit.ConvDtoI(samples.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
-            channel.unit.ConvItoD(again.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
-            for (std::size_t i = 0; i < count; ++i) {
-                if (standard[i] == kNoValue<double>) {
-                    samples[i] = std::numeric_limits<double>::quiet_NaN();
-                } else if (again[i] != standard[i]) {
-                    samples[i] = Nearer(channel.unit, isAbsolute, standard[i], samples[i]);
-                }
-            }
-        }
-    }
-}
-
-void ToLittleEndian(std::span<double> numbers) {
-    if constexpr (std::endian::native == std::endian::big) {
-        for (double& number : numbers) {
-            const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&number, 1));
-            std::ranges::reverse(bytes);
+            missing.clear();
+            for (std::size_t i = 0; i < count; ++i)
+                if (samples[i] == kNoValue<double>) missing.push_back(i);
+            shown.Convert(channel.unit, isAbsolute, samples);
+            for (const std::size_t at : missing) samples[at] = std::numeric_limits<double>::quiet_NaN();
         }
     }
 }

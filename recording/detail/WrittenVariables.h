@@ -35,7 +35,4 @@ std::vector<WrittenVariable> VariablesOf(const SignalRun& run, const std::wstrin
 /// read back as the same, and NaN for missing ones.
 void ToStored(const SignalRun& run, std::span<double* const> columns, std::size_t count);
 
-/// The order of bytes of this host turned into that of the files.
-void ToLittleEndian(std::span<double> numbers);
-
 }  // namespace kvx

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <KvxRecording01/detail/ZipDirectory.h>
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -13,6 +11,8 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/ByteOrder.h>
+#include <KvxRecording01/kernels/CheckSumKernels.h>
 
 namespace kvx {
 namespace {
@@ -38,9 +38,7 @@ Bytes Take(const ByteStretch& archive, std::uint64_t at, std::uint64_t count) {
 }
 
 std::uint64_t Number(std::span<const std::byte> bytes, std::size_t at, std::size_t size) {
-    std::uint64_t number = 0;
-    for (std::size_t i = 0; i < size; ++i) number |= std::to_integer<std::uint64_t>(bytes[at + i]) << 8 * i;
-    return number;
+    return LoadWhole(bytes.subspan(at, size));
 }
 
 struct Directory {
@@ -236,8 +234,7 @@ void AddZipDirectory(std::span<const ZipRecord> records, std::uint64_t begin, Fi
 }
 
 std::uint32_t CheckSumOf(std::span<const std::byte> bytes, std::uint32_t before) {
-    return static_cast<std::uint32_t>(
-        crc32_z(before, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+    return ActiveKernels<CheckSumKernels>().crc32(before, bytes.data(), std::ssize(bytes));
 }
 
 }  // namespace kvx

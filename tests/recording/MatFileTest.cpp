@@ -9,11 +9,13 @@
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/FileContent.h>
 #include <KvxRecording01/Formats.h>
 #include <KvxRecording01/MatFile.h>
@@ -379,6 +381,49 @@ TEST_P(VariableFiles, ReadBackAsTheyWere) {
                     EXPECT_EQ(std::vector(values, values + count), written[column++]) << column;
             });
         }
+    }
+}
+
+/// A product with a factor does not reach every double, and a unit of several parts rounds several times.
+TEST_P(VariableFiles, ReadBackEveryValueThatAnyNumberInItsUnitStandsFor) {
+    const TempFolder folder;
+    const std::string path = (folder / "out").string();
+    SignalRun run = {1, 0.1, 0, 500, {}};
+    for (const wchar_t* const unit : {L"g", L"gal", L"degC", L"g2/Hz", L"(in/s)2/Hz", L"mm/N"})
+        run.channels.push_back({unit, ParseUnit(unit).value_or(CUnitCtrl()), 1});
+    std::vector<std::vector<double>> written(run.channels.size());
+    std::vector<double*> targets;
+    std::mt19937 random(7);
+    for (std::vector<double>& column : written) {
+        for (__int64 i = 0; i < run.samples; ++i)
+            column.push_back(std::ldexp(1.0 + static_cast<double>(random()) * 0x1p-32,
+                                        static_cast<int>(random() % 20) - 10));
+    }
+    std::vector<std::vector<double>> passed = written;
+    for (std::vector<double>& column : passed) targets.push_back(column.data());
+    const auto writer = CreateSignalFile(path, GetParam(), {run});
+    writer->Write(0, targets, static_cast<std::size_t>(run.samples));
+    writer->Commit();
+    const auto reader = OpenSignal(path);
+    std::vector<std::vector<double>> back;
+    ReadRun(*reader, 0, [&](std::span<double* const> columns, std::size_t count) {
+        for (double* const values : columns) back.emplace_back(values, values + count);
+    });
+    ASSERT_EQ(back.size(), written.size());
+    for (std::size_t c = 0; c < back.size(); ++c) {
+        const CUnitCtrl& unit = run.channels[c].unit;
+        ASSERT_FALSE(unit == CUnitCtrl()) << c;
+        int others = 0;
+        for (std::size_t i = 0; i < back[c].size(); ++i) {
+            if (back[c][i] == written[c][i]) continue;
+            ++others;
+            double number = unit.ConvDtoI(written[c][i], 1.0, unit.IsSingle());
+            for (int step = 0; step < 40; ++step) number = std::nextafter(number, -HUGE_VAL);
+            for (int step = 0; step < 80; ++step, number = std::nextafter(number, HUGE_VAL))
+                ASSERT_NE(unit.ConvItoD(number, 1.0, unit.IsSingle()), written[c][i]) << c << " " << i;
+            EXPECT_NEAR(back[c][i] / written[c][i], 1.0, 0x1p-51) << c;
+        }
+        RecordProperty("others" + std::to_string(c), others);
     }
 }
 
