@@ -61,6 +61,7 @@ std::vector<ChannelCalibration> CalibrationsOf(SignalReader& reader, const Calib
     std::vector<ChannelCalibration> calibrations;
     for (std::size_t r = 0; r < reader.Runs().size(); ++r) {
         const SignalRun& run = reader.Runs()[r];
+        std::ranges::for_each(run.channels, RequireLinearUnit);
         std::vector<std::vector<double>> samples(run.channels.size());
         const auto append = [&](std::span<double* const> channels, std::size_t count) {
             for (std::size_t c = 0; c < samples.size(); ++c)

@@ -72,6 +72,9 @@ struct RecordedAxis {
     std::optional<TimeStamps> stamps;  ///< of the time column of a text, when there is one
     std::string rateHint;              ///< what else the file says of its rate, for a sentence; may be empty
     std::string unevenHint = {};       ///< what else can be done about uneven stamps, for a sentence
+    /// What the file states in the place of a unit that places can be converted from; they are plain numbers,
+    /// and `unit` is none.
+    std::wstring unknownUnit = {};
 };
 
 struct RecordingInfo {

@@ -41,6 +41,7 @@ void RequireBlock(const SignalRun& run, const BlockPlan& blocks) {
 void RequireSpectra(const std::vector<SignalRun>& runs, const SpectraChoice& choice) {
     if (choice.kind == LineKind::kTransfer || choice.kind == LineKind::kCoherence)
         throw Error(ErrorKind::kBadValue, "a transfer function or coherence is of two channels");
+    RequireLinearUnits(runs);
     for (const SignalRun& run : runs) {
         RequireBlock(run, choice.blocks);
         choice.figures.band.Lines(SpacingOf(run, choice.blocks), choice.blocks.cut.size / 2);
@@ -178,8 +179,10 @@ Selection SelectChannels(const OpenChannels& open, const TransferChoice& choice)
 void RequireTransfers(const Selection& selection) {
     if (selection.records.empty()) throw Error(ErrorKind::kBadValue, "it has no channel but the reference");
     const SignalRun& reference = selection.reference;
+    RequireLinearUnit(reference.channels.front());
     for (const RunRecord& record : selection.records) {
         const SignalRun& run = selection.reader->Runs()[record.run];
+        for (const std::size_t c : record.channels) RequireLinearUnit(run.channels[c]);
         if (run.delta != reference.delta || run.samples != reference.samples ||
             run.offset != reference.offset) {
             throw Error(ErrorKind::kBadValue,
@@ -268,8 +271,10 @@ BlockPlan PlanBlocks(std::int64_t size, double overlapPercent, std::string_view 
     return {CutWithOverlap(size, overlapPercent), MakeWindow(window, size)};
 }
 
-std::vector<RecordSpectra> SpectraOf(SignalReader& reader, const SpectraChoice& choice,
+std::vector<RecordSpectra> SpectraOf(SignalReader& signal, const SpectraChoice& choice,
                                      const ProgressFunction& progress) {
+    const std::unique_ptr<SignalReader> differences = AsDifferences(signal);
+    SignalReader& reader = *differences;
     const std::vector<SignalRun>& runs = reader.Runs();
     RequireSpectra(runs, choice);
     const auto analyse = choice.kind == LineKind::kComplex ? BlockOfRun : AverageOfRun;
@@ -291,8 +296,11 @@ std::vector<RecordSpectra> SpectraOf(SignalReader& reader, const SpectraChoice& 
     return results;
 }
 
-RecordingTransfers TransfersOf(const OpenChannels& open, const TransferChoice& choice,
+RecordingTransfers TransfersOf(const OpenChannels& openSignal, const TransferChoice& choice,
                                const ProgressFunction& progress) {
+    const OpenChannels open = [&](const std::string& channels) {
+        return AsDifferences(openSignal(channels));
+    };
     const Selection selection = SelectChannels(open, choice);
     const std::vector<SignalRun>& runs = selection.reader->Runs();
     const SignalRun& reference = selection.reference;
@@ -360,9 +368,12 @@ std::vector<CComDataBase> DataRecords(const RecordingTransfers& transfers) {
     return records;
 }
 
-std::vector<RunSlices> SlicesOf(SignalReader& reader, const SlicesChoice& choice,
+std::vector<RunSlices> SlicesOf(SignalReader& signal, const SlicesChoice& choice,
                                 const ProgressFunction& progress) {
+    const std::unique_ptr<SignalReader> differences = AsDifferences(signal);
+    SignalReader& reader = *differences;
     const std::vector<SignalRun>& runs = reader.Runs();
+    RequireLinearUnits(runs);
     for (const SignalRun& run : runs) RequireBlock(run, choice.blocks);
     std::vector<RunSlices> results;
     for (std::size_t r = 0; r < runs.size(); ++r) {

@@ -3,7 +3,8 @@
 // Analyses of recordings from end to end: spectra, transfer functions with their coherence, and how a
 // spectrum changes. All channels are read together, block by block, and calculated side by side on the cores:
 // the memory in use does not grow with the length of the recording, and the results have the same bits on any
-// number of threads. What cannot be analysed is refused before the first sample is read.
+// number of threads. What cannot be analysed is refused before the first sample is read: channels in dB, too.
+// Temperatures are analysed as differences from the zero of their unit, in K.
 //
 //     const auto reader = kvx::OpenSignal("shaker.wav");
 //     const auto spectra = kvx::SpectraOf(*reader, {kvx::LineKind::kDensity, kvx::PlanBlocks(1024)});

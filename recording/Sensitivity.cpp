@@ -3,10 +3,8 @@
 
 #include <charconv>
 #include <cmath>
-#include <optional>
 
 #include <KvxDevCommon01/platform/Error.h>
-#include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
@@ -17,11 +15,10 @@ namespace {
 /// A single unit, or one that the table lacks by one of it.
 EntryUnit SingleEntry(std::string_view name) {
     if (name.starts_with('(') && name.ends_with(')')) name = name.substr(1, name.size() - 2);
-    const std::optional<EntryUnit> unit = ParseEntryUnit(FromUtf8(name).value_or(L""));
-    if (!unit) NamedUnit(name);  // throws what it says of such a name
-    if (name.empty() || !unit || !unit->unit.IsSingle())
+    const EntryUnit unit = NamedEntryUnit(name);
+    if (name.empty() || !unit.unit.IsSingle())
         throw Error(ErrorKind::kBadValue, Quote(name) + " is not a single unit");
-    return *unit;
+    return unit;
 }
 
 }  // namespace

@@ -67,6 +67,10 @@ protected:
         RequireInputs(inputs_);
         text_ = inputs_.front().reader->Text();
         properties_ = inputs_.front().reader->Properties();
+        for (const MergeInput& input : inputs_) {
+            for (const std::string& remark : input.reader->Remarks())
+                remarks_.push_back(input.name + ": " + remark);
+        }
     }
 
     std::vector<MergeInput> inputs_;

@@ -9,9 +9,11 @@
 #include <utility>
 
 #include <KvxDevCommon01/data/NoValue.h>
+#include <KvxDevCommon01/files/RecordFigures.h>
 #include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/Formats.h>
 #include <KvxRecording01/detail/SignalFiles.h>
@@ -159,16 +161,40 @@ private:
         SignalRun& run = runs_.emplace_back();
         run.record = number + 1;
         run.samples = recorded.samples;
-        run.axisUnit = recorded.axis.unit;
+        RecordedAxis recordedAxis = recorded.axis;
+        if (!recordedAxis.unknownUnit.empty()) TakeUnknownAxis(number, statements, &recordedAxis);
+        run.axisUnit = recordedAxis.unit;
         run.title = recorded.title;
         run.isListed =
-            recorded.axis.isListed && !(statements.rateHz && recorded.axis.unit == CUnitCtrl::DIM_TIME);
+            recordedAxis.isListed && !(statements.rateHz && recordedAxis.unit == CUnitCtrl::DIM_TIME);
         if (!run.isListed) {
-            EvenAxis axis = SettleAxis(recorded.axis, statements.rateHz, statements.called.rate);
+            EvenAxis axis = SettleAxis(recordedAxis, statements.rateHz, statements.called.rate);
             run.delta = axis.delta;
             run.offset = axis.offset;
             std::ranges::move(axis.remarks, std::back_inserter(remarks_));
         }
+    }
+
+    /// An axis in what is no unit is one of plain numbers, unless a rate is stated: then it is the time.
+    void TakeUnknownAxis(std::size_t number, const RecordingStatements& statements, RecordedAxis* axis) {
+        if (statements.rateHz) {
+            axis->unit = CUnitCtrl(CUnitCtrl::DIM_TIME);
+            axis->delta = 0.0;
+            axis->stamps.reset();
+            return;
+        }
+        constexpr std::size_t kMost = 8;
+        if (std::ranges::find(unknownAxes_, axis->unknownUnit) != unknownAxes_.end() ||
+            unknownAxes_.size() > kMost)
+            return;
+        unknownAxes_.push_back(axis->unknownUnit);
+        if (unknownAxes_.size() > kMost)
+            return remarks_.push_back("further axes in what is no unit are plain numbers, too");
+        remarks_.push_back(
+            "the axis of record " + std::to_string(number + 1) + " is in " + Quote(axis->unknownUnit) +
+            ", which is no unit that is known for one, so its places are plain numbers; if they "
+            "are times, give the sampling rate with " +
+            statements.called.rate);
     }
 
     /// Turns samples of a channel, whose column in the recording is `column`, into those of the standard
@@ -242,7 +268,7 @@ private:
         std::vector<Settled> settled;
         for (std::size_t c = 0; c < chosen.size(); ++c) {
             const EntryUnit unit =
-                SettleUnit(OwnOf(chosen[c]), StatedOf(statements.units, c), channels[c].name, called);
+                SettleUnit(chosen[c], StatedOf(statements.units, c), channels[c].name, called);
             channels[c].unit = unit.unit;
             settled.push_back({channels[c], unit.scale});
             if (recording_->Info().hasFullScale) settled[c].scale *= statements.fullScale.value_or(1.0);
@@ -258,13 +284,18 @@ private:
     }
 
     /// The unit that is stated, else that of the file, with a remark where another one stands for it.
-    EntryUnit SettleUnit(const RecordingInfo::Channel& own, const EntryUnit* stated, const std::wstring& name,
-                         const StatementNames& called) {
+    EntryUnit SettleUnit(const Channel& channel, const std::optional<EntryUnit>* stated,
+                         const std::wstring& name, const StatementNames& called) {
+        const RecordingInfo::Channel& own = OwnOf(channel);
         EntryUnit unit(own.unit.value_or(CUnitCtrl()));
         unit.scale = own.scale;
         unit.converted = own.convertedUnit;
-        if (stated != nullptr) {
-            unit = *stated;
+        const bool isStated = stated != nullptr && stated->has_value();
+        if (isStated) unit = **stated;
+        if (const double gravity = GravityOf(unit.unit); gravity != 0.0 && !own.isComplex) {
+            SettleGravity(recording_->Info().runs[channel.record], gravity, isStated, name, called, &unit);
+        } else if (isStated) {
+            // Nothing is said of the file's.
         } else if (!own.unknownUnit.empty()) {
             remarks_.push_back("the unit " + Quote(own.unknownUnit) + " of channel " + Quote(name) +
                                " is not known, so its values are plain numbers; give it with " +
@@ -275,6 +306,42 @@ private:
                                " becomes " + Quote(UnitText(unit.unit)));
         }
         return unit;
+    }
+
+    /// What a unit of mass that is spelled like a part of the acceleration of gravity is of that; else 0.
+    static double GravityOf(const CUnitCtrl& unit) {
+        if (!unit.IsSingle() || UnitParts(unit).front().calc != CUnitCtrl::CALC_PLAIN) return 0.0;
+        const CUnitCtrl::UNIT_CODE code = UnitParts(unit).front().unit;
+        return code == units::kMilligram ? 1e-3 : code == units::kMicrogram ? 1e-6 : 0.0;
+    }
+
+    /// "mg" of a channel of accelerations is milli-g: where its name or another channel says so. Either way
+    /// there is a remark.
+    void SettleGravity(const RecordingInfo::Run& run, double gravity, bool isStated, const std::wstring& name,
+                       const StatementNames& called, EntryUnit* unit) {
+        const std::string text = UnitText(unit->unit);
+        const std::string other = gravity == 1e-3 ? "milli-g" : "micro-g";
+        const auto isOf = [](CUnitCtrl::DIM_CODE dimension) {
+            return [dimension](const RecordingInfo::Channel& channel) {
+                return channel.unit && *channel.unit == dimension && GravityOf(*channel.unit) == 0.0;
+            };
+        };
+        const bool isNamed = name.find(L"acc") != name.npos || name.find(L"Acc") != name.npos ||
+                             name.find(L"ACC") != name.npos;
+        const bool isBeside = std::ranges::any_of(run.channels, isOf(CUnitCtrl::DIM_ACCELERATION)) &&
+                              std::ranges::none_of(run.channels, isOf(CUnitCtrl::DIM_MASS));
+        if (isStated || !(isNamed || isBeside)) {
+            remarks_.push_back("the unit " + Quote(text) + " of channel " + Quote(name) +
+                               " is that of a mass; " + called.units + " " + other +
+                               " makes it an acceleration");
+            return;
+        }
+        *unit = EntryUnit(SingleUnit(units::kStandardGravity));
+        unit->scale = gravity;
+        remarks_.push_back("the unit " + Quote(text) + " of channel " + Quote(name) + " is taken for " +
+                           other + ", " +
+                           (isNamed ? "as its name tells" : "for accelerations stand beside it") +
+                           ", and becomes 'g'; " + called.units + " " + text + " makes it a mass");
     }
 
     static void TakeGain(double gain, const StatementNames& called, Settled* settled) {
@@ -303,6 +370,7 @@ private:
     std::unique_ptr<RecordingReader> recording_;
     SignalKinds kinds_;
     std::vector<Source> sources_;  ///< per run
+    std::vector<std::wstring> unknownAxes_;
 };
 
 }  // namespace
@@ -414,9 +482,18 @@ std::unique_ptr<SignalReader> SettleSignal(std::unique_ptr<RecordingReader> reco
     for (const SignalRun& run : signal->Runs()) {
         if (run.IsWaveform()) continue;
         const bool isUneven = run.isListed && run.axisUnit == CUnitCtrl::DIM_TIME;
-        throw Error(ErrorKind::kUnsupported, "record " + std::to_string(run.record) +
-                                                 " is not a time waveform" +
-                                                 (isUneven ? ": its samples are not evenly spaced" : ""));
+        RecordOutline outline;
+        outline.fields.hunit = run.axisUnit;
+        outline.isComplex = std::ranges::any_of(run.channels, &SignalRun::Channel::isComplex);
+        throw Error(ErrorKind::kUnsupported,
+                    "record " + std::to_string(run.record) + " is not a time waveform" +
+                        (isUneven ? ": its samples are not evenly spaced"
+                                  : " but " +
+                                        std::string(outline.isComplex ||
+                                                            outline.fields.hunit == CUnitCtrl::DIM_FREQUENCY
+                                                        ? "a "
+                                                        : "") +
+                                        std::string(RecordType(outline))));
     }
     return signal;
 }

@@ -3,9 +3,13 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
+#include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Parallel.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 namespace kvx {
@@ -19,6 +23,44 @@ struct Piece {
     std::vector<std::vector<double>> samples;
     std::vector<double*> targets;
     std::size_t count = 0;
+};
+
+class DifferenceSignal : public SignalReader {
+public:
+    DifferenceSignal(SignalReader& reader, std::unique_ptr<SignalReader> owned)
+        : owned_(std::move(owned)), reader_(reader) {
+        runs_ = reader.Runs();
+        text_ = reader.Text();
+        remarks_ = reader.Remarks();
+        properties_ = reader.Properties();
+        for (SignalRun& run : runs_) {
+            std::vector<double>& zeros = zeros_.emplace_back(run.isListed ? 1 : 0, 0.0);
+            for (SignalRun::Channel& channel : run.channels) {
+                zeros.push_back(channel.isComplex ? 0.0 : ZeroOf(channel.unit));
+                if (channel.isComplex) zeros.push_back(0.0);
+                channel.unit = DifferenceUnit(channel.unit);
+            }
+        }
+    }
+
+    std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        const std::size_t count = reader_.Read(run, targets, room);
+        for (std::size_t c = 0; c < targets.size(); ++c) {
+            const double zero = zeros_[run][c];
+            if (zero == 0.0) continue;
+            for (double& sample : std::span(targets[c], count)) {
+                if (sample != kNoValue<double>) sample -= zero;
+            }
+        }
+        return count;
+    }
+
+    void Skip(std::size_t run, __int64 count) override { reader_.Skip(run, count); }
+
+private:
+    std::unique_ptr<SignalReader> owned_;
+    SignalReader& reader_;
+    std::vector<std::vector<double>> zeros_;  ///< per run and column
 };
 
 }  // namespace
@@ -79,6 +121,28 @@ void ReadRuns(SignalReader& reader, const TakeRunSamples& take, const ProgressFu
             if (progress) progress(done, total);
         });
     }
+}
+
+void RequireLinearUnit(const SignalRun::Channel& channel) {
+    if (!IsLogarithmic(channel.unit)) return;
+    throw Error(ErrorKind::kUnsupported, "channel " + Quote(channel.name) + " is in " +
+                                             Quote(UnitText(channel.unit)) +
+                                             ", a logarithm, which is neither filtered nor averaged" +
+                                             (channel.unit.IsSingle() ? "; convert it to '%' first" : ""));
+}
+
+void RequireLinearUnits(std::span<const SignalRun> runs) {
+    for (const SignalRun& run : runs) std::ranges::for_each(run.channels, RequireLinearUnit);
+}
+
+std::unique_ptr<SignalReader> AsDifferences(std::unique_ptr<SignalReader> reader) {
+    if (!reader) throw Error(ErrorKind::kBadValue, "there is no recording");
+    SignalReader& owned = *reader;
+    return std::make_unique<DifferenceSignal>(owned, std::move(reader));
+}
+
+std::unique_ptr<SignalReader> AsDifferences(SignalReader& reader) {
+    return std::make_unique<DifferenceSignal>(reader, nullptr);
 }
 
 std::vector<RunRecord> RecordsOf(std::span<const SignalRun> runs) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -41,6 +42,15 @@ using TakeRunSamples =
 /// Reads all runs, one after the other, as ReadRun does.
 KVX_RECORDING_API void ReadRuns(SignalReader& reader, const TakeRunSamples& take,
                                 const ProgressFunction& progress = {});
+
+/// Throws Error for a channel in dB or another logarithmic unit, which nothing calculates with.
+KVX_RECORDING_API void RequireLinearUnit(const SignalRun::Channel& channel);
+KVX_RECORDING_API void RequireLinearUnits(std::span<const SignalRun> runs);
+
+/// The signal as analyses take it: temperatures in "°C" or "°F" are differences from the zero of their unit,
+/// in K. The second form reads from a reader that outlives it.
+KVX_RECORDING_API std::unique_ptr<SignalReader> AsDifferences(std::unique_ptr<SignalReader> reader);
+KVX_RECORDING_API std::unique_ptr<SignalReader> AsDifferences(SignalReader& reader);
 
 /// The channels of a run that have one unit: results on them become one record, as they do in an import.
 struct RunRecord {

@@ -78,8 +78,9 @@ struct TextOptions {
 struct RecordingStatements {
     /// The true rate [Hz]; else that of the sound file or of the time column.
     std::optional<double> rateHz = std::nullopt;
-    /// One unit for all chosen channels or one each; none for those of the file.
-    std::vector<EntryUnit> units = {};
+    /// One unit for all chosen channels or one each, without a value for that of the file; none for those of
+    /// the file.
+    std::vector<std::optional<EntryUnit>> units = {};
     /// One name for each chosen channel; none for those of the file.
     std::vector<std::wstring> names = {};
     /// What turns the values of the channels, which are those of a sensor's electrical signal then, into the

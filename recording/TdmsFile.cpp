@@ -264,16 +264,11 @@ private:
         run.axis.delta = axis.delta;
         run.axis.first = axis.first;
         run.samples = static_cast<__int64>(axis.samples);
-        const std::optional<CUnitCtrl> unit = ParseUnit(Wide(axis.unit), CUnitCtrl::DIM_TIME);
-        if (axis.unit.empty()) return;
-        if (!unit || unit->IsSingle() == 0) {
-            info_.remarks.push_back("the unit " + Quote(axis.unit) + " of the axis of " + Quote(run.title) +
-                                    " is not known, so it is read in seconds");
-            return;
-        }
-        for (double* const value : {&run.axis.delta, &run.axis.first})
-            unit->ConvItoD(value, value, 1, 1.0, 0);
-        if (*unit != CUnitCtrl::DIM_TIME) run.axis.unit = *unit;
+        // Without a spacing nothing is in the unit.
+        if (axis.unit.empty() || !(axis.delta > 0.0)) return;
+        const EntryUnit unit = StateAxisUnit(&run.axis, Wide(axis.unit), CUnitCtrl::DIM_TIME);
+        run.axis.delta = ToStandardDistance(unit, run.axis.delta);
+        ToStandardPlaces(unit, {&run.axis.first, 1});
     }
 
     void LeaveOut(const TdmsObject& object, const std::string& reason) {
@@ -306,7 +301,8 @@ private:
         }
         for (std::size_t c = 0; info.channels.size() > 1 && c < info.channels.size(); ++c) {
             const RecordingInfo::Channel& channel = info.channels[c];
-            if (channel.isComplex || !IsTimeHeading({channel.name, channel.unit, {}})) continue;
+            const bool isKnown = channel.unknownUnit.empty() && !channel.isComplex;
+            if (!isKnown || !IsTimeHeading({channel.name, channel.unit, {}})) continue;
             double second = channel.scale;
             if (channel.unit) channel.unit->ConvItoD(&second, &second, 1, 1.0, 0);
             if (!SettleStamps(number, runs_[number].channels[c], second)) return;

@@ -19,6 +19,7 @@
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/LoggerSegments.h>
+#include <KvxRecording01/detail/StatedUnit.h>
 #include <KvxRecording01/detail/TextColumns.h>
 #include <KvxRecording01/detail/TextLayout.h>
 #include <KvxRecording01/detail/TextRows.h>
@@ -156,9 +157,7 @@ private:
         }
     }
 
-    void ToStandardUnit(std::span<double> places) const {
-        if (axis_.unit) axis_.unit->ConvItoD(places.data(), places.data(), std::ssize(places), 1.0, 0);
-    }
+    void ToStandardUnit(std::span<double> places) const { ToStandardPlaces(axis_.unit, places); }
 
     /// Goes through the whole text once, and once more through a column that is or may be the axis.
     void Survey(const ProgressFunction& progress) {
@@ -205,7 +204,7 @@ private:
     }
 
     void FindStray(const ProgressFunction& progress) {
-        for (double* value : {&stamps_.first, &stamps_.last, &stamps_.resolution}) ToStandardUnit({value, 1});
+        ToStandardPlaces(axis_.unit, &stamps_);
         StrayFinder finder(&stamps_);
         ExactSpacing exact(stamps_);
         RowReader rows(open_, options_, layout_);
@@ -287,6 +286,7 @@ private:
     void SettleAxis(RecordedAxis* axis) {
         const bool isTime = axis_.dimension == CUnitCtrl::DIM_TIME;
         axis->unit = CUnitCtrl(axis_.dimension);
+        axis->unknownUnit = axis_.unknownUnit;
         axis->rateHint = layout_.rateHint;
         if (layout_.axis == kNoColumn) {
             if (options_.keepsUneven)

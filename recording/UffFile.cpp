@@ -21,6 +21,7 @@
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/TextLines.h>
 #include <KvxRecording01/detail/HostErrors.h>
+#include <KvxRecording01/detail/StatedUnit.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/UffSamples.h>
 #include <KvxRecording01/detail/UffSurvey.h>
@@ -151,22 +152,22 @@ private:
     }
 
     RecordedAxis AxisOf(const UffHeader& header) {
-        const UffAbscissa abscissa = UffAbscissaUnit(header, decode_);
+        RecordedAxis axis;
+        const UffAbscissa abscissa = StateUffAbscissa(header, decode_, &axis);
         AddNote(abscissa.remark);
         abscissaUnit_ = abscissa.unit;
-        RecordedAxis axis;
-        axis.unit = CUnitCtrl(DimensionOf(abscissa.unit));
         axis.isListed = header.isListed;
         if (header.isListed) return axis;
-        axis.first = abscissa.unit.ConvItoD(header.first, 1.0, 1);
-        axis.delta = abscissa.unit.ConvItoD(header.delta, 1.0, 0);
+        axis.first = header.first;
+        ToStandardPlaces(abscissa.unit, {&axis.first, 1});
+        axis.delta = ToStandardDistance(abscissa.unit, header.delta);
         // A rate can be stated in the place of a spacing that the file leaves at 0.
         const bool isOpen = axis.delta == 0.0 && axis.unit == CUnitCtrl::DIM_TIME;
         if (!std::isfinite(axis.first) || !(axis.delta > 0.0 || isOpen) ||
             (!isOpen && !std::isfinite(1.0 / axis.delta)))
             throw Error(ErrorKind::kDamaged, "its values are " + FormatNumber(header.delta) + " apart");
         if (axis.delta > 0.0 && axis.unit == CUnitCtrl::DIM_TIME) {
-            const double doubt = abscissa.unit.ConvItoD(header.deltaDoubt, 1.0, 0);
+            const double doubt = ToStandardDistance(abscissa.unit, header.deltaDoubt);
             const double settled = WithWholeRate(axis.delta, doubt);
             if (settled != axis.delta) {
                 AddNote("the spacing of " + FormatNumber(axis.delta) + " s is rounded; it is taken for " +
@@ -204,15 +205,20 @@ private:
             if (common_[i] != header.lines[i]) common_[i].clear();
     }
 
+    static bool AreSame(const EntryUnit& a, const EntryUnit& b) {
+        return PlainUnitName(a.unit) == PlainUnitName(b.unit) && a.scale == b.scale;
+    }
+
     /// Whether a function has the axis of the last run.
     bool GoesOn(const RecordedAxis& axis, std::string_view title, const UffSamples& samples) {
         if (info_.runs.empty()) return false;
         const RecordingInfo::Run& run = info_.runs.back();
         if (run.title != FromUtf8Replacing(title) || run.samples != samples.count ||
-            run.axis.unit != axis.unit || run.axis.isListed != axis.isListed ||
-            run.axis.delta != axis.delta || run.axis.first != axis.first)
+            run.axis.unit != axis.unit || run.axis.unknownUnit != axis.unknownUnit ||
+            run.axis.isListed != axis.isListed || run.axis.delta != axis.delta ||
+            run.axis.first != axis.first)
             return false;
-        return !axis.isListed || (PlainUnitName(abscissaUnits_.back()) == PlainUnitName(abscissaUnit_) &&
+        return !axis.isListed || (AreSame(abscissaUnits_.back(), abscissaUnit_) &&
                                   HaveSamePlaces(functions_.back().back(), samples));
     }
 
@@ -298,8 +304,7 @@ private:
             }
         }
         if (places > 0 && targets[0] != nullptr) {
-            const std::span<double> listed(targets[0], count);
-            abscissaUnits_[run].ConvItoD(listed.data(), listed.data(), std::ssize(listed), 1.0, 1);
+            ToStandardPlaces(abscissaUnits_[run], {targets[0], count});
         }
         done_ += static_cast<__int64>(count);
         return count;
@@ -310,8 +315,8 @@ private:
     const DecodeText decode_ = [this](std::string_view bytes) { return Decode(bytes); };
     std::vector<std::vector<UffSamples>> functions_;  ///< per run and channel
     std::vector<std::size_t> numbers_;                ///< per run, that of its first channel in the file
-    std::vector<CUnitCtrl> abscissaUnits_;            ///< per run
-    CUnitCtrl abscissaUnit_;                          ///< of the function looked at
+    std::vector<EntryUnit> abscissaUnits_;            ///< per run
+    EntryUnit abscissaUnit_;                          ///< of the function looked at
     std::size_t channels_ = 0;
     std::size_t functionsSoFar_ = 0;
     std::size_t damaged_ = 0;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <numeric>
 #include <string>
 #include <utility>
 
@@ -137,6 +138,17 @@ void RequireCorner(double cornerHz, double rateHz) {
     throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(cornerHz) +
                                           " Hz is not below half its rate of " + FormatNumber(rateHz, 10) +
                                           " Hz");
+}
+
+bool KeepsLevels(const SampleFilters& filters) {
+    constexpr double kRounded = 0.01;
+    const auto isLowPass = [](const ButterworthFilter& filter) {
+        return filter.pass == ButterworthFilter::Pass::low;
+    };
+    double gain = 1.0;
+    for (const FirFilter& fir : filters.firs)
+        gain *= std::accumulate(fir.coefficients.begin(), fir.coefficients.end(), 0.0);
+    return std::ranges::all_of(filters.butterworths, isLowPass) && std::abs(gain - 1.0) <= kRounded;
 }
 
 std::unique_ptr<SampleProcess> MakeFir(const FirFilter& filter, Ends ends) {

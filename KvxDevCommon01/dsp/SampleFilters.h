@@ -68,6 +68,10 @@ struct SampleFilters {
     std::optional<Ends> ends = std::nullopt;
 };
 
+/// Whether a constant passes as it is: without a high-pass, and with coefficients that add up to 1 within
+/// 1 %.
+KVX_API bool KeepsLevels(const SampleFilters& filters);
+
 // The processes give as many results as there are samples. Each function throws Error for a value outside the
 // ranges above, and std::bad_alloc.
 KVX_API std::unique_ptr<SampleProcess> MakeFir(const FirFilter& filter, Ends ends);

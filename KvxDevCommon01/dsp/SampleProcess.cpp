@@ -76,6 +76,35 @@ private:
     RmsChange& levels_;
 };
 
+class Shifted : public SampleProcess {
+public:
+    Shifted(std::unique_ptr<SampleProcess> process, double before, double after)
+        : process_(std::move(process)), before_(before), after_(after) {}
+
+    void Feed(std::span<const double> samples, std::vector<double>& results) override {
+        shifted_.assign(samples.begin(), samples.end());
+        for (double& sample : shifted_) sample -= before_;
+        const std::size_t begin = results.size();
+        process_->Feed(shifted_, results);
+        Raise(std::span(results).subspan(begin));
+    }
+    void Finish(std::vector<double>& results) override {
+        const std::size_t begin = results.size();
+        process_->Finish(results);
+        Raise(std::span(results).subspan(begin));
+    }
+
+private:
+    void Raise(std::span<double> results) const {
+        for (double& result : results) result += after_;
+    }
+
+    std::unique_ptr<SampleProcess> process_;
+    double before_;
+    double after_;
+    std::vector<double> shifted_;
+};
+
 }  // namespace
 
 SampleProcess::SampleProcess() = default;
@@ -98,6 +127,13 @@ double RunningRms::Get() const {
 std::unique_ptr<SampleProcess> MakeMeasured(std::unique_ptr<SampleProcess> process, RmsChange& levels) {
     RequireProcesses({&process, 1});
     return std::make_unique<Measured>(std::move(process), levels);
+}
+
+std::unique_ptr<SampleProcess> MakeShifted(std::unique_ptr<SampleProcess> process, double before,
+                                           double after) {
+    RequireProcesses({&process, 1});
+    if (before == 0.0 && after == 0.0) return process;
+    return std::make_unique<Shifted>(std::move(process), before, after);
 }
 
 void RunProcesses(std::span<const std::unique_ptr<SampleProcess>> processes, std::size_t room,

@@ -63,6 +63,11 @@ struct RmsChange {
 KVX_API std::unique_ptr<SampleProcess> MakeMeasured(std::unique_ptr<SampleProcess> process,
                                                     RmsChange& levels);
 
+/// A process of the samples less `before`, to whose results `after` is added. Throws Error (kBadValue) for
+/// null.
+KVX_API std::unique_ptr<SampleProcess> MakeShifted(std::unique_ptr<SampleProcess> process, double before,
+                                                   double after);
+
 /// Puts the next samples of every channel, at most `room`, into a block per channel and returns how many; 0
 /// at the end.
 using ReadBlock = std::function<std::size_t(std::span<double* const> channels, std::size_t room)>;

@@ -18,11 +18,12 @@ struct Measurement {
     ShownStatistics statistics;
 };
 
-/// Samples in their unit; what holds no value stays so.
-void Show(const CUnitCtrl& unit, std::span<const double> samples, std::vector<double>& shown) {
+/// Samples in their unit; what holds no value stays so. A single temperature is a reading, not a difference;
+/// compounds and parts of complex values only ever hold differences.
+void Show(const CUnitCtrl& unit, std::span<const double> samples, bool isPart, std::vector<double>& shown) {
     shown.resize(samples.size());
-    // A single temperature is a reading, not a difference; compounds only ever hold differences.
-    unit.ConvDtoI(shown.data(), samples.data(), std::ssize(samples), 1.0, unit.IsSingle());
+    const int isAbsolute = !isPart && unit.IsSingle() ? 1 : 0;
+    unit.ConvDtoI(shown.data(), samples.data(), std::ssize(samples), 1.0, isAbsolute);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         shown[i] = samples[i] == kNoValue<double> ? kNoValue<double> : shown[i];
     }
@@ -31,9 +32,9 @@ void Show(const CUnitCtrl& unit, std::span<const double> samples, std::vector<do
 }  // namespace
 
 void ShownStatistics::Add(std::span<const double> real, std::span<const double> imaginary) {
-    Show(unit_, real, shown_);
+    Show(unit_, real, !imaginary.empty(), shown_);
     if (!imaginary.empty()) {
-        Show(unit_, imaginary, imaginary_);
+        Show(unit_, imaginary, true, imaginary_);
         for (std::size_t i = 0; i < shown_.size(); ++i) {
             double& value = shown_[i];
             if (value != kNoValue<double>) value = std::hypot(value, imaginary_[i]);
@@ -45,7 +46,10 @@ void ShownStatistics::Add(std::span<const double> real, std::span<const double> 
 std::string_view RecordType(const RecordOutline& record) {
     const bool isComplex = record.isComplex;
     const CUnitCtrl& axis = record.fields.hunit;
-    if (axis == CUnitCtrl::DIM_TIME) return isComplex ? "complex waveform" : "time waveform";
+    if (axis == CUnitCtrl::DIM_TIME) {
+        const bool isListed = record.fields.mode != CComDataBase::MODE_SPACING;
+        return isComplex ? "complex waveform" : isListed ? "waveform at listed times" : "time waveform";
+    }
     if (axis == CUnitCtrl::DIM_FREQUENCY) return isComplex ? "complex spectrum" : "real spectrum";
     return isComplex ? "complex data" : "real data";
 }

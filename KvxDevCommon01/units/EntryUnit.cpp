@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <string>
 
+#include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
@@ -56,7 +59,19 @@ constexpr auto kForeign = std::to_array<ForeignUnit>({
     {L"mGal",  units::kGal,                1e-3},
     {L"mrad",  units::kRadian,             1e-3},
     {L"mrad/s", units::kRadianPerSecond,   1e-3},
+    {L"milli-g", units::kStandardGravity,  1e-3},
+    {L"micro-g", units::kStandardGravity,  1e-6},
+    {L"cpm",   units::kRevolutionPerMinuteFrequency, 1.0},
+    {L"CPM",   units::kRevolutionPerMinuteFrequency, 1.0},
+    {L"cps",   units::kHertz,              1.0},
+    {L"CPS",   units::kHertz,              1.0},
+    {L"lb",    units::kPoundForce,         1.0},
+    {L"lbs",   units::kPoundForce,         1.0},
 });
+
+/// Words behind a unit, or ends of it, that say how an amplitude is meant and change no value: "g rms",
+/// "grms".
+constexpr std::wstring_view kAmplitudeWords[] = {L"rms", L"RMS", L"Rms", L"0-p", L"pk", L"Pk", L"peak"};
 
 /// A member of a compound: a dimension and its power.
 struct Power {
@@ -147,11 +162,33 @@ EntryUnit ReducedUnit(const CUnitCtrl& unit) {
     return Converted(CUnitCtrl(row->dimension), unit.ConvItoD(1.0, 1.0, 0), PlainUnitName(unit));
 }
 
+/// The text in front of a word that says how an amplitude is meant; empty without one.
+std::wstring_view WithoutAmplitudeWord(std::wstring_view text) {
+    for (const std::wstring_view word : kAmplitudeWords) {
+        if (text.size() > word.size() && text.ends_with(word))
+            return Unwrapped(text.substr(0, text.size() - word.size()));
+    }
+    return {};
+}
+
 /// What neither a density nor a quotient is of units that are converted.
 std::optional<EntryUnit> ParseOne(std::wstring_view text, std::optional<DIM> hint) {
     const std::optional<CUnitCtrl> unit = ParseUnit(text, hint);
-    if (unit && unit->IsSingle()) return *unit;
-    if (const std::optional<EntryUnit> foreign = FindForeign(text, hint)) return foreign;
+    if (unit && unit->IsSingle()) {
+        // What the table has as another dimension than the one that is expected: a pound of force.
+        if (hint && DimensionOf(*unit) != *hint) {
+            if (const std::optional<EntryUnit> foreign = FindForeign(text, hint)) return foreign;
+        }
+        return *unit;
+    }
+    if (const std::wstring_view plain = WithoutAmplitudeWord(text); !plain.empty()) {
+        std::optional<EntryUnit> of = ParseOne(plain, hint);
+        if (of) of->converted = text;
+        return of;
+    }
+    for (const std::optional<DIM> of : {hint, std::optional<DIM>()}) {
+        if (const std::optional<EntryUnit> foreign = FindForeign(text, of)) return foreign;
+    }
     return unit ? std::optional<EntryUnit>(ReducedUnit(*unit)) : std::nullopt;
 }
 
@@ -167,11 +204,20 @@ std::optional<EntryUnit> ParseQuotient(std::wstring_view text) {
     return std::nullopt;
 }
 
+/// "m/s2" of "m/sec2", for the table has its compounds over "s"; other text as it is.
+std::wstring WithShortSeconds(std::wstring_view text, std::optional<DIM> hint) {
+    std::wstring changed(Trimmed(text));
+    const std::optional<CUnitCtrl> unit = ParseUnit(changed, hint);
+    if (unit && unit->IsSingle()) return changed;
+    for (std::size_t at = 0; (at = changed.find(L"sec", at)) != changed.npos;) changed.replace(at, 3, L"s");
+    return changed;
+}
+
 }  // namespace
 
-std::optional<EntryUnit> ParseEntryUnit(std::wstring_view text, std::optional<DIM> hint) {
-    if (text.size() > kMaxText) return std::nullopt;
-    text = Trimmed(text);
+std::optional<EntryUnit> ParseEntryUnit(std::wstring_view stated, std::optional<DIM> hint) {
+    if (stated.size() > kMaxText) return std::nullopt;
+    const std::wstring text = WithShortSeconds(stated, hint);
     const std::optional<EntryUnit> one = ParseOne(text, hint);
     if (one && (one->unit.IsSingle() || !one->converted.empty())) return one;
     if (const std::wstring_view base = BaseOfDensity(text); !base.empty()) {
@@ -182,6 +228,26 @@ std::optional<EntryUnit> ParseEntryUnit(std::wstring_view text, std::optional<DI
         return quotient;
     }
     return one;
+}
+
+EntryUnit NamedEntryUnit(std::string_view text, std::optional<DIM> hint) {
+    const std::optional<std::wstring> wide = FromUtf8(text);
+    if (wide) {
+        if (std::optional<EntryUnit> unit = ParseEntryUnit(*wide, hint)) return *std::move(unit);
+    }
+    return NamedUnit(text, hint);
+}
+
+CUnitCtrl NamedKeptUnit(std::string_view text, std::optional<DIM> hint) {
+    const EntryUnit unit = NamedEntryUnit(text, hint);
+    if (unit.converted.empty()) return unit.unit;
+    throw Error(ErrorKind::kBadValue,
+                "values in " + Quote(text) + " are read, but none are kept in it; the " +
+                    "nearest unit that they can be kept in is " + Quote(UnitText(unit.unit)));
+}
+
+double ConvertValue(double value, const EntryUnit& from, const EntryUnit& to) {
+    return ConvertValue(value * from.scale, from.unit, to.unit) / to.scale;
 }
 
 }  // namespace kvx

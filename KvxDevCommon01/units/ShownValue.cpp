@@ -40,9 +40,10 @@ std::string ShownText(const CUnitCtrl& unit, double standardValue, const ShowSet
 }
 
 std::string ColumnHeading(const std::string& name, const CUnitCtrl& unit, CValConv::UNIT_SUFFIX suffix) {
-    CString text;
+    CString text, own;
     CValConv(unit, suffix).GetUnitString(&text);
-    text = WithoutMarkup(text);
+    unit.GetUnitName(&own);
+    text = PlainUnitName(unit) + WithoutMarkup(text.substr(own.size()));
     const bool isNamed = text.find_first_not_of(L' ') != text.npos;
     return isNamed ? name + " [" + ToUtf8(text) + "]" : name;
 }

@@ -103,6 +103,24 @@ bool IsConvertible(const CUnitCtrl& a, const CUnitCtrl& b) {
     });
 }
 
+bool IsLogarithmic(const CUnitCtrl& unit) {
+    return std::ranges::any_of(UnitParts(unit), [](const UnitPart& part) {
+        const detail::UnitRow* row = detail::FindUnitRow(part.unit);
+        return row != nullptr &&
+               (row->kind == detail::UnitKind::logarithm || row->kind == detail::UnitKind::logarithmToBase);
+    });
+}
+
+CUnitCtrl DifferenceUnit(const CUnitCtrl& unit) {
+    return ZeroOf(unit) != 0.0 ? CUnitCtrl(CUnitCtrl::DIM_TEMPERATURE) : unit;
+}
+
+double ZeroOf(const CUnitCtrl& unit) {
+    const bool isReading =
+        unit == CUnitCtrl::DIM_TEMPERATURE && UnitParts(unit).front().calc == CUnitCtrl::CALC_PLAIN;
+    return isReading ? unit.ConvItoD(0.0, 1.0, 1) : 0.0;
+}
+
 double ConvertValue(double value, const CUnitCtrl& from, const CUnitCtrl& to) {
     const int absolute = from.IsSingle();
     return to.ConvDtoI(from.ConvItoD(value, 1.0, absolute), 1.0, absolute);
@@ -110,13 +128,13 @@ double ConvertValue(double value, const CUnitCtrl& from, const CUnitCtrl& to) {
 
 UnitPair NamedUnitPair(std::string_view from, std::string_view to) {
     UnitPair pair;
-    pair.from = NamedUnit(from);
-    pair.to = NamedUnit(to, DimensionOf(pair.from));
-    if (!IsConvertible(pair.from, pair.to)) {
-        pair.to = NamedUnit(to);
-        pair.from = NamedUnit(from, DimensionOf(pair.to));
+    pair.from = NamedEntryUnit(from);
+    pair.to = NamedEntryUnit(to, DimensionOf(pair.from.unit));
+    if (!IsConvertible(pair.from.unit, pair.to.unit)) {
+        pair.to = NamedEntryUnit(to);
+        pair.from = NamedEntryUnit(from, DimensionOf(pair.to.unit));
     }
-    if (!IsConvertible(pair.from, pair.to)) {
+    if (!IsConvertible(pair.from.unit, pair.to.unit)) {
         throw Error(ErrorKind::kBadValue,
                     Quote(from) + " does not convert to " + Quote(to) + ": they are of different dimensions");
     }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/ValConv.h>
 
@@ -41,17 +42,28 @@ KVX_API std::optional<CUnitCtrl> TransferUnit(const CUnitCtrl& response, const C
 /// other.
 KVX_API bool IsConvertible(const CUnitCtrl& a, const CUnitCtrl& b);
 
+/// Whether values of the unit are logarithms (dB, octaves, decades), of which no filter or average is meant.
+KVX_API bool IsLogarithmic(const CUnitCtrl& unit);
+
+/// The unit of differences between values of the unit: K for the single "°C" and "°F", whose zeros are places
+/// on a scale, and the unit itself for all others.
+KVX_API CUnitCtrl DifferenceUnit(const CUnitCtrl& unit);
+
+/// Where the zero of such a scale lies, in kelvin: 273.15 for "°C"; 0 for all other units.
+KVX_API double ZeroOf(const CUnitCtrl& unit);
+
 /// A value of one unit in another to which it is convertible; temperatures of single units are absolute. It
 /// may be infinite or 0 at the limits of double.
 KVX_API double ConvertValue(double value, const CUnitCtrl& from, const CUnitCtrl& to);
 
 /// Two units of which one converts to the other.
 struct UnitPair {
-    CUnitCtrl from;
-    CUnitCtrl to;
+    EntryUnit from;
+    EntryUnit to;
 };
-/// The units of these names; where one of the names means several units, the other one decides. Throws Error:
-/// kUnknownName as NamedUnit does, kBadValue when they are of different dimensions.
+/// The units of these names, be they such that the table lacks; where one of the names means several units,
+/// the other one decides. Throws Error: kUnknownName as NamedUnit does, kBadValue when they are of different
+/// dimensions.
 KVX_API UnitPair NamedUnitPair(std::string_view from, std::string_view to);
 
 /// What a selection list offers in place of the unit: the first member in all units of its dimension.

@@ -39,7 +39,7 @@ constexpr auto kSigns = std::to_array<Spelling>({
     {L"\t", L" "}, {L"\u00A0", L" "}, {L"\u2009", L" "}, {L"\u202F", L" "}, {L"\u3000", L" "},
     {L"\u00B9", L"1"}, {L"\u00B2", L"2"}, {L"\u2074", L"4"},              // powers
     {L"\u207B", L"-"}, {L"\u2212", L"-"},                                 // minus
-    {L"*", L"・"}, {L".", L"・"},                                         // products
+    {L"**", L"^"}, {L"*", L"・"}, {L".", L"・"},                           // powers and products
     {L"\u00B7", L"・"}, {L"\u22C5", L"・"}, {L"\u00D7", L"・"}, {L"\uFF65", L"・"},
     {L"\u00B5", L"μ"}, {L"\u2126", L"Ω"},                                 // micro, ohm
     {L"\u00B0", L"ﾟ"}, {L"\u2103", L"ﾟC"}, {L"\u2109", L"ﾟF"},            // degrees
@@ -60,6 +60,28 @@ constexpr auto kOtherNames = std::to_array<Spelling>({
     {L"μstrain", L"μ"},
     {L"μStrain", L"μ"},
     {L"με", L"μ"},
+    {L"μe", L"μ"},
+    {L"volt", L"V"},
+    {L"volts", L"V"},
+    {L"newton", L"N"},
+    {L"newtons", L"N"},
+    {L"pascal", L"Pa"},
+    {L"hertz", L"Hz"},
+    {L"amp", L"A"},
+    {L"amps", L"A"},
+    {L"ampere", L"A"},
+    {L"second", L"s"},
+    {L"seconds", L"s"},
+    {L"secs", L"s"},
+    {L"minute", L"min"},
+    {L"minutes", L"min"},
+    {L"hours", L"hour"},
+    {L"meter", L"m"},
+    {L"metre", L"m"},
+    {L"degrees", L"degree"},
+    {L"radian", L"rad"},
+    {L"radians", L"rad"},
+    {L"lbs", L"lb"},
     {L"deg", L"degree"},
     {L"rev", L"revolution"},
     {L"hr", L"h"},
@@ -74,6 +96,13 @@ constexpr auto kOtherNames = std::to_array<Spelling>({
     {L"Nm", L"N・m"},
 });
 // clang-format on
+
+// Signs of the table, which are those of Japanese programs, as the field writes them.
+constexpr auto kCommonSigns = std::to_array<Spelling>({
+    {L"K", L"ﾟK"},
+    {L"\u00B0", L"ﾟ"},
+    {L"\u00B7", L"・"},
+});
 
 std::wstring Replaced(std::wstring text, std::wstring_view from, std::wstring_view to) {
     for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
@@ -412,10 +441,11 @@ std::wstring PlainUnitName(const CUnitCtrl& unit) {
         unit.GetUnitName(&name);
     }
     name = WithoutMarkup(name);
+    for (const Spelling& sign : kCommonSigns) name = Replaced(std::move(name), sign.inTable, sign.text);
     if (name.starts_with(L' ')) {  // no unit as the first member
         name.erase(0, 1);
         if (name.starts_with(kQuotient)) name.insert(0, L"1");
-        if (name.starts_with(kProduct)) name.erase(0, 1);
+        if (name.starts_with(L'\u00B7')) name.erase(0, 1);
     }
     return name;
 }

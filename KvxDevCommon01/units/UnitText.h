@@ -39,7 +39,8 @@ KVX_API std::vector<CUnitCtrl::UNIT_CODE> FindUnit(std::wstring_view plainText);
 /// The text without the markup "#u", "#l" and "#n".
 KVX_API std::wstring WithoutMarkup(std::wstring_view text);
 
-/// The unit's name without markup, which ParseUnit reads: "(m/s2)2/Hz". Empty for no unit.
+/// The unit's name without markup, which ParseUnit reads: "(m/s2)2/Hz". Degrees and products have the signs
+/// that other programs read: "°C", "N·m", and kelvins are "K". Empty for no unit.
 KVX_API std::wstring PlainUnitName(const CUnitCtrl& unit);
 
 /// Reads a unit or a compound of up to four. Empty text and "1" are no unit.

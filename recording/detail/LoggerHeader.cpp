@@ -10,6 +10,7 @@
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/Formats.h>
+#include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextNumbers.h>
 
 namespace kvx {
@@ -71,7 +72,7 @@ void LoggerHeaders::ReadBlock(LoggerSegment* segment) {
             segment->first = numbers.Read(value);
         } else if (key == "X_Dimension") {
             const std::wstring dimension = decoder_.Decode(value, line, 1);
-            segment->dimension = dimension == L"Time" ? L"" : dimension;
+            segment->dimension = IsTimeHeading({.name = dimension}) ? L"" : dimension;
         } else if (key == "Samples") {
             // Fields without a number are those of the comment and the end of the line.
             DropEmptyEnd(&fields);

@@ -299,8 +299,8 @@ private:
         if (segment.dimension == L"Frequency") {
             run.axis.unit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
         } else if (!segment.dimension.empty()) {
-            info_.remarks.push_back("the axis of run " + std::to_string(runs_.size()) + ", " +
-                                    Quote(segment.dimension) + ", is read as time");
+            run.axis.unit = CUnitCtrl();
+            run.axis.unknownUnit = segment.dimension;
         }
         channels_ += channels.size();
         if (channels_ > kMaxColumns) {

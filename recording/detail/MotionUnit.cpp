@@ -69,7 +69,7 @@ std::optional<MotionUnit> UnitInLine(std::string_view line) {
 
 void StateMotionUnit(RecordingInfo::Channel* channel, const MotionUnit& unit, double factor) {
     StateUnit(channel, unit.unit);
-    channel->scale = unit.scale * factor;
+    channel->scale *= unit.scale * factor;
     if (channel->scale != 1.0) channel->convertedUnit.assign(unit.written.begin(), unit.written.end());
 }
 

@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
 
 namespace kvx {
@@ -16,13 +17,41 @@ void Take(RecordingInfo::Channel* channel, const EntryUnit& unit) {
 
 }  // namespace
 
-void StateUnit(RecordingInfo::Channel* channel, std::wstring_view text) {
+void StateUnit(RecordingInfo::Channel* channel, std::wstring_view text,
+               std::optional<CUnitCtrl::DIM_CODE> hint) {
     if (text.empty()) return;
-    if (const std::optional<EntryUnit> unit = ParseEntryUnit(text)) {
+    if (const std::optional<EntryUnit> unit = ParseEntryUnit(text, hint)) {
         Take(channel, *unit);
     } else {
         channel->unknownUnit = text;
     }
+}
+
+EntryUnit StateAxisUnit(RecordedAxis* axis, std::wstring_view text, std::optional<CUnitCtrl::DIM_CODE> hint) {
+    const std::optional<EntryUnit> unit = ParseEntryUnit(text, hint);
+    const bool isTaken = unit && unit->unit.IsSingle() && !IsLogarithmic(unit->unit) &&
+                         UnitParts(unit->unit).front().calc == CUnitCtrl::CALC_PLAIN &&
+                         DimensionOf(unit->unit) != CUnitCtrl::DIM_RATIO;
+    axis->unit = isTaken ? CUnitCtrl(DimensionOf(unit->unit)) : CUnitCtrl();
+    axis->unknownUnit = isTaken ? std::wstring() : std::wstring(text);
+    return isTaken ? *unit : EntryUnit();
+}
+
+void ToStandardPlaces(const EntryUnit& unit, std::span<double> places) {
+    if (unit.scale != 1.0) {
+        for (double& place : places) place *= unit.scale;
+    }
+    unit.unit.ConvItoD(places.data(), places.data(), std::ssize(places), 1.0, 1);
+}
+
+double ToStandardDistance(const EntryUnit& unit, double distance) {
+    return unit.unit.ConvItoD(distance * unit.scale, 1.0, 0);
+}
+
+void ToStandardPlaces(const EntryUnit& unit, TimeStamps* stamps) {
+    for (double* const place : {&stamps->first, &stamps->last}) ToStandardPlaces(unit, {place, 1});
+    stamps->resolution = ToStandardDistance(unit, stamps->resolution);
+    if (stamps->stray) ToStandardPlaces(unit, {&stamps->stray->stamp, 1});
 }
 
 void StateHeading(RecordingInfo::Channel* channel, const UnitHeading& heading) {

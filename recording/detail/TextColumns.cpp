@@ -122,6 +122,19 @@ TextAxis GuessAxis(const TextLayout& layout, const TextOptions& options) {
     return axis;
 }
 
+/// The unit that a heading states besides those of the table, in brackets or behind its name: "freq [CPM]",
+/// "time_ms".
+std::optional<EntryUnit> UnitOfPlaces(const UnitHeading& heading, CUnitCtrl::DIM_CODE dimension) {
+    std::wstring_view text = heading.unknownUnit;
+    if (text.empty() && !heading.unit) {
+        const std::size_t end = heading.name.find_last_of(L"_ ");
+        if (end != heading.name.npos) text = std::wstring_view(heading.name).substr(end + 1);
+    }
+    if (text.empty()) return std::nullopt;
+    const std::optional<EntryUnit> unit = ParseEntryUnit(text, dimension);
+    return unit && unit->unit == dimension ? unit : std::nullopt;
+}
+
 }  // namespace
 
 TextAxis FindAxis(const TextLayout& layout, const TextOptions& options) {
@@ -156,10 +169,15 @@ TextAxis FindAxis(const TextLayout& layout, const TextOptions& options) {
     if (layout.headings.empty()) return axis;
     const UnitHeading& heading = layout.headings[axis.column];
     if (heading.unit && *heading.unit == axis.dimension) {
-        axis.unit = heading.unit;
+        axis.unit = *heading.unit;
+    } else if (const std::optional<EntryUnit> own = UnitOfPlaces(heading, axis.dimension)) {
+        axis.unit = *own;
     } else if (heading.unit && options.axis) {
         throw Error(ErrorKind::kBadValue, column + " is in " + Quote(UnitText(*heading.unit)) + ", which " +
                                               options.called.axis + " denies");
+    } else if (!heading.unknownUnit.empty() && !options.axis) {
+        axis.dimension = CUnitCtrl::DIM_NONE;
+        axis.unknownUnit = heading.unknownUnit;
     } else if (!heading.unknownUnit.empty()) {
         const bool isTime = axis.dimension == CUnitCtrl::DIM_TIME;
         axis.remark = "the unit " + Quote(heading.unknownUnit) + " of the " +

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxRecording01/Recording.h>
 #include <KvxRecording01/Statements.h>
 #include <KvxRecording01/detail/TextLayout.h>
@@ -21,8 +22,9 @@ struct TextAxis {
     std::size_t column = kNoColumn;  ///< that is the axis, or may be it
     bool isCertain = false;          ///< whether the column is not just a guess, which its numbers decide
     CUnitCtrl::DIM_CODE dimension = CUnitCtrl::DIM_TIME;
-    std::optional<CUnitCtrl> unit = std::nullopt;  ///< of its numbers, where it is not the standard unit
-    std::string remark = {};                       ///< may be empty
+    EntryUnit unit = {};            ///< of its numbers; none for the standard unit
+    std::wstring unknownUnit = {};  ///< what is stated that is none; the dimension is none then
+    std::string remark = {};        ///< may be empty
 };
 
 /// Throws Error for statements that contradict the text.

@@ -177,10 +177,14 @@ std::optional<CUnitCtrl::DIM_CODE> AxisOf(const UnitHeading& heading) {
     if (IsTimeHeading(heading)) return CUnitCtrl::DIM_TIME;
     const std::wstring name = InSmallLetters(heading.name);
     const bool isFrequency = heading.unit && *heading.unit == CUnitCtrl::DIM_FREQUENCY;
-    if (isFrequency && (name.empty() || name == L"f" || name == L"axis")) return CUnitCtrl::DIM_FREQUENCY;
-    if (name.starts_with(L"freq") || name == L"hz" || name.starts_with(L"周波数"))
+    if (isFrequency && (name.empty() || name == L"axis")) return CUnitCtrl::DIM_FREQUENCY;
+    if (name.starts_with(L"freq") || name == L"hz" || name == L"f" || name.starts_with(L"周波数"))
         return !heading.unit || isFrequency ? std::optional(CUnitCtrl::DIM_FREQUENCY) : std::nullopt;
     if (name == L"axis" && heading.unit && heading.unit->IsSingle()) return DimensionOf(*heading.unit);
+    if (!heading.unknownUnit.empty() && (name.starts_with(L"axis [") || name.starts_with(L"axis ("))) {
+        const std::optional<EntryUnit> unit = ParseEntryUnit(heading.unknownUnit);
+        return unit ? DimensionOf(unit->unit) : CUnitCtrl::DIM_NONE;
+    }
     return std::nullopt;
 }
 

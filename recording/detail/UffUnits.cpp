@@ -74,7 +74,7 @@ struct Spelling {
     std::string_view ascii;
 };
 constexpr Spelling kSpellings[] = {
-    {"\u03BC", "u"}, {"\u03A9", "Ohm"}, {"\uFF9F", "deg"}, {"\u30FB", "."}, {"\u56DE", "count"}, {"\u03C3", "sigma"},
+    {"\u03BC", "u"}, {"\u03A9", "Ohm"}, {"\u00B0", "deg"}, {"\u00B7", "."}, {"\u56DE", "count"}, {"\u03C3", "sigma"},
 };
 // clang-format on
 
@@ -226,7 +226,9 @@ std::string StateUffUnit(const UffHeader& header, const UffUnitSystem& system, c
     channel->unit = under.unit.empty() ? ReadUnit(wide, FindQuantity(header.numerator)) : std::nullopt;
     if (!channel->unit) {
         const double scale = std::exchange(channel->scale, 1.0);
-        StateUnit(channel, wide);
+        const Quantity* const quantity = under.unit.empty() ? FindQuantity(header.numerator) : nullptr;
+        const bool isForce = quantity != nullptr && quantity->unit == "N";
+        StateUnit(channel, wide, isForce ? std::optional(CUnitCtrl::DIM_FORCE) : std::nullopt);
         channel->scale *= scale;
     }
     if (channel->scale != 1.0 && channel->convertedUnit.empty())
@@ -242,22 +244,18 @@ std::string StateUffUnit(const UffHeader& header, const UffUnitSystem& system, c
     return {};
 }
 
-UffAbscissa UffAbscissaUnit(const UffHeader& header, const DecodeText& decode) {
+UffAbscissa StateUffAbscissa(const UffHeader& header, const DecodeText& decode, RecordedAxis* axis) {
     const Quantity* const quantity = FindQuantity(header.abscissa);
-    const std::wstring label = decode(Replaced(header.abscissa.unit, "**", "^"));
-    std::optional<CUnitCtrl> unit = ReadUnit(label, quantity);
-    if (!unit && !label.empty()) unit = ParseUnit(label);
-    if (unit && unit->IsSingle()) return {*unit};
-    std::string_view assumed = quantity != nullptr ? quantity->unit : "";
-    if (assumed.empty() && std::ranges::find(kOverTime, header.function) != std::end(kOverTime))
-        assumed = "s";
-    if (assumed.empty() && std::ranges::find(kOverFrequency, header.function) != std::end(kOverFrequency))
-        assumed = "Hz";
-    const CUnitCtrl taken = ParseUnit(FromUtf8Replacing(assumed)).value_or(CUnitCtrl());
-    if (label.empty() && (quantity != nullptr || assumed.empty())) return {taken};
-    return {taken, (label.empty() ? "the abscissa has no unit"
-                                  : "the unit " + Quote(label) + " of the abscissa is none of an axis") +
-                       ", so it is read in " + (assumed.empty() ? "plain numbers" : std::string(assumed))};
+    std::string_view usual = quantity != nullptr ? quantity->unit : "";
+    if (usual.empty() && std::ranges::find(kOverTime, header.function) != std::end(kOverTime)) usual = "s";
+    if (usual.empty() && std::ranges::find(kOverFrequency, header.function) != std::end(kOverFrequency))
+        usual = "Hz";
+    const CUnitCtrl taken = ParseUnit(FromUtf8Replacing(usual)).value_or(CUnitCtrl());
+    const std::wstring label = decode(header.abscissa.unit);
+    if (!label.empty()) return {StateAxisUnit(axis, label, DimensionOf(taken))};
+    axis->unit = CUnitCtrl(DimensionOf(taken));
+    if (quantity != nullptr || usual.empty()) return {taken};
+    return {taken, "the abscissa has no unit, so it is read in " + std::string(usual)};
 }
 
 CUnitCtrl SetUffUnit(const CUnitCtrl& unit, UffHeader* header) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxRecording01/Recording.h>
 #include <KvxRecording01/detail/UffHeader.h>
@@ -31,12 +32,13 @@ using DecodeText = std::function<std::wstring(std::string_view)>;
 std::string StateUffUnit(const UffHeader& header, const UffUnitSystem& system, const DecodeText& decode,
                          RecordingInfo::Channel* channel);
 
-/// What the places on the axis are in: a single unit.
+/// What the places on the axis are in.
 struct UffAbscissa {
-    CUnitCtrl unit = {};
+    EntryUnit unit = {};      ///< a single one
     std::string remark = {};  ///< a sentence on what was assumed; may be empty
 };
-UffAbscissa UffAbscissaUnit(const UffHeader& header, const DecodeText& decode);
+/// States it of an axis, too.
+UffAbscissa StateUffAbscissa(const UffHeader& header, const DecodeText& decode, RecordedAxis* axis);
 
 /// Sets numerator and denominator to what the unit is. Returns the unit in which values are to be written:
 /// the same, or the standard one where the label of the unit would be read as another one. Throws Error for a

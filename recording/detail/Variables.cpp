@@ -16,6 +16,7 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/StatedUnit.h>
@@ -322,9 +323,8 @@ Places SurveyPlaces(const Variable& variable, const NameRow* name, std::size_t a
 }
 
 /// The spacing of even places; one that makes a whole rate is taken to, as far as serial dates tell it.
-double StepOf(const Places& places) {
-    const TimeStamps& stamps = places.stamps;
-    const double told = places.firstDay ? stamps.resolution / (stamps.last - stamps.first) : 0.0;
+double StepOf(const TimeStamps& stamps, bool areDates) {
+    const double told = areDates ? stamps.resolution / (stamps.last - stamps.first) : 0.0;
     const double rounding = std::max(1e-9, told);
     const double rate = 1.0 / stamps.Step();
     const double whole = std::round(rate);
@@ -338,6 +338,7 @@ struct RunColumns {
     std::vector<Column> columns;
     std::uint64_t length;
     std::optional<double> firstDay = std::nullopt;  ///< of listed places that are serial dates
+    EntryUnit axisUnit = {};  ///< of the places that are listed
 };
 
 /// What the numbers of a scope say of its axes.
@@ -442,8 +443,10 @@ private:
         return number == numbers_.end() ? std::nullopt : std::optional(number->second);
     }
 
-    std::optional<double> StatedStep(std::string_view axis) const {
-        if (const std::optional<double> step = Stated(Role::step, axis)) return step;
+    /// A spacing in the standard unit of the axis; rates are in hertz, whatever that of the axis is in.
+    std::optional<double> StatedStep(std::string_view axis, const EntryUnit& unit = {}) const {
+        if (const std::optional<double> step = Stated(Role::step, axis))
+            return ToStandardDistance(unit, *step);
         const std::optional<double> rate = Stated(Role::rate, axis);
         return rate ? std::optional(1.0 / *rate) : std::nullopt;
     }
@@ -575,7 +578,7 @@ private:
         groups_.clear();
         const bool hasAxis = std::ranges::any_of(
             arrays_, [&](const Array& each) { return AxisOf(each.Samples()) != nullptr; });
-        const bool hasStep = StatedStep("t") || StatedStep("f");
+        const bool hasStep = StatedStep("t") || StatedStep("f") || (HasAxisUnit() && StatedStep("x"));
         std::map<std::uint64_t, std::size_t> groupOf;  // by the count of samples
         for (const Array& array : arrays_) {
             const Places* const places = AxisOf(array.Samples());
@@ -599,42 +602,55 @@ private:
         return title != texts_.end() && !title->second->empty() ? title->second->front() : scope_->name;
     }
 
-    /// The unit of an axis; of one that is not the standard unit of its dimension the places are plain
-    /// numbers, with a remark.
-    CUnitCtrl UnitOf(std::string_view axis) {
-        if (axis == "t") return CUnitCtrl(CUnitCtrl::DIM_TIME);
-        if (axis == "f") return CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);
-        const Variable::Texts& texts = *texts_.at(Role::axisUnit);
-        const std::wstring text = texts.empty() ? std::wstring() : texts.front();
-        const std::optional<CUnitCtrl> unit = ParseUnit(text);
-        if (unit && unit->IsSingle() && unit->ConvItoD(1.0, 1.0, 1) == 1.0) return *unit;
-        if (!text.empty())
-            info_.remarks.push_back("the unit " + Quote(text) +
-                                    " of the axis is not taken, so its places are plain numbers");
-        return {};
+    /// The unit of an axis, which is stated of it, and what its places and their distance are converted from:
+    /// that of the file where it fits, for a time and a frequency else seconds and hertz.
+    EntryUnit StateUnitOf(std::string_view name, RecordedAxis* axis) {
+        const CUnitCtrl own(name == "t"   ? CUnitCtrl::DIM_TIME
+                            : name == "f" ? CUnitCtrl::DIM_FREQUENCY
+                                          : CUnitCtrl::DIM_NONE);
+        axis->unit = own;
+        const auto texts = texts_.find(Role::axisUnit);
+        if (texts == texts_.end() || texts->second->empty() || texts->second->front().empty()) return own;
+        const std::wstring& text = texts->second->front();
+        RecordedAxis stated;
+        const EntryUnit unit = StateAxisUnit(&stated, text, DimensionOf(own));
+        if (name == "x" || stated.unit == own) {
+            axis->unit = stated.unit;
+            axis->unknownUnit = stated.unknownUnit;
+            return unit;
+        }
+        info_.remarks.push_back(
+            "the unit " + Quote(text) + " of an axis is none of the " +
+            (name == "t" ? "times, which are read in s" : "frequencies, which are read in Hz"));
+        return own;
     }
 
     /// An axis by a vector of places, and by the spacing that is stated beside it where both agree.
     void SetAxis(const Places& places, Group* group) {
         RecordedAxis& axis = group->run.axis;
-        const TimeStamps& stamps = places.stamps;
-        axis.unit = UnitOf(places.name->axis);
+        EntryUnit unit;
+        TimeStamps stamps = places.stamps;
         if (places.firstDay) {
+            axis.unit = CUnitCtrl(CUnitCtrl::DIM_TIME);
             info_.remarks.push_back("the times of " + QuotedName(*places.variable) +
                                     " are taken for serial dates in days, from " +
                                     FormatExact(*places.firstDay) +
                                     " on, and read as seconds from the first");
+        } else {
+            unit = StateUnitOf(places.name->axis, &axis);
+            ToStandardPlaces(unit, &stamps);
         }
         if (!stamps.IsEven()) {
             axis.isListed = true;
             const auto& array = std::get<StoredArray>(places.variable->value);
             group->source.columns = ColumnsOf(array, places.along);
             group->source.firstDay = places.firstDay;
+            group->source.axisUnit = unit;
             return;
         }
         const double span = stamps.last - stamps.first;
-        const std::optional<double> stated = StatedStep(places.name->axis);
-        axis.delta = StepOf(places);
+        const std::optional<double> stated = StatedStep(places.name->axis, unit);
+        axis.delta = StepOf(stamps, places.firstDay.has_value());
         axis.first = stamps.first;
         if (places.name->axis == "t") axis.stamps = stamps;
         if (!stated) return;
@@ -649,15 +665,17 @@ private:
 
     /// An axis by what numbers say of it.
     void SetAxis(RecordedAxis* axis) {
-        const bool isTime = StatedStep("t") || !StatedStep("f");
-        const std::string_view name = isTime ? "t" : "f";
-        axis->unit = UnitOf(name);
-        axis->delta = StatedStep(name).value_or(0.0);
+        std::string_view name = "t";
+        if (!StatedStep("t") && StatedStep("f")) name = "f";
+        if (!StatedStep("t") && !StatedStep("f") && HasAxisUnit() && StatedStep("x")) name = "x";
+        const EntryUnit unit = StateUnitOf(name, axis);
+        axis->delta = StatedStep(name, unit).value_or(0.0);
         axis->first = Stated(Role::start, name).value_or(0.0);
+        ToStandardPlaces(unit, {&axis->first, 1});
         const std::optional<double> step = Stated(Role::step, name);
         const std::optional<double> rate = Stated(Role::rate, name);
-        if (step && rate && std::abs(*step * *rate - 1.0) > 1e-6) {
-            info_.remarks.push_back("the spacing of " + FormatNumber(*step, 9) +
+        if (step && rate && std::abs(axis->delta * *rate - 1.0) > 1e-6) {
+            info_.remarks.push_back("the spacing of " + FormatNumber(axis->delta, 9) +
                                     " is taken, not the rate of " + FormatNumber(*rate, 9) +
                                     " that is stated beside it");
         }
@@ -784,6 +802,8 @@ public:
             reader_->Read(to, piece);
             if (sources_[run].firstDay && to[0] != nullptr)
                 CountSeconds(*sources_[run].firstDay, {to[0], piece});
+            if (info_.runs[run].axis.isListed && to[0] != nullptr)
+                ToStandardPlaces(sources_[run].axisUnit, {to[0], piece});
             for (std::size_t c = 0; c < to.size(); ++c) {
                 if (to[c] == nullptr) continue;
                 if (!reader_->AreValues(c)) {

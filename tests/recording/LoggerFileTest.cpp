@@ -35,7 +35,9 @@ std::string Outcome(const std::string& text, const TextOptions& options = {}) tr
     std::string outcome;
     for (std::size_t r = 0; r < reader->Info().runs.size(); ++r) {
         const RecordingInfo::Run& run = reader->Info().runs[r];
-        outcome += ToUtf8(run.title) + ": " + UnitText(CUnitCtrl(run.axis.unit));
+        outcome +=
+            ToUtf8(run.title) + ": " +
+            (run.axis.unknownUnit.empty() ? UnitText(run.axis.unit) : "?" + ToUtf8(run.axis.unknownUnit));
         if (run.axis.stamps) {
             outcome += (run.axis.stamps->IsEven() ? " even " : " uneven ") +
                        FormatNumber(run.axis.stamps->first) + " " + FormatNumber(run.axis.stamps->last);
@@ -114,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, LoggerFile, testing::Values(
     Case{"FrequenciesByTheirStep", File("No") + Block("X_Dimension\tFrequency\nX0\t5\nDelta_X\t2\n", kAB, "\t1\t2\n\t3\t4\n"),
         ": Hz from 5 by 2 of 2: a 1 3 b 2 4; the spacing of run 1 is that of its header, which may be rounded"},
     Case{"AnotherDimension", File("One") + Block("X_Dimension\tDistance\n", kAB, "0\t1\t2\n1\t3\t4\n"),
-        ": s even 0 1 of 2: a 1 3 b 2 4; the axis of run 1, 'Distance', is read as time"},
+        ": ?Distance from 0 by 1 of 2: a 1 3 b 2 4"},
     Case{"AGapInsideASegment", File("One") + Block("", kAB, "0.0\t1\t2\n1\t3\t4\n5\t5\t6\n6\t7\t8\n") + Block("", kAB, "0\t1\t2\n"),
         ": s uneven 0 6 of 4: a 1 3 5 7 b 2 4 6 8; : s uneven 0 0 of 1: a 1 b 2"},
     Case{"SpecialBlockWithoutEnd", File("One") + "***Start_Special***\n", "a special block of its header does not end"},

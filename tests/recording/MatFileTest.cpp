@@ -85,6 +85,9 @@ const std::string kVector = Matrix(6, 3, 1, "a", Element(9, Doubles({1, -2, 3}))
 TEST(MatFile, MakesRunsOfItsVariables) {
     const std::string matrix = Matrix(7, 2, 3, "m", Element(3, "\1\0\2\0\3\0\4\0\5\0\xFF\xFF"s));
     const std::string stamps = Matrix(6, 1, 3, "t", Element(9, Doubles({0, 0.25, 0.5})));
+    const auto places = [](const std::string& name) {
+        return Matrix(6, 1, 3, name, Element(9, Doubles({0, 6, 12})));
+    };
     const std::string uneven = Matrix(6, 1, 3, "time", Element(9, Doubles({0, 1, 5})));
     const std::string names = Matrix(1, 1, 2, "names", Text("", "top") + Text("", "base"));
     const std::string complex = Matrix(0x806, 2, 1, "H", Element(9, Doubles({1, 2})) + Element(1, "\3\xFC"));
@@ -121,6 +124,18 @@ TEST(MatFile, MakesRunsOfItsVariables) {
          ": s from 0 by 0.25: a [] 1 -2 3; the spacing of 't', 0.25, is taken, not the 0.111111111 that is "
          "stated "
          "beside it"},
+        {kVector + uneven + Text("xunit", "ms"), ": s listed:  0 0.001 0.005, a [] 1 -2 3"},
+        {kVector + stamps + Text("xunit", "min"), ": s from 0 by 15: a [] 1 -2 3"},
+        {kVector + Scalar("dt", 2) + Scalar("t0", 4) + Text("xunit", "us"),
+         ": s from 4e-06 by 2e-06: a [] 1 -2 3"},
+        {kVector + Scalar("fs", 8) + Text("xunit", "ms"), ": s from 0 by 0.125: a [] 1 -2 3"},
+        {kVector + stamps + Text("xunit", "Hz"),
+         ": s from 0 by 0.25: a [] 1 -2 3; the unit 'Hz' of an axis is none of the times, which are read in "
+         "s"},
+        {kVector + places("f") + Text("xunit", "CPM"), ": Hz from 0 by 0.1: a [] 1 -2 3"},
+        {kVector + places("x") + Text("xunit", "mm"), ": m from 0 by 0.006: a [] 1 -2 3"},
+        {kVector + places("x") + Text("xunit", "furlong"), ": ?furlong from 0 by 6: a [] 1 -2 3"},
+        {kVector + Scalar("dx", 2) + Text("xunit", "inch"), ": m from 0 by 0.0508: a [] 1 -2 3"},
         {Scalar("fs", 1), "it has no array of samples"},
     };
     for (const auto& [variables, expected] : cases)

@@ -30,12 +30,13 @@ std::string Describe(RecordingReader& recording) {
     const RecordingInfo::Run& run = info.runs.front();
     std::string text;
     const bool isTime = run.axis.unit == CUnitCtrl::DIM_TIME;
+    if (!run.axis.unknownUnit.empty()) text = "?" + ToUtf8(run.axis.unknownUnit) + " ";
     if (isTime && run.axis.stamps) {
         text =
             "time " + FormatExact(run.axis.stamps->first) + " " + FormatExact(run.axis.stamps->last) + "; ";
     } else if (!isTime && !run.axis.isListed) {
-        text = UnitText(run.axis.unit) + " from " + FormatExact(run.axis.first) + " by " +
-               FormatExact(run.axis.delta) + "; ";
+        text = (text.empty() ? UnitText(run.axis.unit) + " " : text) + "from " + FormatExact(run.axis.first) +
+               " by " + FormatExact(run.axis.delta) + "; ";
     }
     std::vector<std::string> columns;
     if (run.axis.isListed) columns.push_back(UnitText(run.axis.unit) + " at");
@@ -132,7 +133,8 @@ INSTANTIATE_TEST_SUITE_P(Good, TextTable, testing::Values(
     Case{"UnknownUnitInBracketsOfItsOwn", "a,b\n[g],[foo]\n1,2\n", "a [g] 1; b ?foo 2"},
     Case{"NamesOfWhichOneIsAUnit", "Date;2020\nx;N\n1;2\n", "x 1; N 2"},
     Case{"UnknownUnitOfTime", "time (UTC),a\n0,1\n1,2\n",
-        "time 0 1; a 1 2; the unit 'UTC' of the time column is not known, so it is read in seconds"},
+        "?UTC from 0 by 1; a 1 2"},
+    Case{"TimeInTheName", "time_ms,a\n0,1\n2,2\n", "time 0 0.002; a 1 2"},
     Case{"HeadingsThatAreMore", "time,top, left [g]\n0,1\n1,2\n", " 0 1;  1 2; line 1, 'time,top, left [g]', "
         "does not have the 2 columns of the numbers below it and is not taken for headings"},
     Case{"TextAboveTheTable", "Made by the logger\nchannel 1\n\na,b\n1,2\n", "a 1; b 2"},
@@ -255,7 +257,15 @@ INSTANTIATE_TEST_SUITE_P(Axes, StatedText, testing::Values(
     StatedCase{"UnevenFrequencies", kAsItIs, "Freq,a\n1,1\n2.5,2\n10,3\n", "Hz at 1 2.5 10; a 1 2 3"},
     StatedCase{"CoarseFrequencies", kAsItIs, "freq,a\n1.0,1\n1.1,2\n1.2,3\n1.4,4\n", "Hz at 1 1.1 1.2 1.4; a 1 2 3 4"},
     StatedCase{"FrequenciesBesideLines", kAsItIs, "freq,a\n0.5,1\n1.5,2\n2.5,3\n", "Hz at 0.5 1.5 2.5; a 1 2 3"},
+    StatedCase{"FrequenciesOfOneLetter", kAsItIs, "f,a [g]\n0,1\n2,2\n", "Hz from 0 by 2; a [g] 1 2"},
+    StatedCase{"AForceOfOneLetter", {.firstColumnIsTime = false}, "f [N],a [g]\n0,1\n2,2\n", "f [N] 0 2; a [g] 1 2"},
+    StatedCase{"FrequenciesPerMinute", kAsItIs, "freq [CPM],a\n0,1\n60,2\n", "Hz from 0 by 1; a 1 2"},
+    StatedCase{"FrequenciesInAnUnknownUnit", kAsItIs, "freq [furlong],a\n0,1\n1,2\n", "?furlong from 0 by 1; a 1 2"},
+    StatedCase{"UnknownUnitOfAStatedTime", {.axis = CUnitCtrl::DIM_TIME}, "time (UTC),a\n0,1\n1,2\n",
+        "time 0 1; a 1 2; the unit 'UTC' of the time column is not known, so it is read in seconds"},
     StatedCase{"OneFrequency", kAsItIs, "freq,a\n5,1\n", "Hz at 5; a 1"},
+    StatedCase{"AnAxisInAUnitThatIsConverted", kAsItIs, "axis [mil],a\n0,1\n1000,2\n", "m from 0 by 0.0254; a 1 2"},
+    StatedCase{"AnAxisInAnUnknownUnit", kAsItIs, "axis [furlong],a\n0,1\n2,2\n", "?furlong from 0 by 2; a 1 2"},
     StatedCase{"AnotherAxis", kAsItIs, "axis [m],a\n0,1\n0.5,2\n", "m from 0 by 0.5; a 1 2"},
     StatedCase{"StatedFrequency", {.axis = CUnitCtrl::DIM_FREQUENCY}, "0,1\n2,2\n", "Hz from 0 by 2;  1 2"},
     StatedCase{"StatedSpacing", {.axis = CUnitCtrl::DIM_FREQUENCY, .spacing = 0.5}, "x,a\n0,1\n2,2\n", "Hz from 0 by 0.5; x 0 2; a 1 2"},

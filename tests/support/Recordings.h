@@ -52,7 +52,10 @@ inline std::string Described(OpenBytes open, std::string_view bytes) try {
     EXPECT_THROW(reader->Read(reader->Info().runs.size(), {}, 1), Error);
     for (std::size_t r = 0; r < reader->Info().runs.size(); ++r) {
         const RecordingInfo::Run& run = reader->Info().runs[r];
-        text += ToUtf8(run.title) + ": " + UnitText(CUnitCtrl(run.axis.unit)) + " ";
+        text +=
+            ToUtf8(run.title) + ": " +
+            (run.axis.unknownUnit.empty() ? UnitText(run.axis.unit) : "?" + ToUtf8(run.axis.unknownUnit)) +
+            " ";
         text += run.axis.isListed
                     ? "listed"
                     : "from " + FormatNumber(run.axis.first) + " by " + FormatNumber(run.axis.delta);

@@ -371,7 +371,7 @@ TEST(Import, KeepsEveryDigitAndPutsEachUnitIntoARecord) {
     EXPECT_EQ(info["records"][3]["channels"][0]["min"], -40.0);
 
     const std::string out = RunWell(folder, "kvx export in.vdf2 -o - --channels top,force,base,gap,oven");
-    EXPECT_THAT(out, StartsWith("time [s],top [g],base [g],force [N],gap [mm],oven [ﾟC]\n"
+    EXPECT_THAT(out, StartsWith("time [s],top [g],base [g],force [N],gap [mm],oven [\u00B0C]\n"
                                 "-0.25,1.924208,-27.077947,0.1,0.3,21.5\n"
                                 "0,-0.029026,45.299014,0.30000000000000004,1e-300,-40\n"));
     folder.Write("again.csv", out);
@@ -557,7 +557,17 @@ TEST(Synth, HitsTheRmsAndRepeatsWithItsSeed) {
 TEST(Units, ConvertWhereTheOtherUnitDecides) {
     const TempFolder folder;
     EXPECT_EQ(RunWell(folder, "kvx units convert 1000 g kg"), "1 kg\n");
-    EXPECT_EQ(RunWell(folder, "kvx units convert -40 degC degF"), "-40 ﾟF\n");
+    EXPECT_EQ(RunWell(folder, "kvx units convert -40 degC degF"), "-40 \u00B0F\n");
+    EXPECT_EQ(RunWell(folder, "kvx units convert 1 psi Pa"), "6894.757293168361 Pa\n");
+    EXPECT_EQ(RunWell(folder, "kvx units convert 2 bar mbar"), "2000 mbar\n");
+    EXPECT_EQ(RunWell(folder, "kvx units convert 5 um/s mm/s"), "0.005 mm/s\n");
+    EXPECT_EQ(RunShell(folder, "kvx units convert 1 psi N").err,
+              "kvx: 'psi' does not convert to 'N': they are of different dimensions\n");
+    EXPECT_THAT(RunWell(folder, "kvx show-value 1 bar --in kPa"), HasSubstr("100  kPa"));
+    EXPECT_EQ(RunShell(folder, "kvx show-value 1 bar --in psi").err,
+              "kvx: values in 'psi' are read, but none are kept in it; the nearest unit that they can be "
+              "kept in is "
+              "'kPa'\n");
     EXPECT_THAT(RunWell(folder, "kvx units rpm"), testing::AllOf(HasSubstr("角速度"), HasSubstr("周波数")));
 }
 

@@ -158,6 +158,63 @@ TEST_F(Convert, MergesAndEdits) {
               "time [s],top [m/s2]\n0,1.1\n");
 }
 
+TEST_F(Convert, LeavesTheUnitsOfEmptyItems) {
+    folder_.Write("three.csv", "time [s],a [g],b [V],c [N]\n0,1,2,3\n1,2,3,4\n");
+    Run("kvx import three.csv -o three.vdf2");
+    for (const std::string command : {"edit three.csv", "edit three.vdf2", "convert three.csv"}) {
+        EXPECT_THAT(Run("kvx " + command + " -o - --as csv --unit ,mV,"),
+                    testing::StartsWith("time [s],a [g],b [mV],c [N]\n0,1,2,3\n"));
+    }
+    EXPECT_THAT(RunShell(folder_, "kvx edit three.vdf2 -o x.csv --to-unit mm/s2,,").err,
+                HasSubstr("the nearest unit that they can be kept in is 'm/s2'"));
+}
+
+TEST_F(Convert, NeverTakesMilliGForMilligramsInSilence) {
+    const std::string gravity = "kvx: note: the unit 'mg' of channel '";
+    const std::string taken = "' is taken for milli-g, ";
+    const struct {
+        const char *headings, *options, *unit;
+        std::string note;
+    } cases[] = {
+        {"x [mg],top [g]", "", "g", gravity + "x" + taken + "for accelerations stand beside it"},
+        {"accel x [mg],t2 [V]", "", "g", gravity + "accel x" + taken + "as its name tells"},
+        {"x [mg],y [kg]", "", "mg",
+         gravity + "x' is that of a mass; --unit milli-g makes it an acceleration"},
+        {"x [mg],top [g]", " --unit mg,", "mg", gravity + "x' is that of a mass"},
+        {"x [mg],top [g]", " --unit milli-g,", "g",
+         "kvx: note: the unit 'milli-g' of channel 'x' becomes 'g'"},
+    };
+    for (const auto& [headings, options, unit, note] : cases) {
+        folder_.Write("m.csv", "time [s]," + std::string(headings) + "\n0,500,1\n1,250,2\n");
+        const std::string command = std::string("kvx convert m.csv -o m.vdf2") + options;
+        EXPECT_THAT(RunShell(folder_, command).err, HasSubstr(note)) << headings;
+        const nlohmann::json record = RunJson(folder_, "kvx info m.vdf2")["records"][0];
+        EXPECT_EQ(record["unit"], unit) << headings;
+        EXPECT_DOUBLE_EQ(record["channels"][0]["max"], std::string(unit) == "g" ? 0.5 : 500.0);
+    }
+}
+
+TEST_F(Convert, KeepsWhatIsSaidOfAnAxisInAnUnknownUnit) {
+    folder_.Write("odd.csv", "time [furlong],a [g]\n0,1\n1,2\n2,1\n3,2\n");
+    const std::string note =
+        "kvx: note: the axis of record 1 is in 'furlong', which is no unit that is known for one, so its "
+        "places are "
+        "plain numbers; if they are times, give the sampling rate with --rate\n";
+    const ToolResult info = RunShell(folder_, "kvx info odd.csv --json");
+    EXPECT_EQ(info.err, note);
+    const nlohmann::json record = nlohmann::json::parse(info.out)["records"][0];
+    EXPECT_EQ(record["type"], "real data");
+    EXPECT_EQ(record["axis"]["unit"], "-");
+    EXPECT_EQ(RunShell(folder_, "kvx psd odd.csv --block 2").err,
+              "kvx: cannot read 'odd.csv': record 1 is not a time waveform but real data\n");
+    EXPECT_EQ(RunJson(folder_, "kvx info odd.csv --rate 100")["records"][0]["axis"]["rate"], 100);
+    folder_.Write("uneven.csv", "time [s],a [g]\n0,1\n1,2\n2.5,1\n");
+    EXPECT_EQ(RunJson(folder_, "kvx info uneven.csv --uneven")["records"][0]["type"],
+              "waveform at listed times");
+    // Each is told of once, be it read by itself or merged.
+    EXPECT_EQ(RunShell(folder_, "kvx merge odd.csv odd.csv -o m.csv").err, note + note);
+}
+
 TEST(Formats, AreListedWithWhatTheyHold) {
     const TempFolder folder;
     const nlohmann::json formats = RunJson(folder, "kvx formats");

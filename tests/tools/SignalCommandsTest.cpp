@@ -9,6 +9,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <KvxDevCommon01/files/ComDataKinds.h>
@@ -70,6 +71,76 @@ TEST(Spacing, IsNoAxisUnlessItIsFiniteAndAboveZero) {
         }
     }
     EXPECT_EQ(folder.Count(), 1U);
+}
+
+/// A channel of 20 + cos(2 pi 64 t) degrees in a unit, 4096 samples at 1024 Hz, as oven.csv.
+void MakeOven(const TempFolder& folder, const std::string& unit) {
+    folder.Write("oven.csv", "oven [" + unit + "]\n" + Table(4096, [](std::ostream& out, int i) {
+                                 out << 20 + std::cos(2 * M_PI * (64 * i % 1024) / 1024.0);
+                             }));
+}
+
+/// The figures of the only channel of a file.
+nlohmann::json FiguresOf(const TempFolder& folder, const std::string& file) {
+    return RunJson(folder, "kvx info " + file)["records"][0]["channels"][0];
+}
+
+TEST(Temperatures, AreFilteredAndAnalysedAsDifferences) {
+    const TempFolder folder;
+    const std::pair<const char*, double> units[] = {{"\u00B0C", 1.0}, {"degF", 1.0 / 1.8}, {"K", 1.0}};
+    for (const auto& [unit, kelvin] : units) {
+        MakeOven(folder, unit);
+        const bool hasZero = std::string(unit) != "K";
+        const std::string own = hasZero ? unit[0] == 'd' ? "\u00B0F" : "\u00B0C" : "K";
+        const auto psd = RunJson(folder, "kvx psd oven.csv --rate 1024 --from 32 --block 1024")["records"][0];
+        EXPECT_EQ(psd["channels"][0]["levelUnit"], "K2/Hz");
+        EXPECT_NEAR(psd["channels"][0]["rms"], kelvin * M_SQRT1_2, 1e-6);
+        const auto all = RunJson(folder, "kvx psd oven.csv --rate 1024 --window rectangular")["records"][0];
+        EXPECT_NEAR(all["channels"][0]["rms"], kelvin * std::sqrt(400.5), 1e-6)
+            << "from the zero of the unit";
+        RunWell(folder, "kvx spectrum oven.csv --rate 1024 --block 1024 -o lines.csv");
+        EXPECT_THAT(folder.Read("lines.csv"), HasSubstr("oven [K]"));
+        // What leaves a level is one again; what leaves none is a difference.
+        const std::string commands[] = {"filter oven.csv --rate 1024 --lowpass 5 --ends hold",
+                                        "filter oven.csv --rate 1024 --butterworth lp 4 5 --ends hold",
+                                        "resample oven.csv --input-rate 1024 --down 20 --ends hold"};
+        for (const std::string& command : commands) {
+            RunWell(folder, "kvx " + command + " -o out.vdf2");
+            EXPECT_NEAR(FiguresOf(folder, "out.vdf2")["mean"], 20.0, 0.02) << command << unit;
+            EXPECT_EQ(RunJson(folder, "kvx info out.vdf2")["records"][0]["unit"], own);
+        }
+        RunWell(folder, "kvx filter oven.csv --rate 1024 --highpass 5 --ends hold -o out.vdf2");
+        EXPECT_NEAR(FiguresOf(folder, "out.vdf2")["mean"], 0.0, 0.02) << unit;
+        EXPECT_NEAR(FiguresOf(folder, "out.vdf2")["rms"], kelvin * M_SQRT1_2, 0.01);
+        EXPECT_EQ(RunJson(folder, "kvx info out.vdf2")["records"][0]["unit"], "K");
+        // From nothing is from the zero of the unit, not from the absolute one.
+        RunWell(folder, "kvx filter oven.csv --rate 1024 --lowpass 5 --ends zeros -o out.vdf2");
+        EXPECT_GE(FiguresOf(folder, "out.vdf2")["min"].get<double>(), -1.0) << unit;
+    }
+}
+
+TEST(Decibels, PassThroughAndAreNotCalculatedWith) {
+    const TempFolder folder;
+    folder.Write("level.csv", "level [dB]\n" + Table(64, [](std::ostream& out, int i) { out << -40 + i; }));
+    for (const char* command :
+         {"psd level.csv --block 16", "spectrum level.csv --block 16",
+          "spectrogram level.csv -o x.svg --block 16", "filter level.csv -o x.csv --lowpass 1",
+          "filter level.csv -o x.csv --butterworth lp 2 1", "calibrate level.csv --level '1 g'"}) {
+        const ToolResult result = RunShell(folder, std::string("kvx ") + command + " --rate 64");
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_THAT(result.err,
+                    HasSubstr("channel 'level' is in 'dB', a logarithm, which is neither filtered nor "
+                              "averaged; convert it to '%' first"));
+    }
+    EXPECT_THAT(RunShell(folder, "kvx resample level.csv -o x.csv --input-rate 64 --down 2").err,
+                HasSubstr("'dB', a logarithm"));
+    EXPECT_EQ(folder.Count(), 1U);
+    RunWell(folder, "kvx import level.csv -o level.vdf2 --rate 64");
+    EXPECT_NEAR(FiguresOf(folder, "level.vdf2")["min"], -40, 1e-12);
+    EXPECT_NEAR(FiguresOf(folder, "level.vdf2")["max"], 23, 1e-12);
+    RunWell(folder, "kvx plot level.vdf2 -o level.svg && kvx edit level.vdf2 -o ratio.vdf2 --to-unit %");
+    EXPECT_NEAR(FiguresOf(folder, "ratio.vdf2")["min"], 1.0, 1e-12) << "percent";
+    RunWell(folder, "kvx resample ratio.vdf2 -o slow.vdf2 --down 2");
 }
 
 TEST(Psd, TellsTheMotionBehindAnAcceleration) {

@@ -90,6 +90,12 @@ TEST(UnitQuery, ConvertsBetweenNamedUnits) {
         {2, "kg", "g", 2000},
         {0.04, "g2/Hz", "(m/s2)2/Hz", 0.04 * 9.80665 * 9.80665},
         {60, "rpm", "Hz", 1},
+        {1, "psi", "Pa", 6894.757293168361},
+        {1, "bar", "psi", 14.503773773020923},
+        {1, "g", "in/s2", 386.08858267716533},
+        {1, "mm/s2", "g", 1 / 9806.65},
+        {1, "kip", "lbf", 1000},
+        {120, "CPM", "Hz", 2},
     };
     for (const auto& [value, from, to, converted] : cases) {
         const UnitPair units = NamedUnitPair(from, to);

@@ -16,6 +16,8 @@
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/SignalRuns.h>
 #include <KvxRecording01/TextTable.h>
 
 #include "cli/Failure.h"
@@ -54,6 +56,7 @@ struct RunFilters {
     std::string text;
     std::function<std::unique_ptr<SampleProcess>()> make;
     std::vector<RmsChange> levels;  ///< per channel
+    bool keepsLevels = true;        ///< whether a constant passes as it is
 };
 using PlanRun = std::function<RunFilters(const SignalRun& run)>;
 
@@ -110,7 +113,8 @@ PlanRun PlanSpectra(const FilterOptions& options) {
             std::make_shared<const SpectralResponse>(DesignSpectralFilter(filter, 1.0 / run.delta, block));
         return RunFilters{FilterText(filter) + ", blocks of " + std::to_string(response->block),
                           [=] { return MakeSpectralFilter(response, term); },
-                          {}};
+                          {},
+                          !filter.highPassHz};
     };
 }
 
@@ -189,8 +193,10 @@ PlanRun PlanSamples(const FilterOptions& options) {
     return [text = FilterText(options, filters), filters](const SignalRun& run) {
         for (const ButterworthFilter& filter : filters.butterworths)
             RequireCorner(filter.cornerHz, 1.0 / run.delta);
-        return RunFilters{
-            text, [&filters, delta = run.delta] { return MakeSampleFilters(filters, delta); }, {}};
+        return RunFilters{text,
+                          [&filters, delta = run.delta] { return MakeSampleFilters(filters, delta); },
+                          {},
+                          KeepsLevels(filters)};
     };
 }
 
@@ -198,9 +204,10 @@ std::string Report(const SignalRun& run, const RunFilters& filters) {
     std::vector<std::vector<std::string>> lines = {{"channel", "name", "rms before", "", "after", ""}};
     for (std::size_t c = 0; c < run.channels.size(); ++c) {
         const SignalRun::Channel& channel = run.channels[c];
-        const std::string unit = UnitText(channel.unit);
+        const CUnitCtrl differences = DifferenceUnit(channel.unit);
+        const std::string unit = UnitText(differences);
         const auto shown = [&](const RunningRms& rms) {
-            return FormatNumber(channel.unit.ConvDtoI(rms.Get(), 1.0, 0));
+            return FormatNumber(differences.ConvDtoI(rms.Get(), 1.0, 0));
         };
         lines.push_back({std::to_string(channel.number), ToUtf8(channel.name),
                          shown(filters.levels[c].before), unit, shown(filters.levels[c].after), unit});
@@ -223,15 +230,22 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
         OpenInput("filter", options.stream, WaveformsFor(options.stream.FormatOfOutput()));
     const std::vector<SignalRun>& runs = reader->Runs();
     std::vector<RunFilters> filters;
+    std::vector<SignalRun> written = runs;
     Doing("filter", input, [&] {
+        RequireLinearUnits(runs);
         for (const SignalRun& run : runs) {
             filters.push_back(plan(run));
             filters.back().levels.resize(run.channels.size());
+            if (filters.back().keepsLevels) continue;
+            for (SignalRun::Channel& channel : written[filters.size() - 1].channels)
+                channel.unit = DifferenceUnit(channel.unit);
         }
     });
-    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
+    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), written);
     Stream({"filter", input, output}, *reader, *writer, [&](std::size_t run, std::size_t c) {
-        return MakeMeasured(filters[run].make(), filters[run].levels[c]);
+        const double zero = ZeroOf(runs[run].channels[c].unit);
+        return MakeShifted(MakeMeasured(filters[run].make(), filters[run].levels[c]), zero,
+                           filters[run].keepsLevels ? zero : 0.0);
     });
     std::string report;
     for (std::size_t r = 0; r < runs.size(); ++r) report += Report(runs[r], filters[r]);
@@ -291,6 +305,10 @@ signal is kept in memory.
 With --ends hold the signal has always had its first value, with zeros it begins from nothing. A
 high-pass would take a first value in the middle of a vibration for an offset, and its end for a
 step: there zeros is the default, and hold is for a signal that rests on an offset before it begins.
+
+Temperatures are filtered as differences from the zero of their unit. What a low-pass leaves of them
+is in their unit again; what a high-pass leaves, or coefficients that do not add up to 1, is a
+difference and is written in K. Channels in dB are refused.
 
 Sample by sample (--butterworth, --fir, --fir-set): one filter after the other, FIR first, block by
 block however long the file is. --butterworth is the digital filter of a controller, causal, -3 dB

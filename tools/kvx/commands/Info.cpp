@@ -191,6 +191,7 @@ std::string TextOf(const Json& facts) {
 std::string_view TypeOf(const SignalRun& run) {
     RecordOutline outline;
     outline.fields.hunit = run.axisUnit;
+    outline.fields.mode = run.isListed ? CComDataBase::MODE_AXIS : CComDataBase::MODE_SPACING;
     outline.isComplex = std::ranges::any_of(run.channels, &SignalRun::Channel::isComplex);
     return RecordType(outline);
 }

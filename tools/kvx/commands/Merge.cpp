@@ -30,10 +30,12 @@ void RunMerge(const MergeOptions& options, ByteStream& out) {
     SignalKinds kinds = KindsFor(options.stream.FormatOfOutput());
     kinds.isJoined = kinds.isJoined || !options.isInTime;
     std::vector<MergeInput> inputs;
+    std::size_t told = 0;  // remarks of the inputs, which come first in those of the whole
     for (const std::string& input : options.inputs) {
         StreamOptions one = options.stream;
         one.input = input;
         inputs.push_back({OpenInput("merge", one, kinds), Quote(InputName(input))});
+        told += inputs.back().reader->Remarks().size();
     }
     ConvertOptions whole = options;
     whole.stream.input = options.inputs.front();
@@ -41,7 +43,7 @@ void RunMerge(const MergeOptions& options, ByteStream& out) {
         std::unique_ptr<SignalReader> reader = options.isInTime
                                                    ? JoinInTime(std::move(inputs))
                                                    : MergeChannels(std::move(inputs), OptionNames());
-        for (const std::string& remark : reader->Remarks()) Note(remark);
+        for (std::size_t i = told; i < reader->Remarks().size(); ++i) Note(reader->Remarks()[i]);
         return EditSignal(std::move(reader), {.channels = {}, .text = text});
     });
     WriteSignal("merge", whole, *merged, false, out);

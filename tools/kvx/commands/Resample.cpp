@@ -9,6 +9,8 @@
 #include <vector>
 
 #include <KvxDevCommon01/dsp/Resampling.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/SignalRuns.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
@@ -85,6 +87,7 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
     std::string report;
     std::size_t growth = 1;
     Doing("resample", input, [&] {
+        RequireLinearUnits(runs);
         for (SignalRun& run : runs) {
             const RateChange change = ChooseChange(options, run);
             plans.push_back(PlanResampling({run.delta, run.offset, run.samples}, change, options.keepDelay));
@@ -98,7 +101,10 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
         }
     });
     const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
-    const auto process = [&](std::size_t run, std::size_t) { return MakeResampler(plans[run], ends); };
+    const auto process = [&](std::size_t run, std::size_t c) {
+        const double zero = ZeroOf(runs[run].channels[c].unit);
+        return MakeShifted(MakeResampler(plans[run], ends), zero, zero);
+    };
     Stream({"resample", input, options.stream.output.name}, *reader, *writer, process, kStreamBlock / growth);
     WriteText(ReportStream(options.stream.output.name, out), report);
 }
@@ -125,7 +131,7 @@ void AddResample(Command app) {
 Ratios: 1, 2, 4, 5, 8, 10, 16, 20, 25, 32, 40, 50, 80, 100, 160, 200, 250, 320, 400, 500. The band
 up to the lower rate over 2.56 passes. Samples stand at whole multiples of their distance from 0 s,
 so that every event stays at its time. Files are read and written block by block, however long they
-are.
+are. Channels in dB are refused.
 )",
                       R"(
 awk 'BEGIN { for (i = 0; i < 8000; ++i) print sin(0.02 * i) }' > sine.txt

@@ -49,10 +49,11 @@ std::vector<CUnitCtrl> UnitsToShow(const ShowOptions& options, const CUnitCtrl& 
 }
 
 void RunShowValue(const ShowOptions& options, ByteStream& out) {
-    const CUnitCtrl from = RequireUnit(options.unit);
+    const EntryUnit entry = RequireEntryUnit(options.unit);
+    const CUnitCtrl& from = entry.unit;
     const bool isTemperature = DimensionOf(from) == CUnitCtrl::DIM_TEMPERATURE;
     const bool isAbsolute = from.IsSingle() && !options.isDifference;
-    const double standard = from.ConvItoD(ParseArgument(options.value), 1.0, isAbsolute);
+    const double standard = from.ConvItoD(ParseArgument(options.value) * entry.scale, 1.0, isAbsolute);
     if (!std::isfinite(standard))
         throw Failure(fmt::format("{} {} leaves the range of numbers", Quote(options.value), options.unit));
     const CValConv::UNIT_SUFFIX suffix = RequireSuffix(options.suffix, from);

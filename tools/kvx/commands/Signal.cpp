@@ -73,8 +73,10 @@ RecordingStatements StatementsOf(const std::string& path, const RecordingOptions
     stated.source = FromUtf8(std::filesystem::path(SourceText(path)).filename().string()).value_or(L"");
     stated.called = OptionNames(options);
     if (!options.units.empty()) {
-        for (const std::string& unit : SplitList(options.units))
-            stated.units.push_back(RequireEntryUnit(unit));
+        for (const std::string& unit : SplitList(options.units)) {
+            stated.units.emplace_back();
+            if (!unit.empty()) stated.units.back() = RequireEntryUnit(unit);
+        }
     }
     if (!options.sensitivities.empty()) {
         for (const std::string& text : SplitList(options.sensitivities)) {
@@ -124,7 +126,7 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
     AddPositive(command, options->rateName, "HZ", options->rateHz,
                 "True sampling rate; without it that of the sound file or the time column");
     AddList(command, options->unitName, options->units,
-            "Unit of the values, one for all channels or a list: g,g,N");
+            "Unit of the values, one for all channels or a list: g,g,N; an empty item leaves that of the file");
     AddList(command, "--name", options->names, "Names of the channels: top,base");
     AddList(command, "--sensitivity", options->sensitivities,
             "What the sensors give, one for all channels or a list: '100 mV/g,2.3 mV/N'");

@@ -9,18 +9,25 @@
 #include "cli/Failure.h"
 
 namespace kvx::tool {
+namespace {
+
+/// What `name` returns; an Error of it becomes a ValueError.
+template <class Name>
+auto Required(Name name) try {
+    return name();
+} catch (const Error& error) {
+    if (error.Kind() != ErrorKind::kUnknownName && error.Kind() != ErrorKind::kBadValue) throw;
+    throw ValueError(error.Sentence());
+}
+
+}  // namespace
+
 CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint) {
-    try {
-        return NamedUnit(text, hint);
-    } catch (const Error& error) {
-        if (error.Kind() != ErrorKind::kUnknownName) throw;
-        throw ValueError(error.Sentence());
-    }
+    return Required([&] { return NamedKeptUnit(text, hint); });
 }
 
 EntryUnit RequireEntryUnit(std::string_view text) {
-    if (const auto unit = ParseEntryUnit(FromUtf8(text).value_or(L""))) return *unit;
-    return RequireUnit(text);
+    return Required([&] { return NamedEntryUnit(text); });
 }
 
 CValConv::UNIT_SUFFIX RequireSuffix(std::string_view name, const CUnitCtrl& unit) {

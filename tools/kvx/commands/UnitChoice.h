@@ -14,7 +14,7 @@
 namespace kvx::tool {
 
 /// The unit named by an argument (UTF-8), among several of one name that of `hint`'s dimension. Throws
-/// ValueError, which suggests near names, when there is none.
+/// ValueError, which suggests near names, when there is none, and for one that values are not kept in.
 CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint = std::nullopt);
 
 /// The same of a unit that samples are stated in: also one that the table lacks.

@@ -60,11 +60,12 @@ void RunConvert(const UnitsOptions& options, ByteStream& out) {
         throw Failure(error.Sentence());
     }
     const double converted = ConvertValue(value, units.from, units.to);
+    const std::string unit = units.to.converted.empty() ? UnitText(units.to.unit) : options.to;
     if (!std::isfinite(converted)) {
-        throw Failure(fmt::format("{} {} leaves the range of numbers in {}", Quote(options.value),
-                                  options.from, UnitText(units.to)));
+        throw Failure(
+            fmt::format("{} {} leaves the range of numbers in {}", Quote(options.value), options.from, unit));
     }
-    WriteText(out, fmt::format("{} {}\n", FormatExact(converted), UnitText(units.to)));
+    WriteText(out, fmt::format("{} {}\n", FormatExact(converted), unit));
 }
 
 void RunUnits(const UnitsOptions& options, ByteStream& out) {
@@ -92,11 +93,12 @@ void AddUnits(Command app) {
                       "List the units of a dimension, given by its name, its code or one of its units");
     Command convert = command.AddCommand("convert", "Convert a value from one unit to another");
     convert.AddOption("VALUE", options->value, "The number to convert").Required();
-    convert.AddOption("FROM", options->from, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...").Required();
+    convert.AddOption("FROM", options->from, "Its unit: g, mm/s2, psi, degC, (m/s2)2/Hz ...").Required();
     convert.AddOption("TO", options->to, "The unit wanted").Required();
     convert.SetFooter("", R"(
 kvx units convert 1 g m/s2
 kvx units convert -40 degC degF
+kvx units convert 15 psi bar
 )");
     convert.OnRun([=](ByteStream& out) { RunConvert(*options, out); });
     command.SetFooter("", R"(
