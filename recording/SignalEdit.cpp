@@ -66,7 +66,10 @@ private:
         double scale;
         double offset;
 
-        bool AreKept() const { return from == to && scale == 1.0 && offset == 0.0; }
+        /// Of two units of one dimension the numbers differ.
+        bool AreKept() const {
+            return std::ranges::equal(UnitParts(from), UnitParts(to)) && scale == 1.0 && offset == 0.0;
+        }
     };
 
     static void Apply(const ChannelEdit& change, SignalRun::Channel* channel) {
