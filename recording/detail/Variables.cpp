@@ -17,7 +17,6 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
-#include <KvxDevCommon01/units/UnitText.h>
 #include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/StatedUnit.h>
 
