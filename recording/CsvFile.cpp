@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -17,6 +18,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
+#include <KvxRecording01/detail/FactLines.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/NearestShown.h>
 #include <KvxRecording01/detail/SafeDigits.h>
@@ -183,10 +185,23 @@ std::string AxisHeading(const CUnitCtrl& unit) {
     return Heading({isTime ? L"time" : isFrequency ? L"frequency" : L"axis", "", CUnitCtrl(dimension)});
 }
 
+/// The comment lines above a table: when and of what it was taken.
+std::string CommentsOf(const SignalRun& run, const SignalFileOptions& options) {
+    std::vector<RecordingInfo::Property> facts;
+    if (run.start) facts.push_back({"start", run.start->Text()});
+    if (!run.title.empty()) facts.push_back({"title", ToUtf8(run.title)});
+    std::ranges::move(WrittenFacts(options.facts), std::back_inserter(facts));
+    std::string comments;
+    for (const RecordingInfo::Property& fact : facts) comments += "# " + FactLine(fact) + "\n";
+    return comments;
+}
+
 class CsvSignalWriter : public SignalWriter {
 public:
-    CsvSignalWriter(const std::string& path, const SignalRun& run)
-        : written_(run), file_(WidePath(path)), csv_(file_, run.axisUnit, ColumnsOf(run)), run_(run) {}
+    CsvSignalWriter(const std::string& path, const SignalRun& run, const std::string& comments)
+        : written_(run), file_(WidePath(path)), csv_(file_, run.axisUnit, ColumnsOf(run)), run_(run) {
+        file_.Write(comments.data(), comments.size());
+    }
 
     void Write(std::size_t run, std::span<double* const> columns, std::size_t count) override {
         written_.Add(run, columns, count);
@@ -279,7 +294,9 @@ void CsvWriter::Flush() {
 std::unique_ptr<SignalWriter> CreateCsvSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options) {
     const SignalRun& run = SingleRun(runs, "a CSV table", options.called);
-    return WithErrors([&] { return std::make_unique<CsvSignalWriter>(path, run); });
+    // What reads a .csv file mostly wants its first line to be the headings.
+    const std::string comments = path.ends_with(".txt") ? CommentsOf(run, options) : std::string();
+    return WithErrors([&] { return std::make_unique<CsvSignalWriter>(path, run, comments); });
 }
 
 }  // namespace kvx

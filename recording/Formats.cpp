@@ -6,6 +6,7 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/CsmipFile.h>
 #include <KvxRecording01/GeonetFile.h>
 #include <KvxRecording01/MatFile.h>
@@ -78,16 +79,23 @@ std::unique_ptr<SignalWriter> CreateSound(const std::string& path, const std::ve
 
 constexpr std::string_view kSoundRead = "integers of 8 to 32 bits and floats, the rate, texts";
 constexpr std::string_view kSoundWritten =
-    "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, its text as a comment";
-constexpr std::string_view kSoundLost =
-    "names, units, the start, what a rate is off a whole one by up to a millionth, texts beyond 1000 "
-    "characters";
+    "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, text and facts as a "
+    "comment";
+constexpr std::string_view kSoundCuts =
+    "what a rate is off a whole one by up to a millionth, texts and facts beyond 1000 characters";
+constexpr unsigned kSoundDrops = Bit(Content::names) | Bit(Content::units) | Bit(Content::axisStart);
 // Of formats without texts.
 constexpr std::string_view kPlainSoundRead = "integers of 8 to 32 bits and floats, the rate";
 constexpr std::string_view kPlainSoundWritten =
     "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32";
-constexpr std::string_view kPlainSoundLost =
-    "names, units, texts, the start, what a rate is off a whole one by up to a millionth";
+constexpr std::string_view kPlainSoundCuts = "what a rate is off a whole one by up to a millionth";
+constexpr unsigned kTold =
+    Bit(Content::start) | Bit(Content::titles) | Bit(Content::facts) | Bit(Content::text);
+
+/// In the order of Content.
+constexpr std::string_view kContentNames[kContents] = {
+    "names", "units", "the rate", "the start of the axis", "date and time", "titles", "facts", "the text",
+};
 
 // The order is that in which first bytes are looked at: what only its lines tell stands behind what a mark
 // tells, and text tables, which nothing tells, come last.
@@ -101,7 +109,8 @@ constexpr FormatRow kFormats[] = {
         .create = CreateDataFileSignal,
         .read = "all records of the kinds that hold some, of both generations",
         .written = "a record per axis, unit and kind of values, of the current generation",
-        .lost = "texts beyond 257 characters",
+        .drops = Bit(Content::start) | Bit(Content::titles) | Bit(Content::facts),
+        .cuts = "texts beyond 257 characters",
     },
     {
         .format = Format::wav,
@@ -113,9 +122,10 @@ constexpr FormatRow kFormats[] = {
         .create = CreateSound<Format::wav>,
         .read = kSoundRead,
         .written =
-            "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, its text as a "
-            "comment; RF64 beyond 4 GiB",
-        .lost = kSoundLost,
+            "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, text and facts as a "
+            "comment, date and time; RF64 beyond 4 GiB",
+        .drops = kSoundDrops,
+        .cuts = kSoundCuts,
         .hasOneRun = true,
     },
     {
@@ -128,7 +138,8 @@ constexpr FormatRow kFormats[] = {
         .create = CreateSound<Format::rf64>,
         .read = kSoundRead,
         .written = kSoundWritten,
-        .lost = kSoundLost,
+        .drops = kSoundDrops,
+        .cuts = kSoundCuts,
         .hasOneRun = true,
     },
     {
@@ -141,7 +152,8 @@ constexpr FormatRow kFormats[] = {
         .create = CreateSound<Format::wave64>,
         .read = kPlainSoundRead,
         .written = kPlainSoundWritten,
-        .lost = kPlainSoundLost,
+        .drops = kSoundDrops | kTold,
+        .cuts = kPlainSoundCuts,
         .hasOneRun = true,
     },
     {
@@ -154,7 +166,8 @@ constexpr FormatRow kFormats[] = {
         .create = CreateSound<Format::aiff>,
         .read = kSoundRead,
         .written = kSoundWritten,
-        .lost = kSoundLost,
+        .drops = kSoundDrops | Bit(Content::start),
+        .cuts = kSoundCuts,
         .hasOneRun = true,
     },
     {
@@ -167,7 +180,8 @@ constexpr FormatRow kFormats[] = {
         .create = CreateSound<Format::au>,
         .read = kPlainSoundRead,
         .written = kPlainSoundWritten,
-        .lost = kPlainSoundLost,
+        .drops = kSoundDrops | kTold,
+        .cuts = kPlainSoundCuts,
         .hasOneRun = true,
     },
     {
@@ -180,7 +194,8 @@ constexpr FormatRow kFormats[] = {
         .create = CreateSound<Format::caf>,
         .read = kSoundRead,
         .written = kSoundWritten,
-        .lost = kSoundLost,
+        .drops = kSoundDrops,
+        .cuts = kSoundCuts,
         .hasOneRun = true,
     },
     {
@@ -193,8 +208,10 @@ constexpr FormatRow kFormats[] = {
         .create = CreateSound<Format::flac>,
         .read = kSoundRead,
         .written =
-            "one run of up to 8 channels of waveforms as integers of 16 or 24 bits, its text as a comment",
-        .lost = kSoundLost,
+            "one run of up to 8 channels of waveforms as integers of 16 or 24 bits, text and facts as a "
+            "comment, date and time",
+        .drops = kSoundDrops,
+        .cuts = kSoundCuts,
         .hasOneRun = true,
     },
     {
@@ -219,7 +236,7 @@ constexpr FormatRow kFormats[] = {
         .read = "numeric variables of levels 4, 5 and 7.3, also compressed and in structures, with the axis, "
                 "names and units that other variables state",
         .written = "a variable per channel, those of several runs in structures; level 5",
-        .lost = "runs of one sample; more than 2 GiB in a variable",
+        .cuts = "runs of one sample; more than 2 GiB in a variable; facts beyond 1000, or 1000 bytes in one",
     },
     {
         .format = Format::npy,
@@ -231,9 +248,9 @@ constexpr FormatRow kFormats[] = {
         .create = CreateNpySignal,
         .read = "one array of numbers or of records of numbers",
         .written = "one run of time waveforms as an array, samples by channels",
-        .lost = "names, units, the rate and the start; which way the time goes where there are fewer samples "
-                "than "
-                "channels",
+        .drops = Bit(Content::names) | Bit(Content::units) | Bit(Content::rate) | Bit(Content::axisStart) |
+                 kTold,
+        .cuts = "which way the time goes where there are fewer samples than channels",
         .hasOneRun = true,
     },
     {
@@ -247,7 +264,7 @@ constexpr FormatRow kFormats[] = {
         .read =
             "arrays of numbers, stored or deflated, with the axis, names and units that other arrays state",
         .written = "an array per channel, those of several runs in folders",
-        .lost = "runs of one sample",
+        .cuts = "runs of one sample; facts beyond 1000, or 1000 bytes in one",
     },
     {
         .format = Format::universal,
@@ -260,9 +277,9 @@ constexpr FormatRow kFormats[] = {
         .read = "functions (dataset 58), text and binary, with names, units and axes; what nodes and title "
                 "say as properties",
         .written = "all runs, a function per channel, as doubles or as text of 13 digits",
-        .lost = "names and texts beyond 80 bytes, titles that name no kind of function, missing values; as "
-                "text the "
-                "digits beyond 13 and those of listed places beyond 6",
+        .cuts = "names and texts beyond 80 bytes, titles that name no kind of function, facts other than ID "
+                "lines, model, description and program, missing values; as text the digits beyond 13 and "
+                "those of listed places beyond 6",
     },
     {
         .format = Format::loggerText,
@@ -285,9 +302,10 @@ constexpr FormatRow kFormats[] = {
         .written =
             "one channel over time, or complex over frequency, as floats of 32 bits; motion in nm, nm/s "
             "and nm/s2, voltage in V",
-        .lost =
-            "digits beyond 24 bits, units of other values, names and their parts beyond 8 and texts beyond "
-            "16 bytes",
+        .drops = Bit(Content::units) | Bit(Content::titles),
+        .cuts = "digits beyond 24 bits, of the date and time those beyond milliseconds, facts that are no "
+                "fields of the header, names and their parts beyond 8 and texts beyond 16 bytes",
+        .takesUnit = IsSacUnit,
         .hasOneRun = true,
     },
     {
@@ -329,7 +347,8 @@ constexpr FormatRow kFormats[] = {
                 "dates or frequencies as their axis; complex numbers in one field or two columns",
         .written = "one run: the axis and a column per channel, two of a complex one; numbers that read back "
                    "as they were",
-        .lost = "the text of the recording",
+        .drops = Bit(Content::text),
+        .cuts = "in .csv also date and time, titles and facts, which .txt holds in comment lines",
         .hasOneRun = true,
     },
 };
@@ -344,6 +363,44 @@ const FormatRow& RowOf(Format format) {
     const auto row = std::ranges::find(kFormats, format, &FormatRow::format);
     if (row == std::end(kFormats)) throw Error(ErrorKind::kUnsupported, "it is of no format that is known");
     return *row;
+}
+
+std::string LostIn(const FormatRow& row) {
+    std::string text;
+    for (std::size_t i = 0; i < kContents; ++i) {
+        const bool isDropped = (row.drops & 1U << i) != 0;
+        if (!isDropped) continue;
+        const bool isInPart = row.takesUnit != nullptr && static_cast<Content>(i) == Content::units;
+        text += (text.empty() ? "" : ", ") + std::string(kContentNames[i]) + (isInPart ? " of other values" : "");
+    }
+    if (!row.cuts.empty()) text += (text.empty() ? "" : "; ") + std::string(row.cuts);
+    return text;
+}
+
+std::string RemarkOnLoss(const FormatRow& row, const std::vector<SignalRun>& runs,
+                         const std::vector<RecordingInfo::Property>& facts) {
+    if ((row.drops & Bit(Content::units)) == 0) return {};
+    unsigned held = facts.empty() ? 0U : Bit(Content::facts);
+    for (const SignalRun& run : runs) {
+        if (!run.isListed) held |= Bit(Content::rate);
+        if (!run.isListed && run.offset != 0) held |= Bit(Content::axisStart);
+        if (run.start) held |= Bit(Content::start);
+        if (!run.title.empty()) held |= Bit(Content::titles);
+        for (const SignalRun::Channel& channel : run.channels) {
+            if (!channel.name.empty() && channel.name != L"ch" + std::to_wstring(channel.number))
+                held |= Bit(Content::names);
+            const bool isTaken = row.takesUnit != nullptr && row.takesUnit(channel.unit);
+            if (DimensionOf(channel.unit) != CUnitCtrl::DIM_NONE && !isTaken) held |= Bit(Content::units);
+        }
+    }
+    const unsigned lost = held & row.drops;
+    std::string text;
+    for (std::size_t i = 0; i < kContents; ++i) {
+        if ((lost & 1U << i) == 0) continue;
+        const bool isLast = lost >> (i + 1) == 0;
+        text += (text.empty() ? "" : isLast ? " and " : ", ") + std::string(kContentNames[i]);
+    }
+    return text.empty() ? text : std::string(row.name) + " has no place for " + text + "; they are left out";
 }
 
 std::optional<Format> FormatOfEnd(std::string_view end) {

@@ -30,6 +30,14 @@ enum class FormatKind {
     binary,  ///< numbers in a unit that the file may state
 };
 
+/// What a recording has beside its samples and a format may have no place for.
+enum class Content : unsigned { names, units, rate, axisStart, start, titles, facts, text };
+inline constexpr std::size_t kContents = 8;
+
+constexpr unsigned Bit(Content content) {
+    return 1U << static_cast<unsigned>(content);
+}
+
 struct FormatRow {
     /// Opens the file at `path` (UTF-8) for reading. Throws Error.
     using Open = std::unique_ptr<RecordingReader> (*)(const std::string& path, const FormatRow& row,
@@ -52,7 +60,9 @@ struct FormatRow {
     Create create = nullptr;        ///< null for what is only read
     std::string_view read;          ///< what is read of it
     std::string_view written = {};  ///< what is written
-    std::string_view lost = {};     ///< what a recording has and the format cannot hold
+    unsigned drops = 0;          ///< bits of what it has no place for
+    std::string_view cuts = {};  ///< what of a recording it holds in part
+    bool (*takesUnit)(const CUnitCtrl& unit) = nullptr;  ///< the units that it holds, where it drops others
     bool hasOneRun = false;         ///< whether a file that is written has room for one run only
 };
 
@@ -61,6 +71,14 @@ KVX_RECORDING_API std::span<const FormatRow> Formats();
 
 /// The row of a format other than none.
 KVX_RECORDING_API const FormatRow& RowOf(Format format);
+
+/// What a recording has and a format cannot hold, for a person: "names, units, texts beyond 1000 characters".
+KVX_RECORDING_API std::string LostIn(const FormatRow& row);
+
+/// A sentence on what of these runs, and of what else is told about them, is not in the file that they become:
+/// "a WAV file holds no names and no units". Of a format that holds units it is empty, as LostIn tells.
+KVX_RECORDING_API std::string RemarkOnLoss(const FormatRow& row, const std::vector<SignalRun>& runs,
+                                           const std::vector<RecordingInfo::Property>& facts = {});
 
 /// The format whose file names end so (".wav", in small letters); no value when none does.
 KVX_RECORDING_API std::optional<Format> FormatOfEnd(std::string_view end);

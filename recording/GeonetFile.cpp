@@ -59,20 +59,22 @@ std::vector<std::optional<double>> Numbers(LineCursor& lines, std::size_t count)
     return HeaderNumbers(lines, count, kPerLine, width);
 }
 
-/// The time of the first sample: "2016-02-14T00:13:25.845".
-std::string StartOf(const std::vector<std::optional<double>>& whole) {
+/// The time of the first sample, universal time.
+std::optional<StartTime> StartOf(const std::vector<std::optional<double>>& whole) {
     constexpr std::size_t kPlaces[] = {9,  10, 19,
                                        20, 39, 40};  // year, month, day, hour, minute, milliseconds
     std::int64_t parts[std::size(kPlaces)];
     for (std::size_t i = 0; i < std::size(kPlaces); ++i) {
         const std::optional<double>& number = whole[kPlaces[i] - 1];
-        if (!number || !(*number >= 0.0 && *number <= 99999.0)) return {};
+        if (!number || !(*number >= 0.0 && *number <= 99999.0)) return std::nullopt;
         parts[i] = static_cast<std::int64_t>(*number);
     }
-    if (parts[0] == 0) return {};
-    return Padded(parts[0], 4) + "-" + Padded(parts[1], 2) + "-" + Padded(parts[2], 2) + "T" +
-           Padded(parts[3], 2) + ":" + Padded(parts[4], 2) + ":" + Padded(parts[5] / 1000, 2) + "." +
-           Padded(parts[5] % 1000, 3);
+    if (parts[0] == 0 || parts[3] > 23 || parts[4] > 59) return std::nullopt;
+    constexpr std::int64_t kMilli = StartTime::kPartsPerSecond / 1000;
+    auto start = StartOnDate(static_cast<int>(parts[0]), static_cast<int>(parts[1]), static_cast<int>(parts[2]),
+                             parts[3] * 3600 + parts[4] * 60 + parts[5] / 1000, parts[5] % 1000 * kMilli);
+    if (start) start->isUniversal = true;
+    return start;
 }
 
 void AddComponent(LineCursor& lines, bool isFirst, NumberRecording* recording) {
@@ -88,7 +90,6 @@ void AddComponent(LineCursor& lines, bool isFirst, NumberRecording* recording) {
     if (isFirst) {
         for (std::size_t i = 0; i < kTextLines; ++i)
             if (*kTextNames[i] != '\0') recording->State(kTextNames[i], texts[i]);
-        recording->State("start", StartOf(whole));
         if (const auto gravity = real[29])
             recording->State("local gravity [mm/s2]", FormatNumber(*gravity, 9));
     }
@@ -108,6 +109,8 @@ void AddComponent(LineCursor& lines, bool isFirst, NumberRecording* recording) {
         if (const auto unit = FindMotionUnit(quantity.unit)) StateMotionUnit(&channel, *unit, factor);
         const NumberBlock block = TakeBlock(lines, count, kPerLine);
         recording->AddChannel(FromUtf8Replacing(texts[2]), delta, std::move(channel), block);
+        RecordingInfo::Run& run = recording->Info().runs.back();
+        if (run.channels.size() == 1) run.start = StartOf(whole);
     }
 }
 

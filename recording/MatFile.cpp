@@ -402,10 +402,16 @@ VariableStock ReadLevel5(const ByteStretch& file, std::string_view header) {
 
 // ---- level 7.3: objects of HDF5 ----
 
+/// Whether an attribute says that there is nothing: its value does, not that it is there.
+bool IsStatedEmpty(const Hdf5Object& object) {
+    const auto stated = object.attributes.find("MATLAB_empty");
+    return stated != object.attributes.end() && stated->second != "0";
+}
+
 Variable::Value TakeLetters(const Hdf5Object& object) {
     const std::uint64_t bytes = BytesOf(object.dimensions, object.elementBytes);
     if (bytes > kMostText) return Variable::LeftOut{"it is a long text"};
-    if (object.bytes == nullptr || object.attributes.contains("MATLAB_empty")) return Variable::Texts{L""};
+    if (object.bytes == nullptr || IsStatedEmpty(object)) return Variable::Texts{L""};
     if (object.parts.size() != 1 || object.elementBytes > 4)
         return Variable::LeftOut{"it is a text of another kind"};
     std::vector<std::byte> raw(static_cast<std::size_t>(bytes));
@@ -475,7 +481,7 @@ Variable::Value TakeObject(const Hdf5Object& object, Level73* level) {
     if (kind == "char") return TakeLetters(object);
     if (kind == "cell") return TakeCells(object, level);
     if (std::ranges::find(kNumeric, kind) == std::end(kNumeric)) return Variable::LeftOut{"it is an object"};
-    if (object.attributes.contains("MATLAB_empty")) return Variable::LeftOut{"it is empty"};
+    if (IsStatedEmpty(object)) return Variable::LeftOut{"it is empty"};
     const ArrayShape shape = ShapeOf({object.dimensions.rbegin(), object.dimensions.rend()});
     if (!shape.leftOut.empty()) return Variable::LeftOut{shape.leftOut};
     if (object.parts.empty()) return Variable::LeftOut{"it holds no numbers"};
@@ -719,7 +725,8 @@ FilePlan StructureMatrix(const std::string& name, const std::vector<WrittenVaria
 
 class MatSignalWriter : public VariableWriter {
 public:
-    MatSignalWriter(const std::string& path, const std::vector<SignalRun>& runs, const std::wstring& text)
+    MatSignalWriter(const std::string& path, const std::vector<SignalRun>& runs,
+                    const SignalFileOptions& options)
         : VariableWriter(path, runs) {
         // Without the time of day, equal samples make equal files.
         std::string header = "MATLAB 5.0 MAT-file, written by KvxDevCommon01";
@@ -728,14 +735,15 @@ public:
         FilePlan plan;
         plan.Add(header);
         plan.Add({"\0\1IM", 4});
+        for (const WrittenVariable& variable : VariablesOf(options.text, options.facts))
+            plan.Append(AnyMatrix(variable.name, variable, 0));
         if (runs.size() == 1) {
-            for (const WrittenVariable& variable : VariablesOf(runs.front(), text, false))
+            for (const WrittenVariable& variable : VariablesOf(runs.front(), false))
                 plan.Append(AnyMatrix(variable.name, variable, 0));
         } else {
-            if (!text.empty()) plan.Append(TextMatrix("text", text));
             for (std::size_t r = 0; r < runs.size(); ++r)
                 plan.Append(
-                    StructureMatrix("run" + std::to_string(r + 1), VariablesOf(runs[r], {}, true), r));
+                    StructureMatrix("run" + std::to_string(r + 1), VariablesOf(runs[r], true), r));
         }
         Begin(plan);
     }
@@ -745,7 +753,7 @@ public:
 
 std::unique_ptr<SignalWriter> CreateMatSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options) {
-    return WithErrors([&] { return std::make_unique<MatSignalWriter>(path, runs, options.text); });
+    return WithErrors([&] { return std::make_unique<MatSignalWriter>(path, runs, options); });
 }
 
 bool IsMatLevel4(std::string_view begin) {

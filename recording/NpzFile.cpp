@@ -83,15 +83,15 @@ std::string ArrayHeader(const WrittenVariable& variable, FilePlan* rest, std::si
 
 class NpzSignalWriter : public VariableWriter {
 public:
-    NpzSignalWriter(const std::string& path, const std::vector<SignalRun>& runs, const std::wstring& text)
+    NpzSignalWriter(const std::string& path, const std::vector<SignalRun>& runs,
+                    const SignalFileOptions& options)
         : VariableWriter(path, runs) {
         FilePlan plan;
-        if (runs.size() > 1 && !text.empty()) AddArray({"text", text}, {}, 0, &plan);
+        for (const WrittenVariable& variable : VariablesOf(options.text, options.facts))
+            AddArray(variable, {}, 0, &plan);
         for (std::size_t r = 0; r < runs.size(); ++r) {
             const std::string folder = runs.size() > 1 ? "run" + std::to_string(r + 1) + "/" : "";
-            const bool isOneOfSeveral = runs.size() > 1;
-            for (const WrittenVariable& variable :
-                 VariablesOf(runs[r], isOneOfSeveral ? std::wstring() : text, isOneOfSeveral))
+            for (const WrittenVariable& variable : VariablesOf(runs[r], runs.size() > 1))
                 AddArray(variable, folder, r, &plan);
         }
         end_ = plan.Size();
@@ -139,7 +139,7 @@ private:
 
 std::unique_ptr<SignalWriter> CreateNpzSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options) {
-    return WithErrors([&] { return std::make_unique<NpzSignalWriter>(path, runs, options.text); });
+    return WithErrors([&] { return std::make_unique<NpzSignalWriter>(path, runs, options); });
 }
 
 bool IsNpz(std::string_view begin) {

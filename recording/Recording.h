@@ -14,6 +14,7 @@
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxRecording01/Export.h>
+#include <KvxRecording01/StartTime.h>
 
 namespace kvx {
 
@@ -91,7 +92,8 @@ struct RecordingInfo {
         std::wstring title = {};  ///< may be empty
         RecordedAxis axis = {};
         std::vector<Channel> channels = {};
-        __int64 samples = 0;  ///< of each channel, 1 or more
+        __int64 samples = 0;                              ///< of each channel, 1 or more
+        std::optional<StartTime> start = std::nullopt;  ///< when the first sample was taken
     };
     /// A fact that the file tells about itself.
     struct Property {
@@ -101,7 +103,8 @@ struct RecordingInfo {
     std::vector<Run> runs;             ///< one or more
     bool hasFullScale = false;         ///< whether samples are parts of a full scale, read as 1.0
     std::vector<std::string> remarks;  ///< sentences on what was assumed of the file
-    std::vector<Property> properties;
+    std::vector<Property> properties;  ///< other than those that have a member of their own
+    std::wstring text = {};            ///< the free text of the file; may be empty
 };
 
 class KVX_RECORDING_API RecordingReader {

@@ -130,19 +130,24 @@ std::optional<bool> IsBigEndianHeader(std::string_view begin) {
     return std::nullopt;
 }
 
+constexpr __int64 kPartsPerMilli = StartTime::kPartsPerSecond / 1000;
+
 /// A text up to a zero, without blanks around it; empty for one that is not known.
 std::string FieldText(std::string_view bytes) {
     std::string text = PlainLine(bytes.substr(0, bytes.find('\0')));
     return text == "-12345" ? "" : text;
 }
 
-std::string StartOf(const Header& header) {
-    for (std::size_t i = kYear; i < kYear + 6; ++i) {
-        if (header.wholes[i] < 0 || header.wholes[i] > 9999) return {};
-    }
-    const auto part = [&](std::size_t i, std::size_t digits) { return Padded(header.wholes[i], digits); };
-    return part(0, 4) + "-" + part(1, 3) + "T" + part(2, 2) + ":" + part(3, 2) + ":" + part(4, 2) + "." +
-           part(5, 3);
+/// The time that places count from, universal time.
+std::optional<StartTime> ReferenceOf(const Header& header) {
+    const auto part = [&](std::size_t i) { return header.wholes[kYear + i]; };
+    const bool isClock = part(2) >= 0 && part(2) < 24 && part(3) >= 0 && part(3) < 60 && part(4) >= 0 &&
+                         part(4) <= 60 && part(5) >= 0 && part(5) < 1000;
+    if (!isClock || part(0) < 0 || part(0) > 9999 || part(1) < 1 || part(1) > 366) return std::nullopt;
+    auto start = StartOnDay(static_cast<int>(part(0)), static_cast<int>(part(1)),
+                            part(2) * 3600 + part(3) * 60 + part(4), part(5) * kPartsPerMilli);
+    if (start) start->isUniversal = true;
+    return start;
 }
 
 /// What the header says of the recording. The run has its axis, count and channel.
@@ -186,8 +191,12 @@ RecordingInfo InfoOf(const Header& header) {
     const auto state = [&](const char* property, const std::string& text) {
         if (*property != '\0' && !text.empty()) info.properties.push_back({property, text});
     };
-    state("start", StartOf(header));
-    for (std::size_t i = 0; i < kTexts; ++i) state(kTextNames[i], header.texts[i]);
+    const bool hasBegin = std::isfinite(header.reals[kBegin]) && header.reals[kBegin] != kUnknown;
+    run.start = ReferenceOf(header);
+    if (run.start && hasBegin && !isSpectrum) run.start = run.start->Later(header.reals[kBegin]);
+    info.text = FromUtf8Replacing(header.texts[kEvent]);
+    for (std::size_t i = 0; i < kTexts; ++i)
+        if (i != kEvent) state(kTextNames[i], header.texts[i]);
     for (std::size_t i = 0; i < kReals; ++i) {
         if (header.reals[i] != kUnknown) state(kRealNames[i], FormatNumber(header.reals[i], 15));
     }
@@ -432,16 +441,17 @@ constexpr std::int32_t kUnknownDependent = 5;
 /// A file of version 7, whose footer holds the axis in double precision.
 class SacWriter : public SignalWriter {
 public:
-    SacWriter(const std::string& path, const SignalRun& run, const std::wstring& text)
+    SacWriter(const std::string& path, const SignalRun& run, const SignalFileOptions& options)
         : written_(run), run_(run), file_(WidePath(path)) {
+        TakeFacts(options.facts);
         const SignalRun::Channel& channel = run.channels.front();
         const auto* const kind =
             std::ranges::find(kWrittenKinds, DimensionOf(channel.unit), &WrittenKind::dimension);
         const bool isPlain =
             channel.unit.IsSingle() && UnitParts(channel.unit).front().calc == CUnitCtrl::CALC_PLAIN;
         if (kind != std::end(kWrittenKinds) && isPlain && !channel.isComplex) kind_ = *kind;
-        texts_ = NameFields(channel.name);
-        texts_[kEvent] = text;
+        texts_.merge(NameFields(channel.name));
+        texts_[kEvent] = options.text;
         first_ = static_cast<double>(run.offset) * run.delta;
         last_ = first_ + static_cast<double>(run.samples - 1) * run.delta;
     }
@@ -481,6 +491,7 @@ public:
         written_.RequireAll();
         WithErrors([&] {
             file_.Seek(0);
+            SetReference();
             const std::string header = Header();
             file_.Write(header.data(), header.size());
             file_.Seek(kHeaderBytes + 4 * run_.Columns() * static_cast<std::uint64_t>(run_.samples));
@@ -491,6 +502,44 @@ public:
     }
 
 private:
+    /// Takes the facts that are fields of the header, other than those of the channel's name and what the
+    /// samples tell.
+    void TakeFacts(std::span<const RecordingInfo::Property> facts) {
+        constexpr std::string_view kOwn[] = {"kstnm",  "kevnm",  "khole",  "knetwk", "kcmpnm", "delta",
+                                             "b",      "e",      "depmin", "depmax", "depmen", "odelta",
+                                             "nvhdr",  "npts",   "iftype", "idep",   "leven",  "nzyear",
+                                             "nzjday", "nzhour", "nzmin",  "nzsec",  "nzmsec", "iztype"};
+        for (const auto& [name, text] : facts) {
+            if (name.empty() || std::ranges::find(kOwn, name) != std::end(kOwn)) continue;
+            const auto fieldIn = [&](std::span<const char* const> names) {
+                const auto at = std::ranges::find(names, std::string_view(name),
+                                                  [](const char* each) { return std::string_view(each); });
+                return static_cast<std::size_t>(at - names.begin());
+            };
+            const std::optional<double> number = ParseNumber(text);
+            if (const std::size_t field = fieldIn(kTextNames); field < kTexts) {
+                texts_[field] = FromUtf8Replacing(text);
+            } else if (const std::size_t real = fieldIn(kRealNames); number && real < kReals) {
+                reals_[real] = *number;
+            } else if (const std::size_t whole = fieldIn(kWholeNames);
+                       number && whole < kWholes && std::abs(*number) <= 2147483647.0) {
+                wholes_[whole] = static_cast<std::int32_t>(*number);
+            }
+        }
+    }
+
+    /// Sets the fields of the time that places count from, which has no digits below milliseconds.
+    void SetReference() {
+        std::optional<StartTime> reference = run_.start;
+        if (reference && run_.axisUnit == CUnitCtrl::DIM_TIME)
+            reference = reference->Later(-first_)->Later(0.0005);
+        if (!reference) return;
+        const StartTime::Calendar date = reference->Date();
+        const int parts[] = {date.year,   date.dayOfYear, date.hour,
+                             date.minute, date.second,    static_cast<int>(reference->parts / kPartsPerMilli)};
+        for (std::size_t i = 0; i < std::size(parts); ++i) wholes_[kYear + i] = parts[i];
+    }
+
     /// Turns values of the standard unit into those of the channel's.
     void ToShown(std::span<double* const> columns, std::size_t count) const {
         const CUnitCtrl& unit = run_.channels.front().unit;
@@ -518,7 +567,7 @@ private:
         std::string bytes;
         for (std::size_t i = 0; i < kReals; ++i) {
             const std::string_view name = kRealNames[i];
-            double value = kUnknown;
+            double value = reals_.contains(i) ? reals_.at(i) : kUnknown;
             if (name == "delta" && !run_.isListed) value = run_.delta;
             if (name == "b") value = first_;
             if (name == "e") value = last_;
@@ -528,12 +577,13 @@ private:
             bytes += BytesOf(static_cast<float>(value));
         }
         for (std::size_t i = 0; i < kWholes; ++i) {
-            std::int32_t value = static_cast<std::int32_t>(kUnknown);
+            std::int32_t value = wholes_.contains(i) ? wholes_.at(i) : static_cast<std::int32_t>(kUnknown);
             if (i == kVersion) value = 7;
             if (i == kCount) value = static_cast<std::int32_t>(run_.samples);
             if (i == kType) value = channel.isComplex ? kRealImaginary : kTime;
             if (i == kDependent) value = kind_.dependent;
-            if (i >= kIsEven) value = i == kIsEven ? !run_.isListed : i < kIsEven + 4;
+            if (i == kIsEven) value = !run_.isListed;
+            if (i > kIsEven && !wholes_.contains(i)) value = i < kIsEven + 4;
             bytes += LittleEndian(static_cast<std::uint32_t>(value), 4);
         }
         for (std::size_t i = 0; i < kTexts; ++i)
@@ -544,7 +594,7 @@ private:
     std::string Footer() const {
         std::string bytes;
         for (const std::size_t field : kFooterFields) {
-            double value = kUnknown;
+            double value = reals_.contains(field) ? reals_.at(field) : kUnknown;
             if (field == kDelta && !run_.isListed) value = run_.delta;
             if (field == kBegin) value = first_;
             if (field == kBegin + 1) value = last_;
@@ -555,7 +605,9 @@ private:
 
     WrittenRun written_;
     SignalRun run_;
-    std::map<std::size_t, std::wstring> texts_;  ///< by their fields
+    std::map<std::size_t, std::wstring> texts_;  ///< by their fields, as the numbers
+    std::map<std::size_t, double> reals_;
+    std::map<std::size_t, std::int32_t> wholes_;
     OutputFile file_;
     WrittenKind kind_ = {CUnitCtrl::DIM_NONE, kUnknownDependent, 1.0};
     __int64 done_ = 0;
@@ -598,6 +650,12 @@ std::unique_ptr<RecordingReader> OpenSac(std::unique_ptr<ByteStream> stream) {
     });
 }
 
+bool IsSacUnit(const CUnitCtrl& unit) {
+    return DimensionOf(unit) == CUnitCtrl::DIM_NONE ||
+           std::ranges::find(kWrittenKinds, DimensionOf(unit), &WrittenKind::dimension) !=
+               std::end(kWrittenKinds);
+}
+
 std::unique_ptr<SignalWriter> CreateSacSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options) {
     const SignalRun& run = SingleRun(runs, "a SAC file", options.called);
@@ -611,7 +669,7 @@ std::unique_ptr<SignalWriter> CreateSacSignal(const std::string& path, const std
     }
     if (run.samples > std::numeric_limits<std::int32_t>::max())
         throw Error(ErrorKind::kUnsupported, "a SAC file holds at most 2147483647 samples");
-    return WithErrors([&] { return std::make_unique<SacWriter>(path, run, options.text); });
+    return WithErrors([&] { return std::make_unique<SacWriter>(path, run, options); });
 }
 
 }  // namespace kvx

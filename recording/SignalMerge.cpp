@@ -92,6 +92,7 @@ public:
                 runs_.front().channels.clear();
             } else {
                 RequireSameAxis(input, runs.front());
+                TakeStart(input, runs.front());
             }
             for (SignalRun::Channel channel : runs.front().channels) {
                 channel.number = runs_.front().channels.size() + 1;
@@ -141,6 +142,15 @@ private:
             Refuse(first, other, "one at " + AxisText(expected.axisUnit, StartOf(expected)),
                    "its first sample at " + AxisText(run.axisUnit, StartOf(run)));
         }
+    }
+
+    /// The start of the first input that tells one holds for all.
+    void TakeStart(const MergeInput& other, const SignalRun& run) {
+        std::optional<StartTime>& start = runs_.front().start;
+        if (!start) start = run.start;
+        if (!run.start || *run.start == *start) return;
+        remarks_.push_back(other.name + " started at " + run.start->Text() + ", the merged one is said to at " +
+                           start->Text());
     }
 
     void RequireSamePlaces(const MergeInput& other, std::span<const double> places) const {
@@ -261,7 +271,19 @@ private:
                                AxisText(run.axisUnit, static_cast<double>(end) * joined->delta) +
                                ", where the one before it ends");
         }
+        RemarkOnGap(other, run, *joined);
         joined->samples += run.samples;
+    }
+
+    /// Remarks on a start that is not where the samples so far end.
+    void RemarkOnGap(const MergeInput& other, const SignalRun& run, const SignalRun& joined) {
+        if (!run.start || !joined.start || run.isListed || run.axisUnit != CUnitCtrl::DIM_TIME) return;
+        const double gap =
+            run.start->Since(*joined.start) - static_cast<double>(joined.samples) * joined.delta;
+        if (std::abs(gap) <= joined.delta) return;
+        remarks_.push_back(other.name + " started " + FormatNumber(std::abs(gap), 6) + " s " +
+                           (gap > 0.0 ? "after" : "before") + " the end of what it is joined to, at " +
+                           run.start->Text() + ", which is not kept");
     }
 
     std::vector<Turn> turns_;  ///< per run

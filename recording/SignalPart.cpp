@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,7 @@ struct Piece {
     __int64 count = 0;
     double lowest = 0.0;  ///< where the run begins and ends
     double highest = 0.0;
+    double later = 0.0;  ///< by how much its first sample stands behind that of the run
 };
 
 bool IsInside(const AxisPart& part, double place) {
@@ -38,11 +40,18 @@ __int64 CountBefore(const SignalRun& run, double place) {
     return std::isnan(index) ? 0 : static_cast<__int64>(std::clamp(index, 0.0, most));
 }
 
+/// The distance of so many samples.
+double LengthOf(const SignalRun& run, __int64 samples) {
+    const double rate = std::round(1.0 / run.delta);
+    const bool isWhole = rate >= 1.0 && 1.0 / rate == run.delta;
+    return isWhole ? static_cast<double>(samples) / rate : static_cast<double>(samples) * run.delta;
+}
+
 Piece PieceOf(const SignalRun& run, std::size_t number, const AxisPart& part) {
     const __int64 first = part.start ? CountBefore(run, *part.start) : 0;
     const __int64 end = part.end ? CountBefore(run, *part.end) : run.samples;
     return {number, first, std::max<__int64>(0, end - first), static_cast<double>(run.offset) * run.delta,
-            static_cast<double>(run.offset + run.samples - 1) * run.delta};
+            static_cast<double>(run.offset + run.samples - 1) * run.delta, LengthOf(run, first)};
 }
 
 /// The same of a run with listed places, by a pass over it. The samples need not stand together.
@@ -50,12 +59,14 @@ Piece PassOver(SignalReader& reader, std::size_t number, const AxisPart& part,
                const ProgressFunction& progress) {
     Piece piece = {number, 0, 0, std::numeric_limits<double>::infinity(),
                    -std::numeric_limits<double>::infinity()};
+    std::optional<double> firstPlace;
     const auto take = [&](std::span<double* const> columns, std::size_t count) {
+        if (!firstPlace && count > 0) firstPlace = columns[0][0];
         for (const double place : std::span(columns[0], count)) {
             piece.lowest = std::min(piece.lowest, place);
             piece.highest = std::max(piece.highest, place);
             if (IsInside(part, place)) {
-                ++piece.count;
+                if (piece.count++ == 0) piece.later = place - *firstPlace;
             } else if (piece.count == 0) {
                 ++piece.first;
             }
@@ -92,6 +103,8 @@ public:
             SignalRun& run = runs_.emplace_back(whole);
             run.samples = piece.count;
             if (!run.isListed) run.offset += piece.first;
+            if (run.start && run.axisUnit == CUnitCtrl::DIM_TIME && piece.later != 0.0)
+                run.start = run.start->Later(piece.later);
             left_.push_back(piece);
         }
         if (runs_.empty()) throw Error(ErrorKind::kBadValue, remarks_.back());

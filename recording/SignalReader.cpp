@@ -87,7 +87,7 @@ public:
         const double fullScale = statements.fullScale.value_or(1.0);
         if (!(fullScale > 0.0) || !std::isfinite(fullScale))
             throw StatementError(statements.called.fullScale + " is not a number above 0");
-        text_ = statements.source;
+        text_ = recording_->Info().text.empty() ? statements.source : recording_->Info().text;
         remarks_ = recording_->Info().remarks;
         properties_ = recording_->Info().properties;
         const std::vector<Channel> chosen = SelectChannels(OutlinesOf(recording_->Info()), choice);
@@ -165,6 +165,7 @@ private:
         if (!recordedAxis.unknownUnit.empty()) TakeUnknownAxis(number, statements, &recordedAxis);
         run.axisUnit = recordedAxis.unit;
         run.title = recorded.title;
+        run.start = recorded.start;
         run.isListed =
             recordedAxis.isListed && !(statements.rateHz && recordedAxis.unit == CUnitCtrl::DIM_TIME);
         if (!run.isListed) {
@@ -462,6 +463,7 @@ std::vector<std::string> TextOptions::Stated() const {
         {skippedLines > 0, called.skip},
         {comments != TextOptions().comments, called.comment},
         {missing.has_value(), called.missing},
+        {dateOrder.has_value(), called.dates},
         {codePage != 0, encodingName},
     };
     std::vector<std::string> names;

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -38,6 +39,7 @@ struct SignalRun {
     CUnitCtrl axisUnit = CUnitCtrl(CUnitCtrl::DIM_TIME);
     bool isListed = false;  ///< whether each sample has a place of its own
     std::wstring title = {};
+    std::optional<StartTime> start = std::nullopt;  ///< when the first sample was taken
 
     /// What a block of it has: places where they are listed, then per channel its samples, the imaginary
     /// parts of complex ones behind the real parts. As many as channels for waveforms.
@@ -61,7 +63,7 @@ public:
     SignalReader& operator=(const SignalReader&) = delete;
 
     const std::vector<SignalRun>& Runs() const { return runs_; }
-    /// The free text of a data file; the name of another file.
+    /// The free text of the file; the name of one that has none.
     const std::wstring& Text() const { return text_; }
     /// Sentences on what was assumed of the file.
     const std::vector<std::string>& Remarks() const { return remarks_; }

@@ -19,10 +19,11 @@ namespace kvx {
 
 /// What the formats that are written want to know.
 struct SignalFileOptions {
-    std::wstring text = {};  ///< free text of a data file, of which its header keeps 257 characters
+    std::wstring text = {};  ///< free text, of which the header of a data file keeps 257 characters
     WavOptions wav = {};     ///< of a sound file
     UffOptions uff = {};     ///< of a universal file
     StatementNames called = {};
+    std::vector<RecordingInfo::Property> facts = {};  ///< what the recording tells about itself
 };
 
 /// Takes the samples of runs; the file is in place after Commit, and before that its target is as it was.

@@ -165,7 +165,9 @@ std::unique_ptr<RecordingReader> Open(std::unique_ptr<ByteStream> stream) {
     recording.State("distance and peak", PlainLine(texts[6]));
     recording.State("instrument", PlainLine(texts[7]));
     for (std::size_t i = 8; i < kTextLines; ++i) recording.State("text", PlainLine(texts[i]));
-    recording.State("start", StartOf(whole));
+    const std::string startText = StartOf(whole);
+    const std::optional<StartTime> start = ParseStartTime(startText);
+    if (!start) recording.State("start", startText);
     StateFacts(kWholeFacts, whole, &recording);
     StateFacts(kRealFacts, real, &recording);
     const std::int64_t comments = HeaderCount(whole.At(16));
@@ -200,6 +202,7 @@ std::unique_ptr<RecordingReader> Open(std::unique_ptr<ByteStream> stream) {
             throw Error(ErrorKind::kDamaged, "its last sample has a time and no value", {.line = block.line});
         recording.AddTimedChannel(title, std::move(channel), block);
     }
+    for (RecordingInfo::Run& run : recording.Info().runs) run.start = start;
     return std::move(recording).Finish();
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -19,11 +20,13 @@
 #include <KvxDevCommon01/platform/File.h>
 #include <KvxDevCommon01/platform/Path.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/FactLines.h>
 #include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/NumberBlocks.h>
 #include <KvxRecording01/detail/SoundHeader.h>
 #include <KvxRecording01/detail/SoundLibrary.h>
+#include <KvxRecording01/detail/TextFields.h>
 
 namespace kvx {
 namespace {
@@ -227,50 +230,102 @@ __int64 CountReadable(const std::string& path, const BytePatch& patch) {
     return count;
 }
 
-/// The texts that sound files of all formats may have, as the sound library numbers them.
-struct SoundText {
-    int number;
-    const char* name;
-};
-constexpr SoundText kSoundTexts[] = {
-    {SF_STR_TITLE, "title"},       {SF_STR_COMMENT, "comment"},     {SF_STR_ARTIST, "artist"},
-    {SF_STR_DATE, "date"},         {SF_STR_ALBUM, "album"},         {SF_STR_SOFTWARE, "software"},
-    {SF_STR_GENRE, "genre"},       {SF_STR_COPYRIGHT, "copyright"}, {SF_STR_LICENSE, "license"},
-    {SF_STR_TRACKNUMBER, "track"},
-};
+/// What a file tells about itself in texts, and in its broadcast chunk if it has one.
+class SoundTexts {
+public:
+    SoundTexts(SNDFILE* sound, int rateHz, RecordingInfo* info) : sound_(sound), info_(*info) {
+        for (const SoundText& text : kSoundTexts) State(text.name, TextOf(text.number));
+        info_.runs.front().title = FromUtf8Replacing(TextOf(SF_STR_TITLE));
+        const std::string date = TextOf(SF_STR_DATE);
+        std::optional<StartTime>& start = info_.runs.front().start;
+        start = ParseStartTime(date);
+        if (!start) State("date", date);
+        TakeBroadcast(rateHz);
+        if (const char* const comment = sf_get_string(sound_, SF_STR_COMMENT)) TakeComment(comment);
+    }
 
-/// What a file tells in texts, and in its broadcast chunk if it has one.
-std::vector<RecordingInfo::Property> TextsOf(SNDFILE* sound, int rateHz) {
-    std::vector<RecordingInfo::Property> texts;
-    const auto state = [&](const char* name, const std::string& text) {
-        if (!text.empty()) texts.push_back({name, text});
-    };
-    for (const SoundText& text : kSoundTexts) {
-        if (const char* const found = sf_get_string(sound, text.number)) state(text.name, PlainLine(found));
+private:
+    std::string TextOf(int number) const {
+        const char* const found = sf_get_string(sound_, number);
+        return found != nullptr ? PlainLine(found) : std::string();
     }
-    SF_BROADCAST_INFO broadcast = {};
-    if (sf_command(sound, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE) return texts;
-    const auto field = [](std::span<const char> bytes) {
-        const std::string_view text(bytes.data(), bytes.size());
-        return PlainLine(text.substr(0, text.find('\0')));
-    };
-    state("description", field(broadcast.description));
-    state("originator", field(broadcast.originator));
-    state("originator reference", field(broadcast.originator_reference));
-    state("origination date", field(broadcast.origination_date));
-    state("origination time", field(broadcast.origination_time));
-    const std::uint64_t reference =
-        std::uint64_t{broadcast.time_reference_high} << 32 | broadcast.time_reference_low;
-    if (reference > 0) {
-        state("time reference", std::to_string(reference) + " samples, " +
-                                    FormatNumber(static_cast<double>(reference) / rateHz, 12) +
-                                    " s after midnight");
+
+    void State(const char* name, const std::string& text) {
+        if (!text.empty()) info_.properties.push_back({name, text});
     }
-    state("coding history", field(std::span(broadcast.coding_history)
-                                      .first(std::min<std::size_t>(broadcast.coding_history_size,
-                                                                   sizeof broadcast.coding_history))));
-    return texts;
-}
+
+    /// A comment is the text; lines below its first one are facts where all have the form of one.
+    void TakeComment(std::string_view comment) {
+        const std::size_t end = comment.find('\n');
+        std::vector<RecordingInfo::Property> facts;
+        bool areFacts = end != comment.npos;
+        for (std::size_t at = end; areFacts && at != comment.npos;) {
+            const std::size_t next = comment.find('\n', at + 1);
+            const std::string_view line = comment.substr(at + 1, next - at - 1);
+            if (std::optional<RecordingInfo::Property> fact = ParseFactLine(line)) {
+                facts.push_back(*std::move(fact));
+            } else {
+                areFacts = Trim(line).empty() && next == comment.npos;
+            }
+            at = next;
+        }
+        info_.text = FromUtf8Replacing(PlainLine(areFacts ? comment.substr(0, end) : comment));
+        if (areFacts) std::ranges::move(facts, std::back_inserter(info_.properties));
+    }
+
+    void TakeBroadcast(int rateHz) {
+        SF_BROADCAST_INFO broadcast = {};
+        if (sf_command(sound_, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE) return;
+        const auto field = [](std::span<const char> bytes) {
+            const std::string_view text(bytes.data(), bytes.size());
+            return PlainLine(text.substr(0, text.find('\0')));
+        };
+        for (const BroadcastText& text : kBroadcastTexts)
+            State(text.name, field({reinterpret_cast<const char*>(&broadcast) + text.at, text.size}));
+        const std::string date = field(broadcast.origination_date);
+        const std::string time = field(broadcast.origination_time);
+        const std::uint64_t reference =
+            std::uint64_t{broadcast.time_reference_high} << 32 | broadcast.time_reference_low;
+        std::optional<StartTime>& start = info_.runs.front().start;
+        const std::optional<StartTime> own = BroadcastStart(date, time, reference, rateHz);
+        if (own && !start) start = own;
+        if (!own) {
+            State("origination date", date);
+            State("origination time", time);
+            if (reference > 0) {
+                State("time reference", std::to_string(reference) + " samples, " +
+                                            FormatNumber(static_cast<double>(reference) / rateHz, 12) +
+                                            " s after midnight");
+            }
+        }
+        const std::string history =
+            field(std::span(broadcast.coding_history)
+                      .first(std::min<std::size_t>(broadcast.coding_history_size,
+                                                   sizeof broadcast.coding_history)));
+        // What the library says of itself tells nothing of the recording.
+        if (history.find("T=libsndfile") == history.npos) State("coding history", history);
+    }
+
+    /// The start by the origination, whose seconds the samples since midnight divide further where both
+    /// agree. No value where they do not, or tell none.
+    static std::optional<StartTime> BroadcastStart(std::string date, std::string time, std::uint64_t reference,
+                                                   int rateHz) {
+        for (const std::size_t at : {4U, 7U})
+            if (date.size() == 10) date[at] = '-';
+        for (const std::size_t at : {2U, 5U})
+            if (time.size() == 8) time[at] = ':';
+        const std::optional<StartTime> second = ParseStartTime(date + "T" + time);
+        if (!second || reference == 0 || rateHz < 1) return second;
+        const StartTime::Calendar clock = second->Date();
+        const auto seconds = reference / static_cast<std::uint64_t>(rateHz);
+        if (seconds != static_cast<std::uint64_t>(clock.hour * 3600 + clock.minute * 60 + clock.second))
+            return std::nullopt;
+        return second->Later(static_cast<double>(reference % static_cast<std::uint64_t>(rateHz)) / rateHz);
+    }
+
+    SNDFILE* sound_;
+    RecordingInfo& info_;
+};
 
 class SoundReader : public RecordingReader {
 public:
@@ -289,7 +344,7 @@ public:
         if (!run.channels.empty() && info.samplerate > 0)
             run.samples = SettleSamples(path, format, bytes, isPartial);
         if (run.samples < 1) throw Error(ErrorKind::kDamaged, "the sound file holds no samples");
-        info_.properties = TextsOf(input_.Handle(), info.samplerate);
+        SoundTexts(input_.Handle(), info.samplerate, &info_);
     }
 
     std::size_t Read(std::size_t number, std::span<double* const> targets, std::size_t room) override {

@@ -37,7 +37,11 @@ struct StatementNames {
     std::string spacing = "spacing";
     std::string uneven = "keepsUneven";
     std::string missing = "missing";
+    std::string dates = "dateOrder";
 };
+
+/// What dates that end with their year begin with.
+enum class DateOrder { dayFirst, monthFirst };
 
 /// What is stated of a text table.
 struct TextOptions {
@@ -64,6 +68,8 @@ struct TextOptions {
     std::string comments = "#";
     /// The texts that stand for a missing value, beside an empty field; without a statement there are none.
     std::optional<std::vector<std::string>> missing = std::nullopt;
+    /// What dates such as 03/04/2024 begin with; without a statement what those of the column say.
+    std::optional<DateOrder> dateOrder = std::nullopt;
     /// The code page of the text; 0 for UTF-8, what a byte-order mark says, or a guess for headings.
     unsigned int codePage = 0;
     /// How sentences name the code page.
@@ -93,7 +99,8 @@ struct RecordingStatements {
     /// Whether sound that is cut short is taken as far as it goes.
     bool isPartial = false;
     TextOptions text = {};
-    /// What stands for the name of the file as the text of its signal; empty for the name.
+    /// What stands for the name of the file as the text of its signal, where the file has none; empty for the
+    /// name.
     std::wstring source = {};
     StatementNames called = {};
 };

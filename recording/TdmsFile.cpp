@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -38,6 +39,19 @@ constexpr std::uint64_t kWindow = std::uint64_t{1} << 18;
 /// What no single number and no integer is larger than.
 constexpr double kLargest = static_cast<double>(std::numeric_limits<float>::max());
 constexpr double kDouble = std::numeric_limits<double>::max();
+
+/// A time stamp as a start; no value for 0, which stands for none.
+std::optional<StartTime> StartOf(const TdmsTime& time) {
+    constexpr std::int64_t kTo1970 = 2'082'844'800;  // seconds from the beginning of 1904
+    constexpr std::int64_t kMost = std::int64_t{1} << 40;
+    if ((time.seconds == 0 && time.fraction == 0) || time.seconds > kMost || time.seconds < -kMost)
+        return std::nullopt;
+    const double part = std::ldexp(static_cast<double>(time.fraction), -64);
+    const double parts = std::round(part * static_cast<double>(StartTime::kPartsPerSecond));
+    const auto most = static_cast<double>(StartTime::kPartsPerSecond - 1);
+    const StartTime start = {time.seconds - kTo1970, static_cast<std::int64_t>(std::min(parts, most)), true};
+    return start.Later(0.0);  // no value outside of the years that it has
+}
 
 std::wstring Wide(std::string_view utf8) {
     return FromUtf8(utf8).value_or(L"");
@@ -168,8 +182,12 @@ private:
         std::string unit;
         std::string start;
         std::uint64_t samples = 0;
+        std::optional<StartTime> startTime = std::nullopt;  ///< of the first sample, by `start` and `first`
 
-        auto operator<=>(const Axis&) const = default;
+        auto operator<=>(const Axis& other) const {
+            return std::tie(group, delta, first, unit, start, samples) <=>
+                   std::tie(other.group, other.delta, other.first, other.unit, other.start, other.samples);
+        }
     };
 
     struct Run {
@@ -213,6 +231,10 @@ private:
                      TextOf(object, "wf_xunit_string"),
                      Find(object, "wf_start_time") ? Find(object, "wf_start_time")->text : "",
                      object.samples};
+        if (const TdmsValue* const start = Find(object, "wf_start_time"); start != nullptr && start->time) {
+            axis.startTime = StartOf(*start->time);
+            if (axis.startTime && axis.unit.empty()) axis.startTime = axis.startTime->Later(axis.first);
+        }
         if (type == TdmsType::time) {
             if (!stamps_.emplace(std::pair(axis.group, axis.samples), source).second)
                 LeaveOut(object, "their group has other time stamps");
@@ -263,6 +285,7 @@ private:
         run.title = group != nullptr && !axis.group.empty() ? ShownName(*group) : Wide(axis.group);
         run.axis.delta = axis.delta;
         run.axis.first = axis.first;
+        run.start = axis.startTime;
         run.samples = static_cast<__int64>(axis.samples);
         // Without a spacing nothing is in the unit.
         if (axis.unit.empty() || !(axis.delta > 0.0)) return;
@@ -331,6 +354,7 @@ private:
             source.first = LoadTime(BytesOf(place, 1, SizeOf(source.type), 0), place.segment->isBigEndian);
             info_.properties.push_back(
                 {PathOf(index_.objects[source.object]) + ": first time stamp", TimeText(source.first)});
+            info.start = StartOf(source.first);
         }
         TimeStamps stamps;
         stamps.count = info.samples;

@@ -68,6 +68,18 @@ private:
     std::vector<double> spacings_;
 };
 
+/// What the numbers of a clock that counts from 1970 on count.
+struct ClockUnit {
+    std::int64_t perSecond;
+    const char* name;
+};
+constexpr ClockUnit kClockUnits[] = {
+    {1, "seconds"},
+    {1'000, "milliseconds"},
+    {1'000'000, "microseconds"},
+    {1'000'000'000, "nanoseconds"},
+};
+
 TextLayout LayoutOf(const OpenText& open, const TextOptions& options) {
     LineReader lines(open(), options.codePage, options.encodingName);
     return ReadTextLayout(lines, options);
@@ -81,6 +93,8 @@ public:
             throw Error(ErrorKind::kBadValue, options_.called.spacing + " is not a number above 0");
         axis_ = FindAxis(layout_, options_);
         layout_.axis = axis_.column;
+        SettleStamps();
+        SettleOrigin();
         Survey(progress);
         MakeRun();
     }
@@ -157,7 +171,80 @@ private:
         }
     }
 
-    void ToStandardUnit(std::span<double> places) const { ToStandardPlaces(axis_.unit, places); }
+    void ToStandardUnit(std::span<double> places) const {
+        ToStandardPlaces(axis_.unit, places);
+        if (ticksPerSecond_ == 1) return;
+        for (double& place : places) place /= static_cast<double>(ticksPerSecond_);
+    }
+
+    // ---- when the first sample was taken ----
+
+    std::string_view FirstField(std::size_t column) const {
+        return column < layout_.firstFields.size() ? std::string_view(layout_.firstFields[column])
+                                                   : std::string_view();
+    }
+
+    /// Settles the order of dates on the axis, and the start by the first of them.
+    void SettleStamps() {
+        if (layout_.axis == kNoColumn || !IsStamp(layout_.Kind(layout_.axis))) return;
+        const FieldKind kind = layout_.Kind(layout_.axis);
+        const std::string_view field = FirstField(layout_.axis);
+        if (kind != FieldKind::clock && NeedsDateOrder(field)) layout_.dateOrder = FindDateOrder(field);
+        const auto stamp = ReadStamp(kind, layout_.dateOrder, field, FirstField(layout_.axis + 1));
+        if (!stamp || kind == FieldKind::clock) return;
+        start_ = StartTime{stamp->seconds, stamp->parts, stamp->isUniversal};
+    }
+
+    /// The order that is stated, else the one that a date of the column says. Throws Error where none does.
+    DateOrder FindDateOrder(std::string_view firstField) const {
+        if (options_.dateOrder) return *options_.dateOrder;
+        LineReader lines(open_(), options_.codePage, options_.encodingName);
+        Fields fields;
+        while (const std::optional<std::string_view> line = lines.Next()) {
+            if (lines.Number() < layout_.firstRow || IsBlankOrComment(*line, options_.comments)) continue;
+            Split(*line, layout_.separator, &fields);
+            if (fields.size() <= layout_.axis) continue;
+            if (const std::optional<DateOrder> order = OrderOf(fields[layout_.axis])) return *order;
+        }
+        throw Error(ErrorKind::kDamaged,
+                    "its dates, such as " + Quote(Unquoted(firstField)) +
+                        ", may begin with the day as with the month; say which with " + options_.called.dates,
+                    FieldPlace(layout_.firstRow, layout_.axis));
+    }
+
+    /// Takes times far from 0 as those of a clock that counts from 1970 on, from the first of them on.
+    void SettleOrigin() {
+        const bool isNumber =
+            layout_.axis != kNoColumn && layout_.Kind(layout_.axis) == FieldKind::number;
+        if (!isNumber || axis_.dimension != CUnitCtrl::DIM_TIME) return;
+        const auto first = ReadDecimalStamp(FirstField(layout_.axis));
+        if (!first) return;
+        constexpr std::int64_t kYear = 365 * kSecondsPerDay;
+        constexpr std::int64_t kFar = 3 * kYear;
+        // Between 1980 and 2065; later ones may count from another year.
+        const auto isDate = [](std::int64_t seconds) { return seconds > 10 * kYear && seconds < 95 * kYear; };
+        std::int64_t perSecond = 1;
+        if (axis_.unit.unit != CUnitCtrl()) {
+            const double unit = ToStandardDistance(axis_.unit, 1.0);
+            if (!(unit <= 1.0) || !(unit >= 1e-9)) return;
+            perSecond = static_cast<std::int64_t>(std::round(1.0 / unit));
+        } else {
+            const auto whole = std::ranges::find_if(
+                kClockUnits, [&](const ClockUnit& unit) { return isDate(first->seconds / unit.perSecond); });
+            if (whole != std::end(kClockUnits)) {
+                perSecond = ticksPerSecond_ = whole->perSecond;
+                if (perSecond > 1)
+                    axis_.remark = std::string("the time column is read as ") + whole->name + " since 1970";
+            }
+        }
+        if (std::abs(first->seconds / perSecond) < kFar) return;
+        layout_.origin = first;
+        if (!isDate(first->seconds / perSecond)) return;
+        constexpr std::int64_t kPerSecond = StartTime::kPartsPerSecond;
+        start_ = StartTime{first->seconds / perSecond,
+                           first->seconds % perSecond * (kPerSecond / perSecond) + first->parts / perSecond,
+                           true};
+    }
 
     /// Goes through the whole text once, and once more through a column that is or may be the axis.
     void Survey(const ProgressFunction& progress) {
@@ -233,6 +320,10 @@ private:
     void MakeRun() {
         RecordingInfo::Run& run = info_.runs.emplace_back();
         run.samples = stamps_.count;
+        run.start = layout_.start;
+        run.title = layout_.title;
+        info_.text = layout_.text;
+        if (layout_.axis != kNoColumn && start_) run.start = start_;
         info_.properties = layout_.properties;
         if (!layout_.remark.empty()) info_.remarks.push_back(layout_.remark);
         if (layout_.axis != kNoColumn && !axis_.remark.empty()) info_.remarks.push_back(axis_.remark);
@@ -301,11 +392,8 @@ private:
                                 options_.called.spacing);
             return;
         }
-        if (IsStamp(layout_.Kind(layout_.axis))) {
-            std::string start(Unquoted(layout_.firstFields[layout_.axis]));
-            if (layout_.Kind(layout_.axis) == FieldKind::dateAndClock)
-                start += " " + std::string(Unquoted(layout_.firstFields[layout_.axis + 1]));
-            info_.properties.push_back({"start", Printable(start)});
+        if (layout_.Kind(layout_.axis) == FieldKind::clock) {
+            info_.properties.push_back({"start", Printable(Unquoted(layout_.firstFields[layout_.axis]))});
         }
         const bool isEven = stamps_.IsEven();
         if (isTime) {
@@ -331,6 +419,8 @@ private:
     TextLayout layout_;
     TextAxis axis_;
     TimeStamps stamps_;  ///< of the axis, if there is one; else their number alone counts
+    std::optional<StartTime> start_;   ///< by the axis
+    std::int64_t ticksPerSecond_ = 1;  ///< of times without a unit
     std::optional<double> exactSpacing_;
     std::vector<TextChannel> channels_;
     std::vector<Source> sources_;  ///< per target of Read

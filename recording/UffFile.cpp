@@ -191,10 +191,13 @@ private:
             run.title = FromUtf8Replacing(title);
             run.axis = axis;
             run.samples = samples.count;
+            run.start = ReadUffStart(header.lines[kStartLine]);
             functions_.emplace_back();
             numbers_.push_back(channels_ + 1);
             abscissaUnits_.push_back(abscissaUnit_);
         }
+        // Functions that tell different times were not all taken then.
+        if (info_.runs.back().start != ReadUffStart(header.lines[kStartLine])) info_.runs.back().start.reset();
         info_.runs.back().channels.push_back(std::move(channel));
         functions_.back().push_back(samples);
         ++channels_;
@@ -259,11 +262,15 @@ private:
     }
 
     void AddProperties(const UffSurroundings& surroundings) {
-        constexpr std::array kHeader = {"model", "description", "program"};
-        for (std::size_t i = 0; i < std::min(kHeader.size(), surroundings.header.size()); ++i)
-            AddProperty(kHeader[i], ToUtf8(Decode(UffField(surroundings.header[i], 0))));
-        for (std::size_t i = 0; i < common_.size(); ++i)
-            AddProperty("ID line " + std::to_string(i + 1), ToUtf8(Decode(common_[i])));
+        for (std::size_t i = 0; i < std::min(kUffHeaderNames.size(), surroundings.header.size()); ++i)
+            AddProperty(std::string(kUffHeaderNames[i]), ToUtf8(Decode(UffField(surroundings.header[i], 0))));
+        for (std::size_t i = 0; i < common_.size(); ++i) {
+            if (i == kTextLine) {
+                info_.text = Decode(common_[i]);
+            } else if (i != kStartLine || !ReadUffStart(common_[i])) {
+                AddProperty(kUffLineName + std::to_string(i + 1), ToUtf8(Decode(common_[i])));
+            }
+        }
         for (const UffNodes& nodes : surroundings.nodes) ReadUffNodes(reader_.Lines(), nodes, &nodes_);
         for (const auto& [number, node] : nodes_) {
             if (!node.isKnown) continue;
@@ -309,6 +316,9 @@ private:
         done_ += static_cast<__int64>(count);
         return count;
     }
+
+    static constexpr std::size_t kTextLine = 1;
+    static constexpr std::size_t kStartLine = 2;
 
     std::unique_ptr<ByteStream> stream_;
     UffSampleReader reader_;

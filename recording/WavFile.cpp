@@ -18,6 +18,7 @@
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/Formats.h>
 #include <KvxRecording01/SignalWriter.h>
+#include <KvxRecording01/detail/FactLines.h>
 #include <KvxRecording01/detail/HostErrors.h>
 #include <KvxRecording01/detail/SignalFiles.h>
 #include <KvxRecording01/detail/SoundLibrary.h>
@@ -127,8 +128,66 @@ int IntegerSample(double value, int bits) {
     return static_cast<int>(level * std::ldexp(1.0, 32 - bits));
 }
 
-/// Characters of a comment that are kept.
+/// Characters of a comment or title that are kept, and bytes of a comment with facts below it.
 constexpr std::size_t kMostComment = 1000;
+constexpr std::size_t kMostTexts = 30'000;
+
+/// The texts of a sound file.
+class SoundTags {
+public:
+    explicit SoundTags(const WavTexts& texts) {
+        std::string comment = ToUtf8(std::wstring_view(texts.comment).substr(0, kMostComment));
+        std::ranges::replace(comment, '\n', ' ');
+        for (const RecordingInfo::Property& fact : texts.facts) {
+            const auto* const tag =
+                std::ranges::find(kSoundTexts, fact.name, [](const SoundText& text) { return std::string_view(text.name); });
+            // To the name of a program the library adds its own.
+            const bool isTag = tag != std::end(kSoundTexts) && tag->number != SF_STR_SOFTWARE;
+            if (isTag) {
+                Add(tag->number, fact.text);
+            } else {
+                const std::string line = "\n" + FactLine(fact);
+                if (comment.size() + line.size() <= kMostTexts) comment += line;
+            }
+        }
+        Add(SF_STR_TITLE, ToUtf8(std::wstring_view(texts.title).substr(0, kMostComment)));
+        if (texts.start) Add(SF_STR_DATE, texts.start->Text());
+        Add(SF_STR_COMMENT, std::move(comment));
+    }
+
+    std::size_t Size() const { return size_; }
+    void WriteTo(SNDFILE* sound, const std::optional<StartTime>& start, int rateHz, Format format) const {
+        for (const auto& [number, text] : tags_) sf_set_string(sound, number, text.c_str());
+        if (start && (format == Format::wav || format == Format::rf64)) WriteBroadcast(sound, *start, rateHz);
+    }
+
+private:
+    void Add(int number, std::string text) {
+        if (text.empty()) return;
+        size_ += text.size() + 16;
+        tags_.emplace_back(number, std::move(text));
+    }
+
+    /// Date and time to the second, and the samples since midnight.
+    static void WriteBroadcast(SNDFILE* sound, const StartTime& start, int rateHz) {
+        SF_BROADCAST_INFO broadcast = {};
+        const std::string text = start.Text();
+        std::copy_n(text.data(), sizeof broadcast.origination_date, broadcast.origination_date);
+        std::copy_n(text.data() + 11, sizeof broadcast.origination_time, broadcast.origination_time);
+        const StartTime::Calendar clock = start.Date();
+        const auto rate = static_cast<std::uint64_t>(rateHz);
+        const auto seconds = static_cast<std::uint64_t>(clock.hour * 3600 + clock.minute * 60 + clock.second);
+        const double part = static_cast<double>(start.parts) / static_cast<double>(StartTime::kPartsPerSecond);
+        const auto rest = static_cast<std::uint64_t>(part * rateHz + 0.5);
+        const std::uint64_t reference = seconds * rate + std::min(rest, rate - 1);
+        broadcast.time_reference_low = static_cast<std::uint32_t>(reference);
+        broadcast.time_reference_high = static_cast<std::uint32_t>(reference >> 32);
+        sf_command(sound, SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast);
+    }
+
+    std::vector<std::pair<int, std::string>> tags_;
+    std::size_t size_ = 0;
+};
 
 class WavSignalWriter : public SignalWriter {
 public:
@@ -136,7 +195,8 @@ public:
                     Format format)
         : written_(run),
           file_(path, run.channels.size(), run.samples, WavRate(run.delta, RowOf(format).name),
-                options.wav.samples, format, options.text) {
+                options.wav.samples, format,
+                WavTexts{options.text, run.title, run.start, WrittenFacts(options.facts)}) {
         for (const SignalRun::Channel& channel : run.channels)
             scales_.emplace_back(channel.name, channel.unit, options.wav, options.called.fullScale);
     }
@@ -220,7 +280,11 @@ struct WavWriter::State {
 };
 
 WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
-                     WavSamples samples, Format format, std::wstring_view comment) {
+                     WavSamples samples, Format format, std::wstring_view comment)
+    : WavWriter(path, channels, frames, rateHz, samples, format, WavTexts{std::wstring(comment), {}, {}, {}}) {}
+
+WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
+                     WavSamples samples, Format format, const WavTexts& texts) {
     const Encoding* const known = std::ranges::find(kEncodings, samples, &Encoding::samples);
     if (known == std::end(kEncodings) || channels == 0 || frames < 0 || rateHz < 1) {
         throw Error(ErrorKind::kBadValue,
@@ -229,11 +293,11 @@ WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 fram
     const Encoding& encoding = *known;
     const std::string name(RowOf(format).name);
     if (channels > 1024) throw Error(ErrorKind::kUnsupported, name + " holds at most 1024 channels");
-    const std::string text = ToUtf8(comment.substr(0, kMostComment));
+    const SoundTags tags(texts);
     // Sizes in a plain header have 32 bits.
     constexpr std::size_t kHeaderBytes = 4096;
     const std::uint64_t bytes =
-        static_cast<std::uint64_t>(frames) * channels * encoding.bytes + kHeaderBytes + text.size();
+        static_cast<std::uint64_t>(frames) * channels * encoding.bytes + kHeaderBytes + tags.Size();
     SF_INFO info = {};
     info.samplerate = rateHz;
     info.channels = static_cast<int>(channels);
@@ -249,7 +313,7 @@ WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 fram
     if (!state_->sound) state_->Fail(sf_strerror(nullptr));
     // Without the peak chunk, which holds the time of day, equal samples make equal files.
     sf_command(state_->sound.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    if (!text.empty()) sf_set_string(state_->sound.get(), SF_STR_COMMENT, text.c_str());
+    tags.WriteTo(state_->sound.get(), texts.start, rateHz, format);
 }
 
 WavWriter::~WavWriter() = default;

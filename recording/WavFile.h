@@ -7,14 +7,18 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <KvxDevCommon01/platform/Types.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxRecording01/Export.h>
 #include <KvxRecording01/FileContent.h>
+#include <KvxRecording01/Recording.h>
+#include <KvxRecording01/StartTime.h>
 
 namespace kvx {
 
@@ -62,6 +66,14 @@ private:
     double peak_ = 0.0;
 };
 
+/// What a sound file tells about itself.
+struct WavTexts {
+    std::wstring comment = {};
+    std::wstring title = {};
+    std::optional<StartTime> start = std::nullopt;
+    std::vector<RecordingInfo::Property> facts = {};
+};
+
 /// Writes a sound file through a temporary neighbour. Operations throw Error.
 class KVX_RECORDING_API WavWriter {
 public:
@@ -69,6 +81,9 @@ public:
     /// where the format has one.
     WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz, WavSamples samples,
               Format format = Format::wav, std::wstring_view comment = {});
+    /// The same with what is told about the recording, as far as the format has a place for it.
+    WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz, WavSamples samples,
+              Format format, const WavTexts& texts);
     ~WavWriter();
     WavWriter(const WavWriter&) = delete;
     WavWriter& operator=(const WavWriter&) = delete;

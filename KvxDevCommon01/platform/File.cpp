@@ -201,8 +201,15 @@ OutputFile::OutputFile(std::wstring_view path)
         if (handle_ >= 0) ExchangeUnfinished(nullptr, temporaryPath_.c_str());
     }
     if (handle_ < 0) {
-        // What is missing when a new file cannot be created is its folder.
-        if (errno == ENOENT) throw CFileException(CFileException::badPath, ENOENT, path);
+        // What is missing when a new file cannot be created is its folder, but for one of the host that is
+        // there and takes none.
+        if (errno == ENOENT) {
+            const std::size_t slash = targetPath_.rfind('/');
+            const std::string parent = slash == std::string::npos ? "." : targetPath_.substr(0, slash + 1);
+            const bool isThere = ::access(parent.c_str(), F_OK) == 0;
+            throw CFileException(isThere ? CFileException::accessDenied : CFileException::badPath, ENOENT,
+                                 path);
+        }
         throw CFileException::FromHostError(errno, path);
     }
     if (exists) ::fchmod(handle_, status.st_mode & static_cast<mode_t>(07777));

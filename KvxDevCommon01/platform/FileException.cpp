@@ -118,6 +118,9 @@ std::string SentenceOf(const CFileException& error) {
     if (error.m_cause == CFileException::badPath && error.m_lOsError == ENOENT) {
         return "its folder does not exist";
     }
+    if (error.m_cause == CFileException::accessDenied && error.m_lOsError == ENOENT) {
+        return "its folder takes no new files";
+    }
     if (error.m_cause == CFileException::fileNotFound && error.m_lOsError == -1) {
         return "this host has no such path";
     }

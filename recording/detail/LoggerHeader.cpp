@@ -12,6 +12,7 @@
 #include <KvxRecording01/Formats.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextNumbers.h>
+#include <KvxRecording01/detail/TextStamps.h>
 
 namespace kvx {
 namespace {
@@ -33,6 +34,11 @@ bool IsLoggerText(std::string_view firstLine) {
 
 std::string LoggerSegment::RateHint() const {
     return stepText.empty() ? "" : " (its header has the rounded step " + Quote(stepText) + " s)";
+}
+
+std::optional<StartTime> LoggerSegment::Start() const {
+    if (NeedsDateOrder(date) && !OrderOf(date)) return std::nullopt;
+    return ParseStartTime(date);
 }
 
 LoggerHeaders::LoggerHeaders(LineReader& lines, const TextOptions& options)
@@ -82,7 +88,8 @@ void LoggerHeaders::ReadBlock(LoggerSegment* segment) {
             units_.clear();
             for (std::size_t c = 1; c < fields.size(); ++c)
                 units_.push_back(decoder_.Decode(fields[c], line, c));
-        } else if (!isFile_ && (key == "Date" || key == "Time")) {
+        } else if (key == "Date" || key == "Time") {
+            if (!isFile_ && !std::exchange(segment->isOwnDate, true)) segment->date.clear();
             segment->date += (segment->date.empty() ? "" : " ") + ToUtf8(decoder_.Decode(value, line, 1));
         }
         if (isFile_ && !key.empty() && !value.empty() &&
@@ -138,6 +145,7 @@ TextLayout ReadLoggerHeader(LineReader& lines, const TextOptions& options) {
     layout.rateHint = segment.RateHint();
     layout.remark = headers.Remark();
     layout.properties = headers.Properties();
+    layout.start = segment.Start();
     return layout;
 }
 

@@ -27,6 +27,10 @@ struct LoggerSegment {
     std::optional<double> step = {};   ///< mostly rounded
     std::string stepText = {};         ///< as it is written
     std::string date = {};             ///< and time of the first channel, UTF-8
+    bool isOwnDate = false;            ///< whether the date is not that of the file
+
+    /// The date and time, unless they can be read in several ways.
+    std::optional<StartTime> Start() const;
     bool areSamplesEqual = true;       ///< whether no channel is stated to be shorter than another
 
     /// What a sentence says of its rate.

@@ -294,7 +294,8 @@ private:
     void AddRun(const LoggerSegment& segment, const std::vector<std::size_t>& channels) {
         runs_.emplace_back();
         RecordingInfo::Run& run = info_.runs.emplace_back();
-        run.title = FromUtf8(segment.date).value_or(L"");
+        run.start = segment.Start();
+        if (!run.start && segment.isOwnDate) run.title = FromUtf8(segment.date).value_or(L"");
         run.axis.rateHint = segment.RateHint();
         if (segment.dimension == L"Frequency") {
             run.axis.unit = CUnitCtrl(CUnitCtrl::DIM_FREQUENCY);

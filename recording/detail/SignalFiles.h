@@ -61,6 +61,9 @@ std::unique_ptr<SignalWriter> CreateDataFileSignal(const std::string& path,
 std::unique_ptr<SignalWriter> CreateSoundSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                                 const SignalFileOptions& options, Format format);
 
+/// Whether a SAC file says in what values of the unit are counted, or they are plain numbers.
+bool IsSacUnit(const CUnitCtrl& unit);
+
 /// A SAC file, for which there must be one run of one channel.
 std::unique_ptr<SignalWriter> CreateSacSignal(const std::string& path, const std::vector<SignalRun>& runs,
                                               const SignalFileOptions& options);

@@ -6,7 +6,9 @@
 #include <string_view>
 #include <utility>
 
+#include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxRecording01/detail/FactLines.h>
 #include <KvxRecording01/detail/LoggerHeader.h>
 #include <KvxRecording01/detail/TextHeadings.h>
 #include <KvxRecording01/detail/TextStamps.h>
@@ -115,7 +117,10 @@ public:
             }
             above_.before = std::exchange(above_.last, std::string(line));
             above_.number = lines_.Number();
-            if (isComment) continue;
+            if (isComment) {
+                TakeFact(line);
+                continue;
+            }
             above_.beforeThat = std::exchange(above_.uncommented, above_.last);
             above_.rowNumber = above_.number;
         }
@@ -296,8 +301,13 @@ private:
             layout.kinds.clear();
         const LinesAbove& above = rows.above;
         if (above.number == 0) return std::move(layout);
+        std::erase_if(facts_, [&](const Fact& fact) { return fact.line > above.number; });
         layout.headings = HeadingsOf(above, layout.separator, layout.columns);
         if (layout.headings.empty()) TakeHeadingsOfDates(above, &layout);
+        // A comment right above the numbers may be their headings.
+        if (!layout.headings.empty() && above.uncommented.empty())
+            std::erase_if(facts_, [&](const Fact& fact) { return fact.line == above.number; });
+        StateFacts(&layout);
         layout.remark = decoder_.Remark();
         if (layout.headings.empty() && Contains(above.uncommented, layout.separator)) {
             layout.remark = "line " + std::to_string(above.rowNumber) + ", " +
@@ -306,6 +316,29 @@ private:
                             " of the numbers below it and is not taken for headings";
         }
         return std::move(layout);
+    }
+
+    /// Takes what a comment says, "# operator: A. Miller", if it has that form.
+    void TakeFact(std::string_view line) {
+        line = Trim(line);
+        line.remove_prefix(std::min(line.find_first_not_of(options_.comments), line.size()));
+        if (line.size() > kMostFactBytes || facts_.size() >= kMostFacts) return;
+        if (auto fact = ParseFactLine(line)) facts_.push_back({lines_.Number(), *std::move(fact)});
+    }
+
+    void StateFacts(TextLayout* layout) {
+        for (Fact& fact : facts_) {
+            auto& [name, text] = fact.fact;
+            const std::optional<StartTime> start =
+                name == "start" ? ParseStartTime(text) : std::nullopt;
+            if (start) {
+                layout->start = start;
+            } else if (name == "title" || name == "text") {
+                (name == "title" ? layout->title : layout->text) = FromUtf8(text).value_or(L"");
+            } else {
+                layout->properties.push_back(std::move(fact.fact));
+            }
+        }
     }
 
     /// The headings right above the numbers, which may look like a comment, or those above the comments
@@ -352,6 +385,11 @@ private:
     HeadingDecoder decoder_;
     Fields fields_;
     LinesAbove above_;
+    struct Fact {
+        std::size_t line;
+        RecordingInfo::Property fact;
+    };
+    std::vector<Fact> facts_;
 };
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <KvxRecording01/TextLines.h>
 #include <KvxRecording01/detail/TextFields.h>
 #include <KvxRecording01/detail/TextNumbers.h>
+#include <KvxRecording01/detail/TextStamps.h>
 
 namespace kvx {
 
@@ -48,11 +49,18 @@ struct TextLayout {
     std::string rateHint;
     std::string remark;  ///< on how the headings were read; may be empty
     std::vector<RecordingInfo::Property> properties;
+    std::optional<StartTime> start = std::nullopt;  ///< as the lines above the rows state it
+    std::wstring title = {};
+    std::wstring text = {};
     std::size_t firstRow = 0;  ///< number of its line
     /// What the columns hold where not all hold numbers, and their fields in the first row; else empty.
     std::vector<FieldKind> kinds;
     std::vector<std::string> firstFields;
     std::size_t axis = kNoColumn;  ///< the column that is the axis, or may be it
+    std::optional<DateOrder> dateOrder = std::nullopt;  ///< of its dates, where they may have either
+    /// The number of the axis in the first row, which those of all rows are taken from to the last digit,
+    /// where they are too far from 0 for that in doubles.
+    std::optional<TextStamp> origin = std::nullopt;
 
     FieldKind Kind(std::size_t column) const { return kinds.empty() ? FieldKind::number : kinds[column]; }
     /// The name in the heading of a column; empty without one.

@@ -22,23 +22,6 @@ namespace {
 constexpr std::size_t kPiece = std::size_t{1} << 17;
 constexpr std::size_t kPieces = 16;
 
-/// A stamp of the axis, at `column`; `next` is the field behind it.
-std::optional<TextStamp> ReadStamp(FieldKind kind, std::string_view field, std::string_view next) {
-    switch (kind) {
-        case FieldKind::dateTime:
-            return ReadDateTime(field);
-        case FieldKind::date:
-            return ReadDate(field);
-        case FieldKind::clock:
-            return ReadClock(field);
-        default: {
-            const std::optional<TextStamp> day = ReadDate(field);
-            const std::optional<TextStamp> clock = ReadClock(next);
-            return day && clock ? std::optional(clock->On(*day)) : std::nullopt;
-        }
-    }
-}
-
 /// What is known of all rows.
 struct RowRules {
     const TextLayout& layout;
@@ -122,6 +105,11 @@ private:
                                               : ReadPlainField<false>(at, separator, commaIsMark_);
             if (number.end == nullptr) return nullptr;
             if (isKept) values[isAxisOnly ? 0 : c] = number.value;
+            if (layout_.origin && c == layout_.axis) {
+                const auto stamp = ReadDecimalStamp({at, static_cast<std::size_t>(number.end - at)});
+                if (!stamp) return nullptr;
+                values[isAxisOnly ? 0 : c] = stamp->Since(*layout_.origin);
+            }
             if (isAxisOnly && isKept) decimals = number.decimals;
             marks.point |= number.mark == '.';
             marks.comma |= number.mark == ',';
@@ -188,7 +176,7 @@ private:
         } else if (IsStamp(kind)) {
             const std::size_t next = layout_.skipped + column + 1;
             const auto stamp =
-                ReadStamp(kind, field, next < fields_.size() ? fields_[next] : std::string_view());
+                ReadStamp(kind, layout_.dateOrder, field, next < fields_.size() ? fields_[next] : std::string_view());
             if (!stamp) Refuse(column, field, "is not a time like the one in the first row");
             values[0] = kind == FieldKind::clock ? stamp->SinceOnClock(rules_.firstStamp)
                                                  : stamp->Since(rules_.firstStamp);
@@ -203,6 +191,12 @@ private:
         } else {
             const std::optional<double> value = numbers_.Read(field);
             if (!value) RefuseNumber(column, field);
+            if (layout_.origin && column == layout_.axis) {
+                const std::optional<TextStamp> stamp = ReadDecimalStamp(field);
+                if (!stamp) Refuse(column, field, "is not written like the time in the first row");
+                values[0] = stamp->Since(*layout_.origin);
+                return;
+            }
             values[0] = column != layout_.axis && rules_.missing.Include(*value) ? kNoValue<double> : *value;
         }
     }
@@ -277,6 +271,23 @@ private:
 
 }  // namespace
 
+std::optional<TextStamp> ReadStamp(FieldKind kind, std::optional<DateOrder> order, std::string_view field,
+                                   std::string_view next) {
+    switch (kind) {
+        case FieldKind::dateTime:
+            return ReadDateTime(field, order);
+        case FieldKind::date:
+            return ReadDate(field, order);
+        case FieldKind::clock:
+            return ReadClock(field);
+        default: {
+            const std::optional<TextStamp> day = ReadDate(field, order);
+            const std::optional<TextStamp> clock = ReadClock(next);
+            return day && clock ? std::optional(clock->On(*day)) : std::nullopt;
+        }
+    }
+}
+
 RowReader::RowReader(const OpenText& open, const TextOptions& options, const TextLayout& layout)
     : layout_(layout),
       options_(options),
@@ -286,7 +297,7 @@ RowReader::RowReader(const OpenText& open, const TextOptions& options, const Tex
     }
     if (layout.axis != kNoColumn && IsStamp(layout.Kind(layout.axis))) {
         const std::size_t next = layout.axis + 1;
-        firstStamp_ = ReadStamp(layout.Kind(layout.axis), layout.firstFields[layout.axis],
+        firstStamp_ = ReadStamp(layout.Kind(layout.axis), layout.dateOrder, layout.firstFields[layout.axis],
                                 next < layout.columns ? layout.firstFields[next] : std::string_view())
                           .value_or(TextStamp());
     }

@@ -5,7 +5,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include <KvxDevCommon01/platform/Error.h>
@@ -17,6 +19,10 @@
 #include <KvxRecording01/detail/TextStamps.h>
 
 namespace kvx {
+
+/// A stamp in a field of some kind; `next` is the field behind it. No value for what is none.
+std::optional<TextStamp> ReadStamp(FieldKind kind, std::optional<DateOrder> order, std::string_view field,
+                                   std::string_view next);
 
 /// Rows that stand one after the other.
 struct TextRows {

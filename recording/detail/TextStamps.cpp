@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include <KvxRecording01/detail/TextStamps.h>
 
-#include <chrono>
+#include <algorithm>
 #include <cstddef>
+#include <string>
+#include <utility>
 
+#include <KvxRecording01/StartTime.h>
 #include <KvxRecording01/detail/TextFields.h>
 
 namespace kvx {
 namespace {
 
 constexpr int kMostDecimals = 15;  // of which TextStamp::parts keeps every one
-constexpr std::int64_t kPartsPerSecond = 1'000'000'000'000'000;
+constexpr std::int64_t kPartsPerSecond = StartTime::kPartsPerSecond;
 
 /// Takes a stamp from a text, from its front to its end.
 class StampScanner {
@@ -36,21 +39,53 @@ public:
         return value;
     }
 
-    std::optional<TextStamp> TakeDate() {
+    std::optional<TextStamp> TakeDate(std::optional<DateOrder> order) {
+        if (const std::optional<OpenDate> open = TakeOpenDate()) {
+            if (!order || open->isDayFirst) order = open->Order().value_or(DateOrder::dayFirst);
+            const bool isDayFirst = *order == DateOrder::dayFirst;
+            return StampOn(open->year, isDayFirst ? open->second : open->first,
+                           isDayFirst ? open->first : open->second);
+        }
         const std::optional<int> year = TakeNumber(4, 4);
         if (!year || text_.empty()) return std::nullopt;
         const std::string_view mark = text_.substr(0, 1);
         if (!Take("-/")) return std::nullopt;
+        if (mark == "-" && text_.find_first_not_of("0123456789") >= 3) {
+            if (const std::optional<int> day = TakeNumber(3, 3))
+                return StampOf(StartOnDay(*year, *day, 0));
+        }
         const std::optional<int> month = TakeNumber(1, 2);
         if (!month || !Take(mark)) return std::nullopt;
         const std::optional<int> day = TakeNumber(1, 2);
-        if (!day) return std::nullopt;
-        const std::chrono::year_month_day date(std::chrono::year(*year),
-                                               std::chrono::month(static_cast<unsigned>(*month)),
-                                               std::chrono::day(static_cast<unsigned>(*day)));
-        if (!date.ok()) return std::nullopt;
-        const std::chrono::sys_days days = date;
-        return TextStamp{days.time_since_epoch().count() * kSecondsPerDay};
+        return day ? StampOn(*year, *month, *day) : std::nullopt;
+    }
+
+    /// A date that ends with its year.
+    struct OpenDate {
+        int first = 0;
+        int second = 0;
+        int year = 0;
+        bool isDayFirst = false;  ///< since its numbers are apart by dots
+
+        std::optional<DateOrder> Order() const {
+            if (isDayFirst || (first > 12 && second <= 12)) return DateOrder::dayFirst;
+            return second > 12 && first <= 12 ? std::optional(DateOrder::monthFirst) : std::nullopt;
+        }
+    };
+    /// Takes nothing where there is none.
+    std::optional<OpenDate> TakeOpenDate() {
+        const std::string_view whole = text_;
+        const std::optional<int> first = TakeNumber(1, 2);
+        const std::string_view mark = text_.substr(0, 1);
+        if (first && Take("./-")) {
+            const std::optional<int> second = TakeNumber(1, 2);
+            if (second && Take(mark)) {
+                if (const std::optional<int> year = TakeNumber(4, 4))
+                    return OpenDate{*first, *second, *year, mark == "."};
+            }
+        }
+        text_ = whole;
+        return std::nullopt;
     }
 
     /// Hours, minutes and, perhaps only where they must be, seconds.
@@ -83,7 +118,56 @@ public:
         return isWest ? -offset : offset;
     }
 
+    /// A decimal number with its exponent, if it has one.
+    std::optional<TextStamp> TakeDecimalNumber() {
+        constexpr int kMostDigits = 40, kMostPlaces = 19;
+        const bool isNegative = Take("-");
+        std::string digits;
+        int places = 0;  // digits in front of the decimal mark
+        for (bool isBehind = false; !text_.empty(); text_.remove_prefix(1)) {
+            const char c = text_.front();
+            if (c == '.' || c == ',') {
+                if (std::exchange(isBehind, true)) return std::nullopt;
+            } else if (c >= '0' && c <= '9' && std::ssize(digits) < kMostDigits) {
+                digits += c;
+                places += isBehind ? 0 : 1;
+            } else {
+                break;
+            }
+        }
+        if (digits.empty()) return std::nullopt;
+        if (Take("eE")) {
+            const bool isSmall = Take("+-") && *(text_.data() - 1) == '-';
+            const std::optional<int> exponent = TakeNumber(1, 3);
+            if (!exponent) return std::nullopt;
+            places += isSmall ? -*exponent : *exponent;
+        }
+        const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
+        digits.erase(0, zeros);
+        places -= static_cast<int>(zeros);
+        // So many and a first digit below 9 are within 64 bits.
+        if (places > kMostPlaces || (places == kMostPlaces && digits.front() == '9')) return std::nullopt;
+        TextStamp stamp;
+        for (int i = std::min(places, 0); i < places + kMostDecimals; ++i) {
+            const bool isThere = i >= 0 && i < std::ssize(digits);
+            std::int64_t& target = i < places ? stamp.seconds : stamp.parts;
+            target = target * 10 + (isThere ? digits[static_cast<std::size_t>(i)] - '0' : 0);
+        }
+        stamp.decimals = std::clamp(static_cast<int>(digits.size()) - places, 0, kMostDecimals);
+        if (!isNegative) return stamp;
+        stamp.seconds = -stamp.seconds - (stamp.parts > 0 ? 1 : 0);
+        if (stamp.parts > 0) stamp.parts = kPartsPerSecond - stamp.parts;
+        return stamp;
+    }
+
 private:
+    static std::optional<TextStamp> StampOf(const std::optional<StartTime>& start) {
+        return start ? std::optional(TextStamp{start->seconds}) : std::nullopt;
+    }
+    static std::optional<TextStamp> StampOn(int year, int month, int day) {
+        return StampOf(StartOnDate(year, month, day, 0));
+    }
+
     bool TakeDecimals(TextStamp* stamp) {
         std::int64_t part = kPartsPerSecond;
         for (; !text_.empty() && text_.front() >= '0' && text_.front() <= '9'; text_.remove_prefix(1)) {
@@ -106,6 +190,14 @@ double TextStamp::Since(const TextStamp& first) const {
         --whole;
         rest += kPartsPerSecond;
     }
+    // As one decimal number, which is then rounded once.
+    const int digits = std::min(std::max(decimals, first.decimals), kMostDecimals);
+    std::int64_t scale = 1;
+    for (int i = 0; i < digits; ++i) scale *= 10;
+    constexpr std::int64_t kExact = std::int64_t{1} << 53;
+    if (digits > 0 && rest % (kPartsPerSecond / scale) == 0 && whole < kExact / scale && whole > -kExact / scale)
+        return static_cast<double>(whole * scale + rest / (kPartsPerSecond / scale)) /
+               static_cast<double>(scale);
     return static_cast<double>(whole) + static_cast<double>(rest) / static_cast<double>(kPartsPerSecond);
 }
 
@@ -115,31 +207,49 @@ double TextStamp::SinceOnClock(const TextStamp& first) const {
     return next.Since(first);
 }
 
-std::optional<TextStamp> ReadDateTime(std::string_view field) {
+std::optional<TextStamp> ReadDateTime(std::string_view field, std::optional<DateOrder> order) {
     StampScanner scanner(field);
-    const std::optional<TextStamp> day = scanner.TakeDate();
+    const std::optional<TextStamp> day = scanner.TakeDate(order);
     if (!day || !scanner.Take("Tt ")) return std::nullopt;
     while (scanner.Take(" ")) {
     }
     const std::optional<TextStamp> clock = scanner.TakeClock(2, false);
     if (!clock || clock->seconds > kSecondsPerDay) return std::nullopt;
+    const bool hasZone = !scanner.IsAtEnd();
     const std::optional<int> offset = scanner.TakeZone();
     if (!offset || !scanner.IsAtEnd()) return std::nullopt;
     TextStamp stamp = clock->On(*day);
     stamp.seconds -= *offset;
+    stamp.isUniversal = hasZone;
     return stamp;
 }
 
-std::optional<TextStamp> ReadDate(std::string_view field) {
+std::optional<TextStamp> ReadDate(std::string_view field, std::optional<DateOrder> order) {
     StampScanner scanner(field);
-    const std::optional<TextStamp> day = scanner.TakeDate();
+    const std::optional<TextStamp> day = scanner.TakeDate(order);
     return scanner.IsAtEnd() ? day : std::nullopt;
+}
+
+bool NeedsDateOrder(std::string_view field) {
+    const auto date = StampScanner(field).TakeOpenDate();
+    return date && !date->isDayFirst;
+}
+
+std::optional<DateOrder> OrderOf(std::string_view field) {
+    const auto date = StampScanner(field).TakeOpenDate();
+    return date ? date->Order() : std::nullopt;
 }
 
 std::optional<TextStamp> ReadClock(std::string_view field) {
     StampScanner scanner(field);
     const std::optional<TextStamp> clock = scanner.TakeClock(4, true);
     return scanner.IsAtEnd() ? clock : std::nullopt;
+}
+
+std::optional<TextStamp> ReadDecimalStamp(std::string_view field) {
+    StampScanner scanner(field);
+    const std::optional<TextStamp> number = scanner.TakeDecimalNumber();
+    return scanner.IsAtEnd() ? number : std::nullopt;
 }
 
 }  // namespace kvx

@@ -15,7 +15,9 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/detail/FortranNumber.h>
+#include <KvxRecording01/detail/NumberBlocks.h>
 #include <KvxRecording01/detail/TextNumbers.h>
+#include <KvxRecording01/detail/TextStamps.h>
 
 namespace kvx {
 namespace {
@@ -62,6 +64,9 @@ constexpr std::string_view kFunctions[] = {
     "multiple coherence",
     "order function",
 };
+
+constexpr std::string_view kMonths[] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
+                                       "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
 
 /// Of these functions the reference is a part.
 constexpr int kOfTwoPoints[] = {0, 3, 4, 5, 6, 8, 20, 21, 22, 23, 26};
@@ -309,6 +314,10 @@ UffHeader ParseUffHeader(std::span<const std::string, UffHeader::kRecords> recor
     return header;
 }
 
+std::string UffLine(std::string_view text) {
+    return LeftOrNone(text, kLineWidth);
+}
+
 std::string FormatUffHeader(const UffHeader& header) {
     const std::string first = NumberField(header.first);
     const std::string delta = NumberField(header.delta);
@@ -323,7 +332,7 @@ std::string FormatUffHeader(const UffHeader& header) {
             line += kFrom;
             line += FormatExact(header.first);
         }
-        text += LeftOrNone(line, kLineWidth) + "\n";
+        text += UffLine(line) + "\n";
     }
     text += Right(header.function, 5) + Right(0, 10) + Right(0, 5) + Right(0, 10) + " " +
             PointFields(header.response) + " " + PointFields(header.reference) + "\n";
@@ -343,6 +352,36 @@ std::string_view UffFunctionName(int function) {
 int FindUffFunction(std::string_view name) {
     const auto found = std::ranges::find(kFunctions, name);
     return found == std::end(kFunctions) ? 0 : static_cast<int>(found - std::begin(kFunctions));
+}
+
+std::optional<StartTime> ReadUffStart(std::string_view line) {
+    const std::vector<std::string> words = Words(line);
+    if (words.size() == 3) {
+        if (const std::optional<StartTime> exact = ParseStartTime(words[2])) return exact;
+    }
+    if (words.size() != 2) return std::nullopt;
+    const auto* const month = std::ranges::find_if(kMonths, [&](std::string_view name) {
+        return std::ranges::equal(UffField(words[0], 3, 3), name, {}, [](char c) {
+            return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+        });
+    });
+    const std::string_view date = words[0];
+    if (month == std::end(kMonths) || (date.size() != 9 && date.size() != 11) || date[2] != '-' || date[6] != '-')
+        return std::nullopt;
+    const std::optional<int> day = ReadWhole<int>(date.substr(0, 2));
+    std::optional<int> year = ReadWhole<int>(date.substr(7));
+    const std::optional<TextStamp> clock = ReadClock(words[1]);
+    if (!day || !year || !clock) return std::nullopt;
+    if (date.size() == 9) *year += *year < 70 ? 2000 : 1900;
+    return StartOnDate(*year, static_cast<int>(month - std::begin(kMonths)) + 1, *day, clock->seconds,
+                       clock->parts);
+}
+
+std::string FormatUffStart(const StartTime& start) {
+    const StartTime::Calendar date = start.Date();
+    return Padded(date.day, 2) + "-" + std::string(kMonths[date.month - 1]) + "-" +
+           Padded(date.year % 100, 2) + " " + Padded(date.hour, 2) + ":" + Padded(date.minute, 2) + ":" +
+           Padded(date.second, 2) + "  " + start.Text();
 }
 
 std::string UffChannelName(const UffHeader& header) {

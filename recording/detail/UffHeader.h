@@ -6,11 +6,13 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include <KvxDevCommon01/platform/Types.h>
+#include <KvxRecording01/StartTime.h>
 
 namespace kvx {
 
@@ -52,12 +54,20 @@ struct UffHeader {
     UffAxis denominator = {};
 };
 
+/// How facts are called that stand in the lines of functions (with their number behind it), and in the records
+/// of a dataset 151.
+inline constexpr const char* kUffLineName = "ID line ";
+inline constexpr std::array<std::string_view, 3> kUffHeaderNames = {"model", "description", "program"};
+
 /// Throws Error for records that do not say what the numbers are.
 UffHeader ParseUffHeader(std::span<const std::string, UffHeader::kRecords> records);
 
 /// The records, each with its line end. A spacing and start that their columns cannot hold exactly are also
 /// told by the last of the lines, from where ParseUffHeader takes them.
 std::string FormatUffHeader(const UffHeader& header);
+
+/// A text in the columns of a line, as far as they have room for it.
+std::string UffLine(std::string_view text);
 
 /// "frequency response"; empty for what is general or unknown.
 std::string_view UffFunctionName(int function);
@@ -70,6 +80,11 @@ std::string UffChannelName(const UffHeader& header);
 /// Sets response, reference and first line so that the channel is called by the name (UTF-8) again, as far as
 /// there is room for it.
 void SetUffChannelName(std::string_view name, UffHeader* header);
+
+/// The time that a third line tells, in columns as "01-MAR-24 12:30:05", with a time by ISO 8601 behind it
+/// that holds all digits; no value for anything else.
+std::optional<StartTime> ReadUffStart(std::string_view line);
+std::string FormatUffStart(const StartTime& start);
 
 /// A line of the file from column `at` on, without blanks around it; what is no printable sign is a blank.
 std::string UffField(std::string_view line, std::size_t at, std::size_t width = std::string_view::npos);

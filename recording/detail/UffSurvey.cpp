@@ -71,6 +71,19 @@ public:
             Enter(ReadDataset(*line));
             line = lines_.Next();
         }
+        for (const Found& found : found_) {
+            if (found.damage) {
+                visitor_.takeDamage(*found.damage);
+                continue;
+            }
+            try {
+                visitor_.takeFunction(found.header, found.samples, SystemOf(found.system));
+            } catch (const Error& error) {
+                visitor_.takeDamage(error.At({.byte = static_cast<std::int64_t>(found.begin)}));
+            }
+        }
+        for (std::size_t i = 0; i < surroundings_.nodes.size(); ++i)
+            surroundings_.nodes[i].length = SystemOf(nodeSystems_[i]).length;
         return std::move(surroundings_);
     }
 
@@ -81,7 +94,7 @@ private:
             try {
                 EnterFunction(dataset);
             } catch (const Error& error) {
-                visitor_.takeDamage(error.At({.byte = static_cast<std::int64_t>(begin_)}));
+                found_.emplace_back().damage = error.At({.byte = static_cast<std::int64_t>(begin_)});
                 if (dataset.isBinary && TryEnd(damaged_ + dataset.bytes)) return;
                 lines_.MoveTo(damaged_);
                 SkipToDelimiter();
@@ -90,7 +103,8 @@ private:
         }
         const std::uint64_t begin = lines_.Position();
         if (dataset.number == 15 && !dataset.isBinary) {
-            surroundings_.nodes.push_back({begin, system_.length});
+            surroundings_.nodes.push_back({begin});
+            nodeSystems_.push_back(systems_.size());
         } else if (dataset.number == 151 && surroundings_.header.empty()) {
             surroundings_.header = TakeRecords(3);
         } else if (dataset.number == 164) {
@@ -131,7 +145,7 @@ private:
         } else {
             LocateText(header, &samples);
         }
-        visitor_.takeFunction(header, samples, system_);
+        found_.push_back({header, samples, systems_.size(), begin_, std::nullopt});
     }
 
     void LocateBinary(const Dataset& dataset, const UffHeader& header, UffSamples* samples) {
@@ -279,8 +293,24 @@ private:
             const std::optional<double> factor = ReadFortranNumber(UffField(records[1], i * kWidth, kWidth));
             if (factor && *factor > 0.0) *factors[i] = *factor;
         }
-        system_ = std::move(system);
+        systems_.push_back(std::move(system));
     }
+
+    /// The units of what stands behind so many statements of them: the last of these, else the first that
+    /// follows.
+    UffUnitSystem SystemOf(std::size_t statements) const {
+        if (systems_.empty()) return {};
+        return systems_[statements == 0 ? 0 : statements - 1];
+    }
+
+    /// A function, or what is wrong with it.
+    struct Found {
+        UffHeader header = {};
+        UffSamples samples = {};
+        std::size_t system = 0;
+        std::uint64_t begin = 0;
+        std::optional<Error> damage = std::nullopt;
+    };
 
     /// Numbers that may follow the last value, so as to fill its line.
     static constexpr std::uint64_t kPadding = 6;
@@ -290,7 +320,9 @@ private:
     PlacedLines& lines_;
     const UffVisitor& visitor_;
     UffSurroundings surroundings_;
-    UffUnitSystem system_;
+    std::vector<Found> found_;
+    std::vector<UffUnitSystem> systems_;    ///< in their order
+    std::vector<std::size_t> nodeSystems_;  ///< per dataset of nodes, the systems in front of it
     std::uint64_t begin_ = 0;  ///< of the dataset
     std::uint64_t damaged_ =
         0;  ///< from where the end of a dataset is looked for in which something is wrong

@@ -3,9 +3,11 @@
 // Universal files being written: the datasets are laid out first, so that channels can be written side by
 // side.
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -119,8 +121,15 @@ public:
     UffSignalWriter(const std::string& path, const std::vector<SignalRun>& runs,
                     const SignalFileOptions& options)
         : isText_(options.uff.numbers == UffNumbers::ascii), runs_(runs), file_(WidePath(path)) {
-        const std::string title = ToUtf8(options.text);
-        std::string text;
+        lines_[1] = ToUtf8(options.text);
+        std::array<std::string, kUffHeaderNames.size()> about;
+        for (const auto& [name, fact] : options.facts) {
+            for (std::size_t i = 0; i < lines_.size(); ++i)
+                if (i != 1 && i != 2 && name == kUffLineName + std::to_string(i + 1)) lines_[i] = fact;
+            for (std::size_t i = 0; i < about.size(); ++i)
+                if (name == kUffHeaderNames[i]) about[i] = fact;
+        }
+        std::string text = HeaderDataset(about);
         std::uint64_t position = 0;
         const auto flush = [&] {
             file_.Write(text.data(), text.size());
@@ -139,7 +148,7 @@ public:
                 Place& place = places.emplace_back();
                 place.name = ToUtf8(channel.name);
                 const Layout layout(run, channel, isText_);
-                text += BeginOf(run, channel, layout.OffsetOf(run.samples), title, &place);
+                text += BeginOf(run, channel, layout.OffsetOf(run.samples), &place);
                 flush();
                 place.begin = position;
                 position = place.end = position + layout.OffsetOf(run.samples);
@@ -179,14 +188,30 @@ public:
     }
 
 private:
+    /// A dataset 151; nothing without anything to tell.
+    static std::string HeaderDataset(std::span<const std::string> about) {
+        if (std::ranges::all_of(about, &std::string::empty)) return {};
+        constexpr std::size_t kRecords = 7;
+        std::string dataset = std::string(kDelimiter) + "   151\n";
+        for (const std::string& text : about) dataset += UffLine(text) + "\n";
+        for (std::size_t i = about.size(); i < kRecords; ++i) dataset += " \n";
+        return dataset += kDelimiter;
+    }
+
     std::string BeginOf(const SignalRun& run, const SignalRun::Channel& channel, std::uint64_t bytes,
-                        const std::string& title, Place* place) const {
+                        Place* place) const {
         UffHeader header;
-        header.lines[1] = title;
+        header.lines = lines_;
+        header.lines[2] = run.start ? FormatUffStart(*run.start) : "";
         header.function = FindUffFunction(ToUtf8(run.title));
         if (header.function == 0)
             header.function = UffFunctionOf(run.axisUnit, channel.unit, channel.isComplex);
         SetUffChannelName(place->name, &header);
+        if (!lines_[0].empty()) {
+            // A name that stands elsewhere leaves the line to what stood there.
+            const std::string line = std::exchange(header.lines[0], lines_[0]);
+            if (UffChannelName(header) != place->name) header.lines[0] = line;
+        }
         header.isComplex = channel.isComplex;
         header.isDouble = true;
         header.isListed = run.isListed;
@@ -224,6 +249,7 @@ private:
     }
 
     bool isText_;
+    std::array<std::string, UffHeader::kLines> lines_ = {};  ///< that all functions have
     std::vector<SignalRun> runs_;
     std::vector<WrittenRun> written_;
     std::vector<std::vector<Place>> places_;  ///< per run and channel

@@ -25,7 +25,9 @@ namespace {
 
 // ---- what names mean ----
 
-enum class Role { rate, step, start, axis, axisUnit, units, names, title };
+enum class Role {
+    rate, step, start, axis, axisUnit, units, names, title, text, date, factNames, factTexts
+};
 
 struct NameRow {
     std::string_view name;
@@ -48,7 +50,8 @@ constexpr NameRow kNames[] = {
     {"x", Role::axis, "x"},                 {"xunit", Role::axisUnit, "x"},
     {"unit", Role::units},                  {"units", Role::units},
     {"name", Role::names},                  {"names", Role::names},          {"channels", Role::names},
-    {"title", Role::title},
+    {"title", Role::title},                 {"text", Role::text},            {"start", Role::date},
+    {"factnames", Role::factNames},         {"facttexts", Role::factTexts},
 };
 // clang-format on
 
@@ -364,6 +367,7 @@ public:
         MakeGroups();
         StateNames();
         StateUnits();
+        StateFacts();
         for (Group& group : groups_) {
             info_.runs.push_back(std::move(group.run));
             sources_.push_back(std::move(group.source));
@@ -402,6 +406,13 @@ private:
         return variable.name.empty() ? "the array" : Quote(FullName(variable));
     }
 
+    /// A variable for a sentence: by its name, or by its place where it has none.
+    std::string CalledOf(const Variable& variable) const {
+        if (!variable.name.empty()) return Quote(FullName(variable));
+        return "column " + std::to_string(&variable - scope_->variables.data() + 1) +
+               (scope_->name.empty() ? "" : " of " + Quote(scope_->name));
+    }
+
     bool IsNumber(const Variable& variable) const {
         const auto* const array = std::get_if<StoredArray>(&variable.value);
         return array != nullptr && array->Size() == 1 && !isBare_;
@@ -412,7 +423,7 @@ private:
         if (leftOut_.size() == kNamed) {
             ++notNamed_;
         } else {
-            leftOut_.push_back(Quote(FullName(variable)) + ", for " + why);
+            leftOut_.push_back(CalledOf(variable) + ", for " + why);
         }
     }
 
@@ -476,8 +487,11 @@ private:
 
     void SortTexts(const Variable& variable, const Variable::Texts& texts) {
         const NameRow* const row = RowOf(variable.name, false);
-        const bool hasRole = row != nullptr && (row->role == Role::units || row->role == Role::names ||
-                                                row->role == Role::title || row->role == Role::axisUnit);
+        constexpr Role kRoles[] = {Role::units, Role::names, Role::title,     Role::axisUnit,
+                                   Role::text,  Role::date,  Role::factNames, Role::factTexts};
+        const bool hasRole =
+            row != nullptr && std::ranges::find(kRoles, row->role) != std::end(kRoles) &&
+            (row->role != Role::text || texts.size() == 1) && (row->role != Role::date || (!texts.empty() && ParseStartTime(ToUtf8(texts.front()))));
         if (!hasRole || !texts_.try_emplace(row->role, &texts).second) AddProperty(variable, texts);
     }
 
@@ -743,6 +757,22 @@ private:
         const std::vector<RecordingInfo::Channel*> channels = ChannelsFor(texts.size());
         if (channels.empty()) return RemarkCount("unit", texts.size());
         for (std::size_t c = 0; c < texts.size(); ++c) StateUnit(channels[c], texts[c]);
+    }
+
+    /// States the start, and what the file tells about itself.
+    void StateFacts() {
+        const auto textsOf = [&](Role role) {
+            const auto texts = texts_.find(role);
+            return texts == texts_.end() ? std::span<const std::wstring>() : std::span(*texts->second);
+        };
+        if (const auto start = textsOf(Role::date); !start.empty())
+            for (Group& group : groups_) group.run.start = ParseStartTime(ToUtf8(start.front()));
+        if (const auto text = textsOf(Role::text); !text.empty() && info_.text.empty())
+            info_.text = text.front();
+        const auto names = textsOf(Role::factNames);
+        const auto texts = textsOf(Role::factTexts);
+        for (std::size_t i = 0; i < std::min(names.size(), texts.size()); ++i)
+            info_.properties.push_back({ToUtf8(names[i]), ToUtf8(texts[i])});
     }
 
     RecordingInfo& info_;

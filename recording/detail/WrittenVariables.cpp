@@ -12,6 +12,7 @@
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <KvxRecording01/detail/FactLines.h>
 #include <KvxRecording01/detail/NearestShown.h>
 
 namespace kvx {
@@ -24,7 +25,7 @@ constexpr std::string_view kTaken[] = {
     "names",     "name",      "units",  "unit",  "channels", "title",     "text",       "break", "case",
     "catch",     "else",      "elseif", "end",   "for",      "function",  "global",     "if",    "parfor",
     "return",    "switch",    "try",    "while", "continue", "otherwise", "persistent", "spmd",  "classdef",
-    "frequency", "Frequency", "Fs",     "FS"};
+    "frequency", "Frequency", "Fs",   "FS",   "start",    "fact_names", "fact_texts"};
 
 std::string Identifier(std::wstring_view name) {
     constexpr std::size_t kMost = 56;  // with room for a number behind it
@@ -47,8 +48,22 @@ std::string_view AxisName(const SignalRun& run) {
 
 }  // namespace
 
-std::vector<WrittenVariable> VariablesOf(const SignalRun& run, const std::wstring& text,
-                                         bool isOneOfSeveral) {
+std::vector<WrittenVariable> VariablesOf(const std::wstring& text,
+                                         std::span<const RecordingInfo::Property> facts) {
+    std::vector<WrittenVariable> variables;
+    if (!text.empty()) variables.push_back({"text", text});
+    std::vector<std::wstring> names, texts;
+    for (const auto& [name, fact] : WrittenFacts(facts)) {
+        names.push_back(FromUtf8Replacing(name));
+        texts.push_back(FromUtf8Replacing(fact));
+    }
+    if (names.empty()) return variables;
+    variables.push_back({"fact_names", std::move(names)});
+    variables.push_back({"fact_texts", std::move(texts)});
+    return variables;
+}
+
+std::vector<WrittenVariable> VariablesOf(const SignalRun& run, bool isOneOfSeveral) {
     using Samples = WrittenVariable::Samples;
     std::vector<WrittenVariable> variables;
     const std::string axis(AxisName(run));
@@ -66,7 +81,7 @@ std::vector<WrittenVariable> VariablesOf(const SignalRun& run, const std::wstrin
     variables.push_back({"names", std::move(names)});
     variables.push_back({"units", std::move(units)});
     if (isOneOfSeveral || !run.title.empty()) variables.push_back({"title", run.title});
-    if (!text.empty()) variables.push_back({"text", text});
+    if (run.start) variables.push_back({"start", FromUtf8Replacing(run.start->Text())});
     if (run.isListed || axis != "t")
         variables.push_back({axis, Samples{0, false, !run.isListed, run.samples}});
     std::set<std::string> taken;

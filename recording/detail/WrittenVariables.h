@@ -27,9 +27,11 @@ struct WrittenVariable {
     std::string name;  ///< an identifier of at most 63 letters, digits and underscores
     std::variant<double, std::wstring, std::vector<std::wstring>, Samples> value;
 };
-/// `text` is that of the file. One of several runs states its title even where it has none, since the name of
-/// what holds it is not.
-std::vector<WrittenVariable> VariablesOf(const SignalRun& run, const std::wstring& text, bool isOneOfSeveral);
+/// One of several runs states its title even where it has none, since the name of what holds it is not.
+std::vector<WrittenVariable> VariablesOf(const SignalRun& run, bool isOneOfSeveral);
+/// What is written of the file beside its runs: its free text, if it has one, and facts.
+std::vector<WrittenVariable> VariablesOf(const std::wstring& text,
+                                         std::span<const RecordingInfo::Property> facts);
 
 /// Turns a block of a run, in standard units, into what is stored: values in the units of the channels that
 /// read back as the same, and NaN for missing ones.

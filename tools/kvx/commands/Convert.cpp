@@ -145,7 +145,7 @@ void WriteSignal(std::string_view verb, const ConvertOptions& options, SignalRea
     if (isDataFile && ToUtf16(reader.Text()).size() > kHeaderTextLength)
         Note("the header keeps 257 characters of the text");
     const std::vector<SignalRun>& runs = reader.Runs();
-    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader.Text(), runs);
+    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader, runs);
     CopySignal({std::string(verb), options.stream.input, output}, reader, *writer);
     if (hasTable && isDataFile) {
         WriteText(ReportStream(output, out), TableOf(output, runs, writer->Records()));

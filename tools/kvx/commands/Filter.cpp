@@ -241,7 +241,7 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
                 channel.unit = DifferenceUnit(channel.unit);
         }
     });
-    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), written);
+    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, *reader, written);
     Stream({"filter", input, output}, *reader, *writer, [&](std::size_t run, std::size_t c) {
         const double zero = ZeroOf(runs[run].channels[c].unit);
         return MakeShifted(MakeMeasured(filters[run].make(), filters[run].levels[c]), zero,

@@ -32,9 +32,9 @@ void RunFormats(bool asJson, ByteStream& out) {
         std::vector<std::vector<std::string>> lines = {{"read", std::string(row.read)}};
         if (row.create != nullptr) {
             format["written"] = row.written;
-            format["lost"] = row.lost;
+            format["lost"] = LostIn(row);
             lines.push_back({"written", std::string(row.written)});
-            lines.push_back({"lost", std::string(row.lost)});
+            lines.push_back({"lost", LostIn(row)});
         }
         json.push_back(format);
         text += std::string(row.name) + " (" + ends + ")\n" + FormatTable({Align::left, Align::left}, lines);
@@ -50,8 +50,8 @@ void AddFormats(Command app) {
     command.AddFlag("--json", *asJson, "As JSON");
     command.SetFooter(R"(
 Of each format: how its file names end, what is read of it, what is written, and what a recording has
-that it cannot hold. One without a line for what is written is only read. What a file tells of itself
-besides (dates, places, settings), which 'kvx info' shows, is written to no format.
+that it cannot hold. One without a line for what is written is only read. Facts are what a file tells
+of itself besides (places, settings, remarks), as 'kvx info' shows it.
 )",
                       R"(
 kvx formats --json

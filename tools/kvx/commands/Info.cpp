@@ -208,8 +208,9 @@ Json JsonOf(const SignalRun& run, const RunFigures& measured) {
         axis["rate"] = RateOf(run);
         axis["duration"] = static_cast<double>(run.samples) * run.delta;
     }
-    Json json = {{"record", run.record},   {"type", TypeOf(run)}, {"title", ToUtf8(run.title)},
-                 {"samples", run.samples}, {"axis", axis},        {"channels", Json::array()}};
+    Json json = {{"record", run.record}, {"type", TypeOf(run)}, {"title", ToUtf8(run.title)}};
+    if (run.start) json["start"] = run.start->Text();
+    json.update({{"samples", run.samples}, {"axis", axis}, {"channels", Json::array()}});
     for (std::size_t c = 0; c < run.channels.size(); ++c) {
         const SignalRun::Channel& channel = run.channels[c];
         Json shown = {{"channel", channel.number},
@@ -237,6 +238,7 @@ std::string TextOf(const SignalRun& run, const RunFigures& measured) {
         text += fmt::format(", from {} to {}\n", AxisFigure(axis, measured.first),
                             AxisFigure(axis, measured.last));
     }
+    if (run.start) text += "  started " + run.start->Text() + "\n";
     if (std::ranges::any_of(run.channels, &SignalRun::Channel::isComplex))
         text += "  figures of complex channels are those of the magnitudes\n";
     std::vector<std::vector<std::string>> lines = {

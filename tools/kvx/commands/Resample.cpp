@@ -93,6 +93,10 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
             plans.push_back(PlanResampling({run.delta, run.offset, run.samples}, change, options.keepDelay));
             const ResamplingPlan& plan = plans.back();
             report += RunText(run, plan);
+            const auto startOf = [](double delta, __int64 offset) { return static_cast<double>(offset) * delta; };
+            const double later =
+                startOf(plan.after.delta, plan.after.offset) - startOf(run.delta, run.offset);
+            if (run.start && later != 0.0) run.start = run.start->Later(later);
             run.delta = plan.after.delta;
             run.offset = plan.after.offset;
             run.samples = plan.after.samples;
@@ -100,7 +104,7 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
                 growth = std::max(growth, static_cast<std::size_t>(change.Ratio()));
         }
     });
-    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, reader->Text(), runs);
+    const std::unique_ptr<SignalWriter> writer = CreateOutput(options.stream, *reader, runs);
     const auto process = [&](std::size_t run, std::size_t c) {
         const double zero = ZeroOf(runs[run].channels[c].unit);
         return MakeShifted(MakeResampler(plans[run], ends), zero, zero);

@@ -59,6 +59,8 @@ TextOptions TextOptionsOf(const RecordingOptions& options) {
     text.comments = options.comments.value_or(text.comments);
     if (options.missing) text.missing = SplitList(*options.missing);
     text.decimalComma = options.decimal == "comma";
+    if (!options.dates.empty())
+        text.dateOrder = options.dates == "day" ? DateOrder::dayFirst : DateOrder::monthFirst;
     text.codePage = CodePageOf(options.encoding);
     text.encodingName = "--encoding";
     return text;
@@ -159,6 +161,9 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command.AddOption("--decimal", options->decimal, "Decimal mark of a text; a comma then separates nothing")
         .Type("MARK")
         .OneOf({"auto", "comma"});
+    command.AddOption("--dates", options->dates, "What dates of a text such as 03/04/2024 begin with")
+        .Type("PART")
+        .OneOf({"day", "month"});
     command
         .AddOption("--encoding", options->encoding,
                    "Encoding of a text; without it UTF-8 or what a byte-order mark says")
@@ -190,7 +195,8 @@ StatementNames OptionNames(const RecordingOptions& options) {
             .axis = "--axis",
             .spacing = "--spacing",
             .uneven = "--uneven",
-            .missing = "--missing"};
+            .missing = "--missing",
+            .dates = "--dates"};
 }
 
 void RequireNothingStated(const RecordingOptions& options) {

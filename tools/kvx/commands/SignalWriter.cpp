@@ -30,12 +30,13 @@ private:
 
 }  // namespace
 
-void AddSamplesOption(Command& command, std::string* samples) {
-    command.AddOption("--samples", *samples, "WAV samples: " + Names(kWavSamples)).Type("KIND").ShowDefault();
+void AddSamplesOption(Command& command, std::optional<std::string>* samples) {
+    command.AddOption("--samples", *samples, "Samples of a sound file: " + Names(kWavSamples) + " (default float)")
+        .Type("KIND");
 }
 
 WavSamples WavSamplesOf(const WavChoice& choice) {
-    return Choose(kWavSamples, "--samples", choice.samples).samples;
+    return Choose(kWavSamples, "--samples", choice.samples.value_or("float")).samples;
 }
 
 WavOptions WavOptionsOf(const WavChoice& choice) {

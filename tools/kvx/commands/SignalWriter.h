@@ -16,10 +16,10 @@ namespace kvx::tool {
 
 /// How a WAV file holds samples, as options say it.
 struct WavChoice {
-    std::string samples = "float";
-    std::optional<double> fullScale;
+    std::optional<std::string> samples = std::nullopt;  ///< floats without it
+    std::optional<double> fullScale = std::nullopt;
 };
-void AddSamplesOption(Command& command, std::string* samples);
+void AddSamplesOption(Command& command, std::optional<std::string>* samples);
 /// Throw ValueError.
 WavSamples WavSamplesOf(const WavChoice& choice);
 WavOptions WavOptionsOf(const WavChoice& choice);

@@ -44,6 +44,10 @@ std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptio
                                         const SignalKinds& kinds) {
     RequireAnotherFile(options.input, options.output.name);
     const bool isForSound = IsSound(options.FormatOfOutput());
+    if (options.samples && !isForSound) {
+        throw UsageError("--samples is for sound files, and " + OutputName(options.output.name) + " is " +
+                         std::string(RowOf(options.FormatOfOutput()).name));
+    }
     WavSamplesOf({options.samples, {}});  // wrong kinds are told before the work
     Choose(kUffNumbers, "--uff", options.uffNumbers);
     return Doing(verb, options.input, [&] {
@@ -52,17 +56,21 @@ std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptio
     });
 }
 
-std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const std::wstring& text,
+std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const SignalReader& reader,
                                            const std::vector<SignalRun>& runs) {
     const std::string& name = options.output.name;
     const WavOptions wav = WavOptionsOf({options.samples, options.recording.fullScale});
-    return Doing("write", name, [&] {
+    std::unique_ptr<SignalWriter> writer = Doing("write", name, [&] {
         return CreateSignal(name, options.FormatOfOutput(), runs,
-                            {.text = text,
+                            {.text = reader.Text(),
                              .wav = wav,
                              .uff = {Choose(kUffNumbers, "--uff", options.uffNumbers).numbers},
-                             .called = OptionNames(options.recording)});
+                             .called = OptionNames(options.recording),
+                             .facts = reader.Properties()});
     });
+    const std::string loss = RemarkOnLoss(RowOf(options.FormatOfOutput()), runs, reader.Properties());
+    if (!loss.empty()) Note(loss);
+    return writer;
 }
 
 void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,7 +35,7 @@ struct StreamOptions {
     OutputChoice output;
     PartOptions part;
     RecordingOptions recording;  ///< its full scale is that of the output, too
-    std::string samples = "float";
+    std::optional<std::string> samples;  ///< of a sound file
     std::string uffNumbers = "binary";
 
     /// Throws ValueError when the output's name tells none.
@@ -66,8 +67,9 @@ SignalKinds WaveformsFor(Format format);
 /// Opens the input on behalf of `verb`; throws Failure, ValueError or UsageError.
 std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options,
                                         const SignalKinds& kinds);
-/// Begins the file that the output's name asks for, on behalf of its writing.
-std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const std::wstring& text,
+/// Begins the file that the output's name asks for, on behalf of its writing: of these runs, with what the
+/// reader tells besides. What the format has no place for is noted.
+std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const SignalReader& reader,
                                            const std::vector<SignalRun>& runs);
 
 /// The files of a stream and what is done with them, for sentences.
