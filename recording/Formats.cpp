@@ -121,9 +121,9 @@ constexpr FormatRow kFormats[] = {
         .open = OpenSound,
         .create = CreateSound<Format::wav>,
         .read = kSoundRead,
-        .written =
-            "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, text and facts as a "
-            "comment, date and time; RF64 beyond 4 GiB",
+        .written = "one run of waveforms as floats of 32 or 64 bits or integers of 16, 24 or 32, text and "
+                   "facts as a "
+                   "comment, date and time; RF64 beyond 4 GiB",
         .drops = kSoundDrops,
         .cuts = kSoundCuts,
         .hasOneRun = true,
@@ -248,8 +248,8 @@ constexpr FormatRow kFormats[] = {
         .create = CreateNpySignal,
         .read = "one array of numbers or of records of numbers",
         .written = "one run of time waveforms as an array, samples by channels",
-        .drops = Bit(Content::names) | Bit(Content::units) | Bit(Content::rate) | Bit(Content::axisStart) |
-                 kTold,
+        .drops =
+            Bit(Content::names) | Bit(Content::units) | Bit(Content::rate) | Bit(Content::axisStart) | kTold,
         .cuts = "which way the time goes where there are fewer samples than channels",
         .hasOneRun = true,
     },
@@ -371,7 +371,8 @@ std::string LostIn(const FormatRow& row) {
         const bool isDropped = (row.drops & 1U << i) != 0;
         if (!isDropped) continue;
         const bool isInPart = row.takesUnit != nullptr && static_cast<Content>(i) == Content::units;
-        text += (text.empty() ? "" : ", ") + std::string(kContentNames[i]) + (isInPart ? " of other values" : "");
+        text +=
+            (text.empty() ? "" : ", ") + std::string(kContentNames[i]) + (isInPart ? " of other values" : "");
     }
     if (!row.cuts.empty()) text += (text.empty() ? "" : "; ") + std::string(row.cuts);
     return text;

@@ -60,10 +60,10 @@ struct FormatRow {
     Create create = nullptr;        ///< null for what is only read
     std::string_view read;          ///< what is read of it
     std::string_view written = {};  ///< what is written
-    unsigned drops = 0;          ///< bits of what it has no place for
-    std::string_view cuts = {};  ///< what of a recording it holds in part
+    unsigned drops = 0;             ///< bits of what it has no place for
+    std::string_view cuts = {};     ///< what of a recording it holds in part
     bool (*takesUnit)(const CUnitCtrl& unit) = nullptr;  ///< the units that it holds, where it drops others
-    bool hasOneRun = false;         ///< whether a file that is written has room for one run only
+    bool hasOneRun = false;  ///< whether a file that is written has room for one run only
 };
 
 /// All formats that are read or written.
@@ -75,8 +75,9 @@ KVX_RECORDING_API const FormatRow& RowOf(Format format);
 /// What a recording has and a format cannot hold, for a person: "names, units, texts beyond 1000 characters".
 KVX_RECORDING_API std::string LostIn(const FormatRow& row);
 
-/// A sentence on what of these runs, and of what else is told about them, is not in the file that they become:
-/// "a WAV file holds no names and no units". Of a format that holds units it is empty, as LostIn tells.
+/// A sentence on what of these runs, and of what else is told about them, is not in the file that they
+/// become: "a WAV file holds no names and no units". Of a format that holds units it is empty, as LostIn
+/// tells.
 KVX_RECORDING_API std::string RemarkOnLoss(const FormatRow& row, const std::vector<SignalRun>& runs,
                                            const std::vector<RecordingInfo::Property>& facts = {});
 

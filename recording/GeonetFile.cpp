@@ -71,8 +71,9 @@ std::optional<StartTime> StartOf(const std::vector<std::optional<double>>& whole
     }
     if (parts[0] == 0 || parts[3] > 23 || parts[4] > 59) return std::nullopt;
     constexpr std::int64_t kMilli = StartTime::kPartsPerSecond / 1000;
-    auto start = StartOnDate(static_cast<int>(parts[0]), static_cast<int>(parts[1]), static_cast<int>(parts[2]),
-                             parts[3] * 3600 + parts[4] * 60 + parts[5] / 1000, parts[5] % 1000 * kMilli);
+    auto start =
+        StartOnDate(static_cast<int>(parts[0]), static_cast<int>(parts[1]), static_cast<int>(parts[2]),
+                    parts[3] * 3600 + parts[4] * 60 + parts[5] / 1000, parts[5] % 1000 * kMilli);
     if (start) start->isUniversal = true;
     return start;
 }

@@ -742,8 +742,7 @@ public:
                 plan.Append(AnyMatrix(variable.name, variable, 0));
         } else {
             for (std::size_t r = 0; r < runs.size(); ++r)
-                plan.Append(
-                    StructureMatrix("run" + std::to_string(r + 1), VariablesOf(runs[r], true), r));
+                plan.Append(StructureMatrix("run" + std::to_string(r + 1), VariablesOf(runs[r], true), r));
         }
         Begin(plan);
     }

@@ -92,7 +92,7 @@ struct RecordingInfo {
         std::wstring title = {};  ///< may be empty
         RecordedAxis axis = {};
         std::vector<Channel> channels = {};
-        __int64 samples = 0;                              ///< of each channel, 1 or more
+        __int64 samples = 0;                            ///< of each channel, 1 or more
         std::optional<StartTime> start = std::nullopt;  ///< when the first sample was taken
     };
     /// A fact that the file tells about itself.

@@ -535,8 +535,9 @@ private:
             reference = reference->Later(-first_)->Later(0.0005);
         if (!reference) return;
         const StartTime::Calendar date = reference->Date();
-        const int parts[] = {date.year,   date.dayOfYear, date.hour,
-                             date.minute, date.second,    static_cast<int>(reference->parts / kPartsPerMilli)};
+        const int parts[] = {date.year,   date.dayOfYear,
+                             date.hour,   date.minute,
+                             date.second, static_cast<int>(reference->parts / kPartsPerMilli)};
         for (std::size_t i = 0; i < std::size(parts); ++i) wholes_[kYear + i] = parts[i];
     }
 

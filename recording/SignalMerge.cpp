@@ -149,8 +149,8 @@ private:
         std::optional<StartTime>& start = runs_.front().start;
         if (!start) start = run.start;
         if (!run.start || *run.start == *start) return;
-        remarks_.push_back(other.name + " started at " + run.start->Text() + ", the merged one is said to at " +
-                           start->Text());
+        remarks_.push_back(other.name + " started at " + run.start->Text() +
+                           ", the merged one is said to at " + start->Text());
     }
 
     void RequireSamePlaces(const MergeInput& other, std::span<const double> places) const {

@@ -50,8 +50,12 @@ double LengthOf(const SignalRun& run, __int64 samples) {
 Piece PieceOf(const SignalRun& run, std::size_t number, const AxisPart& part) {
     const __int64 first = part.start ? CountBefore(run, *part.start) : 0;
     const __int64 end = part.end ? CountBefore(run, *part.end) : run.samples;
-    return {number, first, std::max<__int64>(0, end - first), static_cast<double>(run.offset) * run.delta,
-            static_cast<double>(run.offset + run.samples - 1) * run.delta, LengthOf(run, first)};
+    return {number,
+            first,
+            std::max<__int64>(0, end - first),
+            static_cast<double>(run.offset) * run.delta,
+            static_cast<double>(run.offset + run.samples - 1) * run.delta,
+            LengthOf(run, first)};
 }
 
 /// The same of a run with listed places, by a pass over it. The samples need not stand together.

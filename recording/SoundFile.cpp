@@ -287,40 +287,42 @@ private:
         const std::uint64_t reference =
             std::uint64_t{broadcast.time_reference_high} << 32 | broadcast.time_reference_low;
         std::optional<StartTime>& start = info_.runs.front().start;
-        const std::optional<StartTime> own = BroadcastStart(date, time, reference, rateHz);
+        std::optional<StartTime> own = OriginOf(date, time);
+        const bool isClock = own && rateHz > 0 && TakeReference(reference, rateHz, &*own);
         if (own && !start) start = own;
         if (!own) {
             State("origination date", date);
             State("origination time", time);
-            if (reference > 0) {
-                State("time reference", std::to_string(reference) + " samples, " +
-                                            FormatNumber(static_cast<double>(reference) / rateHz, 12) +
-                                            " s after midnight");
-            }
         }
-        const std::string history =
-            field(std::span(broadcast.coding_history)
-                      .first(std::min<std::size_t>(broadcast.coding_history_size,
-                                                   sizeof broadcast.coding_history)));
+        if (reference > 0 && !isClock) {
+            State("time reference", std::to_string(reference) + " samples, " +
+                                        FormatNumber(static_cast<double>(reference) / rateHz, 12) +
+                                        " s after midnight");
+        }
+        const std::string history = field(std::span(broadcast.coding_history)
+                                              .first(std::min<std::size_t>(broadcast.coding_history_size,
+                                                                           sizeof broadcast.coding_history)));
         // What the library says of itself tells nothing of the recording.
         if (history.find("T=libsndfile") == history.npos) State("coding history", history);
     }
 
-    /// The start by the origination, whose seconds the samples since midnight divide further where both
-    /// agree. No value where they do not, or tell none.
-    static std::optional<StartTime> BroadcastStart(std::string date, std::string time, std::uint64_t reference,
-                                                   int rateHz) {
+    /// Date and time of the origination, whatever is between their numbers.
+    static std::optional<StartTime> OriginOf(std::string date, std::string time) {
         for (const std::size_t at : {4U, 7U})
             if (date.size() == 10) date[at] = '-';
         for (const std::size_t at : {2U, 5U})
             if (time.size() == 8) time[at] = ':';
-        const std::optional<StartTime> second = ParseStartTime(date + "T" + time);
-        if (!second || reference == 0 || rateHz < 1) return second;
-        const StartTime::Calendar clock = second->Date();
-        const auto seconds = reference / static_cast<std::uint64_t>(rateHz);
-        if (seconds != static_cast<std::uint64_t>(clock.hour * 3600 + clock.minute * 60 + clock.second))
-            return std::nullopt;
-        return second->Later(static_cast<double>(reference % static_cast<std::uint64_t>(rateHz)) / rateHz);
+        return ParseStartTime(date + "T" + time);
+    }
+
+    /// Takes the part of a second from the samples since midnight, if these tell the same second.
+    static bool TakeReference(std::uint64_t reference, int rateHz, StartTime* start) {
+        const auto rate = static_cast<std::uint64_t>(rateHz);
+        const StartTime::Calendar clock = start->Date();
+        const auto second = static_cast<std::uint64_t>(clock.hour * 3600 + clock.minute * 60 + clock.second);
+        if (reference / rate != second) return false;
+        *start = start->Later(static_cast<double>(reference % rate) / rateHz).value_or(*start);
+        return true;
     }
 
     SNDFILE* sound_;

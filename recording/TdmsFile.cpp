@@ -9,8 +9,8 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 

@@ -214,8 +214,7 @@ private:
 
     /// Takes times far from 0 as those of a clock that counts from 1970 on, from the first of them on.
     void SettleOrigin() {
-        const bool isNumber =
-            layout_.axis != kNoColumn && layout_.Kind(layout_.axis) == FieldKind::number;
+        const bool isNumber = layout_.axis != kNoColumn && layout_.Kind(layout_.axis) == FieldKind::number;
         if (!isNumber || axis_.dimension != CUnitCtrl::DIM_TIME) return;
         const auto first = ReadDecimalStamp(FirstField(layout_.axis));
         if (!first) return;
@@ -241,9 +240,9 @@ private:
         layout_.origin = first;
         if (!isDate(first->seconds / perSecond)) return;
         constexpr std::int64_t kPerSecond = StartTime::kPartsPerSecond;
-        start_ = StartTime{first->seconds / perSecond,
-                           first->seconds % perSecond * (kPerSecond / perSecond) + first->parts / perSecond,
-                           true};
+        start_ =
+            StartTime{first->seconds / perSecond,
+                      first->seconds % perSecond * (kPerSecond / perSecond) + first->parts / perSecond, true};
     }
 
     /// Goes through the whole text once, and once more through a column that is or may be the axis.
@@ -418,7 +417,7 @@ private:
     TextOptions options_;
     TextLayout layout_;
     TextAxis axis_;
-    TimeStamps stamps_;  ///< of the axis, if there is one; else their number alone counts
+    TimeStamps stamps_;                ///< of the axis, if there is one; else their number alone counts
     std::optional<StartTime> start_;   ///< by the axis
     std::int64_t ticksPerSecond_ = 1;  ///< of times without a unit
     std::optional<double> exactSpacing_;

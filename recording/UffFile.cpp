@@ -197,7 +197,8 @@ private:
             abscissaUnits_.push_back(abscissaUnit_);
         }
         // Functions that tell different times were not all taken then.
-        if (info_.runs.back().start != ReadUffStart(header.lines[kStartLine])) info_.runs.back().start.reset();
+        if (info_.runs.back().start != ReadUffStart(header.lines[kStartLine]))
+            info_.runs.back().start.reset();
         info_.runs.back().channels.push_back(std::move(channel));
         functions_.back().push_back(samples);
         ++channels_;

@@ -139,8 +139,8 @@ public:
         std::string comment = ToUtf8(std::wstring_view(texts.comment).substr(0, kMostComment));
         std::ranges::replace(comment, '\n', ' ');
         for (const RecordingInfo::Property& fact : texts.facts) {
-            const auto* const tag =
-                std::ranges::find(kSoundTexts, fact.name, [](const SoundText& text) { return std::string_view(text.name); });
+            const auto* const tag = std::ranges::find(
+                kSoundTexts, fact.name, [](const SoundText& text) { return std::string_view(text.name); });
             // To the name of a program the library adds its own.
             const bool isTag = tag != std::end(kSoundTexts) && tag->number != SF_STR_SOFTWARE;
             if (isTag) {
@@ -177,7 +177,8 @@ private:
         const StartTime::Calendar clock = start.Date();
         const auto rate = static_cast<std::uint64_t>(rateHz);
         const auto seconds = static_cast<std::uint64_t>(clock.hour * 3600 + clock.minute * 60 + clock.second);
-        const double part = static_cast<double>(start.parts) / static_cast<double>(StartTime::kPartsPerSecond);
+        const double part =
+            static_cast<double>(start.parts) / static_cast<double>(StartTime::kPartsPerSecond);
         const auto rest = static_cast<std::uint64_t>(part * rateHz + 0.5);
         const std::uint64_t reference = seconds * rate + std::min(rest, rate - 1);
         broadcast.time_reference_low = static_cast<std::uint32_t>(reference);
@@ -281,7 +282,8 @@ struct WavWriter::State {
 
 WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
                      WavSamples samples, Format format, std::wstring_view comment)
-    : WavWriter(path, channels, frames, rateHz, samples, format, WavTexts{std::wstring(comment), {}, {}, {}}) {}
+    : WavWriter(path, channels, frames, rateHz, samples, format,
+                WavTexts{std::wstring(comment), {}, {}, {}}) {}
 
 WavWriter::WavWriter(const std::string& path, std::size_t channels, __int64 frames, int rateHz,
                      WavSamples samples, Format format, const WavTexts& texts) {

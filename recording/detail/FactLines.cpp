@@ -22,9 +22,8 @@ std::string OnOneLine(std::string text) {
 }  // namespace
 
 std::vector<RecordingInfo::Property> WrittenFacts(std::span<const RecordingInfo::Property> facts) {
-    std::vector<RecordingInfo::Property> written(facts.begin(),
-                                                 facts.begin() + static_cast<std::ptrdiff_t>(
-                                                                     std::min(facts.size(), kMostFacts)));
+    std::vector<RecordingInfo::Property> written(
+        facts.begin(), facts.begin() + static_cast<std::ptrdiff_t>(std::min(facts.size(), kMostFacts)));
     std::erase_if(written, [](const RecordingInfo::Property& fact) {
         return fact.name.size() + fact.text.size() > kMostFactBytes || !FromUtf8(fact.name) ||
                !FromUtf8(fact.text);
@@ -34,8 +33,8 @@ std::vector<RecordingInfo::Property> WrittenFacts(std::span<const RecordingInfo:
 
 std::string FactLine(const RecordingInfo::Property& fact) {
     const std::string name = OnOneLine(fact.name);
-    const bool isQuoted = name.empty() || name.front() == '"' || name.find(kMark) != name.npos ||
-                          name.ends_with(':');
+    const bool isQuoted =
+        name.empty() || name.front() == '"' || name.find(kMark) != name.npos || name.ends_with(':');
     std::string line = isQuoted ? '"' + name + std::string(kQuotedMark) : name + std::string(kMark);
     return line += OnOneLine(fact.text);
 }

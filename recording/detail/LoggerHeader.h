@@ -31,7 +31,7 @@ struct LoggerSegment {
 
     /// The date and time, unless they can be read in several ways.
     std::optional<StartTime> Start() const;
-    bool areSamplesEqual = true;       ///< whether no channel is stated to be shorter than another
+    bool areSamplesEqual = true;  ///< whether no channel is stated to be shorter than another
 
     /// What a sentence says of its rate.
     std::string RateHint() const;

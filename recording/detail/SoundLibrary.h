@@ -24,8 +24,8 @@ struct SoundText {
     const char* name;
 };
 inline constexpr SoundText kSoundTexts[] = {
-    {SF_STR_ARTIST, "artist"},   {SF_STR_ALBUM, "album"},         {SF_STR_SOFTWARE, "software"},
-    {SF_STR_GENRE, "genre"},     {SF_STR_COPYRIGHT, "copyright"}, {SF_STR_LICENSE, "license"},
+    {SF_STR_ARTIST, "artist"},     {SF_STR_ALBUM, "album"},         {SF_STR_SOFTWARE, "software"},
+    {SF_STR_GENRE, "genre"},       {SF_STR_COPYRIGHT, "copyright"}, {SF_STR_LICENSE, "license"},
     {SF_STR_TRACKNUMBER, "track"},
 };
 

@@ -329,8 +329,7 @@ private:
     void StateFacts(TextLayout* layout) {
         for (Fact& fact : facts_) {
             auto& [name, text] = fact.fact;
-            const std::optional<StartTime> start =
-                name == "start" ? ParseStartTime(text) : std::nullopt;
+            const std::optional<StartTime> start = name == "start" ? ParseStartTime(text) : std::nullopt;
             if (start) {
                 layout->start = start;
             } else if (name == "title" || name == "text") {

@@ -56,7 +56,7 @@ struct TextLayout {
     /// What the columns hold where not all hold numbers, and their fields in the first row; else empty.
     std::vector<FieldKind> kinds;
     std::vector<std::string> firstFields;
-    std::size_t axis = kNoColumn;  ///< the column that is the axis, or may be it
+    std::size_t axis = kNoColumn;                       ///< the column that is the axis, or may be it
     std::optional<DateOrder> dateOrder = std::nullopt;  ///< of its dates, where they may have either
     /// The number of the axis in the first row, which those of all rows are taken from to the last digit,
     /// where they are too far from 0 for that in doubles.

@@ -175,8 +175,8 @@ private:
             RequireNoNumber(column, field);
         } else if (IsStamp(kind)) {
             const std::size_t next = layout_.skipped + column + 1;
-            const auto stamp =
-                ReadStamp(kind, layout_.dateOrder, field, next < fields_.size() ? fields_[next] : std::string_view());
+            const auto stamp = ReadStamp(kind, layout_.dateOrder, field,
+                                         next < fields_.size() ? fields_[next] : std::string_view());
             if (!stamp) Refuse(column, field, "is not a time like the one in the first row");
             values[0] = kind == FieldKind::clock ? stamp->SinceOnClock(rules_.firstStamp)
                                                  : stamp->Since(rules_.firstStamp);

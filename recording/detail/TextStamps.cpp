@@ -51,8 +51,7 @@ public:
         const std::string_view mark = text_.substr(0, 1);
         if (!Take("-/")) return std::nullopt;
         if (mark == "-" && text_.find_first_not_of("0123456789") >= 3) {
-            if (const std::optional<int> day = TakeNumber(3, 3))
-                return StampOf(StartOnDay(*year, *day, 0));
+            if (const std::optional<int> day = TakeNumber(3, 3)) return StampOf(StartOnDay(*year, *day, 0));
         }
         const std::optional<int> month = TakeNumber(1, 2);
         if (!month || !Take(mark)) return std::nullopt;
@@ -195,7 +194,8 @@ double TextStamp::Since(const TextStamp& first) const {
     std::int64_t scale = 1;
     for (int i = 0; i < digits; ++i) scale *= 10;
     constexpr std::int64_t kExact = std::int64_t{1} << 53;
-    if (digits > 0 && rest % (kPartsPerSecond / scale) == 0 && whole < kExact / scale && whole > -kExact / scale)
+    if (digits > 0 && rest % (kPartsPerSecond / scale) == 0 && whole < kExact / scale &&
+        whole > -kExact / scale)
         return static_cast<double>(whole * scale + rest / (kPartsPerSecond / scale)) /
                static_cast<double>(scale);
     return static_cast<double>(whole) + static_cast<double>(rest) / static_cast<double>(kPartsPerSecond);

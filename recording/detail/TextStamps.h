@@ -17,8 +17,8 @@ inline constexpr std::int64_t kSecondsPerDay = 86400;
 /// one.
 struct TextStamp {
     std::int64_t seconds = 0;
-    std::int64_t parts = 0;  ///< of a second, 1e-15 each
-    int decimals = 0;        ///< of its seconds as written
+    std::int64_t parts = 0;    ///< of a second, 1e-15 each
+    int decimals = 0;          ///< of its seconds as written
     bool isUniversal = false;  ///< whether its zone is written
 
     /// Seconds from `first` to this.

@@ -66,7 +66,7 @@ constexpr std::string_view kFunctions[] = {
 };
 
 constexpr std::string_view kMonths[] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
-                                       "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
+                                        "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
 
 /// Of these functions the reference is a part.
 constexpr int kOfTwoPoints[] = {0, 3, 4, 5, 6, 8, 20, 21, 22, 23, 26};
@@ -366,7 +366,8 @@ std::optional<StartTime> ReadUffStart(std::string_view line) {
         });
     });
     const std::string_view date = words[0];
-    if (month == std::end(kMonths) || (date.size() != 9 && date.size() != 11) || date[2] != '-' || date[6] != '-')
+    if (month == std::end(kMonths) || (date.size() != 9 && date.size() != 11) || date[2] != '-' ||
+        date[6] != '-')
         return std::nullopt;
     const std::optional<int> day = ReadWhole<int>(date.substr(0, 2));
     std::optional<int> year = ReadWhole<int>(date.substr(7));

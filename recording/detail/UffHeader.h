@@ -54,8 +54,8 @@ struct UffHeader {
     UffAxis denominator = {};
 };
 
-/// How facts are called that stand in the lines of functions (with their number behind it), and in the records
-/// of a dataset 151.
+/// How facts are called that stand in the lines of functions (with their number behind it), and in the
+/// records of a dataset 151.
 inline constexpr const char* kUffLineName = "ID line ";
 inline constexpr std::array<std::string_view, 3> kUffHeaderNames = {"model", "description", "program"};
 

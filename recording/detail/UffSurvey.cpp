@@ -323,7 +323,7 @@ private:
     std::vector<Found> found_;
     std::vector<UffUnitSystem> systems_;    ///< in their order
     std::vector<std::size_t> nodeSystems_;  ///< per dataset of nodes, the systems in front of it
-    std::uint64_t begin_ = 0;  ///< of the dataset
+    std::uint64_t begin_ = 0;               ///< of the dataset
     std::uint64_t damaged_ =
         0;  ///< from where the end of a dataset is looked for in which something is wrong
 };

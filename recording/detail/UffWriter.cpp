@@ -193,7 +193,7 @@ private:
         if (std::ranges::all_of(about, &std::string::empty)) return {};
         constexpr std::size_t kRecords = 7;
         std::string dataset = std::string(kDelimiter) + "   151\n";
-        for (const std::string& text : about) dataset += UffLine(text) + "\n";
+        for (const std::string& text : about) dataset += (text.empty() ? " " : UffLine(text)) + "\n";
         for (std::size_t i = about.size(); i < kRecords; ++i) dataset += " \n";
         return dataset += kDelimiter;
     }

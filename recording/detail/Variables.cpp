@@ -25,9 +25,7 @@ namespace {
 
 // ---- what names mean ----
 
-enum class Role {
-    rate, step, start, axis, axisUnit, units, names, title, text, date, factNames, factTexts
-};
+enum class Role { rate, step, start, axis, axisUnit, units, names, title, text, date, factNames, factTexts };
 
 struct NameRow {
     std::string_view name;
@@ -491,7 +489,8 @@ private:
                                    Role::text,  Role::date,  Role::factNames, Role::factTexts};
         const bool hasRole =
             row != nullptr && std::ranges::find(kRoles, row->role) != std::end(kRoles) &&
-            (row->role != Role::text || texts.size() == 1) && (row->role != Role::date || (!texts.empty() && ParseStartTime(ToUtf8(texts.front()))));
+            (row->role != Role::text || texts.size() == 1) &&
+            (row->role != Role::date || (!texts.empty() && ParseStartTime(ToUtf8(texts.front()))));
         if (!hasRole || !texts_.try_emplace(row->role, &texts).second) AddProperty(variable, texts);
     }
 

@@ -20,12 +20,12 @@ namespace {
 
 /// What variables of the axis and of the run are called, and words that name nothing in MATLAB or Python.
 constexpr std::string_view kTaken[] = {
-    "fs",        "dt",        "t0",     "t",     "time",     "Time",      "f",          "df",    "f0",
-    "freq",      "Freq",      "x",      "dx",    "x0",       "xunit",     "fsamp",      "rate",  "Ts",
-    "names",     "name",      "units",  "unit",  "channels", "title",     "text",       "break", "case",
-    "catch",     "else",      "elseif", "end",   "for",      "function",  "global",     "if",    "parfor",
-    "return",    "switch",    "try",    "while", "continue", "otherwise", "persistent", "spmd",  "classdef",
-    "frequency", "Frequency", "Fs",   "FS",   "start",    "fact_names", "fact_texts"};
+    "fs",        "dt",        "t0",     "t",     "time",     "Time",       "f",          "df",    "f0",
+    "freq",      "Freq",      "x",      "dx",    "x0",       "xunit",      "fsamp",      "rate",  "Ts",
+    "names",     "name",      "units",  "unit",  "channels", "title",      "text",       "break", "case",
+    "catch",     "else",      "elseif", "end",   "for",      "function",   "global",     "if",    "parfor",
+    "return",    "switch",    "try",    "while", "continue", "otherwise",  "persistent", "spmd",  "classdef",
+    "frequency", "Frequency", "Fs",     "FS",    "start",    "fact_names", "fact_texts"};
 
 std::string Identifier(std::wstring_view name) {
     constexpr std::size_t kMost = 56;  // with room for a number behind it

@@ -13,7 +13,6 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/Formats.h>
 #include <KvxRecording01/SignalMerge.h>
@@ -65,7 +64,7 @@ TEST(Start, IsReadAndWrittenToTheLastDigit) {
 /// A run with a start at 12:00:00.5, which begins 2 samples behind 0.
 SignalRun Begun(std::wstring title = L"frequency response") {
     SignalRun run = {1, 1.0 / 8, 2, 16, {}};
-    run.channels.push_back({L"top", NamedUnit("m/s2"), 1});
+    run.channels.push_back({L"top", CUnitCtrl(CUnitCtrl::DIM_ACCELERATION), 1});
     run.title = std::move(title);
     run.start = ParseStartTime("2024-03-01T12:00:00.5Z");
     return run;
@@ -106,7 +105,8 @@ TEST(Facts, ComeBackFromEveryFormatThatHoldsThem) {
         {Format::npz, "a.npz", own, "a text", "frequency response", kStart, " fs dt t0 "},
         {Format::universal, "a.uff", uff, "a text", "frequency response", kStart, " ID line 1 "},
         {Format::sac, "a.sac", sac, "a text", "", kStart,
-         " delta depmin depmax b e depmen nzyear nzjday nzhour nzmin nzsec nzmsec nvhdr npts iftype idep leven "
+         " delta depmin depmax b e depmen nzyear nzjday nzhour nzmin nzsec nzmsec nvhdr npts iftype idep "
+         "leven "
          "lpspol lovrok lcalda kcmpnm "},
         {Format::wav, "a.wav", own, "a text", "frequency response", kStart, " software "},
         {Format::rf64, "a.rf64", own, "a text", "frequency response", kStart, " software "},
@@ -151,7 +151,8 @@ TEST(Start, OfAPartIsLaterAndOfJoinedFilesTheFirst) {
     const std::string path = (folder / "a.mat").string();
     Write(path, Format::mat, Begun(), {});
     const auto open = [&] { return OpenSignal(path); };
-    EXPECT_EQ(TextOf(OpenPart(open, {.start = 1.0, .end = {}})->Runs().front().start), "2024-03-01T12:00:01.25Z");
+    EXPECT_EQ(TextOf(OpenPart(open, {.start = 1.0, .end = {}})->Runs().front().start),
+              "2024-03-01T12:00:01.25Z");
     std::vector<MergeInput> inputs;
     for (const char* name : {"a", "b"}) inputs.push_back({open(), name});
     const auto joined = JoinInTime(std::move(inputs));
@@ -190,7 +191,9 @@ TEST(Start, OfTextsIsReadFromTheirStamps) {
     }
     folder.Write("a.csv", "t,a\n03/04/2024,1\n04/04/2024,2\n");
     RecordingStatements stated;
-    const auto open = [&] { return OpenSignal((folder / "a.csv").string(), {}, stated)->Runs().front().start; };
+    const auto open = [&] {
+        return OpenSignal((folder / "a.csv").string(), {}, stated)->Runs().front().start;
+    };
     try {
         open();
         ADD_FAILURE();
@@ -207,14 +210,17 @@ TEST(Facts, OfAUniversalFileDoNotDependOnTheOrderOfItsDatasets) {
     SignalRun run = Begun();
     run.channels[0].name = L"5:+Z";
     Write(path, Format::universal, run, {});
-    const std::string units = "    -1\n   164\n         5millimetre         2\n"
-                              "  1.00000000000000000D+03  1.00000000000000000D+00  1.00000000000000000D+00\n"
-                              "  0.00000000000000000D+00\n    -1\n";
-    const std::string nodes = "    -1\n    15\n         5         0         0         0  1.00000E+03  "
-                              "0.00000E+00  0.00000E+00\n    -1\n";
+    const std::string units =
+        "    -1\n   164\n         5millimetre         2\n"
+        "  1.00000000000000000D+03  1.00000000000000000D+00  1.00000000000000000D+00\n"
+        "  0.00000000000000000D+00\n    -1\n";
+    const std::string nodes =
+        "    -1\n    15\n         5         0         0         0  1.00000E+03  "
+        "0.00000E+00  0.00000E+00\n    -1\n";
     const std::string function = folder.Read("a.uff");
     std::vector<double> levels;
-    for (const std::string& file : {units + nodes + function, function + nodes + units, nodes + units + function}) {
+    for (const std::string& file :
+         {units + nodes + function, function + nodes + units, nodes + units + function}) {
         folder.Write("b.uff", file);
         const auto reader = OpenSignal((folder / "b.uff").string());
         EXPECT_THAT(FactsOf(*reader, ""), testing::Contains("node 5=1, 0, 0 m"));

@@ -36,7 +36,7 @@ std::string Outcome(const std::string& text, const TextOptions& options = {}) tr
     for (std::size_t r = 0; r < reader->Info().runs.size(); ++r) {
         const RecordingInfo::Run& run = reader->Info().runs[r];
         outcome +=
-            ToUtf8(run.title) + ": " +
+            (run.start ? run.start->Text() : ToUtf8(run.title)) + ": " +
             (run.axis.unknownUnit.empty() ? UnitText(run.axis.unit) : "?" + ToUtf8(run.axis.unknownUnit));
         if (run.axis.stamps) {
             outcome += (run.axis.stamps->IsEven() ? " even " : " uneven ") +
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, LoggerFile, testing::Values(
     Case{"SegmentsThatGoOn", File("One") + Block(kUnits, kAB, "0.0\t1\t2\n0.5\t3\t4\n\n") + Block(kUnits, kAB, "1.0\t5\t6\n1.5\t7\t8\tend\n"),
         ": s even 0 1.5 of 4: a [g] 1 3 5 7 b [m/s2] 2 4 6 8"},
     Case{"SegmentsThatBeginAnew", File("One") + Block(kDated + kUnits, kAB, "0.0\t1\t2\n0.5\t3\t4\n\n") + Block(kUnits, kAB, "0.0\t5\t6\n0.5\t7\t8\n"),
-        "2026/03/01 12:00:01,5: s even 0 0.5 of 2: a [g] 1 3 b [m/s2] 2 4; : s even 0 0.5 of 2: a [g] 5 7 b [m/s2] 6 8"},
+        "2026-03-01T12:00:01.5: s even 0 0.5 of 2: a [g] 1 3 b [m/s2] 2 4; : s even 0 0.5 of 2: a [g] 5 7 b [m/s2] 6 8"},
     Case{"SegmentsOfOtherChannels", File("One") + Block(kUnits, kAB, "0.0\t1\t2\n0.5\t3\t4\n") + Block("", "X_Value\tc", "1.0\t5\n1.5\t6\n"),
         ": s even 0 0.5 of 2: a [g] 1 3 b [m/s2] 2 4; : s even 1 1.5 of 2: c 5 6"},
     Case{"SegmentsOfOtherUnits", File("One") + Block(kUnits, kAB, "0.0\t1\t2\n0.5\t3\t4\n") + Block("", kAB, "1.0\t5\t6\n"),

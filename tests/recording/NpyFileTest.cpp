@@ -82,7 +82,7 @@ TEST(NpyFile, HoldsChannelsInColumnsRowsOrFields) {
 
 TEST(NpyFile, ThatIsDamagedOrOfAnotherKindIsRefused) {
     const std::string header = "the header of an array is none that NumPy writes";
-    const std::string none = "it has no array of samples; left out: '', for ";
+    const std::string none = "it has no array of samples; left out: column 1, for ";
     const std::pair<std::string, std::string> cases[] = {
         {Plain("<f8", "(2,)", "12345678"), "it is cut short: its numbers need 16 bytes and there are 8"},
         {Plain("<f8", "(4294967296, 4294967296)", ""),

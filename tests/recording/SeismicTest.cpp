@@ -303,7 +303,8 @@ TEST(Seismic, SacTextIsReadLikeTheBinaryForm) {
         {OpenSac, text("3", "1", seven + seven), "amplitudes and phases are read of the binary form only"},
         {OpenSac, text("1", "0", seven), "line 33: the text ends too early"},
     });
-    EXPECT_EQ(Open(OpenSac, even)->Info().properties.at(0).text, "2019-007T01:02:03.045");
+    // The reference time and the place of the first sample, 1.5 s behind it.
+    EXPECT_EQ(Open(OpenSac, even)->Info().runs[0].start->Text(), "2019-01-07T01:02:04.545Z");
     ExpectSenseOfEveryCut(OpenSac, even);
 }
 
@@ -345,7 +346,7 @@ TEST(Seismic, SmcTextsAreReadWithTheirUnitsAndTimes) {
     std::map<std::string, std::string> facts;
     const auto reader = Open(OpenSmc, good);
     for (const auto& [name, fact] : reader->Info().properties) facts[name] = fact;
-    EXPECT_EQ(facts["start"], "1989-291T00:04");
+    EXPECT_EQ(reader->Info().runs[0].start->Text(), "1989-10-18T00:04:00");
     EXPECT_EQ(facts["damping of the sensor"], "0.6");
     EXPECT_EQ(facts["comment"], "a comment");
     EXPECT_FALSE(facts.contains("seismic moment"));
@@ -386,9 +387,8 @@ TEST(Seismic, VolumesOfSeveralChannelsAreReadWithAllTheirBlocks) {
     EXPECT_EQ(Open(OpenGeonet, Geonet(true, "Up", 0, "2.000", kTwelve))->Info().runs[0].channels[0].scale,
               2e-3);
     const auto reader = Open(OpenGeonet, volume2);
-    EXPECT_TRUE(std::ranges::any_of(reader->Info().properties, [](const RecordingInfo::Property& property) {
-        return property.name == "start" && property.text == "2016-02-14T00:13:25.845";
-    }));
+    for (const RecordingInfo::Run& run : reader->Info().runs)
+        EXPECT_EQ(run.start->Text(), "2016-02-14T00:13:25.845Z");
     for (const std::string& good : {kV2, kPairs, headed}) ExpectSenseOfEveryCut(OpenCsmip, good);
     ExpectSenseOfEveryCut(OpenGeonet, volume2);
 }

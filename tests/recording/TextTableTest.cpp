@@ -60,6 +60,7 @@ std::string Describe(RecordingReader& recording) {
         if (column.starts_with("+ i")) text.replace(text.size() - 2, 2, " ");
         text += column + "; ";
     }
+    if (info.runs[0].start) text += "start " + info.runs[0].start->Text() + "; ";
     for (const RecordingInfo::Property& property : info.properties)
         text += property.name + " " + property.text + "; ";
     for (const std::string& remark : info.remarks) text += remark + "; ";
@@ -278,15 +279,15 @@ INSTANTIATE_TEST_SUITE_P(Axes, StatedText, testing::Values(
 INSTANTIATE_TEST_SUITE_P(Stamps, StatedText, testing::Values(
     StatedCase{"DateTimes", kAsItIs, "when,a\n2024-02-28T23:59:59.5Z,1\n2024-02-29T00:00:00Z,2\n2024-02-29 09:00:00.5+09:00,3\n",
         "time 0 1; a 1 2 3; start 2024-02-28T23:59:59.5Z"},
-    StatedCase{"DatesApartFromClocks", kAsItIs, "date time a\n2024/12/31 23:59:58 1\n2025/1/1 0:00:00 2\n", "time 0 2; a 1 2; start 2024/12/31 23:59:58"},
-    StatedCase{"DatesInColumnsOfTheirOwn", kAsItIs, "Date;Time;a\n2024-12-31;23:59:58,25;1,5\n2025-01-01;00:00:00,75;2,5\n", "time 0 2.5; a 1.5 2.5; start 2024-12-31 23:59:58,25"},
-    StatedCase{"Days", kAsItIs, "day,a\n2024-02-28,1\n2024-02-29,2\n2024-03-01,3\n", "time 0 172800; a 1 2 3; start 2024-02-28"},
+    StatedCase{"DatesApartFromClocks", kAsItIs, "date time a\n2024/12/31 23:59:58 1\n2025/1/1 0:00:00 2\n", "time 0 2; a 1 2; start 2024-12-31T23:59:58"},
+    StatedCase{"DatesInColumnsOfTheirOwn", kAsItIs, "Date;Time;a\n2024-12-31;23:59:58,25;1,5\n2025-01-01;00:00:00,75;2,5\n", "time 0 2.5; a 1.5 2.5; start 2024-12-31T23:59:58.25"},
+    StatedCase{"Days", kAsItIs, "day,a\n2024-02-28,1\n2024-02-29,2\n2024-03-01,3\n", "time 0 172800; a 1 2 3; start 2024-02-28T00:00:00"},
     StatedCase{"ClocksPastMidnight", kAsItIs, "a,clock\n1,23:59:59.9\n2,00:00:00.1\n3,00:00:00.3\n", "time 0 0.4; a 1 2 3; start 23:59:59.9"},
     StatedCase{"ClocksThatGoOn", kAsItIs, "99:59:59,1\n100:00:00,2\n", "time 0 1;  1 2; start 99:59:59"},
     StatedCase{"UnevenClocks", kUneven, "12:00:00,1\n12:00:01,2\n12:01:00,3\n", "time 0 60; s at 0 1 60;  1 2 3; start 12:00:00"},
     StatedCase{"NoTime", {.firstColumnIsTime = false}, "clock,a\n12:00:00,1\n12:00:01,2\n", "a 1 2; column 1, 'clock', holds times that are not the axis, and is left out"},
     StatedCase{"NumbersAreTheTime", kAsItIs, "time [s],clock,a\n0,12:00:00,1\n1,12:00:01,2\n", "time 0 1; a 1 2; column 2, 'clock', holds times that are not the axis, and is left out"},
-    StatedCase{"DayFirst", kAsItIs, "x,date,a\n5,31.12.2024,1\n6,01.01.2025,2\n", "x 5 6; a 1 2; column 2, 'date', holds text, such as '31.12.2024', and is left out"},
+    StatedCase{"DayFirst", kAsItIs, "x,date,a\n5,31.12.2024,1\n6,01.01.2025,2\n", "time 0 86400; x 5 6; a 1 2; start 2024-12-31T00:00:00"},
     StatedCase{"NoSuchDay", kAsItIs, "date,a\n2023-02-28T00:00:00,1\n2023-02-29T00:00:00,2\n", "line 3, column 1: '2023-02-29T00:00:00' is not a time like the one in the first row"},
     StatedCase{"MissingTime", kMissing, "date,a\n2023-02-28T00:00:00,1\n,2\n", "line 3, column 1: the time is missing"},
     StatedCase{"TimesAreNoFrequency", {.axisColumn = L"1", .axis = CUnitCtrl::DIM_FREQUENCY}, "12:00:00,1\n", "column 1 holds times, which axis denies"}),
@@ -403,7 +404,7 @@ TEST(TextTableReader, MakesSenseOfEveryCut) {
     EXPECT_EQ(
         Outcome(text, all),
         "time 0 1.5; s at 0 0.5 1.5; |H| [dB] 0.25 0.5 2; H phase [degree] 90 10 3; c 1.5 2 4 + i 2 5 -1; "
-        "start 2024-03-01 23:59:59,5; column 3, 'State', holds text, such as 'on', and is left out; column "
+        "start 2024-03-01T23:59:59.5; column 3, 'State', holds text, such as 'on', and is left out; column "
         "7, 'b', is empty, and is left out");
 }
 
@@ -413,11 +414,11 @@ TEST(TextTableReader, RefusesALineWithoutEnd) {
 }
 
 TEST(TextTableReader, NamesTheColumnThatMayHoldItsTimes) {
-    const std::string text = "date,a\n03/01/2024 12:00:00.000,1\n03/01/2024 12:00:00.001,2\n";
+    const std::string text = "date,a\n03/01/24 12:00:00.000,1\n03/01/24 12:00:00.001,2\n";
     const auto reader =
         OpenTextTable([&] { return std::make_unique<MemoryStream>(std::as_bytes(std::span(text))); }, {});
     EXPECT_EQ(reader->Info().runs[0].axis.rateHint,
-              " (column 1 holds text, such as '03/01/2024 12:00:00.000', which is no time that can be read)");
+              " (column 1 holds text, such as '03/01/24 12:00:00.000', which is no time that can be read)");
 }
 
 TEST(TextTableReader, TellsTheLinesOfDeliveredSamplesAlone) {

@@ -364,10 +364,11 @@ TEST(UffFile, FunctionsOfOneAxisAreARunWhateverStandsBetween) {
     const auto reader = Open(OpenUffFile, file);
     EXPECT_NEAR(reader->Info().runs[0].channels[1].scale, 0.0254, 1e-12);
     EXPECT_EQ(reader->Info().runs[0].channels[1].convertedUnit, L"0.0254 m/s2");
+    EXPECT_EQ(reader->Info().runs[0].start->Text(), "2016-04-18T13:49:58");
     std::string properties;
     for (const auto& [name, text] : reader->Info().properties) properties += name + "=" + text + "; ";
     EXPECT_EQ(properties,
-              "model=Bridge; description=a test; program=analyser; ID line 3=18-Apr-16 13:49:58; "
+              "model=Bridge; description=a test; program=analyser; "
               "node 5=1, 0, -2 m; datasets passed over=2411 (2); ");
 
     // Runs are read again from their start when another one was read in between.

@@ -93,7 +93,9 @@ void RunResample(const ResampleOptions& options, ByteStream& out) {
             plans.push_back(PlanResampling({run.delta, run.offset, run.samples}, change, options.keepDelay));
             const ResamplingPlan& plan = plans.back();
             report += RunText(run, plan);
-            const auto startOf = [](double delta, __int64 offset) { return static_cast<double>(offset) * delta; };
+            const auto startOf = [](double delta, __int64 offset) {
+                return static_cast<double>(offset) * delta;
+            };
             const double later =
                 startOf(plan.after.delta, plan.after.offset) - startOf(run.delta, run.offset);
             if (run.start && later != 0.0) run.start = run.start->Later(later);

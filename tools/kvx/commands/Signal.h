@@ -50,7 +50,7 @@ struct RecordingOptions {
     std::optional<std::string> missing;
     std::string decimal = "auto";
     std::string encoding = "auto";
-    std::string dates;  ///< what ambiguous dates of a text begin with
+    std::string dates;       ///< what ambiguous dates of a text begin with
     bool isPartial = false;  ///< whether a sound file that is cut short is taken as far as it goes
 };
 

@@ -31,7 +31,9 @@ private:
 }  // namespace
 
 void AddSamplesOption(Command& command, std::optional<std::string>* samples) {
-    command.AddOption("--samples", *samples, "Samples of a sound file: " + Names(kWavSamples) + " (default float)")
+    command
+        .AddOption("--samples", *samples,
+                   "Samples of a sound file: " + Names(kWavSamples) + " (default float)")
         .Type("KIND");
 }
 

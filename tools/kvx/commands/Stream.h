@@ -34,7 +34,7 @@ struct StreamOptions {
     std::string input;
     OutputChoice output;
     PartOptions part;
-    RecordingOptions recording;  ///< its full scale is that of the output, too
+    RecordingOptions recording;          ///< its full scale is that of the output, too
     std::optional<std::string> samples;  ///< of a sound file
     std::string uffNumbers = "binary";
 
