@@ -227,4 +227,40 @@ TEST(Formats, AreListedWithWhatTheyHold) {
     }
 }
 
+TEST(Conversions, TellWhatTheyLeaveOutAndRefuseWhatDoesNotApply) {
+    const TempFolder folder;
+    folder.Write("in.csv", "time,top [g],base [N]\n0.5,1,2\n1,3,4\n");
+    folder.Write("unix.csv", "time,a\n1709296205.5,1\n1709296205.75,2\n");
+    folder.Write("day.csv", "date,a\n03/04/2024,1\n04/04/2024,2\n");
+    struct {
+        const char* command;
+        int status;
+        const char* err;
+    } const rows[] = {
+        {"kvx convert in.csv -o out.wav", 0,
+         "kvx: note: a WAV file has no place for names, units and the start of the axis; they are left "
+         "out\n"},
+        {"kvx convert unix.csv -o out.npy", 0,
+         "kvx: note: a NumPy file has no place for names, the rate and date and time; they are left out\n"},
+        {"kvx convert in.csv -o out.sac --channels base", 0,
+         "kvx: note: a SAC file has no place for units; they are left out\n"},
+        {"kvx convert in.csv -o out.mat --text 'a text'", 0, ""},
+        {"kvx convert in.csv -o out.csv --samples float", 2,
+         "kvx: --samples is for sound files, and out.csv is a text table; see 'kvx convert --help'\n"},
+        {"kvx convert in.csv -o /proc/out.csv", 1,
+         "kvx: cannot write '/proc/out.csv': its folder takes no new files\n"},
+        {"kvx convert day.csv -o out.mat --dates day", 0, ""},
+    };
+    for (const auto& row : rows) {
+        const ToolResult result = RunShell(folder, row.command);
+        EXPECT_EQ(result.status, row.status) << row.command;
+        EXPECT_EQ(result.err, row.err) << row.command;
+    }
+    EXPECT_EQ(RunJson(folder, "kvx info out.mat")["records"][0]["start"], "2024-04-03T00:00:00");
+    EXPECT_THAT(RunWell(folder, "kvx info unix.csv --start 0.25"),
+                HasSubstr("\n  started 2024-03-01T12:30:05.75Z\n"));
+    RunWell(folder, "kvx convert in.csv -o out.uff --text 'a text'; kvx convert out.uff -o again.npz");
+    EXPECT_EQ(RunJson(folder, "kvx info again.npz")["text"], "a text");
+}
+
 }  // namespace

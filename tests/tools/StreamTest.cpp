@@ -161,8 +161,8 @@ TEST_P(AnyInput, GivesWhatItGivesAfterItsImport) {
           "kvx filter --butterworth lp 4 50 --fir-set 3 "}) {
         RunWell(folder_, command + input + " -o direct.vdf2; " + command + "data.vdf2 -o imported.vdf2");
         EXPECT_TRUE(folder_.Read("direct.vdf2") == folder_.Read("imported.vdf2")) << command;
-        RunWell(folder_, command + input + " -o direct.wav --channels 1 --samples double");
-        RunWell(folder_, "kvx export imported.vdf2 -o exported.wav --channels 1 --samples double");
+        RunWell(folder_, command + input + " -o direct.wav --channels 1 --samples double 2>notes");
+        RunWell(folder_, "kvx export imported.vdf2 -o exported.wav --channels 1 --samples double 2>notes");
         EXPECT_TRUE(folder_.Read("direct.wav") == folder_.Read("exported.wav")) << command;
     }
 }
@@ -178,8 +178,8 @@ TEST(Streams, NeedNoMoreMemoryForLongerFiles) {
     WriteWave(folder, "long.vdf2", 1000, 0, Wave(std::size_t{1} << 23, 1.0));
     RunWell(folder, limit + "kvx export long.vdf2 -o long.csv");
     EXPECT_EQ(RunWell(folder, "wc -l < long.csv; tail -n 1 long.csv"), "8388609\n8388.607,1\n");
-    RunWell(folder, limit + "kvx export long.vdf2 -o long.wav");
-    RunWell(folder, limit + "kvx resample long.vdf2 -o long.wav --down 1 --samples double");
+    RunWell(folder, limit + "kvx export long.vdf2 -o long.wav 2>notes");
+    RunWell(folder, limit + "kvx resample long.vdf2 -o long.wav --down 1 --samples double 2>notes");
     RunWell(folder, limit + "kvx resample long.wav -o out.vdf2 --down 8");
     EXPECT_EQ(ReadWave(folder, "out.vdf2").GetNsamp(), 1 << 20);
     RunWell(folder, limit + "kvx filter long.wav -o out.wav --lowpass 50 --ends zeros");
@@ -190,7 +190,7 @@ TEST(StandardStreams, AreInputAndOutputOfEveryCommand) {
     WriteWave(folder, "in.vdf2", 1000, 3, Wave(4096, 0.5));
     folder.Write("profile.txt", "20 1\n100 1\n");
     folder.Write("one.txt", "1\n");
-    RunWell(folder, "kvx export in.vdf2 -o in.wav --samples double; kvx export in.vdf2 -o in.csv");
+    RunWell(folder, "kvx export in.vdf2 -o in.wav --samples double 2>notes; kvx export in.vdf2 -o in.csv");
     const struct {
         const char* command;  ///< without its input and output
         const char* input;
