@@ -132,7 +132,7 @@ protected:
         }
         folder_.Write("text.csv", table);
         RunWell(folder_,
-                "kvx import text.csv -o data.vdf2; kvx export data.vdf2 -o sound.wav --samples pcm24");
+                "kvx import text.csv -o data.vdf2; kvx export data.vdf2 -o sound.wav --samples pcm24 2>notes");
     }
     TempFolder folder_;
 };

@@ -2,6 +2,7 @@
 #include "commands/SignalWriter.h"
 
 #include "cli/Options.h"
+#include "cli/Output.h"
 #include "cli/StandardStreams.h"
 
 namespace kvx::tool {
@@ -12,7 +13,9 @@ class DeliveredWriter : public SignalWriter {
 public:
     DeliveredWriter(const std::string& path, Format format, const std::vector<SignalRun>& runs,
                     const SignalFileOptions& options)
-        : target_(path), file_(CreateSignalFile(target_.Path(), format, runs, options)) {}
+        : target_(path),
+          file_(CreateSignalFile(target_.Path(), format, runs, options)),
+          loss_(RemarkOnLoss(RowOf(format), runs, options.facts)) {}
 
     void Write(std::size_t run, std::span<double* const> channels, std::size_t count) override {
         file_->Write(run, channels, count);
@@ -20,12 +23,14 @@ public:
     void Commit() override {
         file_->Commit();
         target_.Deliver();
+        if (!loss_.empty()) Note(loss_);
     }
     std::vector<RecordOutline> Records() const override { return file_->Records(); }
 
 private:
     OutputTarget target_;
     std::unique_ptr<SignalWriter> file_;
+    std::string loss_;  ///< a remark on what the format leaves out
 };
 
 }  // namespace

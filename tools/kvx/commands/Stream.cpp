@@ -60,7 +60,7 @@ std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const S
                                            const std::vector<SignalRun>& runs) {
     const std::string& name = options.output.name;
     const WavOptions wav = WavOptionsOf({options.samples, options.recording.fullScale});
-    std::unique_ptr<SignalWriter> writer = Doing("write", name, [&] {
+    return Doing("write", name, [&] {
         return CreateSignal(name, options.FormatOfOutput(), runs,
                             {.text = reader.Text(),
                              .wav = wav,
@@ -68,9 +68,6 @@ std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const S
                              .called = OptionNames(options.recording),
                              .facts = reader.Properties()});
     });
-    const std::string loss = RemarkOnLoss(RowOf(options.FormatOfOutput()), runs, reader.Properties());
-    if (!loss.empty()) Note(loss);
-    return writer;
 }
 
 void Stream(const StreamNames& names, SignalReader& reader, SignalWriter& writer, const MakeProcess& process,

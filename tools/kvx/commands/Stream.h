@@ -68,7 +68,7 @@ SignalKinds WaveformsFor(Format format);
 std::unique_ptr<SignalReader> OpenInput(std::string_view verb, const StreamOptions& options,
                                         const SignalKinds& kinds);
 /// Begins the file that the output's name asks for, on behalf of its writing: of these runs, with what the
-/// reader tells besides. What the format has no place for is noted.
+/// reader tells besides. What the format has no place for is noted once the file is in place.
 std::unique_ptr<SignalWriter> CreateOutput(const StreamOptions& options, const SignalReader& reader,
                                            const std::vector<SignalRun>& runs);
 
