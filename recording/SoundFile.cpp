@@ -23,7 +23,6 @@
 #include <KvxRecording01/detail/FactLines.h>
 #include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/HostErrors.h>
-#include <KvxRecording01/detail/NumberBlocks.h>
 #include <KvxRecording01/detail/SoundHeader.h>
 #include <KvxRecording01/detail/SoundLibrary.h>
 #include <KvxRecording01/detail/TextFields.h>

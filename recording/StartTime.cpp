@@ -6,7 +6,7 @@
 #include <chrono>
 #include <cmath>
 
-#include <KvxRecording01/detail/NumberBlocks.h>
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/TextStamps.h>
 
 namespace kvx {

@@ -15,7 +15,7 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxRecording01/detail/FortranNumber.h>
-#include <KvxRecording01/detail/NumberBlocks.h>
+#include <KvxRecording01/detail/HeaderText.h>
 #include <KvxRecording01/detail/TextNumbers.h>
 #include <KvxRecording01/detail/TextStamps.h>
 

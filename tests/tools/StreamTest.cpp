@@ -131,8 +131,9 @@ protected:
             table += std::to_string(i * 0.001) + "," + noise() + "," + noise() + "," + noise() + "\n";
         }
         folder_.Write("text.csv", table);
-        RunWell(folder_,
-                "kvx import text.csv -o data.vdf2; kvx export data.vdf2 -o sound.wav --samples pcm24 2>notes");
+        RunWell(
+            folder_,
+            "kvx import text.csv -o data.vdf2; kvx export data.vdf2 -o sound.wav --samples pcm24 2>notes");
     }
     TempFolder folder_;
 };
