@@ -30,6 +30,7 @@
 #include <KvxDevCommon01/platform/Version.h>
 #include <KvxDevCommon01/platform/Window.h>
 
+#include <KvxDevCommon01/resources/Language.h>
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
 

@@ -171,7 +171,7 @@ private:
 /// "name [unit]", in quotes where the comma rules want it.
 std::string Heading(const CsvColumn& column) {
     const std::string text =
-        Printable(ToUtf8(column.name)) + column.part + " [" + UnitText(column.unit) + "]";
+        Printable(ToUtf8(column.name)) + column.part + " [" + StoredUnitText(column.unit) + "]";
     if (text.find_first_of(",\"") == std::string::npos && text.front() != '#') return text;
     std::string quoted = "\"";
     for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);

@@ -138,7 +138,7 @@ PsdProfile ProfileIn(const ProfileText& text, const CUnitCtrl& density) {
 
 std::string FormatProfileText(const ProfileText& text) {
     std::string formatted;
-    if (text.signalUnit) formatted += "unit " + UnitText(*DensityUnit(*text.signalUnit)) + "\n";
+    if (text.signalUnit) formatted += "unit " + StoredUnitText(*DensityUnit(*text.signalUnit)) + "\n";
     for (std::size_t i = 0; i < text.profile.Frequencies().size(); ++i) {
         formatted +=
             FormatExact(text.profile.Frequencies()[i]) + " " + FormatExact(text.profile.Levels()[i]) + "\n";

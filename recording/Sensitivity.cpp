@@ -43,10 +43,11 @@ Sensitivity ParseSensitivity(std::string_view text) {
     return sensitivity;
 }
 
-std::string SensitivityText(const Sensitivity& sensitivity, int digits) {
-    std::string physical = UnitText(sensitivity.physical);
+std::string SensitivityText(const Sensitivity& sensitivity, int digits, Language language) {
+    std::string physical = UnitText(sensitivity.physical, language);
     if (physical.find('/') != physical.npos) physical = "(" + physical + ")";
-    return FormatNumber(sensitivity.value, digits) + " " + UnitText(sensitivity.electrical) + "/" + physical;
+    return FormatNumber(sensitivity.value, digits) + " " + UnitText(sensitivity.electrical, language) + "/" +
+           physical;
 }
 
 }  // namespace kvx

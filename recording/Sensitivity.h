@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include <KvxDevCommon01/resources/Language.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxRecording01/Export.h>
 
@@ -22,7 +23,8 @@ struct Sensitivity {
 /// (kBadValue or kUnknownName) that says what is wrong with it.
 KVX_RECORDING_API Sensitivity ParseSensitivity(std::string_view text);
 
-/// The text that ParseSensitivity reads, with so many digits.
-KVX_RECORDING_API std::string SensitivityText(const Sensitivity& sensitivity, int digits = 9);
+/// The text that ParseSensitivity reads, with so many digits and units of that language.
+KVX_RECORDING_API std::string SensitivityText(const Sensitivity& sensitivity, int digits = 9,
+                                              Language language = CurrentLanguage());
 
 }  // namespace kvx

@@ -2,7 +2,9 @@
 
 #include <KvxDevCommon01/files/FileKinds.h>
 
+#include <KvxDevCommon01/files/detail/FileKindTable.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/text/PlainText.h>
 
 #include <algorithm>
@@ -25,11 +27,21 @@ bool IsCalled(const FileKind& kind, std::string_view wanted) {
 }  // namespace
 
 FileKind KindOf(const CComHdr& header) {
-    CString extension, name, application;
-    header.GetExtInfo(&extension, &name);
+    const std::uint32_t code = header.GetTag().HdrCode;
+    const detail::FileKindRow* const row = detail::FindFileKindByCode(code);
+    const auto nameIn = [row](Language language) {
+        return row != nullptr ? ToUtf8(ResourceText(row->nameId, language)) : std::string();
+    };
+    CString extension, application;
+    header.GetExtInfo(&extension, nullptr);
     header.GetAppTypeName(&application);
-    return {header.GetExtInfoType(CComHdr::HDRCODE_CURRENT), header.GetTag().HdrCode, ToUtf8(extension),
-            ToUtf8(application), ToUtf8(name)};
+    return {header.GetExtInfoType(CComHdr::HDRCODE_CURRENT),
+            code,
+            ToUtf8(extension),
+            ToUtf8(application),
+            nameIn(CurrentLanguage()),
+            nameIn(Language::kEnglish),
+            nameIn(Language::kJapanese)};
 }
 
 std::vector<FileKind> AllFileKinds() {
@@ -50,7 +62,8 @@ std::vector<FileKind> FindFileKinds(std::string_view text) {
                          [&](const FileKind& kind) { return IsCalled(kind, wanted); });
     if (!found.empty()) return found;
     std::ranges::copy_if(all, std::back_inserter(found), [&](const FileKind& kind) {
-        const std::string texts = kind.name + "\n" + kind.application + "\n" + kind.extension;
+        const std::string texts =
+            kind.englishName + "\n" + kind.suiteName + "\n" + kind.application + "\n" + kind.extension;
         return Lower(texts).find(wanted) != std::string::npos;
     });
     return found;

@@ -10,6 +10,7 @@
 #include <KvxDevCommon01/resources/TextId.h>
 #include <KvxDevCommon01/text/ItemInfo.h>
 #include <KvxDevCommon01/units/UnitNames.h>
+#include <KvxDevCommon01/units/UnitText.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
 namespace {
@@ -19,11 +20,6 @@ static_assert(CUnitCtrl::UNIT_NONE == kvx::units::kNone);
 template <typename Value>
 void StoreIfWanted(Value* out, Value value) {
     if (out != nullptr) *out = value;
-}
-
-std::wstring_view UnitText(CUnitCtrl::UNIT_CODE unit) {
-    const auto* row = kvx::detail::FindUnitRow(unit);
-    return row != nullptr ? kvx::ResourceText(row->nameId) : std::wstring_view{};
 }
 
 bool NeedsBrackets(std::wstring_view name) {
@@ -36,7 +32,7 @@ bool NeedsBrackets(std::wstring_view name) {
             ++depth;
         } else if (c == L')') {
             --depth;
-        } else if (depth == 0 && std::wstring_view(L"*+-/・").find(c) != std::wstring_view::npos) {
+        } else if (depth == 0 && std::wstring_view(L"*+-/・·").find(c) != std::wstring_view::npos) {
             return true;
         }
     }
@@ -145,26 +141,7 @@ void CUnitCtrl::GetDimName(CString* name) const {
 }
 
 void CUnitCtrl::GetUnitName(CString* name) const {
-    if (name == nullptr) return;
-    const auto text = [](kvx::TextId id) { return CString(kvx::ResourceText(id)); };
-    const auto hasFlag = [](const Member& member, UNIT_CALC flag) { return (member.calc & flag) != 0; };
-
-    const Member& first = members_[0];
-    CString composed(UnitText(first.unit));
-    if (hasFlag(first, CALC_SQUARED)) composed = Bracketed(std::move(composed)) + text(kvx::kTextUnitSquared);
-    if (hasFlag(first, CALC_DIVIDE))
-        composed = text(kvx::kTextUnitReciprocal) + Bracketed(std::move(composed));
-    if (!single_) {
-        if (!hasFlag(first, CALC_SQUARED)) composed = Bracketed(std::move(composed));
-        for (std::size_t i = 1; i < kMembers; ++i) {
-            const Member& member = members_[i];
-            if (member.unit == UNIT_NONE) continue;
-            composed += text(hasFlag(member, CALC_DIVIDE) ? kvx::kTextUnitQuotient : kvx::kTextUnitProduct);
-            composed += Bracketed(CString(UnitText(member.unit)));
-            if (hasFlag(member, CALC_SQUARED)) composed += text(kvx::kTextUnitSquared);
-        }
-    }
-    *name = std::move(composed);
+    if (name != nullptr) *name = kvx::UnitName(*this, kvx::CurrentLanguage());
 }
 
 int CUnitCtrl::GetDimList(int which, CItemInfoList* list) {
@@ -241,6 +218,31 @@ std::span<const kvx::UnitPart> kvx::UnitParts(const CUnitCtrl& unit) {
     std::size_t used = unit.IsSingle() ? 1 : members.size();
     while (used > 2 && members[used - 1].unit == units::kNone) --used;
     return members.first(used);
+}
+
+std::wstring kvx::UnitName(const CUnitCtrl& unit, Language language) {
+    const auto text = [language](unsigned int id) { return std::wstring(ResourceText(id, language)); };
+    const auto nameOf = [&](const UnitPart& part) {
+        const detail::UnitRow* const row = detail::FindUnitRow(part.unit);
+        return row != nullptr ? text(row->nameId) : std::wstring();
+    };
+    const auto hasFlag = [](const UnitPart& part, CUnitCtrl::UNIT_CALC flag) {
+        return (part.calc & flag) != 0;
+    };
+    const std::span<const UnitPart> parts = UnitParts(unit);
+    const UnitPart& first = parts.front();
+    std::wstring name = nameOf(first);
+    if (hasFlag(first, CUnitCtrl::CALC_SQUARED)) name = Bracketed(std::move(name)) + text(kTextUnitSquared);
+    if (hasFlag(first, CUnitCtrl::CALC_DIVIDE)) name = text(kTextUnitReciprocal) + Bracketed(std::move(name));
+    if (unit.IsSingle()) return name;
+    if (!hasFlag(first, CUnitCtrl::CALC_SQUARED)) name = Bracketed(std::move(name));
+    for (const UnitPart& part : parts.subspan(1)) {
+        if (part.unit == units::kNone) continue;
+        name += text(hasFlag(part, CUnitCtrl::CALC_DIVIDE) ? kTextUnitQuotient : kTextUnitProduct);
+        name += Bracketed(nameOf(part));
+        if (hasFlag(part, CUnitCtrl::CALC_SQUARED)) name += text(kTextUnitSquared);
+    }
+    return name;
 }
 
 CUnitCtrl kvx::SingleUnit(CUnitCtrl::UNIT_CODE unit, CUnitCtrl::UNIT_CALC calc) {

@@ -6,6 +6,7 @@
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
@@ -18,8 +19,7 @@ namespace {
 
 std::vector<std::string> AllUnitNames() {
     std::vector<std::string> names;
-    for (const detail::UnitRow& row : detail::Units())
-        names.push_back(ToUtf8(PlainUnitName(SingleUnit(row.code))));
+    for (const detail::UnitRow& row : detail::Units()) names.push_back(UnitText(SingleUnit(row.code)));
     return names;
 }
 
@@ -60,9 +60,13 @@ CUnitCtrl NamedUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hi
                 Quote(text) + " is not a unit" + (near.empty() ? " that is known" : near));
 }
 
-std::string UnitText(const CUnitCtrl& unit) {
-    const std::string name = ToUtf8(PlainUnitName(unit));
+std::string UnitText(const CUnitCtrl& unit, Language language) {
+    const std::string name = ToUtf8(PlainUnitName(unit, language));
     return name.empty() ? "-" : name;
+}
+
+std::string StoredUnitText(const CUnitCtrl& unit) {
+    return UnitText(unit, Language::kJapanese);
 }
 
 UnitHeading ParseUnitHeading(std::wstring_view text) {
@@ -153,15 +157,13 @@ CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit) {
     return detail::DimensionOf(UnitParts(unit).front().unit);
 }
 
-std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension) {
-    const detail::DimensionRow* row = detail::FindDimensionRow(dimension);
-    return row != nullptr ? row->english : std::string_view();
+std::string DimensionText(CUnitCtrl::DIM_CODE dimension) {
+    return DimensionDisplayName(dimension, Language::kEnglish);
 }
 
-std::string DimensionDisplayName(CUnitCtrl::DIM_CODE dimension) {
-    CString name;
-    if (detail::FindDimensionRow(dimension) != nullptr) CUnitCtrl(dimension).GetDimName(&name);
-    return ToUtf8(name);
+std::string DimensionDisplayName(CUnitCtrl::DIM_CODE dimension, Language language) {
+    const detail::DimensionRow* row = detail::FindDimensionRow(dimension);
+    return row != nullptr ? ToUtf8(ResourceText(row->nameId, language)) : std::string();
 }
 
 std::vector<CUnitCtrl::DIM_CODE> AllDimensions() {
@@ -173,8 +175,8 @@ std::vector<CUnitCtrl::DIM_CODE> AllDimensions() {
 std::vector<CUnitCtrl::DIM_CODE> FindDimensions(std::string_view text) {
     std::vector<CUnitCtrl::DIM_CODE> dimensions = AllDimensions();
     const auto isCalled = [&](CUnitCtrl::DIM_CODE dimension) {
-        return text == DimensionText(dimension) || text == DimensionDisplayName(dimension) ||
-               text == HexCode(dimension, 8);
+        return text == DimensionText(dimension) ||
+               text == DimensionDisplayName(dimension, Language::kJapanese) || text == HexCode(dimension, 8);
     };
     if (const auto named = std::ranges::find_if(dimensions, isCalled); named != dimensions.end())
         return {*named};

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/resources/Language.h>
 #include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 #include <KvxDevCommon01/units/ValConv.h>
@@ -21,7 +22,10 @@ namespace kvx {
 KVX_API CUnitCtrl NamedUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint = std::nullopt);
 
 /// The unit's name for people, UTF-8 without markup; "-" for no unit.
-KVX_API std::string UnitText(const CUnitCtrl& unit);
+KVX_API std::string UnitText(const CUnitCtrl& unit, Language language = CurrentLanguage());
+
+/// Its name in files, the same in every language: PlainUnitName as UTF-8; "-" for no unit.
+KVX_API std::string StoredUnitText(const CUnitCtrl& unit);
 
 /// A heading of a table, "top [m/s2]" or "top (g)", as name and unit; all of it is the name when what the
 /// brackets hold is no unit.
@@ -73,14 +77,15 @@ KVX_API std::vector<CUnitCtrl> UnitsAlike(const CUnitCtrl& unit);
 KVX_API CUnitCtrl::DIM_CODE DimensionOf(const CUnitCtrl& unit);
 
 /// The English name of a dimension: "angular velocity"; empty for an unknown one.
-KVX_API std::string_view DimensionText(CUnitCtrl::DIM_CODE dimension);
+KVX_API std::string DimensionText(CUnitCtrl::DIM_CODE dimension);
 /// Its name as the suite's programs show it, UTF-8; empty for an unknown one.
-KVX_API std::string DimensionDisplayName(CUnitCtrl::DIM_CODE dimension);
+KVX_API std::string DimensionDisplayName(CUnitCtrl::DIM_CODE dimension,
+                                         Language language = CurrentLanguage());
 
 /// All dimensions, in the order in which selection lists offer them.
 KVX_API std::vector<CUnitCtrl::DIM_CODE> AllDimensions();
 
-/// The dimension that a text names: in English, as the programs show it, or by its code "0x00010000"; else
+/// The dimension that a text names: in English, in Japanese, or by its code "0x00010000"; else
 /// those of the units of that name. Empty when it means none.
 KVX_API std::vector<CUnitCtrl::DIM_CODE> FindDimensions(std::string_view text);
 

@@ -261,42 +261,41 @@ constexpr auto kUnits = std::to_array<UnitRow>({
     {units::kGaussSymbol,                      365, times, 10000},                        // G
 });
 
-// One row per dimension: code, standard unit, offered for control, offered for measurement, name in the string table,
-// English name.
+// One row per dimension: code, standard unit, offered for control, offered for measurement, name in the string table.
 // The standard of ratios is the plain number; "%" is what their standard unit is reported as.
 constexpr auto kDimensions = std::to_array<DimensionRow>({
-    {CUnitCtrl::DIM_ACCELERATION,            units::kMetrePerSecondSquared,  true,  true,  101, "acceleration"},           // 加速度
-    {CUnitCtrl::DIM_VELOCITY,                units::kMetrePerSecond,         true,  true,  102, "velocity"},               // 速度
-    {CUnitCtrl::DIM_DISPLACEMENT,            units::kMetre,                  true,  true,  103, "displacement"},           // 変位
-    {CUnitCtrl::DIM_FORCE,                   units::kNewton,                 true,  true,  104, "force"},                  // 力
-    {CUnitCtrl::DIM_STRAIN,                  units::kMicrostrain,            true,  true,  105, "strain"},                 // 歪
-    {CUnitCtrl::DIM_ANGULAR_VELOCITY,        units::kRadianPerSecond,        true,  true,  106, "angular velocity"},       // 角速度
-    {CUnitCtrl::DIM_ANGULAR_ACCELERATION,    units::kRadianPerSecondSquared, true,  true,  107, "angular acceleration"},   // 角加速度
-    {CUnitCtrl::DIM_PRESSURE,                units::kPascal,                 true,  true,  108, "pressure"},               // 圧力
-    {CUnitCtrl::DIM_TIME,                    units::kSecond,                 true,  true,  109, "time"},                   // 時間
-    {CUnitCtrl::DIM_FREQUENCY,               units::kHertz,                  true,  true,  110, "frequency"},              // 周波数
-    {CUnitCtrl::DIM_CHARGE,                  units::kCoulomb,                true,  true,  111, "charge"},                 // 電気量
-    {CUnitCtrl::DIM_VOLTAGE,                 units::kVolt,                   true,  true,  112, "voltage"},                // 電圧
-    {CUnitCtrl::DIM_TEMPERATURE,             units::kKelvin,                 true,  true,  113, "temperature"},            // 温度
-    {CUnitCtrl::DIM_RATIO,                   units::kPercent,                false, false, 114, "ratio"},                  // 比率
-    {CUnitCtrl::DIM_ANGLE,                   units::kRadian,                 true,  true,  115, "angle"},                  // 角度
-    {CUnitCtrl::DIM_CYCLES,                  units::kCycle,                  true,  true,  116, "cycles"},                 // 回転数
-    {CUnitCtrl::DIM_COUNT,                   units::kCount,                  true,  true,  117, "count"},                  // 回数
-    {CUnitCtrl::DIM_CURRENT,                 units::kAmpere,                 true,  true,  118, "current"},                // 電流
-    {CUnitCtrl::DIM_RESISTANCE,              units::kOhm,                    true,  true,  119, "resistance"},             // 抵抗
-    {CUnitCtrl::DIM_STANDARD_DEVIATION,      units::kStandardDeviation,      true,  true,  120, "standard deviation"},     // 標準偏差
-    {CUnitCtrl::DIM_MASS,                    units::kKilogram,               true,  true,  121, "mass"},                   // 質量
-    {CUnitCtrl::DIM_HEAT,                    units::kJoule,                  true,  true,  122, "heat"},                   // 熱量
-    {CUnitCtrl::DIM_POWER,                   units::kWatt,                   true,  true,  123, "power"},                  // 仕事量
-    {CUnitCtrl::DIM_TORQUE,                  units::kNewtonMetre,            true,  true,  124, "torque"},                 // トルク
-    {CUnitCtrl::DIM_MOMENT_OF_INERTIA,       units::kGramSquareCentimetre,   true,  true,  125, "moment of inertia"},      // 慣性モーメント
-    {CUnitCtrl::DIM_CAPACITANCE,             units::kFarad,                  true,  true,  126, "capacitance"},            // 静電容量
-    {CUnitCtrl::DIM_CONDUCTANCE,             units::kSiemens,                true,  true,  127, "conductance"},            // コンダクタンス
-    {CUnitCtrl::DIM_INDUCTANCE,              units::kHenry,                  true,  true,  128, "inductance"},             // イダクタンス
-    {CUnitCtrl::DIM_MAGNETIC_FLUX,           units::kWeber,                  true,  true,  129, "magnetic flux"},          // 磁束
-    {CUnitCtrl::DIM_MAGNETIC_FLUX_DENSITY,   units::kTesla,                  true,  true,  130, "magnetic flux density"},  // 磁束密度
-    {CUnitCtrl::DIM_ENGINEERING_UNIT,        units::kEngineeringUnit,        true,  true,  131, "engineering unit"},       // EU
-    {CUnitCtrl::DIM_NONE,                    units::kNone,                   true,  true,  132, "none"},                   // 無名数
+    {CUnitCtrl::DIM_ACCELERATION,            units::kMetrePerSecondSquared,  true,  true,  101},  // 加速度, acceleration
+    {CUnitCtrl::DIM_VELOCITY,                units::kMetrePerSecond,         true,  true,  102},  // 速度, velocity
+    {CUnitCtrl::DIM_DISPLACEMENT,            units::kMetre,                  true,  true,  103},  // 変位, displacement
+    {CUnitCtrl::DIM_FORCE,                   units::kNewton,                 true,  true,  104},  // 力, force
+    {CUnitCtrl::DIM_STRAIN,                  units::kMicrostrain,            true,  true,  105},  // 歪, strain
+    {CUnitCtrl::DIM_ANGULAR_VELOCITY,        units::kRadianPerSecond,        true,  true,  106},  // 角速度, angular velocity
+    {CUnitCtrl::DIM_ANGULAR_ACCELERATION,    units::kRadianPerSecondSquared, true,  true,  107},  // 角加速度, angular acceleration
+    {CUnitCtrl::DIM_PRESSURE,                units::kPascal,                 true,  true,  108},  // 圧力, pressure
+    {CUnitCtrl::DIM_TIME,                    units::kSecond,                 true,  true,  109},  // 時間, time
+    {CUnitCtrl::DIM_FREQUENCY,               units::kHertz,                  true,  true,  110},  // 周波数, frequency
+    {CUnitCtrl::DIM_CHARGE,                  units::kCoulomb,                true,  true,  111},  // 電気量, charge
+    {CUnitCtrl::DIM_VOLTAGE,                 units::kVolt,                   true,  true,  112},  // 電圧, voltage
+    {CUnitCtrl::DIM_TEMPERATURE,             units::kKelvin,                 true,  true,  113},  // 温度, temperature
+    {CUnitCtrl::DIM_RATIO,                   units::kPercent,                false, false, 114},  // 比率, ratio
+    {CUnitCtrl::DIM_ANGLE,                   units::kRadian,                 true,  true,  115},  // 角度, angle
+    {CUnitCtrl::DIM_CYCLES,                  units::kCycle,                  true,  true,  116},  // 回転数, cycles
+    {CUnitCtrl::DIM_COUNT,                   units::kCount,                  true,  true,  117},  // 回数, count
+    {CUnitCtrl::DIM_CURRENT,                 units::kAmpere,                 true,  true,  118},  // 電流, current
+    {CUnitCtrl::DIM_RESISTANCE,              units::kOhm,                    true,  true,  119},  // 抵抗, resistance
+    {CUnitCtrl::DIM_STANDARD_DEVIATION,      units::kStandardDeviation,      true,  true,  120},  // 標準偏差, standard deviation
+    {CUnitCtrl::DIM_MASS,                    units::kKilogram,               true,  true,  121},  // 質量, mass
+    {CUnitCtrl::DIM_HEAT,                    units::kJoule,                  true,  true,  122},  // 熱量, heat
+    {CUnitCtrl::DIM_POWER,                   units::kWatt,                   true,  true,  123},  // 仕事量, power
+    {CUnitCtrl::DIM_TORQUE,                  units::kNewtonMetre,            true,  true,  124},  // トルク, torque
+    {CUnitCtrl::DIM_MOMENT_OF_INERTIA,       units::kGramSquareCentimetre,   true,  true,  125},  // 慣性モーメント, moment of inertia
+    {CUnitCtrl::DIM_CAPACITANCE,             units::kFarad,                  true,  true,  126},  // 静電容量, capacitance
+    {CUnitCtrl::DIM_CONDUCTANCE,             units::kSiemens,                true,  true,  127},  // コンダクタンス, conductance
+    {CUnitCtrl::DIM_INDUCTANCE,              units::kHenry,                  true,  true,  128},  // イダクタンス, inductance
+    {CUnitCtrl::DIM_MAGNETIC_FLUX,           units::kWeber,                  true,  true,  129},  // 磁束, magnetic flux
+    {CUnitCtrl::DIM_MAGNETIC_FLUX_DENSITY,   units::kTesla,                  true,  true,  130},  // 磁束密度, magnetic flux density
+    {CUnitCtrl::DIM_ENGINEERING_UNIT,        units::kEngineeringUnit,        true,  true,  131},  // EU, engineering unit
+    {CUnitCtrl::DIM_NONE,                    units::kNone,                   true,  true,  132},  // 無名数, none
 });
 // clang-format on
 

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/resources/StringTable.h>
+#include <KvxDevCommon01/resources/TextId.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
 namespace kvx {
@@ -258,7 +259,7 @@ const std::vector<NamedUnit>& NamedUnits() {
         std::vector<NamedUnit> named;
         for (const detail::UnitRow& row : detail::Units()) {
             const UNIT unit = row.code;
-            const std::wstring text = Normalised(ResourceText(row.nameId));
+            const std::wstring text = Normalised(ResourceText(row.nameId, Language::kJapanese));
             std::vector<Factors> names = {{}};
             for (const Factor& factor : Parser(text).Text().value_or(Factors{})) {
                 std::vector<Factors> longer;
@@ -428,17 +429,17 @@ std::wstring WithoutMarkup(std::wstring_view text) {
     return plain;
 }
 
-std::wstring PlainUnitName(const CUnitCtrl& unit) {
+std::wstring PlainUnitName(const CUnitCtrl& unit, Language language) {
     std::array<UnitPart, kMaxMembers> p{};
     std::ranges::copy(UnitParts(unit), p.begin());
-    CString name;
+    std::wstring name;
     if (p[0].unit == CUnitCtrl::UNIT_NONE && p[0].calc != CUnitCtrl::CALC_PLAIN) {
         // The square of no unit is none.
-        CUnitCtrl(p[0].unit, CUnitCtrl::CALC_PLAIN, p[1].unit, p[1].calc, p[2].unit, p[2].calc, p[3].unit,
-                  p[3].calc)
-            .GetUnitName(&name);
+        name = UnitName(CUnitCtrl(p[0].unit, CUnitCtrl::CALC_PLAIN, p[1].unit, p[1].calc, p[2].unit,
+                                  p[2].calc, p[3].unit, p[3].calc),
+                        language);
     } else {
-        unit.GetUnitName(&name);
+        name = UnitName(unit, language);
     }
     name = WithoutMarkup(name);
     for (const Spelling& sign : kCommonSigns) name = Replaced(std::move(name), sign.inTable, sign.text);

@@ -28,6 +28,7 @@
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/resources/Language.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
 namespace kvx {
@@ -39,9 +40,13 @@ KVX_API std::vector<CUnitCtrl::UNIT_CODE> FindUnit(std::wstring_view plainText);
 /// The text without the markup "#u", "#l" and "#n".
 KVX_API std::wstring WithoutMarkup(std::wstring_view text);
 
+/// The unit's name with markup, in a language; CUnitCtrl::GetUnitName gives it in the chosen one.
+KVX_API std::wstring UnitName(const CUnitCtrl& unit, Language language);
+
 /// The unit's name without markup, which ParseUnit reads: "(m/s2)2/Hz". Degrees and products have the signs
-/// that other programs read: "°C", "N·m", and kelvins are "K". Empty for no unit.
-KVX_API std::wstring PlainUnitName(const CUnitCtrl& unit);
+/// that other programs read: "°C", "N·m", and kelvins are "K". Empty for no unit. Without a language it is
+/// the suite's own (Japanese) name, as files hold it whatever language was chosen.
+KVX_API std::wstring PlainUnitName(const CUnitCtrl& unit, Language language = Language::kJapanese);
 
 /// Reads a unit or a compound of up to four. Empty text and "1" are no unit.
 ///

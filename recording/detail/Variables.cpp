@@ -338,7 +338,7 @@ struct RunColumns {
     std::vector<Column> columns;
     std::uint64_t length;
     std::optional<double> firstDay = std::nullopt;  ///< of listed places that are serial dates
-    EntryUnit axisUnit = {};  ///< of the places that are listed
+    EntryUnit axisUnit = {};                        ///< of the places that are listed
 };
 
 /// What the numbers of a scope say of its axes.

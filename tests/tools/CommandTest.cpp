@@ -431,7 +431,7 @@ TEST(Info, DescribesFilesThatHoldNoData) {
     const TempFolder folder;
     folder.Write("settings.gci2", SettingsFile());
     const std::string text = RunWell(folder, "kvx info settings.gci2");
-    EXPECT_THAT(text, HasSubstr("グラフ色情報ファイル (12, code 0x40026, .gci2)"));
+    EXPECT_THAT(text, HasSubstr("Graph color file (12, code 0x40026, .gci2)"));
     EXPECT_THAT(text, HasSubstr("no data records"));
     EXPECT_TRUE(RunJson(folder, "kvx info settings.gci2")["records"].empty());
 }
@@ -570,7 +570,8 @@ TEST(Units, ConvertWhereTheOtherUnitDecides) {
         RunShell(folder, "kvx show-value 1 bar --in psi").err,
         HasSubstr("values in 'psi' are read, but none are kept in it; the nearest unit that they can be kept "
                   "in is 'kPa'"));
-    EXPECT_THAT(RunWell(folder, "kvx units rpm"), testing::AllOf(HasSubstr("角速度"), HasSubstr("周波数")));
+    EXPECT_THAT(RunWell(folder, "kvx units rpm"),
+                testing::AllOf(HasSubstr("angular velocity, code"), HasSubstr("frequency, code")));
 }
 
 TEST(ShowValue, ShowsAnAmplitudeInTheUnitsOfItsDimension) {
@@ -580,9 +581,9 @@ TEST(ShowValue, ShowsAnAmplitudeInTheUnitsOfItsDimension) {
     EXPECT_EQ(RunWell(folder, "kvx show-value 0.5 mm --suffix usual --in mm"), "  1  mm p-p\n");
     EXPECT_EQ(RunWell(folder, "kvx show-value 50 Hz --in Hz"), "  50.00  Hz\n");
     EXPECT_EQ(RunWell(folder, "kvx show-value 50 Hz --in Hz --format '%g (%%)'"), "  50 (%)  Hz\n");
-    EXPECT_EQ(RunWell(folder, "kvx show-value -40 degC --in degF"), "  -40  ﾟF\n");
+    EXPECT_EQ(RunWell(folder, "kvx show-value -40 degC --in degF"), "  -40  °F\n");
     EXPECT_EQ(RunWell(folder, "kvx show-value 20 degC --in degC --difference --locale ru_RU --format %.1f"),
-              "  20,0  ﾟC\n");
+              "  20,0  °C\n");
     EXPECT_THAT(RunWell(folder, "kvx show-value 1 g2/Hz"),
                 testing::AllOf(HasSubstr("96.17038  (m/s2)2/Hz\n"), HasSubstr("0.9617038  Gn2/Hz\n")));
 }
@@ -605,6 +606,53 @@ TEST(Kinds, AreListed) {
     EXPECT_THAT(RunWell(folder, "kvx kinds VDF2"), HasSubstr(" 181  0x20011  .vdf2"));
     const std::string all = RunWell(folder, "kvx kinds");
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1 + 359);
+    EXPECT_EQ(RunWell(folder, "kvx kinds 加振データ"), RunWell(folder, "kvx kinds 'excitation data'"));
+}
+
+TEST(LanguageOfTheTool, IsThatOfItsVariableElseOfTheLocale) {
+    const TempFolder folder;
+    const struct {
+        const char* environment;
+        const char* name;
+    } cases[] = {
+        {"LANG=ja_JP.UTF-8", "角速度"},
+        {"LANG=C", "angular velocity"},
+        {"", "angular velocity"},
+        {"LC_ALL=POSIX LANG=ja_JP.UTF-8", "angular velocity"},
+        {"LC_MESSAGES=ja_JP.UTF-8 LANG=de_DE.UTF-8", "角速度"},
+        {"KVX_LANGUAGE=en LC_ALL=ja_JP.UTF-8", "angular velocity"},
+        {"KVX_LANGUAGE=ja LC_ALL=C", "角速度"},
+    };
+    folder.Write("settings.gci2", SettingsFile());
+    folder.Write("oven.csv", "time,oven [degC],arm [N.m]\n0,20,1\n1,21,2\n");
+    for (const auto& [environment, name] : cases) {
+        const bool isEnglish = name != std::string("角速度");
+        const auto run = [&](const std::string& command) {
+            return RunWell(folder, "env -u KVX_LANGUAGE -u LC_ALL -u LC_MESSAGES -u LANG " +
+                                       std::string(environment) + " kvx " + command);
+        };
+        EXPECT_EQ(run("units rad/s").find("角速度") == std::string::npos, isEnglish) << environment;
+        EXPECT_THAT(run("units rad/s"), HasSubstr(name)) << environment;
+        EXPECT_THAT(run("kinds 181"), HasSubstr(isEnglish ? "Excitation data file" : "加振データファイル"));
+        EXPECT_THAT(run("info oven.csv"), HasSubstr(isEnglish ? "N·m" : "N・m")) << environment;
+        const std::string kind = isEnglish ? "Graph color file" : "グラフ色情報ファイル";
+        EXPECT_THAT(run("info settings.gci2"), HasSubstr("kind         " + kind + " (12"));
+        // What programs read is the same in every language.
+        const auto json = nlohmann::json::parse(run("info settings.gci2 --json"));
+        EXPECT_EQ(json["kind"], "Graph color file");
+        EXPECT_EQ(json["suiteKind"], "グラフ色情報ファイル");
+        EXPECT_EQ(nlohmann::json::parse(run("info oven.csv --json"))["records"][0]["channels"][0]["unit"],
+                  "°C");
+        EXPECT_EQ(nlohmann::json::parse(run("kinds 181 --json"))[0]["suiteName"], "加振データファイル");
+        EXPECT_THAT(run("export oven.csv -o -"), StartsWith("time [s],oven [ﾟC],arm [N・m]\n"));
+        run("import oven.csv -o oven.vdf2");
+        const auto records = nlohmann::json::parse(run("info oven.vdf2 --json"))["records"];
+        EXPECT_EQ(records[0]["dimension"], "temperature");
+        EXPECT_EQ(records[0]["suiteDimension"], "温度");
+    }
+    const ToolResult unknown = RunShell(folder, "KVX_LANGUAGE=fr LC_ALL=ja_JP.UTF-8 kvx units force");
+    EXPECT_EQ(unknown.err, "kvx: note: KVX_LANGUAGE: there is no language 'fr', only ja and en\n");
+    EXPECT_THAT(unknown.out, StartsWith("force (力), code"));
 }
 
 }  // namespace

@@ -23,12 +23,12 @@ struct ToolResult {
     std::string err;
 };
 
-/// Runs shell text in which "kvx" is the built tool. Its standard error passes through a file that is gone
-/// afterwards.
+/// Runs shell text in which "kvx" is the built tool, which speaks English whatever the locale. Its standard
+/// error passes through a file that is gone afterwards.
 inline ToolResult RunShell(const TempFolder& folder, const std::string& text) {
     const std::string command = "cd '" + folder.Path().string() +
-                                "' && PATH='" KVX_TOOL_FOLDER "':\"$PATH\" && (" + text +
-                                "\n) 2>stderr.txt </dev/null";
+                                "' && export KVX_LANGUAGE=en PATH='" KVX_TOOL_FOLDER "':\"$PATH\" && (" +
+                                text + "\n) 2>stderr.txt </dev/null";
     ToolResult result = {-1, {}, {}};
     FILE* pipe = ::popen(command.c_str(), "r");
     if (pipe == nullptr) return result;

@@ -2,6 +2,7 @@
 //
 // Questions about units, against what the SI and the suite's dimension list say.
 #include <KvxDevCommon01/platform/Error.h>
+#include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
@@ -10,10 +11,12 @@
 
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace {
 
 using namespace kvx;
+using DIM = CUnitCtrl::DIM_CODE;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -34,6 +37,37 @@ TEST(NamedUnit, SuggestsWhatIsNear) {
             EXPECT_EQ(error.Kind(), ErrorKind::kUnknownName);
             EXPECT_EQ(error.Sentence(), sentence);
         }
+    }
+}
+
+TEST(UnitNames, AreReadInEveryLanguageAndStoredInOne) {
+    for (const DIM dimension : AllDimensions()) {
+        for (const CUnitCtrl& unit : UnitsOf(dimension)) {
+            SetLanguage(Language::kEnglish);
+            const std::wstring english = PlainUnitName(unit, Language::kEnglish),
+                               stored = PlainUnitName(unit);
+            EXPECT_EQ(UnitText(unit), english.empty() ? "-" : ToUtf8(english));
+            EXPECT_EQ(StoredUnitText(unit), stored.empty() ? "-" : ToUtf8(stored));
+            SetLanguage(Language::kJapanese);
+            EXPECT_EQ(UnitText(unit), StoredUnitText(unit));
+            const auto read = ParseUnit(english, dimension);
+            const auto readStored = ParseUnit(stored, dimension);
+            ASSERT_TRUE(read && readStored) << ToUtf8(english);
+            EXPECT_EQ(UnitParts(*read).front().unit, UnitParts(*readStored).front().unit) << ToUtf8(english);
+        }
+    }
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"(N.m)2/Hz", "(N·m)2/Hz", "(N・m)2/Hz"},
+        {"degC/s", "°C/s", "ﾟC/s"},
+        {"1/(g.cm2)", "1/(g·cm2)", "1/(g・cm2)"},
+        {"kg.m/s", "kg·(m/s)", "kg・(m/s)"},
+        {"K", "K", "ﾟK"},
+        {"count", "count", "回"},
+    };
+    for (const auto& [text, english, japanese] : cases) {
+        EXPECT_EQ(UnitText(NamedUnit(text), Language::kEnglish), english);
+        EXPECT_EQ(UnitText(NamedUnit(text), Language::kJapanese), japanese);
+        EXPECT_EQ(UnitText(NamedUnit(english), Language::kJapanese), japanese);
     }
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The rows of the string table, ascending by id, one row per line. Ids are fixed once used; a new text takes
-// a free id in the block it belongs to. Markup in unit names: "#u" raises, "#l" lowers, "#n" returns to
-// normal text.
+// The rows of the string table in Japanese, ascending by id, one row per line. Ids are fixed once used; a new
+// text takes a free id in the block it belongs to, and a row in EnglishTexts.h unless it is the same there.
+// Markup in unit names: "#u" raises, "#l" lowers, "#n" returns to normal text.
 #pragma once
 
 #include <array>

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
@@ -43,7 +42,6 @@ struct DimensionRow {
     bool controlAvailable;
     bool measurementAvailable;
     unsigned int nameId;  ///< display name in the string table
-    std::string_view english;
 };
 
 constexpr CUnitCtrl::DIM_CODE DimensionOf(CUnitCtrl::UNIT_CODE unit) {

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <ranges>
@@ -15,6 +16,7 @@
 #include <KvxDevCommon01/platform/FileException.h>
 #include <KvxDevCommon01/platform/Interrupts.h>
 #include <KvxDevCommon01/platform/Version.h>
+#include <KvxDevCommon01/resources/Language.h>
 #include <KvxDevCommon01/text/NearNames.h>
 
 #include "cli/Failure.h"
@@ -89,6 +91,14 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
     }
 }
 
+/// The language of names and messages: that of KVX_LANGUAGE, else of the locale.
+void ChooseLanguage() {
+    const char* const wanted = std::getenv("KVX_LANGUAGE");
+    if (wanted != nullptr && *wanted != '\0' && !FindLanguage(wanted))
+        Note(fmt::format("KVX_LANGUAGE: there is no language {}, only ja and en", Quote(wanted)));
+    SetLanguage(HostLanguage());
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
@@ -109,6 +119,7 @@ int RunCommandLine(int argc, const char* const* argv) {
         add(Command(&app, &action));
     }
 
+    ChooseLanguage();
     // A file that grows beyond the limit set for it is a failed write, not the end of the process.
     std::signal(SIGXFSZ, SIG_IGN);
     RemoveUnfinishedFilesOnSignals(Progress::ClearLine);

@@ -11,6 +11,7 @@
 #include "cli/Format.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
+#include "commands/UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
@@ -35,8 +36,8 @@ SpectrumMotion ShownMotion(const ChannelSpectrum& channel) {
             motion.velocity * kMillimetresPerMetre, motion.displacement * kMillimetresPerMetre};
 }
 
-std::string UnitOfLines(const RecordSpectra& record) {
-    return UnitText(record.channels.front().lines.unit);
+const CUnitCtrl& UnitOfLines(const RecordSpectra& record) {
+    return record.channels.front().lines.unit;
 }
 
 Json JsonOf(const SpectrumMotion& motion) {
@@ -65,9 +66,12 @@ std::string JsonText(const SpectraOptions& options, const std::vector<RecordSpec
                        {"channels", Json::array()}};
         for (const ChannelSpectrum& channel : spectra.channels) {
             const SpectrumFigures& figures = channel.figures;
-            Json shown = {{"channel", channel.channel.number},   {"name", ToUtf8(channel.channel.name)},
-                          {"unit", UnitText(spectra.unit)},      {"rms", figures.rms},
-                          {"levelUnit", UnitOfLines(spectra)},   {"highestHz", figures.highestHz},
+            Json shown = {{"channel", channel.channel.number},
+                          {"name", ToUtf8(channel.channel.name)},
+                          {"unit", JsonUnit(spectra.unit)},
+                          {"rms", figures.rms},
+                          {"levelUnit", JsonUnit(UnitOfLines(spectra))},
+                          {"highestHz", figures.highestHz},
                           {"highestLevel", figures.highestLevel}};
             if (figures.motion) shown["motion"] = JsonOf(ShownMotion(channel));
             if (options.peaks > 0) shown["peaks"] = JsonOf(figures.peaks);
@@ -98,8 +102,9 @@ std::string PeakText(const RecordSpectra& record) {
     ChannelTable table({"peak", "", "level", "", "Q"});
     for (const ChannelSpectrum& channel : record.channels) {
         for (const SpectrumPeak& peak : channel.figures.peaks) {
-            table.Add(channel.channel, {FormatNumber(peak.hz, 7), "Hz", FormatNumber(peak.level),
-                                        UnitOfLines(record), peak.q ? FormatNumber(*peak.q, 4) : "-"});
+            table.Add(channel.channel,
+                      {FormatNumber(peak.hz, 7), "Hz", FormatNumber(peak.level),
+                       UnitText(UnitOfLines(record)), peak.q ? FormatNumber(*peak.q, 4) : "-"});
         }
     }
     return table.Text();
@@ -112,9 +117,10 @@ std::string ReportText(const SpectraOptions& options, const std::vector<RecordSp
                 BlocksText(options, record.channels.front().lines.blocks, record.rateHz) + "\n";
         ChannelTable table({"rms", "", "highest line", "", "level", ""});
         for (const ChannelSpectrum& channel : record.channels) {
-            table.Add(channel.channel, {FormatNumber(channel.figures.rms), UnitText(record.unit),
-                                        FormatNumber(channel.figures.highestHz, 7), "Hz",
-                                        FormatNumber(channel.figures.highestLevel), UnitOfLines(record)});
+            table.Add(channel.channel,
+                      {FormatNumber(channel.figures.rms), UnitText(record.unit),
+                       FormatNumber(channel.figures.highestHz, 7), "Hz",
+                       FormatNumber(channel.figures.highestLevel), UnitText(UnitOfLines(record))});
         }
         text += table.Text() + MotionText(record);
         if (options.peaks > 0) text += PeakText(record);

@@ -54,13 +54,14 @@ nlohmann::ordered_json JsonOf(const std::string& input, const ChannelCalibration
     nlohmann::ordered_json json = {{"file", input},
                                    {"channel", calibration.channel.number},
                                    {"name", ToUtf8(calibration.channel.name)},
-                                   {"unit", UnitText(calibration.channel.unit)},
+                                   {"unit", JsonUnit(calibration.channel.unit)},
                                    {"frequency", tone.frequencyHz},
                                    {"amplitude", tone.amplitude},
                                    {"offset", tone.offset},
                                    {"residualRms", tone.residualRms},
                                    {"isClean", calibration.isClean}};
-    if (calibration.sensitivity) json["sensitivity"] = SensitivityText(*calibration.sensitivity, 17);
+    if (calibration.sensitivity)
+        json["sensitivity"] = SensitivityText(*calibration.sensitivity, 17, Language::kEnglish);
     if (calibration.gain) json["gain"] = *calibration.gain;
     return json;
 }

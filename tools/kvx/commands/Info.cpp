@@ -63,9 +63,8 @@ Json JsonOf(const SampleFigures& figures) {
 Json JsonOf(const RecordOutline& record, const RecordFigures& measured) {
     const CComDataBase::Fields& fields = record.fields;
     const RecordAxis& axis = measured.axis;
-    CString dimension;
-    fields.unit.GetDimName(&dimension);
-    Json axisJson = {{"unit", UnitText(axis.unit)}, {"first", axis.first}, {"last", axis.last}};
+    const CUnitCtrl::DIM_CODE dimension = DimensionOf(fields.unit);
+    Json axisJson = {{"unit", JsonUnit(axis.unit)}, {"first", axis.first}, {"last", axis.last}};
     if (axis.isEven) {
         axisJson["delta"] = axis.delta;
         axisJson["offset"] = axis.offset;
@@ -82,8 +81,9 @@ Json JsonOf(const RecordOutline& record, const RecordFigures& measured) {
                  {"rows", record.rows},
                  {"columns", record.cols},
                  {"samples", record.nsamp},
-                 {"unit", UnitText(fields.unit)},
-                 {"dimension", ToUtf8(dimension)},
+                 {"unit", JsonUnit(fields.unit)},
+                 {"dimension", DimensionText(dimension)},
+                 {"suiteDimension", DimensionDisplayName(dimension, Language::kJapanese)},
                  {"axis", axisJson},
                  {"columnNames", names},
                  {"channels", Json::array()}};
@@ -158,7 +158,8 @@ std::string TextOf(const RecordOutline& record, const RecordFigures& measured) {
 Json JsonOf(const std::string& file, const CComHdr& header, bool isFirstGeneration) {
     const FileKind kind = KindOf(header);
     return {{"file", file},
-            {"kind", kind.name.empty() ? "unknown kind" : kind.name},
+            {"kind", kind.name.empty() ? "unknown kind" : kind.englishName},
+            {"suiteKind", kind.suiteName},
             {"type", kind.type},
             {"code", HexCode(kind.code)},
             {"extension", kind.extension},
@@ -170,14 +171,14 @@ Json JsonOf(const std::string& file, const CComHdr& header, bool isFirstGenerati
             {"records", Json::array()}};
 }
 
-/// The same facts as lines of text.
-std::string TextOf(const Json& facts) {
+/// The same facts as lines of text, with the name of the kind for a person.
+std::string TextOf(const Json& facts, const std::string& kind) {
     const auto text = [&](const char* key) { return facts[key].get<std::string>(); };
     const auto orDash = [&](const char* key) { return text(key).empty() ? "-" : text(key); };
     return InputName(text("file")) + "\n" +
            FormatTable({Align::left, Align::left},
-                       {{"kind", fmt::format("{} ({}, code {}, {})", text("kind"), facts["type"].dump(),
-                                             text("code"), text("extension"))},
+                       {{"kind", fmt::format("{} ({}, code {}, {})", kind.empty() ? text("kind") : kind,
+                                             facts["type"].dump(), text("code"), text("extension"))},
                         {"generation", facts["generation"] == 1 ? "first" : "current"},
                         {"application", orDash("application")},
                         {"text", text("text")},
@@ -197,7 +198,7 @@ std::string_view TypeOf(const SignalRun& run) {
 }
 
 Json JsonOf(const SignalRun& run, const RunFigures& measured) {
-    Json axis = {{"unit", UnitText(CUnitCtrl(DimensionOf(run.axisUnit)))},
+    Json axis = {{"unit", JsonUnit(CUnitCtrl(DimensionOf(run.axisUnit)))},
                  {"first", measured.first},
                  {"last", measured.last}};
     if (!run.isListed) {
@@ -215,7 +216,7 @@ Json JsonOf(const SignalRun& run, const RunFigures& measured) {
         const SignalRun::Channel& channel = run.channels[c];
         Json shown = {{"channel", channel.number},
                       {"name", ToUtf8(channel.name)},
-                      {"unit", UnitText(channel.unit)},
+                      {"unit", JsonUnit(channel.unit)},
                       {"complex", channel.isComplex}};
         shown.update(JsonOf(measured.channels[c]));
         json["channels"].push_back(std::move(shown));
@@ -290,7 +291,7 @@ std::string SuiteFileText(const InfoOptions& options) {
     const FileHead head = ReadFileHead(file);
     Json json = JsonOf(options.file, head.header, head.isFirstGeneration);
     std::string text;
-    if (!options.json) text = TextOf(json);
+    if (!options.json) text = TextOf(json, KindOf(head.header).name);
     if (head.header.CheckGrpType(CComHdr::GRP_DATA)) {
         file.Seek(0);
         DataFileReader reader(file);

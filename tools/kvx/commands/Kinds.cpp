@@ -2,6 +2,7 @@
 //
 // kvx kinds: the catalogue of file kinds.
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -15,30 +16,51 @@
 namespace kvx::tool {
 namespace {
 
-void RunKinds(const std::string& text, ByteStream& out) {
+using Json = nlohmann::ordered_json;
+
+struct KindsOptions {
+    std::string text;
+    bool json = false;
+};
+
+void RunKinds(const KindsOptions& options, ByteStream& out) {
+    const std::vector<FileKind> kinds = FindFileKinds(options.text);
+    if (kinds.empty()) throw Failure("no file kind matches " + Quote(options.text));
+    Json json = Json::array();
     std::vector<std::vector<std::string>> lines = {{"number", "code", "extension", "application", "name"}};
-    for (const FileKind& kind : FindFileKinds(text)) {
-        lines.push_back({std::to_string(kind.type), HexCode(kind.code), kind.extension,
+    for (const FileKind& kind : kinds) {
+        const std::string code = HexCode(kind.code);
+        json.push_back({{"number", kind.type},
+                        {"code", code},
+                        {"extension", kind.extension},
+                        {"application", kind.application},
+                        {"name", kind.englishName},
+                        {"suiteName", kind.suiteName}});
+        lines.push_back({std::to_string(kind.type), code, kind.extension,
                          kind.application.empty() ? "-" : kind.application, kind.name});
     }
-    if (lines.size() == 1) throw Failure("no file kind matches " + Quote(text));
-    WriteText(out, FormatTable({Align::right, Align::right, Align::left, Align::left, Align::left}, lines));
+    WriteText(out,
+              options.json
+                  ? json.dump(2) + "\n"
+                  : FormatTable({Align::right, Align::right, Align::left, Align::left, Align::left}, lines));
 }
 
 }  // namespace
 
 void AddKinds(Command app) {
-    const auto text = std::make_shared<std::string>();
+    const auto options = std::make_shared<KindsOptions>();
     Command command = app.AddCommand("kinds", "Search the catalogue of file kinds");
     command.AddOption(
-        "TEXT", *text,
-        "Part of a name or application, an extension, a code (0x20011) or a number; none lists all");
+        "TEXT", options->text,
+        "Part of an English or Japanese name or of an application, an extension, a code (0x20011) "
+        "or a number; none lists all");
+    command.AddFlag("--json", options->json, "As JSON, with both names");
     command.SetFooter("", R"(
 kvx kinds vdf2
 kvx kinds 0x20011
-kvx kinds 加振データ
+kvx kinds 'excitation data'
 )");
-    command.OnRun([=](ByteStream& out) { RunKinds(*text, out); });
+    command.OnRun([=](ByteStream& out) { RunKinds(*options, out); });
 }
 
 }  // namespace kvx::tool

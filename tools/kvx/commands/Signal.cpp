@@ -127,8 +127,9 @@ void AddRangeOptions(Command command, PartOptions* options) {
 void AddRecordingOptions(Command& command, RecordingOptions* options) {
     AddPositive(command, options->rateName, "HZ", options->rateHz,
                 "True sampling rate; without it that of the sound file or the time column");
-    AddList(command, options->unitName, options->units,
-            "Unit of the values, one for all channels or a list: g,g,N; an empty item leaves that of the file");
+    AddList(
+        command, options->unitName, options->units,
+        "Unit of the values, one for all channels or a list: g,g,N; an empty item leaves that of the file");
     AddList(command, "--name", options->names, "Names of the channels: top,base");
     AddList(command, "--sensitivity", options->sensitivities,
             "What the sensors give, one for all channels or a list: '100 mV/g,2.3 mV/N'");

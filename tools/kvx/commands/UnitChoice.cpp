@@ -30,6 +30,10 @@ EntryUnit RequireEntryUnit(std::string_view text) {
     return Required([&] { return NamedEntryUnit(text); });
 }
 
+std::string JsonUnit(const CUnitCtrl& unit) {
+    return UnitText(unit, Language::kEnglish);
+}
+
 CValConv::UNIT_SUFFIX RequireSuffix(std::string_view name, const CUnitCtrl& unit) {
     if (const auto suffix = FindSuffix(name, unit)) return *suffix;
     throw ValueError(

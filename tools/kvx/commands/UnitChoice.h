@@ -4,6 +4,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include <KvxDevCommon01/units/EntryUnit.h>
@@ -19,6 +20,9 @@ CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> 
 
 /// The same of a unit that samples are stated in: also one that the table lacks.
 EntryUnit RequireEntryUnit(std::string_view text);
+
+/// The unit's name in JSON, English whatever language was chosen.
+std::string JsonUnit(const CUnitCtrl& unit);
 
 /// The amplitude suffix of that name: none, 0-p, p-p, rms or, for what is customary for the unit, usual.
 /// Throws ValueError for any other.

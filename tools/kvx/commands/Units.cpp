@@ -27,15 +27,28 @@ struct UnitsOptions {
     std::string to;
 };
 
+/// The dimension's name for a person where it is not the English one, which always stands beside it.
+std::string OtherName(CUnitCtrl::DIM_CODE dimension) {
+    const std::string name = DimensionDisplayName(dimension);
+    return name == DimensionText(dimension) ? std::string() : name;
+}
+
 std::string ListDimensions() {
-    std::vector<std::vector<std::string>> lines = {{"code", "dimension", "", "standard", "units"}};
+    const bool isEnglish = CurrentLanguage() == Language::kEnglish;
+    std::vector<std::vector<std::string>> lines = {{"code", "dimension", "standard", "units"}};
+    std::vector<Align> columns = {Align::right, Align::left, Align::left, Align::left};
+    if (!isEnglish) {
+        lines.front().insert(lines.front().begin() + 2, "");
+        columns.push_back(Align::left);
+    }
     for (const CUnitCtrl::DIM_CODE dimension : AllDimensions()) {
         std::string units;
         for (const CUnitCtrl& unit : UnitsOf(dimension)) units += (units.empty() ? "" : " ") + UnitText(unit);
-        lines.push_back({HexCode(dimension, kCodeDigits), std::string(DimensionText(dimension)),
-                         DimensionDisplayName(dimension), UnitText(CUnitCtrl(dimension)), units});
+        lines.push_back({HexCode(dimension, kCodeDigits), DimensionText(dimension),
+                         UnitText(CUnitCtrl(dimension)), units});
+        if (!isEnglish) lines.back().insert(lines.back().begin() + 2, OtherName(dimension));
     }
-    return FormatTable({Align::right, Align::left, Align::left, Align::left, Align::left}, lines);
+    return FormatTable(columns, lines);
 }
 
 std::string DescribeDimension(CUnitCtrl::DIM_CODE dimension) {
@@ -45,8 +58,10 @@ std::string DescribeDimension(CUnitCtrl::DIM_CODE dimension) {
         lines.push_back({HexCode(UnitParts(unit).front().unit, kCodeDigits), UnitText(unit),
                          FormatNumber(ConvertValue(1.0, unit, standard), 12), UnitText(standard)});
     }
-    return fmt::format("{} ({}), code {}, standard unit {}\n{}", DimensionText(dimension),
-                       DimensionDisplayName(dimension), HexCode(dimension, kCodeDigits), UnitText(standard),
+    const std::string other = OtherName(dimension);
+    return fmt::format("{}{}, code {}, standard unit {}\n{}", DimensionText(dimension),
+                       other.empty() ? other : " (" + other + ")", HexCode(dimension, kCodeDigits),
+                       UnitText(standard),
                        FormatTable({Align::right, Align::left, Align::right, Align::left}, lines));
 }
 

@@ -15,6 +15,7 @@
 #include "cli/Output.h"
 #include "commands/Analysis.h"
 #include "commands/Commands.h"
+#include "commands/UnitChoice.h"
 
 namespace kvx::tool {
 namespace {
@@ -54,14 +55,14 @@ std::string JsonText(const RecordingTransfers& transfers, const XfrOptions& opti
     json["lineSpacing"] = transfers.spacingHz;
     json["blocks"] = transfers.blocks;
     json["reference"] = {
-        {"channel", reference.number}, {"name", ToUtf8(reference.name)}, {"unit", UnitText(reference.unit)}};
+        {"channel", reference.number}, {"name", ToUtf8(reference.name)}, {"unit", JsonUnit(reference.unit)}};
     if (!options.referenceFile.empty()) json["reference"]["file"] = options.referenceFile;
     json["responses"] = Json::array();
     for (const std::vector<ChannelTransfer>& record : transfers.records) {
         for (const ChannelTransfer& channel : record) {
             Json response = {{"channel", channel.channel.number},
                              {"name", ToUtf8(channel.channel.name)},
-                             {"unit", UnitText(channel.transfer.unit)},
+                             {"unit", JsonUnit(channel.transfer.unit)},
                              {"largest", JsonOf(channel.largest)}};
             for (const TransferLine& line : channel.lines) response["at"].push_back(JsonOf(line));
             json["responses"].push_back(std::move(response));
