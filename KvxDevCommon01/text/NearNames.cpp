@@ -16,16 +16,22 @@ namespace {
 constexpr std::size_t kMostNames = 3;
 constexpr std::size_t kLongestText = 100;
 
-/// Number of single-character changes between two texts, case changes not counted.
+/// Number of changes between two texts: a character more, less or other, or two neighbours the other way
+/// round. Case changes are not counted.
 std::size_t EditDistance(std::wstring_view a, std::wstring_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
+    const auto areSame = [](wchar_t x, wchar_t y) {
+        return std::towlower(static_cast<std::wint_t>(x)) == std::towlower(static_cast<std::wint_t>(y));
+    };
+    std::vector<std::size_t> beforeLast, last, row(b.size() + 1);  // distances of beginnings of both
     std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const auto lower = [](wchar_t c) { return std::towlower(static_cast<std::wint_t>(c)); };
-            const std::size_t replaced = diagonal + (lower(a[i]) == lower(b[j]) ? 0 : 1);
-            diagonal = std::exchange(row[j + 1], std::min({replaced, row[j] + 1, row[j + 1] + 1}));
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        beforeLast = std::exchange(last, row);
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t replaced = last[j - 1] + (areSame(a[i - 1], b[j - 1]) ? 0 : 1);
+            row[j] = std::min({replaced, last[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && areSame(a[i - 1], b[j - 2]) && areSame(a[i - 2], b[j - 1]))
+                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
         }
     }
     return row.back();

@@ -8,6 +8,7 @@
 
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxRecording01/detail/StatedUnit.h>
@@ -28,10 +29,13 @@ std::size_t NamedColumn(const TextLayout& layout, const TextOptions& options) {
                                               std::to_string(layout.skipped + 1) + " to " +
                                               std::to_string(layout.skipped + layout.columns));
     }
+    std::vector<std::string> names;
     for (std::size_t c = 0; c < layout.columns; ++c) {
         if (layout.NameOf(c) == options.axisColumn) return c;
+        names.push_back(ToUtf8(layout.NameOf(c)));
     }
-    throw Error(ErrorKind::kUnknownName, options.called.time + ": no column is called " + Quote(name));
+    throw Error(ErrorKind::kUnknownName,
+                options.called.time + ": no column is called " + Quote(name) + DidYouMean(name, names));
 }
 
 bool IsTimeColumn(const TextLayout& layout, std::size_t column) {

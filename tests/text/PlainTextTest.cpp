@@ -50,6 +50,8 @@ TEST(DidYouMean, SuggestsTheNearestNames) {
     EXPECT_EQ(DidYouMean("HOLD", {"zeros", "hold"}), " (did you mean 'hold'?)");
     EXPECT_EQ(DidYouMean("m/s", {"mm/s", "m/s2", "kg"}), " (did you mean 'm/s2' or 'mm/s'?)");
     EXPECT_EQ(DidYouMean("periodic", {"hold", "zeros"}), "");
+    EXPECT_EQ(DidYouMean("pds", {"psd", "xfr"}), " (did you mean 'psd'?)");
+    EXPECT_EQ(DidYouMean("iofn", {"info", "import"}), " (did you mean 'info'?)");
 }
 
 }  // namespace

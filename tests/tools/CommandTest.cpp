@@ -11,6 +11,7 @@
 #include <KvxDevCommon01/files/DataFile.h>
 #include <KvxDevCommon01/platform/Archive.h>
 #include <KvxDevCommon01/platform/ByteStream.h>
+#include <KvxDevCommon01/platform/Version.h>
 
 #include "ToolRun.h"
 #include "cli/Format.h"
@@ -68,7 +69,7 @@ TEST(HelpText, FillsTheTerminal) {
         return width;
     };
     const std::pair<const char*, std::size_t> cases[] = {
-        {"COLUMNS=10", 80}, {"COLUMNS=90", 90}, {"COLUMNS=999", 120}, {"env -u COLUMNS", 100}};
+        {"COLUMNS=10", 60}, {"COLUMNS=90", 90}, {"COLUMNS=999", 120}, {"env -u COLUMNS", 80}};
     for (const auto& [columns, width] : cases) {
         EXPECT_LE(widest(columns), width) << columns;
         EXPECT_GT(widest(columns), width - 10) << columns;
@@ -309,6 +310,14 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
               "cannot merge 'a.vdf2': 'psd.vdf2' has values over frequency, 'a.vdf2' values over time\n"},
     WrongCase{"kvx profile profile.txt -o x.csv", 1, "the output 'x.csv' does not end with .txt or .vdf2"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings x.ini", 1, "the output 'x.ini' does not end with .gci2"},
+    WrongCase{"kvx help pds", 2, "there is no command 'pds' (did you mean 'psd'?); see"},
+    WrongCase{"kvx help units convrt", 2, "there is no command 'units convrt' (did you mean 'convert'?); see"},
+    WrongCase{"kvx --json", 2, "a command is missing; see 'kvx --help'\n"},
+    WrongCase{"kvx --version --jsno", 2, "there is no option '--jsno' (did you mean '--json'?); see"},
+    WrongCase{"kvx write-pages profile.txt/x", 1, "cannot write 'profile.txt/x/man1/kvx.1': "},
+    WrongCase{"kvx convert a.csv -o x --as cvs", 1, "--as: there is no 'cvs' (did you mean 'csv'"},
+    WrongCase{"kvx show-value 1 g --suffix 0p", 1, "--suffix: there is no suffix '0p' (did you mean '0-p'"},
+    WrongCase{"kvx units forse", 1, "no dimension and no unit is called 'forse' (did you mean 'force'?)\n"},
     WrongCase{"kvx units furlong", 1, "no dimension and no unit is called 'furlong'"},
     WrongCase{"kvx units convert 1 g kg/h", 1, "'g' does not convert to 'kg/h': they are of different dimensions\n"},
     WrongCase{"kvx units convert one g kg", 1, "'one' is not a number"},
@@ -607,6 +616,43 @@ TEST(Kinds, AreListed) {
     const std::string all = RunWell(folder, "kvx kinds");
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1 + 359);
     EXPECT_EQ(RunWell(folder, "kvx kinds 加振データ"), RunWell(folder, "kvx kinds 'excitation data'"));
+}
+
+TEST(Version, TellsWhatTheToolRunsWith) {
+    const TempFolder folder;
+    const auto json = RunJson(folder, "KVX_KERNELS=baseline kvx --version");
+    EXPECT_EQ(json["version"], kvx::kVersion);
+    EXPECT_EQ(json["version"], kvx::RunningVersion());
+    EXPECT_EQ(KVX_VERSION_NUMBER >> 16, std::stoi(std::string(kvx::kVersion)));
+    EXPECT_EQ(json["kernels"], "baseline");
+    const std::string text = RunWell(folder, "kvx --version");
+    EXPECT_THAT(text, StartsWith("kvx " + std::string(kvx::kVersion) + "\n  kernels "));
+    for (const char* library : {"libsndfile", "zlib", "Cairo", "Pango"}) {
+        EXPECT_THAT(text, HasSubstr("  " + std::string(library) + " "));
+        EXPECT_GE(std::stod(json["libraries"][library].get<std::string>()), 1.0) << library;
+    }
+}
+
+TEST(NamesOfARecording, AreSuggested) {
+    const TempFolder folder;
+    folder.Write("table.csv", "moment,top,base\n0,1,2\n1,2,3\n2,3,4\n");
+    const std::pair<const char*, const char*> cases[] = {
+        {"psd table.csv --rate 1 --channels tpo", "(did you mean 'top'?)"},
+        {"xfr table.csv --rate 1 --reference bases", "(did you mean 'base'?)"},
+        {"info table.csv --time momnet", "no column is called 'momnet' (did you mean 'moment'?)"},
+    };
+    for (const auto& [command, hint] : cases) {
+        const ToolResult result = RunShell(folder, std::string("kvx ") + command);
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_THAT(result.err, HasSubstr(hint)) << command;
+    }
+}
+
+TEST(HelpCommand, PrintsTheHelpOfTheCommand) {
+    const TempFolder folder;
+    EXPECT_EQ(RunWell(folder, "kvx help psd"), RunWell(folder, "kvx psd --help"));
+    EXPECT_EQ(RunWell(folder, "kvx help units convert"), RunWell(folder, "kvx units convert --help"));
+    EXPECT_EQ(RunWell(folder, "kvx help"), RunWell(folder, "kvx --help"));
 }
 
 TEST(LanguageOfTheTool, IsThatOfItsVariableElseOfTheLocale) {

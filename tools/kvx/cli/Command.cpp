@@ -8,6 +8,9 @@
 #include <type_traits>
 #include <utility>
 
+#include <KvxDevCommon01/text/PlainText.h>
+
+#include "cli/Description.h"
 #include "cli/Help.h"
 #include "cli/Options.h"
 
@@ -23,11 +26,13 @@ std::string Description(const CLI::App& app, const std::string& text) {
 
 Option& Option::Required() {
     option_->required();
+    description_->isRequired = true;
     return *this;
 }
 
 Option& Option::Type(const std::string& name) {
     option_->type_name(name);
+    description_->value = name;
     return *this;
 }
 
@@ -38,6 +43,7 @@ Option& Option::Values(int count) {
 
 Option& Option::Many() {
     option_->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(true);
+    description_->isMany = true;
     return *this;
 }
 
@@ -53,24 +59,45 @@ Option& Option::OneOf(const std::vector<std::string>& values) {
     std::string list = "{";
     for (const std::string& value : values) list += (list.size() > 1 ? "," : "") + value;
     option_->check(CLI::Validator(complain, list + "}"));
+    return Suggest(values);
+}
+
+Option& Option::Suggest(const std::vector<std::string>& values) {
+    description_->choices = values;
     return *this;
 }
 
 Option& Option::ShowDefault() {
     option_->capture_default_str();
+    description_->standard = option_->get_default_str();
     return *this;
 }
 
 Command Command::AddCommand(const std::string& name, const std::string& description) {
     app_->require_subcommand(0, 1);
-    return {app_->add_subcommand(name, description), action_};
+    description_->commands.push_back({.name = name, .text = description});
+    return {app_->add_subcommand(name, description), &description_->commands.back(), action_};
+}
+
+/// Keeps what an option says; `value` is what an argument without a name is called.
+OptionDescription* Command::Describe(const std::string& names, const std::string& value,
+                                     const std::string& text) {
+    OptionDescription option{.value = value, .text = text};
+    if (names.starts_with('-')) {
+        for (std::string& name : SplitList(names)) option.names.push_back(std::move(name));
+    } else {
+        option.value = names;
+    }
+    description_->options.push_back(std::move(option));
+    return &description_->options.back();
 }
 
 template <typename Target>
 Option Command::AddOption(const std::string& names, Target& target, const std::string& description) {
     CLI::Option* option = app_->add_option(names, target, Description(*app_, description));
     if constexpr (std::is_same_v<Target, std::vector<std::string>>) option->allow_extra_args(false);
-    return Option(option);
+    return {option,
+            Describe(names, std::is_constructible_v<Target, const char*> ? "TEXT" : "N", description)};
 }
 
 #define KVX_OPTION_TARGET(Target) \
@@ -87,10 +114,12 @@ KVX_OPTION_TARGET(std::size_t);
 #undef KVX_OPTION_TARGET
 
 Option Command::AddFlag(const std::string& name, bool& target, const std::string& description) {
-    return Option(app_->add_flag(name, target, Description(*app_, description)));
+    return {app_->add_flag(name, target, Description(*app_, description)), Describe(name, "", description)};
 }
 
 void Command::SetFooter(std::string_view paragraphs, std::string_view example) {
+    description_->paragraphs = ParagraphsOf(paragraphs);
+    description_->example = LinesOf(example);
     app_->footer(HelpFooter(paragraphs, example));
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// How a command describes itself to the parser of the command line. The parser's own header takes seconds to
-// compile, so that only the sources behind this front include it.
+// How a command describes itself to the parser of the command line, and to manual pages and shells. The
+// parser's own header takes seconds to compile, so that only the sources behind this front include it.
 #pragma once
 
 #include <functional>
@@ -19,6 +19,9 @@ class ByteStream;
 
 namespace kvx::tool {
 
+struct CommandDescription;
+struct OptionDescription;
+
 /// Runs a command, which prints to the given stream.
 using Action = std::function<void(ByteStream& out)>;
 
@@ -28,7 +31,8 @@ using Complaint = std::function<std::string(const std::string& text)>;
 /// An option or positional argument as it is described; the parser owns it.
 class Option {
 public:
-    explicit Option(CLI::Option* option) : option_(option) {}
+    Option(CLI::Option* option, OptionDescription* description)
+        : option_(option), description_(description) {}
 
     Option& Required();
     /// What stands for the value in the help: "HZ".
@@ -40,18 +44,23 @@ public:
     Option& Check(const Complaint& complaint);
     /// Lets the help list these values and refuses all others.
     Option& OneOf(const std::vector<std::string>& values);
+    /// Lets shells complete the value by these. They are refused, if at all, by the command.
+    Option& Suggest(const std::vector<std::string>& values);
     /// Lets the help tell the value that the target has now.
     Option& ShowDefault();
 
 private:
     CLI::Option* option_;
+    OptionDescription* description_;
 };
 
 /// A command as it is described; the parser owns it. Targets must live until the command line was parsed.
 class Command {
 public:
-    /// `action` receives what OnRun is given for the command that the command line names.
-    Command(CLI::App* app, Action* action) : app_(app), action_(action) {}
+    /// `description` keeps what is described; `action` receives what OnRun is given for the command that the
+    /// command line names.
+    Command(CLI::App* app, CommandDescription* description, Action* action)
+        : app_(app), description_(description), action_(action) {}
 
     Command AddCommand(const std::string& name, const std::string& description);
     /// An option "-o,--output" or an argument "FILE". Targets are strings, numbers, both of them optional, or
@@ -65,7 +74,10 @@ public:
     void OnRun(Action action);
 
 private:
+    OptionDescription* Describe(const std::string& names, const std::string& value, const std::string& text);
+
     CLI::App* app_;
+    CommandDescription* description_;
     Action* action_;
 };
 

@@ -7,7 +7,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <iterator>
 #include <new>
+#include <nlohmann/json.hpp>
 #include <ranges>
 #include <string>
 #include <vector>
@@ -18,11 +20,15 @@
 #include <KvxDevCommon01/platform/Version.h>
 #include <KvxDevCommon01/resources/Language.h>
 #include <KvxDevCommon01/text/NearNames.h>
+#include <KvxPlot01/LibraryVersions.h>
+#include <KvxRecording01/LibraryVersions.h>
 
+#include "cli/Description.h"
 #include "cli/Failure.h"
 #include "cli/Format.h"
 #include "cli/Help.h"
 #include "cli/Output.h"
+#include "cli/Pages.h"
 #include "cli/Progress.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
@@ -45,7 +51,8 @@ int ReportUsage(const CLI::App& app, std::string complaint, ExitStatus status) {
 
 std::vector<std::string> CommandNames(const CLI::App& app) {
     std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    for (const CLI::App* command :
+         app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); }))
         names.push_back(command->get_name());
     return names;
 }
@@ -91,6 +98,37 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
     }
 }
 
+/// The help of the command that the words name, or of the tool.
+std::string HelpOn(const CLI::App& app, const std::vector<std::string>& words) {
+    const CLI::App* command = &app;
+    std::string name = app.get_name();
+    for (const std::string& word : words) {
+        const auto named =
+            command->get_subcommands([&](const CLI::App* each) { return each->check_name(word); });
+        name += " " + word;
+        if (named.empty()) {
+            throw UsageError(fmt::format("there is no command {}{}", Quote(name.substr(name.find(' ') + 1)),
+                                         DidYouMean(word, CommandNames(*command))));
+        }
+        command = named.front();
+    }
+    return command->get_formatter()->make_help(command, name, CLI::AppFormatMode::Normal);
+}
+
+/// The version of the tool, what it computes with, and the libraries of others that it runs with.
+std::string VersionText(bool asJson) {
+    std::vector<LibraryVersion> libraries = RecordingLibraries();
+    std::ranges::move(plot::PlotLibraries(), std::back_inserter(libraries));
+    if (asJson) {
+        nlohmann::ordered_json json = {{"version", RunningVersion()}, {"kernels", KernelSetInUse()}};
+        for (const LibraryVersion& library : libraries) json["libraries"][library.name] = library.version;
+        return json.dump(2) + "\n";
+    }
+    std::vector<std::vector<std::string>> lines = {{"kernels", std::string(KernelSetInUse())}};
+    for (const LibraryVersion& library : libraries) lines.push_back({library.name, library.version});
+    return fmt::format("kvx {}\n{}", RunningVersion(), FormatTable({Align::left, Align::left}, lines));
+}
+
 /// The language of names and messages: that of KVX_LANGUAGE, else of the locale.
 void ChooseLanguage() {
     const char* const wanted = std::getenv("KVX_LANGUAGE");
@@ -102,22 +140,36 @@ void ChooseLanguage() {
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
-    CLI::App app("Converts, describes and analyses recordings of vibration, of any format and length.",
-                 "kvx");
-    app.set_version_flag("--version", fmt::format("kvx {}", kVersion));
+    CommandDescription description = {
+        .name = "kvx",
+        .text = "Converts, describes and analyses recordings of vibration, of any format and length.",
+        .paragraphs = {"'kvx help COMMAND' tells more about a command and ends with an example. A file "
+                       "called - is standard input or standard output."}};
+    CLI::App app(description.text, description.name);
     app.get_formatter()->column_width(28);
-    app.footer(
-        Wrapped("'kvx COMMAND --help' tells more about a command and ends with an example. A file called - "
-                "is standard "
-                "input or standard output.",
-                HelpWidth()));
+    app.footer(Wrapped(description.paragraphs.front(), HelpWidth()));
     Action action;
+    Command tool(&app, &description, &action);
+    bool isVersionWanted = false, isJsonWanted = false;
+    tool.AddFlag("--version", isVersionWanted,
+                 "Tell the versions of the tool and of the libraries it runs with");
+    tool.AddFlag("--json", isJsonWanted, "With --version: as JSON");
     for (const auto add :
          {AddImport,   AddExport,  AddConvert, AddMerge,     AddEdit,     AddInfo,      AddPsd,
           AddSpectrum, AddXfr,     AddFilter,  AddCalibrate, AddResample, AddPlot,      AddSpectrogram,
           AddSynth,    AddProfile, AddFormats, AddUnits,     AddKinds,    AddShowValue, AddFolders}) {
-        add(Command(&app, &action));
+        add(tool);
     }
+    std::vector<std::string> helpWords;
+    Command help = tool.AddCommand("help", "Tell more about a command");
+    help.AddOption("COMMAND", helpWords, "The command").Many().Suggest(CommandNames(app));
+    help.OnRun([&](ByteStream& stream) { WriteText(stream, HelpOn(app, helpWords)); });
+    // For the build, which installs the pages.
+    std::string pagesFolder;
+    CLI::App* const pages = app.add_subcommand("write-pages", "Write manual pages and completions of shells");
+    pages->group("");
+    pages->add_option("FOLDER", pagesFolder)->required();
+    pages->callback([&] { action = [&](ByteStream&) { WritePages(description, pagesFolder); }; });
 
     ChooseLanguage();
     // A file that grows beyond the limit set for it is a failed write, not the end of the process.
@@ -130,10 +182,10 @@ int RunCommandLine(int argc, const char* const* argv) {
             app.parse(argc, argv);
         } catch (const CLI::CallForHelp&) {
             action = [&](ByteStream& stream) { WriteText(stream, app.help()); };
-        } catch (const CLI::CallForVersion& version) {
-            const std::string text = version.what();
-            action = [text](ByteStream& stream) { WriteText(stream, text + "\n"); };
         }
+        if (isVersionWanted)
+            action = [&](ByteStream& stream) { WriteText(stream, VersionText(isJsonWanted)); };
+        if (!action) throw UsageError("a command is missing");
         action(StandardOutput());
         return kDone;
     } catch (const CLI::ValidationError& error) {

@@ -22,7 +22,7 @@ std::string_view WithoutLineEnds(std::string_view text) {
 }  // namespace
 
 std::size_t HelpWidth() {
-    constexpr std::size_t kLeast = 80, kMost = 120, kUnknown = 100;
+    constexpr std::size_t kLeast = 60, kMost = 120, kUnknown = 80;
     std::size_t width = 0;
     if (const char* columns = std::getenv("COLUMNS")) {
         const std::string_view text = columns;

@@ -9,8 +9,8 @@
 
 namespace kvx::tool {
 
-/// Columns that help may fill: what the environment variable COLUMNS says, else the terminal, within 80 to
-/// 120; 100 where neither says it.
+/// Columns that help may fill: what the environment variable COLUMNS says, else the terminal, within 60 to
+/// 120; 80 where neither says it.
 std::size_t HelpWidth();
 
 /// What the help of a command ends with: wrapped paragraphs, then the lines of an example as they are. The

@@ -7,6 +7,8 @@
 #include <optional>
 #include <system_error>
 
+#include <KvxDevCommon01/text/NearNames.h>
+
 #include "cli/Failure.h"
 #include "cli/StandardStreams.h"
 
@@ -60,15 +62,27 @@ std::optional<OutputFormat> Find(std::string_view end, std::span<const OutputFor
     return std::nullopt;
 }
 
-/// ".svg, .pdf, .png or .jpg", with the dots or without them.
-std::string ListOf(std::span<const OutputFormat> formats, bool hasDots = true) {
+/// The ends that name formats; pictures have a second one that says the same.
+std::vector<std::string_view> NamingEnds(std::span<const OutputFormat> formats) {
     std::vector<std::string_view> ends;
     for (const OutputFormat format : formats) {
         const std::vector<std::string_view> own = EndsOf(format);
-        // Pictures have a second end that says the same.
         const auto last = std::holds_alternative<Format>(format) ? own.end() : own.begin() + 1;
         ends.insert(ends.end(), own.begin(), last);
     }
+    return ends;
+}
+
+/// The same without their dots, as --as takes them.
+std::vector<std::string> NamesOf(std::span<const OutputFormat> formats) {
+    std::vector<std::string> names;
+    for (const std::string_view end : NamingEnds(formats)) names.emplace_back(end.substr(1));
+    return names;
+}
+
+/// ".svg, .pdf, .png or .jpg", with the dots or without them.
+std::string ListOf(std::span<const OutputFormat> formats, bool hasDots = true) {
+    const std::vector<std::string_view> ends = NamingEnds(formats);
     std::string list;
     for (std::size_t i = 0; i < ends.size(); ++i) {
         list += i == 0 ? "" : i + 1 < ends.size() ? ", " : " or ";
@@ -101,22 +115,27 @@ std::string_view EndOf(OutputFormat format) {
 
 Option AddOutputOptions(Command& command, const std::string& what, std::span<const OutputFormat> formats,
                         OutputChoice* choice) {
-    const Option output = command.AddOption("-o,--output", choice->name,
-                                            what + " (" + ListOf(formats) + "); - is standard output");
+    Option output = command.AddOption("-o,--output", choice->name,
+                                      what + " (" + ListOf(formats) + "); - is standard output");
+    output.Type("FILE");
     if (formats.size() > 1) {
         command
             .AddOption("--as", choice->as,
                        "Format of - (default: " + std::string(EndOf(formats.front()).substr(1)) +
                            ") or of a name without an end: " + ListOf(formats, false))
-            .Type("FORMAT");
+            .Type("FORMAT")
+            .Suggest(NamesOf(formats));
     }
     return output;
 }
 
 OutputFormat FormatOf(const OutputChoice& choice, std::span<const OutputFormat> formats) {
     const std::optional<OutputFormat> stated = Find("." + choice.as, formats);
-    if (!choice.as.empty() && !stated)
-        throw ValueError("--as: there is no " + Quote(choice.as) + ", only " + ListOf(formats, false));
+    if (!choice.as.empty() && !stated) {
+        const std::string near = DidYouMean(choice.as, NamesOf(formats));
+        throw ValueError("--as: there is no " + Quote(choice.as) +
+                         (near.empty() ? ", only " + ListOf(formats, false) : near));
+    }
     const std::string end = EndOfName(choice.name);
     if (end.empty() || IsNoFile(choice.name)) {
         if (stated) return *stated;

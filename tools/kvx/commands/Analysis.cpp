@@ -147,6 +147,7 @@ void AddBlockOptions(Command command, BlockOptions* options) {
         .ShowDefault();
     command.AddOption("--window", options->window, "Window: " + JoinList(WindowNames()))
         .Type("NAME")
+        .Suggest(WindowNames())
         .ShowDefault();
     command.AddOption("--overlap", options->overlapPercent, "Overlap of the blocks in percent")
         .Type("PERCENT")

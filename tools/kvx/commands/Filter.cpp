@@ -264,7 +264,8 @@ void AddFilter(Command app) {
     command
         .AddOption("--kind", options->kind,
                    "Kind of filter: " + Names(kFilterKinds) + " (default: butterworth)")
-        .Type("NAME");
+        .Type("NAME")
+        .Suggest(NameList(kFilterKinds));
     AddPositive(command, "--q", "Q", options->q, "Quality of --kind second (default: 0.7071)");
     AddPositive(command, "--order", "N", options->order,
                 "Order of --kind butterworth, 1 to 16, and of the amplitude of --kind slope (default: 4)");
@@ -277,7 +278,8 @@ void AddFilter(Command app) {
         .AddOption("--ends", options->ends,
                    "How the signal goes on outside its ends: " + Names(kTerms) +
                        " (default: zeros with a high-pass, otherwise hold)")
-        .Type("NAME");
+        .Type("NAME")
+        .Suggest(NameList(kTerms));
     command
         .AddOption("--butterworth", options->butterworths,
                    "Recursive filter: lp or hp, order from 1 to 64 and corner in Hz; may be repeated")

@@ -65,7 +65,8 @@ void AddPictureOptions(Command command, PictureChoice* choice, BatchOptions* bat
     AddBatchOptions(command, batch);
     command.AddOption("--size", choice->size, "Width and height in pixels, or A4 or A3 on its long side")
         .Type("WxH")
-        .ShowDefault();
+        .ShowDefault()
+        .Suggest({"A4", "A3"});
     AddPositive(command, "--dpi", "N", choice->pixelsPerInch,
                 "Pixels per inch; letters and lines grow with it")
         .ShowDefault();

@@ -162,7 +162,8 @@ void AddPlot(Command app) {
         .AddOption("--suffix", options->suffix,
                    "Show amplitudes as 0-p, p-p (twice the number) or rms, as is usual for the dimension "
                    "(usual), or without a word (none)")
-        .Type("SUFFIX");
+        .Type("SUFFIX")
+        .Suggest(SuffixNames());
     command
         .AddOption("--show", options->show,
                    "What is drawn: of complex lines magnitude-phase (the default), one or both parts, their "

@@ -131,7 +131,8 @@ void AddResample(Command app) {
                     "Leave the delay of the filters in the signal, as a filter at work has it");
     command.AddOption("--ends", options->ends, "What the signal is outside its ends: " + Names(kEndNames))
         .Type("NAME")
-        .ShowDefault();
+        .ShowDefault()
+        .Suggest(NameList(kEndNames));
     AddStreamOptions(command, "--input-rate", &options->stream);
     command.SetFooter(R"(
 Ratios: 1, 2, 4, 5, 8, 10, 16, 20, 25, 32, 40, 50, 80, 100, 160, 200, 250, 320, 400, 500. The band

@@ -87,9 +87,12 @@ void AddShowValue(Command app) {
     command.AddOption("UNIT", options->unit, "Its unit: g, m/s2, degC, (m/s2)2/Hz ...").Required();
     command.AddOption("--in", options->in,
                       "Units to show it in, a comma list; without, all of its dimension");
-    command.AddOption("--suffix", options->suffix,
-                      "Show the amplitude as 0-p, p-p (twice the number) or rms, as is usual for the "
-                      "dimension (usual), or without a word (none, the default)");
+    command
+        .AddOption("--suffix", options->suffix,
+                   "Show the amplitude as 0-p, p-p (twice the number) or rms, as is usual for the "
+                   "dimension (usual), or without a word (none, the default)")
+        .Type("SUFFIX")
+        .Suggest(SuffixNames());
     command.AddOption("--format", options->format,
                       "Format of one number, such as %.2f or '%8.3e V'. Without, %.7g or what is customary "
                       "for the unit");

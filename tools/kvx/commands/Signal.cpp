@@ -36,9 +36,7 @@ char SeparatorOf(const std::string& text) {
     const auto row = std::ranges::find(kSeparators, text, &SeparatorName::name);
     if (row != kSeparators.end()) return row->separator;
     if (text.size() == 1) return text.front();
-    std::vector<std::string> names;
-    for (const SeparatorName& each : kSeparators) names.emplace_back(each.name);
-    throw ValueError("--separator: " + NoSuchName(text, names));
+    throw ValueError("--separator: " + NoSuchName(text, NameList(kSeparators)));
 }
 
 TextOptions TextOptionsOf(const RecordingOptions& options) {
@@ -140,7 +138,8 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
     command
         .AddOption("--time", options->time,
                    "Where a text has the time or another axis: first, none, or a column by number or heading")
-        .Type("WHICH");
+        .Type("WHICH")
+        .Suggest({"first", "none"});
     command.AddOption("--axis", options->axis, "What the axis of a text is; else what its heading says")
         .Type("KIND")
         .OneOf({"time", "frequency"});
@@ -151,7 +150,8 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
         .AddOption(
             "--separator", options->separator,
             "What separates the columns of a text: comma, semicolon, tab, blank, pipe, or the sign itself")
-        .Type("SIGN");
+        .Type("SIGN")
+        .Suggest(NameList(kSeparators));
     command.AddOption("--skip", options->skippedLines, "Lines at the start of a text to pass over")
         .Type("N")
         .Check(WholeNumber(0, 1'000'000'000));

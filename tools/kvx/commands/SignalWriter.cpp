@@ -39,7 +39,8 @@ void AddSamplesOption(Command& command, std::optional<std::string>* samples) {
     command
         .AddOption("--samples", *samples,
                    "Samples of a sound file: " + Names(kWavSamples) + " (default float)")
-        .Type("KIND");
+        .Type("KIND")
+        .Suggest(NameList(kWavSamples));
 }
 
 WavSamples WavSamplesOf(const WavChoice& choice) {

@@ -33,7 +33,8 @@ void AddStreamOptions(Command& command, const std::string& rateName, StreamOptio
     AddSamplesOption(command, &options->samples);
     command.AddOption("--uff", options->uffNumbers, "Numbers of a universal file: " + Names(kUffNumbers))
         .Type("KIND")
-        .ShowDefault();
+        .ShowDefault()
+        .Suggest(NameList(kUffNumbers));
 }
 
 SignalKinds WaveformsFor(Format format) {

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "commands/UnitChoice.h"
 
-#include <fmt/format.h>
-
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
+#include <KvxDevCommon01/text/NearNames.h>
 
 #include "cli/Failure.h"
 
@@ -34,10 +33,15 @@ std::string JsonUnit(const CUnitCtrl& unit) {
     return UnitText(unit, Language::kEnglish);
 }
 
+std::vector<std::string> SuffixNames() {
+    return {"none", "0-p", "p-p", "rms", "usual"};
+}
+
 CValConv::UNIT_SUFFIX RequireSuffix(std::string_view name, const CUnitCtrl& unit) {
     if (const auto suffix = FindSuffix(name, unit)) return *suffix;
-    throw ValueError(
-        fmt::format("--suffix: there is no suffix {}, only none, 0-p, p-p, rms and usual", Quote(name)));
+    const std::string near = DidYouMean(name, SuffixNames());
+    throw ValueError("--suffix: there is no suffix " + Quote(name) +
+                     (near.empty() ? ", only none, 0-p, p-p, rms and usual" : near));
 }
 
 }  // namespace kvx::tool

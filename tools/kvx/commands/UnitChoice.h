@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <KvxDevCommon01/units/EntryUnit.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
@@ -23,6 +24,9 @@ EntryUnit RequireEntryUnit(std::string_view text);
 
 /// The unit's name in JSON, English whatever language was chosen.
 std::string JsonUnit(const CUnitCtrl& unit);
+
+/// The names of amplitude suffixes.
+std::vector<std::string> SuffixNames();
 
 /// The amplitude suffix of that name: none, 0-p, p-p, rms or, for what is customary for the unit, usual.
 /// Throws ValueError for any other.

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 
 #include "cli/Failure.h"
@@ -26,6 +27,23 @@ struct UnitsOptions {
     std::string from;
     std::string to;
 };
+
+/// The English names of the dimensions.
+std::vector<std::string> DimensionNames() {
+    std::vector<std::string> names;
+    for (const CUnitCtrl::DIM_CODE dimension : AllDimensions()) names.push_back(DimensionText(dimension));
+    return names;
+}
+
+/// The dimensions' names and the units'.
+std::vector<std::string> NamesToAskFor() {
+    std::vector<std::string> names = DimensionNames();
+    for (const CUnitCtrl::DIM_CODE dimension : AllDimensions()) {
+        names.push_back(DimensionDisplayName(dimension));
+        for (const CUnitCtrl& unit : UnitsOf(dimension)) names.push_back(UnitText(unit));
+    }
+    return names;
+}
 
 /// The dimension's name for a person where it is not the English one, which always stands beside it.
 std::string OtherName(CUnitCtrl::DIM_CODE dimension) {
@@ -90,8 +108,9 @@ void RunUnits(const UnitsOptions& options, ByteStream& out) {
     }
     const std::vector<CUnitCtrl::DIM_CODE> dimensions = FindDimensions(options.dimension);
     if (dimensions.empty()) {
-        throw Failure(fmt::format("no dimension and no unit is called {}; 'kvx units' lists them",
-                                  Quote(options.dimension)));
+        const std::string near = DidYouMean(options.dimension, NamesToAskFor());
+        throw Failure(fmt::format("no dimension and no unit is called {}{}", Quote(options.dimension),
+                                  near.empty() ? "; 'kvx units' lists them" : near));
     }
     std::string text;
     for (const CUnitCtrl::DIM_CODE dimension : dimensions)
@@ -104,8 +123,10 @@ void RunUnits(const UnitsOptions& options, ByteStream& out) {
 void AddUnits(Command app) {
     const auto options = std::make_shared<UnitsOptions>();
     Command command = app.AddCommand("units", "List dimensions and units, convert values");
-    command.AddOption("DIMENSION", options->dimension,
-                      "List the units of a dimension, given by its name, its code or one of its units");
+    command
+        .AddOption("DIMENSION", options->dimension,
+                   "List the units of a dimension, given by its name, its code or one of its units")
+        .Suggest(DimensionNames());
     Command convert = command.AddCommand("convert", "Convert a value from one unit to another");
     convert.AddOption("VALUE", options->value, "The number to convert").Required();
     convert.AddOption("FROM", options->from, "Its unit: g, mm/s2, psi, degC, (m/s2)2/Hz ...").Required();
