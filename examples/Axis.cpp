@@ -2,6 +2,11 @@
 //
 // The arithmetic of a graph's axis: bounds that suit the data, values to pixels and back, and what a zoom
 // between two pixels shows.
+//
+// It prints:
+//
+//     the axis goes from 0.0003 to 0.04, 0.01 stands at pixel 113.3
+//     zoomed from 0.001 to 0.02; from 10 to 30 Hz 3 samples are drawn
 #include <cmath>
 #include <cstdio>
 #include <vector>

@@ -3,6 +3,11 @@
 // Filters a signal in blocks, as it comes from a recorder: two channels at 8192 Hz with a vibration at 40 Hz,
 // an offset and a disturbance at 3000 Hz lose the offset and the disturbance and leave at a quarter of the
 // rate. Nothing of the signal is kept but what the filters remember.
+//
+// It prints:
+//
+//     channel 1: rms 10.2470 becomes 0.7073, of the vibration 0.7071
+//     channel 2: rms 10.2286 becomes 0.3537, of the vibration 0.3536
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // A record as a picture: an oscillation that dies away is drawn as decay.png, shown in g over seconds.
+//
+// It prints:
+//
+//     decay.png
 #include <cmath>
 #include <cstdio>
 #include <numbers>

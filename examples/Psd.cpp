@@ -2,6 +2,11 @@
 //
 // The density of an acceleration that comes in pieces, as a measuring card delivers them: averages its blocks
 // while it comes in, then reads from the lines the rms of a band, the highest peak and the motion behind it.
+//
+// It prints:
+//
+//     39 blocks, lines in (m/s2)2/Hz 2 Hz apart
+//     rms 6.9343 m/s2, highest at 80 Hz; 13.7998 mm/s, 0.02747 mm
 #include <cmath>
 #include <cstddef>
 #include <cstdio>

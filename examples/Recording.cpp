@@ -2,6 +2,13 @@
 //
 // Any recording, block by block: opens a data file, a text table or a sound file and prints its channels with
 // their rms. example_recording [FILE [RATE]]; without a file it writes a table to read.
+//
+// It prints:
+//
+//     1024 samples at 1024 Hz
+//       1  top           rms 2.12132 g
+//       2  force         rms 176.777 N
+//       3  base          rms 0.707107 g
 #include <cmath>
 #include <cstdio>
 #include <exception>
@@ -22,6 +29,7 @@ constexpr const char* kTable = "example-recording.csv";
 /// A shaker's table for a second: two accelerations and a force.
 void WriteTable() {
     std::ofstream table(kTable);
+    table.precision(10);
     table << "time [s],top [g],force [N],base [g]\n";
     for (int i = 0; i < 1024; ++i) {
         const double wave = std::sin(2 * std::numbers::pi * 40 * i / 1024);

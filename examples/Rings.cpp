@@ -2,6 +2,10 @@
 //
 // Arrays as rings: a recorder that keeps the last second of a signal. Blocks of awkward lengths are copied
 // into an array that wraps around; reading back starts at the oldest sample.
+//
+// It prints:
+//
+//     kept 2560 samples of 5316; rms 0.707107, of the last 640 samples 0.707107
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

@@ -3,6 +3,10 @@
 // From a wave to a spectrum on disk and back: makes ten seconds of random vibration, averages its power
 // spectral density, stores wave and spectrum in one file each, loads the spectrum again and compares it with
 // the profile.
+//
+// It prints:
+//
+//     39 blocks, 2048 lines of 2 Hz; rms 6.0616 m/s2, of the profile 6.0582 m/s2
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
 // Numbers as text and back, names from outside in a sentence, and the name that was meant.
+//
+// It prints:
+//
+//     3,56e-02 g, 0.3, 0.30000000000000004
+//     'top\x09of the table' has 3 samples
+//     there is no 'hol' (did you mean 'hold'?)
 #include <cstdio>
 #include <string>
 

@@ -2,6 +2,28 @@
 //
 // Physical units: values are in the standard unit of their dimension and converted where a person reads
 // or types them. Converts a shock level between units, then a spectral density, whose unit is a compound.
+//
+// It prints:
+//
+//     A shock of 50 g is
+//            490.332 m/s2
+//            49033.2 Gal
+//                 50 g
+//     A density of 0.04 g2/Hz is
+//            3.84682 (m/s2)2/Hz
+//     Units of velocity:
+//       1 m/s =       1000 mm/s
+//       1 m/s =        100 cm/s
+//       1 m/s =        100 kine
+//       1 m/s =          1 m/s
+//       1 m/s =      0.001 km/s
+//       1 m/s =    39.3701 inch/s
+//       1 m/s =    3.28084 feet/s
+//       1 m/s =         60 m/min
+//       1 m/s =     196.85 feet/min
+//       1 m/s =        3.6 km/h
+//       1 m/s =    2.23694 M/h
+//       1 m/s =    2.23694 mile/h
 #include <cstdio>
 
 #include <KvxDevCommon01/KvxDevCommon01.h>
