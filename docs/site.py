@@ -32,8 +32,8 @@ def page_id(path):
 def source_of(path):
     """The Markdown of a page; a line for a page that is not always there counts when it is."""
     def conditional(match):
-        return match[2] if (path.parent / match[1]).exists() else ""
-    return re.sub(r"^<!-- with (\S+): (.*) -->$", conditional, path.read_text(), flags=re.M)
+        return match[2] + "\n" if (path.parent / match[1]).exists() else ""
+    return re.sub(r"^<!-- with (\S+): (.*) -->\n", conditional, path.read_text(), flags=re.M)
 
 
 def title_of(path):
@@ -64,7 +64,7 @@ def navigation():
 def write_layout(out):
     layout = xml.parse(out / "layout.xml")
     index = layout.getroot().find("navindex")
-    reference = [tab for tab in index if tab.get("type") in ("namespaces", "classes", "files")]
+    reference = [tab for tab in index if tab.get("type") in ("namespaces", "classes", "files", "examples")]
     index[:] = [tab for tab in index if tab.get("type") == "mainpage"]
     index[0].set("title", "Start")
     for heading, entries in navigation():
@@ -97,7 +97,8 @@ def places_in_reference(out):
             continue
         if kind not in ("class", "struct", "namespace"):
             continue
-        places.setdefault(name, compound.findtext("filename"))
+        if kind != "namespace":
+            places.setdefault(name, compound.findtext("filename"))
         for member in compound.iter("member"):
             place = member.findtext("anchorfile") + "#" + member.findtext("anchor")
             places.setdefault(f"{name}::{member.findtext('name')}", place)
@@ -154,7 +155,7 @@ def rendered(page, out, places):
     def refer_in(match):
         return match[1] + re.sub(r"[\w/.:]+", refer, match[2]) + match[3]
     # In code, and in the cells of tables, where they stand without marks.
-    body = re.sub(r"(<code>)([^<]*)(</code>)", refer_in, body)
+    body = re.sub(r'(<code(?: class="language-cpp")?>)([^<]*)(</code>)', refer_in, body)
     return re.sub(r"(<td>)([^<]*\b(?:kvx::|C[A-Z])[^<]*)(</td>)", refer_in, body)
 
 
