@@ -135,6 +135,8 @@ def rendered(page, out, places):
         if "://" in target or not target:
             return match[0]
         path = resolved(page, target)
+        if not path.is_file():
+            fail(f"{page} leads nowhere: {target}")
         if path == START:
             target = "index.html"
         elif path.suffix == ".md":
