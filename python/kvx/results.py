@@ -1,0 +1,129 @@
+# SPDX-License-Identifier: MIT
+"""Results that are a few numbers: named tuples, which unpack, compare and pickle."""
+
+from typing import Dict, List, NamedTuple, Optional, Tuple
+
+import numpy
+
+from ._kvx import Unit
+
+
+class Figures(NamedTuple):
+    """Figures of the samples that hold a value; all 0 when none does."""
+
+    count: int  #: of those samples
+    missing: int  #: samples that hold no value
+    mean: float
+    rms: float
+    min: float
+    max: float
+    peak: float  #: the largest magnitude
+
+
+class SineFit(NamedTuple):
+    """offset + amplitude cos(2 pi frequency t + phase), t = 0 at the first sample, and what it leaves."""
+
+    frequency: float  #: Hz
+    amplitude: float  #: 0 or more, in the unit of the samples
+    phase: float  #: radians, from -pi to pi
+    offset: float
+    residual_rms: float  #: rms of the samples without the sine and the offset
+
+
+class Peak(NamedTuple):
+    """A peak of a spectrum."""
+
+    frequency: float  #: Hz
+    level: float  #: in the unit of the lines
+    q: Optional[float]  #: None where a side does not fall to half the power
+
+
+class Motion(NamedTuple):
+    """The motion behind the density of an acceleration: overall rms values of the lines from a frequency on."""
+
+    from_frequency: float  #: Hz
+    acceleration: float  #: m/s2
+    velocity: float  #: m/s
+    displacement: float  #: m
+
+
+class TransferLine(NamedTuple):
+    """A line of a transfer function, in its unit."""
+
+    frequency: float  #: Hz
+    value: complex
+    magnitude: float
+    phase: float  #: degrees
+    coherence: float  #: from 0 to 1
+
+
+class Sensitivity(NamedTuple):
+    """What a sensor gives for what it measures: 100 mV for one g."""
+
+    value: float  #: in `electrical`, for one of `physical`; below 0 for an inverting sensor
+    electrical: Unit
+    physical: Unit
+
+
+class Calibration(NamedTuple):
+    """What a calibrator's tone in a channel tells of its sensor."""
+
+    name: str
+    unit: Unit  #: of the channel
+    tone: SineFit  #: in that unit
+    sensitivity: Optional[Sensitivity]  #: of an electrical signal
+    gain: Optional[float]  #: of a signal in the unit of the level: by what it is too large
+    is_clean: bool  #: whether the rest is below a tenth of the tone
+
+
+class RandomWave(NamedTuple):
+    """A random signal and its figures."""
+
+    samples: numpy.ndarray
+    rate: float  #: Hz
+    rms: float
+    peak: float  #: largest magnitude of a sample
+    next_seed: int  #: goes on where this signal ends
+
+
+class Resampled(NamedTuple):
+    """A signal at another rate: sample i stands at start + i/rate."""
+
+    samples: numpy.ndarray
+    rate: float  #: Hz
+    start: float  #: s
+    delay: float  #: s; what the samples show is so much earlier when the delay was kept
+    band: float  #: Hz; where the band ends that passes
+
+
+class RunFigures(NamedTuple):
+    """What a run of a recording holds."""
+
+    first: float  #: where the first sample stands, in s or Hz
+    last: float
+    channels: List[Figures]  #: in their units; of complex channels those of the magnitudes
+
+
+class FormatInfo(NamedTuple):
+    """A format of recordings."""
+
+    name: str  #: "a WAV file"
+    ends: Tuple[str, ...]  #: of file names, in small letters with the dot
+    kind: str  #: "data", "sound", "text" or "binary"
+    is_written: bool
+    read: str  #: what is read of it
+    written: str  #: what is written
+    lost: str  #: what a recording has and the format cannot hold
+
+
+class FileInfo(NamedTuple):
+    """What a file is, by its first bytes."""
+
+    name: str
+    is_read: bool
+
+
+# The names that the extension makes results by.
+ALL: Dict[str, type] = {each.__name__: each for each in
+                        (Figures, SineFit, Peak, Motion, TransferLine, Sensitivity, Calibration, RandomWave, Resampled,
+                         RunFigures, FormatInfo, FileInfo)}

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+//
+// The named tuples of kvx/results.py, and what of the library becomes one.
+#pragma once
+
+#include <utility>
+
+#include <KvxDevCommon01/data/Statistics.h>
+#include <KvxDevCommon01/dsp/LineFigures.h>
+#include <KvxDevCommon01/dsp/SineFit.h>
+#include <KvxRecording01/Sensitivity.h>
+
+#include "arrays.h"
+
+namespace kvx::python {
+
+#define KVX_RESULTS(Do)                                                                          \
+    Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration) \
+        Do(RandomWave) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo)
+
+#define KVX_RESULT(Name)                                                                            \
+    class Name##Result : public py::object {                                                        \
+    public:                                                                                         \
+        PYBIND11_OBJECT_DEFAULT(Name##Result, py::object, IsAnything)                               \
+        template <typename... Fields>                                                               \
+        static Name##Result Of(Fields&&... fields) {                                                \
+            return py::module_::import("kvx.results").attr(#Name)(std::forward<Fields>(fields)...); \
+        }                                                                                           \
+    };
+KVX_RESULTS(KVX_RESULT)
+#undef KVX_RESULT
+
+inline FiguresResult ResultOf(const SampleFigures& f) {
+    return FiguresResult::Of(f.count, f.missing, f.mean, f.rms, f.min, f.max, f.peak);
+}
+inline SineFitResult ResultOf(const SineFit& fit) {
+    return SineFitResult::Of(fit.frequencyHz, fit.amplitude, fit.phase, fit.offset, fit.residualRms);
+}
+inline TransferLineResult ResultOf(const TransferLine& line) {
+    return TransferLineResult::Of(line.hz, std::complex<double>(line.real, line.imaginary), line.magnitude,
+                                  line.phaseDegrees, line.coherence);
+}
+inline SensitivityResult ResultOf(const Sensitivity& sensitivity) {
+    return SensitivityResult::Of(sensitivity.value, sensitivity.electrical, sensitivity.physical);
+}
+
+}  // namespace kvx::python
+
+namespace pybind11::detail {
+#define KVX_RESULT_NAME(Name)                            \
+    template <>                                          \
+    struct handle_type_name<kvx::python::Name##Result> { \
+        static constexpr auto name = const_name(#Name);  \
+    };
+KVX_RESULTS(KVX_RESULT_NAME)
+#undef KVX_RESULT_NAME
+}  // namespace pybind11::detail
