@@ -84,12 +84,22 @@ Rows OneRow(const py::object& array, const char* name);
 /// The samples of a list of numbers.
 std::vector<double> NumbersOf(const py::object& array, const char* name);
 
+/// Whether all are finite and none is near the no-value marker.
+bool AreNumbers(std::span<const double> numbers);
+inline bool AreNumbers(std::span<const std::complex<double>> numbers) {
+    return AreNumbers(std::span(reinterpret_cast<const double*>(numbers.data()), 2 * numbers.size()));
+}
+
 /// Whether an array holds complex numbers.
 bool IsComplex(const py::object& array);
 
+/// When samples are looked at for those that are no numbers: before the work, or only when results are none
+/// either, where every sample that counts shows in them.
+enum class Looks { before, after };
+
 /// Calls work(row, results) for each row with the lock released, rows side by side on the cores.
 template <typename Result, class Source, class Work>
-py::array MapRows(const Source& rows, std::size_t length, Work work) {
+py::array MapRows(const Source& rows, std::size_t length, Work work, Looks looks = Looks::before) {
     py::array_t<Result> results = rows.template Make<Result>(length);
     Result* const data = results.mutable_data();
     const auto one = [&](std::size_t row) {
@@ -97,12 +107,14 @@ py::array MapRows(const Source& rows, std::size_t length, Work work) {
     };
     {
         const py::gil_scoped_release unlocked;
-        rows.RequireValues();
+        if (looks == Looks::before) rows.RequireValues();
         if (rows.Count() == 1) {
             one(0);
         } else {
             ForEachInParallel(rows.Count(), one);
         }
+        if (looks == Looks::after && !AreNumbers(std::span<const Result>(data, rows.Count() * length)))
+            rows.RequireValues();
     }
     return rows.Placed(std::move(results));
 }

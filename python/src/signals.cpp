@@ -232,14 +232,14 @@ FiguresResult Statistics(const ArrayLike& x) {
         SampleStatistics statistics;
         std::vector<double> marked;
         for (std::size_t r = 0; r < rows.Count(); ++r) {
-            // NaN is a missing value of Python.
-            if (std::ranges::any_of(rows.Row(r), [](double v) { return v != v; })) {
-                marked.assign(rows.Row(r).begin(), rows.Row(r).end());
-                MarkMissing(marked);
-                statistics.Add(marked);
-            } else {
+            if (AreNumbers(rows.Row(r))) {
                 statistics.Add(rows.Row(r));
+                continue;
             }
+            // NaN is a missing value of Python.
+            marked.assign(rows.Row(r).begin(), rows.Row(r).end());
+            MarkMissing(marked);
+            statistics.Add(marked);
         }
         return statistics.Figures();
     }));

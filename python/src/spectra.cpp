@@ -40,22 +40,30 @@ Lines Psd(const ArrayLike& x, double fs, const WindowLike& window, OptionalSize 
           OptionalSize noverlap, py::ssize_t axis) {
     const Rows rows(x, "x", axis);
     const Cutting cut = CuttingOf(window, nperseg, noverlap);
-    return OnLines(cut, fs, MapRows<double>(rows, cut.window.size() / 2, [&](auto samples, auto lines) {
-                       AveragedSpectrum average(cut.window, cut.overlap);
-                       average.Add(samples);
-                       Deliver(average.Psd(fs), lines);
-                   }));
+    return OnLines(cut, fs,
+                   MapRows<double>(
+                       rows, cut.window.size() / 2,
+                       [&](auto samples, auto lines) {
+                           AveragedSpectrum average(cut.window, cut.overlap);
+                           average.Add(samples);
+                           Deliver(average.Psd(fs), lines);
+                       },
+                       Looks::after));
 }
 
 Lines Amplitudes(const ArrayLike& x, double fs, const WindowLike& window, OptionalSize nperseg,
                  OptionalSize noverlap, py::ssize_t axis) {
     const Rows rows(x, "x", axis);
     const Cutting cut = CuttingOf(window, nperseg, noverlap);
-    return OnLines(cut, fs, MapRows<double>(rows, cut.window.size() / 2, [&](auto samples, auto lines) {
-                       AveragedSpectrum average(cut.window, cut.overlap);
-                       average.Add(samples);
-                       Deliver(average.Amplitude(), lines);
-                   }));
+    return OnLines(cut, fs,
+                   MapRows<double>(
+                       rows, cut.window.size() / 2,
+                       [&](auto samples, auto lines) {
+                           AveragedSpectrum average(cut.window, cut.overlap);
+                           average.Add(samples);
+                           Deliver(average.Amplitude(), lines);
+                       },
+                       Looks::after));
 }
 
 /// What read(average, lines) makes of each pair of a reference and a response. One reference goes with every

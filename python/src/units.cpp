@@ -91,16 +91,18 @@ py::object Converted(const py::object& values, Convert convert) {
         convert(std::span(&value, 1));
         return py::float_(value);
     }
-    const py::object numpy = py::module_::import("numpy");
-    const py::object array = numpy.attr("asarray")(values);
-    const Rows rows(numpy.attr("atleast_1d")(array), "values");
+    const bool isArray =
+        py::isinstance<py::array>(values) && py::reinterpret_borrow<py::array>(values).ndim() > 0;
+    const py::object array = isArray ? values : py::module_::import("numpy").attr("asarray")(values);
+    const bool isNumber = !isArray && py::cast<int>(array.attr("ndim")) == 0;
+    const Rows rows(isNumber ? array.attr("reshape")(1) : array, "values");
     py::array_t<double> results = rows.Make<double>(rows.Length());
     const std::span<double> out(results.mutable_data(), static_cast<std::size_t>(results.size()));
     Unlocked([&] {
         if (!out.empty()) std::copy_n(rows.Row(0).data(), out.size(), out.data());
         convert(out);
     });
-    if (py::cast<int>(array.attr("ndim")) == 0) return py::float_(out.front());
+    if (isNumber) return py::float_(out.front());
     return std::move(results);
 }
 
