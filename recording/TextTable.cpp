@@ -290,7 +290,9 @@ private:
     }
 
     void FindStray(const ProgressFunction& progress) {
-        ToStandardPlaces(axis_.unit, &stamps_);
+        for (double* const place : {&stamps_.first, &stamps_.last}) ToStandardUnit({place, 1});
+        stamps_.resolution =
+            ToStandardDistance(axis_.unit, stamps_.resolution) / static_cast<double>(ticksPerSecond_);
         StrayFinder finder(&stamps_);
         ExactSpacing exact(stamps_);
         RowReader rows(open_, options_, layout_);

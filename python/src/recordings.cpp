@@ -1338,7 +1338,7 @@ converted to to_units.)");
                     if (!end.empty()) ends.append(end);
                 formats.push_back(FormatInfoResult::Of(
                     row.name, py::tuple(ends), kKinds[static_cast<std::size_t>(row.kind)],
-                    row.create != nullptr, row.read, row.written, row.lost));
+                    row.create != nullptr, row.read, row.written, LostIn(row)));
             }
             return formats;
         },

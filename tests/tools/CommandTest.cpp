@@ -670,7 +670,7 @@ TEST(LanguageOfTheTool, IsThatOfItsVariableElseOfTheLocale) {
         {"KVX_LANGUAGE=ja LC_ALL=C", "角速度"},
     };
     folder.Write("settings.gci2", SettingsFile());
-    folder.Write("oven.csv", "time,oven [degC],arm [N.m]\n0,20,1\n1,21,2\n");
+    folder.Write("oven.csv", "time,oven [degC],turns [count]\n0,20,1\n1,21,2\n");
     for (const auto& [environment, name] : cases) {
         const bool isEnglish = name != std::string("角速度");
         const auto run = [&](const std::string& command) {
@@ -680,7 +680,7 @@ TEST(LanguageOfTheTool, IsThatOfItsVariableElseOfTheLocale) {
         EXPECT_EQ(run("units rad/s").find("角速度") == std::string::npos, isEnglish) << environment;
         EXPECT_THAT(run("units rad/s"), HasSubstr(name)) << environment;
         EXPECT_THAT(run("kinds 181"), HasSubstr(isEnglish ? "Excitation data file" : "加振データファイル"));
-        EXPECT_THAT(run("info oven.csv"), HasSubstr(isEnglish ? "N·m" : "N・m")) << environment;
+        EXPECT_THAT(run("info oven.csv"), HasSubstr(isEnglish ? "count" : "回")) << environment;
         const std::string kind = isEnglish ? "Graph color file" : "グラフ色情報ファイル";
         EXPECT_THAT(run("info settings.gci2"), HasSubstr("kind         " + kind + " (12"));
         // What programs read is the same in every language.
@@ -690,7 +690,7 @@ TEST(LanguageOfTheTool, IsThatOfItsVariableElseOfTheLocale) {
         EXPECT_EQ(nlohmann::json::parse(run("info oven.csv --json"))["records"][0]["channels"][0]["unit"],
                   "°C");
         EXPECT_EQ(nlohmann::json::parse(run("kinds 181 --json"))[0]["suiteName"], "加振データファイル");
-        EXPECT_THAT(run("export oven.csv -o -"), StartsWith("time [s],oven [ﾟC],arm [N・m]\n"));
+        EXPECT_THAT(run("export oven.csv -o -"), StartsWith("time [s],oven [°C],turns [回]\n"));
         run("import oven.csv -o oven.vdf2");
         const auto records = nlohmann::json::parse(run("info oven.vdf2 --json"))["records"];
         EXPECT_EQ(records[0]["dimension"], "temperature");

@@ -57,11 +57,11 @@ TEST(UnitNames, AreReadInEveryLanguageAndStoredInOne) {
         }
     }
     const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"(N.m)2/Hz", "(N·m)2/Hz", "(N・m)2/Hz"},
-        {"degC/s", "°C/s", "ﾟC/s"},
-        {"1/(g.cm2)", "1/(g·cm2)", "1/(g・cm2)"},
-        {"kg.m/s", "kg·(m/s)", "kg・(m/s)"},
-        {"K", "K", "ﾟK"},
+        {"(N.m)2/Hz", "(N·m)2/Hz", "(N·m)2/Hz"},
+        {"degC/s", "°C/s", "°C/s"},
+        {"1/(g.cm2)", "1/(g·cm2)", "1/(g·cm2)"},
+        {"kg.m/s", "kg·(m/s)", "kg·(m/s)"},
+        {"K", "K", "K"},
         {"count", "count", "回"},
     };
     for (const auto& [text, english, japanese] : cases) {
