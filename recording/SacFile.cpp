@@ -509,7 +509,9 @@ private:
                                              "b",      "e",      "depmin", "depmax", "depmen", "odelta",
                                              "nvhdr",  "npts",   "iftype", "idep",   "leven",  "nzyear",
                                              "nzjday", "nzhour", "nzmin",  "nzsec",  "nzmsec", "iztype"};
-        for (const auto& [name, text] : facts) {
+        for (const RecordingInfo::Property& fact : facts) {
+            const std::string& name = fact.name;
+            const std::string& text = fact.text;
             if (name.empty() || std::ranges::find(kOwn, name) != std::end(kOwn)) continue;
             const auto fieldIn = [&](std::span<const char* const> names) {
                 const auto at = std::ranges::find(names, std::string_view(name),

@@ -318,7 +318,7 @@ private:
     static bool TakeReference(std::uint64_t reference, int rateHz, StartTime* start) {
         const auto rate = static_cast<std::uint64_t>(rateHz);
         const StartTime::Calendar clock = start->Date();
-        const auto second = static_cast<std::uint64_t>(clock.hour * 3600 + clock.minute * 60 + clock.second);
+        const auto second = static_cast<std::uint64_t>(clock.SecondOfDay());
         if (reference / rate != second) return false;
         *start = start->Later(static_cast<double>(reference % rate) / rateHz).value_or(*start);
         return true;

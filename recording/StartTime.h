@@ -23,6 +23,8 @@ struct KVX_RECORDING_API StartTime {
         int hour = 0;
         int minute = 0;
         int second = 0;
+
+        int SecondOfDay() const { return 3600 * hour + 60 * minute + second; }
     };
     static constexpr __int64 kPartsPerSecond = 1'000'000'000'000'000;
 

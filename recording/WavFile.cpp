@@ -176,7 +176,7 @@ private:
         std::copy_n(text.data() + 11, sizeof broadcast.origination_time, broadcast.origination_time);
         const StartTime::Calendar clock = start.Date();
         const auto rate = static_cast<std::uint64_t>(rateHz);
-        const auto seconds = static_cast<std::uint64_t>(clock.hour * 3600 + clock.minute * 60 + clock.second);
+        const auto seconds = static_cast<std::uint64_t>(clock.SecondOfDay());
         const double part =
             static_cast<double>(start.parts) / static_cast<double>(StartTime::kPartsPerSecond);
         const auto rest = static_cast<std::uint64_t>(part * rateHz + 0.5);

@@ -195,9 +195,10 @@ double TextStamp::Since(const TextStamp& first) const {
     for (int i = 0; i < digits; ++i) scale *= 10;
     constexpr std::int64_t kExact = std::int64_t{1} << 53;
     if (digits > 0 && rest % (kPartsPerSecond / scale) == 0 && whole < kExact / scale &&
-        whole > -kExact / scale)
-        return static_cast<double>(whole * scale + rest / (kPartsPerSecond / scale)) /
-               static_cast<double>(scale);
+        whole > -kExact / scale) {
+        const std::int64_t number = whole * scale + rest / (kPartsPerSecond / scale);
+        return static_cast<double>(number) / static_cast<double>(scale);
+    }
     return static_cast<double>(whole) + static_cast<double>(rest) / static_cast<double>(kPartsPerSecond);
 }
 

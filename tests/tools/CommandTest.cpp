@@ -671,11 +671,12 @@ TEST(LanguageOfTheTool, IsThatOfItsVariableElseOfTheLocale) {
     };
     folder.Write("settings.gci2", SettingsFile());
     folder.Write("oven.csv", "time,oven [degC],turns [count]\n0,20,1\n1,21,2\n");
-    for (const auto& [environment, name] : cases) {
-        const bool isEnglish = name != std::string("角速度");
+    for (const auto& each : cases) {
+        const std::string environment = each.environment, name = each.name;
+        const bool isEnglish = name != "角速度";
         const auto run = [&](const std::string& command) {
-            return RunWell(folder, "env -u KVX_LANGUAGE -u LC_ALL -u LC_MESSAGES -u LANG " +
-                                       std::string(environment) + " kvx " + command);
+            return RunWell(folder, "env -u KVX_LANGUAGE -u LC_ALL -u LC_MESSAGES -u LANG " + environment +
+                                       " kvx " + command);
         };
         EXPECT_EQ(run("units rad/s").find("角速度") == std::string::npos, isEnglish) << environment;
         EXPECT_THAT(run("units rad/s"), HasSubstr(name)) << environment;

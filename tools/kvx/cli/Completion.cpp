@@ -85,7 +85,7 @@ std::string ZshArguments(const CommandDescription& command) {
             "[" + InSpecification(option.text) + "]" + (option.IsFlag() ? "" : ZshValue(option));
         for (const std::string& name : option.names) {
             const bool isLong = name.starts_with("--");
-            add(Quoted("*" + name + (option.IsFlag() ? "" : isLong ? "=" : "+") + about));
+            add(Quoted(fmt::format("*{}{}{}", name, option.IsFlag() ? "" : isLong ? "=" : "+", about)));
         }
     }
     add(Quoted("(- *)-h[Print the help of the command]"));
@@ -112,7 +112,7 @@ std::string BashCompletion(const CommandDescription& tool) {
         for (const OptionDescription& option : command.options) {
             if (option.IsArgument() || option.IsFlag()) continue;
             std::vector<std::string> patterns;
-            for (const std::string& name : option.names) patterns.push_back(key + ":" + name);
+            for (const std::string& name : option.names) patterns.push_back(fmt::format("{}:{}", key, name));
             values += fmt::format("        {})\n            options='' words={} files={}\n            ;;\n",
                                   Joined(patterns, " | "), Quoted(WordList(option.choices)),
                                   option.TakesFile() && option.choices.empty() ? "yes" : "no");
