@@ -713,6 +713,14 @@ void BindViews(py::module_& module) {
         "start", [](const RunView& self) { return StartOf(self.Run()); },
         "Where the first sample stands, s or Hz.");
     run.def_property_readonly(
+        "started",
+        [](const RunView& self) -> std::optional<std::string> {
+            const auto& start = self.Run().start;
+            return start ? std::optional(start->Text()) : std::nullopt;
+        },
+        "When the first sample was taken, by ISO 8601: \"2024-03-01T12:30:05.25Z\", without the Z where the "
+        "zone is unknown; None where the file does not say.");
+    run.def_property_readonly(
         "samples", [](const RunView& self) { return self.Run().samples; }, "Of each channel.");
     run.def_property_readonly(
         "title", [](const RunView& self) { return ToUtf8(self.Run().title); },

@@ -33,12 +33,18 @@ class Files(FolderTest):
             np.testing.assert_allclose(recording.axis(), np.arange(4000) / 1024)
             self.assertEqual([channel.name for channel in recording], recording.names)
             self.assertTrue(recording.runs[0].is_waveform)
+            self.assertIsNone(recording.runs[0].started)
             with self.assertRaisesRegex(kvx.UnknownNameError, "top"):
                 recording["tops"]
             self.assertRaises(IndexError, lambda: recording[2])
         self.assertTrue(recording.closed)
         self.assertRaisesRegex(kvx.BadValueError, "closed", recording.read)
         self.assertRaises(kvx.BadValueError, lambda: top.samples)
+
+    def test_the_start_of_stamps_is_kept(self):
+        self.path("s.csv").write_text("time,a [g]\n2024-03-01T12:30:05.5,1\n2024-03-01T12:30:06,2\n2024-03-01T12:30:06.5,3\n")
+        self.assertEqual(kvx.open(self.path("s.csv")).runs[0].started, "2024-03-01T12:30:05.5")
+        self.assertEqual(kvx.open(self.path("s.csv"), start=0.5).runs[0].started, "2024-03-01T12:30:06")
 
     def test_blocks_are_the_whole(self):
         path, _ = self.table()

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <map>
@@ -92,8 +93,8 @@ void RequireOwnOutputs(const std::vector<std::string>& inputs, const std::vector
     }
 }
 
-/// Prints the reports and failures of pieces of work in their order, each as soon as those before it are
-/// there.
+/// Prints the notes, reports and failures of pieces of work in their order, each as soon as those before it
+/// are there.
 class OrderedReports {
 public:
     OrderedReports(std::size_t count, BatchReports kind, ByteStream& out)
@@ -102,10 +103,10 @@ public:
           out_(out),
           progress_("working on " + Count(std::ssize(results_), "file")) {}
 
-    void Add(std::size_t index, std::string report, std::string failure) {
+    void Add(std::size_t index, std::string notes, std::string report, std::string failure) {
         const std::scoped_lock lock(mutex_);
         if (!failure.empty()) ++failed_;
-        results_[index] = {std::move(report), std::move(failure), true};
+        results_[index] = {std::move(notes), std::move(report), std::move(failure), true};
         for (; printed_ < results_.size() && results_[printed_].isThere; ++printed_) Print(printed_);
         progress_.Update(printed_, results_.size());
     }
@@ -120,6 +121,7 @@ public:
 
 private:
     struct Result {
+        std::string notes;
         std::string report;
         std::string failure;
         bool isThere = false;
@@ -128,6 +130,7 @@ private:
     void Print(std::size_t index) {
         Result& result = results_[index];
         Progress::ClearLine();
+        std::fputs(result.notes.c_str(), stderr);
         if (!result.failure.empty()) {
             Complain(result.failure);
         } else if (kind_ == BatchReports::json) {
@@ -139,6 +142,7 @@ private:
             WriteText(out_, result.report);
             isFirst_ = false;
         }
+        result.notes.clear();
         result.report.clear();
     }
 
@@ -211,16 +215,20 @@ void RunBatch(const BatchOptions& options, std::span<const OutputFormat> formats
     OrderedReports results(inputs.size(), reports, out);
     const auto doOne = [&](std::size_t i) {
         MemoryStream report;
-        std::string failure;
-        try {
+        std::string notes, failure;
+        {
             const AmongOthers among(InputName(inputs[i]));
-            if (reports == BatchReports::withHeading) WriteText(report, InputName(inputs[i]) + "\n");
-            work(inputs[i], {outputs[i], outputs[i].empty() ? "" : options.output.as}, report);
-        } catch (...) {
-            failure = Sentence(inputs[i]);
+            try {
+                if (reports == BatchReports::withHeading) WriteText(report, InputName(inputs[i]) + "\n");
+                work(inputs[i], {outputs[i], outputs[i].empty() ? "" : options.output.as}, report);
+            } catch (...) {
+                failure = Sentence(inputs[i]);
+            }
+            notes = AmongOthers::TakeNotes();
         }
         const auto bytes = report.Bytes();
-        results.Add(i, std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()), failure);
+        results.Add(i, std::move(notes),
+                    std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()), failure);
     };
     ForEachInParallel(inputs.size(), doOne, static_cast<std::size_t>(options.jobs.value_or(0)));
     results.Finish();

@@ -17,6 +17,11 @@ namespace {
 
 /// The input that this thread works on among others; empty otherwise.
 thread_local std::string inputAmongOthers;
+thread_local std::string notesAmongOthers;
+
+std::string NoteLine(std::string text) {
+    return "kvx: note: " + Printable(text) + "\n";
+}
 
 }  // namespace
 
@@ -26,6 +31,11 @@ AmongOthers::AmongOthers(std::string input) {
 
 AmongOthers::~AmongOthers() {
     inputAmongOthers.clear();
+    notesAmongOthers.clear();
+}
+
+std::string AmongOthers::TakeNotes() {
+    return std::exchange(notesAmongOthers, {});
 }
 
 bool AmongOthers::IsSo() {
@@ -37,8 +47,11 @@ void WriteText(ByteStream& stream, std::string_view text) {
 }
 
 void Note(std::string_view text) {
-    std::string input = AmongOthers::IsSo() ? inputAmongOthers + ": " : std::string();
-    std::fprintf(stderr, "kvx: note: %s\n", Printable(input.append(text)).c_str());
+    if (AmongOthers::IsSo()) {
+        notesAmongOthers += NoteLine(inputAmongOthers + ": " + std::string(text));
+    } else {
+        std::fputs(NoteLine(std::string(text)).c_str(), stderr);
+    }
 }
 
 void Complain(std::string_view sentence) {

@@ -20,13 +20,17 @@ void Note(std::string_view text);
 /// A failure on standard error: "kvx: SENTENCE".
 void Complain(std::string_view sentence);
 
-/// While it lives, this thread works on one of several inputs: its notes name it, and it shows no progress.
+/// While it lives, this thread works on one of several inputs: its notes name it and are kept for who shows
+/// what became of all of them in order, and it shows no progress.
 class AmongOthers {
 public:
     explicit AmongOthers(std::string input);
     ~AmongOthers();
     AmongOthers(const AmongOthers&) = delete;
     AmongOthers& operator=(const AmongOthers&) = delete;
+
+    /// The notes so far, as lines.
+    static std::string TakeNotes();
 
     /// Whether there is one on this thread.
     static bool IsSo();
