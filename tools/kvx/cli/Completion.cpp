@@ -56,8 +56,8 @@ std::vector<std::string> OptionNames(const CommandDescription& command) {
 
 // ---- zsh
 
-/// Text within a specification of _arguments, where brackets and colons mean something.
-std::string InSpecification(std::string_view text) {
+/// Text within an argument of _arguments, where brackets and colons mean something.
+std::string InArgumentText(std::string_view text) {
     std::string escaped;
     for (const char c : text) {
         if (std::string_view("\\[]:").find(c) != std::string_view::npos) escaped += '\\';
@@ -70,19 +70,17 @@ std::string InSpecification(std::string_view text) {
 std::string ZshValue(const OptionDescription& option) {
     std::string action = " ";
     if (option.TakesFile()) action = "_files";
-    if (!option.choices.empty()) action = "(" + InSpecification(WordList(option.choices)) + ")";
-    return ":" + InSpecification(option.value) + ":" + action;
+    if (!option.choices.empty()) action = "(" + InArgumentText(WordList(option.choices)) + ")";
+    return ":" + InArgumentText(option.value) + ":" + action;
 }
 
 std::string ZshArguments(const CommandDescription& command) {
     std::string text = "_arguments -S";
-    const auto add = [&text](const std::string& specification) {
-        text += " \\\n            " + specification;
-    };
+    const auto add = [&text](const std::string& argument) { text += " \\\n            " + argument; };
     for (const OptionDescription& option : command.options) {
         if (option.IsArgument()) continue;
         const std::string about =
-            "[" + InSpecification(option.text) + "]" + (option.IsFlag() ? "" : ZshValue(option));
+            "[" + InArgumentText(option.text) + "]" + (option.IsFlag() ? "" : ZshValue(option));
         for (const std::string& name : option.names) {
             const bool isLong = name.starts_with("--");
             add(Quoted(fmt::format("*{}{}{}", name, option.IsFlag() ? "" : isLong ? "=" : "+", about)));
@@ -94,7 +92,7 @@ std::string ZshArguments(const CommandDescription& command) {
     if (TakesFiles(command)) {
         add(Quoted("*:FILE:_files"));
     } else if (!words.empty()) {
-        add(Quoted("1:WORD:(" + InSpecification(WordList(words)) + ")"));
+        add(Quoted("1:WORD:(" + InArgumentText(WordList(words)) + ")"));
     }
     return text;
 }
@@ -162,7 +160,7 @@ std::string ZshCompletion(const CommandDescription& tool) {
     std::string commands, cases;
     for (const CommandDescription& command : tool.commands) {
         commands +=
-            "        " + Quoted(InSpecification(command.name) + ":" + InSpecification(command.text)) + "\n";
+            "        " + Quoted(InArgumentText(command.name) + ":" + InArgumentText(command.text)) + "\n";
         cases +=
             fmt::format("        {})\n            {}\n            ;;\n", command.name, ZshArguments(command));
     }
