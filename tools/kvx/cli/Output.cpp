@@ -19,7 +19,7 @@ namespace {
 thread_local std::string inputAmongOthers;
 thread_local std::string notesAmongOthers;
 
-std::string NoteLine(std::string text) {
+std::string NoteLine(std::string_view text) {
     return "kvx: note: " + Printable(text) + "\n";
 }
 
@@ -50,7 +50,7 @@ void Note(std::string_view text) {
     if (AmongOthers::IsSo()) {
         notesAmongOthers += NoteLine(inputAmongOthers + ": " + std::string(text));
     } else {
-        std::fputs(NoteLine(std::string(text)).c_str(), stderr);
+        std::fputs(NoteLine(text).c_str(), stderr);
     }
 }
 
