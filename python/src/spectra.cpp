@@ -36,34 +36,31 @@ void Deliver(const std::vector<Result>& lines, std::span<Result> out) {
     std::ranges::copy(lines, out.begin());
 }
 
-Lines Psd(const ArrayLike& x, double fs, const WindowLike& window, OptionalSize nperseg,
-          OptionalSize noverlap, py::ssize_t axis) {
+/// What read(average) gives of each row.
+template <class Read>
+Lines OfRows(const ArrayLike& x, double fs, const Cutting& cut, py::ssize_t axis, Read read) {
     const Rows rows(x, "x", axis);
-    const Cutting cut = CuttingOf(window, nperseg, noverlap);
     return OnLines(cut, fs,
                    MapRows<double>(
                        rows, cut.window.size() / 2,
                        [&](auto samples, auto lines) {
                            AveragedSpectrum average(cut.window, cut.overlap);
                            average.Add(samples);
-                           Deliver(average.Psd(fs), lines);
+                           Deliver(read(average), lines);
                        },
                        Looks::after));
 }
 
+Lines Psd(const ArrayLike& x, double fs, const WindowLike& window, OptionalSize nperseg,
+          OptionalSize noverlap, py::ssize_t axis) {
+    return OfRows(x, fs, CuttingOf(window, nperseg, noverlap), axis,
+                  [fs](const AveragedSpectrum& average) { return average.Psd(fs); });
+}
+
 Lines Amplitudes(const ArrayLike& x, double fs, const WindowLike& window, OptionalSize nperseg,
                  OptionalSize noverlap, py::ssize_t axis) {
-    const Rows rows(x, "x", axis);
-    const Cutting cut = CuttingOf(window, nperseg, noverlap);
-    return OnLines(cut, fs,
-                   MapRows<double>(
-                       rows, cut.window.size() / 2,
-                       [&](auto samples, auto lines) {
-                           AveragedSpectrum average(cut.window, cut.overlap);
-                           average.Add(samples);
-                           Deliver(average.Amplitude(), lines);
-                       },
-                       Looks::after));
+    return OfRows(x, fs, CuttingOf(window, nperseg, noverlap), axis,
+                  [](const AveragedSpectrum& average) { return average.Amplitude(); });
 }
 
 /// What read(average, lines) makes of each pair of a reference and a response. One reference goes with every
