@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <numbers>
 
 namespace kvx {
 
@@ -25,6 +26,25 @@ double PsdProfile::LevelAt(double freqHz) const {
 
 double PsdProfile::Rms() const {
     return freqHz_.empty() ? 0.0 : std::sqrt(ProfilePower(freqHz_, levels_, 0, freqHz_.size() - 1));
+}
+
+double PsdProfile::Power(double fromHz, double toHz) const {
+    double power = 0.0;
+    for (std::size_t i = 0; i + 1 < freqHz_.size(); ++i) {
+        const ProfileSegment whole = SegmentAt(freqHz_, levels_, i);
+        const double lower = std::max(whole.f1, fromHz);
+        const double upper = std::min(whole.f2, toHz);
+        if (lower < upper)
+            power += ProfileSegment{lower, whole.LevelAt(lower), upper, whole.LevelAt(upper)}.Area();
+    }
+    return power;
+}
+
+double PsdProfile::RmsOfIntegral(int times) const {
+    std::vector<double> levels(levels_);
+    for (std::size_t i = 0; i < levels.size(); ++i)
+        levels[i] *= std::pow(2.0 * std::numbers::pi * freqHz_[i], -2 * times);
+    return levels.empty() ? 0.0 : std::sqrt(ProfilePower(freqHz_, levels, 0, levels.size() - 1));
 }
 
 std::vector<double> PsdProfile::Lines(double dfHz, std::size_t count) const {

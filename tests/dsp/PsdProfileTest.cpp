@@ -5,6 +5,7 @@
 #include <tests/dsp/Signals.h>
 
 #include <functional>
+#include <numbers>
 #include <numeric>
 
 namespace {
@@ -14,6 +15,30 @@ using namespace kvx;
 TEST(PsdProfile, HasThePublishedRmsOfTheScreeningProfile) {
     EXPECT_NEAR(ScreeningProfile().Rms(), 6.06, 0.005);
     EXPECT_EQ(PsdProfile().Rms(), 0.0);
+}
+
+TEST(PsdProfile, HasTheMotionOfItsClosedForm) {
+    // A flat density G from a to b: velocity G/(2 pi)^2 (1/a - 1/b), displacement G/(2 pi)^4 (1/a^3 - 1/b^3)/3.
+    const double a = 20.0, b = 2000.0, level = 0.5, w = 2.0 * std::numbers::pi;
+    const PsdProfile flat(Wave{a, b}, Wave{level, level});
+    EXPECT_EQ(flat.RmsOfIntegral(0), flat.Rms());
+    EXPECT_NEAR(flat.RmsOfIntegral(1), std::sqrt(level / (w * w) * (1 / a - 1 / b)), 1e-16);
+    EXPECT_NEAR(flat.RmsOfIntegral(2),
+                std::sqrt(level / std::pow(w, 4) * (std::pow(a, -3) - std::pow(b, -3)) / 3.0), 1e-18);
+    // A density that rises as f^2 is a flat velocity density: the same figures one step later.
+    const PsdProfile rising(Wave{a, b}, Wave{level * w * w * a * a, level * w * w * b * b});
+    EXPECT_NEAR(rising.RmsOfIntegral(1), flat.Rms(), 1e-13);
+    EXPECT_NEAR(rising.RmsOfIntegral(2), flat.RmsOfIntegral(1), 1e-16);
+    EXPECT_EQ(PsdProfile().RmsOfIntegral(1), 0.0);
+}
+
+TEST(PsdProfile, PowersOfPartsAddUp) {
+    const PsdProfile profile = ScreeningProfile();
+    EXPECT_NEAR(profile.Power(0, 50) + profile.Power(50, 51) + profile.Power(51, 1e9),
+                profile.Rms() * profile.Rms(), 1e-13);
+    EXPECT_NEAR(profile.Power(100, 300), 0.04 * 200, 1e-14);
+    for (const auto& [from, to] : {std::pair(1, 20), std::pair(2000, 3000), std::pair(60, 50)})
+        EXPECT_EQ(profile.Power(from, to), 0.0);
 }
 
 TEST(PsdProfile, IsStraightOnLogarithmicAxesAndZeroOutside) {
