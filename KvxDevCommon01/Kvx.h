@@ -48,6 +48,7 @@
 #include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
+#include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>

@@ -75,6 +75,7 @@
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
+#include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>

@@ -84,8 +84,8 @@ double LimitLevel(std::string_view word, const char* what, double sign) {
     if (word == "none") return sign * std::numeric_limits<double>::infinity();
     const double decibels = Number(word, what);
     if (sign * decibels >= 0.0) return decibels;
-    throw Error(ErrorKind::kDamaged,
-                std::string("the ") + what + " " + Quote(word) + (sign > 0.0 ? " is below 0" : " is above 0"));
+    throw Error(ErrorKind::kDamaged, std::string("the ") + what + " " + Quote(word) +
+                                         (sign > 0.0 ? " is below 0" : " is above 0"));
 }
 
 /// What follows "tolerance" or "abort": the limits in dB and perhaps the frequencies between which they hold.
@@ -129,7 +129,8 @@ void AddPoint(std::size_t number, std::string_view frequency, std::string_view l
 void ParseLine(std::size_t number, std::string_view line, Lines* profile) {
     line = line.substr(0, line.find('#'));
     if (const std::optional<double> slope = ParseSlope(line)) {
-        if (profile->points.empty()) throw Error(ErrorKind::kDamaged, "there is no frequency before the slope");
+        if (profile->points.empty())
+            throw Error(ErrorKind::kDamaged, "there is no frequency before the slope");
         if (profile->points.back().decibelsPerOctave)
             throw Error(ErrorKind::kDamaged, "there is a slope before this one");
         profile->points.back().decibelsPerOctave = slope;
@@ -186,7 +187,8 @@ void ResolveSlopes(std::vector<Point>* points) {
             if (point.decibelsPerOctave && i + 1 == points->size())
                 throw Error(ErrorKind::kDamaged, "there is no frequency after the slope");
             if (point.decibelsPerOctave && !isUsed[i])
-                throw Error(ErrorKind::kDamaged, "the slope after it is between levels that are known without it");
+                throw Error(ErrorKind::kDamaged,
+                            "the slope after it is between levels that are known without it");
         });
     }
 }
@@ -222,8 +224,7 @@ ProfileText ParseProfileText(std::string_view text) {
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     ResolveSlopes(&lines.points);
-    if (lines.points.size() < 2)
-        throw Error(ErrorKind::kDamaged, "a profile needs two breakpoints or more");
+    if (lines.points.size() < 2) throw Error(ErrorKind::kDamaged, "a profile needs two breakpoints or more");
     std::vector<double> frequencies;
     std::vector<double> levels;
     for (const Point& point : lines.points) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Power spectral densities as text, as random-vibration tests are specified. One fact per line, words apart by
-// blanks, a comma or a semicolon; "#" begins a comment:
+// Power spectral densities as text, as random-vibration tests are specified. One fact per line, words apart
+// by blanks, a comma or a semicolon; "#" begins a comment:
 //
 //     unit g2/Hz                           of the levels
 //     20                                   a breakpoint whose level follows from the slope beside it
@@ -27,7 +27,7 @@
 namespace kvx {
 
 struct ProfileText {
-    PsdProfile profile = {};                                ///< levels in the square of the signal's unit per hertz
+    PsdProfile profile = {};  ///< levels in the square of the signal's unit per hertz
     std::optional<CUnitCtrl> signalUnit = std::nullopt;  ///< g of "unit g2/Hz"; no value without such a line
     std::vector<DensityLimit> tolerance = {};
     std::vector<DensityLimit> abort = {};

@@ -31,8 +31,9 @@ void RequireLimits(std::span<const DensityLimit> limits) {
     for (const DensityLimit& limit : limits) {
         if (!(limit.upperDb >= 0.0 && limit.lowerDb <= 0.0 && limit.fromHz >= 0.0 &&
               limit.fromHz < limit.toHz)) {
-            Refuse("a limit has an upper level of 0 dB or more, a lower one of 0 dB or less and rising "
-                   "frequencies");
+            Refuse(
+                "a limit has an upper level of 0 dB or more, a lower one of 0 dB or less and rising "
+                "frequencies");
         }
     }
 }

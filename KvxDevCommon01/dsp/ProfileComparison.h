@@ -48,8 +48,8 @@ struct ComparisonChoice {
     /// Where one band ends and the next begins: two or more, ascending, within the part that is compared.
     /// Empty for its ends and the breakpoints between them.
     std::vector<double> edgesHz = {};
-    bool judgesBands = false;       ///< whether the means of the bands decide, not the lines
-    double allowedPercent = 0.0;    ///< of the lines, or bands, that may be out of tolerance
+    bool judgesBands = false;     ///< whether the means of the bands decide, not the lines
+    double allowedPercent = 0.0;  ///< of the lines, or bands, that may be out of tolerance
 };
 
 struct ComparedBand {
@@ -71,14 +71,14 @@ struct ComparedLine {
 
 struct ProfileComparison {
     std::vector<ComparedBand> bands;
-    std::int64_t lines;            ///< compared: those whose whole cell lies in the part
-    std::int64_t outOfTolerance;   ///< of those lines, or of the bands where these decide
-    std::int64_t beyondAbort;      ///< of them
-    ComparedLine highest;          ///< of the lines, the one farthest above the profile or least below it
+    std::int64_t lines;           ///< compared: those whose whole cell lies in the part
+    std::int64_t outOfTolerance;  ///< of those lines, or of the bands where these decide
+    std::int64_t beyondAbort;     ///< of them
+    ComparedLine highest;         ///< of the lines, the one farthest above the profile or least below it
     ComparedLine lowest;
-    double targetRms;              ///< of the part
+    double targetRms;  ///< of the part
     double measuredRms;
-    double differenceDb;           ///< of the powers behind both
+    double differenceDb;  ///< of the powers behind both
     Verdict verdict;
 };
 

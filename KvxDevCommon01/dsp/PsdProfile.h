@@ -37,8 +37,8 @@ public:
     double Power(double fromHz, double toHz) const;
 
     /// Rms of the signal integrated `times` >= 0 times over time: with levels of an acceleration in
-    /// (m/s2)^2/Hz that of the velocity in m/s for 1 and of the displacement in m for 2. The exact integral of
-    /// level/(2 pi f)^(2 times), which is straight between the breakpoints, too.
+    /// (m/s2)^2/Hz that of the velocity in m/s for 1 and of the displacement in m for 2. The exact integral
+    /// of level/(2 pi f)^(2 times), which is straight between the breakpoints, too.
     double RmsOfIntegral(int times) const;
 
     /// The profile on lines k dfHz, k = 0..count-1: each line gets the mean of the profile over its cell from

@@ -89,7 +89,9 @@ TEST(ProfileComparison, JudgesByTheLimitsThatHold) {
 
 TEST(ProfileComparison, RefusesWhatCannotBeCompared) {
     const Wave lines = Lines(1.0);
-    const auto compare = [&](const ComparisonChoice& choice) { CompareWithProfile(lines, 1.0, Flat(), choice); };
+    const auto compare = [&](const ComparisonChoice& choice) {
+        CompareWithProfile(lines, 1.0, Flat(), choice);
+    };
     const std::function<void()> cases[] = {
         [&] { CompareWithProfile(lines, 1.0, {}); },
         [&] { CompareWithProfile(lines, 0.0, Flat()); },
@@ -99,14 +101,24 @@ TEST(ProfileComparison, RefusesWhatCannotBeCompared) {
         [&] { CompareWithProfile(Wave(100, 1.0), 1.0, Flat()); },  // up to 99.5 Hz
         [&] { CompareWithProfile(lines, 30.0, Flat()); },          // from 15 Hz on
         [&] { CompareWithProfile({}, 1.0, Flat()); },
-        [&] { CompareWithProfile(lines, 1.0, Flat({{-1, -3}})); },
-        [&] { CompareWithProfile(lines, 1.0, Flat({}, {{3, 1}})); },
-        [&] { CompareWithProfile(lines, 1.0, Flat({{3, -3, 50, 50}})); },
+        [&] {
+            CompareWithProfile(lines, 1.0, Flat({{-1, -3}}));
+        },
+        [&] {
+            CompareWithProfile(lines, 1.0, Flat({}, {{3, 1}}));
+        },
+        [&] {
+            CompareWithProfile(lines, 1.0, Flat({{3, -3, 50, 50}}));
+        },
         [&] { compare({.fromHz = 100.0}); },
         [&] { compare({.fromHz = 20.1, .toHz = 20.9}); },
         [&] { compare({.edgesHz = {50}}); },
-        [&] { compare({.edgesHz = {50, 40}}); },
-        [&] { compare({.edgesHz = {5, 40}}); },
+        [&] {
+            compare({.edgesHz = {50, 40}});
+        },
+        [&] {
+            compare({.edgesHz = {5, 40}});
+        },
         [&] { compare({.allowedPercent = -1.0}); },
         [&] { compare({.allowedPercent = kNaN}); },
     };

@@ -18,7 +18,8 @@ TEST(PsdProfile, HasThePublishedRmsOfTheScreeningProfile) {
 }
 
 TEST(PsdProfile, HasTheMotionOfItsClosedForm) {
-    // A flat density G from a to b: velocity G/(2 pi)^2 (1/a - 1/b), displacement G/(2 pi)^4 (1/a^3 - 1/b^3)/3.
+    // A flat density G from a to b: velocity G/(2 pi)^2 (1/a - 1/b), displacement G/(2 pi)^4 (1/a^3 -
+    // 1/b^3)/3.
     const double a = 20.0, b = 2000.0, level = 0.5, w = 2.0 * std::numbers::pi;
     const PsdProfile flat(Wave{a, b}, Wave{level, level});
     EXPECT_EQ(flat.RmsOfIntegral(0), flat.Rms());

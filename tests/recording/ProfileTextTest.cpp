@@ -17,7 +17,8 @@ using namespace kvx;
 namespace {
 
 TEST(ProfileText, ReadsBreakpointsAndTheirUnit) {
-    const auto [profile, unit, tolerance, abort] = ParseProfileText("# vibration\nunit (m/s2)2/Hz\n20, 0.5 # low\r\n\n2e3;1\n");
+    const auto [profile, unit, tolerance, abort] =
+        ParseProfileText("# vibration\nunit (m/s2)2/Hz\n20, 0.5 # low\r\n\n2e3;1\n");
     EXPECT_THAT(profile.Frequencies(), testing::ElementsAre(20, 2000));
     EXPECT_THAT(profile.Levels(), testing::ElementsAre(0.5, 1));
     EXPECT_EQ(UnitText(unit.value()), "m/s2");

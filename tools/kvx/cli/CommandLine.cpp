@@ -154,10 +154,10 @@ int RunCommandLine(int argc, const char* const* argv) {
     tool.AddFlag("--version", isVersionWanted,
                  "Tell the versions of the tool and of the libraries it runs with");
     tool.AddFlag("--json", isJsonWanted, "With --version: as JSON");
-    for (const auto add :
-         {AddImport,   AddExport,  AddConvert, AddMerge,     AddEdit,     AddInfo,      AddPsd,
-          AddSpectrum, AddXfr,     AddFilter,  AddCalibrate, AddResample, AddPlot,      AddSpectrogram,
-          AddSynth,    AddProfile, AddFormats, AddUnits,     AddKinds,    AddShowValue, AddFolders}) {
+    for (const auto add : {AddImport, AddExport,      AddConvert,   AddMerge,   AddEdit,      AddInfo,
+                           AddPsd,    AddSpectrum,    AddXfr,       AddFilter,  AddCalibrate, AddResample,
+                           AddPlot,   AddSpectrogram, AddSynth,     AddProfile, AddCompare,   AddFormats,
+                           AddUnits,  AddKinds,       AddShowValue, AddFolders}) {
         add(tool);
     }
     std::vector<std::string> helpWords;
@@ -200,6 +200,8 @@ int RunCommandLine(int argc, const char* const* argv) {
         return ReportUsage(app, extras.empty() ? error.what() : extras, kWrongUsage);
     } catch (const UsageError& error) {
         return ReportUsage(app, error.what(), kWrongUsage);
+    } catch (const OutOfLimits& result) {
+        return Report(result.what(), kOutOfLimits);
     } catch (const Failure& failure) {
         return Report(failure.what(), kFailed);
     } catch (const CFileException& error) {

@@ -7,7 +7,7 @@
 namespace kvx::tool {
 
 /// Exit statuses: done; the work failed; the command line cannot be meant.
-enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2, kOutOfLimits = 3 };
 
 int RunCommandLine(int argc, const char* const* argv);
 

@@ -3,6 +3,7 @@
 // How the tool fails. Libraries and calculations throw an Error ("line 17 ..."); Doing puts in front of it
 // what was being done with which file and makes it a Failure, a whole sentence for the person. The command
 // line alone turns a Failure or ValueError into exit status 1 and a UsageError into exit status 2.
+// OutOfLimits is no failure: what was tested does not keep its limits, which is exit status 3.
 #pragma once
 
 #include <stdexcept>
@@ -27,6 +28,11 @@ struct ValueError : std::runtime_error {
 
 /// The command line is not one of the tool's.
 struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// A test was done and its result is outside the limits; the sentence says of what.
+struct OutOfLimits : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 

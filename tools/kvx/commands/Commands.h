@@ -17,6 +17,7 @@ void AddSpectrum(Command app);
 void AddPsd(Command app);
 void AddXfr(Command app);
 void AddCalibrate(Command app);
+void AddCompare(Command app);
 void AddFilter(Command app);
 void AddResample(Command app);
 void AddExport(Command app);

@@ -41,6 +41,7 @@ struct ProfileOptions {
     std::optional<double> rms;
     std::string levelAt;
     std::string lines;
+    double sigma = 3.0;
 };
 
 /// A change of the levels from one frequency to another.
@@ -117,6 +118,44 @@ CComDataBase RecordOf(const std::vector<double>& lines, double spacingHz, const 
     return record;
 }
 
+/// The motion of which the density of an acceleration tells; nothing for another.
+std::string MotionText(const ProfileText& text, double sigma) {
+    constexpr double kMillimetresPerMetre = 1000.0;
+    const CUnitCtrl unit = text.signalUnit.value_or(CUnitCtrl());
+    if (!(unit == CUnitCtrl::DIM_ACCELERATION)) return "";
+    const PsdProfile profile = ProfileIn(text, *DensityUnit(unit));
+    std::vector<std::vector<std::string>> rows = {
+        {"motion", "rms", "", "peak at " + FormatNumber(sigma) + " sigma", ""}};
+    const auto add = [&](const char* name, double rms, const std::string& shownUnit) {
+        rows.push_back({name, FormatNumber(rms), shownUnit, FormatNumber(sigma * rms), shownUnit});
+    };
+    add("acceleration", unit.ConvDtoI(profile.Rms(), 1.0, 0), UnitText(unit));
+    add("velocity", profile.RmsOfIntegral(1) * kMillimetresPerMetre, "mm/s");
+    add("displacement", profile.RmsOfIntegral(2) * kMillimetresPerMetre, "mm");
+    return FormatTable({Align::left, Align::right, Align::left, Align::right, Align::left}, rows);
+}
+
+/// The limits, a line each; nothing without any.
+std::string LimitText(const ProfileText& text) {
+    std::string lines;
+    const auto add = [&](const char* kind, const std::vector<DensityLimit>& limits) {
+        for (const DensityLimit& limit : limits) {
+            const auto level = [](double decibels) {
+                return std::isfinite(decibels) ? fmt::format("{:+} dB", decibels) : std::string("none");
+            };
+            lines += fmt::format("{} {}, {}", kind, level(limit.upperDb), level(limit.lowerDb));
+            if (limit.fromHz > 0.0 || std::isfinite(limit.toHz)) {
+                lines +=
+                    fmt::format(" from {} Hz to {} Hz", FormatNumber(limit.fromHz), FormatNumber(limit.toHz));
+            }
+            lines += "\n";
+        }
+    };
+    add("tolerance", text.tolerance);
+    add("abort", text.abort);
+    return lines;
+}
+
 void RunProfile(const ProfileOptions& options, ByteStream& out) {
     const std::string& output = options.output.name;
     if (!output.empty()) RequireAnotherFile(options.profile, output);
@@ -169,7 +208,8 @@ void RunProfile(const ProfileOptions& options, ByteStream& out) {
     std::vector<std::vector<std::string>> rows;
     for (const double hz : frequencies)
         rows.push_back({FormatNumber(hz, 10), "Hz", FormatNumber(profile.LevelAt(hz)), UnitText(density)});
-    report += FormatTable({Align::right, Align::left, Align::right, Align::left}, rows);
+    report += FormatTable({Align::right, Align::left, Align::right, Align::left}, rows) + LimitText(text) +
+              MotionText(text, options.sigma);
 
     if (!output.empty()) {
         Doing("write", output, [&] {
@@ -193,7 +233,8 @@ void AddProfile(Command app) {
     Command command = app.AddCommand("profile", "Levels, rms and changes of a power spectral density");
     command
         .AddOption("PROFILE", options->profile,
-                   "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
+                   "Text file: 'frequency level' or a slope such as '+3 dB/oct' per line, 'unit g2/Hz', '#' "
+                   "comments")
         .Required();
     AddOutputOptions(command, "Profile to write: text, or with --lines a data file", kProfileFormats,
                      &options->output);
@@ -212,10 +253,18 @@ void AddProfile(Command app) {
         .AddOption("--lines", options->lines,
                    "Put the profile on N lines from 0 Hz on: each the mean over the HZ around it")
         .Type("HZ,N");
+    AddPositive(command, "--sigma", "FACTOR", options->sigma,
+                "Report the peaks of the motion at this many times the rms")
+        .ShowDefault();
     command.SetFooter(R"(
 The density runs straight between breakpoints on log-log axes and is 0 outside. First the bands are
 set, then multiplied, each in the order given, then the rms is scaled. Breakpoints are added where a
 band needs them; without a slope its flanks are 0.1 % of the frequency wide.
+
+A line '+3 dB/oct' between two frequencies is the slope from one to the other, one of which needs no
+level then; 'tolerance +3 -3 dB' and 'abort +6 -6 dB 20 500', in a part, are the limits to which
+'kvx compare' holds a measured density. Of accelerations the motion is told: the exact integrals of the
+density over powers of 2 pi f.
 )",
                       R"(
 printf 'unit g2/Hz\n20 0.01\n80 0.04\n350 0.04\n2000 0.007\n' > profile.txt

@@ -126,7 +126,8 @@ void AddSynth(Command app) {
     Command command = app.AddCommand("synth", "Make a random waveform of a given power spectral density");
     command
         .AddOption("PROFILE", options->profile,
-                   "Text file: a line 'frequency level' per breakpoint, '#' comments, a line 'unit g2/Hz'")
+                   "Text file: 'frequency level' or a slope such as '+3 dB/oct' per line, 'unit g2/Hz', '#' "
+                   "comments")
         .Required();
     AddOutputOptions(command, "Output", RecordingFormats(), &options->output).Required();
     AddPositive(command, "--rate", "HZ", options->rateHz,
