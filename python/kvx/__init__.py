@@ -14,8 +14,8 @@ from .errors import (BadValueError, DamagedError, DeniedError, DiskFullError, Er
 from . import _kvx
 from ._kvx import *  # noqa: F401,F403
 from ._kvx import __version__, _remade  # noqa: F401
-from .results import (Calibration, Figures, FileInfo, FormatInfo, Motion, Peak, RandomWave, Resampled, RunFigures,
-                      Sensitivity, SineFit, TransferLine)
+from .results import (Calibration, ComparedBand, ComparedLine, Comparison, Figures, FileInfo, FormatInfo, Limit, Motion,
+                      Peak, RandomWave, Resampled, RunFigures, Sensitivity, SineFit, TransferLine)
 
 
 def _reduce_function(function):

@@ -76,6 +76,51 @@ class Calibration(NamedTuple):
     is_clean: bool  #: whether the rest is below a tenth of the tone
 
 
+class Limit(NamedTuple):
+    """How far a density may be from its profile, from one frequency to another."""
+
+    upper: float  #: dB, 0 or more; infinite where there is none
+    lower: float  #: dB, 0 or less
+    low: float  #: Hz
+    high: float
+
+
+class ComparedBand(NamedTuple):
+    """A band of a density beside its profile."""
+
+    low: float  #: Hz
+    high: float
+    target: float  #: mean of the profile
+    measured: float  #: mean of the lines
+    difference: float  #: dB
+    verdict: str  #: "within", "out of tolerance" or "beyond abort"
+
+
+class ComparedLine(NamedTuple):
+    """A line of a density beside its profile."""
+
+    frequency: float  #: Hz
+    target: float
+    measured: float
+    difference: float  #: dB
+    verdict: str
+
+
+class Comparison(NamedTuple):
+    """A density beside its profile."""
+
+    verdict: str  #: "within", "out of tolerance" or "beyond abort"
+    target_rms: float  #: of the part that was compared
+    measured_rms: float
+    difference: float  #: dB, of the powers behind both
+    lines: int  #: compared
+    out_of_tolerance: int  #: of the lines, or of the bands where these decide
+    beyond_abort: int  #: of them
+    highest: ComparedLine  #: the line farthest above the profile
+    lowest: ComparedLine
+    bands: List[ComparedBand]
+
+
 class RandomWave(NamedTuple):
     """A random signal and its figures."""
 
@@ -126,4 +171,4 @@ class FileInfo(NamedTuple):
 # The names that the extension makes results by.
 ALL: Dict[str, type] = {each.__name__: each for each in
                         (Figures, SineFit, Peak, Motion, TransferLine, Sensitivity, Calibration, RandomWave, Resampled,
-                         RunFigures, FormatInfo, FileInfo)}
+                         RunFigures, FormatInfo, FileInfo, Limit, ComparedBand, ComparedLine, Comparison)}

@@ -14,9 +14,10 @@
 
 namespace kvx::python {
 
-#define KVX_RESULTS(Do)                                                                          \
-    Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration) \
-        Do(RandomWave) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo)
+#define KVX_RESULTS(Do)                                                                                    \
+    Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration)           \
+        Do(RandomWave) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo) Do(Limit) Do(ComparedBand) \
+            Do(ComparedLine) Do(Comparison)
 
 #define KVX_RESULT(Name)                                                                            \
     class Name##Result : public py::object {                                                        \

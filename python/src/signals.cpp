@@ -4,7 +4,13 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <limits>
 #include <memory>
+#include <optional>
+#include <span>
+#include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -13,12 +19,16 @@
 #include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/data/Statistics.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
+#include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/RandomWave.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>
 #include <KvxDevCommon01/dsp/SineFit.h>
+#include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/ProfileText.h>
 
+#include "lines.h"
 #include "results.h"
 #include "spectra.h"
 #include "units.h"
@@ -35,11 +45,78 @@ Profile MakeProfile(const ArrayLike& frequencies, const ArrayLike& levels, const
 }
 
 Profile FromText(const ProfileText& text) {
-    return {text.profile, text.signalUnit};
+    return {text.profile, text.signalUnit, text.tolerance, text.abort};
 }
 
 std::string TextOf(const Profile& self) {
-    return FormatProfileText({self.profile, self.unit});
+    return FormatProfileText({self.profile, self.unit, self.tolerance, self.abort});
+}
+
+/// The same limits and unit around other levels.
+Profile Changed(Profile self, PsdProfile profile) {
+    self.profile = std::move(profile);
+    return self;
+}
+
+std::vector<LimitResult> LimitsOf(const std::vector<DensityLimit>& limits) {
+    std::vector<LimitResult> results;
+    for (const DensityLimit& limit : limits)
+        results.push_back(LimitResult::Of(limit.upperDb, limit.lowerDb, limit.fromHz, limit.toHz));
+    return results;
+}
+
+constexpr std::array kVerdicts = {"within", "out of tolerance", "beyond abort"};
+
+const char* NameOf(Verdict verdict) {
+    return kVerdicts[static_cast<std::size_t>(verdict)];
+}
+
+ComparedLineResult LineOf(const ComparedLine& line) {
+    return ComparedLineResult::Of(line.hz, line.target, line.measured, line.differenceDb,
+                                  NameOf(line.verdict));
+}
+
+struct ComparisonOptions {
+    double low;
+    std::optional<double> high;
+    std::optional<std::vector<double>> edges;
+    std::string judge;
+    double allowed;
+};
+
+ComparisonResult Compare(const Profile& self, std::span<const double> lines, double spacing,
+                         const ComparisonOptions& options) {
+    if (options.judge != "lines" && options.judge != "bands")
+        throw Error(ErrorKind::kUnknownName, "judge is lines or bands, not " + Quote(options.judge));
+    const ComparisonChoice choice = {options.low, options.high, options.edges.value_or(std::vector<double>()),
+                                     options.judge == "bands", options.allowed};
+    const ProfileComparison result = Unlocked([&] {
+        return CompareWithProfile(lines, spacing, {self.profile, self.tolerance, self.abort}, choice);
+    });
+    std::vector<ComparedBandResult> bands;
+    for (const ComparedBand& band : result.bands) {
+        bands.push_back(ComparedBandResult::Of(band.fromHz, band.toHz, band.target, band.measured,
+                                               band.differenceDb, NameOf(band.verdict)));
+    }
+    return ComparisonResult::Of(NameOf(result.verdict), result.targetRms, result.measuredRms,
+                                result.differenceDb, result.lines, result.outOfTolerance, result.beyondAbort,
+                                LineOf(result.highest), LineOf(result.lowest), bands);
+}
+
+/// The densities in the unit of the profile, or as they are shown where it has none.
+ComparisonResult CompareSpectrum(const Profile& self, const Spectrum& spectrum,
+                                 const ComparisonOptions& options) {
+    if (spectrum.lines.kind != LineKind::kDensity) Refuse("densities are compared with a profile");
+    std::vector<double> lines = spectrum.shown;
+    if (self.unit) {
+        const CUnitCtrl unit = DensityUnit(*self.unit).value_or(CUnitCtrl());
+        if (!IsConvertible(unit, spectrum.lines.unit)) {
+            Refuse("the profile is in " + UnitText(unit) + ", the densities in " +
+                   UnitText(spectrum.lines.unit));
+        }
+        unit.ConvDtoI(lines.data(), spectrum.lines.real.data(), std::ssize(lines), 1.0, 0);
+    }
+    return Compare(self, lines, spectrum.lines.spacingHz, options);
 }
 
 py::object LevelsAt(const Profile& self, const Floats& frequencies) {
@@ -88,7 +165,7 @@ Profile Filtered(const Profile& self, double corner, const std::string& btype, c
     if (!CMatSpec::FilteringPsd(corner, static_cast<int>(btype == "low" ? named->low : named->high),
                                 &frequencies, &levels, parameter))
         Refuse("the corner or parameter is out of range, or less than two points remain");
-    return {PsdProfile(Samples(frequencies), Samples(levels)), self.unit};
+    return Changed(self, PsdProfile(Samples(frequencies), Samples(levels)));
 }
 
 void BindProfile(py::module_& module) {
@@ -124,6 +201,63 @@ A value that does not change; its methods make changed ones.)");
     profile.def_property_readonly(
         "random_rate", [](const Profile& self) { return RandomWaveRate(self.profile); },
         "The least power of two in hertz that is 2.56 times its highest frequency or more.");
+    profile.def(
+        "rms_of_integral",
+        [](const Profile& self, int times) {
+            if (times < 0) Refuse("times is 0 or more");
+            return self.profile.RmsOfIntegral(times);
+        },
+        py::arg("times"),
+        R"(Rms of the signal integrated so many times over time, in closed form.
+
+With levels of an acceleration in (m/s2)2/Hz that of the velocity, m/s, for 1 and of the displacement, m, for 2.)");
+    profile.def_property_readonly(
+        "tolerance", [](const Profile& self) { return LimitsOf(self.tolerance); },
+        "The limits of what is acceptable; of those that overlap the last one holds.");
+    profile.def_property_readonly(
+        "abort", [](const Profile& self) { return LimitsOf(self.abort); }, "The limits where a test ends.");
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const auto addLimits = [&](const char* name, std::vector<DensityLimit> Profile::*kind, const char* text) {
+        profile.def(
+            name,
+            [kind](Profile self, double upper, double lower, double low, double high) {
+                (self.*kind).push_back({upper, lower, low, high});
+                return self;
+            },
+            py::arg("upper"), py::arg("lower"), py::arg("low") = 0.0, py::arg("high") = kInfinity, text);
+    };
+    addLimits(
+        "with_tolerance", &Profile::tolerance,
+        "The profile with a limit of what is acceptable, in dB above and below it, from low to high, Hz.");
+    addLimits("with_abort", &Profile::abort, "The same for a limit where a test ends.");
+    constexpr const char* kCompare =
+        R"(How measured densities compare with the profile, and whether they keep within its limits.
+
+lines:   a Spectrum of densities, or levels in the unit of the profile on lines k df, k = 0, 1 ...
+low, high: the part that is compared, Hz
+edges:   of bands whose means are compared; the breakpoints by default
+judge:   whether "lines" or the means of the "bands" decide
+allowed: percent of them that may be out of tolerance
+
+Differences are 10 lg(measured/profile). A line counts where its whole cell lies within the profile.)";
+    const auto compare = [&](auto call, auto... first) {
+        profile.def("compare", call, first..., py::arg("low") = 0.0, py::arg("high") = py::none(),
+                    py::arg("edges") = py::none(), py::arg("judge") = "lines", py::arg("allowed") = 0.0,
+                    kCompare);
+    };
+    compare(
+        [](const Profile& self, const Spectrum& lines, double low, std::optional<double> high,
+           std::optional<std::vector<double>> edges, const std::string& judge, double allowed) {
+            return CompareSpectrum(self, lines, {low, high, std::move(edges), judge, allowed});
+        },
+        py::arg("lines"));
+    compare(
+        [](const Profile& self, const ArrayLike& lines, double df, double low, std::optional<double> high,
+           std::optional<std::vector<double>> edges, const std::string& judge, double allowed) {
+            const Rows rows = OneRow(lines, "lines");
+            return Compare(self, rows.Row(0), df, {low, high, std::move(edges), judge, allowed});
+        },
+        py::arg("lines"), py::arg("df"));
     profile.def("level_at", &LevelsAt, py::arg("frequencies"),
                 "Levels at a frequency or an array of them; 0 outside the profile.");
     profile.def(
@@ -137,24 +271,21 @@ A value that does not change; its methods make changed ones.)");
     profile.def(
         "with_level",
         [](const Profile& self, double low, double high, double level) {
-            return Profile{WithLevel(self.profile, low, high, level), self.unit};
+            return Changed(self, WithLevel(self.profile, low, high, level));
         },
         py::arg("low"), py::arg("high"), py::arg("level"),
         "The profile with this level from low to high, Hz.");
     profile.def(
         "with_level_ratio",
         [](const Profile& self, double low, double high, double ratio, double slope) {
-            return Profile{WithLevelRatio(self.profile, low, high, ratio, slope), self.unit};
+            return Changed(self, WithLevelRatio(self.profile, low, high, ratio, slope));
         },
         py::arg("low"), py::arg("high"), py::arg("ratio"), py::arg("slope") = 0.0,
         R"(The profile with the levels from low to high multiplied by ratio.
 
 With a slope other than 0 the factor goes back to 1 beside the band as (f/corner)^slope.)");
     profile.def(
-        "with_rms",
-        [](const Profile& self, double rms) {
-            return Profile{WithRms(self.profile, rms), self.unit};
-        },
+        "with_rms", [](const Profile& self, double rms) { return Changed(self, WithRms(self.profile, rms)); },
         py::arg("rms"), "The profile scaled so that its rms becomes this.");
     profile.def("filtered", &Filtered, py::arg("corner"), py::arg("btype") = "low",
                 py::arg("kind") = "butterworth", py::arg("parameter") = 4.0,
@@ -172,7 +303,13 @@ kind: as spectral_filter; parameter: the quality of "second", the order of "butt
         "The lines k df, k = 1, 2 ..., of a density that are above 0 as breakpoints.");
     profile.def_static(
         "parse", [](const std::string& text) { return FromText(ParseProfileText(text)); }, py::arg("text"),
-        "Reads a text: one \"frequency level\" per line, a line \"unit g2/Hz\", comments behind #.");
+        R"(Reads a text: a line per fact, comments behind #.
+
+20 0.01               a breakpoint; without its level the slope beside it tells that
++3 dB/oct             the slope from one breakpoint to the next
+unit g2/Hz            of the levels
+tolerance +3 -3 dB    a limit, "none" for an open side; two frequencies behind it for a part
+abort +6 -6 dB        the same for where a test ends)");
     profile.def_static(
         "read",
         [](const PathLike& path) {
@@ -188,7 +325,9 @@ kind: as spectral_filter; parameter: the quality of "second", the order of "butt
             const auto& that = py::cast<const Profile&>(other);
             return std::ranges::equal(self.profile.Frequencies(), that.profile.Frequencies()) &&
                    std::ranges::equal(self.profile.Levels(), that.profile.Levels()) &&
-                   py::cast(self.unit).equal(py::cast(that.unit));
+                   py::cast(self.unit).equal(py::cast(that.unit)) &&
+                   py::cast(LimitsOf(self.tolerance)).equal(py::cast(LimitsOf(that.tolerance))) &&
+                   py::cast(LimitsOf(self.abort)).equal(py::cast(LimitsOf(that.abort)));
         },
         py::arg("other"));
     profile.def("__len__", [](const Profile& self) { return self.profile.Frequencies().size(); });
@@ -197,13 +336,20 @@ kind: as spectral_filter; parameter: the quality of "second", the order of "butt
             const auto f = self.profile.Frequencies();
             const auto l = self.profile.Levels();
             return py::make_tuple(std::vector<double>(f.begin(), f.end()),
-                                  std::vector<double>(l.begin(), l.end()), self.unit);
+                                  std::vector<double>(l.begin(), l.end()), self.unit,
+                                  LimitsOf(self.tolerance), LimitsOf(self.abort));
         },
         [](const py::tuple& state) {
             const auto f = state[0].cast<std::vector<double>>();
             const auto l = state[1].cast<std::vector<double>>();
+            const auto limits = [](const py::handle& list) {
+                std::vector<DensityLimit> made;
+                for (const auto& each : list.cast<std::vector<std::array<double, 4>>>())
+                    made.push_back({each[0], each[1], each[2], each[3]});
+                return made;
+            };
             return Profile{f.empty() ? PsdProfile() : PsdProfile(f, l),
-                           state[2].cast<std::optional<CUnitCtrl>>()};
+                           state[2].cast<std::optional<CUnitCtrl>>(), limits(state[3]), limits(state[4])};
         }));
 }
 

@@ -5,7 +5,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
+#include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
@@ -13,10 +15,12 @@
 
 namespace kvx::python {
 
-/// A profile and the unit of the signals that it is a density of, where that is known.
+/// A profile, the unit of the signals that it is a density of, where that is known, and its limits.
 struct Profile {
     PsdProfile profile;
     std::optional<CUnitCtrl> unit = std::nullopt;
+    std::vector<DensityLimit> tolerance = {};
+    std::vector<DensityLimit> abort = {};
 };
 
 void BindSignals(py::module_& module);

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Signal processing against SciPy and NumPy, and against itself where only the layout or the cut differs."""
 
+import pickle
 import threading
 import unittest
 
@@ -241,6 +242,31 @@ class Signals(unittest.TestCase):
         self.assertAlmostEqual(profile.filtered(200.0).level_at(200.0), 0.02, places=4)
         self.assertEqual(kvx.Profile.parse(profile.text()), profile)
         self.assertEqual(profile.random_rate, 8192.0)
+
+    def test_profiles_are_compared_with_densities(self):
+        profile = kvx.Profile([10, 100], [2, 2], "g").with_tolerance(3, -3).with_abort(6, -np.inf, 20, 50)
+        self.assertEqual(profile.tolerance, [(3, -3, 0, np.inf)])
+        for copy in (kvx.Profile.parse(profile.text()), pickle.loads(pickle.dumps(profile)), profile.with_rms(profile.rms)):
+            self.assertEqual(copy.abort, [(6, -np.inf, 20, 50)])
+        lines = np.full(120, 2.0)
+        lines[30:32] = 5.0
+        result = profile.compare(lines, 1.0, edges=[10, 20, 40, 100])
+        self.assertEqual((result.verdict, result.lines, result.out_of_tolerance, result.beyond_abort),
+                         ("out of tolerance", 89, 2, 0))
+        self.assertEqual(result.highest.frequency, 30.0)
+        self.assertAlmostEqual(result.highest.difference, 10 * np.log10(2.5))
+        self.assertAlmostEqual(result.bands[1].measured, 2.3)
+        self.assertEqual(profile.compare(lines, 1.0, judge="bands").verdict, "within")
+        self.assertEqual(profile.compare(lines * 2, 1.0, low=20).verdict, "beyond abort")
+        # The same densities as an object, in another unit.
+        g = 9.80665
+        for values, unit in ((lines, "g"), (lines * g**2, "m/s2")):
+            spectrum = kvx.Spectrum(values, 1.0, unit, kind="density")
+            self.assertAlmostEqual(profile.compare(spectrum).difference, result.difference)
+        self.assertRaises(ValueError, profile.compare, kvx.Spectrum(lines, 1.0, "N", kind="density"))
+        self.assertRaises(ValueError, profile.compare, lines[:50], 1.0)
+        # Velocity of a flat density of acceleration.
+        self.assertAlmostEqual(profile.rms_of_integral(1), np.sqrt(2 * (1 / 10 - 1 / 100)) / (2 * np.pi))
 
     @needs_scipy
     def test_random_waves_have_their_density(self):
