@@ -5,10 +5,12 @@
 #include <array>
 #include <utility>
 
+#include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/files/SpectrumRecord.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/PlainText.h>
+#include <KvxDevCommon01/units/UnitQuery.h>
 
 #include "results.h"
 #include "signals.h"
@@ -56,6 +58,56 @@ py::array ValuesOf(const py::object& self) {
     const auto& spectrum = py::cast<const Spectrum&>(self);
     if (spectrum.IsComplex()) return ViewOf(std::span(spectrum.shownComplex), self);
     return ViewOf(std::span(spectrum.shown), self);
+}
+
+constexpr std::array kVerdicts = {"within", "out of tolerance", "beyond abort"};
+
+const char* VerdictName(Verdict verdict) {
+    return kVerdicts[static_cast<std::size_t>(verdict)];
+}
+
+ComparedLineResult LineOf(const ComparedLine& line) {
+    return ComparedLineResult::Of(line.hz, line.target, line.measured, line.differenceDb,
+                                  VerdictName(line.verdict));
+}
+
+struct ComparisonOptions {
+    double low;
+    std::optional<double> high;
+    std::optional<std::vector<double>> edges;
+    std::string judge;
+    double allowed;
+};
+
+/// The densities in the unit of the profile, or as they are shown where it has none.
+std::vector<double> LinesIn(const Profile& profile, const Spectrum& density) {
+    if (density.lines.kind != LineKind::kDensity) Refuse("only densities are compared with a profile");
+    if (!profile.unit) return density.shown;
+    const CUnitCtrl unit = DensityUnit(*profile.unit).value_or(CUnitCtrl());
+    if (!IsConvertible(unit, density.lines.unit))
+        Refuse("the profile is in " + UnitText(unit) + ", the density in " + UnitText(density.lines.unit));
+    std::vector<double> lines = density.lines.real;
+    unit.ConvDtoI(lines.data(), lines.data(), std::ssize(lines), 1.0, 0);
+    return lines;
+}
+
+ComparisonResult Compare(const Spectrum& self, const Profile& profile, const ComparisonOptions& options) {
+    if (options.judge != "lines" && options.judge != "bands")
+        throw Error(ErrorKind::kUnknownName, "judge is lines or bands, not " + Quote(options.judge));
+    const ComparisonChoice choice = {options.low, options.high, options.edges.value_or(std::vector<double>()),
+                                     options.judge == "bands", options.allowed};
+    const ProfileComparison result = Unlocked([&] {
+        return CompareWithProfile(LinesIn(profile, self), self.lines.spacingHz,
+                                  {profile.profile, profile.tolerance, profile.abort}, choice);
+    });
+    std::vector<ComparedBandResult> bands;
+    for (const ComparedBand& band : result.bands) {
+        bands.push_back(ComparedBandResult::Of(band.fromHz, band.toHz, band.target, band.measured,
+                                               band.differenceDb, VerdictName(band.verdict)));
+    }
+    return ComparisonResult::Of(VerdictName(result.verdict), result.targetRms, result.measuredRms,
+                                result.differenceDb, result.lines, result.outOfTolerance, result.beyondAbort,
+                                LineOf(result.highest), LineOf(result.lowest), bands);
 }
 
 SpectrumPointer MakeSpectrum(const ArrayLike& values, double spacing, const UnitLike& unit,
@@ -186,6 +238,23 @@ A value that does not change, and pickles.)");
             return Profile{ProfileOfLines(self.shown, self.lines.spacingHz), self.signalUnit};
         },
         "Of densities: the lines above 0 as the breakpoints of a profile.");
+    spectrum.def(
+        "compare",
+        [](const Spectrum& self, const Profile& profile, double low, std::optional<double> high,
+           std::optional<std::vector<double>> edges, const std::string& judge, double allowed) {
+            return Compare(self, profile, {low, high, std::move(edges), judge, allowed});
+        },
+        py::arg("profile"), py::arg("low") = 0.0, py::arg("high") = py::none(), py::arg("edges") = py::none(),
+        py::arg("judge") = "lines", py::arg("allowed") = 0.0,
+        R"(Of densities: how they compare with a profile, and whether they keep within its limits.
+
+profile:   in a unit that the densities convert to
+low, high: the part that is compared, Hz
+edges:     of bands whose means are compared; the breakpoints by default
+judge:     whether "lines" or the means of the "bands" decide
+allowed:   percent of them that may be out of tolerance
+
+Differences are 10 lg(measured/profile). A line counts where its whole cell lies within the profile.)");
     spectrum.def("__len__", &CountOf);
     spectrum.def("__repr__", [](const Spectrum& self) {
         return "<kvx.Spectrum '" + self.name + "': " + KindOf(self) + " in " +

@@ -24,11 +24,8 @@
 #include <KvxDevCommon01/dsp/RandomWave.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>
 #include <KvxDevCommon01/dsp/SineFit.h>
-#include <KvxDevCommon01/text/PlainText.h>
-#include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/ProfileText.h>
 
-#include "lines.h"
 #include "results.h"
 #include "spectra.h"
 #include "units.h"
@@ -63,60 +60,6 @@ std::vector<LimitResult> LimitsOf(const std::vector<DensityLimit>& limits) {
     for (const DensityLimit& limit : limits)
         results.push_back(LimitResult::Of(limit.upperDb, limit.lowerDb, limit.fromHz, limit.toHz));
     return results;
-}
-
-constexpr std::array kVerdicts = {"within", "out of tolerance", "beyond abort"};
-
-const char* NameOf(Verdict verdict) {
-    return kVerdicts[static_cast<std::size_t>(verdict)];
-}
-
-ComparedLineResult LineOf(const ComparedLine& line) {
-    return ComparedLineResult::Of(line.hz, line.target, line.measured, line.differenceDb,
-                                  NameOf(line.verdict));
-}
-
-struct ComparisonOptions {
-    double low;
-    std::optional<double> high;
-    std::optional<std::vector<double>> edges;
-    std::string judge;
-    double allowed;
-};
-
-ComparisonResult Compare(const Profile& self, std::span<const double> lines, double spacing,
-                         const ComparisonOptions& options) {
-    if (options.judge != "lines" && options.judge != "bands")
-        throw Error(ErrorKind::kUnknownName, "judge is lines or bands, not " + Quote(options.judge));
-    const ComparisonChoice choice = {options.low, options.high, options.edges.value_or(std::vector<double>()),
-                                     options.judge == "bands", options.allowed};
-    const ProfileComparison result = Unlocked([&] {
-        return CompareWithProfile(lines, spacing, {self.profile, self.tolerance, self.abort}, choice);
-    });
-    std::vector<ComparedBandResult> bands;
-    for (const ComparedBand& band : result.bands) {
-        bands.push_back(ComparedBandResult::Of(band.fromHz, band.toHz, band.target, band.measured,
-                                               band.differenceDb, NameOf(band.verdict)));
-    }
-    return ComparisonResult::Of(NameOf(result.verdict), result.targetRms, result.measuredRms,
-                                result.differenceDb, result.lines, result.outOfTolerance, result.beyondAbort,
-                                LineOf(result.highest), LineOf(result.lowest), bands);
-}
-
-/// The densities in the unit of the profile, or as they are shown where it has none.
-ComparisonResult CompareSpectrum(const Profile& self, const Spectrum& spectrum,
-                                 const ComparisonOptions& options) {
-    if (spectrum.lines.kind != LineKind::kDensity) Refuse("densities are compared with a profile");
-    std::vector<double> lines = spectrum.shown;
-    if (self.unit) {
-        const CUnitCtrl unit = DensityUnit(*self.unit).value_or(CUnitCtrl());
-        if (!IsConvertible(unit, spectrum.lines.unit)) {
-            Refuse("the profile is in " + UnitText(unit) + ", the densities in " +
-                   UnitText(spectrum.lines.unit));
-        }
-        unit.ConvDtoI(lines.data(), spectrum.lines.real.data(), std::ssize(lines), 1.0, 0);
-    }
-    return Compare(self, lines, spectrum.lines.spacingHz, options);
 }
 
 py::object LevelsAt(const Profile& self, const Floats& frequencies) {
@@ -230,34 +173,6 @@ With levels of an acceleration in (m/s2)2/Hz that of the velocity, m/s, for 1 an
         "with_tolerance", &Profile::tolerance,
         "The profile with a limit of what is acceptable, in dB above and below it, from low to high, Hz.");
     addLimits("with_abort", &Profile::abort, "The same for a limit where a test ends.");
-    constexpr const char* kCompare =
-        R"(How measured densities compare with the profile, and whether they keep within its limits.
-
-lines:   a Spectrum of densities, or levels in the unit of the profile on lines k df, k = 0, 1 ...
-low, high: the part that is compared, Hz
-edges:   of bands whose means are compared; the breakpoints by default
-judge:   whether "lines" or the means of the "bands" decide
-allowed: percent of them that may be out of tolerance
-
-Differences are 10 lg(measured/profile). A line counts where its whole cell lies within the profile.)";
-    const auto compare = [&](auto call, auto... first) {
-        profile.def("compare", call, first..., py::arg("low") = 0.0, py::arg("high") = py::none(),
-                    py::arg("edges") = py::none(), py::arg("judge") = "lines", py::arg("allowed") = 0.0,
-                    kCompare);
-    };
-    compare(
-        [](const Profile& self, const Spectrum& lines, double low, std::optional<double> high,
-           std::optional<std::vector<double>> edges, const std::string& judge, double allowed) {
-            return CompareSpectrum(self, lines, {low, high, std::move(edges), judge, allowed});
-        },
-        py::arg("lines"));
-    compare(
-        [](const Profile& self, const ArrayLike& lines, double df, double low, std::optional<double> high,
-           std::optional<std::vector<double>> edges, const std::string& judge, double allowed) {
-            const Rows rows = OneRow(lines, "lines");
-            return Compare(self, rows.Row(0), df, {low, high, std::move(edges), judge, allowed});
-        },
-        py::arg("lines"), py::arg("df"));
     profile.def("level_at", &LevelsAt, py::arg("frequencies"),
                 "Levels at a frequency or an array of them; 0 outside the profile.");
     profile.def(

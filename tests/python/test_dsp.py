@@ -250,21 +250,23 @@ class Signals(unittest.TestCase):
             self.assertEqual(copy.abort, [(6, -np.inf, 20, 50)])
         lines = np.full(120, 2.0)
         lines[30:32] = 5.0
-        result = profile.compare(lines, 1.0, edges=[10, 20, 40, 100])
+        density = kvx.Spectrum(lines, 1.0, "g", kind="density")
+        result = density.compare(profile, edges=[10, 20, 40, 100])
         self.assertEqual((result.verdict, result.lines, result.out_of_tolerance, result.beyond_abort),
                          ("out of tolerance", 89, 2, 0))
         self.assertEqual(result.highest.frequency, 30.0)
         self.assertAlmostEqual(result.highest.difference, 10 * np.log10(2.5))
         self.assertAlmostEqual(result.bands[1].measured, 2.3)
-        self.assertEqual(profile.compare(lines, 1.0, judge="bands").verdict, "within")
-        self.assertEqual(profile.compare(lines * 2, 1.0, low=20).verdict, "beyond abort")
-        # The same densities as an object, in another unit.
-        g = 9.80665
-        for values, unit in ((lines, "g"), (lines * g**2, "m/s2")):
-            spectrum = kvx.Spectrum(values, 1.0, unit, kind="density")
-            self.assertAlmostEqual(profile.compare(spectrum).difference, result.difference)
-        self.assertRaises(ValueError, profile.compare, kvx.Spectrum(lines, 1.0, "N", kind="density"))
-        self.assertRaises(ValueError, profile.compare, lines[:50], 1.0)
+        self.assertEqual(density.compare(profile, judge="bands").verdict, "within")
+        # The same in another unit, and twice as much.
+        for factor, verdict in ((1, "out of tolerance"), (2, "beyond abort")):
+            other = kvx.Spectrum(lines * factor * 9.80665**2, 1.0, "m/s2", kind="density")
+            found = other.compare(profile, low=20)
+            self.assertAlmostEqual(found.lowest.difference, 10 * np.log10(factor))
+            self.assertEqual(found.verdict, verdict)
+        self.assertRaises(ValueError, kvx.Spectrum(lines, 1.0, "N", kind="density").compare, profile)
+        self.assertRaises(ValueError, kvx.Spectrum(lines, 1.0, "g", kind="amplitude").compare, profile)
+        self.assertRaises(ValueError, kvx.Spectrum(lines[:50], 1.0, "g", kind="density").compare, profile)
         # Velocity of a flat density of acceleration.
         self.assertAlmostEqual(profile.rms_of_integral(1), np.sqrt(2 * (1 / 10 - 1 / 100)) / (2 * np.pi))
 
