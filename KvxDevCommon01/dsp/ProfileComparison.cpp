@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <functional>
 #include <numeric>
-#include <ranges>
 #include <string>
 
 namespace kvx {
@@ -187,7 +186,7 @@ void Judge(const auto& compared, double allowedPercent, ProfileComparison* resul
 
 DensityLimit LimitAt(std::span<const DensityLimit> limits, double hz) {
     const auto holds = [&](const DensityLimit& limit) { return limit.fromHz <= hz && hz <= limit.toHz; };
-    const auto last = std::ranges::find_if(limits | std::views::reverse, holds);
+    const auto last = std::find_if(limits.rbegin(), limits.rend(), holds);
     return last != limits.rend() ? *last : DensityLimit();
 }
 

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -27,11 +28,14 @@ TEST(ProfileText, ReadsBreakpointsAndTheirUnit) {
 
 TEST(ProfileText, LevelsFollowFromSlopes) {
     // 10 lg 2 dB per octave double the level with the frequency.
-    const double twice = 10.0 * std::log10(2.0);
-    const std::string up = FormatExact(twice), down = FormatExact(-2.0 * twice);
-    for (const std::string& text :
-         {"10\n" + up + "dB/oct\n80 0.04\n350 0.04\n" + down + " dB/oct # to the end\n1400\n",
-          "10 0.005\n+" + up + " dB/oct\n80\n0 dB/oct\n350\n" + down + " dB/oct\n1400\n"}) {
+    const double slope = 10.0 * std::log10(2.0);
+    std::ostringstream stated, derived;
+    stated.precision(17);
+    derived.precision(17);
+    stated << "10\n+" << slope << "dB/oct\n80 0.04\n350 0.04\n"
+           << -2 * slope << " dB/oct # to the end\n1400\n";
+    derived << "10 0.005\n" << slope << " dB/oct\n80\n0 dB/oct\n350\n" << -2 * slope << " dB/oct\n1400\n";
+    for (const std::string& text : {stated.str(), derived.str()}) {
         const PsdProfile profile = ParseProfileText(text).profile;
         EXPECT_THAT(profile.Frequencies(), testing::ElementsAre(10, 80, 350, 1400));
         EXPECT_THAT(profile.Levels(),
