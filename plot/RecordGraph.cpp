@@ -84,10 +84,10 @@ CValConv ShownY(const Param& param) {
     return {param.m_units.y, param.m_frame.suffix.y};
 }
 
-/// Whether values of either sign are drawn, which no logarithm shows.
+/// Whether values of either sign are drawn, which no logarithm shows; those in dB are logarithms already.
 bool IsSigned(const Param& param) {
     const Param::GRAPH_KIND kind = param.m_cells.graphKind;
-    return param.m_cells.dataKind == Param::DATA_WAVEFORM ||
+    return param.m_cells.dataKind == Param::DATA_WAVEFORM || kvx::IsLogarithmic(param.m_units.y) ||
            (DrawsComplexValues(kind) && kind != Param::GRAPH_MAGNITUDE &&
             kind != Param::GRAPH_MAGNITUDE_PHASE);
 }

@@ -74,6 +74,8 @@ TEST(RecordGraph, DrawsEachKindOfRecordAsIsCustomary) {
          L"Frequency", L"Coherence"},
         {RecordOf<CComDataSpecA>(L""), Param::DATA_SPECTRUM, Param::GRAPH_VALUE, true, true, L"Frequency",
          L"Value"},
+        {RecordOf<CComDataSpecA>(L"dB"), Param::DATA_SPECTRUM, Param::GRAPH_VALUE, true, false, L"Frequency",
+         L"Ratio"},
         {RecordOf<CComDataSpecF>(L"g", 10.0, &kForce), Param::DATA_TRANSFER, Param::GRAPH_MAGNITUDE_PHASE,
          true, true, L"Frequency", L"Transfer function"},
         {RecordOf<CComDataSpecF>(L"g"), Param::DATA_COMPLEX_SPECTRUM, Param::GRAPH_MAGNITUDE_PHASE, true,
