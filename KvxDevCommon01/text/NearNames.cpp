@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cwctype>
 #include <numeric>
+#include <tuple>
 #include <utility>
 
 #include <KvxDevCommon01/platform/Text.h>
@@ -43,17 +44,19 @@ std::string DidYouMean(std::string_view text, const std::vector<std::string>& na
     const std::wstring wanted = FromUtf8(text).value_or(L"");
     if (wanted.size() > kLongestText) return {};
     const std::size_t limit = wanted.size() < 4 ? 1 : 2;
-    std::vector<std::pair<std::size_t, std::string>> near;
+    std::vector<std::tuple<std::size_t, bool, std::string>> near;
     for (const std::string& name : names) {
         const std::wstring wide = FromUtf8(name).value_or(L"");
         const std::size_t distance = EditDistance(wanted, wide);
-        if (distance <= limit && distance < wide.size()) near.emplace_back(distance, name);
+        const bool isBeginning = !wide.empty() && wanted.starts_with(wide);
+        if (distance <= limit && (distance < wide.size() || isBeginning))
+            near.emplace_back(distance, !isBeginning, name);
     }
     std::ranges::sort(near);
     near.erase(std::unique(near.begin(), near.end()), near.end());
     if (near.size() > kMostNames) near.resize(kMostNames);
     std::string list;
-    for (const auto& [distance, name] : near) list += (list.empty() ? "" : " or ") + Quote(name);
+    for (const auto& [distance, isOther, name] : near) list += (list.empty() ? "" : " or ") + Quote(name);
     return list.empty() ? list : " (did you mean " + list + "?)";
 }
 

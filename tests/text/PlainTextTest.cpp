@@ -49,6 +49,7 @@ TEST(DidYouMean, SuggestsTheNearestNames) {
     EXPECT_EQ(DidYouMean("hol", {"hold", "zeros"}), " (did you mean 'hold'?)");
     EXPECT_EQ(DidYouMean("HOLD", {"zeros", "hold"}), " (did you mean 'hold'?)");
     EXPECT_EQ(DidYouMean("m/s", {"mm/s", "m/s2", "kg"}), " (did you mean 'm/s2' or 'mm/s'?)");
+    EXPECT_EQ(DidYouMean("gs", {"GA", "kg", "g"}), " (did you mean 'g' or 'GA'?)");
     EXPECT_EQ(DidYouMean("periodic", {"hold", "zeros"}), "");
     EXPECT_EQ(DidYouMean("pds", {"psd", "xfr"}), " (did you mean 'psd'?)");
     EXPECT_EQ(DidYouMean("iofn", {"info", "import"}), " (did you mean 'info'?)");
