@@ -86,6 +86,7 @@ struct RecordingInfo {
         bool isComplex = false;
         double scale = 1.0;               ///< what a value is multiplied by to be one of `unit`
         std::wstring convertedUnit = {};  ///< that of the file, where the scale leads from it to `unit`
+        std::string unitRemark = {};      ///< on what was assumed of the unit, as long as none is stated
     };
     /// Channels that were sampled together.
     struct Run {

@@ -184,9 +184,9 @@ RecordingInfo InfoOf(const Header& header) {
                                                     [](const Dependent& d) { return d.number; });
     if (dependent != std::end(kDependents) && !isSpectrum) {
         if (const auto unit = FindMotionUnit(dependent->unit)) StateMotionUnit(&channel, *unit);
-        info.remarks.push_back(std::string("the header says that the values are ") + dependent->name +
-                               ", which the format counts in " + std::string(dependent->unit) +
-                               "; some programs write them in another unit, which is to be stated then");
+        channel.unitRemark = std::string("the header says that the values are ") + dependent->name +
+                             ", which the format counts in " + std::string(dependent->unit) +
+                             "; some programs write them in another unit, which is to be stated then";
     }
     const auto state = [&](const char* property, const std::string& text) {
         if (*property != '\0' && !text.empty()) info.properties.push_back({property, text});

@@ -293,6 +293,7 @@ private:
         unit.converted = own.convertedUnit;
         const bool isStated = stated != nullptr && stated->has_value();
         if (isStated) unit = **stated;
+        if (!isStated && !own.unitRemark.empty()) remarks_.push_back(own.unitRemark);
         if (const double gravity = GravityOf(unit.unit); gravity != 0.0 && !own.isComplex) {
             SettleGravity(recording_->Info().runs[channel.record], gravity, isStated, name, called, &unit);
         } else if (isStated) {

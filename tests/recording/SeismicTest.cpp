@@ -3,6 +3,7 @@
 // SAC, SMC, CSMIP and GeoNet recordings: made by hand after the descriptions of the formats, and real ones,
 // whose figures stand in their headers or were computed with another library. The real ones lie outside the
 // tree: KVX_RECORDINGS names their folder.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -80,8 +81,7 @@ struct Sac {
 
 const std::string kNanometres =
     "the header says that the values are velocities, which the format counts in nm/s; some programs write "
-    "them "
-    "in another unit, which is to be stated then";
+    "them in another unit, which is to be stated then";
 
 std::string Right(const std::string& text, std::size_t width) {
     return std::string(width - std::min(width, text.size()), ' ') + text;
@@ -186,7 +186,7 @@ TEST(Seismic, SacFilesOfBothOrdersVersionsAndAllTypesAreRead) {
     longer.wholes[15] = 4;
     ExpectDescribed({
         {OpenSac, Sac().Make(), ": s from 1.5 by 0.02: NZ.ABCD [] 1 -2.5 0.25"},
-        {OpenSac, big.Make(), ": s from 1.5 by 0.02: NZ.ABCD [mm/s] 1 -2.5 0.25; " + kNanometres},
+        {OpenSac, big.Make(), ": s from 1.5 by 0.02: NZ.ABCD [mm/s] 1 -2.5 0.25"},
         {OpenSac, footed.Make(), ": s from -0.3 by 0.1: NZ.ABCD [] 1 -2.5 0.25"},
         {OpenSac, uneven.Make(), ": s listed:  0.5 2.5, NZ.ABCD [] 1 2"},
         {OpenSac, spectrum.Make(), ": Hz from 0 by 0.5: NZ.ABCD [] 1 2,  0.5 2.5"},
@@ -198,6 +198,13 @@ TEST(Seismic, SacFilesOfBothOrdersVersionsAndAllTypesAreRead) {
     EXPECT_EQ(reader->Info().runs[0].channels[0].scale, 1e-6);
     EXPECT_EQ(reader->Info().properties.at(0).name, "kstnm");
     EXPECT_EQ(reader->Info().properties.at(0).text, "ABCD");
+
+    // What the unit is taken for is told as long as none is stated.
+    const TempFolder folder;
+    folder.Write("big.sac", big.Make());
+    const std::string path = (folder / "big.sac").string();
+    EXPECT_THAT(OpenSignal(path)->Remarks(), testing::Contains(kNanometres));
+    EXPECT_THAT(OpenSignal(path, {}, {.units = {NamedEntryUnit("g")}})->Remarks(), testing::IsEmpty());
 }
 
 TEST(Seismic, SacFilesAreReadAsTheyWereWritten) {
@@ -212,9 +219,9 @@ TEST(Seismic, SacFilesAreReadAsTheyWereWritten) {
     const std::string third = "0.333333";
     const Written cases[] = {
         {"g", false, false, 820,
-         ": s from -0.666667 by " + third + ": shaker t [m/s2] 1.5e+09 -250000000 2e+09; "},
+         ": s from -0.666667 by " + third + ": shaker t [m/s2] 1.5e+09 -250000000 2e+09"},
         {"N", false, false, 820, ": s from -0.666667 by " + third + ": shaker t [] 1.5 -0.25 2"},
-        {"V", true, false, 832, ": s listed:  0.125 0.25 1, shaker t [V] 1.5 -0.25 2; "},
+        {"V", true, false, 832, ": s listed:  0.125 0.25 1, shaker t [V] 1.5 -0.25 2"},
         {"m/s2", false, true, 832,
          ": Hz from -0.666667 by " + third + ": shaker t [] 1.5 -0.25 2,  0.125 0.25 1"},
     };
