@@ -118,7 +118,8 @@ EvenAxis SettleAxis(const RecordedAxis& recorded, std::optional<double> rateHz, 
         axis.delta = 1.0 / RateOfStamps(*stamps, rateName, recorded.unevenHint);
     } else if (isTime) {
         throw Error(ErrorKind::kBadValue,
-                    "it has no time column; give the sampling rate with " + rateName + recorded.rateHint);
+                    "it has neither a rate nor a time column; give the sampling rate with " + rateName +
+                        recorded.rateHint);
     } else {
         throw Error(ErrorKind::kDamaged, "its axis has no spacing");
     }

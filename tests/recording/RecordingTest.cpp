@@ -49,7 +49,8 @@ TEST(EvenAxis, FollowsTheStampsUnlessARateIsGiven) {
 }
 
 TEST(EvenAxis, IsRefusedWithoutARateOrWithUnevenStamps) {
-    EXPECT_EQ(AxisOutcome({}, 1, {}), "it has no time column; give the sampling rate with --rate");
+    EXPECT_EQ(AxisOutcome({}, 1, {}),
+              "it has neither a rate nor a time column; give the sampling rate with --rate");
     EXPECT_EQ(AxisOutcome({1}, 1, {}), "one sample has no sampling rate; give it with --rate");
     EXPECT_EQ(AxisOutcome({2, 1}, 1, {}),
               "the time column does not rise; give the sampling rate with --rate");

@@ -284,7 +284,7 @@ TEST(OpenSignal, TakesStatementsThatSuitTheRecording) {
     EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { OpenSignal(path, {}, stated); }),
               "units gives 3 values for 2 channels");
     EXPECT_EQ(Refusal(ErrorKind::kBadValue, [&] { OpenSignal(path); }),
-              "it has no time column; give the sampling rate with rateHz");
+              "it has neither a rate nor a time column; give the sampling rate with rateHz");
     const ErrorKind kind = ErrorKind::kUnsupported;
     EXPECT_EQ(Refusal(kind, [&] { OpenSignal(path, {}, {.rateHz = -4.0}); }),
               "a sampling rate of -4 Hz cannot be stored");

@@ -58,6 +58,20 @@ INSTANTIATE_TEST_SUITE_P(Commands, Help,
                                          "resample", "profile", "plot", "spectrogram", "convert", "merge",
                                          "edit", "formats"));
 
+TEST(HelpText, PartsTheOptionsByWhatTheyAreFor) {
+    const TempFolder folder;
+    const std::string help = RunWell(folder, "kvx psd --help");
+    std::size_t last = 0;
+    for (const char* title :
+         {"Positionals:\n  FILE ... REQUIRED", "\n\nOptions:\n", "\n\nPart of the recording:\n",
+          "\n\nWhat a file does not say:\n", "\n\nHow a text table is written:\n"}) {
+        EXPECT_NE(help.find(title, last), help.npos) << title;
+        last = std::min(help.find(title, last), help.size());
+    }
+    EXPECT_EQ(help.find("\n\n\n"), help.npos);
+    EXPECT_EQ(help, RunWell(folder, "kvx help psd"));
+}
+
 TEST(HelpText, FillsTheTerminal) {
     EXPECT_EQ(kvx::tool::HelpFooter("", "\n1\n  2\n"), "Example:\n  1\n    2");
     const TempFolder folder;
@@ -124,6 +138,8 @@ TEST_P(WrongUse, IsToldInOneSentenceAndLeavesNothingBehind) {
 INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx", 2, "a command is missing; see 'kvx --help'"},
     WrongCase{"kvx nonsense a.csv", 2, "there is no command 'nonsense'; see 'kvx --help'"},
+    WrongCase{"kvx fft a.csv", 2, "there is no command 'fft' (did you mean 'spectrum'?); see 'kvx --help'"},
+    WrongCase{"kvx a.csv", 2, "there is no command 'a.csv'; 'kvx info a.csv' tells what the file holds; see 'kvx --help'"},
     WrongCase{"kvx imprt a.csv", 2, "there is no command 'imprt' (did you mean 'import'?); see 'kvx --help'"},
     WrongCase{"kvx units convrt 1 g m/s2", 2, "there is no command 'units convrt' (did you mean 'convert'?); see"},
     WrongCase{"kvx --versoin", 2, "there is no option '--versoin' (did you mean '--version'?); see 'kvx --help'"},
@@ -141,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx import broken.wav -o x.vdf2", 1, "cannot import 'broken.wav': it is a damaged sound file"},
     WrongCase{"kvx import a.vdf2 -o x.vdf2", 1, "cannot import 'a.vdf2': it is a data file; 'kvx convert' takes those, too\n"},
     WrongCase{"kvx import /dev/zero -o x.vdf2", 1, "cannot import '/dev/zero': it is no text and of none"},
-    WrongCase{"kvx import a.csv -o x.vdf2", 1, "cannot import 'a.csv': it has no time column; give the sampling rate"},
+    WrongCase{"kvx import a.csv -o x.vdf2", 1, "cannot import 'a.csv': it has neither a rate nor a time column; give the sampling rate"},
     WrongCase{"kvx import broken.wav -o x.vdf2 --encoding gbk", 1, "cannot import 'broken.wav': --encoding is for texts\n"},
     WrongCase{"printf 'RIFF1234WAVE' | kvx import /dev/stdin -o x.vdf2", 1,
               "cannot import '/dev/stdin': it is a WAV file, which is not read from a pipe\n"},
@@ -167,7 +183,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx import a.csv -o /dev/full --rate 1", 1, "cannot write '/dev/full': the disk is full\n"},
     WrongCase{"ulimit -f 1; kvx import a.csv -o x.vdf2 --rate 1", 1, "cannot write 'x.vdf2': the disk is full\n"},
     WrongCase{"kvx import a.csv -o x.vdf2 --rate 1 --full-scale 2", 1, "cannot import 'a.csv': --full-scale is for sound"},
-    WrongCase{"kvx info a.csv", 1, "cannot read 'a.csv': it has no time column; give the sampling rate with --rate\n"},
+    WrongCase{"kvx info a.csv", 1, "cannot read 'a.csv': it has neither a rate nor a time column; give the sampling rate with --rate\n"},
     WrongCase{"kvx info short.vdf2", 1, "cannot read 'short.vdf2': record 1: the file ends too early\n"},
     WrongCase{"kvx info header.vdf2", 1, "cannot read 'header.vdf2': it has a header but no record\n"},
     WrongCase{"kvx info a.vdf2 > /dev/full", 1, "cannot write to standard output: the disk is full\n"},
@@ -195,7 +211,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx xfr a.vdf2 --at 1,x", 1, "'x' is not a number"},
     WrongCase{"kvx plot a.vdf2", 2, "--output is required"},
     WrongCase{"kvx plot a.vdf2 -o x.gif", 1, "the output 'x.gif' does not end with .svg, "},
-    WrongCase{"kvx plot a.csv -o x.svg", 1, "cannot read 'a.csv': it has no time column; give the sampling rate with --rate\n"},
+    WrongCase{"kvx plot a.csv -o x.svg", 1, "cannot read 'a.csv': it has neither a rate nor a time column; give the sampling rate with --rate\n"},
     WrongCase{"kvx plot a.vdf2 -o none/x.svg", 1, "cannot write 'none/x.svg': its folder does not exist\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --size 0x9", 1, "cannot write 'x.svg': the picture would be too small or too large\n"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --size big", 1, "--size: 'big' is no size such as 800x500"},
@@ -224,7 +240,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 1 --block 24", 1, "--block: 24 is not a power of two from 16 to 131072"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --lowpass 2", 1, "cannot filter 'a.vdf2': a corner of 2 Hz is not below half its rate"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --highpass 1e-5", 1, "cannot filter 'a.vdf2': a corner of 1e-05 Hz at its rate of 4 Hz needs blocks of more than 131072 samples\n"},
-    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --butterworth lp 4", 2, "--butterworth: 3 required PASS ORDER HZ missing"},
+    WrongCase{"kvx filter a.vdf2 -o x.vdf2 --butterworth lp 4", 2, "--butterworth is to be followed by PASS ORDER HZ; see"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --butterworth bp 4 1", 1, "--butterworth: 'bp' is not lp or hp"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --butterworth lp 0 1", 1, "--butterworth: '0' is not an order from 1 to 64"},
     WrongCase{"kvx filter a.vdf2 -o x.vdf2 --butterworth lp 4 -1", 1, "--butterworth: '-1' is not a frequency above 0"},
@@ -253,7 +269,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"ulimit -f 1; kvx resample a.vdf2 -o x.wav --up 500", 1, "cannot write 'x.wav': the disk is full\n"},
     WrongCase{"kvx resample short.vdf2 -o x.vdf2 --down 2", 1, "cannot resample 'short.vdf2': record 1: the file ends too early\n"},
     WrongCase{"kvx resample settings.gci2 -o x.vdf2 --down 2", 1, "cannot resample 'settings.gci2': it is not a vibration data file\n"},
-    WrongCase{"kvx resample a.csv -o x.vdf2 --down 2", 1, "cannot resample 'a.csv': it has no time column; give the sampling rate with --input-rate"},
+    WrongCase{"kvx resample a.csv -o x.vdf2 --down 2", 1, "cannot resample 'a.csv': it has neither a rate nor a time column; give the sampling rate with --input-rate"},
     WrongCase{"kvx resample bad.csv -o x.vdf2 --down 2", 1, "cannot resample 'bad.csv': line 3, column 2: 'abc' is not a number\n"},
     WrongCase{"kvx resample broken.wav -o x.vdf2 --down 2", 1, "cannot resample 'broken.wav': it is a damaged sound file"},
     WrongCase{"kvx profile profile.txt -o x.vdf2", 2, "--lines is required for a data file"},
@@ -310,7 +326,9 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
               "cannot merge 'a.vdf2': 'psd.vdf2' has values over frequency, 'a.vdf2' values over time\n"},
     WrongCase{"kvx profile profile.txt -o x.csv", 1, "the output 'x.csv' does not end with .txt or .vdf2"},
     WrongCase{"kvx plot a.vdf2 -o x.svg --store-settings x.ini", 1, "the output 'x.ini' does not end with .gci2"},
-    WrongCase{"kvx help pds", 2, "there is no command 'pds' (did you mean 'psd'?); see"},
+    WrongCase{"kvx help pds", 2, "there is no command 'pds' (did you mean 'psd'?); see 'kvx --help'"},
+    WrongCase{"kvx help frf", 2, "there is no command 'frf' (did you mean 'xfr'?); see 'kvx --help'"},
+    WrongCase{"kvx export a.csv -o x.wav", 1, "cannot export 'a.csv': it has neither a rate nor a time column; give the sampling rate with 'kvx convert --rate'\n"},
     WrongCase{"kvx help units convrt", 2, "there is no command 'units convrt' (did you mean 'convert'?); see"},
     WrongCase{"kvx --json", 2, "a command is missing; see 'kvx --help'\n"},
     WrongCase{"kvx --version --jsno", 2, "there is no option '--jsno' (did you mean '--json'?); see"},

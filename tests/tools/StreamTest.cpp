@@ -251,7 +251,7 @@ TEST(StandardStreams, GiveTheReportToStandardErrorAndAreNoFiles) {
         const char* sentence;
     } cases[] = {
         {"kvx psd - < in.csv",
-         "cannot analyse standard input: it has no time column; give the sampling rate"},
+         "cannot analyse standard input: it has neither a rate nor a time column; give the sampling rate"},
         {"kvx export - -o in.csv < in.csv", "the output 'in.csv' is the input file"},
         {"kvx psd - <&-", "cannot analyse standard input: the file handle is not valid\n"},
         {"kvx export ./- -o - --as wav > /dev/full", "cannot write to standard output: the disk is full\n"},

@@ -88,6 +88,7 @@ OptionDescription* Command::Describe(const std::string& names, const std::string
     } else {
         option.value = names;
     }
+    if (!option.IsArgument()) option.group = description_->group;
     description_->options.push_back(std::move(option));
     return &description_->options.back();
 }
@@ -96,6 +97,7 @@ template <typename Target>
 Option Command::AddOption(const std::string& names, Target& target, const std::string& description) {
     CLI::Option* option = app_->add_option(names, target, Description(*app_, description));
     if constexpr (std::is_same_v<Target, std::vector<std::string>>) option->allow_extra_args(false);
+    if (!names.starts_with('-')) option->type_name("");  // the name says what it is
     return {option,
             Describe(names, std::is_constructible_v<Target, const char*> ? "TEXT" : "N", description)};
 }
@@ -115,6 +117,11 @@ KVX_OPTION_TARGET(std::size_t);
 
 Option Command::AddFlag(const std::string& name, bool& target, const std::string& description) {
     return {app_->add_flag(name, target, Description(*app_, description)), Describe(name, "", description)};
+}
+
+void Command::BeginGroup(const std::string& title) {
+    description_->group = title;
+    app_->option_defaults()->group(title.empty() ? "Options" : title);
 }
 
 void Command::SetFooter(std::string_view paragraphs, std::string_view example) {

@@ -68,6 +68,8 @@ public:
     template <typename Target>
     Option AddOption(const std::string& names, Target& target, const std::string& description);
     Option AddFlag(const std::string& name, bool& target, const std::string& description);
+    /// The help shows what is described from here on below a title of its own; an empty one ends that.
+    void BeginGroup(const std::string& title);
     /// What the help ends with: paragraphs that are wrapped, then the lines of an example that are not.
     /// Either may be a raw string with line ends around it.
     void SetFooter(std::string_view paragraphs, std::string_view example);

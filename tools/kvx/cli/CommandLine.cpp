@@ -4,14 +4,18 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iterator>
 #include <new>
 #include <nlohmann/json.hpp>
 #include <ranges>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <KvxDevCommon01/platform/ByteStream.h>
@@ -41,10 +45,12 @@ int Report(const std::string& sentence, ExitStatus status) {
     return status;
 }
 
-/// A complaint about the command line as a sentence that points to the help of the command it is about.
+/// A complaint about the command line as a sentence that points to the help of the command it is about; of
+/// "help" to that of the tool, which lists the commands.
 int ReportUsage(const CLI::App& app, std::string complaint, ExitStatus status) {
     const auto commands = app.get_subcommands();
-    const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
+    const bool isNone = commands.empty() || commands.front()->get_name() == "help";
+    const std::string command = isNone ? "" : " " + commands.front()->get_name();
     while (complaint.ends_with('\n') || complaint.ends_with('.')) complaint.pop_back();
     return Report(fmt::format("{}; see 'kvx{} --help'", complaint, command), status);
 }
@@ -55,6 +61,31 @@ std::vector<std::string> CommandNames(const CLI::App& app) {
          app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); }))
         names.push_back(command->get_name());
     return names;
+}
+
+/// What the field calls the work of a command.
+struct OtherWord {
+    std::string_view word;
+    std::string_view command;
+};
+constexpr std::array kOtherWords = {
+    OtherWord{"asd", "psd"},           OtherWord{"coherence", "xfr"},
+    OtherWord{"decimate", "resample"}, OtherWord{"downsample", "resample"},
+    OtherWord{"fft", "spectrum"},      OtherWord{"frf", "xfr"},
+    OtherWord{"generate", "synth"},    OtherWord{"highpass", "filter"},
+    OtherWord{"join", "merge"},        OtherWord{"lowpass", "filter"},
+    OtherWord{"rename", "edit"},       OtherWord{"show", "info"},
+    OtherWord{"stft", "spectrogram"},  OtherWord{"transfer", "xfr"},
+    OtherWord{"welch", "psd"},
+};
+
+/// The sentence for a word that names no command of the application.
+std::string NoSuchCommand(const CLI::App& app, const std::string& words, const std::string& word) {
+    const auto other = std::ranges::find(kOtherWords, word, &OtherWord::word);
+    std::vector<std::string> names = CommandNames(app);
+    if (other != kOtherWords.end() && std::ranges::count(names, other->command) > 0)
+        return fmt::format("there is no command {} (did you mean '{}'?)", Quote(words), other->command);
+    return fmt::format("there is no command {}{}", Quote(words), DidYouMean(word, names));
 }
 
 /// What is wrong with the arguments that no option of the command has taken; empty when there are none.
@@ -93,9 +124,28 @@ void RequireCommand(const CLI::App& app, int argc, const char* const* argv) {
     const auto named =
         app.get_subcommands([&](const CLI::App* command) { return command->check_name(first); });
     if (!first.starts_with('-') && named.empty()) {
-        throw UsageError(
-            fmt::format("there is no command {}{}", Quote(first), DidYouMean(first, CommandNames(app))));
+        std::error_code ignored;
+        const std::string sentence = NoSuchCommand(app, first, first);
+        throw UsageError(!std::filesystem::is_regular_file(first, ignored)
+                             ? sentence
+                             : fmt::format("{}; 'kvx info {}' tells what the file holds", sentence, first));
     }
+}
+
+/// "--rate is to be followed by HZ", of the parser's "--rate: 1 required HZ missing".
+std::string MissingValues(const std::string& complaint) {
+    const std::string_view middle = " required ", end = " missing";
+    const std::size_t name = complaint.find(": "), values = complaint.find(middle);
+    if (name == complaint.npos || values == complaint.npos || !complaint.ends_with(end)) return complaint;
+    const std::size_t first = values + middle.size();
+    return fmt::format("{} is to be followed by {}", complaint.substr(0, name),
+                       complaint.substr(first, complaint.size() - end.size() - first));
+}
+
+/// A help text in which single empty lines part the groups of options.
+std::string WithSingleGaps(std::string help) {
+    for (std::size_t gap; (gap = help.find("\n\n\n")) != help.npos;) help.erase(gap, 1);
+    return help;
 }
 
 /// The help of the command that the words name, or of the tool.
@@ -107,12 +157,11 @@ std::string HelpOn(const CLI::App& app, const std::vector<std::string>& words) {
             command->get_subcommands([&](const CLI::App* each) { return each->check_name(word); });
         name += " " + word;
         if (named.empty()) {
-            throw UsageError(fmt::format("there is no command {}{}", Quote(name.substr(name.find(' ') + 1)),
-                                         DidYouMean(word, CommandNames(*command))));
+            throw UsageError(NoSuchCommand(*command, name.substr(name.find(' ') + 1), word));
         }
         command = named.front();
     }
-    return command->get_formatter()->make_help(command, name, CLI::AppFormatMode::Normal);
+    return WithSingleGaps(command->get_formatter()->make_help(command, name, CLI::AppFormatMode::Normal));
 }
 
 /// The version of the tool, what it computes with, and the libraries of others that it runs with.
@@ -181,7 +230,7 @@ int RunCommandLine(int argc, const char* const* argv) {
             RequireCommand(app, argc, argv);
             app.parse(argc, argv);
         } catch (const CLI::CallForHelp&) {
-            action = [&](ByteStream& stream) { WriteText(stream, app.help()); };
+            action = [&](ByteStream& stream) { WriteText(stream, WithSingleGaps(app.help())); };
         }
         if (isVersionWanted)
             action = [&](ByteStream& stream) { WriteText(stream, VersionText(isJsonWanted)); };
@@ -194,6 +243,8 @@ int RunCommandLine(int argc, const char* const* argv) {
         return ReportUsage(app, error.what(), kFailed);
     } catch (const ValueError& error) {
         return ReportUsage(app, error.what(), kFailed);
+    } catch (const CLI::ArgumentMismatch& error) {
+        return ReportUsage(app, MissingValues(error.what()), kWrongUsage);
     } catch (const CLI::ParseError& error) {
         // An unknown option comes before one that is missing, which its value may have been meant for.
         const std::string extras = ExplainExtras(app);

@@ -16,6 +16,7 @@ struct OptionDescription {
     std::vector<std::string> names = {};    ///< "-o", "--output"; none for an argument
     std::string value = {};                 ///< what stands for its value, "HZ"; none for a flag
     std::string text = {};                  ///< one paragraph
+    std::string group = {};                 ///< title above it in the help; empty for the general ones
     std::string standard = {};              ///< the value without the option, where the help tells it
     std::vector<std::string> choices = {};  ///< values that are known by name
     bool isRequired = false;
@@ -35,6 +36,7 @@ struct CommandDescription {
     std::vector<std::string> example = {};  ///< lines for a shell
     std::list<OptionDescription> options = {};
     std::list<CommandDescription> commands = {};
+    std::string group = {};  ///< that of the option described next
 };
 
 /// The paragraphs of a raw string: blank lines separate them, other line ends are blanks.

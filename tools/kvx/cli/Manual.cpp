@@ -89,9 +89,9 @@ std::string Paragraphs(const CommandDescription& command) {
     return text;
 }
 
-/// One tagged paragraph per option, arguments first.
+/// One tagged paragraph per option, arguments first, groups with a title last.
 std::string Options(const CommandDescription& command) {
-    std::string arguments, options;
+    std::string arguments, options, grouped, group;
     for (const OptionDescription& option : command.options) {
         std::string tag;
         for (const std::string& name : option.names) tag += (tag.empty() ? "" : ", ") + Bold(name);
@@ -108,10 +108,13 @@ std::string Options(const CommandDescription& command) {
                 text += (i > 0 ? ", " : "") + option.choices[i];
         }
         if (!option.standard.empty()) text += " (default: " + option.standard + ")";
-        (option.IsArgument() ? arguments : options) += ".TP\n" + tag + "\n" + Filled(text + ".");
+        if (!option.group.empty() && option.group != group)
+            grouped += ".SS " + Escaped(group = option.group) + "\n";
+        std::string& part = option.IsArgument() ? arguments : option.group.empty() ? options : grouped;
+        part += ".TP\n" + tag + "\n" + Filled(text + ".");
     }
     options += ".TP\n" + Bold("-h") + ", " + Bold("--help") + "\nPrint the help of the command and exit.\n";
-    return arguments + options;
+    return arguments + options + grouped;
 }
 
 std::string Example(const CommandDescription& command) {
@@ -140,7 +143,9 @@ constexpr std::array kVariables = {
 constexpr std::array kStatuses = {
     Named{"0", "The work is done."},
     Named{"1", "It failed; one sentence on standard error says why."},
-    Named{"2", "The command line cannot be meant."},
+    Named{"2",
+          "The command line is not one of the tool's: a command or an option that there is not, or one that "
+          "is missing."},
 };
 
 template <typename Table>

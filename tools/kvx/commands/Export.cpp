@@ -25,9 +25,14 @@ void AddExport(Command app) {
     StreamOptions& stream = options->stream;
     stream.first = Format::text;
     options->shownUnitsName = "--unit";
+    stream.recording.rateName = "'kvx convert --rate'";
+    stream.recording.unitName = "'kvx convert --unit'";
     Command command =
         app.AddCommand("export", "Write records as a CSV table, a WAV file or in another format");
-    AddInputs(command, "FILE", "Data files", batch.get());
+    AddInputs(
+        command, "FILE",
+        "Recordings that say what they hold, such as data files; what is to be stated, 'kvx convert' takes",
+        batch.get());
     AddOutputOptions(command, "Output, of several inputs a folder", RecordingFormats(stream.first),
                      &batch->output)
         .Required();

@@ -27,7 +27,7 @@ void AddImport(Command app) {
     AddInputs(command, "INPUT",
               "Recordings of another format than the suite's ('kvx formats' lists them); - is standard input",
               batch.get());
-    AddOutputOptions(command, "Data file to write, of several inputs a folder", RecordingFormats(),
+    AddOutputOptions(command, "Output, mostly a data file, of several inputs a folder", RecordingFormats(),
                      &batch->output)
         .Required();
     AddBatchOptions(command, batch.get());

@@ -100,15 +100,19 @@ RecordingStatements StatementsOf(const std::string& path, const RecordingOptions
     return stated;
 }
 
+constexpr const char* kPartTitle = "Part of the recording";
+
 }  // namespace
 
 void AddPartOptions(Command command, PartOptions* options) {
+    command.BeginGroup(kPartTitle);
     AddList(command, "--channels", options->channels,
             "Channels by number, range, name or pattern as 'kvx info' shows them: 1,3-4,top,acc*");
     AddRangeOptions(command, options);
 }
 
 void AddRangeOptions(Command command, PartOptions* options) {
+    command.BeginGroup(kPartTitle);
     command.AddOption("--record", options->record, "Only the channels of this record, counted from 1")
         .Type("N")
         .Check(WholeNumber(1, 1'000'000));
@@ -120,9 +124,11 @@ void AddRangeOptions(Command command, PartOptions* options) {
     command.AddOption("--end", options->end, "Only what lies before here")
         .Type("PLACE")
         .Check(FiniteNumber());
+    command.BeginGroup("");
 }
 
 void AddRecordingOptions(Command& command, RecordingOptions* options) {
+    command.BeginGroup("What a file does not say");
     AddPositive(command, options->rateName, "HZ", options->rateHz,
                 "True sampling rate; without it that of the sound file or the time column");
     AddList(
@@ -135,6 +141,8 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
             "By what amplifiers multiplied the signals, one for all or a list");
     AddPositive(command, "--full-scale", "VALUE", options->fullScale,
                 "What full scale of a sound file stands for, in its unit");
+    command.AddFlag("--partial", options->isPartial, "Take a sound file that is cut short as far as it goes");
+    command.BeginGroup("How a text table is written");
     command
         .AddOption("--time", options->time,
                    "Where a text has the time or another axis: first, none, or a column by number or heading")
@@ -170,7 +178,7 @@ void AddRecordingOptions(Command& command, RecordingOptions* options) {
                    "Encoding of a text; without it UTF-8 or what a byte-order mark says")
         .Type("NAME")
         .OneOf(EncodingNames());
-    command.AddFlag("--partial", options->isPartial, "Take a sound file that is cut short as far as it goes");
+    command.BeginGroup("");
 }
 
 bool IsDataFile(const std::string& input) {
