@@ -675,8 +675,11 @@ ChannelView ChannelNamed(const RecordingPointer& self, const py::object& key) {
     if (found != channels.end()) return *found;
     std::vector<std::string> names;
     for (const ChannelView& each : channels) names.push_back(ToUtf8(each.Channel().name));
-    throw Error(ErrorKind::kUnknownName,
-                "there is no channel " + Quote(ToUtf8(name)) + DidYouMean(ToUtf8(name), names));
+    constexpr std::size_t kMost = 8;
+    std::string hint = DidYouMean(ToUtf8(name), names);
+    if (hint.empty() && names.size() <= kMost)
+        for (const std::string& each : names) hint += (hint.empty() ? ", only " : ", ") + Quote(each);
+    throw Error(ErrorKind::kUnknownName, "there is no channel " + Quote(ToUtf8(name)) + hint);
 }
 
 py::array ReadChannel(const ChannelView& self) {

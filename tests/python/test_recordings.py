@@ -36,6 +36,8 @@ class Files(FolderTest):
             self.assertIsNone(recording.runs[0].started)
             with self.assertRaisesRegex(kvx.UnknownNameError, "top"):
                 recording["tops"]
+            with self.assertRaisesRegex(kvx.UnknownNameError, "there is no channel 'left', only 'top', 'base'"):
+                recording["left"]
             self.assertRaises(IndexError, lambda: recording[2])
         self.assertTrue(recording.closed)
         self.assertRaisesRegex(kvx.BadValueError, "closed", recording.read)

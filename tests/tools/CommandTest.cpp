@@ -339,6 +339,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx units furlong", 1, "no dimension and no unit is called 'furlong'"},
     WrongCase{"kvx units convert 1 g kg/h", 1, "'g' does not convert to 'kg/h': they are of different dimensions\n"},
     WrongCase{"kvx units convert one g kg", 1, "'one' is not a number"},
+    WrongCase{"kvx units convert 1 g", 2, "TO is required; see 'kvx units convert --help'\n"},
     WrongCase{"kvx show-value 1 g --in mm", 1, "'g' does not convert to 'mm': they are of different dimensions\n"},
     WrongCase{"kvx show-value 1 g --suffix peak", 1, "--suffix: there is no suffix 'peak', only none, 0-p, p-p, rms"},
     WrongCase{"kvx show-value 1 g --format %d", 1, "--format: '%d' is not a format of one number, such as %.2f,"},

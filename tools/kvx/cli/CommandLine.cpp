@@ -48,9 +48,10 @@ int Report(const std::string& sentence, ExitStatus status) {
 /// A complaint about the command line as a sentence that points to the help of the command it is about; of
 /// "help" to that of the tool, which lists the commands.
 int ReportUsage(const CLI::App& app, std::string complaint, ExitStatus status) {
-    const auto commands = app.get_subcommands();
-    const bool isNone = commands.empty() || commands.front()->get_name() == "help";
-    const std::string command = isNone ? "" : " " + commands.front()->get_name();
+    std::string command;
+    for (auto commands = app.get_subcommands(); !commands.empty();
+         commands = commands.front()->get_subcommands())
+        if (commands.front()->get_name() != "help") command += " " + commands.front()->get_name();
     while (complaint.ends_with('\n') || complaint.ends_with('.')) complaint.pop_back();
     return Report(fmt::format("{}; see 'kvx{} --help'", complaint, command), status);
 }
