@@ -6,7 +6,8 @@
 
 namespace kvx::tool {
 
-/// Exit statuses: done; the work failed; the command line is not one of the tool's; what was measured is out of limits.
+/// Exit statuses: done; the work failed; the command line is not one of the tool's; what was measured is out
+/// of limits.
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2, kOutOfLimits = 3 };
 
 int RunCommandLine(int argc, const char* const* argv);

@@ -146,6 +146,7 @@ constexpr std::array kStatuses = {
     Named{"2",
           "The command line is not one of the tool's: a command or an option that there is not, or one that "
           "is missing."},
+    Named{"3", "What was measured is out of its limits (kvx compare)."},
 };
 
 template <typename Table>
