@@ -17,7 +17,12 @@
 namespace kvx {
 
 BlockTransform::BlockTransform(std::span<const double> window)
-    : size_(std::ssize(window)), window_(size_), work_(size_), real_(size_), imaginary_(size_) {
+    : size_(std::ssize(window)),
+      memory_(4 * (size_ + kApart)),
+      window_(memory_.Data()),
+      work_(window_ + size_ + kApart),
+      real_(work_ + size_ + kApart),
+      imaginary_(real_ + size_ + kApart) {
     RequireBlockSize(size_);
     const CDataArrayDouble samples(size_, window.data());
     if (samples.GetNum() == 0) throw std::bad_alloc();
@@ -26,27 +31,24 @@ BlockTransform::BlockTransform(std::span<const double> window)
     if (sum_ == 0.0 || !std::isfinite(sum_) || !std::isfinite(squareSum_))
         throw Error(ErrorKind::kBadValue, "the sum of a window is neither 0 nor beyond the range of numbers");
     CMatWIND::CalcWindENBW(samples, &noiseBandwidth_, nullptr);
-    std::ranges::copy(window, window_.Data());
+    std::ranges::copy(window, window_);
     const int log2Size = std::countr_zero(static_cast<std::uint64_t>(size_));
     if (log2Size >= kMinLog2PlannedSize) plan_ = &TransformPlan(log2Size);
 }
 
 void BlockTransform::Transform(std::span<const double> samples) {
-    double* const re = real_.Data();
-    double* const im = imaginary_.Data();
     if (plan_ != nullptr) {
-        ActiveKernels<FftKernels>().forward(*plan_, samples.data(), window_.Data(), work_.Data(),
-                                            {re, im, Lines(), 1.0});
+        ActiveKernels<FftKernels>().forward(*plan_, samples.data(), window_, work_,
+                                            {real_, imaginary_, Lines(), 1.0});
         return;
     }
-    std::transform(samples.begin(), samples.end(), window_.Data(), re,
-                   [](double x, double w) { return x * w; });
-    CMatFFT::XfrRfft(re, im, size_, re, im, Lines());
+    std::transform(samples.begin(), samples.end(), window_, real_, [](double x, double w) { return x * w; });
+    CMatFFT::XfrRfft(real_, imaginary_, size_, real_, imaginary_, Lines());
 }
 
 void BlockTransform::AddPowers(std::span<const double> samples, double* sums) {
     if (plan_ != nullptr) {
-        ActiveKernels<FftKernels>().addPowers(*plan_, samples.data(), window_.Data(), work_.Data(), sums);
+        ActiveKernels<FftKernels>().addPowers(*plan_, samples.data(), window_, work_, sums);
         return;
     }
     Transform(samples);

@@ -9,28 +9,27 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <new>
 #include <span>
 #include <vector>
 
 namespace kvx {
 
 /// Zeros that begin at a multiple of 64 bytes, so that no vector of a kernel lies across two lines of the
-/// cache.
+/// cache. Aligned here: the allocator would give back what lies before and behind, and tidy up for that.
 class AlignedBlock {
 public:
     explicit AlignedBlock(std::int64_t count)
-        : values_(new (std::align_val_t{kAlignment}) double[static_cast<std::size_t>(count)]()) {}
+        : values_(new double[static_cast<std::size_t>(count) + kAlignment]()),
+          first_(values_.get() + (-Place() & (kAlignment - 1))) {}
 
-    double* Data() const { return values_.get(); }
+    double* Data() const { return first_; }
 
 private:
-    static constexpr std::size_t kAlignment = 64;
-    struct Delete {
-        void operator()(double* values) const { operator delete[](values, std::align_val_t{kAlignment}); }
-    };
+    static constexpr std::size_t kAlignment = 64 / sizeof(double);
+    std::size_t Place() const { return reinterpret_cast<std::uintptr_t>(values_.get()) / sizeof(double); }
 
-    std::unique_ptr<double[], Delete> values_;
+    std::unique_ptr<double[]> values_;
+    double* first_;
 };
 
 class BlockTransform {
@@ -50,19 +49,23 @@ public:
     void Transform(std::span<const double> samples);
 
     /// The lines of the last Transform, unscaled.
-    const double* Real() const { return real_.Data(); }
-    const double* Imaginary() const { return imaginary_.Data(); }
+    const double* Real() const { return real_; }
+    const double* Imaginary() const { return imaginary_; }
 
     /// Transforms as well, but adds 4 |X|^2 of each line to `sums`, of one value more than there are lines.
     void AddPowers(std::span<const double> samples, double* sums);
 
 private:
+    /// Two lines of the cache lie between the parts, so that they do not begin at the same place of a page.
+    static constexpr std::int64_t kApart = 16;
+
     std::int64_t size_;
     const FftPlan* plan_ = nullptr;  // of blocks that have one
-    AlignedBlock window_;
-    AlignedBlock work_;
-    AlignedBlock real_;
-    AlignedBlock imaginary_;
+    AlignedBlock memory_;            // of all that follow
+    double* window_;
+    double* work_;
+    double* real_;
+    double* imaginary_;
     double sum_;
     double squareSum_;
     double noiseBandwidth_ = 0.0;
