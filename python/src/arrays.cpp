@@ -1,25 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "arrays.h"
 
-#include <bit>
-#include <cstdint>
+#include <algorithm>
 #include <type_traits>
 
-#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Text.h>
 
 namespace kvx::python {
 namespace {
 
 constexpr int kSideBySide =
-    py::array::c_style | py::array::forcecast | py::detail::npy_api::NPY_ARRAY_ALIGNED_;
+    py::detail::npy_api::NPY_ARRAY_C_CONTIGUOUS_ | py::detail::npy_api::NPY_ARRAY_ALIGNED_;
 
+/// Whether an object is an array, not one of a subclass, of such numbers side by side as this machine has
+/// them.
 template <typename Number>
 bool IsReadInPlace(const py::object& object) {
-    return py::isinstance<py::array_t<Number, py::array::c_style>>(object) &&
-           (py::reinterpret_borrow<py::array>(object).flags() & py::detail::npy_api::NPY_ARRAY_ALIGNED_) !=
-               0 &&
-           Py_TYPE(object.ptr()) == py::detail::npy_api::get().PyArray_Type_;
+    if (Py_TYPE(object.ptr()) != py::detail::npy_api::get().PyArray_Type_) return false;
+    const auto* const array = py::detail::array_proxy(object.ptr());
+    const auto* const type = py::detail::array_descriptor_proxy(array->descr);
+    return py::detail::check_flags(array, kSideBySide) && type->byteorder == '=' &&
+           type->type_num == py::detail::npy_format_descriptor<Number>::value;
 }
 
 /// Whatever an array can be made of, as an array of some kind of numbers.
@@ -52,14 +53,12 @@ py::module_ NumPy() {
 
 template <typename Number>
 RowsOf<Number>::RowsOf(const py::object& object, const char* name, py::ssize_t axis)
-    : name_(name), axis_(-1) {
-    if (IsReadInPlace<Number>(object)) {
-        array_ = py::reinterpret_borrow<py::array>(object);
-    } else {
-        array_ = AnyArray(object, name, !std::is_same_v<Number, double>);
-    }
+    : name_(name),
+      array_(IsReadInPlace<Number>(object) ? py::reinterpret_borrow<py::array>(object)
+                                           : AnyArray(object, name, !std::is_same_v<Number, double>)),
+      axis_(-1) {
     const py::ssize_t dimensions = array_.ndim();
-    if (dimensions == 0) Refuse(name_ + " is a single number, not an array");
+    if (dimensions == 0) Refuse(std::string(name) + " is a single number, not an array");
     if (axis < -dimensions || axis >= dimensions) {
         Refuse("axis " + std::to_string(axis) + " is none of an array of " + std::to_string(dimensions) +
                (dimensions == 1 ? " dimension" : " dimensions"));
@@ -71,7 +70,9 @@ RowsOf<Number>::RowsOf(const py::object& object, const char* name, py::ssize_t a
     if (!IsReadInPlace<Number>(array_)) {
         auto numbers = py::reinterpret_steal<py::object>(py::detail::npy_api::get().PyArray_FromAny_(
             array_.ptr(), py::dtype::of<Number>().release().ptr(), 0, 0,
-            py::detail::npy_api::NPY_ARRAY_ENSUREARRAY_ | kSideBySide, nullptr));
+            kSideBySide | py::detail::npy_api::NPY_ARRAY_ENSUREARRAY_ |
+                py::detail::npy_api::NPY_ARRAY_FORCECAST_,
+            nullptr));
         if (!numbers) throw py::error_already_set();
         array_ = std::move(numbers);
     }
@@ -83,13 +84,12 @@ RowsOf<Number>::RowsOf(const py::object& object, const char* name, py::ssize_t a
 
 template <typename Number>
 void RowsOf<Number>::RequireValues() const {
-    const auto* const doubles = reinterpret_cast<const double*>(data_);
-    const std::size_t width = sizeof(Number) / sizeof(double);
-    const std::span<const double> all(doubles, count_ * length_ * width);
-    if (AreNumbers(all) || AreValues(all)) return;
+    const std::span<const double> all = PartsOf(All());
+    if (AreValues(all)) return;
     const std::wstring name = FromUtf8Replacing(name_);
+    const std::size_t length = length_ * sizeof(Number) / sizeof(double);
     for (std::size_t row = 0; row < count_; ++row)
-        kvx::RequireValues(all.subspan(row * length_ * width, length_ * width), name);
+        kvx::RequireValues(all.subspan(row * length, length), name);
 }
 
 template <typename Number>
@@ -104,17 +104,6 @@ Rows OneRow(const py::object& array, const char* name) {
     Rows rows(array, name);
     if (!rows.IsSingle()) Refuse(std::string(name) + " has more than one dimension");
     return rows;
-}
-
-bool AreNumbers(std::span<const double> numbers) {
-    // Magnitudes from that of the marker on carry into the highest bit: a few operations on vectors of any
-    // machine.
-    constexpr std::uint64_t kMagnitude = 0x7fff'ffff'ffff'ffff;
-    constexpr std::uint64_t kToHighest = 0x8000'0000'0000'0000 - 0x7fef'ffff'0000'0000;
-    std::uint64_t seen = 0;
-    for (const double number : numbers)
-        seen |= (std::bit_cast<std::uint64_t>(number) & kMagnitude) + kToHighest;
-    return seen >> 63 == 0;
 }
 
 std::vector<double> NumbersOf(const py::object& array, const char* name) {
@@ -135,9 +124,15 @@ py::array_t<std::complex<double>> ComplexArrayOf(std::span<const double> real,
 }
 
 py::array_t<double> Ramp(std::size_t count, double step, double start) {
-    py::array_t<double> array(static_cast<py::ssize_t>(count));
+    // Counting in int lets the compiler make several places at once.
+    constexpr std::size_t kAtOnce = 1 << 20;
+    py::array_t<double> array = NewArray<double>(count);
     double* const out = array.mutable_data();
-    for (std::size_t i = 0; i < count; ++i) out[i] = start + static_cast<double>(i) * step;
+    for (std::size_t first = 0; first < count; first += kAtOnce) {
+        const auto before = static_cast<double>(first);
+        const int some = static_cast<int>(std::min(kAtOnce, count - first));
+        for (int i = 0; i < some; ++i) out[first + static_cast<std::size_t>(i)] = start + (before + i) * step;
+    }
     return array;
 }
 

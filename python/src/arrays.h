@@ -15,6 +15,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Parallel.h>
 
 #include "errors.h"
@@ -40,17 +41,35 @@ KVX_ARGUMENT(Listed)      ///< one of something or a list of them
 KVX_ARGUMENT(Floats)      ///< what is a number for a number and an array for an array
 #undef KVX_ARGUMENT
 
+/// An array of that shape whose numbers are not set. Faster than the constructors of py::array_t.
+template <typename Number>
+py::array_t<Number> NewArray(std::span<const py::ssize_t> shape) {
+    const auto& numpy = py::detail::npy_api::get();
+    PyObject* const array = numpy.PyArray_NewFromDescr_(
+        numpy.PyArray_Type_, py::dtype::of<Number>().release().ptr(), static_cast<int>(shape.size()),
+        shape.data(), nullptr, nullptr, 0, nullptr);
+    if (array == nullptr) throw py::error_already_set();
+    return py::reinterpret_steal<py::array_t<Number>>(array);
+}
+template <typename Number>
+py::array_t<Number> NewArray(std::size_t length) {
+    const auto size = static_cast<py::ssize_t>(length);
+    return NewArray<Number>(std::span(&size, 1));
+}
+
 /// The real or complex samples of an array along one of its axes: rows of equally many.
 template <typename Number>
 class RowsOf {
 public:
-    /// `name` is what sentences call the array. Throws Error (kBadValue) for what is no array of numbers, for
-    /// complex numbers where real ones are wanted, and for an axis that there is not.
+    /// `name`, which lives as long, is what sentences call the array. Throws Error (kBadValue) for what is no
+    /// array of numbers, for complex numbers where real ones are wanted, and for an axis that there is not.
     RowsOf(const py::object& array, const char* name, py::ssize_t axis = -1);
 
     std::size_t Count() const { return count_; }
     std::size_t Length() const { return length_; }
     std::span<const Number> Row(std::size_t row) const { return {data_ + row * length_, length_}; }
+    /// All rows, one behind the other.
+    std::span<const Number> All() const { return {data_, count_ * length_}; }
     bool IsSingle() const { return array_.ndim() == 1; }
     /// The array that holds the rows.
     const py::array& Array() const { return array_; }
@@ -61,15 +80,16 @@ public:
     /// An array for `length` results per row, with the axis where it was.
     template <typename Result>
     py::array_t<Result> Make(std::size_t length) const {
+        if (IsSingle()) return NewArray<Result>(length);
         std::vector<py::ssize_t> shape(array_.shape(), array_.shape() + array_.ndim());
         shape.back() = static_cast<py::ssize_t>(length);
-        return py::array_t<Result>(shape);
+        return NewArray<Result>(shape);
     }
     /// What Make gave, as the caller wants it.
     py::array Placed(py::array results) const;
 
 private:
-    std::string name_;
+    const char* name_;
     py::array array_;
     const Number* data_;
     std::size_t count_;
@@ -84,10 +104,12 @@ Rows OneRow(const py::object& array, const char* name);
 /// The samples of a list of numbers.
 std::vector<double> NumbersOf(const py::object& array, const char* name);
 
-/// Whether all are finite and none is near the no-value marker.
-bool AreNumbers(std::span<const double> numbers);
-inline bool AreNumbers(std::span<const std::complex<double>> numbers) {
-    return AreNumbers(std::span(reinterpret_cast<const double*>(numbers.data()), 2 * numbers.size()));
+/// Real and imaginary parts side by side.
+inline std::span<const double> PartsOf(std::span<const double> numbers) {
+    return numbers;
+}
+inline std::span<const double> PartsOf(std::span<const std::complex<double>> numbers) {
+    return {reinterpret_cast<const double*>(numbers.data()), 2 * numbers.size()};
 }
 
 /// Whether an array holds complex numbers.
@@ -113,7 +135,8 @@ py::array MapRows(const Source& rows, std::size_t length, Work work, Looks looks
         } else {
             ForEachInParallel(rows.Count(), one);
         }
-        if (looks == Looks::after && !AreNumbers(std::span<const Result>(data, rows.Count() * length)))
+        if (looks == Looks::after &&
+            !AreValues(PartsOf(std::span<const Result>(data, rows.Count() * length))))
             rows.RequireValues();
     }
     return rows.Placed(std::move(results));

@@ -21,6 +21,7 @@
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 #include <KvxDevCommon01/text/PlainText.h>
 
+#include "calls.h"
 #include "results.h"
 
 namespace kvx::python {
@@ -303,25 +304,27 @@ spectral_process, resample_process and chain.)")
 }  // namespace
 
 void BindFilters(py::module_& module) {
-    module.def("fir_filter", &FirFiltered, py::arg("b"), py::arg("x"), py::arg("axis") = -1,
-               py::arg("ends") = "zero", py::arg("delay") = 0,
-               R"(Filters by y[n] = sum of b[k] x[n - k], as scipy.signal.lfilter(b, 1, x).
+    DefineQuick(module, "fir_filter", &FirFiltered,
+                R"(Filters by y[n] = sum of b[k] x[n - k], as scipy.signal.lfilter(b, 1, x).
 
 b:     coefficients, in one dimension
 x:     real samples of any shape; every row along the axis is a signal
 ends:  what x is taken to be beyond its ends: "zero", or "held" for its first and last value
 delay: whole samples by which the result is moved forward in time; None for the delay of b, if it delays all
-       frequencies alike)");
-    module.def("butter_filter", &ButterworthFiltered, py::arg("x"), py::arg("N"), py::arg("Wn"),
-               py::arg("btype") = "low", py::arg("fs") = 2.0, py::arg("ends") = "zero", py::arg("axis") = -1,
-               R"(Filters by a digital Butterworth filter of order N, -3 dB at Wn, by the bilinear transform.
+       frequencies alike)",
+                py::arg("b"), py::arg("x"), py::arg("axis") = -1, py::arg("ends") = "zero",
+                py::arg("delay") = 0);
+    DefineQuick(module, "butter_filter", &ButterworthFiltered,
+                R"(Filters by a digital Butterworth filter of order N, -3 dB at Wn, by the bilinear transform.
 
 Wn:    corner in Hz; with the usual fs of 2 a part of half the rate, as SciPy has it
 btype: "low" or "high"
 ends:  "zero", as scipy.signal.sosfilt(butter(N, Wn, btype, fs=fs, output="sos"), x), or "held": settled on the
        first sample
 
-Causal, sample by sample; N up to 1024.)");
+Causal, sample by sample; N up to 1024.)",
+                py::arg("x"), py::arg("N"), py::arg("Wn"), py::arg("btype") = "low", py::arg("fs") = 2.0,
+                py::arg("ends") = "zero", py::arg("axis") = -1);
     module.def(
         "spectral_filter",
         [](const ArrayLike& x, double fs, std::optional<double> lowpass, std::optional<double> highpass,

@@ -19,14 +19,28 @@ namespace kvx::python {
         Do(RandomWave) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo) Do(Limit) Do(ComparedBand) \
             Do(ComparedLine) Do(Comparison)
 
-#define KVX_RESULT(Name)                                                                            \
-    class Name##Result : public py::object {                                                        \
-    public:                                                                                         \
-        PYBIND11_OBJECT_DEFAULT(Name##Result, py::object, IsAnything)                               \
-        template <typename... Fields>                                                               \
-        static Name##Result Of(Fields&&... fields) {                                                \
-            return py::module_::import("kvx.results").attr(#Name)(std::forward<Fields>(fields)...); \
-        }                                                                                           \
+/// An object of a class of results, which are tuples with names: made as a tuple, without a call of Python.
+/// `type` keeps the class once it was looked up.
+template <typename... Fields>
+py::object NamedTuple(PyObject*& type, const char* name, Fields&&... fields) {
+    if (type == nullptr) type = py::object(py::module_::import("kvx.results").attr(name)).release().ptr();
+    const py::tuple values = py::make_tuple(std::forward<Fields>(fields)...);
+    const py::tuple arguments = py::make_tuple(values);
+    PyObject* const made =
+        PyTuple_Type.tp_new(reinterpret_cast<PyTypeObject*>(type), arguments.ptr(), nullptr);
+    if (made == nullptr) throw py::error_already_set();
+    return py::reinterpret_steal<py::object>(made);
+}
+
+#define KVX_RESULT(Name)                                                     \
+    class Name##Result : public py::object {                                 \
+    public:                                                                  \
+        PYBIND11_OBJECT_DEFAULT(Name##Result, py::object, IsAnything)        \
+        template <typename... Fields>                                        \
+        static Name##Result Of(Fields&&... fields) {                         \
+            static PyObject* type = nullptr;                                 \
+            return NamedTuple(type, #Name, std::forward<Fields>(fields)...); \
+        }                                                                    \
     };
 KVX_RESULTS(KVX_RESULT)
 #undef KVX_RESULT

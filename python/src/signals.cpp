@@ -26,6 +26,7 @@
 #include <KvxDevCommon01/dsp/SineFit.h>
 #include <KvxRecording01/ProfileText.h>
 
+#include "calls.h"
 #include "results.h"
 #include "spectra.h"
 #include "units.h"
@@ -290,19 +291,17 @@ RandomWaveResult MakeRandomWave(const Profile& profile, std::optional<std::int64
 FiguresResult Statistics(const ArrayLike& x) {
     const Rows rows(x, "x");
     return ResultOf(Unlocked([&] {
-        SampleStatistics statistics;
-        std::vector<double> marked;
-        for (std::size_t r = 0; r < rows.Count(); ++r) {
-            if (AreNumbers(rows.Row(r))) {
-                statistics.Add(rows.Row(r));
-                continue;
-            }
-            // NaN is a missing value of Python.
-            marked.assign(rows.Row(r).begin(), rows.Row(r).end());
-            MarkMissing(marked);
-            statistics.Add(marked);
-        }
-        return statistics.Figures();
+        const auto figuresOf = [](std::span<const double> samples) {
+            SampleStatistics statistics;
+            statistics.Add(samples);
+            return statistics.Figures();
+        };
+        const SampleFigures figures = figuresOf(rows.All());
+        if (!std::isnan(figures.mean)) return figures;
+        // NaN is a missing value of Python.
+        std::vector<double> marked(rows.All().begin(), rows.All().end());
+        MarkMissing(marked);
+        return figuresOf(marked);
     }));
 }
 
@@ -394,8 +393,9 @@ Frames with lines of the profile's amplitudes and random phases are laid over ea
         R"(The sine that fits samples best, by least squares (the four-parameter fit of IEEE Std 1057).
 
 frequency: Hz; without it the strongest sine above 0 Hz. At least 16 samples and two periods.)");
-    module.def("statistics", &Statistics, py::arg("x"),
-               "Mean, rms and extremes of all samples that hold a value; NaN is a missing one.");
+    DefineQuick(module, "statistics", &Statistics,
+                "Mean, rms and extremes of all samples that hold a value; NaN is a missing one.",
+                py::arg("x"));
     BindStreams(module);
 }
 

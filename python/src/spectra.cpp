@@ -16,6 +16,7 @@
 #include <KvxDevCommon01/dsp/SlicedSpectrum.h>
 #include <KvxDevCommon01/text/PlainText.h>
 
+#include "calls.h"
 #include "transforms.h"
 
 namespace kvx::python {
@@ -332,12 +333,14 @@ void BindSpectra(py::module_& module) {
                                py::arg("nperseg") = py::none(), py::arg("noverlap") = py::none(), more...);
     };
     const auto defineOfOne = [&](const char* name, auto function, const char* text) {
-        std::apply([&](auto... args) { module.def(name, function, py::arg("x"), args..., text); },
+        std::apply([&](auto... args) { DefineQuick(module, name, function, text, py::arg("x"), args...); },
                    cutting(py::arg("axis") = -1));
     };
     const auto defineOfTwo = [&](const char* name, auto function, const char* text) {
         std::apply(
-            [&](auto... args) { module.def(name, function, py::arg("x"), py::arg("y"), args..., text); },
+            [&](auto... args) {
+                DefineQuick(module, name, function, text, py::arg("x"), py::arg("y"), args...);
+            },
             cutting(py::arg("axis") = -1));
     };
     defineOfOne("psd", &Psd,

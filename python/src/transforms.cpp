@@ -62,9 +62,21 @@ std::vector<double> ShapedWindow(const py::tuple& shape, std::int64_t size) {
     return {samples.begin(), samples.end()};
 }
 
+/// The last one is kept, as long as the interpreter lock is held: short signals are often cut alike, and to
+/// make a window takes as long as to transform several blocks.
+const std::vector<double>& NamedWindow(std::string name, std::int64_t size) {
+    static std::string lastName;
+    static std::vector<double> last;
+    if (name != lastName || size != std::ssize(last)) {
+        last = MakeWindow(name, size);
+        lastName = std::move(name);
+    }
+    return last;
+}
+
 std::vector<double> WindowOf(const py::object& window, std::optional<std::int64_t> size) {
     if (py::isinstance<py::str>(window))
-        return MakeWindow(py::cast<std::string>(window), size.value_or(kUsualBlock));
+        return NamedWindow(py::cast<std::string>(window), size.value_or(kUsualBlock));
     if (py::isinstance<py::tuple>(window)) {
         const auto tuple = py::reinterpret_borrow<py::tuple>(window);
         if (!tuple.empty() && py::isinstance<py::str>(tuple[0]))

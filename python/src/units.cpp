@@ -83,12 +83,13 @@ CUnitCtrl Raised(const CUnitCtrl& unit, int power) {
     return UnitOfMembers(members);
 }
 
-/// Values of one unit in another. A number stays a number, an array becomes one of its shape.
+/// Values of one unit in another, which convert(values, results) makes. A number stays a number, an array
+/// becomes one of its shape.
 template <class Convert>
 py::object Converted(const py::object& values, Convert convert) {
     if (py::isinstance<py::float_>(values) || py::isinstance<py::int_>(values)) {
         double value = py::cast<double>(values);
-        convert(std::span(&value, 1));
+        convert(std::span<const double>(&value, 1), std::span(&value, 1));
         return py::float_(value);
     }
     const bool isArray =
@@ -97,11 +98,8 @@ py::object Converted(const py::object& values, Convert convert) {
     const bool isNumber = !isArray && py::cast<int>(array.attr("ndim")) == 0;
     const Rows rows(isNumber ? array.attr("reshape")(1) : array, "values");
     py::array_t<double> results = rows.Make<double>(rows.Length());
-    const std::span<double> out(results.mutable_data(), static_cast<std::size_t>(results.size()));
-    Unlocked([&] {
-        if (!out.empty()) std::copy_n(rows.Row(0).data(), out.size(), out.data());
-        convert(out);
-    });
+    const std::span<double> out(results.mutable_data(), rows.All().size());
+    Unlocked([&] { convert(rows.All(), out); });
     if (isNumber) return py::float_(out.front());
     return std::move(results);
 }
@@ -143,16 +141,13 @@ Pair PairOf(const py::object& from, const py::object& to) {
 
 py::object Convert(const Floats& values, const UnitLike& from, const UnitLike& to) {
     const Pair pair = PairOf(from, to);
-    return Converted(values, [&](std::span<double> span) {
+    return Converted(values, [&](std::span<const double> from, std::span<double> to) {
         const bool areAbsolute = pair.from.unit.IsSingle() != 0;
-        const auto scale = [&](double factor) {
-            if (factor == 1.0) return;
-            for (double& value : span) value *= factor;
-        };
-        scale(pair.from.scale);
-        ToStandard(pair.from.unit, span, areAbsolute);
-        ToShown(pair.to.unit, span, areAbsolute);
-        scale(1.0 / pair.to.scale);
+        std::ranges::transform(from, to.begin(), [&](double value) { return value * pair.from.scale; });
+        ToStandard(pair.from.unit, to, areAbsolute);
+        ToShown(pair.to.unit, to, areAbsolute);
+        if (pair.to.scale == 1.0) return;
+        for (double& value : to) value *= 1.0 / pair.to.scale;
     });
 }
 
@@ -215,7 +210,9 @@ are made of, and can be keys and be pickled. a*b, a/b and a**2 make compounds.)"
     unit.def(
         "to_standard",
         [](const CUnitCtrl& self, const Floats& values, bool absolute) {
-            return Converted(values, [&](std::span<double> span) { ToStandard(self, span, absolute); });
+            return Converted(values, [&](std::span<const double> from, std::span<double> to) {
+                self.ConvItoD(to.data(), from.data(), std::ssize(to), 1.0, absolute ? 1 : 0);
+            });
         },
         py::arg("values"), py::arg("absolute") = true,
         R"(Values of this unit in the standard unit of its dimension; a number or an array of any shape.
@@ -224,7 +221,9 @@ absolute: whether temperatures are absolute, not differences.)");
     unit.def(
         "from_standard",
         [](const CUnitCtrl& self, const Floats& values, bool absolute) {
-            return Converted(values, [&](std::span<double> span) { ToShown(self, span, absolute); });
+            return Converted(values, [&](std::span<const double> from, std::span<double> to) {
+                self.ConvDtoI(to.data(), from.data(), std::ssize(to), 1.0, absolute ? 1 : 0);
+            });
         },
         py::arg("values"), py::arg("absolute") = true, "The inverse of to_standard.");
     unit.def(

@@ -55,6 +55,45 @@ class Transforms(unittest.TestCase):
         self.assertAlmostEqual(lines[0].real, 1.0)
 
 
+class Calls(unittest.TestCase):
+    """Functions that take their arguments without the help of pybind11 behave as those that do not."""
+
+    def test_arguments_may_come_in_every_way(self):
+        x, made = noise(4096), "".join(("nper", "seg"))
+        f, wanted = kvx.psd(x, 100.0, "hamming", 512, 128, 0)
+        np.testing.assert_array_equal(f, np.arange(256) * (100.0 / 512))
+        ways = [kvx.psd(x, nperseg=512, window="hamming", axis=0, noverlap=128, fs=100),
+                kvx.psd(axis=0, noverlap=128, nperseg=512, window="hamming", fs=np.float64(100.0), x=x),
+                kvx.psd(x, 100.0, "hamming", noverlap=np.int64(128), **{made: 512}),
+                kvx.psd(x, 100.0, kvx.get_window("hamming", 512), noverlap=128)]
+        for way in ways:
+            np.testing.assert_array_equal(way[1], wanted)
+        np.testing.assert_array_equal(kvx.psd(x)[1], kvx.psd(x, 1.0, "hann", 1024, 512)[1])
+        np.testing.assert_array_equal(kvx.fir_filter(x=x, b=[0.5, 0.5], ends="held"), kvx.fir_filter([0.5, 0.5], x, -1, "held", 0))
+        self.assertIn("psd(x: ArrayLike, fs: float = 1.0", kvx.psd.__doc__)
+
+    def test_wrong_arguments_are_told(self):
+        x = noise(4096)
+        for arguments, named in (((), {}), ((x,), {"x": x}), ((x,), {"size": 4}), ((x, "a"), {}), ((x,), {"nperseg": 0.5}),
+                                 ((x, 1.0, "hann", 1024, 512, -1, 0), {})):
+            with self.assertRaisesRegex(TypeError, r"psd\(\): incompatible function arguments") as caught:
+                kvx.psd(*arguments, **named)
+            for name in named:
+                self.assertIn(f"kwargs: {name}=", str(caught.exception))
+        for call, kind in ((lambda: kvx.psd(x, nperseg=1000), kvx.BadValueError), (lambda: kvx.psd(x, window="none"), kvx.UnknownNameError),
+                           (lambda: kvx.psd(x + 1j), kvx.BadValueError), (lambda: kvx.butter_filter(x * np.nan, 8, 0.1), kvx.UnsupportedError),
+                           (lambda: kvx.statistics([[1.0], [1.0, 2.0]]), kvx.BadValueError)):
+            self.assertRaises(kind, call)
+
+    def test_a_window_stays_what_it_is(self):
+        for _ in range(2):
+            for name, size in (("hann", 64), ("hamming", 64), ("hann", 128)):
+                window = kvx.get_window(name, size)
+                a = 0.5 if name == "hann" else 0.54
+                close(self, window, a - (1 - a) * np.cos(2 * np.pi * np.arange(size) / size))
+                window[:] = 0.0
+
+
 @needs_scipy
 class Spectra(unittest.TestCase):
     def setUp(self):
@@ -219,8 +258,11 @@ class Signals(unittest.TestCase):
         figures = kvx.statistics(x)
         np.testing.assert_allclose((figures.mean, figures.rms), (x.mean(), np.sqrt((x**2).mean())))
         self.assertEqual((figures.min, figures.max, figures.peak), (x.min(), x.max(), np.abs(x).max()))
+        self.assertEqual(kvx.statistics(np.append(x, [np.inf, -np.inf]))[:2], (4002, 0))
         x[2, 5:9] = np.nan
         self.assertEqual(kvx.statistics(x)[:2], (3996, 4))
+        self.assertEqual(kvx.statistics(x), kvx.statistics(x[~np.isnan(x)])._replace(missing=4))
+        self.assertEqual(kvx.statistics(x * np.nan), (0, 4000, 0.0, 0.0, 0.0, 0.0, 0.0))
         self.assertEqual(kvx.statistics(x).max, np.nanmax(x))
         stream = kvx.SampleStatistics()
         for row in x:
