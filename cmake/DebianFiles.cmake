@@ -1,5 +1,6 @@
 # Run by cpack on the files of the packages before they are packed: the copyright file, the changelog and the overrides of
-# lintian in the folder of each package, manual pages compressed. SOURCE_DATE_EPOCH gives the date, where it is set.
+# lintian in the folder of each package, manual pages compressed, and no search paths in programs, since the libraries lie
+# where the loader looks by itself. SOURCE_DATE_EPOCH gives the date, where it is set.
 cmake_policy(SET CMP0057 NEW)
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} upper)
@@ -28,6 +29,12 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
         file(COPY ${CPACK_KVX_OVERRIDES}/${package}.lintian-overrides DESTINATION ${root}/share/lintian/overrides)
         file(RENAME ${root}/share/lintian/overrides/${package}.lintian-overrides ${root}/share/lintian/overrides/${package})
     endif()
+    file(GLOB_RECURSE binaries LIST_DIRECTORIES NO ${root}/bin/* ${root}/lib/*.so ${root}/lib/*.so.*)
+    foreach(binary IN LISTS binaries)
+        if(NOT IS_SYMLINK ${binary})
+            file(RPATH_REMOVE FILE ${binary})
+        endif()
+    endforeach()
     file(GLOB pages ${root}/share/man/man1/*.1)
     execute_process(COMMAND gzip -9nf ${pages} ${folder}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
     # Whoever builds may have a strict umask.

@@ -63,5 +63,7 @@ if(PROJECT_IS_TOP_LEVEL)
     install(FILES README.md README.ja.md CHANGELOG.md CONTRIBUTING.md SECURITY.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR}
         COMPONENT documents)
     install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
+    install(DIRECTORY python/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}/python COMPONENT documents
+        PATTERN __pycache__ EXCLUDE)
     include(${CMAKE_CURRENT_LIST_DIR}/Packages.cmake)
 endif()

@@ -9,6 +9,7 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # the first line of each description
 set(CPACK_PACKAGE_CONTACT ${KVX_PACKAGE_MAINTAINER})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_THREADS 0)  # all cores compress
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL libraries development tool documents)
@@ -70,13 +71,30 @@ set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_COMPONENT_DOCUMENTS_DESCRIPTION "${suite} (documents)\n${documents_text}")
 
-string(JOIN "\n" python_text
-    "Recordings, units, spectra and filters of the suite in Python, with samples as"
-    "NumPy arrays.")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kvx)
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
-set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${kvx_exact_libraries}, python3, python3-numpy")
-set(CPACK_COMPONENT_PYTHON_DESCRIPTION "${suite} (Python module)\n${python_text}")
+if(KVX_BUILD_PYTHON)
+    # An extension serves the Python that it was compiled for, and arrays of the binary interface that this one's NumPy has.
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
+    set(python ${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR})
+    math(EXPR next_minor "${Python3_VERSION_MINOR} + 1")
+    execute_process(COMMAND dpkg-query -W -f "\${Provides}" python3-numpy
+        OUTPUT_VARIABLE numpy_provides ERROR_QUIET RESULT_VARIABLE failed)
+    string(REGEX MATCH "python3-numpy[0-9]*-abi[0-9]+" numpy_abi "${numpy_provides}")
+    string(JOIN ", " python_depends
+        ${kvx_exact_libraries} "python3 (>= ${python}~)" "python3 (<< ${Python3_VERSION_MAJOR}.${next_minor})" python3-numpy
+        ${numpy_abi})
+    string(JOIN "\n" python_text
+        "Recordings of any format, units, spectra, transfer functions, filters, random"
+        "tests and graphs of the suite in Python, with samples as NumPy arrays, SciPy's"
+        "names where a function is the same, and types for editors and checkers.")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kvx)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${python_depends}")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "fonts-dejavu-core")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "kvx-doc, python3-distributed, python3-scipy")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA  # bytecode is written at installation and goes with the package
+        ${CMAKE_CURRENT_LIST_DIR}/debian/python3-kvx/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/python3-kvx/prerm)
+    set(CPACK_COMPONENT_PYTHON_DESCRIPTION "${suite} (Python module)\n${python_text}")
+endif()
 
 # What Debian asks of each package beside its files.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/DebianFiles.cmake)
