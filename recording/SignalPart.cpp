@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
@@ -156,7 +157,80 @@ private:
     std::vector<Piece> left_;  ///< per run, what is still to be skipped and read
 };
 
+class PickedSignal : public SignalReader {
+public:
+    PickedSignal(std::unique_ptr<SignalReader> reader, std::string_view channels)
+        : reader_(std::move(reader)) {
+        text_ = reader_->Text();
+        remarks_ = reader_->Remarks();
+        properties_ = reader_->Properties();
+        std::vector<std::wstring> names;
+        for (const SignalRun& run : reader_->Runs())
+            for (const SignalRun::Channel& channel : run.channels) names.push_back(channel.name);
+        const std::vector<std::size_t> chosen = ChooseChannels(channels, names);
+        std::size_t first = 0;  // of the run among all channels
+        for (std::size_t r = 0; r < reader_->Runs().size(); ++r) {
+            const SignalRun& whole = reader_->Runs()[r];
+            std::vector<std::size_t> columns;  // where the samples of each channel begin
+            std::size_t column = whole.isListed ? 1 : 0;
+            for (const SignalRun::Channel& channel : whole.channels) {
+                columns.push_back(column);
+                column += PartsOf(channel);
+            }
+            Picked picked = {r, std::vector<std::size_t>(whole.isListed ? 1 : 0)};
+            SignalRun run = whole;
+            run.channels.clear();
+            for (const std::size_t at : chosen) {
+                if (at < first || at - first >= whole.channels.size()) continue;
+                run.channels.push_back(whole.channels[at - first]);
+                for (std::size_t part = 0; part < PartsOf(run.channels.back()); ++part)
+                    picked.columns.push_back(columns[at - first] + part);
+            }
+            first += whole.channels.size();
+            if (run.channels.empty()) continue;
+            runs_.push_back(std::move(run));
+            picked_.push_back(std::move(picked));
+        }
+    }
+
+    std::size_t Read(std::size_t run, std::span<double* const> targets, std::size_t room) override {
+        RequireChannels({targets.data(), targets.size()}, run < runs_.size() ? runs_[run].Columns() : 0,
+                        room);
+        const Picked& picked = picked_[run];
+        std::vector<double*> all(reader_->Runs()[picked.run].Columns(), nullptr);
+        for (std::size_t c = 0; c < targets.size(); ++c) all[picked.columns[c]] = targets[c];
+        // Readers may fill their columns side by side: each one that is passed over has its own room.
+        passedOver_.resize((all.size() - targets.size()) * room);
+        double* next = passedOver_.data();
+        for (double*& column : all)
+            if (column == nullptr) column = std::exchange(next, next + room);
+        return reader_->Read(picked.run, all, room);
+    }
+
+    void Skip(std::size_t run, __int64 count) override {
+        RequireRun(run, runs_.size());
+        reader_->Skip(picked_[run].run, count);
+    }
+
+private:
+    struct Picked {
+        std::size_t run;                   ///< of the whole
+        std::vector<std::size_t> columns;  ///< of the whole, in the order of those picked
+    };
+
+    static std::size_t PartsOf(const SignalRun::Channel& channel) { return channel.isComplex ? 2 : 1; }
+
+    std::unique_ptr<SignalReader> reader_;
+    std::vector<Picked> picked_;
+    std::vector<double> passedOver_;
+};
+
 }  // namespace
+
+std::unique_ptr<SignalReader> PickChannels(std::unique_ptr<SignalReader> reader, std::string_view channels) {
+    if (!reader) throw Error(ErrorKind::kBadValue, "there is no recording");
+    return std::make_unique<PickedSignal>(std::move(reader), channels);
+}
 
 std::unique_ptr<SignalReader> OpenPart(const OpenReader& open, const AxisPart& part,
                                        const ProgressFunction& progress) {

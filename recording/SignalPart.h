@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// A part of a recording along its axis: from one time to another, or from one frequency to another.
+// A part of a recording: along its axis, from one time or one frequency to another, or some of its channels.
 #pragma once
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <KvxDevCommon01/platform/Progress.h>
 #include <KvxRecording01/Export.h>
@@ -34,5 +35,11 @@ using OpenReader = std::function<std::unique_ptr<SignalReader>()>;
 /// Error when nothing is left, and what `open` and its reader throw.
 KVX_RECORDING_API std::unique_ptr<SignalReader> OpenPart(const OpenReader& open, const AxisPart& part,
                                                          const ProgressFunction& progress = {});
+
+/// A reader of the channels that `channels` names, as ChooseChannels does through all runs, in that order in
+/// each run. Channels keep their numbers; runs of which none is chosen are left out. Throws Error for no
+/// reader, and as ChooseChannels.
+KVX_RECORDING_API std::unique_ptr<SignalReader> PickChannels(std::unique_ptr<SignalReader> reader,
+                                                             std::string_view channels);
 
 }  // namespace kvx

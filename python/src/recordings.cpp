@@ -198,24 +198,27 @@ RecordingPointer OpenPath(const PathLike& given, const Listed& channels, std::op
     return std::make_shared<Recording>(whole, open, py::make_tuple("open", py::make_tuple(whole), again));
 }
 
-RecordingPointer Derived(Recording::Open open, const char* function, const py::tuple& arguments,
-                         const py::dict& more = {}) {
-    return std::make_shared<Recording>(std::string(), std::move(open),
-                                       py::make_tuple(function, arguments, more));
+/// Opens by a function that gives all channels.
+template <class OpenAll>
+Recording::Open ByChannels(OpenAll openAll) {
+    return [openAll](const std::string& channels, const SignalKinds& kinds) -> std::unique_ptr<SignalReader> {
+        std::unique_ptr<SignalReader> all = openAll(kinds);
+        return channels.empty() ? std::move(all) : PickChannels(std::move(all), channels);
+    };
 }
 
-void RequireAllChannels(const std::string& channels) {
-    if (!channels.empty())
-        throw Error(ErrorKind::kUnsupported,
-                    "the reference is in another run of a recording that is no file");
+template <class OpenAll>
+RecordingPointer Derived(OpenAll openAll, const char* function, const py::tuple& arguments,
+                         const py::dict& more = {}) {
+    return std::make_shared<Recording>(std::string(), ByChannels(std::move(openAll)),
+                                       py::make_tuple(function, arguments, more));
 }
 
 RecordingPointer Part(const RecordingPointer& recording, std::optional<double> start,
                       std::optional<double> end) {
     const AxisPart part = {start, end};
     Required(recording);
-    const auto open = [=](const std::string& channels, const SignalKinds& kinds) {
-        RequireAllChannels(channels);
+    const auto open = [=](const SignalKinds& kinds) {
         return OpenPart([&] { return kinds.anyRun ? recording->Reader() : recording->Waveforms(); }, part,
                         Interruptible());
     };
@@ -225,8 +228,7 @@ RecordingPointer Part(const RecordingPointer& recording, std::optional<double> s
 template <class Join>
 RecordingPointer Joined(const std::vector<RecordingPointer>& recordings, const char* function, Join join) {
     for (const RecordingPointer& each : recordings) Required(each);
-    const auto open = [=](const std::string& channels, const SignalKinds& kinds) {
-        RequireAllChannels(channels);
+    const auto open = [=](const SignalKinds& kinds) {
         std::vector<MergeInput> inputs;
         for (const RecordingPointer& each : recordings) {
             inputs.push_back({kinds.anyRun ? each->Reader() : each->Waveforms(),
@@ -264,8 +266,7 @@ RecordingPointer Edited(const RecordingPointer& recording, const Listed& names, 
         e.offset *= unit.scale;
     });
     spread(shownIn, "to_units", [](ChannelEdit& e, const py::object& v) { e.shownIn = UnitOf(v); });
-    const auto open = [=](const std::string& channels, const SignalKinds& kinds) {
-        RequireAllChannels(channels);
+    const auto open = [=](const SignalKinds& kinds) {
         return EditSignal(kinds.anyRun ? recording->Reader() : recording->Waveforms(), edit);
     };
     return Derived(open, "edit", py::make_tuple(recording, names, units, scale, offset, shownIn, text));
@@ -400,9 +401,7 @@ RecordingPointer FromArrays(const py::object& given, std::optional<double> rate,
     }
     const auto kept = Kept(owner);
     const std::wstring wide = FromUtf8Replacing(text);
-    const auto open = [=](const std::string& channels,
-                          const SignalKinds& kinds) -> std::unique_ptr<SignalReader> {
-        RequireAllChannels(channels);
+    const auto open = [=](const SignalKinds& kinds) -> std::unique_ptr<SignalReader> {
         if (!kinds.anyRun && !run.IsWaveform())
             throw Error(ErrorKind::kUnsupported, "the arrays are no time waveforms");
         if (!kinds.missing)
@@ -422,15 +421,14 @@ RecordingPointer FromArrays(const py::object& given, std::optional<double> rate,
 }
 
 RecordingPointer FromContent(const ContentPointer& content) {
-    const auto open = [content](const std::string& channels, const SignalKinds& kinds) {
-        RequireAllChannels(channels);
+    const auto open = [content](const SignalKinds& kinds) {
         auto reader = SignalOfRecords(*content, kinds.isJoined, kArguments);
         const auto& runs = reader->Runs();
         if (!kinds.anyRun && !std::ranges::all_of(runs, &SignalRun::IsWaveform))
             throw Error(ErrorKind::kUnsupported, "a record is no time waveform");
         return reader;
     };
-    return std::make_shared<Recording>(std::string(), open, py::none());
+    return std::make_shared<Recording>(std::string(), ByChannels(open), py::none());
 }
 
 // ---- reading ----
@@ -822,12 +820,22 @@ std::vector<TransferPointer> Transfers(Recording& recording, const py::object& r
                                        const Listed& responses, const py::object& window,
                                        std::optional<std::int64_t> nperseg,
                                        std::optional<std::int64_t> noverlap, double low,
-                                       std::optional<double> high) {
+                                       std::optional<double> high, const RecordingPointer& elsewhere) {
     TransferChoice choice;
     choice.blocks = PlanOf(window, nperseg, noverlap);
     choice.reference = py::cast<std::string>(py::str(reference));
     choice.responses = ListText(responses);
     choice.band = {low, high};
+    if (elsewhere) {
+        choice.isElsewhere = true;
+        choice.openReference = [&elsewhere](const std::string& channels) {
+            try {
+                return elsewhere->Waveforms(channels);
+            } catch (const Error& error) {
+                throw error.At({.path = elsewhere->Path()});
+            }
+        };
+    }
     return TransfersFrom(UnlockedOn(recording.Path(), [&] {
         return TransfersOf([&](const std::string& channels) { return recording.Waveforms(channels); }, choice,
                            Interruptible());
@@ -1073,10 +1081,13 @@ void BindAnalyses(py::class_<Recording, RecordingPointer>& recording) {
     recording.def("transfers", &Transfers, py::arg("reference") = 1, py::arg("responses") = py::none(),
                   py::arg("window") = "hann", py::arg("nperseg") = py::none(),
                   py::arg("noverlap") = py::none(), py::arg("low") = 0.0, py::arg("high") = py::none(),
+                  py::arg("reference_recording") = py::none(),
                   R"(Transfer functions from one channel to others and their coherence, as Transfer objects.
 
 reference, responses: by name or number from 1; without responses all but the reference
-low, high:            the band in which the largest magnitude is looked for, Hz)");
+low, high:            the band in which the largest magnitude is looked for, Hz
+reference_recording:  the Recording that has the reference, if it is another one, sampled together with the responses:
+                      the same rate, count and start. Without responses all channels of this one respond.)");
     recording.def(
         "spectrogram",
         [](Recording& self, const WindowLike& window, std::optional<std::int64_t> nperseg,

@@ -168,6 +168,27 @@ class Files(FolderTest):
         block = recording.block_spectrum("rectangular", 1024, start=1.0)[1]
         np.testing.assert_allclose(block.values, kvx.block_spectrum(recording.read()[1, 1024:2048], "rectangular"), atol=1e-12)
 
+    def test_a_reference_may_be_in_another_recording(self):
+        path, x = self.table()
+        responses, force = kvx.open(path), kvx.recording({"time": x[1], "push": x[0]}, rate=1024.0, units="N")
+        found = responses.transfers("push", nperseg=256, reference_recording=force)
+        self.assertEqual([(each.name, each.reference, each.transfer.unit) for each in found],
+                         [("top", "push", kvx.Unit("g").over("N")), ("base", "push", kvx.Unit("m/s2").over("N"))])
+        for got, row in zip(found, responses.read()):
+            np.testing.assert_allclose(got.transfer.values, kvx.transfer(x[0], row, nperseg=256)[1], rtol=1e-9, atol=1e-12)
+        only, = responses.transfers(2, "base", nperseg=256, reference_recording=force)
+        np.testing.assert_array_equal(only.transfer.values, found[1].transfer.values)
+        kvx.write(self.path("force.csv"), force)
+        late = kvx.open(self.path("force.csv"), start=0.5)
+        for reference, other, told in (("pull", late, "no channel 'pull'"), (1, late, "not sampled together with the reference")):
+            with self.assertRaisesRegex(kvx.Error, told):
+                responses.transfers(reference, nperseg=256, reference_recording=other)
+        self.path("force.csv").unlink()
+        with self.assertRaises(FileNotFoundError) as caught:
+            responses.transfers(nperseg=256, reference_recording=late)
+        self.assertEqual(caught.exception.place["path"], str(self.path("force.csv")))
+        self.assertRaises(TypeError, responses.transfers, reference_recording="force.csv")
+
     def test_a_calibrator_tells_sensitivities(self):
         t = np.arange(8192) / 2048
         tone = kvx.recording({"u": 0.1 * np.sqrt(2) * np.sin(2 * np.pi * 159.2 * t)}, rate=2048.0, units="V")

@@ -142,6 +142,29 @@ TEST(Parts, BeginAtTheirStartAndStopBeforeTheirEnd) {
     EXPECT_EQ(samples, 1000U);
 }
 
+TEST(Parts, MayBeSomeChannels) {
+    const auto open = [] {
+        std::vector<MergeInput> inputs;
+        inputs.push_back({Open({Wave(L"a", "N", 2, {1, 2, 3, 4})}), "one"});
+        inputs.push_back({Open({Wave(L"b", "N", 2, {5, 6, 7, 8})}), "other"});
+        return MergeChannels(std::move(inputs));
+    };
+    const auto picked = [&](const char* channels) {
+        return ShownOrRefused([&] { return PickChannels(open(), channels); });
+    };
+    EXPECT_EQ(picked(""), Shown(*open()));
+    EXPECT_EQ(picked("b,a"), "1: from 1 2 b [N] 5 6 7 8 1 a [N] 1 2 3 4");
+    EXPECT_EQ(picked("2"), "1: from 1 2 b [N] 5 6 7 8");
+    EXPECT_EQ(picked("c"), "there is no channel 'c' among its 2 channels: 'a', 'b'");
+    EXPECT_EQ(ShownOrRefused([] { return PickChannels(nullptr, "a"); }), "there is no recording");
+    // Of a run that has none nothing is left; the others are read and skipped as ever.
+    const auto lines = PickChannels(Open({Wave(L"a", "N", 2, {1, 2}), Lines({5, 1, 3})}), "h");
+    lines->Skip(0, 2);
+    Values place(3), real(3), imaginary(3);
+    EXPECT_EQ(lines->Read(0, std::vector<double*>{place.data(), real.data(), imaginary.data()}, 3), 1U);
+    EXPECT_EQ((Values{place[0], real[0], imaginary[0]}), (Values{3, 3, 30}));
+}
+
 TEST(Parts, AreSkippedToInEveryFormat) {
     const TempFolder folder;
     Values values(5000);
