@@ -5,13 +5,14 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
-#include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <KvxDevCommon01/units/detail/UnitHints.h>
 
 namespace kvx {
 namespace {
@@ -235,19 +236,23 @@ EntryUnit NamedEntryUnit(std::string_view text, std::optional<DIM> hint) {
     if (wide) {
         if (std::optional<EntryUnit> unit = ParseEntryUnit(*wide, hint)) return *std::move(unit);
     }
-    return NamedUnit(text, hint);
+    throw Error(ErrorKind::kUnknownName, detail::UnknownUnitText(text));
 }
 
 CUnitCtrl NamedKeptUnit(std::string_view text, std::optional<DIM> hint) {
     const EntryUnit unit = NamedEntryUnit(text, hint);
     if (unit.converted.empty()) return unit.unit;
-    throw Error(ErrorKind::kBadValue,
-                "values in " + Quote(text) + " are read, but none are kept in it; the " +
-                    "nearest unit that they can be kept in is " + Quote(UnitText(unit.unit)));
+    throw Error(ErrorKind::kBadValue, detail::OnlyReadUnitText(text, unit.unit));
 }
 
 double ConvertValue(double value, const EntryUnit& from, const EntryUnit& to) {
     return ConvertValue(value * from.scale, from.unit, to.unit) / to.scale;
+}
+
+std::vector<std::wstring_view> detail::ForeignUnitNames() {
+    std::vector<std::wstring_view> names;
+    for (const ForeignUnit& foreign : kForeign) names.push_back(foreign.name);
+    return names;
 }
 
 }  // namespace kvx

@@ -7,21 +7,15 @@
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/resources/StringTable.h>
-#include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
 #include <KvxDevCommon01/units/UnitCtrlList.h>
 #include <KvxDevCommon01/units/UnitNames.h>
 #include <KvxDevCommon01/units/UnitText.h>
+#include <KvxDevCommon01/units/detail/UnitHints.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
 namespace kvx {
 namespace {
-
-std::vector<std::string> AllUnitNames() {
-    std::vector<std::string> names;
-    for (const detail::UnitRow& row : detail::Units()) names.push_back(UnitText(SingleUnit(row.code)));
-    return names;
-}
 
 /// The brackets that end `text`: the position of the one that opens them, npos when there are none.
 std::size_t FindClosingPair(std::wstring_view text) {
@@ -52,12 +46,12 @@ constexpr std::array kSuffixNames = {
 }  // namespace
 
 CUnitCtrl NamedUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint) {
-    const std::optional<std::wstring> wide = FromUtf8(text);
-    if (!wide) throw Error(ErrorKind::kUnknownName, Quote(text) + " is not a unit: it is not valid UTF-8");
-    if (const std::optional<CUnitCtrl> unit = ParseUnit(*wide, hint)) return *unit;
-    const std::string near = DidYouMean(text, AllUnitNames());
-    throw Error(ErrorKind::kUnknownName,
-                Quote(text) + " is not a unit" + (near.empty() ? " that is known" : near));
+    if (const std::optional<std::wstring> wide = FromUtf8(text)) {
+        if (const std::optional<CUnitCtrl> unit = ParseUnit(*wide, hint)) return *unit;
+        if (const std::optional<EntryUnit> read = ParseEntryUnit(*wide, hint))
+            throw Error(ErrorKind::kBadValue, detail::OnlyReadUnitText(text, read->unit));
+    }
+    throw Error(ErrorKind::kUnknownName, detail::UnknownUnitText(text));
 }
 
 std::string UnitText(const CUnitCtrl& unit, Language language) {

@@ -17,8 +17,8 @@
 
 namespace kvx {
 
-/// The unit of that name (UTF-8) as ParseUnit reads it. Throws Error (kUnknownName), which suggests near
-/// names, when there is none.
+/// The unit of that name (UTF-8) as ParseUnit reads it. Throws Error: kUnknownName, which suggests near
+/// names, when there is none, and kBadValue, which tells the nearest, for one that only ParseEntryUnit reads.
 KVX_API CUnitCtrl NamedUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> hint = std::nullopt);
 
 /// The unit's name for people, UTF-8 without markup; "-" for no unit.

@@ -11,6 +11,7 @@
 
 #include <KvxDevCommon01/resources/StringTable.h>
 #include <KvxDevCommon01/resources/TextId.h>
+#include <KvxDevCommon01/units/detail/UnitHints.h>
 #include <KvxDevCommon01/units/detail/UnitTable.h>
 
 namespace kvx {
@@ -463,6 +464,23 @@ std::optional<CUnitCtrl> ParseUnit(std::wstring_view plainText, std::optional<CU
     const Members& m = *members;
     return CUnitCtrl(m[0].unit, CalcOf(m[0]), m[1].unit, CalcOf(m[1]), m[2].unit, CalcOf(m[2]), m[3].unit,
                      CalcOf(m[3]));
+}
+
+std::vector<std::wstring_view> detail::OtherUnitNames() {
+    std::vector<std::wstring_view> names;
+    for (const Spelling& other : kOtherNames) names.push_back(other.text);
+    return names;
+}
+
+std::vector<std::wstring> detail::SymbolsIn(std::wstring_view text) {
+    std::vector<std::wstring> symbols;
+    const std::wstring plain = Normalised(text);
+    for (std::size_t at = 0; (at = plain.find_first_not_of(kNotInSymbols, at)) != plain.npos;) {
+        const std::size_t end = std::min(plain.find_first_of(kNotInSymbols, at), plain.size());
+        symbols.push_back(plain.substr(at, end - at));
+        at = end;
+    }
+    return symbols;
 }
 
 }  // namespace kvx

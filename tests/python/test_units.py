@@ -69,6 +69,11 @@ class Units(unittest.TestCase):
         self.assertRaises(kvx.UnknownNameError, kvx.Unit, 3)
         self.assertRaises(kvx.UnknownNameError, kvx.Unit, "g", "beauty")
         self.assertRaises(kvx.BadValueError, kvx.convert, "three", "m", "mm")
+        for take in (kvx.Unit, kvx.entry_unit, lambda text: kvx.convert(1.0, text, "kPa")):
+            with self.assertRaisesRegex(kvx.UnknownNameError, r"^'kpsii' is not a unit \(did you mean 'ksi' or 'psi'"):
+                take("kpsii")
+        with self.assertRaisesRegex(kvx.BadValueError, "values in 'psi' are read, .* can be kept in is 'kPa'"):
+            kvx.Unit("psi")
         with self.assertRaisesRegex(kvx.UnknownNameError, "m/s2"):
             kvx.Unit("m/s3")
 

@@ -28,16 +28,36 @@ TEST(NamedUnit, SuggestsWhatIsNear) {
         {"mm/s3", "'mm/s3' is not a unit (did you mean 'mm/s' or 'cm/s' or 'km/s'?)"},
         {"fortnight", "'fortnight' is not a unit that is known"},
         {"\xFF", "'\\xFF' is not a unit: it is not valid UTF-8"},
+        {"psii", "'psii' is not a unit (did you mean 'psi' or 'ps' or 'ksi'?)"},
+        {"Vlot", "'Vlot' is not a unit (did you mean 'volt' or 'volts'?)"},
+        {"gs", "'gs' is not a unit (did you mean 'g' or 'GA' or 'Gn'?)"},
+        {"inches", "'inches' is not a unit (did you mean 'inch/s' or 'inch'?)"},
+        {"mV/voltt", "'mV/voltt' is not a unit: no 'voltt' is known (did you mean 'volt' or 'volts'?)"},
+        {"furlong/s2", "'furlong/s2' is not a unit: no 'furlong' is known"},
+        {"J/kg K",
+         "'J/kg K' is not a unit: its parts are, but at most four make one, with powers of 1 and 2 and no "
+         "blank behind "
+         "'/'"},
     };
-    for (const auto& [text, sentence] : cases) {
+    const auto refusal = [](auto read, const char* text) {
         try {
-            NamedUnit(text);
-            ADD_FAILURE() << text;
+            read(text);
         } catch (const Error& error) {
-            EXPECT_EQ(error.Kind(), ErrorKind::kUnknownName);
-            EXPECT_EQ(error.Sentence(), sentence);
+            return std::pair(error.Kind(), error.Sentence());
         }
+        return std::pair(ErrorKind::kHost, std::string("it is one"));
+    };
+    const auto kept = [](const char* text) { NamedUnit(text); };
+    const auto entered = [](const char* text) { NamedEntryUnit(text); };
+    for (const auto& [text, sentence] : cases) {
+        EXPECT_EQ(refusal(kept, text), std::pair(ErrorKind::kUnknownName, std::string(sentence)));
+        EXPECT_EQ(refusal(entered, text), refusal(kept, text));
     }
+    EXPECT_EQ(refusal(entered, "psi").second, "it is one");
+    EXPECT_EQ(
+        refusal(kept, "psi"),
+        std::pair(ErrorKind::kBadValue, std::string("values in 'psi' are read, but none are kept in it; the "
+                                                    "nearest unit that they can be kept in is 'kPa'")));
 }
 
 TEST(UnitNames, AreReadInEveryLanguageAndStoredInOne) {
