@@ -11,8 +11,10 @@
 namespace kvx {
 
 struct AveragedTransfer::State {
-    State(std::span<const double> window, std::int64_t overlap)
-        : reference(window), response(window), queue(RequireCut({std::ssize(window), overlap})) {
+    State(std::span<const double> window, std::int64_t overlap, Detrend detrend)
+        : reference(window, detrend),
+          response(window, detrend),
+          queue(RequireCut({std::ssize(window), overlap})) {
         for (std::vector<double>* sums : {&referencePower, &responsePower, &crossReal, &crossImaginary})
             sums->resize(static_cast<std::size_t>(reference.Lines()));
     }
@@ -47,8 +49,8 @@ struct AveragedTransfer::State {
     std::int64_t blocks = 0;
 };
 
-AveragedTransfer::AveragedTransfer(std::span<const double> window, std::int64_t overlap)
-    : state_(std::make_unique<State>(window, overlap)) {}
+AveragedTransfer::AveragedTransfer(std::span<const double> window, std::int64_t overlap, Detrend detrend)
+    : state_(std::make_unique<State>(window, overlap, detrend)) {}
 
 AveragedTransfer::~AveragedTransfer() = default;
 AveragedTransfer::AveragedTransfer(AveragedTransfer&& other) noexcept = default;

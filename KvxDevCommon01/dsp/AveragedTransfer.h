@@ -12,14 +12,16 @@
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/dsp/Averaging.h>
 
 namespace kvx {
 
 /// Nothing is allocated between calls. An object that was moved from can only be assigned to or destroyed.
 class KVX_API AveragedTransfer {
 public:
-    /// Takes and throws what the constructor of AveragedSpectrum does.
-    AveragedTransfer(std::span<const double> window, std::int64_t overlap);
+    /// Takes and throws what the constructor of AveragedSpectrum does. What `detrend` names is taken out of
+    /// each block of both signals.
+    AveragedTransfer(std::span<const double> window, std::int64_t overlap, Detrend detrend = Detrend::kNone);
     ~AveragedTransfer();
     AveragedTransfer(AveragedTransfer&& other) noexcept;
     AveragedTransfer& operator=(AveragedTransfer&& other) noexcept;

@@ -85,7 +85,7 @@ double Improve(std::span<const double> samples, bool isFree, Sine* sine) {
 /// Where the strongest line of the spectrum lies, between the lines, in radians per sample.
 double StrongestFrequency(std::span<const double> samples) {
     constexpr auto kMost =
-        static_cast<std::size_t>(kLargestBlock);  // close enough for samples many times as long
+        static_cast<std::size_t>(kLargestGivenBlock);  // close enough for samples many times as long
     const std::size_t size = std::min(std::bit_floor(samples.size()), kMost);
     const std::vector<double> window = MakeWindow("hann", static_cast<std::int64_t>(size));
     double mean = 0.0;

@@ -68,7 +68,7 @@ struct SpectralResponse {
 
 /// The smallest and the largest block of a response.
 inline constexpr __int64 kSmallestSpectralBlock = 16;
-inline constexpr __int64 kLargestSpectralBlock = kLargestBlock;
+inline constexpr __int64 kLargestSpectralBlock = kLargestGivenBlock;
 
 /// Designs a filter for a sampling rate. Without `block`, a power of two within the limits above, it is
 /// chosen by the lowest corner: 4096 or more, such that the impulse response has fallen to a millionth within

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <bit>
 #include <cmath>
+#include <memory>
 #include <mutex>
 #include <numbers>
 
@@ -78,11 +79,69 @@ constexpr std::size_t SizeCount(int log2Size) {
     return FirstCount(log2Size) + RealCount(log2Size) + HalfwayCount;
 }
 
-constexpr std::size_t TableCount() {
+/// Those of one size and of the middle pass over all its groups.
+constexpr std::size_t TableCount(int log2Size) {
+    return SizeCount(log2Size) + PassCount(Log2Groups(log2Size));
+}
+
+/// Those of all sizes up to kMaxLog2Size, which failed allocations must not keep from a plan.
+constexpr std::size_t StaticCount() {
     std::size_t count = 0;
     for (int log2Size = kMinLog2PlannedSize; log2Size <= kMaxLog2Size; ++log2Size)
-        count += SizeCount(log2Size) + PassCount(Log2Groups(log2Size));
+        count += TableCount(log2Size);
     return count;
+}
+
+/// The parts of a turn finer than those of the sine table, as the product of two rotations in extended
+/// precision: by a multiple of 1/2^11 turn and by less than that. The product is rounded once, so that an
+/// entry is as exact as one of the sine table where long double is wider than double.
+class FineAngles {
+public:
+    FineAngles() {
+        for (std::size_t k = 0; k < kCount; ++k) {
+            coarse_[k] = At(k << kLog2Count);
+            fine_[k] = At(k);
+        }
+    }
+
+    /// The angle of `part` of 2^22 parts of a turn.
+    void Get(std::size_t part, double* cosine, double* sine) const {
+        const Rotation& a = coarse_[part >> kLog2Count];
+        const Rotation& b = fine_[part % kCount];
+        *cosine = static_cast<double>(a.cosine * b.cosine - a.sine * b.sine);
+        *sine = static_cast<double>(a.sine * b.cosine + a.cosine * b.sine);
+    }
+
+private:
+    static constexpr int kLog2Count = kMaxLog2PlannedSize / 2;
+    static constexpr std::size_t kCount = Power(kLog2Count);
+    static_assert(2 * kLog2Count == kMaxLog2PlannedSize);
+
+    struct Rotation {
+        long double cosine;
+        long double sine;
+    };
+
+    static Rotation At(std::size_t part) {
+        const long double angle = 2 * std::numbers::pi_v<long double> * static_cast<long double>(part) /
+                                  static_cast<long double>(Power(kMaxLog2PlannedSize));
+        return {std::cos(angle), std::sin(angle)};
+    }
+
+    std::array<Rotation, kCount> coarse_;
+    std::array<Rotation, kCount> fine_;
+};
+
+/// The cosine and the sine of 2 pi part/turn.
+void SetAngle(double* cosine, double* sine, std::size_t part, std::size_t turn) {
+    if (turn <= Power(kMaxLog2Size)) {
+        const TableAngle angle(static_cast<std::int64_t>(part * (2 * kSineHalfTurn / turn)));
+        *cosine = angle.cosine;
+        *sine = angle.sine;
+        return;
+    }
+    static const FineAngles angles;
+    angles.Get(part * (Power(kMaxLog2PlannedSize) / turn), cosine, sine);
 }
 
 class Plans {
@@ -119,7 +178,7 @@ private:
         table += RealCount(log2Size);
         plan->halfway = table;
         const auto radix = static_cast<std::size_t>(plan->lastRadix);
-        for (std::size_t r = 0; 2 * r < radix; ++r) Set(table + r, table + r + 4, 1 + 2 * r, 4 * radix);
+        for (std::size_t r = 0; 2 * r < radix; ++r) SetAngle(table + r, table + r + 4, 1 + 2 * r, 4 * radix);
     }
 
     /// The twiddles of a middle pass over 2^log2Groups groups.
@@ -131,7 +190,7 @@ private:
             const std::size_t groups = Power(log2Groups);
             double* to = table;
             for (std::size_t p = 0; p < groups / radix; ++p) {
-                for (std::size_t j = 1; j < radix; ++j, to += 2) Set(to, to + 1, j * p, groups);
+                for (std::size_t j = 1; j < radix; ++j, to += 2) SetAngle(to, to + 1, j * p, groups);
             }
         });
         return table;
@@ -139,26 +198,29 @@ private:
 
     /// Of one size, followed by that of the middle pass over all groups of this size.
     double* Table(int log2Size) {
+        if (log2Size > kMaxLog2Size) {
+            const auto index = static_cast<std::size_t>(log2Size - kMaxLog2Size - 1);
+            std::call_once(allocated_[index], [&] {
+                large_[index] = std::make_unique_for_overwrite<double[]>(TableCount(log2Size));
+            });
+            return large_[index].get();
+        }
         std::size_t offset = 0;
-        for (int smaller = kMinLog2PlannedSize; smaller < log2Size; ++smaller)
-            offset += SizeCount(smaller) + PassCount(Log2Groups(smaller));
+        for (int smaller = kMinLog2PlannedSize; smaller < log2Size; ++smaller) offset += TableCount(smaller);
         return tables_.data() + offset;
     }
 
-    /// The angle of `part` of a turn.
-    static void Set(double* cosine, double* sine, std::size_t part, std::size_t turn) {
-        const TableAngle angle(static_cast<std::int64_t>(part * (2 * kSineHalfTurn / turn)));
-        *cosine = angle.cosine;
-        *sine = angle.sine;
-    }
     static void SetInBlocks(double* table, std::size_t k, std::size_t part, std::size_t turn) {
         double* const cosine = table + k / 8 * 16 + k % 8;
-        Set(cosine, cosine + 8, part, turn);
+        SetAngle(cosine, cosine + 8, part, turn);
     }
 
-    static constexpr std::size_t kSizes = kMaxLog2Size - kMinLog2PlannedSize + 1;
+    static constexpr std::size_t kSizes = kMaxLog2PlannedSize - kMinLog2PlannedSize + 1;
+    static constexpr std::size_t kLargeSizes = kMaxLog2PlannedSize - kMaxLog2Size;
 
-    std::array<double, TableCount()> tables_;
+    std::array<double, StaticCount()> tables_;
+    std::array<std::unique_ptr<double[]>, kLargeSizes> large_;
+    std::array<std::once_flag, kLargeSizes> allocated_;
     std::array<FftPlan, kSizes> plans_{};
     std::array<std::once_flag, kSizes> built_;
     std::array<std::atomic<bool>, kSizes> isReady_{};  // spares a call of call_once

@@ -18,7 +18,7 @@ inline constexpr std::int64_t kSineHalfTurn = 65536;
 /// Entries of the sine table, which covers [0, 3 pi/2).
 inline constexpr std::int64_t kSineCount = 98304;
 
-/// The largest transform, of 2^17 points.
+/// The largest transform of the given classes, of 2^17 points.
 inline constexpr int kMaxLog2Size = 17;
 
 /// Whether `size` is a power of two from `smallest` to that size.
@@ -43,10 +43,12 @@ struct TableAngle {
     }
 };
 
-/// The smallest transform that the kernels have, of 2^4 points.
+/// The smallest and the largest transform that the kernels have, of 2^4 and 2^22 points.
 inline constexpr int kMinLog2PlannedSize = 4;
+inline constexpr int kMaxLog2PlannedSize = 22;
 
-/// The plan of the transforms of 2^log2Size points, kMinLog2PlannedSize <= log2Size <= kMaxLog2Size.
+/// The plan of the transforms of 2^log2Size points, kMinLog2PlannedSize <= log2Size <= kMaxLog2PlannedSize.
+/// Throws std::bad_alloc only above kMaxLog2Size.
 KVX_API const FftPlan& TransformPlan(int log2Size);
 
 }  // namespace kvx

@@ -551,11 +551,20 @@ void Transform(const FftPlan& plan, const double* wave, const double* window, do
     }
 }
 
+/// The line N/2 of what the passes before the last one left: the lines at 0 Hz and N/2 are the sum and the
+/// difference of the two sums that groups of a transform's first line hold.
+double MiddleLine(const FftPlan& plan, const double* work) {
+    double evenSum = 0.0, oddSum = 0.0;
+    for (int r = 0; r < plan.lastRadix; ++r) {
+        evenSum += work[r * kGroup];
+        oddSum += work[r * kGroup + kImaginary];
+    }
+    return evenSum - oddSum;
+}
+
 double Forward(const FftPlan& plan, const double* wave, const double* window, double* work,
                const FftLines& lines) {
     Transform(plan, wave, window, work);
-    // The lines at 0 Hz and N/2 are the sum and the difference of the two sums that groups of a transform's
-    // first line hold.
     const Index half = 8 * plan.groups;
     const LineStore all = {lines.re, lines.im, half, 0.5 * lines.scale};
     if (lines.count >= half) {
@@ -564,17 +573,15 @@ double Forward(const FftPlan& plan, const double* wave, const double* window, do
         LastPass(plan, work, SomeLines{all, lines.count});
     }
     lines.im[0] = 0.0;
-    double evenSum = 0.0, oddSum = 0.0;
-    for (int r = 0; r < plan.lastRadix; ++r) {
-        evenSum += work[r * kGroup];
-        oddSum += work[r * kGroup + kImaginary];
-    }
-    return lines.scale * (evenSum - oddSum);
+    return lines.scale * MiddleLine(plan, work);
 }
 
 void AddPowers(const FftPlan& plan, const double* wave, const double* window, double* work, double* sums) {
     Transform(plan, wave, window, work);
-    LastPass(plan, work, PowerSum{sums, 8 * plan.groups});
+    const Index half = 8 * plan.groups;
+    LastPass(plan, work, PowerSum{sums, half});  // adds 0 to the line N/2
+    const double middle = MiddleLine(plan, work);
+    sums[half] += 4.0 * middle * middle;
 }
 
 void AddCrossPowers(Index count, const double* xRe, const double* xIm, const double* yRe, const double* yIm,

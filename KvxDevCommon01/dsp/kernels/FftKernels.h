@@ -19,7 +19,7 @@ namespace kvx {
 /// in order. Twiddle factors are the cosine and sine of angles; tables of them come in blocks of 8 cosines
 /// and the 8 sines of the same angles.
 struct FftPlan {
-    static constexpr int kMostMiddlePasses = 4;
+    static constexpr int kMostMiddlePasses = 5;
 
     /// A pass of transforms of n points: for p = 0..n/radix-1 the cosine and sine of 2 pi j p/n, j =
     /// 1..radix-1.
@@ -74,7 +74,7 @@ struct FftKernels {
     double (*forward)(const FftPlan& plan, const double* wave, const double* window, double* work,
                       const FftLines& lines);
 
-    /// Adds 4 |X[k]|^2, k = 0..N/2-1, to `sums`, of which sums[N/2] is used, too, for nothing that is meant.
+    /// Adds 4 |X[k]|^2, k = 0..N/2, to `sums`.
     void (*addPowers)(const FftPlan& plan, const double* wave, const double* window, double* work,
                       double* sums);
 
