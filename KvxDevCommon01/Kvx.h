@@ -46,6 +46,7 @@
 #include <KvxDevCommon01/dsp/AveragedTransfer.h>
 #include <KvxDevCommon01/dsp/Averaging.h>
 #include <KvxDevCommon01/dsp/Blocks.h>
+#include <KvxDevCommon01/dsp/Decibels.h>
 #include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>

@@ -15,26 +15,55 @@
 #include <iterator>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace kvx {
 namespace {
 
-/// Lines of that kind and unit, still without numbers.
+/// Lines of transforms of so many points, of that kind and unit, still without numbers.
 template <class Average>
-LineSpectrum LinesOf(const Average& average, LineKind kind, double rateHz, const CUnitCtrl& unit) {
+LineSpectrum LinesOf(const Average& average, std::int64_t points, LineKind kind, double rateHz,
+                     const CUnitCtrl& unit) {
     LineSpectrum spectrum;
     spectrum.kind = kind;
     spectrum.unit = unit;
-    spectrum.spacingHz = rateHz / static_cast<double>(average.BlockSize());
+    spectrum.spacingHz = rateHz / static_cast<double>(points);
     spectrum.blocks = average.Blocks();
     spectrum.noiseBandwidth = average.NoiseBandwidth();
     return spectrum;
 }
 
-LineSpectrum Averaged(LineKind kind, const AveragedSpectrum& average, double rateHz, const CUnitCtrl& unit) {
-    LineSpectrum spectrum = LinesOf(average, kind, rateHz, LineUnit(kind, unit));
-    spectrum.real = kind == LineKind::kDensity ? average.Psd(rateHz) : average.Amplitude();
-    return spectrum;
+/// The lines of an average as that kind has them.
+std::vector<double> ValuesOf(LineKind kind, const AveragedSpectrum& average, double rateHz) {
+    switch (kind) {
+        case LineKind::kDensity:
+            return average.Psd(rateHz);
+        case LineKind::kAmplitude:
+            return average.Amplitude();
+        case LineKind::kPower:
+            return average.Power();
+        case LineKind::kRms: {
+            std::vector<double> lines = average.Power();
+            for (double& line : lines) line = std::sqrt(line);
+            return lines;
+        }
+        case LineKind::kPeakToPeak: {
+            std::vector<double> lines = average.Amplitude();
+            for (double& line : lines) line *= 2.0;
+            return lines;
+        }
+        default:
+            throw Error(ErrorKind::kBadValue, "an average of powers has no lines of this kind");
+    }
+}
+
+/// The mean square of the signal of which a line of amplitudes tells. Those at 0 Hz and half the rate have no
+/// twin.
+double MeanSquare(LineKind kind, double level, bool isSingle) {
+    if (kind == LineKind::kPower) return level;
+    if (kind == LineKind::kRms) return level * level;
+    const double amplitude = kind == LineKind::kPeakToPeak ? 0.5 * level : level;
+    return amplitude * amplitude * (isSingle ? 1.0 : 0.5);
 }
 
 /// Throws Error unless all lines of the band are among `lines` lines.
@@ -61,29 +90,46 @@ std::vector<double> LineSpectrum::Levels() const {
 }
 
 CUnitCtrl LineUnit(LineKind kind, const CUnitCtrl& unit) {
-    if (kind != LineKind::kDensity) return unit;
-    if (const std::optional<CUnitCtrl> density = DensityUnit(unit)) return *density;
-    throw Error(ErrorKind::kUnsupported,
-                "the unit " + Quote(UnitText(unit)) + " is a compound, which has no density");
+    if (!IsPower(kind)) return unit;
+    const bool isDensity = kind == LineKind::kDensity;
+    if (const std::optional<CUnitCtrl> power = isDensity ? DensityUnit(unit) : SquareUnit(unit))
+        return *power;
+    throw Error(ErrorKind::kUnsupported, "the unit " + Quote(UnitText(unit)) +
+                                             " is a compound, which has no " +
+                                             (isDensity ? "density" : "square"));
 }
 
 LineSpectrum Densities(const AveragedSpectrum& average, double rateHz, const CUnitCtrl& unit) {
-    return Averaged(LineKind::kDensity, average, rateHz, unit);
+    return AveragedLines(LineKind::kDensity, average, rateHz, unit);
 }
 
 LineSpectrum Amplitudes(const AveragedSpectrum& average, double rateHz, const CUnitCtrl& unit) {
-    return Averaged(LineKind::kAmplitude, average, rateHz, unit);
+    return AveragedLines(LineKind::kAmplitude, average, rateHz, unit);
+}
+
+LineSpectrum AveragedLines(LineKind kind, const AveragedSpectrum& average, double rateHz,
+                           const CUnitCtrl& unit) {
+    std::vector<double> values = ValuesOf(kind, average, rateHz);
+    const std::int64_t points = average.TransformSize();
+    LineSpectrum spectrum = LinesOf(average, points, kind, rateHz, LineUnit(kind, unit));
+    spectrum.hasMiddleLine = std::ssize(values) > points / 2;
+    spectrum.degreesOfFreedom = average.DegreesOfFreedom();
+    spectrum.real = std::move(values);
+    return spectrum;
 }
 
 LineSpectrum BlockLines(std::span<const double> block, std::span<const double> window, double rateHz,
-                        const CUnitCtrl& unit) {
+                        const CUnitCtrl& unit, const Averaging& averaging) {
+    const auto size = static_cast<double>(window.size());
+    const double points = averaging.transformSize > 0 ? static_cast<double>(averaging.transformSize) : size;
     LineSpectrum spectrum;
     spectrum.kind = LineKind::kComplex;
     spectrum.unit = unit;
-    spectrum.spacingHz = rateHz / static_cast<double>(window.size());
+    spectrum.spacingHz = rateHz / points;
     spectrum.blocks = 1;
-    spectrum.noiseBandwidth = NoiseBandwidth(window);
-    SetLines(BlockSpectrum(block, window), spectrum);
+    spectrum.noiseBandwidth = NoiseBandwidth(window) * (points / size);
+    spectrum.hasMiddleLine = averaging.hasMiddleLine;
+    SetLines(BlockSpectrum(block, window, averaging), spectrum);
     return spectrum;
 }
 
@@ -96,14 +142,14 @@ CUnitCtrl TransferUnitOf(const CUnitCtrl& response, const CUnitCtrl& reference) 
 
 LineSpectrum TransferLines(const AveragedTransfer& average, double rateHz, const CUnitCtrl& response,
                            const CUnitCtrl& reference) {
-    LineSpectrum spectrum =
-        LinesOf(average, LineKind::kTransfer, rateHz, TransferUnitOf(response, reference));
+    LineSpectrum spectrum = LinesOf(average, average.BlockSize(), LineKind::kTransfer, rateHz,
+                                    TransferUnitOf(response, reference));
     SetLines(average.Transfer(), spectrum);
     return spectrum;
 }
 
 LineSpectrum CoherenceLines(const AveragedTransfer& average, double rateHz) {
-    LineSpectrum spectrum = LinesOf(average, LineKind::kCoherence, rateHz, CUnitCtrl());
+    LineSpectrum spectrum = LinesOf(average, average.BlockSize(), LineKind::kCoherence, rateHz, CUnitCtrl());
     spectrum.real = average.Coherence();
     return spectrum;
 }
@@ -142,7 +188,12 @@ double BandRms(const LineSpectrum& spectrum, const LineBand& band) {
     const std::int64_t count = band.last - band.first + 1;
     if (spectrum.kind == LineKind::kDensity)
         return CMatSpec::CalcPsdRms(lines, count, spectrum.spacingHz, 0, 0);
-    return CMatSpec::CalcAmpRms(lines, count, 0, 0, -band.first) / std::sqrt(spectrum.noiseBandwidth);
+    double power = 0.0;
+    for (std::int64_t k = 0; k < count; ++k) {
+        const bool isLast = spectrum.hasMiddleLine && band.first + k + 1 == std::ssize(levels);
+        power += MeanSquare(spectrum.kind, lines[k], band.first + k == 0 || isLast);
+    }
+    return std::sqrt(power) / std::sqrt(spectrum.noiseBandwidth);
 }
 
 std::vector<SpectrumPeak> FindPeaks(const LineSpectrum& spectrum, const LineBand& band, std::size_t count) {
@@ -154,7 +205,7 @@ std::vector<SpectrumPeak> FindPeaks(const LineSpectrum& spectrum, const LineBand
         frequencies[static_cast<std::size_t>(k)] = spectrum.FrequencyOf(k);
     // A half-power point is sought at an amplitude over the square root of 2.
     std::vector<double> amplitudes = levels;
-    if (spectrum.kind == LineKind::kDensity) CMatBasic::SqrtArr(amplitudes.data(), lines);
+    if (IsPower(spectrum.kind)) CMatBasic::SqrtArr(amplitudes.data(), lines);
 
     // With a neighbour on each side every line of the band can be a peak.
     const std::int64_t first = std::max<std::int64_t>(band.first - 1, 0);
@@ -168,7 +219,8 @@ std::vector<SpectrumPeak> FindPeaks(const LineSpectrum& spectrum, const LineBand
         const auto at = static_cast<std::size_t>(line);
         const double q = CMatBasic::GetSpecQValue(lines, amplitudes.data(), frequencies.data(), line, 0);
         peaks.push_back({frequencies[at], levels[at], std::nullopt});
-        if (q != kNoValue<double>) peaks.back().q = q;
+        if (q != kNoValue<double>)
+            peaks.back().q = QWithoutDecay(q, peaks.back().hz, spectrum.decayPerSecond);
     }
     return peaks;
 }
@@ -191,6 +243,15 @@ std::optional<SpectrumMotion> MotionOf(const LineSpectrum& densities, const Line
     if (!CMatBasic::AccPsdSpToRmsAVD(lines, motion.fromHz, densities.spacingHz, &motion.acceleration,
                                      &motion.velocity, &motion.displacement)) {
         throw std::bad_alloc();
+    }
+    constexpr std::int64_t kLowest = 3;
+    SpectrumMotion lowest = {};
+    const CDataArrayDouble first3(std::min(kLowest, lines.GetNum()), lines.GetData());
+    if (motion.displacement > 0.0 && lines.GetNum() > kLowest &&
+        CMatBasic::AccPsdSpToRmsAVD(first3, motion.fromHz, densities.spacingHz, &lowest.acceleration,
+                                    &lowest.velocity, &lowest.displacement)) {
+        const double ratio = lowest.displacement / motion.displacement;
+        motion.lowestPart = ratio * ratio;
     }
     return motion;
 }

@@ -21,12 +21,20 @@ namespace kvx {
 
 /// What the numbers of lines are.
 enum class LineKind {
-    kDensity = 0,    ///< one-sided power spectral densities
-    kAmplitude = 1,  ///< peak amplitudes, averaged by power
-    kComplex = 2,    ///< complex peak amplitudes of one block
-    kTransfer = 3,   ///< a transfer function
-    kCoherence = 4,  ///< from 0 to 1
+    kDensity = 0,     ///< one-sided power spectral densities
+    kAmplitude = 1,   ///< peak amplitudes, averaged by power
+    kComplex = 2,     ///< complex peak amplitudes of one block
+    kTransfer = 3,    ///< a transfer function
+    kCoherence = 4,   ///< from 0 to 1
+    kPower = 5,       ///< mean squares of the sines on the lines
+    kRms = 6,         ///< their roots
+    kPeakToPeak = 7,  ///< twice the peak amplitudes
 };
+
+/// Whether the lines are powers, whose levels are 10 lg, and not amplitudes, whose levels are 20 lg.
+inline bool IsPower(LineKind kind) {
+    return kind == LineKind::kDensity || kind == LineKind::kPower;
+}
 
 /// Line k stands at k spacingHz.
 struct LineSpectrum {
@@ -37,14 +45,18 @@ struct LineSpectrum {
     double noiseBandwidth = 1.0;  ///< of the window, in lines
     std::vector<double> real = {};
     std::vector<double> imaginary = {};  ///< empty unless the lines are complex
+    bool hasMiddleLine = false;  ///< whether the last line is that at half the rate, which has no twin either
+    /// Of the power of a line, as AveragedSpectrum has them; none where they are not known.
+    std::optional<double> degreesOfFreedom = std::nullopt;
+    double decayPerSecond = 0.0;  ///< that the window added; see WindowDecay
 
     double FrequencyOf(std::int64_t line) const { return static_cast<double>(line) * spacingHz; }
     /// The lines, of complex ones their magnitudes.
     KVX_API std::vector<double> Levels() const;
 };
 
-/// The unit of such lines of a signal in `unit`: the unit itself, or for densities that of DensityUnit.
-/// Throws Error (kUnsupported) for a compound, which has no density.
+/// The unit of such lines of a signal in `unit`: the unit itself, for densities that of DensityUnit, and for
+/// powers that of SquareUnit. Throws Error (kUnsupported) for a compound, which has neither.
 KVX_API CUnitCtrl LineUnit(LineKind kind, const CUnitCtrl& unit);
 
 /// What was averaged of a signal in `unit` that was sampled at `rateHz`. Throws what LineUnit and
@@ -52,9 +64,14 @@ KVX_API CUnitCtrl LineUnit(LineKind kind, const CUnitCtrl& unit);
 KVX_API LineSpectrum Densities(const AveragedSpectrum& average, double rateHz, const CUnitCtrl& unit);
 KVX_API LineSpectrum Amplitudes(const AveragedSpectrum& average, double rateHz, const CUnitCtrl& unit);
 
+/// The same as lines of that kind: kDensity, kAmplitude, kPower, kRms or kPeakToPeak. Throws Error
+/// (kBadValue) for another kind.
+KVX_API LineSpectrum AveragedLines(LineKind kind, const AveragedSpectrum& average, double rateHz,
+                                   const CUnitCtrl& unit);
+
 /// The complex lines of one block; throws what BlockSpectrum throws.
 KVX_API LineSpectrum BlockLines(std::span<const double> block, std::span<const double> window, double rateHz,
-                                const CUnitCtrl& unit);
+                                const CUnitCtrl& unit, const Averaging& averaging = {});
 
 /// The response's unit over the reference's; throws Error (kUnsupported) when one of them is a compound.
 KVX_API CUnitCtrl TransferUnitOf(const CUnitCtrl& response, const CUnitCtrl& reference);
@@ -90,7 +107,9 @@ KVX_API double BandRms(const LineSpectrum& spectrum, const LineBand& band);
 struct SpectrumPeak {
     double hz;
     double level;
-    std::optional<double> q;  ///< none where a side does not fall to half the power
+    /// Freed of the decay that the window added; none where a side does not fall to half the power, or where
+    /// nothing is left of it without that decay.
+    std::optional<double> q;
 };
 
 /// The `count` highest peaks among the lines in the band, highest first.
@@ -103,6 +122,9 @@ struct SpectrumMotion {
     double acceleration;
     double velocity;
     double displacement;
+    /// The part of the displacement's power, from 0 to 1, that the three lowest of the lines hold: what an
+    /// offset or a drift left, when it is most of it.
+    double lowestPart = 0.0;
 };
 
 /// The motion of which densities of an acceleration tell: of the lines in the band from the cut-off on,

@@ -88,6 +88,13 @@ std::optional<CUnitCtrl> DensityUnit(const CUnitCtrl& unit) {
                      CUnitCtrl::CALC_PLAIN, CUnitCtrl::UNIT_NONE, CUnitCtrl::CALC_PLAIN);
 }
 
+std::optional<CUnitCtrl> SquareUnit(const CUnitCtrl& unit) {
+    const UnitPart& part = UnitParts(unit).front();
+    if (!unit.IsSingle() || part.calc != CUnitCtrl::CALC_PLAIN) return std::nullopt;
+    if (part.unit == CUnitCtrl::UNIT_NONE) return unit;
+    return SingleUnit(part.unit, CUnitCtrl::CALC_SQUARED);
+}
+
 std::optional<CUnitCtrl> TransferUnit(const CUnitCtrl& response, const CUnitCtrl& reference) {
     if (!response.IsSingle() || !reference.IsSingle()) return std::nullopt;
     return reference == CUnitCtrl::DIM_NONE ? response : CUnitCtrl(response, reference, 1);

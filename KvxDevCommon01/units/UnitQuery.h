@@ -39,6 +39,9 @@ KVX_API UnitHeading ParseUnitHeading(std::wstring_view text);
 /// The unit squared per hertz: "g2/Hz"; no value for a unit that is no plain single one.
 KVX_API std::optional<CUnitCtrl> DensityUnit(const CUnitCtrl& unit);
 
+/// The unit squared: "g2", of mean squares; no value for a unit that is no plain single one.
+KVX_API std::optional<CUnitCtrl> SquareUnit(const CUnitCtrl& unit);
+
 /// The response's unit over the reference's; no value when one of them is a compound.
 KVX_API std::optional<CUnitCtrl> TransferUnit(const CUnitCtrl& response, const CUnitCtrl& reference);
 

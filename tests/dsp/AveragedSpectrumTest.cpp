@@ -2,6 +2,7 @@
 
 #include <KvxDevCommon01/dsp/AveragedSpectrum.h>
 #include <KvxDevCommon01/dsp/Blocks.h>
+#include <KvxDevCommon01/dsp/Decibels.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/SlicedSpectrum.h>
 #include <KvxDevCommon01/dsp/Windows.h>
@@ -179,6 +180,65 @@ TEST(LineSpectrum, HasTheUnitAndTheRmsOfItsKind) {
     }
 }
 
+TEST(LineSpectrum, ReadsASineAndTheLastLineInEveryKind) {
+    // 3 sin on line 100, 2 and -2 in turn on the line 512.
+    const CUnitCtrl g = kvx::NamedUnit("g");
+    const Wave wave = WaveOf(8192, [](double n) {
+        return 3.0 * std::sin(2.0 * std::numbers::pi * 100.0 * n / 1024.0) +
+               2.0 * std::cos(std::numbers::pi * n);
+    });
+    struct Case {
+        LineKind kind;
+        double sine, alternating;
+    };
+    for (const auto& [kind, sine, alternating] :
+         {Case{LineKind::kAmplitude, 3.0, 2.0}, Case{LineKind::kRms, 3.0 / std::numbers::sqrt2, 2.0},
+          Case{LineKind::kPower, 4.5, 4.0}, Case{LineKind::kPeakToPeak, 6.0, 4.0}}) {
+        AveragedSpectrum average(Hann(1024), 512, {.hasMiddleLine = true});
+        average.Add(wave);
+        const LineSpectrum lines = kvx::AveragedLines(kind, average, 1024.0, g);
+        ASSERT_EQ(lines.real.size(), 513U);
+        EXPECT_NEAR(lines.real[100], sine, 1e-12);
+        EXPECT_NEAR(lines.real[512], alternating, 1e-12);
+        EXPECT_NEAR(kvx::BandRms(lines, {90, 110}), 3.0 / std::numbers::sqrt2, 1e-12);
+        EXPECT_NEAR(kvx::FindPeaks(lines, {90, 110}, 1).at(0).q.value(), 50.0 / (2.0 - std::numbers::sqrt2),
+                    1e-9);
+        // ISO 1683: dB re 1e-6 m/s2.
+        const double level =
+            kvx::DecibelsOf(lines, lines.unit.ConvDtoI(sine, 1.0, 0), kvx::UsualReference(g));
+        const double amplitude = kvx::IsPower(kind) ? std::sqrt(sine) : sine;
+        EXPECT_NEAR(level, 20.0 * std::log10(amplitude / 1e-6), 1e-10);
+    }
+    AveragedSpectrum average(Hann(1024), 512);
+    average.Add(wave);
+    EXPECT_EQ(FailureOf([&] { kvx::AveragedLines(LineKind::kComplex, average, 1.0, g); }),
+              ErrorKind::kBadValue);
+    EXPECT_EQ(kvx::UnitText(kvx::LineUnit(LineKind::kPower, g)), "g2");
+    EXPECT_EQ(kvx::LineUnit(LineKind::kPower, CUnitCtrl()), CUnitCtrl());
+}
+
+TEST(Decibels, ReferToWhatIsNamed) {
+    struct Case {
+        const char *reference, *unit, *text;
+        double value;
+    };
+    for (const auto& [reference, unit, text, value] :
+         {Case{"", "g", "1e-06 m/s2", 1e-6}, Case{"", "kPa", "2e-05 Pa", 2e-5},
+          Case{"", "mm/s", "1e-09 m/s", 1e-9}, Case{"", "V", "1 V", 1.0}, Case{"", "mV", "1 mV", 1e-3},
+          Case{"1 g", "m/s2", "1 g", 9.80665}, Case{"2", "g", "2 g", 2 * 9.80665},
+          Case{"1e-5 mm/s2", "m/s2", "1e-05 mm/s2", 1e-8}}) {
+        const kvx::DecibelReference named = kvx::NamedReference(reference, kvx::NamedUnit(unit));
+        EXPECT_NEAR(named.value, value, 1e-12 * value) << unit;
+        EXPECT_EQ(named.text, text);
+    }
+    EXPECT_NEAR(kvx::DecibelsOfRms(kvx::NamedUnit("g"), 1.0, kvx::UsualReference(kvx::NamedUnit("g"))),
+                139.8304, 1e-4);
+    for (const char* bad : {"0 g", "-1 g", "g", "1 N", "nan"})
+        EXPECT_EQ(FailureOf([=] { kvx::NamedReference(bad, kvx::NamedUnit("g")); }), ErrorKind::kBadValue)
+            << bad;
+    EXPECT_EQ(FailureOf([] { kvx::NamedReference("1 gg", kvx::NamedUnit("g")); }), ErrorKind::kUnknownName);
+}
+
 TEST(LineSpectrum, CountsLinesAtTheLimitsOfABand) {
     struct Case {
         double from;
@@ -221,6 +281,11 @@ TEST(LineSpectrum, TellsPeaksWithoutAWidthAndTheMotionOfDensities) {
     EXPECT_DOUBLE_EQ(motion->acceleration, 4.0);
     EXPECT_DOUBLE_EQ(motion->velocity, 4.0 / omega);
     EXPECT_DOUBLE_EQ(motion->displacement, 4.0 / omega / omega);
+    EXPECT_EQ(motion->lowestPart, 1.0);
+    // Of 1 + 1/16 + 1/81 + 1/256 + ... the first three.
+    const double part = kvx::MotionOf(Lines(LineKind::kDensity, {1, 1, 1, 1, 1, 1}), {0, 5}, 0.0)->lowestPart;
+    const double first3 = 1.0 + 1.0 / 16 + 1.0 / 81;
+    EXPECT_NEAR(part, first3 / (first3 + 1.0 / 256 + 1.0 / 625), 1e-12);
     EXPECT_FALSE(kvx::MotionOf(densities, {0, 0}, 0.0).has_value());
     EXPECT_EQ(FailureOf([&] { kvx::MotionOf(densities, {0, 2}, 5.0); }), ErrorKind::kBadValue);
     EXPECT_EQ(FailureOf([] {
