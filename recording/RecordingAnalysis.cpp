@@ -21,13 +21,37 @@
 namespace kvx {
 namespace {
 
+/// Points of the transforms.
+std::int64_t PointsOf(const BlockPlan& blocks) {
+    return blocks.averaging.transformSize > 0 ? blocks.averaging.transformSize : blocks.cut.size;
+}
+
+std::int64_t LinesOf(const BlockPlan& blocks) {
+    return PointsOf(blocks) / 2 + (blocks.averaging.hasMiddleLine ? 1 : 0);
+}
+
 double SpacingOf(const SignalRun& run, const BlockPlan& blocks) {
-    return RateOf(run) / static_cast<double>(blocks.cut.size);
+    return RateOf(run) / static_cast<double>(PointsOf(blocks));
+}
+
+/// Throws Error where blocks are averaged in another way than linearly, with zeros, or with the last line.
+void RequirePlainAverage(const BlockPlan& blocks) {
+    const Averaging& averaging = blocks.averaging;
+    if (averaging.mode == AverageMode::kLinear && averaging.transformSize == 0 && !averaging.hasMiddleLine) return;
+    throw Error(ErrorKind::kUnsupported,
+                "transfer functions and slices are linear averages of blocks without zeros behind them");
+}
+
+/// The plans of the runs, in their order.
+std::vector<BlockPlan> PlansOf(const std::vector<SignalRun>& runs, const BlockPlan& blocks) {
+    std::vector<BlockPlan> plans;
+    for (const SignalRun& run : runs) plans.push_back(blocks.At(RateOf(run)));
+    return plans;
 }
 
 /// Throws Error when the window is of another size and when the signals of a run do not fill a block.
 void RequireBlock(const SignalRun& run, const BlockPlan& blocks) {
-    RequireCut(blocks.cut);
+    RequireCut(blocks.cut, blocks.averaging.transformSize);
     if (std::ssize(blocks.window) != blocks.cut.size)
         throw Error(ErrorKind::kBadValue, "the window has another size than the blocks");
     if (run.samples >= blocks.cut.size) return;
@@ -38,19 +62,21 @@ void RequireBlock(const SignalRun& run, const BlockPlan& blocks) {
 
 /// Throws Error when a run does not fill a block, has no density or no line in the band, and for a cut-off
 /// where there is no motion.
-void RequireSpectra(const std::vector<SignalRun>& runs, const SpectraChoice& choice) {
+void RequireSpectra(const std::vector<SignalRun>& runs, const std::vector<BlockPlan>& plans,
+                    const SpectraChoice& choice) {
     if (choice.kind == LineKind::kTransfer || choice.kind == LineKind::kCoherence)
         throw Error(ErrorKind::kBadValue, "a transfer function or coherence is of two channels");
     RequireLinearUnits(runs);
-    for (const SignalRun& run : runs) {
-        RequireBlock(run, choice.blocks);
-        choice.figures.band.Lines(SpacingOf(run, choice.blocks), choice.blocks.cut.size / 2);
+    for (std::size_t r = 0; r < runs.size(); ++r) {
+        RequireBlock(runs[r], plans[r]);
+        choice.figures.band.Lines(SpacingOf(runs[r], plans[r]), LinesOf(plans[r]));
     }
     for (const RunRecord& record : RecordsOf(runs)) {
-        if (choice.kind != LineKind::kDensity || DensityUnit(record.unit)) continue;
+        if (!IsPower(choice.kind) || SquareUnit(record.unit)) continue;
         throw Error(ErrorKind::kUnsupported, "the unit " + Quote(UnitText(record.unit)) + " of record " +
                                                  std::to_string(record.number) +
-                                                 " is a compound, which has no density");
+                                                 " is a compound, which has no " +
+                                                 (choice.kind == LineKind::kDensity ? "density" : "square"));
     }
     const auto isAboutMotion = [](const RunRecord& record) { return record.unit.IsAcc() != 0; };
     if (choice.figures.cutoffHz > 0.0 && std::ranges::none_of(RecordsOf(runs), isAboutMotion)) {
@@ -60,10 +86,10 @@ void RequireSpectra(const std::vector<SignalRun>& runs, const SpectraChoice& cho
 }
 
 /// The lines of one block of each channel of run `r`.
-std::vector<LineSpectrum> BlockOfRun(SignalReader& reader, std::size_t r, const SpectraChoice& choice,
-                                     const ProgressFunction& progress) {
+std::vector<LineSpectrum> BlockOfRun(SignalReader& reader, std::size_t r, const BlockPlan& plan,
+                                     const SpectraChoice& choice, const ProgressFunction& progress) {
     const SignalRun& run = reader.Runs()[r];
-    const std::int64_t size = choice.blocks.cut.size;
+    const std::int64_t size = plan.cut.size;
     const double start = std::round(choice.startSeconds * RateOf(run));
     if (!(start >= 0.0 && start <= static_cast<double>(run.samples - size))) {
         throw Error(ErrorKind::kBadValue,
@@ -78,25 +104,25 @@ std::vector<LineSpectrum> BlockOfRun(SignalReader& reader, std::size_t r, const 
     ReadRun(reader, r, append, progress, size);
     std::vector<LineSpectrum> spectra;
     for (std::size_t c = 0; c < blocks.size(); ++c)
-        spectra.push_back(BlockLines(blocks[c], choice.blocks.window, RateOf(run), run.channels[c].unit));
+        spectra.push_back(
+            BlockLines(blocks[c], plan.window, RateOf(run), run.channels[c].unit, plan.averaging));
     return spectra;
 }
 
 /// The averaged lines of each channel of run `r`.
-std::vector<LineSpectrum> AverageOfRun(SignalReader& reader, std::size_t r, const SpectraChoice& choice,
-                                       const ProgressFunction& progress) {
+std::vector<LineSpectrum> AverageOfRun(SignalReader& reader, std::size_t r, const BlockPlan& plan,
+                                       const SpectraChoice& choice, const ProgressFunction& progress) {
     const SignalRun& run = reader.Runs()[r];
     std::vector<AveragedSpectrum> averages;
     for (std::size_t c = 0; c < run.channels.size(); ++c)
-        averages.emplace_back(choice.blocks.window, choice.blocks.cut.overlap);
+        averages.emplace_back(plan.window, plan.cut.overlap, plan.averaging);
     const auto add = [&](std::span<double* const> samples, std::size_t count) {
         ForEachInParallel(averages.size(), [&](std::size_t c) { averages[c].Add({samples[c], count}); });
     };
     ReadRun(reader, r, add, progress);
-    const auto lines = choice.kind == LineKind::kDensity ? Densities : Amplitudes;
     std::vector<LineSpectrum> spectra;
     for (std::size_t c = 0; c < averages.size(); ++c)
-        spectra.push_back(lines(averages[c], RateOf(run), run.channels[c].unit));
+        spectra.push_back(AveragedLines(choice.kind, averages[c], RateOf(run), run.channels[c].unit));
     return spectra;
 }
 
@@ -195,8 +221,8 @@ void RequireTransfers(const Selection& selection) {
 
 /// The averages over the reference of the channels of run `r`, in their order; those of responses are filled.
 std::vector<AveragedTransfer> TransfersOfRun(const Selection& selection, std::size_t r,
-                                             const OpenChannels& open, const TransferChoice& choice,
-                                             const ProgressFunction& progress) {
+                                             const BlockPlan& blocks, const OpenChannels& open,
+                                             const TransferChoice& choice, const ProgressFunction& progress) {
     SignalReader& reader = *selection.reader;
     const std::vector<SignalRun::Channel>& channels = reader.Runs()[r].channels;
     std::vector<std::size_t> responses;
@@ -213,7 +239,7 @@ std::vector<AveragedTransfer> TransfersOfRun(const Selection& selection, std::si
     bool isSilent = true;
     std::vector<AveragedTransfer> averages;
     for (std::size_t c = 0; c < channels.size(); ++c)
-        averages.emplace_back(choice.blocks.window, choice.blocks.cut.overlap);
+        averages.emplace_back(blocks.window, blocks.cut.overlap, blocks.averaging.detrend);
     const auto add = [&](std::span<double* const> samples, std::size_t count) {
         if (other != nullptr) {
             excitation.resize(count);
@@ -238,12 +264,13 @@ std::vector<AveragedTransfer> TransfersOfRun(const Selection& selection, std::si
 }
 
 /// The slices of each channel of run `r`, a row each.
-std::vector<CComDataSpecA> SlicesOfRun(SignalReader& reader, std::size_t r, const Slicing& slicing,
-                                       const SlicesChoice& choice, const ProgressFunction& progress) {
+std::vector<CComDataSpecA> SlicesOfRun(SignalReader& reader, std::size_t r, const BlockPlan& blocks,
+                                       const Slicing& slicing, const SlicesChoice& choice,
+                                       const ProgressFunction& progress) {
     const SignalRun& run = reader.Runs()[r];
     std::vector<CComDataSpecA> slices;
     for (const SignalRun::Channel& channel : run.channels) {
-        slices.emplace_back(SpacingOf(run, choice.blocks), slicing.Count(run.samples), 1,
+        slices.emplace_back(SpacingOf(run, blocks), slicing.Count(run.samples), 1,
                             slicing.cut.size / 2, 0, LineUnit(choice.kind, channel.unit), nullptr, nullptr);
         if (!slices.back().Check()) throw std::bad_alloc();
     }
@@ -252,7 +279,8 @@ std::vector<CComDataSpecA> SlicesOfRun(SignalReader& reader, std::size_t r, cons
         const auto store = [&record, row = __int64{0}](std::span<const double> lines) mutable {
             std::ranges::copy(lines, Samples(record, row++, 0).begin());
         };
-        spectra.emplace_back(choice.blocks.window, slicing, choice.kind, RateOf(run), store);
+        spectra.emplace_back(blocks.window, slicing, choice.kind, RateOf(run), store,
+                             blocks.averaging.detrend);
     }
     const auto add = [&](std::span<double* const> samples, std::size_t count) {
         ForEachInParallel(spectra.size(), [&](std::size_t c) { spectra[c].Add({samples[c], count}); });
@@ -267,8 +295,28 @@ std::vector<CComDataSpecA> SlicesOfRun(SignalReader& reader, std::size_t r, cons
 
 }  // namespace
 
-BlockPlan PlanBlocks(std::int64_t size, double overlapPercent, std::string_view window) {
-    return {CutWithOverlap(size, overlapPercent), MakeWindow(window, size)};
+BlockPlan BlockPlan::At(double rateHz) const {
+    BlockPlan plan = *this;
+    if (spacingHz > 0.0) {
+        const BlockPlan made =
+            PlanBlocks(BlockSizeFor(rateHz, spacingHz), overlapPercent, windowText, averaging);
+        plan.cut = made.cut;
+        plan.window = made.window;
+    }
+    if (timeConstantSeconds > 0.0 && averaging.mode == AverageMode::kExponential) {
+        plan.averaging.weight =
+            ExponentialWeight(timeConstantSeconds, static_cast<double>(plan.cut.Step()) / rateHz);
+    }
+    return plan;
+}
+
+BlockPlan PlanBlocks(std::int64_t size, double overlapPercent, std::string_view window,
+                     const Averaging& averaging) {
+    BlockPlan plan = {CutWithOverlap(size, overlapPercent, averaging.transformSize), MakeWindow(window, size)};
+    plan.averaging = averaging;
+    plan.windowText = window;
+    plan.overlapPercent = overlapPercent;
+    return plan;
 }
 
 std::vector<RecordSpectra> SpectraOf(SignalReader& signal, const SpectraChoice& choice,
@@ -276,16 +324,23 @@ std::vector<RecordSpectra> SpectraOf(SignalReader& signal, const SpectraChoice& 
     const std::unique_ptr<SignalReader> differences = AsDifferences(signal);
     SignalReader& reader = *differences;
     const std::vector<SignalRun>& runs = reader.Runs();
-    RequireSpectra(runs, choice);
+    const std::vector<BlockPlan> plans = PlansOf(runs, choice.blocks);
+    RequireSpectra(runs, plans, choice);
     const auto analyse = choice.kind == LineKind::kComplex ? BlockOfRun : AverageOfRun;
     std::vector<RecordSpectra> results;
     std::vector<LineSpectrum> spectra;
     std::size_t analysed = runs.size();  // the run of the spectra, at first none
     for (const RunRecord& record : RecordsOf(runs)) {
         const SignalRun& run = runs[record.run];
-        if (std::exchange(analysed, record.run) != record.run)
-            spectra = analyse(reader, record.run, choice, progress);
-        results.push_back({record.number, RateOf(run), record.unit, {}});
+        const BlockPlan& plan = plans[record.run];
+        if (std::exchange(analysed, record.run) != record.run) {
+            spectra = analyse(reader, record.run, plan, choice, progress);
+            const double seconds = static_cast<double>(plan.cut.size) / RateOf(run);
+            for (LineSpectrum& lines : spectra)
+                lines.decayPerSecond = plan.windowText.empty() ? 0.0 : WindowDecay(plan.windowText, seconds);
+        }
+        results.push_back({record.number, RateOf(run), record.unit, {}, plan});
+        results.back().blocks.window.clear();
         for (const std::size_t c : record.channels) {
             const SignalRun::Channel& channel = run.channels[c];
             RequireNumbers(spectra[c].Levels(), channel.name);
@@ -304,9 +359,11 @@ RecordingTransfers TransfersOf(const OpenChannels& openSignal, const TransferCho
     const Selection selection = SelectChannels(open, choice);
     const std::vector<SignalRun>& runs = selection.reader->Runs();
     const SignalRun& reference = selection.reference;
-    RequireBlock(reference, choice.blocks);
-    const std::int64_t lines = choice.blocks.cut.size / 2;
-    RecordingTransfers result = {selection.reader->Text(), reference, SpacingOf(reference, choice.blocks)};
+    const BlockPlan blocks = choice.blocks.At(RateOf(reference));
+    RequirePlainAverage(blocks);
+    RequireBlock(reference, blocks);
+    const std::int64_t lines = blocks.cut.size / 2;
+    RecordingTransfers result = {selection.reader->Text(), reference, SpacingOf(reference, blocks)};
     const LineBand band = choice.band.Lines(result.spacingHz, lines);
     const std::vector<std::int64_t> wanted = LinesNear(choice.frequencies, result.spacingHz, lines);
     RequireTransfers(selection);
@@ -314,7 +371,7 @@ RecordingTransfers TransfersOf(const OpenChannels& openSignal, const TransferCho
     std::size_t analysed = runs.size();  // the run of the averages, at first none
     for (const RunRecord& record : selection.records) {
         if (std::exchange(analysed, record.run) != record.run)
-            averages = TransfersOfRun(selection, record.run, open, choice, progress);
+            averages = TransfersOfRun(selection, record.run, blocks, open, choice, progress);
         std::vector<ChannelTransfer>& responses = result.records.emplace_back();
         for (const std::size_t c : record.channels) {
             const SignalRun::Channel& channel = runs[record.run].channels[c];
@@ -374,14 +431,18 @@ std::vector<RunSlices> SlicesOf(SignalReader& signal, const SlicesChoice& choice
     SignalReader& reader = *differences;
     const std::vector<SignalRun>& runs = reader.Runs();
     RequireLinearUnits(runs);
-    for (const SignalRun& run : runs) RequireBlock(run, choice.blocks);
+    const std::vector<BlockPlan> plans = PlansOf(runs, choice.blocks);
+    for (std::size_t r = 0; r < runs.size(); ++r) {
+        RequirePlainAverage(plans[r]);
+        RequireBlock(runs[r], plans[r]);
+    }
     std::vector<RunSlices> results;
     for (std::size_t r = 0; r < runs.size(); ++r) {
         const SignalRun& run = runs[r];
-        const Slicing slicing = Slicing::AtMost(choice.most, run.samples, choice.blocks.cut);
+        const Slicing slicing = Slicing::AtMost(choice.most, run.samples, plans[r].cut);
         // A slice lies at the middle of its blocks.
         const double middle = static_cast<double>(slicing.Length() - 1) / 2.0;
-        results.push_back({SlicesOfRun(reader, r, slicing, choice, progress),
+        results.push_back({SlicesOfRun(reader, r, plans[r], slicing, choice, progress),
                            (static_cast<double>(run.offset) + middle) * run.delta,
                            static_cast<double>(slicing.Start(1)) * run.delta});
     }

@@ -33,12 +33,12 @@ struct SlicedSpectrum::State {
 };
 
 SlicedSpectrum::SlicedSpectrum(std::span<const double> window, const Slicing& slicing, LineKind kind,
-                               double rateHz, Deliver deliver) {
+                               double rateHz, Deliver deliver, Detrend detrend) {
     if ((kind != LineKind::kDensity && kind != LineKind::kAmplitude) || !deliver || !(rateHz > 0.0) ||
         slicing.blocksPerSlice < 1 || std::ssize(window) != slicing.cut.size) {
         throw Error(ErrorKind::kBadValue, "the slices, their window or their rate make no spectrogram");
     }
-    state_.reset(new State{PowerAverage(window), BlockQueue<1>(RequireCut(slicing.cut)),
+    state_.reset(new State{PowerAverage(window, {.detrend = detrend}), BlockQueue<1>(RequireCut(slicing.cut)),
                            slicing.blocksPerSlice, kind, rateHz, std::move(deliver)});
 }
 

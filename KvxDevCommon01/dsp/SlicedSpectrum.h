@@ -42,9 +42,9 @@ public:
 
     /// `kind` is kDensity or kAmplitude, `rateHz` that of the signal. Throws Error (kBadValue) for another
     /// kind, a rate that is not above 0, less than one block per slice, another count than slicing.cut.size
-    /// in the window, and as AveragedSpectrum.
+    /// in the window, and as AveragedSpectrum. What `detrend` names is taken out of each block.
     SlicedSpectrum(std::span<const double> window, const Slicing& slicing, LineKind kind, double rateHz,
-                   Deliver deliver);
+                   Deliver deliver, Detrend detrend = Detrend::kNone);
     ~SlicedSpectrum();
     SlicedSpectrum(SlicedSpectrum&& other) noexcept;
     SlicedSpectrum& operator=(SlicedSpectrum&& other) noexcept;
