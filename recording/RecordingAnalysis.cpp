@@ -37,7 +37,8 @@ double SpacingOf(const SignalRun& run, const BlockPlan& blocks) {
 /// Throws Error where blocks are averaged in another way than linearly, with zeros, or with the last line.
 void RequirePlainAverage(const BlockPlan& blocks) {
     const Averaging& averaging = blocks.averaging;
-    if (averaging.mode == AverageMode::kLinear && averaging.transformSize == 0 && !averaging.hasMiddleLine) return;
+    if (averaging.mode == AverageMode::kLinear && averaging.transformSize == 0 && !averaging.hasMiddleLine)
+        return;
     throw Error(ErrorKind::kUnsupported,
                 "transfer functions and slices are linear averages of blocks without zeros behind them");
 }
@@ -270,8 +271,8 @@ std::vector<CComDataSpecA> SlicesOfRun(SignalReader& reader, std::size_t r, cons
     const SignalRun& run = reader.Runs()[r];
     std::vector<CComDataSpecA> slices;
     for (const SignalRun::Channel& channel : run.channels) {
-        slices.emplace_back(SpacingOf(run, blocks), slicing.Count(run.samples), 1,
-                            slicing.cut.size / 2, 0, LineUnit(choice.kind, channel.unit), nullptr, nullptr);
+        slices.emplace_back(SpacingOf(run, blocks), slicing.Count(run.samples), 1, slicing.cut.size / 2, 0,
+                            LineUnit(choice.kind, channel.unit), nullptr, nullptr);
         if (!slices.back().Check()) throw std::bad_alloc();
     }
     std::vector<SlicedSpectrum> spectra;
@@ -312,7 +313,8 @@ BlockPlan BlockPlan::At(double rateHz) const {
 
 BlockPlan PlanBlocks(std::int64_t size, double overlapPercent, std::string_view window,
                      const Averaging& averaging) {
-    BlockPlan plan = {CutWithOverlap(size, overlapPercent, averaging.transformSize), MakeWindow(window, size)};
+    BlockPlan plan = {CutWithOverlap(size, overlapPercent, averaging.transformSize),
+                      MakeWindow(window, size)};
     plan.averaging = averaging;
     plan.windowText = window;
     plan.overlapPercent = overlapPercent;

@@ -30,8 +30,8 @@
 
 namespace kvx {
 
-/// How the signals are cut into blocks, the window of a block, and how blocks are averaged. Of transfer functions
-/// and slices only the detrending of `averaging` counts; the rest of it is refused there.
+/// How the signals are cut into blocks, the window of a block, and how blocks are averaged. Of transfer
+/// functions and slices only the detrending of `averaging` counts; the rest of it is refused there.
 struct BlockPlan {
     BlockCut cut;
     std::vector<double> window;         ///< of cut.size samples
@@ -39,20 +39,22 @@ struct BlockPlan {
     Averaging averaging = {};
     /// What the window was made of, which tells the decay that it adds; empty for one of other samples.
     std::string windowText = {};
-    /// Above 0: the blocks of each run are the smallest whose lines are at most so far apart, as BlockSizeFor has
-    /// them, of this overlap and the window of the text; `cut` and `window` do not count.
+    /// Above 0: the blocks of each run are the smallest whose lines are at most so far apart, as BlockSizeFor
+    /// has them, of this overlap and the window of the text; `cut` and `window` do not count.
     double spacingHz = 0.0;
     double overlapPercent = 50.0;
-    /// Above 0: the time constant of the exponential average, whose weight follows from the step of the blocks.
+    /// Above 0: the time constant of the exponential average, whose weight follows from the step of the
+    /// blocks.
     double timeConstantSeconds = 0.0;
 
-    /// The plan of a signal of that rate, its cut, window and weight made. Throws what PlanBlocks, BlockSizeFor and
-    /// ExponentialWeight throw.
+    /// The plan of a signal of that rate, its cut, window and weight made. Throws what PlanBlocks,
+    /// BlockSizeFor and ExponentialWeight throw.
     KVX_RECORDING_API BlockPlan At(double rateHz) const;
 };
 
 /// Blocks of `size` samples that overlap by `overlapPercent` of it, with the window that a text names. Zeros
-/// follow up to the size of a transform, if `averaging` has one. Throws what CutWithOverlap and MakeWindow throw.
+/// follow up to the size of a transform, if `averaging` has one. Throws what CutWithOverlap and MakeWindow
+/// throw.
 KVX_RECORDING_API BlockPlan PlanBlocks(std::int64_t size, double overlapPercent = 50.0,
                                        std::string_view window = "hann", const Averaging& averaging = {});
 

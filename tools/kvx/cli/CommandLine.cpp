@@ -207,7 +207,7 @@ int RunCommandLine(int argc, const char* const* argv) {
     for (const auto add : {AddImport, AddExport,      AddConvert,   AddMerge,   AddEdit,      AddInfo,
                            AddPsd,    AddSpectrum,    AddXfr,       AddFilter,  AddCalibrate, AddResample,
                            AddPlot,   AddSpectrogram, AddSynth,     AddProfile, AddCompare,   AddFormats,
-                           AddUnits,  AddKinds,       AddShowValue, AddFolders}) {
+                           AddUnits,  AddWindows,     AddKinds,       AddShowValue, AddFolders}) {
         add(tool);
     }
     std::vector<std::string> helpWords;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,15 +48,17 @@ auto AnalyseInput(const InputOptions& input, Analyse analyse) {
 std::unique_ptr<SignalReader> OpenWaveforms(const InputOptions& options, Progress& progress);
 
 struct BlockOptions {
-    std::int64_t size = 1024;
+    std::optional<std::int64_t> size;
+    std::optional<double> spacingHz;  ///< instead of the size
     std::string window = "hann";
     double overlapPercent = 50.0;
+    std::string detrend = "none";
 };
 
 void AddBlockOptions(Command command, BlockOptions* options);
 
 /// Throws ValueError.
-BlockPlan PlanBlocks(const BlockOptions& options);
+BlockPlan PlanBlocks(const BlockOptions& options, Averaging averaging = {});
 
 /// Of a command that makes lines.
 struct LinesOptions {
@@ -101,8 +104,10 @@ void StoreLines(const LinesOptions& options, const std::wstring& text, const Lin
 /// What a report as JSON begins with.
 nlohmann::ordered_json JsonOf(const LinesOptions& options);
 
-/// "3 blocks of 1024 at 2048 Hz, hann window, line spacing 2 Hz, band from 20 Hz to 2000 Hz"
-std::string BlocksText(const LinesOptions& options, std::int64_t count, double rateHz);
+/// "3 blocks of 1024 at 2048 Hz, hann window, line spacing 2 Hz, band from 20 Hz to 2000 Hz", of blocks as
+/// the plan of the run has them.
+std::string BlocksText(const LinesOptions& options, const BlockPlan& blocks, std::int64_t count,
+                       double rateHz);
 
 /// A table of figures of channels: names and units, the columns without a heading, are set left and numbers
 /// right.
@@ -118,10 +123,23 @@ private:
     std::vector<std::vector<std::string>> lines_;
 };
 
+/// How the blocks of psd and spectrum are averaged.
+struct AverageOptions {
+    std::string mode = "linear";
+    std::optional<double> weight;
+    std::optional<double> timeConstantSeconds;
+    std::int64_t transformSize = 0;
+    bool hasMiddleLine = false;
+};
+
 struct SpectraOptions : LinesOptions {
     LineKind kind = LineKind::kAmplitude;
-    double cutoffHz = 0.0;  ///< of the motion that densities of accelerations tell of
-    std::size_t peaks = 0;  ///< how many to report
+    AverageOptions average;
+    std::optional<double> confidencePercent;
+    bool isDecibel = false;
+    std::string decibelReference;  ///< empty for the usual one
+    double cutoffHz = 0.0;         ///< of the motion that densities of accelerations tell of
+    std::size_t peaks = 0;         ///< how many to report
 };
 
 /// Describes the inputs and options that psd and spectrum have.

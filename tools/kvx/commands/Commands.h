@@ -26,6 +26,7 @@ void AddSpectrogram(Command app);
 void AddSynth(Command app);
 void AddProfile(Command app);
 void AddUnits(Command app);
+void AddWindows(Command app);
 void AddKinds(Command app);
 void AddShowValue(Command app);
 void AddFolders(Command app);

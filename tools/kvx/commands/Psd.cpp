@@ -20,8 +20,8 @@ void AddPsd(Command app) {
         .Type("HZ")
         .Check(NonNegativeNumber());
     command.SetFooter(R"(
-One-sided density in the square of the channel's unit per hertz, averaged over all full blocks; no
-mean or trend is removed. The rms is that of the lines in the band.
+One-sided density in the square of the channel's unit per hertz, averaged over all full blocks; mean
+or trend stay unless --detrend takes them out. The rms is that of the lines in the band.
 
 Accelerations also get the rms of acceleration, velocity (mm/s) and displacement (mm) of the lines
 in the band from --cutoff on. What an offset and drift leave in the lowest lines grows with 1/f^2

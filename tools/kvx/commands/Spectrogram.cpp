@@ -60,7 +60,7 @@ void RunSpectrogram(const SpectrogramOptions& options, ByteStream& out) {
     const plot::RecordGraphChoice choice = ResolveGraphs(options.x, options.y, options.unit);
     const BlockPlan plan = PlanBlocks(options.blocks);
     // The line at 0 Hz is not drawn, and a slice is drawn from line to line.
-    if (options.isWaterfall && plan.cut.size < kLeastOfWaterfall) {
+    if (options.isWaterfall && plan.spacingHz == 0.0 && plan.cut.size < kLeastOfWaterfall) {
         throw ValueError("--block: a waterfall takes " + std::to_string(kLeastOfWaterfall) +
                          " samples or more, as smaller blocks have no two lines above 0 Hz");
     }

@@ -91,8 +91,9 @@ std::string ReportText(const RecordingTransfers& transfers, const XfrOptions& op
     const std::string& file = options.referenceFile;
     return "reference " + Printable(ToUtf8(transfers.reference.channels.front().name)) +
            (file.empty() ? "" : " of " + InputName(file)) + ": " +
-           BlocksText(options, transfers.blocks, RateOf(transfers.reference)) + "\n" + largest.Text() +
-           (lines.IsEmpty() ? "" : lines.Text());
+           BlocksText(options, PlanBlocks(options.blocks).At(RateOf(transfers.reference)), transfers.blocks,
+                      RateOf(transfers.reference)) +
+           "\n" + largest.Text() + (lines.IsEmpty() ? "" : lines.Text());
 }
 
 /// How the reference is opened where it is in another recording, or may be in another record than the chosen
