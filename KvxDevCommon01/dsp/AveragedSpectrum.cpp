@@ -106,6 +106,10 @@ std::int64_t AveragedSpectrum::TransformSize() const {
     return state_->average.Transform().Size();
 }
 
+std::size_t AveragedSpectrum::Lines() const {
+    return static_cast<std::size_t>(TransformSize() / 2 + (state_->averaging.hasMiddleLine ? 1 : 0));
+}
+
 double AveragedSpectrum::NoiseBandwidth() const {
     return state_->average.Transform().NoiseBandwidth();
 }

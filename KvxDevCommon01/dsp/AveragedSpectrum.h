@@ -8,6 +8,7 @@
 #pragma once
 
 #include <complex>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -47,6 +48,8 @@ public:
     std::int64_t BlockSize() const;
     /// Points N of its transform.
     std::int64_t TransformSize() const;
+    /// Of the results: N/2, or one more with the line N/2.
+    std::size_t Lines() const;
     /// That of the window, in lines; see Windows.h.
     double NoiseBandwidth() const;
 

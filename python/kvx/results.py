@@ -121,6 +121,17 @@ class Comparison(NamedTuple):
     bands: List[ComparedBand]
 
 
+class WindowFigures(NamedTuple):
+    """What a window does to a sine; frequencies in lines, levels in dB to a sine that stands on a line."""
+
+    mean: float
+    noise_bandwidth: float
+    scallop: float  #: the level furthest from 0 with which a sine up to half a line away is read
+    width_3db: float
+    width_6db: float
+    side_lobe: Optional[float]  #: the highest
+
+
 class RandomWave(NamedTuple):
     """A random signal and its figures."""
 
@@ -170,5 +181,6 @@ class FileInfo(NamedTuple):
 
 # The names that the extension makes results by.
 ALL: Dict[str, type] = {each.__name__: each for each in
-                        (Figures, SineFit, Peak, Motion, TransferLine, Sensitivity, Calibration, RandomWave, Resampled,
-                         RunFigures, FormatInfo, FileInfo, Limit, ComparedBand, ComparedLine, Comparison)}
+                        (Figures, SineFit, Peak, Motion, TransferLine, Sensitivity, Calibration, RandomWave, WindowFigures,
+                         Resampled, RunFigures, FormatInfo, FileInfo, Limit, ComparedBand,
+                         ComparedLine, Comparison)}

@@ -24,17 +24,23 @@ struct NamedKind {
     LineKind kind;
 };
 constexpr std::array kKinds = {
-    NamedKind{"density", LineKind::kDensity},     NamedKind{"amplitude", LineKind::kAmplitude},
-    NamedKind{"complex", LineKind::kComplex},     NamedKind{"transfer", LineKind::kTransfer},
+    NamedKind{"density", LineKind::kDensity},
+    NamedKind{"amplitude", LineKind::kAmplitude},
+    NamedKind{"complex", LineKind::kComplex},
+    NamedKind{"transfer", LineKind::kTransfer},
     NamedKind{"coherence", LineKind::kCoherence},
+    NamedKind{"power", LineKind::kPower},
+    NamedKind{"rms", LineKind::kRms},
+    NamedKind{"peak-to-peak", LineKind::kPeakToPeak},
 };
 
 LineKind KindNamed(const std::string& name) {
     const auto found = std::ranges::find_if(kKinds, [&](const NamedKind& each) { return name == each.name; });
     if (found == kKinds.end())
-        throw Error(ErrorKind::kUnknownName,
-                    "there is no kind of lines " + Quote(name) +
-                        ", only density, amplitude, complex, transfer and coherence");
+        throw Error(
+            ErrorKind::kUnknownName,
+            "there is no kind of lines " + Quote(name) +
+                ", only density, amplitude, complex, transfer, coherence, power, rms and peak-to-peak");
     return found->kind;
 }
 
@@ -154,7 +160,7 @@ void BindSpectrum(py::module_& module) {
 values:          the lines, real or complex, in the unit that belongs to `kind`
 spacing:         Hz
 unit:            that of the signal; of a transfer function or coherence that of the lines
-kind:            "density", "amplitude", "complex", "transfer" or "coherence"
+kind:            "density", "amplitude", "complex", "transfer", "coherence", "power", "rms" or "peak-to-peak"
 blocks:          averaged
 noise_bandwidth: of the window, in lines
 
@@ -162,8 +168,7 @@ A value that does not change, and pickles.)");
     spectrum.def(py::init(&MakeSpectrum), py::arg("values"), py::arg("spacing"), py::arg("unit") = "",
                  py::arg("kind") = "density", py::arg("name") = "", py::arg("blocks") = 1,
                  py::arg("noise_bandwidth") = 1.0);
-    spectrum.def_property_readonly("kind", &KindOf,
-                                   "\"density\", \"amplitude\", \"complex\", \"transfer\" or \"coherence\".");
+    spectrum.def_property_readonly("kind", &KindOf, "As the constructor names it.");
     spectrum.def_readonly("name", &Spectrum::name, "Of the channel.");
     spectrum.def_readonly("reference", &Spectrum::reference,
                           "Of a transfer function the name of the channel that excites.");

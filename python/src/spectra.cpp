@@ -28,8 +28,7 @@ using OptionalSize = std::optional<std::int64_t>;
 
 /// The frequencies of the lines of blocks, and what goes with them.
 Lines OnLines(const Cutting& cut, double fs, py::array values) {
-    const std::size_t size = cut.window.size();
-    return {Ramp(size / 2, fs / static_cast<double>(size)), std::move(values)};
+    return {Ramp(cut.Lines(), fs / static_cast<double>(cut.Points())), std::move(values)};
 }
 
 template <typename Result>
@@ -43,25 +42,45 @@ Lines OfRows(const ArrayLike& x, double fs, const Cutting& cut, py::ssize_t axis
     const Rows rows(x, "x", axis);
     return OnLines(cut, fs,
                    MapRows<double>(
-                       rows, cut.window.size() / 2,
+                       rows, cut.Lines(),
                        [&](auto samples, auto lines) {
-                           AveragedSpectrum average(cut.window, cut.overlap);
+                           AveragedSpectrum average(cut.window, cut.overlap, cut.averaging);
                            average.Add(samples);
                            Deliver(read(average), lines);
                        },
                        Looks::after));
 }
 
+Averaging AveragingOf(OptionalSize nfft, const DetrendLike& detrend, const std::string& average,
+                      double weight, bool nyquist) {
+    Averaging averaging;
+    averaging.mode = NamedAverageMode(average == "mean" ? "linear" : average);
+    averaging.weight = weight;
+    averaging.detrend = DetrendOf(detrend);
+    averaging.transformSize = nfft.value_or(0);
+    averaging.hasMiddleLine = nyquist;
+    return averaging;
+}
+
 Lines Psd(const ArrayLike& x, double fs, const WindowLike& window, OptionalSize nperseg,
-          OptionalSize noverlap, py::ssize_t axis) {
-    return OfRows(x, fs, CuttingOf(window, nperseg, noverlap), axis,
-                  [fs](const AveragedSpectrum& average) { return average.Psd(fs); });
+          OptionalSize noverlap, py::ssize_t axis, OptionalSize nfft, const DetrendLike& detrend,
+          const std::string& average, double weight, bool nyquist, const std::string& scaling) {
+    if (scaling != "density" && scaling != "spectrum")
+        throw Error(ErrorKind::kUnknownName,
+                    "there is no scaling " + Quote(scaling) + ", only density and spectrum");
+    const Averaging averaging = AveragingOf(nfft, detrend, average, weight, nyquist);
+    return OfRows(x, fs, CuttingOf(window, nperseg, noverlap, averaging), axis,
+                  [fs, isDensity = scaling == "density"](const AveragedSpectrum& of) {
+                      return isDensity ? of.Psd(fs) : of.Power();
+                  });
 }
 
 Lines Amplitudes(const ArrayLike& x, double fs, const WindowLike& window, OptionalSize nperseg,
-                 OptionalSize noverlap, py::ssize_t axis) {
-    return OfRows(x, fs, CuttingOf(window, nperseg, noverlap), axis,
-                  [](const AveragedSpectrum& average) { return average.Amplitude(); });
+                 OptionalSize noverlap, py::ssize_t axis, OptionalSize nfft, const DetrendLike& detrend,
+                 const std::string& average, double weight, bool nyquist) {
+    const Averaging averaging = AveragingOf(nfft, detrend, average, weight, nyquist);
+    return OfRows(x, fs, CuttingOf(window, nperseg, noverlap, averaging), axis,
+                  [](const AveragedSpectrum& of) { return of.Amplitude(); });
 }
 
 /// What read(average, lines) makes of each pair of a reference and a response. One reference goes with every
@@ -80,7 +99,7 @@ Lines OfPairs(const ArrayLike& x, const ArrayLike& y, double fs, const Cutting& 
         references.RequireValues();
         responses.RequireValues();
         ForEachInParallel(responses.Count(), [&](std::size_t r) {
-            AveragedTransfer average(cut.window, cut.overlap);
+            AveragedTransfer average(cut.window, cut.overlap, cut.averaging.detrend);
             average.Add(references.Row(references.Count() == 1 ? 0 : r), responses.Row(r));
             read(average, references.Row(references.Count() == 1 ? 0 : r),
                  std::span<Result>(data + r * lines, lines));
@@ -90,26 +109,27 @@ Lines OfPairs(const ArrayLike& x, const ArrayLike& y, double fs, const Cutting& 
 }
 
 Lines Transfer(const ArrayLike& x, const ArrayLike& y, double fs, const WindowLike& window,
-               OptionalSize nperseg, OptionalSize noverlap, py::ssize_t axis) {
+               OptionalSize nperseg, OptionalSize noverlap, py::ssize_t axis, const DetrendLike& detrend) {
     return OfPairs<Complex>(
-        x, y, fs, CuttingOf(window, nperseg, noverlap), axis,
+        x, y, fs, CuttingOf(window, nperseg, noverlap, {.detrend = DetrendOf(detrend)}), axis,
         [](const AveragedTransfer& average, auto, auto out) { Deliver(average.Transfer(), out); });
 }
 
 Lines Coherence(const ArrayLike& x, const ArrayLike& y, double fs, const WindowLike& window,
-                OptionalSize nperseg, OptionalSize noverlap, py::ssize_t axis) {
+                OptionalSize nperseg, OptionalSize noverlap, py::ssize_t axis, const DetrendLike& detrend) {
     return OfPairs<double>(
-        x, y, fs, CuttingOf(window, nperseg, noverlap), axis,
+        x, y, fs, CuttingOf(window, nperseg, noverlap, {.detrend = DetrendOf(detrend)}), axis,
         [](const AveragedTransfer& average, auto, auto out) { Deliver(average.Coherence(), out); });
 }
 
 Lines CrossDensity(const ArrayLike& x, const ArrayLike& y, double fs, const WindowLike& window,
-                   OptionalSize nperseg, OptionalSize noverlap, py::ssize_t axis) {
-    const Cutting cut = CuttingOf(window, nperseg, noverlap);
+                   OptionalSize nperseg, OptionalSize noverlap, py::ssize_t axis,
+                   const DetrendLike& detrend) {
+    const Cutting cut = CuttingOf(window, nperseg, noverlap, {.detrend = DetrendOf(detrend)});
     return OfPairs<Complex>(x, y, fs, cut, axis,
                             [&](const AveragedTransfer& average, auto reference, auto out) {
                                 // H1 is the cross power over the reference's.
-                                AveragedSpectrum power(cut.window, cut.overlap);
+                                AveragedSpectrum power(cut.window, cut.overlap, cut.averaging);
                                 power.Add(reference);
                                 const std::vector<double> density = power.Psd(fs);
                                 const std::vector<Complex> transfer = average.Transfer();
@@ -231,6 +251,13 @@ py::array PartialCoherence(const ArrayLike& inputs, const ArrayLike& outputs, co
 using SpectrumStream = Guarded<AveragedSpectrum>;
 using TransferStream = Guarded<AveragedTransfer>;
 
+std::pair<std::int64_t, std::size_t> PointsAndLines(const AveragedSpectrum& average) {
+    return {average.TransformSize(), average.Lines()};
+}
+std::pair<std::int64_t, std::size_t> PointsAndLines(const AveragedTransfer& average) {
+    return {average.BlockSize(), static_cast<std::size_t>(average.BlockSize()) / 2};
+}
+
 template <class Stream>
 void BindStream(py::class_<Stream>& stream) {
     stream
@@ -250,31 +277,43 @@ void BindStream(py::class_<Stream>& stream) {
         .def(
             "frequencies",
             [](Stream& self, double fs) {
-                const auto size = self.Use([](auto& a) { return a.BlockSize(); });
-                return Ramp(static_cast<std::size_t>(size) / 2, fs / static_cast<double>(size));
+                const auto [points, lines] = self.Use([](auto& a) { return PointsAndLines(a); });
+                return Ramp(lines, fs / static_cast<double>(points));
             },
             py::arg("fs"), "The frequencies of the lines of a signal sampled at fs.");
 }
 
-template <class Stream>
-std::unique_ptr<Stream> MakeStream(const WindowLike& window, OptionalSize nperseg, OptionalSize noverlap) {
+std::unique_ptr<SpectrumStream> MakeSpectrumStream(const WindowLike& window, OptionalSize nperseg,
+                                                   OptionalSize noverlap, OptionalSize nfft,
+                                                   const DetrendLike& detrend, const std::string& average,
+                                                   double weight, bool nyquist) {
+    const Cutting cut =
+        CuttingOf(window, nperseg, noverlap, AveragingOf(nfft, detrend, average, weight, nyquist));
+    return std::unique_ptr<SpectrumStream>(
+        new SpectrumStream{AveragedSpectrum(cut.window, cut.overlap, cut.averaging)});
+}
+
+std::unique_ptr<TransferStream> MakeTransferStream(const WindowLike& window, OptionalSize nperseg,
+                                                   OptionalSize noverlap, const DetrendLike& detrend) {
     const Cutting cut = CuttingOf(window, nperseg, noverlap);
-    using Object = decltype(Stream::object);
-    return std::unique_ptr<Stream>(new Stream{Object(cut.window, cut.overlap)});
+    return std::unique_ptr<TransferStream>(
+        new TransferStream{AveragedTransfer(cut.window, cut.overlap, DetrendOf(detrend))});
 }
 
 void BindStreams(py::module_& module) {
     const char* const cutting =
         "nperseg samples of a block, a power of two; noverlap of them are those of its neighbour, without a "
-        "choice half.";
+        "choice half. The others as psd.";
     py::class_<SpectrumStream> spectrum(
         module, "AveragedSpectrum",
         R"(The average of the spectra of a signal that comes in pieces of any length.
 
 The result has the same bits however the signal is cut; what is kept does not grow with it. Any number of threads may
 use one object, one at a time.)");
-    spectrum.def(py::init(&MakeStream<SpectrumStream>), py::arg("window") = "hann",
-                 py::arg("nperseg") = py::none(), py::arg("noverlap") = py::none(), cutting);
+    spectrum.def(py::init(&MakeSpectrumStream), py::arg("window") = "hann", py::arg("nperseg") = py::none(),
+                 py::arg("noverlap") = py::none(), py::kw_only(), py::arg("nfft") = py::none(),
+                 py::arg("detrend") = false, py::arg("average") = "linear", py::arg("weight") = 0.125,
+                 py::arg("nyquist") = false, cutting);
     spectrum.def(
         "add",
         [](SpectrumStream& self, const ArrayLike& x) {
@@ -294,13 +333,21 @@ use one object, one at a time.)");
         "amplitude",
         [](SpectrumStream& self) { return ArrayOf(self.Use([](auto& a) { return a.Amplitude(); })); },
         "Peak amplitudes, averaged by power; see kvx.amplitudes.");
+    spectrum.def(
+        "power", [](SpectrumStream& self) { return ArrayOf(self.Use([](auto& a) { return a.Power(); })); },
+        "The mean square of the sine on each line; psd(scaling=\"spectrum\").");
+    spectrum.def_property_readonly(
+        "degrees_of_freedom",
+        [](SpectrumStream& self) { return self.Use([](auto& a) { return a.DegreesOfFreedom(); }); },
+        "Of each line but those at 0 Hz and fs/2, which have half as many, the overlap accounted for (Welch "
+        "1967); None for peak-hold and minimum, and without blocks.");
     BindStream(spectrum);
 
     py::class_<TransferStream> transfer(
         module, "AveragedTransfer",
         R"(The transfer function between two signals that come together in pieces of any length, as AveragedSpectrum.)");
-    transfer.def(py::init(&MakeStream<TransferStream>), py::arg("window") = "hann",
-                 py::arg("nperseg") = py::none(), py::arg("noverlap") = py::none(), cutting);
+    transfer.def(py::init(&MakeTransferStream), py::arg("window") = "hann", py::arg("nperseg") = py::none(),
+                 py::arg("noverlap") = py::none(), py::kw_only(), py::arg("detrend") = false, cutting);
     transfer.def(
         "add",
         [](TransferStream& self, const ArrayLike& x, const ArrayLike& y) {
@@ -332,16 +379,18 @@ void BindSpectra(py::module_& module) {
         return std::make_tuple(py::arg("fs") = 1.0, py::arg("window") = "hann",
                                py::arg("nperseg") = py::none(), py::arg("noverlap") = py::none(), more...);
     };
-    const auto defineOfOne = [&](const char* name, auto function, const char* text) {
+    const auto defineOfOne = [&](const char* name, auto function, const char* text, auto... more) {
         std::apply([&](auto... args) { DefineQuick(module, name, function, text, py::arg("x"), args...); },
-                   cutting(py::arg("axis") = -1));
+                   cutting(py::arg("axis") = -1, py::arg("nfft") = py::none(), py::arg("detrend") = false,
+                           py::arg("average") = "linear", py::arg("weight") = 0.125,
+                           py::arg("nyquist") = false, more...));
     };
     const auto defineOfTwo = [&](const char* name, auto function, const char* text) {
         std::apply(
             [&](auto... args) {
                 DefineQuick(module, name, function, text, py::arg("x"), py::arg("y"), args...);
             },
-            cutting(py::arg("axis") = -1));
+            cutting(py::arg("axis") = -1, py::arg("detrend") = false));
     };
     defineOfOne("psd", &Psd,
                 R"(The one-sided power spectral density by Welch's method, (frequencies, density).
@@ -349,12 +398,19 @@ void BindSpectra(py::module_& module) {
 x:        real samples of any shape; every row along the axis is a signal
 fs:       sampling rate, Hz
 window:   as get_window takes it, or its samples
-nperseg:  samples of a block, a power of two up to 131072; without a choice those of the window, else 1024
+nperseg:  samples of a block, a power of two up to 4194304; without a choice those of the window, else 1024
 noverlap: samples that neighbours share; without a choice half of nperseg
+nfft:     points of the transform, a power of two: zeros follow each block, of any size up to it
+detrend:  what is taken out of each block: False, "mean" (or "constant") or "linear"
+average:  "linear" (or "mean"), "exponential", "peak-hold" or "minimum"
+weight:   of the newest block in an exponential average; the first 1/weight blocks are averaged linearly
+nyquist:  whether the line at fs/2 is kept
+scaling:  "density", or "spectrum" for the mean square of the sine on each line
 
 |X|^2/(fs sum(w^2)), doubled on all lines but that at 0 Hz, averaged over all full blocks: nperseg/2 lines fs/nperseg
-apart, in the square of the unit of x per hertz. No mean or trend is removed. The first lines of
-scipy.signal.welch(..., detrend=False) are the same.)");
+apart, in the square of the unit of x per hertz. As scipy.signal.welch(..., detrend=False), with nyquist=True all of
+its lines.)",
+                py::arg("scaling") = "density");
     defineOfOne("amplitudes", &Amplitudes,
                 R"(Peak amplitudes, averaged over the blocks by power, (frequencies, amplitudes).
 
@@ -362,7 +418,7 @@ Arguments as psd. A sine of amplitude A on a line reads A, a constant c reads |c
     defineOfTwo("transfer", &Transfer, R"(The transfer function H1 from x to y, (frequencies, complex lines).
 
 The cross power over the power of x: the best estimate when noise is on y alone. One x goes with every row of y.
-Other arguments as psd. 0 on lines where x has no power.)");
+detrend is taken out of each block of both. Other arguments as psd. 0 on lines where x has no power.)");
     defineOfTwo("coherence", &Coherence, R"(The coherence of x and y, from 0 to 1, (frequencies, coherence).
 
 The squared cross power over both powers; always 1 for a single block. Other arguments as psd.)");

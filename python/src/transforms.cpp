@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "transforms.h"
 
+#include "results.h"
+
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -52,9 +54,11 @@ std::vector<double> ShapedWindow(const py::tuple& shape, std::int64_t size) {
         require(1, 1);
         isMade = CMatWIND::GeneRectangular(&array) && CMatWIND::AddKaiserBessel(&array, numbers[0]);
     } else {
-        throw Error(ErrorKind::kUnknownName,
-                    "there is no window " + Quote(name) +
-                        " with numbers, only exponential, general_cosine and kaiser_bessel");
+        // As text: "kaiser:8.6".
+        std::string text = name;
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+            text += (i == 0 ? ":" : ",") + FormatExact(numbers[i]);
+        return MakeWindow(text, size);
     }
     const auto samples = Samples(array);
     if (!isMade || !std::ranges::all_of(samples, [](double v) { return std::isfinite(v); }))
@@ -92,7 +96,7 @@ std::vector<double> WindowOf(const py::object& window, std::optional<std::int64_
 
 /// A transform of a block takes a power of two.
 std::size_t RequireLength(std::size_t length) {
-    RequireBlockSize(static_cast<std::int64_t>(length), 1);
+    RequireBlockSize(static_cast<std::int64_t>(length), 1, kLargestGivenBlock);
     return length;
 }
 
@@ -150,7 +154,7 @@ py::array Irfft(const ArrayLike& lines, std::optional<std::int64_t> n, py::ssize
     const ComplexRows rows(lines, "x", axis);
     const std::int64_t usual = 2 * (static_cast<std::int64_t>(rows.Length()) - 1);
     const std::int64_t size = n.value_or(usual);
-    RequireBlockSize(size, 1);
+    RequireBlockSize(size, 1, kLargestGivenBlock);
     const std::size_t most = static_cast<std::size_t>(size) / 2 + 1;
     return MapRows<double>(rows, static_cast<std::size_t>(size), [&](auto in, auto wave) {
         const std::size_t count = std::min(in.size(), most);
@@ -179,25 +183,68 @@ py::array BlockLines(const ArrayLike& x, const WindowLike& window, py::ssize_t a
 }  // namespace
 
 Cutting CuttingOf(const py::object& window, std::optional<std::int64_t> size,
-                  std::optional<std::int64_t> overlap) {
-    if (size) RequireBlockSize(*size);
-    Cutting cut = {WindowOf(window, size), 0};
+                  std::optional<std::int64_t> overlap, const Averaging& averaging) {
+    if (size) RequireCut({*size, 0}, averaging.transformSize);
+    Cutting cut = {WindowOf(window, size), 0, averaging};
     const std::int64_t count = std::ssize(cut.window);
     cut.overlap = overlap.value_or(count / 2);
-    RequireCut({count, cut.overlap});
+    RequireCut({count, cut.overlap}, averaging.transformSize);
     return cut;
+}
+
+Detrend DetrendOf(const DetrendLike& detrend) {
+    if (!detrend) return Detrend::kNone;
+    if (const std::string* const name = std::get_if<std::string>(&*detrend)) return NamedDetrend(*name);
+    if (std::get<bool>(*detrend)) Refuse("detrend is False, 'mean' or 'linear'");
+    return Detrend::kNone;
 }
 
 void BindTransforms(py::module_& module) {
     module.def("window_names", &WindowNames, "The windows by name, the usual one first.");
     module.def(
-        "get_window", [](const WindowLike& window, std::int64_t nx) { return ArrayOf(WindowOf(window, nx)); },
-        py::arg("window"), py::arg("Nx"),
+        "get_window",
+        [](const WindowLike& window, std::int64_t nx, bool fftbins) {
+            if (fftbins) return ArrayOf(WindowOf(window, nx));
+            if (!py::isinstance<py::str>(window))
+                Refuse("the symmetric form is that of a window by its text");
+            return ArrayOf(MakeWindow(py::cast<std::string>(window) + ":symmetric", nx));
+        },
+        py::arg("window"), py::arg("Nx"), py::arg("fftbins") = true,
         R"(The samples of a window, as an array of Nx.
 
-window: a name of window_names(), or ("exponential", a) for exp(n a), ("general_cosine", [a0, a1, a2, a3]) for
-a0 - a1 cos phi + a2 cos 2 phi - a3 cos 3 phi, phi = 2 pi n/Nx, or ("kaiser_bessel", dB), the suite's taper.
-Windows are periodic, as SciPy's with fftbins=True.)");
+window:  a name of window_names(), with numbers where it takes some: "kaiser:8.6" or ("kaiser", 8.6), "kaiser:80dB",
+         ("tukey", 0.1), "exponential:0.05", which ends at 0.05, "force:0.1,0.05"; or ("exponential", a) for exp(n a),
+         ("general_cosine", [a0, a1, a2, a3]) for a0 - a1 cos phi + a2 cos 2 phi - a3 cos 3 phi, phi = 2 pi n/Nx, or
+         ("kaiser_bessel", dB), the suite's taper
+fftbins: periodic, as spectra take it, else symmetric)");
+    module.def(
+        "window_figures",
+        [](const WindowLike& window, std::int64_t nx) {
+            const WindowFigures figures = FiguresOfWindow(WindowOf(window, nx));
+            return WindowFiguresResult::Of(figures.mean, figures.noiseBandwidth, figures.scallopDb,
+                                           figures.width3dB, figures.width6dB, figures.sideLobeDb);
+        },
+        py::arg("window"), py::arg("Nx") = 1024,
+        "What a window of Nx samples, 8 to 65536, does to a sine; window as get_window takes it.");
+    module.def(
+        "window_decay", &WindowDecay, py::arg("window"), py::arg("duration"),
+        "The decay, in 1/s, that \"exponential:END\" over a block of that duration in s adds; 0 for others.");
+    module.def(
+        "q_without_decay", &QWithoutDecay, py::arg("q"), py::arg("frequency"), py::arg("decay"),
+        "A quality that was measured at half power, freed of the decay of the window: the inverse of 1/q - "
+        "decay/(pi f). None when nothing is left.");
+    module.def("chi_square_quantile", &ChiSquareQuantile, py::arg("q"), py::arg("df"),
+               "As scipy.stats.chi2.ppf.");
+    module.def(
+        "confidence",
+        [](double degrees, double level) {
+            const ConfidenceLimits limits = ConfidenceOf(degrees, level);
+            return std::make_tuple(limits.lower, limits.upper);
+        },
+        py::arg("degrees_of_freedom"), py::arg("level") = 0.9,
+        "Factors on an averaged power between which the power of the process lies with that probability.");
+    module.def("block_size_for", &BlockSizeFor, py::arg("fs"), py::arg("df"),
+               "The smallest power of two whose lines are at most df Hz apart at the rate fs.");
     module.def(
         "noise_bandwidth",
         [](const ArrayLike& window) { return NoiseBandwidth(NumbersOf(window, "window")); },

@@ -118,6 +118,44 @@ class Spectra(unittest.TestCase):
             cross, power = scipy.signal.csd(self.x, self.y, **theirs)[1], scipy.signal.welch(self.x, **theirs)[1]
             close(self, got, (cross / power)[:, lines], 1e-11)
 
+    def test_averages_are_those_of_scipy(self):
+        for detrend in ("constant", "linear", False):
+            for scaling in ("density", "spectrum"):
+                theirs = scipy.signal.welch(self.x + 3.0, 500.0, "hann", 100, 60, 128, detrend=detrend, scaling=scaling)
+                got = kvx.psd(self.x + 3.0, 500.0, "hann", 100, 60, nfft=128, detrend=detrend, scaling=scaling,
+                              nyquist=True)
+                close(self, got[0], theirs[0])
+                close(self, got[1], theirs[1])
+        theirs = scipy.signal.csd(self.x, self.y, nperseg=512, detrend="linear", window=scipy.signal.get_window("hann", 512))
+        close(self, kvx.csd(self.x, self.y, nperseg=512, detrend="linear")[1], theirs[1][:, :256])
+        one = kvx.psd(self.x[0, :2048], nperseg=2048, noverlap=0)[1], kvx.psd(self.x[0, 2048:4096], nperseg=2048)[1]
+        for average, wanted in (("peak-hold", np.maximum(*one)), ("minimum", np.minimum(*one)),
+                                ("exponential", 0.25 * one[0] + 0.75 * one[1])):
+            close(self, kvx.psd(self.x[0, :4096], nperseg=2048, noverlap=0, average=average, weight=0.75)[1], wanted)
+        large = noise(2 ** 19)
+        close(self, kvx.psd(large, nperseg=2 ** 18, nyquist=True)[1],
+              scipy.signal.welch(large, nperseg=2 ** 18, detrend=False)[1])
+        stream = kvx.AveragedSpectrum("hann", 64, 0, detrend="mean", average="peak-hold", nyquist=True)
+        stream.add(self.x[0, :640])
+        self.assertIsNone(stream.degrees_of_freedom)
+        self.assertEqual(len(stream.frequencies(2.0)), len(stream.power()))
+        for wrong in (dict(detrend=True), dict(detrend="cubic"), dict(average="median"), dict(scaling="rms"),
+                      dict(nfft=1000), dict(nperseg=100, nfft=64), dict(average="exponential", weight=2.0)):
+            with self.assertRaises(kvx.Error):
+                kvx.psd(self.x, **wrong)
+
+    def test_confidence_and_windows_are_those_of_scipy(self):
+        self.assertAlmostEqual(kvx.chi_square_quantile(0.95, 17.5) / scipy.stats.chi2.ppf(0.95, 17.5), 1.0, 12)
+        lower, upper = kvx.confidence(64.0, 0.9)
+        self.assertAlmostEqual(lower, 64.0 / scipy.stats.chi2.ppf(0.95, 64.0))
+        self.assertAlmostEqual(upper, 64.0 / scipy.stats.chi2.ppf(0.05, 64.0))
+        for name in (("kaiser", 8.6), ("tukey", 0.3), "bartlett", "nuttall", "hann"):
+            close(self, kvx.get_window(name, 65), scipy.signal.get_window(name, 65))
+        close(self, kvx.get_window("kaiser:5", 64, fftbins=False), scipy.signal.get_window(("kaiser", 5), 64, False))
+        self.assertAlmostEqual(kvx.window_figures("hann").noise_bandwidth, 1.5)
+        self.assertAlmostEqual(kvx.q_without_decay(40.0, 100.0, kvx.window_decay("exponential:0.01", 4.0)), 46.88, 1)
+        self.assertEqual(kvx.block_size_for(2000.0, 1.0), 2048)
+
     def test_amplitudes_read_a_sine(self):
         t = np.arange(8192) / 1024
         f, amplitudes = kvx.amplitudes(2.5 * np.sin(2 * np.pi * 64 * t), fs=1024.0, nperseg=1024)

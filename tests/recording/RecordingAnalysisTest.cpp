@@ -179,6 +179,40 @@ TEST(RecordingAnalysis, CutsSlicesThatStandAtTheirMiddle) {
         EXPECT_NEAR(kvx::Samples(std::as_const(slices[0].channels[0]), row, 0)[4], 5.0, 1e-12);
 }
 
+TEST(RecordingAnalysis, ChoosesBlocksByTheSpacingAndTakesTrendsOut) {
+    Signals signals;
+    kvx::SpectraChoice choice = {LineKind::kPower, Plan()};
+    choice.blocks.spacingHz = 3.0;
+    choice.blocks.windowText = "rectangular";
+    choice.blocks.overlapPercent = 25.0;
+    choice.blocks.averaging.hasMiddleLine = true;
+    const auto records = kvx::SpectraOf(signals, choice);
+    ASSERT_EQ(records.at(0).blocks.cut.size, 32);  // lines 2 Hz apart
+    EXPECT_EQ(records[0].blocks.cut.overlap, 8);
+    EXPECT_EQ(records[0].channels.at(0).lines.real.size(), 17U);
+    EXPECT_EQ(kvx::UnitText(records[0].channels[0].lines.unit), "m2/s4");
+    // A pulse in one block of two to five: its power is equal on all lines without a twin, double on others.
+    const auto& pulses = records.at(1).channels.at(0).lines.real;
+    EXPECT_NEAR(pulses[16], pulses[0], 1e-15);
+    EXPECT_NEAR(pulses[5], 2.0 * pulses[0], 1e-15);
+
+    Signals again;
+    choice.blocks = kvx::PlanBlocks(32, 0.0, "rectangular", {.detrend = kvx::Detrend::kMean});
+    EXPECT_NEAR(kvx::SpectraOf(again, choice).at(1).channels.at(0).lines.real[0], 0.0, 1e-30);
+    const auto refused = [](const kvx::Averaging& averaging) {
+        return Refusal([&] {
+            Signals any;
+            kvx::SlicesOf(any, {LineKind::kDensity, kvx::PlanBlocks(32, 0.0, "hann", averaging)});
+        });
+    };
+    EXPECT_EQ(refused({.hasMiddleLine = true}),
+              "transfer functions and slices are linear averages of blocks without zeros behind them");
+    EXPECT_EQ(refused({.detrend = kvx::Detrend::kLinear}), "");
+    kvx::BlockPlan forgetting = kvx::PlanBlocks(32, 50.0, "hann", {.mode = kvx::AverageMode::kExponential});
+    forgetting.timeConstantSeconds = 0.25;
+    EXPECT_NEAR(forgetting.At(64.0).averaging.weight, 1.0 - std::exp(-1.0), 1e-15);
+}
+
 TEST(RecordingAnalysis, RefusesWhatItCannotDoBeforeItReads) {
     const auto spectra = [](const kvx::SpectraChoice& choice) {
         return Refusal([&] {

@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongUse, testing::Values(
     WrongCase{"kvx kinds --help > /dev/full", 1, "cannot write to standard output: the disk is full\n"},
     WrongCase{"kvx psd settings.gci2", 1, "cannot analyse 'settings.gci2': it is not a vibration data file\n"},
     WrongCase{"kvx psd a.vdf2", 1, "cannot analyse 'a.vdf2': a block of 1024 is more than its 4 samples; choose a smaller"},
-    WrongCase{"kvx psd a.vdf2 --block 3", 1, "--block: 3 is not a power of two from 2 to 131072"},
+    WrongCase{"kvx psd a.vdf2 --block 3", 1, "--block: 3 is not a power of two from 2 to 4194304"},
     WrongCase{"kvx psd a.vdf2 --block 4 --overlap 100", 1, "--overlap: 100 % leaves no step between blocks of 4"},
     WrongCase{"kvx psd a.vdf2 --block 4 --overlap nan", 1, "--overlap: 'nan' is not a number"},
     WrongCase{"kvx psd a.vdf2 --block 4 --window hat", 1, "--window: there is no 'hat', only hann, "},
