@@ -67,7 +67,7 @@ void BM_AveragedPsd(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations() * kSamples);
 }
-BENCHMARK(BM_AveragedPsd)->Arg(1024)->Arg(4096)->Arg(16384)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_AveragedPsd)->Arg(1024)->Arg(4096)->Arg(16384)->Arg(262144)->Unit(benchmark::kMillisecond);
 
 void BM_GenerateRandomWave(benchmark::State& state) {
     CDataArrayDouble wave(state.range(0), 0.0);

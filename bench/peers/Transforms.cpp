@@ -230,11 +230,10 @@ struct Averages {
     const char* name;
     size_t channels, samples, block;
 };
-constexpr Averages kAverages[] = {{"W5.welch_psd.4M", 1, 1U << 22, 4096},
-                                  {"W5.welch_psd.64K", 1, 1U << 16, 4096},
-                                  {"W5.welch_psd.4x256K", 4, 1U << 18, 4096},
-                                  {"W5.welch_psd.16x256K", 16, 1U << 18, 4096},
-                                  {"W5.welch_psd_block1024.1M", 1, 1U << 20, 1024}};
+constexpr Averages kAverages[] = {
+    {"W5.welch_psd.4M", 1, 1U << 22, 4096},           {"W5.welch_psd.64K", 1, 1U << 16, 4096},
+    {"W5.welch_psd.4x256K", 4, 1U << 18, 4096},       {"W5.welch_psd.16x256K", 16, 1U << 18, 4096},
+    {"W5.welch_psd_block1024.1M", 1, 1U << 20, 1024}, {"W5.welch_psd_block256K.4M", 1, 1U << 22, 1U << 18}};
 
 /// `average(samples, density)` works on one channel. Lines are compared with the definition.
 void AddAverages(const std::string& peer, auto prepare) {

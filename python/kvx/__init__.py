@@ -15,7 +15,7 @@ from . import _kvx
 from ._kvx import *  # noqa: F401,F403
 from ._kvx import __version__, _remade  # noqa: F401
 from .results import (Calibration, ComparedBand, ComparedLine, Comparison, Figures, FileInfo, FormatInfo, Limit, Motion,
-                      Peak, RandomWave, Resampled, RunFigures, Sensitivity, SineFit, TransferLine)
+                      Peak, RandomWave, Resampled, RunFigures, Sensitivity, SineFit, TransferLine, WindowFigures)
 
 
 def _reduce_function(function):

@@ -190,7 +190,7 @@ TEST(RecordingAnalysis, ChoosesBlocksByTheSpacingAndTakesTrendsOut) {
     ASSERT_EQ(records.at(0).blocks.cut.size, 32);  // lines 2 Hz apart
     EXPECT_EQ(records[0].blocks.cut.overlap, 8);
     EXPECT_EQ(records[0].channels.at(0).lines.real.size(), 17U);
-    EXPECT_EQ(kvx::UnitText(records[0].channels[0].lines.unit), "m2/s4");
+    EXPECT_EQ(kvx::UnitText(records[0].channels[0].lines.unit), "(m/s2)2");
     // A pulse in one block of two to five: its power is equal on all lines without a twin, double on others.
     const auto& pulses = records.at(1).channels.at(0).lines.real;
     EXPECT_NEAR(pulses[16], pulses[0], 1e-15);

@@ -43,8 +43,8 @@ TEST_F(Average, StatesWhatItIsAndHowSure) {
     EXPECT_EQ(record["noiseBandwidth"], 1.5);
     EXPECT_DOUBLE_EQ(record["degreesOfFreedom"].get<double>(), 64.0);
     // scipy.stats.chi2: 64/ppf(0.95, 64) and 64/ppf(0.05, 64)
-    EXPECT_NEAR(record["confidence"]["lowerFactor"].get<double>(), 64.0 / 83.6752607, 1e-7);
-    EXPECT_NEAR(record["confidence"]["upperFactor"].get<double>(), 64.0 / 46.5949015, 1e-7);
+    EXPECT_NEAR(record["confidence"]["lowerFactor"].get<double>(), 64.0 / 83.67526074, 1e-7);
+    EXPECT_NEAR(record["confidence"]["upperFactor"].get<double>(), 64.0 / 46.59490522, 1e-7);
     EXPECT_THAT(
         RunWell(folder_, "kvx psd sine.vdf2 --df 4 --overlap 0 --detrend mean --confidence 90"),
         HasSubstr("mean of each block taken out, noise bandwidth 1.5 lines or 5.8594 Hz, 64 degrees of "
@@ -81,14 +81,13 @@ TEST_F(Average, ReadsLevelsAsAsked) {
          {Case{"peak", std::sqrt(8.0), "g"}, Case{"rms", 2.0, "g"},
           Case{"peak-to-peak", std::sqrt(32.0), "g"}, Case{"power", 4.0, "g2"}}) {
         const std::string command =
-            std::string("spectrum sine.vdf2 --block 512 --db-re '1 g' --scale ") + scale;
+            std::string("spectrum sine.vdf2 --block 512 --detrend mean --db-re '1 g' --scale ") + scale;
         const json channel = Channel(command + " -o out.vdf2");
         EXPECT_NEAR(channel["highestLevel"].get<double>(), level, 1e-5) << scale;
         EXPECT_EQ(channel["levelUnit"], unit);
         const double amplitude = unit[1] == '2' ? std::sqrt(level) : level;
         EXPECT_NEAR(channel["highestDecibels"].get<double>(), 20.0 * std::log10(amplitude), 1e-4);
-        // The offset is part of the rms, and what is written is linear.
-        EXPECT_NEAR(channel["rmsDecibels"].get<double>(), 20.0 * std::log10(std::sqrt(33.0)), 0.05);
+        EXPECT_NEAR(channel["rmsDecibels"].get<double>(), 20.0 * std::log10(2.0), 1e-4);
         const json info = RunJson(folder_, "kvx info out.vdf2")["records"][0];
         EXPECT_EQ(info["unit"], unit);
         EXPECT_EQ(info["samples"], 256);
@@ -103,7 +102,6 @@ TEST_F(Average, TellsTheFiguresOfWindows) {
     EXPECT_EQ(figures[0]["noiseBandwidth"], 1.5);
     EXPECT_NEAR(figures[1]["sideLobe"].get<double>(), -80.0, 0.5);
     EXPECT_EQ(figures[2]["mean"], 1.0);
-    EXPECT_THAT(RunWell(folder_, "kvx windows tukey:0.1,"), HasSubstr("tukey"));
     EXPECT_THAT(RunWell(folder_, "kvx windows force:0.1,0.1 hann --csv"), HasSubstr("\"force:0.1,0.1\",0.1"));
     const json decaying = Record("spectrum sine.vdf2 --block 1024 --window exponential:0.01");
     EXPECT_NEAR(decaying["windowDecay"].get<double>(), std::log(100.0) / 1.024, 1e-12);

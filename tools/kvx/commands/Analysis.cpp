@@ -94,7 +94,8 @@ std::string AverageText(const SpectraOptions& options, const RecordSpectra& reco
     if (averaging.detrend == Detrend::kLinear) text += "line of each block taken out, ";
     if (averaging.transformSize > 0)
         text += "zeros up to " + std::to_string(averaging.transformSize) + " samples, ";
-    text += "noise bandwidth " + FormatNumber(lines.noiseBandwidth, 5) + " lines or " +
+    text += "noise bandwidth " + FormatNumber(lines.noiseBandwidth, 5) +
+            (lines.noiseBandwidth == 1.0 ? " line or " : " lines or ") +
             FormatNumber(lines.noiseBandwidth * lines.spacingHz, 5) + " Hz";
     if (lines.degreesOfFreedom)
         text += ", " + FormatNumber(*lines.degreesOfFreedom, 4) + " degrees of freedom";
