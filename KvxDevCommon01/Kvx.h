@@ -58,6 +58,8 @@
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
 #include <KvxDevCommon01/dsp/SampleQueue.h>
+#include <KvxDevCommon01/dsp/ShockPulse.h>
+#include <KvxDevCommon01/dsp/ShockSpectrum.h>
 #include <KvxDevCommon01/dsp/SineFit.h>
 #include <KvxDevCommon01/dsp/SlicedSpectrum.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
