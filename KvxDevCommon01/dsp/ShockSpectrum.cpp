@@ -48,7 +48,7 @@ constexpr std::array kExtremes = {
 // clang-format on
 
 constexpr std::size_t kLanes = kShockOscillators;
-constexpr std::int64_t kPiece = 65536;   // samples that are kept of an interpolated signal
+constexpr std::int64_t kPiece = 8192;    // samples that are kept of an interpolated signal
 constexpr std::int64_t kHushed = 1024;   // samples after which states below kSilence become 0
 constexpr double kSilence = 0x1p-512;    // far above the subnormal numbers, which are slow
 constexpr double kRippleError = 0.0025;  // of the cascades: ripple in their band, and images

@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, Help,
                          testing::Values("import", "info", "psd", "spectrum", "export", "synth", "units",
                                          "kinds", "units convert", "show-value", "folders", "xfr", "filter",
                                          "resample", "profile", "plot", "spectrogram", "convert", "merge",
-                                         "edit", "formats"));
+                                         "edit", "formats", "srs", "shock", "pulse"));
 
 TEST(HelpText, PartsTheOptionsByWhatTheyAreFor) {
     const TempFolder folder;

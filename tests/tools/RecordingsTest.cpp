@@ -77,6 +77,13 @@ const PsdFigures kPsds[] = {
     {TRAFFIC,  1, 4096, 243, 11.71875,    {{1, 4.676004985e-07}, {5, 1.49376668e-06}, {256, 7.249687825e-09}, {1024, 1.007968384e-10}, {2047, 1.105290948e-13}}, 0.0268267679365, 82.03125, 2.291848437e-06},
 };
 
+/// The largest values of the absolute acceleration and the pseudo-velocity, up and down, of oscillators with Q
+/// 10 under the second acceleration of the hammer's file: by lfilter of SciPy with the coefficients of
+/// Smallwood's paper and ISO 18431-4.
+struct ShockFigures {
+    double hz, accelerationUp, accelerationDown, velocityUp, velocityDown;
+};
+
 struct TransferFigures {
     int channel;
     double hz, real, imaginary, coherence;
@@ -96,6 +103,14 @@ const TransferFigures kTransfers[] = {
     {3, 160.75,  -2.66126493,  -6.255510906,  0.9998311132},
     {3, 235,     -1.143593251, 0.2598175566,  0.9999657445},
     {3, 340,     -0.5899128113, -1.433324991, 0.9999365056},
+};
+
+const ShockFigures kShocks[] = {
+    {5,   0.4920479953, 0,           0.01554532407,  0},
+    {20,  4.718644826,  4.252306983, 0.03736913145,  0.03369025346},
+    {50,  1.80217609,   2.004261724, 0.005732067285, 0.00633051827},
+    {100, 3.303550237,  2.963865213, 0.00513805088,  0.004771693691},
+    {400, 7.658159369,  8.588379007, 0.003140255283, 0.003545935197},
 };
 // clang-format on
 
@@ -248,6 +263,25 @@ TEST_F(Recordings, OfTransferFunctionsAsTextHaveTheirKnownPeaks) {
         const auto middle = magnitudes.begin() + static_cast<std::ptrdiff_t>(hz);
         EXPECT_EQ(std::max_element(middle - 40, middle + 40), middle) << hz;
         EXPECT_NEAR(*middle, magnitude, 0.05) << hz;
+    }
+}
+
+TEST_F(Recordings, HaveTheirKnownShockResponses) {
+    Import("hammer_test_F_2acc.lvm", "--rate 1024 --unit N,m/s2,m/s2");
+    for (const std::string response : {"acceleration", "pseudo-velocity"}) {
+        const nlohmann::json report = RunJson(
+            folder_, "kvx srs data.vdf2 --channels 3 --straight --frequencies 5,20,50,100,400 --response " +
+                         response + " --extremes primary-positive,primary-negative");
+        const nlohmann::json& spectra = report["records"][0]["channels"][0]["spectra"];
+        for (std::size_t i = 0; i < std::size(kShocks); ++i) {
+            const ShockFigures& row = kShocks[i];
+            const bool isVelocity = response != "acceleration";
+            const double up = isVelocity ? row.velocityUp : row.accelerationUp;
+            const double down = isVelocity ? row.velocityDown : row.accelerationDown;
+            // Single steps of the textbook's difference equation cancel to eight digits at 5 Hz.
+            ExpectFigure(spectra[0]["levels"][i], up, 1e-8, response + " up");
+            ExpectFigure(spectra[1]["levels"][i], down, 1e-8, response + " down");
+        }
     }
 }
 

@@ -29,13 +29,8 @@ struct CalibrateOptions {
 };
 
 CalibrationChoice ChoiceOf(const CalibrateOptions& options) {
-    const std::string& text = options.level;
-    const std::size_t end = std::min(text.find_first_not_of("0123456789.+-eE"), text.size());
-    CalibrationChoice choice;
-    choice.level = ParseArgument(text.substr(0, end));
-    const std::size_t unit = text.find_first_not_of(' ', end);
-    if (unit == text.npos) throw ValueError("--level " + Quote(text) + " has no unit, as '1 g' has");
-    choice.unit = RequireEntryUnit(text.substr(unit));
+    const Quantity level = RequireQuantity("--level", options.level, "1 g");
+    CalibrationChoice choice = {.level = level.value, .unit = level.unit};
     choice.isPeak = options.isPeak;
     choice.frequencyHz = options.frequencyHz;
     return choice;

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "commands/UnitChoice.h"
 
+#include <algorithm>
+
 #include <KvxDevCommon01/platform/Error.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/NearNames.h>
 
 #include "cli/Failure.h"
+#include "cli/Options.h"
 
 namespace kvx::tool {
 namespace {
@@ -27,6 +30,17 @@ CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> 
 
 EntryUnit RequireEntryUnit(std::string_view text) {
     return Required([&] { return NamedEntryUnit(text); });
+}
+
+Quantity RequireQuantity(std::string_view option, std::string_view text, std::string_view example) {
+    const std::size_t end = std::min(text.find_first_not_of("0123456789.+-eE"), text.size());
+    const double value = ParseArgument(text.substr(0, end));
+    const std::size_t unit = text.find_first_not_of(' ', end);
+    if (unit == text.npos) {
+        throw ValueError(std::string(option) + " " + Quote(text) + " has no unit, as '" +
+                         std::string(example) + "' has");
+    }
+    return {value, RequireEntryUnit(text.substr(unit))};
 }
 
 std::string JsonUnit(const CUnitCtrl& unit) {

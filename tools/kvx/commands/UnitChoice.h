@@ -22,6 +22,19 @@ CUnitCtrl RequireUnit(std::string_view text, std::optional<CUnitCtrl::DIM_CODE> 
 /// The same of a unit that samples are stated in: also one that the table lacks.
 EntryUnit RequireEntryUnit(std::string_view text);
 
+/// A value with its unit: '50 g'.
+struct Quantity {
+    double value = 0.0;
+    EntryUnit unit = {};
+
+    /// In the standard unit of the dimension.
+    double Standard() const { return unit.unit.ConvItoD(value * unit.scale, 1.0, 0); }
+};
+
+/// The quantity that an option states. Throws ValueError, which names the option and gives `example`, for a
+/// text without a number or a unit.
+Quantity RequireQuantity(std::string_view option, std::string_view text, std::string_view example);
+
 /// The unit's name in JSON, English whatever language was chosen.
 std::string JsonUnit(const CUnitCtrl& unit);
 
