@@ -152,6 +152,31 @@ class Resampled(NamedTuple):
     band: float  #: Hz; where the band ends that passes
 
 
+class ShockPulse(NamedTuple):
+    """The pulse of a shock test. Velocities are in the unit of the peak times s, displacements times s2."""
+
+    samples: numpy.ndarray
+    start: int  #: the sample at which the pulse itself starts
+    velocity_change: float  #: of the pulse itself, in closed form
+    before: float  #: s; how long the compensation lasts before the pulse
+    after: float  #: s; and after it
+    velocity: Tuple[float, float]  #: lowest and highest, of a table that follows the samples from rest
+    displacement: Tuple[float, float]
+
+
+class PulseFigures(NamedTuple):
+    """What a measured pulse is. Times are from the first sample on, s."""
+
+    peak: float  #: with its sign
+    time: float  #: where it stands
+    start: float  #: where the pulse rises above the threshold
+    duration: float
+    is_whole: bool  #: whether the signal is below the threshold on both sides
+    velocity_change: float  #: the integral between the two times that follow
+    velocity_from: float
+    velocity_to: float
+
+
 class RunFigures(NamedTuple):
     """What a run of a recording holds."""
 
@@ -180,7 +205,4 @@ class FileInfo(NamedTuple):
 
 
 # The names that the extension makes results by.
-ALL: Dict[str, type] = {each.__name__: each for each in
-                        (Figures, SineFit, Peak, Motion, TransferLine, Sensitivity, Calibration, RandomWave, WindowFigures,
-                         Resampled, RunFigures, FormatInfo, FileInfo, Limit, ComparedBand,
-                         ComparedLine, Comparison)}
+ALL: Dict[str, type] = {name: each for name, each in globals().items() if getattr(each, "__module__", None) == __name__}

@@ -15,6 +15,7 @@
 #include "plot.h"
 #include "recordings.h"
 #include "records.h"
+#include "shock.h"
 #include "signals.h"
 #include "spectra.h"
 #include "transforms.h"
@@ -46,6 +47,7 @@ PYBIND11_MODULE(_kvx, module) {
     BindTransforms(module);
     BindSpectra(module);
     BindFilters(module);
+    BindShock(module);
     BindSignals(module);
     BindLines(module);
     BindRecords(module);

@@ -17,7 +17,7 @@ namespace kvx::python {
 #define KVX_RESULTS(Do)                                                                                    \
     Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration)           \
         Do(RandomWave) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo) Do(Limit) Do(ComparedBand) \
-            Do(ComparedLine) Do(Comparison) Do(WindowFigures)
+            Do(ComparedLine) Do(Comparison) Do(WindowFigures) Do(ShockPulse) Do(PulseFigures)
 
 /// An object of a class of results, which are tuples with names: made as a tuple, without a call of Python.
 /// `type` keeps the class once it was looked up.

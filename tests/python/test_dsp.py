@@ -94,6 +94,49 @@ class Calls(unittest.TestCase):
                 window[:] = 0.0
 
 
+class Shocks(unittest.TestCase):
+    @needs_scipy
+    def test_the_spectrum_is_the_filter_of_the_standard(self):
+        x, fs, zeta = noise(2, 4000), 2000.0, 0.05
+        frequencies = np.array([20.0, 100.0, 333.0])
+        f, levels = kvx.shock_spectrum(x, fs, frequencies, q=10, extreme="primary", peak_error=None)
+        close(self, f, frequencies)
+        for k, w in enumerate(2 * np.pi * frequencies / fs):
+            e, wd = np.exp(-zeta * w), w * np.sqrt(1 - zeta ** 2)
+            c, s = e * np.cos(wd), e * np.sin(wd) / wd
+            ended = np.concatenate([x, np.zeros((2, 1))], axis=1)
+            y = scipy.signal.lfilter([1 - s, 2 * (s - c), e * e - s], [1, -2 * c, e * e], ended)
+            close(self, levels[:, k], np.max(np.abs(y), axis=1), 1e-11)
+        close(self, kvx.shock_spectrum(x.T, fs, frequencies, extreme="primary", peak_error=None, axis=0)[1], levels.T)
+
+    def test_a_stream_has_the_bits_of_the_whole(self):
+        x = noise(20000)
+        f, whole = kvx.shock_spectrum(x, 1000.0, response="pseudo-velocity")
+        self.assertEqual(len(f), 120)
+        stream = kvx.ShockSpectrum(1000.0, response="pseudo-velocity")
+        for i in range(0, x.size, 777):
+            stream.add(x[i:i + 777])
+        self.assertTrue(np.array_equal(stream.levels(), whole))
+        self.assertTrue(np.array_equal(stream.frequencies, f))
+        close(self, kvx.shock_frequencies(10, 12, step=0.5), [10, 10.5, 11, 11.5, 12])
+        with self.assertRaises(kvx.UnknownNameError):
+            stream.levels("most")
+        with self.assertRaises(kvx.BadValueError):
+            kvx.shock_spectrum(x, 1000.0, q=0.5)
+
+    def test_pulses_are_measured_as_they_were_made(self):
+        pulse = kvx.shock_pulse("half-sine", 500.0, 0.011, 1e5, compensation="rectangle")
+        self.assertAlmostEqual(pulse.velocity_change, 2 / np.pi * 500 * 0.011)
+        self.assertLess(abs(np.sum(pulse.samples)), 1e-8)
+        self.assertLess(abs(np.sum(pulse.samples * np.arange(pulse.samples.size))), 1e-4)
+        self.assertLess(pulse.displacement[0], -0.01)
+        figures = kvx.measure_pulse(pulse.samples, 1e5)
+        self.assertAlmostEqual(figures.peak, 500.0)
+        self.assertAlmostEqual(figures.duration, 0.011 * (1 - 2 * np.arcsin(0.1) / np.pi), 5)
+        self.assertAlmostEqual(figures.start * 1e5 - pulse.start, 0.011e5 * np.arcsin(0.1) / np.pi, 1)
+        self.assertTrue(figures.is_whole)
+
+
 @needs_scipy
 class Spectra(unittest.TestCase):
     def setUp(self):

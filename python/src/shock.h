@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+//
+// Shock response spectra of arrays, all at once or as they come, and the pulses of shock tests.
+#pragma once
+
+#include "arrays.h"
+
+namespace kvx::python {
+
+void BindShock(py::module_& module);
+
+}  // namespace kvx::python
