@@ -101,7 +101,8 @@ void RequireSpectra(const std::vector<SignalRun>& runs, const ShockChoice& choic
     RequireLinearUnits(runs);
     for (const SignalRun& run : runs) {
         BaselineOf(run, choice.baselineSeconds);
-        ShockSpectrum(SettingsFor(choice, RateOf(run)));
+        const ShockSettings settings = SettingsFor(choice, RateOf(run));
+        for (const double frequency : settings.frequencies) ShockOversampling(settings, frequency);
         for (const SignalRun::Channel& channel : run.channels)
             OfChannel(channel, [&] { return ShockUnit(choice.response, channel.unit); });
     }

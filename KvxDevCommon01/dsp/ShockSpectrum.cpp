@@ -28,11 +28,11 @@ using std::numbers::pi;
 
 // clang-format off
 constexpr std::array kResponses = {
-    NamedShockResponse{"acceleration",        ShockResponse::kAcceleration},
-    NamedShockResponse{"relative-velocity",   ShockResponse::kRelativeVelocity},
-    NamedShockResponse{"displacement",        ShockResponse::kDisplacement},
-    NamedShockResponse{"pseudo-velocity",     ShockResponse::kPseudoVelocity},
-    NamedShockResponse{"static-acceleration", ShockResponse::kStaticAcceleration},
+    NamedShockResponse{"acceleration",          ShockResponse::kAcceleration},
+    NamedShockResponse{"relative-velocity",     ShockResponse::kRelativeVelocity},
+    NamedShockResponse{"relative-displacement", ShockResponse::kRelativeDisplacement},
+    NamedShockResponse{"pseudo-velocity",       ShockResponse::kPseudoVelocity},
+    NamedShockResponse{"static-acceleration",   ShockResponse::kStaticAcceleration},
 };
 constexpr std::array kExtremes = {
     NamedShockExtreme{"maximax",           ShockExtreme::kMaximax},
@@ -144,7 +144,7 @@ double ScaleOf(ShockResponse response, double omega) {
         case ShockResponse::kRelativeVelocity:
         case ShockResponse::kPseudoVelocity:
             return 1.0 / omega;
-        case ShockResponse::kDisplacement:
+        case ShockResponse::kRelativeDisplacement:
             return 1.0 / omega / omega;
         default:
             return 1.0;
@@ -327,7 +327,8 @@ CUnitCtrl ShockUnit(ShockResponse response, const CUnitCtrl& unit) {
         throw Error(ErrorKind::kUnsupported,
                     "only of an acceleration are there spectra of velocity and displacement");
     }
-    return SingleUnit(response == ShockResponse::kDisplacement ? units::kMillimetre : units::kMetrePerSecond);
+    return SingleUnit(response == ShockResponse::kRelativeDisplacement ? units::kMillimetre
+                                                                       : units::kMetrePerSecond);
 }
 
 std::vector<double> ShockExtremes::Of(ShockExtreme extreme) const {

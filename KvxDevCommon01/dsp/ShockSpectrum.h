@@ -32,11 +32,11 @@ namespace kvx {
 
 /// The response that a spectrum tells of.
 enum class ShockResponse {
-    kAcceleration = 0,        ///< absolute acceleration of the mass, omega^2 d + 2 zeta omega d'
-    kRelativeVelocity = 1,    ///< d'
-    kDisplacement = 2,        ///< relative displacement d
-    kPseudoVelocity = 3,      ///< omega d
-    kStaticAcceleration = 4,  ///< relative displacement as equivalent static acceleration, omega^2 d
+    kAcceleration = 0,          ///< absolute acceleration of the mass, omega^2 d + 2 zeta omega d'
+    kRelativeVelocity = 1,      ///< d'
+    kRelativeDisplacement = 2,  ///< relative displacement d
+    kPseudoVelocity = 3,        ///< omega d
+    kStaticAcceleration = 4,    ///< relative displacement as equivalent static acceleration, omega^2 d
 };
 
 struct NamedShockResponse {

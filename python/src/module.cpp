@@ -47,11 +47,11 @@ PYBIND11_MODULE(_kvx, module) {
     BindTransforms(module);
     BindSpectra(module);
     BindFilters(module);
-    BindShock(module);
     BindSignals(module);
     BindLines(module);
     BindRecords(module);
     BindRecordings(module);
+    BindShock(module);
     BindPlot(module);
     module.def("working_threads", &kvx::WorkingThreads,
                "How many threads work at once: KVX_THREADS of the environment, else one per core.");

@@ -12,8 +12,12 @@
 #include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/ShockPulse.h>
 #include <KvxDevCommon01/dsp/ShockSpectrum.h>
+#include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/text/NearNames.h>
+#include <KvxRecording01/RecordingShock.h>
 
+#include "recordings.h"
+#include "records.h"
 #include "results.h"
 #include "spectra.h"
 
@@ -127,19 +131,84 @@ ShockPulseResult MakePulse(const std::string& shape, double peak, double duratio
                                 std::make_tuple(wave.lowestDisplacement, wave.highestDisplacement));
 }
 
-PulseFiguresResult Measure(const ArrayLike& x, double fs, double threshold, double before, double after) {
-    const Rows rows = OneRow(x, "x");
-    const PulseFigures f = Unlocked([&] {
-        rows.RequireValues();
-        return MeasurePulse(rows.Row(0), fs, {threshold, before, after});
-    });
+PulseFiguresResult ResultOf(const PulseFigures& f) {
     return PulseFiguresResult::Of(f.peak, f.peakSeconds, f.startSeconds, f.durationSeconds, f.isWhole,
                                   f.velocityChange, f.fromSeconds, f.toSeconds);
+}
+
+PulseFiguresResult Measure(const ArrayLike& x, double fs, double threshold, double before, double after) {
+    const Rows rows = OneRow(x, "x");
+    return ResultOf(Unlocked([&] {
+        rows.RequireValues();
+        return MeasurePulse(rows.Row(0), fs, {threshold, before, after});
+    }));
+}
+
+// ---- of recordings ----
+
+std::vector<RecordPointer> SpectraOfRecording(Recording& recording, const ArrayLike& frequencies, double q,
+                                              const std::string& response, const Listed& extremes,
+                                              std::optional<double> damping, std::optional<double> peakError,
+                                              double baseline) {
+    ShockChoice choice;
+    if (!frequencies.is_none()) choice.frequencies = NumbersOf(frequencies, "frequencies");
+    choice.damping = damping ? *damping : DampingOfQ(q);
+    choice.response = Named(NamedShockResponses(), response).response;
+    choice.peakError = peakError;
+    choice.baselineSeconds = baseline;
+    std::vector<ShockExtreme> wanted;
+    for (const py::object& each : PiecesOf(extremes))
+        wanted.push_back(ExtremeOf(py::cast<std::string>(each)));
+    if (wanted.empty()) Refuse("extremes names none");
+    const auto records = UnlockedOn(recording.Path(), [&] {
+        return DataRecords(ShockSpectraOf(*recording.Waveforms(), choice, Interruptible()), wanted);
+    });
+    std::vector<RecordPointer> results;
+    for (const CComDataBase& record : records) results.push_back(std::make_shared<CComDataBase>(record));
+    return results;
+}
+
+std::vector<std::tuple<std::string, CUnitCtrl, PulseFiguresResult>> PulsesOfRecording(
+    Recording& recording, double threshold, double before, double after, double baseline) {
+    const PulseChoice choice = {{threshold, before, after}, baseline};
+    const auto pulses = UnlockedOn(recording.Path(),
+                                   [&] { return PulsesOf(*recording.Waveforms(), choice, Interruptible()); });
+    std::vector<std::tuple<std::string, CUnitCtrl, PulseFiguresResult>> results;
+    for (const ChannelPulse& pulse : pulses) {
+        const CUnitCtrl& unit = pulse.channel.unit;
+        PulseFigures figures = pulse.figures;
+        figures.peak = unit.ConvDtoI(figures.peak, 1.0, 0);
+        if (!unit.IsAcc()) figures.velocityChange = unit.ConvDtoI(figures.velocityChange, 1.0, 0);
+        results.emplace_back(ToUtf8(pulse.channel.name), unit, ResultOf(figures));
+    }
+    return results;
+}
+
+void BindOfRecordings(py::module_& module) {
+    using Class = py::class_<Recording, RecordingPointer>;
+    auto recording = py::reinterpret_borrow<Class>(module.attr("Recording"));
+    recording.def(
+        "shock_spectra", &SpectraOfRecording, py::arg("frequencies") = py::none(), py::arg("q") = 10.0,
+        py::arg("response") = "acceleration", py::arg("extremes") = "maximax",
+        py::arg("damping") = py::none(), py::arg("peak_error") = 0.01, py::arg("baseline") = 0.0,
+        R"(Shock response spectra of all channels, as records over frequency: one per unit, a row for each extreme of a channel.
+
+extremes: one or a list of those of kvx.shock_spectrum, whose other arguments are the same
+baseline: the mean of so many seconds at the start is taken off
+
+Velocities are shown in m/s, displacements in mm. Signals are read block by block.)");
+    recording.def("pulses", &PulsesOfRecording, py::arg("threshold") = 0.1, py::arg("before") = 0.4,
+                  py::arg("after") = 0.1, py::arg("baseline") = 0.0,
+                  R"(The highest pulse of each channel, (name, unit, figures) of each, as kvx.measure_pulse.
+
+Times are those of the axis. The change of velocity is in m/s where the channel is an acceleration, else in its unit times s.
+baseline: as shock_spectra.)");
 }
 
 }  // namespace
 
 void BindShock(py::module_& module) {
+    BindOfRecordings(module);
     module.def(
         "shock_frequencies",
         [](double low, double high, int perOctave, std::optional<double> step) {
@@ -160,7 +229,7 @@ x:           real samples of any shape; every row along the axis is a signal, 0 
 fs:          sampling rate, Hz
 frequencies: natural frequencies, Hz; without a choice 12 per octave over three decades up to fs/2.56
 q, damping:  quality factor above 0.5, or the damping ratio 1/(2 q), from 0 to below 1
-response:    "acceleration" (absolute), "relative-velocity", "displacement" (relative), "pseudo-velocity" (2 pi f times
+response:    "acceleration" (absolute), "relative-velocity", "relative-displacement", "pseudo-velocity" (2 pi f times
              the displacement) or "static-acceleration" (that times 2 pi f), with the sign of a slow acceleration
 extreme:     "maximax", "positive", "negative", "primary" (while the signal lasts), "residual" (after it), or
              "primary-positive" and so on; all are magnitudes

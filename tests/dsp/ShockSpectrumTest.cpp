@@ -111,11 +111,11 @@ TEST(ShockSpectrum, OfDampedOscillatorsIsThatOfScipy) {
         {kHalfSine,         0.3, kAcceleration,       {0.90434567,   0.0,           1.0264432,     0.87706276},    1e-7},
         {kHalfSine,         0.8, kAcceleration,       {1.6509939,    0.0,           1.1294488,     1.3218154},     1e-7},
         {kHalfSine,         0.8, kRelativeVelocity,   {0.15286992,   0.2324127,     0.24247182,    0.28376937},    1e-7},
-        {kHalfSine,         0.8, kDisplacement,       {0.065154511,  0.0,           0.044478664,   0.052054225},   1e-8},
+        {kHalfSine,         0.8, kRelativeDisplacement,       {0.065154511,  0.0,           0.044478664,   0.052054225},   1e-8},
         {kHalfSine,         0.8, kPseudoVelocity,     {0.32750229,   0.0,           0.22357415,    0.26165307},    1e-7},
         {kHalfSine,         0.8, kStaticAcceleration, {1.6462061,    0.0,           1.1238063,     1.3152118},     1e-7},
         {kHaversine,        2.5, kAcceleration,       {1.1185537,    0.13827986,    0.11819322,    0.13832377},    1e-7},
-        {kHaversine,        2.5, kDisplacement,       {0.0045307009, 0.00055340922, 0.00047662598, 0.00055780443}, 1e-9},
+        {kHaversine,        2.5, kRelativeDisplacement,       {0.0045307009, 0.00055340922, 0.00047662598, 0.00055780443}, 1e-9},
         {kTrapezoid,        1.3, kAcceleration,       {1.8350848,    0.0,           0.84294959,    0.72027336},    1e-6},
         {kTrapezoid,        1.3, kRelativeVelocity,   {0.11032449,   0.094268735,   0.08130822,    0.095156554},   1e-6},
         // The sawtooth falls within a sample.
@@ -290,9 +290,9 @@ TEST(ShockSpectrum, RefusesWhatItCannotBe) {
     EXPECT_TRUE(IsBadValue([] { DampingOfQ(0.5); }));
     const CUnitCtrl g = SingleUnit(units::kStandardGravity), volt = SingleUnit(units::kVolt);
     EXPECT_EQ(UnitText(ShockUnit(kPseudoVelocity, g)), "m/s");
-    EXPECT_EQ(UnitText(ShockUnit(kDisplacement, g)), "mm");
+    EXPECT_EQ(UnitText(ShockUnit(kRelativeDisplacement, g)), "mm");
     EXPECT_EQ(ShockUnit(kAcceleration, volt), volt);
-    EXPECT_EQ(FailureOf([&] { ShockUnit(kDisplacement, volt); }), ErrorKind::kUnsupported);
+    EXPECT_EQ(FailureOf([&] { ShockUnit(kRelativeDisplacement, volt); }), ErrorKind::kUnsupported);
 }
 
 }  // namespace

@@ -201,6 +201,20 @@ class Files(FolderTest):
         self.assertEqual(in_g[0].unit.dimension, "acceleration")
         self.assertAlmostEqual(in_g.statistics()[0].channels[0].rms, 1.0, places=3)
 
+    def test_shocks_are_those_of_the_arrays(self):
+        path, x = self.table()
+        recording = kvx.open(path)
+        records = recording.shock_spectra([10, 100, 400], q=20, extremes=["positive", "negative"], response="pseudo-velocity")
+        self.assertEqual([record.rows for record in records], [["top positive", "top negative"], ["base positive", "base negative"]])
+        wanted = kvx.shock_spectrum(x[1], 1024.0, [10, 100, 400], q=20, extreme="negative", response="pseudo-velocity")[1]
+        np.testing.assert_allclose(records[1].samples(1), wanted, rtol=1e-12)
+        kvx.write(self.path("s.csv"), records[0])
+        self.assertTrue(self.path("s.csv").read_text().startswith("frequency [Hz],top positive [m/s]"))
+        (name, unit, top), (_, _, base) = recording.pulses(threshold=0.2)
+        self.assertEqual((name, unit), ("top", kvx.Unit("g")))
+        self.assertEqual(base, kvx.measure_pulse(x[1], 1024.0, threshold=0.2))
+        self.assertAlmostEqual(top.velocity_change, 9.80665 * kvx.measure_pulse(x[0], 1024.0, 0.2).velocity_change)
+
     def test_results_go_to_files(self):
         path, _ = self.table()
         recording = kvx.open(path)

@@ -93,7 +93,7 @@ TEST(RecordingShock, HasAPulseForEachChannel) {
 }
 
 TEST(RecordingShock, IsRefusedBeforeItIsRead) {
-    EXPECT_EQ(Refusal({.response = kvx::ShockResponse::kDisplacement}),
+    EXPECT_EQ(Refusal({.response = kvx::ShockResponse::kRelativeDisplacement}),
               "channel 'force': only of an acceleration are there spectra of velocity and displacement");
     EXPECT_EQ(Refusal({.baselineSeconds = 3.1}), "a baseline of 3.1 s is no part of the recording");
     EXPECT_EQ(Refusal({.baselineSeconds = -1.0}), "a baseline of -1 s is no part of the recording");

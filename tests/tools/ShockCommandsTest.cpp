@@ -84,7 +84,7 @@ TEST(Srs, OfAHalfSineReadsItsFigureAndIsStored) {
         const nlohmann::json all = RunJson(folder, "kvx srs p.vdf2 --frequencies 80 --response " + response);
         return all["records"][0]["channels"][0]["spectra"][0]["levels"][0].get<double>();
     };
-    EXPECT_NEAR(level("pseudo-velocity"), level("displacement") / 1000.0 * 2.0 * M_PI * 80.0, 1e-9);
+    EXPECT_NEAR(level("pseudo-velocity"), level("relative-displacement") / 1000.0 * 2.0 * M_PI * 80.0, 1e-9);
     const std::string table = RunWell(
         folder,
         "kvx srs p.vdf2 --frequencies 20,100 --extremes positive,negative --table -o s.csv; head -n 1 s.csv");
@@ -114,7 +114,7 @@ TEST(Shock, IsRefusedInASentence) {
         {"shock p.vdf2 --threshold 100",
          "cannot analyse 'p.vdf2': channel 'pulse': a threshold of 1 is not above 0", 1},
         {"shock p.vdf2 --baseline 9", "a baseline of 9 s is no part of the recording", 1},
-        {"srs v.vdf2 --response displacement",
+        {"srs v.vdf2 --response relative-displacement",
          "channel 'pulse': only of an acceleration are there spectra of velocity and displacement", 1},
         {"srs p.vdf2 --q 0.5", "a damping ratio of 1 is not from 0 to below 1", 1},
         {"srs p.vdf2 --peak-error 0.1", "a peak error of 0.001 is not from 0.005 to below 1", 1},
