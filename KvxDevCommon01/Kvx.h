@@ -47,6 +47,8 @@
 #include <KvxDevCommon01/dsp/Averaging.h>
 #include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/Decibels.h>
+#include <KvxDevCommon01/dsp/FrequencyResponse.h>
+#include <KvxDevCommon01/dsp/IirDesign.h>
 #include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
@@ -64,6 +66,7 @@
 #include <KvxDevCommon01/dsp/SlicedSpectrum.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
 #include <KvxDevCommon01/dsp/Windows.h>
+#include <KvxDevCommon01/dsp/ZeroPhase.h>
 
 #include <KvxDevCommon01/files/Channels.h>
 #include <KvxDevCommon01/files/DataFileContent.h>

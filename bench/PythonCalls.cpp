@@ -98,8 +98,8 @@ const std::map<std::string, std::function<void(const Signals&)>> kCalls = {
      }},
     {"butter_filter",
      [](const Signals& s) {
-         const kvx::ButterworthFilter filter{kvx::ButterworthFilter::Pass::low, 8, 0.1};
-         sink = Run(*kvx::MakeButterworth(filter, 0.5, kvx::Ends::zero), s.x)[3];
+         const kvx::IirFilter filter{kvx::IirFilter::Pass::low, 8, 0.1};
+         sink = Run(*kvx::MakeIir(filter, 0.5, kvx::Ends::zero), s.x)[3];
      }},
     {"statistics",
      [](const Signals& s) {

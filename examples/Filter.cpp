@@ -32,10 +32,10 @@ double Sample(std::size_t channel, __int64 index) {
 }
 
 std::unique_ptr<kvx::SampleProcess> MakeProcess(const kvx::ResamplingPlan& plan, kvx::RmsChange& levels) {
-    using Pass = kvx::ButterworthFilter::Pass;
+    using Pass = kvx::IirFilter::Pass;
     std::vector<std::unique_ptr<kvx::SampleProcess>> links;
-    links.push_back(kvx::MakeButterworth({.pass = Pass::high, .order = 2, .cornerHz = 1.0}, kTimes.delta,
-                                         kvx::Ends::held));
+    links.push_back(
+        kvx::MakeIir({.pass = Pass::high, .order = 2, .cornerHz = 1.0}, kTimes.delta, kvx::Ends::held));
     links.push_back(kvx::MakeResampler(plan, kvx::Ends::held));
     return kvx::MakeMeasured(kvx::MakeChain(std::move(links)), levels);
 }

@@ -2,7 +2,7 @@
 
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/dsp/MatIir.h>
-#include <KvxDevCommon01/dsp/kernels/IirKernels.h>
+#include <KvxDevCommon01/dsp/detail/IirCascade.h>
 
 #include <algorithm>
 #include <array>
@@ -50,11 +50,9 @@ struct Corner {
 /// In both, y1 is replaced by side y2 + v1, so that v need not wait for y1: leak = side c, glide = d - c.
 /// Where the pass band lies at z = side, direct = 0 and n = b; elsewhere the zeros of the second order crowd
 /// there as well, and r = y - b0 x, direct = b0 leaves n0 = 0, n2 = b0 (1 + a2), n1 = -side n2 - b0 c.
-struct Section : kvx::IirSection {
-    double Step(double x);
+struct Section : kvx::RunningSection {
     int DesignFirst(double fc, double pass);
     int DesignSecond(double fc, double q, double pass);
-    void SetState(double inputBefore, double inputBeforeThat, double outputBefore, double outputBeforeThat);
 };
 
 /// The section that an object holds in bytes, so that its header need not name the numbers.
@@ -74,36 +72,6 @@ int FilterArray(Filter* filter, CDataArrayDouble* out, const CDataArrayDouble& i
         *out = std::move(result);
     }
     return filter->Filtering(in.GetData(), out->GetData(), count);
-}
-
-double OrSilence(double x) {
-    return std::fabs(x) < kvx::kIirSilence ? 0.0 : x;
-}
-
-/// Whether |x| < kIirSilence. Compilers make a branch of a comparison of bits; one of numbers would become a
-/// mask, whose time adds to the way from one output to the next.
-bool IsSilent(double x) {
-    return std::bit_cast<std::uint64_t>(x) << 1 < std::bit_cast<std::uint64_t>(kvx::kIirSilence) << 1;
-}
-
-/// Brings a section to rest when its output is silent. While it is not, the difference of outputs is no
-/// subnormal number either.
-void RestInSilence(double& output, double& difference) {
-    if (!IsSilent(output)) [[likely]]
-        return;
-    output = 0.0;
-    if (IsSilent(difference)) difference = 0.0;
-}
-
-inline double Section::Step(double x) {
-    const double v = glide * v1 + ((n0 * x + n2 * x2) + (n1 * x1 - leak * r2));
-    r2 = r1;
-    r1 = side * r1 + v;
-    v1 = v;
-    RestInSilence(r1, v1);
-    x2 = x1;
-    x1 = x;
-    return direct * x + r1;
 }
 
 int Section::DesignFirst(double fc, double pass) {
@@ -149,15 +117,6 @@ int Section::DesignSecond(double fc, double q, double pass) {
     return 1;
 }
 
-void Section::SetState(double inputBefore, double inputBeforeThat, double outputBefore,
-                       double outputBeforeThat) {
-    x1 = inputBefore;
-    x2 = inputBeforeThat;
-    r1 = outputBefore - direct * x1;
-    r2 = outputBeforeThat - direct * x2;
-    v1 = r1 - side * r2;
-}
-
 bool IsBlock(const double* data, const double* out, __int64 n) {
     return data != nullptr && out != nullptr && n >= 1;
 }
@@ -166,48 +125,9 @@ bool IsBlock(const double* data, const double* out, __int64 n) {
 int RunBlock(Section* section, const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
     Section local = *section;
-    for (__int64 i = 0; i < n; ++i) out[i] = local.Step(OrSilence(data[i]));
+    for (__int64 i = 0; i < n; ++i) out[i] = local.Step(kvx::OrSilence(data[i]));
     *section = local;
     return 1;
-}
-
-constexpr int kMostInGroup = kvx::kIirSections;
-
-int GroupsFor(int sectionCount) {
-    return (sectionCount + kMostInGroup - 1) / kMostInGroup;
-}
-/// How many of the sections that are left the next group takes: as many as it holds, but none is left alone.
-int NextGroupOf(int left) {
-    return left == kMostInGroup + 1 ? left - 2 : std::min(left, kMostInGroup);
-}
-
-Section At(const kvx::IirGroup& group, int s) {
-    return {{group.side[s], group.direct[s], group.n0[s], group.n1[s], group.n2[s], group.glide[s],
-             group.leak[s], group.x1[s], group.x2[s], group.r1[s], group.r2[s], group.v1[s]}};
-}
-void SetMemory(kvx::IirGroup& group, int s, const kvx::IirSection& section) {
-    group.x1[s] = section.x1;
-    group.x2[s] = section.x2;
-    group.r1[s] = section.r1;
-    group.r2[s] = section.r2;
-    group.v1[s] = section.v1;
-}
-void Set(kvx::IirGroup& group, int s, const kvx::IirSection& section) {
-    group.side[s] = section.side;
-    group.direct[s] = section.direct;
-    group.n0[s] = section.n0;
-    group.n1[s] = section.n1;
-    group.n2[s] = section.n2;
-    group.glide[s] = section.glide;
-    group.leak[s] = section.leak;
-    SetMemory(group, s, section);
-}
-kvx::IirGroup IdleGroup() {
-    kvx::IirGroup group{};
-    for (double& side : group.side) side = 1.0;
-    for (double& r1 : group.r1) r1 = 1.0;
-    for (double& r2 : group.r2) r2 = 1.0;
-    return group;
 }
 
 /// Calls use(k) for the second-order sections k = 0..count-1 of a Butterworth filter, in the order of the
@@ -257,7 +177,7 @@ void CMatIir1th::ClearBuf(double value) {
 }
 
 double CMatIir1th::Filtering(double x) {
-    return In(section_).Step(OrSilence(x));
+    return In(section_).Step(kvx::OrSilence(x));
 }
 
 int CMatIir1th::Filtering(const double* data, double* out, __int64 n) {
@@ -285,7 +205,7 @@ void CMatIir2th::ClearBuf(double value) {
 }
 
 double CMatIir2th::Filtering(double x) {
-    return In(section_).Step(OrSilence(x));
+    return In(section_).Step(kvx::OrSilence(x));
 }
 
 int CMatIir2th::Filtering(const double* data, double* out, __int64 n) {
@@ -307,7 +227,7 @@ CMatIirNth& CMatIirNth::operator=(const CMatIirNth& other) {
     sectionCount_ = 0;
     groups_.reset();
     if (!Allocate(other.sectionCount_)) return *this;
-    std::copy_n(other.groups_.get(), GroupsFor(sectionCount_), groups_.get());
+    std::copy_n(other.groups_.get(), kvx::IirCascade::GroupsFor(sectionCount_), groups_.get());
     return *this;
 }
 
@@ -316,7 +236,8 @@ CMatIirNth::~CMatIirNth() = default;
 bool CMatIirNth::Allocate(int sectionCount) {
     std::unique_ptr<kvx::IirGroup[]> groups;
     if (sectionCount > 0) {
-        groups.reset(new (std::nothrow) kvx::IirGroup[static_cast<std::size_t>(GroupsFor(sectionCount))]);
+        groups.reset(new (std::nothrow)
+                         kvx::IirGroup[static_cast<std::size_t>(kvx::IirCascade::GroupsFor(sectionCount))]);
         if (!groups) return false;
     }
     groups_ = std::move(groups);
@@ -334,19 +255,11 @@ int CMatIirNth::CalcCoefBwHPF(double fc, std::int32_t order) {
 
 int CMatIirNth::Design(double fc, std::int32_t order, double pass) {
     if (!Corner::At(fc) || order < 0 || order > kMaxOrder || !Allocate((order + 1) / 2)) return 0;
-    std::fill_n(groups_.get(), GroupsFor(sectionCount_), IdleGroup());
-    kvx::IirGroup* group = groups_.get();
-    int left = sectionCount_, place = 0;
-    const auto add = [&](const Section& section) {
-        Set(*group, place, section);
-        if (++place < NextGroupOf(left)) return;
-        left -= std::exchange(place, 0);
-        ++group;
-    };
+    kvx::IirCascade::Filler filler({groups_.get(), sectionCount_});
     Section section;
     if (order % 2 == 1) {
         section.DesignFirst(fc, pass);
-        add(section);
+        filler.Add(section);
     }
     // The pole pair k stands at an angle of k pi/N + pi/N (pi/2N for an even order) from the negative real
     // axis.
@@ -355,59 +268,22 @@ int CMatIirNth::Design(double fc, std::int32_t order, double pass) {
         const double angle = std::numbers::pi * (2 * k + firstHalfSteps) / (2.0 * order);
         section = {};
         section.DesignSecond(fc, 0.5 / std::cos(angle), pass);
-        add(section);
+        filler.Add(section);
     });
     return 1;
 }
 
-/// Calls use(group, count) for every group and the number of its sections.
-template <class Use>
-void CMatIirNth::ForEachGroup(Use use) {
-    kvx::IirGroup* group = groups_.get();
-    for (int left = sectionCount_; left > 0; left -= NextGroupOf(left)) use(*group++, NextGroupOf(left));
-}
-
 void CMatIirNth::ClearBuf(double value) {
-    ForEachGroup([value](kvx::IirGroup& group, int count) {
-        for (int s = 0; s < count; ++s) {
-            Section section = At(group, s);
-            section.SetState(value, value, value, value);
-            Set(group, s, section);
-        }
-    });
+    kvx::IirCascade{groups_.get(), sectionCount_}.SetState(value);
 }
 
 double CMatIirNth::Filtering(double x) {
-    if (sectionCount_ > 0) x = OrSilence(x);
-    ForEachGroup([&x](kvx::IirGroup& group, int count) {
-        for (int s = 0; s < count; ++s) {
-            Section section = At(group, s);
-            x = section.Step(x);
-            SetMemory(group, s, section);
-        }
-    });
-    return x;
+    return kvx::IirCascade{groups_.get(), sectionCount_}.Filter(x);
 }
 
 int CMatIirNth::Filtering(const double* data, double* out, __int64 n) {
     if (!IsBlock(data, out, n)) return 0;
-    if (sectionCount_ == 1) {
-        Section section = At(groups_[0], 0);
-        for (__int64 i = 0; i < n; ++i) out[i] = section.Step(OrSilence(data[i]));
-        SetMemory(groups_[0], 0, section);
-        return 1;
-    }
-    // Singly, sections that follow each other work at once as well, though fewer of them.
-    if (sectionCount_ == 0 || n < kvx::kIirRound * std::min(sectionCount_, kMostInGroup)) {
-        for (__int64 i = 0; i < n; ++i) out[i] = Filtering(data[i]);
-        return 1;
-    }
-    bool isInput = true;
-    ForEachGroup([&](kvx::IirGroup& group, int count) {
-        kvx::ActiveKernels<kvx::IirKernels>().runSections(&group, count, isInput, isInput ? data : out, out,
-                                                          n);
-        isInput = false;
-    });
+    kvx::IirCascade{groups_.get(), sectionCount_}.Filter(data, out, n);
     return 1;
 }
 

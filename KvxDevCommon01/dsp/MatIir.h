@@ -114,8 +114,6 @@ public:
 private:
     int Design(double fc, std::int32_t order, double pass);
     bool Allocate(int sectionCount);
-    template <class Use>
-    void ForEachGroup(Use use);
 
     int sectionCount_ = 0;
     std::unique_ptr<kvx::IirGroup[]> groups_;

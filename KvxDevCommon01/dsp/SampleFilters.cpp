@@ -12,8 +12,8 @@
 #include <KvxDevCommon01/dsp/MatIir.h>
 #include <KvxDevCommon01/dsp/detail/AlignedProcess.h>
 #include <KvxDevCommon01/dsp/detail/FirCoefficients.h>
+#include <KvxDevCommon01/dsp/detail/IirCascade.h>
 #include <KvxDevCommon01/platform/Error.h>
-#include <KvxDevCommon01/text/PlainText.h>
 
 namespace kvx {
 namespace {
@@ -44,10 +44,26 @@ private:
     CMatFir filter_;
 };
 
-class Butterworth : public SampleProcess {
+/// What recursive filters share: fed a constant for ever, they stand on their gain at 0 Hz times it.
+class Recursive : public SampleProcess {
 public:
-    Butterworth(const ButterworthFilter& filter, double corner, Ends ends)
-        : isLowPass_(filter.pass == ButterworthFilter::Pass::low), isHeld_(ends == Ends::held) {
+    void Finish(std::vector<double>&) override {}
+
+protected:
+    explicit Recursive(Ends ends) : isHeld_(ends == Ends::held) {}
+
+    /// Whether this is where a held signal begins.
+    bool BeginsHeld() { return !std::exchange(hasBegun_, true) && isHeld_; }
+
+private:
+    const bool isHeld_;
+    bool hasBegun_ = false;
+};
+
+class Butterworth : public Recursive {
+public:
+    Butterworth(const IirFilter& filter, double corner, Ends ends)
+        : Recursive(ends), isLowPass_(filter.pass == IirFilter::Pass::low) {
         const int isMade = isLowPass_ ? filter_.CalcCoefBwLPF(corner, filter.order)
                                       : filter_.CalcCoefBwHPF(corner, filter.order);
         if (!isMade) throw std::bad_alloc();
@@ -55,7 +71,7 @@ public:
 
     void Feed(std::span<const double> samples, std::vector<double>& results) override {
         if (samples.empty()) return;
-        if (isHeld_ && !hasBegun_) {
+        if (BeginsHeld()) {
             // Fed a constant for ever, a low-pass stands on it and a high-pass on 0.
             if (isLowPass_) {
                 filter_.ClearBuf(samples.front());
@@ -63,33 +79,98 @@ public:
                 level_ = samples.front();
             }
         }
-        hasBegun_ = true;
         const std::size_t begin = results.size();
         results.insert(results.end(), samples.begin(), samples.end());
         double* const data = results.data() + begin;
         for (std::size_t i = 0; i < samples.size(); ++i) data[i] -= level_;
         filter_.Filtering(data, data, std::ssize(samples));
     }
-    void Finish(std::vector<double>&) override {}
 
 private:
     CMatIirNth filter_;
     const bool isLowPass_;
-    const bool isHeld_;
-    bool hasBegun_ = false;
     double level_ = 0.0;
 };
 
-bool IsLowPass(const ButterworthFilter& filter) {
-    return filter.pass == ButterworthFilter::Pass::low;
+/// A section for the loop of IirKernels.h. The pole pair lies nearer to side, 1 or -1, than to -side; the
+/// differences that decide there, |side - pole|^2 = leak and those of the numerators, are taken in s, where
+/// nothing cancels. Zeros that crowd at side as well are what is left of y - direct x.
+IirSection RunningForm(const Biquad& section) {
+    const auto& [n0, n1, n2] = section.numerator;
+    const auto& [d0, d1, d2] = section.denominator;
+    const SosRow row = RowOf(section);
+    const double sum = d2 + d1 + d0;
+    IirSection running;
+    running.side = d0 <= (d2 == 0.0 ? d1 : d2) ? 1.0 : -1.0;
+    const bool isLow = running.side > 0.0;
+    if (n2 == 0.0 && d2 == 0.0) {
+        running.leak = 2.0 * (isLow ? d0 : d1) / sum;
+        running.glide = -running.side * running.leak;
+        running.n0 = row[0];
+        running.n1 = row[1];
+        return running;
+    }
+    running.leak = 4.0 * (isLow ? d0 : d2) / sum;
+    running.glide = running.side * (row[5] - running.leak);
+    const bool areZerosAtSide = isLow ? std::abs(n0) < std::abs(n2) : std::abs(n2) < std::abs(n0);
+    if (!areZerosAtSide) {
+        running.n0 = row[0];
+        running.n1 = row[1];
+        running.n2 = row[2];
+        return running;
+    }
+    // b1 - b0 a1 and b2 - b0 a2, and the sum of the first and side times the second.
+    running.direct = row[0];
+    running.n2 = 2.0 * (d1 / sum * ((n2 + n0) / sum) - n1 / sum * ((d2 + d0) / sum));
+    const double both = isLow ? 4.0 * (n0 / sum * ((d2 + d1) / sum) - d0 / sum * ((n2 + n1) / sum))
+                              : 4.0 * (d2 / sum * ((n0 + n1) / sum) - n2 / sum * ((d1 + d0) / sum));
+    running.n1 = both - running.side * running.n2;
+    return running;
+}
+
+class Sections : public Recursive {
+public:
+    Sections(std::span<const Biquad> sections, Ends ends)
+        : Recursive(ends),
+          groups_(static_cast<std::size_t>(IirCascade::GroupsFor(static_cast<int>(sections.size())))),
+          count_(static_cast<int>(sections.size())) {
+        IirCascade::Filler filler({groups_.data(), count_});
+        for (const Biquad& section : sections) {
+            filler.Add(RunningForm(section));
+            constantGain_ *= section.numerator[0] / section.denominator[0];
+        }
+    }
+
+    void Feed(std::span<const double> samples, std::vector<double>& results) override {
+        if (samples.empty()) return;
+        // What the filter makes of the first sample for ever is known; it filters what differs from that.
+        if (BeginsHeld()) {
+            level_ = samples.front();
+            rest_ = level_ * constantGain_;
+        }
+        const std::size_t begin = results.size();
+        results.insert(results.end(), samples.begin(), samples.end());
+        double* const data = results.data() + begin;
+        for (std::size_t i = 0; i < samples.size(); ++i) data[i] -= level_;
+        IirCascade{groups_.data(), count_}.Filter(data, data, std::ssize(samples));
+        for (std::size_t i = 0; i < samples.size(); ++i) data[i] += rest_;
+    }
+
+private:
+    std::vector<IirGroup> groups_;
+    int count_;
+    double constantGain_ = 1.0;
+    double level_ = 0.0;
+    double rest_ = 0.0;
+};
+
+bool IsPlainButterworth(const IirFilter& filter) {
+    using Pass = IirFilter::Pass;
+    return filter.family == IirFilter::Family::butterworth &&
+           (filter.pass == Pass::low || filter.pass == Pass::high);
 }
 
 }  // namespace
-
-std::string FilterText(const ButterworthFilter& filter) {
-    return std::string("butterworth ") + (IsLowPass(filter) ? "low" : "high") + "-pass of order " +
-           std::to_string(filter.order) + " at " + FormatNumber(filter.cornerHz) + " Hz";
-}
 
 std::optional<double> LinearPhaseDelay(std::span<const double> coefficients) {
     constexpr double kPrinted = 1e-6;
@@ -118,37 +199,13 @@ FirFilter BuiltInFir(CMatFir::FIR_COEF set) {
     return filter;
 }
 
-PassedBand BandOf(std::span<const ButterworthFilter> filters) {
-    PassedBand band;
-    for (const ButterworthFilter& filter : filters) {
-        if (IsLowPass(filter)) {
-            band.highestHz = std::min(band.highestHz, filter.cornerHz);
-        } else {
-            band.lowestHz = std::max(band.lowestHz, filter.cornerHz);
-        }
-    }
-    return band;
-}
-
-void RequireCorner(double cornerHz, double rateHz) {
-    if (!(cornerHz > 0.0)) {
-        throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(cornerHz) + " Hz is not above 0");
-    }
-    if (cornerHz < 0.5 * rateHz && std::isfinite(rateHz)) return;
-    throw Error(ErrorKind::kBadValue, "a corner of " + FormatNumber(cornerHz) +
-                                          " Hz is not below half its rate of " + FormatNumber(rateHz, 10) +
-                                          " Hz");
-}
-
 bool KeepsLevels(const SampleFilters& filters) {
     constexpr double kRounded = 0.01;
-    const auto isLowPass = [](const ButterworthFilter& filter) {
-        return filter.pass == ButterworthFilter::Pass::low;
-    };
     double gain = 1.0;
     for (const FirFilter& fir : filters.firs)
         gain *= std::accumulate(fir.coefficients.begin(), fir.coefficients.end(), 0.0);
-    return std::ranges::all_of(filters.butterworths, isLowPass) && std::abs(gain - 1.0) <= kRounded;
+    for (const IirFilter& iir : filters.iirs) gain *= GainAtZero(iir);
+    return std::abs(gain - 1.0) <= kRounded;
 }
 
 std::unique_ptr<SampleProcess> MakeFir(const FirFilter& filter, Ends ends) {
@@ -160,27 +217,24 @@ std::unique_ptr<SampleProcess> MakeFir(const FirFilter& filter, Ends ends) {
     return std::make_unique<Fir>(filter, ends);
 }
 
-std::unique_ptr<SampleProcess> MakeButterworth(const ButterworthFilter& filter, double delta, Ends ends) {
-    if (filter.order < 1) {
-        throw Error(ErrorKind::kBadValue, "an order of " + std::to_string(filter.order) + " is below 1");
-    }
-    if (filter.order > CMatIirNth::kMaxOrder) {
-        throw Error(ErrorKind::kBadValue, "an order of " + std::to_string(filter.order) +
-                                              " is above the limit of " +
-                                              std::to_string(CMatIirNth::kMaxOrder));
-    }
-    RequireCorner(filter.cornerHz, 1.0 / delta);
-    return std::make_unique<Butterworth>(filter, filter.cornerHz * delta, ends);
+std::unique_ptr<SampleProcess> MakeIir(const IirFilter& filter, double delta, Ends ends) {
+    RequireFilter(filter, 1.0 / delta);
+    if (IsPlainButterworth(filter))
+        return std::make_unique<Butterworth>(filter, filter.cornerHz * delta, ends);
+    return std::make_unique<Sections>(DesignIir(filter, 1.0 / delta), ends);
+}
+
+std::unique_ptr<SampleProcess> MakeSections(std::span<const Biquad> sections, Ends ends) {
+    RequireStable(sections);
+    return std::make_unique<Sections>(sections, ends);
 }
 
 std::unique_ptr<SampleProcess> MakeSampleFilters(const SampleFilters& filters, double delta) {
-    const Ends ends =
-        filters.ends.value_or(std::ranges::all_of(filters.butterworths, IsLowPass) ? Ends::held : Ends::zero);
+    const bool blocks = std::ranges::any_of(filters.iirs, &IirFilter::BlocksConstants);
+    const Ends ends = filters.ends.value_or(blocks ? Ends::zero : Ends::held);
     std::vector<std::unique_ptr<SampleProcess>> links;
     for (const FirFilter& filter : filters.firs) links.push_back(MakeFir(filter, ends));
-    for (const ButterworthFilter& filter : filters.butterworths) {
-        links.push_back(MakeButterworth(filter, delta, ends));
-    }
+    for (const IirFilter& filter : filters.iirs) links.push_back(MakeIir(filter, delta, ends));
     return MakeChain(std::move(links));
 }
 

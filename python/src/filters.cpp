@@ -19,6 +19,7 @@
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
+#include <KvxDevCommon01/dsp/ZeroPhase.h>
 #include <KvxDevCommon01/text/PlainText.h>
 
 #include "calls.h"
@@ -77,20 +78,7 @@ Ends EndsOf(const std::string& ends) {
     throw Error(ErrorKind::kUnknownName, "there are no ends " + Quote(ends) + ", only held and zero");
 }
 
-ButterworthFilter ButterworthOf(std::int32_t order, double corner, const std::string& pass) {
-    using Pass = ButterworthFilter::Pass;
-    const bool isLow = pass == "low" || pass == "lowpass" || pass == "lp";
-    if (!isLow && pass != "high" && pass != "highpass" && pass != "hp")
-        throw Error(ErrorKind::kUnknownName, "there is no btype " + Quote(pass) + ", only low and high");
-    return {isLow ? Pass::low : Pass::high, order, corner};
-}
-
-double RequireRate(double fs) {
-    if (!(fs > 0.0) || !(1.0 / fs > 0.0)) Refuse("fs is not above 0");
-    return fs;
-}
-
-// ---- FIR and Butterworth filters ----
+// ---- FIR and recursive filters ----
 
 FirFilter FirOf(const ArrayLike& b, std::optional<__int64> delay) {
     std::vector<double> coefficients = NumbersOf(b, "b");
@@ -101,23 +89,53 @@ MakeProcess FirProcess(const ArrayLike& b, const std::string& ends, std::optiona
     return [filter = FirOf(b, delay), end = EndsOf(ends)] { return MakeFir(filter, end); };
 }
 
-MakeProcess ButterworthProcess(std::int32_t order, double corner, const std::string& btype, double fs,
-                               const std::string& ends) {
-    const ButterworthFilter filter = ButterworthOf(order, corner, btype);
-    RequireCorner(corner, RequireRate(fs));
-    return [filter, delta = 1.0 / fs, end = EndsOf(ends)] { return MakeButterworth(filter, delta, end); };
+Extension ExtensionOf(const std::optional<std::string>& padtype) {
+    if (!padtype) return Extension::none;
+    if (*padtype == "odd") return Extension::odd;
+    if (*padtype == "even") return Extension::even;
+    if (*padtype == "constant") return Extension::constant;
+    throw Error(ErrorKind::kUnknownName,
+                "there is no padtype " + Quote(*padtype) + ", only odd, even, constant and None");
+}
+
+/// What makes a recursive filter.
+struct IirChoice {
+    std::int32_t order;
+    ArrayLike corners;
+    std::string btype;
+    std::string family = "butterworth";
+    std::optional<double> ripple = {};
+    std::optional<double> attenuation = {};
+    std::string norm = "mag";
+};
+
+MakeProcess IirProcess(const IirChoice& choice, double fs, const std::string& ends) {
+    IirFilter filter = IirOf(FamilyOf(choice.family), choice.order, choice.corners, choice.btype,
+                             choice.ripple, choice.attenuation);
+    filter.norm = NormOf(choice.norm);
+    RequireFilter(filter, RequireRate(fs));
+    return [filter, delta = 1.0 / fs, end = EndsOf(ends)] { return MakeIir(filter, delta, end); };
+}
+
+MakeProcess SosProcess(const ArrayLike& sos, const std::string& ends) {
+    const std::vector<Biquad> sections = SectionsOf(sos);
+    RequireStable(sections);
+    return [sections, end = EndsOf(ends)] { return MakeSections(sections, end); };
+}
+
+py::array Filtered(const ArrayLike& x, py::ssize_t axis, const MakeProcess& make) {
+    const Rows rows(x, "x", axis);
+    return FilterRows(rows, rows.Length(), make);
 }
 
 py::array FirFiltered(const ArrayLike& b, const ArrayLike& x, py::ssize_t axis, const std::string& ends,
                       std::optional<__int64> delay) {
-    const Rows rows(x, "x", axis);
-    return FilterRows(rows, rows.Length(), FirProcess(b, ends, delay));
+    return Filtered(x, axis, FirProcess(b, ends, delay));
 }
 
-py::array ButterworthFiltered(const ArrayLike& x, std::int32_t order, double corner, const std::string& btype,
-                              double fs, const std::string& ends, py::ssize_t axis) {
-    const Rows rows(x, "x", axis);
-    return FilterRows(rows, rows.Length(), ButterworthProcess(order, corner, btype, fs, ends));
+py::array ButterworthFiltered(const ArrayLike& x, std::int32_t order, const ArrayLike& corners,
+                              const std::string& btype, double fs, const std::string& ends, py::ssize_t axis) {
+    return Filtered(x, axis, IirProcess({order, corners, btype}, fs, ends));
 }
 
 std::vector<double> BuiltIn(int ratio, bool isShort) {
@@ -271,11 +289,26 @@ spectral_process, resample_process and chain.)")
         "fir_filter for a signal that comes in pieces.");
     module.def(
         "butter_process",
-        [](std::int32_t order, double corner, const std::string& btype, double fs, const std::string& ends) {
-            return StreamOf(ButterworthProcess(order, corner, btype, fs, ends));
+        [](std::int32_t order, const ArrayLike& corners, const std::string& btype, double fs,
+           const std::string& ends) {
+            return StreamOf(IirProcess({order, corners, btype}, fs, ends));
         },
         py::arg("N"), py::arg("Wn"), py::arg("btype") = "low", py::arg("fs") = 2.0, py::arg("ends") = "zero",
         "butter_filter for a signal that comes in pieces.");
+    module.def(
+        "iir_process",
+        [](std::int32_t order, const ArrayLike& corners, const std::string& btype, const std::string& family,
+           std::optional<double> ripple, std::optional<double> attenuation, const std::string& norm,
+           double fs, const std::string& ends) {
+            return StreamOf(IirProcess({order, corners, btype, family, ripple, attenuation, norm}, fs, ends));
+        },
+        py::arg("N"), py::arg("Wn"), py::arg("btype") = "low", py::arg("family") = "butterworth",
+        py::arg("rp") = py::none(), py::arg("rs") = py::none(), py::arg("norm") = "mag", py::arg("fs") = 2.0,
+        py::arg("ends") = "zero", "iir_filter for a signal that comes in pieces.");
+    module.def(
+        "sos_process",
+        [](const ArrayLike& sos, const std::string& ends) { return StreamOf(SosProcess(sos, ends)); },
+        py::arg("sos"), py::arg("ends") = "zero", "sosfilt for a signal that comes in pieces.");
     module.def(
         "spectral_process",
         [](double fs, std::optional<double> lowpass, std::optional<double> highpass, const std::string& kind,
@@ -303,6 +336,11 @@ spectral_process, resample_process and chain.)")
 
 }  // namespace
 
+double RequireRate(double fs) {
+    if (!(fs > 0.0) || !(1.0 / fs > 0.0)) Refuse("fs is not above 0");
+    return fs;
+}
+
 void BindFilters(py::module_& module) {
     DefineQuick(module, "fir_filter", &FirFiltered,
                 R"(Filters by y[n] = sum of b[k] x[n - k], as scipy.signal.lfilter(b, 1, x).
@@ -317,14 +355,74 @@ delay: whole samples by which the result is moved forward in time; None for the 
     DefineQuick(module, "butter_filter", &ButterworthFiltered,
                 R"(Filters by a digital Butterworth filter of order N, -3 dB at Wn, by the bilinear transform.
 
-Wn:    corner in Hz; with the usual fs of 2 a part of half the rate, as SciPy has it
-btype: "low" or "high"
+Wn:    corner in Hz, of a band both; with the usual fs of 2 a part of half the rate, as SciPy has it
+btype: "low", "high", "band" or "stop"
 ends:  "zero", as scipy.signal.sosfilt(butter(N, Wn, btype, fs=fs, output="sos"), x), or "held": settled on the
        first sample
 
-Causal, sample by sample; N up to 1024.)",
+Causal, sample by sample; N up to 1024 for low and high, else 32.)",
                 py::arg("x"), py::arg("N"), py::arg("Wn"), py::arg("btype") = "low", py::arg("fs") = 2.0,
                 py::arg("ends") = "zero", py::arg("axis") = -1);
+    module.def(
+        "iir_filter",
+        [](const ArrayLike& x, std::int32_t order, const ArrayLike& corners, const std::string& btype,
+           const std::string& family, std::optional<double> ripple, std::optional<double> attenuation,
+           const std::string& norm, double fs, const std::string& ends, py::ssize_t axis) {
+            return Filtered(x, axis,
+                            IirProcess({order, corners, btype, family, ripple, attenuation, norm}, fs, ends));
+        },
+        py::arg("x"), py::arg("N"), py::arg("Wn"), py::arg("btype") = "low",
+        py::arg("family") = "butterworth", py::arg("rp") = py::none(), py::arg("rs") = py::none(),
+        py::arg("norm") = "mag", py::arg("fs") = 2.0, py::arg("ends") = "zero", py::arg("axis") = -1,
+        R"(Filters by a digital recursive filter of any family, as precisely for a corner of a millionth of the rate.
+
+Wn, btype, ends: as butter_filter has them
+family: "butterworth", "chebyshev1" (rp), "chebyshev2" (rs), "elliptic" (rp and rs) or "bessel" (norm)
+rp:     ripple in dB, without a choice 0.5
+rs:     attenuation in dB, without a choice 60
+norm:   "mag" (-3 dB at the corner), "phase" or "delay", as scipy.signal.bessel has them
+
+Causal, sample by sample; N up to 32, for Butterworth low-passes and high-passes 1024.)");
+    module.def(
+        "sosfiltfilt",
+        [](const ArrayLike& sos, const ArrayLike& x, py::ssize_t axis,
+           const std::optional<std::string>& padtype, std::optional<std::int64_t> padlen) {
+            return Filtered(x, axis,
+                            [sections = SectionsOf(sos), ends = ZeroPhaseEnds{ExtensionOf(padtype), padlen}] {
+                                return MakeZeroPhase(sections, ends);
+                            });
+        },
+        py::arg("sos"), py::arg("x"), py::arg("axis") = -1, py::arg("padtype") = "odd",
+        py::arg("padlen") = py::none(),
+        R"(Filters by second-order sections forward and backward, without delay, as scipy.signal.sosfiltfilt.
+
+padtype: how the signal goes on beyond its ends: "odd", "even", "constant" or None
+padlen:  by how many samples; without a choice 3 (order + 1)
+
+Signals shorter than padlen are extended by all of themselves.)");
+    module.def(
+        "filtfilt",
+        [](const ArrayLike& b, const ArrayLike& x, py::ssize_t axis,
+           const std::optional<std::string>& padtype, std::optional<std::int64_t> padlen) {
+            const SampleFilters filters = {{FirOf(b, 0)}, {}, {}};
+            return Filtered(x, axis, [filters, ends = ZeroPhaseEnds{ExtensionOf(padtype), padlen}] {
+                return MakeZeroPhase(filters, 1.0, ends);
+            });
+        },
+        py::arg("b"), py::arg("x"), py::arg("axis") = -1, py::arg("padtype") = "odd",
+        py::arg("padlen") = py::none(),
+        "Filters by a FIR filter forward and backward, as scipy.signal.filtfilt(b, 1, x); see sosfiltfilt.");
+    module.def(
+        "sosfilt",
+        [](const ArrayLike& sos, const ArrayLike& x, py::ssize_t axis, const std::string& ends) {
+            return Filtered(x, axis, SosProcess(sos, ends));
+        },
+        py::arg("sos"), py::arg("x"), py::arg("axis") = -1, py::arg("ends") = "zero",
+        R"(Filters by second-order sections, rows b0 b1 b2 a0 a1 a2, as scipy.signal.sosfilt(sos, x).
+
+ends: "zero", or "held": settled on the first sample
+
+The sections must be stable. Magnitudes below 2^-512 count as 0.)");
     module.def(
         "spectral_filter",
         [](const ArrayLike& x, double fs, std::optional<double> lowpass, std::optional<double> highpass,

@@ -47,6 +47,7 @@ PYBIND11_MODULE(_kvx, module) {
     BindTransforms(module);
     BindSpectra(module);
     BindFilters(module);
+    BindFilterDesign(module);
     BindSignals(module);
     BindLines(module);
     BindRecords(module);

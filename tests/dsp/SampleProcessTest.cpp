@@ -21,7 +21,7 @@ namespace {
 
 using std::numbers::pi;
 using Process = std::unique_ptr<SampleProcess>;
-using Pass = ButterworthFilter::Pass;
+using Pass = IirFilter::Pass;
 using Kind = SpectralFilter::Kind;
 
 /// What a process makes of a wave that is fed in pieces.
@@ -176,7 +176,7 @@ TEST(Resampling, FindsTheChangeBetweenTwoRates) {
 // ---- filters by samples ----
 
 Process Butterworth(Pass pass, int order, double cornerHz, Ends ends = Ends::held) {
-    return MakeButterworth({pass, order, cornerHz}, 1e-3, ends);
+    return MakeIir({pass, order, cornerHz}, 1e-3, ends);
 }
 
 TEST(SampleFilters, AButterworthFilterHasItsGain) {
@@ -187,7 +187,7 @@ TEST(SampleFilters, AButterworthFilterHasItsGain) {
     };
     const SampleTimes times = {1e-3, 0, 4000};
     const struct {
-        std::vector<ButterworthFilter> filters;
+        std::vector<IirFilter> filters;
         double gain;
     } cases[] = {
         {{{Pass::low, 1, 96}}, M_SQRT1_2},
@@ -208,7 +208,7 @@ TEST(SampleFilters, StartSettledOrAtRest) {
         return Through(MakeSampleFilters(filters, 1e-3), Wave(20, 5.0)).at(0);
     };
     const FirFilter fir = BuiltInFir(CMatFir::FIR_COEF_2_SHORT);
-    const ButterworthFilter low = {Pass::low, 4, 10}, high = {Pass::high, 4, 10};
+    const IirFilter low = {Pass::low, 4, 10}, high = {Pass::high, 4, 10};
     EXPECT_DOUBLE_EQ(first({{}, {low}, {}}), 5.0);
     EXPECT_EQ(first({{}, {high}, Ends::held}), 0.0);
     EXPECT_NEAR(first({{fir}, {low}, {}}), 5.0, 0.01);
@@ -246,7 +246,7 @@ TEST(SampleFilters, OnlySymmetricCoefficientsDelayAllFrequenciesAlike) {
         EXPECT_EQ(LinearPhaseDelay(filter.coefficients), static_cast<double>(filter.delay));
     }
     const PassedBand band =
-        BandOf(std::vector<ButterworthFilter>{{Pass::low, 1, 9}, {Pass::high, 1, 5}, {Pass::low, 1, 8}});
+        BandOf(std::vector<IirFilter>{{Pass::low, 1, 9}, {Pass::high, 1, 5}, {Pass::low, 1, 8}});
     EXPECT_EQ(std::pair(band.lowestHz, band.highestHz), std::pair(5.0, 8.0));
 }
 
@@ -311,7 +311,7 @@ TEST(HighPasses, MakeNoStepOfTheFirstSample) {
         for (const double y : Through(process, vibration)) highest = std::max(highest, std::abs(y));
         return highest;
     };
-    const std::vector<ButterworthFilter> band = {{Pass::low, 2, 400}, {Pass::high, 2, 5}};
+    const std::vector<IirFilter> band = {{Pass::low, 2, 400}, {Pass::high, 2, 5}};
     EXPECT_LT(peak(MakeSampleFilters({{}, band, {}}, 1e-3)), 1.1 * 998);
     EXPECT_GT(peak(MakeSampleFilters({{}, band, Ends::held}, 1e-3)), 1.2 * 998);
     for (const SpectralFilter& filter : {SpectralFilter{Kind::butterworth, {}, 5}, {Kind::second, 300, 5}}) {
@@ -515,7 +515,7 @@ TEST(Processes, SayWhatIsWrongWithTheirValues) {
         {[] { MakeChain(std::vector<Process>(1)); }, ErrorKind::kBadValue, "missing"},
         {[] { MakeSpectralFilter(nullptr, CMatBasic::TERM_ZERO); }, ErrorKind::kBadValue, "response"},
         {[] {
-             MakeButterworth({Pass::low, 2, 10}, 0, Ends::held);
+             MakeIir({Pass::low, 2, 10}, 0, Ends::held);
          },
          ErrorKind::kBadValue, "below half"},
         {[] {

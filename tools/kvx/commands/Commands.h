@@ -21,6 +21,7 @@ void AddShock(Command app);
 void AddCalibrate(Command app);
 void AddCompare(Command app);
 void AddFilter(Command app);
+void AddDesign(Command app);
 void AddResample(Command app);
 void AddExport(Command app);
 void AddPlot(Command app);

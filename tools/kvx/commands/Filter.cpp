@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // kvx filter: low-pass and high-pass filtering of time waveforms through spectra, and recursive and FIR
-// filters, sample by sample, for signals of any length.
+// filters, sample by sample or forward and backward, for signals of any length.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -15,18 +15,18 @@
 #include <KvxDevCommon01/dsp/MatBasic.h>
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SpectralFilter.h>
+#include <KvxDevCommon01/dsp/ZeroPhase.h>
 #include <KvxDevCommon01/platform/Text.h>
 #include <KvxDevCommon01/units/UnitQuery.h>
 #include <KvxRecording01/SignalRuns.h>
-#include <KvxRecording01/TextTable.h>
 
 #include "cli/Failure.h"
 #include "cli/Format.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
-#include "cli/Progress.h"
 #include "cli/StandardStreams.h"
 #include "commands/Commands.h"
+#include "commands/FilterChoice.h"
 #include "commands/Stream.h"
 #include "commands/UnitChoice.h"
 
@@ -35,20 +35,14 @@ namespace {
 
 struct FilterOptions {
     StreamOptions stream;
-    std::optional<double> lowPassHz;
-    std::optional<double> highPassHz;
+    FilterChoice filters;
     std::optional<std::string> kind;
     std::optional<double> q;
-    std::optional<double> order;
     std::optional<__int64> block;
     std::optional<std::string> ends;
-    std::vector<std::string> butterworths;  ///< three values each
-    std::optional<std::string> firFile;
-    std::optional<__int64> firSet;
-    bool keepDelay = false;
+    bool isZeroPhase = false;
 
-    bool IsBySpectra() const { return lowPassHz || highPassHz || kind || q || order || block; }
-    bool HasFir() const { return firFile || firSet; }
+    bool IsBySpectra() const { return kind || q || block; }
 };
 
 /// What the command does to a run, and what it says of it.
@@ -75,23 +69,31 @@ constexpr std::array kTerms = {
 // clang-format on
 
 SpectralFilter ReadSpectralFilter(const FilterOptions& options) {
+    const FilterChoice& corners = options.filters;
     SpectralFilter filter;
     filter.kind = Choose(kFilterKinds, "--kind", options.kind.value_or("butterworth")).kind;
-    if (!options.lowPassHz && !options.highPassHz) {
-        throw UsageError("one of --lowpass, --highpass, --butterworth, --fir and --fir-set is required");
+    if (!corners.lowPassHz && !corners.highPassHz) {
+        throw UsageError(
+            "one of --lowpass, --highpass, --bandpass, --bandstop, --notch, --peak, --butterworth, --fir and "
+            "--fir-set is required");
     }
-    if (options.lowPassHz && options.highPassHz && *options.lowPassHz < *options.highPassHz) {
-        throw ValueError("--lowpass " + FormatNumber(*options.lowPassHz) + " lies below --highpass " +
-                         FormatNumber(*options.highPassHz) + ", which leaves no band");
+    if (corners.lowPassHz && corners.highPassHz && *corners.lowPassHz < *corners.highPassHz) {
+        throw ValueError("--lowpass " + FormatNumber(*corners.lowPassHz) + " lies below --highpass " +
+                         FormatNumber(*corners.highPassHz) + ", which leaves no band");
+    }
+    if (corners.keepDelay) throw UsageError("--keep-delay is for --fir and --fir-set");
+    if (options.isZeroPhase) {
+        throw UsageError(
+            "--zero-phase is for filters sample by sample; --family makes these of --lowpass and --highpass");
     }
     if (options.q && !filter.HasQ()) throw UsageError("--q is for --kind second");
-    if (options.order && !filter.HasOrder()) {
+    if (corners.order && !filter.HasOrder()) {
         throw UsageError("--order is for --kind butterworth and slope");
     }
-    filter.lowPassHz = options.lowPassHz;
-    filter.highPassHz = options.highPassHz;
+    filter.lowPassHz = corners.lowPassHz;
+    filter.highPassHz = corners.highPassHz;
     filter.q = options.q.value_or(filter.q);
-    filter.order = options.order.value_or(filter.order);
+    filter.order = corners.order.value_or(filter.order);
     if (filter.kind == SpectralFilter::Kind::butterworth &&
         !(filter.order == std::floor(filter.order) && filter.order <= 16.0)) {
         throw ValueError("--order: " + FormatNumber(filter.order) +
@@ -106,7 +108,7 @@ SpectralFilter ReadSpectralFilter(const FilterOptions& options) {
 
 PlanRun PlanSpectra(const FilterOptions& options) {
     const SpectralFilter filter = ReadSpectralFilter(options);
-    const std::string ends = options.ends.value_or(options.highPassHz ? "zeros" : "hold");
+    const std::string ends = options.ends.value_or(options.filters.highPassHz ? "zeros" : "hold");
     const CMatBasic::DATA_TERM term = Choose(kTerms, "--ends", ends).term;
     return [=, block = options.block](const SignalRun& run) {
         const auto response =
@@ -120,81 +122,28 @@ PlanRun PlanSpectra(const FilterOptions& options) {
 
 // ---- sample by sample ----
 
-FirFilter ReadFir(const std::string& path) {
-    FirFilter filter = CentredFir(Doing("read", path, [&] {
-        Progress progress("reading " + InputName(path));
-        return ReadCoefficients(OpenTextFile(InputPath(path)), {.encodingName = "--encoding"},
-                                progress.Function());
-    }));
-    const std::optional<double> delay = LinearPhaseDelay(filter.coefficients);
-    if (!delay) Note("the coefficients are not symmetric; what they delay, stays delayed");
-    if (delay && static_cast<double>(filter.delay) != *delay)
-        Note("an even number of taps leaves a delay of half a sample");
-    return filter;
-}
-
-std::vector<ButterworthFilter> ReadButterworths(const std::vector<std::string>& values) {
-    using Pass = ButterworthFilter::Pass;
-    constexpr double kHighestOrder = 64.0;
-    std::vector<ButterworthFilter> filters;
-    for (std::size_t v = 0; v + 2 < values.size(); v += 3) {
-        const std::string& pass = values[v];
-        if (pass != "lp" && pass != "hp")
-            throw ValueError("--butterworth: " + Quote(pass) + " is not lp or hp");
-        const double order = ParseArgument(values[v + 1]);
-        if (!(order >= 1.0 && order <= kHighestOrder && order == std::floor(order))) {
-            throw ValueError("--butterworth: " + Quote(values[v + 1]) + " is not an order from 1 to 64");
-        }
-        const double cornerHz = ParseArgument(values[v + 2]);
-        if (!(cornerHz > 0.0)) {
-            throw ValueError("--butterworth: " + Quote(values[v + 2]) + " is not a frequency above 0");
-        }
-        filters.push_back(
-            {pass == "lp" ? Pass::low : Pass::high, static_cast<std::int32_t>(order), cornerHz});
-    }
-    const PassedBand band = BandOf(filters);
-    if (band.highestHz < band.lowestHz) {
-        throw ValueError("--butterworth: the low-pass at " + FormatNumber(band.highestHz) +
-                         " Hz lies below the high-pass at " + FormatNumber(band.lowestHz) +
-                         " Hz, which leaves no band");
-    }
-    return filters;
-}
-
-std::string FilterText(const FilterOptions& options, const SampleFilters& filters) {
-    std::string text;
-    for (const FirFilter& fir : filters.firs) {
-        const bool isFromFile = text.empty() && options.firFile;
-        const std::string taps = Count(std::ssize(fir.coefficients), "tap");
-        text += (text.empty() ? "" : ", ") +
-                (isFromFile ? "FIR of " + taps + " from " + InputName(*options.firFile)
-                            : "FIR set " + std::to_string(*options.firSet) + " of " + taps);
-    }
-    for (const ButterworthFilter& filter : filters.butterworths) {
-        text += (text.empty() ? "" : ", ") + FilterText(filter);
-    }
-    return text;
-}
-
 PlanRun PlanSamples(const FilterOptions& options) {
-    if (options.IsBySpectra()) {
+    const FilterChoice& choice = options.filters;
+    const bool hasCorners = choice.lowPassHz || choice.highPassHz || choice.order;
+    if (options.IsBySpectra() || (hasCorners && !choice.IsDesigned())) {
         throw UsageError(
             "--butterworth, --fir and --fir-set do not go with the options of --lowpass and "
-            "--highpass, which filter through spectra");
+            "--highpass, which filter through spectra unless --family is given");
     }
-    SampleFilters filters;
+    if (options.ends && options.isZeroPhase)
+        throw UsageError("--ends does not go with --zero-phase, which extends the signal by itself");
+    SampleFilters filters = ReadSampleFilters(choice);
     if (options.ends) filters.ends = Choose(kEndNames, "--ends", *options.ends).ends;
-    filters.butterworths = ReadButterworths(options.butterworths);
-    if (options.firFile) filters.firs.push_back(ReadFir(*options.firFile));
-    if (options.firSet) filters.firs.push_back(BuiltInFir(static_cast<CMatFir::FIR_COEF>(*options.firSet)));
-    for (FirFilter& fir : filters.firs) {
-        if (options.keepDelay) fir.delay = 0;
-    }
-    return [text = FilterText(options, filters), filters](const SignalRun& run) {
-        for (const ButterworthFilter& filter : filters.butterworths)
-            RequireCorner(filter.cornerHz, 1.0 / run.delta);
+    const std::string text =
+        FilterText(choice, filters) + (options.isZeroPhase ? ", forward and backward" : "");
+    return [text, filters, isZeroPhase = options.isZeroPhase](const SignalRun& run) {
+        for (const IirFilter& filter : filters.iirs) RequireFilter(filter, 1.0 / run.delta);
+        if (isZeroPhase) MakeZeroPhase(filters, run.delta);  // what rings too long is told before the work
         return RunFilters{text,
-                          [&filters, delta = run.delta] { return MakeSampleFilters(filters, delta); },
+                          [&filters, isZeroPhase, delta = run.delta] {
+                              return isZeroPhase ? MakeZeroPhase(filters, delta)
+                                                 : MakeSampleFilters(filters, delta);
+                          },
                           {},
                           KeepsLevels(filters)};
     };
@@ -219,12 +168,11 @@ std::string Report(const SignalRun& run, const RunFilters& filters) {
 }
 
 void RunFilter(const FilterOptions& options, ByteStream& out) {
-    if (options.keepDelay && !options.HasFir()) throw UsageError("--keep-delay is for --fir and --fir-set");
     const std::string& output = options.stream.output.name;
-    RequireAnotherFile(options.firFile.value_or(""), output);
-    RequireOneStandardInput(std::vector<std::string>{options.stream.input, options.firFile.value_or("")});
-    const bool isBySamples = !options.butterworths.empty() || options.HasFir();
-    const PlanRun plan = isBySamples ? PlanSamples(options) : PlanSpectra(options);
+    RequireAnotherFile(options.filters.firFile.value_or(""), output);
+    RequireOneStandardInput(
+        std::vector<std::string>{options.stream.input, options.filters.firFile.value_or("")});
+    const PlanRun plan = options.filters.IsBySamples() ? PlanSamples(options) : PlanSpectra(options);
     const std::string& input = options.stream.input;
     const std::unique_ptr<SignalReader> reader =
         OpenInput("filter", options.stream, WaveformsFor(options.stream.FormatOfOutput()));
@@ -259,16 +207,17 @@ void AddFilter(Command app) {
     const auto batch = std::make_shared<BatchOptions>();
     Command command = app.AddCommand("filter", "Low-pass and high-pass filtering of time waveforms");
     AddStreamFiles(command, batch.get());
-    AddPositive(command, "--lowpass", "HZ", options->lowPassHz, "Keep what lies below this frequency");
-    AddPositive(command, "--highpass", "HZ", options->highPassHz, "Keep what lies above this frequency");
+    AddCorners(command, &options->filters);
     command
         .AddOption("--kind", options->kind,
                    "Kind of filter: " + Names(kFilterKinds) + " (default: butterworth)")
         .Type("NAME")
         .Suggest(NameList(kFilterKinds));
     AddPositive(command, "--q", "Q", options->q, "Quality of --kind second (default: 0.7071)");
-    AddPositive(command, "--order", "N", options->order,
-                "Order of --kind butterworth, 1 to 16, and of the amplitude of --kind slope (default: 4)");
+    AddPositive(
+        command, "--order", "N", options->filters.order,
+        "Order of recursive filters, 1 to 32, of --kind butterworth, 1 to 16, and of the amplitude of "
+        "--kind slope (default: 4)");
     command
         .AddOption("--block", options->block,
                    "Samples per block, a power of two from 16 to 131072 (default: by the corner)")
@@ -280,20 +229,9 @@ void AddFilter(Command app) {
                        " (default: zeros with a high-pass, otherwise hold)")
         .Type("NAME")
         .Suggest(NameList(kTerms));
-    command
-        .AddOption("--butterworth", options->butterworths,
-                   "Recursive filter: lp or hp, order from 1 to 64 and corner in Hz; may be repeated")
-        .Type("PASS ORDER HZ")
-        .Values(3);
-    command
-        .AddOption("--fir", options->firFile,
-                   "FIR filter: text file of its coefficients in one column or one row")
-        .Type("FILE");
-    command.AddOption("--fir-set", options->firSet, "FIR filter: built-in low-pass of a rate change, 0 to 5")
-        .Type("SET")
-        .Check(WholeNumber(0, 5));
-    command.AddFlag("--keep-delay", options->keepDelay,
-                    "Leave the delay of --fir and --fir-set in the signal");
+    AddSampleFilters(command, &options->filters);
+    command.AddFlag("--zero-phase", options->isZeroPhase,
+                    "Filter sample by sample forward and backward: no delay, and the gain squared");
     AddStreamOptions(command, "--rate", &options->stream);
     command.SetFooter(R"(
 Through spectra (--lowpass, --highpass): first, second and butterworth are the analogue filters,
@@ -312,9 +250,16 @@ Temperatures are filtered as differences from the zero of their unit. What a low
 is in their unit again; what a high-pass leaves, or coefficients that do not add up to 1, is a
 difference and is written in K. Channels in dB are refused.
 
-Sample by sample (--butterworth, --fir, --fir-set): one filter after the other, FIR first, block by
-block however long the file is. --butterworth is the digital filter of a controller, causal, -3 dB
-at the corner. The delay of symmetric FIR filters is taken out.
+Sample by sample (--family, --bandpass, --bandstop, --notch, --peak, --butterworth, --fir, --fir-set):
+one filter after the other, FIR first, then high-pass, low-pass, bands, notches, peaks and
+--butterworth, block by block however long the file is. Recursive filters are the digital ones of a
+controller, causal, by the bilinear transform; with one of these options --lowpass and --highpass
+are recursive, too. At the corners butterworth and bessel have -3 dB, chebyshev1 and elliptic the
+ripple, chebyshev2 the attenuation. The delay of symmetric FIR filters is taken out.
+
+--zero-phase runs the filters forward and then backward: nothing is delayed, and levels in dB double,
+so that -3 dB become -6 dB. The signal goes on beyond its ends turned around its first and last
+sample. 'kvx design' shows what a filter does to every frequency.
 )",
                       R"(
 awk 'BEGIN { for (i = 0; i < 5000; ++i) print 1 + sin(0.1 * i) + sin(2 * i) }' > mixed.txt
@@ -322,6 +267,8 @@ kvx import mixed.txt -o mixed.vdf2 --rate 1000 --unit g --name mixed
 kvx filter mixed.vdf2 -o low.vdf2 --lowpass 50
 kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1 --ends zeros
 kvx filter mixed.vdf2 -o band.vdf2 --butterworth hp 2 5 --butterworth lp 6 50
+kvx filter mixed.vdf2 -o smooth.vdf2 --family elliptic --lowpass 50 --ripple 0.1 --zero-phase
+kvx filter mixed.vdf2 -o hum.vdf2 --notch 50,20 --bandpass 5,200
 echo 0.25 0.5 0.25 > mean.txt
 kvx filter mixed.txt -o mean.wav --rate 1000 --fir mean.txt --full-scale 4
 )");
