@@ -47,11 +47,13 @@
 #include <KvxDevCommon01/dsp/Averaging.h>
 #include <KvxDevCommon01/dsp/Blocks.h>
 #include <KvxDevCommon01/dsp/Decibels.h>
+#include <KvxDevCommon01/dsp/FirDesign.h>
 #include <KvxDevCommon01/dsp/FrequencyResponse.h>
 #include <KvxDevCommon01/dsp/IirDesign.h>
 #include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
+#include <KvxDevCommon01/dsp/PolyphaseResampling.h>
 #include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>

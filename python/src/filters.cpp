@@ -15,6 +15,7 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/Samples.h>
 #include <KvxDevCommon01/dsp/MatFir.h>
+#include <KvxDevCommon01/dsp/PolyphaseResampling.h>
 #include <KvxDevCommon01/dsp/Resampling.h>
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
@@ -195,38 +196,81 @@ RateChange ChangeBy(CMatFir::RATE_CONV mode, std::int64_t ratio) {
                 "the rate cannot change by " + std::to_string(ratio) + ", only by " + ratios);
 }
 
-RateChange ChangeTo(double fs, double newRate) {
-    RequireRate(fs);
-    if (!(newRate > 0.0)) Refuse("new_fs is not above 0");
-    if (const auto change = FindRateChange(fs, newRate)) return *change;
-    std::string near;
-    for (const RateChange& each : NearestRateChanges(fs, newRate))
-        near += (near.empty() ? "" : " and ") + FormatNumber(each.RateAfter(fs), 10) + " Hz";
-    throw Error(ErrorKind::kUnsupported, FormatNumber(fs, 10) + " Hz cannot become " +
-                                             FormatNumber(newRate, 10) + " Hz; the nearest are " + near);
-}
-
 py::array Resample(const Rows& rows, const ResamplingPlan& plan, const std::string& ends) {
     return FilterRows(rows, static_cast<std::size_t>(plan.after.samples),
                       [&plan, end = EndsOf(ends)] { return MakeResampler(plan, end); });
 }
 
-ResamplingPlan PlanFor(const Rows& rows, double fs, const RateChange& change, bool keepDelay,
-                       double start = 0.0) {
-    const double place = start * fs;
+/// The place of the first sample, of so many whose distance is 1/fs.
+SampleTimes TimesOf(double fs, double start, std::size_t samples) {
+    const double place = start * RequireRate(fs);
     if (!(std::abs(place) < 1e15)) Refuse("start is too far from 0 s");
-    return PlanResampling(
-        {1.0 / fs, static_cast<__int64>(std::llround(place)), static_cast<__int64>(rows.Length())}, change,
-        keepDelay);
+    return {1.0 / fs, static_cast<__int64>(std::llround(place)), static_cast<__int64>(samples)};
 }
 
+/// What changes a rate: one of the suite's cascades where it leads there and nothing is shifted, else any
+/// ratio.
+struct RatePlan {
+    std::optional<ResamplingPlan> cascade = {};
+    std::optional<PolyphasePlan> polyphase = {};
+
+    RatePlan(const SampleTimes& times, double newRate, bool keepDelay, double shift,
+             const std::string& method) {
+        if (method != "auto" && method != "cascade" && method != "polyphase") {
+            throw Error(ErrorKind::kUnknownName,
+                        "there is no method " + Quote(method) + ", only auto, cascade and polyphase");
+        }
+        if (!(newRate > 0.0)) Refuse("new_fs is not above 0");
+        const double fs = 1.0 / times.delta;
+        const auto change = FindRateChange(fs, newRate);
+        if (method == "cascade" && !change) RefuseRate(fs, newRate);
+        const bool isCascade = change && method != "polyphase" && (method == "cascade" || shift == 0.0);
+        if (keepDelay && !isCascade) Refuse("keep_delay is for the rates of rate_changes()");
+        if (isCascade && shift != 0.0) Refuse("shift is for method polyphase");
+        if (isCascade) {
+            cascade = PlanResampling(times, *change, keepDelay);
+        } else {
+            polyphase = PlanPolyphase(times, newRate);
+        }
+    }
+    const SampleTimes& After() const { return cascade ? cascade->after : polyphase->after; }
+    double Band() const { return cascade ? cascade->bandHz : polyphase->bandHz; }
+    double Delay() const { return cascade ? cascade->delaySeconds : 0.0; }
+    MakeProcess Make(const std::string& ends, double shift) const {
+        const Ends end = EndsOf(ends);
+        if (cascade) return [plan = *cascade, end] { return MakeResampler(plan, end); };
+        return [plan = *polyphase, end, shift] { return MakePolyphase(plan, end, shift); };
+    }
+
+private:
+    [[noreturn]] static void RefuseRate(double fs, double newRate) {
+        std::string near;
+        for (const RateChange& each : NearestRateChanges(fs, newRate))
+            near += (near.empty() ? "" : " and ") + FormatNumber(each.RateAfter(fs), 10) + " Hz";
+        throw Error(ErrorKind::kUnsupported, FormatNumber(fs, 10) + " Hz cannot become " +
+                                                 FormatNumber(newRate, 10) +
+                                                 " Hz by a cascade; the nearest are " + near);
+    }
+};
+
 ResampledResult Resampled(const ArrayLike& x, double fs, double newRate, const std::string& ends,
-                          bool keepDelay, double start, py::ssize_t axis) {
+                          bool keepDelay, double start, py::ssize_t axis, double shift,
+                          const std::string& method) {
     const Rows rows(x, "x", axis);
-    const ResamplingPlan plan = PlanFor(rows, fs, ChangeTo(fs, newRate), keepDelay, start);
-    const double first = static_cast<double>(plan.after.offset) * plan.after.delta;
-    return ResampledResult::Of(Resample(rows, plan, ends), plan.change.RateAfter(fs), first,
-                               plan.delaySeconds, plan.bandHz);
+    const RatePlan plan(TimesOf(fs, start, rows.Length()), newRate, keepDelay, shift, method);
+    const SampleTimes& after = plan.After();
+    return ResampledResult::Of(
+        FilterRows(rows, static_cast<std::size_t>(after.samples), plan.Make(ends, shift)), 1.0 / after.delta,
+        static_cast<double>(after.offset) * after.delta, plan.Delay(), plan.Band());
+}
+
+py::array ResampledBy(const ArrayLike& x, std::int64_t up, std::int64_t down, py::ssize_t axis,
+                      const std::string& ends) {
+    const Rows rows(x, "x", axis);
+    const PolyphasePlan plan =
+        PlanPolyphase({1.0, 0, static_cast<__int64>(rows.Length())}, RateRatio{up, down});
+    return FilterRows(rows, static_cast<std::size_t>(plan.after.samples),
+                      [plan, end = EndsOf(ends)] { return MakePolyphase(plan, end); });
 }
 
 template <CMatFir::RATE_CONV mode>
@@ -234,7 +278,7 @@ py::array ChangedBy(const ArrayLike& x, std::int64_t ratio, const std::string& e
                     py::ssize_t axis) {
     const Rows rows(x, "x", axis);
     const RateChange change = ratio == 1 ? RateChange{} : ChangeBy(mode, ratio);
-    return Resample(rows, PlanFor(rows, 1.0, change, keepDelay), ends);
+    return Resample(rows, PlanResampling(TimesOf(1.0, 0.0, rows.Length()), change, keepDelay), ends);
 }
 
 // ---- as they come ----
@@ -322,13 +366,14 @@ spectral_process, resample_process and chain.)")
         "spectral_filter for a signal that comes in pieces.");
     module.def(
         "resample_process",
-        [](double fs, double newRate, __int64 samples, const std::string& ends, bool keepDelay) {
-            const ResamplingPlan plan =
-                PlanResampling({1.0 / RequireRate(fs), 0, samples}, ChangeTo(fs, newRate), keepDelay);
-            return StreamOf([&] { return MakeResampler(plan, EndsOf(ends)); });
+        [](double fs, double newRate, __int64 samples, const std::string& ends, bool keepDelay, double shift,
+           const std::string& method) {
+            const RatePlan plan({1.0 / RequireRate(fs), 0, samples}, newRate, keepDelay, shift, method);
+            return StreamOf(plan.Make(ends, shift));
         },
         py::arg("fs"), py::arg("new_fs"), py::arg("samples"), py::arg("ends") = "held",
-        py::arg("keep_delay") = false, "resample for a signal of so many samples that comes in pieces.");
+        py::arg("keep_delay") = false, py::arg("shift") = 0.0, py::arg("method") = "auto",
+        "resample for a signal of so many samples that comes in pieces.");
     module.def("chain", &ChainOf, py::arg("links"),
                "One process after the other, which belong to the chain from then on; without any, samples "
                "pass as they are.");
@@ -475,16 +520,27 @@ The long ones pass up to fs/2.56, fs being the lower rate; short ones pass half 
         "The rates that fs can become nearest to new_fs, from below and above.");
     module.def("resample", &Resampled, py::arg("x"), py::arg("fs"), py::arg("new_fs"),
                py::arg("ends") = "held", py::arg("keep_delay") = false, py::arg("start") = 0.0,
-               py::arg("axis") = -1,
+               py::arg("axis") = -1, py::arg("shift") = 0.0, py::arg("method") = "auto",
                R"(The signal at another rate: (samples, rate, start, delay, band).
 
-new_fs:     fs times or over one of the ratios of rate_changes(), to a millionth
+new_fs:     any rate above 0
 ends:       "held" or "zero"
-keep_delay: whether the delay of the filters stays; otherwise every event stays at its time, and samples stand at
-            whole multiples of 1/new_fs
+keep_delay: whether the delay of the filters of a cascade stays; otherwise every event stays at its time, and samples
+            stand at whole multiples of 1/new_fs
 start:      time of the first sample of x, s
+shift:      by how much later the signal becomes, s, also by parts of a sample; the times of the results stay
+method:     "cascade": the multi-rate filters, for the ratios of rate_changes(), to a millionth; they pass up to the
+            lower rate over 2.56. "polyphase": a windowed sinc for every ratio, which passes 0.9 of half the lower rate
+            and takes away 120 dB of what lies above that half. "auto": a cascade where one leads to the rate and nothing
+            is shifted, else polyphase)");
+    module.def("resample_poly", &ResampledBy, py::arg("x"), py::arg("up"), py::arg("down"),
+               py::arg("axis") = -1, py::arg("ends") = "zero",
+               R"(The signal at up/down times its rate, as scipy.signal.resample_poly has it.
 
-The band up to the lower rate over 2.56 passes.)");
+ends: "zero" or "held"
+
+The filter is sharper than SciPy's default: it passes 0.9 of half the lower rate and takes away 120 dB from that half
+on.)");
     module.def("decimate", &ChangedBy<CMatFir::RATE_DECIMATE>, py::arg("x"), py::arg("q"),
                py::arg("ends") = "held", py::arg("keep_delay") = false, py::arg("axis") = -1,
                "Every q-th sample behind a low-pass, as resample; q is one of the ratios of rate_changes().");
