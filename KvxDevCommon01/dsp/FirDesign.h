@@ -7,9 +7,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/dsp/IirDesign.h>
+#include <KvxDevCommon01/dsp/SampleFilters.h>
 
 namespace kvx {
 
@@ -43,6 +46,33 @@ struct EquirippleFir {
 /// McClellan, T. W. Parks, 1973; scipy.signal.remez). Throws Error: kBadValue as above, for 3 to 2000 taps,
 /// and kUnsupported when the exchange does not settle.
 KVX_API EquirippleFir DesignEquiripple(std::size_t taps, std::span<const FirBand> bands);
+
+/// A FIR filter by what it has to keep. Low, high, band and stop are those of IirFilter; the corners are
+/// where the pass band ends.
+struct FirSpecification {
+    enum class Method { kaiser, equiripple };
+
+    IirFilter::Pass pass = IirFilter::Pass::low;
+    double cornerHz = 0.0;
+    double upperHz = 0.0;       ///< of band and stop: above cornerHz
+    double transitionHz = 0.0;  ///< from each corner to where the stop band begins
+    double rippleDb = 0.1;      ///< most change of the gain in the pass band, up or down
+    double attenuationDb = 80.0;
+    Method method = Method::equiripple;
+};
+/// "equiripple low-pass at 50 Hz, transition 10 Hz"
+KVX_API std::string FilterText(const FirSpecification& specification);
+
+/// What came of it.
+struct DesignedFir {
+    FirFilter filter = {};       ///< an odd number of taps, with their delay
+    double rippleDb = 0.0;       ///< largest change of the gain in the pass bands that was reached
+    double attenuationDb = 0.0;  ///< least in the stop bands
+};
+/// The fewest taps, by Kaiser's formula or from his estimate on, that keep ripple and attenuation. Throws
+/// Error (kBadValue) for numbers outside their ranges, bands that do not fit below half the rate, and
+/// (kUnsupported) where that takes more than 100000 taps by the Kaiser window or 2000 equiripple.
+KVX_API DesignedFir DesignFir(const FirSpecification& specification, double rateHz);
 
 /// The largest error of the gain in a band, of coefficients with linear phase: the ripple that was reached.
 KVX_API double WorstError(std::span<const double> coefficients, const FirBand& band);

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include <KvxDevCommon01/dsp/FirDesign.h>
 #include <KvxDevCommon01/dsp/FrequencyResponse.h>
 #include <KvxDevCommon01/dsp/IirDesign.h>
 #include <KvxDevCommon01/text/PlainText.h>
@@ -79,6 +80,39 @@ std::vector<ResponsePoint> Response(const py::object& filter, const py::object& 
     const Rows rows(filter, "system");
     if (!rows.IsSingle()) return ResponseOf(SectionsOf(filter), fs, hz);
     return ResponseOf(FirFilter{NumbersOf(filter, "b"), 0}, fs, hz);
+}
+
+/// Bands by the edges of SciPy's remez.
+std::vector<FirBand> BandsOf(const ArrayLike& edges, const ArrayLike& desired,
+                             const std::optional<ArrayLike>& weight, double fs) {
+    RequireRate(fs);
+    const std::vector<double> ends = NumbersOf(edges, "bands"), gains = NumbersOf(desired, "desired");
+    const std::vector<double> weights =
+        weight ? NumbersOf(*weight, "weight") : std::vector<double>(gains.size(), 1.0);
+    if (ends.size() != 2 * gains.size() || weights.size() != gains.size())
+        Refuse("bands has not two edges, or weight not one number, for each gain of desired");
+    std::vector<FirBand> bands;
+    for (std::size_t b = 0; b < gains.size(); ++b)
+        bands.push_back({ends[2 * b] / fs, ends[2 * b + 1] / fs, gains[b], weights[b]});
+    return bands;
+}
+
+/// Bands between cut-offs, which touch each other but for a hair.
+std::vector<FirBand> CutoffBands(const ArrayLike& cutoff, bool passZero, double fs) {
+    constexpr double kHair = 1e-12;
+    RequireRate(fs);
+    std::vector<double> ends = NumbersOf(py::module_::import("numpy").attr("atleast_1d")(cutoff), "cutoff");
+    ends.push_back(0.5 * fs);
+    std::vector<FirBand> bands;
+    double low = 0.0;
+    for (const double end : ends) {
+        const double high = end / fs;
+        bands.push_back(
+            {low, bands.size() + 1 == ends.size() ? high : high - kHair, passZero ? 1.0 : 0.0, 1.0});
+        low = high + kHair;
+        passZero = !passZero;
+    }
+    return bands;
 }
 
 using Lines = std::tuple<py::array_t<double>, py::array>;
@@ -240,6 +274,46 @@ z lose precision below about 1e-4 of the rate; iir_filter, which keeps the desig
         "iirpeak", [](double w0, double q, double fs) { return Resonance(Pass::peak, w0, q, fs); },
         py::arg("w0"), py::arg("Q"), py::arg("fs") = 2.0,
         "(b, a) of a resonance of the second order, as scipy.signal.iirpeak.");
+    module.def(
+        "remez",
+        [](std::size_t taps, const ArrayLike& edges, const ArrayLike& desired,
+           const std::optional<ArrayLike>& weight, double fs) {
+            return ArrayOf(DesignEquiripple(taps, BandsOf(edges, desired, weight, fs)).coefficients);
+        },
+        py::arg("numtaps"), py::arg("bands"), py::arg("desired"), py::arg("weight") = py::none(),
+        py::kw_only(), py::arg("fs") = 1.0,
+        R"(The symmetric FIR filter whose largest weighted error is least, as scipy.signal.remez.
+
+bands:   edges of the bands, in the unit of fs, two for each
+desired: the gain in each
+weight:  of the errors in each; 1 without
+
+The extremes are looked for between the points of the grid as well: SciPy comes to the same with a dense one.)");
+    module.def("kaiser_beta", &KaiserBeta, py::arg("a"),
+               "The shape of the Kaiser window for an attenuation of a dB.");
+    module.def(
+        "kaiserord",
+        [](double ripple, double width) {
+            if (!(ripple >= 8.0)) Refuse("ripple is less than 8 dB, where the formula ends");
+            if (!(width > 0.0)) Refuse("width is not above 0");
+            return std::make_tuple(static_cast<std::int64_t>(KaiserTaps(ripple, 0.5 * width)),
+                                   KaiserBeta(ripple));
+        },
+        py::arg("ripple"), py::arg("width"),
+        "(taps, beta) of a Kaiser window for that attenuation in dB and a transition of that part of half "
+        "the rate, as "
+        "scipy.signal.kaiserord.");
+    module.def(
+        "firwin",
+        [](std::size_t taps, const ArrayLike& cutoff, double beta, bool passZero, double fs) {
+            return ArrayOf(DesignKaiser(taps, beta, CutoffBands(cutoff, passZero, fs)));
+        },
+        py::arg("numtaps"), py::arg("cutoff"), py::kw_only(), py::arg("beta") = 0.0,
+        py::arg("pass_zero") = true, py::arg("fs") = 2.0,
+        R"(A symmetric FIR filter by a Kaiser window, as scipy.signal.firwin(..., window=("kaiser", beta)).
+
+cutoff:    edges in the unit of fs, at which the gain is a half
+pass_zero: whether it passes at 0)");
     module.def(
         "sosfreqz",
         [](const ArrayLike& sos, const py::object& wanted, double fs) {

@@ -31,6 +31,26 @@ TEST(Design, TellsTheResponseAtTheCorners) {
               "frequency[Hz],level[dB],phase[deg],group delay[s]\n0,0,0,0\n");
 }
 
+TEST(Resample, ReachesAnyRateAndShifts) {
+    const TempFolder folder;
+    RunWell(folder, "awk 'BEGIN { for (i = 0; i < 20000; ++i) print sin(0.5 * i) }' > sine.txt");
+    const json info = [&] {
+        EXPECT_THAT(
+            RunWell(folder, "kvx resample sine.txt --input-rate 1000 -o y.vdf2 --rate 1234.5 --shift 0.0123"),
+            testing::HasSubstr(
+                "become 24690 at 1234.5 Hz, band up to 450 Hz, 120 dB from half the lower rate "
+                "on, shifted by 0.0123 s"));
+        return RunJson(folder, "kvx info y.vdf2 --start 5 --end 15");
+    }();
+    EXPECT_NEAR(info["records"][0]["channels"][0]["rms"].get<double>(), std::numbers::sqrt2 / 2, 1e-4);
+    // A shift by whole samples is the signal itself, moved.
+    RunWell(folder, "kvx resample sine.txt --input-rate 1000 -o z.csv --shift -0.5 --start 1 --end 2");
+    const auto value = [&](const std::string& file, const std::string& line) {
+        return std::stod(RunWell(folder, "sed -n " + line + "p " + file + " | awk -F, '{print $NF}'"));
+    };
+    EXPECT_NEAR(value("z.csv", "202"), value("sine.txt", "1701"), 2e-6);
+}
+
 TEST(Design, StoresTheResponseAsLines) {
     const TempFolder folder;
     RunWell(folder, "kvx design --rate 1000 --lowpass 100 --order 1 --lines 500 -o r.vdf2");

@@ -87,9 +87,10 @@ Json ComplexNumbers(const std::vector<std::complex<double>>& numbers) {
     return json;
 }
 
-std::string JsonText(const DesignOptions& options, const SampleFilters& filters,
+std::string JsonText(const DesignOptions& options, const FittedFilters& fitted,
                      const std::vector<ResponsePoint>& response) {
-    Json json = {{"filter", FilterText(options.filters, filters)}, {"rateHz", options.rateHz}};
+    const SampleFilters& filters = fitted.filters;
+    Json json = {{"filter", fitted.text}, {"rateHz", options.rateHz}};
     json["fir"] = Json::array();
     for (const FirFilter& fir : filters.firs)
         json["fir"].push_back({{"coefficients", fir.coefficients}, {"delayTakenOutSamples", fir.delay}});
@@ -140,11 +141,11 @@ std::string CsvText(const std::string& table, const DesignOptions& options, cons
     return text;
 }
 
-std::string ReportText(const DesignOptions& options, const SampleFilters& filters,
+std::string ReportText(const DesignOptions& options, const FittedFilters& fitted,
                        const std::vector<ResponsePoint>& response) {
     constexpr int kDigits = 8;
-    std::string text =
-        FilterText(options.filters, filters) + " at " + FormatNumber(options.rateHz, 10) + " Hz\n";
+    const SampleFilters& filters = fitted.filters;
+    std::string text = fitted.text + " at " + FormatNumber(options.rateHz, 10) + " Hz\n";
     const std::vector<Biquad> sections = SectionsOf(filters, options.rateHz);
     if (!sections.empty()) {
         std::vector<std::vector<std::string>> rows = {{"section", "b0", "b1", "b2", "a1", "a2"}};
@@ -190,20 +191,22 @@ void RunDesign(const DesignOptions& options, ByteStream& out) {
     RequireAnotherFile(options.filters.firFile.value_or(""), output);
     if (options.json && options.table) throw UsageError("--csv does not go with --json");
     const std::vector<double> hz = Frequencies(options);
-    const SampleFilters filters = ReadSampleFilters(options.filters);
+    const ChosenFilters chosen = ReadSampleFilters(options.filters);
+    FittedFilters fitted;
     std::vector<ResponsePoint> response;
     try {
-        response = ResponseOf(filters, options.rateHz, hz);
+        fitted = FiltersAt(chosen, options.rateHz);
+        response = ResponseOf(fitted.filters, options.rateHz, hz);
     } catch (const Error& error) {
         throw ValueError(error.Sentence());
     }
-    const std::string text = options.json    ? JsonText(options, filters, response)
-                             : options.table ? CsvText(*options.table, options, filters, response)
-                                             : ReportText(options, filters, response);
+    const std::string text = options.json    ? JsonText(options, fitted, response)
+                             : options.table ? CsvText(*options.table, options, fitted.filters, response)
+                                             : ReportText(options, fitted, response);
     if (!output.empty()) {
         Doing("write", output, [&] {
-            const std::string title = FilterText(options.filters, filters);
-            StoreRecords(options.output, FromUtf8(title).value_or(L""), RecordOf(options, filters));
+            StoreRecords(options.output, FromUtf8(fitted.text).value_or(L""),
+                         RecordOf(options, fitted.filters));
         });
     }
     WriteText(ReportStream(output, out), text);
@@ -249,6 +252,7 @@ kvx filter takes out is left out of phase and delay.
                       R"(
 kvx design --rate 1000 --family elliptic --lowpass 100 --order 5 --at 0,50,100,150
 kvx design --rate 1000 --notch 50 --csv sos
+kvx design --rate 1000 --family equiripple --lowpass 100 --transition 40 --csv fir
 kvx design --rate 1000 --bandpass 20,80 --family bessel -o response.vdf2
 )");
     command.OnRun([=](ByteStream& out) { RunDesign(*options, out); });

@@ -132,20 +132,19 @@ PlanRun PlanSamples(const FilterOptions& options) {
     }
     if (options.ends && options.isZeroPhase)
         throw UsageError("--ends does not go with --zero-phase, which extends the signal by itself");
-    SampleFilters filters = ReadSampleFilters(choice);
-    if (options.ends) filters.ends = Choose(kEndNames, "--ends", *options.ends).ends;
-    const std::string text =
-        FilterText(choice, filters) + (options.isZeroPhase ? ", forward and backward" : "");
-    return [text, filters, isZeroPhase = options.isZeroPhase](const SignalRun& run) {
-        for (const IirFilter& filter : filters.iirs) RequireFilter(filter, 1.0 / run.delta);
-        if (isZeroPhase) MakeZeroPhase(filters, run.delta);  // what rings too long is told before the work
-        return RunFilters{text,
-                          [&filters, isZeroPhase, delta = run.delta] {
-                              return isZeroPhase ? MakeZeroPhase(filters, delta)
-                                                 : MakeSampleFilters(filters, delta);
+    ChosenFilters chosen = ReadSampleFilters(choice);
+    if (options.ends) chosen.filters.ends = Choose(kEndNames, "--ends", *options.ends).ends;
+    return [chosen, isZeroPhase = options.isZeroPhase](const SignalRun& run) {
+        const auto fitted = std::make_shared<const FittedFilters>(FiltersAt(chosen, 1.0 / run.delta));
+        if (isZeroPhase)
+            MakeZeroPhase(fitted->filters, run.delta);  // what rings too long is told before the work
+        return RunFilters{fitted->text + (isZeroPhase ? ", forward and backward" : ""),
+                          [fitted, isZeroPhase, delta = run.delta] {
+                              return isZeroPhase ? MakeZeroPhase(fitted->filters, delta)
+                                                 : MakeSampleFilters(fitted->filters, delta);
                           },
                           {},
-                          KeepsLevels(filters)};
+                          KeepsLevels(fitted->filters)};
     };
 }
 
@@ -255,7 +254,9 @@ one filter after the other, FIR first, then high-pass, low-pass, bands, notches,
 --butterworth, block by block however long the file is. Recursive filters are the digital ones of a
 controller, causal, by the bilinear transform; with one of these options --lowpass and --highpass
 are recursive, too. At the corners butterworth and bessel have -3 dB, chebyshev1 and elliptic the
-ripple, chebyshev2 the attenuation. The delay of symmetric FIR filters is taken out.
+ripple, chebyshev2 the attenuation. --family kaiser and equiripple design FIR filters that keep
+--ripple up to the corners and --attenuation from --transition behind them. The delay of symmetric FIR
+filters is taken out.
 
 --zero-phase runs the filters forward and then backward: nothing is delayed, and levels in dB double,
 so that -3 dB become -6 dB. The signal goes on beyond its ends turned around its first and last
@@ -269,6 +270,7 @@ kvx filter mixed.vdf2 -o sine.vdf2 --highpass 5 --lowpass 50 --kind second --q 1
 kvx filter mixed.vdf2 -o band.vdf2 --butterworth hp 2 5 --butterworth lp 6 50
 kvx filter mixed.vdf2 -o smooth.vdf2 --family elliptic --lowpass 50 --ripple 0.1 --zero-phase
 kvx filter mixed.vdf2 -o hum.vdf2 --notch 50,20 --bandpass 5,200
+kvx filter mixed.vdf2 -o linear.vdf2 --family equiripple --lowpass 50 --transition 20
 echo 0.25 0.5 0.25 > mean.txt
 kvx filter mixed.txt -o mean.wav --rate 1000 --fir mean.txt --full-scale 4
 )");

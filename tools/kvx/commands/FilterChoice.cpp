@@ -73,10 +73,34 @@ std::vector<double> Positives(const std::string& option, const std::string& list
                                  : " is no frequency above 0, perhaps with a quality above 0"));
 }
 
+using Method = FirSpecification::Method;
+struct MethodName {
+    std::string_view name;
+    Method method;
+};
+constexpr std::array kMethods = {MethodName{"kaiser", Method::kaiser},
+                                 MethodName{"equiripple", Method::equiripple}};
+
+/// How the family is called among the FIR designs; none for a recursive one.
+std::optional<Method> MethodOf(const FilterChoice& choice) {
+    const auto named = std::ranges::find(kMethods, choice.family.value_or(""), &MethodName::name);
+    return named == kMethods.end() ? std::nullopt : std::optional(named->method);
+}
+
+std::vector<std::string> FamilyNames() {
+    std::vector<std::string> names = NameList(kIirFamilies);
+    for (const std::string& name : NameList(kMethods)) names.push_back(name);
+    return names;
+}
+
 /// A filter of the family, order and ripples that were stated.
 IirFilter Pattern(const FilterChoice& choice) {
     IirFilter filter;
-    filter.family = Choose(kIirFamilies, "--family", choice.family.value_or("butterworth")).family;
+    const std::string family = choice.family.value_or("butterworth");
+    const auto named = std::ranges::find(kIirFamilies, family, &NamedIirFamily::name);
+    if (named == kIirFamilies.end()) throw ValueError("--family: " + NoSuchName(family, FamilyNames()));
+    filter.family = named->family;
+    if (choice.transitionHz) throw UsageError("--transition is for --family kaiser and equiripple");
     const bool hasRipple = filter.family == Family::chebyshev1 || filter.family == Family::elliptic;
     const bool hasAttenuation = filter.family == Family::chebyshev2 || filter.family == Family::elliptic;
     if (choice.rippleDb && !hasRipple) throw UsageError("--ripple is for --family chebyshev1 and elliptic");
@@ -95,14 +119,9 @@ IirFilter Pattern(const FilterChoice& choice) {
     return filter;
 }
 
-void AddDesigned(const FilterChoice& choice, std::vector<IirFilter>& filters) {
-    const IirFilter pattern = Pattern(choice);
-    const auto add = [&](Pass pass, double cornerHz, double upperHz) {
-        IirFilter& filter = filters.emplace_back(pattern);
-        filter.pass = pass;
-        filter.cornerHz = cornerHz;
-        filter.upperHz = upperHz;
-    };
+/// Calls add(pass, corner, upper) for every corner and band.
+template <class Add>
+void ForEachBand(const FilterChoice& choice, Add add) {
     if (choice.highPassHz) add(Pass::high, *choice.highPassHz, 0.0);
     if (choice.lowPassHz) add(Pass::low, *choice.lowPassHz, 0.0);
     const auto addBands = [&](Pass pass, const std::string& option, const std::vector<std::string>& lists) {
@@ -115,23 +134,67 @@ void AddDesigned(const FilterChoice& choice, std::vector<IirFilter>& filters) {
     };
     addBands(Pass::band, "--bandpass", choice.bandPasses);
     addBands(Pass::stop, "--bandstop", choice.bandStops);
-    const auto addResonances = [&](Pass pass, const std::string& option,
-                                   const std::vector<std::string>& lists) {
+}
+
+void AddRecursive(const FilterChoice& choice, std::vector<IirFilter>& filters) {
+    const IirFilter pattern = Pattern(choice);
+    ForEachBand(choice, [&](Pass pass, double cornerHz, double upperHz) {
+        IirFilter& filter = filters.emplace_back(pattern);
+        filter.pass = pass;
+        filter.cornerHz = cornerHz;
+        filter.upperHz = upperHz;
+    });
+}
+
+void AddDesigns(const FilterChoice& choice, Method method, std::vector<FirSpecification>& designs) {
+    if (choice.order || choice.norm)
+        throw UsageError("--order and --norm are for recursive filters; --transition makes FIR filters long");
+    if (!choice.transitionHz) throw UsageError("--family " + *choice.family + " requires --transition");
+    ForEachBand(choice, [&](Pass pass, double cornerHz, double upperHz) {
+        FirSpecification& design = designs.emplace_back();
+        design.pass = pass;
+        design.cornerHz = cornerHz;
+        design.upperHz = upperHz;
+        design.transitionHz = *choice.transitionHz;
+        design.rippleDb = choice.rippleDb.value_or(design.rippleDb);
+        design.attenuationDb = choice.attenuationDb.value_or(design.attenuationDb);
+        design.method = method;
+    });
+    if (designs.empty()) throw UsageError("--family " + *choice.family + " requires a corner or a band");
+}
+
+void AddResonances(const FilterChoice& choice, std::vector<IirFilter>& filters) {
+    const auto add = [&](Pass pass, const std::string& option, const std::vector<std::string>& lists) {
         for (const std::string& list : lists) {
             const std::vector<double> numbers = Positives(option, list, 1);
-            add(pass, numbers[0], 0.0);
-            if (numbers.size() > 1) filters.back().q = numbers[1];
+            IirFilter& filter = filters.emplace_back();
+            filter.pass = pass;
+            filter.cornerHz = numbers[0];
+            if (numbers.size() > 1) filter.q = numbers[1];
         }
     };
-    addResonances(Pass::notch, "--notch", choice.notches);
-    addResonances(Pass::peak, "--peak", choice.peaks);
+    add(Pass::notch, "--notch", choice.notches);
+    add(Pass::peak, "--peak", choice.peaks);
+}
+
+std::string TextOf(const FilterChoice& choice, const SampleFilters& filters) {
+    std::string text;
+    for (const FirFilter& fir : filters.firs) {
+        const bool isFromFile = text.empty() && choice.firFile;
+        const std::string taps = Count(std::ssize(fir.coefficients), "tap");
+        text += (text.empty() ? "" : ", ") +
+                (isFromFile ? "FIR of " + taps + " from " + InputName(*choice.firFile)
+                            : "FIR set " + std::to_string(*choice.firSet) + " of " + taps);
+    }
+    for (const IirFilter& filter : filters.iirs) text += (text.empty() ? "" : ", ") + FilterText(filter);
+    return text;
 }
 
 }  // namespace
 
 bool FilterChoice::IsDesigned() const {
-    return family || rippleDb || attenuationDb || norm || !bandPasses.empty() || !bandStops.empty() ||
-           !notches.empty() || !peaks.empty();
+    return family || rippleDb || attenuationDb || transitionHz || norm || !bandPasses.empty() ||
+           !bandStops.empty() || !notches.empty() || !peaks.empty();
 }
 
 void AddCorners(Command& command, FilterChoice* choice) {
@@ -143,8 +206,8 @@ void AddSampleFilters(Command& command, FilterChoice* choice) {
     const auto addBand = [&](const std::string& name, std::vector<std::string>& target, const char* text) {
         command.AddOption(name, target, text).Type("HZ,HZ");
     };
-    addBand("--bandpass", choice->bandPasses, "Recursive filter: keep what lies between; may be repeated");
-    addBand("--bandstop", choice->bandStops, "Recursive filter: keep what lies outside; may be repeated");
+    addBand("--bandpass", choice->bandPasses, "Keep what lies between, sample by sample; may be repeated");
+    addBand("--bandstop", choice->bandStops, "Keep what lies outside, sample by sample; may be repeated");
     const auto addResonance = [&](const std::string& name, std::vector<std::string>& target,
                                   const char* text) { command.AddOption(name, target, text).Type("HZ[,Q]"); };
     addResonance(
@@ -154,14 +217,18 @@ void AddSampleFilters(Command& command, FilterChoice* choice) {
     addResonance("--peak", choice->peaks, "Recursive filter: keep a frequency, as wide; may be repeated");
     command
         .AddOption("--family", choice->family,
-                   "Family of the recursive filters, of --lowpass and --highpass as well: " +
-                       Names(kIirFamilies) + " (default: butterworth)")
+                   "Family of the filters with corners, of --lowpass and --highpass as well: " +
+                       Names(kIirFamilies) + " (default: butterworth), or FIR filters: " + Names(kMethods))
         .Type("NAME")
-        .Suggest(NameList(kIirFamilies));
-    AddPositive(command, "--ripple", "DB", choice->rippleDb,
-                "Ripple in the pass band of chebyshev1 and elliptic (default: 0.5)");
+        .Suggest(FamilyNames());
+    AddPositive(
+        command, "--ripple", "DB", choice->rippleDb,
+        "Ripple in the pass band of chebyshev1 and elliptic (default: 0.5), of FIR filters (default: 0.1)");
     AddPositive(command, "--attenuation", "DB", choice->attenuationDb,
-                "Attenuation in the stop band of chebyshev2 and elliptic (default: 60)");
+                "Attenuation in the stop band of chebyshev2 and elliptic (default: 60), of FIR filters "
+                "(default: 80)");
+    AddPositive(command, "--transition", "HZ", choice->transitionHz,
+                "Of kaiser and equiripple: from each corner to where the stop band begins");
     command
         .AddOption("--norm", choice->norm,
                    "What bessel has at its corner: " + Names(kNorms) + " (default: mag, -3 dB)")
@@ -183,15 +250,21 @@ void AddSampleFilters(Command& command, FilterChoice* choice) {
                     "Leave the delay of --fir and --fir-set in the signal");
 }
 
-SampleFilters ReadSampleFilters(const FilterChoice& choice) {
+ChosenFilters ReadSampleFilters(const FilterChoice& choice) {
     if (choice.keepDelay && !choice.HasFir()) throw UsageError("--keep-delay is for --fir and --fir-set");
-    SampleFilters filters;
-    if (choice.IsDesigned() || choice.lowPassHz || choice.highPassHz) AddDesigned(choice, filters.iirs);
+    ChosenFilters chosen;
+    SampleFilters& filters = chosen.filters;
+    const bool hasCorners = choice.IsDesigned() || choice.lowPassHz || choice.highPassHz;
+    if (const auto method = MethodOf(choice)) {
+        AddDesigns(choice, *method, chosen.designs);
+    } else if (hasCorners) {
+        AddRecursive(choice, filters.iirs);
+    }
+    AddResonances(choice, filters.iirs);
     AddButterworths(choice.butterworths, filters.iirs);
     const PassedBand band = BandOf(filters.iirs);
     if (band.highestHz < band.lowestHz) {
-        const bool areOwn = choice.IsDesigned() || choice.lowPassHz || choice.highPassHz;
-        throw ValueError(std::string(areOwn ? "the filters" : "--butterworth") + ": the low-pass at " +
+        throw ValueError(std::string(hasCorners ? "the filters" : "--butterworth") + ": the low-pass at " +
                          FormatNumber(band.highestHz) + " Hz lies below the high-pass at " +
                          FormatNumber(band.lowestHz) + " Hz, which leaves no band");
     }
@@ -200,24 +273,27 @@ SampleFilters ReadSampleFilters(const FilterChoice& choice) {
     for (FirFilter& fir : filters.firs) {
         if (choice.keepDelay) fir.delay = 0;
     }
-    if (filters.firs.empty() && filters.iirs.empty())
+    if (filters.firs.empty() && filters.iirs.empty() && chosen.designs.empty()) {
         throw UsageError(
             "one of --lowpass, --highpass, --bandpass, --bandstop, --notch, --peak, --butterworth, --fir and "
             "--fir-set is required");
-    return filters;
+    }
+    chosen.text = TextOf(choice, filters);
+    return chosen;
 }
 
-std::string FilterText(const FilterChoice& choice, const SampleFilters& filters) {
-    std::string text;
-    for (const FirFilter& fir : filters.firs) {
-        const bool isFromFile = text.empty() && choice.firFile;
-        const std::string taps = Count(std::ssize(fir.coefficients), "tap");
-        text += (text.empty() ? "" : ", ") +
-                (isFromFile ? "FIR of " + taps + " from " + InputName(*choice.firFile)
-                            : "FIR set " + std::to_string(*choice.firSet) + " of " + taps);
+FittedFilters FiltersAt(const ChosenFilters& chosen, double rateHz) {
+    FittedFilters fitted = {chosen.filters, chosen.text};
+    for (const IirFilter& filter : chosen.filters.iirs) RequireFilter(filter, rateHz);
+    for (const FirSpecification& specification : chosen.designs) {
+        DesignedFir design = DesignFir(specification, rateHz);
+        fitted.text += (fitted.text.empty() ? "" : ", ") + FilterText(specification) + ", " +
+                       Count(std::ssize(design.filter.coefficients), "tap") + ", ripple " +
+                       FormatNumber(design.rippleDb, 4) + " dB, attenuation " +
+                       FormatNumber(design.attenuationDb, 4) + " dB";
+        fitted.filters.firs.push_back(std::move(design.filter));
     }
-    for (const IirFilter& filter : filters.iirs) text += (text.empty() ? "" : ", ") + kvx::FilterText(filter);
-    return text;
+    return fitted;
 }
 
 }  // namespace kvx::tool

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include <KvxDevCommon01/dsp/FirDesign.h>
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/platform/Types.h>
 
@@ -27,6 +28,7 @@ struct FilterChoice {
     std::optional<double> order;
     std::optional<double> rippleDb;
     std::optional<double> attenuationDb;
+    std::optional<double> transitionHz;
     std::optional<std::string> norm;
     std::vector<std::string> butterworths;  ///< three values each
     std::optional<std::string> firFile;
@@ -44,10 +46,20 @@ void AddCorners(Command& command, FilterChoice* choice);
 /// Describes all other options.
 void AddSampleFilters(Command& command, FilterChoice* choice);
 
-/// The filters in the order in which they work. Throws ValueError, UsageError and, for a file, Failure.
-SampleFilters ReadSampleFilters(const FilterChoice& choice);
+/// What was chosen, read and checked as far as that goes without a sampling rate.
+struct ChosenFilters {
+    SampleFilters filters = {};
+    std::vector<FirSpecification> designs = {};  ///< of FIR filters, which work last
+    std::string text = {};  ///< of the filters: "butterworth low-pass of order 4 at 50 Hz"
+};
+/// Throws ValueError, UsageError and, for a file, Failure.
+ChosenFilters ReadSampleFilters(const FilterChoice& choice);
 
-/// "FIR of 3 taps from mean.txt, butterworth low-pass of order 4 at 50 Hz"
-std::string FilterText(const FilterChoice& choice, const SampleFilters& filters);
+/// The filters for a rate, in `text` with what their designs reached. Throws Error.
+struct FittedFilters {
+    SampleFilters filters = {};
+    std::string text = {};
+};
+FittedFilters FiltersAt(const ChosenFilters& chosen, double rateHz);
 
 }  // namespace kvx::tool
