@@ -412,5 +412,69 @@ class Signals(unittest.TestCase):
         np.testing.assert_array_equal(queue.take(), [5.0])
 
 
+class FilterDesign(unittest.TestCase):
+    @needs_scipy
+    def test_designs_have_the_responses_of_scipy(self):
+        w = np.linspace(0.01, 3.1, 200)
+        designs = [("butter", (), {}), ("cheby1", (0.5,), {}), ("cheby2", (60.0,), {}), ("ellip", (0.1, 80.0), {}),
+                   ("bessel", (), {}), ("bessel", (), {"norm": "mag"})]
+        for name, args, options in designs:
+            for order, wn, btype in ((5, 0.3, "low"), (4, 0.4, "highpass"), (3, (0.2, 0.35), "band"),
+                                     (6, [0.2, 0.5], "stop")):
+                theirs = getattr(scipy.signal, name)(order, *args, wn, btype, output="sos", **options)
+                ours = getattr(kvx, name)(order, *args, wn, btype, **options)
+                close(self, kvx.sosfreqz(ours, w)[1], scipy.signal.sosfreqz(theirs, w)[1], 1e-11)
+                zeros, poles, gain = getattr(kvx, name)(order, *args, wn, btype, output="zpk", **options)
+                close(self, scipy.signal.freqz_zpk(zeros, poles, gain, w)[1], kvx.sosfreqz(ours, w)[1], 1e-10)
+        for name in ("iirnotch", "iirpeak"):
+            close(self, getattr(kvx, name)(50, 20, fs=1000), getattr(scipy.signal, name)(50, 20, fs=1000), 1e-14)
+        b = scipy.signal.firwin(31, 0.3)
+        close(self, kvx.firwin(51, [0.2, 0.4], beta=7.0), scipy.signal.firwin(51, [0.2, 0.4], window=("kaiser", 7.0)), 1e-13)
+        self.assertEqual(kvx.kaiserord(80, 0.05), scipy.signal.kaiserord(80, 0.05))
+        close(self, kvx.freqz(b, 64)[1], scipy.signal.freqz(b, worN=64)[1], 1e-12)
+        close(self, kvx.group_delay(b + np.arange(31), 50)[1], scipy.signal.group_delay((b + np.arange(31), 1), 50)[1], 1e-8)
+        close(self, kvx.remez(32, [0, 0.1, 0.2, 0.5], [1, 0]),
+              scipy.signal.remez(32, [0, 0.1, 0.2, 0.5], [1, 0], fs=1, grid_density=64), 1e-5)
+
+    @needs_scipy
+    def test_sections_filter_as_those_of_scipy(self):
+        x = noise(2, 3000) + 2
+        sos = scipy.signal.ellip(7, 0.1, 60, 0.3, output="sos")
+        close(self, kvx.sosfilt(sos, x), scipy.signal.sosfilt(sos, x), 1e-12)
+        close(self, kvx.sosfilt(sos, x.T, axis=0), scipy.signal.sosfilt(sos, x.T, axis=0), 1e-12)
+        close(self, kvx.iir_filter(x, 7, 0.3, family="elliptic", rp=0.1, rs=60), scipy.signal.sosfilt(sos, x), 1e-11)
+        close(self, kvx.butter_filter(x, 3, (0.1, 0.2), "band"),
+              scipy.signal.sosfilt(scipy.signal.butter(3, (0.1, 0.2), "band", output="sos"), x), 1e-11)
+        b = scipy.signal.firwin(31, 0.3)
+        for padtype in ("odd", "even", "constant", None):
+            close(self, kvx.sosfiltfilt(sos, x, padtype=padtype), scipy.signal.sosfiltfilt(sos, x, padtype=padtype), 1e-11)
+            close(self, kvx.filtfilt(b, x, padtype=padtype), scipy.signal.filtfilt(b, 1, x, padtype=padtype), 1e-12)
+        stream = kvx.sos_process(sos)
+        close(self, np.concatenate([stream.feed(x[0, :7]), stream.feed(x[0, 7:]), stream.finish()]),
+              kvx.sosfilt(sos, x[0]), 0)
+
+    def test_any_rate_keeps_a_sine_and_shifts_it(self):
+        t = np.arange(4000) / 1000
+        for new, shift in ((1600, 0.0), (512, 0.0003), (1000 * np.pi, -0.0123)):
+            y, rate, start, delay, band = kvx.resample(np.sin(400 * t), 1000, new, shift=shift)
+            self.assertEqual((delay, len(y)), (0.0, int(np.ceil(4000 * new / 1000))))
+            at = start + np.arange(len(y)) / rate - shift
+            inside = slice(len(y) // 4, -len(y) // 4)
+            close(self, y[inside], np.sin(400 * at)[inside], 1e-6)
+        self.assertEqual(len(kvx.resample_poly(t, 7, 3)), 9334)
+        with self.assertRaisesRegex(kvx.UnsupportedError, "cannot become 1600 Hz by a cascade"):
+            kvx.resample(t, 1000, 1600, method="cascade")
+
+    def test_wrong_values_are_refused(self):
+        for action, error in ((lambda: kvx.butter(4, [0.1, 0.2]), "one corner"),
+                              (lambda: kvx.butter(4, 0.1, "band"), "two corners"),
+                              (lambda: kvx.butter(4, 0.1, "middle"), "btype"), (lambda: kvx.ellip(4, 3, 2, 0.1), "attenuation"),
+                              (lambda: kvx.butter(4, 0.1, output="ba"), "output"), (lambda: kvx.sosfilt([[1, 2]], [1.0]), "six"),
+                              (lambda: kvx.sosfilt([[1, 0, 0, 1, -2, 1]], [1.0]), "unit circle"),
+                              (lambda: kvx.remez(31, [0, 0.1], [1, 0]), "two edges"), (lambda: kvx.sosfreqz([1.0]), "six")):
+            with self.assertRaisesRegex(kvx.Error, error):
+                action()
+
+
 if __name__ == "__main__":
     unittest.main()

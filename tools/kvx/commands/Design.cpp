@@ -250,7 +250,7 @@ JSON have them as rows b0 b1 b2 a0 a1 a2, as SciPy's sosfilt takes them. The del
 kvx filter takes out is left out of phase and delay.
 )",
                       R"(
-kvx design --rate 1000 --family elliptic --lowpass 100 --order 5 --at 0,50,100,150
+kvx design --rate 1000 --family elliptic --lowpass 100 --order 5 --at 10,50,100,150
 kvx design --rate 1000 --notch 50 --csv sos
 kvx design --rate 1000 --family equiripple --lowpass 100 --transition 40 --csv fir
 kvx design --rate 1000 --bandpass 20,80 --family bessel -o response.vdf2
