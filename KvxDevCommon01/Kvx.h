@@ -30,6 +30,7 @@
 #include <KvxDevCommon01/text/NearNames.h>
 #include <KvxDevCommon01/text/PlainText.h>
 
+#include <KvxDevCommon01/data/Histogram.h>
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Ring.h>

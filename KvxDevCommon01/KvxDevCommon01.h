@@ -43,6 +43,7 @@
 #include <KvxDevCommon01/data/DataArray.h>
 #include <KvxDevCommon01/data/DataCplx.h>
 #include <KvxDevCommon01/data/DataMatrix.h>
+#include <KvxDevCommon01/data/Histogram.h>
 #include <KvxDevCommon01/data/NoValue.h>
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Ring.h>

@@ -4,10 +4,12 @@
 #include <KvxDevCommon01/data/RangeScan.h>
 #include <KvxDevCommon01/data/Statistics.h>
 #include <KvxDevCommon01/data/detail/LaneSum.h>
+#include <KvxDevCommon01/data/detail/Moments.h>
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 
 namespace kvx {
 
@@ -16,13 +18,19 @@ namespace {
 /// Samples that stay in the first-level cache from one loop over them to the next.
 constexpr std::size_t kCached = 1024;
 
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
 }  // namespace
 
 struct SampleStatistics::State {
     LaneSum sum;
     LaneSum squares;
     RangeScan<double> range{SmallestPositive::ignored};
-    double peak = 0.0;
+    Moments moments;
+    double low = kNan;  ///< those whose places are known
+    double high = kNan;
+    double peak = kNan;
+    SamplePlaces places;
     std::int64_t count = 0;
     std::int64_t missing = 0;
 
@@ -31,9 +39,30 @@ struct SampleStatistics::State {
         const std::int64_t length = std::ssize(values);
         sum.Add(values.data(), length);
         squares.AddSquares(values.data(), length);
+        moments.Add(values);
         range.Add(values);
-        peak = std::max(peak, ActiveKernels<ReductionKernels>().largestMagnitude(values.data(), length));
+        FindPlaces(values);
         count += length;
+    }
+
+    /// Notes where the extremes are when these values hold new ones.
+    void FindPlaces(std::span<const double> values) {
+        const ReductionKernels& kernels = ActiveKernels<ReductionKernels>();
+        const std::int64_t length = std::ssize(values);
+        const auto find = [&](double value) { return kernels.find(values.data(), length, value); };
+        const auto note = [&](double extreme, std::int64_t place, double* noted, std::int64_t* at) {
+            if (place == length) return;
+            *noted = extreme;
+            *at = count + missing + place;
+        };
+        double lowest = kNan;
+        double highest = kNan;
+        range.Write(&lowest, &highest, nullptr);
+        const double magnitude = kernels.largestMagnitude(values.data(), length);
+        if (!(lowest >= low)) note(lowest, find(lowest), &low, &places.min);
+        if (!(highest <= high)) note(highest, find(highest), &high, &places.max);
+        if (!(magnitude <= peak))
+            note(magnitude, std::min(find(magnitude), find(-magnitude)), &peak, &places.peak);
     }
 
     /// Adds the first stretch of samples that either all hold a value or all hold none, and returns the rest.
@@ -74,7 +103,13 @@ SampleFigures SampleStatistics::Figures() const {
     // A zero is given without a sign.
     figures.min += 0.0;
     figures.max += 0.0;
-    figures.peak = state_->peak;
+    figures.peak = std::isnan(state_->peak) ? 0.0 : state_->peak;
+    figures.places = state_->places;
+    const CentralSums sums = state_->moments.Total();
+    const double variance = sums.second / count;
+    figures.deviation = std::sqrt(variance);
+    figures.skewness = sums.third / count / (variance * figures.deviation);
+    figures.kurtosis = sums.fourth / count / (variance * variance);
     return figures;
 }
 

@@ -153,6 +153,36 @@ void AddSquaresToLanes(double* lanes, const double* values, Index groups) {
     AddGroups(lanes, values, groups, kSquare);
 }
 
+/// Two vectors of each row at a time: their eight sums fit the registers and hide the latency of additions.
+void AddPowersToLanes(double* rows, const double* values, Index groups, double centre) {
+    constexpr unsigned kAtOnce = 2;
+    constexpr unsigned kPowers = 4;
+    for (unsigned first = 0; first < kSumLanes; first += kAtOnce * kLanes) {
+        Lanes sums[kPowers][kAtOnce];
+        const auto at = [=](unsigned power, unsigned v) {
+            return rows + power * kSumLanes + first + v * kLanes;
+        };
+        KVX_UNROLLED
+        for (unsigned power = 0; power < kPowers; ++power)
+            for (unsigned v = 0; v < kAtOnce; ++v) sums[power][v] = Load(at(power, v));
+        const double* from = values + first;
+        for (Index group = 0; group < groups; ++group, from += kSumLanes) {
+            KVX_UNROLLED
+            for (unsigned v = 0; v < kAtOnce; ++v) {
+                const Lanes d = Load(from + v * kLanes) - centre;
+                const Lanes square = d * d;
+                sums[0][v] += d;
+                sums[1][v] += square;
+                sums[2][v] += square * d;
+                sums[3][v] += square * square;
+            }
+        }
+        KVX_UNROLLED
+        for (unsigned power = 0; power < kPowers; ++power)
+            for (unsigned v = 0; v < kAtOnce; ++v) Store(at(power, v), sums[power][v]);
+    }
+}
+
 // ---- Searches
 
 /// Takes all values into `start` by low(result so far, values) and high(...). They are handed whole vectors
@@ -272,8 +302,8 @@ bool AreWithin(const double* values, Index count, double low, double high) {
 }  // namespace
 
 extern const ReductionKernels kReductionKernels = {
-    Sum,          SumOfSquares,     AddToLanes,       AddSquaresToLanes,
-    FindExtremes, FindLongExtremes, SmallestPositive, LargestMagnitude,
-    Find,         AreWithin};
+    Sum,          SumOfSquares,     AddToLanes,       AddSquaresToLanes, AddPowersToLanes,
+    FindExtremes, FindLongExtremes, SmallestPositive, LargestMagnitude,  Find,
+    AreWithin};
 
 }  // namespace kvx::KVX_KERNEL_SET

@@ -29,6 +29,8 @@ struct ReductionKernels {
     /// Adds kSumLanes * `groups` values, or their squares, to the sums at `lanes`.
     void (*addToLanes)(double* lanes, const double* values, std::int64_t groups);
     void (*addSquaresToLanes)(double* lanes, const double* values, std::int64_t groups);
+    /// Adds the first to fourth powers of value - centre to four rows of kSumLanes sums each.
+    void (*addPowersToLanes)(double* rows, const double* values, std::int64_t groups, double centre);
 
     /// The extremes of the values that are not the no-value marker.
     Extremes<double> (*extremes)(const double* values, std::int64_t count);
