@@ -53,6 +53,7 @@
 #include <KvxDevCommon01/dsp/IirDesign.h>
 #include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
+#include <KvxDevCommon01/dsp/MovingRms.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
 #include <KvxDevCommon01/dsp/PolyphaseResampling.h>
 #include <KvxDevCommon01/dsp/ProfileComparison.h>

@@ -80,6 +80,7 @@
 #include <KvxDevCommon01/dsp/MatMtxp.h>
 #include <KvxDevCommon01/dsp/MatSpec.h>
 #include <KvxDevCommon01/dsp/MatWIND.h>
+#include <KvxDevCommon01/dsp/MovingRms.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
 #include <KvxDevCommon01/dsp/PolyphaseResampling.h>
 #include <KvxDevCommon01/dsp/ProfileComparison.h>

@@ -88,6 +88,15 @@ TEST(ReductionKernels, SumInOneOrderWhateverTheSetAndTheAlignment) {
         Numbers lanes(32, 1.5);
         kernels.addToLanes(lanes.data(), values.data() + 1, 2);
         EXPECT_EQ(lanes[31], 1.5 + values[32] + values[64]);
+        Numbers rows(4 * 32, 0.5);
+        kernels.addPowersToLanes(rows.data(), values.data() + 1, 2, 0.25);
+        for (std::size_t lane = 0; lane < 32; ++lane) {
+            const double a = values[1 + lane] - 0.25, b = values[33 + lane] - 0.25;
+            EXPECT_EQ(rows[lane], 0.5 + a + b);
+            EXPECT_EQ(rows[32 + lane], 0.5 + a * a + b * b);
+            EXPECT_EQ(rows[64 + lane], 0.5 + a * a * a + b * b * b);
+            EXPECT_EQ(rows[96 + lane], 0.5 + (a * a) * (a * a) + (b * b) * (b * b));
+        }
     }
 }
 

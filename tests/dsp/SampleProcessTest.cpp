@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <KvxDevCommon01/dsp/MatBasic.h>
+#include <KvxDevCommon01/dsp/MovingRms.h>
 #include <KvxDevCommon01/dsp/Resampling.h>
 #include <KvxDevCommon01/dsp/SampleFilters.h>
 #include <KvxDevCommon01/dsp/SampleProcess.h>
@@ -536,6 +537,32 @@ TEST(Processes, SayWhatIsWrongWithTheirValues) {
             EXPECT_THAT(error.Sentence(), testing::HasSubstr(sentence));
         }
     }
+}
+
+TEST(MovingRms, IsThatOfEachWindowWithoutTheTraceOfWhatHasLeftIt) {
+    Wave wave = Noise(500);
+    wave[40] = 1e12;
+    for (const MovingWindow window : {MovingWindow{7, 3}, {1, 1}, {10, 10}, {10, 25}, {64, 1}, {500, 9}}) {
+        const Wave moving = Through(MakeMovingRms(window), wave);
+        ASSERT_EQ(Size(moving), CountMoving(window, 500));
+        for (std::int64_t k = 0; k < Size(moving); ++k) {
+            long double sum = 0;
+            for (std::int64_t i = 0; i < window.samples; ++i) {
+                const long double x = wave[static_cast<std::size_t>(k * window.step + i)];
+                sum += x * x;
+            }
+            const double exact =
+                static_cast<double>(std::sqrt(sum / static_cast<long double>(window.samples)));
+            EXPECT_NEAR(moving[static_cast<std::size_t>(k)], exact, 1e-14 * exact) << window.samples;
+        }
+        for (const std::size_t piece : {1U, 9U, 100U})
+            EXPECT_EQ(Through(MakeMovingRms(window), wave, piece), moving);
+    }
+    EXPECT_EQ(MovingWindowOf(0.5, 0.0, 1024).step, 512);
+    EXPECT_EQ(CountMoving({501, 1}, 500), 0);
+    EXPECT_TRUE(IsBadValue([] { MovingWindowOf(1e-4, 0.0, 1024); }));
+    EXPECT_TRUE(IsBadValue([] { MovingWindowOf(1.0, kNaN, 1024); }));
+    EXPECT_TRUE(IsBadValue([] { MakeMovingRms({0, 1}); }));
 }
 
 }  // namespace

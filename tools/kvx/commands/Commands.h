@@ -18,6 +18,7 @@ void AddPsd(Command app);
 void AddXfr(Command app);
 void AddSrs(Command app);
 void AddShock(Command app);
+void AddStats(Command app);
 void AddCalibrate(Command app);
 void AddCompare(Command app);
 void AddFilter(Command app);
