@@ -56,6 +56,8 @@
 #include <KvxDevCommon01/dsp/MovingRms.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
 #include <KvxDevCommon01/dsp/PolyphaseResampling.h>
+#include <KvxDevCommon01/dsp/OctaveBands.h>
+#include <KvxDevCommon01/dsp/OctaveFilters.h>
 #include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>
