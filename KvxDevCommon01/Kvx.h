@@ -51,6 +51,7 @@
 #include <KvxDevCommon01/dsp/FirDesign.h>
 #include <KvxDevCommon01/dsp/FrequencyResponse.h>
 #include <KvxDevCommon01/dsp/IirDesign.h>
+#include <KvxDevCommon01/dsp/FrequencyWeighting.h>
 #include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MovingRms.h>
