@@ -52,6 +52,8 @@
 #include <KvxDevCommon01/dsp/FrequencyResponse.h>
 #include <KvxDevCommon01/dsp/IirDesign.h>
 #include <KvxDevCommon01/dsp/FrequencyWeighting.h>
+#include <KvxDevCommon01/dsp/LevelMeter.h>
+#include <KvxDevCommon01/dsp/LevelReference.h>
 #include <KvxDevCommon01/dsp/LineFigures.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/dsp/MovingRms.h>
