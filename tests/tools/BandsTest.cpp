@@ -72,4 +72,90 @@ TEST(Stats, SayWhatTheyCannotDo) {
     }
 }
 
+TEST(Bands, ShowTheSineInItsBandInEveryForm) {
+    const TempFolder folder;
+    WriteSine(folder);
+    const nlohmann::json report = RunJson(folder, "kvx bands sine.csv --rate 1024 --fraction 1 --from 16");
+    const nlohmann::json& record = report["records"][0];
+    EXPECT_EQ(record["bands"][0]["nominal"], 16);
+    EXPECT_EQ(record["bands"][2]["nominal"], 63);
+    ASSERT_EQ(record["bands"].size(), 5U);
+    const nlohmann::json& channel = record["channels"][0];
+    EXPECT_EQ(channel["reference"], "20 µPa");
+    EXPECT_NEAR(channel["level"].get<double>(), 96.990, 0.001);  // 2/sqrt(2) Pa over 20 uPa
+    EXPECT_NEAR(channel["bandLevels"][2].get<double>(), 96.990, 0.03);
+    EXPECT_LT(channel["bandLevels"][4].get<double>(), 96.990 - 35.0);
+
+    const nlohmann::json linear =
+        RunJson(folder, "kvx bands sine.csv --rate 1024 --fraction 1 --from 63 --to 63 --linear -o lin.vdf2");
+    EXPECT_EQ(linear["records"][0]["bands"].size(), 1U);
+    const nlohmann::json stored = RunJson(folder, "kvx info lin.vdf2")["records"][0];
+    EXPECT_EQ(stored["unit"], "Pa");
+    EXPECT_NEAR(stored["axis"]["first"].get<double>(), 63.0957344480193, 1e-12);
+    EXPECT_NEAR(stored["channels"][0]["max"].get<double>(), 1.41421, 0.004);
+
+    // Running levels: of the steady tone, once the average has settled.
+    RunWell(folder,
+            "kvx bands sine.csv --rate 1024 --fraction 3 --from 63 --to 80 --time-weighting F --step 0.25"
+            " --reference '1 Pa' -o run.vdf2");
+    const nlohmann::json running = RunJson(folder, "kvx info run.vdf2 --start 2")["records"][0];
+    EXPECT_EQ(running["channels"][0]["name"], "sine 63 Hz");
+    EXPECT_EQ(running["channels"][1]["unit"], "dB");
+    EXPECT_NEAR(running["channels"][0]["min"].get<double>(), 3.010, 0.1);
+    EXPECT_NEAR(running["channels"][0]["max"].get<double>(), 3.010, 0.1);
+    EXPECT_EQ(running["axis"]["delta"], 0.25);
+}
+
+TEST(Levels, AreThoseOfTheSine) {
+    const TempFolder folder;
+    WriteSine(folder);
+    const nlohmann::json report =
+        RunJson(folder, "kvx levels sine.csv --rate 1024 --peak-weighting Z -o run.vdf2");
+    const nlohmann::json& levels = report["records"][0]["channels"][0]["levels"];
+    constexpr double kLevel = 96.9897 - 25.9565;  // A at 64 Hz by the closed form
+    EXPECT_NEAR(levels["LAeq"].get<double>(), kLevel, 0.03);
+    EXPECT_NEAR(levels["LAFmax"].get<double>(), kLevel, 0.12);
+    EXPECT_NEAR(levels["LAF50"].get<double>(), kLevel, 0.12);
+    EXPECT_NEAR(levels["LAE"].get<double>(), kLevel + 9.031, 0.03);  // 8 s
+    EXPECT_NEAR(levels["LZpeak"].get<double>(), 100.0, 1e-9);
+    const nlohmann::json running = RunJson(folder, "kvx info run.vdf2 --start 2")["records"][0];
+    EXPECT_NEAR(running["channels"][0]["mean"].get<double>(), kLevel, 0.1);
+    EXPECT_EQ(running["axis"]["delta"], 0.125);
+    // Without a unit of sound pressure the weighting is Z.
+    const nlohmann::json other =
+        RunJson(folder, "kvx levels sine.csv --rate 1024 --unit m/s2 --reference '1 um/s2'");
+    EXPECT_NEAR(other["records"][0]["channels"][0]["levels"]["LZeq"].get<double>(), 123.010, 0.001);
+}
+
+TEST(Bands, AndLevelsSayWhatTheyCannotDo) {
+    const TempFolder folder;
+    WriteSine(folder);
+    const struct {
+        const char* command;
+        int status;
+        const char* sentence;
+    } cases[] = {
+        {"bands --to 500", 1, "the highest possible is that at 400 Hz"},
+        {"bands --from 480", 1, "no 1/3 octave band from 480 Hz on ends below 481.28 Hz"},
+        {"bands --fraction 97", 1, "97"},
+        {"bands --weighting B", 1, "--weighting: there is no 'B'"},
+        {"bands --time-weighting F", 2, "need a file, -o"},
+        {"bands --step 1", 2, "--step is for --time-weighting"},
+        {"bands --reference '1 g'", 1, "--reference '1 g' does not convert to 'Pa'"},
+        {"bands --reference '0 Pa'", 1, "is not above 0"},
+        {"levels --exceeded 101", 1, "is not a percentage"},
+        {"levels --time-weighting X", 1, "--time-weighting"},
+        {"levels -o out.vdf2 --step 99", 1, "longer than its 8192 samples"},
+        {"levels --linear", 2, "--linear is for the running levels"},
+    };
+    for (const auto& each : cases) {
+        const std::string words = each.command;
+        const std::size_t end = words.find(' ');
+        const ToolResult result =
+            RunShell(folder, "kvx " + words.substr(0, end) + " sine.csv --rate 1024" + words.substr(end));
+        EXPECT_EQ(result.status, each.status) << words;
+        EXPECT_NE(result.err.find(each.sentence), std::string::npos) << words << ": " << result.err;
+    }
+}
+
 }  // namespace

@@ -193,6 +193,20 @@ TEST_F(Recordings, HaveTheirKnownStatistics) {
     }
 }
 
+TEST_F(Recordings, HaveTheirKnownMomentsAndLevels) {
+    // numpy.std, scipy.stats.skew and kurtosis(fisher=False) of SciPy 1.10.1; the peak as its origin has it.
+    const nlohmann::json traffic =
+        RunJson(folder_, "kvx stats '" + source_ + "/road_traffic.wav'")["records"][0]["channels"][0];
+    ExpectFigure(traffic["deviation"], 0.02705562839518055, kDigits13, "deviation");
+    ExpectFigure(traffic["skewness"], -0.03725719811399796, kDigits12, "skewness");
+    ExpectFigure(traffic["kurtosis"], 9.554342551117788, kDigits13, "kurtosis");
+    EXPECT_EQ(traffic["peakTime"], 199386.0 / 48000.0);
+    EXPECT_EQ(traffic["maxTime"], 183360.0 / 48000.0);
+    const nlohmann::json levels =
+        RunJson(folder_, "kvx levels '" + source_ + "/microphone_58b_binary.uff' --weighting Z 2>/dev/null");
+    EXPECT_NEAR(levels["records"][0]["channels"][0]["levels"]["LZeq"].get<double>(), 57.11, 0.005);
+}
+
 TEST_F(Recordings, HaveTheirKnownDensities) {
     for (const PsdFigures& expected : kPsds) {
         const std::string what = std::string(expected.file) + " channel " + std::to_string(expected.channel) +

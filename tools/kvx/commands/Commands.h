@@ -19,6 +19,8 @@ void AddXfr(Command app);
 void AddSrs(Command app);
 void AddShock(Command app);
 void AddStats(Command app);
+void AddBands(Command app);
+void AddLevels(Command app);
 void AddCalibrate(Command app);
 void AddCompare(Command app);
 void AddFilter(Command app);
