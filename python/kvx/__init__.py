@@ -14,9 +14,9 @@ from .errors import (BadValueError, DamagedError, DeniedError, DiskFullError, Er
 from . import _kvx
 from ._kvx import *  # noqa: F401,F403
 from ._kvx import __version__, _remade  # noqa: F401
-from .results import (Calibration, ComparedBand, ComparedLine, Comparison, Figures, FileInfo, FormatInfo, Limit,
-                      Motion, Peak, PulseFigures, RandomWave, Resampled, RunFigures, Sensitivity, ShockPulse, SineFit,
-                      TransferLine, WindowFigures)
+from .results import (Calibration, ComparedBand, ComparedLine, Comparison, Figures, FileInfo, FormatInfo, Levels,
+                      Limit, Motion, Peak, PulseFigures, RandomWave, Resampled, RunFigures, Sensitivity, ShockPulse,
+                      SineFit, TransferLine, WindowFigures)
 
 
 def _reduce_function(function):

@@ -18,6 +18,17 @@ class Figures(NamedTuple):
     min: float
     max: float
     peak: float  #: the largest magnitude
+    std: float  #: standard deviation, about the mean
+    skewness: float  #: NaN without deviation
+    kurtosis: float  #: 3 of Gaussian noise; NaN without deviation
+    min_at: int  #: the first sample of that value, counted from 0
+    max_at: int
+    peak_at: int
+
+    @property
+    def crest(self) -> float:
+        """Peak over rms; NaN of zeros."""
+        return self.peak / self.rms if self.rms else float("nan")
 
 
 class SineFit(NamedTuple):
@@ -140,6 +151,18 @@ class RandomWave(NamedTuple):
     rms: float
     peak: float  #: largest magnitude of a sample
     next_seed: int  #: goes on where this signal ends
+
+
+class Levels(NamedTuple):
+    """What a level meter tells, in the square of the unit: 10 log10(x/x0**2) are levels in dB."""
+
+    seconds: float
+    mean_square: float  #: over the whole signal, frequency-weighted: Leq
+    exposure: float  #: mean_square times seconds: LE
+    peak_square: float  #: Lpeak
+    max_square: float  #: of the time-weighted mean square: Lmax
+    min_square: Optional[float]  #: None of a signal that is over before the average has settled
+    exceeded: List[Optional[float]]  #: in those percentages of the time: L10, L50, L90
 
 
 class Resampled(NamedTuple):

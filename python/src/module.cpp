@@ -9,6 +9,7 @@
 #include <KvxDevCommon01/platform/Parallel.h>
 #include <KvxDevCommon01/platform/Version.h>
 
+#include "bands.h"
 #include "errors.h"
 #include "filters.h"
 #include "lines.h"
@@ -49,6 +50,7 @@ PYBIND11_MODULE(_kvx, module) {
     BindFilters(module);
     BindFilterDesign(module);
     BindSignals(module);
+    BindBands(module);
     BindLines(module);
     BindRecords(module);
     BindRecordings(module);

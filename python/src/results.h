@@ -14,6 +14,9 @@
 
 namespace kvx::python {
 
+#define KVX_RESULTS(Do)                                                                          \
+    Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration) \
+        Do(RandomWave) Do(Levels) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo)
 #define KVX_RESULTS(Do)                                                                                    \
     Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration)           \
         Do(RandomWave) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo) Do(Limit) Do(ComparedBand) \
@@ -46,7 +49,8 @@ KVX_RESULTS(KVX_RESULT)
 #undef KVX_RESULT
 
 inline FiguresResult ResultOf(const SampleFigures& f) {
-    return FiguresResult::Of(f.count, f.missing, f.mean, f.rms, f.min, f.max, f.peak);
+    return FiguresResult::Of(f.count, f.missing, f.mean, f.rms, f.min, f.max, f.peak, f.deviation, f.skewness,
+                             f.kurtosis, f.places.min, f.places.max, f.places.peak);
 }
 inline SineFitResult ResultOf(const SineFit& fit) {
     return SineFitResult::Of(fit.frequencyHz, fit.amplitude, fit.phase, fit.offset, fit.residualRms);

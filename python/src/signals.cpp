@@ -394,7 +394,7 @@ Frames with lines of the profile's amplitudes and random phases are laid over ea
 
 frequency: Hz; without it the strongest sine above 0 Hz. At least 16 samples and two periods.)");
     DefineQuick(module, "statistics", &Statistics,
-                "Mean, rms and extremes of all samples that hold a value; NaN is a missing one.",
+                "Mean, rms, moments and extremes of all samples that hold a value; NaN is a missing one.",
                 py::arg("x"));
     BindStreams(module);
 }
