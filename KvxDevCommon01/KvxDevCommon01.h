@@ -66,8 +66,8 @@
 #include <KvxDevCommon01/dsp/Decibels.h>
 #include <KvxDevCommon01/dsp/FirDesign.h>
 #include <KvxDevCommon01/dsp/FrequencyResponse.h>
-#include <KvxDevCommon01/dsp/IirDesign.h>
 #include <KvxDevCommon01/dsp/FrequencyWeighting.h>
+#include <KvxDevCommon01/dsp/IirDesign.h>
 #include <KvxDevCommon01/dsp/LevelMeter.h>
 #include <KvxDevCommon01/dsp/LevelReference.h>
 #include <KvxDevCommon01/dsp/LineFigures.h>
@@ -85,9 +85,9 @@
 #include <KvxDevCommon01/dsp/MatWIND.h>
 #include <KvxDevCommon01/dsp/MovingRms.h>
 #include <KvxDevCommon01/dsp/MrfChannels.h>
-#include <KvxDevCommon01/dsp/PolyphaseResampling.h>
 #include <KvxDevCommon01/dsp/OctaveBands.h>
 #include <KvxDevCommon01/dsp/OctaveFilters.h>
+#include <KvxDevCommon01/dsp/PolyphaseResampling.h>
 #include <KvxDevCommon01/dsp/ProfileComparison.h>
 #include <KvxDevCommon01/dsp/ProfileEditing.h>
 #include <KvxDevCommon01/dsp/PsdProfile.h>

@@ -26,7 +26,8 @@ using Norm = IirFilter::BesselNorm;
 
 /// A number, or a list of them.
 std::vector<double> OneOrMore(const ArrayLike& numbers, const char* name) {
-    if (py::isinstance<py::float_>(numbers) || py::isinstance<py::int_>(numbers)) return {numbers.cast<double>()};
+    if (py::isinstance<py::float_>(numbers) || py::isinstance<py::int_>(numbers))
+        return {numbers.cast<double>()};
     return NumbersOf(py::module_::import("numpy").attr("atleast_1d")(numbers), name);
 }
 

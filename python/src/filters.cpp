@@ -135,7 +135,8 @@ py::array FirFiltered(const ArrayLike& b, const ArrayLike& x, py::ssize_t axis, 
 }
 
 py::array ButterworthFiltered(const ArrayLike& x, std::int32_t order, const ArrayLike& corners,
-                              const std::string& btype, double fs, const std::string& ends, py::ssize_t axis) {
+                              const std::string& btype, double fs, const std::string& ends,
+                              py::ssize_t axis) {
     return Filtered(x, axis, IirProcess({order, corners, btype}, fs, ends));
 }
 

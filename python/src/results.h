@@ -14,16 +14,14 @@
 
 namespace kvx::python {
 
-#define KVX_RESULTS(Do)                                                                          \
-    Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration) \
-        Do(RandomWave) Do(Levels) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo)
-#define KVX_RESULTS(Do)                                                                                    \
-    Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration)           \
-        Do(RandomWave) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo) Do(Limit) Do(ComparedBand) \
-            Do(ComparedLine) Do(Comparison) Do(WindowFigures) Do(ShockPulse) Do(PulseFigures)
+#define KVX_RESULTS(Do)                                                                              \
+    Do(Figures) Do(SineFit) Do(Peak) Do(Motion) Do(TransferLine) Do(Sensitivity) Do(Calibration)     \
+        Do(RandomWave) Do(Levels) Do(Resampled) Do(RunFigures) Do(FormatInfo) Do(FileInfo) Do(Limit) \
+            Do(ComparedBand) Do(ComparedLine) Do(Comparison) Do(WindowFigures) Do(ShockPulse)        \
+                Do(PulseFigures)
 
-/// An object of a class of results, which are tuples with names: made as a tuple, without a call of Python.
-/// `type` keeps the class once it was looked up.
+/// An object of a class of results, which are tuples with names: made as a tuple, without a call of
+/// Python. `type` keeps the class once it was looked up.
 template <typename... Fields>
 py::object NamedTuple(PyObject*& type, const char* name, Fields&&... fields) {
     if (type == nullptr) type = py::object(py::module_::import("kvx.results").attr(name)).release().ptr();

@@ -84,8 +84,8 @@ void BlockTransform::Transform(std::span<const double> samples) {
     double* const im = imaginary_;
     const double* const block = Prepared(samples);
     if (plan_ != nullptr) {
-        re[Lines()] = ActiveKernels<FftKernels>().forward(*plan_, block, window_, work_,
-                                                          {re, im, Lines(), 1.0});
+        re[Lines()] =
+            ActiveKernels<FftKernels>().forward(*plan_, block, window_, work_, {re, im, Lines(), 1.0});
     } else {
         std::transform(block, block + size_, window_, re, [](double x, double w) { return x * w; });
         CMatFFT::XfrRfft(re, im, size_, re, im, Lines() + 1);

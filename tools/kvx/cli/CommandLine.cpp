@@ -204,7 +204,11 @@ int RunCommandLine(int argc, const char* const* argv) {
     tool.AddFlag("--version", isVersionWanted,
                  "Tell the versions of the tool and of the libraries it runs with");
     tool.AddFlag("--json", isJsonWanted, "With --version: as JSON");
-    for (const auto add : {AddImport, AddExport, AddConvert, AddMerge, AddEdit, AddInfo, AddStats, AddPsd, AddSpectrum, AddXfr, AddBands, AddLevels, AddSrs, AddShock, AddFilter, AddDesign, AddCalibrate, AddResample, AddPlot, AddSpectrogram, AddSynth, AddPulse, AddProfile, AddCompare, AddFormats, AddUnits, AddWindows, AddKinds, AddShowValue, AddFolders}) {
+    for (const auto add : {AddImport,  AddExport,      AddConvert,  AddMerge,  AddEdit,      AddInfo,
+                           AddStats,   AddPsd,         AddSpectrum, AddXfr,    AddBands,     AddLevels,
+                           AddSrs,     AddShock,       AddFilter,   AddDesign, AddCalibrate, AddResample,
+                           AddPlot,    AddSpectrogram, AddSynth,    AddPulse,  AddProfile,   AddCompare,
+                           AddFormats, AddUnits,       AddWindows,  AddKinds,  AddShowValue, AddFolders}) {
         add(tool);
     }
     std::vector<std::string> helpWords;
