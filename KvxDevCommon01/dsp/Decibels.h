@@ -4,34 +4,24 @@
 // the reference.
 #pragma once
 
-#include <string>
 #include <string_view>
 
 #include <KvxDevCommon01/Export.h>
+#include <KvxDevCommon01/dsp/LevelReference.h>
 #include <KvxDevCommon01/dsp/LineSpectrum.h>
 #include <KvxDevCommon01/units/UnitCtrl.h>
 
 namespace kvx {
 
-/// What levels of a signal refer to.
-struct DecibelReference {
-    double value;      ///< an amplitude of the signal, in the standard unit of its dimension
-    std::string text;  ///< "1e-06 m/s2"
-};
-
-/// The reference of ISO 1683 for the dimension: 1e-6 m/s2, 1e-9 m/s, 1e-12 m, 1e-6 N, 2e-5 Pa; for all others
-/// one of the unit.
-KVX_API DecibelReference UsualReference(const CUnitCtrl& unit);
-
 /// The reference of a signal in `unit` that a text names: a number, of the signal's unit or of one that
-/// follows, "1e-6 m/s2"; the usual one for an empty text. Throws Error: kUnknownName for a unit that is none,
-/// kBadValue for one of another dimension and for a number that is not above 0.
-KVX_API DecibelReference NamedReference(std::string_view text, const CUnitCtrl& unit);
+/// follows, "1e-6 m/s2"; the customary one for an empty text. Throws Error: kUnknownName for a unit that is
+/// none, kBadValue for one of another dimension and for a number that is not above 0.
+KVX_API LevelReference NamedReference(std::string_view text, const CUnitCtrl& unit);
 
 /// A level of the lines, in their shown unit, in dB; minus infinity for 0.
-KVX_API double DecibelsOf(const LineSpectrum& lines, double shownLevel, const DecibelReference& reference);
+KVX_API double DecibelsOf(const LineSpectrum& lines, double shownLevel, const LevelReference& reference);
 
 /// An rms of the signal, in its shown unit, in dB.
-KVX_API double DecibelsOfRms(const CUnitCtrl& unit, double shownRms, const DecibelReference& reference);
+KVX_API double DecibelsOfRms(const CUnitCtrl& unit, double shownRms, const LevelReference& reference);
 
 }  // namespace kvx

@@ -71,6 +71,10 @@ std::int32_t NumberAt(std::int32_t fraction, double hz) {
 
 }  // namespace
 
+double OctaveMiddle(std::int32_t fraction, std::int32_t number) {
+    return EdgeHz(fraction, MiddleOf(fraction, number));
+}
+
 OctaveBand OctaveBandAt(std::int32_t fraction, std::int32_t number) {
     RequireFraction(fraction);
     const std::int64_t middle = MiddleOf(fraction, number);

@@ -30,6 +30,9 @@ struct OctaveBand {
     double nominalHz = 0.0;  ///< by which the band is called: 31.5, 1000, 12500
 };
 
+/// The exact mid-band frequency of band number x of b >= 1 per octave.
+KVX_API double OctaveMiddle(std::int32_t fraction, std::int32_t number);
+
 /// Band number x of b per octave. Nominal frequencies are, of octaves and third octaves the preferred numbers
 /// 1, 1.25, 1.6, 2, 2.5, 3.15, 4, 5, 6.3 and 8 with powers of ten; of half octaves the exact ones rounded to
 /// three digits; of 1/4 to 1/24 octaves (and of 1/5, 1/7 ...) to three digits where the first digit is 1 to 4

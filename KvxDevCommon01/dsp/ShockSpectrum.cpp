@@ -14,6 +14,7 @@
 #include <utility>
 
 #include <KvxDevCommon01/dsp/MatMrf.h>
+#include <KvxDevCommon01/dsp/OctaveBands.h>
 #include <KvxDevCommon01/dsp/Resampling.h>
 #include <KvxDevCommon01/dsp/kernels/ShockKernels.h>
 #include <KvxDevCommon01/platform/Error.h>
@@ -277,19 +278,17 @@ double DampingOfQ(double q) {
 }
 
 std::vector<double> FrequenciesPerOctave(double fromHz, double toHz, int perOctave) {
-    constexpr double kReference = 1000.0;
     constexpr double kTolerance = 0.05;  // of a step
     RequireBounds(fromHz, toHz);
     if (perOctave < 1 || perOctave > 1000) Refuse("an octave has 1 to 1000 natural frequencies");
-    // Steps from the reference; those of an even number lie half a step beside it.
-    const double steps = perOctave / 0.3;
-    const double shift = perOctave % 2 == 0 ? 0.5 : 0.0;
-    const double first = std::ceil(steps * std::log10(fromHz / kReference) - shift - kTolerance);
-    const double last = std::floor(steps * std::log10(toHz / kReference) - shift + kTolerance);
+    const double reference = OctaveMiddle(perOctave, 0);
+    const double steps = perOctave / 0.3;  // in a decade
+    const double first = std::ceil(steps * std::log10(fromHz / reference) - kTolerance);
+    const double last = std::floor(steps * std::log10(toHz / reference) + kTolerance);
     RequireCount(last - first);
     std::vector<double> frequencies;
-    for (double step = first; step <= last; step += 1.0)
-        frequencies.push_back(kReference * std::pow(10.0, (step + shift) / steps));
+    for (double number = first; number <= last; number += 1.0)
+        frequencies.push_back(OctaveMiddle(perOctave, static_cast<std::int32_t>(number)));
     return RequireFrequencies(std::move(frequencies), fromHz, toHz);
 }
 

@@ -68,11 +68,10 @@ KVX_API std::span<const NamedShockExtreme> NamedShockExtremes();
 /// The damping ratio of a quality factor, 1/(2 Q); throws Error (kBadValue) unless the factor is above 0.5.
 KVX_API double DampingOfQ(double q);
 
-/// Frequencies 1/`perOctave` octave apart on the grid of IEC 61260-1, exact and not rounded to their nominal
-/// values: 1000 G^(k/n) Hz for odd n, 1000 G^((2k + 1)/(2n)) Hz for even n, G = 10^0.3. Those from `fromHz`
-/// to `toHz`, where a twentieth of a step outside counts as inside, as nominal values stray from the exact
-/// ones. Throws Error (kBadValue) for bounds that are not above 0 or leave none, fewer than 1 or more than
-/// 1000 per octave, and more than kMostShockFrequencies.
+/// Frequencies 1/`perOctave` octave apart, the exact ones of OctaveMiddle, from `fromHz` to `toHz`, where a
+/// twentieth of a step outside counts as inside, as nominal values stray from the exact ones. Throws Error
+/// (kBadValue) for bounds that are not above 0 or leave none, fewer than 1 or more than 1000 per octave, and
+/// more than kMostShockFrequencies.
 KVX_API std::vector<double> FrequenciesPerOctave(double fromHz, double toHz, int perOctave);
 
 /// `fromHz`, `fromHz` + `stepHz` ... up to `toHz`, as which a millionth of a step outside counts. Throws

@@ -205,7 +205,7 @@ TEST(LineSpectrum, ReadsASineAndTheLastLineInEveryKind) {
                     1e-9);
         // ISO 1683: dB re 1e-6 m/s2.
         const double level =
-            kvx::DecibelsOf(lines, lines.unit.ConvDtoI(sine, 1.0, 0), kvx::UsualReference(g));
+            kvx::DecibelsOf(lines, lines.unit.ConvDtoI(sine, 1.0, 0), kvx::LevelReferenceOf(g));
         const double amplitude = kvx::IsPower(kind) ? std::sqrt(sine) : sine;
         EXPECT_NEAR(level, 20.0 * std::log10(amplitude / 1e-6), 1e-10);
     }
@@ -223,15 +223,14 @@ TEST(Decibels, ReferToWhatIsNamed) {
         double value;
     };
     for (const auto& [reference, unit, text, value] :
-         {Case{"", "g", "1e-06 m/s2", 1e-6}, Case{"", "kPa", "2e-05 Pa", 2e-5},
-          Case{"", "mm/s", "1e-09 m/s", 1e-9}, Case{"", "V", "1 V", 1.0}, Case{"", "mV", "1 mV", 1e-3},
-          Case{"1 g", "m/s2", "1 g", 9.80665}, Case{"2", "g", "2 g", 2 * 9.80665},
-          Case{"1e-5 mm/s2", "m/s2", "1e-05 mm/s2", 1e-8}}) {
-        const kvx::DecibelReference named = kvx::NamedReference(reference, kvx::NamedUnit(unit));
+         {Case{"", "g", "1 µm/s2", 1e-6}, Case{"", "kPa", "20 µPa", 2e-5}, Case{"", "mm/s", "1 nm/s", 1e-9},
+          Case{"", "V", "1 V", 1.0}, Case{"", "mV", "1 mV", 1e-3}, Case{"1 g", "m/s2", "1 g", 9.80665},
+          Case{"2", "g", "2 g", 2 * 9.80665}, Case{"1e-5 mm/s2", "m/s2", "1e-05 mm/s2", 1e-8}}) {
+        const kvx::LevelReference named = kvx::NamedReference(reference, kvx::NamedUnit(unit));
         EXPECT_NEAR(named.value, value, 1e-12 * value) << unit;
         EXPECT_EQ(named.text, text);
     }
-    EXPECT_NEAR(kvx::DecibelsOfRms(kvx::NamedUnit("g"), 1.0, kvx::UsualReference(kvx::NamedUnit("g"))),
+    EXPECT_NEAR(kvx::DecibelsOfRms(kvx::NamedUnit("g"), 1.0, kvx::LevelReferenceOf(kvx::NamedUnit("g"))),
                 139.8304, 1e-4);
     for (const char* bad : {"0 g", "-1 g", "g", "1 N", "nan"})
         EXPECT_EQ(FailureOf([=] { kvx::NamedReference(bad, kvx::NamedUnit("g")); }), ErrorKind::kBadValue)

@@ -51,7 +51,7 @@ const LineSpectrum& FirstLines(const RecordSpectra& record) {
 }
 
 /// What levels of the record refer to, where they are in dB.
-std::optional<DecibelReference> ReferenceOf(const SpectraOptions& options, const RecordSpectra& record) {
+std::optional<LevelReference> ReferenceOf(const SpectraOptions& options, const RecordSpectra& record) {
     if (!options.isDecibel && options.decibelReference.empty()) return std::nullopt;
     return OfOption("--db-re", [&] { return NamedReference(options.decibelReference, record.unit); });
 }
@@ -64,13 +64,13 @@ std::optional<ConfidenceLimits> LimitsOf(const SpectraOptions& options, const Li
 
 /// A level with its unit: in that of the lines, or in dB.
 std::vector<std::string> LevelCells(double level, const LineSpectrum& lines,
-                                    const std::optional<DecibelReference>& reference) {
+                                    const std::optional<LevelReference>& reference) {
     if (reference) return {FormatNumber(DecibelsOf(lines, level, *reference), 5), "dB"};
     return {FormatNumber(level), UnitText(lines.unit)};
 }
 
 std::vector<std::string> RmsCells(double rms, const CUnitCtrl& unit,
-                                  const std::optional<DecibelReference>& reference) {
+                                  const std::optional<LevelReference>& reference) {
     if (reference) return {FormatNumber(DecibelsOfRms(unit, rms, *reference), 5), "dB"};
     return {FormatNumber(rms), UnitText(unit)};
 }
@@ -138,7 +138,7 @@ std::string JsonText(const SpectraOptions& options, const std::vector<RecordSpec
     for (const RecordSpectra& spectra : records) {
         const LineSpectrum& lines = FirstLines(spectra);
         const Averaging& averaging = spectra.blocks.averaging;
-        const std::optional<DecibelReference> reference = ReferenceOf(options, spectra);
+        const std::optional<LevelReference> reference = ReferenceOf(options, spectra);
         Json record = {{"record", spectra.record},
                        {"rate", spectra.rateHz},
                        {"lineSpacing", lines.spacingHz},
@@ -206,7 +206,7 @@ std::string MotionText(const RecordSpectra& record) {
            (isDetrended ? "" : "take out the mean with --detrend mean, or ") + "cut them off with --cutoff\n";
 }
 
-std::string PeakText(const RecordSpectra& record, const std::optional<DecibelReference>& reference) {
+std::string PeakText(const RecordSpectra& record, const std::optional<LevelReference>& reference) {
     ChannelTable table({"peak", "", "level", "", "Q"});
     for (const ChannelSpectrum& channel : record.channels) {
         for (const SpectrumPeak& peak : channel.figures.peaks) {
@@ -221,7 +221,7 @@ std::string PeakText(const RecordSpectra& record, const std::optional<DecibelRef
 std::string ReportText(const SpectraOptions& options, const std::vector<RecordSpectra>& records) {
     std::string text;
     for (const RecordSpectra& record : records) {
-        const std::optional<DecibelReference> reference = ReferenceOf(options, record);
+        const std::optional<LevelReference> reference = ReferenceOf(options, record);
         text += "record " + std::to_string(record.record) + ": " +
                 BlocksText(options, record.blocks, FirstLines(record).blocks, record.rateHz) + "\n" +
                 AverageText(options, record);
