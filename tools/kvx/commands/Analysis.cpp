@@ -21,8 +21,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::int64_t kUsualBlock = 1024;
-
 /// What `action` returns; an Error of it becomes a ValueError on behalf of the option.
 template <class Action>
 auto OfOption(const std::string& option, Action action) {
@@ -254,7 +252,7 @@ void AddBlockOptions(Command command, BlockOptions* options) {
     command
         .AddOption("--block", options->size,
                    "Samples per block, a power of two from 2 to " + std::to_string(kLargestBlock) +
-                       " (default: " + std::to_string(kUsualBlock) + ")")
+                       " (default: " + std::to_string(BlockOptions::kUsualSize) + ")")
         .Type("N")
         .Check(WholeNumber(kSmallestBlock, kLargestBlock));
     AddPositive(command, "--df", "HZ", options->spacingHz,
@@ -280,7 +278,7 @@ void AddBlockOptions(Command command, BlockOptions* options) {
 BlockPlan PlanBlocks(const BlockOptions& options, Averaging averaging) {
     averaging.detrend = NamedDetrend(options.detrend);
     if (options.spacingHz && options.size) throw ValueError("--df chooses the block; leave out --block");
-    const std::int64_t size = options.size.value_or(kUsualBlock);
+    const std::int64_t size = options.Size();
     const std::int64_t points = averaging.transformSize;
     if (points == 0) {
         OfOption("--block", [&] { RequireBlockSize(size); });
@@ -330,11 +328,11 @@ Json JsonOf(const LinesOptions& options) {
     if (blocks.spacingHz) {
         json["mostSpacing"] = *blocks.spacingHz;
     } else {
-        json["block"] = blocks.size.value_or(kUsualBlock);
+        json["block"] = blocks.Size();
     }
     json["window"] = blocks.window;
     if (!blocks.spacingHz) {
-        const double size = static_cast<double>(blocks.size.value_or(kUsualBlock));
+        const double size = static_cast<double>(blocks.Size());
         json["overlap"] = std::llround(size * blocks.overlapPercent / 100.0);
     }
     return json;

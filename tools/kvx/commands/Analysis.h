@@ -53,6 +53,13 @@ struct BlockOptions {
     std::string window = "hann";
     double overlapPercent = 50.0;
     std::string detrend = "none";
+
+    static constexpr std::int64_t kUsualSize = 1024;
+    std::int64_t Size() const { return size.value_or(kUsualSize); }
+    /// What a report says of blocks whose rate it does not know: "4096", "at most 2 Hz".
+    std::string SizeText() const {
+        return spacingHz ? "at most " + FormatNumber(*spacingHz) + " Hz" : std::to_string(Size());
+    }
 };
 
 void AddBlockOptions(Command command, BlockOptions* options);

@@ -129,7 +129,7 @@ std::string ReportText(const CompareOptions& options, const std::vector<ChannelC
     const ChannelComparison& first = channels.front();
     const std::string measured = first.blocks > 0
                                      ? fmt::format("{} of {}, {} window", Count(first.blocks, "block"),
-                                                   options.blocks.size, options.blocks.window)
+                                                   options.blocks.SizeText(), options.blocks.window)
                                      : "stored densities";
     return fmt::format("{}, lines {} Hz apart, profile {}\n", measured, FormatNumber(first.spacingHz, 10),
                        Printable(InputName(options.profile))) +
