@@ -161,16 +161,16 @@ class PartialFractions {
 public:
     explicit PartialFractions(const std::vector<Biquad>& sections) {
         const auto value = [](const std::array<double, 3>& q, Exact s) {
-            return Exact(q[0]) + s * (Exact(q[1]) + s * Exact(q[2]));
+            return ToLine(q[0]) + s * (ToLine(q[1]) + s * ToLine(q[2]));
         };
         for (std::size_t k = 0; k < sections.size(); ++k) {
             const auto& d = sections[k].denominator;
-            const Exact discriminant = Exact(d[1]) * Exact(d[1]) - Exact(4) * Exact(d[0]) * Exact(d[2]);
+            const Exact discriminant = ToLine(d[1]) * ToLine(d[1]) - Exact(4) * ToLine(d[0]) * ToLine(d[2]);
             for (const long double sign : {1.0L, -1.0L}) {
                 if (d[2] == 0.0 && sign < 0) continue;
-                const Exact slope = d[2] == 0.0 ? Exact(d[1]) : sign * std::sqrt(discriminant);
+                const Exact slope = d[2] == 0.0 ? ToLine(d[1]) : sign * std::sqrt(discriminant);
                 const Exact s =
-                    d[2] == 0.0 ? Exact(-d[0]) / Exact(d[1]) : (slope - Exact(d[1])) / Exact(2 * d[2]);
+                    d[2] == 0.0 ? ToLine(-d[0]) / ToLine(d[1]) : (slope - ToLine(d[1])) / ToLine(2 * d[2]);
                 Exact residue = value(sections[k].numerator, s) / slope;
                 for (std::size_t j = 0; j < sections.size(); ++j) {
                     if (j != k)
