@@ -75,7 +75,7 @@ class Calls(unittest.TestCase):
     def test_wrong_arguments_are_told(self):
         x = noise(4096)
         for arguments, named in (((), {}), ((x,), {"x": x}), ((x,), {"size": 4}), ((x, "a"), {}), ((x,), {"nperseg": 0.5}),
-                                 ((x, 1.0, "hann", 1024, 512, -1, 0), {})):
+                                 ((x, 1.0, "hann", 1024, 512, -1) + (0,) * 20, {})):
             with self.assertRaisesRegex(TypeError, r"psd\(\): incompatible function arguments") as caught:
                 kvx.psd(*arguments, **named)
             for name in named:
@@ -343,7 +343,8 @@ class Signals(unittest.TestCase):
         x[2, 5:9] = np.nan
         self.assertEqual(kvx.statistics(x)[:2], (3996, 4))
         self.assertEqual(kvx.statistics(x), kvx.statistics(x[~np.isnan(x)])._replace(missing=4))
-        self.assertEqual(kvx.statistics(x * np.nan), (0, 4000, 0.0, 0.0, 0.0, 0.0, 0.0))
+        self.assertEqual(set(kvx.statistics(x * np.nan)._replace(missing=0)), {0})
+        self.assertEqual(kvx.statistics(x * np.nan).missing, 4000)
         self.assertEqual(kvx.statistics(x).max, np.nanmax(x))
         stream = kvx.SampleStatistics()
         for row in x:

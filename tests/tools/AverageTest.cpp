@@ -92,7 +92,7 @@ TEST_F(Average, ReadsLevelsAsAsked) {
         EXPECT_EQ(info["unit"], unit);
         EXPECT_EQ(info["samples"], 256);
     }
-    EXPECT_THAT(RunWell(folder_, "kvx psd sine.vdf2 --db"), HasSubstr("levels in dB re 1e-06 m/s2"));
+    EXPECT_THAT(RunWell(folder_, "kvx psd sine.vdf2 --db"), HasSubstr("levels in dB re 1 µm/s2"));
     RunWell(folder_, "kvx spectrum sine.vdf2 --block 512 --nyquist -o out.csv");
     EXPECT_THAT(folder_.Read("out.csv"), HasSubstr("\n500,"));
 }
