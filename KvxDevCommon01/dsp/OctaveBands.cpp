@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 
 namespace kvx {
 namespace {
@@ -36,9 +37,10 @@ double ToDigits(double hz, int digits) {
 double PreferredHz(std::int64_t tenths) {
     constexpr std::array kPreferred = {1.0, 1.25, 1.6, 2.0, 2.5, 3.15, 4.0, 5.0, 6.3, 8.0};
     const std::int64_t step = (tenths % 10 + 10) % 10;
-    const auto decade = static_cast<double>((tenths - step) / 10);
+    const std::int64_t decade = (tenths - step) / 10;
     const double mantissa = kPreferred[static_cast<std::size_t>(step)];
-    return decade < 0.0 ? mantissa / std::pow(10.0, -decade) : mantissa * std::pow(10.0, decade);
+    const double factor = std::pow(10.0, static_cast<double>(std::abs(decade)));
+    return decade < 0 ? mantissa / factor : mantissa * factor;
 }
 
 double NominalHz(std::int32_t fraction, std::int32_t number, double midHz) {

@@ -204,7 +204,7 @@ void RunFilter(const FilterOptions& options, ByteStream& out) {
 void AddFilter(Command app) {
     const auto options = std::make_shared<FilterOptions>();
     const auto batch = std::make_shared<BatchOptions>();
-    Command command = app.AddCommand("filter", "Low-pass and high-pass filtering of time waveforms");
+    Command command = app.AddCommand("filter", "Pass or stop bands of frequencies in time waveforms");
     AddStreamFiles(command, batch.get());
     AddCorners(command, &options->filters);
     command
