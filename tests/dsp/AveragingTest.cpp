@@ -218,8 +218,8 @@ TEST(Averaging, ChoosesBlocksAndRefusesWhatMakesNone) {
           Case{51200.0, 0.1, 524288}, Case{0.1 * 1024, 0.1, 1024}, Case{10.0, 100.0, 2},
           Case{4194304.0, 1.0, 4194304}})
         EXPECT_EQ(kvx::BlockSizeFor(rate, spacing), size) << rate << ' ' << spacing;
-    for (const auto& [rate, spacing] : {std::pair{4194305.0, 1.0}, {1.0, 0.0}, {kNaN, 1.0}, {1.0, -1.0}})
-        EXPECT_TRUE(IsBadValue([=] { kvx::BlockSizeFor(rate, spacing); })) << rate;
+    for (const auto& bad : {std::pair{4194305.0, 1.0}, {1.0, 0.0}, {kNaN, 1.0}, {1.0, -1.0}})
+        EXPECT_TRUE(IsBadValue([&] { kvx::BlockSizeFor(bad.first, bad.second); })) << bad.first;
     EXPECT_EQ(kvx::CutWithOverlap(100, 50.0, 128).overlap, 50);
     EXPECT_EQ(kvx::RequireCut({128, 127}, 128).size, 128);
     for (const kvx::BlockCut cut : {kvx::BlockCut{129, 0}, {1, 0}, {100, 100}, {100, -1}})

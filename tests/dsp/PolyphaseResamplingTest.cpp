@@ -52,9 +52,9 @@ TEST_P(Polyphase, KeepsItsBandAndTakesAwayWhatWouldFold) {
     const double behind = first + static_cast<double>(plan.after.samples) * plan.step;
     EXPECT_TRUE(behind >= static_cast<double>(samples) - 1e-6 &&
                 behind < static_cast<double>(samples) + plan.step);
-    const auto worst = [&](double hz, double amplitude) {
-        const Wave results = Through(MakePolyphase(plan, Ends::held, shift), Sine(hz, times));
-        const Wave sine = Sine(hz, plan.after, shift);
+    const auto worst = [&, seconds = shift](double hz, double amplitude) {
+        const Wave results = Through(MakePolyphase(plan, Ends::held, seconds), Sine(hz, times));
+        const Wave sine = Sine(hz, plan.after, seconds);
         EXPECT_EQ(results.size(), sine.size());
         double error = 0.0;
         for (std::size_t i = sine.size() / 4; i < sine.size() * 3 / 4; ++i)

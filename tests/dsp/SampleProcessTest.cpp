@@ -548,7 +548,7 @@ TEST(MovingRms, IsThatOfEachWindowWithoutTheTraceOfWhatHasLeftIt) {
         for (std::int64_t k = 0; k < Size(moving); ++k) {
             long double sum = 0;
             for (std::int64_t i = 0; i < window.samples; ++i) {
-                const long double x = wave[static_cast<std::size_t>(k * window.step + i)];
+                const auto x = static_cast<long double>(wave[static_cast<std::size_t>(k * window.step + i)]);
                 sum += x * x;
             }
             const double exact =
