@@ -321,8 +321,8 @@ private:
 constexpr std::size_t kMostEquirippleTaps = 2000;
 constexpr std::size_t kMostKaiserTaps = 100000;
 
-/// The bands that a specification asks for, errors weighted by what is allowed.
-std::vector<FirBand> BandsOf(const FirSpecification& wanted, double rateHz, double ripple, double rest) {
+/// The bands that requirements ask for, errors weighted by what is allowed.
+std::vector<FirBand> BandsOf(const FirRequirements& wanted, double rateHz, double ripple, double rest) {
     using Pass = IirFilter::Pass;
     const double corner = wanted.cornerHz / rateHz, upper = wanted.upperHz / rateHz;
     const double width = wanted.transitionHz / rateHz;
@@ -396,19 +396,19 @@ EquirippleFir DesignEquiripple(std::size_t taps, std::span<const FirBand> bands)
     return Exchange(taps, bands).Run();
 }
 
-std::string FilterText(const FirSpecification& specification) {
+std::string FilterText(const FirRequirements& requirements) {
     using Pass = IirFilter::Pass;
-    const bool isEquiripple = specification.method == FirSpecification::Method::equiripple;
-    const bool isBand = specification.pass == Pass::band || specification.pass == Pass::stop;
+    const bool isEquiripple = requirements.method == FirRequirements::Method::equiripple;
+    const bool isBand = requirements.pass == Pass::band || requirements.pass == Pass::stop;
     constexpr std::array kPasses = {" low-pass", " high-pass", " band-pass", " band-stop"};
     return std::string(isEquiripple ? "equiripple" : "kaiser") +
-           kPasses[static_cast<std::size_t>(specification.pass) % kPasses.size()] +
-           (isBand ? " from " : " at ") + FormatNumber(specification.cornerHz) +
-           (isBand ? " to " + FormatNumber(specification.upperHz) : std::string()) + " Hz, transition " +
-           FormatNumber(specification.transitionHz) + " Hz";
+           kPasses[static_cast<std::size_t>(requirements.pass) % kPasses.size()] +
+           (isBand ? " from " : " at ") + FormatNumber(requirements.cornerHz) +
+           (isBand ? " to " + FormatNumber(requirements.upperHz) : std::string()) + " Hz, transition " +
+           FormatNumber(requirements.transitionHz) + " Hz";
 }
 
-DesignedFir DesignFir(const FirSpecification& wanted, double rateHz) {
+DesignedFir DesignFir(const FirRequirements& wanted, double rateHz) {
     const auto require = [](double value, const char* what) {
         if (!(value > 0.0) || !std::isfinite(value))
             throw Error(ErrorKind::kBadValue,
@@ -445,7 +445,7 @@ DesignedFir DesignFir(const FirSpecification& wanted, double rateHz) {
                         "the filter takes more than " + std::to_string(most) + " taps");
         }
     };
-    if (wanted.method == FirSpecification::Method::kaiser) {
+    if (wanted.method == FirRequirements::Method::kaiser) {
         // The window makes both errors alike. Its formula is within a few taps.
         const double depth = -20.0 * std::log10(std::min(ripple, rest));
         for (double more = 0.0;; more += 0.25) {

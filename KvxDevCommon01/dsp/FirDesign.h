@@ -49,7 +49,7 @@ KVX_API EquirippleFir DesignEquiripple(std::size_t taps, std::span<const FirBand
 
 /// A FIR filter by what it has to keep. Low, high, band and stop are those of IirFilter; the corners are
 /// where the pass band ends.
-struct FirSpecification {
+struct FirRequirements {
     enum class Method { kaiser, equiripple };
 
     IirFilter::Pass pass = IirFilter::Pass::low;
@@ -61,7 +61,7 @@ struct FirSpecification {
     Method method = Method::equiripple;
 };
 /// "equiripple low-pass at 50 Hz, transition 10 Hz"
-KVX_API std::string FilterText(const FirSpecification& specification);
+KVX_API std::string FilterText(const FirRequirements& requirements);
 
 /// What came of it.
 struct DesignedFir {
@@ -72,7 +72,7 @@ struct DesignedFir {
 /// The fewest taps, by Kaiser's formula or from his estimate on, that keep ripple and attenuation. Throws
 /// Error (kBadValue) for numbers outside their ranges, bands that do not fit below half the rate, and
 /// (kUnsupported) where that takes more than 100000 taps by the Kaiser window or 2000 equiripple.
-KVX_API DesignedFir DesignFir(const FirSpecification& specification, double rateHz);
+KVX_API DesignedFir DesignFir(const FirRequirements& requirements, double rateHz);
 
 /// The largest error of the gain in a band, of coefficients with linear phase: the ripple that was reached.
 KVX_API double WorstError(std::span<const double> coefficients, const FirBand& band);

@@ -9,7 +9,7 @@ using namespace kvx;
 namespace {
 
 using Pass = IirFilter::Pass;
-using Method = FirSpecification::Method;
+using Method = FirRequirements::Method;
 
 double GainOf(const Wave& h, double part) {
     double gain = 0.0;
@@ -83,7 +83,7 @@ TEST(EquirippleDesign, AlternatesBetweenItsBounds) {
 TEST(FirDesign, KeepsWhatIsSpecified) {
     for (const Method method : {Method::kaiser, Method::equiripple}) {
         for (const Pass pass : {Pass::low, Pass::high, Pass::band, Pass::stop}) {
-            const FirSpecification wanted = {pass, 100, 250, 30, 0.05, 70, method};
+            const FirRequirements wanted = {pass, 100, 250, 30, 0.05, 70, method};
             const DesignedFir design = DesignFir(wanted, 1000.0);
             const Wave& h = design.filter.coefficients;
             EXPECT_LE(design.rippleDb, 0.05 + 1e-6) << FilterText(wanted);

@@ -73,7 +73,7 @@ std::vector<double> Positives(const std::string& option, const std::string& list
                                  : " is no frequency above 0, perhaps with a quality above 0"));
 }
 
-using Method = FirSpecification::Method;
+using Method = FirRequirements::Method;
 struct MethodName {
     std::string_view name;
     Method method;
@@ -146,12 +146,12 @@ void AddRecursive(const FilterChoice& choice, std::vector<IirFilter>& filters) {
     });
 }
 
-void AddDesigns(const FilterChoice& choice, Method method, std::vector<FirSpecification>& designs) {
+void AddDesigns(const FilterChoice& choice, Method method, std::vector<FirRequirements>& designs) {
     if (choice.order || choice.norm)
         throw UsageError("--order and --norm are for recursive filters; --transition makes FIR filters long");
     if (!choice.transitionHz) throw UsageError("--family " + *choice.family + " requires --transition");
     ForEachBand(choice, [&](Pass pass, double cornerHz, double upperHz) {
-        FirSpecification& design = designs.emplace_back();
+        FirRequirements& design = designs.emplace_back();
         design.pass = pass;
         design.cornerHz = cornerHz;
         design.upperHz = upperHz;
@@ -285,9 +285,9 @@ ChosenFilters ReadSampleFilters(const FilterChoice& choice) {
 FittedFilters FiltersAt(const ChosenFilters& chosen, double rateHz) {
     FittedFilters fitted = {chosen.filters, chosen.text};
     for (const IirFilter& filter : chosen.filters.iirs) RequireFilter(filter, rateHz);
-    for (const FirSpecification& specification : chosen.designs) {
-        DesignedFir design = DesignFir(specification, rateHz);
-        fitted.text += (fitted.text.empty() ? "" : ", ") + FilterText(specification) + ", " +
+    for (const FirRequirements& requirements : chosen.designs) {
+        DesignedFir design = DesignFir(requirements, rateHz);
+        fitted.text += (fitted.text.empty() ? "" : ", ") + FilterText(requirements) + ", " +
                        Count(std::ssize(design.filter.coefficients), "tap") + ", ripple " +
                        FormatNumber(design.rippleDb, 4) + " dB, attenuation " +
                        FormatNumber(design.attenuationDb, 4) + " dB";
