@@ -49,7 +49,7 @@ void AddSampleFilters(Command& command, FilterChoice* choice);
 /// What was chosen, read and checked as far as that goes without a sampling rate.
 struct ChosenFilters {
     SampleFilters filters = {};
-    std::vector<FirRequirements> designs = {};  ///< of FIR filters, which work last
+    std::vector<FirRequirements> designs = {};  ///< FIR filters to be fitted to a rate, after filters.firs
     std::string text = {};  ///< of the filters: "butterworth low-pass of order 4 at 50 Hz"
 };
 /// Throws ValueError, UsageError and, for a file, Failure.
